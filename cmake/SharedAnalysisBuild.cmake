@@ -1,0 +1,45 @@
+# How every target of the project is compiled, and the library itself.
+
+add_library(sa_warnings INTERFACE)
+target_compile_options(sa_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  target_compile_options(sa_warnings INTERFACE -Wdocumentation)
+endif()
+
+# Kernel numerics: no contraction, no reassociation; NaN tests, signed zeros and blends mean what they say.  Only the error
+# number and the floating-point traps, which nobody reads, are given up.
+add_library(sa_numerics INTERFACE)
+target_compile_options(sa_numerics INTERFACE
+  -ffp-contract=off -fno-math-errno -fno-trapping-math -fopenmp-simd)
+
+if(SA_SANITIZE)
+  add_compile_options(-fsanitize=${SA_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${SA_SANITIZE})
+endif()
+
+file(GLOB SA_LIBRARY_SOURCES CONFIGURE_DEPENDS
+  ${CMAKE_SOURCE_DIR}/glo/*.cpp ${CMAKE_SOURCE_DIR}/acd/*.cpp ${CMAKE_SOURCE_DIR}/spx/impl/*.cpp)
+set(SA_HEADERS ${CMAKE_SOURCE_DIR}/include/glo.h ${CMAKE_SOURCE_DIR}/include/acd.h ${CMAKE_SOURCE_DIR}/include/spx.h)
+set(SA_VERSION_SCRIPT ${CMAKE_BINARY_DIR}/SharedAnalysis.map)
+
+# The library under a target name.  With ARCH the kernels are compiled for that one instruction set and nothing is chosen
+# at load: the tests compare the bits of such builds.
+function(sa_add_library target)
+  cmake_parse_arguments(arg "" "ARCH" "" ${ARGN})
+  add_library(${target} SHARED ${SA_LIBRARY_SOURCES})
+  target_include_directories(${target}
+    PUBLIC $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
+    PRIVATE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/host/include)
+  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:sa_warnings> $<BUILD_INTERFACE:sa_numerics>)
+  target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O3>)
+  if(arg_ARCH)
+    target_compile_options(${target} PRIVATE -march=${arg_ARCH} -mtune=generic)
+  endif()
+  if(SA_MULTIVERSION AND NOT arg_ARCH)
+    target_compile_definitions(${target} PRIVATE SA_MULTIVERSION)
+  endif()
+  set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
+    LINK_DEPENDS ${SA_VERSION_SCRIPT})
+  add_dependencies(${target} sa_version_script)
+  target_link_options(${target} PRIVATE -Wl,--version-script=${SA_VERSION_SCRIPT})
+endfunction()

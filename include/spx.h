@@ -1,0 +1,167 @@
+/** @file spx.h
+ *  Kernels of SharedAnalysis for the explicit solver.  Conventions, layouts and the grammar of the argument lines: glo.h.
+ *
+ *  Elements.  Element arrays (ld, node, component) hold the element fastest: A(e,I,c) = A(((c-1)*nodes + (I-1))*ld + e).
+ *  The mask is 0.0 for an element that takes part and 1.0 for one that does not (deleted or degenerate); kernels may set it
+ *  to 1.0, never back.  The 8-node brick has its nodes at (xi, eta, zeta) =
+ *    1 (-,-,-)  2 (+,-,-)  3 (+,+,-)  4 (-,+,-)  5 (-,-,+)  6 (+,-,+)  7 (+,+,+)  8 (-,+,+)
+ *
+ *  CONTENTS
+ *    Lifecycle                          spx_...                                                2
+ *    Brick operators                    SPX_OPE_C3D8...                                        2
+ *    Gradients                          SPX_OPE_C3DSYMGRAD                                     1
+ *    Element checks                     SPX_OPE_ERRORCHECK                                     1
+ *    Hyperelasticity, polynomial        SPX_MAT_HYPERPOLY...                                   4
+ */
+#ifndef SHAREDANALYSIS_SPX_H
+#define SHAREDANALYSIS_SPX_H
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Lifecycle
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** Starts the explicit kernels; counted as Shared_Analysis_XP_initialize, which calls it.
+ *  @param[in,out] counter  (1), -: live components of the caller, raised by one on the first call
+ */
+void spx_initialize(int32_t* counter);
+
+/** Stops the explicit kernels.
+ *  @param[in,out] counter  (1), -: live components of the caller, lowered by one on the last call
+ */
+void spx_finalize(int32_t* counter);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Brick operators
+ *
+ * Gradients of the shape functions in the current coordinates, and the volume.  Nothing is reported: an element whose
+ * determinant or volume is zero, negative or not a number is masked and leaves finite scalars; the caller decides about it.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** Fully integrated brick at one integration point: Bdet = det(dx/dxi) * dN/dx.  Divide by multiplying with rdetJ: an
+ *  element that turns out degenerate here has detJ = 1 and rdetJ = 0 but keeps the products of its cofactors in Bdet; one
+ *  that is masked on entry has zeros there.  The derivatives are taken as those of the trilinear brick: for the Jacobian
+ *  only the entries 1, 3, 5, 7 of dNdxi, 1, 2, 5, 6 of dNdeta and 1, 2, 3, 4 of dNdzeta are read.
+ *  @param[in]     nblock   (1), block: elements
+ *  @param[in]     ipt      (1), 1..nipt: integration point
+ *  @param[in]     nipt     (1), count: integration points of the tables
+ *  @param[in]     dNdxi    (8, nipt), -: dN/dxi, node fastest
+ *  @param[in]     dNdeta   (8, nipt), -: dN/deta
+ *  @param[in]     dNdzeta  (8, nipt), -: dN/dzeta
+ *  @param[in]     X        (nblock, 8, 3), m: nodal coordinates
+ *  @param[out]    Bdet     (nblock, 8, 3), m2: gradient operator times detJ
+ *  @param[out]    detJ     (nblock), m3: Jacobian determinant, 1.0 for masked elements
+ *  @param[out]    rdetJ    (nblock), 1/m3: its reciprocal, 0.0 for masked elements
+ *  @param[in,out] mask     (nblock), mask: set to 1.0 where the determinant is not positive
+ */
+void SPX_OPE_C3D8OPER(const int32_t* nblock, const int32_t* ipt, const int32_t* nipt, const double* dNdxi,
+                      const double* dNdeta, const double* dNdzeta, const double* X, double* Bdet, double* detJ,
+                      double* rdetJ, double* mask);
+
+/** One-point brick: volume V, mean gradient B = (dV/dX)/V, hourglass shape vectors and two scaling factors.
+ *  gamma_k = Gamma_k - sum over x,y,z of h_k B with the base vectors Gamma (by node 1..8)
+ *    1: + + - - - - + +    2: + - - + - + + -    3: + - + - + - + -    4: - + - + + - + -
+ *  and h_k = sum over the nodes of Gamma_k X: gamma is orthogonal to every linear field.
+ *  A masked element has B = gamma = 0, vol = 1/12, rvol = 0, hgdiag = 6, hgstiff = 1/6.
+ *  Source: D. P. Flanagan, T. Belytschko, Int. J. Numer. Meth. Engng 17 (1981) 679.
+ *  @param[in]     nblock   (1), block: elements
+ *  @param[in]     ld       (1), stride: leading dimension of all arrays
+ *  @param[in]     X        (ld, 8, 3), m: nodal coordinates
+ *  @param[out]    B        (ld, 8, 3), 1/m: mean gradient
+ *  @param[out]    hgdiag   (ld), 1/m: 1/(2 V B.B)
+ *  @param[out]    hgstiff  (ld), m: 2 V B.B
+ *  @param[out]    vol      (ld), m3: volume
+ *  @param[out]    rvol     (ld), 1/m3: its reciprocal
+ *  @param[out]    gamma    (ld, 8, 4), -: hourglass shape vectors
+ *  @param[in,out] mask     (ld), mask: set to 1.0 where the volume is not positive
+ */
+void SPX_OPE_C3D8ROPER2(const int32_t* nblock, const int32_t* ld, const double* X, double* B, double* hgdiag,
+                        double* hgstiff, double* vol, double* rvol, double* gamma, double* mask);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Gradients
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** Symmetric and skew part of a gradient: sym_ij = (G_ij + G_ji)/2, skew_ij = (G_ij - G_ji)/2.
+ *  @param[in]  nblock  (1), block: elements
+ *  @param[in]  G       (nblock, 9), any: gradient, component (i,j) in column i + 3 (j - 1)
+ *  @param[out] sym     (nblock, 6), any: symmetric part, S33
+ *  @param[out] skew    (nblock, 3), any: skew part 12, 23, 13
+ */
+void SPX_OPE_C3DSYMGRAD(const int32_t* nblock, const double* G, double* sym, double* skew);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Element checks
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** Sum of the flags of a block, as the result and, when it is not 0.0, truncated to an integer in count.  A sum that no
+ *  32-bit integer holds (NaN, infinity) stores the number of marked elements, those whose flag is not exactly 0.0.
+ *  @param[in]     nblock  (1), length: elements; below 1 gives 0.0
+ *  @param[in,out] count   (1), -: left alone when the sum is 0.0
+ *  @param[in]     flags   (nblock), flag: one flag for each element
+ */
+double SPX_OPE_ERRORCHECK(const int32_t* nblock, int32_t* count, const double* flags);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Hyperelasticity, polynomial of order 2
+ *
+ * Energy U = C10 x + C01 y + C20 x x + C11 x y + C02 y y, x = I1 - 3, y = I2 - 3, of the isochoric left Cauchy-Green tensor
+ * J^(-2/3) V V, and volumetric energy (J-1)^2/D1 + (J-1)^4/D2.  Constants are given point by point.
+ * The left stretch V is symmetric; components that a storage does not hold are zero.
+ * Small-strain constants: shear modulus 2 (C10 + C01), bulk modulus 2/D1.
+ * Source: R. S. Rivlin, D. W. Saunders, Phil. Trans. R. Soc. A 243 (1951) 251.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** Isochoric energy and 1/J.  A determinant below 2.2e-308 (inverted points too) is raised by 1.0.
+ *  @param[in]  nblock  (1), block: points
+ *  @param[in]  C10     (nblock), Pa: coefficient
+ *  @param[in]  C01     (nblock), Pa: coefficient
+ *  @param[in]  C20     (nblock), Pa: coefficient
+ *  @param[in]  C11     (nblock), Pa: coefficient
+ *  @param[in]  C02     (nblock), Pa: coefficient
+ *  @param[out] energy  (nblock), J/m3: isochoric strain energy per undeformed volume
+ *  @param[out] rJ      (nblock), -: 1/J
+ *  @param[in]  V       (nblock, 6), stretch: left stretch, S33
+ */
+void SPX_MAT_HYPERPOLYS33(const int32_t* nblock, const double* C10, const double* C01, const double* C20,
+                          const double* C11, const double* C02, double* energy, double* rJ, const double* V);
+
+/** SPX_MAT_HYPERPOLYS33 for stretches with 13 = 23 = 0.
+ *  @like SPX_MAT_HYPERPOLYS33
+ *  @param[in]  V       (nblock, 4), stretch: left stretch, S31
+ */
+void SPX_MAT_HYPERPOLYS31(const int32_t* nblock, const double* C10, const double* C01, const double* C20,
+                          const double* C11, const double* C02, double* energy, double* rJ, const double* V);
+
+/** SPX_MAT_HYPERPOLYS33 for principal stretches.
+ *  @like SPX_MAT_HYPERPOLYS33
+ *  @param[in]  V       (nblock, 3), stretch: principal stretches, S30
+ */
+void SPX_MAT_HYPERPOLYS30(const int32_t* nblock, const double* C10, const double* C01, const double* C20,
+                          const double* C11, const double* C02, double* energy, double* rJ, const double* V);
+
+/** Cauchy stress, and two moduli for the stable increment.
+ *  stress = p I + dev((2/J)[(U1 + I1 U2) Bbar - U2 Bbar Bbar]), p = 2 (J-1)/D1 + 4 (J-1)^3/D2.
+ *  A point with J < 1e-9 sets its flag; a flagged point has J = 1 now and in every later call that receives the flag.
+ *  @like SPX_MAT_HYPERPOLYS33
+ *  @param[in]     rD1     (nblock), Pa: 1/D1
+ *  @param[in]     rD2     (nblock), Pa: 1/D2
+ *  @param[out]    stress  (nblock, 6), Pa: Cauchy stress, S33
+ *  @param[in,out] flag    (nblock), flag: volume guard, never cleared here
+ *  @param[out]    bound   (nblock), Pa: largest of the six diagonal terms of the isochoric tangent
+ *  @param[out]    bulk    (nblock), Pa: 3 J (p + dp/dJ)
+ */
+void SPX_MAT_HYPERPOLY3DEXP(const int32_t* nblock, const double* C10, const double* C01, const double* C20,
+                            const double* C11, const double* C02, const double* rD1, const double* rD2,
+                            const double* V, double* stress, double* flag, double* bound, double* bulk);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,498 @@
+// Reads the public headers, which are the registry of the interface, checks them and derives lists from them.
+//
+//   sa_interface check HEADERS...            holds declarations, argument lines and contents against each other
+//   sa_interface version-script HEADERS...   the linker's version script
+//   sa_interface registry HEADERS...         a C++ table of all routines and arguments
+//   sa_interface symbols LIB HEADERS...      holds the exported symbols of a library against the headers
+//
+// Findings go to standard error as file:line; the exit code is 0 only when there are none.
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <optional>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+const char* const kVersion = "SHAREDANALYSIS_1";
+
+// One @param line.
+struct ArgumentLine {
+  std::string direction, name, unit;
+  std::vector<std::string> shape;
+  int line = 0;
+};
+
+// One argument of a declaration, with the line that describes it once that is found.
+struct Argument {
+  std::string type, name;
+  const ArgumentLine* described = nullptr;
+};
+
+struct Routine {
+  std::string file, name, result, like, section;
+  int line = 0;
+  std::vector<ArgumentLine> lines;
+  std::vector<Argument> arguments;
+};
+
+struct ContentsEntry {
+  std::string title;
+  int count = 0, line = 0;
+};
+
+struct Section {
+  std::string title;
+  int line = 0, count = 0;
+};
+
+struct Header {
+  std::string file;
+  int contentsLine = 0;
+  std::vector<ContentsEntry> contents;
+  std::vector<Section> sections;
+};
+
+int findings = 0;
+
+void report(const std::string& file, int line, const std::string& text) {
+  std::cerr << file << ":" << line << ": " << text << "\n";
+  ++findings;
+}
+
+bool isNameCharacter(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
+bool isBlank(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
+
+bool isNumber(const std::string& text) {
+  return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+bool startsWith(const std::string& text, const std::string& start) { return text.compare(0, start.size(), start) == 0; }
+
+std::string trim(const std::string& text) {
+  const auto first = std::find_if_not(text.begin(), text.end(), isBlank);
+  const auto last = std::find_if_not(text.rbegin(), text.rend(), isBlank).base();
+  return first < last ? std::string(first, last) : std::string();
+}
+
+// Blanks run together, and none before or after a star: "const  double *" becomes "const double*".
+std::string normalizeType(const std::string& text) {
+  std::string result;
+  for (char c : trim(text)) {
+    if (isBlank(c)) c = ' ';
+    if (c == ' ' && result.back() == ' ') continue;
+    if (c == '*' && result.back() == ' ') result.pop_back();
+    result += c;
+  }
+  return result;
+}
+
+std::vector<std::string> split(const std::string& text, char separator) {
+  std::vector<std::string> parts;
+  std::istringstream stream(text);
+  for (std::string part; std::getline(stream, part, separator);) parts.push_back(trim(part));
+  return parts;
+}
+
+// The lines of a comment without its marks.
+std::vector<std::string> commentLines(const std::string& comment) {
+  std::vector<std::string> lines;
+  std::istringstream stream(comment);
+  for (std::string line; std::getline(stream, line);) {
+    std::string text = trim(line);
+    if (startsWith(text, "/**") && !startsWith(text, "/***")) {
+      text = text.substr(3);
+    } else if (startsWith(text, "/*") || startsWith(text, "*")) {
+      text = startsWith(text, "*/") ? "" : text.substr(text[0] == '/' ? 2 : 1);
+    }
+    if (text.size() >= 2 && text.compare(text.size() - 2, 2, "*/") == 0) text.resize(text.size() - 2);
+    lines.push_back(text);
+  }
+  return lines;
+}
+
+// "@param[in] name  (shape), unit: meaning"; nothing and a finding when the text has another form.
+std::optional<ArgumentLine> parseArgumentLine(const std::string& file, int number, const std::string& text) {
+  ArgumentLine result;
+  result.line = number;
+  const auto bad = [&](const char* what) {
+    report(file, number, std::string("argument line: ") + what);
+    return std::nullopt;
+  };
+  std::size_t at = std::string("@param").size();
+  const std::size_t close = text.find(']');
+  if (at >= text.size() || text[at] != '[' || close == std::string::npos) return bad("no [direction]");
+  result.direction = text.substr(at + 1, close - at - 1);
+  if (result.direction != "in" && result.direction != "out" && result.direction != "in,out")
+    return bad("the direction is none of in, out, in,out");
+  at = text.find_first_not_of(' ', close + 1);
+  while (at < text.size() && isNameCharacter(text[at])) result.name += text[at++];
+  if (result.name.empty()) return bad("no name");
+  at = text.find_first_not_of(' ', at);
+  if (at == std::string::npos || text[at] != '(') return bad("no (shape)");
+  const std::size_t shapeEnd = text.find(')', at);
+  if (shapeEnd == std::string::npos) return bad("the shape does not end");
+  result.shape = split(text.substr(at + 1, shapeEnd - at - 1), ',');
+  if (result.shape.empty()) return bad("empty shape");
+  const std::size_t colon = text.find(": ", shapeEnd);
+  if (text.compare(shapeEnd + 1, 2, ", ") != 0 || colon == std::string::npos) return bad("no \", unit: \"");
+  result.unit = trim(text.substr(shapeEnd + 3, colon - shapeEnd - 3));
+  if (result.unit.empty()) return bad("empty unit");
+  if (trim(text.substr(colon + 2)).empty()) return bad("no meaning");
+  return result;
+}
+
+// Contents of a file comment: from the line CONTENTS on, "title   what it holds   count".
+void parseContents(Header& header, const std::vector<std::string>& lines, int first) {
+  bool inside = false;
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    const std::string text = trim(lines[i]);
+    const int number = first + static_cast<int>(i);
+    if (text == "CONTENTS") {
+      inside = true;
+      header.contentsLine = number;
+    } else if (inside && !text.empty()) {
+      const std::size_t titleEnd = text.find("  "), countStart = text.find_last_of(' ');
+      if (titleEnd == std::string::npos || !isNumber(text.substr(countStart + 1))) {
+        report(header.file, number, "contents: no count at the end of the line");
+      } else {
+        header.contents.push_back({text.substr(0, titleEnd), std::stoi(text.substr(countStart + 1)), number});
+      }
+    }
+  }
+}
+
+void parseRoutineComment(Routine& routine, const std::vector<std::string>& lines, int first) {
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    const std::string text = trim(lines[i]);
+    const int number = first + static_cast<int>(i);
+    if (startsWith(text, "@param")) {
+      if (auto line = parseArgumentLine(routine.file, number, text)) routine.lines.push_back(*line);
+    } else if (startsWith(text, "@like ")) {
+      if (!routine.like.empty()) report(routine.file, number, "a second @like");
+      routine.like = trim(text.substr(6));
+    } else if (startsWith(text, "@")) {
+      report(routine.file, number, "unknown command " + text.substr(0, text.find(' ')));
+    }
+  }
+}
+
+// "type name" at the end of a text: the name is its last word.
+std::pair<std::string, std::string> splitTypeAndName(const std::string& text) {
+  std::size_t start = text.size();
+  while (start > 0 && isNameCharacter(text[start - 1])) --start;
+  return {normalizeType(text.substr(0, start)), text.substr(start)};
+}
+
+bool parseDeclaration(Routine& routine, const std::string& text) {
+  const std::size_t open = text.find('('), close = text.rfind(')');
+  if (open == std::string::npos || close == std::string::npos || close < open) return false;
+  std::tie(routine.result, routine.name) = splitTypeAndName(trim(text.substr(0, open)));
+  if (routine.result.empty() || routine.name.empty()) return false;
+  const std::string list = trim(text.substr(open + 1, close - open - 1));
+  if (list == "void") return true;
+  for (const std::string& part : split(list, ',')) {
+    Argument argument;
+    std::tie(argument.type, argument.name) = splitTypeAndName(part);
+    if (argument.type.empty() || argument.name.empty()) return false;
+    routine.arguments.push_back(argument);
+  }
+  return true;
+}
+
+// Walks through one header: preprocessor lines are skipped, a doc comment belongs to the declaration that follows it, a
+// comment that begins with dashes opens a section.
+Header readHeader(const std::string& file, std::vector<Routine>& routines) {
+  Header header;
+  header.file = file;
+  std::ifstream stream(file);
+  if (!stream) throw std::runtime_error("cannot read " + file);
+  const std::string text((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+  int line = 1, commentLine = 0;
+  std::string comment;
+  std::size_t at = 0;
+  const auto advance = [&](std::size_t end) {
+    line += static_cast<int>(std::count(text.begin() + static_cast<std::ptrdiff_t>(at),
+                                        text.begin() + static_cast<std::ptrdiff_t>(end), '\n'));
+    at = end;
+  };
+  while (at < text.size()) {
+    if (isBlank(text[at])) {
+      advance(at + 1);
+    } else if (text[at] == '#') {
+      const std::size_t end = text.find('\n', at);
+      advance(end == std::string::npos ? text.size() : end);
+    } else if (text.compare(at, 2, "/*") == 0) {
+      const std::size_t end = text.find("*/", at + 2);
+      if (end == std::string::npos) throw std::runtime_error(file + ": a comment does not end");
+      const std::string body = text.substr(at, end + 2 - at);
+      const std::vector<std::string> lines = commentLines(body);
+      if (startsWith(body, "/** @file")) {
+        parseContents(header, lines, line);
+      } else if (startsWith(body, "/* ---")) {
+        header.sections.push_back({lines.size() > 1 ? trim(lines[1]) : "", line + 1, 0});
+      } else if (startsWith(body, "/**")) {
+        if (!comment.empty()) report(file, commentLine, "a comment without declaration");
+        comment = body;
+        commentLine = line;
+      }
+      advance(end + 2);
+    } else if (startsWith(text.substr(at, 10), "extern \"C\"")) {
+      advance(text.find('{', at) + 1);
+    } else if (text[at] == '}') {
+      advance(at + 1);
+    } else {
+      const std::size_t end = text.find(';', at);
+      if (end == std::string::npos) throw std::runtime_error(file + ": a declaration does not end");
+      Routine routine;
+      routine.file = file;
+      routine.line = line;
+      if (!parseDeclaration(routine, text.substr(at, end - at))) {
+        report(file, line, "not a declaration of a routine");
+      } else {
+        if (comment.empty()) report(file, line, routine.name + " has no comment");
+        parseRoutineComment(routine, commentLines(comment), commentLine);
+        if (header.sections.empty()) {
+          report(file, line, routine.name + " stands outside the sections");
+        } else {
+          ++header.sections.back().count;
+          routine.section = header.sections.back().title;
+        }
+        routines.push_back(routine);
+      }
+      comment.clear();
+      advance(end + 1);
+    }
+  }
+  return header;
+}
+
+struct Interface {
+  std::vector<Header> headers;
+  std::vector<Routine> routines;
+};
+
+// The line for an argument: the routine's own, else that of the routine it is like, and so on.
+const ArgumentLine* findLine(const std::map<std::string, const Routine*>& byName, const Routine& routine,
+                             const std::string& argument) {
+  std::set<std::string> seen;
+  for (const Routine* r = &routine; r != nullptr && seen.insert(r->name).second;) {
+    for (const ArgumentLine& line : r->lines)
+      if (line.name == argument) return &line;
+    const auto next = byName.find(r->like);
+    r = next == byName.end() ? nullptr : next->second;
+  }
+  return nullptr;
+}
+
+Interface readInterface(const std::vector<std::string>& files) {
+  Interface result;
+  for (const std::string& file : files) result.headers.push_back(readHeader(file, result.routines));
+  std::map<std::string, const Routine*> byName;
+  for (const Routine& routine : result.routines)
+    if (!byName.emplace(routine.name, &routine).second) report(routine.file, routine.line, routine.name + " twice");
+  for (Routine& routine : result.routines) {
+    if (!routine.like.empty() && byName.count(routine.like) == 0)
+      report(routine.file, routine.line, routine.name + " is like the unknown " + routine.like);
+    for (Argument& argument : routine.arguments) {
+      argument.described = findLine(byName, routine, argument.name);
+      if (argument.described == nullptr)
+        report(routine.file, routine.line, routine.name + ": no line for argument " + argument.name);
+    }
+  }
+  return result;
+}
+
+// The word that says how an argument is used: the grammar's word where the unit is one, `value` for a physical unit.
+std::string role(const std::string& unit) {
+  static const char* const kWords[] = {"any",  "block",  "length",  "count", "rows", "stride", "list",   "first",
+                                       "last", "unread", "stretch", "mask",  "flag", "text",   "address"};
+  for (const char* word : kWords)
+    if (unit == word) return word;
+  if (startsWith(unit, "entity of ")) return "entity";
+  if (startsWith(unit, "count>=")) return "count";
+  if (startsWith(unit, "code ")) return "code";
+  if (startsWith(unit, "1..")) return "index";
+  return "value";
+}
+
+// A dimension is *, a number, a name, or name+number.
+bool isDimension(const std::string& text, const std::set<std::string>& names) {
+  if (text == "*" || isNumber(text) || names.count(text) != 0) return true;
+  const std::size_t sign = text.find_first_of("+-");
+  if (sign == std::string::npos) return false;
+  return names.count(trim(text.substr(0, sign))) != 0 && isNumber(trim(text.substr(sign + 1)));
+}
+
+void checkArgument(const Routine& routine, const Argument& argument, const std::set<std::string>& names) {
+  const ArgumentLine& line = *argument.described;
+  const auto bad = [&](const std::string& text) {
+    report(routine.file, routine.line, routine.name + ", argument " + argument.name + ": " + text);
+  };
+  const bool isPointer = argument.type.back() == '*';
+  const bool isConst = startsWith(argument.type, "const ");
+  if (!isPointer && line.direction != "in") bad("passed by value, yet [" + line.direction + "]");
+  if (isPointer && line.direction == "in" && !isConst) bad("[in] without const");
+  if (isPointer && line.direction != "in" && isConst) bad("[" + line.direction + "] with const");
+  for (const std::string& dimension : line.shape)
+    if (!isDimension(dimension, names) || dimension == argument.name)
+      bad("the shape uses " + dimension + ", which is no other argument");
+  const std::string use = role(line.unit);
+  const bool isScalar = line.shape.size() == 1 && line.shape[0] == "1";
+  static const std::set<std::string> kScalarRoles = {"block", "length", "count", "rows",   "stride",
+                                                     "first", "last",   "index", "unread", "code"};
+  if (kScalarRoles.count(use) != 0 && !isScalar) bad("unit \"" + line.unit + "\" belongs to a scalar");
+  const bool isInteger = argument.type.find("int32_t") != std::string::npos;
+  if ((kScalarRoles.count(use) != 0 || use == "entity" || use == "list") && !isInteger)
+    bad("unit \"" + line.unit + "\" belongs to an int32_t");
+  const auto needsName = [&](const std::string& name) {
+    if (!isNumber(name) && names.count(name) == 0) bad("unit \"" + line.unit + "\" names no argument");
+  };
+  if (use == "entity") needsName(line.unit.substr(10));
+  if (use == "index") needsName(line.unit.substr(3));
+  if (startsWith(line.unit, "count>=")) needsName(line.unit.substr(7));
+}
+
+void checkContents(const Header& header) {
+  if (header.contentsLine == 0) report(header.file, 1, "no CONTENTS");
+  const std::size_t n = std::max(header.contents.size(), header.sections.size());
+  for (std::size_t i = 0; i < n; ++i) {
+    if (i >= header.contents.size()) {
+      report(header.file, header.sections[i].line,
+             "section \"" + header.sections[i].title + "\" is not in the contents");
+    } else if (i >= header.sections.size()) {
+      report(header.file, header.contents[i].line, "no section \"" + header.contents[i].title + "\"");
+    } else {
+      const ContentsEntry& entry = header.contents[i];
+      const Section& section = header.sections[i];
+      // The contents may shorten a title at a word.
+      const bool same = startsWith(section.title + " ", entry.title + " ");
+      if (!same) {
+        report(header.file, entry.line, "contents: \"" + entry.title + "\", section: \"" + section.title + "\"");
+      } else if (entry.count != section.count) {
+        report(header.file, entry.line,
+               "contents: \"" + entry.title + "\" has " + std::to_string(section.count) + " routines, not " +
+                   std::to_string(entry.count));
+      }
+    }
+  }
+}
+
+void check(const Interface& interface) {
+  for (const Header& header : interface.headers) checkContents(header);
+  for (const Routine& routine : interface.routines) {
+    std::set<std::string> names;
+    for (const Argument& argument : routine.arguments)
+      if (!names.insert(argument.name).second)
+        report(routine.file, routine.line, routine.name + ": two arguments " + argument.name);
+    std::set<std::string> described;
+    for (const ArgumentLine& line : routine.lines) {
+      if (names.count(line.name) == 0) report(routine.file, line.line, routine.name + " has no argument " + line.name);
+      if (!described.insert(line.name).second) report(routine.file, line.line, "a second line for " + line.name);
+    }
+    for (const Argument& argument : routine.arguments)
+      if (argument.described != nullptr) checkArgument(routine, argument, names);
+  }
+}
+
+void writeVersionScript(const Interface& interface) {
+  std::cout << kVersion << " {\n  global:\n";
+  for (const Routine& routine : interface.routines) std::cout << "    " << routine.name << ";\n";
+  std::cout << "  local:\n    *;\n};\n";
+}
+
+// One initialiser of {name, result, {arguments}} for each routine, to be included into an array.
+void writeRegistry(const Interface& interface) {
+  std::cout << "// Written from the headers; name, result, {name, role, type, direction, {shape}, unit}.\n";
+  for (const Routine& routine : interface.routines) {
+    std::cout << "{\"" << routine.name << "\", \"" << routine.result << "\", {\n";
+    for (const Argument& argument : routine.arguments) {
+      const ArgumentLine& line = *argument.described;
+      std::cout << "  {\"" << argument.name << "\", \"" << role(line.unit) << "\", \"" << argument.type << "\", \""
+                << line.direction << "\", {";
+      for (std::size_t i = 0; i < line.shape.size(); ++i)
+        std::cout << (i == 0 ? "\"" : ", \"") << line.shape[i] << "\"";
+      std::cout << "}, \"" << line.unit << "\"},\n";
+    }
+    std::cout << "}},\n";
+  }
+}
+
+// The dynamic symbols that a library defines, with their versions; throws when nm cannot tell.
+std::map<std::string, std::string> exportedSymbols(const std::string& library) {
+  const std::string command = "nm -D --defined-only '" + library + "'";
+  FILE* pipe = popen(command.c_str(), "r");
+  if (pipe == nullptr) throw std::runtime_error("cannot run nm");
+  std::string output;
+  char buffer[4096];
+  while (const std::size_t n = std::fread(buffer, 1, sizeof buffer, pipe)) output.append(buffer, n);
+  const int status = pclose(pipe);
+  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) throw std::runtime_error("failed: " + command);
+  std::map<std::string, std::string> symbols;
+  std::istringstream lines(output);
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream words(line);
+    std::string address, kind, name;
+    if (!(words >> address >> kind >> name)) throw std::runtime_error("nm: cannot read \"" + line + "\"");
+    if (kind == "A") continue; // the version itself
+    const std::size_t mark = name.find('@');
+    symbols[name.substr(0, mark)] = mark == std::string::npos ? "" : name.substr(name.find_last_of('@') + 1);
+  }
+  if (symbols.empty()) throw std::runtime_error(library + " exports nothing");
+  return symbols;
+}
+
+void compareSymbols(const std::string& library, const Interface& interface) {
+  std::map<std::string, std::string> symbols = exportedSymbols(library);
+  for (const Routine& routine : interface.routines) {
+    const auto found = symbols.find(routine.name);
+    if (found == symbols.end()) {
+      report(routine.file, routine.line, routine.name + " is not exported");
+      continue;
+    }
+    if (found->second != kVersion) report(routine.file, routine.line, routine.name + " has version " + found->second);
+    symbols.erase(found);
+  }
+  for (const auto& [name, version] : symbols) report(library, 0, name + " is exported without declaration");
+}
+
+int run(const std::vector<std::string>& words) {
+  const std::string command = words.empty() ? "" : words[0];
+  const std::size_t firstHeader = command == "symbols" ? 2 : 1;
+  const bool known = command == "check" || command == "version-script" || command == "registry" || command == "symbols";
+  if (!known || words.size() <= firstHeader) {
+    std::cerr << "usage: sa_interface check|version-script|registry HEADERS...\n"
+                 "       sa_interface symbols LIB HEADERS...\n";
+    return 2;
+  }
+  const Interface interface = readInterface({words.begin() + static_cast<std::ptrdiff_t>(firstHeader), words.end()});
+  if (interface.routines.empty()) throw std::runtime_error("the headers declare nothing");
+  if (command == "check") check(interface);
+  if (findings == 0 && command == "version-script") writeVersionScript(interface);
+  if (findings == 0 && command == "registry") writeRegistry(interface);
+  if (command == "symbols") compareSymbols(words[1], interface);
+  if (findings == 0 && (command == "check" || command == "symbols"))
+    std::cout << command << ": " << interface.routines.size() << " routines\n";
+  return findings == 0 ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return run({argv + 1, argv + argc});
+  } catch (const std::exception& e) {
+    std::cerr << "sa_interface: " << e.what() << "\n";
+    return 2;
+  }
+}
