@@ -1,0 +1,109 @@
+// Stable sorts of index lists by key, with the result of straight insertion.
+#include "glo.h"
+#include "glo/kernel.h"
+
+#include <algorithm>
+#include <type_traits>
+
+namespace sa {
+namespace {
+
+constexpr int kRun = 64; // entries that are ranked by counting
+
+template <class Key>
+SA_INLINE Key keyOf(const Key* keys, int32_t entity) {
+  return keys[entity - 1];
+}
+
+// Each entry moves left past every strictly greater key.  The only one of these sorts that knows what to do with NaN keys:
+// they compare as neither greater nor less, so they stop what would pass them.
+template <class Key>
+void insertionSort(int32_t* list, const Key* keys, int n) {
+  for (int k = 1; k < n; ++k) {
+    const int32_t entry = list[k];
+    const Key key = keyOf(keys, entry);
+    int place = k;
+    for (; place > 0 && keyOf(keys, list[place - 1]) > key; --place) list[place] = list[place - 1];
+    list[place] = entry;
+  }
+}
+
+// The place of an entry is the number of smaller keys, and of equal keys before it: n*n comparisons, all in vectors.
+template <class Key>
+SA_INLINE void rankSort(int32_t* list, const Key* keys, int n) {
+  Key key[kRun];
+  int32_t entry[kRun];
+  for (int k = 0; k < n; ++k) {
+    entry[k] = list[k];
+    key[k] = keyOf(keys, entry[k]);
+  }
+  for (int k = 0; k < n; ++k) {
+    const Key own = key[k];
+    int place = 0;
+#pragma omp simd reduction(+ : place)
+    for (int j = 0; j < k; ++j) place += key[j] <= own ? 1 : 0;
+#pragma omp simd reduction(+ : place)
+    for (int j = k; j < n; ++j) place += key[j] < own ? 1 : 0;
+    list[place] = entry[k];
+  }
+}
+
+// Merges the sorted ranges [first, middle) and [middle, last) in place: the longer one is cut in half, the cut is looked up
+// in the other one, and the inner parts change places.  Needs no storage of its own.
+template <class Key>
+void mergeRuns(int32_t* list, const Key* keys, int first, int middle, int last) {
+  while (first < middle && middle < last && keyOf(keys, list[middle - 1]) > keyOf(keys, list[middle])) {
+    int cutLeft, cutRight;
+    const auto less = [keys](int32_t a, int32_t b) { return keyOf(keys, a) < keyOf(keys, b); };
+    if (middle - first > last - middle) {
+      cutLeft = first + (middle - first) / 2;
+      cutRight = static_cast<int>(std::lower_bound(list + middle, list + last, list[cutLeft], less) - list);
+    } else {
+      cutRight = middle + (last - middle) / 2;
+      cutLeft = static_cast<int>(std::upper_bound(list + first, list + middle, list[cutRight], less) - list);
+    }
+    const int newMiddle = static_cast<int>(std::rotate(list + cutLeft, list + middle, list + cutRight) - list);
+    mergeRuns(list, keys, first, cutLeft, newMiddle);
+    first = newMiddle;
+    middle = cutRight;
+  }
+}
+
+template <class Key>
+SA_INLINE bool anyNaN(const int32_t* list, const Key* keys, int n) {
+  if constexpr (std::is_floating_point_v<Key>)
+    for (int k = 0; k < n; ++k)
+      if (keyOf(keys, list[k]) != keyOf(keys, list[k])) return true;
+  return false;
+}
+
+template <class Key>
+SA_INLINE void sortByKey(int32_t* list, const Key* keys, int n) {
+  if (n < 2) return;
+  if (anyNaN(list, keys, n)) return insertionSort(list, keys, n);
+  for (int first = 0; first < n; first += kRun) rankSort(list + first, keys, std::min(kRun, n - first));
+  for (int64_t run = kRun; run < n; run *= 2)
+    for (int64_t first = 0; first + run < n; first += 2 * run)
+      mergeRuns(list, keys, static_cast<int>(first), static_cast<int>(first + run),
+                static_cast<int>(std::min<int64_t>(first + 2 * run, n)));
+}
+
+} // namespace
+
+SA_KERNEL(GLO_UTI_INSSORTI, (int32_t * list, const int32_t* keys, const int32_t* n), (list, keys, n)) {
+  sortByKey(list, keys, *n);
+}
+
+SA_KERNEL(GLO_UTI_INSSORTR, (int32_t * list, const double* keys, const int32_t* n), (list, keys, n)) {
+  sortByKey(list, keys, *n);
+}
+
+SA_KERNEL(GLO_UTI_CHKSORTI, (int32_t * flag, const int32_t* list, const int32_t* n), (flag, list, n)) {
+  int32_t falls = 0;
+#pragma omp simd reduction(| : falls)
+  for (int k = 0; k < *n - 1; ++k)
+    falls |= static_cast<int32_t>(static_cast<uint32_t>(list[k + 1]) - static_cast<uint32_t>(list[k]));
+  if (falls < 0) *flag = 1;
+}
+
+} // namespace sa
