@@ -59,8 +59,8 @@ void mergeRuns(int32_t* list, const Key* keys, int first, int middle, int last) 
       cutLeft = first + (middle - first) / 2;
       cutRight = static_cast<int>(std::lower_bound(list + middle, list + last, list[cutLeft], less) - list);
     } else {
-      cutRight = middle + (last - middle) / 2;
-      cutLeft = static_cast<int>(std::upper_bound(list + first, list + middle, list[cutRight], less) - list);
+      cutRight = middle + (last - middle + 1) / 2; // its last entry is the pivot
+      cutLeft = static_cast<int>(std::upper_bound(list + first, list + middle, list[cutRight - 1], less) - list);
     }
     const int newMiddle = static_cast<int>(std::rotate(list + cutLeft, list + middle, list + cutRight) - list);
     mergeRuns(list, keys, first, cutLeft, newMiddle);

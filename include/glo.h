@@ -422,7 +422,7 @@ void GLO_UTI_EIG33VECTOR(const int32_t* nblock, const double* S, double* P);
 
 /** Square root of symmetric tensors without negative principal values, as the left stretch V of B = F F'.
  *  V is symmetric with no negative value and V V = S.  Principal values and directions are found by Jacobi rotations
- *  to machine precision: |V V - S| is below 1e-15 |S| (largest components), at every scale from 1e-300 to 1e300.
+ *  to machine precision: |V V - S| is below 4e-15 |S| (largest components), at every scale from 1e-300 to 1e300.
  *  A value that is negative by rounding (down to -1e-14 |S|) counts as 0; one further below leaves NaN in its point.
  *  V may be S.
  *  @param[in]  nblock  (1), block: points

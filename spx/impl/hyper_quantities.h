@@ -59,9 +59,8 @@ SA_INLINE double stiffnessBound(const Sym<S33>& Bbar, const Sym<S33>& Q, double 
   const double A = w4 * (W.U11 + 2.0 * I1 * W.U12 + I1 * I1 * W.U22);
   const double Bq = w4 * W.U22, Cm = -w4 * (I1 * W.U22 + W.U12);
   const double E = w2 * (U.U1 + I1 * U.U2), F = -w2 * U.U2, G = w4 * U.U2;
-  const auto direct = [=](double b, double q) SA_POINT {
-    return (b * A + 2.0 * E + 2.0 * q * Cm) * b + (q * Bq + 2.0 * F) * q;
-  };
+  const auto direct = [=](double b, double q)
+                          SA_POINT { return (b * A + 2.0 * E + 2.0 * q * Cm) * b + (q * Bq + 2.0 * F) * q; };
   const auto shear = [=](double b, double q, double bi, double bj, double qi, double qj) SA_POINT {
     return (2.0 * A * b + 4.0 * Cm * q) * b + (bi + bj) * E + (qi + qj) * F + (b * b - bi * bj) * G + 2.0 * Bq * q * q;
   };

@@ -12,8 +12,7 @@ namespace sa {
 
 // Entries of one kind share their argument list; each line below names what is particular.
 #define SA_ENERGY(name, Model, CONSTANTS, Storage)                                                                     \
-  SA_KERNEL(name,                                                                                                      \
-            (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) double* energy, double* rJ, const double* V),           \
+  SA_KERNEL(name, (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) double* energy, double* rJ, const double* V),     \
             (nblock, CONSTANTS(SA_AS_ARGUMENT) energy, rJ, V)) {                                                       \
     isochoricEnergy<Storage>(                                                                                          \
         *nblock, [=](int i) SA_POINT { return Model{CONSTANTS(SA_AS_VALUE)}; }, energy, rJ, V);                        \

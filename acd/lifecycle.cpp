@@ -1,0 +1,9 @@
+// Start and stop of the diagnostics.
+#include "acd.h"
+#include "glo/kernel.h"
+#include "use_counter.h"
+
+static sharedanalysis::host::UseCounter uses;
+
+SA_EXPORT void acd_initialize(int32_t* counter) { uses.starts(counter); }
+SA_EXPORT void acd_finalize(int32_t* counter) { uses.stops(counter); }

@@ -1,0 +1,45 @@
+// The open job: its files and what the library has said about its end.
+#pragma once
+
+#include "reference_host.h"
+#include "text_file.h"
+
+#include <array>
+#include <atomic>
+#include <mutex>
+#include <string_view>
+
+namespace sharedanalysis::host {
+
+constexpr int32_t kMessageFile = -6, kSecondChannel = -7;
+
+class Job {
+public:
+  JobFiles open(const std::string& name, const std::filesystem::path& directory);
+  void close();
+  std::error_code error();
+
+  // Complete lines of a channel, written in one piece; `count` of them are counted when they reach no file.
+  void write(int32_t unit, std::string_view lines, int64_t count);
+  // One line of the status file; everything written so far can be read from outside afterwards.
+  void writeStatus(std::string_view line);
+  void flush(int32_t unit);
+
+  std::atomic<int64_t> unfiled{0};
+  std::atomic<int32_t> status{-1};
+  std::atomic<bool> threadError{false};
+  std::atomic<bool> transmitterClosing{false};
+
+private:
+  TextFile* fileOf(int32_t unit);
+  void closeFiles();
+
+  std::mutex mutex_;
+  TextFile message_, log_, status_;
+  const std::array<TextFile*, 3> files_{&message_, &log_, &status_};
+};
+
+// The one job of the process.  It outlives the static objects of the program, whose destructors may still send messages.
+Job& job();
+
+} // namespace sharedanalysis::host

@@ -1,0 +1,105 @@
+// Message channels, status channel and error reports.
+#include "host_services.h"
+#include "ipm_MessageTransmit.h"
+#include "job.h"
+#include "message_template.h"
+#include "threads.h"
+
+#include <algorithm>
+#include <string>
+
+namespace sharedanalysis::host {
+namespace {
+
+constexpr int32_t kAborted = 2;
+
+// Services never throw: what cannot be written for want of memory counts as unfiled.
+template <class Body>
+void guarded(Body body) noexcept {
+  try {
+    body();
+  } catch (...) {
+    ++job().unfiled;
+  }
+}
+
+// Blanks at the end of a line are of no use in a file.
+void writeLine(int32_t unit, int32_t message, std::string_view line) {
+  guarded([&] { thisThread().addLine(unit, message, withoutTrailingBlanks(line)); });
+}
+
+// A message of the host itself.
+void reportError(std::string_view text) {
+  const int32_t message = DSM_KER_MESSAGEID();
+  guarded([&] {
+    writeLine(kMessageFile, message, "");
+    writeLine(kMessageFile, message, "***ERROR: " + std::string(text));
+    writeLine(kMessageFile, message, "");
+  });
+}
+
+template <class Strings>
+void writeStatus(std::string_view type, std::string_view text, const int32_t* ints, const double* reals,
+                 Strings strings, char exponentLetter) {
+  guarded([&] {
+    char message[kMessageCapacity];
+    std::string line(withoutTrailingBlanks(type));
+    line += ' ';
+    line += withoutTrailingBlanks(substitute(text, ints, reals, strings, exponentLetter, message));
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    line += '\n';
+    thisThread().deliver();
+    job().writeStatus(line);
+  });
+}
+
+} // namespace
+} // namespace sharedanalysis::host
+
+using namespace sharedanalysis::host;
+
+void LFC_XUT_XPLMSGC(const char* line, const int32_t* unit, const int32_t*, const int32_t*, const int32_t* message,
+                     int64_t lineLength) {
+  writeLine(*unit, *message, fixedText(line, lineLength));
+}
+
+void lfc_xut_xplmsgC_c(const char* line, int32_t unit, int32_t, int32_t, int32_t message, int64_t lineLength) {
+  writeLine(unit, message, fixedText(line, lineLength));
+}
+
+void LFC_XUT_XPLMSGFLUSH(const int32_t* unit) {
+  guarded([&] {
+    deliverAll();
+    job().flush(*unit);
+  });
+}
+
+void IPM_MESSAGE(const char* type, const char* text, const int32_t* ints, const double* reals, const char* strings,
+                 const int32_t*, int64_t typeLength, int64_t textLength, int64_t stringLength) {
+  writeStatus(fixedText(type, typeLength), fixedText(text, textLength), ints, reals,
+              FixedStrings{strings, stringLength}, 'E');
+}
+
+void ipm_message_c(const char* type, const char* text, const int32_t* ints, const double* reals,
+                   const char* const* strings, const int32_t*) {
+  writeStatus(terminatedText(type), terminatedText(text), ints, reals, TerminatedStrings{strings}, 'e');
+}
+
+void tvkerrC(int32_t, const char* text, const int32_t* ints, const double* reals, const char* const* strings) {
+  char message[kMessageCapacity];
+  reportError(substitute(terminatedText(text), ints, reals, TerminatedStrings{strings}, 'e', message));
+}
+
+void LFC_XUT_ERRMSG(const char* text, int64_t textLength) { reportError(fixedText(text, textLength)); }
+
+void LFC_XUT_ABORT(void) {
+  job().status = kAborted;
+  job().threadError = true;
+}
+
+ipm_MessageTransmit& ipm_MessageTransmit::Instance() {
+  static ipm_MessageTransmit transmit;
+  return transmit;
+}
+
+void ipm_MessageTransmit::SetClosing(bool closing) { job().transmitterClosing = closing; }

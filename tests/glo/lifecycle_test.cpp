@@ -1,0 +1,260 @@
+// Lifecycle, frame services, end of the analysis and work storage against a recording host.
+#include "acd.h"
+#include "glo.h"
+#include "spx.h"
+#include "tests/support/recording_host.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace sharedanalysis::test;
+using Calls = std::vector<std::string>;
+
+class Frame : public testing::Test {
+protected:
+  void SetUp() override { resetRecordingHost(); }
+  static Calls takeCalls() {
+    Calls calls;
+    calls.swap(recordingHost().calls);
+    return calls;
+  }
+};
+
+const char* const kComponents[] = {"QRLBasCoreUtils",
+                                   "QRLAbuBasicUtils",
+                                   "UTI_CaeUtils",
+                                   "DDB_Communications",
+                                   "UTI_RfmInterface",
+                                   "DDB_ROM",
+                                   "DDB_DiagnosticExtractor",
+                                   "UTI_DMP_Core",
+                                   "DDB_AnalysisSupport",
+                                   "DDB_CoreGeometry",
+                                   "DDB_GeometricAttributes",
+                                   "DDB_Core",
+                                   "Shared_Analysis_SubComp"};
+
+TEST_F(Frame, StartsOnceInOrderAndStopsInReverse) {
+  // The recorded number is the counter that the component found: 10 before, one more for each live component.
+  Calls starts, stops;
+  for (int32_t k = 0; k < 13; ++k) {
+    starts.push_back(std::string(kComponents[k]) + "_initialize " + std::to_string(10 + 1 + k));
+    stops.insert(stops.begin(), std::string(kComponents[k]) + "_finalize " + std::to_string(10 + 1 + k));
+  }
+
+  int32_t counter = 10;
+  Shared_Analysis_XP_initialize(&counter);
+  EXPECT_EQ(counter, 10 + 1 + 13 + 3);
+  EXPECT_EQ(takeCalls(), starts);
+
+  Shared_Analysis_XP_initialize(&counter);
+  Shared_Analysis_XP_finalize(&counter);
+  EXPECT_EQ(counter, 27) << "a nested pair moves nothing";
+  EXPECT_TRUE(takeCalls().empty());
+
+  Shared_Analysis_XP_finalize(&counter);
+  EXPECT_EQ(counter, 10);
+  EXPECT_EQ(takeCalls(), stops);
+}
+
+TEST_F(Frame, AnUnbalancedFinaliseSwallowsTheNextInitialise) {
+  struct Pair {
+    void (*initialize)(int32_t*);
+    void (*finalize)(int32_t*);
+    int32_t components;
+  };
+  for (const Pair& pair :
+       {Pair{glo_initialize, glo_finalize, 1}, Pair{acd_initialize, acd_finalize, 1},
+        Pair{spx_initialize, spx_finalize, 1}, Pair{Shared_Analysis_XP_initialize, Shared_Analysis_XP_finalize, 17}}) {
+    int32_t counter = 0;
+    pair.finalize(&counter);
+    pair.initialize(&counter);
+    EXPECT_EQ(counter, 0);
+    EXPECT_TRUE(takeCalls().empty());
+    pair.initialize(&counter);
+    EXPECT_EQ(counter, pair.components);
+    pair.finalize(&counter);
+    EXPECT_EQ(counter, 0);
+    takeCalls();
+  }
+}
+
+TEST_F(Frame, ComponentsInUseElsewhereKeepRunning) {
+  int32_t own = 0, counter = 0;
+  glo_initialize(&own);
+  Shared_Analysis_XP_initialize(&counter);
+  EXPECT_EQ(counter, 16) << "glo was started before";
+  Shared_Analysis_XP_finalize(&counter);
+  EXPECT_EQ(counter, 0);
+  EXPECT_EQ(own, 1);
+  glo_finalize(&own);
+  EXPECT_EQ(own, 0);
+}
+
+std::string procedureType(int32_t id, std::size_t length = 40) {
+  std::string text(length, '#');
+  GLO_GETPROCEDURETYPE(&id, text.data(), static_cast<int64_t>(length));
+  while (!text.empty() && text.back() == ' ') text.pop_back();
+  return text;
+}
+
+TEST_F(Frame, ProcedureTypes) {
+  const std::map<std::string, std::vector<int32_t>> ids = {{"kprC_StaticStep", {1, 2, 3, 4, 5, 6, 7}},
+                                                           {"kprC_ImplicitDynamicsStep", {11, 12}},
+                                                           {"kprC_SubspaceDynamicsStep", {13}},
+                                                           {"kprC_ExplicitDynamicsStep", {17}},
+                                                           {"kprC_ViscoStep", {21, 22, 23, 24, 25}},
+                                                           {"kprC_HeatTransferStep", {31, 32, 33}},
+                                                           {"kprC_MassDiffusionStep", {34, 35, 36}},
+                                                           {"kprC_FrequencyStep", {41, 43}},
+                                                           {"kprC_BuckleStep", {42, 44}},
+                                                           {"kprC_StaticRiksStep", {51}},
+                                                           {"kprC_GeostaticStep", {61}},
+                                                           {"kprC_SoilsStep", {62, 63, 64, 65}},
+                                                           {"kprC_CoupledTempDisplacementStep", {71, 72, 73}},
+                                                           {"kprC_TempDisplacementDynamicsStep", {74}},
+                                                           {"kprC_CoupledThermalElectricStep", {75, 76, 77, 78}},
+                                                           {"kprC_StaticLinearPerturbationStep", {81}},
+                                                           {"kprC_SteadyStateDirectStep", {85, 86}},
+                                                           {"kprC_ResponseSpectrumStep", {91}},
+                                                           {"kprC_ModalDynamicsStep", {92}},
+                                                           {"kprC_SteadyStateModalStep", {93, 95, 96}},
+                                                           {"kprC_RandomResponseStep", {94}},
+                                                           {"kprC_AnnealStep", {98}}};
+  std::map<int32_t, std::string> expected;
+  for (const auto& [step, list] : ids)
+    for (int32_t id : list) expected[id] = step;
+
+  for (int32_t id = -3; id <= 120; ++id) {
+    const bool known = expected.contains(id);
+    EXPECT_EQ(procedureType(id), known ? expected[id] : "Unknown") << id;
+    const Calls report = {"tvkerrC 1 UNKNOWN PROCEDURE TYPE ID: %I " + std::to_string(id)};
+    EXPECT_EQ(takeCalls(), known ? Calls{} : report) << id;
+  }
+  EXPECT_EQ(procedureType(std::numeric_limits<int32_t>::min()), "Unknown");
+  EXPECT_EQ(procedureType(17, 9), "kprC_Expl") << "cut";
+  EXPECT_EQ(procedureType(17, 0), "");
+}
+
+TEST_F(Frame, VersionBanner) {
+  const auto banner = [](std::size_t length) {
+    std::string text(length, '#');
+    GLO_UTI_GETVERSIONDATETIME(text.data(), static_cast<int64_t>(length));
+    return text;
+  };
+  const std::string title = "Recorder 2", date = " DATE 21-Nov-2026  TIME 08:03:28";
+  EXPECT_EQ(banner(80), title + std::string(80 - title.size() - date.size(), ' ') + date);
+  EXPECT_EQ(banner(title.size() + date.size()), title + date);
+  EXPECT_EQ(banner(title.size() + 9), title + date.substr(0, 9));
+  EXPECT_EQ(banner(5), "Recor");
+  EXPECT_EQ(banner(0), "");
+  char untouched = '#';
+  GLO_UTI_GETVERSIONDATETIME(&untouched, -1);
+  EXPECT_EQ(untouched, '#');
+}
+
+TEST_F(Frame, EndOfAnalysis) {
+  struct Case {
+    int32_t code, kill, rank;
+    const char* type; // null: no record
+    const char* message;
+    int32_t jobStatus, termination;
+  };
+  const char* const kErrors = "Analysis failed due to Errors";
+  const char* const kSignal = "Analysis terminated by external signal";
+  for (const Case& c :
+       {Case{20, 0, 0, "Aborted", kErrors, 2, 1}, Case{21, 0, 0, "Aborted", kErrors, 2, -1},
+        Case{22, 0, 0, "Completed", "Phase complete", 1, 0}, Case{22, 1, 0, "Interrupted", kSignal, 3, 0},
+        Case{20, 1, 0, "Interrupted", kSignal, 3, 1}, Case{0, 0, 0, nullptr, nullptr, 0, 0},
+        Case{23, 1, 0, "Interrupted", kSignal, 3, 0}, Case{21, 0, 2, "Aborted", kErrors, 2, -1}}) {
+    SCOPED_TRACE(c.code);
+    resetRecordingHost();
+    recordingHost().killSignal = c.kill;
+    recordingHost().rank = c.rank;
+    GLO_UTI_EXIT(&c.code);
+
+    EXPECT_TRUE(recordingHost().lines.empty());
+    const auto& statuses = recordingHost().statuses;
+    ASSERT_EQ(statuses.size(), c.type == nullptr ? 0u : 1u);
+    Calls expected;
+    if (c.rank == 0) expected.push_back("DXT_SETJOBSTATUS_XPL " + std::to_string(c.jobStatus));
+    if (c.type != nullptr) {
+      std::string type = c.type, message = c.message;
+      type.resize(20, ' ');
+      message.resize(80, ' ');
+      EXPECT_EQ(statuses[0].type, type);
+      EXPECT_EQ(statuses[0].text, "message=%S");
+      EXPECT_EQ(statuses[0].firstString, message);
+      expected.emplace_back("IPM_MESSAGE");
+    }
+    expected.insert(expected.end(), {"LFC_XUT_XPLMSGFLUSH -6", "LFC_XUT_XPLMSGFLUSH -7", "SetClosing true"});
+    if (c.termination != 0)
+      expected.insert(expected.end(), {"DMPC_TERMINATECOMM " + std::to_string(c.termination), "thr_ErrorInThread 1"});
+    EXPECT_EQ(recordingHost().calls, expected);
+  }
+}
+
+TEST_F(Frame, StorageRequests) {
+  constexpr int32_t kNone = 134217729, kLargest = std::numeric_limits<int32_t>::max();
+  using Request = void (*)(int32_t*, int32_t*, const int32_t*);
+  struct Result {
+    int32_t position, offset;
+    bool operator==(const Result&) const = default;
+  };
+  const auto ask = [](Request request, int32_t offset, int32_t size) {
+    int32_t position = -1;
+    request(&offset, &position, &size);
+    return Result{position, offset};
+  };
+  const auto check = [](int32_t limit, int32_t offset, int32_t size) {
+    int32_t position = -1;
+    GLO_UTI_ALLOCHECK(&limit, &offset, &position, &size);
+    return Result{position, offset};
+  };
+
+  for (Request aligned : {GLO_UTI_ALLO, GLO_UTI_ALLOOLD}) {
+    EXPECT_EQ(ask(aligned, 5, 10), (Result{9, 18}));
+    EXPECT_EQ(ask(aligned, 8, 1), (Result{9, 9}));
+    EXPECT_EQ(ask(aligned, 5, 0), (Result{kNone, 5}));
+    EXPECT_EQ(ask(aligned, kLargest - 4, 4), (Result{kNone, kLargest})) << "beyond the numbers there are";
+    EXPECT_EQ(ask(aligned, kLargest, 1), (Result{kNone, kLargest}));
+    EXPECT_TRUE(takeCalls().empty());
+  }
+  EXPECT_EQ(ask(GLO_UTI_ALLOSEQ, 5, 10), (Result{6, 15}));
+  EXPECT_EQ(ask(GLO_UTI_ALLOSEQ, 5, 0), (Result{kNone, 5}));
+
+  EXPECT_EQ(check(18, 5, 10), (Result{9, 18}));
+  EXPECT_EQ(check(17, 5, 10), (Result{kNone, 18})) << "refused, and the offset stays advanced";
+  EXPECT_EQ(check(16, 5, 10), (Result{kNone, 18}));
+  EXPECT_EQ(check(0, 5, 0), (Result{kNone, 5}));
+  EXPECT_EQ(check(kLargest, kLargest, 1), (Result{kNone, kLargest}));
+  EXPECT_TRUE(takeCalls().empty());
+
+  const Calls refused = {"LFC_XUT_ERRMSG A negative storage request value is not allowed.", "LFC_XUT_ABORT"};
+  for (Request request : {GLO_UTI_ALLO, GLO_UTI_ALLOOLD, GLO_UTI_ALLOSEQ}) {
+    EXPECT_EQ(ask(request, 5, -3), (Result{kNone, 2}));
+    EXPECT_EQ(takeCalls(), refused);
+  }
+  EXPECT_EQ(check(100, 5, -3), (Result{kNone, 2}));
+  EXPECT_EQ(takeCalls(), (Calls{"LFC_XUT_ERRMSG Negative storage request value is not allowed.", "LFC_XUT_ABORT"}));
+}
+
+TEST_F(Frame, Addresses) {
+  const int32_t integer = 0;
+  const double real = 0;
+  int64_t p = 0, q = 0;
+  GLO_UTI_SETPOINTERI(&integer, &p);
+  EXPECT_EQ(GLO_UTI_GETPOINTER(&p), &integer);
+  GLO_UTI_SETPOINTERR(&real, &p);
+  GLO_UTI_SETPOINTER(&p, &q);
+  EXPECT_EQ(GLO_UTI_GETPOINTER(&q), &real);
+}
+
+} // namespace

@@ -1,0 +1,318 @@
+// The reference host behind the library: files, identity, errors, signals.
+#include "dsm_ker_ThreadData.h"
+#include "glo.h"
+#include "host_services.h"
+#include "kprC_Step.h"
+#include "reference_host.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <set>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using namespace sharedanalysis::host;
+namespace fs = std::filesystem;
+
+void write(const std::string& type, const std::string& text, int32_t unit = -6, int32_t status = 0) {
+  GLO_UTI_WRITE(&unit, &status, type.c_str(), text.c_str(), nullptr, nullptr, nullptr,
+                static_cast<int64_t>(type.size()), static_cast<int64_t>(text.size()), 0);
+}
+
+std::string contents(const fs::path& path) {
+  std::ifstream file(path);
+  std::stringstream text;
+  text << file.rdbuf();
+  return text.str();
+}
+
+std::vector<std::string> lines(const fs::path& path) {
+  std::ifstream file(path);
+  std::vector<std::string> all;
+  for (std::string line; std::getline(file, line);) all.push_back(line);
+  return all;
+}
+
+class ReferenceHost : public testing::Test {
+protected:
+  void SetUp() override {
+    std::string name = (fs::temp_directory_path() / "sharedanalysis-host-XXXXXX").string();
+    ASSERT_NE(mkdtemp(name.data()), nullptr);
+    directory = name;
+  }
+  void TearDown() override {
+    closeJob();
+    withdrawKill();
+    fs::remove_all(directory);
+  }
+  fs::path directory;
+};
+
+TEST_F(ReferenceHost, FilesMessagesByChannel) {
+  std::ofstream(directory / "plate.msg") << "of an older run\n";
+  const JobFiles files = openJob("plate", directory);
+  EXPECT_EQ(files.message, directory / "plate.msg");
+
+  write("Error", "Element %%", -6, 1);
+  write("Step", "STEP 1", -7);
+  write("Table", "to another channel", 5);
+  const int32_t ints[] = {12};
+  const double reals[] = {0.5};
+  const char* const strings[] = {"TIP\nTOE"};
+  glo_uti_CWrite(0, 1, "Increment", "%I at %R of %S", ints, reals, strings);
+  const int64_t unfiled = unfiledRecords();
+  closeJob();
+
+  EXPECT_EQ(contents(files.message), "\n***ERROR: Element %\n\n");
+  EXPECT_EQ(contents(files.log), "\nSTEP 1\n\n");
+  EXPECT_EQ(contents(files.status), "Error message=Element %\nIncrement 12 at 5.00000e-01 of TIP TOE\n");
+
+  write("Table", "after the job");
+  EXPECT_EQ(unfiledRecords(), unfiled + 1) << "counted, not written";
+}
+
+TEST_F(ReferenceHost, StatusRecordsAndFlushesBringFilesUpToDate) {
+  const JobFiles files = openJob("live", directory);
+  write("Warning", "hot", -6, 1);
+  EXPECT_EQ(contents(files.status), "Warning message=hot\n");
+  EXPECT_EQ(contents(files.message), "\n***WARNING: hot\n\n");
+  write("Table", "row");
+  const int32_t messageFile = -6;
+  LFC_XUT_XPLMSGFLUSH(&messageFile);
+  EXPECT_EQ(contents(files.message), "\n***WARNING: hot\n\nrow\n");
+}
+
+TEST_F(ReferenceHost, MessagesOfThreadsStayWholeAndTogether) {
+  constexpr int kThreads = 6, kMessages = 150;
+  const JobFiles files = openJob("threads", directory);
+  const int64_t unfiled = unfiledRecords();
+  std::vector<std::thread> threads;
+  threads.reserve(kThreads);
+  std::atomic<int> ready{0};
+  for (int t = 0; t < kThreads; ++t)
+    threads.emplace_back([t, &ready] {
+      ++ready;
+      while (ready < kThreads) std::this_thread::yield();
+      for (int k = 0; k < kMessages; ++k) {
+        const int32_t unit = -6, status = k % 10 == 0, ints[] = {t, k, t, k};
+        const std::string text = "from %I number %I " + std::string(60, 'x') + " again from %I number %I";
+        if (k % 2 == 0) {
+          GLO_UTI_WRITE(&unit, &status, "Error", text.c_str(), ints, nullptr, nullptr, 5,
+                        static_cast<int64_t>(text.size()), 0);
+          GLO_UTI_WRITECONT(&unit, &status, "Table", "continued %I %I", ints, nullptr, nullptr, 5, 15, 0);
+        } else {
+          glo_uti_CWrite(unit, status, "Error", text.c_str(), ints, nullptr, nullptr);
+        }
+      }
+    });
+  for (std::thread& thread : threads) thread.join();
+  closeJob();
+  EXPECT_EQ(unfiledRecords(), unfiled);
+
+  // Every message is a run of undisturbed lines, and each thread's come in its own order.  A status record may
+  // bring the lines of its own message out early, never those of another one.
+  const std::vector<std::string> all = lines(files.message);
+  std::vector<int> next(kThreads, 0);
+  std::size_t line = 0;
+  int apart = 0;
+  while (line < all.size()) {
+    if (all[line].starts_with("continued")) { // came out after its status record
+      ++apart;
+      ++line;
+      continue;
+    }
+    ASSERT_LE(line + 5, all.size());
+    int thread = -1, number = -1;
+    ASSERT_EQ(all[line], "");
+    ASSERT_EQ(std::sscanf(all[line + 1].c_str(), "***ERROR: from %d number %d", &thread, &number), 2) << all[line + 1];
+    ASSERT_EQ(number, next.at(static_cast<std::size_t>(thread))++);
+    const std::string which = std::to_string(thread) + " number " + std::to_string(number);
+    ASSERT_EQ(all[line + 1], "***ERROR: from " + which);
+    ASSERT_EQ(all[line + 2], std::string(10, ' ') + std::string(60, 'x') + " again");
+    ASSERT_EQ(all[line + 3], std::string(10, ' ') + "from " + which);
+    ASSERT_EQ(all[line + 4], "");
+    line += 5;
+    if (number % 2 == 0 && number % 10 != 0) {
+      ASSERT_LT(line, all.size());
+      ASSERT_EQ(all[line++], "continued " + std::to_string(thread) + " " + std::to_string(number));
+    }
+  }
+  EXPECT_EQ(next, std::vector<int>(kThreads, kMessages));
+  EXPECT_EQ(apart, kThreads * kMessages / 10);
+  EXPECT_EQ(lines(files.status).size(), static_cast<std::size_t>(kThreads * kMessages / 10));
+}
+
+TEST_F(ReferenceHost, ThreadsAndMessagesAreNumbered) {
+  const int32_t own = DSM_KER_THREADID();
+  const int32_t message = DSM_KER_MESSAGEID();
+  EXPECT_EQ(DSM_KER_LASTMESSAGEID(), message);
+  dsm_ker_ThreadData& data = thr_ThreadSingleton<dsm_ker_ThreadData>::Instance();
+  EXPECT_EQ(data.threadNumber, own);
+  EXPECT_EQ(data.messageNumber++, message + 1) << "one count behind both entries of the writer";
+  EXPECT_EQ(DSM_KER_LASTMESSAGEID(), message + 1);
+
+  std::set<int32_t> numbers = {own};
+  for (int k = 0; k < 3; ++k)
+    std::thread([&] {
+      numbers.insert(DSM_KER_THREADID());
+      EXPECT_EQ(DSM_KER_MESSAGEID(), 1) << "a thread counts its own messages";
+      EXPECT_EQ(DSM_KER_THREADID(), thr_ThreadSingleton<dsm_ker_ThreadData>::Instance().threadNumber);
+    }).join();
+  EXPECT_EQ(numbers.size(), 4u);
+  EXPECT_EQ(DSM_KER_LASTMESSAGEID(), message + 1);
+}
+
+TEST_F(ReferenceHost, AMessageMayGoOnInAnotherFile) {
+  const JobFiles files = openJob("both", directory);
+  write("Table", "to the message file");
+  const int32_t log = -7, status = 0;
+  GLO_UTI_WRITECONT(&log, &status, "Table", "to the log", nullptr, nullptr, nullptr, 5, 10, 0);
+  closeJob();
+  EXPECT_EQ(contents(files.message), "to the message file\n");
+  EXPECT_EQ(contents(files.log), "to the log\n");
+}
+
+TEST_F(ReferenceHost, LinesOfAnEndedThreadAreKept) {
+  const JobFiles files = openJob("ended", directory);
+  std::thread([] { write("Table", "last words"); }).join();
+  closeJob();
+  EXPECT_EQ(contents(files.message), "last words\n");
+}
+
+TEST_F(ReferenceHost, ReportsWhatItCannotOpenAndWhatItLost) {
+  try {
+    openJob("job", directory / "nowhere");
+    FAIL() << "opened files in a directory that does not exist";
+  } catch (const std::system_error& error) {
+    EXPECT_EQ(error.code().value(), ENOENT);
+    EXPECT_NE(std::string(error.what()).find((directory / "nowhere" / "job.msg").string()), std::string::npos);
+  }
+  closeJob(); // nothing is open
+
+  if (!fs::exists("/dev/full")) GTEST_SKIP() << "no full device here";
+  fs::create_symlink("/dev/full", directory / "full.msg");
+  const JobFiles files = openJob("full", directory);
+  EXPECT_FALSE(writeError());
+  write("Info", std::string(500, 'x'));
+  write("Warning", "still running", -6, 1);
+  EXPECT_EQ(writeError().value(), ENOSPC);
+  try {
+    closeJob();
+    FAIL() << "lost messages without a word";
+  } catch (const std::system_error& error) {
+    EXPECT_EQ(error.code().value(), ENOSPC);
+    EXPECT_NE(std::string(error.what()).find(files.message.string()), std::string::npos);
+  }
+  EXPECT_EQ(contents(files.status), "Warning message=still running\n") << "the other files are complete";
+  openJob("fresh", directory);
+  EXPECT_FALSE(writeError());
+}
+
+TEST_F(ReferenceHost, EndOfAnalysisLeavesItsMark) {
+  const JobFiles files = openJob("end", directory);
+  EXPECT_EQ(jobStatus(), -1);
+  int32_t code = 22;
+  GLO_UTI_EXIT(&code);
+  EXPECT_EQ(jobStatus(), 1);
+  EXPECT_FALSE(threadError());
+  EXPECT_TRUE(transmitterClosing());
+  code = 20;
+  GLO_UTI_EXIT(&code);
+  EXPECT_EQ(jobStatus(), 2);
+  EXPECT_TRUE(threadError());
+  requestKill();
+  code = 22;
+  GLO_UTI_EXIT(&code);
+  EXPECT_EQ(jobStatus(), 3);
+  EXPECT_EQ(contents(files.status), "Completed message=Phase complete\n"
+                                    "Aborted message=Analysis failed due to Errors\n"
+                                    "Interrupted message=Analysis terminated by external signal\n");
+  openJob("again", directory);
+  EXPECT_EQ(jobStatus(), -1);
+  EXPECT_FALSE(threadError());
+  EXPECT_FALSE(transmitterClosing());
+  EXPECT_TRUE(killSignal()) << "a request that came before the job stands";
+}
+
+TEST_F(ReferenceHost, AbortEndsTheJobAndNotTheProcess) {
+  const JobFiles files = openJob("abort", directory);
+  int32_t offset = 0, position = 0;
+  const int32_t size = -1;
+  GLO_UTI_ALLO(&offset, &position, &size);
+  EXPECT_EQ(jobStatus(), 2);
+  EXPECT_TRUE(threadError());
+  const int32_t id = 14;
+  char keyword[10];
+  GLO_GETPROCEDURETYPE(&id, keyword, sizeof keyword);
+  EXPECT_EQ(std::string(keyword, sizeof keyword), "Unknown   ");
+  closeJob();
+  EXPECT_EQ(contents(files.message), "\n***ERROR: A negative storage request value is not allowed.\n\n"
+                                     "\n***ERROR: UNKNOWN PROCEDURE TYPE ID: 14\n\n");
+}
+
+TEST_F(ReferenceHost, SignalsBecomeKillRequests) {
+  using Handler = void (*)(int);
+  const Handler interrupt = std::signal(SIGINT, SIG_DFL), terminate = std::signal(SIGTERM, SIG_DFL);
+  for (int signal : {SIGINT, SIGTERM}) {
+    installSignalHandlers();
+    EXPECT_EQ(ELI_GETKILLSIGNAL(), 0);
+    std::raise(signal);
+    EXPECT_NE(ELI_GETKILLSIGNAL(), 0);
+    EXPECT_TRUE(std::signal(signal, SIG_DFL) == SIG_DFL) << "a second signal ends the process";
+    withdrawKill();
+  }
+  std::signal(SIGINT, interrupt);
+  std::signal(SIGTERM, terminate);
+}
+
+TEST_F(ReferenceHost, CountsLiveComponents) {
+  int32_t counter = 0;
+  Shared_Analysis_XP_initialize(&counter);
+  EXPECT_EQ(counter, 17);
+  EXPECT_EQ(liveComponents(), 13);
+  Shared_Analysis_XP_finalize(&counter);
+  EXPECT_EQ(counter, 0);
+  EXPECT_EQ(liveComponents(), 0);
+}
+
+TEST_F(ReferenceHost, NamesItselfAndItsSteps) {
+  char text[100];
+  GLO_UTI_GETVERSIONDATETIME(text, sizeof text);
+  const std::string banner(text, sizeof text);
+  EXPECT_TRUE(banner.starts_with("SharedAnalysis Reference Host 1.0  ")) << banner;
+  int day = 0, year = 0, hour = -1, minute = -1, second = -1;
+  char month[4] = {};
+  const std::string dateAndTime = banner.substr(banner.size() - 32);
+  ASSERT_EQ(std::sscanf(dateAndTime.c_str(), " DATE %2d-%3[A-Za-z]-%4d  TIME %2d:%2d:%2d", &day, month, &year, &hour,
+                        &minute, &second),
+            6)
+      << banner;
+  const std::time_t now = std::time(nullptr);
+  std::tm today = {};
+  localtime_r(&now, &today);
+  EXPECT_EQ(year, today.tm_year + 1900);
+  EXPECT_TRUE(1 <= day && day <= 31 && hour >= 0 && hour < 24 && minute < 60 && second <= 60) << banner;
+
+  const int32_t explicitDynamics = 17;
+  char keyword[18];
+  GLO_GETPROCEDURETYPE(&explicitDynamics, keyword, sizeof keyword);
+  EXPECT_EQ(std::string(keyword, sizeof keyword), "*DYNAMIC, EXPLICIT");
+#define SA_KEYWORD(step) step::constructorCmd(),
+  const std::set<std::string> keywords = {SA_HOST_STEPS(SA_KEYWORD)};
+#undef SA_KEYWORD
+  EXPECT_EQ(keywords.size(), 22u) << "no two step classes share a keyword";
+}
+
+} // namespace

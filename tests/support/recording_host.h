@@ -1,0 +1,41 @@
+// A host that records what the library asks of it.  The test program defines the services itself.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace sharedanalysis::test {
+
+// One line of a channel.
+struct RecordedLine {
+  std::string service, text;
+  int32_t unit, width, thread, message;
+};
+
+// One record of the status channel, with the argument arrays as they came.
+struct RecordedStatus {
+  std::string service, type, text;
+  std::string firstString; // empty without strings
+  const int32_t* ints;
+  const double* reals;
+  const void* strings;
+  int32_t thread, message;
+};
+
+struct RecordingHost {
+  std::vector<RecordedLine> lines;
+  std::vector<RecordedStatus> statuses;
+  std::vector<std::string> calls; // every other service with its arguments, in order
+
+  // what the services answer
+  int32_t rank = 0, killSignal = 0;
+  int32_t thread = 3, nextMessage = 100;
+  std::string date = "21-Nov-2026", time = "08:03:28";
+};
+
+// Records are made under a lock; read them when no other thread is inside the library.
+RecordingHost& recordingHost();
+void resetRecordingHost();
+
+} // namespace sharedanalysis::test
