@@ -19,6 +19,7 @@ SA_INLINE void forBlock(int64_t nblock, Piece piece) {
 }
 template <class Piece>
 SA_INLINE void forList(int64_t nblock, int count, const int32_t* list, Piece piece) {
+  if (nblock < 1) return;
   bool whole = count == nblock; // a list of all points in order runs with unit stride
   for (int i = 0; whole && i < count; ++i) whole = list[i] == i + 1;
   if (whole) return forBlock(nblock, piece);
