@@ -1,7 +1,9 @@
 # What `cmake --install` leaves: headers, the library, a CMake package and a pkg-config file, all relocatable.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS SharedAnalysis EXPORT SharedAnalysisTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+# The reference host comes along for programs that bring no host of their own.
+install(TARGETS SharedAnalysis SharedAnalysisHost EXPORT SharedAnalysisTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES ${SA_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 set(packageDir ${CMAKE_INSTALL_LIBDIR}/cmake/SharedAnalysis)
@@ -12,10 +14,10 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/SharedAnalysisConfigVersion
 install(FILES ${CMAKE_BINARY_DIR}/SharedAnalysisConfig.cmake ${CMAKE_BINARY_DIR}/SharedAnalysisConfigVersion.cmake
   DESTINATION ${packageDir})
 
-# The reference host serves consumers that bring no host of their own.
-if(TARGET SharedAnalysisHost)
-  install(TARGETS SharedAnalysisHost LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-endif()
+install(DIRECTORY ${CMAKE_SOURCE_DIR}/host/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/sharedanalysis/host
+  FILES_MATCHING PATTERN *.h)
+install(FILES ${CMAKE_SOURCE_DIR}/host/reference/reference_host.h
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/sharedanalysis/host)
 
 # The prefix is the file's own place, so that an installed tree may move.
 file(RELATIVE_PATH SA_PC_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)

@@ -1,0 +1,508 @@
+#include "analysis.h"
+
+#include "block.h"
+#include "block_kernels.h"
+#include "glo.h"
+#include "host_services.h"
+#include "partition.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <map>
+#include <numbers>
+
+#ifdef _OPENMP
+#include <omp.h>
+#endif
+
+namespace sharedanalysis::solver {
+namespace {
+
+constexpr double kGrowth = 1.05; // of the increment from one step to the next
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+double valueAt(const History& history, double time) {
+  const auto& t = history.time;
+  if (t.empty()) return 0;
+  const auto after = std::upper_bound(t.begin(), t.end(), time) - t.begin();
+  if (after == 0) return history.value.front();
+  if (after == static_cast<std::ptrdiff_t>(t.size())) return history.value.back();
+  const double part = (time - t[after - 1]) / (t[after] - t[after - 1]);
+  return history.value[after - 1] + part * (history.value[after] - history.value[after - 1]);
+}
+
+// One prescribed component of one node, and the work of its reaction.
+struct PrescribedComponent {
+  int64_t position; // in (3, nodes), internal numbering
+  const History* history;
+  double reaction = 0, work = 0;
+};
+
+// What one thread works on: a domain's blocks, its force array and its prescribed components.
+struct DomainState {
+  Domain domain;
+  std::vector<Block> blocks;
+  std::vector<double> force; // records of the touched nodes
+  size_t firstPrescribed = 0, endPrescribed = 0;
+  BlockWork work;
+  double stableIncrement = kInfinity;
+  int64_t masked = 0;
+};
+
+} // namespace
+
+struct Analysis::Data {
+  const Mesh& mesh;
+  const Case& definition;
+  Numbering numbering;
+  std::vector<DomainState> domains;
+  std::vector<int32_t> ownerOfBrick;           // the domain of its lowest node
+  std::vector<double> X, x, v, mass, rMass;    // internal numbering; v at the last half step
+  std::vector<PrescribedComponent> prescribed; // by position
+  double time = 0, lastIncrement = 0, stable = 0, firstStable = 0;
+  int64_t increment = 0, updates = 0;
+  Ending ending = Ending::Running;
+  std::vector<int64_t> distorted;
+  std::vector<double> strainDensity, hourglass; // of every brick, at the present positions
+  bool energiesCurrent = false;
+  std::vector<double> displacement, velocity, reaction, stress, elementEnergy, elementMask;
+
+  Data(const Mesh& m, const Case& c) : mesh(m), definition(c) {}
+
+  int64_t nodes() const { return static_cast<int64_t>(numbering.nodes.size()); }
+  int64_t bricks() const { return static_cast<int64_t>(numbering.elements.size()); }
+  bool owned(const DomainState& state, int32_t brick) const {
+    return &domains[static_cast<size_t>(ownerOfBrick[brick])] == &state;
+  }
+
+  std::vector<int32_t> materials() const;
+  void setUpDomains(int threads);
+  void setUpMasses();
+  void setUpMotion();
+  void setUpVelocities();
+  void evaluateForces(DomainState& state, double step);
+  void move(DomainState& state, double step);
+  double nextIncrement(double end) const;
+  void setStableIncrement();
+  Ending findEnding();
+  void evaluateEnergies();
+  // Velocities at the present time, half an increment beyond the last half step; prescribed components follow their history.
+  std::vector<double> velocitiesNow() const;
+  // Reactions of the prescribed components at the present time, with the acceleration that their history has there.
+  std::vector<double> reactionsNow() const;
+};
+
+namespace {
+
+const Group& groupOf(const Mesh& mesh, const std::string& name, const char* what) {
+  const Group* group = mesh.findGroup(name);
+  if (group == nullptr) throw InputError(std::string(what) + ": the mesh has no group \"" + name + "\"");
+  return *group;
+}
+
+} // namespace
+
+// ---- set-up
+
+std::vector<int32_t> Analysis::Data::materials() const {
+  std::vector<int32_t> ofMeshBrick(mesh.elements(), -1), result(mesh.elements());
+  for (const Section& section : definition.sections) {
+    for (int32_t e : groupOf(mesh, section.group, "section").elements) {
+      if (ofMeshBrick[e] >= 0)
+        throw InputError("brick " + std::to_string(mesh.elementNumbers[e]) +
+                         " belongs to two sections, the second one of group \"" + section.group + "\"");
+      ofMeshBrick[e] = static_cast<int32_t>(section.material);
+    }
+  }
+  const auto bare = std::find(ofMeshBrick.begin(), ofMeshBrick.end(), -1);
+  if (bare != ofMeshBrick.end())
+    throw InputError("brick " + std::to_string(mesh.elementNumbers[bare - ofMeshBrick.begin()]) +
+                     " belongs to no section; " + std::to_string(std::count(bare, ofMeshBrick.end(), -1)) +
+                     " bricks have none");
+  for (int64_t e = 0; e < bricks(); ++e) result[e] = ofMeshBrick[numbering.elements[e]];
+  return result;
+}
+
+void Analysis::Data::setUpDomains(int threads) {
+  const std::vector<int32_t> material = materials();
+  const std::vector<Domain> parts = makeDomains(numbering, threads);
+  std::vector<int32_t> ownerOfNode(numbering.nodes.size());
+  domains.resize(parts.size());
+  std::vector<int64_t> bad;
+  for (size_t d = 0; d < parts.size(); ++d) {
+    DomainState& state = domains[d];
+    state.domain = parts[d];
+    for (int64_t node = state.domain.firstNode; node < state.domain.endNode; ++node)
+      ownerOfNode[node] = static_cast<int32_t>(d);
+    state.force.resize(3 * static_cast<size_t>(state.domain.endTouched - state.domain.firstTouched));
+    const std::span<const int32_t> elements(state.domain.elements);
+    for (size_t first = 0; first < elements.size(); first += kBlockLength) {
+      state.blocks.emplace_back(elements.subspan(first, std::min<size_t>(kBlockLength, elements.size() - first)),
+                                numbering, material, definition, state.domain.firstTouched);
+      Block& block = state.blocks.back();
+      block.setReference(X, state.work);
+      for (int e = 0; e < block.count(); ++e)
+        if (block.mask(e) != 0.0) bad.push_back(mesh.elementNumbers[numbering.elements[block.bricks()[e]]]);
+    }
+  }
+  if (!bad.empty()) {
+    std::sort(bad.begin(), bad.end());
+    bad.erase(std::unique(bad.begin(), bad.end()), bad.end());
+    std::string text = "bricks with zero or negative volume: ";
+    for (size_t k = 0; k < bad.size() && k < 8; ++k) text += (k > 0 ? ", " : "") + std::to_string(bad[k]);
+    throw InputError(text + (bad.size() > 8 ? ", ..." : "") + " (" + std::to_string(bad.size()) + " in all)");
+  }
+  ownerOfBrick.resize(static_cast<size_t>(bricks()));
+  for (int64_t e = 0; e < bricks(); ++e) {
+    const auto corners = numbering.connectivity.begin() + 8 * e;
+    ownerOfBrick[e] = ownerOfNode[*std::min_element(corners, corners + 8)];
+  }
+}
+
+void Analysis::Data::setUpMasses() {
+  std::vector<double> ofBrick(static_cast<size_t>(bricks()));
+  for (const DomainState& state : domains)
+    for (const Block& block : state.blocks)
+      for (int e = 0; e < block.count(); ++e) ofBrick[block.bricks()[e]] = block.mass(e);
+  mass.assign(static_cast<size_t>(nodes()), 0.0);
+  for (int64_t e = 0; e < bricks(); ++e)
+    for (int corner = 0; corner < 8; ++corner) mass[numbering.connectivity[8 * e + corner]] += ofBrick[e] / 8.0;
+  rMass.resize(mass.size());
+  // a node of no brick has nothing to move it
+  for (size_t i = 0; i < mass.size(); ++i) rMass[i] = mass[i] > 0.0 ? 1.0 / mass[i] : 0.0;
+}
+
+void Analysis::Data::setUpMotion() {
+  struct Origin {
+    const History* history;
+    const std::string* group;
+  };
+  std::map<int64_t, Origin> components;
+  for (const PrescribedMotion& motion : definition.motions)
+    for (int32_t node : groupOf(mesh, motion.group, "prescribed motion").nodes)
+      for (int c = 0; c < 3; ++c) {
+        if (!motion.velocity[c]) continue;
+        const History& history = *motion.velocity[c];
+        const auto [found, isNew] = components.try_emplace(3 * static_cast<int64_t>(numbering.internalNodes[node]) + c,
+                                                           Origin{&history, &motion.group});
+        const History& other = *found->second.history;
+        if (!isNew && (other.time != history.time || other.value != history.value))
+          throw InputError("groups \"" + *found->second.group + "\" and \"" + motion.group +
+                           "\" prescribe different motion of component " + "xyz"[c] + " of node " +
+                           std::to_string(mesh.nodeNumbers[node]));
+      }
+  for (const auto& [position, origin] : components) prescribed.push_back({position, origin.history});
+  for (DomainState& state : domains) {
+    const auto at = [&](int64_t node) {
+      return static_cast<size_t>(
+          std::lower_bound(prescribed.begin(), prescribed.end(), 3 * node,
+                           [](const PrescribedComponent& p, int64_t position) { return p.position < position; }) -
+          prescribed.begin());
+    };
+    state.firstPrescribed = at(state.domain.firstNode);
+    state.endPrescribed = at(state.domain.endNode);
+  }
+}
+
+void Analysis::Data::setUpVelocities() {
+  v.assign(3 * static_cast<size_t>(nodes()), 0.0);
+  for (const InitialVelocity& initial : definition.initialVelocities) {
+    std::vector<int32_t> all;
+    if (initial.group.empty()) {
+      all.resize(mesh.nodes());
+      for (int32_t i = 0; i < mesh.nodes(); ++i) all[i] = i;
+    }
+    const double length = std::hypot(initial.axis[0], initial.axis[1], initial.axis[2]);
+    const std::array<double, 3> a = {initial.axis[0] / length, initial.axis[1] / length, initial.axis[2] / length};
+    for (int32_t node : initial.group.empty() ? all : groupOf(mesh, initial.group, "initial velocity").nodes) {
+      std::array<double, 3> r;
+      for (int c = 0; c < 3; ++c) r[c] = mesh.coordinates[3 * static_cast<size_t>(node) + c] - initial.origin[c];
+      const double s = a[0] * r[0] + a[1] * r[1] + a[2] * r[2];
+      const double rate =
+          initial.profileLength ? initial.rate * std::sin(std::numbers::pi * s / *initial.profileLength) : initial.rate;
+      double* velocityOfNode = &v[3 * static_cast<size_t>(numbering.internalNodes[node])];
+      for (int c = 0; c < 3; ++c) {
+        const int c1 = (c + 1) % 3, c2 = (c + 2) % 3;
+        velocityOfNode[c] = initial.velocity[c] + (rate == 0.0 ? 0.0 : rate * (a[c1] * r[c2] - a[c2] * r[c1]));
+      }
+    }
+  }
+  for (const PrescribedComponent& p : prescribed) v[p.position] = valueAt(*p.history, 0.0);
+}
+
+Analysis::Analysis(const Mesh& mesh, const Case& definition, int threads)
+    : data_(std::make_unique<Data>(mesh, definition)) {
+  Data& d = *data_;
+  d.numbering = numberModel(mesh);
+  d.X.resize(mesh.coordinates.size());
+  for (int64_t i = 0; i < d.nodes(); ++i)
+    for (int c = 0; c < 3; ++c) d.X[3 * i + c] = mesh.coordinates[3 * static_cast<size_t>(d.numbering.nodes[i]) + c];
+  d.x = d.X;
+  d.setUpDomains(std::max(threads, 1));
+  d.setUpMasses();
+  d.setUpMotion();
+  d.setUpVelocities();
+  for (DomainState& state : d.domains) d.evaluateForces(state, 0.0);
+  d.ending = d.findEnding();
+  d.setStableIncrement();
+  d.firstStable = d.stable;
+}
+
+Analysis::~Analysis() = default;
+
+// ---- one increment
+
+void Analysis::Data::evaluateForces(DomainState& state, double step) {
+  const int32_t values = static_cast<int32_t>(state.force.size());
+  GLO_UTI_BROADCAST0D(&values, state.force.data());
+  state.stableIncrement = kInfinity;
+  state.masked = 0;
+  for (Block& block : state.blocks) {
+    const Block::Outcome outcome = block.evaluate(x, v, step, definition, state.work, state.force.data());
+    if (!(outcome.stableIncrement >= state.stableIncrement)) state.stableIncrement = outcome.stableIncrement;
+    state.masked += outcome.masked;
+  }
+}
+
+// Velocities to the next half step and positions to the next time, for the nodes of one domain.
+void Analysis::Data::move(DomainState& state, double step) {
+  const Domain& domain = state.domain;
+  const double between = 0.5 * (lastIncrement + step);
+  const double gravity[3] = {definition.gravity[0], definition.gravity[1], definition.gravity[2]};
+  std::vector<double> before;
+  before.reserve(state.endPrescribed - state.firstPrescribed);
+  for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) before.push_back(v[prescribed[k].position]);
+  kick(domain.firstNode, domain.endNode, state.force.data(), domain.firstTouched, rMass.data(), gravity, between,
+       v.data());
+  for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) {
+    PrescribedComponent& p = prescribed[k];
+    const double old = before[k - state.firstPrescribed], now = valueAt(*p.history, time + 0.5 * step);
+    const int64_t node = p.position / 3;
+    const int c = static_cast<int>(p.position % 3);
+    p.reaction = state.force[p.position - 3 * domain.firstTouched] + mass[node] * ((now - old) / between - gravity[c]);
+    p.work += p.reaction * 0.5 * (old * lastIncrement + now * step);
+    v[p.position] = now;
+  }
+  drift(domain.firstNode, domain.endNode, v.data(), step, x.data());
+}
+
+// The next increment: the stable one, reached by little growth, and cut so that `end` is met with two equal steps at the last.
+double Analysis::Data::nextIncrement(double end) const {
+  const double step = std::min(stable, std::max(kGrowth * lastIncrement, 0.5 * stable)), rest = end - time;
+  if (rest <= step) return rest;
+  return rest < 2 * step ? 0.5 * rest : step;
+}
+
+void Analysis::Data::setStableIncrement() {
+  stable = kInfinity;
+  for (const DomainState& state : domains) stable = std::min(stable, state.stableIncrement);
+  stable *= definition.safetyFactor;
+}
+
+Ending Analysis::Data::findEnding() {
+  int64_t masked = 0;
+  double smallest = kInfinity;
+  for (const DomainState& state : domains) {
+    masked += state.masked;
+    if (!(state.stableIncrement >= smallest)) smallest = state.stableIncrement;
+  }
+  if (masked > 0) {
+    bool finite = true;
+    for (double position : x) finite = finite && std::isfinite(position);
+    distorted.clear();
+    for (const DomainState& state : domains)
+      for (const Block& block : state.blocks)
+        for (int e = 0; e < block.count(); ++e)
+          if (block.mask(e) != 0.0 && owned(state, block.bricks()[e]))
+            distorted.push_back(mesh.elementNumbers[numbering.elements[block.bricks()[e]]]);
+    std::sort(distorted.begin(), distorted.end());
+    return finite ? Ending::Distorted : Ending::NotFinite;
+  }
+  if (std::isnan(smallest)) return Ending::NotFinite;
+  if (firstStable > 0 && definition.safetyFactor * smallest < definition.smallestIncrementRatio * firstStable)
+    return Ending::IncrementCollapsed;
+  return Ending::Running;
+}
+
+Ending Analysis::advanceTo(double end) {
+  Data& d = *data_;
+  if (d.ending != Ending::Running && d.ending != Ending::Complete) return d.ending;
+  d.energiesCurrent = false;
+  bool running = d.ending == Ending::Running && d.time < end;
+  const int domains = static_cast<int>(d.domains.size());
+  double step = d.nextIncrement(end);
+  // Each domain is moved and evaluated by one thread.  An evaluation reads positions that neighbours have moved, and a move
+  // changes positions that neighbours have read: everyone waits between them.
+#pragma omp parallel num_threads(domains) default(shared)
+  {
+#ifdef _OPENMP
+    const int thread = omp_get_thread_num(), threads = omp_get_num_threads();
+#else
+    const int thread = 0, threads = 1;
+#endif
+    while (running) {
+      for (int k = thread; k < domains; k += threads) d.move(d.domains[k], step);
+#pragma omp barrier
+      for (int k = thread; k < domains; k += threads) d.evaluateForces(d.domains[k], step);
+#pragma omp barrier
+#pragma omp single
+      {
+        d.time = step >= end - d.time ? end : d.time + step;
+        d.lastIncrement = step;
+        ++d.increment;
+        d.updates += d.bricks();
+        d.ending = d.findEnding();
+        d.setStableIncrement();
+        if (d.ending == Ending::Running && ELI_GETKILLSIGNAL() != 0) d.ending = Ending::Killed;
+        running = d.ending == Ending::Running && d.time < end;
+        step = d.nextIncrement(end);
+      }
+    }
+  }
+  if (d.ending == Ending::Running && d.time >= d.definition.endTime) return Ending::Complete;
+  return d.ending;
+}
+
+// ---- results
+
+Progress Analysis::progress() const { return {data_->time, data_->stable, data_->increment}; }
+
+int64_t Analysis::elementUpdates() const { return data_->updates; }
+
+const std::vector<int64_t>& Analysis::distortedElements() const { return data_->distorted; }
+
+void Analysis::Data::evaluateEnergies() {
+  if (energiesCurrent) return;
+  strainDensity.resize(static_cast<size_t>(bricks()));
+  hourglass.resize(static_cast<size_t>(bricks()));
+  const int count = static_cast<int>(domains.size());
+#pragma omp parallel for num_threads(count) schedule(static, 1)
+  for (int k = 0; k < count; ++k) {
+    DomainState& state = domains[k];
+    double density[kBlockLength], spring[kBlockLength];
+    for (Block& block : state.blocks) {
+      block.energies(x, state.work, density, spring);
+      for (int e = 0; e < block.count(); ++e) {
+        const int32_t brick = block.bricks()[e];
+        if (!owned(state, brick)) continue;
+        strainDensity[brick] = density[e];
+        hourglass[brick] = spring[e];
+      }
+    }
+  }
+  energiesCurrent = true;
+}
+
+std::vector<double> Analysis::Data::velocitiesNow() const {
+  std::vector<double> now(v.size());
+  for (const DomainState& state : domains)
+    for (int64_t i = state.domain.firstNode; i < state.domain.endNode; ++i)
+      for (int c = 0; c < 3; ++c) {
+        const double f = state.force[3 * (i - state.domain.firstTouched) + c];
+        now[3 * i + c] = v[3 * i + c] + 0.5 * lastIncrement * (definition.gravity[c] - f * rMass[i]);
+      }
+  for (const PrescribedComponent& p : prescribed) now[p.position] = valueAt(*p.history, time);
+  return now;
+}
+
+std::vector<double> Analysis::Data::reactionsNow() const {
+  std::vector<double> now(prescribed.size());
+  const double h = 0.5 * (lastIncrement > 0 ? lastIncrement : stable);
+  for (const DomainState& state : domains)
+    for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) {
+      const PrescribedComponent& p = prescribed[k];
+      const double a = (valueAt(*p.history, time + h) - valueAt(*p.history, time - h)) / (2 * h);
+      now[k] = state.force[p.position - 3 * state.domain.firstTouched] +
+               mass[p.position / 3] * (a - definition.gravity[p.position % 3]);
+    }
+  return now;
+}
+
+// Sums run in internal order, one after the other, so that they have one value for any number of domains.
+Energies Analysis::energies() const {
+  Data& d = *data_;
+  d.evaluateEnergies();
+  Energies sum;
+  const std::vector<double> now = d.velocitiesNow(), reactions = d.reactionsNow();
+  for (int64_t i = 0; i < d.nodes(); ++i) {
+    const double *w = &now[3 * i], *x = &d.x[3 * i], *X = &d.X[3 * i];
+    sum.kinetic += 0.5 * d.mass[i] * (w[0] * w[0] + w[1] * w[1] + w[2] * w[2]);
+    for (int c = 0; c < 3; ++c) sum.external += d.mass[i] * d.definition.gravity[c] * (x[c] - X[c]);
+  }
+  for (size_t k = 0; k < d.prescribed.size();
+       ++k) { // up to the present time: the last half increment is still to be counted
+    const PrescribedComponent& p = d.prescribed[k];
+    sum.external += p.work + 0.5 * reactions[k] * d.v[p.position] * d.lastIncrement;
+  }
+  std::vector<double> volume(d.strainDensity.size()), viscous(d.strainDensity.size());
+  for (const DomainState& state : d.domains)
+    for (const Block& block : state.blocks)
+      for (int e = 0; e < block.count(); ++e) {
+        volume[block.bricks()[e]] = block.volume(e);
+        viscous[block.bricks()[e]] = block.viscousEnergy(e);
+      }
+  for (size_t e = 0; e < volume.size(); ++e) {
+    sum.strain += volume[e] * d.strainDensity[e];
+    sum.hourglass += d.hourglass[e];
+    sum.viscous += viscous[e];
+  }
+  return sum;
+}
+
+std::array<double, 3> Analysis::linearMomentum() const {
+  const Data& d = *data_;
+  std::array<double, 3> sum{};
+  const std::vector<double> now = d.velocitiesNow();
+  for (int64_t i = 0; i < d.nodes(); ++i)
+    for (int c = 0; c < 3; ++c) sum[c] += d.mass[i] * now[3 * i + c];
+  return sum;
+}
+
+std::array<double, 3> Analysis::angularMomentum() const {
+  const Data& d = *data_;
+  std::array<double, 3> sum{};
+  const std::vector<double> now = d.velocitiesNow();
+  for (int64_t i = 0; i < d.nodes(); ++i)
+    for (int c = 0; c < 3; ++c) {
+      const int c1 = (c + 1) % 3, c2 = (c + 2) % 3;
+      sum[c] += d.mass[i] * (d.x[3 * i + c1] * now[3 * i + c2] - d.x[3 * i + c2] * now[3 * i + c1]);
+    }
+  return sum;
+}
+
+Fields Analysis::fields() const {
+  Data& d = *data_;
+  d.evaluateEnergies();
+  const size_t nodes = static_cast<size_t>(d.nodes()), bricks = static_cast<size_t>(d.bricks());
+  d.displacement.resize(3 * nodes);
+  d.velocity.resize(3 * nodes);
+  d.reaction.assign(3 * nodes, 0.0);
+  d.stress.resize(6 * bricks);
+  d.elementEnergy.resize(bricks);
+  d.elementMask.resize(bricks);
+  const std::vector<double> now = d.velocitiesNow(), reactions = d.reactionsNow();
+  for (size_t i = 0; i < nodes; ++i)
+    for (size_t c = 0; c < 3; ++c) {
+      const size_t at = 3 * static_cast<size_t>(d.numbering.nodes[i]) + c;
+      d.displacement[at] = d.x[3 * i + c] - d.X[3 * i + c];
+      d.velocity[at] = now[3 * i + c];
+    }
+  for (size_t k = 0; k < reactions.size(); ++k) {
+    const int64_t position = d.prescribed[k].position;
+    d.reaction[3 * static_cast<size_t>(d.numbering.nodes[position / 3]) + position % 3] = reactions[k];
+  }
+  for (const DomainState& state : d.domains)
+    for (const Block& block : state.blocks)
+      for (int e = 0; e < block.count(); ++e) {
+        const int32_t brick = block.bricks()[e];
+        if (!d.owned(state, brick)) continue;
+        const size_t at = static_cast<size_t>(d.numbering.elements[brick]);
+        for (int k = 0; k < 6; ++k) d.stress[6 * at + k] = block.mask(e) == 0.0 ? block.stress(k, e) : 0.0;
+        d.elementEnergy[at] = d.strainDensity[brick];
+        d.elementMask[at] = block.mask(e);
+      }
+  return {d.displacement, d.velocity, d.reaction, d.stress, d.elementEnergy, d.elementMask};
+}
+
+} // namespace sharedanalysis::solver

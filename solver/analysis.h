@@ -1,0 +1,61 @@
+// The explicit analysis: central differences over blocks of bricks, on any number of threads with the same bits.
+#pragma once
+
+#include "model.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace sharedanalysis::solver {
+
+struct Energies {
+  double kinetic = 0, strain = 0, hourglass = 0, viscous = 0, external = 0;
+  // total - external is constant in an exact integration
+  double total() const { return kinetic + strain + hourglass + viscous; }
+  double balance() const { return total() - external; }
+};
+
+struct Progress {
+  double time = 0, stableIncrement = 0;
+  int64_t increment = 0;
+};
+
+// Fields at an output time, in the numbering of the mesh; spans stay valid until the next step.
+struct Fields {
+  std::span<const double> displacement, velocity, reaction; // (3, nodes)
+  std::span<const double> stress;                           // (6, elements), S33, component fastest
+  std::span<const double> strainEnergy, mask;               // (elements); J/m3 of undeformed volume, 0 or 1
+};
+
+enum class Ending { Running, Complete, Distorted, IncrementCollapsed, NotFinite, Killed };
+
+class Analysis {
+public:
+  // Checks the model against the mesh: inverted or zero-volume bricks and unknown groups throw InputError.
+  Analysis(const Mesh& mesh, const Case& definition, int threads);
+  ~Analysis();
+  Analysis(const Analysis&) = delete;
+  Analysis& operator=(const Analysis&) = delete;
+
+  // Advances until `time` (the last increments are cut so that it is met exactly) or until the analysis ends early.
+  // Afterwards displacement, stress and energies belong to the same time.
+  Ending advanceTo(double time);
+
+  Progress progress() const;
+  Energies energies() const;
+  std::array<double, 3> linearMomentum() const;
+  std::array<double, 3> angularMomentum() const; // about the origin
+  Fields fields() const;
+  int64_t elementUpdates() const; // bricks times increments, for rates
+  // After Distorted: how many bricks were masked in the last increment, and the mesh numbers of the first few.
+  const std::vector<int64_t>& distortedElements() const;
+
+private:
+  struct Data;
+  std::unique_ptr<Data> data_;
+};
+
+} // namespace sharedanalysis::solver

@@ -1,0 +1,51 @@
+// The solver's own vector loops over one block of bricks: what stands between the library's kernels.
+//
+// Block arrays (ld, 8, 3) hold the brick fastest, then the node, then the direction, as the library's operators take them;
+// tensors and other arrays of the block have no gaps: component k of brick e at k*n + e.
+#pragma once
+
+#include <cstdint>
+
+namespace sharedanalysis::solver {
+
+// F = sum over the nodes of x (x) B0, component (i,j) at 3i + j; its cofactors; and b = F F' in S33 order.
+void deformationGradient(int n, int ld, const double* x, const double* B0, double* F, double* cofactors, double* b);
+
+struct ViscosityInput {
+  int n, ld;
+  const double *velocity, *B;     // (ld, 8, 3)
+  const double *vol, *hgstiff;    // current volume and 2 V B.B
+  const double *mass, *hourglass; // of the brick; stiffness of its hourglass springs
+  const double *bound, *bulk, *mask;
+  double linear, quadratic; // coefficients of the bulk viscosity
+  double lastIncrement;     // s, that ends now
+};
+
+// Bulk viscosity as a mean stress, its dissipation over the last increment, and the largest stable increment of the bricks
+// that take part (infinity when there are none).
+// `stress` holds the viscous stress of the increment before on entry; `energy` is summed up.
+double viscosityAndIncrement(const ViscosityInput& in, double* stress, double* energy);
+
+struct ForceInput {
+  int n, ld;
+  const double *x, *B0, *gamma0;         // current coordinates; reference gradient and hourglass vectors
+  const double *B, *vol, *viscousStress; // current gradient and volume
+  const double *cofactors, *stress;      // of F; Cauchy stress, S33
+  const double *V0, *hourglass, *mask;
+};
+
+// Nodal forces of the bricks, (8n, 3) with the corner fastest, then the brick, then the direction: the order in which an
+// assembly adds them brick by brick.  `work` has room for 24 ld values.
+void nodalForces(const ForceInput& in, double* work, double* force);
+
+// Half of k q.q over the four hourglass patterns and three directions.
+void hourglassEnergy(int n, int ld, const double* x, const double* gamma0, const double* hourglass, double* energy);
+
+// v += (gravity - f / m) * duration for nodes first .. end - 1; f starts at node fFirst, all are (3, nodes) but the masses.
+void kick(int64_t first, int64_t end, const double* f, int64_t fFirst, const double* rMass, const double (&gravity)[3],
+          double duration, double* v);
+
+// x += v * duration for nodes first .. end - 1.
+void drift(int64_t first, int64_t end, const double* v, double duration, double* x);
+
+} // namespace sharedanalysis::solver
