@@ -42,5 +42,6 @@ function(sa_add_library target)
   set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
     LINK_DEPENDS ${SA_VERSION_SCRIPT})
   add_dependencies(${target} sa_version_script)
-  target_link_options(${target} PRIVATE -Wl,--version-script=${SA_VERSION_SCRIPT})
+  # Host services are bound when they are first called: a host need not bring those that it never sees called.
+  target_link_options(${target} PRIVATE -Wl,--version-script=${SA_VERSION_SCRIPT} -Wl,-z,lazy)
 endfunction()

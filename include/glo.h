@@ -113,8 +113,9 @@ void GLO_UTI_FLUSH(void);
  *
  * A message is a template and three argument arrays, each with a cursor of its own: %I takes the next integer, %R the
  * next real (1.00000E+00), %S the next string, %% is a percent sign; any other code, or % as the last character, ends
- * the text without a report.  Values lose their surrounding blanks; a blank value shows as 8 blanks.  A message holds
- * 1000 characters: a value that does not fit ends it.  Trailing blanks of the template do not count.
+ * the text without a report.  Values lose their surrounding blanks; a blank value shows as 8 blanks, and so does one whose
+ * array is a null pointer.  A message holds 1000 characters: a value that does not fit ends it.  Trailing blanks of the
+ * template do not count.
  *
  *   type                header         %-codes        broken into lines   blank line before, after   status channel
  *   " "                 none           no             no                  no                         never
@@ -128,7 +129,8 @@ void GLO_UTI_FLUSH(void);
  *   "Note"              "***NOTE:"     yes            yes                 yes                        never
  *   any other           blank          yes            yes                 no                         if flag
  *
- * Lines hold at most 79 characters and are broken at blanks; at most 20 lines are written and the rest is dropped.
+ * Lines hold at most 79 characters and are broken at blanks; at most 20 lines are written and the rest is dropped.  A blank
+ * line reaches the host as one blank.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Writes one message under a fresh message number.  The type matches as a blank-padded text ("Errors" is not "Error").
@@ -180,7 +182,8 @@ void GLO_UTI_EXIT(const int32_t* code);
  *
  * A request hands out a position, counted from 1, in one large array and advances the number of elements handed out.
  * Position 134217729 is never valid: it answers an empty or a refused request.  A negative size is reported through
- * LFC_XUT_ERRMSG and LFC_XUT_ABORT; if those return, the position is 134217729 and the offset moves by the size.
+ * LFC_XUT_ERRMSG and LFC_XUT_ABORT; if those return, the position is 134217729 and the offset moves by the size.  An offset
+ * that no 32-bit integer holds stays at the nearest one that does, and the position is 134217729.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Aligned request: the offset is rounded up to a multiple of 4, position = offset + 1, then the offset moves by size.

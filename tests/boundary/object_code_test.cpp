@@ -1,0 +1,116 @@
+// The machine code of the kernels: each copy for an instruction set uses that set's full vectors and has everything inlined.
+// A copy that calls shared code runs the slow baseline version of it, with the right bits and no other sign.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <regex>
+#include <set>
+
+#include "library_file.h"
+
+namespace {
+
+using namespace sa::test;
+
+// Kernels whose loops take scalars through maps, lists or comparisons one after another; there is nothing to vectorise.
+const std::set<std::string> kWithoutVectors = {
+    "GLO_UTI_INSSORTI",    // a sort moves list entries
+    "GLO_UTI_INSSORTR",    // a sort moves list entries
+    "GLO_UTI_CHKSORTI",    // integers alone
+    "GLO_UTI_GATHERI",     // integers alone
+    "GLO_ASM_GATHERINT",   // integers alone
+    "GLO_ASM_SCATTERINT",  // integers alone, in point order
+    "GLO_ASM_INITINT",     // integers alone, in point order
+    "GLO_UTI_BROADCAST0D", // becomes a call of memset
+};
+// Maps may repeat and points keep their order, or single values are picked from records: scalar loads and stores.
+const std::regex kThroughMaps("GLO_(UTI_(GEN|MPC)?(GATHER|SCATTER).*|ASM_(GATHER|SCATTER)|OPE_.*ASSEM.*)");
+
+// Copies move bits: full registers of any type will do.
+const std::set<std::string> kCopies = {"GLO_UTI_COPYR", "GLO_UTI_BROADCASTR"};
+
+// What a body may call: block moves of the C library, the compiler's unwinding, and the recursion of the sorts, which holds no
+// vector code.
+const std::regex
+    kAllowedCalls(".*<((memcpy|memmove|memset|memcmp|_Unwind_Resume)(@.*)?|_ZN2sa12_GLOBAL__N_19mergeRuns.*)>");
+
+struct Clone {
+  std::string kernel, set;
+};
+
+// "_ZN2saL13GLO_UTI_VADDR_clonesE....avx2" or "....avx2.1": kernel and instruction set; empty for other symbols.
+Clone cloneOf(const std::string& symbol) {
+  static const std::regex kPattern(
+      "_ZN2sa(?:12_GLOBAL__N_1)?L?\\d+(\\w+)_clonesE\\w*\\.(avx512f|avx2|default)(?:\\.\\d+)?");
+  std::smatch match;
+  if (!std::regex_match(symbol, match, kPattern)) return {};
+  return {match[1], match[2]};
+}
+
+std::string registerOf(const std::string& set) { return set == "avx512f" ? "%zmm" : set == "avx2" ? "%ymm" : "%xmm"; }
+
+bool usesVectors(const std::string& instruction, const Clone& clone) {
+  static const std::regex kPackedDouble("[a-z0-9]*pd[0-9a-z]*\\s.*"), kMove("v?mov(ap|up|dq)[a-z0-9]*\\s.*");
+  if (instruction.find(registerOf(clone.set)) == std::string::npos) return false;
+  return std::regex_match(instruction, kPackedDouble) ||
+         (kCopies.count(clone.kernel) != 0 && std::regex_match(instruction, kMove));
+}
+
+// What is wrong with the body of a clone; identical bodies share code, then one only jumps to the other.
+std::string fault(const std::map<std::string, const Function*>& bySymbol, const Function* body, const Clone& clone) {
+  static const std::regex kJump("jmp +[0-9a-f]+ <([^+>]+)>");
+  std::smatch match;
+  for (int hops = 0; hops < 3 && !body->instructions.empty(); ++hops) {
+    if (!std::regex_search(body->instructions[0], match, kJump)) break;
+    const auto target = bySymbol.find(match[1]);
+    if (target == bySymbol.end() || cloneOf(target->first).set != clone.set) return "jumps to " + match[1].str();
+    body = target->second;
+  }
+  bool hasVectors = false;
+  for (const std::string& instruction : body->instructions) {
+    if (instruction.rfind("call", 0) == 0 && !std::regex_match(instruction, kAllowedCalls))
+      return "has the call: " + instruction;
+    hasVectors = hasVectors || usesVectors(instruction, clone);
+  }
+  if (hasVectors || kWithoutVectors.count(clone.kernel) != 0 || std::regex_match(clone.kernel, kThroughMaps)) return "";
+  return "has no packed double instruction on " + registerOf(clone.set);
+}
+
+// Faults of all clones of a library, and the number of kernels that have three clones.
+std::map<std::string, std::string> faults(const std::string& library, std::size_t& kernels) {
+  const std::vector<Function> functions = disassemble(library);
+  std::map<std::string, const Function*> bySymbol;
+  for (const Function& function : functions) bySymbol[function.name] = &function;
+  std::map<std::string, std::string> found;
+  std::map<std::string, std::set<std::string>> sets;
+  for (const Function& function : functions) {
+    const Clone clone = cloneOf(function.name);
+    if (clone.kernel.empty()) continue;
+    sets[clone.kernel].insert(clone.set);
+    const std::string text = fault(bySymbol, &function, clone);
+    if (!text.empty()) found[clone.kernel + " for " + clone.set] = text;
+  }
+  for (const auto& [kernel, present] : sets)
+    if (present.size() != 3) found[kernel] = "is not compiled for three instruction sets";
+  kernels = sets.size();
+  return found;
+}
+
+TEST(ObjectCode, KernelsAreInlinedAndVectorised) {
+  std::size_t kernels = 0;
+  for (const auto& [clone, text] : faults(SA_LIBRARY_FILE, kernels)) ADD_FAILURE() << clone << " " << text;
+  EXPECT_GE(kernels, 30U);
+}
+
+TEST(ObjectCode, FindsPlantedFaults) {
+  std::size_t kernels = 0;
+  const std::map<std::string, std::string> found = faults(SA_TOY_FILE, kernels);
+  EXPECT_EQ(kernels, 3U);
+  for (const char* set : {"avx512f", "avx2"}) {
+    EXPECT_EQ(found.count(std::string("TOY_SOUND for ") + set), 0U);
+    EXPECT_EQ(found.count(std::string("TOY_CALLS for ") + set), 1U);
+    EXPECT_EQ(found.count(std::string("TOY_SCALAR for ") + set), 1U);
+  }
+}
+
+} // namespace

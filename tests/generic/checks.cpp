@@ -1,0 +1,215 @@
+#include "checks.h"
+
+#include <algorithm>
+#include <limits>
+#include <mutex>
+#include <thread>
+
+namespace sa::test {
+namespace {
+
+// Round about powers of two, vector widths and the 136 points of a kernel's scratch.
+constexpr int kLengths[] = {1, 2, 7, 8, 63, 64, 128, 135, 136, 137, 272, 300};
+
+std::string name(const Array& array) { return array.info->name; }
+
+Complain into(Findings& findings) {
+  return [&findings](const std::string& text) { findings.insert(text); };
+}
+
+// Runs all variants at a short and a long length, and one variant at every other.
+template <class Run>
+void forCases(const Kernel& kernel, Run run) {
+  const int variants = variantCount(*kernel.info);
+  int turn = 0;
+  for (int n : kLengths) {
+    const bool isFull = n == 7 || n == 137;
+    for (int v = 0; v < (isFull ? variants : 1); ++v) run(makeCase(*kernel.info, n, isFull ? v : turn++ % variants));
+  }
+}
+
+bool isSameLine(const Array& a, const Array& b, std::size_t line) {
+  for (std::size_t c = 0; c < a.components(); ++c)
+    if (a.canonicalBits(a.index(line, c)) != b.canonicalBits(b.index(line, c))) return false;
+  return true;
+}
+
+// Written where it must be, untouched elsewhere.
+void compareWrites(const KernelCase& before, const Array& old, const Array& now, Findings& findings) {
+  const bool isMapped = before.isMapped(old);
+  const std::vector<bool> reached = before.reachedEntities(old);
+  for (std::size_t line = 0; line < old.lineCount; ++line) {
+    const bool isProcessed = old.lines != Lines::points || before.isProcessed(line);
+    const bool mayChange = isProcessed && (old.lines != Lines::entities || !isMapped || reached[line]);
+    for (std::size_t c = 0; c < old.components(); ++c) {
+      const std::size_t at = old.index(line, c);
+      if (!mayChange && now.bits(at) != old.bits(at)) findings.insert("changes values of other points in " + name(old));
+      if (old.info->isOnlyWritten() && old.lines != Lines::entities && isProcessed && now.isPoisoned(at))
+        findings.insert("leaves values of " + name(old) + " unwritten");
+    }
+  }
+}
+
+// Outputs and result equal, NaNs alike.
+void compareOutputs(const KernelCase& expected, const KernelCase& got, const std::string& what, Findings& findings) {
+  for (std::size_t a = 0; a < expected.arrays.size(); ++a) {
+    const Array& e = expected.arrays[a];
+    if (!e.info->isWritten()) continue;
+    for (std::size_t line = 0; line < e.lineCount; ++line)
+      if (!isSameLine(e, got.arrays[a], line)) findings.insert(what + " changes the bits of " + name(e));
+  }
+  if (expected.result != got.result) findings.insert(what + " changes the result");
+}
+
+// Pieces of the lengths of the pattern, over and over.
+KernelCase runInPieces(GuardedMemory& memory, const Kernel& kernel, const KernelCase& start,
+                       const std::vector<int>& pattern, Findings& findings) {
+  KernelCase whole = start;
+  std::size_t turn = 0;
+  for (int begin = 0; begin < start.points;) {
+    const int end = std::min(start.points, begin + pattern[turn++ % pattern.size()]);
+    KernelCase piece = whole.piece(begin, end);
+    if (!memory.call(kernel.address, piece, into(findings))) break;
+    whole.putBack(piece, begin);
+    begin = end;
+  }
+  return whole;
+}
+
+// The case with another value in one component of one point against the case as it was.
+void compareOtherPoints(const KernelCase& sound, const KernelCase& spoiled, int point, Findings& findings) {
+  for (std::size_t a = 0; a < sound.arrays.size(); ++a) {
+    const Array& s = sound.arrays[a];
+    if (!s.info->isWritten() || s.lines == Lines::none) continue;
+    const std::vector<bool> reached = sound.reachedEntities(s, point);
+    for (std::size_t line = 0; line < s.lineCount; ++line) {
+      const bool isOwn =
+          s.lines == Lines::points ? static_cast<int>(line) == point : line < reached.size() && reached[line];
+      if (!isOwn && !isSameLine(s, spoiled.arrays[a], line)) findings.insert("spoils other points in " + name(s));
+    }
+  }
+}
+
+} // namespace
+
+Findings checkWrites(GuardedMemory& memory, const Kernel& kernel) {
+  Findings findings;
+  forCases(kernel, [&](const KernelCase& before) {
+    KernelCase after = before;
+    if (!memory.call(kernel.address, after, into(findings))) return;
+    for (std::size_t a = 0; a < before.arrays.size(); ++a)
+      if (before.arrays[a].info->isWritten()) compareWrites(before, before.arrays[a], after.arrays[a], findings);
+  });
+  return findings;
+}
+
+Findings checkEmpty(GuardedMemory& memory, const Kernel& kernel) {
+  Findings findings;
+  const auto expectNothing = [&](const KernelCase& before, const std::string& what) {
+    KernelCase after = before;
+    if (!memory.call(kernel.address, after, into(findings))) return;
+    for (std::size_t a = 0; a < before.arrays.size(); ++a)
+      if (before.arrays[a].bytes != after.arrays[a].bytes) findings.insert(what + " changes " + name(before.arrays[a]));
+    if (after.result != 0) findings.insert(what + " has a result");
+  };
+  for (int v = 0; v < variantCount(*kernel.info); ++v) {
+    for (int n : {0, -1}) {
+      KernelCase data = makeCase(*kernel.info, 5, v);
+      data.setPoints(n);
+      expectNothing(data, "length " + std::to_string(n));
+    }
+    if (!kernel.info->hasRole("list")) continue;
+    KernelCase data = makeCase(*kernel.info, 5, v);
+    const auto isList = [](const Array& array) { return array.info->is("list"); };
+    const std::string length = std::find_if(data.arrays.begin(), data.arrays.end(), isList)->info->shape[0];
+    for (Array& array : data.arrays)
+      if (length == array.info->name) array.setInteger(0, 0);
+    expectNothing(data, "an empty list");
+  }
+  return findings;
+}
+
+Findings checkPieces(GuardedMemory& memory, const Kernel& kernel) {
+  Findings findings;
+  if (kernel.info->hasRole("length")) return findings; // an array treated as a whole
+  forCases(kernel, [&](const KernelCase& start) {
+    KernelCase atOnce = start;
+    if (!memory.call(kernel.address, atOnce, into(findings))) return;
+    const KernelCase pieces = runInPieces(memory, kernel, start, {3, 1, 8, 64, 17, 5}, findings);
+    compareOutputs(atOnce, pieces, "splitting the block", findings);
+    const KernelCase points = runInPieces(memory, kernel, start, {1}, findings);
+    compareOutputs(atOnce, points, "going point by point", findings);
+  });
+  return findings;
+}
+
+Findings checkSpoiledPoint(GuardedMemory& memory, const Kernel& kernel) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  constexpr double kValues[] = {std::numeric_limits<double>::quiet_NaN(), kInfinity, -kInfinity, 1e300, 5e-324};
+  constexpr int kPoints = 21; // full vectors and a rest in every instruction set
+  Findings findings;
+  for (int v = 0; v < std::min(4, variantCount(*kernel.info)); ++v) {
+    const KernelCase start = makeCase(*kernel.info, kPoints, v);
+    KernelCase sound = start;
+    if (!memory.call(kernel.address, sound, into(findings))) continue;
+    int point = 0;
+    for (std::size_t a = 0; a < start.arrays.size(); ++a) {
+      const Array& input = start.arrays[a];
+      if (input.lines != Lines::points || !input.info->isReal() || input.info->isOnlyWritten()) continue;
+      for (std::size_t c = 0; c < input.components(); ++c) {
+        for (double value : kValues) {
+          point = (point + 8) % kPoints;
+          const int line = start.first + point;
+          KernelCase spoiled = start;
+          spoiled.arrays[a].setReal(input.index(static_cast<std::size_t>(line), c), value);
+          // In an array that is treated as a whole, only the fences and the return count.
+          if (memory.call(kernel.address, spoiled, into(findings)) && !kernel.info->hasRole("length"))
+            compareOtherPoints(sound, spoiled, line, findings);
+        }
+      }
+    }
+  }
+  return findings;
+}
+
+Findings checkThreads(const Kernel& kernel) {
+  Findings findings;
+  std::mutex mutex;
+  const KernelCase start = makeCase(*kernel.info, 137, 0);
+  KernelCase expected = start;
+  GuardedMemory memory;
+  if (!memory.call(kernel.address, expected, into(findings))) return findings;
+  const auto work = [&] {
+    GuardedMemory own;
+    Findings found;
+    for (int i = 0; i < 5; ++i) {
+      KernelCase data = start;
+      if (own.call(kernel.address, data, into(found))) compareOutputs(expected, data, "another thread", found);
+    }
+    const std::lock_guard<std::mutex> lock(mutex);
+    findings.merge(found);
+  };
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) threads.emplace_back(work);
+  for (std::thread& thread : threads) thread.join();
+  return findings;
+}
+
+std::uint64_t hashOutputs(GuardedMemory& memory, const Kernel& kernel, Findings& findings) {
+  std::uint64_t hash = 0xcbf29ce484222325ULL; // Fowler, Noll and Vo, 64 bits
+  const auto add = [&](std::uint64_t bits) {
+    for (int shift = 0; shift < 64; shift += 8) hash = (hash ^ ((bits >> shift) & 0xff)) * 0x100000001b3ULL;
+  };
+  for (int n : {1, 7, 64, 136, 300}) {
+    for (int v = 0; v < variantCount(*kernel.info); ++v) {
+      KernelCase data = makeCase(*kernel.info, n, v);
+      if (!memory.call(kernel.address, data, into(findings))) continue;
+      for (const Array& array : data.arrays)
+        for (std::size_t i = 0; array.info->isWritten() && i < array.elements(); ++i) add(array.canonicalBits(i));
+      add(data.result);
+    }
+  }
+  return hash;
+}
+
+} // namespace sa::test

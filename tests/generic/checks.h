@@ -1,0 +1,34 @@
+// What every kernel must do whatever it computes; derived from the registry alone.
+#pragma once
+
+#include <set>
+#include <string>
+
+#include "guarded_call.h"
+
+namespace sa::test {
+
+// A kernel of a loaded library.
+struct Kernel {
+  const RoutineInfo* info = nullptr;
+  void* address = nullptr;
+};
+
+// Findings of one check on one kernel; equal ones count once.
+using Findings = std::set<std::string>;
+
+// Blocks of many lengths: nothing is touched outside the arrays, inputs keep their bits, every output of the processed
+// points is written, and nothing else.
+Findings checkWrites(GuardedMemory& memory, const Kernel& kernel);
+// Lengths 0 and -1 and empty lists touch nothing.
+Findings checkEmpty(GuardedMemory& memory, const Kernel& kernel);
+// A block at once, in pieces and point by point: the same bits.
+Findings checkPieces(GuardedMemory& memory, const Kernel& kernel);
+// NaN, infinities, huge and tiny values in one point: all others keep their bits, and the call returns.
+Findings checkSpoiledPoint(GuardedMemory& memory, const Kernel& kernel);
+// Calls from several threads at once give the bits of one thread.
+Findings checkThreads(const Kernel& kernel);
+// A number that stands for the bits of all outputs over several lengths and variants, NaNs made equal.
+std::uint64_t hashOutputs(GuardedMemory& memory, const Kernel& kernel, Findings& findings);
+
+} // namespace sa::test

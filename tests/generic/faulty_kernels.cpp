@@ -1,0 +1,84 @@
+// Kernels that are wrong on purpose: planted_faults.cpp lists who must notice.
+#include "faulty.h"
+
+#include <chrono>
+#include <thread>
+
+void FAULTY_WRITES_PAST_END(const int32_t* n, const double* x, double* y) {
+  for (int i = 0; i < *n; i += 8)
+    for (int k = 0; k < 8; ++k) y[i + k] = i + k < *n ? 2.0 * x[i + k] : 0.0;
+}
+
+void FAULTY_WRITES_BEFORE(const int32_t* n, const double* x, double* y) {
+  if (*n > 0) y[-1] = 0.0;
+  for (int i = 0; i < *n; ++i) y[i] = 2.0 * x[i];
+}
+
+void FAULTY_READS_PAST_END(const int32_t* n, const double* x, double* y) {
+  for (int i = 0; i < *n; ++i) y[i] = x[i + 1] > 1e308 ? 0.0 : 2.0 * x[i];
+}
+
+void FAULTY_CHANGES_INPUT(const int32_t* n, const double* x, double* y) {
+  double* in = const_cast<double*>(x);
+  for (int i = 0; i < *n; ++i) y[i] = in[i] *= 2.0;
+}
+
+void FAULTY_MISSES_A_POINT(const int32_t* n, const double* x, double* y) {
+  for (int i = 0; i < *n - *n % 2; ++i) y[i] = 2.0 * x[i];
+}
+
+void FAULTY_STOPS_AT_SCRATCH(const int32_t* n, const double* x, double* y) {
+  for (int i = 0; i < *n && i < 136; ++i) y[i] = 2.0 * x[i];
+}
+
+void FAULTY_WORKS_ON_EMPTY(const int32_t* n, const double* x, double* y) {
+  int i = 0;
+  do y[i] = 2.0 * x[i];
+  while (++i < *n);
+}
+
+void FAULTY_DEPENDS_ON_PLACE(const int32_t* n, const double* x, double* y) {
+  for (int i = 0; i < *n; ++i) y[i] = i < *n - *n % 4 ? 0.2 * x[i] : x[i] / 5.0;
+}
+
+void FAULTY_LEAKS_NAN(const int32_t* n, const double* x, double* y) {
+  for (int i = 0; i < *n; ++i) y[i] = 2.0 * x[i] + 0.0 * x[i > 0 ? i - 1 : 0];
+}
+
+void FAULTY_SHARES_SCRATCH(const int32_t* n, const double* x, double* y) {
+  static volatile double scratch[136];
+  for (int start = 0; start < *n; start += 136) {
+    const int length = *n - start < 136 ? *n - start : 136;
+    for (int i = 0; i < length; ++i) scratch[i] = 2.0 * x[start + i];
+    if (*n == 137) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    for (int i = 0; i < length; ++i) y[start + i] = scratch[i];
+    for (int i = 0; i < length; ++i) scratch[i] = 0.0;
+  }
+}
+
+void FAULTY_READS_UNREAD(const int32_t* n, const int32_t* unused, const double* x, double* y) {
+  for (int i = 0; i < *n; ++i) y[i] = *unused == 12345 ? x[i] : 2.0 * x[i];
+}
+
+void FAULTY_IGNORES_LIST(const int32_t* n, const int32_t* count, const int32_t*, const double* x, double* y) {
+  if (*count < 1) return;
+  for (int i = 0; i < *n; ++i) y[i] = 2.0 * x[i];
+}
+
+void FAULTY_FILLS_STRIDE(const int32_t* n, const int32_t* ld, const double* x, double* y) {
+  if (*n < 1) return;
+  for (int i = 0; i < 2 * *ld; ++i) y[i] = 2.0 * x[i];
+}
+
+void FAULTY_ENTITY_FROM_ZERO(const int32_t* n, const int32_t* map, const double* x, double* y) {
+  for (int i = 0; i < *n; ++i) y[map[i] > 1 ? map[i] - 2 : 0] = 2.0 * x[i];
+}
+
+void SOUND_LIST(const int32_t* n, const int32_t* count, const int32_t* list, const double* x, double* y) {
+  for (int k = 0; k < *count && *n > 0; ++k) y[list[k] - 1] = 2.0 * x[list[k] - 1];
+}
+
+void SOUND_RANGE(const int32_t* first, const int32_t* last, const int32_t* map, const int32_t* map2, const double* x,
+                 const double* z, double* y) {
+  for (int i = *first - 1; i < *last; ++i) y[map2[map[i] - 1] - 1] += x[2 * i] * z[map[i] - 1] + x[2 * i + 1];
+}

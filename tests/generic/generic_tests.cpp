@@ -1,0 +1,162 @@
+// Runs one check on every kernel of the headers.
+//
+//   generic_tests LIB writes|empty|pieces|spoiled|threads [--needs LEVEL]
+//   generic_tests LIB hashes FILE [--write] [--needs LEVEL]
+//
+// With --needs and a processor below the level the program says so and ends with code 77.
+#include <cstdio>
+#include <exception>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <sstream>
+#include <stdexcept>
+
+#include "library.h"
+
+namespace {
+
+using namespace sa::test;
+
+constexpr std::size_t kFewestKernels = 30;
+constexpr int kSkipped = 77;
+
+struct Options {
+  std::string library, check, hashFile, level;
+  bool writesHashes = false;
+};
+
+Options parse(int argc, char** argv) {
+  Options options;
+  std::vector<std::string> words;
+  for (int i = 1; i < argc; ++i) {
+    const std::string word = argv[i];
+    if (word == "--write") {
+      options.writesHashes = true;
+    } else if (word == "--needs" && i + 1 < argc) {
+      options.level = argv[++i];
+    } else {
+      words.push_back(word);
+    }
+  }
+  if (words.size() != (words.size() > 1 && words[1] == "hashes" ? 3U : 2U))
+    throw std::runtime_error(
+        "usage: generic_tests LIB CHECK [--needs LEVEL] or LIB hashes FILE [--write] [--needs LEVEL]");
+  options.library = words[0];
+  options.check = words[1];
+  if (words.size() > 2) options.hashFile = words[2];
+  return options;
+}
+
+bool processorHas(const std::string& level) {
+  const bool v3 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") && __builtin_cpu_supports("bmi") &&
+                  __builtin_cpu_supports("bmi2");
+  if (level.empty() || level == "x86-64") return true;
+  if (level == "x86-64-v3") return v3;
+  if (level == "x86-64-v4")
+    return v3 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+           __builtin_cpu_supports("avx512cd") && __builtin_cpu_supports("avx512dq") &&
+           __builtin_cpu_supports("avx512vl");
+  throw std::runtime_error("unknown level " + level);
+}
+
+Findings runCheck(const std::string& check, GuardedMemory& memory, const Kernel& kernel) {
+  if (check == "writes") return checkWrites(memory, kernel);
+  if (check == "empty") return checkEmpty(memory, kernel);
+  if (check == "pieces") return checkPieces(memory, kernel);
+  if (check == "spoiled") return checkSpoiledPoint(memory, kernel);
+  if (check == "threads") return checkThreads(kernel);
+  throw std::runtime_error("unknown check " + check);
+}
+
+int print(const Kernel& kernel, const Findings& findings) {
+  for (const std::string& finding : findings) std::cout << kernel.info->name << ": " << finding << "\n";
+  return findings.empty() ? 0 : 1;
+}
+
+std::string hex(std::uint64_t value) {
+  char text[17];
+  std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(value));
+  return text;
+}
+
+std::map<std::string, std::string> readHashes(const std::string& file) {
+  std::ifstream stream(file);
+  if (!stream) throw std::runtime_error("cannot read " + file);
+  std::map<std::string, std::string> hashes;
+  for (std::string line; std::getline(stream, line);) {
+    std::istringstream words(line);
+    std::string name, hash;
+    if (line.empty() || line[0] == '#') continue;
+    if (!(words >> name >> hash)) throw std::runtime_error(file + ": cannot read \"" + line + "\"");
+    hashes[name] = hash;
+  }
+  return hashes;
+}
+
+void writeHashes(const std::string& file, const std::map<std::string, std::string>& hashes) {
+  std::ofstream stream(file);
+  stream
+      << "# The bits of every kernel: a hash over its outputs for fixed inputs, five block lengths and all variants.  "
+         "Each\n"
+         "# compiler, optimisation and instruction set must give the same.  After a change of results that is meant:\n"
+         "#   generic_tests LIB hashes FILE --write\n";
+  for (const auto& [name, hash] : hashes) stream << name << " " << hash << "\n";
+  if (!stream.flush()) throw std::runtime_error("cannot write " + file);
+}
+
+int compareHashes(const std::map<std::string, std::string>& wanted, const std::map<std::string, std::string>& got) {
+  int failed = 0;
+  for (const auto& [name, hash] : got) {
+    const auto found = wanted.find(name);
+    if (found != wanted.end() && found->second == hash) continue;
+    std::cout << name << ": hash " << hash << ", recorded " << (found == wanted.end() ? "none" : found->second) << "\n";
+    ++failed;
+  }
+  for (const auto& [name, hash] : wanted) {
+    if (got.count(name) != 0) continue;
+    std::cout << name << ": recorded, but no kernel of the headers\n";
+    ++failed;
+  }
+  return failed;
+}
+
+int run(const Options& options) {
+  if (!processorHas(options.level)) {
+    std::cout << "skipped: this processor is no " << options.level << "\n";
+    return kSkipped;
+  }
+  const std::vector<Kernel> kernels = openKernels(options.library);
+  GuardedMemory memory;
+  std::map<std::string, std::string> hashes;
+  int failed = 0;
+  for (const Kernel& kernel : kernels) {
+    watch(kernel);
+    if (options.check == "hashes") {
+      Findings findings;
+      hashes[kernel.info->name] = hex(hashOutputs(memory, kernel, findings));
+      failed += print(kernel, findings);
+    } else {
+      failed += print(kernel, runCheck(options.check, memory, kernel));
+    }
+  }
+  if (options.check == "hashes" && options.writesHashes && failed == 0) {
+    writeHashes(options.hashFile, hashes);
+  } else if (options.check == "hashes") {
+    failed += compareHashes(readHashes(options.hashFile), hashes);
+  }
+  std::cout << options.check << ": " << kernels.size() << " kernels, " << failed << " failed\n";
+  if (kernels.size() < kFewestKernels) throw std::runtime_error("that is too few kernels");
+  return failed == 0 ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return run(parse(argc, argv));
+  } catch (const std::exception& e) {
+    std::cerr << "generic_tests: " << e.what() << "\n";
+    return 2;
+  }
+}

@@ -1,0 +1,144 @@
+#include "guarded_call.h"
+
+#include <setjmp.h>
+#include <signal.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <stdexcept>
+#include <utility>
+
+namespace sa::test {
+namespace {
+
+constexpr std::size_t kArguments = 64, kPage = 4096, kSlot = 256 * kPage; // the last page of a slot is the guard
+constexpr std::size_t kCanary = 128;
+constexpr unsigned char kCanaryByte = 0xc9;
+
+thread_local sigjmp_buf afterFault;
+thread_local volatile bool isCalling = false;
+thread_local unsigned char* volatile faultAddress = nullptr;
+
+void onFault(int signal, siginfo_t* info, void*) {
+  if (!isCalling) {
+    // Not ours: the default action shall follow.
+    ::signal(signal, SIG_DFL);
+    return;
+  }
+  faultAddress = static_cast<unsigned char*>(info->si_addr);
+  siglongjmp(afterFault, 1);
+}
+
+void catchFaults() {
+  struct sigaction action = {};
+  action.sa_sigaction = onFault;
+  action.sa_flags = SA_SIGINFO | SA_NODEFER;
+  sigaction(SIGSEGV, &action, nullptr);
+  sigaction(SIGBUS, &action, nullptr);
+}
+
+template <std::size_t>
+using Pointer = void*;
+
+// The routine takes N pointers.
+template <class Result, std::size_t... I>
+Result callWith(void* routine, void* const* arguments, std::index_sequence<I...>) {
+  return reinterpret_cast<Result (*)(Pointer<I>...)>(routine)(arguments[I]...);
+}
+template <class Result, std::size_t N>
+Result callN(void* routine, void* const* arguments) {
+  return callWith<Result>(routine, arguments, std::make_index_sequence<N>());
+}
+template <class Result, std::size_t... N>
+constexpr auto callTable(std::index_sequence<N...>) {
+  return std::array<Result (*)(void*, void* const*), sizeof...(N)>{callN<Result, N>...};
+}
+template <class Result>
+Result callPointers(void* routine, void* const* arguments, std::size_t count) {
+  static constexpr auto kTable = callTable<Result>(std::make_index_sequence<kArguments + 1>());
+  return kTable.at(count)(routine, arguments);
+}
+
+std::uint64_t callAny(void* routine, std::string_view resultType, void* const* arguments, std::size_t count) {
+  std::uint64_t bits = 0;
+  if (resultType == "void") {
+    callPointers<void>(routine, arguments, count);
+  } else if (resultType == "double") {
+    const double value = callPointers<double>(routine, arguments, count);
+    std::memcpy(&bits, &value, sizeof value);
+    if (value != value) bits = 0x7ff8000000000000ULL;
+  } else if (resultType == "int32_t") {
+    bits = static_cast<std::uint32_t>(callPointers<std::int32_t>(routine, arguments, count));
+  } else {
+    throw std::logic_error("no way to call a routine that returns " + std::string(resultType));
+  }
+  return bits;
+}
+
+} // namespace
+
+GuardedMemory::GuardedMemory() {
+  void* memory =
+      mmap(nullptr, kArguments * kSlot, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (memory == MAP_FAILED) throw std::runtime_error("no memory for the arguments");
+  base_ = static_cast<unsigned char*>(memory);
+  for (std::size_t i = 0; i < kArguments; ++i)
+    if (mprotect(slotEnd(i), kPage, PROT_NONE) != 0) throw std::runtime_error("no guard page");
+  catchFaults();
+}
+
+GuardedMemory::~GuardedMemory() { munmap(base_, kArguments * kSlot); }
+
+unsigned char* GuardedMemory::slotEnd(std::size_t argument) const { return base_ + (argument + 1) * kSlot - kPage; }
+
+bool GuardedMemory::call(void* routine, KernelCase& data, const Complain& complain) {
+  const std::size_t count = data.arrays.size();
+  void* pointers[kArguments] = {};
+  for (std::size_t i = 0; i < count; ++i) {
+    const Array& array = data.arrays[i];
+    if (array.info->type[std::string_view(array.info->type).size() - 1] != '*')
+      throw std::logic_error(std::string(data.routine->name) + " takes an argument by value");
+    if (array.bytes.size() + kCanary + kPage > kSlot) throw std::logic_error("an array is too long for its slot");
+    unsigned char* start = slotEnd(i) - (array.info->is("unread") ? 0 : array.bytes.size());
+    if (!array.info->is("unread")) {
+      std::fill(start - kCanary, start, kCanaryByte);
+      std::copy(array.bytes.begin(), array.bytes.end(), start);
+    }
+    pointers[i] = start;
+  }
+
+  isCalling = true;
+  if (sigsetjmp(afterFault, 1) == 0) {
+    data.result = callAny(routine, data.routine->result, pointers, count);
+    isCalling = false;
+  } else {
+    isCalling = false;
+    std::string where = "far from every argument";
+    for (std::size_t i = 0; i < count; ++i)
+      if (faultAddress >= slotEnd(i) && faultAddress < slotEnd(i) + kPage) where = data.arrays[i].info->name;
+    complain("touches memory past the end of an argument: " + where);
+    return false;
+  }
+
+  bool isSound = true;
+  for (std::size_t i = 0; i < count; ++i) {
+    Array& array = data.arrays[i];
+    if (array.info->is("unread")) continue;
+    const auto* start = static_cast<const unsigned char*>(pointers[i]);
+    if (!std::all_of(start - kCanary, start, [](unsigned char c) { return c == kCanaryByte; })) {
+      complain(std::string("writes before the first value of ") + array.info->name);
+      isSound = false;
+    }
+    if (array.info->isWritten()) {
+      std::copy(start, start + array.bytes.size(), array.bytes.begin());
+    } else if (!std::equal(array.bytes.begin(), array.bytes.end(), start)) {
+      complain(std::string("changes the input ") + array.info->name);
+      isSound = false;
+    }
+  }
+  return isSound;
+}
+
+} // namespace sa::test

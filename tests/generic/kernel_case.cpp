@@ -1,0 +1,427 @@
+#include "kernel_case.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+#include <map>
+#include <stdexcept>
+
+namespace sa::test {
+namespace {
+
+// S. Vigna's splitmix64: the library's distributions differ between implementations, so reals are made here as well.
+class Random {
+public:
+  explicit Random(std::uint64_t seed) : state_(seed) {}
+  std::uint64_t bits() {
+    std::uint64_t z = state_ += 0x9e3779b97f4a7c15ULL;
+    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ULL;
+    z = (z ^ (z >> 27)) * 0x94d049bb133111ebULL;
+    return z ^ (z >> 31);
+  }
+  int below(int n) { return static_cast<int>(bits() % static_cast<std::uint64_t>(n)); }
+  double uniform(double low, double high) { return low + (high - low) * (static_cast<double>(bits() >> 11) * 0x1p-53); }
+  bool oneIn(int n) { return below(n) == 0; }
+
+private:
+  std::uint64_t state_;
+};
+
+std::uint64_t hashOf(const std::string& text, std::uint64_t seed) {
+  std::uint64_t h = 0xcbf29ce484222325ULL ^ seed;
+  for (char c : text) h = (h ^ static_cast<unsigned char>(c)) * 0x100000001b3ULL;
+  return h;
+}
+
+bool startsWith(std::string_view text, std::string_view start) { return text.substr(0, start.size()) == start; }
+
+bool isPointDimension(const RoutineInfo& routine, std::string_view dimension) {
+  for (int i = 0; i < routine.argumentCount(); ++i) {
+    const ArgumentInfo& a = routine.arguments[i];
+    if (dimension == a.name && (a.is("block") || a.is("length") || a.is("last") || a.is("stride"))) return true;
+  }
+  return false;
+}
+
+bool isEntityDimension(const RoutineInfo& routine, std::string_view dimension) {
+  if (dimension == "*") return true;
+  for (int i = 0; i < routine.argumentCount(); ++i)
+    if (dimension == routine.arguments[i].name && routine.arguments[i].is("rows")) return true;
+  return false;
+}
+
+// A count that is no dimension counts points: those of a second stage.
+bool isPointCount(const RoutineInfo& routine, const ArgumentInfo& argument) {
+  if (!argument.is("count") || std::string_view(argument.unit) != "count") return false;
+  const std::string name = argument.name;
+  for (int i = 0; i < routine.argumentCount(); ++i) {
+    const ArgumentInfo& other = routine.arguments[i];
+    if (other.unit == "1.." + name) return false;
+    for (int d = 0; d < other.rank(); ++d)
+      if (other.shape[d] == name || startsWith(other.shape[d], name + "+")) return false;
+  }
+  return true;
+}
+
+// How many values an argument takes in turn.
+int choices(const ArgumentInfo& argument) {
+  const std::string_view unit = argument.unit;
+  if (argument.is("code")) return 1 + static_cast<int>(std::count(unit.begin(), unit.end(), '|'));
+  if (argument.is("count") || argument.is("index")) return 3;
+  return 1;
+}
+
+// Values of the integer scalars that fix the sizes, by name.
+class Sizes {
+public:
+  Sizes(const RoutineInfo& routine, int points, int variant)
+      : routine_(routine), entities_(std::max(1, points / 2 + 1)) {
+    int digits = variant;
+    for (int i = 0; i < routine.argumentCount(); ++i) {
+      const ArgumentInfo& a = routine.arguments[i];
+      choice_[a.name] = digits % choices(a);
+      digits /= choices(a);
+    }
+    const int first = 1 + variant % 3;
+    for (int i = 0; i < routine.argumentCount(); ++i) {
+      const ArgumentInfo& a = routine.arguments[i];
+      if (a.is("block") || a.is("length")) values_[a.name] = points;
+      if (a.is("stride")) values_[a.name] = points + 3 * (variant % 2);
+      if (a.is("rows")) values_[a.name] = entities_ + 2;
+      if (a.is("first")) values_[a.name] = first;
+      if (a.is("last")) values_[a.name] = first - 1 + points;
+      if (a.is("unread")) values_[a.name] = 0;
+    }
+  }
+
+  int entities() const { return entities_; }
+  void set(const std::string& name, int value) { values_[name] = value; }
+
+  // A number, a name, or name+number.
+  int operator()(const std::string& text) {
+    if (text == "*") return entities_;
+    if (text[0] >= '0' && text[0] <= '9') return std::atoi(text.c_str());
+    const std::size_t sign = text.find_first_of("+-");
+    if (sign != std::string::npos) return (*this)(text.substr(0, sign)) + std::atoi(text.substr(sign).c_str());
+    const auto known = values_.find(text);
+    if (known != values_.end()) return known->second;
+    for (int i = 0; i < routine_.argumentCount(); ++i)
+      if (text == routine_.arguments[i].name) return values_[text] = chosen(routine_.arguments[i]);
+    throw std::logic_error(std::string(routine_.name) + ": no size " + text);
+  }
+
+private:
+  int chosen(const ArgumentInfo& a) {
+    static constexpr int kCounts[] = {3, 1, 2};
+    const int choice = choice_[a.name];
+    const std::string unit = a.unit;
+    if (isPointCount(routine_, a)) return std::min(kCounts[choice], entities_);
+    if (unit == "count") return kCounts[choice];
+    if (startsWith(unit, "count>=")) return (*this)(unit.substr(7)) + choice;
+    if (a.is("index")) {
+      const int high = (*this)(unit.substr(3));
+      return choice == 0 ? high : choice == 1 ? 1 : (high + 1) / 2;
+    }
+    if (a.is("code")) {
+      std::size_t at = 4;
+      for (int k = 0; k < choice; ++k) at = unit.find('|', at) + 1;
+      return std::atoi(unit.c_str() + at);
+    }
+    throw std::logic_error(std::string(routine_.name) + ": argument " + a.name + " fixes no size");
+  }
+
+  const RoutineInfo& routine_;
+  int entities_;
+  std::map<std::string, int> values_, choice_;
+};
+
+Array shapeArray(const RoutineInfo& routine, const ArgumentInfo& info, Sizes& sizes) {
+  Array array;
+  array.info = &info;
+  array.elementSize = info.isReal() ? sizeof(double) : sizeof(std::int32_t);
+  for (int d = 0; d < info.rank(); ++d) {
+    const std::string dimension = info.shape[d];
+    const auto size = static_cast<std::size_t>(std::max(0, sizes(dimension)));
+    const Lines kind = isPointDimension(routine, dimension)    ? Lines::points
+                       : isEntityDimension(routine, dimension) ? Lines::entities
+                                                               : Lines::none;
+    if (kind != Lines::none && array.lines == Lines::none) {
+      array.lines = kind;
+      array.lineCount = size;
+    } else if (array.lines == Lines::none) {
+      array.before *= size;
+    } else {
+      array.after *= size;
+    }
+  }
+  array.bytes.resize(array.elements() * array.elementSize);
+  return array;
+}
+
+// A symmetric tensor near the identity; some strongly deformed, some singular.  The first three components are direct.
+void fillStretch(Random& random, std::vector<double>& v) {
+  const int kind = random.below(16);
+  const double direct = kind < 4 ? 0.8 : 0.05, shear = kind < 4 ? 0.08 : 0.02;
+  for (std::size_t k = 0; k < v.size(); ++k) {
+    const double u = random.uniform(-1.0, 1.0);
+    v[k] = k < 3 ? 1.0 + direct * u : shear * u;
+  }
+  if (kind == 0)
+    for (double& x : v) x *= 3.0;
+  if (kind == 4) v[2] = 0.0;
+  if (kind == 5)
+    for (std::size_t k = 0; k < v.size(); ++k) v[k] = k < 3 ? 1.0 : 0.0;
+}
+
+// Node coordinates of a distorted unit brick with an offset, node fastest; some inverted, some flat.
+void fillBrick(Random& random, std::vector<double>& x) {
+  static constexpr double kCorner[3][8] = {
+      {0, 1, 1, 0, 0, 1, 1, 0}, {0, 0, 1, 1, 0, 0, 1, 1}, {0, 0, 0, 0, 1, 1, 1, 1}};
+  const int kind = random.below(16);
+  for (std::size_t c = 0; c < 3; ++c) {
+    const double offset = random.uniform(-10.0, 10.0);
+    for (std::size_t node = 0; node < 8; ++node) {
+      double corner = kCorner[c][node] + random.uniform(-0.15, 0.15);
+      if (c == 2 && kind == 0) corner = -corner;
+      if (c == 2 && kind == 1) corner = 0.0;
+      x[8 * c + node] = offset + corner;
+    }
+  }
+}
+
+// All values of one point or entity.
+void fillReals(Random& random, const ArgumentInfo& info, const std::vector<double>& previous, std::vector<double>& v) {
+  static constexpr double kScales[] = {1.0, 1.0, 1.0, 1.0, 1e-3, 1e3, 1e6, 1e-6};
+  const std::string_view unit = info.unit;
+  const double scale = kScales[random.below(8)];
+  const bool isTensor = v.size() == 3 || v.size() == 4 || v.size() == 6;
+  if (info.is("stretch") || (unit == "any" && isTensor && random.oneIn(2))) {
+    fillStretch(random, v);
+    if (unit == "any")
+      for (double& x : v) x *= scale;
+  } else if (info.is("mask") || info.is("flag")) {
+    for (double& x : v) x = random.oneIn(4) ? 1.0 : 0.0;
+  } else if (unit == "m" && v.size() == 24) {
+    fillBrick(random, v);
+  } else if (unit == "Pa") {
+    for (double& x : v) x = random.uniform(0.1, 10.0) * (random.oneIn(8) ? -1.0 : 1.0);
+  } else {
+    for (std::size_t k = 0; k < v.size(); ++k) {
+      const int kind = random.below(32);
+      v[k] = kind == 0                       ? 0.0
+             : kind == 1                     ? -0.0
+             : kind < 4 && !previous.empty() ? previous[k]
+             : kind < 6 && k > 0             ? v[k - 1]
+                                             : random.uniform(-2.0, 2.0) * (unit == "any" ? scale : 1.0);
+    }
+  }
+}
+
+void fillArray(Array& array, std::uint64_t seed, int entities) {
+  const ArgumentInfo& info = *array.info;
+  Random random(seed);
+  if (info.isOnlyWritten()) {
+    for (std::size_t i = 0; i < array.elements(); ++i) array.setBits(i, info.isReal() ? kPoisonReal : kPoisonInteger);
+    return;
+  }
+  std::vector<double> previous, values(array.components());
+  for (std::size_t line = 0; line < array.lineCount; ++line) {
+    if (info.isReal()) fillReals(random, info, previous, values);
+    for (std::size_t c = 0; c < array.components(); ++c) {
+      const std::size_t at = array.index(line, c);
+      if (info.isReal()) {
+        array.setReal(at, values[c]);
+      } else {
+        array.setInteger(at, info.is("entity") ? 1 + random.below(entities) : random.below(41) - 20);
+      }
+    }
+    previous = values;
+  }
+}
+
+// Points 1 .. points: every one in order, or two of three in any order.
+std::vector<int> makeList(Random& random, int points, bool isWholeBlock) {
+  std::vector<int> list;
+  for (int i = 1; i <= points; ++i)
+    if (isWholeBlock || i == points || random.below(3) > 0) list.push_back(i);
+  if (!isWholeBlock)
+    for (int i = static_cast<int>(list.size()) - 1; i > 0; --i)
+      std::swap(list[static_cast<std::size_t>(i)], list[static_cast<std::size_t>(random.below(i + 1))]);
+  return list;
+}
+
+void setList(Array& array, const std::vector<int>& list) {
+  array.before = list.size();
+  array.bytes.assign(list.size() * array.elementSize, 0);
+  for (std::size_t k = 0; k < list.size(); ++k) array.setInteger(k, list[k]);
+}
+
+std::string targetOf(const Array& map) { return std::string(map.info->unit).substr(10); } // after "entity of "
+
+} // namespace
+
+std::uint64_t Array::canonicalBits(std::size_t element) const {
+  const std::uint64_t value = bits(element);
+  if (elementSize == sizeof(double) && (value & 0x7fffffffffffffffULL) > 0x7ff0000000000000ULL)
+    return 0x7ff8000000000000ULL;
+  return value;
+}
+
+int variantCount(const RoutineInfo& routine) {
+  int product = 1;
+  for (int i = 0; i < routine.argumentCount(); ++i) product *= choices(routine.arguments[i]);
+  return std::clamp(product, 2, 27);
+}
+
+KernelCase makeCase(const RoutineInfo& routine, int points, int variant) {
+  Sizes sizes(routine, points, variant);
+  KernelCase result;
+  result.routine = &routine;
+  result.points = points;
+  Random listRandom(hashOf(routine.name, static_cast<std::uint64_t>(points * 64 + variant)));
+  std::vector<int> list;
+  for (int i = 0; i < routine.argumentCount(); ++i) {
+    const ArgumentInfo& info = routine.arguments[i];
+    if (info.is("first")) result.first = sizes(info.name) - 1;
+    if (!info.is("list")) continue;
+    list = makeList(listRandom, points, variant % 2 == 1);
+    sizes.set(info.shape[0], static_cast<int>(list.size()));
+  }
+  for (int i = 0; i < routine.argumentCount(); ++i) {
+    const ArgumentInfo& info = routine.arguments[i];
+    Array array = shapeArray(routine, info, sizes);
+    static constexpr std::string_view kSizeRoles[] = {"block", "length", "count", "rows",   "stride",
+                                                      "first", "last",   "index", "unread", "code"};
+    if (std::find(std::begin(kSizeRoles), std::end(kSizeRoles), info.role) != std::end(kSizeRoles)) {
+      array.setInteger(0, sizes(info.name));
+    } else if (info.is("list")) {
+      setList(array, list);
+    } else {
+      const std::uint64_t seed =
+          hashOf(routine.name, hashOf(info.name, static_cast<std::uint64_t>(points * 64 + variant)));
+      fillArray(array, seed, sizes.entities());
+    }
+    result.arrays.push_back(array);
+  }
+  return result;
+}
+
+const Array* KernelCase::find(std::string_view name) const {
+  for (const Array& array : arrays)
+    if (name == array.info->name) return &array;
+  return nullptr;
+}
+
+bool KernelCase::isProcessed(std::size_t point) const {
+  const int p = static_cast<int>(point);
+  if (p < first || p >= first + points) return false;
+  for (const Array& array : arrays) {
+    if (!array.info->is("list")) continue;
+    for (std::size_t k = 0; k < array.elements(); ++k)
+      if (array.integer(k) == p + 1) return true;
+    return false;
+  }
+  return true;
+}
+
+bool KernelCase::isMapped(const Array& array) const {
+  return std::any_of(arrays.begin(), arrays.end(),
+                     [&](const Array& map) { return map.info->is("entity") && targetOf(map) == array.info->name; });
+}
+
+std::vector<bool> KernelCase::reachedEntities(const Array& array, int onlyPoint) const {
+  std::vector<bool> reached(array.lineCount, false), through;
+  const auto mark = [](std::vector<bool>& set, int entity) {
+    if (set.size() < static_cast<std::size_t>(entity)) set.resize(static_cast<std::size_t>(entity), false);
+    set[static_cast<std::size_t>(entity - 1)] = true;
+  };
+  const auto markPoints = [&](const Array& map, std::vector<bool>& set) {
+    for (std::size_t p = 0; p < map.lineCount; ++p)
+      if (onlyPoint < 0 ? isProcessed(p) : static_cast<int>(p) == onlyPoint)
+        for (std::size_t c = 0; c < map.components(); ++c) mark(set, map.integer(map.index(p, c)));
+  };
+  // Maps of points first: a map of entities is entered with what they name.
+  for (const Array& map : arrays) {
+    if (!map.info->is("entity") || map.lines != Lines::points) continue;
+    markPoints(map, through);
+    if (targetOf(map) == array.info->name) markPoints(map, reached);
+  }
+  for (const Array& map : arrays) {
+    if (!map.info->is("entity") || map.lines != Lines::entities || targetOf(map) != array.info->name) continue;
+    for (std::size_t e = 0; e < std::min(through.size(), map.lineCount); ++e)
+      if (through[e]) mark(reached, map.integer(e));
+  }
+  return reached;
+}
+
+void KernelCase::setPoints(int n) {
+  points = n;
+  for (Array& array : arrays) {
+    const ArgumentInfo& info = *array.info;
+    if (info.is("block") || info.is("length")) array.setInteger(0, n);
+    if (info.is("last")) array.setInteger(0, first + n);
+    if (isPointCount(*routine, info)) array.setInteger(0, std::min(array.integer(0), n));
+  }
+}
+
+KernelCase KernelCase::piece(int begin, int end) const {
+  KernelCase cut = *this;
+  const int length = end - begin;
+  const bool isRange = routine->hasRole("last");
+  const auto from = static_cast<std::size_t>(isRange ? 0 : begin);
+  const std::size_t lines = static_cast<std::size_t>(isRange ? first + end : length);
+  cut.points = length;
+  cut.first = isRange ? first + begin : 0;
+  std::vector<int> list;
+  std::string listLength;
+  for (std::size_t a = 0; a < arrays.size(); ++a) {
+    const Array& whole = arrays[a];
+    Array& part = cut.arrays[a];
+    const ArgumentInfo& info = *whole.info;
+    if (info.is("block")) part.setInteger(0, length);
+    if (info.is("first")) part.setInteger(0, first + begin + 1);
+    if (info.is("last")) part.setInteger(0, first + end);
+    if (info.is("stride")) part.setInteger(0, length + 1);
+    if (isPointCount(*routine, info)) part.setInteger(0, std::clamp(whole.integer(0) - begin, 0, length));
+    if (info.is("list")) {
+      listLength = info.shape[0];
+      for (std::size_t k = 0; k < whole.elements(); ++k)
+        if (whole.integer(k) > begin && whole.integer(k) <= end) list.push_back(whole.integer(k) - begin);
+      setList(part, list);
+    } else if (whole.lines == Lines::points) {
+      const bool isStrided = std::any_of(arrays.begin(), arrays.end(), [&](const Array& other) {
+        return other.info->is("stride") &&
+               std::any_of(info.shape, info.shape + info.rank(),
+                           [&](const char* dimension) { return std::string_view(dimension) == other.info->name; });
+      });
+      part.lineCount = lines + (isStrided ? 1 : 0);
+      part.bytes.assign(part.elements() * part.elementSize, 0xa5);
+      for (std::size_t line = 0; line < lines; ++line)
+        for (std::size_t c = 0; c < part.components(); ++c)
+          part.setBits(part.index(line, c), whole.bits(whole.index(from + line, c)));
+    }
+  }
+  for (Array& array : cut.arrays)
+    if (!listLength.empty() && listLength == array.info->name) array.setInteger(0, static_cast<int>(list.size()));
+  return cut;
+}
+
+void KernelCase::putBack(const KernelCase& piece, int begin) {
+  const auto to = static_cast<std::size_t>(routine->hasRole("last") ? 0 : begin);
+  for (std::size_t a = 0; a < arrays.size(); ++a) {
+    Array& whole = arrays[a];
+    const Array& part = piece.arrays[a];
+    if (!whole.info->isWritten()) continue;
+    if (whole.lines != Lines::points) {
+      whole.bytes = part.bytes;
+      continue;
+    }
+    for (std::size_t line = 0; line < part.lineCount; ++line) {
+      if (!piece.isProcessed(line)) continue;
+      for (std::size_t c = 0; c < part.components(); ++c)
+        whole.setBits(whole.index(to + line, c), part.bits(part.index(line, c)));
+    }
+  }
+}
+
+} // namespace sa::test

@@ -1,0 +1,80 @@
+// The generic checks on kernels that are wrong on purpose: each fault must be found, and the sound kernels pass.
+#include <exception>
+#include <iostream>
+#include <map>
+
+#include "library.h"
+
+namespace {
+
+using namespace sa::test;
+
+struct Expectation {
+  const char *kernel, *check, *finding; // no check: sound
+};
+
+const Expectation kExpectations[] = {
+    {"FAULTY_WRITES_PAST_END", "writes", "touches memory past the end of an argument: y"},
+    {"FAULTY_WRITES_BEFORE", "writes", "writes before the first value of y"},
+    {"FAULTY_READS_PAST_END", "writes", "touches memory past the end of an argument: x"},
+    {"FAULTY_CHANGES_INPUT", "writes", "changes the input x"},
+    {"FAULTY_MISSES_A_POINT", "writes", "leaves values of y unwritten"},
+    {"FAULTY_STOPS_AT_SCRATCH", "writes", "leaves values of y unwritten"},
+    {"FAULTY_WORKS_ON_EMPTY", "empty", "length 0 changes y"},
+    {"FAULTY_DEPENDS_ON_PLACE", "pieces", "going point by point changes the bits of y"},
+    {"FAULTY_LEAKS_NAN", "spoiled", "spoils other points in y"},
+    {"FAULTY_SHARES_SCRATCH", "threads", "another thread changes the bits of y"},
+    {"FAULTY_READS_UNREAD", "writes", "touches memory past the end of an argument: unused"},
+    {"FAULTY_IGNORES_LIST", "writes", "changes values of other points in y"},
+    {"FAULTY_FILLS_STRIDE", "writes", "changes values of other points in y"},
+    {"FAULTY_ENTITY_FROM_ZERO", "writes", "changes values of other points in y"},
+    {"SOUND_LIST", nullptr, nullptr},
+    {"SOUND_RANGE", nullptr, nullptr},
+};
+
+std::map<std::string, Findings> allFindings(GuardedMemory& memory, const Kernel& kernel) {
+  return {{"writes", checkWrites(memory, kernel)},
+          {"empty", checkEmpty(memory, kernel)},
+          {"pieces", checkPieces(memory, kernel)},
+          {"spoiled", checkSpoiledPoint(memory, kernel)},
+          {"threads", checkThreads(kernel)}};
+}
+
+bool isAsExpected(const Expectation& expected, std::map<std::string, Findings>& findings) {
+  if (expected.check != nullptr) return findings[expected.check].count(expected.finding) == 1;
+  for (const auto& [check, found] : findings)
+    if (!found.empty()) return false;
+  return true;
+}
+
+int run(const std::string& library) {
+  const std::vector<Kernel> kernels = openKernels(library);
+  if (kernels.size() != std::size(kExpectations)) throw std::runtime_error("kernels and expectations differ in number");
+  GuardedMemory memory;
+  int failed = 0;
+  for (std::size_t k = 0; k < kernels.size(); ++k) {
+    const Expectation& expected = kExpectations[k];
+    if (kernels[k].info->name != std::string(expected.kernel)) throw std::runtime_error("kernels in another order");
+    watch(kernels[k]);
+    std::map<std::string, Findings> findings = allFindings(memory, kernels[k]);
+    if (isAsExpected(expected, findings)) continue;
+    ++failed;
+    std::cout << expected.kernel << " gives:\n";
+    for (const auto& [check, found] : findings)
+      for (const std::string& finding : found) std::cout << "  " << check << ": " << finding << "\n";
+  }
+  std::cout << kernels.size() << " kernels, " << failed << " not as expected\n";
+  return failed == 0 ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  try {
+    if (argc != 2) throw std::runtime_error("usage: planted_faults LIB");
+    return run(argv[1]);
+  } catch (const std::exception& e) {
+    std::cerr << "planted_faults: " << e.what() << "\n";
+    return 2;
+  }
+}

@@ -1,0 +1,47 @@
+// The table of routines that is written from the headers.
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+namespace sa::test {
+
+struct ArgumentInfo {
+  const char *name, *role, *type, *direction;
+  const char* shape[4];
+  const char* unit;
+
+  int rank() const {
+    int n = 0;
+    while (n < 4 && shape[n] != nullptr) ++n;
+    return n;
+  }
+  bool is(std::string_view wanted) const { return wanted == role; }
+  bool isWritten() const { return std::string_view(direction) != "in"; }
+  bool isOnlyWritten() const { return std::string_view(direction) == "out"; }
+  bool isReal() const { return std::string_view(type).find("double") != std::string_view::npos; }
+};
+
+// Unused arguments have no name.  Plain arrays: the table is data, not code.
+struct RoutineInfo {
+  const char *name, *result;
+  ArgumentInfo arguments[64];
+
+  int argumentCount() const {
+    int n = 0;
+    while (n < 64 && arguments[n].name != nullptr) ++n;
+    return n;
+  }
+  bool hasRole(std::string_view wanted) const {
+    for (int i = 0; i < argumentCount(); ++i)
+      if (arguments[i].is(wanted)) return true;
+    return false;
+  }
+  // Works on a block of points, or on an array as a whole.
+  bool isKernel() const { return hasRole("block") || hasRole("last") || hasRole("length"); }
+};
+
+// The routines of the headers that the program was built with.
+std::vector<const RoutineInfo*> kernelsOfRegistry();
+
+} // namespace sa::test
