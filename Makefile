@@ -18,7 +18,7 @@ bench: release
 	for program in build/release/bin/*_bench; do "$$program" || exit 1; done
 
 format:
-	git ls-files '*.c' '*.cpp' '*.h' '*.hpp' | xargs clang-format-14 -i
+	git ls-files --cached --others --exclude-standard '*.c' '*.cpp' '*.h' '*.hpp' | xargs clang-format-14 -i
 
 clean:
 	rm -rf build

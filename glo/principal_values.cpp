@@ -63,6 +63,7 @@ SA_INLINE void sortedValuesS33(Points point, int n, int64_t nblock, const double
   JacobiScratch<false> w;
   jacobi<ClassicRotation>(n, w, loadS33(point, nblock, S, w), [=](int count, const int* finished, auto& done) SA_POINT {
     for (int j = 0; j < count; ++j) {
+      // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.Assign): the first count entries are there
       const int f = finished[j], k = point(done.place[f]);
       const double d1 = done.a11[f], d2 = done.a22[f], d3 = done.a33[f];
       const bool bad = spoiled(d1, d2, d3) != 0.0;

@@ -1,151 +1,224 @@
-// Elementary functions for vector loops.
+// The library's vector mathematics: exp, log, cos and acos for loops under `#pragma omp simd`, and the few helpers that
+// branch-free bodies need.
 //
-// Plain IEEE additions, multiplications, divisions and square roots and a little arithmetic on bit patterns, without a
-// branch, a table or a fused operation: a loop over these vectorises for every instruction set and gives the same bits on
-// each.  The line `bound:` below a function states its largest error and the range in which that holds; the tests read it
-// from here.  Polynomials are minimax fits of relative error far below one rounding; docs/vector-math.md tells how they were
-// found and how the tests check them.
+// Every function is a straight line of IEEE additions, multiplications, divisions and square roots on doubles and of unsigned
+// 64-bit additions, shifts and masks: what SSE2, AVX2 and AVX-512 all have.  The result of a point is therefore the same to the
+// last bit in a scalar call, in any lane and on any instruction set.  (A shift of signed integers or a conversion between
+// integers and doubles would be emulated on the older sets.)
+//
+// Compile with -ffp-contract=off: the compensated sums below rely on every operation being rounded by itself.
+//
+// The line `bound:` above a function states its largest error and the arguments it holds for.  The tests and
+// docs/vector-math.md take the figures from there.  NaN gives NaN.  The coefficients are minimax fits made by
+// tools/vmath_coefficients.py; the tests measure their error in quadruple precision.
 #pragma once
-
-#include "glo/kernel.h"
 
 #include <bit>
 #include <cstdint>
 #include <limits>
 
+#include "glo/kernel.h"
+
 namespace sa::vm {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+// ---- helpers
 
-SA_INLINE double fromBits(uint64_t bits) { return std::bit_cast<double>(bits); }
 SA_INLINE uint64_t toBits(double x) { return std::bit_cast<uint64_t>(x); }
+SA_INLINE double fromBits(uint64_t bits) { return std::bit_cast<double>(bits); }
 
-// Adding this number leaves the nearest integer in the low bits of the sum; subtracting it again gives that integer.
-constexpr double kRoundToInteger = 0x1.8p52;
+SA_INLINE double select(bool condition, double a, double b) { return condition ? a : b; }
 
-// ---- exponential
+// The second argument where either is NaN (and where they are equal: of +0 and -0 the second).
+SA_INLINE double max(double a, double b) { return a > b ? a : b; }
+SA_INLINE double min(double a, double b) { return a < b ? a : b; }
 
-// x = n ln 2 + r with |r| <= (ln 2)/2, r as a sum of two, and e^r by 1 + r + r^2 p(r), p of degree 9 in Estrin's grouping.
-// 1 + r is split exactly, so that only its last rounding counts.
-struct ReducedExponential {
-  double factor; // e^r
-  uint64_t n;    // n in the low bits
+SA_INLINE double abs(double x) { return __builtin_fabs(x); }
+SA_INLINE double sqrt(double x) { return __builtin_sqrt(x); }
+
+constexpr uint64_t kSignBit = 0x8000000000000000u;
+SA_INLINE double copysign(double magnitude, double sign) {
+  return fromBits((toBits(magnitude) & ~kSignBit) | (toBits(sign) & kSignBit));
+}
+
+// a where the mask is all ones, b where it is zero.  (SSE2 cannot compare 64-bit integers.)
+SA_INLINE double blend(uint64_t mask, double a, double b) { return fromBits((toBits(a) & mask) | (toBits(b) & ~mask)); }
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kQuietNaN = std::numeric_limits<double>::quiet_NaN();
+
+// ---- parts that the functions share
+
+// x + kRoundShift is x rounded to the nearest integer, its two's complement in the low bits of the significand.
+constexpr double kRoundShift = 0x1.8p52;
+
+// x^power for a power of two.
+template <int power>
+SA_INLINE double powerOfTwo(double x) {
+  if constexpr (power == 1)
+    return x;
+  else
+    return powerOfTwo<power / 2>(x) * powerOfTwo<power / 2>(x);
+}
+
+// c[first] + c[first + 1] x + ... with `count` terms in Estrin's form: split at the largest power of two below count, so that
+// the halves are independent and the chain of dependent operations is short.
+template <int first, int count>
+SA_INLINE double estrin(double x, const double* c) {
+  if constexpr (count == 1)
+    return c[first];
+  else {
+    constexpr int half = count > 8 ? 8 : count > 4 ? 4 : count > 2 ? 2 : 1;
+    return estrin<first, half>(x, c) + powerOfTwo<half>(x) * estrin<first + half, count - half>(x, c);
+  }
+}
+template <int count>
+SA_INLINE double polynomial(double x, const double (&c)[count]) {
+  static_assert(count <= 16);
+  return estrin<0, count>(x, c);
+}
+
+// ln 2 in two parts: the first has 42 bits, so that its product with an exponent is exact.
+constexpr double kLn2High = 0x1.62e42fefa3800p-1, kLn2Low = 0x1.ef35793c76730p-45;
+
+// ---- exp
+
+// (e^r - 1 - r) / r^2 for |r| <= ln 2 / 2
+constexpr double kExpCoefficients[] = {
+    0x1.000000000000ap-1,  0x1.55555555554fap-3,  0x1.555555555088bp-5,  0x1.1111111127ba3p-7,  0x1.6c16c184269f3p-10,
+    0x1.a01a012a685f6p-13, 0x1.a0199a165546ep-16, 0x1.71df253b4f90fp-19, 0x1.28ad692564eebp-22, 0x1.ad7f7b1170195p-26};
+
+struct ExpParts {
+  uint64_t exponent;  // n in the low bits
+  double significand; // e^r
 };
-SA_INLINE ReducedExponential reducedExponential(double x) {
-  const double t = x * 0x1.71547652b82fep+0 + kRoundToInteger, n = t - kRoundToInteger;
-  const double high = x - n * 0x1.62e42fefa2000p-1, low = n * 0x1.9ef35793c7673p-41; // ln 2 in two parts
-  const double r = high - low, rest = (high - r) - low;
-  const double r2 = r * r, r4 = r2 * r2;
-  const double p01 = 0x1.000000000000cp-1 + r * 0x1.5555555555561p-3;
-  const double p23 = 0x1.555555554ff9fp-5 + r * 0x1.111111110d5afp-7;
-  const double p45 = 0x1.6c16c185c8be0p-10 + r * 0x1.a01a01bb11748p-13;
-  const double p67 = 0x1.a01996355a682p-16 + r * 0x1.71dddf62d38b8p-19;
-  const double p89 = 0x1.28b0a36be78d5p-22 + r * 0x1.af862ce0dcd7bp-26;
-  const double p = (p01 + r2 * p23) + r4 * ((p45 + r2 * p67) + r4 * p89);
-  const double sum = 1.0 + r, lost = (1.0 - sum) + r;
-  return {sum + (lost + (rest + r2 * p)), toBits(t)};
+
+// e^x = 2^n e^r, n the integer nearest to x / ln 2.
+SA_INLINE ExpParts expParts(double x) {
+  const double shifted = x * 0x1.71547652b82fep+0 + kRoundShift, n = shifted - kRoundShift;
+  // r + rLow = x - n ln 2: the first difference is exact
+  const double high = x - n * kLn2High, low = n * kLn2Low;
+  const double r = high - low, rLow = (high - r) - low;
+  // 1 + r as an exact sum of two: without it the error is 0.2 ulp larger
+  const double sum = 1.0 + r, sumLow = (1.0 - sum) + r;
+  return {toBits(shifted), sum + (sumLow + (rLow + r * r * polynomial(r, kExpCoefficients)))};
 }
 
-// e^x.  Scaled by 2^n in two halves, so that overflow and gradual underflow come out right.
-// bound: exp 0.80 ulp on [-745.2, 709.8]
+// e^x.  Subnormal results are right; 0 below -745.13..., infinity above 709.78...
+// bound: 0.80 ulp on [-745.2, 709.8]
 SA_INLINE double exp(double x) {
-  double clamped = x > 710.0 ? 710.0 : x; // a NaN passes both comparisons
-  clamped = clamped < -750.0 ? -750.0 : clamped;
-  const ReducedExponential e = reducedExponential(clamped);
-  const uint64_t biased = e.n + 2046, first = (biased << 51) & 0xfff0000000000000u, second = (biased << 52) - first;
-  return e.factor * fromBits(first) * fromBits(second);
+  x = min(710.0, x); // min(bound, x) keeps NaN
+  x = max(-750.0, x);
+  const ExpParts e = expParts(x);
+  // 2^n = 2^(n - n/2) 2^(n/2), each a normal number; made of the biased exponents, whose sum is n + 2046
+  const uint64_t sum = e.exponent + 2046;
+  const uint64_t scale1 = (sum << 51) & 0xfff0000000000000u, scale2 = (sum << 52) - scale1;
+  return e.significand * fromBits(scale1) * fromBits(scale2);
 }
 
-// e^x for arguments that are kept above the last normal result, by one scaling.  Below -708.3964185322637 it is as there.
-// bound: expClamped 0.80 ulp on [-708.3, 709.4]
+// e^max(x, -708.3964185322637): the result is never below the smallest normal number, and scaling takes one addition.
+// Infinity above 709.78...
+// bound: 0.80 ulp on [-708.3964185322637, 709.8]
+constexpr double kExpLowest = -708.3964185322637;
 SA_INLINE double expClamped(double x) {
-  const ReducedExponential e = reducedExponential(x < -708.3964185322637 ? -708.3964185322637 : x);
-  return e.factor * fromBits((e.n + 1023) << 52);
+  constexpr double highest = 0x1.62e42fefa39efp+9; // the largest argument with a finite result
+  const ExpParts e = expParts(min(max(x, kExpLowest), highest));
+  const double y = fromBits(toBits(e.significand) + (e.exponent << 52));
+  return x <= highest ? y : x + kInfinity; // infinity or NaN
 }
 
-// ---- logarithm
+// ---- log
 
-// x = 2^k (1 + f) with sqrt(1/2) <= 1 + f < sqrt 2, given the bits of a positive normal x and the bias of k.
-// ln(1 + f) = f - (h - s (h + R(s^2))) with s = f/(2 + f), h = f^2/2 and R of degree 7 in s^2.
-SA_INLINE double logOfBits(uint64_t bits, double bias) {
-  constexpr uint64_t kHalfRoot = 0x3fe6a09e667f3bcdu; // sqrt(1/2)
-  const uint64_t shifted = bits + (0x3ff0000000000000u - kHalfRoot);
-  const double k = fromBits((shifted >> 52) | 0x4330000000000000u) - 0x1p52 + bias;
-  const double f = fromBits((shifted & 0x000fffffffffffffu) + kHalfRoot) - 1.0;
-  const double s = f / (2.0 + f), z = s * s, w = z * z, h = 0.5 * f * f;
-  const double q01 = 0x1.5555555555592p-1 + z * 0x1.999999997fcbfp-2;
-  const double q23 = 0x1.249249420554fp-2 + z * 0x1.c71c51f4e47e9p-3;
-  const double q45 = 0x1.746643ce07791p-3 + z * 0x1.39a12ca676167p-3;
-  const double R = z * ((q01 + w * q23) + w * w * (q45 + w * 0x1.2f0b8961d9a20p-3));
-  return k * 0x1.62e42fefa2000p-1 - ((h - (s * (h + R) + k * 0x1.9ef35793c7673p-41)) - f);
+// (2 atanh(s) - 2 s) / s^3 as a polynomial in s^2, for s = f / (2 + f), sqrt(1/2) <= 1 + f < sqrt(2)
+constexpr double kLogCoefficients[] = {0x1.5555555555592p-1, 0x1.999999997fee8p-2, 0x1.24924941e0cb0p-2,
+                                       0x1.c71c5216485a9p-3, 0x1.74663c54201e2p-3, 0x1.39a1fb8dc2a0fp-3,
+                                       0x1.2f02e64daeed8p-3};
+
+// ln x for a positive normal x.  exponentBias is 1023, or 1023 + 54 for an x that was multiplied by 2^54.
+SA_INLINE double logNormal(double x, double exponentBias) {
+  // x = 2^k m with sqrt(1/2) <= m < sqrt(2)
+  constexpr uint64_t one = 0x3ff0000000000000u, sqrtHalf = 0x3fe6a09e667f3bcdu, fraction = 0x000fffffffffffffu;
+  const uint64_t bits = toBits(x) + (one - sqrtHalf);
+  const double k = fromBits((bits >> 52) | 0x4330000000000000u) - (0x1p52 + exponentBias);
+  const double m = fromBits((bits & fraction) + sqrtHalf);
+  // ln(1 + f) = f - (f^2/2 - s (f^2/2 + R)), R = s^2 times the polynomial: the leading term f is exact
+  const double f = m - 1.0, s = f / (2.0 + f), z = s * s, halfSquare = 0.5 * f * f;
+  const double R = z * polynomial(z, kLogCoefficients);
+  return k * kLn2High - ((halfSquare - (s * (halfSquare + R) + k * kLn2Low)) - f);
 }
 
-// ln x: -infinity at 0, NaN below.
-// bound: log 0.87 ulp on [0x1p-1074, 0x1.fffffffffffffp1023]
+// ln x.  -infinity at +0 and -0, NaN below; subnormal arguments are right.
+// bound: 0.87 ulp on [4.9406564584124654e-324, 1.7976931348623157e308]
 SA_INLINE double log(double x) {
   const bool subnormal = x < 0x1p-1022;
-  const double y = logOfBits(toBits(subnormal ? x * 0x1p54 : x), subnormal ? -1077.0 : -1023.0);
-  const double atEnds = x == 0.0 ? -kInfinity : (x == kInfinity ? kInfinity : y);
-  return x >= 0.0 ? atEnds : kNaN;
+  double y = logNormal(select(subnormal, x * 0x1p54, x), select(subnormal, 1023.0 + 54.0, 1023.0));
+  y = select(x == kInfinity, x, y);
+  y = select(x == 0.0, -kInfinity, y);
+  return select(x >= 0.0, y, kQuietNaN);
 }
 
-// ln x of a positive normal number; any other argument gives a number without meaning.
-// bound: logPositive 0.87 ulp on [0x1p-1022, 0x1.fffffffffffffp1023]
-SA_INLINE double logPositive(double x) { return logOfBits(toBits(x), -1023.0); }
+// ln x for an x known to be positive, normal and finite; anything else gives an arbitrary number.  Same bits as log.
+// bound: 0.87 ulp on [2.2250738585072014e-308, 1.7976931348623157e308]
+SA_INLINE double logPositive(double x) { return logNormal(x, 1023.0); }
 
-// ---- cosine
+// ---- cos
 
-// x = n pi/2 + r with |r| <= pi/4, pi/2 in three parts and r as a sum of two; sine or cosine of r by its series, fitted.
-// Arguments beyond 1e5 give NaN: no angle of a kernel comes near.
-// bound: cos 0.90 ulp on [-1e5, 1e5]
+// (sin(r) / r - 1) / r^2 and (cos(r) - 1 + r^2/2) / r^4 as polynomials in r^2, |r| <= pi / 4
+constexpr double kSinCoefficients[] = {-0x1.5555555555555p-3, 0x1.111111111110bp-7,   -0x1.a01a01a018a6dp-13,
+                                       0x1.71de3a53308e7p-19, -0x1.ae64528d81deep-26, 0x1.61208c49dda93p-33,
+                                       -0x1.aaa24807ff052p-41};
+constexpr double kCosCoefficients[] = {0x1.555555555554bp-5,   -0x1.6c16c16c14f91p-10, 0x1.a01a019c84505p-16,
+                                       -0x1.27e4f7eac5484p-22, 0x1.1ee9d7b52a1d0p-29,  -0x1.8fa49a225c8e7p-37};
+
+// cos x for |x| <= 1e5, NaN beyond: the three parts of pi / 2 hold to that range.
+// bound: 1.01 ulp on [-1e5, 1e5]
 SA_INLINE double cos(double x) {
-  const double t = x * 0x1.45f306dc9c883p-1 + kRoundToInteger, n = t - kRoundToInteger;
+  const double shifted = x * 0x1.45f306dc9c883p-1 + kRoundShift, n = shifted - kRoundShift;
+  // r + rLow = x - n pi/2; the products with the first two parts, of 33 bits each, are exact
   const double a = x - n * 0x1.921fb54400000p+0, b = n * 0x1.0b4611a600000p-34, c = n * 0x1.3198a2e037073p-69;
-  const double high = a - b, r = high - c, rest = ((a - high) - b) + ((high - r) - c);
-  const double z = r * r, w = z * z;
-  const double ps =
-      ((-0x1.5555555555549p-3 + z * 0x1.111111110f869p-7) + w * (-0x1.a01a019c0f18dp-13 + z * 0x1.71de35754fcd5p-19)) +
-      w * w * (-0x1.ae5e643334178p-26 + z * 0x1.5d9260fc61ea3p-33);
-  const double pc =
-      ((0x1.555555555554cp-5 - z * 0x1.6c16c16c15199p-10) + w * (0x1.a01a019cb38bfp-16 - z * 0x1.27e4f80ac8988p-22)) +
-      w * w * (0x1.1ee9ec3c088bfp-29 - z * 0x1.8faeac0337a9cp-37);
-  const double sine = r + (rest * (1.0 - 0.5 * z) + r * (z * ps));
-  const double half = 0.5 * z, u = 1.0 - half, cosine = u + (((1.0 - u) - half) + (w * pc - r * rest));
-  const uint64_t quadrant = toBits(t);
-  const double y = (quadrant & 1) != 0 ? sine : cosine;
-  const double result = fromBits(toBits(y) ^ (((quadrant + 1) & 2) << 62));
-  return __builtin_fabs(x) <= 1e5 ? result : kNaN;
+  const double ab = a - b, r = ab - c;
+  const double rLow = ((a - ab) - b) + ((ab - r) - c);
+  const double z = r * r;
+  // 1 - r^2/2 with r^2 = head^2 + (r - head)(r + head): head has 26 bits, its square is exact
+  const double head = fromBits(toBits(r) & 0xfffffffff8000000u);
+  const double half = 0.5 * (head * head), halfLow = 0.5 * (((r - head) + rLow) * (r + head));
+  const double u = 1.0 - half;
+  const double cosine = u + (((1.0 - u) - half) + (z * z * polynomial(z, kCosCoefficients) - halfLow));
+  // sin(r + rLow) = sin r + rLow cos r, where u is good enough for cos r
+  const double sine = r + (rLow * u + r * (z * polynomial(z, kSinCoefficients)));
+  // cos(r + n pi/2) = cos r, -sin r, -cos r, sin r for n mod 4 = 0, 1, 2, 3
+  const uint64_t quadrant = toBits(shifted);
+  const double y = blend(0u - (quadrant & 1), sine, cosine);
+  return select(abs(x) <= 1e5, fromBits(toBits(y) ^ (((quadrant + 1) & 2) << 62)), kQuietNaN);
 }
 
-// ---- inverse cosine
+// ---- acos
 
-// asin(s) = s + s z p(z), z = s^2, on |s| <= 1/2.  Beyond, s = sqrt((1 - |x|)/2) and acos x = 2 asin s, or pi less that; the
-// root is carried as a sum of two.  NaN outside [-1, 1].
-// bound: acos 0.80 ulp on [-1, 1]
+// (asin(s) / s - 1) / s^2 as a polynomial in s^2, |s| <= 1/2
+constexpr double kAsinCoefficients[] = {
+    0x1.5555555555577p-3, 0x1.333333332e102p-4,  0x1.6db6db72141f0p-5, 0x1.f1c71a946998cp-6, 0x1.6e8bdeed5664dp-6,
+    0x1.1c49ef8c04c36p-6, 0x1.ca1f9f23b4abdp-7,  0x1.758504be76e19p-7, 0x1.613f3f698b811p-7, 0x1.e5cf64bce99bbp-9,
+    0x1.63a75d95dfefdp-6, -0x1.580c1c42b5666p-6, 0x1.0b4b168ab3cbdp-5};
+
+// arccos x, NaN outside [-1, 1].
+// bound: 0.79 ulp on [-1, 1]
 SA_INLINE double acos(double x) {
-  const double size = __builtin_fabs(x);
-  const bool outer = size > 0.5;
-  const double z = outer ? (1.0 - size) * 0.5 : size * size, s = outer ? __builtin_sqrt(z) : size;
-  const double w = z * z, w2 = w * w;
-  const double p01 = 0x1.5555555555578p-3 + z * 0x1.333333332dfa5p-4;
-  const double p23 = 0x1.6db6db7224944p-5 + z * 0x1.f1c71a8e3b33dp-6;
-  const double p45 = 0x1.6e8bdf9ad807ep-6 + z * 0x1.1c49e3760e024p-6;
-  const double p67 = 0x1.ca20be234d936p-7 + z * 0x1.757bf23948476p-7;
-  const double p89 = 0x1.61717ff1de9c2p-7 + z * 0x1.e2e1606fc90dfp-9;
-  const double pab = 0x1.6488a9926c1aep-6 - z * 0x1.5947042bc1c64p-6, pc = 0x1.0bac5aa181102p-5;
-  const double p = ((p01 + w * p23) + w2 * (p45 + w * p67)) + w2 * w2 * ((p89 + w * pab) + w2 * pc);
-  // the root: its leading half, and what is missing
-  const double lead = outer ? fromBits(toBits(s) & 0xffffffff00000000u) : s;
-  const double missing = outer ? (z - lead * lead) / (s + lead + 0x1p-1000) : 0.0; // the last term: 0/0 at |x| = 1
-  const double tail = s * (z * p) + missing;                                       // asin s = lead + tail
-  constexpr double kPi = 0x1.921fb54442d18p+1, kPiLow = 0x1.1a62633145c07p-53;
-  const bool negative = x < 0.0;
-  const double signedLead = negative ? -lead : lead, signedTail = negative ? -tail : tail;
-  const double inner = 0.5 * kPi - (signedLead - (0.5 * kPiLow - signedTail));
-  const double twice = 2.0 * lead, fromPi = kPi - twice, lost = (kPi - fromPi) - twice;
-  const double outerNegative = fromPi + (lost - (2.0 * tail - kPiLow)), outerPositive = 2.0 * (lead + tail);
-  return outer ? (negative ? outerNegative : outerPositive) : inner;
+  constexpr double piHigh = 0x1.921fb54442d18p+1, piLow = 0x1.1a62633145c07p-53;
+  const double a = abs(x);
+  const bool outer = a > 0.5;
+  // outer: acos a = 2 asin(sqrt((1 - a) / 2)); else acos x = pi/2 - asin x
+  const double z = select(outer, (1.0 - a) * 0.5, a * a); // the difference is exact; negative beyond 1
+  const double root = select(outer, sqrt(z), a);
+  // the root as head + tail, head with 21 bits, so that its square is exact; the tiny number avoids 0 / 0 at |x| = 1
+  const double head = select(outer, fromBits(toBits(root) & 0xffffffff00000000u), a);
+  const double tail = select(outer, (z - head * head) / ((root + head) + 0x1p-500), 0.0);
+  const double asinTail = root * (z * polynomial(z, kAsinCoefficients)) + tail; // asin(root) = head + asinTail
+  // |x| <= 1/2: pi/2 - asin x
+  const double inner = 0.5 * piHigh - (copysign(head, x) - (0.5 * piLow - select(x < 0.0, -asinTail, asinTail)));
+  const double positive = 2.0 * (head + asinTail);
+  // x < -1/2: pi - 2 asin(root)
+  const double difference = piHigh - 2.0 * head, lost = (piHigh - difference) - 2.0 * head;
+  const double negative = difference + (lost - (2.0 * asinTail - piLow));
+  return select(outer, select(x < 0.0, negative, positive), inner);
 }
 
 } // namespace sa::vm

@@ -75,7 +75,7 @@ void FAULTY_ENTITY_FROM_ZERO(const int32_t* n, const int32_t* map, const double*
 }
 
 void SOUND_LIST(const int32_t* n, const int32_t* count, const int32_t* list, const double* x, double* y) {
-  for (int k = 0; k < *count && *n > 0; ++k) y[list[k] - 1] = 2.0 * x[list[k] - 1];
+  for (int k = 0; k<*count&& * n> 0; ++k) y[list[k] - 1] = 2.0 * x[list[k] - 1];
 }
 
 void SOUND_RANGE(const int32_t* first, const int32_t* last, const int32_t* map, const int32_t* map2, const double* x,

@@ -2,30 +2,17 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <limits>
 #include <map>
 #include <stdexcept>
+
+#include "tests/support/random.h"
 
 namespace sa::test {
 namespace {
 
-// S. Vigna's splitmix64: the library's distributions differ between implementations, so reals are made here as well.
-class Random {
-public:
-  explicit Random(std::uint64_t seed) : state_(seed) {}
-  std::uint64_t bits() {
-    std::uint64_t z = state_ += 0x9e3779b97f4a7c15ULL;
-    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ULL;
-    z = (z ^ (z >> 27)) * 0x94d049bb133111ebULL;
-    return z ^ (z >> 31);
-  }
-  int below(int n) { return static_cast<int>(bits() % static_cast<std::uint64_t>(n)); }
-  double uniform(double low, double high) { return low + (high - low) * (static_cast<double>(bits() >> 11) * 0x1p-53); }
-  bool oneIn(int n) { return below(n) == 0; }
+using sharedanalysis::test::Random;
 
-private:
-  std::uint64_t state_;
-};
+bool oneIn(Random& random, int n) { return random.integer(1, n) == 1; }
 
 std::uint64_t hashOf(const std::string& text, std::uint64_t seed) {
   std::uint64_t h = 0xcbf29ce484222325ULL ^ seed;
@@ -160,7 +147,7 @@ Array shapeArray(const RoutineInfo& routine, const ArgumentInfo& info, Sizes& si
 
 // A symmetric tensor near the identity; some strongly deformed, some singular.  The first three components are direct.
 void fillStretch(Random& random, std::vector<double>& v) {
-  const int kind = random.below(16);
+  const int kind = random.integer(0, 15);
   const double direct = kind < 4 ? 0.8 : 0.05, shear = kind < 4 ? 0.08 : 0.02;
   for (std::size_t k = 0; k < v.size(); ++k) {
     const double u = random.uniform(-1.0, 1.0);
@@ -177,7 +164,7 @@ void fillStretch(Random& random, std::vector<double>& v) {
 void fillBrick(Random& random, std::vector<double>& x) {
   static constexpr double kCorner[3][8] = {
       {0, 1, 1, 0, 0, 1, 1, 0}, {0, 0, 1, 1, 0, 0, 1, 1}, {0, 0, 0, 0, 1, 1, 1, 1}};
-  const int kind = random.below(16);
+  const int kind = random.integer(0, 15);
   for (std::size_t c = 0; c < 3; ++c) {
     const double offset = random.uniform(-10.0, 10.0);
     for (std::size_t node = 0; node < 8; ++node) {
@@ -193,21 +180,21 @@ void fillBrick(Random& random, std::vector<double>& x) {
 void fillReals(Random& random, const ArgumentInfo& info, const std::vector<double>& previous, std::vector<double>& v) {
   static constexpr double kScales[] = {1.0, 1.0, 1.0, 1.0, 1e-3, 1e3, 1e6, 1e-6};
   const std::string_view unit = info.unit;
-  const double scale = kScales[random.below(8)];
+  const double scale = kScales[random.integer(0, 7)];
   const bool isTensor = v.size() == 3 || v.size() == 4 || v.size() == 6;
-  if (info.is("stretch") || (unit == "any" && isTensor && random.oneIn(2))) {
+  if (info.is("stretch") || (unit == "any" && isTensor && oneIn(random, 2))) {
     fillStretch(random, v);
     if (unit == "any")
       for (double& x : v) x *= scale;
   } else if (info.is("mask") || info.is("flag")) {
-    for (double& x : v) x = random.oneIn(4) ? 1.0 : 0.0;
+    for (double& x : v) x = oneIn(random, 4) ? 1.0 : 0.0;
   } else if (unit == "m" && v.size() == 24) {
     fillBrick(random, v);
   } else if (unit == "Pa") {
-    for (double& x : v) x = random.uniform(0.1, 10.0) * (random.oneIn(8) ? -1.0 : 1.0);
+    for (double& x : v) x = random.uniform(0.1, 10.0) * (oneIn(random, 8) ? -1.0 : 1.0);
   } else {
     for (std::size_t k = 0; k < v.size(); ++k) {
-      const int kind = random.below(32);
+      const int kind = random.integer(0, 31);
       v[k] = kind == 0                       ? 0.0
              : kind == 1                     ? -0.0
              : kind < 4 && !previous.empty() ? previous[k]
@@ -232,7 +219,7 @@ void fillArray(Array& array, std::uint64_t seed, int entities) {
       if (info.isReal()) {
         array.setReal(at, values[c]);
       } else {
-        array.setInteger(at, info.is("entity") ? 1 + random.below(entities) : random.below(41) - 20);
+        array.setInteger(at, info.is("entity") ? random.integer(1, entities) : random.integer(-20, 20));
       }
     }
     previous = values;
@@ -243,10 +230,10 @@ void fillArray(Array& array, std::uint64_t seed, int entities) {
 std::vector<int> makeList(Random& random, int points, bool isWholeBlock) {
   std::vector<int> list;
   for (int i = 1; i <= points; ++i)
-    if (isWholeBlock || i == points || random.below(3) > 0) list.push_back(i);
+    if (isWholeBlock || i == points || random.integer(0, 2) > 0) list.push_back(i);
   if (!isWholeBlock)
     for (int i = static_cast<int>(list.size()) - 1; i > 0; --i)
-      std::swap(list[static_cast<std::size_t>(i)], list[static_cast<std::size_t>(random.below(i + 1))]);
+      std::swap(list[static_cast<std::size_t>(i)], list[static_cast<std::size_t>(random.integer(0, i))]);
   return list;
 }
 
