@@ -1,0 +1,25 @@
+// One run of the program, from the case file to the results.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+
+namespace sharedanalysis::solver {
+
+struct JobOptions {
+  std::filesystem::path caseFile;
+  std::optional<std::filesystem::path> outputDirectory; // instead of the one of the case
+  int threads = 0;                                      // 0: as many as OpenMP offers
+  bool checkOnly = false, quiet = false;
+};
+
+// Exit codes of the program.
+enum ExitCode { exitComplete = 0, exitInput = 1, exitEndedEarly = 2, exitNotWritten = 3, exitInterrupted = 130 };
+
+// Reports errors on standard error; throws nothing.  The library must be initialised.
+ExitCode runJob(const JobOptions& options);
+
+// "error: text" on standard error.
+void reportError(const std::string& text);
+
+} // namespace sharedanalysis::solver

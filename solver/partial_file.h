@@ -1,0 +1,34 @@
+// Files that carry their name only when they are whole.
+#pragma once
+
+#include <filesystem>
+#include <stdexcept>
+
+namespace sharedanalysis::solver {
+
+// Results could not be written; the text names the file and the reason.
+class WriteError : public std::runtime_error {
+public:
+  WriteError(const std::filesystem::path& file, const std::string& reason)
+      : std::runtime_error(file.string() + " could not be written: " + reason) {}
+};
+
+// A file is written as <name>.partial and gets its name when the analysis is complete.
+class PartialFile {
+public:
+  // Removes files of both names that an earlier run has left.
+  explicit PartialFile(const std::filesystem::path& name);
+
+  const std::filesystem::path& path() const { return partial_; }
+  const std::filesystem::path& name() const { return name_; }
+
+  // Has the closed file written through to the device.
+  void synchronise() const;
+  // Gives the closed file its name.
+  void complete() const;
+
+private:
+  std::filesystem::path name_, partial_;
+};
+
+} // namespace sharedanalysis::solver
