@@ -8,7 +8,8 @@
 namespace sa {
 namespace {
 
-constexpr int kRun = 64; // entries that are ranked by counting
+constexpr int kRun = 128;  // entries that are ranked by counting
+constexpr int kChunk = 16; // of them at a time
 
 template <class Key>
 SA_INLINE Key keyOf(const Key* keys, int32_t entity) {
@@ -28,23 +29,33 @@ void insertionSort(int32_t* list, const Key* keys, int n) {
   }
 }
 
-// The place of an entry is the number of smaller keys, and of equal keys before it: n*n comparisons, all in vectors.
+// The place of an entry is the number of smaller keys, and of equal keys before it.  Every entry in turn is compared with
+// all of a chunk of places, which are counted up in vectors: n*n comparisons and no branch that depends on a key.
 template <class Key>
 SA_INLINE void rankSort(int32_t* list, const Key* keys, int n) {
+  using Count = std::conditional_t<sizeof(Key) == 4, int32_t, int64_t>; // as wide as a key, for vectors of one kind
   Key key[kRun];
   int32_t entry[kRun];
   for (int k = 0; k < n; ++k) {
     entry[k] = list[k];
     key[k] = keyOf(keys, entry[k]);
   }
-  for (int k = 0; k < n; ++k) {
-    const Key own = key[k];
-    int place = 0;
-#pragma omp simd reduction(+ : place)
-    for (int j = 0; j < k; ++j) place += key[j] <= own ? 1 : 0;
-#pragma omp simd reduction(+ : place)
-    for (int j = k; j < n; ++j) place += key[j] < own ? 1 : 0;
-    list[place] = entry[k];
+  for (int k = n; k < kRun; ++k) key[k] = Key{}; // the rest of the last chunk is counted and not used
+  for (int chunk = 0; chunk < n; chunk += kChunk) {
+    Count place[kChunk] = {};
+    const Key* own = key + chunk;
+    const auto count = [&place, own](Key other, auto precedes) SA_POINT {
+#pragma omp simd
+      for (int j = 0; j < kChunk; ++j) place[j] += precedes(other, own[j], j) ? 1 : 0;
+    };
+    for (int k = 0; k < chunk; ++k) count(key[k], [](Key other, Key mine, int) SA_POINT { return other <= mine; });
+    const int last = n < chunk + kChunk ? n : chunk + kChunk;
+    for (int k = chunk; k < last; ++k)
+      count(key[k], [k, chunk](Key other, Key mine, int j) SA_POINT {
+        return static_cast<int>(other < mine) | (static_cast<int>(other == mine) & static_cast<int>(k < chunk + j));
+      });
+    for (int k = last; k < n; ++k) count(key[k], [](Key other, Key mine, int) SA_POINT { return other < mine; });
+    for (int j = 0; j < last - chunk; ++j) list[place[j]] = entry[chunk + j];
   }
 }
 
