@@ -180,10 +180,11 @@ std::string describeEnding(Ending ending, const Analysis& analysis, const Case& 
 class Job {
 public:
   Job(const JobOptions& options, Terminal& terminal)
-      : options_(options), terminal_(terminal), caseFile_(readInput(options)), definition_(caseFile_.definition),
-        mesh_(readMesh(definition_.meshFile)) {
+      : options_(options), terminal_(terminal),
+        // asked before the mesh is read: Gmsh sets OpenMP to one thread
+        threads_(options.threads > 0 ? options.threads : std::min(omp_get_max_threads(), 1024)),
+        caseFile_(readInput(options)), definition_(caseFile_.definition), mesh_(readMesh(definition_.meshFile)) {
     checkGroups(caseFile_, mesh_);
-    threads_ = options.threads > 0 ? options.threads : std::min(omp_get_max_threads(), 1024);
   }
 
   ExitCode run() {
@@ -321,10 +322,10 @@ private:
 
   const JobOptions& options_;
   Terminal& terminal_;
+  int threads_;
   CaseFile caseFile_;
   const Case& definition_;
   Mesh mesh_;
-  int threads_ = 1;
   double firstIncrement_ = 0;
   std::vector<std::string> description_;
   std::chrono::duration<double> computing_{0};

@@ -1,0 +1,279 @@
+#!/usr/bin/python3
+"""Draws the deformed model of a result file at several times, side by side, coloured by the von Mises stress.
+
+    picture.py results.exo picture.png [--times 0 0.05 0.1] [--size 1800 1200]
+
+Needs VTK for Python and a display; xvfb-run gives one where there is none.
+"""
+import argparse
+import math
+import sys
+
+import vtk
+from vtk.util.numpy_support import numpy_to_vtk, vtk_to_numpy
+import numpy
+
+STRESSES = ["stress_xx", "stress_yy", "stress_zz", "stress_xy", "stress_yz", "stress_xz"]
+
+
+def parse_arguments():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("results")
+    parser.add_argument("picture")
+    parser.add_argument("--times", type=float, nargs="+", help="s; six evenly spread ones otherwise")
+    parser.add_argument("--size", type=int, nargs=2, default=[1600, 950], help="pixels")
+    return parser.parse_args()
+
+
+def open_results(path):
+    reader = vtk.vtkExodusIIReader()
+    if not reader.CanReadFile(path):
+        sys.exit(f"error: {path} is not a readable Exodus II file")
+    reader.SetFileName(path)
+    reader.UpdateInformation()
+    reader.SetAllArrayStatus(reader.NODAL, 1)
+    reader.SetAllArrayStatus(reader.ELEM_BLOCK, 1)
+    reader.ApplyDisplacementsOn()
+    reader.SetDisplacementMagnitude(1.0)
+    return reader
+
+
+def von_mises(cells):
+    """Readers may join the six stress variables to one array of six components or leave them alone."""
+    array = cells.GetArray("stress_")
+    array = cells.GetArray("stress") if array is None else array
+    if array is not None:
+        xx, yy, zz, xy, yz, xz = vtk_to_numpy(array).T
+    else:
+        xx, yy, zz, xy, yz, xz = (vtk_to_numpy(cells.GetArray(name)) for name in STRESSES)
+    return numpy.sqrt(0.5 * ((xx - yy) ** 2 + (yy - zz) ** 2 + (zz - xx) ** 2) + 3 * (xy**2 + yz**2 + xz**2))
+
+
+def merged_blocks(reader):
+    """All element blocks as one grid with the von Mises stress in MPa at the nodes."""
+    blocks = reader.GetOutput().GetBlock(0)
+    append = vtk.vtkAppendFilter()
+    append.MergePointsOn()
+    for index in range(blocks.GetNumberOfBlocks()):
+        block = blocks.GetBlock(index)
+        if block is None or block.GetNumberOfCells() == 0:
+            continue
+        grid = vtk.vtkUnstructuredGrid()
+        grid.DeepCopy(block)
+        stress = numpy_to_vtk(von_mises(grid.GetCellData()) / 1e6, deep=True)
+        stress.SetName("von Mises")
+        grid.GetCellData().AddArray(stress)
+        append.AddInputData(grid)
+    to_nodes = vtk.vtkCellDataToPointData()
+    to_nodes.SetInputConnection(append.GetOutputPort())
+    to_nodes.Update()
+    grid = vtk.vtkUnstructuredGrid()
+    grid.DeepCopy(to_nodes.GetOutput())
+    grid.GetPointData().SetActiveScalars("von Mises")
+    return grid
+
+
+def states(reader, times):
+    """(time, grid) at the written times next to those asked for."""
+    key = vtk.vtkStreamingDemandDrivenPipeline.TIME_STEPS()
+    written = list(reader.GetOutputInformation(0).Get(key))
+    if not times:
+        count = min(6, len(written))
+        times = [written[round(k * (len(written) - 1) / max(count - 1, 1))] for k in range(count)]
+    for wanted in times:
+        time = min(written, key=lambda t: abs(t - wanted))
+        reader.UpdateTimeStep(time)
+        yield time, merged_blocks(reader)
+
+
+def reference(reader):
+    reader.ApplyDisplacementsOff()
+    reader.Update()
+    grid = merged_blocks(reader)
+    reader.ApplyDisplacementsOn()
+    return grid
+
+
+def surface(grid):
+    filter_ = vtk.vtkDataSetSurfaceFilter()
+    filter_.SetInputData(grid)
+    filter_.Update()
+    return filter_.GetOutput()
+
+
+def colours():
+    """From a pale blue over green and yellow to a deep red, even in brightness steps."""
+    table = vtk.vtkColorTransferFunction()
+    table.SetColorSpaceToLab()
+    for place, rgb in [(0, (0.23, 0.30, 0.60)), (0.25, (0.20, 0.60, 0.71)), (0.5, (0.72, 0.84, 0.52)),
+                       (0.75, (0.96, 0.68, 0.30)), (1, (0.70, 0.09, 0.12))]:
+        table.AddRGBPoint(place, *rgb)
+    lookup = vtk.vtkLookupTable()
+    lookup.SetNumberOfTableValues(256)
+    for k in range(256):
+        lookup.SetTableValue(k, *table.GetColor(k / 255), 1)
+    return lookup
+
+
+def place(actor, offset):
+    actor.SetPosition(offset, 0, 0)
+    return actor
+
+
+def deformed_actor(grid, lookup, limit):
+    mapper = vtk.vtkPolyDataMapper()
+    mapper.SetInputData(surface(grid))
+    mapper.SetLookupTable(lookup)
+    mapper.SetScalarRange(0, limit)
+    mapper.InterpolateScalarsBeforeMappingOn()
+    actor = vtk.vtkActor()
+    actor.SetMapper(mapper)
+    looks = actor.GetProperty()
+    looks.EdgeVisibilityOn()
+    looks.SetEdgeColor(0.15, 0.15, 0.2)
+    looks.SetLineWidth(1.0)
+    looks.SetAmbient(0.35)
+    looks.SetDiffuse(0.7)
+    return actor
+
+
+def outline_actor(grid):
+    edges = vtk.vtkFeatureEdges()
+    edges.SetInputData(surface(grid))
+    edges.SetFeatureAngle(40)
+    edges.BoundaryEdgesOff()
+    edges.ColoringOff()
+    mapper = vtk.vtkPolyDataMapper()
+    mapper.SetInputConnection(edges.GetOutputPort())
+    mapper.ScalarVisibilityOff()
+    actor = vtk.vtkActor()
+    actor.SetMapper(mapper)
+    actor.GetProperty().SetColor(0.55, 0.55, 0.58)
+    actor.GetProperty().SetLineWidth(1.6)
+    actor.GetProperty().SetLighting(False)
+    return actor
+
+
+def label(renderer, text, position, size):
+    actor = vtk.vtkBillboardTextActor3D()
+    actor.SetInput(text)
+    actor.SetPosition(*position)
+    style(actor.GetTextProperty(), size)
+    actor.GetTextProperty().SetJustificationToCentered()
+    renderer.AddActor(actor)
+
+
+def style(properties, size):
+    properties.SetFontFamilyToArial()
+    properties.SetFontSize(size)
+    properties.SetColor(0.1, 0.1, 0.12)
+    properties.ItalicOff()
+    properties.BoldOff()
+    properties.ShadowOff()
+
+
+def scalar_bar(lookup, limit, height):
+    lookup.SetRange(0, limit)
+    bar = vtk.vtkScalarBarActor()
+    bar.SetLookupTable(lookup)
+    bar.SetTitle("von Mises\nMPa\n ")
+    bar.SetNumberOfLabels(5)
+    bar.SetLabelFormat("%.3g")
+    bar.SetOrientationToVertical()
+    bar.SetPosition(0.915, 0.22)
+    bar.SetWidth(0.08)
+    bar.SetHeight(0.56)
+    bar.SetBarRatio(0.28)
+    bar.UnconstrainedFontSizeOn()
+    style(bar.GetTitleTextProperty(), height // 52)
+    style(bar.GetLabelTextProperty(), height // 48)
+    return bar
+
+
+def title(text, width, height):
+    actor = vtk.vtkTextActor()
+    actor.SetInput(text)
+    style(actor.GetTextProperty(), height // 32)
+    actor.GetTextProperty().SetJustificationToCentered()
+    actor.SetPosition(width // 2, height - height // 13)
+    return actor
+
+
+def nice_limit(value):
+    """The next number above value of the form 1, 1.2, 1.5, 2, 2.5, 3, 4, 5, 6 or 8 times a power of ten."""
+    if value <= 0:
+        return 1.0
+    power = 10.0 ** math.floor(math.log10(value))
+    return next(step * power for step in (1, 1.2, 1.5, 2, 2.5, 3, 4, 5, 6, 8, 10) if step * power >= value)
+
+
+def main():
+    arguments = parse_arguments()
+    reader = open_results(arguments.results)
+    undeformed = reference(reader)
+    shown = list(states(reader, arguments.times))
+
+    # a few corner nodes may stand far above the rest: the scale ends at the 99.5th percentile
+    stresses = numpy.concatenate([vtk_to_numpy(grid.GetPointData().GetScalars()) for _, grid in shown])
+    limit = nice_limit(numpy.percentile(stresses, 99.5))
+    lookup = colours()
+
+    renderer = vtk.vtkRenderer()
+    renderer.SetBackground(1, 1, 1)
+    box = undeformed.GetBounds()
+    reach = [max([box[2 * c + 1]] + [g.GetBounds()[2 * c + 1] for _, g in shown]) -
+             min([box[2 * c]] + [g.GetBounds()[2 * c] for _, g in shown]) for c in range(3)]
+    pitch = 1.35 * max(reach[0], reach[1])
+    width, height = arguments.size
+    for index, (time, grid) in enumerate(shown):
+        renderer.AddActor(place(deformed_actor(grid, lookup, limit), index * pitch))
+        renderer.AddActor(place(outline_actor(undeformed), index * pitch))
+        centre = 0.5 * (box[0] + box[1]) + index * pitch
+        label(renderer, f"t = {time:.3g} s", (centre, box[2], box[4] - 0.09 * (box[5] - box[4])), height // 38)
+
+    renderer.AddActor2D(scalar_bar(lookup, limit, height))
+    renderer.AddActor2D(title(reader.GetTitle().strip(), width, height))
+
+    # a parallel view from the front, a little from the right and above
+    camera = renderer.GetActiveCamera()
+    camera.ParallelProjectionOn()
+    middle = [0.5 * (box[0] + box[1]) + 0.5 * pitch * (len(shown) - 1), 0.5 * (box[2] + box[3]), 0.5 * (box[4] + box[5])]
+    camera.SetFocalPoint(*middle)
+    camera.SetPosition(middle[0] + 3, middle[1] - 20, middle[2] + 3.5)
+    camera.SetViewUp(0, 0, 1)
+    renderer.ResetCamera()
+    span = max((box[5] - box[4]) * 1.34, (pitch * len(shown)) * height / (0.86 * width))
+    camera.SetParallelScale(0.5 * max(span, 1.2 * reach[2]))
+    camera.SetWindowCenter(0.09, 0)
+    # a light from the camera and one from above, so that top faces are not black
+    sky = vtk.vtkLight()
+    sky.SetLightTypeToSceneLight()
+    sky.SetPosition(middle[0], middle[1], middle[2] + 100)
+    sky.SetFocalPoint(*middle)
+    sky.SetIntensity(0.5)
+    eye = vtk.vtkLight()
+    eye.SetLightTypeToHeadlight()
+    eye.SetIntensity(0.85)
+    renderer.AddLight(sky)
+    renderer.AddLight(eye)
+    renderer.ResetCameraClippingRange()
+
+    window = vtk.vtkRenderWindow()
+    window.SetOffScreenRendering(1)
+    window.SetMultiSamples(8)
+    window.SetSize(width, height)
+    window.AddRenderer(renderer)
+    window.Render()
+
+    grab = vtk.vtkWindowToImageFilter()
+    grab.SetInput(window)
+    grab.ReadFrontBufferOff()
+    writer = vtk.vtkPNGWriter()
+    writer.SetFileName(arguments.picture)
+    writer.SetCompressionLevel(9)
+    writer.SetInputConnection(grab.GetOutputPort())
+    writer.Write()
+
+
+if __name__ == "__main__":
+    main()
