@@ -121,7 +121,7 @@ Case mathCase(const char* name, Loop loop, Plain plain, double low, double high,
 // S in, P and perhaps V out.
 template <class Kernel, class Plain>
 Case principalCase(const char* name, Kernel kernel, Plain plain, int values, int directions, int arithmetic,
-                   int divisions) {
+                   int divisions, int bytes = 0) {
   return {name,
           {6, values, directions},
           fillTensors,
@@ -138,7 +138,8 @@ Case principalCase(const char* name, Kernel kernel, Plain plain, int values, int
               plain(&n, a[0], a[1]);
           },
           arithmetic,
-          divisions};
+          divisions,
+          bytes};
 }
 
 template <class Call>
@@ -156,7 +157,7 @@ std::vector<Case> cases() {
   list.push_back(principalCase("GLO_UTI_EIG33ANAL", GLO_UTI_EIG33ANAL, plain::eig33anal, 3, 0, 190, 5));
   list.push_back(
       principalCase("GLO_UTI_EIG33VECTOR", GLO_UTI_EIG33VECTOR, plain::eig33vector, 3, 0, 3 * 3 * 25, 3 * 3 * 5));
-  list.push_back(principalCase("GLO_UTI_PRINCS31", GLO_UTI_PRINCS31, plain::princs31, 3, 9, 27, 5));
+  list.push_back(principalCase("GLO_UTI_PRINCS31", GLO_UTI_PRINCS31, plain::princs31, 3, 9, 27, 5, 128));
   list.push_back({"GLO_UTI_SQRTV",
                   {6, 6},
                   [](int n, const Arrays& a, Random& random) { fillStretch(n, a[0], random); },

@@ -9,8 +9,8 @@
 // Compile with -ffp-contract=off: the compensated sums below rely on every operation being rounded by itself.
 //
 // A line `bound:` above a function states its largest error and the arguments it holds for; the tests take the figures from
-// there.  NaN gives NaN.  The coefficients are minimax fits of the error relative to the function's result, made by
-// tools/vmath_coefficients.py; the tests measure them against the series.
+// there, docs/vector-math.md repeats them.  NaN gives NaN.  The coefficients are minimax fits of the error relative to the
+// function's result, made by tools/vmath_coefficients.py; the tests measure them against the series.
 #pragma once
 
 #include <bit>
