@@ -20,7 +20,9 @@ endif()
 
 file(GLOB SA_LIBRARY_SOURCES CONFIGURE_DEPENDS
   ${CMAKE_SOURCE_DIR}/glo/*.cpp ${CMAKE_SOURCE_DIR}/acd/*.cpp ${CMAKE_SOURCE_DIR}/spx/impl/*.cpp)
-set(SA_HEADERS ${CMAKE_SOURCE_DIR}/include/glo.h ${CMAKE_SOURCE_DIR}/include/acd.h ${CMAKE_SOURCE_DIR}/include/spx.h)
+# Routines, then classes.
+set(SA_HEADERS glo.h acd.h spx.h acd_TypeClass.h acd_block_handler.h spx_WipReporter.h)
+list(TRANSFORM SA_HEADERS PREPEND ${CMAKE_SOURCE_DIR}/include/)
 set(SA_VERSION_SCRIPT ${CMAKE_BINARY_DIR}/SharedAnalysis.map)
 
 # The library under a target name.  With ARCH the kernels are compiled for that one instruction set and nothing is chosen

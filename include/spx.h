@@ -10,7 +10,8 @@
  *    Lifecycle                          spx_...                                                2
  *    Brick operators                    SPX_OPE_C3D8...                                        2
  *    Gradients                          SPX_OPE_C3DSYMGRAD                                     1
- *    Element checks                     SPX_OPE_ERRORCHECK                                     1
+ *    Element checks                     SPX_OPE_ERRORCHECK, ...DISTORTED..., ...EXCESSROT     11
+ *    Material variables                 SPX_MATVAR...                                          4
  *    Hyperelasticity, polynomial        SPX_MAT_HYPERPOLY...                                   4
  */
 #ifndef SHAREDANALYSIS_SPX_H
@@ -106,6 +107,112 @@ void SPX_OPE_C3DSYMGRAD(const int32_t* nblock, const double* G, double* sym, dou
  *  @param[in]     flags   (nblock), flag: one flag for each element
  */
 double SPX_OPE_ERRORCHECK(const int32_t* nblock, int32_t* count, const double* flags);
+
+/** Writes "Excessive distortion of element number ..." as an "Error" for each marked element and records it with
+ *  ACD_ERROR_XPL.  Every marked element raises the counter; one that finds it above 8 is neither written nor recorded here,
+ *  so at most eight messages come of one counter, which ends as the number of marked elements seen.  While the counter does
+ *  not exceed 8, each call begins with two blank lines, with or without a marked element.  In a model of part instances an
+ *  element is named by its instance and its number there.
+ *  @param[in]     nblock    (1), count: elements
+ *  @param[in,out] counter   (1), -: marked elements of the analysis so far, 0 at its start
+ *  @param[in]     elements  (nblock), -: internal element numbers
+ *  @param[in]     flags     (nblock), any: marks an element where it is not exactly 0.0, NaN included
+ */
+void SPX_ERR_DISTORTED(const int32_t* nblock, int32_t* counter, const int32_t* elements, const double* flags);
+
+/** SPX_ERR_DISTORTED with a longer text that says what to look for.
+ *  @like SPX_ERR_DISTORTED
+ */
+void SPX_ERR_DISTORTEDPAC(const int32_t* nblock, int32_t* counter, const int32_t* elements, const double* flags);
+
+/** "Excessive incremental rotation of element number ..."; as SPX_ERR_DISTORTED, without the blank lines.
+ *  @like SPX_ERR_DISTORTED
+ */
+void SPX_ERR_EXCESSROT(const int32_t* nblock, int32_t* counter, const int32_t* elements, const double* flags);
+
+/** SPX_ERR_DISTORTED for continuum elements, whose flags are a column of the work array.
+ *  @like SPX_ERR_DISTORTED
+ *  @param[in]     header    (7), -: header of the element family; field 7 is the position in work, from 1, of the flag of
+ *                           the first element
+ *  @param[in]     work      (*), any: work array of the block
+ */
+void SPX_ELE_CDISTORTED(const int32_t* nblock, int32_t* counter, const int32_t* elements, const int32_t* header,
+                        const double* work);
+
+/** SPX_ERR_DISTORTEDPAC for continuum elements.
+ *  @like SPX_ELE_CDISTORTED
+ */
+void SPX_ELE_CDISTORTEDPAC(const int32_t* nblock, int32_t* counter, const int32_t* elements, const int32_t* header,
+                           const double* work);
+
+/** SPX_ERR_EXCESSROT for continuum elements.
+ *  @like SPX_ELE_CDISTORTED
+ */
+void SPX_ELE_CEXCESSROT(const int32_t* nblock, int32_t* counter, const int32_t* elements, const int32_t* header,
+                        const double* work);
+
+/** SPX_ERR_DISTORTED for structural elements.
+ *  @like SPX_ELE_CDISTORTED
+ *  @param[in]     header    (6), -: header of the element family; field 6 is the position in work, from 1, of the flag of
+ *                           the first element
+ */
+void SPX_ELE_SDISTORTED(const int32_t* nblock, int32_t* counter, const int32_t* elements, const int32_t* header,
+                        const double* work);
+
+/** SPX_ERR_DISTORTEDPAC for structural elements.
+ *  @like SPX_ELE_SDISTORTED
+ */
+void SPX_ELE_SDISTORTEDPAC(const int32_t* nblock, int32_t* counter, const int32_t* elements, const int32_t* header,
+                           const double* work);
+
+/** SPX_ERR_EXCESSROT for structural elements.
+ *  @like SPX_ELE_SDISTORTED
+ */
+void SPX_ELE_SEXCESSROT(const int32_t* nblock, int32_t* counter, const int32_t* elements, const int32_t* header,
+                        const double* work);
+
+/** Distortion of continuum shells with bottom face 1 2 3 4 and top face 5 6 7 8.  The flag becomes 1.0, and never 0.0 again,
+ *    - where a b 1e-6 > h h with h = max(0, smallest of the four thicknesses): the element has collapsed;
+ *    - where for one of the two diagonals of the faces, 1-3 with 5-7 or 2-4 with 6-8, the sum over its two corners of the
+ *      product of bottom and top corner normal is not positive.  The corner normal is the product of the two edges that leave
+ *      the corner: N1 = (x2 - x1) x (x4 - x1) and so on round the face, so that the sums are N1.N5 + N3.N7 and N2.N6 + N4.N8.
+ *      A face that is turned over has all its corner normals reversed and both sums negative, whatever its shape; a face
+ *      that is folded along a diagonal reverses the corners off the fold; stretching and turning both faces alike changes no
+ *      sign.
+ *  Comparisons with NaN mark the element by the second test.
+ *  @param[in]     nblock  (1), block: elements
+ *  @param[in]     t       (nblock, 4), m: thickness at the four corners
+ *  @param[in]     a       (nblock), m: length of the element in its plane
+ *  @param[in]     b       (nblock), m: length across it
+ *  @param[in]     X       (nblock, 8, 3), m: nodal coordinates
+ *  @param[in,out] flags   (nblock), flag: distortion flag
+ */
+void SPX_OPE_SC3DDISTORTIONCHECK(const int32_t* nblock, const double* t, const double* a, const double* b,
+                                 const double* X, double* flags);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Material variables
+ *
+ * A record of each thread: what outer code sets once, kernels deep in its call chain read without further arguments and
+ * without a lock.  It is made by the first access of a thread, with undefined values, and released at the end of the thread.
+ * The addresses stay the same for the life of the thread and may be written through.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** Fills the record of the calling thread.
+ *  @param[in] ptrs  (9), address: addresses
+ *  @param[in] ints  (3), -: integers
+ *  @param[in] real  (1), any: real
+ */
+void SPX_MATVARSETVAR(const int64_t* ptrs, const int32_t* ints, const double* real);
+
+/** Where the 9 addresses of the calling thread's record are. */
+int64_t* SPX_MATVARGETPTR(void);
+
+/** Where its 3 integers are. */
+int32_t* SPX_MATVARGETINT(void);
+
+/** Where its real is. */
+double* SPX_MATVARGETREAL(void);
 
 /* ---------------------------------------------------------------------------------------------------------------------
  * Hyperelasticity, polynomial of order 2

@@ -5,7 +5,11 @@
 //   sa_interface registry HEADERS...         a C++ table of all routines and arguments
 //   sa_interface symbols LIB HEADERS...      holds the exported symbols of a library against the headers
 //
+// A header that begins with "/** @file" declares routines with C linkage.  Any other declares classes: their members are
+// exported, and the specialisations of templates that it declares with default visibility.
+//
 // Findings go to standard error as file:line; the exit code is 0 only when there are none.
+#include <cxxabi.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -212,12 +216,9 @@ bool parseDeclaration(Routine& routine, const std::string& text) {
 
 // Walks through one header: preprocessor lines are skipped, a doc comment belongs to the declaration that follows it, a
 // comment that begins with dashes opens a section.
-Header readHeader(const std::string& file, std::vector<Routine>& routines) {
+Header readHeader(const std::string& file, const std::string& text, std::vector<Routine>& routines) {
   Header header;
   header.file = file;
-  std::ifstream stream(file);
-  if (!stream) throw std::runtime_error("cannot read " + file);
-  const std::string text((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
   int line = 1, commentLine = 0;
   std::string comment;
   std::size_t at = 0;
@@ -277,10 +278,43 @@ Header readHeader(const std::string& file, std::vector<Routine>& routines) {
   return header;
 }
 
+// What a header of classes exports: classes with all their members, and single functions, as a demangler writes them.
+struct ClassHeader {
+  std::string file;
+  std::vector<std::string> classes, functions;
+};
+
 struct Interface {
   std::vector<Header> headers;
   std::vector<Routine> routines;
+  std::vector<ClassHeader> classHeaders;
 };
+
+std::string textOf(const std::string& file) {
+  std::ifstream stream(file);
+  if (!stream) throw std::runtime_error("cannot read " + file);
+  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+ClassHeader readClassHeader(const std::string& file, const std::string& text) {
+  ClassHeader header{file, {}, {}};
+  const std::string visible = "__attribute__((visibility(\"default\")))";
+  for (std::size_t at = text.find(visible); at != std::string::npos; at = text.find(visible, at + 1)) {
+    const std::size_t line = text.rfind('\n', at) + 1;
+    std::istringstream after(text.substr(at + visible.size()));
+    std::string word;
+    after >> word;
+    if (text.compare(line, at - line, "class ") == 0) {
+      header.classes.push_back(word.substr(0, word.find(':')));
+    } else { // a function: what stands before its parameters
+      std::string function;
+      after >> function;
+      header.functions.push_back(function.substr(0, function.find('(')));
+    }
+  }
+  if (header.classes.empty() && header.functions.empty()) report(file, 1, "declares nothing that is exported");
+  return header;
+}
 
 // The line for an argument: the routine's own, else that of the routine it is like, and so on.
 const ArgumentLine* findLine(const std::map<std::string, const Routine*>& byName, const Routine& routine,
@@ -297,7 +331,13 @@ const ArgumentLine* findLine(const std::map<std::string, const Routine*>& byName
 
 Interface readInterface(const std::vector<std::string>& files) {
   Interface result;
-  for (const std::string& file : files) result.headers.push_back(readHeader(file, result.routines));
+  for (const std::string& file : files) {
+    const std::string text = textOf(file);
+    if (startsWith(text, "/** @file"))
+      result.headers.push_back(readHeader(file, text, result.routines));
+    else
+      result.classHeaders.push_back(readClassHeader(file, text));
+  }
   std::map<std::string, const Routine*> byName;
   for (const Routine& routine : result.routines)
     if (!byName.emplace(routine.name, &routine).second) report(routine.file, routine.line, routine.name + " twice");
@@ -408,7 +448,16 @@ void check(const Interface& interface) {
 void writeVersionScript(const Interface& interface) {
   std::cout << kVersion << " {\n  global:\n";
   for (const Routine& routine : interface.routines) std::cout << "    " << routine.name << ";\n";
-  std::cout << "  local:\n    *;\n};\n";
+  std::cout << "    extern \"C++\" {\n";
+  for (const ClassHeader& header : interface.classHeaders) {
+    for (const std::string& name : header.classes) {
+      std::cout << "      " << name << "::*;\n";
+      for (const char* part : {"typeinfo for ", "typeinfo name for ", "vtable for "})
+        std::cout << "      \"" << part << name << "\";\n";
+    }
+    for (const std::string& name : header.functions) std::cout << "      \"" << name << "()\";\n";
+  }
+  std::cout << "    };\n  local:\n    *;\n};\n";
 }
 
 // One initialiser of {name, result, {arguments}} for each routine, to be included into an array.
@@ -452,6 +501,27 @@ std::map<std::string, std::string> exportedSymbols(const std::string& library) {
   return symbols;
 }
 
+std::string demangle(const std::string& symbol) {
+  int status = 0;
+  char* const text = abi::__cxa_demangle(symbol.c_str(), nullptr, nullptr, &status);
+  const std::string result = status == 0 ? text : symbol;
+  std::free(text);
+  return result;
+}
+
+bool isPartOfClass(const std::string& symbol, const std::string& name) {
+  return startsWith(symbol, name + "::") || symbol == "typeinfo for " + name || symbol == "typeinfo name for " + name ||
+         symbol == "vtable for " + name;
+}
+
+// Takes the symbols that belong to a declaration out of the list; there must be one.
+template <class Belongs>
+void takeSymbols(std::map<std::string, std::string>& symbols, const std::string& file, const std::string& name,
+                 Belongs belongs) {
+  const std::size_t taken = std::erase_if(symbols, [&](const auto& symbol) { return belongs(symbol.first, name); });
+  if (taken == 0) report(file, 0, name + " is not exported");
+}
+
 void compareSymbols(const std::string& library, const Interface& interface) {
   std::map<std::string, std::string> symbols = exportedSymbols(library);
   for (const Routine& routine : interface.routines) {
@@ -463,7 +533,15 @@ void compareSymbols(const std::string& library, const Interface& interface) {
     if (found->second != kVersion) report(routine.file, routine.line, routine.name + " has version " + found->second);
     symbols.erase(found);
   }
-  for (const auto& [name, version] : symbols) report(library, 0, name + " is exported without declaration");
+  std::map<std::string, std::string> demangled;
+  for (const auto& [name, version] : symbols) demangled[demangle(name)] = version;
+  for (const ClassHeader& header : interface.classHeaders) {
+    for (const std::string& name : header.classes) takeSymbols(demangled, header.file, name, isPartOfClass);
+    for (const std::string& name : header.functions)
+      takeSymbols(demangled, header.file, name,
+                  [](const std::string& symbol, const std::string& function) { return symbol == function + "()"; });
+  }
+  for (const auto& [name, version] : demangled) report(library, 0, name + " is exported without declaration");
 }
 
 int run(const std::vector<std::string>& words) {

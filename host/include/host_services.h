@@ -80,6 +80,29 @@ SA_HOST_SERVICE void DXT_SETJOBSTATUS_XPL(const int32_t* status);
 SA_HOST_SERVICE void DMPC_TERMINATECOMM(const int32_t* code);
 
 /* ---------------------------------------------------------------------------------------------------------------------
+ * Model queries, any thread
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** An integer variable of the model.  Variable 1: whether the model is organised in part instances (1) or not (0). */
+SA_HOST_SERVICE int32_t DSM_VAR_GETI(const int32_t* variable);
+#define SA_HOST_VARIABLE_HAS_INSTANCES 1
+
+/** Instance name, padded with blanks, and element number in the instance of an internal element number.  The name comes back
+ *  blank when there is none for this element. */
+SA_HOST_SERVICE void INPM_GETPARTINFOI(const int32_t* internalElement, char* instance, int32_t* localElement,
+                                       int64_t instanceLength);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Counter blocks: the only data of the interface.  A host may lack them; then nothing is counted.  Counted by the main thread.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** Warnings: 1 problems of the solver at nodes, 2 at elements. */
+extern SA_HOST_SERVICE int32_t CWARN[] __attribute__((weak));
+
+/** Lines of the output: 17 warnings, 19 errors. */
+extern SA_HOST_SERVICE int32_t CLINES[] __attribute__((weak));
+
+/* ---------------------------------------------------------------------------------------------------------------------
  * Counted start and stop
  *
  * Each component counts its uses.  The first initialise starts it and raises the counter by one, the last finalise stops it
