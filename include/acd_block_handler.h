@@ -65,8 +65,8 @@ private:
   void endSource();
   void rejectSource(int32_t source, int32_t tag, const char* reason);
 
-  bool active_ = false, isOwner_;
   int32_t ownerRank_ = 0;
+  bool active_ = false, isOwner_;
   char* receiveBuffer_ = nullptr;
   int32_t receiveLength_ = 0; // capacity of the buffer, 0 when no block is awaited
   int32_t receiveValid_ = 0;  // bytes of the block in the buffer

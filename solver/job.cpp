@@ -14,6 +14,7 @@
 #include <cmath>
 #include <cstdio>
 #include <initializer_list>
+#include <memory>
 #include <omp.h>
 
 namespace sharedanalysis::solver {
@@ -108,11 +109,18 @@ private:
   double first_ = 0, error_ = 0, largest_ = 0;
 };
 
+constexpr const char *historyExtension = ".csv", *fieldsExtension = ".exo";
+
+std::filesystem::path resultFile(const Case& definition, const char* extension) {
+  return definition.outputDirectory / (definition.job + extension);
+}
+
 // The result files of a run that goes on.
 class Output {
 public:
   Output(const Case& definition, const Mesh& mesh, const std::vector<std::string>& info)
-      : history_(pathOf(definition, ".csv")), results_(pathOf(definition, ".exo"), mesh, definition, info) {}
+      : history_(resultFile(definition, historyExtension)),
+        results_(resultFile(definition, fieldsExtension), mesh, definition, info) {}
 
   void writeHistory(const Analysis& analysis) {
     check_.update(analysis.energies());
@@ -145,10 +153,6 @@ public:
   const HistoryFile& history() const { return history_; }
 
 private:
-  static std::filesystem::path pathOf(const Case& definition, const char* extension) {
-    return definition.outputDirectory / (definition.job + extension);
-  }
-
   EnergyCheck check_;
   HistoryFile history_;
   ResultsFile results_;
@@ -188,7 +192,8 @@ public:
   }
 
   ExitCode run() {
-    Analysis analysis(mesh_, definition_, threads_);
+    const std::unique_ptr<Analysis> model = makeAnalysis();
+    Analysis& analysis = *model;
     firstIncrement_ = analysis.progress().stableIncrement;
     description_ = describe(definition_, mesh_, threads_, firstIncrement_);
     for (const std::string& line : description_) terminal_.line(line);
@@ -215,10 +220,22 @@ private:
     return caseFile;
   }
 
+  // What is wrong between case and mesh is told with the names of both.
+  std::unique_ptr<Analysis> makeAnalysis() const {
+    try {
+      return std::make_unique<Analysis>(mesh_, definition_, threads_);
+    } catch (const InputError& error) {
+      throw InputError(definition_.file.string() + ", mesh " + definition_.meshFile.string() + ": " + error.what());
+    }
+  }
+
   void openFiles() {
     std::error_code error;
     std::filesystem::create_directories(definition_.outputDirectory, error);
-    if (error) throw WriteError(definition_.outputDirectory, error.message());
+    if (error) throw WriteError(definition_.outputDirectory, "the directory cannot be made: " + error.message());
+    // whatever fails from here on, no result of an earlier run passes for one of this run
+    for (const char* extension : {historyExtension, fieldsExtension})
+      PartialFile::removeEarlier(resultFile(definition_, extension));
     host::installSignalHandlers();
     host::openJob(definition_.job, definition_.outputDirectory);
     std::string banner(79, ' ');

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <fstream>
 #include <gmsh.h>
+#include <iterator>
 #include <limits>
 #include <numeric>
 
@@ -42,14 +43,28 @@ public:
   throw InputError(file.string() + ": " + text);
 }
 
+// A section ends with $End and its name.  In a file that is cut off within the last number Gmsh reads what is left of
+// the number.
+void checkEnd(const std::filesystem::path& file, std::istream& stream) {
+  constexpr std::streamoff longestEnd = 100;
+  stream.seekg(0, std::ios::end);
+  stream.seekg(-std::min<std::streamoff>(stream.tellg(), longestEnd), std::ios::end);
+  std::string end{std::istreambuf_iterator<char>(stream), {}};
+  end.erase(end.find_last_not_of(" \t\r\n") + 1);
+  const std::string last = end.substr(end.find_last_of('\n') + 1);
+  if (!last.starts_with("$End") && !last.starts_with("$END"))
+    fail(file, "is cut off, its last line is no end of a section ($End...)");
+}
+
 // Gmsh takes a file that does not look like one of its formats for a script and would run it.
 void checkFormat(const std::filesystem::path& file) {
   errno = 0;
-  std::ifstream stream(file);
+  std::ifstream stream(file, std::ios::binary);
   if (!stream) fail(file, std::string("cannot be opened: ") + std::strerror(errno));
   char first = 0;
   if (std::filesystem::is_directory(file) || !(stream >> first) || first != '$')
     fail(file, "is not a Gmsh mesh file (.msh), which begins with $MeshFormat");
+  checkEnd(file, stream);
 }
 
 void open(const std::filesystem::path& file) {
@@ -58,7 +73,8 @@ void open(const std::filesystem::path& file) {
   } catch (...) {
     std::string reason;
     gmsh::logger::getLastError(reason);
-    fail(file, "Gmsh cannot read this mesh" + (reason.empty() ? std::string() : ": " + reason));
+    fail(file,
+         "Gmsh cannot read this mesh, it is broken or not whole" + (reason.empty() ? std::string() : ": " + reason));
   }
 }
 

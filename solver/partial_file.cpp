@@ -7,8 +7,18 @@
 
 namespace sharedanalysis::solver {
 
-PartialFile::PartialFile(const std::filesystem::path& name) : name_(name), partial_(name.string() + ".partial") {
-  for (const auto& file : {name_, partial_}) {
+namespace {
+
+std::filesystem::path partialName(const std::filesystem::path& name) { return name.string() + ".partial"; }
+
+} // namespace
+
+PartialFile::PartialFile(const std::filesystem::path& name) : name_(name), partial_(partialName(name)) {
+  removeEarlier(name_);
+}
+
+void PartialFile::removeEarlier(const std::filesystem::path& name) {
+  for (const auto& file : {name, partialName(name)}) {
     std::error_code error;
     std::filesystem::remove(file, error);
     if (error) throw WriteError(file, "the older file cannot be removed: " + error.message());

@@ -18,6 +18,7 @@ class PartialFile {
 public:
   // Removes files of both names that an earlier run has left.
   explicit PartialFile(const std::filesystem::path& name);
+  static void removeEarlier(const std::filesystem::path& name);
 
   const std::filesystem::path& path() const { return partial_; }
   const std::filesystem::path& name() const { return name_; }

@@ -61,14 +61,16 @@ void Terminal::progress(const State& state) {
     if (!live_) return;
   }
   const double done = state.time / state.endTime;
-  const std::string text = padded(std::to_string(static_cast<int>(100 * done)), 3) + " %  time " +
-                           padded(shortNumber(state.time), 9) + " s  increment " + std::to_string(state.increment) +
-                           "  step " + shortNumber(state.stableIncrement) + " s  energy error " +
+  // a tenth that was met but for a rounding error counts as met
+  const int percent = static_cast<int>(100 * done + 1e-9);
+  const std::string text = padded(std::to_string(percent), 3) + " %  time " + padded(shortNumber(state.time), 9) +
+                           " s  increment " + std::to_string(state.increment) + "  step " +
+                           shortNumber(state.stableIncrement) + " s  energy error " +
                            shortNumber(100 * state.energyError) + " %";
   const std::string left = state.time > 0 && done < 1 ? "  " + timeLeft(state) + " left" : "";
   if (!live_) {
-    if (10 * done < nextTenth_) return;
-    nextTenth_ = static_cast<int>(10 * done) + 1;
+    if (percent < 10 * nextTenth_) return;
+    nextTenth_ = percent / 10 + 1;
     put(text + '\n');
     return;
   }

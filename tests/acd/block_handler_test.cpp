@@ -1,0 +1,295 @@
+// Records, blocks and their way to the owner.
+#include "acd.h"
+#include "acd_block_handler.h"
+#include "host_services.h"
+#include "received_blocks.h"
+#include "tests/support/random.h"
+#include "tests/support/recording_diagnostics.h"
+#include "tests/support/recording_host.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <thread>
+
+namespace {
+
+using namespace sharedanalysis::test;
+using Calls = std::vector<std::string>;
+
+std::string wordOf(double value) {
+  char bytes[sizeof value];
+  std::memcpy(bytes, &value, sizeof value);
+  return {bytes, sizeof value};
+}
+
+class BlockHandler : public testing::Test {
+protected:
+  void SetUp() override {
+    resetRecordingHost();
+    resetRecordingDiagnostics();
+    recordingDiagnostics().ranks = 2;
+  }
+  // What a rank does in a thread of its own, which has its own handler.
+  template <class Body>
+  static void onRank(int32_t rank, Body body) {
+    recordingDiagnostics().rank = rank;
+    std::thread(body).join();
+    recordingDiagnostics().rank = 0;
+  }
+  // What rank 1 has sent comes to rank 0.
+  static void deliver() {
+    for (const auto& message : recordingDiagnostics().sent) {
+      EXPECT_EQ(message.destination, 0);
+      EXPECT_EQ(message.type, 3);
+      EXPECT_EQ(message.tag, 0);
+      recordingDiagnostics().incoming[1].push_back(message.bytes);
+    }
+    recordingDiagnostics().sent.clear();
+  }
+  static Calls ownerCalls() {
+    onRank(0, [] {
+      acd_handler_setactive_xpl_c();
+      recordingDiagnostics().calls.clear();
+      acd_comm_blocks();
+    });
+    return recordingDiagnostics().calls;
+  }
+};
+
+const int32_t kInts[] = {7, -8, 9}, kNode[] = {1005}, kElement[] = {2077}, kNodes[] = {1001, 1002};
+const double kReals[] = {1.5, -2.5};
+
+TEST_F(BlockHandler, RecordsHaveTheirBytes) {
+  onRank(1, [] {
+    acd_block_handler& handler = thr_ThreadSingleton<acd_block_handler>::Instance();
+    EXPECT_EQ(&handler, &thr_ThreadSingleton<acd_block_handler>::Instance());
+    EXPECT_FALSE(handler.IsActive() || handler.IsOwner() || handler.IsCollecting());
+    const int32_t error = codes::Error, domain = 9;
+    ACD_HANDLER_SETACTIVE_XPL();
+    EXPECT_TRUE(handler.IsCollecting());
+    ACD_ERROR_XPL(&error, &domain, kInts, kReals, nullptr, kNode, nullptr, 0);
+    const char* const string[] = {"four"};
+    acd_warning_c(codes::Warning, nullptr, nullptr, string, nullptr, kElement, 0);
+    ASSERT_EQ(handler.GetNumBlocks(), 1);
+    // 2 reals, 3 integers, 1 node: 44 bytes after the length
+    const std::string first = word(44) + word(codes::Error) + word(0) + wordOf(1.5) + wordOf(-2.5) + word(1) + word(7) +
+                              word(-8) + word(9) + word(1005);
+    // 5 bytes of text are followed by 3 bytes of zero
+    const std::string second =
+        word(24) + word(codes::Warning) + word(0) + word(0) + word(2077) + std::string("four\0\0\0\0", 8);
+    EXPECT_EQ(std::string(handler.GetBlock(0), static_cast<std::size_t>(handler.GetBlockSize(0))), first + second);
+  });
+  EXPECT_EQ(recordingDiagnostics().calls, (Calls{"setErrorCode -2"})); // the extractor has heard nothing
+  EXPECT_EQ(CLINES[18], 1);
+}
+
+TEST_F(BlockHandler, TheOwnerFilesWhatOthersHaveCollected) {
+  onRank(1, [] {
+    acd_handler_setactive_xpl_c();
+    const char* const texts[] = {"", "a longer text"};
+    acd_error_c(codes::ErrorOfTexts, nullptr, nullptr, texts, nullptr, nullptr);
+    acd_error_xpl_c(codes::Error, 0, kInts, kReals, nullptr, kNode, nullptr);
+    acd_element_diagnostic_xpl_c(codes::Element, 0, nullptr, nullptr, nullptr, nullptr, kElement);
+    acd_contact_diagnostic_xpl_c(codes::Contact, 0, nullptr, kReals, nullptr, kNodes, nullptr);
+    const char* const string[] = {nullptr};
+    acd_warning_c(codes::Warning, nullptr, nullptr, string, nullptr, kElement, 1);
+    acd_comm_blocks();
+    acd_comm_blocks(); // the second time there is nothing but the terminator
+  });
+  ASSERT_EQ(recordingDiagnostics().sent.size(), 4u);
+  EXPECT_EQ(recordingDiagnostics().sent[0].bytes,
+            word(static_cast<int32_t>(recordingDiagnostics().sent[1].bytes.size())));
+  EXPECT_EQ(recordingDiagnostics().sent[2].bytes, word(-1));
+  EXPECT_EQ(recordingDiagnostics().sent[3].bytes, word(-1));
+  deliver();
+  acd_set_execode_xpl_c(1);
+  EXPECT_EQ(ownerCalls(), (Calls{"setErrorCode -2", "Xpl AddError 41000300 1 ( \"\" \"a longer text\" )",
+                                 "setErrorCode -2", "Xpl AddError 41000100 1 ( i7 i-8 i9 r1.5 r-2.5 nPART-1-1:1005 )",
+                                 "Xpl AddElementDiagnostic 2000400 1 ( ePART-1-1:2077 )",
+                                 "Xpl AddContactDiagnostic 3000500 1 ( r1.5 nPART-1-1:1001 nPART-1-1:1002 )",
+                                 "Xpl AddWarning 1000200 1 ( \"\" ePART-1-1:2077 )"}));
+  // printed as local ones are
+  EXPECT_EQ(recordingHost().lines.size(), 6u);
+  EXPECT_EQ(ownerCalls(), Calls());
+  EXPECT_TRUE(recordingDiagnostics().incoming[1].empty());
+}
+
+TEST_F(BlockHandler, InactiveHandlersDoNothing) {
+  onRank(1, [] {
+    acd_comm_blocks();
+    acd_error_c(codes::Error + 1, nullptr, nullptr, nullptr, nullptr, nullptr); // goes to the extractor of its process
+  });
+  EXPECT_TRUE(recordingDiagnostics().sent.empty());
+  EXPECT_EQ(recordingDiagnostics().calls.back(), "AddError 41000101 ( )");
+  recordingDiagnostics().incoming[1].push_back(word(-1));
+  onRank(0, [] { acd_comm_blocks(); });
+  EXPECT_EQ(recordingDiagnostics().incoming[1].size(), 1u);
+}
+
+TEST_F(BlockHandler, RandomDiagnosticsArriveAsTheyWere) {
+  Random random(1);
+  Calls expected;
+  onRank(1, [&] {
+    acd_handler_setactive_xpl_c();
+    for (int k = 0; k < 20000; ++k) {
+      // now and then a text that fills a block, or more than one
+      const auto text = [&] {
+        const int length = random.integer(0, 500) == 0 ? random.integer(200000, 400000) : random.integer(0, 40);
+        return std::string(static_cast<std::size_t>(length), static_cast<char>(random.integer(33, 126)));
+      };
+      const std::string texts[] = {text(), text()};
+      const char* const strings[] = {texts[0].c_str(), texts[1].c_str()};
+      acd_error_xpl_c(codes::ErrorOfTexts, 0, nullptr, nullptr, strings, nullptr, nullptr);
+      expected.push_back("setErrorCode -2");
+      expected.push_back("Xpl AddError 41000300 1 ( \"" + texts[0] + "\" \"" + texts[1] + "\" )");
+      const int32_t ints[] = {random.integer(-9, 9), random.integer(-1000000, 1000000), k};
+      acd_error_xpl_c(codes::Error, 0, ints, kReals, nullptr, kNode, nullptr);
+      expected.push_back("setErrorCode -2");
+      expected.push_back("Xpl AddError 41000100 1 ( i" + std::to_string(ints[0]) + " i" + std::to_string(ints[1]) +
+                         " i" + std::to_string(k) + " r1.5 r-2.5 nPART-1-1:1005 )");
+    }
+    acd_comm_blocks();
+  });
+  EXPECT_GT(recordingDiagnostics().sent.size(), 10u);
+  deliver();
+  EXPECT_EQ(ownerCalls(), expected);
+}
+
+TEST_F(BlockHandler, ConsolidationGathersTheThreadsOfAProcess) {
+  const auto report = [](int32_t number) {
+    const int32_t ints[] = {number, 0, 0};
+    acd_error_xpl_c(codes::Error, 0, ints, kReals, nullptr, kNode, nullptr);
+  };
+  const auto workerOf = [&](acd_block_handler& gatherer) {
+    std::thread([&] {
+      acd_handler_setactive_xpl_c();
+      report(2), report(3);
+      gatherer.Consolidate(thr_ThreadSingleton<acd_block_handler>::Instance());
+      EXPECT_EQ(thr_ThreadSingleton<acd_block_handler>::Instance().GetNumBlocks(), 0);
+    }).join();
+  };
+  onRank(1, [&] {
+    acd_handler_setactive_xpl_c();
+    report(1);
+    acd_block_handler& own = thr_ThreadSingleton<acd_block_handler>::Instance();
+    workerOf(own);
+    own.Consolidate(own); // keeps what it has
+    report(4);
+    acd_comm_blocks();
+  });
+  deliver();
+  const Calls calls = ownerCalls();
+  ASSERT_EQ(calls.size(), 8u);
+  for (int k = 1; k <= 4; ++k)
+    EXPECT_EQ(calls[2 * static_cast<std::size_t>(k) - 1].find("Xpl AddError 41000100 1 ( i" + std::to_string(k)), 0u);
+
+  // a gatherer that does not collect files at once, under its own rank
+  recordingDiagnostics().calls.clear();
+  onRank(1, [&] {
+    acd_block_handler& inactive = thr_ThreadSingleton<acd_block_handler>::Instance();
+    workerOf(inactive);
+  });
+  EXPECT_EQ(recordingDiagnostics().calls.back().find("Xpl AddError 41000100 1 ( i3"), 0u);
+}
+
+TEST_F(BlockHandler, LivesAsLongAsItsThread) {
+  acd_block_handler* own = nullptr;
+  onRank(1, [&] {
+    own = &thr_ThreadSingleton<acd_block_handler>::Instance();
+    std::thread([&] { EXPECT_NE(&thr_ThreadSingleton<acd_block_handler>::Instance(), own); }).join();
+    own->SetActive();
+    int32_t components = 0;
+    acd_initialize(&components);
+    acd_finalize(&components);
+    EXPECT_FALSE(thr_ThreadSingleton<acd_block_handler>::Instance().IsActive()); // another one
+  });
+}
+
+TEST_F(BlockHandler, ReceivedLengthsAreNotTrusted) {
+  const std::string sound = word(12) + word(codes::Error + 1) + word(0) + word(0);
+  const struct {
+    const char* what;
+    std::vector<std::string> messages;
+    std::size_t filed;
+    const char* reason; // null: ends in order
+  } cases[] = {
+      {"blocks and terminator", {word(16), sound, sound, word(-1)}, 2, nullptr},
+      {"a block that begins with -1 ends the source", {word(16), sound, word(-1) + sound}, 1, nullptr},
+      {"negative length", {word(-2), sound, word(-1)}, 0, "length of received"},
+      {"length of two bytes", {"ab", word(-1)}, 0, "length of received"},
+      {"block longer than announced", {word(8), sound, word(-1)}, 0, "longer than announced"},
+      {"empty block", {word(16), "", word(-1)}, 0, "longer than announced or empty"},
+      {"record longer than its block", {word(16), word(13) + sound.substr(4), word(-1)}, 0, "not inside its block"},
+      {"record without code", {word(16), word(8) + sound.substr(4), word(-1)}, 0, "not inside its block"},
+      {"negative record", {word(16), word(-16) + sound.substr(4), word(-1)}, 0, "not inside its block"},
+      {"cut record after a sound one", {word(32), sound + sound.substr(0, 9), word(-1)}, 1, "not inside its block"},
+      {"a length and two bytes", {word(32), sound + "ab", word(-1)}, 1, "not inside its block"},
+      {"unknown code", {word(16), word(12) + word(codes::Unknown) + word(0) + word(0), word(-1)}, 0, "does not agree"},
+      {"too short for its code",
+       {word(16), word(12) + word(codes::Error) + word(0) + word(0), word(-1)},
+       0,
+       "does not agree"},
+      {"text without end",
+       {word(24), word(20) + word(codes::ErrorOfTexts) + word(0) + word(0) + std::string("a\0bcdefg", 8), word(-1)},
+       0,
+       "does not agree"},
+      {"nothing comes", {}, 0, "could not be received"},
+      {"the block does not come", {word(16)}, 0, "could not be received"},
+  };
+  for (const auto& c : cases) {
+    recordingDiagnostics().incoming[1].assign(c.messages.begin(), c.messages.end());
+    const Calls calls = ownerCalls();
+    std::size_t filed = 0, reasons = 0;
+    for (const std::string& call : calls) {
+      filed += call.find("Xpl AddError") == 0;
+      reasons +=
+          call.find("Xpl AddInternalError") == 0 && c.reason != nullptr && call.find(c.reason) != std::string::npos;
+    }
+    EXPECT_EQ(filed, c.filed) << c.what;
+    EXPECT_EQ(reasons, c.reason != nullptr) << c.what << ": " << testing::PrintToString(calls);
+    EXPECT_TRUE(recordingDiagnostics().incoming[1].empty()) << c.what; // the next exchange begins afresh
+  }
+}
+
+TEST_F(BlockHandler, AnyBytesEndInOrder) {
+  Random random(5);
+  const std::string sound = word(12) + word(codes::Error + 1) + word(0) + word(0) + word(24) + word(codes::Warning) +
+                            word(0) + word(0) + word(2077) + std::string("four\0\0\0\0", 8);
+  onRank(0, [&] {
+    for (int round = 0; round < 20000; ++round) {
+      std::string bytes;
+      for (int message = random.integer(1, 4); message > 0; --message) {
+        std::string block = random.integer(0, 4) == 0 ? word(-1) : sound;
+        for (int faults = random.integer(0, 3); faults > 0; --faults)
+          block[static_cast<std::size_t>(random.integer(0, static_cast<int>(block.size()) - 1))] =
+              static_cast<char>(random.integer(-128, 127));
+        block.resize(block.size() - static_cast<std::size_t>(random.integer(0, 3) == 0 ? random.integer(0, 3) : 0));
+        bytes += static_cast<char>(random.integer(0, 1));
+        bytes += static_cast<char>(block.size());
+        bytes += '\0';
+        bytes += block;
+      }
+      receiveAnything(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
+      // what came is forgotten: a sound exchange after it arrives whole
+      recordingDiagnostics().calls.clear();
+      const std::string one = word(12) + word(codes::Error + 1) + word(0) + word(0);
+      recordingDiagnostics().incoming[1].assign({word(16), one, word(-1)});
+      acd_comm_blocks();
+      ASSERT_EQ(recordingDiagnostics().calls, (Calls{"setErrorCode -2", "Xpl AddError 41000101 1 ( )"})) << round;
+    }
+  });
+}
+
+TEST_F(BlockHandler, SendsThatFailAreToldToTheHost) {
+  recordingDiagnostics().failSends = true;
+  onRank(1, [] {
+    acd_handler_setactive_xpl_c();
+    acd_error_c(codes::Error + 1, nullptr, nullptr, nullptr, nullptr, nullptr);
+    acd_comm_blocks();
+  });
+  EXPECT_EQ(recordingDiagnostics().calls.back(), "Xpl AddInternalError Diagnostics could not be sent");
+}
+
+} // namespace

@@ -1,0 +1,291 @@
+// The diagnostic entries against a host that records every call.
+#include "acd.h"
+#include "acd_TypeClass.h"
+#include "dia_Codes.h"
+#include "host_services.h"
+#include "tests/support/recording_diagnostics.h"
+#include "tests/support/recording_host.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace {
+
+using namespace sharedanalysis::test;
+using Calls = std::vector<std::string>;
+
+class Diagnostics : public testing::Test {
+protected:
+  void SetUp() override {
+    resetRecordingHost();
+    resetRecordingDiagnostics();
+  }
+  static Calls callsOf(const std::function<void()>& call) {
+    recordingDiagnostics().calls.clear();
+    call();
+    return recordingDiagnostics().calls;
+  }
+  static Calls printed() {
+    Calls lines;
+    for (const RecordedLine& line : recordingHost().lines) {
+      EXPECT_EQ(line.unit, 7);
+      lines.push_back(line.text);
+    }
+    return lines;
+  }
+};
+
+const int32_t kInts[] = {7, -8, 9}, kNode[] = {1005}, kElement[] = {2077}, kNodes[] = {1001, 1002};
+const double kReals[] = {1.5, -2.5};
+const char* const kString[] = {" L12"};
+
+TEST_F(Diagnostics, CourseAndSettingsReachTheExtractors) {
+  const int32_t three = 3, zero = 0, minusOne = -1;
+  const double step = 0.25;
+  char name[12] = {'S', 't', 'e', 'p', '-', '1', ' ', ' ', ' ', ' ', ' ', ' '};
+  const struct {
+    Calls expected;
+    std::function<void()> lower, upper;
+  } cases[] = {
+      {{"BeginStep 3 Step-1 0 1 0"},
+       [] { acd_begin_step_c(3, "Step-1", 0, -4, 0); },
+       [&] { ACD_BEGIN_STEP(&three, name, &zero, &minusOne, &zero, sizeof name); }},
+      {{"Xpl BeginStep 3 Step-1 0"},
+       [] { acd_begin_step_xpl_c(3, "Step-1", 0); },
+       [&] { ACD_BEGIN_STEP_XPL(&three, name, &zero, sizeof name); }},
+      {{"EndStep", "Xpl EndStep"},
+       [] { acd_end_step_c(), acd_end_step_xpl_c(); },
+       [] { ACD_END_STEP(), ACD_END_STEP_XPL(); }},
+      {{"Xpl BeginIncrement 3 0.25", "Xpl EndIncrement 0.25 1"},
+       [] { acd_begin_increment_xpl_c(3, 0.25), acd_end_increment_xpl_c(0.25, -1); },
+       [&] { ACD_BEGIN_INCREMENT_XPL(&three, &step), ACD_END_INCREMENT_XPL(&step, &minusOne); }},
+      {{"BeginContactIteration", "EndContactIteration"},
+       [] { acd_begin_contact_iteration_c(), acd_end_contact_iteration_c(); },
+       [] { ACD_BEGIN_CONTACT_ITERATION(), ACD_END_CONTACT_ITERATION(); }},
+      {{"SetIterationConverged 1", "SetContactIterationConverged 0", "SetAttemptNeedsReordering 1"},
+       [] { acd_set_iter_converged_c(3), acd_set_contiter_converged_c(0), acd_set_attm_needsreordering_c(3); },
+       [&] {
+         ACD_SET_ITER_CONVERGED(&three), ACD_SET_CONTITER_CONVERGED(&zero), ACD_SET_ATTM_NEEDSREORDERING(&three);
+       }},
+      {{"SetIterationSevereDiscontinuity 1", "SetIterationPenetrationToleranceExceeded 1",
+        "SetIterationSeparationToleranceTooLarge 0"},
+       [] { acd_set_iter_severediscont_c(1), acd_set_iter_pentolexceeded_c(1), acd_set_iter_septoltoolarge_c(0); },
+       [&] {
+         ACD_SET_ITER_SEVEREDISCONT(&three), ACD_SET_ITER_PENTOLEXCEEDED(&three), ACD_SET_ITER_SEPTOLTOOLARGE(&zero);
+       }},
+      {{"SetRenumbered 1", "Xpl SetRenumbered 0", "SetDdbName Step-1", "Xpl SetDdbName Step-1"},
+       [] {
+         acd_set_renumbered_c(1), acd_set_renumbered_xpl_c(0);
+         acd_set_ddbname_c("Step-1"), acd_set_ddbname_xpl_c("Step-1");
+       },
+       [&] {
+         ACD_SET_RENUMBERED(&three), ACD_SET_RENUMBERED_XPL(&zero);
+         ACD_SET_DDBNAME(name, sizeof name), ACD_SET_DDBNAME_XPL(name, sizeof name);
+       }},
+      {{"Xpl SetNumDomains 3", "Xpl SetXplDoublePrecision 1", "SetStepStabilizeFactor 0.25", "Xpl SetValid 1"},
+       [] {
+         acd_set_numdomains_xpl_c(3), acd_set_precision_xpl_c(1), acd_set_step_stabilizefactor_c(0.25);
+         acd_set_valid_xpl_c();
+       },
+       [&] {
+         ACD_SET_NUMDOMAINS_XPL(&three), ACD_SET_PRECISION_XPL(&three), ACD_SET_STEP_STABILIZEFACTOR(&step);
+         ACD_SET_VALID_XPL();
+       }},
+      {{"Enable", "Xpl Enable", "Disable", "Xpl Disable"},
+       [] { acd_enable_c(), acd_enable_xpl_c(), acd_disable_c(), acd_disable_xpl_c(); },
+       [] { ACD_ENABLE(), ACD_ENABLE_XPL(), ACD_DISABLE(), ACD_DISABLE_XPL(); }},
+      {{"AddResidualDiagnostic 3 0 ( r1 r2 r3 r4 )", "AddCompatibilityDiagnostic 3 ( r1 r2 )"},
+       [] {
+         const double r[] = {1, 2, 3, 4};
+         acd_residual_diagnostic_c(3, 0, r), acd_compatibility_diagnostic_c(3, r);
+       },
+       [&] {
+         const double r[] = {1, 2, 3, 4};
+         ACD_RESIDUAL_DIAGNOSTIC(&three, &zero, r), ACD_COMPATIBILITY_DIAGNOSTIC(&three, r);
+       }},
+      {{"Xpl SetActiveXplStatus 1 9"},
+       [] {
+         const int32_t a[] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+         acd_activestatus_xpl_c(a);
+       },
+       [] {
+         const int32_t a[] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+         ACD_ACTIVESTATUS_XPL(a);
+       }},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(callsOf(c.lower), c.expected);
+    EXPECT_EQ(callsOf(c.upper), c.expected);
+  }
+  EXPECT_EQ(acd_get_numerrors_xpl_c() * 10000 + ACD_GET_NUMWARNINGS_XPL() * 100 + acd_get_numelemdiagnostics_xpl_c(),
+            111213);
+  // a name keeps its first 1024 characters
+  EXPECT_EQ(callsOf([] { acd_set_ddbname_c(std::string(3000, 'x').c_str()); })[0].size(), 11 + 1024u);
+}
+
+TEST_F(Diagnostics, TwinsOfTheImplicitSolverMarkTheResourceMonitor) {
+  const int32_t one = 1, two = 2;
+  const double time = 0.5;
+  EXPECT_EQ(callsOf([&] { ACD_BEGIN_INCREMENT(&one, &time), ACD_BEGIN_ATTEMPT(&time), ACD_BEGIN_ITERATION(); }),
+            (Calls{"Mark Increment-Start", "BeginIncrement 1 0.5", "Mark Attempt-Start", "BeginAttempt 0.5",
+                   "Mark Iteration-Start", "BeginIteration"}));
+  EXPECT_EQ(callsOf([&] { ACD_END_ITERATION(), ACD_END_ATTEMPT(), ACD_END_INCREMENT(&time, &two); }),
+            (Calls{"Mark Iteration-End", "EndIteration", "Mark Attempt-End", "EndAttempt", "Mark Diagnostics-Start",
+                   "EndIncrement 0.5 1", "Mark Diagnostics-End", "Mark Increment-End"}));
+  EXPECT_EQ(callsOf([] {
+              acd_begin_increment_c(1, 0.5), acd_begin_attempt_c(0.5), acd_begin_iteration_c();
+              acd_end_iteration_c(), acd_end_attempt_c(), acd_end_increment_c(0.5, 0), acd_end_increment_c(0.5, -1);
+            }),
+            (Calls{"BeginIncrement 1 0.5", "BeginAttempt 0.5", "BeginIteration", "EndIteration", "EndAttempt",
+                   "EndIncrement 0.5 0", "EndIncrement 0.5 0"}));
+}
+
+TEST_F(Diagnostics, StepAttributesAreBroughtIntoRange) {
+  EXPECT_EQ(callsOf([] { acd_set_step_attributes_c(0, 2, 0, 0, -1, 5, 1, 2, 3, 4, 100, 0.5); }),
+            (Calls{"SetStepIncrementationControls 2 1 2 3 4 100", "SetStepSolver 0", "SetStepExtrapolation 1",
+                   "SetStepCharacteristicElementLength 0.5"}));
+  EXPECT_EQ(callsOf([] { acd_set_step_attributes_c(1, 1, 1, 1, 2, 1, 1, 2, 3, 4, 100, 0.5); }),
+            (Calls{"SetStepIncrementationControls 1 1 2 3 4 100", "SetStepSolver 1", "SetStepExtrapolation 2",
+                   "SetStepCharacteristicElementLength 0.5", "SetStepUnsymm", "SetStepNlgeom"}));
+  // the twin makes flags of the first four
+  const int32_t none = 0, seven = 7, n = 100;
+  const double r[] = {1, 2, 3, 4, 0.5};
+  EXPECT_EQ(callsOf([&] {
+              ACD_SET_STEP_ATTRIBUTES(&none, &seven, &none, &none, &none, &none, &r[0], &r[1], &r[2], &r[3], &n, &r[4]);
+            })[0],
+            "SetStepIncrementationControls 3 1 2 3 4 100");
+}
+
+TEST_F(Diagnostics, ValuesAreStoredAsTheMetadataCountThem) {
+  const auto error = [] { acd_error_c(codes::Error, kInts, kReals, nullptr, kNode, nullptr); };
+  const auto warning = [] { acd_warning_xpl_c(codes::Warning, 4, nullptr, nullptr, kString, nullptr, kElement); };
+  EXPECT_EQ(callsOf(error), (Calls{"setErrorCode -2", "AddError 41000100 ( i7 i-8 i9 r1.5 r-2.5 nPART-1-1:1005 )"}));
+  EXPECT_EQ(callsOf(warning), (Calls{"Xpl AddWarning 1000200 4 ( \"< L12>\" ePART-1-1:2077 )"}));
+  recordingDiagnostics().inParts = true;
+  EXPECT_EQ(callsOf(error)[1], "AddError 41000100 ( i7 i-8 i9 r1.5 r-2.5 nINST:5 )");
+  EXPECT_EQ(callsOf(warning)[0], "Xpl AddWarning 1000200 4 ( \"< L12>\" eINST:77 )");
+  EXPECT_EQ(callsOf([] {
+              acd_element_diagnostic_c(codes::Element, nullptr, nullptr, nullptr, nullptr, kElement, 0);
+              acd_contact_diagnostic_xpl_c(codes::Contact, 1, nullptr, kReals, nullptr, kNodes, nullptr);
+            }),
+            (Calls{"AddElementDiagnostic 2000400 ( eINST:77 )",
+                   "Xpl AddContactDiagnostic 3000500 1 ( r1.5 nINST:1 nINST:2 )"}));
+  // twins bring texts of fixed length, trailing blanks removed
+  const char texts[] = "first     second one";
+  const int32_t code = codes::ErrorOfTexts;
+  EXPECT_EQ(callsOf([&] { ACD_ERROR(&code, nullptr, nullptr, texts, nullptr, nullptr, 10); })[1],
+            "AddError 41000300 ( \"first\" \"second one\" )");
+  EXPECT_TRUE(recordingHost().lines.empty()); // nothing is printed without execution code
+  EXPECT_TRUE(recordingHost().statuses.empty());
+}
+
+TEST_F(Diagnostics, StatusRecordsNameTheNode) {
+  const double r[] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+  const int32_t status = 5, node = 1003;
+  EXPECT_EQ(callsOf([&] { ACD_STATUS_XPL(&status, &node, r); })[0], "Xpl AddXplStatus 5 1003 PART-1-1 1 9");
+  recordingDiagnostics().inParts = true;
+  EXPECT_EQ(callsOf([&] { acd_status_xpl_c(5, 1003, r); })[0], "Xpl AddXplStatus 5 3 INST 1 9");
+}
+
+TEST_F(Diagnostics, CodesOfTheWrongKindBecomeInternalErrors) {
+  const auto none = [](auto entry, auto... more) { entry(more..., nullptr, nullptr, nullptr, nullptr, nullptr); };
+  const int32_t unknown = codes::Unknown, error = codes::Error, one = 1;
+  const struct {
+    std::string solver, text;
+    std::function<void()> call;
+  } cases[] = {
+      {"", "Invalid error code in call to acd_error", [&] { none(acd_error_c, codes::Warning); }},
+      {"", "Invalid error code in call to acd_error",
+       [&] { ACD_ERROR(&unknown, nullptr, nullptr, nullptr, nullptr, nullptr, 8); }},
+      {"", "Invalid warning code in call to acd_warning",
+       [&] { ACD_WARNING(&error, nullptr, nullptr, nullptr, nullptr, nullptr, &one, 8); }},
+      {"", "Invalid code in call to acd_element_diagnostic",
+       [] { acd_element_diagnostic_c(codes::Contact, nullptr, nullptr, nullptr, nullptr, nullptr, 1); }},
+      {"", "Invalid code in call to acd_contact_diagnostic",
+       [] { acd_contact_diagnostic_c(codes::Element, nullptr, nullptr, nullptr, nullptr, nullptr, 1); }},
+      {"Xpl ", "Invalid code in call to acd_error_xpl", [&] { none(acd_error_xpl_c, codes::Warning, 0); }},
+      {"Xpl ", "Invalid code in call to acd_warning_xpl", [&] { none(acd_warning_xpl_c, codes::Error, 0); }},
+      {"Xpl ", "Invalid code in call to acd_element_diagnostic_xpl",
+       [&] { none(acd_element_diagnostic_xpl_c, codes::Unknown, 0); }},
+      {"Xpl ", "Invalid code in call to acd_contact_diagnostic_xpl",
+       [&] { none(acd_contact_diagnostic_xpl_c, codes::Error, 0); }},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(callsOf(c.call), (Calls{"setErrorCode -2", c.solver + "AddInternalError " + c.text}));
+  EXPECT_TRUE(acd_PublicTypeCodeUtils::IsError(codes::Error, acd_TypeClass::General));
+  EXPECT_FALSE(acd_PublicTypeCodeUtils::IsError(codes::Error, acd_TypeClass::Contact));
+  EXPECT_FALSE(acd_PublicTypeCodeUtils::IsError(codes::Warning, acd_TypeClass::General));
+}
+
+TEST_F(Diagnostics, PrintedWhileTheExecutionCodeIsOne) {
+  acd_set_execode_c(1);
+  acd_error_c(codes::Error, kInts, kReals, nullptr, kNode, nullptr);
+  EXPECT_EQ(printed(), (Calls{" ", "***ERROR: ERROR 7 OF -8"}));
+  EXPECT_EQ(CLINES[18], 1);
+  ASSERT_EQ(recordingHost().statuses.size(), 1u);
+  EXPECT_EQ(recordingHost().statuses[0].service + "|" + recordingHost().statuses[0].type + "|" +
+                recordingHost().statuses[0].text + "|" + recordingHost().statuses[0].firstString,
+            "ipm_message_c|Error|message=%s|Error 7 of -8");
+  EXPECT_EQ(recordingHost().calls, (Calls{"LFC_XUT_XPLMSGFLUSH 7"}));
+
+  recordingHost().lines.clear();
+  const std::string text(" " + std::string(60, 'a') + " " + std::string(30, 'b'));
+  const char* const strings[] = {text.c_str()};
+  acd_warning_c(codes::Warning, nullptr, nullptr, strings, nullptr, kElement, 1);
+  // the warning header with its blank is one longer than the writer's
+  EXPECT_EQ(printed(), (Calls{" ", "***WARNING: BEWARE OF  ", "            " + std::string(60, 'A') + " ",
+                              "            " + std::string(30, 'B')}));
+  EXPECT_EQ(CLINES[16], 1);
+  EXPECT_EQ(recordingHost().statuses.size(), 2u);
+
+  // without the print flag the status channel still hears of it
+  recordingHost().lines.clear();
+  acd_warning_c(codes::Warning, nullptr, nullptr, strings, nullptr, kElement, 0);
+  EXPECT_TRUE(recordingHost().lines.empty());
+  EXPECT_EQ(recordingHost().statuses.size(), 3u);
+  // each solver has its own execution code
+  acd_error_xpl_c(codes::Error, 0, kInts, kReals, nullptr, kNode, nullptr);
+  EXPECT_TRUE(recordingHost().lines.empty());
+  // the code names its variation
+  acd_error_c(codes::Error + 1, nullptr, nullptr, nullptr, nullptr, nullptr);
+  EXPECT_EQ(printed(), (Calls{" ", "***ERROR: VARIATION ONE"}));
+}
+
+TEST_F(Diagnostics, InternalErrorsAreRecordedAndPrinted) {
+  const char message[] = "broken   ";
+  EXPECT_EQ(callsOf([&] { ACD_ERROR_INTERNAL(message, 9), acd_error_internal_xpl_c("Broken"); }),
+            (Calls{"setErrorCode -2", "AddInternalError broken", "setErrorCode -2", "Xpl AddInternalError Broken"}));
+  EXPECT_TRUE(recordingHost().lines.empty());
+  acd_set_execode_xpl_c(1);
+  ACD_ERROR_INTERNAL_XPL(message, 9);
+  EXPECT_EQ(printed(), (Calls{"***ERROR: AN INTERNAL ERROR HAS OCCURRED"}));
+  ASSERT_EQ(recordingHost().statuses.size(), 1u);
+  EXPECT_EQ(recordingHost().statuses[0].firstString, "An internal error has occurred");
+}
+
+TEST_F(Diagnostics, CutbackNotesAreBrokenAtTheLastBlankThatFits) {
+  acd_cutback_diagnostic_c(2, 0);
+  EXPECT_TRUE(recordingHost().lines.empty());
+  const int32_t two = 2, one = 1, three = 3;
+  ACD_CUTBACK_DIAGNOSTIC(&two, &one);
+  EXPECT_EQ(printed(), (Calls{" ", "***NOTE: THE SOLUTION APPEARS TO BE DIVERGING. CONVERGENCE IS JUDGED UNLIKELY."}));
+  recordingHost().lines.clear();
+  ACD_CUTBACK_DIAGNOSTIC(&three, &one);
+  EXPECT_EQ(printed(), (Calls{" ", "***NOTE: THE SOLUTION FAILS TO CONVERGE IN THE MAXIMUM NUMBER OF EQUILIBRIUM ",
+                              "         ITERATIONS ALLOWED."}));
+  EXPECT_EQ(recordingDiagnostics().calls,
+            (Calls{"AddCutbackDiagnostic 2", "AddCutbackDiagnostic 2", "AddCutbackDiagnostic 3"}));
+}
+
+TEST_F(Diagnostics, CountersOfTheHostAndPrintedLines) {
+  ACD_INC_KNPSOL(), ACD_INC_KNPSOL(), ACD_INC_KNESOL(), ACD_INC_KWARN();
+  EXPECT_EQ(CWARN[0], 2);
+  EXPECT_EQ(CWARN[1], 1);
+  EXPECT_EQ(CLINES[16], 1);
+  acd_write(7, "a line"), acd_write(7, ""), acd_flush(7);
+  EXPECT_EQ(printed(), (Calls{"a line", " "}));
+  EXPECT_EQ(recordingHost().calls, (Calls{"LFC_XUT_XPLMSGFLUSH 7"}));
+}
+
+} // namespace

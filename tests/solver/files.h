@@ -1,0 +1,146 @@
+// Files of the tests: a directory of its own for each test, meshes as text, and a case that others are made from.
+#pragma once
+
+#include "models.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+
+namespace sharedanalysis::test {
+
+// The working directory of one test, empty at first and gone with the test.
+class WorkingDirectory {
+public:
+  WorkingDirectory() : before_(std::filesystem::current_path()) {
+    std::string pattern = (std::filesystem::temp_directory_path() / "solver_test_XXXXXX").string();
+    if (!mkdtemp(pattern.data())) throw std::runtime_error("no temporary directory");
+    path_ = pattern;
+    std::filesystem::current_path(path_);
+  }
+  ~WorkingDirectory() {
+    std::error_code ignored;
+    std::filesystem::current_path(before_, ignored);
+    std::filesystem::remove_all(path_, ignored);
+  }
+  WorkingDirectory(const WorkingDirectory&) = delete;
+  WorkingDirectory& operator=(const WorkingDirectory&) = delete;
+
+private:
+  std::filesystem::path before_, path_;
+};
+
+inline void writeFile(const std::filesystem::path& file, const std::string& text) {
+  std::ofstream stream(file, std::ios::binary);
+  stream << text;
+  stream.close();
+  if (!stream) throw std::runtime_error("cannot write " + file.string());
+}
+
+inline std::string readFile(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream) throw std::runtime_error("cannot read " + file.string());
+  std::ostringstream text;
+  text << stream.rdbuf();
+  return text.str();
+}
+
+// Names of the files in a directory.
+inline std::set<std::string> filesIn(const std::filesystem::path& directory) {
+  std::set<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(directory)) names.insert(entry.path().filename());
+  return names;
+}
+
+// The first `from` in a text becomes `to`; it must be there.
+inline std::string replaced(std::string text, const std::string& from, const std::string& to) {
+  const std::size_t at = text.find(from);
+  if (at == std::string::npos) throw std::invalid_argument("nothing to replace: " + from);
+  return text.replace(at, from.size(), to);
+}
+
+// A mesh in Gmsh's text format 2.2: a quadrilateral for each brick face whose corners are all in a group of faces, and
+// the bricks, each in the one volume group that has it.
+inline std::string meshText(const solver::Mesh& mesh) {
+  static constexpr int faces[6][4] = {{0, 1, 2, 3}, {4, 5, 6, 7}, {0, 1, 5, 4},
+                                      {1, 2, 6, 5}, {2, 3, 7, 6}, {3, 0, 4, 7}};
+  std::ostringstream names, elements;
+  int64_t count = 0, faceNumber = mesh.elementNumbers.back();
+  const auto element = [&](int64_t number, int type, std::size_t group, int32_t brick, auto corners) {
+    ++count;
+    elements << number << ' ' << type << " 2 " << group + 1 << ' ' << group + 1;
+    for (int corner : corners)
+      elements << ' ' << mesh.nodeNumbers[static_cast<std::size_t>(mesh.connectivity[8 * brick + corner])];
+    elements << '\n';
+  };
+  for (std::size_t g = 0; g < mesh.groups.size(); ++g) {
+    const solver::Group& group = mesh.groups[g];
+    names << group.dimension << ' ' << g + 1 << " \"" << group.name << "\"\n";
+    for (int32_t brick : group.elements)
+      element(mesh.elementNumbers[static_cast<std::size_t>(brick)], 5, g, brick, std::array{0, 1, 2, 3, 4, 5, 6, 7});
+    if (group.dimension != 2) continue;
+    const std::set<int32_t> nodes(group.nodes.begin(), group.nodes.end());
+    for (int32_t brick = 0; brick < mesh.elements(); ++brick)
+      for (const auto& face : faces) {
+        bool inside = true;
+        for (int corner : face) inside = inside && nodes.contains(mesh.connectivity[8 * brick + corner]);
+        if (inside) element(++faceNumber, 3, g, brick, std::to_array(face));
+      }
+  }
+  std::ostringstream text;
+  text.precision(17);
+  text << "$MeshFormat\n2.2 0 8\n$EndMeshFormat\n$PhysicalNames\n" << mesh.groups.size() << '\n' << names.str();
+  text << "$EndPhysicalNames\n$Nodes\n" << mesh.nodes() << '\n';
+  for (std::size_t i = 0; i < mesh.nodeNumbers.size(); ++i)
+    text << mesh.nodeNumbers[i] << ' ' << mesh.coordinates[3 * i] << ' ' << mesh.coordinates[3 * i + 1] << ' '
+         << mesh.coordinates[3 * i + 2] << '\n';
+  text << "$EndNodes\n$Elements\n" << count << '\n' << elements.str() << "$EndElements\n";
+  return text.str();
+}
+
+// A box as above, with numbers that are not counted from 1 and "lower" and "upper" halves in place of "all".
+inline solver::Mesh numberedBox(std::array<int, 3> bricks, std::array<double, 3> size) {
+  solver::Mesh mesh = box(bricks, size);
+  for (int64_t& number : mesh.nodeNumbers) number = 7 + 10 * number;
+  for (int64_t& number : mesh.elementNumbers) number = 100 + 3 * number;
+  solver::Group lower{"lower", 3, {}, {}}, upper{"upper", 3, {}, {}};
+  for (int32_t e = 0; e < mesh.elements(); ++e) (2 * e < mesh.elements() ? lower : upper).elements.push_back(e);
+  std::erase_if(mesh.groups, [](const solver::Group& group) { return group.name == "all" || group.name == "surface"; });
+  mesh.groups.push_back(lower);
+  mesh.groups.push_back(upper);
+  return mesh;
+}
+
+// A bar that stands on its fixed foot and is thrown downwards; box.msh stands beside the case.
+constexpr const char* barCase = R"(mesh = "box.msh"
+
+[[material]]
+name = "rubber"
+density = 1000
+C10 = 1e6
+D1 = 1e-7
+
+[[section]]
+group = "lower"
+material = "rubber"
+
+[[section]]
+group = "upper"
+material = "rubber"
+
+[[fix]]
+group = "z0"
+components = ["x", "y", "z"]
+
+[[initial_velocity]]
+velocity = [0, 0, -1]
+
+[control]
+end_time = 0.05
+)";
+
+} // namespace sharedanalysis::test

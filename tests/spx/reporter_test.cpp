@@ -1,0 +1,110 @@
+// The work-in-progress reporter against a host that records.
+#include "spx_WipReporter.h"
+#include "tests/support/recording_host.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace sharedanalysis::test;
+
+struct Stream : aio_ostream {
+  std::string text;
+  void write(std::string_view piece) override { text += piece; }
+};
+
+class Reporter : public testing::Test {
+protected:
+  void SetUp() override { resetRecordingHost(); }
+  // Messages of the message file, their lines joined: header and text.
+  static std::vector<std::string> messages() {
+    std::vector<std::string> result;
+    for (const RecordedLine& line : recordingHost().lines) {
+      EXPECT_EQ(line.unit, -6);
+      if (line.text == " ") continue;
+      if (line.text.starts_with("***"))
+        result.push_back(line.text);
+      else
+        result.back() += line.text.substr(line.text.find_first_not_of(' '));
+    }
+    recordingHost().lines.clear();
+    return result;
+  }
+  static std::string thrown(const auto& call) {
+    try {
+      call();
+    } catch (const aio_TextException& error) {
+      EXPECT_STREQ(error.file(), "spx_WipReporter");
+      EXPECT_GT(error.line(), 0);
+      return error.what();
+    }
+    return "nothing";
+  }
+
+  Stream stream_;
+  spx_WipReporter reporter_{stream_};
+};
+
+using Messages = std::vector<std::string>;
+const std::string kCutError = "***WARNING: Error message is too long. It has been truncated.";
+
+TEST_F(Reporter, LongTextsAreCutAtTheirLastBlank) {
+  const std::string words = std::string(400, 'a') + " " + std::string(73, 'b') + " "; // 475 characters
+  reporter_.Error(words.substr(0, 474) + "c", 1);
+  Messages written = messages();
+  ASSERT_EQ(written.size(), 1u);
+  EXPECT_EQ(written[0].back(), 'c');
+  reporter_.Error(words + "c", 0);
+  written = messages();
+  ASSERT_EQ(written.size(), 2u);
+  EXPECT_EQ(written[0].substr(written[0].size() - 73), std::string(73, 'b'));
+  EXPECT_EQ(written[1], kCutError);
+  reporter_.Warning(std::string(600, 'x'));
+  written = messages();
+  ASSERT_EQ(written.size(), 2u);
+  EXPECT_EQ(written[0], "***WARNING: " + std::string(475, 'x'));
+  EXPECT_EQ(written[1], "***WARNING: Warning message is too long. It has been truncated.");
+}
+
+TEST_F(Reporter, ModesDecideWhetherAnErrorIsWrittenOrRaised) {
+  for (int mode : {0, 1, 2}) EXPECT_EQ(thrown([&] { reporter_.Error("one", mode); }), "nothing");
+  EXPECT_EQ(messages(), (Messages{"***ERROR: one", "***ERROR: one", "***ERROR: one"}));
+  EXPECT_EQ(recordingHost().statuses.size(), 3u);
+  EXPECT_EQ(thrown([&] { reporter_.Error(std::string(500, 'y'), 3); }), std::string(475, 'y'));
+
+  const std::vector<std::string> texts{"one", "two"};
+  const std::string multiple = "Multiple error messages.";
+  EXPECT_EQ(thrown([&] { reporter_.Errors(texts, 1); }), "nothing");
+  EXPECT_EQ(messages(), (Messages{"***ERROR: one", "***ERROR: two"}));
+  EXPECT_EQ(thrown([&] { reporter_.Errors(texts, 0); }), multiple);
+  EXPECT_EQ(messages(), (Messages{"***ERROR: one", "***ERROR: two"}));
+  EXPECT_EQ(thrown([&] { reporter_.Errors(texts, 2); }), multiple);
+  EXPECT_EQ(thrown([&] { reporter_.Errors(texts, 7); }), "one");
+  EXPECT_EQ(thrown([&] { reporter_.Errors({}, 7); }), multiple);
+  EXPECT_EQ(messages(), Messages());
+}
+
+TEST_F(Reporter, TextsAreNoTemplates) {
+  reporter_.Error("100 %I of %S", 0);
+  reporter_.Warnings({"50 %", "%R"});
+  reporter_.Note("%%");
+  EXPECT_EQ(messages(), (Messages{"***ERROR: 100 %I of %S", "***WARNING: 50 %", "***WARNING: %R", "***NOTE: %%"}));
+  // notes do not reach the status channel
+  ASSERT_EQ(recordingHost().statuses.size(), 3u);
+  EXPECT_EQ(recordingHost().statuses[0].firstString.find("***"), std::string::npos);
+}
+
+TEST_F(Reporter, OperationsOfInteractiveProgramsAreAssertions) {
+  EXPECT_EQ(thrown([&] { reporter_.Verbose(""); }), "\"Verbose is unimplemented\" == 0");
+  EXPECT_EQ(thrown([&] { reporter_.Display(""); }), "\"Display is unimplemented\" == 0");
+  EXPECT_EQ(thrown([&] { reporter_.Interrupted(); }), "\"Interrupted is unimplemented\" == 0");
+  EXPECT_EQ(thrown([&] { reporter_.CommandDone(); }), "\"CommandDone is unimplemented\" == 0");
+  EXPECT_THROW(reporter_.Display(""), aio_AssertionException);
+  wip_WipReporter& base = reporter_;
+  base.BeginPhase("p"), base.EndPhase("p"), base.Milestone("m", 1, 2), base.Progress(0.5);
+  base.FacilityMessage("solver", "started");
+  EXPECT_EQ(stream_.text, "solver: started\n");
+  EXPECT_EQ(messages(), Messages());
+}
+
+} // namespace
