@@ -57,4 +57,32 @@ SA_KERNEL(GLO_OPE_HASSEM,
   scatter<Add>(0, *m, *K, MappedTwice{map, map2}, G2, Column{*ld}, Local{L + *n, Column{*n}});
 }
 
+// ---- parts of records
+
+// components first + 1 to first + count
+#define SA_ASSEMBLE_PART(name, argument, first, count)                                                                 \
+  SA_KERNEL(name,                                                                                                      \
+            (const int32_t* nblock, argument, const int32_t* ld, SA_UNREAD unused, double* G, const double* L,         \
+             const int32_t* map),                                                                                      \
+            (nblock, comp, ld, unused, G, L, map)) {                                                                   \
+    scatter<Add>(0, *nblock, count, Mapped{map}, G + (first), Record{*ld}, Local{L, Column{*nblock}});                 \
+  }
+SA_ASSEMBLE_PART(GLO_OPE_GENASSEM1, const int32_t* comp, *comp - 1, 1)
+SA_ASSEMBLE_PART(GLO_OPE_GENASSEM2, SA_UNREAD comp, 0, 2)
+SA_ASSEMBLE_PART(GLO_OPE_GENASSEMACOINF, SA_UNREAD comp, *ld - 1, 1)
+
+SA_KERNEL(GLO_OPE_GENASSEMINT,
+          (const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, SA_UNREAD unused, int32_t* G,
+           const int32_t* L, const int32_t* map),
+          (nblock, ncomp, ld, unused, G, L, map)) {
+  scatter<AddWrapping>(0, *nblock, *ncomp, Mapped{map}, G, Record{*ld}, Local{L, Column{*nblock}});
+}
+
+SA_KERNEL(GLO_OPE_GENASSEMCONTSHELL,
+          (const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, SA_UNREAD unused, double* G, const double* L,
+           const int32_t* map),
+          (nblock, ncomp, ld, unused, G, L, map)) {
+  scatterNodes<Add>(*nblock, 8, *ncomp, map, G, Record{*ld}, L);
+}
+
 } // namespace sa

@@ -20,6 +20,10 @@ struct Record { // component fastest
   SA_INLINE int64_t at(int64_t n, int64_t k) const { return n * ld + k; }
 };
 
+struct Repeated { // one value for all components
+  SA_INLINE int64_t at(int64_t n, int64_t) const { return n; }
+};
+
 // What a scatter does with the global value g and the local value l.
 struct Set {
   template <class T>
@@ -29,6 +33,11 @@ struct Set {
 };
 struct Add {
   SA_INLINE static double combine(double g, double l) { return g + l; }
+};
+struct AddWrapping { // integers, modulo 2^32
+  SA_INLINE static int32_t combine(int32_t g, int32_t l) {
+    return static_cast<int32_t>(static_cast<uint32_t>(g) + static_cast<uint32_t>(l));
+  }
 };
 // The extrema keep the global value only where it is strictly beyond the local one: ties and NaN take the local value.
 struct Max {
@@ -140,6 +149,20 @@ SA_INLINE void scatter(int first, int end, int ncomp, Entity entity, T* G, Globa
         g = Combine::combine(g, local(i, k));
       }
   }
+}
+
+// The same for elements of several nodes, map and L having the element fastest, then the node: element by element and node by
+// node, so that a block gives the same sums however it is cut.
+template <class Combine, class Layout>
+SA_INLINE void scatterNodes(int n, int nodes, int ncomp, const int32_t* map, double* G, Layout global,
+                            const double* L) {
+  const int64_t N = n, all = N * nodes;
+  for (int64_t e = 0; e < N; ++e)
+    for (int64_t at = e; at < all; at += N)
+      for (int k = 0; k < ncomp; ++k) {
+        double& g = G[global.at(static_cast<int64_t>(map[at]) - 1, k)];
+        g = Combine::combine(g, L[k * all + at]);
+      }
 }
 
 // The general-dimension members move the first two or three components of a record, or its last one alone.

@@ -89,4 +89,81 @@ SA_KERNEL(GLO_ASM_INITINT, (const int32_t* n, SA_UNREAD unused, const int32_t* v
   scatter<Set>(0, *n, 1, Mapped{map}, G, Column{0}, Constant{*value});
 }
 
+// ---- elements of several nodes: a block of n elements of m nodes is gathered as a block of n*m points
+
+#define SA_GATHER_NODES(name, nodes)                                                                                   \
+  SA_KERNEL(name,                                                                                                      \
+            (const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map, double* L,            \
+             const double* G),                                                                                         \
+            (nblock, ncomp, ld, map, L, G)) {                                                                          \
+    if (*nblock < 1) return;                                                                                           \
+    const int points = *nblock * (nodes);                                                                              \
+    gather(points, *ncomp, map, L, Column{points}, G, Record{*ld});                                                    \
+  }
+SA_GATHER_NODES(GLO_UTI_C3D10MGATHER, 10)
+SA_GATHER_NODES(GLO_UTI_C3D10MFACEGATHER, 6)
+SA_GATHER_NODES(GLO_UTI_COH2DGATHERR, 4)
+SA_GATHER_NODES(GLO_UTI_COH3DGATHEREXFV, 8)
+SA_GATHER_NODES(GLO_UTI_ACOINFGATHERR, 4)
+SA_GATHER_NODES(GLO_UTI_GENGATHERRCONTSHELL, 8)
+
+// ---- records of which a part moves
+
+SA_KERNEL(GLO_UTI_EXFVGATHERR,
+          (const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map, double* L,
+           const double* G),
+          (nblock, ncomp, ld, map, L, G)) {
+  gather(*nblock, *ncomp, map, L, Column{*nblock}, G, Record{*ld});
+}
+
+SA_KERNEL(GLO_UTI_GATHERLASTCOMPR,
+          (const int32_t* nblock, const int32_t* ld, const int32_t* map, double* L, const double* G),
+          (nblock, ld, map, L, G)) {
+  gather(*nblock, 1, map, L, Column{*nblock}, G + *ld - 1, Record{*ld});
+}
+
+// Rotations follow the three translations of a record.
+SA_KERNEL(GLO_UTI_ROTVECTGATHERR,
+          (const int32_t* nblock, const int32_t* ld, const int32_t* map, double* L, const double* G),
+          (nblock, ld, map, L, G)) {
+  gather(*nblock, 3, map, L, Column{*nblock}, G + 3, Record{*ld});
+}
+
+#define SA_SCATTER_RECORDS(name)                                                                                       \
+  SA_KERNEL(name,                                                                                                      \
+            (const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map, const double* L,      \
+             double* G),                                                                                               \
+            (nblock, ncomp, ld, map, L, G)) {                                                                          \
+    scatter<Set>(0, *nblock, *ncomp, Mapped{map}, G, Record{*ld}, Local{L, Column{*nblock}});                          \
+  }
+SA_SCATTER_RECORDS(GLO_UTI_EULINFLSCATTERR)
+SA_SCATTER_RECORDS(GLO_UTI_INFLSCATTERR)
+SA_SCATTER_RECORDS(GLO_UTI_EXCHSCATTERR)
+
+// ---- members of fixed record length
+
+#define SA_ASM_GATHER_FIXED(name, length)                                                                              \
+  SA_KERNEL(name, (const int32_t* n, SA_UNREAD unused, double* L, const double* G, const int32_t* map),                \
+            (n, unused, L, G, map)) {                                                                                  \
+    gather(*n, length, map, L, Record{length}, G, Record{length});                                                     \
+  }
+#define SA_ASM_SCATTER_FIXED(name, length)                                                                             \
+  SA_KERNEL(name, (const int32_t* n, SA_UNREAD unused, const double* L, double* G, const int32_t* map),                \
+            (n, unused, L, G, map)) {                                                                                  \
+    scatter<Set>(0, *n, length, Mapped{map}, G, Record{length}, Local{L, Record{length}});                             \
+  }
+// One mass of a point to every translation of its node.
+#define SA_ASM_SCATTER_MASS(name, length)                                                                              \
+  SA_KERNEL(name, (const int32_t* n, SA_UNREAD unused, const double* L, double* G, const int32_t* map),                \
+            (n, unused, L, G, map)) {                                                                                  \
+    scatter<Set>(0, *n, length, Mapped{map}, G, Record{length}, Local{L, Repeated{}});                                 \
+  }
+SA_ASM_GATHER_FIXED(GLO_ASM_GATHERMASS, 1)
+SA_ASM_GATHER_FIXED(GLO_ASM_GATHERHFLUX, 1)
+SA_ASM_GATHER_FIXED(GLO_ASM_GATHERNIR2NDMOM, 6)
+SA_ASM_SCATTER_FIXED(GLO_ASM_SCATTERNIR2NDMOM, 6)
+SA_ASM_SCATTER_MASS(GLO_ASM_SCATTERMASS1, 1)
+SA_ASM_SCATTER_MASS(GLO_ASM_SCATTERMASS2, 2)
+SA_ASM_SCATTER_MASS(GLO_ASM_SCATTERMASS3, 3)
+
 } // namespace sa

@@ -1,35 +1,22 @@
 // Functions of symmetric tensors through their principal values.
 #include "glo.h"
-#include "glo/jacobi.h"
-#include "glo/kernel.h"
+#include "glo/principal.h"
+#include "glo/spectral.h"
+#include "glo/vmath.h"
 
 namespace sa {
+namespace {
 
-// V = sum over k of sqrt(lambda_k) n_k n_k'.
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+} // namespace
+
 SA_KERNEL(GLO_UTI_SQRTV, (const int32_t* nblock, const double* S, double* V), (nblock, S, V)) {
-  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
   constexpr double kRounding = 1e-14; // a value this far below zero, relative to the largest, is a zero
   const int64_t N = *nblock;
   forPieces(*nblock, [=](int start, int n) SA_POINT {
-    JacobiScratch<true> w, done; // what is finished waits in `done` for the last, vectorised pass
-    const auto load = [=, &w](int i) SA_POINT {
-      const int k = start + i;
-      w.a11[i] = S[k];
-      w.a22[i] = S[k + N];
-      w.a33[i] = S[k + 2 * N];
-      w.a12[i] = S[k + 3 * N];
-      w.a23[i] = S[k + 4 * N];
-      w.a13[i] = S[k + 5 * N];
-    };
-    jacobi<PreciseRotation>(n, w, load, [&done](int count, const int* finished, auto& from) SA_POINT {
-      for (int j = 0; j < count; ++j) done.place[j] = from.place[finished[j]];
-      const auto keep = [&](const double* source, double* target) SA_POINT {
-        for (int j = 0; j < count; ++j) target[done.place[j]] = source[finished[j]];
-      };
-      keep(from.a11, done.a11), keep(from.a22, done.a22), keep(from.a33, done.a33);
-      for (int d = 0; d < 9; ++d) keep(from.v[d], done.v[d]);
-    });
-
+    JacobiScratch<true> w, done;
+    diagonalise(n, w, done, loadS33(Consecutive{start}, N, S, w));
     forPoints(n, [=, &done](int i) SA_POINT {
       const double l1 = done.a11[i], l2 = done.a22[i], l3 = done.a33[i];
       const double l12 = l1 > l2 ? l1 : l2, largest = l12 > l3 ? l12 : l3, lowest = -kRounding * largest;
@@ -37,16 +24,83 @@ SA_KERNEL(GLO_UTI_SQRTV, (const int32_t* nblock, const double* S, double* V), (n
       const double r1 = bad ? kNaN : __builtin_sqrt(l1 > 0.0 ? l1 : 0.0);
       const double r2 = bad ? kNaN : __builtin_sqrt(l2 > 0.0 ? l2 : 0.0);
       const double r3 = bad ? kNaN : __builtin_sqrt(l3 > 0.0 ? l3 : 0.0);
-      const double x1 = done.v[0][i], y1 = done.v[1][i], z1 = done.v[2][i];
-      const double x2 = done.v[3][i], y2 = done.v[4][i], z2 = done.v[5][i];
-      const double x3 = done.v[6][i], y3 = done.v[7][i], z3 = done.v[8][i];
+      compose(done, i, r1, r2, r3, V, N, start + i);
+    });
+  });
+}
+
+// Near the identity the values of S - 1, whose direct components are exact differences, keep the digits that 1 + small loses.
+SA_KERNEL(GLO_UTI_LOGV, (const int32_t* nblock, const double* S, double* L), (nblock, S, L)) {
+  const int64_t N = *nblock;
+  forPieces(*nblock, [=](int start, int n) SA_POINT {
+    JacobiScratch<true> w, done;
+    double shift[kScratchPoints];
+    const auto load = loadS33(Consecutive{start}, N, S, w);
+    diagonalise(n, w, done, [=, &w, &shift](int i) SA_POINT {
+      load(i);
+      const auto isNear = [](double x) SA_POINT { return x > 0.5 && x < 2.0; };
+      const bool nearby = isNear(w.a11[i]) && isNear(w.a22[i]) && isNear(w.a33[i]) && __builtin_fabs(w.a12[i]) < 0.25 &&
+                          __builtin_fabs(w.a23[i]) < 0.25 && __builtin_fabs(w.a13[i]) < 0.25;
+      const double s = nearby ? 1.0 : 0.0;
+      shift[i] = s;
+      w.a11[i] -= s;
+      w.a22[i] -= s;
+      w.a33[i] -= s;
+    });
+    // after a shift ln(1 + x): the logarithm of the rounded sum, and what the rounding has lost
+    const auto logarithms = [n, &shift](double(&x)[kScratchPoints]) SA_POINT {
+      forPoints(n, [&x, &shift](int i) SA_POINT {
+        const bool shifted = shift[i] != 0.0;
+        const double u = shifted ? 1.0 + x[i] : x[i], lost = shifted ? x[i] - (u - 1.0) : 0.0;
+        x[i] = u > 0.0 ? vm::log(u) + lost / u : kNaN;
+      });
+    };
+    logarithms(done.a11), logarithms(done.a22), logarithms(done.a33);
+    forPoints(n, [=, &done](int i) SA_POINT {
+      const double l1 = done.a11[i], l2 = done.a22[i], l3 = done.a33[i];
+      const bool bad = spoiled(l1, l2, l3) != 0.0;
+      compose(done, i, bad ? kNaN : l1, bad ? kNaN : l2, bad ? kNaN : l3, L, N, start + i);
+    });
+  });
+}
+
+SA_KERNEL(GLO_UTI_EXPS30, (const int32_t* nblock, const double* S, double* E), (nblock, S, E)) {
+  const int64_t values = 3 * static_cast<int64_t>(*nblock);
+  if (*nblock < 1) return;
+  forPoints(static_cast<int>(values), [=](int i) SA_POINT { E[i] = vm::exp(S[i]); });
+}
+
+// exp of the plane part is e^m (cosh r + sinh(r)/r (S - m)), m the mean of the direct components and r the radius of the
+// circle; 33 stands alone.
+SA_KERNEL(GLO_UTI_EXPS31, (const int32_t* nblock, const double* S, double* E), (nblock, S, E)) {
+  const int64_t N = *nblock;
+  forPieces(*nblock, [=](int start, int n) SA_POINT {
+    double mean[kScratchPoints], half[kScratchPoints], radius[kScratchPoints];
+    double growing[kScratchPoints], falling[kScratchPoints], third[kScratchPoints];
+    forPoints(n, [=, &mean, &half, &radius](int i) SA_POINT {
       const int k = start + i;
-      V[k] = r1 * x1 * x1 + r2 * x2 * x2 + r3 * x3 * x3;
-      V[k + N] = r1 * y1 * y1 + r2 * y2 * y2 + r3 * y3 * y3;
-      V[k + 2 * N] = r1 * z1 * z1 + r2 * z2 * z2 + r3 * z3 * z3;
-      V[k + 3 * N] = r1 * x1 * y1 + r2 * x2 * y2 + r3 * x3 * y3;
-      V[k + 4 * N] = r1 * y1 * z1 + r2 * y2 * z2 + r3 * y3 * z3;
-      V[k + 5 * N] = r1 * x1 * z1 + r2 * x2 * z2 + r3 * x3 * z3;
+      const double s11 = S[k], s22 = S[k + N], s12 = S[k + 3 * N];
+      mean[i] = 0.5 * s11 + 0.5 * s22;
+      half[i] = 0.5 * s11 - 0.5 * s22;
+      radius[i] = __builtin_sqrt(half[i] * half[i] + s12 * s12);
+    });
+    forPoints(n, [&](int i) SA_POINT { growing[i] = vm::exp(mean[i] + radius[i]); });
+    forPoints(n, [&](int i) SA_POINT { falling[i] = vm::exp(mean[i] - radius[i]); });
+    forPoints(n, [=, &third](int i) SA_POINT { third[i] = vm::exp(S[start + i + 2 * N]); });
+    forPoints(n, [=, &mean, &half, &radius, &growing, &falling, &third](int i) SA_POINT {
+      const int k = start + i;
+      const double r = radius[i], z = r * r, middle = 0.5 * growing[i] + 0.5 * falling[i];
+      // sinh(r)/r e^m: near r = 0 the middle times the series of tanh(r)/r
+      const double series =
+          1.0 - z * (1.0 / 3.0 - z * (2.0 / 15.0 - z * (17.0 / 315.0 - z * (62.0 / 2835.0 - z * (1382.0 / 155925.0)))));
+      const bool small = r < 0.05;
+      const double slope = small ? middle * series : (0.5 * growing[i] - 0.5 * falling[i]) / (small ? 1.0 : r);
+      const double s12 = S[k + 3 * N], h = half[i];
+      // the direct component on the side of the larger value is a sum of positives; the other one subtracts
+      E[k] = middle + slope * h;
+      E[k + N] = middle - slope * h;
+      E[k + 2 * N] = third[i];
+      E[k + 3 * N] = slope * s12;
     });
   });
 }

@@ -22,6 +22,15 @@ SA_EXPORT void GLO_UTI_NUMTENSORCOMP(const int32_t* code, const int32_t* family,
   *nquat = counts.quaternion;
 }
 
+SA_EXPORT int32_t GLO_UTI_ITENSORID(SA_UNREAD procedure, const int32_t* element, SA_UNREAD variable) {
+  static constexpr int32_t kAnyFamily = 0;
+  int32_t direct = 0, shear = 0, quaternion = 0;
+  GLO_UTI_NUMTENSORCOMP(element, &kAnyFamily, &direct, &shear, &quaternion);
+  if (shear == 0) return 11;
+  if (direct == 1) return 10;
+  return shear == 1 ? 9 : 8;
+}
+
 SA_EXPORT int32_t GLO_UTI_SQ2TRSTORAGE(const int32_t* i, const int32_t* j) {
   const int64_t m = std::max(*i, *j), n = std::min(*i, *j);
   return static_cast<int32_t>(n + (m * m - m) / 2);

@@ -40,13 +40,17 @@
  *    Frame services                     procedure names, version banner, flush                 3
  *    Messages                           writer, end of analysis                                4
  *    Work storage and addresses         GLO_UTI_ALLO..., ...POINTER...                         8
- *    Copies, fills and sums             GLO_UTI_COPYR, VADDR, BROADCAST...                     4
+ *    Copies and fills                   GLO_UTI_COPYR, ...BROADCAST...                        14
+ *    Vectors                            GLO_UTI_V..., MAX..., MIN...                          24
+ *    Determinants and linear systems    GLO_UTI_DET..., INVERSER, VSOLVE...                    5
  *    Sorts                              GLO_UTI_INSSORT..., CHKSORTI                           3
- *    Tensor storage                     GLO_UTI_NUMTENSORCOMP, SQ2TRSTORAGE                    2
- *    Principal values and directions    GLO_UTI_PRINCS..., EIG...                             12
- *    Tensor functions                   GLO_UTI_SQRTV                                          1
- *    Gather and scatter                 GLO_UTI_...GATHER..., GLO_ASM_...                     13
- *    Assembly                           GLO_OPE_...                                            7
+ *    Tensor storage                     GLO_UTI_NUMTENSORCOMP, SQ2TRSTORAGE, ITENSORID         3
+ *    Principal values and directions    GLO_UTI_PRINCS..., EIG..., GENEIG...                  24
+ *    Tensor functions                   GLO_UTI_SQRTV, LOGV, EXPS...                           4
+ *    Quaternions                        GLO_UTI_...QUAT..., COMPROT...                        10
+ *    Rotation of tensors                GLO_UTI_ROTATES..., INITROTATIONMATRIX                 7
+ *    Gather and scatter                 GLO_UTI_...GATHER..., GLO_ASM_...                     32
+ *    Assembly                           GLO_OPE_...                                           12
  */
 #ifndef SHAREDANALYSIS_GLO_H
 #define SHAREDANALYSIS_GLO_H
@@ -233,7 +237,7 @@ void GLO_UTI_SETPOINTER(const int64_t* p, int64_t* q);
 void* GLO_UTI_GETPOINTER(const int64_t* p);
 
 /* ---------------------------------------------------------------------------------------------------------------------
- * Copies, fills and sums
+ * Copies and fills
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** destination = source; nothing when both are the same address.
@@ -242,14 +246,6 @@ void* GLO_UTI_GETPOINTER(const int64_t* p);
  *  @param[out] destination  (n), any: copy
  */
 void GLO_UTI_COPYR(const int32_t* n, const double* source, double* destination);
-
-/** result = a + b.  The result may be one of the summands.
- *  @param[in]  n       (1), block: values; below 1 does nothing
- *  @param[out] result  (n), any: sum
- *  @param[in]  a       (n), any: first summand
- *  @param[in]  b       (n), any: second summand
- */
-void GLO_UTI_VADDR(const int32_t* n, double* result, const double* a, const double* b);
 
 /** array = value.
  *  @param[in]  n      (1), block: values; below 1 does nothing
@@ -263,6 +259,294 @@ void GLO_UTI_BROADCASTR(const int32_t* n, const double* value, double* array);
  *  @param[out] array  (n), any: zeroed array
  */
 void GLO_UTI_BROADCAST0D(const int32_t* n, double* array);
+
+/** array = 0.0, under the name of single-length callers; reals have 64 bits here.
+ *  @like GLO_UTI_BROADCAST0D
+ */
+void GLO_UTI_BROADCAST0R(const int32_t* n, double* array);
+
+/** array = value; reals of double length are the reals of this library.
+ *  @like GLO_UTI_BROADCASTR
+ */
+void GLO_UTI_BROADCASTRDBL(const int32_t* n, const double* value, double* array);
+
+/** array = 0, integers.
+ *  @like GLO_UTI_BROADCAST0D
+ */
+void GLO_UTI_BROADCAST0I(const int32_t* n, int32_t* array);
+
+/** array = 0.0, reals of 32 bits.
+ *  @like GLO_UTI_BROADCAST0D
+ */
+void GLO_UTI_BROADCAST0S(const int32_t* n, float* array);
+
+/** array = NaN: what is read before it is written shows.
+ *  @like GLO_UTI_BROADCAST0D
+ */
+void GLO_UTI_BROADCASTNAN(const int32_t* n, double* array);
+
+/** array = value, integers.
+ *  @like GLO_UTI_BROADCASTR
+ */
+void GLO_UTI_BROADCASTI(const int32_t* n, const int32_t* value, int32_t* array);
+
+/** array = value, flags.
+ *  @like GLO_UTI_BROADCASTR
+ */
+void GLO_UTI_BROADCASTL(const int32_t* n, const int32_t* value, int32_t* array);
+
+/** The first n characters of a text = a character; never more than the text has.
+ *  @param[in]     n            (1), -: characters; below 1 does nothing
+ *  @param[in]     value        (valueLength), text: its first character is taken, a blank if there is none
+ *  @param[in,out] array        (arrayLength), text: filled text
+ *  @param[in]     valueLength  (1), -: length of value, by value
+ *  @param[in]     arrayLength  (1), -: length of array, by value
+ */
+void GLO_UTI_BROADCASTC(const int32_t* n, const char* value, char* array, int64_t valueLength, int64_t arrayLength);
+
+/** Two arrays = one value.
+ *  @param[in]  n       (1), block: values of each; below 1 does nothing
+ *  @param[in]  value   (1), any: the value
+ *  @param[out] array1  (n), any: filled array
+ *  @param[out] array2  (n), any: filled array
+ */
+void GLO_UTI_BROADCAST2R(const int32_t* n, const double* value, double* array1, double* array2);
+
+/** A block of vectors = one vector.
+ *  @param[in]  nblock  (1), block: points; below 1 does nothing
+ *  @param[in]  value   (3), any: the vector
+ *  @param[out] array   (nblock, 3), any: filled array
+ */
+void GLO_UTI_BROADCASTR3D(const int32_t* nblock, const double* value, double* array);
+
+/** The first rows of an array of any number of columns = value.
+ *  @param[in]  nblock  (1), block: rows that are filled; below 1 does nothing
+ *  @param[in]  ncomp   (1), count: columns
+ *  @param[in]  ld      (1), stride: leading dimension
+ *  @param[in]  value   (1), any: the value
+ *  @param[out] array   (ld, ncomp), any: filled array
+ */
+void GLO_UTI_GENBROADCASTR(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const double* value,
+                           double* array);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Vectors
+ *
+ * Results come first, as in VADDR.  Every operation rounds by itself: a multiplication and the addition after it are two
+ * roundings on every machine.  Outputs may be inputs where both have one value per entry or point.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** result = a + b.  The result may be one of the summands.
+ *  @param[in]  n       (1), block: values; below 1 does nothing
+ *  @param[out] result  (n), any: sum
+ *  @param[in]  a       (n), any: first operand
+ *  @param[in]  b       (n), any: second operand
+ */
+void GLO_UTI_VADDR(const int32_t* n, double* result, const double* a, const double* b);
+
+/** result = a - b.
+ *  @like GLO_UTI_VADDR
+ *  @param[out] result  (n), any: difference
+ */
+void GLO_UTI_VSUBR(const int32_t* n, double* result, const double* a, const double* b);
+
+/** result = a b, value by value.
+ *  @like GLO_UTI_VADDR
+ *  @param[out] result  (n), any: product
+ */
+void GLO_UTI_VMULTR(const int32_t* n, double* result, const double* a, const double* b);
+
+/** result = result + a b.
+ *  @like GLO_UTI_VADDR
+ *  @param[in,out] result  (n), any: sum
+ */
+void GLO_UTI_VMULTADDR(const int32_t* n, double* result, const double* a, const double* b);
+
+/** result = result + a b + c d.
+ *  @like GLO_UTI_VMULTADDR
+ *  @param[in]  c       (n), any: third operand
+ *  @param[in]  d       (n), any: fourth operand
+ */
+void GLO_UTI_V2MULTADDR(const int32_t* n, double* result, const double* a, const double* b, const double* c,
+                        const double* d);
+
+/** a = a b, in place.
+ *  @param[in]     n  (1), block: values; below 1 does nothing
+ *  @param[in,out] a  (n), any: operand and product
+ *  @param[in]     b  (n), any: other operand
+ */
+void GLO_UTI_VDIRECTMULTR(const int32_t* n, double* a, const double* b);
+
+/** result = factor a.
+ *  @param[in]  n       (1), block: values; below 1 does nothing
+ *  @param[out] result  (n), any: multiple
+ *  @param[in]  factor  (1), any: factor
+ *  @param[in]  a       (n), any: operand
+ */
+void GLO_UTI_VSCALER(const int32_t* n, double* result, const double* factor, const double* a);
+
+/** result = result + factor a.
+ *  @like GLO_UTI_VSCALER
+ *  @param[in,out] result  (n), any: sum
+ */
+void GLO_UTI_VSCALEADDR(const int32_t* n, double* result, const double* factor, const double* a);
+
+/** result = a + constant.
+ *  @param[in]  n         (1), block: values; below 1 does nothing
+ *  @param[out] result    (n), any: sum
+ *  @param[in]  constant  (1), any: constant
+ *  @param[in]  a         (n), any: operand
+ */
+void GLO_UTI_VADDC(const int32_t* n, double* result, const double* constant, const double* a);
+
+/** result = alpha a + beta b.
+ *  @param[in]  n       (1), block: values; below 1 does nothing
+ *  @param[out] result  (n), any: combination
+ *  @param[in]  alpha   (1), any: factor of a
+ *  @param[in]  a       (n), any: first operand
+ *  @param[in]  beta    (1), any: factor of b
+ *  @param[in]  b       (n), any: second operand
+ */
+void GLO_UTI_VECTOREQUATION(const int32_t* n, double* result, const double* alpha, const double* a, const double* beta,
+                            const double* b);
+
+/** destination = source at the listed points; the others keep their values.
+ *  @param[in]     nblock       (1), block: points
+ *  @param[in]     count        (1), count: entries of the list; below 1 does nothing
+ *  @param[in]     list         (count), list: point numbers
+ *  @param[in]     source       (nblock), any: values
+ *  @param[in,out] destination  (nblock), any: values
+ */
+void GLO_UTI_VCOPYRINDX(const int32_t* nblock, const int32_t* count, const int32_t* list, const double* source,
+                        double* destination);
+
+/** result(i,.) = s(i) A(i,.) for vectors.
+ *  @param[in]  nblock  (1), block: points; below 1 does nothing
+ *  @param[out] result  (nblock, 3), any: multiples
+ *  @param[in]  s       (nblock), any: factor of each point
+ *  @param[in]  A       (nblock, 3), any: vectors
+ */
+void GLO_UTI_VMULTR3D(const int32_t* nblock, double* result, const double* s, const double* A);
+
+/** result(i) = A(i,.) . B(i,.) in space.
+ *  @param[in]  nblock  (1), block: points; below 1 does nothing
+ *  @param[out] result  (nblock), any: products
+ *  @param[in]  A       (nblock, 3), any: vectors
+ *  @param[in]  B       (nblock, 3), any: vectors
+ */
+void GLO_UTI_VECTORDOTPRODUCT3D(const int32_t* nblock, double* result, const double* A, const double* B);
+
+/** The same in the plane.
+ *  @like GLO_UTI_VECTORDOTPRODUCT3D
+ *  @param[in]  A       (nblock, 2), any: vectors
+ *  @param[in]  B       (nblock, 2), any: vectors
+ */
+void GLO_UTI_VECTORDOTPRODUCT2D(const int32_t* nblock, double* result, const double* A, const double* B);
+
+/** Makes each vector one of unit length, whatever its length was; a zero vector (all components at most 2.2e-308) becomes 0.
+ *  @param[in]     nblock  (1), block: points; below 1 does nothing
+ *  @param[in,out] V       (nblock, 3), any: vectors
+ */
+void GLO_UTI_VNORMALIZE(const int32_t* nblock, double* V);
+
+/** The same in the plane.
+ *  @like GLO_UTI_VNORMALIZE
+ *  @param[in,out] V       (nblock, 2), any: vectors
+ */
+void GLO_UTI_VNORMALIZE2(const int32_t* nblock, double* V);
+
+/** sum = a(1) + ... + a(n), modulo 2^32.
+ *  @param[in]     n    (1), length: values; below 1 leaves the sum alone
+ *  @param[in,out] sum  (1), any: sum
+ *  @param[in]     a    (n), any: values
+ */
+void GLO_UTI_VSUMI(const int32_t* n, int32_t* sum, const int32_t* a);
+
+/** sum = a(1) + ... + a(n), reals.  Eight running sums take the values in turn, s1 = a(1) + a(9) + ..., and are added as
+ *  ((s1 + s2) + (s3 + s4)) + ((s5 + s6) + (s7 + s8)): one result on every machine.
+ *  @like GLO_UTI_VSUMI
+ */
+void GLO_UTI_VSUMR(const int32_t* n, double* sum, const double* a);
+
+/** sum = sum + GLO_UTI_VSUMR, to go on from block to block.
+ *  @like GLO_UTI_VSUMI
+ */
+void GLO_UTI_VSUMR1(const int32_t* n, double* sum, const double* a);
+
+/** result = the greater of a and b, value by value; NaN where one of them is.
+ *  @like GLO_UTI_VADDR
+ *  @param[out] result  (n), any: greater value
+ */
+void GLO_UTI_MAXR(const int32_t* n, double* result, const double* a, const double* b);
+
+/** result = the smaller of a and b, value by value; NaN where one of them is.
+ *  @like GLO_UTI_VADDR
+ *  @param[out] result  (n), any: smaller value
+ */
+void GLO_UTI_MINR(const int32_t* n, double* result, const double* a, const double* b);
+
+/** The greatest value of an array; NaN when there is one.
+ *  @param[in]     n       (1), length: values; below 1 leaves the result alone
+ *  @param[in]     a       (n), any: values
+ *  @param[in,out] result  (1), any: greatest value
+ */
+void GLO_UTI_MAXARRAYR(const int32_t* n, const double* a, double* result);
+
+/** The smallest value of an array; NaN when there is one.
+ *  @like GLO_UTI_MAXARRAYR
+ *  @param[in,out] result  (1), any: smallest value
+ */
+void GLO_UTI_MINARRAYR(const int32_t* n, const double* a, double* result);
+
+/** The smallest value that is not 0.0; NaN when there is one; the result is left alone when all are 0.0.
+ *  @like GLO_UTI_MAXARRAYR
+ *  @param[in,out] result  (1), any: smallest value
+ */
+void GLO_UTI_MINNONZEROR(const int32_t* n, const double* a, double* result);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Determinants and linear systems
+ *
+ * Matrices A (nblock, 3, 3) have the row fastest: A(i,a,b) = A((b-1)*3*nblock + (a-1)*nblock + i).  Rows are scaled by their
+ * largest coefficient before pivots are compared; a system whose pivot falls below 9e-16 of its scaled rows is singular: its
+ * flag is 1.0 and its results are 0.0.  Solutions of others are those of Gaussian elimination with row pivoting: A x differs
+ * from b by a few roundings of |A| |x|.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** Determinants of symmetric tensors.
+ *  @param[in]  nblock  (1), block: points
+ *  @param[in]  S       (nblock, 6), any: tensors, S33
+ *  @param[out] det     (nblock), any: determinants
+ */
+void GLO_UTI_DET33(const int32_t* nblock, const double* S, double* det);
+
+/** Determinants of symmetric tensors with 13 = 23 = 0.
+ *  @like GLO_UTI_DET33
+ *  @param[in]  S       (nblock, 4), any: tensors, S31
+ */
+void GLO_UTI_DET31(const int32_t* nblock, const double* S, double* det);
+
+/** B = the inverse of A.
+ *  @param[in]  nblock    (1), block: points
+ *  @param[in]  A         (nblock, 3, 3), any: matrices
+ *  @param[out] B         (nblock, 3, 3), any: inverses, 0.0 where the matrix is singular
+ *  @param[out] singular  (nblock), flag: 1.0 where the matrix is singular
+ */
+void GLO_UTI_INVERSER(const int32_t* nblock, const double* A, double* B, double* singular);
+
+/** Solves A x = b.  x may be b.
+ *  @param[in]  nblock    (1), block: points
+ *  @param[in]  A         (nblock, 3, 3), any: matrices
+ *  @param[in]  b         (nblock, 3), any: right-hand sides
+ *  @param[out] x         (nblock, 3), any: solutions, 0.0 where the matrix is singular
+ *  @param[out] singular  (nblock), flag: 1.0 where the matrix is singular
+ */
+void GLO_UTI_VSOLVE(const int32_t* nblock, const double* A, const double* b, double* x, double* singular);
+
+/** The same; reals have double length in both.
+ *  @like GLO_UTI_VSOLVE
+ */
+void GLO_UTI_VSOLVEDBL(const int32_t* nblock, const double* A, const double* b, double* x, double* singular);
 
 /* ---------------------------------------------------------------------------------------------------------------------
  * Sorts
@@ -311,6 +595,15 @@ void GLO_UTI_NUMTENSORCOMP(const int32_t* code, const int32_t* family, int32_t* 
  *  @param[in] j  (1), 1..9: column
  */
 int32_t GLO_UTI_SQ2TRSTORAGE(const int32_t* i, const int32_t* j);
+
+/** Kind of tensor of an output variable of an element: 8 in space (3 direct, 3 shear components), 9 plane with three direct
+ *  components (3, 1), 10 plane with one or two (1 direct and any shear), 11 without shear or no tensor at all.  The counts are
+ *  those of GLO_UTI_NUMTENSORCOMP for the element code; no procedure or variable changes them.
+ *  @param[in] procedure  (1), unread: procedure code
+ *  @param[in] element    (1), code 100|200|300|400|600|700|900|500: storage code of the element
+ *  @param[in] variable   (1), unread: output variable code
+ */
+int32_t GLO_UTI_ITENSORID(const int32_t* procedure, const int32_t* element, const int32_t* variable);
 
 /* ---------------------------------------------------------------------------------------------------------------------
  * Principal values and directions
@@ -419,6 +712,89 @@ void GLO_UTI_EIG31ANALINDX(const int32_t* nblock, const int32_t* count, const in
  */
 void GLO_UTI_EIG33VECTOR(const int32_t* nblock, const double* S, double* P);
 
+/** Values alone in increasing order, to machine precision: errors below 1e-15 of the largest magnitude, at every scale from
+ *  1e-300 to 1e300.  Small values of tensors that are positive and nearly diagonal keep their own digits.
+ *  A point with a NaN or an infinity leaves NaN.
+ *  Source: J. Demmel, K. Veselic, SIAM J. Matrix Anal. Appl. 13 (1992) 1204.
+ *  @param[in]  nblock  (1), block: points
+ *  @param[in]  S       (nblock, 6), any: tensors, S33
+ *  @param[out] P       (nblock, 3), any: principal values, P1 <= P2 <= P3
+ */
+void GLO_UTI_EIG33(const int32_t* nblock, const double* S, double* P);
+
+/** The values of GLO_UTI_EIG33 in decreasing order.
+ *  @like GLO_UTI_EIG33
+ *  @param[out] P       (nblock, 3), any: principal values, P1 >= P2 >= P3
+ */
+void GLO_UTI_EIG33S(const int32_t* nblock, const double* S, double* P);
+
+/** The values of GLO_UTI_EIG33 with their directions: |S V - V P| is below 4e-15 of the largest magnitude, and V is
+ *  orthogonal to 2e-15.  Equal values have any orthogonal directions in their plane.
+ *  @like GLO_UTI_EIG33
+ *  @param[out] V       (nblock, 3, 3), -: principal directions, unit vectors in columns
+ */
+void GLO_UTI_EIG33V(const int32_t* nblock, const double* S, double* P, double* V);
+
+/** The values of GLO_UTI_EIG33ANAL, bit for bit and in its order, with directions as accurate as those of GLO_UTI_EIG33V.
+ *  @like GLO_UTI_EIG33V
+ *  @param[out] P       (nblock, 3), any: principal values
+ */
+void GLO_UTI_EIG33ANALV(const int32_t* nblock, const double* S, double* P, double* V);
+
+/** Tensors with 13 = 23 = 0: values, component 33 among them, in increasing order and to machine precision, with directions.
+ *  @like GLO_UTI_EIG33V
+ *  @param[in]  S       (nblock, 4), any: tensors, S31
+ */
+void GLO_UTI_EIG31V(const int32_t* nblock, const double* S, double* P, double* V);
+
+/** The values of GLO_UTI_EIG31V alone.
+ *  @like GLO_UTI_EIG31V
+ */
+void GLO_UTI_EIG31VECTOR(const int32_t* nblock, const double* S, double* P);
+
+/** Plane tensors: values in increasing order, to machine precision, with directions; V as GLO_UTI_PRINCS21 has it.
+ *  @param[in]  nblock  (1), block: points
+ *  @param[in]  S       (nblock, 3), any: tensors, S21
+ *  @param[out] P       (nblock, 2), any: principal values, P1 <= P2
+ *  @param[out] V       (nblock, 2, 2), -: principal directions, unit vectors in columns
+ */
+void GLO_UTI_EIG21V(const int32_t* nblock, const double* S, double* P, double* V);
+
+/** The values of GLO_UTI_EIG21V alone.
+ *  @like GLO_UTI_EIG21V
+ */
+void GLO_UTI_EIG21VECTOR(const int32_t* nblock, const double* S, double* P);
+
+/** GLO_UTI_EIG21VECTOR for listed points.
+ *  @like GLO_UTI_EIG21V
+ *  @param[in]  count   (1), count: entries of the list; below 1 does nothing
+ *  @param[in]  list    (count), list: point numbers
+ */
+void GLO_UTI_EIG21VECTORINDX(const int32_t* nblock, const int32_t* count, const int32_t* list, const double* S,
+                             double* P);
+
+/** The values of GLO_UTI_EIG21V in decreasing order.
+ *  @like GLO_UTI_EIG21V
+ *  @param[out] P       (nblock, 2), any: principal values, P1 >= P2
+ */
+void GLO_UTI_EIG21S(const int32_t* nblock, const double* S, double* P);
+
+/** Values lambda of A x = lambda B x in increasing order, with their directions x.  A is symmetric, B symmetric and positive
+ *  definite; where it is not, the point has NaN.  Values are right to 1e-14 of the largest one, times the ratio of the
+ *  largest to the smallest principal value of B.  Directions are unit vectors, orthogonal in the product with B.
+ *  @param[in]  nblock  (1), block: points
+ *  @param[in]  A       (nblock, 6), any: tensors, S33
+ *  @param[in]  B       (nblock, 6), stretch: positive definite tensors, S33
+ *  @param[out] P       (nblock, 3), any: values, P1 <= P2 <= P3
+ *  @param[out] V       (nblock, 3, 3), -: directions, unit vectors in columns
+ */
+void GLO_UTI_GENEIG33(const int32_t* nblock, const double* A, const double* B, double* P, double* V);
+
+/** The values of GLO_UTI_GENEIG33 alone.
+ *  @like GLO_UTI_GENEIG33
+ */
+void GLO_UTI_GENEIG33VECTOR(const int32_t* nblock, const double* A, const double* B, double* P);
+
 /* ---------------------------------------------------------------------------------------------------------------------
  * Tensor functions
  * ------------------------------------------------------------------------------------------------------------------ */
@@ -433,6 +809,185 @@ void GLO_UTI_EIG33VECTOR(const int32_t* nblock, const double* S, double* P);
  *  @param[out] V       (nblock, 6), any: their square roots, S33
  */
 void GLO_UTI_SQRTV(const int32_t* nblock, const double* S, double* V);
+
+/** Logarithm of symmetric tensors with positive principal values, as the logarithmic strain ln V of a stretch V.
+ *  Right to 4e-15 of its largest component plus what the condition of S demands, 2e-16 times the ratio of the largest to the
+ *  smallest value; near the identity (direct components in 0.5 .. 2, shear below 0.25) small strains keep their digits: the
+ *  error is 4e-15 of the largest component of the result.  A value that is not positive leaves NaN in its point.
+ *  L may be S.
+ *  @param[in]  nblock  (1), block: points
+ *  @param[in]  S       (nblock, 6), stretch: tensors, S33
+ *  @param[out] L       (nblock, 6), any: their logarithms, S33
+ */
+void GLO_UTI_LOGV(const int32_t* nblock, const double* S, double* L);
+
+/** Exponential of tensors without shear: of each direct component, with an error below 0.8 units in the last place.
+ *  E may be S.
+ *  @param[in]  nblock  (1), block: points
+ *  @param[in]  S       (nblock, 3), any: tensors, S30
+ *  @param[out] E       (nblock, 3), any: their exponentials, S30
+ */
+void GLO_UTI_EXPS30(const int32_t* nblock, const double* S, double* E);
+
+/** Exponential of tensors with 13 = 23 = 0.  The plane components are right to 4e-15 of the largest of them, times the largest
+ *  magnitude of S where that is above 1; E33 to 0.8 units in the last place.  E may be S.
+ *  @param[in]  nblock  (1), block: points
+ *  @param[in]  S       (nblock, 4), any: tensors, S31
+ *  @param[out] E       (nblock, 4), any: their exponentials, S31
+ */
+void GLO_UTI_EXPS31(const int32_t* nblock, const double* S, double* E);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Quaternions
+ *
+ * A spatial quaternion is x y z w, the scalar last; a unit one with vector sin(angle/2) times the unit axis and scalar
+ * cos(angle/2) stands for the rotation by that angle about that axis.  A plane quaternion, about axis 3, is z w.  Products
+ * are Hamilton's.  Source: W. R. Hamilton, Phil. Mag. 25 (1844) 489.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** out = conj(a) b of one pair, not normalised: the rotation that carries orientation a to orientation b, in the frame of a.
+ *  @param[out] out  (4), any: product
+ *  @param[in]  a    (4), any: quaternion
+ *  @param[in]  b    (4), any: quaternion
+ */
+void GLO_UTI_MULT3DQUAT(double* out, const double* a, const double* b);
+
+/** The plane form of GLO_UTI_MULT3DQUAT.
+ *  @param[out] out  (2), any: product
+ *  @param[in]  a    (2), any: plane quaternion
+ *  @param[in]  b    (2), any: plane quaternion
+ */
+void GLO_UTI_MULT2DQUAT(double* out, const double* a, const double* b);
+
+/** The product of one pair that the code selects as in GLO_UTI_QUAT3DALGEBRA, not normalised.
+ *  @like GLO_UTI_MULT3DQUAT
+ *  @param[in]  op   (1), code 1|-1|2|-2|3: product, any other code as 1
+ */
+void GLO_UTI_GENMULT3DQUAT(const int32_t* op, double* out, const double* a, const double* b);
+
+/** The plane form of GLO_UTI_GENMULT3DQUAT.
+ *  @like GLO_UTI_MULT2DQUAT
+ *  @param[in]  op   (1), code 1|-1|2|-2|3: product, any other code as 1
+ */
+void GLO_UTI_GENMULT2DQUAT(const int32_t* op, double* out, const double* a, const double* b);
+
+/** Product of each point, of unit length: 1 a b, -1 b a, 2 conj(a) b, -2 conj(b) a, any other code as 1.  A product of length
+ *  zero leaves NaN or infinity.
+ *  @param[in]  nblock  (1), block: points
+ *  @param[in]  op      (1), code 1|-1|2|-2|3: product
+ *  @param[out] Q       (nblock, 4), -: unit quaternions
+ *  @param[in]  A       (nblock, 4), any: quaternions a
+ *  @param[in]  B       (nblock, 4), any: quaternions b
+ */
+void GLO_UTI_QUAT3DALGEBRA(const int32_t* nblock, const int32_t* op, double* Q, const double* A, const double* B);
+
+/** The plane form of GLO_UTI_QUAT3DALGEBRA.
+ *  @like GLO_UTI_QUAT3DALGEBRA
+ *  @param[out] Q       (nblock, 2), -: plane unit quaternions
+ *  @param[in]  A       (nblock, 2), any: plane quaternions a
+ *  @param[in]  B       (nblock, 2), any: plane quaternions b
+ */
+void GLO_UTI_QUAT2DALGEBRA(const int32_t* nblock, const int32_t* op, double* Q, const double* A, const double* B);
+
+/** Turns plane vectors by plane unit quaternions, or back.  W may be V.
+ *  @param[in]  nblock  (1), block: points
+ *  @param[in]  flag    (1), code 0|1: 0 global to the frame that the quaternion stands for, nonzero back to global
+ *  @param[out] W       (nblock, 2), any: turned vectors
+ *  @param[in]  Q       (nblock, 2), -: plane unit quaternions
+ *  @param[in]  V       (nblock, 2), any: vectors
+ */
+void GLO_UTI_QUATROTVECT2D(const int32_t* nblock, const int32_t* flag, double* W, const double* Q, const double* V);
+
+/** Rotation vectors, angle in radians times unit axis, of quaternions of any length but zero.  The angle is at most pi; of a
+ *  half turn the axis is that of the quaternion.  Right to a few units in the last place for every rotation, tiny ones and
+ *  half turns included.
+ *  @param[in]  nblock  (1), block: points
+ *  @param[in]  Q       (nblock, 4), -: quaternions
+ *  @param[out] R       (nblock, 3), rad: rotation vectors
+ */
+void GLO_UTI_ANGLESFROMQUATERNIONS(const int32_t* nblock, const double* Q, double* R);
+
+/** The rotation that carries orientation a to orientation b, in global axes: b conj(a), of unit length and with w >= 0, so
+ *  that it turns by at most half a turn.  (GLO_UTI_MULT3DQUAT gives it in the frame of a.)
+ *  @param[in]  nblock  (1), block: points
+ *  @param[out] Q       (nblock, 4), -: unit quaternions of the increments
+ *  @param[in]  A       (nblock, 4), -: orientations before
+ *  @param[in]  B       (nblock, 4), -: orientations after
+ */
+void GLO_UTI_COMPROTINC(const int32_t* nblock, double* Q, const double* A, const double* B);
+
+/** The increment of GLO_UTI_COMPROTINC as a rotation vector.
+ *  @like GLO_UTI_COMPROTINC
+ *  @param[out] R       (nblock, 3), rad: rotation vectors
+ */
+void GLO_UTI_COMPROTVEC(const int32_t* nblock, double* R, const double* A, const double* B);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Rotation of tensors
+ *
+ * Direction 0 takes tensors from global axes to the frame whose axes are the columns of R, T = R' S R; any other direction
+ * takes them back, T = R S R'.  All arrays have the leading dimension ld, which may exceed the number n of points treated.
+ * T may be S where both have the same storage.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** R = identity.
+ *  @param[in]  nblock  (1), block: points; below 1 does nothing
+ *  @param[out] R       (nblock, 3, 3), -: rotation matrices, row fastest
+ */
+void GLO_UTI_INITROTATIONMATRIX(const int32_t* nblock, double* R);
+
+/** Plane tensors.
+ *  @param[in]  n     (1), block: points
+ *  @param[in]  ld    (1), stride: leading dimension of all arrays
+ *  @param[in]  flag  (1), code 0|1: direction
+ *  @param[in]  R     (ld, 4), -: rotations, R11 R21 R12 R22
+ *  @param[in]  S     (ld, 3), any: tensors, S21
+ *  @param[out] T     (ld, 3), any: rotated tensors, S21
+ */
+void GLO_UTI_ROTATES21(const int32_t* n, const int32_t* ld, const int32_t* flag, const double* R, const double* S,
+                       double* T);
+
+/** Plane tensors whose third component is the engineering shear, twice the tensor shear.
+ *  @like GLO_UTI_ROTATES21
+ *  @param[in]  S     (ld, 3), any: tensors, 11 22 and engineering shear 12
+ *  @param[out] T     (ld, 3), any: rotated tensors, likewise
+ */
+void GLO_UTI_ROTATES21E(const int32_t* n, const int32_t* ld, const int32_t* flag, const double* R, const double* S,
+                        double* T);
+
+/** About axis 3; component 33 is copied.
+ *  @like GLO_UTI_ROTATES21
+ *  @param[in]  S     (ld, 4), any: tensors, S31
+ *  @param[out] T     (ld, 4), any: rotated tensors, S31
+ */
+void GLO_UTI_ROTATES31(const int32_t* n, const int32_t* ld, const int32_t* flag, const double* R, const double* S,
+                       double* T);
+
+/** Tensors without shear, as principal values, about axis 3.
+ *  @like GLO_UTI_ROTATES21
+ *  @param[in]  S     (ld, 3), any: direct components, S30
+ *  @param[out] T     (ld, 4), any: rotated tensors, S31
+ */
+void GLO_UTI_ROTATES30S31(const int32_t* n, const int32_t* ld, const int32_t* flag, const double* R, const double* S,
+                          double* T);
+
+/** In space.
+ *  @like GLO_UTI_ROTATES21
+ *  @param[in]  R     (ld, 9), -: rotations, row fastest
+ *  @param[in]  S     (ld, 6), any: tensors, S33
+ *  @param[out] T     (ld, 6), any: rotated tensors, S33
+ */
+void GLO_UTI_ROTATES33(const int32_t* n, const int32_t* ld, const int32_t* flag, const double* R, const double* S,
+                       double* T);
+
+/** Tensors without shear, as principal values, in space: with direction 1 and the axes of GLO_UTI_PRINCS33 as R the tensor
+ *  that has these values and axes.
+ *  @like GLO_UTI_ROTATES33
+ *  @param[in]  S     (ld, 3), any: direct components, S30
+ *  @param[out] T     (ld, 6), any: rotated tensors, S33
+ */
+void GLO_UTI_ROTATES30S33(const int32_t* n, const int32_t* ld, const int32_t* flag, const double* R, const double* S,
+                          double* T);
 
 /* ---------------------------------------------------------------------------------------------------------------------
  * Gather and scatter
@@ -557,6 +1112,168 @@ void GLO_ASM_SCATTERINT(const int32_t* n, const int32_t* unused, const int32_t* 
  */
 void GLO_ASM_INITINT(const int32_t* n, const int32_t* unused, const int32_t* value, int32_t* G, const int32_t* map);
 
+/** Nodal records of 10-node tetrahedra: L(e,I,k) = G(k,map(e,I)).
+ *  @param[in]  nblock  (1), block: elements; below 1 does nothing
+ *  @param[in]  ncomp   (1), count: components moved, the first ones of a record
+ *  @param[in]  ld      (1), count>=ncomp: length of a record of G
+ *  @param[in]  map     (nblock, 10), entity of G: node of each element and place
+ *  @param[out] L       (nblock, 10, ncomp), any: values of the elements' nodes
+ *  @param[in]  G       (ld, *), any: global records
+ */
+void GLO_UTI_C3D10MGATHER(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map, double* L,
+                          const double* G);
+
+/** Nodal records of 6-node faces of such tetrahedra.
+ *  @param[in]  nblock  (1), block: elements; below 1 does nothing
+ *  @param[in]  ncomp   (1), count: components moved, the first ones of a record
+ *  @param[in]  ld      (1), count>=ncomp: length of a record of G
+ *  @param[in]  map     (nblock, 6), entity of G: node of each element and place
+ *  @param[out] L       (nblock, 6, ncomp), any: values of the elements' nodes
+ *  @param[in]  G       (ld, *), any: global records
+ */
+void GLO_UTI_C3D10MFACEGATHER(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map, double* L,
+                              const double* G);
+
+/** Nodal records of 4-node cohesive elements in the plane.
+ *  @param[in]  nblock  (1), block: elements; below 1 does nothing
+ *  @param[in]  ncomp   (1), count: components moved, the first ones of a record
+ *  @param[in]  ld      (1), count>=ncomp: length of a record of G
+ *  @param[in]  map     (nblock, 4), entity of G: node of each element and place
+ *  @param[out] L       (nblock, 4, ncomp), any: values of the elements' nodes
+ *  @param[in]  G       (ld, *), any: global records
+ */
+void GLO_UTI_COH2DGATHERR(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map, double* L,
+                          const double* G);
+
+/** Nodal field variables of 8-node cohesive elements in space.
+ *  @param[in]  nblock  (1), block: elements; below 1 does nothing
+ *  @param[in]  ncomp   (1), count: components moved, the first ones of a record
+ *  @param[in]  ld      (1), count>=ncomp: length of a record of G
+ *  @param[in]  map     (nblock, 8), entity of G: node of each element and place
+ *  @param[out] L       (nblock, 8, ncomp), any: values of the elements' nodes
+ *  @param[in]  G       (ld, *), any: global records
+ */
+void GLO_UTI_COH3DGATHEREXFV(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map, double* L,
+                             const double* G);
+
+/** Nodal records of 4-node acoustic infinite elements.
+ *  @param[in]  nblock  (1), block: elements; below 1 does nothing
+ *  @param[in]  ncomp   (1), count: components moved, the first ones of a record
+ *  @param[in]  ld      (1), count>=ncomp: length of a record of G
+ *  @param[in]  map     (nblock, 4), entity of G: node of each element and place
+ *  @param[out] L       (nblock, 4, ncomp), any: values of the elements' nodes
+ *  @param[in]  G       (ld, *), any: global records
+ */
+void GLO_UTI_ACOINFGATHERR(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map, double* L,
+                           const double* G);
+
+/** Nodal records of 8-node continuum shells.
+ *  @param[in]  nblock  (1), block: elements; below 1 does nothing
+ *  @param[in]  ncomp   (1), count: components moved, the first ones of a record
+ *  @param[in]  ld      (1), count>=ncomp: length of a record of G
+ *  @param[in]  map     (nblock, 8), entity of G: node of each element and place
+ *  @param[out] L       (nblock, 8, ncomp), any: values of the elements' nodes
+ *  @param[in]  G       (ld, *), any: global records
+ */
+void GLO_UTI_GENGATHERRCONTSHELL(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map, double* L,
+                                 const double* G);
+
+/** Field variables of points: L(i,k) = G(k,map(i)), k = 1..ncomp.
+ *  @param[in]  nblock  (1), block: points; below 1 does nothing
+ *  @param[in]  ncomp   (1), count: components moved, the first ones of a record
+ *  @param[in]  ld      (1), count>=ncomp: length of a record of G
+ *  @param[in]  map     (nblock), entity of G: entity of each point
+ *  @param[out] L       (nblock, ncomp), any: block array
+ *  @param[in]  G       (ld, *), any: global records
+ */
+void GLO_UTI_EXFVGATHERR(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map, double* L,
+                         const double* G);
+
+/** The last component of records: L(i) = G(ld,map(i)).
+ *  @param[in]  nblock  (1), block: points; below 1 does nothing
+ *  @param[in]  ld      (1), count>=1: length of a record of G
+ *  @param[in]  map     (nblock), entity of G: entity of each point
+ *  @param[out] L       (nblock), any: values
+ *  @param[in]  G       (ld, *), any: global records
+ */
+void GLO_UTI_GATHERLASTCOMPR(const int32_t* nblock, const int32_t* ld, const int32_t* map, double* L, const double* G);
+
+/** Rotations, components 4 to 6 of records that begin with three translations: L(i,k) = G(k+3,map(i)).
+ *  @param[in]  nblock  (1), block: points; below 1 does nothing
+ *  @param[in]  ld      (1), count>=6: length of a record of G
+ *  @param[in]  map     (nblock), entity of G: entity of each point
+ *  @param[out] L       (nblock, 3), any: rotations
+ *  @param[in]  G       (ld, *), any: global records
+ */
+void GLO_UTI_ROTVECTGATHERR(const int32_t* nblock, const int32_t* ld, const int32_t* map, double* L, const double* G);
+
+/** Inflow values to records: G(k,map(i)) = L(i,k), k = 1..ncomp; of repeated entities the last point's stay.
+ *  @like GLO_UTI_EXFVGATHERR
+ *  @param[in]     L  (nblock, ncomp), any: block array
+ *  @param[in,out] G  (ld, *), any: global records
+ */
+void GLO_UTI_INFLSCATTERR(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map,
+                          const double* L, double* G);
+
+/** GLO_UTI_INFLSCATTERR for the inflow of Eulerian meshes.
+ *  @like GLO_UTI_INFLSCATTERR
+ */
+void GLO_UTI_EULINFLSCATTERR(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map,
+                             const double* L, double* G);
+
+/** GLO_UTI_INFLSCATTERR for values of exchange.
+ *  @like GLO_UTI_INFLSCATTERR
+ */
+void GLO_UTI_EXCHSCATTERR(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map,
+                          const double* L, double* G);
+
+/** Masses: L(i) = G(map(i)).
+ *  @param[in]  n       (1), block: points; below 1 does nothing
+ *  @param[in]  unused  (1), unread: not read
+ *  @param[out] L       (n), any: values
+ *  @param[in]  G       (*), any: one value for each entity
+ *  @param[in]  map     (n), entity of G: entity of each point
+ */
+void GLO_ASM_GATHERMASS(const int32_t* n, const int32_t* unused, double* L, const double* G, const int32_t* map);
+
+/** Heat fluxes: L(i) = G(map(i)).
+ *  @like GLO_ASM_GATHERMASS
+ */
+void GLO_ASM_GATHERHFLUX(const int32_t* n, const int32_t* unused, double* L, const double* G, const int32_t* map);
+
+/** Second moments of rotary inertia: L(k,i) = G(k,map(i)), k = 1..6.
+ *  @like GLO_ASM_GATHERMASS
+ *  @param[out] L       (6, n), any: local records
+ *  @param[in]  G       (6, *), any: global records
+ */
+void GLO_ASM_GATHERNIR2NDMOM(const int32_t* n, const int32_t* unused, double* L, const double* G, const int32_t* map);
+
+/** Second moments back: G(k,map(i)) = L(k,i), k = 1..6.
+ *  @like GLO_ASM_GATHERNIR2NDMOM
+ *  @param[in]     L  (6, n), any: local records
+ *  @param[in,out] G  (6, *), any: global records
+ */
+void GLO_ASM_SCATTERNIR2NDMOM(const int32_t* n, const int32_t* unused, const double* L, double* G, const int32_t* map);
+
+/** Masses to nodes with one translation: G(1,map(i)) = L(i).
+ *  @like GLO_ASM_GATHERMASS
+ *  @param[in]     L  (n), any: one mass for each point
+ *  @param[in,out] G  (1, *), any: global records
+ */
+void GLO_ASM_SCATTERMASS1(const int32_t* n, const int32_t* unused, const double* L, double* G, const int32_t* map);
+
+/** Masses to nodes with two translations: G(k,map(i)) = L(i), k = 1, 2.
+ *  @like GLO_ASM_SCATTERMASS1
+ *  @param[in,out] G  (2, *), any: global records
+ */
+void GLO_ASM_SCATTERMASS2(const int32_t* n, const int32_t* unused, const double* L, double* G, const int32_t* map);
+
+/** Masses to nodes with three translations: G(k,map(i)) = L(i), k = 1, 2, 3.
+ *  @like GLO_ASM_SCATTERMASS1
+ *  @param[in,out] G  (3, *), any: global records
+ */
+void GLO_ASM_SCATTERMASS3(const int32_t* n, const int32_t* unused, const double* L, double* G, const int32_t* map);
+
 /* ---------------------------------------------------------------------------------------------------------------------
  * Assembly
  *
@@ -633,6 +1350,59 @@ void GLO_OPE_HGENASSEMLASTCOMP(const int32_t* n, const int32_t* comp, const int3
  */
 void GLO_OPE_HASSEM(const int32_t* n, const int32_t* m, const int32_t* unused, const int32_t* ld, const int32_t* K,
                     const int32_t* map, const int32_t* map2, double* G1, double* G2, const double* L);
+
+/** Adds to one component of records: G(comp,map(i)) = G(comp,map(i)) + L(i).
+ *  @param[in]     nblock  (1), block: points; below 1 does nothing
+ *  @param[in]     comp    (1), 1..ld: component
+ *  @param[in]     ld      (1), count>=1: length of a record of G
+ *  @param[in]     unused  (1), unread: not read
+ *  @param[in,out] G       (ld, *), any: global records
+ *  @param[in]     L       (nblock), any: values
+ *  @param[in]     map     (nblock), entity of G: entity of each point
+ */
+void GLO_OPE_GENASSEM1(const int32_t* nblock, const int32_t* comp, const int32_t* ld, const int32_t* unused, double* G,
+                       const double* L, const int32_t* map);
+
+/** Adds to the first two components of records.
+ *  @like GLO_OPE_GENASSEM1
+ *  @param[in]     comp    (1), unread: not read
+ *  @param[in]     ld      (1), count>=2: length of a record of G
+ *  @param[in]     L       (nblock, 2), any: block array
+ */
+void GLO_OPE_GENASSEM2(const int32_t* nblock, const int32_t* comp, const int32_t* ld, const int32_t* unused, double* G,
+                       const double* L, const int32_t* map);
+
+/** Adds to the last component of records, the pressure of acoustic infinite elements.
+ *  @like GLO_OPE_GENASSEM1
+ *  @param[in]     comp    (1), unread: not read
+ */
+void GLO_OPE_GENASSEMACOINF(const int32_t* nblock, const int32_t* comp, const int32_t* ld, const int32_t* unused,
+                            double* G, const double* L, const int32_t* map);
+
+/** Adds integers, modulo 2^32: G(k,map(i)) = G(k,map(i)) + L(i,k), k = 1..ncomp.
+ *  @param[in]     nblock  (1), block: points; below 1 does nothing
+ *  @param[in]     ncomp   (1), count: components, the first ones of a record
+ *  @param[in]     ld      (1), count>=ncomp: length of a record of G
+ *  @param[in]     unused  (1), unread: not read
+ *  @param[in,out] G       (ld, *), any: global records
+ *  @param[in]     L       (nblock, ncomp), any: block array
+ *  @param[in]     map     (nblock), entity of G: entity of each point
+ */
+void GLO_OPE_GENASSEMINT(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* unused,
+                         int32_t* G, const int32_t* L, const int32_t* map);
+
+/** Adds the nodal values of 8-node continuum shells: G(k,map(e,I)) = G(k,map(e,I)) + L(e,I,k), element by element and node by
+ *  node.
+ *  @param[in]     nblock  (1), block: elements; below 1 does nothing
+ *  @param[in]     ncomp   (1), count: components, the first ones of a record
+ *  @param[in]     ld      (1), count>=ncomp: length of a record of G
+ *  @param[in]     unused  (1), unread: not read
+ *  @param[in,out] G       (ld, *), any: global records
+ *  @param[in]     L       (nblock, 8, ncomp), any: values of the elements' nodes
+ *  @param[in]     map     (nblock, 8), entity of G: node of each element and place
+ */
+void GLO_OPE_GENASSEMCONTSHELL(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* unused,
+                               double* G, const double* L, const int32_t* map);
 
 #ifdef __cplusplus
 }
