@@ -87,7 +87,7 @@ SA_KERNEL(GLO_UTI_EXPS31, (const int32_t* nblock, const double* S, double* E), (
     forPoints(n, [&](int i) SA_POINT { growing[i] = vm::exp(mean[i] + radius[i]); });
     forPoints(n, [&](int i) SA_POINT { falling[i] = vm::exp(mean[i] - radius[i]); });
     forPoints(n, [=, &third](int i) SA_POINT { third[i] = vm::exp(S[start + i + 2 * N]); });
-    forPoints(n, [=, &mean, &half, &radius, &growing, &falling, &third](int i) SA_POINT {
+    forPoints(n, [=, &half, &radius, &growing, &falling, &third](int i) SA_POINT {
       const int k = start + i;
       const double r = radius[i], z = r * r, middle = 0.5 * growing[i] + 0.5 * falling[i];
       // sinh(r)/r e^m: near r = 0 the middle times the series of tanh(r)/r
