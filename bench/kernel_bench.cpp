@@ -7,6 +7,7 @@
 #include "glo/kernel.h"
 #include "glo/vmath.h"
 #include "host_services.h"
+#include "peer_kernels.h"
 #include "plain_kernels.h"
 #include "spx.h"
 #include "tests/support/random.h"
@@ -149,6 +150,77 @@ Case mapCase(const char* name, Order order, Call kernel, Call plain, int arithme
           0,      bytes};
 }
 
+// Kernels beside Eigen, and data movement beside a copy of as many bytes.
+void addPeers(std::vector<Case>& list) {
+  list.push_back(
+      principalCase("EIG33, Eigen direct", GLO_UTI_EIG33, peer::eigenDirectValues, 3, 0, 4 * 3 * 25, 4 * 3 * 4));
+  list.push_back(principalCase("EIG33V, Eigen direct", GLO_UTI_EIG33V, peer::eigenDirect, 3, 9, 4 * 3 * 40, 4 * 3 * 4));
+  list.push_back(
+      principalCase("EIG33V, Eigen iterative", GLO_UTI_EIG33V, peer::eigenIterative, 3, 9, 4 * 3 * 40, 4 * 3 * 4));
+  list.push_back(
+      principalCase("PRINCS33, Eigen direct", GLO_UTI_PRINCS33, peer::eigenDirect, 3, 9, 3 * 3 * 55, 3 * 3 * 5));
+  const auto quaternions = [](auto call) {
+    return [call](int32_t n, const Arrays& a) {
+      const int32_t op = 1;
+      call(&n, &op, a[0], a[1], a[2]);
+    };
+  };
+  list.push_back({"QUAT3DALGEBRA, Eigen",
+                  {4, 4, 4},
+                  [](int n, const Arrays& a, Random& random) {
+                    uniform(4 * n, a[1], random, -1, 1);
+                    uniform(4 * n, a[2], random, -1, 1);
+                  },
+                  quaternions(GLO_UTI_QUAT3DALGEBRA),
+                  quaternions(peer::eigenQuaternions),
+                  37,
+                  2});
+
+  // a copy reads and writes half of the bytes each
+  using Call = std::function<void(int32_t, const Arrays&)>;
+  const auto copies = [](int64_t bytesPerPoint, std::size_t from, std::size_t to) -> Call {
+    return [=](int32_t n, const Arrays& a) { peer::copyBytes(n * bytesPerPoint / 2, a[from], a[to]); };
+  };
+  const auto nothing = [](int, const Arrays&, Random&) {};
+  list.push_back({"COPYR, memcpy",
+                  {1, 1},
+                  nothing,
+                  [](int32_t n, const Arrays& a) { GLO_UTI_COPYR(&n, a[0], a[1]); },
+                  copies(16, 0, 1)});
+  list.push_back({"BROADCASTR, memcpy",
+                  {2},
+                  nothing,
+                  [](int32_t n, const Arrays& a) {
+                    const double value = 1;
+                    const int32_t values = 2 * n;
+                    GLO_UTI_BROADCASTR(&values, &value, a[0]);
+                  },
+                  [](int32_t n, const Arrays& a) { peer::copyBytes(8 * n, a[0], a[0] + n); }});
+  const auto movedInOrder = [](int n, const Arrays& a, Random& random) { fillMap(n, a[0], random, Order::Ordered); };
+  list.push_back({"GATHERR, memcpy",
+                  {1, 3, 3},
+                  movedInOrder,
+                  [](int32_t n, const Arrays& a) {
+                    const int32_t components = 3, ld = global().entities;
+                    GLO_UTI_GATHERR(&n, &components, &ld, integers(a[0]), a[1], global().values.data());
+                  },
+                  copies(48, 1, 2),
+                  0,
+                  0,
+                  52});
+  list.push_back({"SCATTERR, memcpy",
+                  {1, 3, 3},
+                  movedInOrder,
+                  [](int32_t n, const Arrays& a) {
+                    const int32_t components = 3, ld = global().entities;
+                    GLO_UTI_SCATTERR(&n, &components, &ld, integers(a[0]), a[1], global().values.data());
+                  },
+                  copies(48, 1, 2),
+                  0,
+                  0,
+                  52});
+}
+
 constexpr int kKeySets = 200; // an even number
 
 std::vector<Case> cases() {
@@ -277,6 +349,7 @@ std::vector<Case> cases() {
                   0,
                   12});
 
+  addPeers(list);
   list.push_back(mathCase("exp", expLoop, plain::exp, -20, 20, 38, 0));
   list.push_back(mathCase("exp, never subnormal", expClampedLoop, plain::exp, -20, 20, 36, 0));
   list.push_back(mathCase("log", logLoop, plain::log, 0.1, 10, 31, 1));
