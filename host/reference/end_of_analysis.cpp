@@ -1,4 +1,6 @@
 // Ranks, kill requests and the status of the job.
+#include "diagnostic_store.h"
+#include "guarded.h"
 #include "host_services.h"
 #include "job.h"
 
@@ -32,8 +34,7 @@ void withdrawKill() { killed = false; }
 using namespace sharedanalysis::host;
 
 int32_t ELI_GETKILLSIGNAL(void) { return killSignal() ? 1 : 0; }
-void DXT_SETJOBSTATUS_XPL(const int32_t* status) { job().status = *status; }
-
-// One process: there is no communication to end.
-int32_t DMPC_GETRANK(void) { return 0; }
-void DMPC_TERMINATECOMM(const int32_t*) {}
+void DXT_SETJOBSTATUS_XPL(const int32_t* status) {
+  job().status = *status;
+  guarded([=] { diagnostics().setStatus(*status); });
+}

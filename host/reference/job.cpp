@@ -1,5 +1,7 @@
 #include "job.h"
 
+#include "diagnostic_store.h"
+#include "resources.h"
 #include "threads.h"
 
 namespace sharedanalysis::host {
@@ -83,15 +85,29 @@ void Job::closeFiles() {
 
 JobFiles openJob(const std::string& name, const std::filesystem::path& directory) {
   closeJob();
-  return job().open(name, directory);
+  const JobFiles files = job().open(name, directory);
+  try {
+    diagnostics().open(name, directory);
+  } catch (...) {
+    job().close();
+    throw;
+  }
+  resetErrorStatusAndCounters();
+  return files;
 }
 
 void closeJob() {
   deliverAll();
+  const std::filesystem::path database = diagnosticDatabase();
+  const std::error_code error = diagnostics().close();
   job().close();
+  if (error) throw std::system_error(error, "cannot write " + database.string());
 }
 
-std::error_code writeError() { return job().error(); }
+std::error_code writeError() {
+  const std::error_code error = job().error();
+  return error ? error : diagnostics().error();
+}
 int64_t unfiledRecords() {
   deliverAll();
   return job().unfiled;

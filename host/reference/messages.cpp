@@ -1,4 +1,5 @@
 // Message channels, status channel and error reports.
+#include "guarded.h"
 #include "host_services.h"
 #include "ipm_MessageTransmit.h"
 #include "job.h"
@@ -12,16 +13,6 @@ namespace sharedanalysis::host {
 namespace {
 
 constexpr int32_t kAborted = 2;
-
-// Services never throw: what cannot be written for want of memory counts as unfiled.
-template <class Body>
-void guarded(Body body) noexcept {
-  try {
-    body();
-  } catch (...) {
-    ++job().unfiled;
-  }
-}
 
 // Blanks at the end of a line are of no use in a file.
 void writeLine(int32_t unit, int32_t message, std::string_view line) {

@@ -8,8 +8,10 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <string>
 #include <system_error>
+#include <vector>
 
 namespace sharedanalysis::host {
 
@@ -19,8 +21,9 @@ struct JobFiles {
   std::filesystem::path status;  // <job>.sta: one line for each record of the status channel: type, then text
 };
 
-// Opens the files of a job, emptying older ones of the name; a job that is still open is closed first.  Job status and
-// thread error start afresh; a kill request stays.  Throws std::system_error naming the file; then no job is open.
+// Opens the files of a job, emptying older ones of the name; a job that is still open is closed first.  Job status, thread
+// error, error status, the counter blocks and the numbers of stored diagnostics start afresh; a kill request stays.
+// Throws std::system_error naming the file; then no job is open.
 SA_HOST_SERVICE JobFiles openJob(const std::string& job, const std::filesystem::path& directory);
 
 // Brings all files up to date and closes them.  Throws std::system_error naming the file if anything was lost on the way,
@@ -30,7 +33,11 @@ SA_HOST_SERVICE void closeJob();
 // The first write error of the open job, or no error.  Messages never fail; what could not be written is known here.
 SA_HOST_SERVICE std::error_code writeError();
 
-// Lines and status records that reached no file: no job was open, or the channel is neither -6 nor -7.
+// The diagnostic database of the open job: <job>.diagnostics.sqlite in its directory, or the file of SetDdbName.  The name
+// counts when it is set before the first record or step; a job that has neither has no database.  Empty without a job.
+SA_HOST_SERVICE std::filesystem::path diagnosticDatabase();
+
+// Lines, status records and diagnostics that reached no file: no job was open, or the channel is neither -6 nor -7.
 SA_HOST_SERVICE int64_t unfiledRecords();
 
 // The status that the library reported last, 2 after LFC_XUT_ABORT, -1 when there is none.
@@ -49,7 +56,47 @@ SA_HOST_SERVICE void requestKill();
 // For a program that goes on with another job.
 SA_HOST_SERVICE void withdrawKill();
 
+// Consecutive numbers of the solver and the labels that they have in a part instance: number first + k has firstLabel + k.
+struct NumberRange {
+  int32_t first, count, firstLabel;
+};
+
+struct PartInstance {
+  std::string name;
+  std::vector<NumberRange> nodes, elements;
+};
+
+struct Model {
+  std::vector<PartInstance> parts;           // none: every number keeps itself
+  std::map<std::string, std::string> labels; // names behind label references, the texts that begin with " L"
+};
+
+// The numbers of a list as ranges; numbers[k] has labels[k].  Throws std::invalid_argument for lists of different lengths.
+SA_HOST_SERVICE std::vector<NumberRange> numberRanges(const std::vector<int32_t>& numbers,
+                                                      const std::vector<int32_t>& labels);
+
+// The model that numbers are looked up in; it stays until another is set, and does not change while a job runs.
+// Throws std::invalid_argument when two parts have the same number; then the model stays as it was.
+SA_HOST_SERVICE void setModel(const Model& model);
+SA_HOST_SERVICE bool modelIsInParts();
+
+// A mark of the resource monitor: seconds since the job was opened, processor time and peak memory of the process.
+struct ResourceMark {
+  std::string text;
+  double elapsed, processor;
+  int64_t peakMemory; // bytes
+};
+
+// The last marks of the process, at most 1024, in order.
+SA_HOST_SERVICE std::vector<ResourceMark> resourceMarks();
+
 // Host components that are started, 0 to 13.
 SA_HOST_SERVICE int32_t liveComponents();
+
+// Where a launcher has started the process on several ranks, connects them through MPI; else does nothing.  Returns the
+// number of ranks.  Throws std::runtime_error when the library with the MPI transport cannot be loaded.
+SA_HOST_SERVICE int connectRanks();
+// Ends the connection; every rank calls it, after its last message.
+SA_HOST_SERVICE void disconnectRanks();
 
 } // namespace sharedanalysis::host

@@ -4,8 +4,12 @@
 #include "host_services.h"
 #include "job.h"
 #include "thr_ErrorInThread.h"
+#include "thr_GlobalLock.h"
+#include "thr_ThrSingletonRegistry.h"
 
+#include <algorithm>
 #include <list>
+#include <vector>
 
 namespace sharedanalysis::host {
 namespace {
@@ -40,6 +44,34 @@ struct ThreadEnd {
   void watch() {}
 };
 thread_local ThreadEnd threadEnd;
+
+// Outlives the static objects of the program.
+std::mutex& globalMutex() {
+  static std::mutex& instance = *new std::mutex;
+  return instance;
+}
+
+// What the thread owns is released at its end, the last first; for the main thread, when the program returns or exits.
+thread_local bool releasesAreOver = false;
+class Releases {
+public:
+  ~Releases() {
+    // a release may register another one
+    for (std::size_t next = routines_.size(); next > 0; next = routines_.size()) {
+      void (*const release)() = routines_.back();
+      routines_.pop_back();
+      release();
+    }
+    releasesAreOver = true;
+  }
+  void add(void (*release)()) {
+    if (std::find(routines_.begin(), routines_.end(), release) == routines_.end()) routines_.push_back(release);
+  }
+
+private:
+  std::vector<void (*)()> routines_;
+};
+thread_local Releases releases;
 
 } // namespace
 
@@ -94,4 +126,12 @@ int32_t DSM_KER_LASTMESSAGEID(void) { return thisThread().data.messageNumber - 1
 
 void thr_ErrorInThread(int32_t state) {
   if (state != 0) job().threadError = true;
+}
+
+thr_GlobalLock::thr_GlobalLock() { globalMutex().lock(); }
+thr_GlobalLock::~thr_GlobalLock() { globalMutex().unlock(); }
+
+// After the releases, from the destructor of another thread-local object, it is too late: the object stays.
+void thr_ThrSingletonRegistry::Register(void (*release)()) {
+  if (!releasesAreOver) releases.add(release);
 }

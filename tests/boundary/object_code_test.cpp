@@ -21,13 +21,16 @@ const std::set<std::string> kWithoutVectors = {
     "GLO_ASM_GATHERINT",   // integers alone
     "GLO_ASM_SCATTERINT",  // integers alone, in point order
     "GLO_ASM_INITINT",     // integers alone, in point order
-    "GLO_UTI_BROADCAST0D", // becomes a call of memset
+    "GLO_UTI_VSUMI",       // integers alone
+    "GLO_UTI_VCOPYRINDX",  // point by point through a list
+    "GLO_UTI_BROADCAST0D", // these become calls of memset
+    "GLO_UTI_BROADCAST0R", "GLO_UTI_BROADCAST0I", "GLO_UTI_BROADCAST0S",
 };
 // Maps may repeat and points keep their order, or single values are picked from records: scalar loads and stores.
-const std::regex kThroughMaps("GLO_(UTI_(GEN|MPC)?(GATHER|SCATTER).*|ASM_(GATHER|SCATTER)|OPE_.*ASSEM.*)");
+const std::regex kThroughMaps("GLO_(UTI_.*(GATHER|SCATTER).*|ASM_(GATHER|SCATTER).*|OPE_.*ASSEM.*)");
 
 // Copies move bits: full registers of any type will do.
-const std::set<std::string> kCopies = {"GLO_UTI_COPYR", "GLO_UTI_BROADCASTR"};
+const std::regex kCopies("GLO_UTI_(COPYR|.*BROADCAST.*)");
 
 // What a body may call: block moves of the C library, the compiler's unwinding, and the recursion of the sorts, which holds no
 // vector code.
@@ -53,7 +56,7 @@ bool usesVectors(const std::string& instruction, const Clone& clone) {
   static const std::regex kPackedDouble("[a-z0-9]*pd[0-9a-z]*\\s.*"), kMove("v?mov(ap|up|dq)[a-z0-9]*\\s.*");
   if (instruction.find(registerOf(clone.set)) == std::string::npos) return false;
   return std::regex_match(instruction, kPackedDouble) ||
-         (kCopies.count(clone.kernel) != 0 && std::regex_match(instruction, kMove));
+         (std::regex_match(clone.kernel, kCopies) && std::regex_match(instruction, kMove));
 }
 
 // What is wrong with the body of a clone; identical bodies share code, then one only jumps to the other.
