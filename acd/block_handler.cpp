@@ -3,6 +3,7 @@
 
 #include "acd.h"
 #include "acd/diagnostics.h"
+#include "acd/succeeds.h"
 #include "dia_MetadataTable.h"
 #include "dmpC_CommContainer.h"
 #include "glo/kernel.h"
@@ -252,15 +253,13 @@ acd_block_handler& thr_ThreadSingleton<acd_block_handler>::Instance() {
 void sa::acd::releaseHandler() { Slot::release(); }
 
 SA_EXPORT void acd_handler_setactive_xpl_c(void) {
-  try {
-    thr_ThreadSingleton<acd_block_handler>::Instance().SetActive();
-  } catch (...) { // no memory for a handler: diagnostics go to the extractor
-  }
+  // without memory for a handler diagnostics go to the extractor
+  sa::acd::succeeds([] { thr_ThreadSingleton<acd_block_handler>::Instance().SetActive(); });
 }
 SA_EXPORT void ACD_HANDLER_SETACTIVE_XPL(void) { acd_handler_setactive_xpl_c(); }
 
 SA_EXPORT void acd_comm_blocks(void) {
-  try {
+  const bool done = sa::acd::succeeds([] {
     acd_block_handler& handler = thr_ThreadSingleton<acd_block_handler>::Instance();
     if (!handler.IsActive()) return;
     constexpr int32_t tag = 0;
@@ -270,7 +269,6 @@ SA_EXPORT void acd_comm_blocks(void) {
       if (rank == handler.GetOwnerRank()) continue;
       while (const char* const record = handler.NextRecord(rank, tag)) sa::acd::fileRecord(record, rank);
     }
-  } catch (...) {
-    internalError(Solver::Explicit, "No memory for received diagnostics");
-  }
+  });
+  if (!done) internalError(Solver::Explicit, "No memory for received diagnostics");
 }

@@ -3,6 +3,7 @@
 
 #include "acd.h"
 #include "acd/printed_output.h"
+#include "acd/succeeds.h"
 #include "acd_block_handler.h"
 #include "bcu_ErrorStatus.h"
 #include "dia_Codes.h"
@@ -138,12 +139,8 @@ bool collect(acd_block_handler& handler, const Diagnostic& d) {
 
 // Memory is all that can fail here.  The error status is set, the host knows; the record is lost and nothing else.
 template <class Body>
-void guarded(Body body) noexcept {
-  try {
-    body();
-  } catch (...) {
-    bcu_ErrorStatus::setErrorCode(kErrorStatus);
-  }
+void guarded(Body body) {
+  if (!succeeds(body)) bcu_ErrorStatus::setErrorCode(kErrorStatus);
 }
 
 constexpr const char* kCutbackReasons[] = {
@@ -191,7 +188,7 @@ void file(Solver solver, const Diagnostic& d) {
   });
 }
 
-void record(Solver solver, const Diagnostic& d) noexcept {
+void record(Solver solver, const Diagnostic& d) {
   if (d.kind == Kind::Error) bcu_ErrorStatus::setErrorCode(kErrorStatus);
   guarded([&] {
     acd_block_handler& handler = thr_ThreadSingleton<acd_block_handler>::Instance();
@@ -233,7 +230,7 @@ void fileRecord(const char* record, int32_t domain) {
                           {ints.data(), reals.data(), strings.data(), nodes.data(), elements.data()}});
 }
 
-void internalError(Solver solver, const char* message) noexcept {
+void internalError(Solver solver, const char* message) {
   bcu_ErrorStatus::setErrorCode(kErrorStatus);
   guarded([&] {
     with(solver, [&](auto target) {
@@ -246,7 +243,7 @@ void internalError(Solver solver, const char* message) noexcept {
   });
 }
 
-void cutback(int32_t code, bool print) noexcept {
+void cutback(int32_t code, bool print) {
   guarded([&] {
     dxt_DiagnosticExtractor::Instance().AddCutbackDiagnostic(code);
     if (print) printMessage(kNoteHeader, kCutbackReasons[code], EmptyLine::Before);

@@ -33,7 +33,7 @@ struct Diagnostic {
 bool isValid(Kind kind, int32_t code);
 
 // Collects the diagnostic in the thread's handler when that is collecting, else files it.
-void record(Solver solver, const Diagnostic& diagnostic) noexcept;
+void record(Solver solver, const Diagnostic& diagnostic);
 
 // Hands the diagnostic to the extractor, prints it and tells the status channel.
 void file(Solver solver, const Diagnostic& diagnostic);
@@ -41,9 +41,9 @@ void file(Solver solver, const Diagnostic& diagnostic);
 // Files a received record in the explicit extractor, domain being the rank that it comes from.
 void fileRecord(const char* record, int32_t domain);
 
-void internalError(Solver solver, const char* message) noexcept;
+void internalError(Solver solver, const char* message);
 
-void cutback(int32_t code, bool print) noexcept;
+void cutback(int32_t code, bool print);
 
 // A node as it is stored: by instance and label, or in the one instance of a model without parts.
 dia_Entity nodeOf(bool inParts, int32_t number);

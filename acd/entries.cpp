@@ -1,6 +1,7 @@
 // The entries of the diagnostics: each in its lower-case form and as the upper-case twin that calls it.
 #include "acd.h"
 #include "acd/diagnostics.h"
+#include "acd/succeeds.h"
 #include "acd_block_handler.h"
 #include "bcu_ResourceMonitor.h"
 #include "dia_MetadataTable.h"
@@ -219,18 +220,22 @@ void recordValid(const Entry& entry, int32_t code, int32_t domain, const Arrays&
 template <class Use>
 void withStrings(const Entry& entry, int32_t code, const char* strings, int64_t stringLength, Use use) {
   if (!sa::acd::isValid(entry.kind, code)) return invalidCode(entry);
-  try {
+  std::string texts; // one after the other, each with its zero
+  std::vector<const char*> pointers;
+  const bool converted = sa::acd::succeeds([&] {
     const int32_t table = entry.kind == Kind::Contact ? 1 : 0;
     const int32_t count = dia_MetadataTable::Instance(table).GetNumStringValues(code);
-    std::vector<std::string> texts;
-    std::vector<const char*> pointers;
-    for (int32_t k = 0; k < count; ++k)
-      texts.emplace_back(strings == nullptr ? "" : padded(strings + k * stringLength, stringLength));
-    for (const std::string& text : texts) pointers.push_back(text.c_str());
-    use(pointers.data());
-  } catch (...) { // no memory for the texts: recorded without them
-    use(nullptr);
-  }
+    for (int32_t k = 0; k < count; ++k) {
+      texts.append(strings == nullptr ? "" : padded(strings + k * stringLength, stringLength));
+      texts.push_back('\0');
+    }
+    const char* next = texts.data();
+    for (int32_t k = 0; k < count; ++k) {
+      pointers.push_back(next);
+      next += std::string_view(next).size() + 1;
+    }
+  });
+  use(converted ? pointers.data() : nullptr); // without memory for the texts recorded without them
 }
 
 } // namespace
@@ -289,12 +294,11 @@ constexpr int kResiduals = 4, kCompatibilities = 2, kStatusValues = 9;
 // body(values), values holding the given reals; without memory the record is lost.
 template <class Body>
 void withReals(const double* reals, int count, Body body) {
-  try {
+  sa::acd::succeeds([&] {
     dia_Values values;
     values.reals.assign(reals, reals + count);
     body(values);
-  } catch (...) {
-  }
+  });
 }
 
 } // namespace
@@ -317,13 +321,12 @@ SA_TWIN_VALUES(acd_cutback_diagnostic_c, ACD_CUTBACK_DIAGNOSTIC, int32_t, code, 
                sa::acd::cutback(code, print == 1))
 
 SA_EXPORT void acd_status_xpl_c(int32_t status, int32_t node, const double* reals) {
-  try {
+  sa::acd::succeeds([=] { // without memory for a name the record is lost
     std::array<double, kStatusValues> values{};
     for (std::size_t k = 0; k < values.size(); ++k) values[k] = reals[k];
     const dia_Entity entity = sa::acd::nodeOf(explicitExtractor().IsModelInParts(), node);
     explicitExtractor().AddXplStatus(status, entity.label, entity.instance, values);
-  } catch (...) { // no memory for a name: the record is lost
-  }
+  });
 }
 SA_EXPORT void ACD_STATUS_XPL(const int32_t* status, const int32_t* node, const double* reals) {
   acd_status_xpl_c(*status, *node, reals);

@@ -2,6 +2,7 @@
 #include "acd/printed_output.h"
 
 #include "acd.h"
+#include "acd/succeeds.h"
 #include "glo/kernel.h"
 #include "host_services.h"
 
@@ -45,10 +46,8 @@ void printMessage(std::string_view header, std::string_view text, EmptyLine empt
 } // namespace sa::acd
 
 SA_EXPORT void acd_write(int32_t unit, const char* text) {
-  try {
-    sa::acd::writeLine(unit, text == nullptr ? "" : text, {});
-  } catch (...) { // no memory for a line: nothing is written
-  }
+  // without memory for a line nothing is written
+  sa::acd::succeeds([=] { sa::acd::writeLine(unit, text == nullptr ? "" : text, {}); });
 }
 
 SA_EXPORT void acd_flush(int32_t unit) { LFC_XUT_XPLMSGFLUSH(&unit); }

@@ -30,6 +30,11 @@ struct Less {
   SA_INLINE static bool wins(double a, double b) { return a < b || a != a; }
 };
 
+template <class Order>
+SA_INLINE double winner(double a, double b) {
+  return Order::wins(a, b) ? a : b;
+}
+
 // The value of an array that wins against all others, in eight running ones; a NaN wins over everything.
 template <class Order, class Value>
 SA_INLINE double extremeOf(int n, double start, Value value) {
@@ -46,9 +51,9 @@ SA_INLINE double extremeOf(int n, double start, Value value) {
     for (int lane = 0; lane < kLanes; ++lane) take(lane, i + lane);
   }
   for (int i = whole; i < n; ++i) take(i - whole, i);
-  double winner = best[0];
-  for (const double b : best) winner = Order::wins(b, winner) && winner == winner ? b : winner;
-  return winner;
+  double last = best[0];
+  for (const double b : best) last = Order::wins(b, last) && last == last ? b : last;
+  return last;
 }
 
 // 1 / length of each vector, scaled by its largest component, so that no square overflows or vanishes; 0 for a zero vector.
@@ -81,8 +86,8 @@ SA_VECTOR_2(GLO_UTI_VADDR, a[i] + b[i])
 SA_VECTOR_2(GLO_UTI_VSUBR, a[i] - b[i])
 SA_VECTOR_2(GLO_UTI_VMULTR, a[i] * b[i])
 SA_VECTOR_2(GLO_UTI_VMULTADDR, result[i] + a[i] * b[i])
-SA_VECTOR_2(GLO_UTI_MAXR, Greater::wins(a[i], b[i]) ? a[i] : b[i])
-SA_VECTOR_2(GLO_UTI_MINR, Less::wins(a[i], b[i]) ? a[i] : b[i])
+SA_VECTOR_2(GLO_UTI_MAXR, winner<Greater>(a[i], b[i]))
+SA_VECTOR_2(GLO_UTI_MINR, winner<Less>(a[i], b[i]))
 
 SA_KERNEL(GLO_UTI_VDIRECTMULTR, (const int32_t* n, double* a, const double* b), (n, a, b)) {
   forPoints(*n, [=](int i) SA_POINT { a[i] = a[i] * b[i]; });

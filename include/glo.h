@@ -1131,8 +1131,8 @@ void GLO_UTI_C3D10MGATHER(const int32_t* nblock, const int32_t* ncomp, const int
  *  @param[out] L       (nblock, 6, ncomp), any: values of the elements' nodes
  *  @param[in]  G       (ld, *), any: global records
  */
-void GLO_UTI_C3D10MFACEGATHER(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map, double* L,
-                              const double* G);
+void GLO_UTI_C3D10MFACEGATHER(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map,
+                              double* L, const double* G);
 
 /** Nodal records of 4-node cohesive elements in the plane.
  *  @param[in]  nblock  (1), block: elements; below 1 does nothing
@@ -1153,8 +1153,8 @@ void GLO_UTI_COH2DGATHERR(const int32_t* nblock, const int32_t* ncomp, const int
  *  @param[out] L       (nblock, 8, ncomp), any: values of the elements' nodes
  *  @param[in]  G       (ld, *), any: global records
  */
-void GLO_UTI_COH3DGATHEREXFV(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map, double* L,
-                             const double* G);
+void GLO_UTI_COH3DGATHEREXFV(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map,
+                             double* L, const double* G);
 
 /** Nodal records of 4-node acoustic infinite elements.
  *  @param[in]  nblock  (1), block: elements; below 1 does nothing
@@ -1164,8 +1164,8 @@ void GLO_UTI_COH3DGATHEREXFV(const int32_t* nblock, const int32_t* ncomp, const 
  *  @param[out] L       (nblock, 4, ncomp), any: values of the elements' nodes
  *  @param[in]  G       (ld, *), any: global records
  */
-void GLO_UTI_ACOINFGATHERR(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map, double* L,
-                           const double* G);
+void GLO_UTI_ACOINFGATHERR(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map,
+                           double* L, const double* G);
 
 /** Nodal records of 8-node continuum shells.
  *  @param[in]  nblock  (1), block: elements; below 1 does nothing
@@ -1175,8 +1175,8 @@ void GLO_UTI_ACOINFGATHERR(const int32_t* nblock, const int32_t* ncomp, const in
  *  @param[out] L       (nblock, 8, ncomp), any: values of the elements' nodes
  *  @param[in]  G       (ld, *), any: global records
  */
-void GLO_UTI_GENGATHERRCONTSHELL(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map, double* L,
-                                 const double* G);
+void GLO_UTI_GENGATHERRCONTSHELL(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map,
+                                 double* L, const double* G);
 
 /** Field variables of points: L(i,k) = G(k,map(i)), k = 1..ncomp.
  *  @param[in]  nblock  (1), block: points; below 1 does nothing

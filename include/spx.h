@@ -264,8 +264,8 @@ void SPX_MAT_HYPERPOLYS30(const int32_t* nblock, const double* C10, const double
  *  @param[out]    bulk    (nblock), Pa: 3 J (p + dp/dJ)
  */
 void SPX_MAT_HYPERPOLY3DEXP(const int32_t* nblock, const double* C10, const double* C01, const double* C20,
-                            const double* C11, const double* C02, const double* rD1, const double* rD2,
-                            const double* V, double* stress, double* flag, double* bound, double* bulk);
+                            const double* C11, const double* C02, const double* rD1, const double* rD2, const double* V,
+                            double* stress, double* flag, double* bound, double* bulk);
 
 #ifdef __cplusplus
 }

@@ -11,6 +11,7 @@
 #include <limits>
 #include <map>
 #include <numbers>
+#include <numeric>
 
 #ifdef _OPENMP
 #include <omp.h>
@@ -43,38 +44,66 @@ struct PrescribedComponent {
 struct DomainState {
   Domain domain;
   std::vector<Block> blocks;
-  std::vector<double> force; // records of the touched nodes
+  std::vector<double> force; // records of the nodes that it touches, its own first
   size_t firstPrescribed = 0, endPrescribed = 0;
   BlockWork work;
   double stableIncrement = kInfinity;
   int64_t masked = 0;
+
+  bool owns(int32_t node) const { return node >= domain.firstNode && node < domain.endNode; }
 };
+
+// What an increment leaves for the decision about the next one, on this rank or on all of them.
+struct Outcome {
+  double smallest = kInfinity; // stable increment; NaN when something is not a number
+  bool masked = false, killed = false;
+};
+
+// What sums and fields are made of, whole on the root.
+struct Collected {
+  std::vector<double> x, velocity;                      // (3, nodes), internal numbering
+  std::vector<double> reactions, work, prescribedSpeed; // of the prescribed components
+  std::vector<double> bricks;                           // (kBrickValues, bricks)
+};
+constexpr int kBrickValues = 11; // volume, strain energy density, hourglass and viscous energy, mask, stress
 
 } // namespace
 
 struct Analysis::Data {
   const Mesh& mesh;
   const Case& definition;
+  Ranks ranks;
   Numbering numbering;
-  std::vector<DomainState> domains;
-  std::vector<int32_t> ownerOfBrick;           // the domain of its lowest node
+  std::vector<Neighbour> neighbours;
+  std::vector<DomainState> domains;            // of this rank
   std::vector<double> X, x, v, mass, rMass;    // internal numbering; v at the last half step
   std::vector<PrescribedComponent> prescribed; // by position
   double time = 0, lastIncrement = 0, stable = 0, firstStable = 0;
   int64_t increment = 0, updates = 0;
   Ending ending = Ending::Running;
   std::vector<int64_t> distorted;
-  std::vector<double> strainDensity, hourglass; // of every brick, at the present positions
-  bool energiesCurrent = false;
+  std::vector<int64_t> firstPrescribedOfRank;
+  std::vector<size_t> prescribedOrder; // as one rank has them: sums run in this order
+  Collected collected;
+  Energies energies;
+  bool isCollected = false;
+  bool rankLost = false;
   std::vector<double> displacement, velocity, reaction, stress, elementEnergy, elementMask;
 
   Data(const Mesh& m, const Case& c) : mesh(m), definition(c) {}
 
   int64_t nodes() const { return static_cast<int64_t>(numbering.nodes.size()); }
   int64_t bricks() const { return static_cast<int64_t>(numbering.elements.size()); }
-  bool owned(const DomainState& state, int32_t brick) const {
-    return &domains[static_cast<size_t>(ownerOfBrick[brick])] == &state;
+  // No exception leaves the loop over increments: that a rank is lost is told after it.
+  template <class Body>
+  void guarded(Body body) noexcept {
+    try {
+      if (!rankLost) body();
+    } catch (...) {
+      rankLost = true;
+    }
   }
+  bool speaksFor(const DomainState& state, int32_t brick) const { return state.owns(numbering.lowestNode(brick)); }
 
   std::vector<int32_t> materials() const;
   void setUpDomains(int threads);
@@ -83,10 +112,14 @@ struct Analysis::Data {
   void setUpVelocities();
   void evaluateForces(DomainState& state, double step);
   void move(DomainState& state, double step);
+  void exchangeMotion();
   double nextIncrement(double end) const;
-  void setStableIncrement();
-  Ending findEnding();
-  void evaluateEnergies();
+  Outcome outcome() const;
+  Ending findEnding(const Outcome& all);
+  std::vector<double> brickValues();
+  void collect();
+  void collectBricks();
+  Energies sumEnergies() const;
   // Velocities at the present time, half an increment beyond the last half step; prescribed components follow their history.
   std::vector<double> velocitiesNow() const;
   // Reactions of the prescribed components at the present time, with the acceleration that their history has there.
@@ -126,26 +159,24 @@ std::vector<int32_t> Analysis::Data::materials() const {
 
 void Analysis::Data::setUpDomains(int threads) {
   const std::vector<int32_t> material = materials();
-  const std::vector<Domain> parts = makeDomains(numbering, threads);
-  std::vector<int32_t> ownerOfNode(numbering.nodes.size());
+  const std::vector<Domain> parts = makeDomains(numbering, ranks.rank(), threads);
   domains.resize(parts.size());
   std::vector<int64_t> bad;
   for (size_t d = 0; d < parts.size(); ++d) {
     DomainState& state = domains[d];
     state.domain = parts[d];
-    for (int64_t node = state.domain.firstNode; node < state.domain.endNode; ++node)
-      ownerOfNode[node] = static_cast<int32_t>(d);
-    state.force.resize(3 * static_cast<size_t>(state.domain.endTouched - state.domain.firstTouched));
+    state.force.resize(3 * static_cast<size_t>(state.domain.touched()));
     const std::span<const int32_t> elements(state.domain.elements);
     for (size_t first = 0; first < elements.size(); first += kBlockLength) {
       state.blocks.emplace_back(elements.subspan(first, std::min<size_t>(kBlockLength, elements.size() - first)),
-                                numbering, material, definition, state.domain.firstTouched);
+                                numbering, material, definition, state.domain);
       Block& block = state.blocks.back();
       block.setReference(X, state.work);
       for (int e = 0; e < block.count(); ++e)
         if (block.mask(e) != 0.0) bad.push_back(mesh.elementNumbers[numbering.elements[block.bricks()[e]]]);
     }
   }
+  bad = ranks.joined(bad);
   if (!bad.empty()) {
     std::sort(bad.begin(), bad.end());
     bad.erase(std::unique(bad.begin(), bad.end()), bad.end());
@@ -153,13 +184,9 @@ void Analysis::Data::setUpDomains(int threads) {
     for (size_t k = 0; k < bad.size() && k < 8; ++k) text += (k > 0 ? ", " : "") + std::to_string(bad[k]);
     throw InputError(text + (bad.size() > 8 ? ", ..." : "") + " (" + std::to_string(bad.size()) + " in all)");
   }
-  ownerOfBrick.resize(static_cast<size_t>(bricks()));
-  for (int64_t e = 0; e < bricks(); ++e) {
-    const auto corners = numbering.connectivity.begin() + 8 * e;
-    ownerOfBrick[e] = ownerOfNode[*std::min_element(corners, corners + 8)];
-  }
 }
 
+// Those of nodes that other ranks own are theirs to know; the root gets them for its sums.
 void Analysis::Data::setUpMasses() {
   std::vector<double> ofBrick(static_cast<size_t>(bricks()));
   for (const DomainState& state : domains)
@@ -168,6 +195,7 @@ void Analysis::Data::setUpMasses() {
   mass.assign(static_cast<size_t>(nodes()), 0.0);
   for (int64_t e = 0; e < bricks(); ++e)
     for (int corner = 0; corner < 8; ++corner) mass[numbering.connectivity[8 * e + corner]] += ofBrick[e] / 8.0;
+  ranks.gatherRanges(mass, numbering.firstOfRank);
   rMass.resize(mass.size());
   // a node of no brick has nothing to move it
   for (size_t i = 0; i < mass.size(); ++i) rMass[i] = mass[i] > 0.0 ? 1.0 / mass[i] : 0.0;
@@ -193,16 +221,24 @@ void Analysis::Data::setUpMotion() {
                            std::to_string(mesh.nodeNumbers[node]));
       }
   for (const auto& [position, origin] : components) prescribed.push_back({position, origin.history});
+  const auto at = [&](int64_t node) {
+    return static_cast<size_t>(
+        std::lower_bound(prescribed.begin(), prescribed.end(), 3 * node,
+                         [](const PrescribedComponent& p, int64_t position) { return p.position < position; }) -
+        prescribed.begin());
+  };
   for (DomainState& state : domains) {
-    const auto at = [&](int64_t node) {
-      return static_cast<size_t>(
-          std::lower_bound(prescribed.begin(), prescribed.end(), 3 * node,
-                           [](const PrescribedComponent& p, int64_t position) { return p.position < position; }) -
-          prescribed.begin());
-    };
     state.firstPrescribed = at(state.domain.firstNode);
     state.endPrescribed = at(state.domain.endNode);
   }
+  std::vector<int64_t> alone(numbering.order.size());
+  for (size_t k = 0; k < alone.size(); ++k) alone[numbering.order[k]] = static_cast<int64_t>(k);
+  prescribedOrder.resize(prescribed.size());
+  std::iota(prescribedOrder.begin(), prescribedOrder.end(), size_t{0});
+  const auto placeOf = [&](size_t k) { return 3 * alone[prescribed[k].position / 3] + prescribed[k].position % 3; };
+  std::sort(prescribedOrder.begin(), prescribedOrder.end(),
+            [&](size_t a, size_t b) { return placeOf(a) < placeOf(b); });
+  for (const int64_t node : numbering.firstOfRank) firstPrescribedOfRank.push_back(static_cast<int64_t>(at(node)));
 }
 
 void Analysis::Data::setUpVelocities() {
@@ -234,7 +270,8 @@ void Analysis::Data::setUpVelocities() {
 Analysis::Analysis(const Mesh& mesh, const Case& definition, int threads)
     : data_(std::make_unique<Data>(mesh, definition)) {
   Data& d = *data_;
-  d.numbering = numberModel(mesh);
+  d.numbering = numberModel(mesh, d.ranks);
+  d.neighbours = findNeighbours(d.numbering, d.ranks);
   d.X.resize(mesh.coordinates.size());
   for (int64_t i = 0; i < d.nodes(); ++i)
     for (int c = 0; c < 3; ++c) d.X[3 * i + c] = mesh.coordinates[3 * static_cast<size_t>(d.numbering.nodes[i]) + c];
@@ -244,8 +281,7 @@ Analysis::Analysis(const Mesh& mesh, const Case& definition, int threads)
   d.setUpMotion();
   d.setUpVelocities();
   for (DomainState& state : d.domains) d.evaluateForces(state, 0.0);
-  d.ending = d.findEnding();
-  d.setStableIncrement();
+  d.ending = d.findEnding(d.outcome());
   d.firstStable = d.stable;
 }
 
@@ -273,14 +309,14 @@ void Analysis::Data::move(DomainState& state, double step) {
   std::vector<double> before;
   before.reserve(state.endPrescribed - state.firstPrescribed);
   for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) before.push_back(v[prescribed[k].position]);
-  kick(domain.firstNode, domain.endNode, state.force.data(), domain.firstTouched, rMass.data(), gravity, between,
+  kick(domain.firstNode, domain.endNode, state.force.data(), domain.firstNode, rMass.data(), gravity, between,
        v.data());
   for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) {
     PrescribedComponent& p = prescribed[k];
     const double old = before[k - state.firstPrescribed], now = valueAt(*p.history, time + 0.5 * step);
     const int64_t node = p.position / 3;
     const int c = static_cast<int>(p.position % 3);
-    p.reaction = state.force[p.position - 3 * domain.firstTouched] + mass[node] * ((now - old) / between - gravity[c]);
+    p.reaction = state.force[p.position - 3 * domain.firstNode] + mass[node] * ((now - old) / between - gravity[c]);
     p.work += p.reaction * 0.5 * (old * lastIncrement + now * step);
     v[p.position] = now;
   }
@@ -294,46 +330,72 @@ double Analysis::Data::nextIncrement(double end) const {
   return rest < 2 * step ? 0.5 * rest : step;
 }
 
-void Analysis::Data::setStableIncrement() {
-  stable = kInfinity;
-  for (const DomainState& state : domains) stable = std::min(stable, state.stableIncrement);
-  stable *= definition.safetyFactor;
+// Positions and velocities of the nodes that other ranks' bricks need, and of theirs that are needed here.
+void Analysis::Data::exchangeMotion() {
+  const auto packed = [&](const std::vector<int32_t>& nodes) {
+    std::vector<double> values;
+    values.reserve(6 * nodes.size());
+    for (const int32_t node : nodes)
+      for (const std::vector<double>* field : {&x, &v})
+        for (int c = 0; c < 3; ++c) values.push_back((*field)[3 * static_cast<size_t>(node) + c]);
+    return values;
+  };
+  for (const Neighbour& neighbour : neighbours) ranks.send(packed(neighbour.sent), neighbour.rank);
+  for (const Neighbour& neighbour : neighbours) {
+    std::vector<double> values(6 * neighbour.received.size());
+    ranks.receive(values, neighbour.rank);
+    const double* next = values.data();
+    for (const int32_t node : neighbour.received)
+      for (std::vector<double>* field : {&x, &v})
+        for (int c = 0; c < 3; ++c) (*field)[3 * static_cast<size_t>(node) + c] = *next++;
+  }
 }
 
-Ending Analysis::Data::findEnding() {
-  int64_t masked = 0;
-  double smallest = kInfinity;
+// Of all domains of all ranks.
+Outcome Analysis::Data::outcome() const {
+  Outcome own;
+  own.killed = ELI_GETKILLSIGNAL() != 0;
   for (const DomainState& state : domains) {
-    masked += state.masked;
-    if (!(state.stableIncrement >= smallest)) smallest = state.stableIncrement;
+    own.masked = own.masked || state.masked > 0;
+    if (!(state.stableIncrement >= own.smallest)) own.smallest = state.stableIncrement;
   }
-  if (masked > 0) {
+  std::vector<double> all{own.smallest, own.masked ? 0.0 : 1.0, own.killed ? 0.0 : 1.0};
+  ranks.smallest(all);
+  return {all[0], all[1] == 0.0, all[2] == 0.0};
+}
+
+// Also sets the stable increment.
+Ending Analysis::Data::findEnding(const Outcome& all) {
+  stable = all.smallest * definition.safetyFactor;
+  if (all.masked) {
     bool finite = true;
-    for (double position : x) finite = finite && std::isfinite(position);
+    for (const DomainState& state : domains)
+      for (int64_t k = 3 * state.domain.firstNode; k < 3 * state.domain.endNode; ++k)
+        finite = finite && std::isfinite(x[static_cast<size_t>(k)]);
     distorted.clear();
     for (const DomainState& state : domains)
       for (const Block& block : state.blocks)
         for (int e = 0; e < block.count(); ++e)
-          if (block.mask(e) != 0.0 && owned(state, block.bricks()[e]))
+          if (block.mask(e) != 0.0 && speaksFor(state, block.bricks()[e]))
             distorted.push_back(mesh.elementNumbers[numbering.elements[block.bricks()[e]]]);
+    distorted = ranks.joined(distorted);
     std::sort(distorted.begin(), distorted.end());
-    return finite ? Ending::Distorted : Ending::NotFinite;
+    return ranks.allAgree(finite) ? Ending::Distorted : Ending::NotFinite;
   }
-  if (std::isnan(smallest)) return Ending::NotFinite;
-  if (firstStable > 0 && definition.safetyFactor * smallest < definition.smallestIncrementRatio * firstStable)
-    return Ending::IncrementCollapsed;
+  if (std::isnan(all.smallest)) return Ending::NotFinite;
+  if (firstStable > 0 && stable < definition.smallestIncrementRatio * firstStable) return Ending::IncrementCollapsed;
   return Ending::Running;
 }
 
 Ending Analysis::advanceTo(double end) {
   Data& d = *data_;
   if (d.ending != Ending::Running && d.ending != Ending::Complete) return d.ending;
-  d.energiesCurrent = false;
+  d.isCollected = false;
   bool running = d.ending == Ending::Running && d.time < end;
   const int domains = static_cast<int>(d.domains.size());
   double step = d.nextIncrement(end);
   // Each domain is moved and evaluated by one thread.  An evaluation reads positions that neighbours have moved, and a move
-  // changes positions that neighbours have read: everyone waits between them.
+  // changes positions that neighbours have read: everyone waits between them.  Ranks exchange motion in between.
 #pragma omp parallel num_threads(domains) default(shared)
   {
 #ifdef _OPENMP
@@ -344,6 +406,10 @@ Ending Analysis::advanceTo(double end) {
     while (running) {
       for (int k = thread; k < domains; k += threads) d.move(d.domains[k], step);
 #pragma omp barrier
+      if (d.ranks.areSeveral()) {
+#pragma omp single
+        d.guarded([&] { d.exchangeMotion(); });
+      }
       for (int k = thread; k < domains; k += threads) d.evaluateForces(d.domains[k], step);
 #pragma omp barrier
 #pragma omp single
@@ -352,14 +418,17 @@ Ending Analysis::advanceTo(double end) {
         d.lastIncrement = step;
         ++d.increment;
         d.updates += d.bricks();
-        d.ending = d.findEnding();
-        d.setStableIncrement();
-        if (d.ending == Ending::Running && ELI_GETKILLSIGNAL() != 0) d.ending = Ending::Killed;
-        running = d.ending == Ending::Running && d.time < end;
+        d.guarded([&] {
+          const Outcome all = d.outcome();
+          d.ending = d.findEnding(all);
+          if (d.ending == Ending::Running && all.killed) d.ending = Ending::Killed;
+        });
+        running = d.ending == Ending::Running && d.time < end && !d.rankLost;
         step = d.nextIncrement(end);
       }
     }
   }
+  if (d.rankLost) throw RankLost("the connection to another rank is lost");
   if (d.ending == Ending::Running && d.time >= d.definition.endTime) return Ending::Complete;
   return d.ending;
 }
@@ -372,10 +441,9 @@ int64_t Analysis::elementUpdates() const { return data_->updates; }
 
 const std::vector<int64_t>& Analysis::distortedElements() const { return data_->distorted; }
 
-void Analysis::Data::evaluateEnergies() {
-  if (energiesCurrent) return;
-  strainDensity.resize(static_cast<size_t>(bricks()));
-  hourglass.resize(static_cast<size_t>(bricks()));
+// (kBrickValues, bricks) of the bricks for which the domains of this rank speak.
+std::vector<double> Analysis::Data::brickValues() {
+  std::vector<double> values(kBrickValues * static_cast<size_t>(bricks()));
   const int count = static_cast<int>(domains.size());
 #pragma omp parallel for num_threads(count) schedule(static, 1)
   for (int k = 0; k < count; ++k) {
@@ -385,13 +453,76 @@ void Analysis::Data::evaluateEnergies() {
       block.energies(x, state.work, density, spring);
       for (int e = 0; e < block.count(); ++e) {
         const int32_t brick = block.bricks()[e];
-        if (!owned(state, brick)) continue;
-        strainDensity[brick] = density[e];
-        hourglass[brick] = spring[e];
+        if (!speaksFor(state, brick)) continue;
+        double* own = &values[kBrickValues * static_cast<size_t>(brick)];
+        const double first[] = {block.volume(e), density[e], spring[e], block.viscousEnergy(e), block.mask(e)};
+        std::copy(std::begin(first), std::end(first), own);
+        for (int c = 0; c < 6; ++c) own[5 + c] = block.mask(e) == 0.0 ? block.stress(c, e) : 0.0;
       }
     }
   }
-  energiesCurrent = true;
+  return values;
+}
+
+// Everything that a result is made of comes to the root, and the energies from there to every rank.
+void Analysis::Data::collect() {
+  if (isCollected) return;
+  const auto ofNodes = [&](std::vector<double>& values) {
+    std::vector<int64_t> first = numbering.firstOfRank;
+    for (int64_t& node : first) node *= 3;
+    ranks.gatherRanges(values, first);
+  };
+  collected.x = x;
+  collected.velocity = velocitiesNow();
+  ofNodes(collected.x);
+  ofNodes(collected.velocity);
+  collected.reactions = reactionsNow();
+  collected.work.clear();
+  collected.prescribedSpeed.clear();
+  for (const PrescribedComponent& p : prescribed) {
+    collected.work.push_back(p.work);
+    collected.prescribedSpeed.push_back(v[p.position]);
+  }
+  for (std::vector<double>* values : {&collected.reactions, &collected.work, &collected.prescribedSpeed})
+    ranks.gatherRanges(*values, firstPrescribedOfRank);
+
+  collected.bricks = brickValues();
+  if (ranks.areSeveral()) collectBricks();
+  std::vector<double> sums(5);
+  if (ranks.isRoot()) {
+    const Energies all = sumEnergies();
+    sums = {all.kinetic, all.strain, all.hourglass, all.viscous, all.external};
+  }
+  ranks.broadcast(sums);
+  energies = {sums[0], sums[1], sums[2], sums[3], sums[4]};
+  isCollected = true;
+}
+
+// The bricks of each rank, in increasing order, to the root.
+void Analysis::Data::collectBricks() {
+  for (int32_t rank = 1; rank < ranks.size(); ++rank) {
+    if (!ranks.isRoot() && rank != ranks.rank()) continue;
+    std::vector<int64_t> theirs;
+    for (int64_t e = 0; e < bricks(); ++e) {
+      const int64_t node = numbering.lowestNode(e);
+      if (node >= numbering.firstOfRank[static_cast<size_t>(rank)] &&
+          node < numbering.firstOfRank[static_cast<size_t>(rank) + 1])
+        theirs.push_back(e);
+    }
+    std::vector<double> values(kBrickValues * theirs.size());
+    const auto each = [&](auto copy) {
+      for (size_t k = 0; k < theirs.size(); ++k)
+        for (int c = 0; c < kBrickValues; ++c)
+          copy(values[kBrickValues * k + c], collected.bricks[kBrickValues * static_cast<size_t>(theirs[k]) + c]);
+    };
+    if (ranks.isRoot()) {
+      ranks.receive(values, rank);
+      each([](double received, double& kept) { kept = received; });
+    } else {
+      each([](double& sent, double own) { sent = own; });
+      ranks.send(values, 0);
+    }
+  }
 }
 
 std::vector<double> Analysis::Data::velocitiesNow() const {
@@ -399,7 +530,7 @@ std::vector<double> Analysis::Data::velocitiesNow() const {
   for (const DomainState& state : domains)
     for (int64_t i = state.domain.firstNode; i < state.domain.endNode; ++i)
       for (int c = 0; c < 3; ++c) {
-        const double f = state.force[3 * (i - state.domain.firstTouched) + c];
+        const double f = state.force[3 * (i - state.domain.firstNode) + c];
         now[3 * i + c] = v[3 * i + c] + 0.5 * lastIncrement * (definition.gravity[c] - f * rMass[i]);
       }
   for (const PrescribedComponent& p : prescribed) now[p.position] = valueAt(*p.history, time);
@@ -413,67 +544,67 @@ std::vector<double> Analysis::Data::reactionsNow() const {
     for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) {
       const PrescribedComponent& p = prescribed[k];
       const double a = (valueAt(*p.history, time + h) - valueAt(*p.history, time - h)) / (2 * h);
-      now[k] = state.force[p.position - 3 * state.domain.firstTouched] +
+      now[k] = state.force[p.position - 3 * state.domain.firstNode] +
                mass[p.position / 3] * (a - definition.gravity[p.position % 3]);
     }
   return now;
 }
 
-// Sums run in internal order, one after the other, so that they have one value for any number of domains.
-Energies Analysis::energies() const {
-  Data& d = *data_;
-  d.evaluateEnergies();
+// Sums run in one order, one after the other, so that they have one value for any number of ranks and domains.
+Energies Analysis::Data::sumEnergies() const {
   Energies sum;
-  const std::vector<double> now = d.velocitiesNow(), reactions = d.reactionsNow();
-  for (int64_t i = 0; i < d.nodes(); ++i) {
-    const double *w = &now[3 * i], *x = &d.x[3 * i], *X = &d.X[3 * i];
-    sum.kinetic += 0.5 * d.mass[i] * (w[0] * w[0] + w[1] * w[1] + w[2] * w[2]);
-    for (int c = 0; c < 3; ++c) sum.external += d.mass[i] * d.definition.gravity[c] * (x[c] - X[c]);
+  for (const int32_t i : numbering.order) {
+    const size_t at = 3 * static_cast<size_t>(i);
+    const double* w = &collected.velocity[at];
+    sum.kinetic += 0.5 * mass[i] * (w[0] * w[0] + w[1] * w[1] + w[2] * w[2]);
+    for (size_t c = 0; c < 3; ++c) sum.external += mass[i] * definition.gravity[c] * (collected.x[at + c] - X[at + c]);
   }
-  for (size_t k = 0; k < d.prescribed.size();
-       ++k) { // up to the present time: the last half increment is still to be counted
-    const PrescribedComponent& p = d.prescribed[k];
-    sum.external += p.work + 0.5 * reactions[k] * d.v[p.position] * d.lastIncrement;
-  }
-  std::vector<double> volume(d.strainDensity.size()), viscous(d.strainDensity.size());
-  for (const DomainState& state : d.domains)
-    for (const Block& block : state.blocks)
-      for (int e = 0; e < block.count(); ++e) {
-        volume[block.bricks()[e]] = block.volume(e);
-        viscous[block.bricks()[e]] = block.viscousEnergy(e);
-      }
-  for (size_t e = 0; e < volume.size(); ++e) {
-    sum.strain += volume[e] * d.strainDensity[e];
-    sum.hourglass += d.hourglass[e];
-    sum.viscous += viscous[e];
+  // up to the present time: the last half increment is still to be counted
+  for (const size_t k : prescribedOrder)
+    sum.external += collected.work[k] + 0.5 * collected.reactions[k] * collected.prescribedSpeed[k] * lastIncrement;
+  for (int64_t e = 0; e < bricks(); ++e) {
+    const double* brick = &collected.bricks[kBrickValues * static_cast<size_t>(e)];
+    sum.strain += brick[0] * brick[1];
+    sum.hourglass += brick[2];
+    sum.viscous += brick[3];
   }
   return sum;
 }
 
+void Analysis::collect() { data_->collect(); }
+
+Energies Analysis::energies() const {
+  data_->collect();
+  return data_->energies;
+}
+
 std::array<double, 3> Analysis::linearMomentum() const {
-  const Data& d = *data_;
+  Data& d = *data_;
+  d.collect();
   std::array<double, 3> sum{};
-  const std::vector<double> now = d.velocitiesNow();
-  for (int64_t i = 0; i < d.nodes(); ++i)
-    for (int c = 0; c < 3; ++c) sum[c] += d.mass[i] * now[3 * i + c];
+  for (const int32_t i : d.numbering.order)
+    for (size_t c = 0; c < 3; ++c) sum[c] += d.mass[i] * d.collected.velocity[3 * static_cast<size_t>(i) + c];
   return sum;
 }
 
 std::array<double, 3> Analysis::angularMomentum() const {
-  const Data& d = *data_;
+  Data& d = *data_;
+  d.collect();
   std::array<double, 3> sum{};
-  const std::vector<double> now = d.velocitiesNow();
-  for (int64_t i = 0; i < d.nodes(); ++i)
+  for (const int32_t i : d.numbering.order) {
+    const double *x = &d.collected.x[3 * static_cast<size_t>(i)],
+                 *w = &d.collected.velocity[3 * static_cast<size_t>(i)];
     for (int c = 0; c < 3; ++c) {
       const int c1 = (c + 1) % 3, c2 = (c + 2) % 3;
-      sum[c] += d.mass[i] * (d.x[3 * i + c1] * now[3 * i + c2] - d.x[3 * i + c2] * now[3 * i + c1]);
+      sum[c] += d.mass[i] * (x[c1] * w[c2] - x[c2] * w[c1]);
     }
+  }
   return sum;
 }
 
 Fields Analysis::fields() const {
   Data& d = *data_;
-  d.evaluateEnergies();
+  d.collect();
   const size_t nodes = static_cast<size_t>(d.nodes()), bricks = static_cast<size_t>(d.bricks());
   d.displacement.resize(3 * nodes);
   d.velocity.resize(3 * nodes);
@@ -481,27 +612,23 @@ Fields Analysis::fields() const {
   d.stress.resize(6 * bricks);
   d.elementEnergy.resize(bricks);
   d.elementMask.resize(bricks);
-  const std::vector<double> now = d.velocitiesNow(), reactions = d.reactionsNow();
   for (size_t i = 0; i < nodes; ++i)
     for (size_t c = 0; c < 3; ++c) {
       const size_t at = 3 * static_cast<size_t>(d.numbering.nodes[i]) + c;
-      d.displacement[at] = d.x[3 * i + c] - d.X[3 * i + c];
-      d.velocity[at] = now[3 * i + c];
+      d.displacement[at] = d.collected.x[3 * i + c] - d.X[3 * i + c];
+      d.velocity[at] = d.collected.velocity[3 * i + c];
     }
-  for (size_t k = 0; k < reactions.size(); ++k) {
+  for (size_t k = 0; k < d.prescribed.size(); ++k) {
     const int64_t position = d.prescribed[k].position;
-    d.reaction[3 * static_cast<size_t>(d.numbering.nodes[position / 3]) + position % 3] = reactions[k];
+    d.reaction[3 * static_cast<size_t>(d.numbering.nodes[position / 3]) + position % 3] = d.collected.reactions[k];
   }
-  for (const DomainState& state : d.domains)
-    for (const Block& block : state.blocks)
-      for (int e = 0; e < block.count(); ++e) {
-        const int32_t brick = block.bricks()[e];
-        if (!d.owned(state, brick)) continue;
-        const size_t at = static_cast<size_t>(d.numbering.elements[brick]);
-        for (int k = 0; k < 6; ++k) d.stress[6 * at + k] = block.mask(e) == 0.0 ? block.stress(k, e) : 0.0;
-        d.elementEnergy[at] = d.strainDensity[brick];
-        d.elementMask[at] = block.mask(e);
-      }
+  for (size_t e = 0; e < bricks; ++e) {
+    const double* brick = &d.collected.bricks[kBrickValues * e];
+    const size_t at = static_cast<size_t>(d.numbering.elements[e]);
+    d.elementEnergy[at] = brick[1];
+    d.elementMask[at] = brick[4];
+    for (size_t k = 0; k < 6; ++k) d.stress[6 * at + k] = brick[5 + k];
+  }
   return {d.displacement, d.velocity, d.reaction, d.stress, d.elementEnergy, d.elementMask};
 }
 

@@ -1,4 +1,4 @@
-// The explicit analysis: central differences over blocks of bricks, on any number of threads with the same bits.
+// The explicit analysis: central differences over blocks of bricks, on any number of ranks and threads with the same bits.
 #pragma once
 
 #include "model.h"
@@ -44,13 +44,17 @@ public:
   // Afterwards displacement, stress and energies belong to the same time.
   Ending advanceTo(double time);
 
+  // Brings what results are made of to the root.  Energies, momenta and fields do so by themselves: every rank calls this, or
+  // the first of them, at the same times.  Energies are known to every rank afterwards, momenta and fields to the root.
+  void collect();
+
   Progress progress() const;
   Energies energies() const;
   std::array<double, 3> linearMomentum() const;
   std::array<double, 3> angularMomentum() const; // about the origin
   Fields fields() const;
   int64_t elementUpdates() const; // bricks times increments, for rates
-  // After Distorted: how many bricks were masked in the last increment, and the mesh numbers of the first few.
+  // After Distorted: the mesh numbers of the bricks that were masked in the last increment, of all ranks.
   const std::vector<int64_t>& distortedElements() const;
 
 private:

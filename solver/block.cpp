@@ -24,7 +24,7 @@ BlockWork::BlockWork()
       rJ(kLargest) {}
 
 Block::Block(std::span<const int32_t> bricks, const Numbering& numbering, const std::vector<int32_t>& materialOfBrick,
-             const Case& definition, int64_t firstTouched)
+             const Case& definition, const Domain& domain)
     : n_(static_cast<int32_t>(bricks.size())), ld_(leadingDimension(n_)), bricks_(bricks.begin(), bricks.end()),
       gatherMap_(8 * ld_), assemblyMap_(8 * n_), B0_(24 * ld_), gamma0_(32 * ld_), V0_(ld_), mass_(n_), hourglass_(n_),
       shear_(n_), density_(n_), constants_(7 * n_), stress_(6 * n_), flag_(n_), mask_(ld_), viscousStress_(n_),
@@ -35,7 +35,7 @@ Block::Block(std::span<const int32_t> bricks, const Numbering& numbering, const 
       const int32_t brick = bricks_[std::min(e, n_ - 1)];
       const int32_t node = numbering.connectivity[8 * static_cast<size_t>(brick) + corner];
       gatherMap_[corner * ld_ + e] = node + 1;
-      if (e < n_) assemblyMap_[8 * e + corner] = static_cast<int32_t>(node - firstTouched) + 1;
+      if (e < n_) assemblyMap_[8 * e + corner] = domain.place(node) + 1;
     }
   for (int32_t e = 0; e < n_; ++e) {
     const Material& material = definition.materials[materialOfBrick[bricks_[e]]];

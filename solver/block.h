@@ -24,7 +24,7 @@ class Block {
 public:
   // `bricks` are internal numbers in increasing order; nodes are counted from 0.
   Block(std::span<const int32_t> bricks, const Numbering& numbering, const std::vector<int32_t>& materialOfBrick,
-        const Case& definition, int64_t firstTouched);
+        const Case& definition, const Domain& domain);
 
   // Reference gradient, volume and hourglass data from the undeformed coordinates.  Marks bricks without positive volume.
   void setReference(const std::vector<double>& X, BlockWork& work);
@@ -33,7 +33,7 @@ public:
     double stableIncrement; // NaN when something is not a number
     int32_t masked;         // bricks that take no part
   };
-  // Stress, forces into f (records of the touched nodes) and the stable increment, at positions x and velocities v.
+  // Stress, forces into f (records of the nodes that the domain touches) and the stable increment, at positions x and velocities v.
   Outcome evaluate(const std::vector<double>& x, const std::vector<double>& v, double lastIncrement,
                    const Case& definition, BlockWork& work, double* f);
 

@@ -17,6 +17,13 @@ std::string number(double value) {
   return text;
 }
 
+// A time of the wall.
+std::string seconds(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, value < 1000 ? "%.3g s" : "%.0f s", value);
+  return text;
+}
+
 std::string number(const std::optional<double>& value) { return value ? number(*value) : "-"; }
 
 std::string counted(int64_t count, const std::string& word) {
@@ -192,7 +199,7 @@ std::string timeOfDay(std::string utc) {
 void addRun(Page& page, const Run& run) {
   page.paragraph(0, run.job + ": " + run.state, colourOf(run), SIZE_MAX);
   std::string start = "started " + timeOfDay(run.started) + " on " + run.host;
-  if (run.elapsed) start += ", took " + number(*run.elapsed) + " s";
+  if (run.elapsed) start += ", took " + seconds(*run.elapsed);
   page.paragraph(2, start);
   std::vector<std::string> words;
   if (run.domains) words.push_back(counted(*run.domains, "domain"));
@@ -220,7 +227,7 @@ void addSteps(Page& page, const std::vector<Step>& steps) {
     addCount(words, step.cutbacks, "cutback");
     addCount(words, step.errors, "error");
     addCount(words, step.warnings, "warning");
-    if (step.wall) words.push_back("took " + number(*step.wall) + " s");
+    if (step.wall) words.push_back("took " + seconds(*step.wall));
     if (!words.empty()) text += ", " + joined(words);
     page.paragraph(4, text);
   }
@@ -285,10 +292,9 @@ void addPlaces(Page& page, const Problem& problem, bool inParts) {
 }
 
 std::string labelOf(const Problem& problem) {
-  if (problem.kind == "internal") return "INTERNAL ERROR";
-  std::string label = problem.isError ? "error" : problem.kind;
+  std::string label = problem.kind;
   for (char& c : label) c = static_cast<char>(c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c);
-  return label;
+  return problem.isError && problem.kind != "error" ? label + " ERROR" : label;
 }
 
 // Type codes are read in hexadecimal; the reason of a cutback is a number.

@@ -11,12 +11,25 @@
 
 namespace sharedanalysis::sqlite {
 
+// errno behind a failed read or write of a connection, or 0.
+inline int systemErrorOf(sqlite3* connection) {
+  int number = sqlite3_system_errno(connection);
+  // the error of a write to the log stays with the log
+  for (const int file : {SQLITE_FCNTL_JOURNAL_POINTER, SQLITE_FCNTL_FILE_POINTER}) {
+    sqlite3_file* handle = nullptr;
+    if (number == 0 && sqlite3_file_control(connection, "main", file, &handle) == SQLITE_OK && handle != nullptr &&
+        handle->pMethods != nullptr)
+      handle->pMethods->xFileControl(handle, SQLITE_FCNTL_LAST_ERRNO, &number);
+  }
+  return number;
+}
+
 class Error : public std::runtime_error {
 public:
   explicit Error(sqlite3* connection)
       : std::runtime_error(connection == nullptr ? "no memory" : sqlite3_errmsg(connection)),
         code_(connection == nullptr ? SQLITE_NOMEM : sqlite3_extended_errcode(connection)),
-        systemError_(connection == nullptr ? 0 : sqlite3_system_errno(connection)) {}
+        systemError_(connection == nullptr ? 0 : systemErrorOf(connection)) {}
   int code() const { return code_; } // extended
   int primaryCode() const { return code_ & 0xFF; }
   int systemError() const { return systemError_; } // errno of the failed call, or 0

@@ -30,7 +30,7 @@ const std::set<std::string> kWithoutVectors = {
 const std::regex kThroughMaps("GLO_(UTI_.*(GATHER|SCATTER).*|ASM_(GATHER|SCATTER).*|OPE_.*ASSEM.*)");
 
 // Copies move bits: full registers of any type will do.
-const std::regex kCopies("GLO_UTI_(COPYR|.*BROADCAST.*)");
+const std::regex kCopies("GLO_UTI_(COPYR|.*BROADCAST.*|INITROTATIONMATRIX)");
 
 // What a body may call: block moves of the C library, the compiler's unwinding, and the recursion of the sorts, which holds no
 // vector code.

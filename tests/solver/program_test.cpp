@@ -583,10 +583,12 @@ TEST_F(ProgramTest, SignalsEndTheRunInOrder) {
 // A limit on the size of files stands for a disk that is full: at the first lines, at the model, in the fields, in the
 // history.
 TEST_F(ProgramTest, FullDisk) {
+#ifndef __clang__ // its OpenMP runtime maps a file of 1 KiB at the start and does not survive this limit
   writeCase();
   writeStaleResults();
   EXPECT_EQ(run({"in/bar.toml", "-o", "out", "-q"}, {.fileSize = 100}).code, 3);
   EXPECT_EQ(filesIn("out"), (Files{"bar.csv.partial", "bar.log", "bar.msg", "bar.sta"}));
+#endif
   for (const rlim_t size : {1024, 8192, 20480}) {
     writeCase();
     writeStaleResults();

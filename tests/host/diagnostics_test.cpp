@@ -1,0 +1,1060 @@
+// The diagnostic database of the reference host, read back with SQLite, and the program that lists it.
+#include "acd.h"
+#include "bcu_ErrorStatus.h"
+#include "bcu_ResourceMonitor.h"
+#include "dia_Codes.h"
+#include "dia_FormatUtils.h"
+#include "dia_MetadataTable.h"
+#include "dia_TypeCodeUtils.h"
+#include "diagnostic_codes.h"
+#include "dxt_DiagnosticExtractor.h"
+#include "dxt_DiagnosticExtractorXpl.h"
+#include "host_services.h"
+#include "inpM_SolverPartMap.h"
+#include "reference_host.h"
+#include "thr_GlobalLock.h"
+#include "thr_ThrSingletonRegistry.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <random>
+#include <regex>
+#include <sqlite3.h>
+#include <stdexcept>
+#include <string>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using namespace sharedanalysis::host;
+namespace fs = std::filesystem;
+using Row = std::vector<std::string>;
+using Rows = std::vector<Row>;
+
+dxt_DiagnosticExtractor& implicitExtractor() { return dxt_DiagnosticExtractor::Instance(); }
+dxt_DiagnosticExtractorXpl& explicitExtractor() { return dxt_DiagnosticExtractorXpl::Instance(); }
+
+// A database, read by SQLite alone.
+class Reader {
+public:
+  explicit Reader(const fs::path& file, int flags = SQLITE_OPEN_READONLY) {
+    if (sqlite3_open_v2(file.c_str(), &database_, flags, nullptr) != SQLITE_OK)
+      throw std::runtime_error(sqlite3_errmsg(database_));
+  }
+  ~Reader() { sqlite3_close(database_); }
+  Reader(const Reader&) = delete;
+  Reader& operator=(const Reader&) = delete;
+
+  Rows rows(const std::string& sql) {
+    Rows all;
+    const auto keep = [](void* to, int columns, char** values, char**) {
+      Row& row = static_cast<Rows*>(to)->emplace_back();
+      for (int k = 0; k < columns; ++k) row.emplace_back(values[k] == nullptr ? "NULL" : values[k]);
+      return 0;
+    };
+    if (sqlite3_exec(database_, sql.c_str(), keep, &all, nullptr) != SQLITE_OK)
+      throw std::runtime_error(sqlite3_errmsg(database_));
+    return all;
+  }
+  std::string value(const std::string& sql) {
+    const Rows all = rows(sql);
+    return all.size() == 1 && all[0].size() == 1 ? all[0][0] : std::to_string(all.size()) + " rows";
+  }
+  int64_t number(const std::string& sql) { return std::stoll(value(sql)); }
+
+private:
+  sqlite3* database_ = nullptr;
+};
+
+void expectSound(Reader& reader) {
+  EXPECT_EQ(reader.value("PRAGMA integrity_check"), "ok");
+  EXPECT_EQ(reader.rows("PRAGMA foreign_key_check"), Rows());
+  EXPECT_EQ(reader.rows("SELECT c.id FROM codes c WHERE c.count <> (SELECT count(*) FROM diagnostics d WHERE "
+                        "d.code = c.id)"),
+            Rows())
+      << "counts of codes";
+}
+
+class DiagnosticDatabase : public testing::Test {
+protected:
+  void SetUp() override {
+    std::string name = (fs::temp_directory_path() / "sharedanalysis-diagnostics-XXXXXX").string();
+    ASSERT_NE(mkdtemp(name.data()), nullptr);
+    directory = name;
+  }
+  void TearDown() override {
+    closeJob();
+    setModel({});
+    implicitExtractor().Enable();
+    explicitExtractor().Enable();
+    implicitExtractor().SetExecutionCode(0);
+    explicitExtractor().SetExecutionCode(0);
+    fs::remove_all(directory);
+  }
+  fs::path database(const std::string& job) const { return directory / (job + ".diagnostics.sqlite"); }
+
+  fs::path directory;
+};
+
+dia_Values atElement(const dia_Entity& element) {
+  dia_Values values;
+  values.elements = {element};
+  return values;
+}
+
+Model wheelAndTyre() {
+  return {{{"WHEEL-1", {{1, 100, 1}}, {{1, 50, 1}}}, {"TYRE-1", {{101, 20, 1}}, {{51, 10, 301}}}}, {{" L1", "BORE"}}};
+}
+
+// ---- the record of an analysis
+
+TEST_F(DiagnosticDatabase, HoldsTheCourseOfAnImplicitAnalysis) {
+  openJob("course", directory);
+  dxt_DiagnosticExtractor& x = implicitExtractor();
+  x.SetStepIncrementationControls(3, 0.1, 1.0, 1e-5, 0.5, 100); // belongs to the step that follows
+  x.SetStepNlgeom();
+  x.BeginStep(1, "Press", 4, true, false);
+  x.SetStepSolver(1);
+  x.SetStepExtrapolation(2);
+  x.SetStepUnsymm();
+  x.SetStepCharacteristicElementLength(0.25);
+  x.SetStepStabilizeFactor(2e-4);
+  x.BeginIncrement(1, 0.5);
+  x.BeginAttempt(0.5);
+  x.BeginIteration();
+  x.SetIterationSevereDiscontinuity(true);
+  x.BeginContactIteration();
+  x.SetContactIterationConverged(false);
+  x.EndContactIteration();
+  x.BeginContactIteration();
+  x.EndContactIteration();
+  x.SetContactIterationConverged(true);
+  x.SetIterationPenetrationToleranceExceeded(true);
+  x.SetIterationSeparationToleranceTooLarge(false);
+  x.EndIteration();
+  x.SetIterationConverged(false);
+  x.AddCutbackDiagnostic(4);
+  x.SetAttemptNeedsReordering(true);
+  x.EndAttempt();
+  x.BeginAttempt(0.125);
+  x.BeginIteration();
+  dia_Values residual;
+  residual.reals = {10, 0.5, 1e-3, 2e-4};
+  x.AddResidualDiagnostic(2, 7, residual);
+  dia_Values error;
+  error.reals = {1e-6, 1e-5};
+  x.AddCompatibilityDiagnostic(3, error);
+  x.SetIterationConverged(true);
+  x.EndIteration();
+  x.EndAttempt();
+  x.EndIncrement(0.125, true);
+  x.EndStep();
+  x.SetStepSolver(0);
+  x.BeginStep(2, "Twist", 5, false, true);
+  x.BeginIncrement(1, 1.0);
+  closeJob();
+
+  Reader r(database("course"));
+  expectSound(r);
+  EXPECT_EQ(r.rows("SELECT number, name, solver, procedure, flag1, flag2, incrementation, control1, control4, "
+                   "control_count, equation_solver, extrapolation, characteristic_length, unsymmetric, nlgeom, "
+                   "stabilize_factor, ended >= began FROM steps"),
+            (Rows{{"1", "Press", "implicit", "4", "1", "0", "3", "0.1", "0.5", "100", "1", "2", "0.25", "1", "1",
+                   "0.0002", "1"},
+                  {"2", "Twist", "implicit", "5", "0", "1", "NULL", "NULL", "NULL", "NULL", "0", "NULL", "NULL", "0",
+                   "0", "NULL", "1"}}));
+  EXPECT_EQ(r.rows("SELECT step, number, time_increment, time, converged, attempts, iterations, cutbacks, errors, "
+                   "warnings, ended IS NULL FROM increments"),
+            (Rows{{"1", "1", "0.5", "0.125", "1", "2", "2", "1", "0", "0", "0"},
+                  {"2", "1", "1.0", "NULL", "NULL", "0", "0", "0", "0", "0", "1"}}))
+      << "an increment that did not end says so";
+  EXPECT_EQ(r.rows("SELECT increment, number, time_increment, needs_reordering, ended FROM attempts"),
+            (Rows{{"1", "1", "0.5", "1", "1"}, {"1", "2", "0.125", "NULL", "1"}}));
+  EXPECT_EQ(r.rows("SELECT increment, attempt, number, converged, severe_discontinuity, penetration_exceeded, "
+                   "separation_too_large, ended FROM iterations"),
+            (Rows{{"1", "1", "1", "0", "1", "1", "0", "1"}, {"1", "2", "1", "1", "NULL", "NULL", "NULL", "1"}}));
+  EXPECT_EQ(r.rows("SELECT iteration, number, converged, ended FROM contact_iterations"),
+            (Rows{{"1", "1", "0", "1"}, {"1", "2", "1", "1"}}));
+  EXPECT_EQ(
+      r.rows("SELECT m.class, m.code, d.kind, m.step, m.increment, m.attempt, m.iteration, m.time, m.text "
+             "FROM messages m JOIN diagnostics d USING (id)"),
+      (Rows{{"cutback", "4", "NULL", "1", "1", "1", "NULL", "0.125", "Too many iterations with severe discontinuities"},
+            {"residual", "2", "7", "1", "1", "2", "1", "0.125",
+             "Field 2, kind 7: average force 1.00000e+01, largest residual 5.00000e-01, largest increment "
+             "1.00000e-03, largest correction 2.00000e-04"},
+            {"compatibility", "3", "NULL", "1", "1", "2", "1", "0.125",
+             "Constraint 3: largest error 1.00000e-06, allowed 1.00000e-05"}}));
+  EXPECT_EQ(r.rows("SELECT step, increments, attempts, iterations, cutbacks, time FROM step_summary"),
+            (Rows{{"1", "1", "2", "2", "1", "0.125"}, {"2", "1", "0", "0", "0", "NULL"}}));
+}
+
+TEST_F(DiagnosticDatabase, HoldsDiagnosticsWithAllTheirValues) {
+  setModel(wheelAndTyre());
+  openJob("values", directory);
+  dxt_DiagnosticExtractorXpl& x = explicitExtractor();
+  x.SetNumDomains(4);
+  x.SetXplDoublePrecision(true);
+  x.SetExecutionCode(2);
+  x.SetValid(true);
+  x.SetRenumbered(false);
+  x.BeginStep(1, "Roll", 17);
+  x.BeginIncrement(1, 1e-6);
+  dia_Values values;
+  values.ints = {3, -4, std::numeric_limits<int32_t>::min()};
+  values.reals = {0.5, std::nan(""), -std::numeric_limits<double>::infinity()};
+  values.strings = {"it's \"100 %\" \xC3\xA4"};
+  x.AddError(codes::UserError, 3, values);
+  x.AddElementDiagnostic(dia_Codes::ExcessiveDistortion, 1, atElement({"TYRE-1", 303}));
+  dia_Values contact;
+  contact.reals = {0.01};
+  contact.strings = {"TREAD", "ROAD"};
+  contact.nodes = {{"TYRE-1", 7}};
+  x.AddContactDiagnostic(codes::Overclosure, 2, contact);
+  x.AddWarning(codes::HourglassEnergyLarge, 0,
+               {.ints = {}, .reals = {0.2}, .strings = {}, .nodes = {}, .elements = {}});
+  x.AddInternalError("lost a block");
+  const std::array<double, 9> status = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+  x.AddXplStatus(5, 7, "TYRE-1", status);
+  x.SetActiveXplStatus({1, 0, 1, 0, 0, 0, 0, 0, 2});
+  x.EndIncrement(1e-6, true);
+  EXPECT_EQ(x.GetNumberOfErrors(), 2) << "with the internal one";
+  EXPECT_EQ(x.GetNumberOfWarnings(), 1);
+  EXPECT_EQ(x.GetNumberOfElementDiagnostics(), 1);
+  EXPECT_EQ(x.GetExecutionCode(), 2);
+  const int32_t completed = 1;
+  DXT_SETJOBSTATUS_XPL(&completed);
+  closeJob();
+
+  Reader r(database("values"));
+  expectSound(r);
+  EXPECT_EQ(r.rows("SELECT class, name, is_error, domain, step, increment, text FROM messages ORDER BY id"),
+            (Rows{{"error", "UserError", "1", "3", "1", "1",
+                   "it's \"100 %\" \xC3\xA4 (3, -4, -2147483648; 5.00000e-01, nan, -inf)"},
+                  {"element", "ExcessiveDistortion", "1", "1", "1", "1",
+                   "Element 303 instance TYRE-1 is distorted excessively"},
+                  {"contact", "Overclosure", "0", "2", "1", "1",
+                   "Node 7 instance TYRE-1 of surface TREAD is inside surface ROAD by 1.00000e-02"},
+                  {"warning", "HourglassEnergyLarge", "0", "0", "1", "1",
+                   "The hourglass energy is 2.00000e-01 of the internal energy"},
+                  {"internal", "InternalError", "1", "NULL", "1", "1", "lost a block"}}));
+  EXPECT_EQ(r.rows("SELECT position, value FROM int_values WHERE diagnostic = 1"),
+            (Rows{{"1", "3"}, {"2", "-4"}, {"3", "-2147483648"}}));
+  EXPECT_EQ(r.rows("SELECT position, value FROM real_values WHERE diagnostic = 1"),
+            (Rows{{"1", "0.5"}, {"2", "NULL"}, {"3", "-Inf"}}));
+  EXPECT_EQ(
+      r.rows("SELECT diagnostic, position, value FROM string_values"),
+      (Rows{
+          {"1", "1", "it's \"100 %\" \xC3\xA4"}, {"3", "1", "TREAD"}, {"3", "2", "ROAD"}, {"5", "1", "lost a block"}}));
+  EXPECT_EQ(r.rows("SELECT * FROM places"), (Rows{{"2", "element", "TYRE-1", "303"}, {"3", "node", "TYRE-1", "7"}}));
+  EXPECT_EQ(r.rows("SELECT s.step, s.increment, s.status, n.name, s.label, s.value1, s.value9 FROM status_records s "
+                   "JOIN names n ON n.id = s.instance"),
+            (Rows{{"1", "1", "5", "TYRE-1", "7", "1.0", "9.0"}}));
+  EXPECT_EQ(r.value("SELECT group_concat(active) FROM (SELECT active FROM active_status ORDER BY position)"),
+            "1,0,1,0,0,0,0,0,2");
+  EXPECT_EQ(
+      r.rows("SELECT job, process, domains, double_precision, renumbered, valid, in_parts, execution_code, status, "
+             "incomplete, ended >= started FROM run"),
+      (Rows{{"values", std::to_string(getpid()), "4", "1", "0", "1", "1", "2", "1", "0", "1"}}));
+  EXPECT_EQ(r.rows("SELECT class, name, count, first_step, first_increment, last_increment FROM problems"),
+            (Rows{{"error", "UserError", "1", "1", "1", "1"},
+                  {"internal", "InternalError", "1", "1", "1", "1"},
+                  {"element", "ExcessiveDistortion", "1", "1", "1", "1"},
+                  {"warning", "HourglassEnergyLarge", "1", "1", "1", "1"},
+                  {"contact", "Overclosure", "1", "1", "1", "1"}}));
+}
+
+TEST_F(DiagnosticDatabase, TakesWhatTheLibraryReports) {
+  setModel(wheelAndTyre());
+  openJob("library", directory);
+  acd_set_execode_c(1);
+  acd_begin_step_c(1, "Press", 4, 0, 0);
+  acd_begin_increment_c(1, 0.1);
+  const int32_t ints[] = {2}, nodes[] = {105}, elements[] = {53};
+  const double reals[] = {1e-12};
+  const char* const strings[] = {" L1"};
+  acd_warning_c(codes::ZeroPivot + 1, ints, reals, nullptr, nodes, nullptr, 1);
+  acd_error_c(codes::RigidBodyInertia, nullptr, nullptr, strings, nodes, nullptr);
+  acd_element_diagnostic_c(codes::ElementDeleted, nullptr, nullptr, nullptr, nullptr, elements, 0);
+  acd_error_c(codes::ZeroPivot, ints, reals, nullptr, nodes, nullptr); // a warning is no error
+  EXPECT_EQ(bcu_ErrorStatus::getErrorCode(), -2);
+  EXPECT_EQ(CLINES[16], 1);
+  EXPECT_EQ(CLINES[18], 1);
+  acd_end_increment_c(0.1, 1);
+  closeJob();
+
+  Reader r(database("library"));
+  expectSound(r);
+  EXPECT_EQ(
+      r.rows("SELECT class, text FROM messages ORDER BY id"),
+      (Rows{{"warning", "Numerical singularity at node 5 instance TYRE-1, degree of freedom 2: ratio 1.00000e-12"},
+            {"error", "Rigid body BORE with reference node 5 instance TYRE-1 has no mass"},
+            {"element", "Element 303 instance TYRE-1 has failed and was removed"},
+            {"internal", "Invalid error code in call to acd_error"}}));
+  EXPECT_EQ(r.rows("SELECT instance, label FROM places WHERE kind = 'element'"), (Rows{{"TYRE-1", "303"}}));
+
+  openJob("next", directory);
+  EXPECT_EQ(bcu_ErrorStatus::getErrorCode(), 0);
+  EXPECT_EQ(CLINES[16] + CLINES[18] + CWARN[0] + CWARN[1], 0);
+}
+
+TEST_F(DiagnosticDatabase, PutsCallsOutOfPlaceWhereTheyMakeSense) {
+  openJob("odd", directory);
+  dxt_DiagnosticExtractor& x = implicitExtractor();
+  x.EndStep();
+  x.EndIncrement(1, true);
+  x.EndAttempt();
+  x.EndIteration();
+  x.EndContactIteration();
+  x.SetIterationConverged(true);
+  EXPECT_FALSE(fs::exists(database("odd"))) << "nothing to record so far";
+  x.AddWarning(codes::NegativeEigenvalues, {{2}, {}, {}, {}, {}}); // before any step
+  x.BeginAttempt(1);                                               // of no increment
+  x.BeginIncrement(7, 0.1);                                        // of no step
+  x.BeginIteration();                                              // of no attempt
+  x.BeginContactIteration();
+  x.EndIncrement(0.1, false); // ends what is in it
+  x.EndIteration();
+  x.BeginStep(1, nullptr, 1, false, false);
+  x.BeginIncrement(1, 0.1);
+  x.BeginIncrement(2, 0.1);                  // the first one never ends
+  x.BeginStep(2, "Second", 1, false, false); // nor the second one
+  x.AddError(0x7FFFFFFF, {});                // of no known code
+  x.AddInternalError(nullptr);
+  x.AddCutbackDiagnostic(99);
+  closeJob();
+  closeJob();
+
+  Reader r(database("odd"));
+  expectSound(r);
+  EXPECT_EQ(r.rows("SELECT step, number, converged, iterations FROM increments"),
+            (Rows{{"NULL", "7", "0", "1"}, {"1", "1", "NULL", "0"}, {"1", "2", "NULL", "0"}}));
+  EXPECT_EQ(r.value("SELECT count(*) FROM attempts"), "0");
+  EXPECT_EQ(r.rows("SELECT increment, attempt, ended FROM iterations"), (Rows{{"1", "NULL", "0"}}));
+  EXPECT_EQ(r.rows("SELECT name, ended IS NULL FROM steps"), (Rows{{"", "0"}, {"Second", "0"}}));
+  EXPECT_EQ(r.rows("SELECT class, step, increment, text FROM messages"),
+            (Rows{{"warning", "NULL", "NULL", "The system matrix has 2 negative eigenvalues"},
+                  {"error", "2", "NULL", ""},
+                  {"internal", "2", "NULL", ""},
+                  {"cutback", "2", "NULL", ""}}));
+}
+
+TEST_F(DiagnosticDatabase, IsMadeAtTheFirstRecordUnderTheNameThatIsSet) {
+  const JobFiles files = openJob("empty", directory);
+  EXPECT_EQ(diagnosticDatabase(), database("empty"));
+  closeJob();
+  EXPECT_FALSE(fs::exists(database("empty")));
+  EXPECT_EQ(diagnosticDatabase(), fs::path());
+
+  openJob("named", directory);
+  explicitExtractor().SetDdbName("own name.db");
+  EXPECT_EQ(diagnosticDatabase(), directory / "own name.db");
+  explicitExtractor().BeginStep(1, "", 17);
+  explicitExtractor().SetDdbName("too late.db");
+  closeJob();
+  EXPECT_TRUE(fs::exists(directory / "own name.db"));
+  EXPECT_FALSE(fs::exists(database("named")));
+  EXPECT_FALSE(fs::exists(directory / "too late.db"));
+
+  // the next job of the name begins anew, also after a crash that left the log of the file
+  explicitExtractor().SetDdbName("");
+  openJob("again", directory);
+  explicitExtractor().BeginStep(1, "", 17);
+  closeJob();
+  std::ofstream(database("again").string() + "-wal") << "of another file";
+  openJob("again", directory);
+  EXPECT_FALSE(fs::exists(database("again")));
+  EXPECT_FALSE(fs::exists(database("again").string() + "-wal"));
+  closeJob();
+
+  std::ofstream(database("foreign")) << "a letter";
+  EXPECT_THROW(openJob("foreign", directory), std::system_error) << "what is no database of ours is not removed";
+  EXPECT_EQ(fs::file_size(database("foreign")), 8u);
+  openJob("other", directory);
+  explicitExtractor().SetDdbName("foreign.diagnostics.sqlite");
+  explicitExtractor().BeginStep(1, "", 17);
+  EXPECT_EQ(writeError().value(), EEXIST);
+  EXPECT_THROW(closeJob(), std::system_error);
+  EXPECT_EQ(fs::file_size(database("foreign")), 8u);
+}
+
+TEST_F(DiagnosticDatabase, CountsRecordsWithoutAJobAndIgnoresThoseOfADisabledExtractor) {
+  const int64_t before = unfiledRecords();
+  implicitExtractor().AddInternalError("nobody listens");
+  explicitExtractor().AddXplStatus(1, 1, "", {});
+  EXPECT_EQ(unfiledRecords(), before + 2);
+
+  openJob("silent", directory);
+  explicitExtractor().Disable();
+  explicitExtractor().BeginStep(1, "", 17);
+  explicitExtractor().AddInternalError("not stored");
+  explicitExtractor().SetNumDomains(2);
+  EXPECT_EQ(explicitExtractor().GetNumberOfErrors(), 0);
+  EXPECT_FALSE(fs::exists(database("silent")));
+  implicitExtractor().BeginStep(1, "", 4, false, false);
+  explicitExtractor().Enable();
+  explicitExtractor().AddInternalError("stored");
+  EXPECT_EQ(explicitExtractor().GetNumberOfErrors(), 1);
+  closeJob();
+  EXPECT_EQ(unfiledRecords(), before + 2);
+  Reader r(database("silent"));
+  EXPECT_EQ(r.value("SELECT text FROM messages"), "stored");
+  EXPECT_EQ(r.value("SELECT domains FROM run"), "2") << "settings count all the same";
+}
+
+TEST_F(DiagnosticDatabase, KeepsResourceMarks) {
+  bcu_ResourceMonitor::Mark("before the job");
+  openJob("marks", directory);
+  bcu_ResourceMonitor::Mark("Start");
+  implicitExtractor().BeginStep(1, "", 4, false, false);
+  volatile double work = 0;
+  const auto worked = [] { return resourceMarks().back().processor; };
+  for (const double start = worked(); worked() < start + 0.01;) {
+    for (int k = 0; k < 100000; ++k) work = work + 1.0 / (k + 1);
+    bcu_ResourceMonitor::Mark("Work");
+  }
+  const std::vector<ResourceMark> marks = resourceMarks();
+  ASSERT_GE(marks.size(), 3u);
+  EXPECT_EQ(marks.back().text, "Work");
+  EXPECT_GT(marks.back().peakMemory, 1 << 20);
+  closeJob();
+  Reader r(database("marks"));
+  expectSound(r);
+  EXPECT_EQ(r.value("SELECT group_concat(DISTINCT n.name) FROM resource_marks m JOIN names n ON n.id = m.name"),
+            "Start,Work");
+  EXPECT_EQ(r.value("SELECT count(*) FROM resource_marks a JOIN resource_marks b ON b.id = a.id + 1 "
+                    "WHERE b.elapsed < a.elapsed OR b.processor < a.processor OR b.peak_memory < a.peak_memory"),
+            "0");
+  EXPECT_EQ(r.rows("SELECT mark FROM phases WHERE mark = 'Start'"), (Rows{{"Start"}}));
+}
+
+// ---- amount, threads, errors, crashes
+
+TEST_F(DiagnosticDatabase, LosesNothingAmongAMillion) {
+  constexpr int kIncrements = 1000, kEach = 1000;
+  openJob("million", directory);
+  dxt_DiagnosticExtractorXpl& x = explicitExtractor();
+  x.BeginStep(1, "Impact", 17);
+  dia_Values values = atElement({"PART-1-1", 0});
+  values.reals = {1.5};
+  const auto start = std::chrono::steady_clock::now();
+  for (int increment = 1; increment <= kIncrements; ++increment) {
+    x.BeginIncrement(increment, 1e-6);
+    for (int k = 1; k <= kEach; ++k) {
+      values.elements[0].label = k;
+      values.reals[0] = increment + 1e-3 * k;
+      x.AddWarning(codes::WaveSpeedExceeded, 0, values);
+    }
+    x.EndIncrement(1e-6 * increment, true);
+  }
+  const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  RecordProperty("diagnostics_per_second", static_cast<int>(kIncrements * kEach / seconds));
+  std::printf("%.0f diagnostics a second\n", kIncrements * kEach / seconds);
+  EXPECT_EQ(x.GetNumberOfWarnings(), kIncrements * kEach);
+  closeJob();
+
+  Reader r(database("million"));
+  EXPECT_EQ(r.value("PRAGMA integrity_check"), "ok");
+  EXPECT_EQ(r.rows("SELECT count(*), min(id), max(id) FROM diagnostics"), (Rows{{"1000000", "1", "1000000"}}));
+  EXPECT_EQ(r.rows("SELECT count(*), sum(e.label) FROM elements e JOIN diagnostics d ON d.id = e.diagnostic WHERE "
+                   "d.increment = (e.diagnostic - 1) / 1000 + 1 AND e.label = (e.diagnostic - 1) % 1000 + 1"),
+            (Rows{{"1000000", "500500000"}}));
+  EXPECT_EQ(r.value("SELECT count(*) FROM real_values v JOIN elements e USING (diagnostic) JOIN diagnostics d "
+                    "ON d.id = v.diagnostic WHERE v.value = d.increment + 1e-3 * e.label"),
+            "1000000");
+  EXPECT_EQ(r.rows("SELECT count, first_increment, last_increment FROM problems"), (Rows{{"1000000", "1", "1000"}}));
+  EXPECT_EQ(r.value("SELECT min(warnings) || ' ' || max(warnings) FROM increments"), "1000 1000");
+}
+
+TEST_F(DiagnosticDatabase, MayBeCalledFromSeveralThreads) {
+  constexpr int kThreads = 6, kEach = 2000;
+  openJob("threads", directory);
+  explicitExtractor().BeginStep(1, "", 17);
+  implicitExtractor().BeginStep(1, "", 4, false, false);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t)
+    threads.emplace_back([t] {
+      for (int k = 1; k <= kEach; ++k) {
+        explicitExtractor().AddElementDiagnostic(codes::ElementDeleted, t, atElement({"PART-1-1", t * kEach + k}));
+        bcu_ResourceMonitor::Mark("Mark");
+        if (t == 0) implicitExtractor().BeginIncrement(k, 0.1);
+        if (t == 0) implicitExtractor().EndIncrement(0.1 * k, true);
+        if (t == 1) implicitExtractor().AddWarning(codes::NegativeEigenvalues, {{k}, {}, {}, {}, {}});
+      }
+    });
+  for (std::thread& thread : threads) thread.join();
+  closeJob();
+  Reader r(database("threads"));
+  expectSound(r);
+  EXPECT_EQ(r.rows("SELECT count(*), count(DISTINCT e.label), max(e.label) FROM elements e"),
+            (Rows{{"12000", "12000", "12000"}}));
+  EXPECT_EQ(r.rows("SELECT name, count FROM codes ORDER BY count"),
+            (Rows{{"NegativeEigenvalues", "2000"}, {"ElementDeleted", "12000"}}));
+  EXPECT_EQ(r.value("SELECT count(*) FROM (SELECT e.label, lag(e.label) OVER (PARTITION BY d.domain ORDER BY d.id) AS "
+                    "before FROM diagnostics d JOIN elements e ON e.diagnostic = d.id) WHERE label <= before"),
+            "0")
+      << "each thread in its own order";
+  EXPECT_EQ(r.value("SELECT count(*) FROM resource_marks"), std::to_string(kThreads * kEach));
+}
+
+TEST_F(DiagnosticDatabase, CanBeReadWhileItIsWritten) {
+  openJob("live", directory);
+  dxt_DiagnosticExtractor& x = implicitExtractor();
+  x.BeginStep(1, "Press", 4, false, false);
+  Reader r(database("live"));
+  for (int k = 1; k <= 3; ++k) {
+    x.BeginIncrement(k, 0.1);
+    x.AddWarning(codes::NegativeEigenvalues, {{k}, {}, {}, {}, {}});
+    EXPECT_EQ(r.number("SELECT count(*) FROM diagnostics"), k - 1) << "one transaction for an increment";
+    x.EndIncrement(0.1 * k, true);
+    EXPECT_EQ(r.number("SELECT count(*) FROM diagnostics"), k);
+  }
+  x.BeginIncrement(4, 0.1);
+  x.AddInternalError("perhaps the last words");
+  EXPECT_EQ(r.value("SELECT class FROM messages ORDER BY id DESC LIMIT 1"), "internal") << "an error is there at once";
+  const int32_t aborted = 2;
+  x.AddWarning(codes::NegativeEigenvalues, {{4}, {}, {}, {}, {}});
+  DXT_SETJOBSTATUS_XPL(&aborted);
+  EXPECT_EQ(r.rows("SELECT status, ended FROM run"), (Rows{{"2", "NULL"}}));
+  EXPECT_EQ(r.number("SELECT count(*) FROM diagnostics"), 5) << "with the status comes all that was recorded";
+}
+
+// Runs `work` in a process of its own; answers its exit status as of waitpid.
+template <class Work>
+int inChild(Work work) {
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  if (child == 0) {
+    work();
+    _exit(0);
+  }
+  int status = -1;
+  return waitpid(child, &status, 0) == child ? status : -1;
+}
+
+TEST_F(DiagnosticDatabase, ReportsAFullDisk) {
+  const fs::path verdict = directory / "verdict";
+  const int status = inChild([&] {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit = {1 << 20, 1 << 20};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    openJob("full", directory);
+    explicitExtractor().BeginStep(1, "", 17);
+    int finished = 0;
+    for (int k = 1; k <= 1000 && !writeError(); ++k) {
+      explicitExtractor().BeginIncrement(k, 1e-6);
+      for (int e = 1; e <= 100; ++e)
+        explicitExtractor().AddElementDiagnostic(codes::ElementDeleted, 0, atElement({"PART-1-1", e}));
+      explicitExtractor().EndIncrement(1e-6 * k, true);
+      if (!writeError()) finished = k;
+    }
+    std::ofstream out(verdict);
+    out << finished << '\n' << writeError().value() << '\n';
+    explicitExtractor().AddInternalError("after the error");
+    try {
+      closeJob();
+      out << "closed without a word\n";
+    } catch (const std::system_error& error) {
+      out << error.code().value() << '\n' << error.what() << '\n';
+    }
+    out.flush();
+  });
+  EXPECT_EQ(status, 0);
+  std::ifstream in(verdict);
+  int finished = 0, first = 0, atClose = 0;
+  std::string what;
+  ASSERT_TRUE(in >> finished >> first >> atClose && std::getline(in >> std::ws, what));
+  EXPECT_GT(finished, 0);
+  EXPECT_LT(finished, 1000);
+  EXPECT_TRUE(first == EFBIG || first == ENOSPC) << first;
+  EXPECT_EQ(atClose, first);
+  EXPECT_NE(what.find(database("full").string()), std::string::npos) << what;
+  Reader r(database("full"), SQLITE_OPEN_READWRITE);
+  expectSound(r);
+  EXPECT_EQ(r.number("SELECT count(*) FROM increments WHERE converged"), finished) << "what was finished is there";
+  EXPECT_EQ(r.number("SELECT count(*) FROM diagnostics"), 100 * finished);
+}
+
+// Records increments without end and announces each finished one on a pipe.
+[[noreturn]] void recordWithoutEnd(const fs::path& directory, int announce) {
+  openJob("crash", directory);
+  dxt_DiagnosticExtractor& x = implicitExtractor();
+  x.BeginStep(1, "Endless", 4, false, false);
+  for (int32_t k = 1;; ++k) {
+    x.BeginIncrement(k, 0.1);
+    x.BeginAttempt(0.1);
+    for (int w = 0; w < 40; ++w) x.AddElementDiagnostic(codes::ElementDeleted, atElement({"PART-1-1", k}));
+    if (k % 7 == 0) x.AddInternalError("committed early");
+    x.EndAttempt();
+    bcu_ResourceMonitor::Mark("Increment-End");
+    x.EndIncrement(0.1 * k, true);
+    if (write(announce, &k, sizeof k) != sizeof k) _exit(1);
+  }
+}
+
+TEST_F(DiagnosticDatabase, SurvivesAKillAtAnyMoment) {
+  std::mt19937 random(20261121);
+  std::uniform_int_distribution<int> microseconds(200, 120000);
+  int64_t kept = 0;
+  for (int round = 0; round < 12; ++round) {
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    std::fflush(nullptr);
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) recordWithoutEnd(directory, ends[1]);
+    close(ends[1]);
+    // announcements pile up in the pipe or are taken here; the kill comes in between
+    std::jthread killer([=, delay = microseconds(random)] {
+      std::this_thread::sleep_for(std::chrono::microseconds(delay));
+      kill(child, SIGKILL);
+    });
+    int32_t announced = 0, next = 0;
+    while (read(ends[0], &next, sizeof next) == sizeof next) announced = next;
+    close(ends[0]);
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
+    if (!fs::exists(database("crash"))) {
+      EXPECT_EQ(announced, 0);
+      continue;
+    }
+
+    Reader r(database("crash"));
+    EXPECT_EQ(r.value("PRAGMA integrity_check"), "ok");
+    if (r.number("PRAGMA user_version") == 0) { // killed while it was made
+      EXPECT_EQ(announced, 0);
+      continue;
+    }
+    expectSound(r);
+    const int64_t finished = r.number("SELECT count(*) FROM increments WHERE converged");
+    EXPECT_GE(finished, announced);
+    EXPECT_LE(finished, announced + 1) << "at most one that could not be announced any more";
+    EXPECT_EQ(r.number("SELECT count(*) FROM (SELECT d.increment FROM diagnostics d JOIN elements e ON e.diagnostic = "
+                       "d.id JOIN increments i ON i.id = d.increment WHERE i.converged AND e.label = i.number GROUP BY "
+                       "d.increment HAVING count(*) = 40)"),
+              finished)
+        << "with all that was recorded in them";
+    EXPECT_EQ(r.value("SELECT ended FROM run"), "NULL");
+    kept += finished;
+  }
+  EXPECT_GT(kept, 0) << "no child lived long enough to finish an increment";
+}
+
+TEST_F(DiagnosticDatabase, KeepsWhatAProgramRecordedThatExitsWithoutClosing) {
+  const int status = inChild([&] {
+    openJob("exit", directory);
+    implicitExtractor().BeginStep(1, "", 4, false, false);
+    implicitExtractor().BeginIncrement(1, 0.1);
+    implicitExtractor().AddWarning(codes::NegativeEigenvalues, {{1}, {}, {}, {}, {}});
+    std::exit(7);
+  });
+  EXPECT_EQ(WEXITSTATUS(status), 7);
+  Reader r(database("exit"));
+  EXPECT_EQ(r.value("SELECT count(*) FROM diagnostics"), "1");
+}
+
+// ---- metadata, model, threads of the platform interface
+
+TEST(DiagnosticMetadata, IsCompleteAndConsistent) {
+  const dia_MetadataTable &general = dia_MetadataTable::Instance(0), &contact = dia_MetadataTable::Instance(1);
+  EXPECT_EQ(&dia_MetadataTable::Instance(7), &general);
+  EXPECT_NE(&contact, &general);
+
+  struct Expected {
+    const dia_MetadataTable& table;
+    int32_t code;
+    bool isError;
+    int32_t family, group, number;
+    dia_Counts counts;
+    std::size_t texts;
+  };
+  std::vector<Expected> all;
+#define SA_EXPECTED(table, name, severity, family, group, number, ints, reals, strings, nodes, elements, status, ...)  \
+  all.push_back({table,                                                                                                \
+                 codes::name,                                                                                          \
+                 codes::severity == codes::Error,                                                                      \
+                 family,                                                                                               \
+                 group,                                                                                                \
+                 number,                                                                                               \
+                 {ints, reals, strings, nodes, elements},                                                              \
+                 std::vector<const char*>{__VA_ARGS__}.size()});
+#define SA_EXPECTED_GENERAL(...) SA_EXPECTED(general, __VA_ARGS__)
+#define SA_EXPECTED_CONTACT(...) SA_EXPECTED(contact, __VA_ARGS__)
+  SA_HOST_GENERAL_CODES(SA_EXPECTED_GENERAL)
+  SA_HOST_CONTACT_CODES(SA_EXPECTED_CONTACT)
+
+  std::set<int32_t> seen;
+  for (const Expected& e : all) {
+    EXPECT_TRUE(seen.insert(e.code).second) << std::hex << e.code;
+    EXPECT_EQ(e.code >> 30 & 1, e.isError);
+    EXPECT_EQ(e.code >> 24 & 0x3F, e.family);
+    EXPECT_EQ(e.code >> 16 & 0xFF, e.group);
+    EXPECT_EQ(e.code >> 5 & 0x7FF, e.number);
+    EXPECT_EQ(e.code & 0x1F, 0);
+    EXPECT_EQ(e.family == 3, &e.table == &contact);
+    EXPECT_EQ(dia_TypeCodeUtils::IsError(e.code), e.isError);
+    EXPECT_TRUE(e.table.IsValid(e.code));
+    EXPECT_FALSE((&e.table == &general ? contact : general).IsValid(e.code));
+    const auto texts = static_cast<int32_t>(e.texts);
+    EXPECT_TRUE(e.table.IsValid(e.code + texts - 1));
+    EXPECT_FALSE(e.table.IsValid(e.code + texts)) << "a variation without a text";
+    EXPECT_EQ(dia_TypeCodeUtils::GetVariationNumber(e.code + texts - 1), texts - 1);
+    const dia_Counts counts = e.table.GetCounts(e.code);
+    EXPECT_EQ(counts.ints, e.counts.ints);
+    EXPECT_EQ(counts.reals, e.counts.reals);
+    EXPECT_EQ(counts.strings, e.counts.strings);
+    EXPECT_EQ(counts.strings, e.table.GetNumStringValues(e.code));
+    EXPECT_EQ(counts.nodes, e.counts.nodes);
+    EXPECT_EQ(counts.elements, e.counts.elements);
+    ASSERT_EQ(e.table.GetDetailStrings(e.code).size(), e.texts);
+
+    // with as many values as the code has, no placeholder is left
+    dia_Values values;
+    values.ints.assign(static_cast<std::size_t>(counts.ints), 1);
+    values.reals.assign(static_cast<std::size_t>(counts.reals), 1);
+    values.strings.assign(static_cast<std::size_t>(counts.strings), "s");
+    values.nodes.assign(static_cast<std::size_t>(counts.nodes), {"P", 1});
+    values.elements.assign(static_cast<std::size_t>(counts.elements), {"P", 1});
+    for (const std::string& text : e.table.GetDetailStrings(e.code))
+      EXPECT_EQ(dia_FormatUtils::Substitute(text, values).find('%'), std::string::npos) << text;
+  }
+  EXPECT_GE(all.size(), 18u);
+  EXPECT_TRUE(general.IsForStatusChannel(dia_Codes::InternalError));
+  EXPECT_FALSE(general.IsForStatusChannel(codes::NegativeEigenvalues));
+  EXPECT_EQ(general.GetCounts(12).ints, 0);
+  EXPECT_TRUE(general.GetDetailStrings(12).empty());
+  EXPECT_FALSE(general.IsForStatusChannel(12));
+}
+
+TEST_F(DiagnosticDatabase, TextsTakeTheirValuesInOrder) {
+  const dia_Values values = {{1, -2}, {0.5}, {"a%Ib"}, {{"WHEEL-1", 12}}, {{"", 13}, {"TYRE-1", 14}}};
+  const auto text = [&](const char* detail) { return dia_FormatUtils::Substitute(detail, values); };
+  EXPECT_EQ(text("%I %R %I %S %N %E %E"), "1 5.00000e-01 -2 a%Ib 12 13 14");
+  EXPECT_EQ(text("%I%I%I %R%R %x %"), "1-2%I 5.00000e-01%R %x %") << "what has no value stays";
+  EXPECT_EQ(text("%%I"), "%1");
+  EXPECT_EQ(text(""), "");
+  setModel(wheelAndTyre());
+  EXPECT_EQ(text("%N, %E, %E"), "12 instance WHEEL-1, 13, 14 instance TYRE-1");
+}
+
+TEST_F(DiagnosticDatabase, NumbersOfTheSolverBecomeLabelsOfInstances) {
+  const inpM_SolverPartMap& map = inpM_SolverPartMap::Instance();
+  const int32_t hasInstances = SA_HOST_VARIABLE_HAS_INSTANCES, otherVariable = 2;
+  const auto partOf = [](int32_t element, std::size_t room = 10) {
+    std::string name(room, '?');
+    int32_t label = -1;
+    INPM_GETPARTINFOI(&element, name.data(), &label, static_cast<int64_t>(room));
+    return name + std::to_string(label);
+  };
+  EXPECT_EQ(DSM_VAR_GETI(&hasInstances), 0);
+  EXPECT_FALSE(implicitExtractor().IsModelInParts());
+  EXPECT_EQ(map.ConstGetInstanceNodeIdPair(12).label, 12);
+  EXPECT_EQ(map.ConstGetInstanceNodeIdPair(12).instance, "");
+  EXPECT_EQ(partOf(12), "          12");
+
+  setModel(wheelAndTyre());
+  EXPECT_EQ(DSM_VAR_GETI(&hasInstances), 1);
+  EXPECT_EQ(DSM_VAR_GETI(&otherVariable), 0);
+  EXPECT_TRUE(explicitExtractor().IsModelInParts());
+  EXPECT_EQ(map.ConstGetInstanceNodeIdPair(100).instance, "WHEEL-1");
+  EXPECT_EQ(map.ConstGetInstanceNodeIdPair(101).instance, "TYRE-1");
+  EXPECT_EQ(map.ConstGetInstanceNodeIdPair(101).label, 1);
+  EXPECT_EQ(map.ConstGetInstanceElementIdPair(60).label, 310);
+  for (int32_t unknown : {0, -1, 61, std::numeric_limits<int32_t>::max()}) {
+    EXPECT_EQ(map.ConstGetInstanceElementIdPair(unknown).instance, "");
+    EXPECT_EQ(map.ConstGetInstanceElementIdPair(unknown).label, unknown);
+  }
+  EXPECT_EQ(partOf(52), "TYRE-1    302");
+  EXPECT_EQ(partOf(52, 3), "TYR302");
+  EXPECT_EQ(partOf(61), "          61");
+  EXPECT_EQ(map.GetLabelName(" L1"), "BORE");
+  EXPECT_EQ(map.GetLabelName(" L2"), " L2");
+
+  const std::vector<NumberRange> ranges = numberRanges({5, 6, 7, 3, 9}, {50, 51, 60, 61, 62});
+  ASSERT_EQ(ranges.size(), 4u);
+  setModel({{{"A", {}, ranges}}, {}});
+  for (const auto& [number, label] :
+       std::vector<std::pair<int32_t, int32_t>>{{5, 50}, {6, 51}, {7, 60}, {3, 61}, {9, 62}})
+    EXPECT_EQ(map.ConstGetInstanceElementIdPair(number).label, label);
+  EXPECT_EQ(map.ConstGetInstanceElementIdPair(8).instance, "");
+  EXPECT_THROW(numberRanges({1}, {}), std::invalid_argument);
+  EXPECT_THROW(setModel({{{"A", {{1, 5, 1}}, {}}, {"B", {{5, 1, 1}}, {}}}, {}}), std::invalid_argument);
+  EXPECT_EQ(map.ConstGetInstanceElementIdPair(9).label, 62) << "the model stays";
+}
+
+std::atomic<int> released{0};
+std::string releaseOrder;
+
+TEST(ThreadRegistry, ReleasesOnceAtTheEndOfTheThread) {
+  released = 0;
+  releaseOrder.clear();
+  std::thread([] {
+    thr_ThrSingletonRegistry::Register([] { releaseOrder += 'a'; });
+    const auto twice = [] {
+      ++released;
+      releaseOrder += 'b';
+    };
+    thr_ThrSingletonRegistry::Register(twice);
+    thr_ThrSingletonRegistry::Register(twice);
+    thr_ThrSingletonRegistry::Register([] { thr_ThrSingletonRegistry::Register([] { releaseOrder += 'c'; }); });
+    EXPECT_EQ(released, 0);
+  }).join();
+  EXPECT_EQ(released, 1);
+  EXPECT_EQ(releaseOrder, "cba") << "the last first, with what a release registers";
+  std::thread([] {}).join();
+  EXPECT_EQ(released, 1);
+
+  const int status = inChild([] {
+    thr_ThrSingletonRegistry::Register([] { _exit(5); });
+    std::exit(0);
+  });
+  EXPECT_EQ(WEXITSTATUS(status), 5) << "the main thread at exit";
+}
+
+TEST(ThreadRegistry, OneLockForAll) {
+  int count = 0;
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t)
+    threads.emplace_back([&] {
+      for (int k = 0; k < 10000; ++k) {
+        const thr_GlobalLock lock;
+        ++count;
+      }
+    });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(count, 40000);
+}
+
+// ---- the program
+
+std::string quoted(const fs::path& path) { return std::string("'").append(path.string()).append("'"); }
+
+class DiagnosticsProgram : public DiagnosticDatabase {
+protected:
+  struct Result {
+    int exitCode;
+    std::string output;
+  };
+
+  void SetUp() override {
+    DiagnosticDatabase::SetUp();
+    program = fs::read_symlink("/proc/self/exe").parent_path() / "sharedanalysis-diagnostics";
+    if (!fs::exists(program)) GTEST_SKIP() << "the program is not built";
+  }
+
+  // Standard output and standard error of the program.
+  Result run(const std::string& arguments, const std::string& after = " 2>&1") const {
+    const std::string command = quoted(program) + " " + arguments + after;
+    std::FILE* const pipe = popen(command.c_str(), "r");
+    Result result{-1, ""};
+    std::array<char, 4096> buffer{};
+    for (std::size_t bytes = 0; (bytes = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;)
+      result.output.append(buffer.data(), bytes);
+    result.exitCode = WEXITSTATUS(pclose(pipe));
+    return result;
+  }
+  Result runOn(const std::string& job, const std::string& arguments = "") const {
+    return run(quoted(database(job)) + " " + arguments);
+  }
+
+  // A step that goes well and one that fails.
+  void recordFailure(const std::string& job) const {
+    setModel(wheelAndTyre());
+    openJob(job, directory);
+    dxt_DiagnosticExtractor& x = implicitExtractor();
+    x.SetStepNlgeom();
+    x.BeginStep(1, "Press", 4, false, false);
+    for (int k = 1; k <= 12; ++k) {
+      x.BeginIncrement(k, 0.1);
+      x.BeginAttempt(0.1);
+      x.EndAttempt();
+      x.EndIncrement(0.1 * k, true);
+    }
+    x.BeginStep(2, "Twist", 4, false, false);
+    x.BeginIncrement(1, 0.5);
+    x.AddWarning(codes::NegativeEigenvalues, {{3}, {}, {}, {}, {}});
+    for (double size : {0.5, 0.125}) {
+      x.BeginAttempt(size);
+      for (int32_t element : {51, 52, 53, 54, 55, 56, 51})
+        x.AddElementDiagnostic(codes::ExcessiveDistortion,
+                               atElement(inpM_SolverPartMap::Instance().ConstGetInstanceElementIdPair(element)));
+      x.AddCutbackDiagnostic(7);
+      x.EndAttempt();
+    }
+    x.AddError(codes::TooManyAttempts, {{2}, {}, {}, {}, {}});
+    x.EndIncrement(0, false);
+  }
+
+  fs::path program;
+};
+
+TEST_F(DiagnosticsProgram, ListsWhatAnAnalystAsksFor) {
+  recordFailure("fails");
+  const int32_t aborted = 2;
+  DXT_SETJOBSTATUS_XPL(&aborted);
+  closeJob();
+  const Result result = runOn("fails");
+  EXPECT_EQ(result.exitCode, 0);
+  // times of the wall differ from run to run
+  const std::string output =
+      std::regex_replace(std::regex_replace(result.output, std::regex("took [^ ]+ s"), "took T s"),
+                         std::regex("started .* on .*, took"), "started S on H, took");
+  EXPECT_EQ(output, R"(fails: aborted
+  started S on H, took T s
+
+Steps
+  1 Press: implicit, procedure 4, large displacements
+    12 increments of 0.1 to time 1.2, 12 attempts, took T s
+  2 Twist: implicit, procedure 4
+    1 increment of 0.5 to time 0, 2 attempts, 2 cutbacks, 1 error, 1 warning, took T s
+
+Increments
+  step  increment  size  time  attempts  cutbacks  errors  warnings
+     1       1-12  0.1   1.2         12         0       0         0
+     2          1  0.5   0            2         2       1         1  not converged
+
+Problems
+  ERROR TooManyAttempts (0x410300A0), once
+    The increment did not converge in 2 attempts
+    step 2 increment 1 time 0
+  ELEMENT ERROR ExcessiveDistortion (0x42010020), 14 times
+    Element 301 instance TYRE-1 is distorted excessively
+    all in step 2 increment 1 time 0
+    elements 301 (4 times), 302 (2 times), 303 (2 times), 304 (2 times), 305 (2 times) of TYRE-1 and 1 more
+  WARNING NegativeEigenvalues (0x01040040), once
+    The system matrix has 3 negative eigenvalues
+    step 2 increment 1 time 0
+  CUTBACK (7), 2 times
+    Elements are distorted excessively
+    all in step 2 increment 1 time 0
+)");
+}
+
+TEST_F(DiagnosticsProgram, NarrowsItsLists) {
+  recordFailure("narrow");
+  closeJob();
+  const std::string all = runOn("narrow").output;
+  const std::string byName = runOn("narrow", "--code excessivedistortion --limit 2").output;
+  EXPECT_NE(byName.find("301 (4 times), 302 (2 times) of TYRE-1 and 4 more"), std::string::npos) << byName;
+  EXPECT_NE(byName.find("2 step 2 increment 1 time 0 attempt 1: ExcessiveDistortion: Element 301"), std::string::npos);
+  EXPECT_NE(byName.find("(12 more; --all shows them)"), std::string::npos);
+  EXPECT_EQ(byName.find("TooManyAttempts"), std::string::npos);
+  EXPECT_EQ(runOn("narrow", "--code 0x42010020 --limit 2").output, byName);
+  EXPECT_EQ(runOn("narrow", "--code 1107361824 --limit 2").output, byName);
+  const std::string whole = runOn("narrow", "--code ExcessiveDistortion --all").output;
+  EXPECT_NE(whole.find("306 (2 times) of TYRE-1\n"), std::string::npos) << whole;
+  EXPECT_EQ(whole.find("more"), std::string::npos);
+
+  const std::string good = runOn("narrow", "--increment 1:2-3").output;
+  EXPECT_NE(good.find("     1          2  0.1"), std::string::npos) << good;
+  EXPECT_NE(good.find("(none of these)"), std::string::npos);
+  EXPECT_EQ(good.find("not converged"), std::string::npos);
+  const std::string bad = runOn("narrow", "--increment 1").output;
+  EXPECT_NE(bad.find("ExcessiveDistortion (0x42010020), 14 times"), std::string::npos) << bad;
+  EXPECT_NE(runOn("narrow", "--code nothing").output.find("(none of these)"), std::string::npos);
+}
+
+TEST_F(DiagnosticsProgram, SpeaksJson) {
+  recordFailure("json");
+  closeJob();
+  const Result result = runOn("json", "--json");
+  EXPECT_EQ(result.exitCode, 0);
+  std::ofstream(directory / "out.json") << result.output;
+  // SQLite knows JSON as well
+  Reader r(":memory:", SQLITE_OPEN_READWRITE);
+  const auto at = [&](const std::string& path) {
+    return r.value("SELECT json_extract(CAST(readfile AS TEXT), '" + path + "') FROM (SELECT '" +
+                   std::regex_replace(result.output, std::regex("'"), "''") + "' AS readfile)");
+  };
+  EXPECT_EQ(at("$.format"), "1");
+  EXPECT_EQ(at("$.run.job"), "json");
+  EXPECT_EQ(at("$.run.in_parts"), "1");
+  EXPECT_EQ(at("$.run.domains"), "NULL");
+  EXPECT_EQ(at("$.steps[0].increments"), "12");
+  EXPECT_EQ(at("$.steps[0].attributes[0]"), "large displacements");
+  EXPECT_EQ(at("$.increments[0].last"), "12");
+  EXPECT_EQ(at("$.increments[1].state"), "not converged");
+  EXPECT_EQ(at("$.problems[1].name"), "ExcessiveDistortion");
+  EXPECT_EQ(at("$.problems[1].code"), std::to_string(codes::ExcessiveDistortion));
+  EXPECT_EQ(at("$.problems[1].count"), "14");
+  EXPECT_EQ(at("$.problems[1].place_count"), "6");
+  EXPECT_EQ(at("$.problems[1].places[0].label"), "301");
+  EXPECT_EQ(at("$.problems[1].places[0].count"), "4");
+  EXPECT_EQ(at("$.problems[1].first.increment"), "1");
+  EXPECT_EQ(at("$.messages"), "[]");
+}
+
+TEST_F(DiagnosticsProgram, ReadsRunningAndCrashedAnalyses) {
+  recordFailure("running");
+  EXPECT_EQ(runOn("running").output.find("running: running\n"), 0u);
+  closeJob();
+  EXPECT_EQ(runOn("running").output.find("running: ended without a status\n"), 0u);
+
+  const int status = inChild([&] {
+    recordFailure("crashed");
+    raise(SIGKILL);
+  });
+  EXPECT_TRUE(WIFSIGNALED(status));
+  const Result crashed = runOn("crashed");
+  EXPECT_EQ(crashed.exitCode, 0);
+  EXPECT_EQ(crashed.output.find("crashed: ended without closing the file\n"), 0u) << crashed.output;
+  EXPECT_NE(crashed.output.find("TooManyAttempts"), std::string::npos);
+}
+
+TEST_F(DiagnosticsProgram, ExitCodesTellWhatIsWrong) {
+  const auto expect = [&](const Result& result, int exitCode, const std::string& words) {
+    EXPECT_EQ(result.exitCode, exitCode) << result.output;
+    EXPECT_NE(result.output.find(words), std::string::npos) << result.output;
+    EXPECT_EQ(std::count(result.output.begin(), result.output.end(), '\n'), 1) << result.output;
+  };
+  expect(run(""), 2, "DATABASE is required");
+  expect(run("x --what"), 2, "--what");
+  expect(run(quoted((directory / "none"))), 3, "there is no such file");
+  expect(run(quoted(directory)), 3, "is a directory");
+  std::ofstream(directory / "letter") << std::string(5000, 'x');
+  expect(run(quoted((directory / "letter"))), 4, "is not a database");
+  std::ofstream(directory / "nothing").flush();
+  expect(run(quoted((directory / "nothing"))), 4, "not of diagnostics");
+
+  recordFailure("good");
+  closeJob();
+  EXPECT_EQ(runOn("good", "> /dev/null").exitCode, 0);
+  expect(runOn("good", "--increment 3-x"), 2, "--increment 3-x");
+  expect(runOn("good", "--limit 0"), 2, "--limit");
+  expect(runOn("good", "--limit 3 --all"), 2, "--limit");
+  if (fs::exists("/dev/full")) expect(run(quoted(database("good")), " 2>&1 >/dev/full"), 1, "written");
+  const auto changed = [&](const std::string& sql) {
+    fs::copy_file(database("good"), directory / "changed", fs::copy_options::overwrite_existing);
+    Reader(directory / "changed", SQLITE_OPEN_READWRITE).rows(sql);
+    return run(quoted((directory / "changed")));
+  };
+  expect(changed("PRAGMA application_id = 1"), 4, "not of diagnostics");
+  expect(changed("PRAGMA user_version = 99"), 5, "newer release (version 99");
+  expect(changed("PRAGMA user_version = 0"), 6, "nothing was recorded");
+  expect(changed("DROP TABLE increments"), 6, "no such table");
+  fs::resize_file(directory / "changed", 20000);
+  expect(run(quoted((directory / "changed"))), 6, "cannot be read");
+}
+
+TEST_F(DiagnosticsProgram, EndsQuietlyWhenNobodyReadsOn) {
+  openJob("pipe", directory);
+  implicitExtractor().BeginStep(1, "", 4, false, false);
+  for (int k = 0; k < 20000; ++k) implicitExtractor().AddWarning(codes::NegativeEigenvalues, {{k}, {}, {}, {}, {}});
+  closeJob();
+  const Result result = run("'" + database("pipe").string() + "' --code warning --all", " 2>&1 | head -n 1");
+  EXPECT_EQ(result.output, "pipe: ended without a status\n");
+}
+
+} // namespace
