@@ -81,7 +81,8 @@ struct Analysis::Data {
   double time = 0, lastIncrement = 0, stable = 0, firstStable = 0;
   int64_t increment = 0, updates = 0;
   Ending ending = Ending::Running;
-  std::vector<int64_t> distorted;
+  std::vector<int64_t> distorted, ownDistorted;
+  std::function<void(const Progress&, double)> observer;
   std::vector<int64_t> firstPrescribedOfRank;
   std::vector<size_t> prescribedOrder; // as one rank has them: sums run in this order
   Collected collected;
@@ -378,7 +379,9 @@ Ending Analysis::Data::findEnding(const Outcome& all) {
         for (int e = 0; e < block.count(); ++e)
           if (block.mask(e) != 0.0 && speaksFor(state, block.bricks()[e]))
             distorted.push_back(mesh.elementNumbers[numbering.elements[block.bricks()[e]]]);
-    distorted = ranks.joined(distorted);
+    std::sort(distorted.begin(), distorted.end());
+    ownDistorted = distorted;
+    distorted = ranks.joined(ownDistorted);
     std::sort(distorted.begin(), distorted.end());
     return ranks.allAgree(finite) ? Ending::Distorted : Ending::NotFinite;
   }
@@ -422,6 +425,7 @@ Ending Analysis::advanceTo(double end) {
           const Outcome all = d.outcome();
           d.ending = d.findEnding(all);
           if (d.ending == Ending::Running && all.killed) d.ending = Ending::Killed;
+          if (d.observer) d.observer({d.time, d.stable, d.increment}, step);
         });
         running = d.ending == Ending::Running && d.time < end && !d.rankLost;
         step = d.nextIncrement(end);
@@ -440,6 +444,11 @@ Progress Analysis::progress() const { return {data_->time, data_->stable, data_-
 int64_t Analysis::elementUpdates() const { return data_->updates; }
 
 const std::vector<int64_t>& Analysis::distortedElements() const { return data_->distorted; }
+const std::vector<int64_t>& Analysis::ownDistortedElements() const { return data_->ownDistorted; }
+
+void Analysis::setObserver(std::function<void(const Progress&, double)> observer) {
+  data_->observer = std::move(observer);
+}
 
 // (kBrickValues, bricks) of the bricks for which the domains of this rank speak.
 std::vector<double> Analysis::Data::brickValues() {

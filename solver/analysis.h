@@ -4,6 +4,7 @@
 #include "model.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -44,6 +45,9 @@ public:
   // Afterwards displacement, stress and energies belong to the same time.
   Ending advanceTo(double time);
 
+  // Called after every increment, on every rank, with its size; throws nothing.
+  void setObserver(std::function<void(const Progress&, double)> observer);
+
   // Brings what results are made of to the root.  Energies, momenta and fields do so by themselves: every rank calls this, or
   // the first of them, at the same times.  Energies are known to every rank afterwards, momenta and fields to the root.
   void collect();
@@ -56,6 +60,7 @@ public:
   int64_t elementUpdates() const; // bricks times increments, for rates
   // After Distorted: the mesh numbers of the bricks that were masked in the last increment, of all ranks.
   const std::vector<int64_t>& distortedElements() const;
+  const std::vector<int64_t>& ownDistortedElements() const; // those that this rank speaks for
 
 private:
   struct Data;

@@ -2,9 +2,12 @@
 
 #include "analysis.h"
 #include "case_reader.h"
+#include "diagnostics.h"
+#include "digest.h"
 #include "glo.h"
 #include "history.h"
 #include "mesh_reader.h"
+#include "ranks.h"
 #include "reference_host.h"
 #include "results.h"
 #include "terminal.h"
@@ -13,9 +16,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <exception>
 #include <initializer_list>
 #include <memory>
 #include <omp.h>
+#include <optional>
 
 namespace sharedanalysis::solver {
 namespace {
@@ -52,7 +57,8 @@ double dilatationalSpeed(const Material& material) {
 }
 
 // What is run, as lines for the terminal and for the results.
-std::vector<std::string> describe(const Case& definition, const Mesh& mesh, int threads, double stableIncrement) {
+std::vector<std::string> describe(const Case& definition, const Mesh& mesh, const Ranks& ranks, int threads,
+                                  double stableIncrement) {
   std::vector<std::string> lines{"job " + definition.job + ": " + definition.title,
                                  "mesh " + definition.meshFile.string() + ": " + std::to_string(mesh.nodes()) +
                                      " nodes, " + std::to_string(mesh.elements()) + " bricks"};
@@ -67,7 +73,9 @@ std::vector<std::string> describe(const Case& definition, const Mesh& mesh, int 
                     shortNumber(poissonRatio(material)) + ", density " + shortNumber(material.density) +
                     " kg/m3, wave speed " + shortNumber(dilatationalSpeed(material)) + " m/s");
   lines.push_back("end time " + shortNumber(definition.endTime) + " s, first stable increment " +
-                  shortNumber(stableIncrement) + " s, " + counted(static_cast<std::size_t>(threads), "thread"));
+                  shortNumber(stableIncrement) + " s, " +
+                  (ranks.areSeveral() ? counted(static_cast<std::size_t>(ranks.size()), "rank") + " of " : "") +
+                  counted(static_cast<std::size_t>(threads), "thread"));
   return lines;
 }
 
@@ -109,53 +117,75 @@ private:
   double first_ = 0, error_ = 0, largest_ = 0;
 };
 
-constexpr const char *historyExtension = ".csv", *fieldsExtension = ".exo";
+constexpr const char *historyExtension = ".csv", *fieldsExtension = ".exo", *digestExtension = ".digest";
 
 std::filesystem::path resultFile(const Case& definition, const char* extension) {
   return definition.outputDirectory / (definition.job + extension);
 }
 
-// The result files of a run that goes on.
+// The result files of a run that goes on.  The root has them; the other ranks bring it what it writes.
 class Output {
 public:
-  Output(const Case& definition, const Mesh& mesh, const std::vector<std::string>& info)
-      : history_(resultFile(definition, historyExtension)),
-        results_(resultFile(definition, fieldsExtension), mesh, definition, info) {}
+  Output(const Case& definition, const Mesh& mesh, const std::vector<std::string>& info, const Ranks& ranks,
+         bool digest)
+      : fieldsPath_(resultFile(definition, fieldsExtension)), historyPath_(resultFile(definition, historyExtension)) {
+    if (!ranks.isRoot()) return;
+    history_.emplace(historyPath_);
+    results_.emplace(fieldsPath_, mesh, definition, info);
+    if (digest) digest_.emplace(resultFile(definition, digestExtension), mesh);
+  }
 
   void writeHistory(const Analysis& analysis) {
     check_.update(analysis.energies());
-    history_.write(analysis, check_.error());
+    if (history_) history_->write(analysis, check_.error());
   }
 
   void writeFields(const Analysis& analysis) {
-    results_.write(analysis.progress().time, analysis.fields(), analysis.energies());
     const Progress now = analysis.progress();
     const Energies energies = analysis.energies();
-    message("Status", "increment %S time %R stable increment %R kinetic energy %R total energy %R energy error %R",
-            {std::to_string(now.increment)},
-            {now.time, now.stableIncrement, energies.kinetic, energies.total(), check_.error()});
+    if (results_) {
+      const Fields fields = analysis.fields();
+      results_->write(now.time, fields, energies);
+      if (digest_) digest_->write(now, fields, energies);
+      message("Status", "increment %S time %R stable increment %R kinetic energy %R total energy %R energy error %R",
+              {std::to_string(now.increment)},
+              {now.time, now.stableIncrement, energies.kinetic, energies.total(), check_.error()});
+    }
     if (const std::error_code error = host::writeError())
-      throw std::system_error(error, "the message or status file could not be written");
+      throw std::system_error(error, "the message, status or diagnostics file could not be written");
   }
 
   void close() {
-    history_.close();
-    results_.close();
+    if (history_) history_->close();
+    if (results_) results_->close();
+    if (digest_) digest_->close();
   }
 
   void complete() const {
-    history_.file().complete();
-    results_.file().complete();
+    if (history_) history_->file().complete();
+    if (results_) results_->file().complete();
+    if (digest_) digest_->file().complete();
   }
 
   const EnergyCheck& energy() const { return check_; }
-  const ResultsFile& results() const { return results_; }
-  const HistoryFile& history() const { return history_; }
+  int count() const { return results_ ? results_->count() : 0; }
+  // Where results of a run that did not come to its end are.
+  std::string leftovers() const { return fieldsPath_.string() + ".partial and " + historyPath_.string() + ".partial"; }
+  std::string fieldsName() const { return fieldsPath_.string(); }
+  std::string historyName() const { return historyPath_.string(); }
 
 private:
+  std::filesystem::path fieldsPath_, historyPath_;
   EnergyCheck check_;
-  HistoryFile history_;
-  ResultsFile results_;
+  std::optional<HistoryFile> history_;
+  std::optional<ResultsFile> results_;
+  std::optional<DigestFile> digest_;
+};
+
+// What goes wrong at another rank is told by that rank.
+class OtherRankFailed : public std::runtime_error {
+public:
+  OtherRankFailed() : std::runtime_error("another rank has failed") {}
 };
 
 // The early end of an analysis in words.
@@ -195,7 +225,7 @@ public:
     const std::unique_ptr<Analysis> model = makeAnalysis();
     Analysis& analysis = *model;
     firstIncrement_ = analysis.progress().stableIncrement;
-    description_ = describe(definition_, mesh_, threads_, firstIncrement_);
+    description_ = describe(definition_, mesh_, ranks_, threads_, firstIncrement_);
     for (const std::string& line : description_) terminal_.line(line);
     if (options_.checkOnly) {
       terminal_.line("the input is sound; nothing was run");
@@ -204,6 +234,10 @@ public:
     openFiles();
     try {
       return analyse(analysis);
+    } catch (const OtherRankFailed&) {
+      endAnalysis(exitErrors);
+      closeJobFiles();
+      throw;
     } catch (const std::exception& error) {
       // the job ends in order, then the error goes on
       message("Error", "%S", {error.what()});
@@ -229,15 +263,36 @@ private:
     }
   }
 
+  // body() on every rank; when it throws on one, the others throw OtherRankFailed.
+  template <class Body>
+  void together(Body body) const {
+    std::exception_ptr own;
+    try {
+      body();
+    } catch (...) {
+      own = std::current_exception();
+    }
+    const bool all = ranks_.allAgree(!own);
+    if (own) std::rethrow_exception(own);
+    if (!all) throw OtherRankFailed();
+  }
+
+  // The root makes the directory; every rank has message, status and log files of its own.
   void openFiles() {
-    std::error_code error;
-    std::filesystem::create_directories(definition_.outputDirectory, error);
-    if (error) throw WriteError(definition_.outputDirectory, "the directory cannot be made: " + error.message());
-    // whatever fails from here on, no result of an earlier run passes for one of this run
-    for (const char* extension : {historyExtension, fieldsExtension})
-      PartialFile::removeEarlier(resultFile(definition_, extension));
-    host::installSignalHandlers();
-    host::openJob(definition_.job, definition_.outputDirectory);
+    together([&] {
+      if (!ranks_.isRoot()) return;
+      std::error_code error;
+      std::filesystem::create_directories(definition_.outputDirectory, error);
+      if (error) throw WriteError(definition_.outputDirectory, "the directory cannot be made: " + error.message());
+      // whatever fails from here on, no result of an earlier run passes for one of this run
+      for (const char* extension : {historyExtension, fieldsExtension, digestExtension})
+        PartialFile::removeEarlier(resultFile(definition_, extension));
+    });
+    together([&] {
+      host::installSignalHandlers();
+      host::openJob(definition_.job + (ranks_.isRoot() ? "" : ".rank" + std::to_string(ranks_.rank())),
+                    definition_.outputDirectory);
+    });
     std::string banner(79, ' ');
     GLO_UTI_GETVERSIONDATETIME(banner.data(), static_cast<int64_t>(banner.size()));
     message("Table", "%S", {banner});
@@ -257,26 +312,41 @@ private:
   ExitCode analyse(Analysis& analysis) {
     std::vector<std::string> info = description_;
     info.insert(info.end(), caseFile_.lines.begin(), caseFile_.lines.end());
-    Output output(definition_, mesh_, info);
-    output.writeHistory(analysis);
-    output.writeFields(analysis);
+    std::optional<Output> opened;
+    together([&] { opened.emplace(definition_, mesh_, info, ranks_, options_.digest); });
+    Output& output = *opened;
+    DiagnosticCourse course(definition_, ranks_);
+    analysis.setObserver([&](const Progress& now, double increment) { course.increment(now, increment); });
+    writeHistory(analysis, output);
+    writeFields(analysis, output);
     showProgress(analysis, output);
 
     const Ending ending = advance(analysis, output);
     terminal_.endProgress();
-    output.close();
-    if (ending != Ending::Complete) return endEarly(analysis, ending, output);
+    together([&] { output.close(); });
+    if (ending != Ending::Complete) return endEarly(analysis, ending, output, course);
 
+    course.end();
     message("Note", "The analysis is complete after %S increments; its energy balance is off by %R of the energy.",
             {std::to_string(analysis.progress().increment)}, {output.energy().relative()});
     endAnalysis(exitPhaseComplete);
-    // a signal that came after the last increment has made the job an interrupted one
-    const bool completed = host::jobStatus() == statusCompleted;
-    host::closeJob();
+    // a signal that came after the last increment has made the job an interrupted one; the root knows
+    const bool completed = ranks_.allAgree(!ranks_.isRoot() || host::jobStatus() == statusCompleted);
+    together([&] { host::closeJob(); });
     if (!completed) return reportInterruption(analysis, output);
-    output.complete();
+    together([&] { output.complete(); });
     showSummary(analysis, output);
     return exitComplete;
+  }
+
+  // What is written comes from all ranks: they collect it, then the root writes.
+  void writeHistory(Analysis& analysis, Output& output) const {
+    analysis.collect();
+    together([&] { output.writeHistory(analysis); });
+  }
+  void writeFields(Analysis& analysis, Output& output) const {
+    analysis.collect();
+    together([&] { output.writeFields(analysis); });
   }
 
   // History and fields are written on the way and, whatever the ending, for the last state that has numbers.
@@ -293,15 +363,18 @@ private:
 
       const double time = analysis.progress().time;
       const bool atEnd = ending != Ending::Running;
-      if (history.reach(time) || atEnd) output.writeHistory(analysis);
-      if (fields.reach(time) || atEnd) output.writeFields(analysis);
+      if (history.reach(time) || atEnd) writeHistory(analysis, output);
+      if (fields.reach(time) || atEnd) writeFields(analysis, output);
       showProgress(analysis, output);
     }
     return ending;
   }
 
-  ExitCode endEarly(const Analysis& analysis, Ending ending, const Output& output) {
+  ExitCode endEarly(const Analysis& analysis, Ending ending, const Output& output, DiagnosticCourse& course) {
     const std::string reason = describeEnding(ending, analysis, definition_, firstIncrement_);
+    if (ending == Ending::Distorted) course.reportDistortion(analysis.ownDistortedElements());
+    course.reportEnding(ending, reason);
+    course.end();
     if (ending == Ending::Killed) {
       message("Warning", "%S", {reason});
       endAnalysis(exitPhaseComplete);
@@ -311,14 +384,14 @@ private:
     message("Error", "%S", {reason});
     endAnalysis(exitErrors);
     closeJobFiles();
-    reportError(reason + "; what was computed is in " + output.results().file().path().string() + " and " +
-                output.history().file().path().string());
+    if (ranks_.isRoot()) reportError(reason + "; what was computed is in " + output.leftovers());
     return exitEndedEarly;
   }
 
-  ExitCode reportInterruption(const Analysis& analysis, const Output& output) {
-    reportError(describeEnding(Ending::Killed, analysis, definition_, firstIncrement_) + "; what was computed is in " +
-                output.results().file().path().string() + " and " + output.history().file().path().string());
+  ExitCode reportInterruption(const Analysis& analysis, const Output& output) const {
+    if (ranks_.isRoot())
+      reportError(describeEnding(Ending::Killed, analysis, definition_, firstIncrement_) +
+                  "; what was computed is in " + output.leftovers());
     return exitInterrupted;
   }
 
@@ -333,12 +406,13 @@ private:
                    shortNumber(seconds) + " s, " +
                    shortNumber(static_cast<double>(analysis.elementUpdates()) / seconds / 1e6) +
                    " million brick increments a second");
-    terminal_.line("fields at " + counted(static_cast<std::size_t>(output.results().count()), "time") + " in " +
-                   output.results().file().name().string() + ", history in " + output.history().file().name().string());
+    terminal_.line("fields at " + counted(static_cast<std::size_t>(output.count()), "time") + " in " +
+                   output.fieldsName() + ", history in " + output.historyName());
   }
 
   const JobOptions& options_;
   Terminal& terminal_;
+  Ranks ranks_;
   int threads_;
   CaseFile caseFile_;
   const Case& definition_;
@@ -356,25 +430,35 @@ void reportError(const std::string& text) {
 }
 
 ExitCode runJob(const JobOptions& options) {
-  Terminal terminal(options.quiet);
-  const auto fail = [&](ExitCode code, const std::string& text) {
+  const Ranks ranks;
+  Terminal terminal(options.quiet || !ranks.isRoot());
+  // what every rank has found is told once, what only one has found by that one
+  const auto fail = [&](ExitCode code, const std::string& text, bool foundByAll) {
     terminal.endProgress();
-    reportError(text);
+    if (ranks.isRoot())
+      reportError(text);
+    else if (!foundByAll)
+      reportError("rank " + std::to_string(ranks.rank()) + ": " + text);
     return code;
   };
   try {
     return Job(options, terminal).run();
+  } catch (const OtherRankFailed&) {
+    return exitEndedEarly;
   } catch (const InputError& error) {
-    return fail(exitInput, error.what());
+    return fail(exitInput, error.what(), true);
   } catch (const WriteError& error) {
-    return fail(exitNotWritten, error.what());
+    return fail(exitNotWritten, error.what(), false);
   } catch (const std::system_error& error) {
-    return fail(exitNotWritten, error.what());
+    return fail(exitNotWritten, error.what(), false);
   } catch (const std::bad_alloc&) {
-    return fail(exitEndedEarly, "the memory does not suffice for this model");
+    fail(exitEndedEarly, "the memory does not suffice for this model", false);
   } catch (const std::exception& error) {
-    return fail(exitEndedEarly, error.what());
+    fail(exitEndedEarly, error.what(), false);
   }
+  // the other ranks do not know and wait for this one
+  if (ranks.areSeveral()) host::abortRanks(exitEndedEarly);
+  return exitEndedEarly;
 }
 
 } // namespace sharedanalysis::solver

@@ -11,6 +11,7 @@ struct JobOptions {
   std::optional<std::filesystem::path> outputDirectory; // instead of the one of the case
   int threads = 0;                                      // 0: as many as OpenMP offers
   bool checkOnly = false, quiet = false;
+  bool digest = false; // also write hashes of all fields
 };
 
 // Exit codes of the program.

@@ -1,6 +1,8 @@
 // sharedanalysis-explicit: explicit dynamics of hyperelastic solids on the kernels of SharedAnalysis.
 #include "glo.h"
+#include "host_services.h"
 #include "job.h"
+#include "reference_host.h"
 
 #include <CLI/CLI.hpp>
 #include <csignal>
@@ -19,6 +21,16 @@ private:
   int32_t components_ = 0;
 };
 
+// The ranks of the job are connected between the two.
+class Connection {
+public:
+  Connection() { sharedanalysis::host::connectRanks(); }
+  ~Connection() { sharedanalysis::host::disconnectRanks(); }
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+  bool isRoot() const { return DMPC_GETRANK() == 0; }
+};
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -33,16 +45,24 @@ int main(int argc, char** argv) {
   app.add_option("-t,--threads", options.threads, "Threads; as many as OpenMP offers without this option")
       ->check(CLI::Range(1, 1024));
   app.add_option("-o,--output", options.outputDirectory, "Directory of the results, instead of output.directory");
+  app.add_flag("--digest", options.digest, "Also write hashes of all fields, for sharedanalysis-compare");
   app.add_flag("--check", options.checkOnly, "Read and check the input, write nothing");
   app.add_flag("-q,--quiet", options.quiet, "Show errors only");
   app.set_version_flag("--version", "sharedanalysis-explicit " SHAREDANALYSIS_VERSION);
   try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() == 0) return app.exit(error);
-    reportError(std::string(error.what()) + " (--help lists the options)");
-    return exitInput;
+    const Connection connection;
+    try {
+      app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+      if (!connection.isRoot()) return error.get_exit_code() == 0 ? exitComplete : exitInput;
+      if (error.get_exit_code() == 0) return app.exit(error);
+      reportError(std::string(error.what()) + " (--help lists the options)");
+      return exitInput;
+    }
+    const Library library;
+    return runJob(options);
+  } catch (const std::exception& error) { // of the connection
+    reportError(error.what());
+    return exitEndedEarly;
   }
-  const Library library;
-  return runJob(options);
 }

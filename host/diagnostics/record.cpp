@@ -50,6 +50,17 @@ void checkFormat(Connection& database, const std::filesystem::path& file) {
   if (version < 1) throw Failure(exitDamaged, file.string() + " was created, but nothing was recorded in it");
 }
 
+// A crash at the end of a job may leave a file that SQLite must mend before it can be read.
+void open(Connection& database, const std::filesystem::path& file) {
+  try {
+    database.open(file.string(), SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX);
+    database.run("SELECT 1 FROM sqlite_schema");
+  } catch (const sqlite::Error& error) {
+    if (error.code() != SQLITE_READONLY_ROLLBACK && error.code() != SQLITE_READONLY_RECOVERY) throw;
+    database.open(file.string(), SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX);
+  }
+}
+
 // ---- selection
 
 // "0x42010020" or "1107361824"; nothing when the text is no number.
@@ -378,7 +389,7 @@ Record readRecord(const std::filesystem::path& file, const Selection& selection)
   record.file = file;
   try {
     Connection database;
-    database.open(file.string(), SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX);
+    open(database, file);
     database.setBusyTimeout(5000);
     checkFormat(database, file);
     // one state of the file, whatever is written meanwhile

@@ -73,6 +73,8 @@ public:
     return MPI_Mrecv(dropped.data(), bytes, MPI_BYTE, &message, MPI_STATUS_IGNORE) == MPI_SUCCESS ? bytes : -1;
   }
 
+  void abort(int code) override { MPI_Abort(world_, code); }
+
 private:
   struct Pending {
     std::vector<char> bytes;

@@ -14,8 +14,6 @@
 namespace sharedanalysis::host {
 namespace {
 
-constexpr int32_t kReductionType = 5;
-
 struct Ranks {
   std::unique_ptr<Transport> transport;
   std::atomic<bool> ended{false}; // communication was ended by DMPC_TERMINATECOMM
@@ -70,21 +68,8 @@ int connectRanks() {
 
 void disconnectRanks() { ranks().transport.reset(); }
 
-double smallestOfRanks(double value) {
-  dmpC_Communicator& communicator = dmpC_CommContainer::GetCommunicator();
-  const int32_t rank = communicator.GetRank(), size = communicator.GetSize();
-  if (rank != 0) {
-    communicator.Send(&value, sizeof value, 0, kReductionType, 0);
-    communicator.Receive(&value, sizeof value, 0, kReductionType, 0);
-    return value;
-  }
-  for (int32_t other = 1; other < size; ++other) {
-    double theirs = value;
-    communicator.Receive(&theirs, sizeof theirs, other, kReductionType, 0);
-    value = theirs >= value || value != value ? value : theirs;
-  }
-  for (int32_t other = 1; other < size; ++other) communicator.Send(&value, sizeof value, other, kReductionType, 0);
-  return value;
+void abortRanks(int code) {
+  if (ranks().transport) ranks().transport->abort(code);
 }
 
 } // namespace sharedanalysis::host

@@ -22,13 +22,11 @@ public:
   virtual bool send(const void* data, int64_t bytes, int32_t destination, int32_t type, int32_t tag) = 0;
   // As dmpC_Communicator::Receive.
   virtual int64_t receive(void* data, int64_t capacity, int32_t source, int32_t type, int32_t tag) = 0;
+  // Ends every rank.
+  virtual void abort(int code) = 0;
 };
 
 // The transport of the process from now on; null is one process alone, as at the start.
 void setTransport(std::unique_ptr<Transport> transport);
-
-// The smallest, or the sum, of a value of every rank, which all ranks get: sums run in the order of the ranks.  Every rank
-// calls it at the same place.  A NaN makes the smallest a NaN.
-SA_HOST_SERVICE double smallestOfRanks(double value);
 
 } // namespace sharedanalysis::host

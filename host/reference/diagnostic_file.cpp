@@ -18,6 +18,8 @@
 namespace sharedanalysis::host {
 namespace {
 
+constexpr int kReadWrite = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
+
 // Whether a file is empty or a diagnostic database, by the header of the file format.
 bool isOurs(const std::filesystem::path& path) {
   constexpr std::size_t kApplicationAt = 68;
@@ -102,24 +104,38 @@ void removeDatabase(const std::filesystem::path& path) {
   if (exists && !(std::filesystem::is_regular_file(path, error) && isOurs(path)))
     fail(std::make_error_code(std::errc::file_exists), ", which is no diagnostic database");
   // the log first: without its database it would be taken for part of the new one
-  for (const auto& file : {besides(path, "-wal"), besides(path, "-shm"), path})
+  for (const auto& file : {besides(path, "-wal"), besides(path, "-shm"), besides(path, "-journal"), path,
+                           besides(path, ".partial"), besides(path, ".partial-wal"), besides(path, ".partial-shm")})
     if (!std::filesystem::remove(file, error) && error) fail(error, "");
+}
+
+// Under another name until the tables are complete: whoever finds the file finds a database.
+void DiagnosticFile::create(const std::filesystem::path& path, const RunRecord& run) {
+  const std::filesystem::path partial = besides(path, ".partial");
+  connection_.open(partial.string(), kReadWrite | SQLITE_OPEN_CREATE);
+  connection_.run(
+      "PRAGMA page_size = 8192; PRAGMA synchronous = OFF; PRAGMA journal_mode = OFF; PRAGMA application_id = " +
+      std::to_string(kDatabaseApplication) + "; PRAGMA user_version = " + std::to_string(kDatabaseVersion));
+  connection_.run("BEGIN");
+  connection_.run(kDatabaseTables);
+  connection_.prepare("INSERT INTO run VALUES (1, ?, ?, ?, ?, ?, NULL, NULL, ?, NULL, NULL, NULL, NULL, ?, 0, -1, 0)")
+      .run(run.job, machineName(), static_cast<int64_t>(getpid()),
+           std::string_view(utl_Version::Instance().Title(false)), run.started, DMPC_GETRANK(), modelIsInParts());
+  connection_.run("COMMIT; PRAGMA journal_mode = WAL");
+  connection_.close();
+  std::filesystem::rename(partial, path);
 }
 
 DiagnosticFile::DiagnosticFile(const std::filesystem::path& path, const RunRecord& run,
                                std::chrono::steady_clock::time_point opened)
     : opened_(opened) {
-  connection_.open(path.string(), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX);
+  create(path, run);
+  connection_.open(path.string(), kReadWrite);
   connection_.setBusyTimeout(10000);
-  // The mark is in the header before anything else.  Rows name rows that the writer has made itself: SQLite need not look
-  // them up.  A checkpoint comes every 32 MB, so that short increments do not wait for the disk.
-  connection_.run("PRAGMA page_size = 8192; PRAGMA application_id = " + std::to_string(kDatabaseApplication) +
-                  "; PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL; PRAGMA foreign_keys = OFF;"
-                  " PRAGMA wal_autocheckpoint = 4096; PRAGMA cache_size = -65536");
-  connection_.run("BEGIN");
-  connection_.run(kDatabaseTables);
-  connection_.run("PRAGMA user_version = " + std::to_string(kDatabaseVersion));
-
+  // Rows name rows that the writer has made itself: SQLite need not look them up.  A checkpoint comes every 32 MB, so that
+  // short increments do not wait for the disk.
+  connection_.run("PRAGMA synchronous = NORMAL; PRAGMA foreign_keys = OFF; PRAGMA wal_autocheckpoint = 4096;"
+                  " PRAGMA cache_size = -65536");
   begin_ = connection_.prepare("BEGIN");
   commit_ = connection_.prepare("COMMIT");
   addDiagnostic_ = connection_.prepare("INSERT INTO diagnostics VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
@@ -129,9 +145,6 @@ DiagnosticFile::DiagnosticFile(const std::filesystem::path& path, const RunRecor
   addNode_ = connection_.prepare("INSERT INTO nodes VALUES (?, ?, ?, ?)");
   addElement_ = connection_.prepare("INSERT INTO elements VALUES (?, ?, ?, ?)");
 
-  statement("INSERT INTO run VALUES (1, ?, ?, ?, ?, ?, NULL, NULL, ?, NULL, NULL, NULL, NULL, ?, 0, -1, 0)")
-      .run(run.job, machineName(), static_cast<int64_t>(getpid()),
-           std::string_view(utl_Version::Instance().Title(false)), run.started, DMPC_GETRANK(), modelIsInParts());
   setRun(run);
   commit();
 }

@@ -65,10 +65,10 @@ struct DiagnosticRecord {
 // something else than a diagnostic database: that is not touched.
 void removeDatabase(const std::filesystem::path& path);
 
-// Not synchronised.  Members throw sqlite::Error.  A transaction begins with the first record after a commit.
+// Not synchronised.  Members throw sqlite::Error, the constructor also std::system_error.  A transaction begins with the first record after a commit.
 class DiagnosticFile {
 public:
-  // Creates the file.  `opened` is the time from which the wall is counted.
+  // Creates the file, which replaces an older one.  `opened` is the time from which the wall is counted.
   DiagnosticFile(const std::filesystem::path& path, const RunRecord& run, std::chrono::steady_clock::time_point opened);
 
   int64_t addStep(const StepRecord& step, const StepAttributes& attributes);
@@ -108,6 +108,7 @@ private:
   };
   using CodeKey = std::pair<DiagnosticClass, int32_t>;
 
+  void create(const std::filesystem::path& path, const RunRecord& run);
   void begin();
   sqlite::Statement& statement(const char* sql);
   int64_t nameId(const std::string& name);

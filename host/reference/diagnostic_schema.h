@@ -212,6 +212,14 @@ CREATE VIEW step_summary AS
          max(i.time_increment) AS largest_time_increment, s.ended - s.began AS wall
   FROM steps s LEFT JOIN increments i ON i.step = s.id GROUP BY s.id;
 
+-- How often an increment was attempted, and why again.
+CREATE VIEW attempt_summary AS
+  SELECT s.number AS step, i.number AS increment, a.number AS attempt, a.time_increment,
+         coalesce(t.count, 0) AS iterations, max(CASE c.class WHEN 6 THEN coalesce(c.detail, '') END) AS cutback
+  FROM attempts a JOIN increments i ON i.id = a.increment LEFT JOIN steps s ON s.id = i.step
+  LEFT JOIN (SELECT attempt, count(*) AS count FROM iterations GROUP BY attempt) t ON t.attempt = a.id
+  LEFT JOIN diagnostics d ON d.attempt = a.id LEFT JOIN codes c ON c.id = d.code GROUP BY a.id;
+
 -- Where time and memory went: from each mark to the next.
 CREATE VIEW phases AS
   SELECT n.name AS mark, count(*) AS count, sum(p.next_elapsed - p.elapsed) AS wall,

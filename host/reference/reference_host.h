@@ -98,5 +98,7 @@ SA_HOST_SERVICE int32_t liveComponents();
 SA_HOST_SERVICE int connectRanks();
 // Ends the connection; every rank calls it, after its last message.
 SA_HOST_SERVICE void disconnectRanks();
+// Ends all ranks at once, for one that cannot go on while others wait for it; with one rank it does nothing.
+SA_HOST_SERVICE void abortRanks(int code);
 
 } // namespace sharedanalysis::host
