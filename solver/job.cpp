@@ -123,6 +123,13 @@ std::filesystem::path resultFile(const Case& definition, const char* extension) 
   return definition.outputDirectory / (definition.job + extension);
 }
 
+// A file of the host could not be written; closing the job tells which.
+class HostFileFailed : public std::system_error {
+public:
+  explicit HostFileFailed(std::error_code error)
+      : std::system_error(error, "a message, status or diagnostics file could not be written") {}
+};
+
 // The result files of a run that goes on.  The root has them; the other ranks bring it what it writes.
 class Output {
 public:
@@ -151,8 +158,7 @@ public:
               {std::to_string(now.increment)},
               {now.time, now.stableIncrement, energies.kinetic, energies.total(), check_.error()});
     }
-    if (const std::error_code error = host::writeError())
-      throw std::system_error(error, "the message, status or diagnostics file could not be written");
+    if (const std::error_code error = host::writeError()) throw HostFileFailed(error);
   }
 
   void close() {
@@ -237,6 +243,11 @@ public:
     } catch (const OtherRankFailed&) {
       endAnalysis(exitErrors);
       closeJobFiles();
+      throw;
+    } catch (const HostFileFailed& error) {
+      message("Error", "%S", {error.what()});
+      endAnalysis(exitErrors);
+      host::closeJob(); // throws what names the file
       throw;
     } catch (const std::exception& error) {
       // the job ends in order, then the error goes on

@@ -132,9 +132,11 @@ private:
 
 // ---- table
 
+enum class Cells { Numbers, Counts, Texts };
+
 struct Column {
   std::string title;
-  bool isText;
+  Cells kind;
   std::vector<std::string> cells;
 };
 
@@ -149,9 +151,9 @@ std::size_t widthOf(const Column& column) {
   return width;
 }
 
-std::string padded(const std::string& text, std::size_t width, bool isText) {
+std::string padded(const std::string& text, std::size_t width, Cells kind) {
   const std::string blanks(width - std::min(width, length(text)), ' ');
-  return isText ? text + blanks : blanks + text;
+  return kind == Cells::Texts ? text + blanks : blanks + text;
 }
 
 // Columns that say nothing are left out.  Where the terminal is narrower than the table each row is a paragraph.
@@ -164,15 +166,18 @@ void table(Page& page, std::vector<Column> columns) {
   if (total > page.width()) {
     for (std::size_t row = 0; row < rows; ++row) {
       std::vector<std::string> words;
-      for (const Column& column : columns)
-        if (!column.cells[row].empty()) words.push_back(column.title + " " + column.cells[row]);
+      for (const Column& column : columns) {
+        const std::string& cell = column.cells[row];
+        if (cell.empty() || (column.kind == Cells::Counts && cell == "0")) continue;
+        words.push_back(column.title.empty() ? cell : column.title + " " + cell);
+      }
       page.paragraph(2, joined(words));
     }
     return;
   }
   const auto line = [&](const auto& cellOf) {
     std::string text;
-    for (const Column& column : columns) text += "  " + padded(cellOf(column), widthOf(column), column.isText);
+    for (const Column& column : columns) text += "  " + padded(cellOf(column), widthOf(column), column.kind);
     return text;
   };
   page.line(line([](const Column& column) { return column.title; }));
@@ -239,10 +244,12 @@ void addIncrements(Page& page, const Record& record) {
   if (record.groupCount > record.increments.size())
     page.note(counted(static_cast<int64_t>(record.groupCount - record.increments.size()), "earlier line") +
               "; --all shows them");
-  std::vector<Column> columns = {{"step", false, {}},     {"increment", false, {}}, {"size", true, {}},
-                                 {"time", true, {}},      {"attempts", false, {}},  {"iterations", false, {}},
-                                 {"cutbacks", false, {}}, {"errors", false, {}},    {"warnings", false, {}},
-                                 {"", true, {}}};
+  std::vector<Column> columns;
+  for (const char* title : {"step", "increment"}) columns.push_back({title, Cells::Numbers, {}});
+  for (const char* title : {"size", "time"}) columns.push_back({title, Cells::Texts, {}});
+  for (const char* title : {"attempts", "iterations", "cutbacks", "errors", "warnings"})
+    columns.push_back({title, Cells::Counts, {}});
+  columns.push_back({"", Cells::Texts, {}}); // state
   for (const IncrementGroup& group : record.increments) {
     std::string numbers = std::to_string(group.first);
     if (group.last != group.first) numbers.append("-").append(std::to_string(group.last));

@@ -114,7 +114,7 @@ void DiagnosticFile::create(const std::filesystem::path& path, const RunRecord& 
   const std::filesystem::path partial = besides(path, ".partial");
   connection_.open(partial.string(), kReadWrite | SQLITE_OPEN_CREATE);
   connection_.run(
-      "PRAGMA page_size = 8192; PRAGMA synchronous = OFF; PRAGMA journal_mode = OFF; PRAGMA application_id = " +
+      "PRAGMA page_size = 4096; PRAGMA synchronous = OFF; PRAGMA journal_mode = OFF; PRAGMA application_id = " +
       std::to_string(kDatabaseApplication) + "; PRAGMA user_version = " + std::to_string(kDatabaseVersion));
   connection_.run("BEGIN");
   connection_.run(kDatabaseTables);
@@ -134,7 +134,7 @@ DiagnosticFile::DiagnosticFile(const std::filesystem::path& path, const RunRecor
   connection_.setBusyTimeout(10000);
   // Rows name rows that the writer has made itself: SQLite need not look them up.  A checkpoint comes every 32 MB, so that
   // short increments do not wait for the disk.
-  connection_.run("PRAGMA synchronous = NORMAL; PRAGMA foreign_keys = OFF; PRAGMA wal_autocheckpoint = 4096;"
+  connection_.run("PRAGMA synchronous = NORMAL; PRAGMA foreign_keys = OFF; PRAGMA wal_autocheckpoint = 8192;"
                   " PRAGMA cache_size = -65536");
   begin_ = connection_.prepare("BEGIN");
   commit_ = connection_.prepare("COMMIT");

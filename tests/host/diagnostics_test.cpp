@@ -17,7 +17,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <cmath>
 #include <csignal>
@@ -25,9 +28,12 @@
 #include <filesystem>
 #include <fstream>
 #include <limits>
+#include <pty.h>
 #include <random>
 #include <regex>
+#include <set>
 #include <sqlite3.h>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <sys/resource.h>
@@ -940,6 +946,32 @@ Problems
     Elements are distorted excessively
     all in step 2 increment 1 time 0
 )");
+}
+
+TEST_F(DiagnosticsProgram, FitsANarrowTerminal) {
+  recordFailure("narrow");
+  closeJob();
+  constexpr std::size_t kColumns = 40;
+  const winsize size = {.ws_row = 20, .ws_col = kColumns, .ws_xpixel = 0, .ws_ypixel = 0};
+  int terminal = -1;
+  const pid_t child = forkpty(&terminal, nullptr, nullptr, &size);
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    setenv("NO_COLOR", "1", 1);
+    execl(program.c_str(), program.c_str(), database("narrow").c_str(), nullptr);
+    _exit(127);
+  }
+  std::string output;
+  std::array<char, 4096> buffer{};
+  for (ssize_t bytes = 0; (bytes = read(terminal, buffer.data(), buffer.size())) > 0;)
+    output.append(buffer.data(), static_cast<std::size_t>(bytes));
+  close(terminal);
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  std::istringstream lines(std::regex_replace(output, std::regex("\r"), ""));
+  for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), kColumns) << line;
+  EXPECT_NE(output.find("step 1, increment 1-12"), std::string::npos) << output;
 }
 
 TEST_F(DiagnosticsProgram, NarrowsItsLists) {

@@ -270,14 +270,18 @@ protected:
     for (const char* name : {"bar.exo", "bar.csv", "bar.exo.partial", "bar.csv.partial"})
       writeFile(std::filesystem::path("out") / name, "stale");
   }
-  static inline const Files whole{"bar.csv", "bar.exo", "bar.log", "bar.msg", "bar.sta"};
-  static inline const Files partial{"bar.csv.partial", "bar.exo.partial", "bar.log", "bar.msg", "bar.sta"};
+  static inline const Files whole{"bar.csv", "bar.diagnostics.sqlite", "bar.exo", "bar.log", "bar.msg", "bar.sta"};
+  static inline const Files partial{
+      "bar.csv.partial", "bar.diagnostics.sqlite", "bar.exo.partial", "bar.log", "bar.msg", "bar.sta"};
+  // Of a run that ended before its diagnostics began.
+  static inline const Files partialWithoutDiagnostics{"bar.csv.partial", "bar.exo.partial", "bar.log", "bar.msg",
+                                                      "bar.sta"};
 
   // Nothing but partial results that are of this run, and three places that say why.
   static void expectPartialResults(const Outcome& outcome, int code, const std::string& reason,
-                                   const std::string& lastStatus) {
+                                   const std::string& lastStatus, const Files& files = partial) {
     EXPECT_EQ(outcome.code, code) << outcome.err;
-    EXPECT_EQ(filesIn("out"), partial);
+    EXPECT_EQ(filesIn("out"), files);
     EXPECT_TRUE(outcome.err.starts_with("error: ") && contains(outcome.err, reason)) << outcome.err;
     EXPECT_EQ(linesOf(outcome.err).size(), 1U) << outcome.err;
     std::string messages; // as they were before they were broken into lines
@@ -363,10 +367,12 @@ TEST_F(ProgramTest, PlainLinesForAFile) {
 TEST_F(ProgramTest, PathsCountFromTheCase) {
   writeCase("end_time = 0.05", "end_time = 0.001");
   ASSERT_EQ(run({"in/bar.toml"}).code, 0);
-  EXPECT_EQ(filesIn("."), (Files{"in", "bar.csv", "bar.exo", "bar.log", "bar.msg", "bar.sta"}));
+  EXPECT_EQ(filesIn("."),
+            (Files{"in", "bar.csv", "bar.diagnostics.sqlite", "bar.exo", "bar.log", "bar.msg", "bar.sta"}));
   writeCase("mesh =", "job = \"named\"\noutput.directory = \"deep/results\"\nmesh =");
   ASSERT_EQ(run({"in/bar.toml"}).code, 0);
-  EXPECT_EQ(filesIn("in/deep/results"), (Files{"named.csv", "named.exo", "named.log", "named.msg", "named.sta"}));
+  EXPECT_EQ(filesIn("in/deep/results"),
+            (Files{"named.csv", "named.diagnostics.sqlite", "named.exo", "named.log", "named.msg", "named.sta"}));
 }
 
 // The bar with enough bricks for three domains, on any number of threads.
@@ -580,8 +586,8 @@ TEST_F(ProgramTest, SignalsEndTheRunInOrder) {
   }
 }
 
-// A limit on the size of files stands for a disk that is full: at the first lines, at the model, in the fields, in the
-// history.
+// A limit on the size of files stands for a disk that is full: at the first lines, at the model, in the
+// diagnostics.
 TEST_F(ProgramTest, FullDisk) {
 #ifndef __clang__ // its OpenMP runtime maps a file of 1 KiB at the start and does not survive this limit
   writeCase();
@@ -589,12 +595,22 @@ TEST_F(ProgramTest, FullDisk) {
   EXPECT_EQ(run({"in/bar.toml", "-o", "out", "-q"}, {.fileSize = 100}).code, 3);
   EXPECT_EQ(filesIn("out"), (Files{"bar.csv.partial", "bar.log", "bar.msg", "bar.sta"}));
 #endif
-  for (const rlim_t size : {1024, 8192, 20480}) {
+  for (const rlim_t size : {1024, 8192}) {
     writeCase();
     writeStaleResults();
     const Outcome outcome = run({"in/bar.toml", "-o", "out", "-q"}, {.fileSize = size});
-    expectPartialResults(outcome, 3, ".partial could not be written: File too large", "Aborted");
+    expectPartialResults(outcome, 3, ".partial could not be written: File too large", "Aborted",
+                         partialWithoutDiagnostics);
   }
+  // the database of the diagnostics is the next to outgrow it
+  writeCase();
+  writeStaleResults();
+  const Outcome outcome = run({"in/bar.toml", "-o", "out", "-q"}, {.fileSize = 20480});
+  EXPECT_EQ(outcome.code, 3);
+  EXPECT_EQ(outcome.err, "error: cannot write out/bar.diagnostics.sqlite: File too large\n");
+  const Files left = filesIn("out");
+  EXPECT_TRUE(std::count(left.begin(), left.end(), "bar.exo") == 0 &&
+              std::count(left.begin(), left.end(), "bar.csv") == 0);
 }
 
 TEST_F(ProgramTest, DirectoriesThatCannotBeUsed) {

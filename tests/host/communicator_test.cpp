@@ -1,0 +1,91 @@
+// The communicator of one process, the block lists, and messages between real ranks.
+#include "dmpC_CommContainer.h"
+#include "dmpC_DataHandler.h"
+#include "host_services.h"
+#include "reference_host.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace {
+
+using namespace sharedanalysis;
+
+TEST(Communicator, OneProcessHasNobodyToTalkTo) {
+  dmpC_Communicator& communicator = dmpC_CommContainer::GetCommunicator();
+  EXPECT_EQ(host::connectRanks(), 1);
+  EXPECT_EQ(communicator.GetRank(), 0);
+  EXPECT_EQ(communicator.GetSize(), 1);
+  int32_t word = 7;
+  EXPECT_FALSE(communicator.Send(&word, sizeof word, 0, 3, 0));
+  EXPECT_FALSE(communicator.Send(&word, sizeof word, 1, 3, 0));
+  EXPECT_EQ(communicator.Receive(&word, sizeof word, 1, 3, 0), -1);
+  EXPECT_EQ(word, 7);
+  host::abortRanks(3); // ends nothing
+  host::disconnectRanks();
+}
+
+std::string blockOf(const dmpC_DataHandler& handler, int32_t block) {
+  return {handler.GetBlock(block), static_cast<std::size_t>(handler.GetBlockSize(block))};
+}
+
+TEST(DataHandler, PiecesNeverCrossBlocks) {
+  dmpC_DataHandler handler(16);
+  EXPECT_EQ(handler.GetNumBlocks(), 0);
+  EXPECT_EQ(handler.GetBlock(0), nullptr);
+  EXPECT_EQ(handler.GetBlockSize(-1), 0);
+  EXPECT_EQ(handler.GetBuffer(-1), nullptr);
+  std::memcpy(handler.GetBuffer(8), "12345678", 8);
+  std::memcpy(handler.GetBuffer(8), "abcdefgh", 8);
+  std::memcpy(handler.GetBuffer(4), "next", 4);
+  const std::string large(40, 'x'); // has a block of its own
+  std::memcpy(handler.GetBuffer(40), large.data(), 40);
+  handler.Add("added", 5);
+  ASSERT_EQ(handler.GetNumBlocks(), 4);
+  EXPECT_EQ(blockOf(handler, 0), "12345678abcdefgh");
+  EXPECT_EQ(blockOf(handler, 1), "next");
+  EXPECT_EQ(blockOf(handler, 2), large);
+  EXPECT_EQ(blockOf(handler, 3), "added");
+  // room stays aligned
+  EXPECT_EQ(reinterpret_cast<uintptr_t>(handler.GetBuffer(3)) % 4, 0u);
+  EXPECT_EQ(reinterpret_cast<uintptr_t>(handler.GetBuffer(3)) % 4, 0u);
+}
+
+TEST(DataHandler, BlocksAreTakenOutAndDeleted) {
+  dmpC_DataHandler handler(64);
+  for (const char* text : {"one.", "two.", "tri."}) handler.Add(text, 4);
+  char bytes[9] = "........";
+  EXPECT_EQ(handler.Extract(1, bytes, 3), 3);
+  EXPECT_EQ(std::string(bytes, 4), "two.");
+  EXPECT_EQ(handler.Extract(7, bytes, 3), 0);
+  handler.Delete(0); // the others keep their numbers
+  EXPECT_EQ(handler.GetNumBlocks(), 3);
+  EXPECT_EQ(handler.GetBlockSize(0), 0);
+  EXPECT_EQ(blockOf(handler, 2), "tri.");
+  handler.DeleteAndCompress(0);
+  EXPECT_EQ(handler.GetNumBlocks(), 2);
+  EXPECT_EQ(blockOf(handler, 0), "two.");
+  handler.Delete(1);
+  ASSERT_NE(handler.GetBuffer(4), nullptr); // a deleted block takes nothing more
+  EXPECT_EQ(handler.GetNumBlocks(), 3);
+  handler.DeleteAll();
+  EXPECT_EQ(handler.GetNumBlocks(), 0);
+}
+
+#ifdef SA_RANKS_PROGRAM
+TEST(Ranks, OrderLargeMessagesAndAMillionDiagnostics) {
+  if (std::system("command -v mpirun >/dev/null 2>&1") != 0) GTEST_SKIP() << "mpirun not found";
+  setenv("OMPI_ALLOW_RUN_AS_ROOT", "1", 1);
+  setenv("OMPI_ALLOW_RUN_AS_ROOT_CONFIRM", "1", 1);
+  setenv("OMPI_MCA_btl_vader_single_copy_mechanism", "none", 1); // containers forbid it, with a warning
+  for (const char* ranks : {"2", "4"}) {
+    const std::string command = std::string("timeout 100 mpirun --oversubscribe -n ") + ranks + " " SA_RANKS_PROGRAM;
+    EXPECT_EQ(std::system(command.c_str()), 0) << command;
+  }
+}
+#endif
+
+} // namespace

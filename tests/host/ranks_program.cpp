@@ -1,0 +1,115 @@
+// Run on ranks by a test: messages keep their order and size; of a million diagnostics none is lost.
+#include "acd.h"
+#include "dia_Codes.h"
+#include "dmpC_CommContainer.h"
+#include "glo.h"
+#include "reference_host.h"
+
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <sqlite3.h>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace sharedanalysis;
+
+int faults = 0;
+void expect(bool holds, const char* what) {
+  if (holds) return;
+  std::fprintf(stderr, "rank %d: %s\n", dmpC_CommContainer::GetCommunicator().GetRank(), what);
+  ++faults;
+}
+
+// Everyone sends to everyone before anyone receives.
+void exchange() {
+  dmpC_Communicator& communicator = dmpC_CommContainer::GetCommunicator();
+  const int32_t rank = communicator.GetRank(), size = communicator.GetSize();
+  constexpr int count = 200;
+  const std::vector<int32_t> large(1 << 20, rank); // 4 MB: far beyond what a transport keeps by itself
+  for (int32_t other = 0; other < size; ++other) {
+    if (other == rank) continue;
+    for (int32_t k = 0; k < count; ++k) expect(communicator.Send(&k, sizeof k, other, 3, 1), "a word was not sent");
+    expect(communicator.Send(large.data(), 4 << 20, other, 3, 2), "a large message was not sent");
+    expect(communicator.Send(nullptr, 0, other, 4, 1), "an empty message was not sent");
+  }
+  std::vector<int32_t> received(1 << 20);
+  for (int32_t other = 0; other < size; ++other) {
+    if (other == rank) continue;
+    // types and tags are told apart, whatever came first
+    expect(communicator.Receive(nullptr, 0, other, 4, 1) == 0, "an empty message has no length 0");
+    expect(communicator.Receive(received.data(), 4 << 20, other, 3, 2) == 4 << 20 && received.back() == other,
+           "a large message came wrong");
+    for (int32_t k = 0; k < count - 1; ++k) {
+      int32_t word = -1;
+      expect(communicator.Receive(&word, sizeof word, other, 3, 1) == 4 && word == k, "words are out of order");
+    }
+    char small[2] = {'o', 'k'};
+    expect(communicator.Receive(small, 2, other, 3, 1) == 4 && small[0] == 'o', "a long message was stored");
+  }
+  expect(!communicator.Send(&rank, 4, size, 3, 0) && !communicator.Send(&rank, 4, -1, 3, 0), "sent to nobody");
+}
+
+int64_t stored(const std::string& path, const std::string& sql) {
+  sqlite3* database = nullptr;
+  sqlite3_stmt* statement = nullptr;
+  int64_t value = -1;
+  if (sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK &&
+      sqlite3_prepare_v2(database, sql.c_str(), -1, &statement, nullptr) == SQLITE_OK &&
+      sqlite3_step(statement) == SQLITE_ROW)
+    value = sqlite3_column_int64(statement, 0);
+  sqlite3_finalize(statement);
+  sqlite3_close(database);
+  return value;
+}
+
+void diagnose() {
+  const int32_t rank = dmpC_CommContainer::GetCommunicator().GetRank();
+  const int32_t size = dmpC_CommContainer::GetCommunicator().GetSize();
+  const auto directory = std::filesystem::temp_directory_path() / "sharedanalysis-ranks-test";
+  std::filesystem::create_directories(directory);
+  host::openJob("ranks" + std::to_string(rank), directory);
+  int32_t components = 0;
+  Shared_Analysis_XP_initialize(&components);
+  acd_handler_setactive_xpl_c();
+  constexpr int32_t all = 1000000;
+  const int32_t own = all / size;
+  const auto start = std::chrono::steady_clock::now();
+  for (int32_t k = 1; k <= own; ++k)
+    acd_error_xpl_c(dia_Codes::ExcessiveDistortion, rank, nullptr, nullptr, nullptr, nullptr, &k);
+  acd_comm_blocks();
+  const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - start;
+  if (rank == 0) expect(acd_get_numerrors_xpl_c() == own * size, "diagnostics were lost");
+  Shared_Analysis_XP_finalize(&components);
+  host::closeJob();
+  if (rank != 0) return;
+  const std::string database = (directory / "ranks0.diagnostics.sqlite").string();
+  expect(stored(database, "SELECT count(*) FROM diagnostics") == all, "the database has not all of them");
+  for (int32_t other = 0; other < size; ++other)
+    expect(stored(database,
+                  "SELECT sum(label) FROM elements e JOIN diagnostics d ON d.id = e.diagnostic WHERE d.domain = " +
+                      std::to_string(other)) == static_cast<int64_t>(own) * (own + 1) / 2,
+           "elements of a rank are wrong");
+  // ranks follow each other, each in the order of recording
+  expect(stored(database,
+                "SELECT count(*) FROM (SELECT domain, lag(domain) OVER (ORDER BY id) AS before FROM diagnostics) "
+                "WHERE domain < before") == 0,
+         "the order of the ranks is wrong");
+  std::printf("%d diagnostics of %d ranks recorded and stored in %.2f s\n", all, size, spent.count());
+  std::filesystem::remove_all(directory);
+}
+
+} // namespace
+
+int main() {
+  if (host::connectRanks() < 2) {
+    std::fprintf(stderr, "not on ranks\n");
+    return 2;
+  }
+  exchange();
+  diagnose();
+  host::disconnectRanks();
+  return faults == 0 ? 0 : 1;
+}
