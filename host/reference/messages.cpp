@@ -84,7 +84,7 @@ void tvkerrC(int32_t, const char* text, const int32_t* ints, const double* reals
 void LFC_XUT_ERRMSG(const char* text, int64_t textLength) { reportError(fixedText(text, textLength)); }
 
 void LFC_XUT_ABORT(void) {
-  job().status = kAborted;
+  DXT_SETJOBSTATUS_XPL(&kAborted);
   job().threadError = true;
 }
 

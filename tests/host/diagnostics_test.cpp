@@ -318,6 +318,13 @@ TEST_F(DiagnosticDatabase, TakesWhatTheLibraryReports) {
   EXPECT_EQ(CLINES[16] + CLINES[18] + CWARN[0] + CWARN[1], 0);
 }
 
+TEST_F(DiagnosticDatabase, KnowsOfAnAbort) {
+  openJob("abort", directory);
+  implicitExtractor().BeginStep(1, "", 4, false, false);
+  LFC_XUT_ABORT();
+  EXPECT_EQ(Reader(database("abort")).value("SELECT s.name FROM run r JOIN statuses s ON s.id = r.status"), "aborted");
+}
+
 TEST_F(DiagnosticDatabase, PutsCallsOutOfPlaceWhereTheyMakeSense) {
   openJob("odd", directory);
   dxt_DiagnosticExtractor& x = implicitExtractor();
