@@ -75,7 +75,7 @@ void Job::flush(int32_t unit) {
 }
 
 TextFile* Job::fileOf(int32_t unit) {
-  TextFile* file = unit == kMessageFile ? &message_ : unit == kSecondChannel ? &log_ : nullptr;
+  TextFile* file = unit == kMessageFile ? &message_ : unit == kSecondChannel || unit == kPrintedUnit ? &log_ : nullptr;
   return file != nullptr && file->isOpen() ? file : nullptr;
 }
 

@@ -11,7 +11,7 @@
 
 namespace sharedanalysis::host {
 
-constexpr int32_t kMessageFile = -6, kSecondChannel = -7;
+constexpr int32_t kMessageFile = -6, kSecondChannel = -7, kPrintedUnit = 7;
 
 class Job {
 public:

@@ -29,6 +29,13 @@ void reportError(std::string_view text) {
   });
 }
 
+// Diagnostics send the template "message=%s"; the writer knows its codes in upper case only.
+std::string withUpperCaseCodes(std::string_view text) {
+  std::string result(text);
+  for (std::size_t at = result.find("%s"); at != std::string::npos; at = result.find("%s", at)) result[at + 1] = 'S';
+  return result;
+}
+
 template <class Strings>
 void writeStatus(std::string_view type, std::string_view text, const int32_t* ints, const double* reals,
                  Strings strings, char exponentLetter) {
@@ -36,7 +43,7 @@ void writeStatus(std::string_view type, std::string_view text, const int32_t* in
     char message[kMessageCapacity];
     std::string line(withoutTrailingBlanks(type));
     line += ' ';
-    line += withoutTrailingBlanks(substitute(text, ints, reals, strings, exponentLetter, message));
+    line += withoutTrailingBlanks(substitute(withUpperCaseCodes(text), ints, reals, strings, exponentLetter, message));
     std::replace(line.begin(), line.end(), '\n', ' ');
     line += '\n';
     thisThread().deliver();

@@ -17,7 +17,7 @@ namespace sharedanalysis::host {
 
 struct JobFiles {
   std::filesystem::path message; // <job>.msg: channel -6 and errors that the library reports to the host
-  std::filesystem::path log;     // <job>.log: channel -7
+  std::filesystem::path log;     // <job>.log: channel -7, and unit 7, where diagnostics are printed
   std::filesystem::path status;  // <job>.sta: one line for each record of the status channel: type, then text
 };
 
@@ -37,7 +37,7 @@ SA_HOST_SERVICE std::error_code writeError();
 // counts when it is set before the first record or step; a job that has neither has no database.  Empty without a job.
 SA_HOST_SERVICE std::filesystem::path diagnosticDatabase();
 
-// Lines, status records and diagnostics that reached no file: no job was open, or the channel is neither -6 nor -7.
+// Lines, status records and diagnostics that reached no file: no job was open, or the channel is none of -6, -7 and 7.
 SA_HOST_SERVICE int64_t unfiledRecords();
 
 // The status that the library reported last, 2 after LFC_XUT_ABORT, -1 when there is none.
