@@ -79,15 +79,6 @@ SA_INLINE void valuesInSpace(Points point, int n, int64_t nblock, const double* 
   forPoints(n, [=, &done](int i) SA_POINT { storeValues(sorted<order>(axesOf(done, i)), P, nblock, point(i)); });
 }
 template <class Points>
-SA_INLINE void increasingInSpace(Points point, int n, int64_t nblock, const double* S, double* P) {
-  valuesInSpace<Order::Increasing>(point, n, nblock, S, P);
-}
-template <class Points>
-SA_INLINE void decreasingInSpace(Points point, int n, int64_t nblock, const double* S, double* P) {
-  valuesInSpace<Order::Decreasing>(point, n, nblock, S, P);
-}
-
-template <class Points>
 SA_INLINE void axesInSpace(Points point, int n, int64_t nblock, const double* S, double* P, double* V) {
   JacobiScratch<true> w, done;
   diagonalise(n, w, done, loadS33(point, nblock, S, w));
@@ -156,20 +147,13 @@ SA_INLINE void storePair(double first, double second, double* P, int64_t n, int 
   P[k] = first + bad;
   P[k + n] = second + bad;
 }
-template <class Points>
-SA_INLINE void increasingS21(Points point, int n, int64_t nblock, const double* S, double* P) {
+template <Order order, class Points>
+SA_INLINE void valuesS21(Points point, int n, int64_t nblock, const double* S, double* P) {
   forPoints(n, [=](int i) SA_POINT {
     const int k = point(i);
     const PlaneAxes a = planeAxes(S[k], S[k + nblock], S[k + 2 * nblock]);
-    storePair(a.first.value, a.second.value, P, nblock, k);
-  });
-}
-template <class Points>
-SA_INLINE void decreasingS21(Points point, int n, int64_t nblock, const double* S, double* P) {
-  forPoints(n, [=](int i) SA_POINT {
-    const int k = point(i);
-    const PlaneAxes a = planeAxes(S[k], S[k + nblock], S[k + 2 * nblock]);
-    storePair(a.second.value, a.first.value, P, nblock, k);
+    const bool rising = order == Order::Increasing;
+    storePair(rising ? a.first.value : a.second.value, rising ? a.second.value : a.first.value, P, nblock, k);
   });
 }
 template <class Points>
@@ -234,16 +218,16 @@ SA_INLINE Axis backward(const Cholesky& c, int i, const Axis& y) {
 
 } // namespace
 
-SA_VALUES(GLO_UTI_EIG33, increasingInSpace)
-SA_VALUES(GLO_UTI_EIG33S, decreasingInSpace)
+SA_VALUES(GLO_UTI_EIG33, valuesInSpace<Order::Increasing>)
+SA_VALUES(GLO_UTI_EIG33S, valuesInSpace<Order::Decreasing>)
 SA_PRINCIPAL(GLO_UTI_EIG33V, axesInSpace)
 SA_PRINCIPAL(GLO_UTI_EIG33ANALV, trigonometricAxes)
 SA_PRINCIPAL(GLO_UTI_EIG31V, axesS31)
 SA_VALUES(GLO_UTI_EIG31VECTOR, valuesS31Sorted)
-SA_VALUES(GLO_UTI_EIG21S, decreasingS21)
+SA_VALUES(GLO_UTI_EIG21S, valuesS21<Order::Decreasing>)
 SA_PRINCIPAL(GLO_UTI_EIG21V, axesS21)
-SA_VALUES(GLO_UTI_EIG21VECTOR, increasingS21)
-SA_VALUES_LIST(GLO_UTI_EIG21VECTORINDX, increasingS21)
+SA_VALUES(GLO_UTI_EIG21VECTOR, valuesS21<Order::Increasing>)
+SA_VALUES_LIST(GLO_UTI_EIG21VECTORINDX, valuesS21<Order::Increasing>)
 
 SA_KERNEL(GLO_UTI_GENEIG33, (const int32_t* nblock, const double* A, const double* B, double* P, double* V),
           (nblock, A, B, P, V)) {

@@ -48,6 +48,17 @@ struct Row {
 };
 SA_INLINE double dot(const Row& a, const Row& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
 
+// P M', the rows of P and M given, to point i of a block array of S33 tensors.
+SA_INLINE void storeProduct(const Row& p1, const Row& p2, const Row& p3, const Space& m, double* T, int64_t ld, int i) {
+  const Row m1{m.m11, m.m12, m.m13}, m2{m.m21, m.m22, m.m23}, m3{m.m31, m.m32, m.m33};
+  T[i] = dot(p1, m1);
+  T[i + ld] = dot(p2, m2);
+  T[i + 2 * ld] = dot(p3, m3);
+  T[i + 3 * ld] = dot(p1, m2);
+  T[i + 4 * ld] = dot(p2, m3);
+  T[i + 5 * ld] = dot(p1, m3);
+}
+
 // body with the direction as a compile-time constant: the flag is tested once.
 template <class Body>
 SA_INLINE void withDirection(int32_t flag, Body body) {
@@ -129,12 +140,7 @@ SA_ROTATION(GLO_UTI_ROTATES33) {
       const Row c1{s11, s12, s13}, c2{s12, s22, s23}, c3{s13, s23, s33};
       const Row p1{dot(m1, c1), dot(m1, c2), dot(m1, c3)}, p2{dot(m2, c1), dot(m2, c2), dot(m2, c3)};
       const Row p3{dot(m3, c1), dot(m3, c2), dot(m3, c3)};
-      T[i] = dot(p1, m1);
-      T[i + L] = dot(p2, m2);
-      T[i + 2 * L] = dot(p3, m3);
-      T[i + 3 * L] = dot(p1, m2);
-      T[i + 4 * L] = dot(p2, m3);
-      T[i + 5 * L] = dot(p1, m3);
+      storeProduct(p1, p2, p3, m, T, L, i);
     });
   });
 }
@@ -147,13 +153,7 @@ SA_ROTATION(GLO_UTI_ROTATES30S33) {
       const double s1 = S[i], s2 = S[i + L], s3 = S[i + 2 * L];
       const Row p1{m.m11 * s1, m.m12 * s2, m.m13 * s3}, p2{m.m21 * s1, m.m22 * s2, m.m23 * s3};
       const Row p3{m.m31 * s1, m.m32 * s2, m.m33 * s3};
-      const Row m1{m.m11, m.m12, m.m13}, m2{m.m21, m.m22, m.m23}, m3{m.m31, m.m32, m.m33};
-      T[i] = dot(p1, m1);
-      T[i + L] = dot(p2, m2);
-      T[i + 2 * L] = dot(p3, m3);
-      T[i + 3 * L] = dot(p1, m2);
-      T[i + 4 * L] = dot(p2, m3);
-      T[i + 5 * L] = dot(p1, m3);
+      storeProduct(p1, p2, p3, m, T, L, i);
     });
   });
 }
