@@ -18,6 +18,8 @@ if(SA_SANITIZE)
   add_link_options(-fsanitize=${SA_SANITIZE})
   if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     add_compile_options(-Wno-pass-failed) # checks in a loop may keep it from being vectorised
+  else()
+    add_compile_options(-Wno-maybe-uninitialized) # g++ 12 suspects its own <regex> when the checks are in
   endif()
 endif()
 
