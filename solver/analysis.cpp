@@ -23,6 +23,9 @@ namespace {
 constexpr double kGrowth = 1.05; // of the increment from one step to the next
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
+// NaN when one of them is: whichever comes first, it is found.
+double smallerOf(double a, double b) { return b < a || b != b ? b : a; }
+
 double valueAt(const History& history, double time) {
   const auto& t = history.time;
   if (t.empty()) return 0;
@@ -297,7 +300,7 @@ void Analysis::Data::evaluateForces(DomainState& state, double step) {
   state.masked = 0;
   for (Block& block : state.blocks) {
     const Block::Outcome outcome = block.evaluate(x, v, step, definition, state.work, state.force.data());
-    if (!(outcome.stableIncrement >= state.stableIncrement)) state.stableIncrement = outcome.stableIncrement;
+    state.stableIncrement = smallerOf(state.stableIncrement, outcome.stableIncrement);
     state.masked += outcome.masked;
   }
 }
@@ -358,7 +361,7 @@ Outcome Analysis::Data::outcome() const {
   own.killed = ELI_GETKILLSIGNAL() != 0;
   for (const DomainState& state : domains) {
     own.masked = own.masked || state.masked > 0;
-    if (!(state.stableIncrement >= own.smallest)) own.smallest = state.stableIncrement;
+    own.smallest = smallerOf(own.smallest, state.stableIncrement);
   }
   std::vector<double> all{own.smallest, own.masked ? 0.0 : 1.0, own.killed ? 0.0 : 1.0};
   ranks.smallest(all);
