@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 #include <limits>
 #include <map>
 #include <numbers>
@@ -91,20 +92,20 @@ struct Analysis::Data {
   Collected collected;
   Energies energies;
   bool isCollected = false;
-  bool rankLost = false;
+  std::exception_ptr failed; // in the loop over increments
   std::vector<double> displacement, velocity, reaction, stress, elementEnergy, elementMask;
 
   Data(const Mesh& m, const Case& c) : mesh(m), definition(c) {}
 
   int64_t nodes() const { return static_cast<int64_t>(numbering.nodes.size()); }
   int64_t bricks() const { return static_cast<int64_t>(numbering.elements.size()); }
-  // No exception leaves the loop over increments: that a rank is lost is told after it.
+  // No exception leaves the loop over increments: it goes on after it.
   template <class Body>
   void guarded(Body body) noexcept {
     try {
-      if (!rankLost) body();
+      if (!failed) body();
     } catch (...) {
-      rankLost = true;
+      failed = std::current_exception();
     }
   }
   bool speaksFor(const DomainState& state, int32_t brick) const { return state.owns(numbering.lowestNode(brick)); }
@@ -430,12 +431,12 @@ Ending Analysis::advanceTo(double end) {
           if (d.ending == Ending::Running && all.killed) d.ending = Ending::Killed;
           if (d.observer) d.observer({d.time, d.stable, d.increment}, step);
         });
-        running = d.ending == Ending::Running && d.time < end && !d.rankLost;
+        running = d.ending == Ending::Running && d.time < end && !d.failed;
         step = d.nextIncrement(end);
       }
     }
   }
-  if (d.rankLost) throw RankLost("the connection to another rank is lost");
+  if (d.failed) std::rethrow_exception(d.failed);
   if (d.ending == Ending::Running && d.time >= d.definition.endTime) return Ending::Complete;
   return d.ending;
 }

@@ -17,6 +17,8 @@ struct Energies {
   // total - external is constant in an exact integration
   double total() const { return kinetic + strain + hourglass + viscous; }
   double balance() const { return total() - external; }
+  // As results have them.
+  std::array<double, 6> values() const { return {kinetic, strain, hourglass, viscous, external, total()}; }
 };
 
 struct Progress {

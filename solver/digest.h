@@ -1,61 +1,76 @@
-// Digests of results: short hashes by which two runs are compared.
-//
-// A text file.  The first line names format and model, "sharedanalysis-digest 1 nodes N bricks M".  Then, for each output,
-// "increment I time T" and a line for each array: its name, its hash, and the hashes of its chunks of entities, of which there
-// are at most 32, all of one length but the last.  Hashes are FNV-1a, 64 bits in hexadecimal, over the bytes of the values in
-// the order of the mesh; times are hexadecimal floating-point numbers, so that no bit is lost.
+// Digests of runs: hashes of everything that is written, by which two runs are compared to the last bit.
 #pragma once
 
 #include "analysis.h"
+#include "field_names.h"
 #include "partial_file.h"
 
 #include <cstdint>
 #include <cstdio>
 #include <memory>
-#include <span>
 #include <string>
 #include <vector>
 
 namespace sharedanalysis::solver {
 
-constexpr std::size_t mostChunks = 32;
+// Of the exact bits: 0 and -0 differ, and so do NaNs of different bits.  A change of one value always changes the hash.
+uint64_t hashOf(std::span<const double> values);
+uint64_t hashOf(std::span<const uint64_t> words);
 
-// Entities of a chunk.
-constexpr std::size_t chunkLength(std::size_t entities) { return (entities + mostChunks - 1) / mostChunks; }
+// Arrays are hashed in chunks of entities, in the order of the mesh.
+struct Chunk {
+  int64_t first = 0, last = 0; // numbers of the mesh
+};
 
+struct ArrayDigest {
+  const FieldName* name = nullptr;
+  uint64_t hash = 0;            // of the hashes of the chunks
+  std::vector<uint64_t> chunks; // one for an array of the model
+};
+
+struct OutputDigest {
+  int64_t increment = 0;
+  double time = 0;
+  std::vector<ArrayDigest> arrays; // as fieldNames has them
+};
+
+struct Digest {
+  std::string job;
+  uint64_t mesh = 0; // numbers, coordinates, connectivity and groups
+  int64_t nodes = 0, elements = 0;
+  std::vector<Chunk> nodeChunks, elementChunks;
+  std::vector<OutputDigest> outputs;
+
+  const std::vector<Chunk>& chunksOf(Entity entity) const {
+    return entity == Entity::Node ? nodeChunks : elementChunks;
+  }
+};
+
+// Entities of one chunk but the last one of `count` entities.
+int64_t chunkLength(int64_t count);
+
+// Throws InputError "file:line: what is wrong": unreadable, no digest, cut off, hashes that do not belong together.
+Digest readDigest(const std::filesystem::path& file);
+
+// The digest of a run that goes on; docs/ranks-and-reproducibility.md describes the file.
 class DigestFile {
 public:
-  DigestFile(const std::filesystem::path& name, const Mesh& mesh);
-  void write(const Progress& now, const Fields& fields, const Energies& energies);
+  DigestFile(const std::filesystem::path& name, const std::string& job, const Mesh& mesh);
+
+  void write(const Progress& progress, const Fields& fields, const Energies& energies);
+  // Nothing can be written afterwards; a file that was not closed counts as cut off.
   void close();
   const PartialFile& file() const { return file_; }
 
 private:
   void put(const std::string& line);
-  void array(const char* name, std::span<const double> values, std::size_t entities);
 
-  struct Closer {
+  struct Close {
     void operator()(std::FILE* stream) const { std::fclose(stream); }
   };
   PartialFile file_;
-  std::unique_ptr<std::FILE, Closer> stream_;
+  std::unique_ptr<std::FILE, Close> stream_;
+  int64_t outputs_ = 0;
 };
-
-struct DigestArray {
-  std::string name, hash;
-  std::vector<std::string> chunks;
-};
-struct DigestOutput {
-  int64_t increment = 0;
-  std::string time;
-  std::vector<DigestArray> arrays;
-};
-struct Digest {
-  std::size_t nodes = 0, bricks = 0;
-  std::vector<DigestOutput> outputs;
-};
-
-// Throws InputError naming file and line.
-Digest readDigest(const std::filesystem::path& file);
 
 } // namespace sharedanalysis::solver

@@ -5,6 +5,7 @@
 #include "diagnostics.h"
 #include "digest.h"
 #include "glo.h"
+#include "hash.h"
 #include "history.h"
 #include "mesh_reader.h"
 #include "ranks.h"
@@ -16,6 +17,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <initializer_list>
 #include <memory>
@@ -28,8 +30,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr int32_t noChannel = 0, messageFile = -6;
-constexpr int32_t exitErrors = 20, exitPhaseComplete = 22; // codes of GLO_UTI_EXIT
-constexpr int32_t statusCompleted = 1;                     // what it tells the host
+constexpr int32_t exitErrors = 20, exitErrorsElsewhere = 21, exitPhaseComplete = 22; // codes of GLO_UTI_EXIT
+constexpr int32_t statusCompleted = 1;                                               // what it tells the host
 
 // A message of the analysis to the message file, or to the status file when it is a "Status" or an "Error".
 void message(const char* type, const char* text, const std::vector<std::string>& strings = {},
@@ -123,14 +125,8 @@ std::filesystem::path resultFile(const Case& definition, const char* extension) 
   return definition.outputDirectory / (definition.job + extension);
 }
 
-// A file of the host could not be written; closing the job tells which.
-class HostFileFailed : public std::system_error {
-public:
-  explicit HostFileFailed(std::error_code error)
-      : std::system_error(error, "a message, status or diagnostics file could not be written") {}
-};
-
-// The result files of a run that goes on.  The root has them; the other ranks bring it what it writes.
+// The result files of a run that goes on.  The root has them; the other ranks bring it what it writes: every rank calls the
+// members.
 class Output {
 public:
   Output(const Case& definition, const Mesh& mesh, const std::vector<std::string>& info, const Ranks& ranks,
@@ -139,7 +135,7 @@ public:
     if (!ranks.isRoot()) return;
     history_.emplace(historyPath_);
     results_.emplace(fieldsPath_, mesh, definition, info);
-    if (digest) digest_.emplace(resultFile(definition, digestExtension), mesh);
+    if (digest) digest_.emplace(resultFile(definition, digestExtension), definition.job, mesh);
   }
 
   void writeHistory(const Analysis& analysis) {
@@ -158,7 +154,8 @@ public:
               {std::to_string(now.increment)},
               {now.time, now.stableIncrement, energies.kinetic, energies.total(), check_.error()});
     }
-    if (const std::error_code error = host::writeError()) throw HostFileFailed(error);
+    if (const std::error_code error = host::writeError())
+      throw std::system_error(error, "a message, status or diagnostics file could not be written");
   }
 
   void close() {
@@ -188,11 +185,65 @@ private:
   std::optional<DigestFile> digest_;
 };
 
-// What goes wrong at another rank is told by that rank.
-class OtherRankFailed : public std::runtime_error {
+// What all ranks must have read alike.
+uint64_t inputHash(const CaseFile& caseFile, const Mesh& mesh) {
+  Hash hash;
+  for (const std::string& line : caseFile.lines) hash.add(line);
+  hash.add(mesh);
+  return hash.value();
+}
+
+// An error that all ranks end with.
+class JobFailed : public std::runtime_error {
 public:
-  OtherRankFailed() : std::runtime_error("another rank has failed") {}
+  explicit JobFailed(RankFailure failure) : std::runtime_error(failure.text), failure_(std::move(failure)) {}
+  const RankFailure& failure() const { return failure_; }
+
+private:
+  RankFailure failure_;
 };
+
+// The exception that is being handled, as an exit code and a text.
+RankFailure describeException() {
+  try {
+    throw;
+  } catch (const InputError& error) {
+    return {0, exitInput, error.what()};
+  } catch (const WriteError& error) {
+    return {0, exitNotWritten, error.what()};
+  } catch (const std::system_error& error) {
+    return {0, exitNotWritten, error.what()};
+  } catch (const std::bad_alloc&) {
+    return {0, exitEndedEarly, "the memory does not suffice for this model"};
+  } catch (const std::exception& error) {
+    return {0, exitEndedEarly, error.what()};
+  }
+}
+
+std::string withRank(int32_t rank, const std::string& text) {
+  return rank == 0 ? text : "rank " + std::to_string(rank) + ": " + text;
+}
+
+// The failure that ends all ranks, for the exception that is being handled on this one.
+RankFailure failureOfAll(const Ranks& ranks) {
+  try {
+    try {
+      throw;
+    } catch (const RankFailed& error) {
+      return ranks.settle(error.failure(), error.teller());
+    } catch (const RankLost&) {
+      throw;
+    } catch (...) {
+      const RankFailure failure = describeException();
+      return ranks.settle({ranks.rank(), failure.code, withRank(ranks.rank(), failure.text)}, ranks.rank());
+    }
+  } catch (const RankLost& error) {
+    // there is nobody to settle it with
+    reportError(error.what());
+    host::abortRanks(exitEndedEarly);
+    return {ranks.rank(), exitEndedEarly, error.what()};
+  }
+}
 
 // The early end of an analysis in words.
 std::string describeEnding(Ending ending, const Analysis& analysis, const Case& definition, double firstIncrement) {
@@ -219,12 +270,11 @@ std::string describeEnding(Ending ending, const Analysis& analysis, const Case& 
 
 class Job {
 public:
-  Job(const JobOptions& options, Terminal& terminal)
-      : options_(options), terminal_(terminal),
-        // asked before the mesh is read: Gmsh sets OpenMP to one thread
-        threads_(options.threads > 0 ? options.threads : std::min(omp_get_max_threads(), 1024)),
+  Job(const JobOptions& options, const Ranks& ranks, Terminal& terminal)
+      : options_(options), terminal_(terminal), ranks_(ranks), threads_(threadsOf(options, ranks)),
         caseFile_(readInput(options)), definition_(caseFile_.definition), mesh_(readMesh(definition_.meshFile)) {
     checkGroups(caseFile_, mesh_);
+    checkSameInput();
   }
 
   ExitCode run() {
@@ -240,29 +290,38 @@ public:
     openFiles();
     try {
       return analyse(analysis);
-    } catch (const OtherRankFailed&) {
-      endAnalysis(exitErrors);
-      closeJobFiles();
-      throw;
-    } catch (const HostFileFailed& error) {
-      message("Error", "%S", {error.what()});
-      endAnalysis(exitErrors);
-      host::closeJob(); // throws what names the file
-      throw;
-    } catch (const std::exception& error) {
-      // the job ends in order, then the error goes on
-      message("Error", "%S", {error.what()});
-      endAnalysis(exitErrors);
-      closeJobFiles();
-      throw;
+    } catch (const std::exception&) {
+      // the job ends in order on all ranks, then the error goes on
+      RankFailure failure = failureOfAll(ranks_);
+      message("Error", "%S", {failure.text});
+      endAnalysis(failure.rank == ranks_.rank() ? exitErrors : exitErrorsElsewhere);
+      closeAfter(failure);
+      throw JobFailed(failure);
     }
   }
 
 private:
+  // Asked before the mesh is read: Gmsh sets OpenMP to one thread.  Several ranks share their machine: each takes more than
+  // one thread only when it is told to.
+  static int threadsOf(const JobOptions& options, const Ranks& ranks) {
+    if (options.threads > 0) return options.threads;
+    if (ranks.areSeveral() && !std::getenv("OMP_NUM_THREADS")) return 1;
+    return std::min(omp_get_max_threads(), 1024);
+  }
+
   static CaseFile readInput(const JobOptions& options) {
     CaseFile caseFile = readCase(options.caseFile);
     if (options.outputDirectory) caseFile.definition.outputDirectory = *options.outputDirectory;
     return caseFile;
+  }
+
+  void checkSameInput() const {
+    if (!ranks_.areSeveral()) return;
+    const std::vector<int64_t> hashes = ranks_.joined({static_cast<int64_t>(inputHash(caseFile_, mesh_))});
+    for (std::size_t rank = 1; rank < hashes.size(); ++rank)
+      if (hashes[rank] != hashes[0])
+        throw InputError("rank " + std::to_string(rank) + " has read another case or mesh than rank 0 from " +
+                         definition_.file.string() + " and " + definition_.meshFile.string());
   }
 
   // What is wrong between case and mesh is told with the names of both.
@@ -274,36 +333,39 @@ private:
     }
   }
 
-  // body() on every rank; when it throws on one, the others throw OtherRankFailed.
-  template <class Body>
-  void together(Body body) const {
-    std::exception_ptr own;
-    try {
-      body();
-    } catch (...) {
-      own = std::current_exception();
-    }
-    const bool all = ranks_.allAgree(!own);
-    if (own) std::rethrow_exception(own);
-    if (!all) throw OtherRankFailed();
+  // The root has the name of the job, the other ranks have their number in it.
+  std::string nameOfRank(int32_t rank) const {
+    return definition_.job + (rank == 0 ? "" : ".rank" + std::to_string(rank));
+  }
+
+  // Whatever fails from here on, nothing of an earlier run passes for a part of this one.
+  void removeEarlierFiles() const {
+    for (const char* extension : {historyExtension, fieldsExtension, digestExtension})
+      PartialFile::removeEarlier(resultFile(definition_, extension));
+    const auto removeFilesOf = [&](int32_t rank) {
+      bool found = false;
+      for (const char* extension : {".msg", ".log", ".sta"}) {
+        const std::filesystem::path file = definition_.outputDirectory / (nameOfRank(rank) + extension);
+        std::error_code error;
+        found = std::filesystem::remove(file, error) || found;
+        if (error) throw WriteError(file, "the older file cannot be removed: " + error.message());
+      }
+      return found;
+    };
+    for (int32_t rank = ranks_.size(); removeFilesOf(rank);) ++rank;
   }
 
   // The root makes the directory; every rank has message, status and log files of its own.
   void openFiles() {
-    together([&] {
-      if (!ranks_.isRoot()) return;
+    if (ranks_.isRoot()) {
       std::error_code error;
       std::filesystem::create_directories(definition_.outputDirectory, error);
       if (error) throw WriteError(definition_.outputDirectory, "the directory cannot be made: " + error.message());
-      // whatever fails from here on, no result of an earlier run passes for one of this run
-      for (const char* extension : {historyExtension, fieldsExtension, digestExtension})
-        PartialFile::removeEarlier(resultFile(definition_, extension));
-    });
-    together([&] {
-      host::installSignalHandlers();
-      host::openJob(definition_.job + (ranks_.isRoot() ? "" : ".rank" + std::to_string(ranks_.rank())),
-                    definition_.outputDirectory);
-    });
+      removeEarlierFiles();
+    }
+    ranks_.synchronise();
+    host::installSignalHandlers();
+    host::openJob(nameOfRank(ranks_.rank()), definition_.outputDirectory);
     std::string banner(79, ' ');
     GLO_UTI_GETVERSIONDATETIME(banner.data(), static_cast<int64_t>(banner.size()));
     message("Table", "%S", {banner});
@@ -320,44 +382,50 @@ private:
     }
   }
 
+  // Closing tells which file of the host could not be written: that is then what has failed.
+  void closeAfter(RankFailure& failure) const noexcept {
+    try {
+      host::closeJob();
+    } catch (const std::system_error& error) {
+      if (failure.code == exitNotWritten && failure.rank == ranks_.rank())
+        failure.text = withRank(failure.rank, error.what());
+      else
+        reportError(withRank(ranks_.rank(), error.what()));
+    }
+  }
+
   ExitCode analyse(Analysis& analysis) {
     std::vector<std::string> info = description_;
     info.insert(info.end(), caseFile_.lines.begin(), caseFile_.lines.end());
-    std::optional<Output> opened;
-    together([&] { opened.emplace(definition_, mesh_, info, ranks_, options_.digest); });
-    Output& output = *opened;
+    Output output(definition_, mesh_, info, ranks_, options_.digest);
     DiagnosticCourse course(definition_, ranks_);
     analysis.setObserver([&](const Progress& now, double increment) { course.increment(now, increment); });
-    writeHistory(analysis, output);
-    writeFields(analysis, output);
+    output.writeHistory(analysis);
+    output.writeFields(analysis);
     showProgress(analysis, output);
 
     const Ending ending = advance(analysis, output);
     terminal_.endProgress();
-    together([&] { output.close(); });
-    if (ending != Ending::Complete) return endEarly(analysis, ending, output, course);
+    output.close();
+    // from here on no rank waits for one that has failed; a signal to one rank is one to all of them
+    if (!ranks_.allAgree(ending != Ending::Killed && !host::killSignal())) host::requestKill();
+    return ending == Ending::Complete ? complete(analysis, output, course) : endEarly(analysis, ending, output, course);
+  }
 
+  ExitCode complete(const Analysis& analysis, const Output& output, DiagnosticCourse& course) {
     course.end();
     message("Note", "The analysis is complete after %S increments; its energy balance is off by %R of the energy.",
             {std::to_string(analysis.progress().increment)}, {output.energy().relative()});
     endAnalysis(exitPhaseComplete);
     // a signal that came after the last increment has made the job an interrupted one; the root knows
     const bool completed = ranks_.allAgree(!ranks_.isRoot() || host::jobStatus() == statusCompleted);
-    together([&] { host::closeJob(); });
+    host::closeJob();
+    ranks_.synchronise();
     if (!completed) return reportInterruption(analysis, output);
-    together([&] { output.complete(); });
+    output.complete();
+    ranks_.synchronise();
     showSummary(analysis, output);
     return exitComplete;
-  }
-
-  // What is written comes from all ranks: they collect it, then the root writes.
-  void writeHistory(Analysis& analysis, Output& output) const {
-    analysis.collect();
-    together([&] { output.writeHistory(analysis); });
-  }
-  void writeFields(Analysis& analysis, Output& output) const {
-    analysis.collect();
-    together([&] { output.writeFields(analysis); });
   }
 
   // History and fields are written on the way and, whatever the ending, for the last state that has numbers.
@@ -374,8 +442,8 @@ private:
 
       const double time = analysis.progress().time;
       const bool atEnd = ending != Ending::Running;
-      if (history.reach(time) || atEnd) writeHistory(analysis, output);
-      if (fields.reach(time) || atEnd) writeFields(analysis, output);
+      if (history.reach(time) || atEnd) output.writeHistory(analysis);
+      if (fields.reach(time) || atEnd) output.writeFields(analysis);
       showProgress(analysis, output);
     }
     return ending;
@@ -423,7 +491,7 @@ private:
 
   const JobOptions& options_;
   Terminal& terminal_;
-  Ranks ranks_;
+  const Ranks& ranks_;
   int threads_;
   CaseFile caseFile_;
   const Case& definition_;
@@ -442,34 +510,21 @@ void reportError(const std::string& text) {
 
 ExitCode runJob(const JobOptions& options) {
   const Ranks ranks;
-  Terminal terminal(options.quiet || !ranks.isRoot());
-  // what every rank has found is told once, what only one has found by that one
-  const auto fail = [&](ExitCode code, const std::string& text, bool foundByAll) {
+  // launchers pass on what ranks show, and pretend to be a terminal
+  Terminal terminal(options.quiet || !ranks.isRoot(), ranks.areSeveral());
+  // told once, by the rank where it began
+  const auto fail = [&](const RankFailure& failure) {
     terminal.endProgress();
-    if (ranks.isRoot())
-      reportError(text);
-    else if (!foundByAll)
-      reportError("rank " + std::to_string(ranks.rank()) + ": " + text);
-    return code;
+    if (failure.rank == ranks.rank()) reportError(failure.text);
+    return static_cast<ExitCode>(failure.code);
   };
   try {
-    return Job(options, terminal).run();
-  } catch (const OtherRankFailed&) {
-    return exitEndedEarly;
-  } catch (const InputError& error) {
-    return fail(exitInput, error.what(), true);
-  } catch (const WriteError& error) {
-    return fail(exitNotWritten, error.what(), false);
-  } catch (const std::system_error& error) {
-    return fail(exitNotWritten, error.what(), false);
-  } catch (const std::bad_alloc&) {
-    fail(exitEndedEarly, "the memory does not suffice for this model", false);
-  } catch (const std::exception& error) {
-    fail(exitEndedEarly, error.what(), false);
+    return Job(options, ranks, terminal).run();
+  } catch (const JobFailed& error) {
+    return fail(error.failure());
+  } catch (const std::exception&) {
+    return fail(failureOfAll(ranks));
   }
-  // the other ranks do not know and wait for this one
-  if (ranks.areSeveral()) host::abortRanks(exitEndedEarly);
-  return exitEndedEarly;
 }
 
 } // namespace sharedanalysis::solver

@@ -9,7 +9,7 @@ namespace sharedanalysis::solver {
 struct JobOptions {
   std::filesystem::path caseFile;
   std::optional<std::filesystem::path> outputDirectory; // instead of the one of the case
-  int threads = 0;                                      // 0: as many as OpenMP offers
+  int threads = 0;                                      // of each rank; 0: as many as OpenMP offers, of several ranks 1
   bool checkOnly = false, quiet = false;
   bool digest = false; // also write hashes of all fields
 };
@@ -17,7 +17,8 @@ struct JobOptions {
 // Exit codes of the program.
 enum ExitCode { exitComplete = 0, exitInput = 1, exitEndedEarly = 2, exitNotWritten = 3, exitInterrupted = 130 };
 
-// Reports errors on standard error; throws nothing.  The library must be initialised.
+// Reports errors on standard error; throws nothing.  The library must be initialised.  Every rank calls it and gets the same
+// code.
 ExitCode runJob(const JobOptions& options);
 
 // "error: text" on standard error.

@@ -2,26 +2,100 @@
 
 #include "dmpC_CommContainer.h"
 
-#include <string>
+#include <algorithm>
+#include <cstring>
 
 namespace sharedanalysis::solver {
 namespace {
 
 constexpr int32_t messageType = 6, tag = 0;
+constexpr int64_t longestPiece = int64_t{1} << 30; // of a message
+
+// Every message begins with one.
+struct Heading {
+  int32_t isFailure = 0; // then a message with the text comes after it
+  int32_t rank = 0, code = 0, textBytes = 0;
+};
+constexpr int64_t headingBytes = sizeof(Heading);
+
+dmpC_Communicator& communicator() { return dmpC_CommContainer::GetCommunicator(); }
+
+[[noreturn]] void lost(int32_t rank, const char* what) {
+  throw RankLost("the connection to rank " + std::to_string(rank) + " is lost: " + what);
+}
+
+void sendMessage(const void* data, int64_t bytes, int32_t destination) {
+  if (!communicator().Send(data, bytes, destination, messageType, tag)) lost(destination, "nothing can be sent");
+}
+
+int64_t receiveMessage(void* data, int64_t capacity, int32_t source) {
+  const int64_t bytes = communicator().Receive(data, capacity, source, messageType, tag);
+  if (bytes < 0) lost(source, "nothing can be received");
+  return bytes;
+}
+
+// What follows the heading of a failure.
+RankFailure receiveFailure(const Heading& heading, int32_t source) {
+  RankFailure failure{heading.rank, heading.code, std::string(static_cast<std::size_t>(heading.textBytes), ' ')};
+  if (receiveMessage(failure.text.data(), heading.textBytes, source) != heading.textBytes)
+    lost(source, "a failure is told in part");
+  return failure;
+}
+
+void tellFailure(const RankFailure& failure, int32_t destination) {
+  const Heading heading{1, failure.rank, failure.code, static_cast<int32_t>(failure.text.size())};
+  sendMessage(&heading, headingBytes, destination);
+  sendMessage(failure.text.data(), heading.textBytes, destination);
+}
 
 } // namespace
 
-Ranks::Ranks()
-    : rank_(dmpC_CommContainer::GetCommunicator().GetRank()), size_(dmpC_CommContainer::GetCommunicator().GetSize()) {}
+Ranks::Ranks() : rank_(communicator().GetRank()), size_(communicator().GetSize()) {}
 
 void Ranks::sendBytes(const void* data, int64_t bytes, int32_t destination) const {
-  if (!dmpC_CommContainer::GetCommunicator().Send(data, bytes, destination, messageType, tag))
-    throw RankLost("nothing can be sent to rank " + std::to_string(destination));
+  const char* next = static_cast<const char*>(data);
+  std::vector<char> message;
+  do {
+    const int64_t piece = std::min(bytes, longestPiece);
+    message.assign(static_cast<std::size_t>(headingBytes), 0);
+    message.insert(message.end(), next, next + piece);
+    sendMessage(message.data(), static_cast<int64_t>(message.size()), destination);
+    next += piece;
+    bytes -= piece;
+  } while (bytes > 0);
 }
 
 void Ranks::receiveBytes(void* data, int64_t bytes, int32_t source) const {
-  if (dmpC_CommContainer::GetCommunicator().Receive(data, bytes, source, messageType, tag) != bytes)
-    throw RankLost("rank " + std::to_string(source) + " does not answer as expected");
+  char* next = static_cast<char*>(data);
+  std::vector<char> message;
+  do {
+    const int64_t piece = std::min(bytes, longestPiece);
+    message.resize(static_cast<std::size_t>(headingBytes + piece));
+    const int64_t received = receiveMessage(message.data(), headingBytes + piece, source);
+    Heading heading;
+    if (received <= headingBytes + piece && received >= headingBytes)
+      std::memcpy(&heading, message.data(), sizeof heading);
+    if (heading.isFailure != 0) throw RankFailed(receiveFailure(heading, source), source);
+    if (received != headingBytes + piece) lost(source, "it does not answer as expected");
+    if (piece > 0) std::memcpy(next, message.data() + headingBytes, static_cast<std::size_t>(piece));
+    next += piece;
+    bytes -= piece;
+  } while (bytes > 0);
+}
+
+RankFailure Ranks::settle(const RankFailure& own, int32_t teller) const {
+  for (int32_t other = 0; other < size_; ++other)
+    if (other != rank_) tellFailure(own, other);
+  RankFailure first = own;
+  for (int32_t other = 0; other < size_; ++other) {
+    if (other == rank_ || other == teller) continue;
+    Heading heading;
+    // results that were under way have no meaning any more; messages beyond the room for a heading are not stored
+    while (receiveMessage(&heading, headingBytes, other) != headingBytes || heading.isFailure == 0) heading = {};
+    RankFailure theirs = receiveFailure(heading, other);
+    if (theirs.rank < first.rank) first = std::move(theirs);
+  }
+  return first;
 }
 
 void Ranks::broadcastBytes(void* data, int64_t bytes) const {

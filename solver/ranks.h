@@ -1,8 +1,12 @@
 // What the ranks of a job tell each other.  With one rank nothing is sent and every result is the caller's own.
+//
+// A rank that fails tells all others, and waits until every one of them has failed as well: whoever waits for a message of a
+// failed rank learns of it.  So the ranks end together, none waits for another forever, and no message is left behind.
 #pragma once
 
 #include <cstdint>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace sharedanalysis::solver {
@@ -13,7 +17,26 @@ public:
   using std::runtime_error::runtime_error;
 };
 
-// All members are called by every rank at the same place, but send and receive.
+struct RankFailure {
+  int32_t rank = 0; // where it began
+  int32_t code = 0; // exit code
+  std::string text;
+};
+
+// Another rank has failed.
+class RankFailed : public std::runtime_error {
+public:
+  RankFailed(RankFailure failure, int32_t teller)
+      : std::runtime_error(failure.text), failure_(std::move(failure)), teller_(teller) {}
+  const RankFailure& failure() const { return failure_; }
+  int32_t teller() const { return teller_; }
+
+private:
+  RankFailure failure_;
+  int32_t teller_; // the rank from which it is known
+};
+
+// All members are called by every rank at the same place, but send and receive.  They throw RankFailed or RankLost.
 class Ranks {
 public:
   Ranks();
@@ -37,6 +60,12 @@ public:
   // Element by element, of all ranks: the smallest, NaN where one is NaN.
   void smallest(std::vector<double>& values) const;
   bool allAgree(bool own) const;
+  // Everyone has come here.
+  void synchronise() const { allAgree(true); }
+
+  // A rank that fails calls this once, and sends nothing afterwards.  `teller` is the rank from which the failure is known,
+  // the own one where it began.  Returns what has failed first in the order of the ranks, the same on all of them.
+  RankFailure settle(const RankFailure& own, int32_t teller) const;
 
 private:
   void sendBytes(const void* data, int64_t bytes, int32_t destination) const;

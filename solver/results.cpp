@@ -1,5 +1,7 @@
 #include "results.h"
 
+#include "field_names.h"
+
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -10,12 +12,16 @@ namespace sharedanalysis::solver {
 namespace {
 
 constexpr int brickNodes = 8;
-constexpr std::array stressNames{"stress_xx", "stress_yy", "stress_zz", "stress_xy", "stress_yz", "stress_xz"};
-constexpr std::array nodeNames{"displacement_x", "displacement_y", "displacement_z", "velocity_x", "velocity_y",
-                               "velocity_z",     "reaction_x",     "reaction_y",     "reaction_z"};
-constexpr std::array scalarNames{"strain_energy_density", "mask"};
-constexpr std::array globalNames{"kinetic_energy", "strain_energy", "hourglass_energy",
-                                 "viscous_energy", "external_work", "total_energy"};
+constexpr std::size_t stressComponents = 6;
+
+// The variables of nodes, elements or the model, in the order in which they are written.
+std::vector<std::string> variablesOf(Entity entity) {
+  std::vector<std::string> names;
+  for (const FieldName& field : fieldNames)
+    if (field.entity == entity)
+      names.insert(names.end(), field.components.begin(), field.components.begin() + field.count);
+  return names;
+}
 
 // Exodus takes arrays of pointers to texts that it does not change.
 class TextPointers {
@@ -161,10 +167,9 @@ void ResultsFile::declareVariables() {
     check(ex_put_variable_param(id_, type, texts.count()));
     check(ex_put_variable_names(id_, type, texts.count(), texts.get()));
   };
-  declare(EX_GLOBAL, {globalNames.begin(), globalNames.end()});
-  declare(EX_NODAL, {nodeNames.begin(), nodeNames.end()});
-  std::vector<std::string> elementNames(stressNames.begin(), stressNames.end());
-  elementNames.insert(elementNames.end(), scalarNames.begin(), scalarNames.end());
+  declare(EX_GLOBAL, variablesOf(Entity::Model));
+  declare(EX_NODAL, variablesOf(Entity::Node));
+  std::vector<std::string> elementNames = variablesOf(Entity::Element);
   // every block has every variable
   std::vector<int> table(blocks_.size() * elementNames.size(), 1);
   const int count = static_cast<int>(elementNames.size());
@@ -175,14 +180,13 @@ void ResultsFile::declareVariables() {
 void ResultsFile::write(double time, const Fields& fields, const Energies& energies) {
   ++count_;
   check(ex_put_time(id_, count_, &time));
-  const std::array<double, globalNames.size()> globals{energies.kinetic, energies.strain,   energies.hourglass,
-                                                       energies.viscous, energies.external, energies.total()};
+  const auto globals = energies.values();
   check(ex_put_var(id_, count_, EX_GLOBAL, 1, 1, static_cast<int64_t>(globals.size()), globals.data()));
   writeNodeVector(1, fields.displacement);
   writeNodeVector(4, fields.velocity);
   writeNodeVector(7, fields.reaction);
-  for (std::size_t c = 0; c < stressNames.size(); ++c)
-    writeElementVariable(static_cast<int>(c) + 1, fields.stress, stressNames.size(), c);
+  for (std::size_t c = 0; c < stressComponents; ++c)
+    writeElementVariable(static_cast<int>(c) + 1, fields.stress, stressComponents, c);
   writeElementVariable(7, fields.strainEnergy, 1, 0);
   writeElementVariable(8, fields.mask, 1, 0);
   check(ex_update(id_));

@@ -36,7 +36,7 @@ std::string clockText(double seconds) {
   return (hours > 0 ? std::to_string(hours) + ":" + two(minutes) : std::to_string(minutes)) + ":" + two(whole % 60);
 }
 
-Terminal::Terminal(bool quiet) : quiet_(quiet), live_(!quiet && takesBar()) {}
+Terminal::Terminal(bool quiet, bool plain) : quiet_(quiet), live_(!quiet && !plain && takesBar()) {}
 
 void Terminal::put(const std::string& text) const {
   std::fwrite(text.data(), 1, text.size(), stdout);

@@ -11,7 +11,8 @@ namespace sharedanalysis::solver {
 // Nothing that is shown here is a result: a reader that has gone away or a full disk do not end the run.
 class Terminal {
 public:
-  explicit Terminal(bool quiet);
+  // plain: lines alone, also on what looks like a terminal.
+  Terminal(bool quiet, bool plain);
 
   struct State {
     double time = 0, endTime = 0, stableIncrement = 0, energyError = 0; // s, relative

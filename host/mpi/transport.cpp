@@ -1,6 +1,8 @@
 // Messages over MPI, in a library of its own: only processes that were launched on ranks load it.
 #include "communicator.h"
 
+#include <algorithm>
+#include <cstring>
 #include <limits>
 #include <list>
 #include <mpi.h>
@@ -14,6 +16,12 @@ namespace {
 void check(int result, const char* what) {
   if (result != MPI_SUCCESS) throw std::runtime_error(std::string("MPI: ") + what + " failed");
 }
+
+// What a message is called: MPI's own tags have not room for both numbers.
+struct Name {
+  int32_t type, tag;
+  bool operator==(const Name&) const = default;
+};
 
 class MpiTransport : public Transport {
 public:
@@ -29,77 +37,99 @@ public:
     MPI_Comm_set_errhandler(world_, MPI_ERRORS_RETURN);
     MPI_Comm_rank(world_, &rank_);
     MPI_Comm_size(world_, &size_);
-    int* bound = nullptr;
-    int isSet = 0;
-    MPI_Comm_get_attr(world_, MPI_TAG_UB, &bound, &isSet);
-    if (isSet != 0) largestTag_ = *bound;
+    arrived_.resize(static_cast<std::size_t>(size_));
   }
 
   // What is on its way arrives before the end: everyone finishes together.
   ~MpiTransport() override {
-    for (Pending& pending : pending_) MPI_Wait(&pending.request, MPI_STATUS_IGNORE);
+    for (Message& message : sent_) MPI_Wait(&message.request, MPI_STATUS_IGNORE);
     MPI_Comm_free(&world_);
     if (owns_) MPI_Finalize();
   }
 
   int32_t rank() const override { return rank_; }
   int32_t size() const override { return size_; }
+  int64_t longestMessage() const override { return std::numeric_limits<int>::max() - kNameBytes; }
 
   bool send(const void* data, int64_t bytes, int32_t destination, int32_t type, int32_t tag) override {
-    const int mpiTag = tagOf(type, tag);
-    if (bytes > std::numeric_limits<int>::max() || mpiTag < 0) return false;
     forgetSent();
-    const char* const first = static_cast<const char*>(data);
-    Pending& pending = pending_.emplace_back();
-    pending.bytes.assign(first, first + bytes);
-    if (MPI_Isend(pending.bytes.data(), static_cast<int>(bytes), MPI_BYTE, destination, mpiTag, world_,
-                  &pending.request) == MPI_SUCCESS)
+    const Name name{type, tag};
+    Message& message = sent_.emplace_back();
+    message.bytes.resize(static_cast<std::size_t>(kNameBytes + bytes));
+    std::memcpy(message.bytes.data(), &name, sizeof name);
+    if (bytes > 0) std::memcpy(message.bytes.data() + kNameBytes, data, static_cast<std::size_t>(bytes));
+    if (MPI_Isend(message.bytes.data(), static_cast<int>(message.bytes.size()), MPI_BYTE, destination, kMpiTag, world_,
+                  &message.request) == MPI_SUCCESS)
       return true;
-    pending_.pop_back();
+    sent_.pop_back();
     return false;
   }
 
   int64_t receive(void* data, int64_t capacity, int32_t source, int32_t type, int32_t tag) override {
-    const int mpiTag = tagOf(type, tag);
-    MPI_Message message = MPI_MESSAGE_NULL;
-    MPI_Status status;
-    int bytes = 0;
-    if (mpiTag < 0 || MPI_Mprobe(source, mpiTag, world_, &message, &status) != MPI_SUCCESS ||
-        MPI_Get_count(&status, MPI_BYTE, &bytes) != MPI_SUCCESS)
-      return -1;
-    if (bytes <= capacity)
-      return MPI_Mrecv(data, bytes, MPI_BYTE, &message, MPI_STATUS_IGNORE) == MPI_SUCCESS ? bytes : -1;
-    std::vector<char> dropped(static_cast<std::size_t>(bytes)); // too long for the receiver, who learns its length
-    return MPI_Mrecv(dropped.data(), bytes, MPI_BYTE, &message, MPI_STATUS_IGNORE) == MPI_SUCCESS ? bytes : -1;
+    const Name name{type, tag};
+    std::list<Bytes>& queue = arrived_[static_cast<std::size_t>(source)];
+    auto wanted =
+        std::find_if(queue.begin(), queue.end(), [&](const Bytes& message) { return nameOf(message) == name; });
+    // messages that are asked for later stay in the order in which they were sent
+    while (wanted == queue.end()) {
+      if (!takeNext(source)) return -1;
+      if (nameOf(queue.back()) == name) wanted = std::prev(queue.end());
+    }
+    const int64_t bytes = static_cast<int64_t>(wanted->size()) - kNameBytes;
+    if (bytes > 0 && bytes <= capacity) std::memcpy(data, wanted->data() + kNameBytes, static_cast<std::size_t>(bytes));
+    spare_ = std::move(*wanted);
+    queue.erase(wanted);
+    return bytes;
   }
 
-  void abort(int code) override { MPI_Abort(world_, code); }
+  void abort(int32_t code) override { MPI_Abort(world_, code); }
 
 private:
-  struct Pending {
-    std::vector<char> bytes;
+  using Bytes = std::vector<char>; // the name, then the message
+  static constexpr int64_t kNameBytes = sizeof(Name);
+  static constexpr int kMpiTag = 1;
+
+  struct Message {
+    Bytes bytes;
     MPI_Request request = MPI_REQUEST_NULL;
   };
 
-  // Types and tags share the tags of MPI.
-  int tagOf(int32_t type, int32_t tag) const {
-    constexpr int kTags = 4096;
-    if (type < 0 || tag < 0 || tag >= kTags || type > largestTag_ / kTags - 1) return -1;
-    return type * kTags + tag;
+  static Name nameOf(const Bytes& message) {
+    Name name{};
+    std::memcpy(&name, message.data(), sizeof name);
+    return name;
+  }
+
+  // The next message of a rank to the end of its queue.
+  bool takeNext(int32_t source) {
+    MPI_Message message = MPI_MESSAGE_NULL;
+    MPI_Status status;
+    int bytes = 0;
+    if (MPI_Mprobe(source, kMpiTag, world_, &message, &status) != MPI_SUCCESS ||
+        MPI_Get_count(&status, MPI_BYTE, &bytes) != MPI_SUCCESS)
+      return false;
+    Bytes next = std::move(spare_);
+    next.resize(static_cast<std::size_t>(bytes));
+    if (MPI_Mrecv(next.data(), bytes, MPI_BYTE, &message, MPI_STATUS_IGNORE) != MPI_SUCCESS || bytes < kNameBytes)
+      return false;
+    arrived_[static_cast<std::size_t>(source)].push_back(std::move(next));
+    return true;
   }
 
   void forgetSent() {
-    for (auto pending = pending_.begin(); pending != pending_.end();) {
+    for (auto message = sent_.begin(); message != sent_.end();) {
       int isSent = 0;
-      MPI_Test(&pending->request, &isSent, MPI_STATUS_IGNORE);
-      pending = isSent != 0 ? pending_.erase(pending) : std::next(pending);
+      MPI_Test(&message->request, &isSent, MPI_STATUS_IGNORE);
+      message = isSent != 0 ? sent_.erase(message) : std::next(message);
     }
   }
 
   MPI_Comm world_ = MPI_COMM_NULL;
   bool owns_ = false;
-  int rank_ = 0, size_ = 1, largestTag_ = 32767;
-  std::list<Pending> pending_;
+  int rank_ = 0, size_ = 1;
+  std::list<Message> sent_;
+  std::vector<std::list<Bytes>> arrived_; // of each rank, not yet asked for
+  Bytes spare_;                           // memory of the message before, for the next one
 };
 
 } // namespace

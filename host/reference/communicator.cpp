@@ -5,6 +5,7 @@
 #include "host_services.h"
 #include "reference_host.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <dlfcn.h>
@@ -28,21 +29,45 @@ public:
   Communicator() = default;
 };
 
-// Launchers tell their processes how many they are.
+// How many processes the launcher says it has started; unknown where it gives the rank alone.
+constexpr int kUnknown = 0;
 int launchedRanks() {
-  for (const char* name : {"OMPI_COMM_WORLD_SIZE", "PMI_SIZE", "MPI_LOCALNRANKS"})
-    if (const char* const size = std::getenv(name)) return std::atoi(size);
-  return 1;
+  for (const char* name : {"OMPI_COMM_WORLD_SIZE", "PMI_SIZE", "MV2_COMM_WORLD_SIZE"})
+    if (const char* const size = std::getenv(name)) return std::max(std::atoi(size), 1);
+  return std::getenv("PMIX_RANK") != nullptr ? kUnknown : 1;
 }
 
 // The library with the transport stands beside this one, or where the loader looks.
 void* loadMpi() {
+  constexpr const char* kName = "libSharedAnalysisMpi.so";
   Dl_info own{};
   if (dladdr(reinterpret_cast<void*>(&launchedRanks), &own) != 0 && own.dli_fname != nullptr) {
-    const std::filesystem::path beside = std::filesystem::path(own.dli_fname).parent_path() / "libSharedAnalysisMpi.so";
-    if (void* const library = dlopen(beside.c_str(), RTLD_NOW | RTLD_GLOBAL)) return library;
+    const std::filesystem::path beside = std::filesystem::path(own.dli_fname).parent_path() / kName;
+    std::error_code error;
+    // one that is there and cannot be loaded tells why
+    if (std::filesystem::exists(beside, error)) return dlopen(beside.c_str(), RTLD_NOW | RTLD_GLOBAL);
   }
-  return dlopen("libSharedAnalysisMpi.so", RTLD_NOW | RTLD_GLOBAL);
+  return dlopen(kName, RTLD_NOW | RTLD_GLOBAL);
+}
+
+using Factory = Transport* (*)();
+
+Factory transportFactory() {
+  void* const library = loadMpi();
+  void* const factory = library == nullptr ? nullptr : dlsym(library, "sharedanalysis_mpi_transport");
+  if (factory != nullptr) return reinterpret_cast<Factory>(factory);
+  const char* const reason = dlerror();
+  const std::string count = launchedRanks() == kUnknown ? "ranks" : std::to_string(launchedRanks()) + " ranks";
+  throw std::runtime_error("this process was launched on " + count + ", but libSharedAnalysisMpi.so cannot be used: " +
+                           (reason == nullptr ? "it has no transport" : reason));
+}
+
+// Messages longer than the transport takes are the sender's mistake: it learns which one.
+void reportTooLong(int64_t bytes, int32_t destination) {
+  const std::string text = "A message of " + std::to_string(bytes) + " bytes to rank " + std::to_string(destination) +
+                           " is longer than the longest one, " + std::to_string(ranks().transport->longestMessage()) +
+                           " bytes";
+  LFC_XUT_ERRMSG(text.c_str(), static_cast<int64_t>(text.size()));
 }
 
 } // namespace
@@ -53,16 +78,10 @@ Transport::~Transport() = default;
 void setTransport(std::unique_ptr<Transport> transport) { ranks().transport = std::move(transport); }
 
 int connectRanks() {
-  if (ranks().transport || launchedRanks() < 2) return dmpC_CommContainer::GetCommunicator().GetSize();
-  void* const library = loadMpi();
-  const std::string why = library == nullptr ? dlerror() : "";
-  void* const factory = library == nullptr ? nullptr : dlsym(library, "sharedanalysis_mpi_transport");
-  if (factory == nullptr)
-    throw std::runtime_error(
-        "this process was launched on " + std::to_string(launchedRanks()) +
-        " ranks, but libSharedAnalysisMpi.so cannot be used: " + (why.empty() ? "it has no transport" : why));
-  setTransport(std::unique_ptr<Transport>(reinterpret_cast<Transport* (*)()>(factory)()));
-  ranks().ended = false;
+  if (!ranks().transport && launchedRanks() != 1) {
+    setTransport(std::unique_ptr<Transport>(transportFactory()()));
+    ranks().ended = false;
+  }
   return dmpC_CommContainer::GetCommunicator().GetSize();
 }
 
@@ -86,6 +105,7 @@ int32_t dmpC_Communicator::GetSize() const { return ranks().transport ? ranks().
 
 bool dmpC_Communicator::Send(const void* data, int64_t bytes, int32_t destination, int32_t type, int32_t tag) {
   if (!ranks().transport || ranks().ended || bytes < 0 || destination < 0 || destination >= GetSize()) return false;
+  if (bytes > ranks().transport->longestMessage()) return reportTooLong(bytes, destination), false;
   return ranks().transport->send(data, bytes, destination, type, tag);
 }
 

@@ -8,7 +8,10 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <string>
+#include <unistd.h>
 
 namespace {
 
@@ -85,6 +88,27 @@ TEST(Ranks, OrderLargeMessagesAndAMillionDiagnostics) {
     const std::string command = std::string("timeout 100 mpirun --oversubscribe -n ") + ranks + " " SA_RANKS_PROGRAM;
     EXPECT_EQ(std::system(command.c_str()), 0) << command;
   }
+}
+
+// A host library that stands alone, as on a machine that has no MPI.
+TEST(Ranks, WithoutTheMpiLibraryALaunchSaysWhatIsMissing) {
+  const auto directory = std::filesystem::temp_directory_path() / ("sharedanalysis-alone-" + std::to_string(getpid()));
+  std::filesystem::create_directory(directory);
+  std::filesystem::copy(SA_HOST_LIBRARY, directory);
+  const std::string start = "LD_LIBRARY_PATH=" + directory.string() + " ";
+  const std::string program = SA_RANKS_PROGRAM " 2>" + (directory / "err").string();
+  const auto answer = [&](const std::string& environment) {
+    EXPECT_EQ(std::system((environment + start + program).c_str()) >> 8, 2) << environment;
+    std::ifstream file(directory / "err");
+    return std::string{std::istreambuf_iterator<char>(file), {}};
+  };
+  EXPECT_EQ(answer("OMPI_COMM_WORLD_SIZE=3 ")
+                .find("this process was launched on 3 ranks, but libSharedAnalysisMpi.so "
+                      "cannot be used: libSharedAnalysisMpi.so: cannot open shared object"),
+            0U);
+  EXPECT_EQ(answer("PMIX_RANK=0 ").find("this process was launched on ranks, but "), 0U);
+  EXPECT_EQ(answer("OMPI_COMM_WORLD_SIZE=1 "), "not on ranks\n");
+  std::filesystem::remove_all(directory);
 }
 #endif
 

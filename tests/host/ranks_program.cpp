@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <sqlite3.h>
 #include <string>
 #include <vector>
@@ -49,6 +50,15 @@ void exchange() {
     char small[2] = {'o', 'k'};
     expect(communicator.Receive(small, 2, other, 3, 1) == 4 && small[0] == 'o', "a long message was stored");
   }
+  // any numbers are types and tags
+  constexpr int32_t names[][2] = {{INT32_MAX, INT32_MIN}, {-1, 0}, {0, 4096}, {1, 0}};
+  for (const auto& [type, tag] : names)
+    expect(communicator.Send(&type, sizeof type, (rank + 1) % size, type, tag), "a type or tag is not taken");
+  for (int k = 3; k >= 0; --k) {
+    int32_t type = 0;
+    communicator.Receive(&type, sizeof type, (rank + size - 1) % size, names[k][0], names[k][1]);
+    expect(type == names[k][0], "types and tags are confused");
+  }
   expect(!communicator.Send(&rank, 4, size, 3, 0) && !communicator.Send(&rank, 4, -1, 3, 0), "sent to nobody");
 }
 
@@ -70,7 +80,7 @@ void diagnose() {
   const int32_t size = dmpC_CommContainer::GetCommunicator().GetSize();
   const auto directory = std::filesystem::temp_directory_path() / "sharedanalysis-ranks-test";
   std::filesystem::create_directories(directory);
-  host::openJob("ranks" + std::to_string(rank), directory);
+  const host::JobFiles files = host::openJob("ranks" + std::to_string(rank), directory);
   int32_t components = 0;
   Shared_Analysis_XP_initialize(&components);
   acd_handler_setactive_xpl_c();
@@ -83,7 +93,14 @@ void diagnose() {
   const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - start;
   if (rank == 0) expect(acd_get_numerrors_xpl_c() == own * size, "diagnostics were lost");
   Shared_Analysis_XP_finalize(&components);
+  // longer than MPI can count: refused before a byte is read
+  expect(!dmpC_CommContainer::GetCommunicator().Send(&rank, int64_t{3} << 30, (rank + 1) % size, 3, 1),
+         "3 GiB were sent");
   host::closeJob();
+  std::ifstream messages(files.message);
+  const std::string text{std::istreambuf_iterator<char>(messages), {}};
+  expect(text.find("A message of 3221225472 bytes to rank") != std::string::npos,
+         "a message that is too long is not told");
   if (rank != 0) return;
   const std::string database = (directory / "ranks0.diagnostics.sqlite").string();
   expect(stored(database, "SELECT count(*) FROM diagnostics") == all, "the database has not all of them");
@@ -104,8 +121,10 @@ void diagnose() {
 } // namespace
 
 int main() {
-  if (host::connectRanks() < 2) {
-    std::fprintf(stderr, "not on ranks\n");
+  try {
+    if (host::connectRanks() < 2) throw std::runtime_error("not on ranks");
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
     return 2;
   }
   exchange();
