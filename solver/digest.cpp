@@ -223,14 +223,12 @@ Digest readDigest(const std::filesystem::path& file) {
   return digest;
 }
 
-DigestFile::DigestFile(const std::filesystem::path& name, const std::string& job, const Mesh& mesh)
-    : file_(name), stream_(std::fopen(file_.path().c_str(), "we")) {
-  if (!stream_) throw WriteError(file_.path(), std::strerror(errno));
-  put(heading);
-  put("job " + job);
-  put("mesh " + hexadecimal(meshHash(mesh)));
-  put(chunkLine(Entity::Node, mesh.nodeNumbers));
-  put(chunkLine(Entity::Element, mesh.elementNumbers));
+DigestFile::DigestFile(const std::filesystem::path& name, const std::string& job, const Mesh& mesh) : file_(name) {
+  file_.put(heading);
+  file_.put("job " + job);
+  file_.put("mesh " + hexadecimal(meshHash(mesh)));
+  file_.put(chunkLine(Entity::Node, mesh.nodeNumbers));
+  file_.put(chunkLine(Entity::Element, mesh.elementNumbers));
 }
 
 void DigestFile::write(const Progress& progress, const Fields& fields, const Energies& energies) {
@@ -249,20 +247,12 @@ void DigestFile::write(const Progress& progress, const Fields& fields, const Ene
     text += ' ' + hexadecimal(array.hash);
     for (const uint64_t chunk : array.chunks) text += ' ' + hexadecimal(chunk);
   }
-  put(text);
-}
-
-void DigestFile::put(const std::string& line) {
-  errno = 0;
-  const std::string text = line + '\n';
-  if (std::fwrite(text.data(), 1, text.size(), stream_.get()) != text.size() || std::fflush(stream_.get()) != 0)
-    throw WriteError(file_.path(), std::strerror(errno));
+  file_.put(text);
 }
 
 void DigestFile::close() {
-  put("end " + std::to_string(outputs_));
-  if (std::fclose(stream_.release()) != 0) throw WriteError(file_.path(), std::strerror(errno));
-  file_.synchronise();
+  file_.put("end " + std::to_string(outputs_));
+  file_.close();
 }
 
 } // namespace sharedanalysis::solver

@@ -17,10 +17,9 @@ void append(std::string& line, double value) {
 
 } // namespace
 
-HistoryFile::HistoryFile(const std::filesystem::path& name)
-    : file_(name), stream_(std::fopen(file_.path().c_str(), "we")) {
-  if (!stream_) throw WriteError(file_.path(), std::strerror(errno));
-  put("time,increment,stable_increment,kinetic_energy,strain_energy,hourglass_energy,viscous_energy,external_work,"
+HistoryFile::HistoryFile(const std::filesystem::path& name) : file_(name) {
+  file_.put(
+      "time,increment,stable_increment,kinetic_energy,strain_energy,hourglass_energy,viscous_energy,external_work,"
       "total_energy,balance_error,momentum_x,momentum_y,momentum_z,angular_momentum_x,angular_momentum_y,"
       "angular_momentum_z");
 }
@@ -36,19 +35,9 @@ void HistoryFile::write(const Analysis& analysis, double balanceError) {
     append(line, value);
   for (const double value : analysis.linearMomentum()) append(line, value);
   for (const double value : analysis.angularMomentum()) append(line, value);
-  put(line);
+  file_.put(line);
 }
 
-void HistoryFile::put(const std::string& line) {
-  errno = 0;
-  const std::string text = line + '\n';
-  if (std::fwrite(text.data(), 1, text.size(), stream_.get()) != text.size() || std::fflush(stream_.get()) != 0)
-    throw WriteError(file_.path(), std::strerror(errno));
-}
-
-void HistoryFile::close() {
-  if (std::fclose(stream_.release()) != 0) throw WriteError(file_.path(), std::strerror(errno));
-  file_.synchronise();
-}
+void HistoryFile::close() { file_.close(); }
 
 } // namespace sharedanalysis::solver

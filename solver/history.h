@@ -21,13 +21,7 @@ public:
   const PartialFile& file() const { return file_; }
 
 private:
-  void put(const std::string& line);
-
-  struct Close {
-    void operator()(std::FILE* stream) const { std::fclose(stream); }
-  };
-  PartialFile file_;
-  std::unique_ptr<std::FILE, Close> stream_;
+  PartialTextFile file_;
 };
 
 } // namespace sharedanalysis::solver

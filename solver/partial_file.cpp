@@ -39,4 +39,21 @@ void PartialFile::complete() const {
   if (error) throw WriteError(name_, error.message());
 }
 
+PartialTextFile::PartialTextFile(const std::filesystem::path& name)
+    : PartialFile(name), stream_(std::fopen(path().c_str(), "we")) {
+  if (!stream_) throw WriteError(path(), std::strerror(errno));
+}
+
+void PartialTextFile::put(const std::string& line) {
+  errno = 0;
+  const std::string text = line + '\n';
+  if (std::fwrite(text.data(), 1, text.size(), stream_.get()) != text.size() || std::fflush(stream_.get()) != 0)
+    throw WriteError(path(), std::strerror(errno));
+}
+
+void PartialTextFile::close() {
+  if (std::fclose(stream_.release()) != 0) throw WriteError(path(), std::strerror(errno));
+  synchronise();
+}
+
 } // namespace sharedanalysis::solver

@@ -1,8 +1,11 @@
 // Files that carry their name only when they are whole.
 #pragma once
 
+#include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <stdexcept>
+#include <string>
 
 namespace sharedanalysis::solver {
 
@@ -30,6 +33,22 @@ public:
 
 private:
   std::filesystem::path name_, partial_;
+};
+
+// One that is written line by line, each of them at once.
+class PartialTextFile : public PartialFile {
+public:
+  explicit PartialTextFile(const std::filesystem::path& name);
+
+  void put(const std::string& line);
+  // No line can be written afterwards; the file is on the device.
+  void close();
+
+private:
+  struct Close {
+    void operator()(std::FILE* stream) const { std::fclose(stream); }
+  };
+  std::unique_ptr<std::FILE, Close> stream_;
 };
 
 } // namespace sharedanalysis::solver

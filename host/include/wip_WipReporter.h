@@ -38,7 +38,7 @@ public:
   wip_WipReporter(const wip_WipReporter&) = delete;
   wip_WipReporter& operator=(const wip_WipReporter&) = delete;
 
-  // Mode 0 collects and then raises, 1 goes on, 2 goes on quietly, any other raises at once.
+  // The mode says whether the operation goes on: a mode other than 0, 1 and 2 has the text raised as an exception.
   virtual void Error(const std::string& text, int mode) = 0;
   virtual void Warning(const std::string& text) = 0;
   virtual void Errors(const std::vector<std::string>& texts, int mode) = 0;
