@@ -89,6 +89,42 @@ SA_INLINE void pointGradient(int n, int64_t ld, const double* a, const double* b
   gradientColumns<kAdd>(n, ld, a, b, c, C.zXi, C.zEta, C.zZeta, B + 16 * ld);
 }
 
+// The mean of the operator and of the determinant over all integration points of tables that carry no factor 1/8, times 8,
+// the volume of the reference cube: B = integral of dN/dx, volume = integral of 1.  An element with a determinant that is not
+// positive at any point is masked; B and volume of masked elements mean nothing.  atPoint(p, a, b, c, C, det) sees what every
+// point leaves, with the derivatives themselves in a, b, c.
+template <class AtPoint>
+SA_INLINE void integrateGradient(int n, int64_t ld, int nipt, const double* dNdxi, const double* dNdeta,
+                                 const double* dNdzeta, const double* X, double* mask, int64_t ldB, double* B,
+                                 Column& volume, AtPoint atPoint) {
+  for (int column = 0; column < 24; ++column) {
+    double* out = B + column * ldB;
+    forPoints(n, [=](int e) SA_POINT { out[e] = 0.0; });
+  }
+  forPoints(n, [&volume](int e) SA_POINT { volume[e] = 0.0; });
+  for (int p = 0; p < nipt; ++p) {
+    double a[8], b[8], c[8];
+    for (int node = 0; node < 8; ++node) {
+      a[node] = 0.125 * dNdxi[8 * p + node];
+      b[node] = 0.125 * dNdeta[8 * p + node];
+      c[node] = 0.125 * dNdzeta[8 * p + node];
+    }
+    Cofactors C;
+    Column det;
+    pointJacobian(n, ld, a, b, c, X, mask, C, det);
+    pointGradient<true>(n, ldB, a, b, c, C, B);
+    forPoints(n, [&volume, &det](int e) SA_POINT { volume[e] += det[e]; });
+    atPoint(p, a, b, c, C, det);
+  }
+  const double weight = 8.0 / nipt;
+  if (weight == 1.0) return;
+  for (int column = 0; column < 24; ++column) {
+    double* out = B + column * ldB;
+    forPoints(n, [=](int e) SA_POINT { out[e] *= weight; });
+  }
+  forPoints(n, [=, &volume](int e) SA_POINT { volume[e] *= weight; });
+}
+
 // ---- one-point brick
 
 // The coordinates of a brick written in the eight sign patterns of its nodes; the constant one is not needed.
