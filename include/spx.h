@@ -10,6 +10,7 @@
  *    Lifecycle                          spx_...                                                2
  *    Brick operators                    SPX_OPE_C3D..., SPX_ASM_C3D8RTDIVER                    8
  *    Gradients                          SPX_OPE_C3DSYMGRAD                                     1
+ *    Strain output                      SPX_OPE_...STRAIN..., INVINISTRETCH3DH8                6
  *    Element checks                     SPX_OPE_ERRORCHECK, ...DISTORTED..., ...EXCESSROT     11
  *    Material variables                 SPX_MATVAR...                                          4
  *    Hyperelasticity, polynomial        SPX_MAT_HYPERPOLY...                                   4
@@ -120,7 +121,7 @@ void SPX_OPE_C3D8IOPER(const int32_t* nblock, const int32_t* ipt, const int32_t*
 /** Area and area vector of one face, which is bilinear and may be warped.  The faces 1..6 are zeta = -1, zeta = 1, eta = -1,
  *  xi = 1, eta = 1, xi = -1.  The area vector, the integral of the outward unit normal, is exact: half the cross product of
  *  the diagonals.  The area is summed over 3 x 3 Gauss points: exact for any plane convex face; on a unit square with one
- *  corner lifted by w the error is 2e-10 of the area at w = 0.1, 3e-6 at w = 0.5, 2e-4 at w = 1.  A masked element has zeros.
+ *  corner lifted by w the error is 5e-11 of the area at w = 0.1, 2e-7 at w = 0.5, 7e-6 at w = 1. A masked element has zeros.
  *  A face number outside 1..6 does nothing.
  *  @param[in]  nblock  (1), block: elements
  *  @param[in]  ld      (1), stride: leading dimension of all arrays
@@ -183,6 +184,108 @@ void SPX_ASM_C3D8RTDIVER(const int32_t* nblock, const double* X, const double* T
  *  @param[out] skew    (nblock, 3), any: skew part 12, 23, 13
  */
 void SPX_OPE_C3DSYMGRAD(const int32_t* nblock, const double* G, double* sym, double* skew);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Strain output
+ *
+ * A deformation gradient F is an element array of nine columns, component (i, j) in column i + 3 (j - 1); C = F'F.  Strains have
+ * tensor shear and are functions of the principal values l of C, the squares of the stretches:
+ *   selector 1      Green          (l - 1)/2
+ *   selector 2      nominal        sqrt(l) - 1
+ *   selector 3      logarithmic    ln(l)/2
+ *   selector 4      Almansi        (1 - 1/l)/2
+ * (another one counts as 2).  Green strain has the components of the reference axes.  The others are turned by a rotation vector
+ * (axis times angle in radians), three columns of the element's history: with the rotation of the polar decomposition F = R U
+ * they are V - 1, ln V and the Almansi tensor in the current axes, with zeros U - 1 and ln U in the reference axes.  The error
+ * of a strain is that of C, about 4e-16; small strains lose no more.  A C that is singular has the logarithm of the
+ * smallest normal double.
+ * Source of the measures: B. R. Seth (1964), R. Hill, J. Mech. Phys. Solids 16 (1968) 229, with exponents 2, 1, 0, -2.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** Gradient from the initial state, F := F U0^-1, for elements whose reference is already stretched by U0.  A stretch whose
+ *  determinant is not above the smallest normal double, such as zeros where none was stored, leaves F as it is.
+ *  @param[in]     nblock    (1), block: elements
+ *  @param[in]     stretch0  (nblock, 6), stretch: initial stretch U0, S33
+ *  @param[in,out] F         (nblock, 9), -: deformation gradient
+ */
+void SPX_OPE_INVINISTRETCH3DH8(const int32_t* nblock, const double* stretch0, double* F);
+
+/** Green strain, (C - 1)/2: the measure of selector 1.
+ *  @param[in]  nblock  (1), block: elements
+ *  @param[in]  C       (nblock, 6), stretch: products of the columns of F, S33
+ *  @param[out] strain  (nblock, 6), -: strain, S33
+ */
+void SPX_OPE_GREENSTRAIN3DH8(const int32_t* nblock, const double* C, double* strain);
+
+/** The measures of the other selectors, turned by the rotation vector (up to 2e5 rad).
+ *  @like SPX_OPE_GREENSTRAIN3DH8
+ *  @param[in]  selector  (1), code 2|3|4: measure
+ *  @param[in]  rotation  (nblock, 3), -: rotation vector, three columns of the element's history
+ */
+void SPX_OPE_STRETCHSTRAIN3DH8(const int32_t* nblock, const int32_t* selector, const double* C, const double* rotation,
+                               double* strain);
+
+/** Strain from deformation gradients, at one integration point of a call:
+ *    1. for a selector above 1, a gradient whose first column has a component beyond 1.34e149 is scaled down to that;
+ *    2. G = F U0^-1 as SPX_OPE_INVINISTRETCH3DH8, if there are initial stretches; C = G'G;
+ *    3. the strain of the selector, its principal values, and J = det G.
+ *  A masked element has zeros throughout.
+ *  @param[in]  nblock      (1), block: elements
+ *  @param[in]  ld          (1), stride: leading dimension of all arrays
+ *  @param[in]  selector    (1), code 1|2|3|4: measure
+ *  @param[in]  hasStretch  (1), code 0|1: nonzero reads stretch0
+ *  @param[in]  ipt         (1), 1..nipt: integration point
+ *  @param[in]  nipt        (1), count: integration points of F
+ *  @param[in]  nhist       (1), count>=3: columns of the history
+ *  @param[in]  irot        (1), 1..nhist-2: first of the three columns of the rotation vector in hist
+ *  @param[in]  F           (ld, 9, nipt), -: deformation gradients
+ *  @param[in]  stretch0    (ld, 6), stretch: initial stretch, S33
+ *  @param[in]  hist        (ld, nhist), -: history record of the elements; not read for selector 1
+ *  @param[out] G           (ld, 9), -: corrected gradient
+ *  @param[out] C           (ld, 6), -: products of its columns, S33
+ *  @param[out] J           (ld), -: its determinant
+ *  @param[out] strain      (ld, 6), -: strain, S33
+ *  @param[out] principal   (ld, 3), -: principal strains in decreasing order
+ *  @param[in]  mask        (ld), mask: elements that take no part
+ */
+void SPX_OPE_C3DH8STRAINOUTPUT(const int32_t* nblock, const int32_t* ld, const int32_t* selector,
+                               const int32_t* hasStretch, const int32_t* ipt, const int32_t* nipt, const int32_t* nhist,
+                               const int32_t* irot, const double* F, const double* stretch0, const double* hist,
+                               double* G, double* C, double* J, double* strain, double* principal, const double* mask);
+
+/** Small-strain output: H = F U0^-1 - 1, strain (H + H')/2, spin (H - H')/2 and what follows from them.
+ *  @like SPX_OPE_C3DH8STRAINOUTPUT
+ *  @param[out] H           (ld, 9), -: displacement gradient
+ *  @param[out] volumetric  (ld), -: trace of the strain
+ *  @param[out] spin        (ld, 3), -: skew part 12, 23, 13
+ *  @param[out] deviator    (ld, 6), -: strain less a third of its trace in the direct components, S33
+ *  @param[out] equivalent  (ld), -: sqrt(2/3 e:e) of the deviator e
+ */
+void SPX_OPE_C3DH8LINSTRAINOUTPUT(const int32_t* nblock, const int32_t* ld, const int32_t* hasStretch,
+                                  const int32_t* ipt, const int32_t* nipt, const double* F, const double* stretch0,
+                                  double* H, double* volumetric, double* strain, double* spin, double* deviator,
+                                  double* equivalent, double* principal, const double* mask);
+
+/** Strain of the one-point brick: the deformation gradient as the mean over the reference volume,
+ *    F = 1 + sum over the nodes of (x - X) B,
+ *  with B the average operator of SPX_OPE_C3D8IOPER on the reference coordinates and eight integration points, then corrected
+ *  and measured as in SPX_OPE_C3DH8STRAINOUTPUT.  An element whose reference has a determinant that is not positive is masked;
+ *  a masked one has zeros.
+ *  @like SPX_OPE_C3DH8STRAINOUTPUT
+ *  @param[in]     dNdxi     (8, 8), -: 8 dN/dxi at the eight points, node fastest
+ *  @param[in]     dNdeta    (8, 8), -: 8 dN/deta
+ *  @param[in]     dNdzeta   (8, 8), -: 8 dN/dzeta
+ *  @param[in]     X         (ld, 8, 3), m: reference coordinates
+ *  @param[in]     x         (ld, 8, 3), m: current coordinates
+ *  @param[in]     stretch0  (ld, 6), stretch: initial stretch, S33; zeros for none
+ *  @param[in]     rotation  (ld, 3), -: rotation vector of the elements; not read for selector 1
+ *  @param[out]    F         (ld, 9), -: mean deformation gradient, corrected
+ *  @param[in,out] mask      (ld), mask: set to 1.0 where the reference is degenerate
+ */
+void SPX_OPE_C3D8RCSTRAINOUTPUT(const int32_t* nblock, const int32_t* ld, const int32_t* selector, const double* dNdxi,
+                                const double* dNdeta, const double* dNdzeta, const double* X, const double* x,
+                                const double* stretch0, const double* rotation, double* F, double* strain,
+                                double* mask);
 
 /* ---------------------------------------------------------------------------------------------------------------------
  * Element checks

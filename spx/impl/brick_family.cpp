@@ -25,14 +25,8 @@ SA_INLINE FaceEdges faceEdges(double u1, double u2, double u3, double u4) {
 
 // ---- gradients and divergences
 
-// Sum of B u over the nodes of one direction.  The rows of B add to nothing over the nodes, so the values may be counted from
-// that of node 1: a constant field then gives exactly 0.
 SA_INLINE double nodalSum(const double* B, const double* u, int64_t ld, int e) {
-  const double u1 = u[e];
-  const double d2 = u[e + ld] - u1, d3 = u[e + 2 * ld] - u1, d4 = u[e + 3 * ld] - u1, d5 = u[e + 4 * ld] - u1;
-  const double d6 = u[e + 5 * ld] - u1, d7 = u[e + 6 * ld] - u1, d8 = u[e + 7 * ld] - u1;
-  return ((B[e + ld] * d2 + B[e + 2 * ld] * d3) + (B[e + 3 * ld] * d4 + B[e + 4 * ld] * d5)) +
-         ((B[e + 5 * ld] * d6 + B[e + 6 * ld] * d7) + B[e + 7 * ld] * d8);
+  return brick::nodalSum(B + e, ld, [=](int node) SA_POINT { return u[e + node * ld]; });
 }
 
 // Sum over the patterns of volume derivatives and of a field: the sum over the nodes of both.

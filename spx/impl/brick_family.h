@@ -125,6 +125,16 @@ SA_INLINE void integrateGradient(int n, int64_t ld, int nipt, const double* dNdx
   forPoints(n, [=, &volume](int e) SA_POINT { volume[e] *= weight; });
 }
 
+// Sum over the nodes of a row of B, ld apart, and a nodal value.  The rows of B add to nothing over the nodes, so the values may be
+// counted from that of node 1: a constant field then gives exactly 0.
+template <class Value>
+SA_INLINE double nodalSum(const double* B, int64_t ld, Value value) {
+  const double v1 = value(0), d2 = value(1) - v1, d3 = value(2) - v1, d4 = value(3) - v1;
+  const double d5 = value(4) - v1, d6 = value(5) - v1, d7 = value(6) - v1, d8 = value(7) - v1;
+  return ((B[ld] * d2 + B[2 * ld] * d3) + (B[3 * ld] * d4 + B[4 * ld] * d5)) +
+         ((B[5 * ld] * d6 + B[6 * ld] * d7) + B[7 * ld] * d8);
+}
+
 // ---- one-point brick
 
 // The coordinates of a brick written in the eight sign patterns of its nodes; the constant one is not needed.
