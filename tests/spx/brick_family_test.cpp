@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <limits>
 #include <numeric>
@@ -270,6 +271,248 @@ TEST(HeatFlows, FluxAndHourglassConductanceAsWrittenOut) {
     SPX_ASM_C3D8RTDIVER(&one, cube.data(), kPatterns[mode], noFlux.data(), unit.data(), flow.data(), on.data());
     const double energy = -std::inner_product(flow.begin(), flow.end(), kPatterns[mode], 0.0);
     EXPECT_NEAR(energy, (mode < 3 ? 0.45 : 0.9) * (mode < 3 ? 8 : 4) / 3, 1e-14);
+  }
+}
+
+// ---- strain
+
+double measure(int selector, double stretch) {
+  switch (selector) {
+  case 1:
+    return 0.5 * (stretch * stretch - 1);
+  case 3:
+    return std::log(stretch);
+  case 4:
+    return 0.5 * (1 - 1 / (stretch * stretch));
+  default:
+    return stretch - 1;
+  }
+}
+
+// Rotation about an axis of length 1, by the formula of Rodrigues.
+void rotationAbout(const double (&axis)[3], double angle, Matrix& R) {
+  const double c = std::cos(angle), s = std::sin(angle);
+  for (int i = 0; i < 3; ++i)
+    for (int j = 0; j < 3; ++j) {
+      const double cross = i == j ? 0 : ((j - i + 3) % 3 == 1 ? -axis[3 - i - j] : axis[3 - i - j]);
+      R[i][j] = (i == j ? c : 0) + s * cross + (1 - c) * axis[i] * axis[j];
+    }
+}
+
+void multiply(const Matrix& A, const Matrix& B, Matrix& AB) {
+  for (int i = 0; i < 3; ++i)
+    for (int j = 0; j < 3; ++j) AB[i][j] = A[i][0] * B[0][j] + A[i][1] * B[1][j] + A[i][2] * B[2][j];
+}
+
+// Deformations F = R U with U = Q diag(stretches) Q', turned by an angle about an axis.
+struct Deformations {
+  int32_t n;
+  Values F, U, stretches, vector, Vmeasure[5], Umeasure[5]; // R S R' and S for the measure S of U
+
+  explicit Deformations(uint64_t seed, int count, double amount = 0.6)
+      : n(count), F(9 * n), U(6 * n), stretches(3 * n), vector(3 * n) {
+    Random random(seed);
+    for (auto* v : {Vmeasure, Umeasure})
+      for (int k = 1; k < 5; ++k) v[k].resize(6 * n);
+    for (int e = 0; e < n; ++e) {
+      Matrix Q, R, RQ;
+      randomRotation(random, Q);
+      double axis[3] = {random.uniform(-1, 1), random.uniform(-1, 1), random.uniform(0.1, 1)}, l[3], g[3];
+      const double length = std::hypot(axis[0], axis[1], axis[2]);
+      for (double& a : axis) a /= length;
+      const double angle = e % 3 == 0 ? 1e-3 * e : random.uniform(-7, 7);
+      rotationAbout(axis, angle, R);
+      multiply(R, Q, RQ);
+      for (int k = 0; k < 3; ++k) {
+        stretches[k * n + e] = l[k] = 1 + random.uniform(-amount, amount);
+        vector[k * n + e] = angle * axis[k];
+      }
+      setPrincipal(U.data(), n, e, l, Q);
+      for (int selector = 1; selector < 5; ++selector) {
+        for (int k = 0; k < 3; ++k) g[k] = measure(selector, l[k]);
+        setPrincipal(Umeasure[selector].data(), n, e, g, Q);
+        setPrincipal(Vmeasure[selector].data(), n, e, g, RQ);
+      }
+      for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 3; ++j)
+          for (int k = 0; k < 3; ++k) F[(i + 3 * j) * n + e] += R[i][k] * U[kS33[k][j] * n + e];
+    }
+  }
+};
+
+struct StrainOutput {
+  Values G, C, J, strain, principal;
+  StrainOutput(int32_t n, int32_t selector, const Values& F, const Values* stretch0, const Values& rotation,
+               const Values& mask)
+      : G(9 * n), C(6 * n), J(n), strain(6 * n), principal(3 * n) {
+    const int32_t has = stretch0 != nullptr, ipt = 2, nipt = 2, nhist = 5, irot = 3;
+    Values hist(2 * n, kNan), gradients(9 * n, kNan);
+    hist.insert(hist.end(), rotation.begin(), rotation.end());
+    gradients.insert(gradients.end(), F.begin(), F.end());
+    SPX_OPE_C3DH8STRAINOUTPUT(&n, &n, &selector, &has, &ipt, &nipt, &nhist, &irot, gradients.data(),
+                              has != 0 ? stretch0->data() : nullptr, hist.data(), G.data(), C.data(), J.data(),
+                              strain.data(), principal.data(), mask.data());
+  }
+};
+
+TEST(StrainOutput, EveryMeasureInReferenceAndCurrentAxes) {
+  const Deformations d(31, 200);
+  const Values mask(d.n), none(3 * d.n);
+  for (int selector = 1; selector <= 4; ++selector) {
+    const StrainOutput turned(d.n, selector, d.F, nullptr, d.vector, mask);
+    const StrainOutput unturned(d.n, selector, d.F, nullptr, none, mask);
+    const Values& expected = selector == 1 ? d.Umeasure[1] : d.Vmeasure[selector];
+    for (int k = 0; k < 6 * d.n; ++k) {
+      EXPECT_NEAR(turned.strain[k], expected[k], 2e-14) << selector;
+      EXPECT_NEAR(unturned.strain[k], d.Umeasure[selector][k], 2e-14) << selector;
+    }
+    for (int e = 0; e < d.n; ++e) {
+      double l[3] = {d.stretches[e], d.stretches[e + d.n], d.stretches[e + 2 * d.n]};
+      std::sort(l, l + 3, std::greater<>());
+      for (int k = 0; k < 3; ++k) EXPECT_NEAR(turned.principal[e + k * d.n], measure(selector, l[k]), 2e-14);
+      EXPECT_NEAR(turned.J[e], l[0] * l[1] * l[2], 1e-14);
+    }
+  }
+}
+
+TEST(StrainOutput, SmallStrainsKeepTheDigitsOfC) {
+  const int32_t n = 1;
+  for (double strain : {1e-3, 1e-6, 1e-9}) {
+    // C - 1 is what the rounded C holds
+    const Values C = {1 + 2 * strain, 1 - strain, 1, 0.5 * strain, 0, 0}, zero(3);
+    const double a = (C[0] - 1 + (C[1] - 1)) / 2, b = (C[0] - C[1]) / 2, r = std::hypot(b, C[3]);
+    for (int32_t selector : {2, 3, 4}) {
+      Values E(6);
+      SPX_OPE_STRETCHSTRAIN3DH8(&n, &selector, C.data(), zero.data(), E.data());
+      const auto value = [&](double x) {
+        const double logarithm = 0.5 * std::log1p(x);
+        return selector == 2 ? std::expm1(logarithm) : selector == 3 ? logarithm : -0.5 * std::expm1(-2 * logarithm);
+      };
+      const double high = value(a + r), low = value(a - r), mean = (high + low) / 2, half = (high - low) / 2;
+      EXPECT_NEAR(E[0], mean + half * b / r, 1e-14 * strain) << selector;
+      EXPECT_NEAR(E[1], mean - half * b / r, 1e-14 * strain);
+      EXPECT_NEAR(E[3], half * C[3] / r, 1e-14 * strain);
+    }
+  }
+}
+
+TEST(StrainOutput, InitialStretchIsTakenOff) {
+  const Deformations d(32, 100, 0.3), initial(33, 100, 0.3);
+  const Values mask(d.n);
+  Values total(9 * d.n), recovered;
+  for (int e = 0; e < d.n; ++e)
+    for (int i = 0; i < 3; ++i)
+      for (int j = 0; j < 3; ++j)
+        for (int k = 0; k < 3; ++k)
+          total[(i + 3 * j) * d.n + e] += d.F[(i + 3 * k) * d.n + e] * initial.U[kS33[k][j] * d.n + e];
+  recovered = total;
+  SPX_OPE_INVINISTRETCH3DH8(&d.n, initial.U.data(), recovered.data());
+  const StrainOutput output(d.n, 3, total, &initial.U, d.vector, mask);
+  for (int k = 0; k < 9 * d.n; ++k) EXPECT_NEAR(recovered[k], d.F[k], 1e-14);
+  EXPECT_EQ(output.G, recovered);
+  for (int k = 0; k < 6 * d.n; ++k) EXPECT_NEAR(output.strain[k], d.Vmeasure[3][k], 4e-14);
+  recovered = total;
+  const Values none(6 * d.n);
+  SPX_OPE_INVINISTRETCH3DH8(&d.n, none.data(), recovered.data());
+  EXPECT_EQ(recovered, total);
+}
+
+TEST(StrainOutput, LimitsMasksAndSingularGradients) {
+  const int32_t n = 4;
+  Values F(9 * n), rotation(3 * n), mask(n);
+  const auto set = [&](int e, double f11, double f22, double f33) {
+    F[e] = f11, F[e + 4 * n] = f22, F[e + 8 * n] = f33;
+  };
+  set(0, 1e200, 3e200, 1); // scaled by 1.34e149 / 1e200
+  set(1, 0, 2, 1);
+  set(2, 2, 2, 2);
+  set(3, kNan, 1, 1);
+  mask[3] = 1;
+  const StrainOutput nominal(n, 2, F, nullptr, rotation, mask), logarithmic(n, 3, F, nullptr, rotation, mask);
+  EXPECT_NEAR(nominal.strain[0] / 1.3407807929942596e149, 1, 1e-15);
+  EXPECT_NEAR(nominal.strain[n] / 1.3407807929942596e149, 3, 4e-15);
+  EXPECT_NEAR(nominal.G[8 * n], 1.3407807929942596e-51, 1e-65);
+  EXPECT_EQ(nominal.strain[1], -1);
+  EXPECT_NEAR(logarithmic.strain[1], 0.5 * std::log(std::numeric_limits<double>::min()), 1e-12);
+  EXPECT_NEAR(logarithmic.strain[2], std::log(2.0), 1e-15);
+  for (const auto* column : {&nominal.G, &nominal.C, &nominal.J, &nominal.strain, &nominal.principal})
+    for (std::size_t k = 3; k < column->size(); k += n) EXPECT_EQ((*column)[k], 0);
+}
+
+TEST(StrainOutput, SmallStrainSplitsTheDisplacementGradient) {
+  const Deformations d(34, 50, 0.3), initial(35, 50, 0.2);
+  const int n = d.n;
+  Values mask(n), H(9 * n), volumetric(n), strain(6 * n), spin(3 * n), deviator(6 * n), equivalent(n), principal(3 * n),
+      corrected = d.F, values(3 * n);
+  mask[17] = 1;
+  SPX_OPE_INVINISTRETCH3DH8(&n, initial.U.data(), corrected.data());
+  const int32_t has = 1, ipt = 1;
+  SPX_OPE_C3DH8LINSTRAINOUTPUT(&n, &n, &has, &ipt, &ipt, d.F.data(), initial.U.data(), H.data(), volumetric.data(),
+                               strain.data(), spin.data(), deviator.data(), equivalent.data(), principal.data(),
+                               mask.data());
+  GLO_UTI_EIG33S(&n, strain.data(), values.data());
+  const int skewIndex[3][3] = {{-1, 0, 2}, {0, -1, 1}, {2, 1, -1}};
+  for (int e = 0; e < n; ++e) {
+    double trace = 0, square = 0;
+    for (int i = 0; i < 3; ++i) trace += e == 17 ? 0 : corrected[4 * i * n + e] - 1;
+    EXPECT_NEAR(volumetric[e], trace, 1e-15);
+    for (int i = 0; i < 3; ++i) {
+      EXPECT_NEAR(principal[i * n + e], values[i * n + e], 2e-15);
+      for (int j = 0; j < 3; ++j) {
+        const double h = e == 17 ? 0 : corrected[(i + 3 * j) * n + e] - (i == j), s = strain[kS33[i][j] * n + e];
+        const double w = i == j ? 0 : spin[skewIndex[i][j] * n + e] * (i < j ? 1 : -1);
+        const double dev = deviator[kS33[i][j] * n + e];
+        EXPECT_EQ(H[(i + 3 * j) * n + e], h);
+        EXPECT_NEAR(s + w, h, 1e-15);
+        EXPECT_NEAR(dev, s - (i == j ? trace / 3 : 0), 1e-15);
+        square += dev * dev;
+      }
+    }
+    EXPECT_NEAR(equivalent[e], std::sqrt(square * 2 / 3), 1e-15);
+  }
+}
+
+TEST(StrainOutput, OfOnePointIsTheMeanOverTheReferenceVolume) {
+  const int32_t n = 60, selector = 2, ld = n + 1;
+  std::vector<Brick> bricks = someBricks(36, n, 0.2);
+  const Deformations d(37, n, 0.3), initial(38, n, 0.2);
+  Random random(39);
+  Values x(24 * ld), stretch0(6 * ld), rotation(3 * ld), F(9 * ld), strain(6 * ld), mask(ld), exact(9 * n);
+  const int inverted = 9;
+  for (int e = 0; e < n; ++e) {
+    Brick now;
+    for (int node = 0; node < 8; ++node)
+      for (int i = 0; i < 3; ++i) {
+        now[node][i] = e % 2 == 0 ? random.uniform(-0.2, 0.2) : 50.0;
+        for (int j = 0; j < 3; ++j) now[node][i] += d.F[(i + 3 * j) * n + e] * bricks[e][node][j];
+        x[(8 * i + node) * ld + e] = now[node][i];
+      }
+    const Jacobian whole = integrate(bricks[e]);
+    for (int i = 0; i < 3; ++i)
+      for (int j = 0; j < 3; ++j)
+        for (int node = 0; node < 8; ++node)
+          exact[(i + 3 * j) * n + e] += now[node][i] * whole.gradient[node][j] / whole.det;
+    for (int k = 0; k < 6; ++k) stretch0[k * ld + e] = e % 3 == 0 ? 0 : initial.U[k * n + e];
+    for (int k = 0; k < 3; ++k) rotation[k * ld + e] = d.vector[k * n + e];
+  }
+  Values expected = exact, U0(6 * n), strains(6 * n);
+  for (int e = 0; e < n; ++e)
+    for (int k = 0; k < 6; ++k) U0[k * n + e] = stretch0[k * ld + e];
+  SPX_OPE_INVINISTRETCH3DH8(&n, U0.data(), expected.data());
+  const StrainOutput output(n, selector, expected, nullptr, d.vector, Values(n));
+  for (int node = 0; node < 4; ++node) std::swap(bricks[inverted][node], bricks[inverted][node + 4]);
+  const Tables tables;
+  const Values X = coordinates(bricks, ld);
+  SPX_OPE_C3D8RCSTRAINOUTPUT(&n, &ld, &selector, tables.d[0].data(), tables.d[1].data(), tables.d[2].data(), X.data(),
+                             x.data(), stretch0.data(), rotation.data(), F.data(), strain.data(), mask.data());
+  for (int e = 0; e < n; ++e) {
+    EXPECT_EQ(mask[e], e == inverted ? 1 : 0);
+    for (int k = 0; k < 9; ++k) {
+      EXPECT_NEAR(F[k * ld + e], e == inverted ? 0 : expected[k * n + e], 1e-13);
+      const bool isLinear = e % 2 == 1 && e % 3 == 0 && e != inverted;
+      EXPECT_NEAR(isLinear ? F[k * ld + e] - d.F[k * n + e] : 0, 0, 1e-13);
+    }
+    for (int k = 0; k < 6; ++k) EXPECT_NEAR(strain[k * ld + e], e == inverted ? 0 : output.strain[k * n + e], 1e-13);
   }
 }
 
