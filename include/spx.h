@@ -203,8 +203,8 @@ void SPX_OPE_C3DSYMGRAD(const int32_t* nblock, const double* G, double* sym, dou
  * (another one counts as 2).  Green strain has the components of the reference axes.  The others are turned by a rotation vector
  * (axis times angle in radians), three columns of the element's history: with the rotation of the polar decomposition F = R U
  * they are V - 1, ln V and the Almansi tensor in the current axes, with zeros U - 1 and ln U in the reference axes.  The error
- * of a strain is that of C, about 4e-16; small strains lose no more.  A C that is singular has the logarithm of the
- * smallest normal double.
+ * of a strain is that of C, about 4e-16 of its largest component; small strains lose no more.  A C that is singular has the
+ * logarithm of the smallest normal double.
  * Source of the measures: B. R. Seth (1964), R. Hill, J. Mech. Phys. Solids 16 (1968) 229, with exponents 2, 1, 0, -2.
  * ------------------------------------------------------------------------------------------------------------------ */
 

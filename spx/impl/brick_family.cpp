@@ -120,7 +120,7 @@ SA_KERNEL(SPX_OPE_C3D8IOPER,
   });
 }
 
-// The normal of a bilinear face at (xi, eta) is n0 + xi n1 + eta n2, times 16 here; its length is summed over 3 x 3 Gauss points.
+// The normal of a bilinear face at (xi, eta) is n0 + xi n1 + eta n2, times 16 here; its length is summed over 3 x 3 points.
 SA_KERNEL(SPX_OPE_C3D8FACEAREA,
           (const int32_t* nblock, const int32_t* ld, const int32_t* face, const double* X, double* area, double* normal,
            const double* mask),
@@ -173,9 +173,8 @@ SA_KERNEL(SPX_OPE_C3DH8DIVER, (const int32_t* nblock, const double* B, const dou
   });
 }
 
-// All sums run over the patterns instead of the nodes: with B_i = s d_i a temperature of the modes t has the gradient s d_i.t
-// and the hourglass values g_k = t_k - h_k.gradT, and the nodal sum of B V q - c gamma_k g_k is that of the modes
-// s d.(V q + c g_k h_k) less c g_k in mode k.
+// All sums run over the patterns instead of the nodes.  With B_i = s d_i, a temperature of the modes t has the gradient s d_i.t
+// and the hourglass values g_k = t_k - h_k.gradT; the nodal flows have the modes s d.(V q + c g_k h_k), less c g_k in mode k.
 SA_KERNEL(SPX_ASM_C3D8RTDIVER,
           (const int32_t* nblock, const double* X, const double* T, const double* flux, const double* conductivity,
            double* R, double* mask),

@@ -89,10 +89,9 @@ SA_INLINE void pointGradient(int n, int64_t ld, const double* a, const double* b
   gradientColumns<kAdd>(n, ld, a, b, c, C.zXi, C.zEta, C.zZeta, B + 16 * ld);
 }
 
-// The mean of the operator and of the determinant over all integration points of tables that carry no factor 1/8, times 8,
-// the volume of the reference cube: B = integral of dN/dx, volume = integral of 1.  An element with a determinant that is not
-// positive at any point is masked; B and volume of masked elements mean nothing.  atPoint(p, a, b, c, C, det) sees what every
-// point leaves, with the derivatives themselves in a, b, c.
+// Integrals of dN/dx and of 1 over the element: 8, the volume of the reference cube, times the mean over all points of tables
+// that carry no factor 1/8.  An element whose determinant is not positive at every point is masked; its B and volume then mean
+// nothing.  atPoint(p, a, b, c, C, det) sees what every point leaves, with the derivatives themselves in a, b, c.
 template <class AtPoint>
 SA_INLINE void integrateGradient(int n, int64_t ld, int nipt, const double* dNdxi, const double* dNdeta,
                                  const double* dNdzeta, const double* X, double* mask, int64_t ldB, double* B,
@@ -125,8 +124,8 @@ SA_INLINE void integrateGradient(int n, int64_t ld, int nipt, const double* dNdx
   forPoints(n, [=, &volume](int e) SA_POINT { volume[e] *= weight; });
 }
 
-// Sum over the nodes of a row of B, ld apart, and a nodal value.  The rows of B add to nothing over the nodes, so the values may be
-// counted from that of node 1: a constant field then gives exactly 0.
+// Sum over the nodes of a row of B, whose entries are ld apart, times a nodal value.  The entries add to nothing, so the values
+// may be counted from that of node 1: a constant field then gives exactly 0.
 template <class Value>
 SA_INLINE double nodalSum(const double* B, int64_t ld, Value value) {
   const double v1 = value(0), d2 = value(1) - v1, d3 = value(2) - v1, d4 = value(3) - v1;

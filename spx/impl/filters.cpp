@@ -16,7 +16,8 @@ struct History {
   SA_INLINE double* slot(int number) const { return first + (number - 1) * slotSize; }
 };
 
-// One increment of all sections for n points of one component.  Each reads its output history, which is the input history that the next one moves on.
+// One increment of all sections for n points of one component.  Each reads its output history, which the next one, whose input
+// history it is, moves on.
 template <class Points>
 SA_INLINE void advance(Points point, int n, int sections, const double* coef, double* field, History history) {
   for (int k = 1; k <= sections; ++k) {
@@ -50,8 +51,8 @@ SA_INLINE void fill(Points point, int n, int sections, const double* value, Hist
     });
 }
 
-// ---- operators: what a value is to the operator, and whether it takes the place of the one kept.  A value that is no number does, and
-// stays.
+// ---- operators: what a value is to the operator, and whether it takes the place of the one kept.  A value that is no number
+// does, and stays.
 
 struct Maximum {
   SA_INLINE static double of(double x) { return x; }

@@ -15,8 +15,7 @@ constexpr double kTiny = 2.2250738585072014e-308; // the smallest normal double
 
 enum Selector { kGreen = 1, kNominal = 2, kLogarithmic = 3, kAlmansi = 4 };
 
-// Keeps the products of the columns finite: with m the largest of the first three components, a gradient with m beyond the limit is
-// scaled down to it.
+// Keeps the products of the columns finite: a gradient whose first three components reach beyond the limit is scaled down to it.
 SA_INLINE void limitGradient(int n, int64_t ld, double* F) {
   constexpr double kLimit = 1.3407807929942596e149; // the square root of the largest double, over 1e5
   double factor[kScratchPoints];
@@ -87,7 +86,7 @@ SA_INLINE double almansiStrain(double x, double shift) {
   return 0.5 * (x - (1.0 - shift)) / (l <= kTiny ? kTiny : l);
 }
 
-// sin(h) / h and cos(h), |h| below 1e5: the series near 0, the cosine of the complement elsewhere.
+// sin(h) / h, |h| below 1e5: the series near 0, the cosine of the complement elsewhere.
 SA_INLINE double sineRatio(double h) {
   const double z = h * h;
   const double series =
