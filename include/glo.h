@@ -23,6 +23,7 @@
  *
  *  Argument lines read  `@param[direction] name  (shape), unit: meaning`  and are complete: tools read them.
  *    shape     (1) a scalar; else the dimensions in the order of the layouts above; * is as many as the entities used
+ *              a dimension is a number or an argument, also as n+1 or 2*n+2
  *    unit      a physical unit, - for a plain number, `any` where any unit carries over, or for integers and marked arrays
  *                block       number of points of this call          length   number of entries, treated as a whole
  *                count       a number of components or sets         count>=x a count that is at least x

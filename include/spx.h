@@ -8,9 +8,11 @@
  *
  *  CONTENTS
  *    Lifecycle                          spx_...                                                2
- *    Brick operators                    SPX_OPE_C3D8...                                        2
+ *    Brick operators                    SPX_OPE_C3D..., SPX_ASM_C3D8RTDIVER                    8
  *    Gradients                          SPX_OPE_C3DSYMGRAD                                     1
+ *    Strain output                      SPX_OPE_...STRAIN..., INVINISTRETCH3DH8                6
  *    Element checks                     SPX_OPE_ERRORCHECK, ...DISTORTED..., ...EXCESSROT     11
+ *    Output filters                     SPX_OPE_...FILTER..., SPX_OPE_...OPERAT...            16
  *    Material variables                 SPX_MATVAR...                                          4
  *    Hyperelasticity                    SPX_MAT_HYPERPOLY..., AB..., VDW...                24
  *    Hyperelasticity, any model         SPX_MAT_HYPER...                                   24
@@ -89,6 +91,94 @@ void SPX_OPE_C3D8OPER(const int32_t* nblock, const int32_t* ipt, const int32_t* 
 void SPX_OPE_C3D8ROPER2(const int32_t* nblock, const int32_t* ld, const double* X, double* B, double* hgdiag,
                         double* hgstiff, double* vol, double* rvol, double* gamma, double* mask);
 
+/** The one-point algorithm of SPX_OPE_C3D8ROPER2 with its intermediate results: the volume derivatives themselves, in the order
+ *  dV/dX = (1 - mask)/12 times the closed form, B = dV/dX / V, and the hourglass projections h.  With q the sum of the squares
+ *  of dV/dX the two factors are V/(2 q) and 2 q/V, those of SPX_OPE_C3D8ROPER2; a q that is not above the smallest normal
+ *  double has that and the mask added.  A masked element has dVdX = B = h = gamma = 0, rvol = 0, vol = 1 (not 1/12), hgdiag =
+ *  1/2 and hgstiff = 0.
+ *  @like SPX_OPE_C3D8ROPER2
+ *  @param[out]    dVdX     (ld, 8, 3), m2: derivative of the volume by the nodal coordinates
+ *  @param[out]    h        (ld, 4, 3), m: hourglass projections of the coordinates, by pattern and direction
+ */
+void SPX_OPE_C3DH8OPER(const int32_t* nblock, const int32_t* ld, const double* X, double* dVdX, double* B,
+                       double* hgdiag, double* hgstiff, double* vol, double* rvol, double* h, double* gamma,
+                       double* mask);
+
+/** Average operator: that of SPX_OPE_C3D8OPER at one point and beside it the mean gradient and the volume of the element, as
+ *  elements with a separate volumetric part need them:
+ *    vol = 8 mean(det),   B = mean(det dN/dx) / mean(det)
+ *  over the integration points of the tables, which carry no factor 1/8 (they are 8 dN/dxi ...): the products of cofactors and
+ *  tables are summed with the weight 1/(8 nipt), 1/64 for eight points.  With the 2 x 2 x 2 Gauss points both are the exact
+ *  integrals over the element, those of SPX_OPE_C3D8ROPER2.  B takes a constant field to 0 and a linear one to its gradient.
+ *  An element is masked where the determinant is not positive at any of the points; a masked one has Bdet = B = 0, detJ = vol =
+ *  1, rdetJ = rvol = 0.
+ *  @like SPX_OPE_C3D8OPER
+ *  @param[in]     dNdxi    (8, nipt), -: 8 dN/dxi, node fastest
+ *  @param[in]     dNdeta   (8, nipt), -: 8 dN/deta
+ *  @param[in]     dNdzeta  (8, nipt), -: 8 dN/dzeta
+ *  @param[out]    B        (nblock, 8, 3), 1/m: mean gradient
+ *  @param[out]    vol      (nblock), m3: volume
+ *  @param[out]    rvol     (nblock), 1/m3: its reciprocal
+ */
+void SPX_OPE_C3D8IOPER(const int32_t* nblock, const int32_t* ipt, const int32_t* nipt, const double* dNdxi,
+                       const double* dNdeta, const double* dNdzeta, const double* X, double* Bdet, double* detJ,
+                       double* rdetJ, double* B, double* vol, double* rvol, double* mask);
+
+/** Area and area vector of one face, which is bilinear and may be warped.  The faces 1..6 are zeta = -1, zeta = 1, eta = -1,
+ *  xi = 1, eta = 1, xi = -1.  The area vector, the integral of the outward unit normal, is exact: half the cross product of
+ *  the diagonals.  The area is summed over 3 x 3 Gauss points: exact for any plane convex face; on a unit square with one
+ *  corner lifted by w the error is 5e-11 of the area at w = 0.1, 2e-7 at w = 0.5, 7e-6 at w = 1. A masked element has zeros.
+ *  A face number outside 1..6 does nothing.
+ *  @param[in]  nblock  (1), block: elements
+ *  @param[in]  ld      (1), stride: leading dimension of all arrays
+ *  @param[in]  face    (1), code 1|2|3|4|5|6: face
+ *  @param[in]  X       (ld, 8, 3), m: nodal coordinates
+ *  @param[out] area    (ld), m2: area
+ *  @param[out] normal  (ld, 3), m2: area vector, pointing outward
+ *  @param[in]  mask    (ld), mask: elements that take no part
+ */
+void SPX_OPE_C3D8FACEAREA(const int32_t* nblock, const int32_t* ld, const int32_t* face, const double* X, double* area,
+                          double* normal, const double* mask);
+
+/** Gradient of a nodal field, gradT_i = sum over the nodes of B_i T, with the gradient operator of any member of this family.
+ *  The sum is taken over T less its value at node 1 (the rows of such an operator add to nothing): a constant field gives exactly
+ *  0, at any level.  A masked element has B = 0 and so a zero gradient.
+ *  @param[in]  nblock  (1), block: elements
+ *  @param[in]  ld      (1), stride: leading dimension of all arrays
+ *  @param[in]  B       (ld, 8, 3), 1/m: gradient operator
+ *  @param[in]  T       (ld, 8), K: nodal temperatures
+ *  @param[out] gradT   (ld, 3), K/m: temperature gradient
+ */
+void SPX_OPE_C3DH8TGRAD(const int32_t* nblock, const int32_t* ld, const double* B, const double* T, double* gradT);
+
+/** Divergence of a nodal vector field, the sum over nodes and directions of B_i u_i: volumetric strain from displacements, its
+ *  rate from velocities.  Summed as in SPX_OPE_C3DH8TGRAD: a translation gives exactly 0.
+ *  @param[in]  nblock      (1), block: elements
+ *  @param[in]  B           (nblock, 8, 3), 1/m: gradient operator
+ *  @param[in]  u           (nblock, 8, 3), m: nodal vectors
+ *  @param[out] divergence  (nblock), -: divergence
+ */
+void SPX_OPE_C3DH8DIVER(const int32_t* nblock, const double* B, const double* u, double* divergence);
+
+/** Nodal heat flows of the one-point brick, ready to be assembled: the divergence of a flux that is constant in the element, and
+ *  a conductance against hourglass patterns of the temperature,
+ *    R = V B.q - sum over k of c gamma_k (gamma_k.T),   c = conductivity (0.4 / 64) 2 V b.b
+ *  with B, gamma, V and b.b of SPX_OPE_C3D8ROPER2 (0.4 times its hgstiff is 12 V b.b / 15).  With q = -conductivity gradT the
+ *  first term is exact for linear temperatures, which the second one does not see; the flows of an element add to nothing.  On
+ *  a cube the hourglass conductance is 0.45 of the exact one for the first three patterns and 0.9 for the fourth: never stiffer
+ *  than full integration, so the stable time increment is not shortened.  An element whose volume is not positive is masked and
+ *  has zeros.
+ *  @param[in]     nblock        (1), block: elements
+ *  @param[in]     X             (nblock, 8, 3), m: nodal coordinates
+ *  @param[in]     T             (nblock, 8), K: nodal temperatures
+ *  @param[in]     flux          (nblock, 3), W/m2: heat flux
+ *  @param[in]     conductivity  (nblock), W/(m K): conductivity of the hourglass patterns
+ *  @param[out]    R             (nblock, 8), W: heat flow into each node
+ *  @param[in,out] mask          (nblock), mask: set to 1.0 where the volume is not positive
+ */
+void SPX_ASM_C3D8RTDIVER(const int32_t* nblock, const double* X, const double* T, const double* flux,
+                         const double* conductivity, double* R, double* mask);
+
 /* ---------------------------------------------------------------------------------------------------------------------
  * Gradients
  * ------------------------------------------------------------------------------------------------------------------ */
@@ -100,6 +190,108 @@ void SPX_OPE_C3D8ROPER2(const int32_t* nblock, const int32_t* ld, const double* 
  *  @param[out] skew    (nblock, 3), any: skew part 12, 23, 13
  */
 void SPX_OPE_C3DSYMGRAD(const int32_t* nblock, const double* G, double* sym, double* skew);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Strain output
+ *
+ * A deformation gradient F is an element array of nine columns, component (i, j) in column i + 3 (j - 1); C = F'F.  Strains have
+ * tensor shear and are functions of the principal values l of C, the squares of the stretches:
+ *   selector 1      Green          (l - 1)/2
+ *   selector 2      nominal        sqrt(l) - 1
+ *   selector 3      logarithmic    ln(l)/2
+ *   selector 4      Almansi        (1 - 1/l)/2
+ * (another one counts as 2).  Green strain has the components of the reference axes.  The others are turned by a rotation vector
+ * (axis times angle in radians), three columns of the element's history: with the rotation of the polar decomposition F = R U
+ * they are V - 1, ln V and the Almansi tensor in the current axes, with zeros U - 1 and ln U in the reference axes.  The error
+ * of a strain is that of C, about 4e-16 of its largest component; small strains lose no more.  A C that is singular has the
+ * logarithm of the smallest normal double.
+ * Source of the measures: B. R. Seth (1964), R. Hill, J. Mech. Phys. Solids 16 (1968) 229, with exponents 2, 1, 0, -2.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** Gradient from the initial state, F := F U0^-1, for elements whose reference is already stretched by U0.  A stretch whose
+ *  determinant is not above the smallest normal double, such as zeros where none was stored, leaves F as it is.
+ *  @param[in]     nblock    (1), block: elements
+ *  @param[in]     stretch0  (nblock, 6), stretch: initial stretch U0, S33
+ *  @param[in,out] F         (nblock, 9), -: deformation gradient
+ */
+void SPX_OPE_INVINISTRETCH3DH8(const int32_t* nblock, const double* stretch0, double* F);
+
+/** Green strain, (C - 1)/2: the measure of selector 1.
+ *  @param[in]  nblock  (1), block: elements
+ *  @param[in]  C       (nblock, 6), stretch: products of the columns of F, S33
+ *  @param[out] strain  (nblock, 6), -: strain, S33
+ */
+void SPX_OPE_GREENSTRAIN3DH8(const int32_t* nblock, const double* C, double* strain);
+
+/** The measures of the other selectors, turned by the rotation vector (up to 2e5 rad).
+ *  @like SPX_OPE_GREENSTRAIN3DH8
+ *  @param[in]  selector  (1), code 2|3|4: measure
+ *  @param[in]  rotation  (nblock, 3), -: rotation vector, three columns of the element's history
+ */
+void SPX_OPE_STRETCHSTRAIN3DH8(const int32_t* nblock, const int32_t* selector, const double* C, const double* rotation,
+                               double* strain);
+
+/** Strain from deformation gradients, at one integration point of a call:
+ *    1. for a selector above 1, a gradient whose first column has a component beyond 1.34e149 is scaled down to that;
+ *    2. G = F U0^-1 as SPX_OPE_INVINISTRETCH3DH8, if there are initial stretches; C = G'G;
+ *    3. the strain of the selector, its principal values, and J = det G.
+ *  A masked element has zeros throughout.
+ *  @param[in]  nblock      (1), block: elements
+ *  @param[in]  ld          (1), stride: leading dimension of all arrays
+ *  @param[in]  selector    (1), code 1|2|3|4: measure
+ *  @param[in]  hasStretch  (1), code 0|1: nonzero reads stretch0
+ *  @param[in]  ipt         (1), 1..nipt: integration point
+ *  @param[in]  nipt        (1), count: integration points of F
+ *  @param[in]  nhist       (1), count>=3: columns of the history
+ *  @param[in]  irot        (1), 1..nhist-2: first of the three columns of the rotation vector in hist
+ *  @param[in]  F           (ld, 9, nipt), -: deformation gradients
+ *  @param[in]  stretch0    (ld, 6), stretch: initial stretch, S33
+ *  @param[in]  hist        (ld, nhist), -: history record of the elements; not read for selector 1
+ *  @param[out] G           (ld, 9), -: corrected gradient
+ *  @param[out] C           (ld, 6), -: products of its columns, S33
+ *  @param[out] J           (ld), -: its determinant
+ *  @param[out] strain      (ld, 6), -: strain, S33
+ *  @param[out] principal   (ld, 3), -: principal strains in decreasing order
+ *  @param[in]  mask        (ld), mask: elements that take no part
+ */
+void SPX_OPE_C3DH8STRAINOUTPUT(const int32_t* nblock, const int32_t* ld, const int32_t* selector,
+                               const int32_t* hasStretch, const int32_t* ipt, const int32_t* nipt, const int32_t* nhist,
+                               const int32_t* irot, const double* F, const double* stretch0, const double* hist,
+                               double* G, double* C, double* J, double* strain, double* principal, const double* mask);
+
+/** Small-strain output: H = F U0^-1 - 1, strain (H + H')/2, spin (H - H')/2 and what follows from them.
+ *  @like SPX_OPE_C3DH8STRAINOUTPUT
+ *  @param[out] H           (ld, 9), -: displacement gradient
+ *  @param[out] volumetric  (ld), -: trace of the strain
+ *  @param[out] spin        (ld, 3), -: skew part 12, 23, 13
+ *  @param[out] deviator    (ld, 6), -: strain less a third of its trace in the direct components, S33
+ *  @param[out] equivalent  (ld), -: sqrt(2/3 e:e) of the deviator e
+ */
+void SPX_OPE_C3DH8LINSTRAINOUTPUT(const int32_t* nblock, const int32_t* ld, const int32_t* hasStretch,
+                                  const int32_t* ipt, const int32_t* nipt, const double* F, const double* stretch0,
+                                  double* H, double* volumetric, double* strain, double* spin, double* deviator,
+                                  double* equivalent, double* principal, const double* mask);
+
+/** Strain of the one-point brick: the deformation gradient as the mean over the reference volume,
+ *    F = 1 + sum over the nodes of (x - X) B,
+ *  with B the average operator of SPX_OPE_C3D8IOPER on the reference coordinates and eight integration points, then corrected
+ *  and measured as in SPX_OPE_C3DH8STRAINOUTPUT.  An element whose reference has a determinant that is not positive is masked;
+ *  a masked one has zeros.
+ *  @like SPX_OPE_C3DH8STRAINOUTPUT
+ *  @param[in]     dNdxi     (8, 8), -: 8 dN/dxi at the eight points, node fastest
+ *  @param[in]     dNdeta    (8, 8), -: 8 dN/deta
+ *  @param[in]     dNdzeta   (8, 8), -: 8 dN/dzeta
+ *  @param[in]     X         (ld, 8, 3), m: reference coordinates
+ *  @param[in]     x         (ld, 8, 3), m: current coordinates
+ *  @param[in]     stretch0  (ld, 6), stretch: initial stretch, S33; zeros for none
+ *  @param[in]     rotation  (ld, 3), -: rotation vector of the elements; not read for selector 1
+ *  @param[out]    F         (ld, 9), -: mean deformation gradient, corrected
+ *  @param[in,out] mask      (ld), mask: set to 1.0 where the reference is degenerate
+ */
+void SPX_OPE_C3D8RCSTRAINOUTPUT(const int32_t* nblock, const int32_t* ld, const int32_t* selector, const double* dNdxi,
+                                const double* dNdeta, const double* dNdzeta, const double* X, const double* x,
+                                const double* stretch0, const double* rotation, double* F, double* strain,
+                                double* mask);
 
 /* ---------------------------------------------------------------------------------------------------------------------
  * Element checks
@@ -194,6 +386,176 @@ void SPX_ELE_SEXCESSROT(const int32_t* nblock, int32_t* counter, const int32_t* 
  */
 void SPX_OPE_SC3DDISTORTIONCHECK(const int32_t* nblock, const double* t, const double* a, const double* b,
                                  const double* X, double* flags);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Output filters
+ *
+ * A digital low-pass filter for output that is written far more coarsely than the increments: a cascade of K second-order
+ * sections, advanced by one increment for a block of values.  Each section is the difference equation
+ *    y = b0 x + b1 x1 + b2 x2 - a1 y1 - a2 y2
+ * of its input x and output y now and one and two increments back.  The history has 2 K + 2 slots, each a block like the field:
+ * slots 2k-1 and 2k hold the inputs of section k one and two increments back, slots 2k+1 and 2k+2 its outputs, which are the
+ * inputs of the next section; slot 2K+1 holds the filter's last output.
+ *
+ * An operator follows a running value of the signal: 1 the maximum, 2 the minimum, 3 the largest magnitude (a value of at least
+ * 0); any other code takes each value as it comes.  `state` keeps it from increment to increment.  A value that is not a number
+ * takes the place of the one kept and stays.  Time members also keep the time at which the operator took its value, for each
+ * value of the field; the caller fills these times before the first increment.
+ *
+ * ELSET (and ELS) members do the same for the listed points of the block; the values, slots, states and times of other points
+ * are left alone.  Coefficients for a type, an order and a cut-off: docs/output-filters.md.
+ * Source of the form: A. V. Oppenheim, R. W. Schafer, Discrete-Time Signal Processing (1989), 6.3.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** One increment: field := the filter's output for the input field.  With K = 0 the field keeps its value and enters slot 1,
+ *  what was there slot 2.
+ *  @param[in]     nblock     (1), block: points
+ *  @param[in]     ncomp      (1), count: components of the field
+ *  @param[in]     spare      (1), unread: not used
+ *  @param[in]     filterdef  (1), count: record of the filter, of which the first integer is read, K; none below 1
+ *  @param[in,out] field      (nblock, ncomp), any: raw values, then filtered ones
+ *  @param[in]     spare2     (1), unread: not used
+ *  @param[in]     coef       (5, filterdef), -: b0, b1, b2, a1, a2 of each section
+ *  @param[in,out] hist       (nblock, ncomp, 2*filterdef+2), any: history
+ */
+void SPX_OPE_FILTERFLD(const int32_t* nblock, const int32_t* ncomp, const int32_t* spare, const int32_t* filterdef,
+                       double* field, const int32_t* spare2, const double* coef, double* hist);
+
+/** SPX_OPE_FILTERFLD for the listed points.
+ *  @like SPX_OPE_FILTERFLD
+ *  @param[in]     count      (1), count: entries of the list; below 1 does nothing
+ *  @param[in]     list       (count), list: point numbers
+ */
+void SPX_OPE_FILTERFLDELSET(const int32_t* nblock, const int32_t* count, const int32_t* list, const int32_t* ncomp,
+                            const int32_t* spare, const int32_t* filterdef, double* field, const int32_t* spare2,
+                            const double* coef, double* hist);
+
+/** Fills the history with the field, or in mode 2 with given values.  A constant signal then passes unchanged from the
+ *  first increment, provided that every section has unit gain at zero frequency, b0 + b1 + b2 = 1 + a1 + a2: every slot gets
+ *  the same value, so it is not enough that the cascade as a whole has.  Coefficients of this project's design are scaled so.
+ *  @param[in]  nblock  (1), block: points
+ *  @param[in]  mode    (1), code 1|2: 2 fills with value, any other code with field
+ *  @param[in]  ncomp   (1), count: components of the field
+ *  @param[in]  K       (1), count: sections of the filter; none below 1
+ *  @param[in]  spare   (1), unread: not used
+ *  @param[in]  field   (nblock, ncomp), any: present values
+ *  @param[in]  value   (nblock, ncomp), any: values of mode 2; not read in another
+ *  @param[out] hist    (nblock, ncomp, 2*K+2), any: history
+ */
+void SPX_OPE_INIFILTERFLD(const int32_t* nblock, const int32_t* mode, const int32_t* ncomp, const int32_t* K,
+                          const int32_t* spare, const double* field, const double* value, double* hist);
+
+/** SPX_OPE_INIFILTERFLD for the listed points.
+ *  @like SPX_OPE_INIFILTERFLD
+ *  @param[in]     count  (1), count: entries of the list; below 1 does nothing
+ *  @param[in]     list   (count), list: point numbers
+ *  @param[in,out] hist   (nblock, ncomp, 2*K+2), any: history
+ */
+void SPX_OPE_INIFILTERFLDELSET(const int32_t* nblock, const int32_t* count, const int32_t* list, const int32_t* mode,
+                               const int32_t* ncomp, const int32_t* K, const int32_t* spare, const double* field,
+                               const double* value, double* hist);
+
+/** SPX_OPE_FILTERFLD, then the operator on the filtered value: field and state := the operator's value.  The filtered value
+ *  itself is in slot 2K+1.
+ *  @like SPX_OPE_FILTERFLD
+ *  @param[in]     operation  (1), code 1|2|3|0: operator
+ *  @param[in,out] field      (nblock, ncomp), any: raw values, then the operator's
+ *  @param[in,out] state      (nblock, ncomp), any: the operator's value so far
+ */
+void SPX_OPE_FILTEROPERFLD(const int32_t* nblock, const int32_t* ncomp, const int32_t* operation,
+                           const int32_t* filterdef, double* field, double* state, const double* coef, double* hist);
+
+/** SPX_OPE_FILTEROPERFLD for the listed points.
+ *  @like SPX_OPE_FILTEROPERFLD
+ *  @param[in]     count      (1), count: entries of the list; below 1 does nothing
+ *  @param[in]     list       (count), list: point numbers
+ */
+void SPX_OPE_FILTEROPERFLDELSET(const int32_t* nblock, const int32_t* count, const int32_t* list, const int32_t* ncomp,
+                                const int32_t* operation, const int32_t* filterdef, double* field, double* state,
+                                const double* coef, double* hist);
+
+/** SPX_OPE_INIFILTERFLD, and state := what the operator makes of the same value (its magnitude for the largest one).
+ *  @like SPX_OPE_INIFILTERFLD
+ *  @param[in]  operation  (1), code 1|2|3|0: operator
+ *  @param[out] state      (nblock, ncomp), any: the operator's first value
+ */
+void SPX_OPE_INIFILTEROPERFLD(const int32_t* nblock, const int32_t* mode, const int32_t* ncomp, const int32_t* K,
+                              const int32_t* operation, const double* field, const double* value, double* hist,
+                              double* state);
+
+/** SPX_OPE_INIFILTEROPERFLD for the listed points.
+ *  @like SPX_OPE_INIFILTEROPERFLD
+ *  @param[in]     count  (1), count: entries of the list; below 1 does nothing
+ *  @param[in]     list   (count), list: point numbers
+ *  @param[in,out] hist   (nblock, ncomp, 2*K+2), any: history
+ *  @param[in,out] state  (nblock, ncomp), any: the operator's first value
+ */
+void SPX_OPE_INIFILTEROPERFLDELSET(const int32_t* nblock, const int32_t* count, const int32_t* list,
+                                   const int32_t* mode, const int32_t* ncomp, const int32_t* K,
+                                   const int32_t* operation, const double* field, const double* value, double* hist,
+                                   double* state);
+
+/** The operator on the raw value: field and state := its value.
+ *  @param[in]     nblock     (1), block: points
+ *  @param[in]     ncomp      (1), count: components of the field
+ *  @param[in]     operation  (1), code 1|2|3|0: operator
+ *  @param[in,out] field      (nblock, ncomp), any: raw values, then the operator's
+ *  @param[in,out] state      (nblock, ncomp), any: the operator's value so far
+ */
+void SPX_OPE_ONLYOPERATORFLD(const int32_t* nblock, const int32_t* ncomp, const int32_t* operation, double* field,
+                             double* state);
+
+/** SPX_OPE_ONLYOPERATORFLD for the listed points.
+ *  @like SPX_OPE_ONLYOPERATORFLD
+ *  @param[in]     count      (1), count: entries of the list; below 1 does nothing
+ *  @param[in]     list       (count), list: point numbers
+ */
+void SPX_OPE_ONLYOPERATFLDELSET(const int32_t* nblock, const int32_t* count, const int32_t* list, const int32_t* ncomp,
+                                const int32_t* operation, double* field, double* state);
+
+/** state := what the operator makes of the field, or in mode 2 of given values.
+ *  @like SPX_OPE_INIFILTEROPERFLD
+ */
+void SPX_OPE_INIONLYOPERATORFLD(const int32_t* nblock, const int32_t* mode, const int32_t* ncomp,
+                                const int32_t* operation, const double* field, const double* value, double* state);
+
+/** SPX_OPE_INIONLYOPERATORFLD for the listed points.
+ *  @like SPX_OPE_INIFILTEROPERFLDELSET
+ */
+void SPX_OPE_INIONLYOPERATFLDELSET(const int32_t* nblock, const int32_t* count, const int32_t* list,
+                                   const int32_t* mode, const int32_t* ncomp, const int32_t* operation,
+                                   const double* field, const double* value, double* state);
+
+/** SPX_OPE_FILTEROPERFLD that also keeps when the operator took its value: times := time where the value enters now.
+ *  @like SPX_OPE_FILTEROPERFLD
+ *  @param[in]     time   (1), s: time at the end of this increment
+ *  @param[in,out] times  (nblock, ncomp), s: time of the operator's value
+ */
+void SPX_OPE_OPERFILTERTIME(const int32_t* nblock, const int32_t* ncomp, const int32_t* operation,
+                            const int32_t* filterdef, double* field, double* state, const double* coef, double* hist,
+                            const double* time, double* times);
+
+/** SPX_OPE_OPERFILTERTIME for the listed points.
+ *  @like SPX_OPE_OPERFILTERTIME
+ *  @param[in]     count  (1), count: entries of the list; below 1 does nothing
+ *  @param[in]     list   (count), list: point numbers
+ */
+void SPX_OPE_OPERFILTERTIMEELS(const int32_t* nblock, const int32_t* count, const int32_t* list, const int32_t* ncomp,
+                               const int32_t* operation, const int32_t* filterdef, double* field, double* state,
+                               const double* coef, double* hist, const double* time, double* times);
+
+/** SPX_OPE_ONLYOPERATORFLD that also keeps when the operator took its value.
+ *  @like SPX_OPE_OPERFILTERTIME
+ */
+void SPX_OPE_ONLYOPERFILTERTIME(const int32_t* nblock, const int32_t* ncomp, const int32_t* operation, double* field,
+                                double* state, const double* time, double* times);
+
+/** SPX_OPE_ONLYOPERFILTERTIME for the listed points.
+ *  @like SPX_OPE_OPERFILTERTIMEELS
+ */
+void SPX_OPE_ONLYOPERFILTERTIMEELS(const int32_t* nblock, const int32_t* count, const int32_t* list,
+                                   const int32_t* ncomp, const int32_t* operation, double* field, double* state,
+                                   const double* time, double* times);
 
 /* ---------------------------------------------------------------------------------------------------------------------
  * Material variables

@@ -402,7 +402,7 @@ Ending Analysis::Data::findEnding(const Outcome& all) {
   return Ending::Running;
 }
 
-Ending Analysis::advanceTo(double end) {
+Ending Analysis::advanceTo(double end, int64_t increments) {
   Data& d = *data_;
   if (d.ending != Ending::Running && d.ending != Ending::Complete) return d.ending;
   d.isCollected = false;
@@ -439,7 +439,7 @@ Ending Analysis::advanceTo(double end) {
           if (d.ending == Ending::Running && all.killed) d.ending = Ending::Killed;
           if (d.observer) d.observer({d.time, d.stable, d.increment}, step);
         });
-        running = d.ending == Ending::Running && d.time < end && !d.failed;
+        running = d.ending == Ending::Running && d.time < end && !d.failed && --increments > 0;
         step = d.nextIncrement(end);
       }
     }

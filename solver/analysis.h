@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <span>
 #include <string>
@@ -47,8 +48,9 @@ public:
   Analysis& operator=(const Analysis&) = delete;
 
   // Advances until `time` (the last increments are cut so that it is met exactly) or until the analysis ends early.
-  // Afterwards displacement, stress and energies belong to the same time.
-  Ending advanceTo(double time);
+  // Afterwards displacement, stress and energies belong to the same time.  Stops after so many increments all the same; going on
+  // towards the same time then makes the same increments.
+  Ending advanceTo(double time, int64_t increments = std::numeric_limits<int64_t>::max());
 
   // Called after every increment, on every rank, with its size; throws nothing.
   void setObserver(std::function<void(const Progress&, double)> observer);

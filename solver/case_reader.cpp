@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <sstream>
 
 namespace sharedanalysis::solver {
@@ -56,6 +57,31 @@ InitialVelocity readInitialVelocity(const Table& table) {
 }
 
 // An interval of output: so many records and no more.
+host::LowPass readFilter(const Table& table) {
+  static constexpr Range evenOrder{"an even number from 2 to 20",
+                                   [](double x) { return x >= 2 && x <= 20 && std::fmod(x, 2) == 0; }};
+  const std::map<std::string, host::FilterType> types{{"butterworth", host::FilterType::butterworth},
+                                                      {"chebyshev1", host::FilterType::chebyshev1},
+                                                      {"chebyshev2", host::FilterType::chebyshev2}};
+  host::LowPass filter;
+  const std::string type = table.text("filter_type", "butterworth");
+  const auto found = types.find(type);
+  if (found == types.end())
+    table.fail("filter_type",
+               "filter_type is \"" + type + R"(", expected "butterworth", "chebyshev1" or "chebyshev2")");
+  filter.type = found->second;
+  filter.cutoff = table.real("filter_cutoff", positive, "Hz");
+  filter.order = static_cast<int>(table.real("filter_order", evenOrder, "", filter.order));
+  const auto decibels = [&](const char* key, host::FilterType owner, double otherwise) {
+    if (table.has(key) && filter.type != owner)
+      table.fail(key, std::string(key) + " does not belong to filter_type \"" + type + "\"");
+    return table.real(key, positive, "dB", otherwise);
+  };
+  filter.ripple = decibels("filter_ripple", host::FilterType::chebyshev1, filter.ripple);
+  filter.attenuation = decibels("filter_attenuation", host::FilterType::chebyshev2, filter.attenuation);
+  return filter;
+}
+
 double readInterval(const Table& table, const char* key, double endTime, int standardCount) {
   const double interval = table.real(key, positive, "s", endTime / standardCount);
   constexpr double mostRecords = 1e5;
@@ -163,10 +189,15 @@ private:
   }
 
   void output() {
-    const Table table = root_.table("output", {"interval", "history_interval", "directory"});
+    const Table table = root_.table("output", {"interval", "history_interval", "directory", "filter_cutoff",
+                                               "filter_type", "filter_order", "filter_ripple", "filter_attenuation"});
     case_.outputInterval = readInterval(table, "interval", case_.endTime, 20);
     case_.historyInterval = readInterval(table, "history_interval", case_.endTime, 200);
     case_.outputDirectory = table.has("directory") ? besideCase(table.text("directory")) : ".";
+    if (table.has("filter_cutoff")) case_.historyFilter = readFilter(table);
+    for (const char* key : {"filter_type", "filter_order", "filter_ripple", "filter_attenuation"})
+      if (table.has(key) && !case_.historyFilter)
+        table.fail(key, std::string(key) + " belongs to a filter, and filter_cutoff is missing in output");
   }
 
   std::filesystem::path file_;

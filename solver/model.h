@@ -1,6 +1,7 @@
 // What is analysed: mesh and case, as the readers leave them and the analysis takes them.  SI units throughout.
 #pragma once
 
+#include "filter_design.h"
 #include "materials.h"
 
 #include <array>
@@ -78,6 +79,7 @@ struct Case {
   double hourglassCoefficient = 0.1;
   double linearViscosity = 0.06, quadraticViscosity = 1.2;
   double outputInterval = 0, historyInterval = 0; // s
+  std::optional<host::LowPass> historyFilter;
   double smallestIncrementRatio = 1e-3; // of the first stable increment; below it the analysis ends with an error
 };
 

@@ -366,9 +366,12 @@ std::string role(const std::string& unit) {
   return "value";
 }
 
-// A dimension is *, a number, a name, or name+number.
+// A dimension is *, a number, a name, name+number or name-number, the name with a factor before it where need be: 2*name+2.
 bool isDimension(const std::string& text, const std::set<std::string>& names) {
   if (text == "*" || isNumber(text) || names.count(text) != 0) return true;
+  const std::size_t times = text.find('*');
+  if (times != std::string::npos)
+    return isNumber(trim(text.substr(0, times))) && isDimension(trim(text.substr(times + 1)), names);
   const std::size_t sign = text.find_first_of("+-");
   if (sign == std::string::npos) return false;
   return names.count(trim(text.substr(0, sign))) != 0 && isNumber(trim(text.substr(sign + 1)));
@@ -396,7 +399,7 @@ void checkArgument(const Routine& routine, const Argument& argument, const std::
   if ((kScalarRoles.count(use) != 0 || use == "entity" || use == "list") && !isInteger)
     bad("unit \"" + line.unit + "\" belongs to an int32_t");
   const auto needsName = [&](const std::string& name) {
-    if (!isNumber(name) && names.count(name) == 0) bad("unit \"" + line.unit + "\" names no argument");
+    if (name == "*" || !isDimension(name, names)) bad("unit \"" + line.unit + "\" names no argument");
   };
   if (use == "entity") needsName(line.unit.substr(10));
   if (use == "index") needsName(line.unit.substr(3));

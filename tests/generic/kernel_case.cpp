@@ -37,15 +37,23 @@ bool isEntityDimension(const RoutineInfo& routine, std::string_view dimension) {
   return false;
 }
 
+// Whether a dimension is the name, or the name with a factor or a number added.
+bool usesName(std::string_view dimension, std::string_view name) {
+  const std::size_t times = dimension.size() > 1 ? dimension.find('*') : std::string_view::npos;
+  if (times != std::string_view::npos) dimension.remove_prefix(times + 1);
+  return startsWith(dimension, name) &&
+         (dimension.size() == name.size() || dimension[name.size()] == '+' || dimension[name.size()] == '-');
+}
+
 // A count that is no dimension counts points: those of a second stage.
 bool isPointCount(const RoutineInfo& routine, const ArgumentInfo& argument) {
   if (!argument.is("count") || std::string_view(argument.unit) != "count") return false;
   const std::string name = argument.name;
   for (int i = 0; i < routine.argumentCount(); ++i) {
     const ArgumentInfo& other = routine.arguments[i];
-    if (other.unit == "1.." + name) return false;
+    if (startsWith(other.unit, "1..") && usesName(std::string_view(other.unit).substr(3), name)) return false;
     for (int d = 0; d < other.rank(); ++d)
-      if (other.shape[d] == name || startsWith(other.shape[d], name + "+")) return false;
+      if (usesName(other.shape[d], name)) return false;
   }
   return true;
 }
@@ -84,9 +92,16 @@ public:
   int entities() const { return entities_; }
   void set(const std::string& name, int value) { values_[name] = value; }
 
-  // A number, a name, or name+number.
+  // A number, a name, name+number, or factor*name+number.
   int operator()(const std::string& text) {
     if (text == "*") return entities_;
+    const std::size_t times = text.find('*');
+    if (times != std::string::npos) {
+      const std::string rest = text.substr(times + 1);
+      const std::size_t plus = rest.find('+');
+      const int added = plus == std::string::npos ? 0 : std::atoi(rest.c_str() + plus + 1);
+      return std::atoi(text.c_str()) * (*this)(rest.substr(0, plus)) + added;
+    }
     if (text[0] >= '0' && text[0] <= '9') return std::atoi(text.c_str());
     const std::size_t sign = text.find_first_of("+-");
     if (sign != std::string::npos) return (*this)(text.substr(0, sign)) + std::atoi(text.substr(sign).c_str());

@@ -1,8 +1,10 @@
 // The program as its user sees it: what it shows, what it writes, and what is left of a run that ends early.
 #include "files.h"
+#include "filter_design.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstring>
@@ -373,6 +375,48 @@ TEST_F(ProgramTest, PathsCountFromTheCase) {
   ASSERT_EQ(run({"in/bar.toml"}).code, 0);
   EXPECT_EQ(filesIn("in/deep/results"),
             (Files{"named.csv", "named.diagnostics.sqlite", "named.exo", "named.log", "named.msg", "named.sta"}));
+}
+
+TEST_F(ProgramTest, FilteredHistory) {
+  // at lines of every increment of one length, the filtered columns are those of the difference equation
+  writeCase("0.05", "0.02\n[output]\nhistory_interval = 1e-4\nfilter_cutoff = 300\nfilter_type = \"chebyshev1\"\n"
+                    "filter_order = 6\nfilter_ripple = 1");
+  ASSERT_EQ(run({"in/bar.toml", "-o", "fine"}).code, 0);
+  auto fine = readHistory("fine/bar.csv");
+  const std::vector<double>& increments = fine["increment"];
+  ASSERT_EQ(increments.size(), 201U);
+  ASSERT_EQ(increments.back(), 200) << "an increment a line";
+  const std::vector<double> coef = host::lowPassCoefficients({host::FilterType::chebyshev1, 6, 300, 1}, 1e-4);
+  for (const char* name : {"kinetic_energy", "strain_energy", "total_energy", "external_work", "momentum_z"}) {
+    std::vector<double> signal = fine[name];
+    for (std::size_t k = 0; k < coef.size(); k += 5) {
+      const std::vector<double> x = signal;
+      const auto at = [](const std::vector<double>& v, std::size_t n, std::size_t back) {
+        return v[n < back ? 0 : n - back];
+      };
+      for (std::size_t n = 1; n < x.size(); ++n)
+        signal[n] = coef[k] * x[n] + coef[k + 1] * at(x, n, 1) + coef[k + 2] * at(x, n, 2) -
+                    coef[k + 3] * at(signal, n, 1) - coef[k + 4] * at(signal, n, 2);
+    }
+    const std::vector<double>& filtered = fine[std::string("filtered_") + name];
+    ASSERT_EQ(filtered.size(), signal.size()) << name;
+    const double size = std::abs(
+        *std::max_element(signal.begin(), signal.end(), [](double a, double b) { return std::abs(a) < std::abs(b); }));
+    for (std::size_t n = 0; n < signal.size(); ++n)
+      EXPECT_NEAR(filtered[n], signal[n], 1e-9 * size) << name << ' ' << n;
+  }
+
+  // nothing else changes by it, on any number of threads
+  const std::string coarse = "0.02\n[output]\nhistory_interval = 0.005";
+  writeCase("0.05", coarse);
+  ASSERT_EQ(run({"in/bar.toml", "-o", "plain"}).code, 0);
+  writeCase("0.05", coarse + "\nfilter_cutoff = 300");
+  ASSERT_EQ(run({"in/bar.toml", "-o", "one", "-t", "1"}).code, 0);
+  ASSERT_EQ(run({"in/bar.toml", "-o", "two", "-t", "2"}).code, 0);
+  EXPECT_EQ(readFile("one/bar.csv"), readFile("two/bar.csv"));
+  auto filtered = readHistory("one/bar.csv");
+  for (const auto& [name, column] : readHistory("plain/bar.csv")) EXPECT_EQ(filtered[name], column) << name;
+  EXPECT_EQ(filtered["filtered_kinetic_energy"].front(), filtered["kinetic_energy"].front());
 }
 
 // The bar with enough bricks for three domains, on any number of threads.
