@@ -1429,10 +1429,10 @@ void GLO_OPE_GENASSEMCONTSHELL(const int32_t* nblock, const int32_t* ncomp, cons
  * GEN members fill parts of the records of a general output, which ldp = ldq describe; nothing else tells them apart.
  * ------------------------------------------------------------------------------------------------------------------ */
 
-/** Principal values P1 >= P2 of plane tensors with their directions, by the closed form of GLO_UTI_PRINCS21; equal values keep the
- *  order of the axes that they lie next to.  Exchanged values have their directions exchanged and the first of them reversed, so
- *  that R stays a rotation.  With t = 1 + R11 + R22: where t >= 1, w = sqrt(t + 1)/2 and z = (R21 - R12)/(4 w), else
- *  z = sqrt((1 - t)/4 + 1/2) and w = (R21 - R12)/(4 z).
+/** Principal values P1 >= P2 of plane tensors with their directions, by the closed form of GLO_UTI_PRINCS21; equal values
+ *  keep the order of the axes that they lie next to.  Exchanged values have their directions exchanged and the first of
+ *  them reversed, so that R stays a rotation.  With t = 1 + R11 + R22: where t >= 1, w = sqrt(t + 1)/2 and z = (R21 -
+ *  R12)/(4 w), else z = sqrt((1 - t)/4 + 1/2) and w = (R21 - R12)/(4 z).
  *  @param[in]     nblock  (1), block: points
  *  @param[in,out] cursor  (1), cursor: record of the first point, from 1
  *  @param[in]     S       (nblock, 3), any: tensors, S21
@@ -1452,7 +1452,7 @@ void GLO_UTI_ODBPRINC21QUAT(const int32_t* nblock, int32_t* cursor, const double
  *  @param[in]     groupSize    (1), place: points of a group
  *  @param[in]     set          (last), set: entity numbers, in increasing order
  *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
- *  @param[in]     last         (1), -: last position of the list to be treated
+ *  @param[in]     last         (1), count: last position of the list to be treated
  */
 void GLO_UTI_ODBPRINC21QUATELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
                                  const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
@@ -1475,9 +1475,10 @@ void GLO_UTI_ODBPRINC21QUATEMULT(const int32_t* nblock, const int32_t* blockNumb
                                  int32_t* cursor, const double* S, const double* O, const int32_t* ldp,
                                  const int32_t* ldq, double* P, double* Q, const int32_t* last);
 
-/** Principal values P1 >= P2 of plane tensors with 22 = 0, as GLO_UTI_ODBPRINC21QUAT but for two departures.  Where t < 1, which means
- *  that the values are exchanged and R11 < 0, the vector part is stored as its square, z = (1 - t)/4 + 1/2, and the scalar part
- *  is w = (R21 + R12)/(4 z), which is 0: no unit quaternion.  Databases hold these numbers and readers know them.
+/** Principal values P1 >= P2 of plane tensors with 22 = 0, as GLO_UTI_ODBPRINC21QUAT but for two departures.  Where t <
+ *  1, which means that the values are exchanged and R11 < 0, the vector part is stored as its square, z = (1 - t)/4 +
+ *  1/2, and the scalar part is w = (R21 + R12)/(4 z), which is 0: no unit quaternion.  Databases hold these numbers and
+ *  readers know them.
  *  @like GLO_UTI_ODBPRINC21QUAT
  *  @param[in]     S       (nblock, 2), any: tensors, 11 12
  */
@@ -1509,7 +1510,8 @@ void GLO_UTI_ODBPRINC11QUATEMULT(const int32_t* nblock, const int32_t* blockNumb
                                  int32_t* cursor, const double* S, const double* O, const int32_t* ldp,
                                  const int32_t* ldq, double* P, double* Q, const int32_t* last);
 
-/** Principal values of tensors with 13 = 23 = 0: P1 >= P2 in the plane as GLO_UTI_ODBPRINC21QUAT, then component 33, whatever its size.
+/** Principal values of tensors with 13 = 23 = 0: P1 >= P2 in the plane as GLO_UTI_ODBPRINC21QUAT, then component 33,
+ *  whatever its size.
  *  @like GLO_UTI_ODBPRINC21QUAT
  *  @param[in]     S       (nblock, 4), any: tensors, S31
  *  @param[in]     ldp     (1), count>=3: length of a record of P
@@ -1545,10 +1547,10 @@ void GLO_UTI_ODBPRINC31QUATEMULT(const int32_t* nblock, const int32_t* blockNumb
                                  int32_t* cursor, const double* S, const double* O, const int32_t* ldp,
                                  const int32_t* ldq, double* P, double* Q, const int32_t* last);
 
-/** Principal values P1 >= P2 >= P3 with their directions, to machine precision as GLO_UTI_EIG33V; equal values keep the order of the
- *  axes that they lie next to.  Exchanged values have their directions exchanged and one of them reversed, so that the three stay
- *  right-handed.  The quaternion is found from its largest component and right for every rotation, half turns included.  A
- *  tensor that is not finite leaves NaN in its own record.
+/** Principal values P1 >= P2 >= P3 with their directions, to machine precision as GLO_UTI_EIG33V; equal values keep the
+ *  order of the axes that they lie next to.  Exchanged values have their directions exchanged and one of them reversed,
+ *  so that the three stay right-handed.  The quaternion is found from its largest component and right for every rotation,
+ *  half turns included.  A tensor that is not finite leaves NaN in its own record.
  *  @like GLO_UTI_ODBPRINC21QUAT
  *  @param[in]     S       (nblock, 6), any: tensors, S33
  *  @param[in]     ldp     (1), count>=3: length of a record of P
@@ -1567,7 +1569,7 @@ void GLO_UTI_ODBPRINC33QUAT(const int32_t* nblock, int32_t* cursor, const double
  *  @param[in]     groupSize    (1), place: points of a group
  *  @param[in]     set          (last), set: entity numbers, in increasing order
  *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
- *  @param[in]     last         (1), -: last position of the list to be treated
+ *  @param[in]     last         (1), count: last position of the list to be treated
  */
 void GLO_UTI_ODBPRINC33QUATELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
                                  const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
@@ -1674,8 +1676,8 @@ void GLO_UTI_ODBGENPRINC33QUATEMULT(const int32_t* nblock, const int32_t* blockN
                                     int32_t* cursor, const double* S, const double* O, const int32_t* ldp,
                                     const int32_t* ldq, double* P, double* Q, const int32_t* last);
 
-/** Directional copy of one value: it belongs to axis 1 of its frame, and is principal as it stands.  P has the values in the order
- *  given, not sorted, Q the identity (0, 1), for values along the global axes.
+/** Directional copy of one value: it belongs to axis 1 of its frame, and is principal as it stands.  P has the values in
+ *  the order given, not sorted, Q the identity (0, 1), for values along the global axes.
  *  @like GLO_UTI_ODBPRINC21QUAT
  *  @param[in]     S       (nblock, 1), any: values
  *  @param[in]     ldp     (1), count>=1: length of a record of P
@@ -1694,7 +1696,7 @@ void GLO_UTI_ODBDIRCOPY1(const int32_t* nblock, int32_t* cursor, const double* S
  *  @param[in]     groupSize    (1), place: points of a group
  *  @param[in]     set          (last), set: entity numbers, in increasing order
  *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
- *  @param[in]     last         (1), -: last position of the list to be treated
+ *  @param[in]     last         (1), count: last position of the list to be treated
  */
 void GLO_UTI_ODBDIRCOPY1ELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
                               const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set, int32_t* cursor,
@@ -1718,7 +1720,7 @@ void GLO_UTI_ODBDIRCOPY1MULT2D(const int32_t* nblock, int32_t* cursor, const dou
  *  @param[in]     groupSize    (1), place: points of a group
  *  @param[in]     set          (last), set: entity numbers, in increasing order
  *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
- *  @param[in]     last         (1), -: last position of the list to be treated
+ *  @param[in]     last         (1), count: last position of the list to be treated
  */
 void GLO_UTI_ODBDIRCOPY1EMULT2D(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
                                 const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
@@ -1742,15 +1744,15 @@ void GLO_UTI_ODBDIRCOPY1MULT3D(const int32_t* nblock, int32_t* cursor, const dou
  *  @param[in]     groupSize    (1), place: points of a group
  *  @param[in]     set          (last), set: entity numbers, in increasing order
  *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
- *  @param[in]     last         (1), -: last position of the list to be treated
+ *  @param[in]     last         (1), count: last position of the list to be treated
  */
 void GLO_UTI_ODBDIRCOPY1EMULT3D(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
                                 const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
                                 int32_t* cursor, const double* S, const double* O, const int32_t* ldp,
                                 const int32_t* ldq, double* P, double* Q, const int32_t* last);
 
-/** Directional copy of two values, along axes 1 and 2 of their frame: principal as they stand.  P has the values in the order
- *  given, not sorted, Q the identity (0, 1), for values along the global axes.
+/** Directional copy of two values, along axes 1 and 2 of their frame: principal as they stand.  P has the values in the
+ *  order given, not sorted, Q the identity (0, 1), for values along the global axes.
  *  @like GLO_UTI_ODBPRINC21QUAT
  *  @param[in]     S       (nblock, 2), any: values
  *  @param[in]     ldp     (1), count>=2: length of a record of P
@@ -1769,7 +1771,7 @@ void GLO_UTI_ODBDIRCOPY2(const int32_t* nblock, int32_t* cursor, const double* S
  *  @param[in]     groupSize    (1), place: points of a group
  *  @param[in]     set          (last), set: entity numbers, in increasing order
  *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
- *  @param[in]     last         (1), -: last position of the list to be treated
+ *  @param[in]     last         (1), count: last position of the list to be treated
  */
 void GLO_UTI_ODBDIRCOPY2ELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
                               const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set, int32_t* cursor,
@@ -1793,7 +1795,7 @@ void GLO_UTI_ODBDIRCOPY2MULT2D(const int32_t* nblock, int32_t* cursor, const dou
  *  @param[in]     groupSize    (1), place: points of a group
  *  @param[in]     set          (last), set: entity numbers, in increasing order
  *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
- *  @param[in]     last         (1), -: last position of the list to be treated
+ *  @param[in]     last         (1), count: last position of the list to be treated
  */
 void GLO_UTI_ODBDIRCOPY2EMULT2D(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
                                 const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
@@ -1817,15 +1819,15 @@ void GLO_UTI_ODBDIRCOPY2MULT3D(const int32_t* nblock, int32_t* cursor, const dou
  *  @param[in]     groupSize    (1), place: points of a group
  *  @param[in]     set          (last), set: entity numbers, in increasing order
  *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
- *  @param[in]     last         (1), -: last position of the list to be treated
+ *  @param[in]     last         (1), count: last position of the list to be treated
  */
 void GLO_UTI_ODBDIRCOPY2EMULT3D(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
                                 const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
                                 int32_t* cursor, const double* S, const double* O, const int32_t* ldp,
                                 const int32_t* ldq, double* P, double* Q, const int32_t* last);
 
-/** Directional copy of three values, along the axes of their frame, as tensors S30: principal as they stand.  P has the values in the order
- *  given, not sorted, Q the identity (0, 0, 0, 1), for values along the global axes.
+/** Directional copy of three values, along the axes of their frame, as tensors S30: principal as they stand.  P has the
+ *  values in the order given, not sorted, Q the identity (0, 0, 0, 1), for values along the global axes.
  *  @like GLO_UTI_ODBPRINC21QUAT
  *  @param[in]     S       (nblock, 3), any: values
  *  @param[in]     ldp     (1), count>=3: length of a record of P
@@ -1844,7 +1846,7 @@ void GLO_UTI_ODBDIRCOPY3(const int32_t* nblock, int32_t* cursor, const double* S
  *  @param[in]     groupSize    (1), place: points of a group
  *  @param[in]     set          (last), set: entity numbers, in increasing order
  *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
- *  @param[in]     last         (1), -: last position of the list to be treated
+ *  @param[in]     last         (1), count: last position of the list to be treated
  */
 void GLO_UTI_ODBDIRCOPY3ELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
                               const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set, int32_t* cursor,
@@ -1868,7 +1870,7 @@ void GLO_UTI_ODBDIRCOPY3MULT2D(const int32_t* nblock, int32_t* cursor, const dou
  *  @param[in]     groupSize    (1), place: points of a group
  *  @param[in]     set          (last), set: entity numbers, in increasing order
  *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
- *  @param[in]     last         (1), -: last position of the list to be treated
+ *  @param[in]     last         (1), count: last position of the list to be treated
  */
 void GLO_UTI_ODBDIRCOPY3EMULT2D(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
                                 const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
@@ -1892,7 +1894,7 @@ void GLO_UTI_ODBDIRCOPY3MULT3D(const int32_t* nblock, int32_t* cursor, const dou
  *  @param[in]     groupSize    (1), place: points of a group
  *  @param[in]     set          (last), set: entity numbers, in increasing order
  *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
- *  @param[in]     last         (1), -: last position of the list to be treated
+ *  @param[in]     last         (1), count: last position of the list to be treated
  */
 void GLO_UTI_ODBDIRCOPY3EMULT3D(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
                                 const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
@@ -1931,7 +1933,7 @@ void GLO_UTI_ODB2DSTRAIN(const int32_t* nblock, int32_t* cursor, const double* S
  *  @param[in]     groupSize    (1), place: points of a group
  *  @param[in]     set          (last), set: entity numbers, in increasing order
  *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
- *  @param[in]     last         (1), -: last position of the list to be treated
+ *  @param[in]     last         (1), count: last position of the list to be treated
  */
 void GLO_UTI_ODB2DSTRAINELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
                               const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set, int32_t* cursor,
@@ -1965,7 +1967,7 @@ void GLO_UTI_ODB3DSTRAIN(const int32_t* nblock, int32_t* cursor, const double* S
  *  @param[in]     groupSize    (1), place: points of a group
  *  @param[in]     set          (last), set: entity numbers, in increasing order
  *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
- *  @param[in]     last         (1), -: last position of the list to be treated
+ *  @param[in]     last         (1), count: last position of the list to be treated
  */
 void GLO_UTI_ODB3DSTRAINELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
                               const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set, int32_t* cursor,

@@ -301,7 +301,7 @@ void SPX_ODB_ORIENT2D(const int32_t* nblock, int32_t* counter, const double* q, 
  *  @param[in]     blockSize    (1), place: elements of a block
  *  @param[in]     groupNumber  (1), place: number of the group of blocks, from 1
  *  @param[in]     groupSize    (1), place: elements of a group
- *  @param[in]     last         (1), -: last position of the set to be treated
+ *  @param[in]     last         (1), count: last position of the set to be treated
  *  @param[in]     set          (last), set: element numbers, in increasing order
  *  @param[in,out] counter      (1), cursor: next position of the set, from 1
  */
@@ -310,8 +310,8 @@ void SPX_ODB_ORIENT2DELSET(const int32_t* nblock, int32_t* counter, const int32_
                            const int32_t* last, const int32_t* set, const double* q, double* out);
 
 /** Straight beams in the plane: the rotation that turns axis 1 into the direction from the first to the second end point.
- *  cos = dx/L, t = 1 + 2 cos.  t >= 1: w = sqrt(t + 1)/2, z = 2 sin/(4 w); else z = sqrt((1 - t)/4 + 1/2), w = 2 sin/(4 z).
- *  A beam of zero length leaves NaN.
+ *  cos = dx/L, t = 1 + 2 cos.  t >= 1: w = sqrt(t + 1)/2, z = 2 sin/(4 w); else z = sqrt((1 - t)/4 + 1/2), w = 2 sin/(4
+ *  z). A beam of zero length leaves NaN.
  *  @like SPX_ODB_ORIENT2D
  *  @param[in]     coordinates  (nblock, firstColumn+3), m: x of the first and the second end, y of the first and the second,
  *                              from firstColumn on
@@ -330,8 +330,8 @@ void SPX_ODB_ORIENT2DBEAMELSET(const int32_t* nblock, int32_t* counter, const in
                                const int32_t* last, const int32_t* set, const double* coordinates,
                                const int32_t* firstColumn, double* out);
 
-/** Beams of several records in the plane: the identity (0, 1) in records 1 and 2 of each element.  Calls for the others write
- *  nothing; that for the last moves the counter.
+/** Beams of several records in the plane: the identity (0, 1) in records 1 and 2 of each element.  Calls for the others
+ *  write nothing; that for the last moves the counter.
  *  @like SPX_ODB_ORIENT2D
  *  @param[in]     nsub         (1), count: records of an element
  *  @param[in]     isub         (1), 1..nsub: the record written here
@@ -356,8 +356,8 @@ void SPX_ODB_ORIENT2DL3BEAMELSET(const int32_t* nblock, int32_t* counter, const 
                                  const double* coordinates, const int32_t* firstColumn, double* out);
 
 /** Elements in space: q r, the orientation q followed by the quarter turn r = (h, 0, 0, h) about its own axis 1, from the
- *  solver's axes to those of the database.  h is 0.70710678 with these eight digits, so records are 1.7e-9 shorter than unit
- *  quaternions; databases hold these numbers.
+ *  solver's axes to those of the database.  h is 0.70710678 with these eight digits, so records are 1.7e-9 shorter than
+ *  unit quaternions; databases hold these numbers.
  *    x' = h x + h w, y' = h y + h z, z' = h z - h y, w' = h w - h x
  *  @like SPX_ODB_ORIENT2D
  *  @param[in]     q    (nblock, 4), -: orientations x y z w
@@ -394,8 +394,8 @@ void SPX_ODB_ORIENT3DL3ELSET(const int32_t* nblock, int32_t* counter, const int3
                              const int32_t* last, const int32_t* set, const int32_t* nsub, const int32_t* isub,
                              const double* q, double* out);
 
-/** The inverse rotations, (0 - x, 0 - y, 0 - z, w): from the element's axes back to the global ones.  Not normalised; a zero
- *  component stays a positive zero.
+/** The inverse rotations, (0 - x, 0 - y, 0 - z, w): from the element's axes back to the global ones.  Not normalised; a
+ *  zero component stays a positive zero.
  *  @like SPX_ODB_ORIENT3DL3
  */
 void SPX_ODB_ORIENT3DINVERT(const int32_t* nblock, const int32_t* nsub, const int32_t* isub, int32_t* counter,
@@ -423,12 +423,12 @@ void SPX_ODB_ORIENT3DL3ELSETINVERT(const int32_t* nblock, const int32_t* nsub, c
                                    const int32_t* groupSize, const int32_t* last, const int32_t* set, const double* q,
                                    double* out);
 
-/** Plane cohesive elements, from the direction cosines R of their two sides in the order 11 22 12 21.  s = 1/2 - (R11 + R22)/4;
- *  z = sqrt(s), w = (R21 - R12)/(4 z), or (0, 1) where s is at most 2.2e-308.  The vector part is always the one that the root
- *  is taken of: a rotation by a small angle a is right to 1e-16/a only, and one below 1e-8 may become the identity or lose its
- *  length.  Databases hold these numbers.
- *  Where a side has a local orientation o, an index above 0, its record is o q, the local orientation followed by q.  The
- *  orientation of side j is record indices(min(j, width), map(i)) of the table.
+/** Plane cohesive elements, from the direction cosines R of their two sides in the order 11 22 12 21.  s = 1/2 - (R11 +
+ *  R22)/4; z = sqrt(s), w = (R21 - R12)/(4 z), or (0, 1) where s is at most 2.2e-308.  The vector part is always the one
+ *  that the root is taken of: a rotation by a small angle a is right to 1e-16/a only, and one below 1e-8 may become the
+ *  identity or lose its length.  Databases hold these numbers. Where a side has a local orientation o, an index above 0,
+ *  its record is o q, the local orientation followed by q.  The orientation of side j is record indices(min(j, width),
+ *  map(i)) of the table.
  *  @like SPX_ODB_ORIENT2D
  *  @param[in]     width     (1), count: indices of an entry
  *  @param[in]     columns   (1), count>=4: reals of an orientation of the table, at least count
@@ -450,7 +450,7 @@ void SPX_ODB_ORIENTCNE2D(const int32_t* nblock, int32_t* counter, const int32_t*
  *  @param[in]     blockSize    (1), place: elements of a block
  *  @param[in]     groupNumber  (1), place: number of the group of blocks, from 1
  *  @param[in]     groupSize    (1), place: elements of a group
- *  @param[in]     last         (1), -: last position of the set to be treated
+ *  @param[in]     last         (1), count: last position of the set to be treated
  *  @param[in]     set          (last), set: element numbers, in increasing order
  *  @param[in,out] counter      (1), cursor: next position of the set, from 1
  */
@@ -460,10 +460,10 @@ void SPX_ODB_ORIENTCNE2DELSET(const int32_t* nblock, int32_t* counter, const int
                               const int32_t* count, const int32_t* map, const int32_t* indices, const double* table,
                               const double* matrices, double* out);
 
-/** Cohesive elements in space, from the direction cosines R of their two sides in the order 11 22 33 12 23 31 21 32 13.  With d the
- *  largest diagonal term (of equal ones 33 before 22 before 11) and s = (1 - R11 - R22 - R33)/4 + d/2 the component of d's axis is
- *  sqrt(s) and the others follow from it; (0, 0, 0, 1) where s is at most 2.2e-308.  Accuracy and local orientations as
- *  SPX_ODB_ORIENTCNE2D.
+/** Cohesive elements in space, from the direction cosines R of their two sides in the order 11 22 33 12 23 31 21 32 13.
+ *  With d the largest diagonal term (of equal ones 33 before 22 before 11) and s = (1 - R11 - R22 - R33)/4 + d/2 the
+ *  component of d's axis is sqrt(s) and the others follow from it; (0, 0, 0, 1) where s is at most 2.2e-308.  Accuracy
+ *  and local orientations as SPX_ODB_ORIENTCNE2D.
  *  @like SPX_ODB_ORIENTCNE2D
  *  @param[in]     count     (1), code 0|4: above 0 there are local orientations x y z w
  *  @param[in]     matrices  (nblock, 9, 2), -: direction cosines of both sides
@@ -503,10 +503,10 @@ void SPX_ODB_ORIENTREBARELSET(const int32_t* nblock, int32_t* counter, const int
                               const int32_t* blockSize, const int32_t* groupNumber, const int32_t* groupSize,
                               const int32_t* last, const int32_t* set, const double* axes, double* out);
 
-/** Reinforcement of axisymmetric shells.  Global axes are radius, axis of revolution and circumference.  The shell's axes are
- *  the meridian from the first to the second end point, the circumference (global axis 3) and their vector product; the record
- *  is their rotation, followed by the turn about the third of them that takes the meridian to the bars.  A meridian or a
- *  direction of length zero leaves NaN.
+/** Reinforcement of axisymmetric shells.  Global axes are radius, axis of revolution and circumference.  The shell's axes
+ *  are the meridian from the first to the second end point, the circumference (global axis 3) and their vector product;
+ *  the record is their rotation, followed by the turn about the third of them that takes the meridian to the bars.  A
+ *  meridian or a direction of length zero leaves NaN.
  *  @like SPX_ODB_ORIENT2DBEAM
  *  @param[in]     direction  (nblock, 2), -: direction of the bars along meridian and circumference, of any length
  *  @param[out]    out        (4, *), record: orientations x y z w
@@ -524,8 +524,8 @@ void SPX_ODB_ORIENTREBAXSHELLELSET(const int32_t* nblock, int32_t* counter, cons
                                    const int32_t* last, const int32_t* set, const double* coordinates,
                                    const int32_t* firstColumn, const double* direction, double* out);
 
-/** Reinforcement of shells: the shell's orientation, followed by the turn about its normal, axis 3, that takes axis 1 to the
- *  bars.  A direction of length zero leaves NaN.
+/** Reinforcement of shells: the shell's orientation, followed by the turn about its normal, axis 3, that takes axis 1 to
+ *  the bars.  A direction of length zero leaves NaN.
  *  @like SPX_ODB_ORIENT3D
  *  @param[in]     direction  (nblock, 2), -: direction of the bars along the shell's axes 1 and 2, of any length
  */
