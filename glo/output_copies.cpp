@@ -39,15 +39,21 @@ struct RecordArray {
   int64_t length;
 };
 
-// Record by record: a point's values lie far apart in the block and together in the record.
+// Records without a gap are written with full vectors.
 template <class Points, class Source>
 SA_INLINE void fill(Points point, int n, int64_t nblock, int64_t first, Source source, RecordArray out) {
-  RecordScratch<Source::kReals> s;
-  for (int k = 0; k < Source::kReals; ++k) {
-    double* column = s.column[k];
-    forPoints(n, [=](int j) SA_POINT { column[j] = source(k, nblock, point(j)); });
-  }
-  writeRecords(n, s, out.records + first * out.length, out.length);
+  constexpr int kReals = Source::kReals;
+  double* records = out.records + first * out.length;
+  const auto write = [=](int64_t distance) SA_POINT {
+    forPoints(n, [=](int j) SA_POINT {
+      const int64_t k = point(j);
+      for (int c = 0; c < kReals; ++c) records[j * distance + c] = source(c, nblock, k);
+    });
+  };
+  if (out.length == kReals)
+    write(kReals);
+  else
+    write(out.length);
 }
 
 template <class Walk, class Source>

@@ -104,7 +104,6 @@ SA_INLINE void order(Principal& a, Principal& b) {
 
 struct SpatialScratch {
   using Q = Quaternion;
-  static constexpr int kValues = 3;
   RecordScratch<3> values;
   RecordScratch<4> directions;
 

@@ -77,13 +77,16 @@ struct RecordScratch {
   double column[kReals][kScratchPoints];
 };
 
-// One record for each entry, `distance` reals apart.
+// One record for each entry, `distance` reals apart.  Records without a gap are written with full vectors.
 template <int kReals>
 SA_INLINE void writeRecords(int n, const RecordScratch<kReals>& from, double* out, int64_t distance) {
-  for (int j = 0; j < n; ++j) {
-    double* record = out + j * distance;
-    for (int k = 0; k < kReals; ++k) record[k] = from.column[k][j];
-  }
+  if (distance == kReals)
+    forPoints(n, [=, &from](int j) SA_POINT {
+      for (int k = 0; k < kReals; ++k) out[kReals * j + k] = from.column[k][j];
+    });
+  else
+    for (int j = 0; j < n; ++j)
+      for (int k = 0; k < kReals; ++k) out[j * distance + k] = from.column[k][j];
 }
 
 } // namespace sa

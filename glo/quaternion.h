@@ -104,8 +104,8 @@ SA_INLINE Quaternion quaternionOf(const Axes& a) {
 // The rotation about axis 3 of a matrix with the trace t and the difference R21 - R12, from the larger component.
 SA_INLINE PlaneQuaternion planeQuaternionOf(double t, double difference) {
   const bool byScalar = t >= 1.0;
-  const double scalar = __builtin_sqrt(t + 1.0) * 0.5, vector = __builtin_sqrt((1.0 - t) * 0.25 + 0.5);
-  const double larger = byScalar ? scalar : vector, other = difference / (4.0 * larger);
+  const double root = __builtin_sqrt(byScalar ? t + 1.0 : (1.0 - t) * 0.25 + 0.5);
+  const double larger = byScalar ? root * 0.5 : root, other = difference / (4.0 * larger);
   return {byScalar ? other : larger, byScalar ? larger : other};
 }
 

@@ -76,23 +76,22 @@ struct LocalOrientations {
   const int32_t *map, *indices;
   const double* table;
 
-  template <class Points, class Scratch>
-  SA_INLINE void operator()(Points point, int n, Scratch& s) const {
+  template <class Points>
+  SA_INLINE void operator()(Points point, int n, double* records) const {
     if (count <= 0) return;
     for (int j = 0; j < n; ++j) {
       const int32_t* ofElement = indices + (static_cast<int64_t>(map[point(j)]) - 1) * width;
-      compose<0>(ofElement[0], s, j);
-      compose<kRealsOf<Q>>(ofElement[width > 1 ? 1 : 0], s, j); // a single index holds for both sides
+      double* sides = records + 2 * kRealsOf<Q> * j;
+      compose(ofElement[0], sides);
+      compose(ofElement[width > 1 ? 1 : 0], sides + kRealsOf<Q>); // a single index holds for both sides
     }
   }
 
 private:
-  template <int kAt, class Scratch>
-  SA_INLINE void compose(int32_t index, Scratch& s, int j) const {
+  SA_INLINE void compose(int32_t index, double* record) const {
     if (index <= 0) return;
-    Q q;
-    kept<kAt>(s, j, q);
-    keep<kAt>(s, j, composed(table + (static_cast<int64_t>(index) - 1) * columns, count == 4, q));
+    const double* o = table + (static_cast<int64_t>(index) - 1) * columns;
+    store(record, composed(o, count == 4, load<Q>(record, 1, 0)));
   }
 };
 

@@ -36,31 +36,20 @@ struct TwoSides {
 template <class Q>
 inline constexpr int kRealsOf<TwoSides<Q>> = 2 * kRealsOf<Q>;
 
-template <int kAt = 0, int kReals>
-SA_INLINE void keep(RecordScratch<kReals>& s, int j, const PlaneQuaternion& q) {
-  s.column[kAt][j] = q.z;
-  s.column[kAt + 1][j] = q.w;
+SA_INLINE void store(double* record, const PlaneQuaternion& q) {
+  record[0] = q.z;
+  record[1] = q.w;
 }
-template <int kAt = 0, int kReals>
-SA_INLINE void keep(RecordScratch<kReals>& s, int j, const Quaternion& q) {
-  s.column[kAt][j] = q.x;
-  s.column[kAt + 1][j] = q.y;
-  s.column[kAt + 2][j] = q.z;
-  s.column[kAt + 3][j] = q.w;
+SA_INLINE void store(double* record, const Quaternion& q) {
+  record[0] = q.x;
+  record[1] = q.y;
+  record[2] = q.z;
+  record[3] = q.w;
 }
-template <int kAt = 0, int kReals, class Q>
-SA_INLINE void keep(RecordScratch<kReals>& s, int j, const TwoSides<Q>& q) {
-  keep(s, j, q.first);
-  keep<kRealsOf<Q>>(s, j, q.second);
-}
-
-template <int kAt>
-SA_INLINE void kept(const auto& s, int j, PlaneQuaternion& q) {
-  q = {s.column[kAt][j], s.column[kAt + 1][j]};
-}
-template <int kAt>
-SA_INLINE void kept(const auto& s, int j, Quaternion& q) {
-  q = {s.column[kAt][j], s.column[kAt + 1][j], s.column[kAt + 2][j], s.column[kAt + 3][j]};
+template <class Q>
+SA_INLINE void store(double* record, const TwoSides<Q>& q) {
+  store(record, q.first);
+  store(record + kRealsOf<Q>, q.second);
 }
 
 // The turn about axis 3 that takes axis 1 to a direction in the plane 1-2, of any length.
@@ -83,7 +72,7 @@ struct PlaneDirection {
 // ---- the members
 
 struct NothingMore {
-  SA_INLINE void operator()(auto, int, auto&) const {}
+  SA_INLINE void operator()(auto, int, double*) const {}
 };
 
 // orientation(nblock, k) is the record of point k of the block, from 0; finish(point, n, records) may then change those of a
@@ -95,10 +84,10 @@ SA_INLINE void writeOrientations(Walk walk, Place place, double* out, Orientatio
   const int64_t N = *walk.nblock;
   walk(place.isLast, [=](auto point, int n, int64_t first) SA_POINT {
     if (!place.isWritten) return;
-    RecordScratch<kReals> s;
-    forPoints(n, [=, &s](int j) SA_POINT { keep(s, j, orientation(N, point(j))); });
-    finish(point, n, s);
-    writeRecords(n, s, out + kReals * (place.offset + place.distance * first), kReals * place.distance);
+    double* records = out + kReals * (place.offset + place.distance * first);
+    const int64_t distance = kReals * place.distance;
+    forPoints(n, [=](int j) SA_POINT { store(records + distance * j, orientation(N, point(j))); });
+    finish(point, n, records);
   });
 }
 
