@@ -3,7 +3,7 @@
 // A spatial quaternion is x, y, z, w, the scalar last; a plane one, about axis 3, keeps z and w.
 #pragma once
 
-#include "glo/kernel.h"
+#include "glo/vmath.h"
 
 #include <cstdint>
 
@@ -44,13 +44,17 @@ SA_INLINE PlaneQuaternion product(const PlaneQuaternion& a, const PlaneQuaternio
   return {a.z * b.w + p.sa * a.w * b.z, a.w * b.w - p.sa * (a.z * b.z)};
 }
 
+// p - q.  Records hold sums beside differences of products; compilers pair the two into one instruction that rounds once, even
+// where contraction is off, and give other bits on other instruction sets.  A sum with the sign turned has no such partner.
+SA_INLINE double difference(double p, double q) { return p + vm::fromBits(vm::toBits(q) ^ vm::kSignBit); }
+
 // conj(a) b, the terms in this order: a host may compare bits.
 SA_INLINE Quaternion conjugateProduct(const Quaternion& a, const Quaternion& b) {
   return {a.w * b.x - a.x * b.w - a.y * b.z + a.z * b.y, a.w * b.y - a.y * b.w - a.z * b.x + a.x * b.z,
           a.w * b.z - a.z * b.w - a.x * b.y + a.y * b.x, a.x * b.x + a.y * b.y + a.z * b.z + a.w * b.w};
 }
 SA_INLINE PlaneQuaternion conjugateProduct(const PlaneQuaternion& a, const PlaneQuaternion& b) {
-  return {a.w * b.z - a.z * b.w, a.w * b.w + a.z * b.z};
+  return {difference(a.w * b.z, a.z * b.w), a.w * b.w + a.z * b.z};
 }
 SA_INLINE Quaternion conjugate(const Quaternion& q) { return {-q.x, -q.y, -q.z, q.w}; }
 SA_INLINE PlaneQuaternion conjugate(const PlaneQuaternion& q) { return {-q.z, q.w}; }
@@ -101,11 +105,11 @@ SA_INLINE Quaternion quaternionOf(const Axes& a) {
   return {x3 * f, y3 * f, z3 * f, w3 * f};
 }
 
-// The rotation about axis 3 of a matrix with the trace t and the difference R21 - R12, from the larger component.
-SA_INLINE PlaneQuaternion planeQuaternionOf(double t, double difference) {
+// The rotation about axis 3 of a matrix with the trace t and skew = R21 - R12, from the larger component.
+SA_INLINE PlaneQuaternion planeQuaternionOf(double t, double skew) {
   const bool byScalar = t >= 1.0;
   const double root = __builtin_sqrt(byScalar ? t + 1.0 : (1.0 - t) * 0.25 + 0.5);
-  const double larger = byScalar ? root * 0.5 : root, other = difference / (4.0 * larger);
+  const double larger = byScalar ? root * 0.5 : root, other = skew / (4.0 * larger);
   return {byScalar ? other : larger, byScalar ? larger : other};
 }
 

@@ -59,7 +59,7 @@ struct CohesiveSides {
 // o q, the local orientation on the left; o is a record of the table.
 SA_INLINE PlaneQuaternion composed(const double* o, bool isSpatial, const PlaneQuaternion& q) {
   const double a = isSpatial ? o[3] : o[1], b = isSpatial ? o[2] : o[0];
-  return {a * q.z + b * q.w, a * q.w - b * q.z};
+  return {a * q.z + b * q.w, difference(a * q.w, b * q.z)};
 }
 SA_INLINE Quaternion composed(const double* o, bool, const Quaternion& q) {
   const double b1 = o[0], b2 = o[1], b3 = o[2], b4 = o[3];

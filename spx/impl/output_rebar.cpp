@@ -23,8 +23,8 @@ struct BarsInShell {
   SA_INLINE Quaternion operator()(int64_t n, int64_t k) const {
     const Quaternion shell = load<Quaternion>(q, n, k);
     const PlaneQuaternion bar = turnTo(direction[k], direction[k + n]);
-    return {shell.x * bar.w + shell.y * bar.z, shell.y * bar.w - shell.x * bar.z, shell.z * bar.w + shell.w * bar.z,
-            shell.w * bar.w - shell.z * bar.z};
+    return {shell.x * bar.w + shell.y * bar.z, difference(shell.y * bar.w, shell.x * bar.z),
+            shell.z * bar.w + shell.w * bar.z, difference(shell.w * bar.w, shell.z * bar.z)};
   }
 };
 
@@ -40,7 +40,8 @@ struct BarsInAxisymmetricShell {
     const PlaneQuaternion bar = turnTo(direction[k], direction[k + n]);
     // (0, 0, m.z, m.w) times the quarter turn about axis 1
     const double xw = kRootHalf * m.w, yz = kRootHalf * m.z;
-    return {xw * bar.w + yz * bar.z, yz * bar.w - xw * bar.z, yz * bar.w + xw * bar.z, xw * bar.w - yz * bar.z};
+    return {xw * bar.w + yz * bar.z, difference(yz * bar.w, xw * bar.z), yz * bar.w + xw * bar.z,
+            difference(xw * bar.w, yz * bar.z)};
   }
 };
 
