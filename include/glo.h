@@ -1429,10 +1429,12 @@ void GLO_OPE_GENASSEMCONTSHELL(const int32_t* nblock, const int32_t* ncomp, cons
  * GEN members fill parts of the records of a general output, which ldp = ldq describe; nothing else tells them apart.
  * ------------------------------------------------------------------------------------------------------------------ */
 
-/** Principal values P1 >= P2 of plane tensors with their directions, by the closed form of GLO_UTI_PRINCS21; equal values
- *  keep the order of the axes that they lie next to.  Exchanged values have their directions exchanged and the first of
- *  them reversed, so that R stays a rotation.  With t = 1 + R11 + R22: where t >= 1, w = sqrt(t + 1)/2 and z = (R21 -
- *  R12)/(4 w), else z = sqrt((1 - t)/4 + 1/2) and w = (R21 - R12)/(4 z).
+/** Principal values P1 >= P2 of plane tensors with their directions, by the closed form of GLO_UTI_PRINCS21, unscaled as
+ *  there: it squares components, so that those beyond 1e154 leave no directions.  Equal values keep the order of the axes
+ *  that they lie next to.  Exchanged values have their directions exchanged and the first of them reversed, so that the
+ *  matrix R of the directions stays a rotation.  With t = 1 + R11 + R22
+ *    where t >= 1:  w = sqrt(t + 1)/2,            z = (R21 - R12)/(4 w)
+ *    elsewhere:     z = sqrt((1 - t)/4 + 1/2),    w = (R21 - R12)/(4 z)
  *  @param[in]     nblock  (1), block: points
  *  @param[in,out] cursor  (1), cursor: record of the first point, from 1
  *  @param[in]     S       (nblock, 3), any: tensors, S21
@@ -1475,10 +1477,10 @@ void GLO_UTI_ODBPRINC21QUATEMULT(const int32_t* nblock, const int32_t* blockNumb
                                  int32_t* cursor, const double* S, const double* O, const int32_t* ldp,
                                  const int32_t* ldq, double* P, double* Q, const int32_t* last);
 
-/** Principal values P1 >= P2 of plane tensors with 22 = 0, as GLO_UTI_ODBPRINC21QUAT but for two departures.  Where t <
- *  1, which means that the values are exchanged and R11 < 0, the vector part is stored as its square, z = (1 - t)/4 +
- *  1/2, and the scalar part is w = (R21 + R12)/(4 z), which is 0: no unit quaternion.  Databases hold these numbers and
- *  readers know them.
+/** Principal values P1 >= P2 of plane tensors with 22 = 0, as GLO_UTI_ODBPRINC21QUAT but for two departures.  Where t is
+ *  below 1, that is where the values are exchanged and R11 is negative, the vector part is stored as its square and the
+ *  scalar part has a sum: z = (1 - t)/4 + 1/2, w = (R21 + R12)/(4 z), which is 0.  That is no unit quaternion; databases
+ *  hold these numbers and readers know them.
  *  @like GLO_UTI_ODBPRINC21QUAT
  *  @param[in]     S       (nblock, 2), any: tensors, 11 12
  */

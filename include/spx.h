@@ -423,12 +423,12 @@ void SPX_ODB_ORIENT3DL3ELSETINVERT(const int32_t* nblock, const int32_t* nsub, c
                                    const int32_t* groupSize, const int32_t* last, const int32_t* set, const double* q,
                                    double* out);
 
-/** Plane cohesive elements, from the direction cosines R of their two sides in the order 11 22 12 21.  s = 1/2 - (R11 +
- *  R22)/4; z = sqrt(s), w = (R21 - R12)/(4 z), or (0, 1) where s is at most 2.2e-308.  The vector part is always the one
- *  that the root is taken of: a rotation by a small angle a is right to 1e-16/a only, and one below 1e-8 may become the
- *  identity or lose its length.  Databases hold these numbers. Where a side has a local orientation o, an index above 0,
- *  its record is o q, the local orientation followed by q.  The orientation of side j is record indices(min(j, width),
- *  map(i)) of the table.
+/** Plane cohesive elements, from the direction cosines R of their two sides in the order 11 22 12 21.
+ *    s = 1/2 - (R11 + R22)/4, z = sqrt(s), w = (R21 - R12)/(4 z); where s is at most 2.2e-308, (z, w) = (0, 1)
+ *  The root is always that of the vector part: a rotation by a small angle a is right to 1e-16/a only, and one below 1e-8
+ *  may become the identity or lose its length.  Databases hold these numbers.
+ *  A side whose index is above 0 has a local orientation o; its record is then o q, the local orientation followed by q.
+ *  Side j of element i has index (min(j, width), map(i)), which names a record of the table.
  *  @like SPX_ODB_ORIENT2D
  *  @param[in]     width     (1), count: indices of an entry
  *  @param[in]     columns   (1), count>=4: reals of an orientation of the table, at least count
@@ -461,9 +461,9 @@ void SPX_ODB_ORIENTCNE2DELSET(const int32_t* nblock, int32_t* counter, const int
                               const double* matrices, double* out);
 
 /** Cohesive elements in space, from the direction cosines R of their two sides in the order 11 22 33 12 23 31 21 32 13.
- *  With d the largest diagonal term (of equal ones 33 before 22 before 11) and s = (1 - R11 - R22 - R33)/4 + d/2 the
- *  component of d's axis is sqrt(s) and the others follow from it; (0, 0, 0, 1) where s is at most 2.2e-308.  Accuracy
- *  and local orientations as SPX_ODB_ORIENTCNE2D.
+ *  d is the largest diagonal term, of equal ones 33 before 22 before 11.  With s = (1 - R11 - R22 - R33)/4 + d/2 the
+ *  component of d's axis is sqrt(s) and the others are sums and differences of R over 4 sqrt(s); where s is at most
+ *  2.2e-308, the record is (0, 0, 0, 1).  Accuracy and local orientations as SPX_ODB_ORIENTCNE2D.
  *  @like SPX_ODB_ORIENTCNE2D
  *  @param[in]     count     (1), code 0|4: above 0 there are local orientations x y z w
  *  @param[in]     matrices  (nblock, 9, 2), -: direction cosines of both sides
