@@ -27,7 +27,7 @@ SA_INLINE SortedPlane sorted(double p1, double p2, double c, double s) {
           exchange ? c : -s,  exchange ? -c : s,  exchange ? s : c};
 }
 
-// In-plane components of a block of tensors that keeps `k12` as its last component.
+// Tensors with the direct components 11 and 22, and component 12 in the given column.
 template <int kShearColumn>
 struct InPlane {
   SA_INLINE static PlaneOutput convert(const double* S, int64_t n, int64_t k) {

@@ -1,8 +1,8 @@
 // Records of results: which points of a block are written, where their records lie, and how they get there.
 //
 // A member of the output families is a walk (whole block, or the members of an element set that lie in the block), a place
-// (records one after another, or interleaved with others of the same element) and a conversion of one point.  The conversion
-// runs vectorised into columns of a scratch; the records are written from there.
+// (records one after another, or interleaved with others of the same element) and a conversion of one point.  What is made in
+// several passes goes through columns of a scratch; the records are written from there.
 #pragma once
 
 #include "glo/jacobi.h"
