@@ -19,8 +19,8 @@ void append(std::string& line, double value) {
 
 HistoryFile::HistoryFile(const std::filesystem::path& name) : file_(name) {
   file_.put(
-      "time,increment,stable_increment,kinetic_energy,strain_energy,hourglass_energy,viscous_energy,external_work,"
-      "total_energy,balance_error,momentum_x,momentum_y,momentum_z,angular_momentum_x,angular_momentum_y,"
+      "time,increment,stable_increment,kinetic_energy,strain_energy,hourglass_energy,viscous_energy,damage_energy,"
+      "external_work,total_energy,balance_error,momentum_x,momentum_y,momentum_z,angular_momentum_x,angular_momentum_y,"
       "angular_momentum_z");
 }
 
@@ -31,7 +31,7 @@ void HistoryFile::write(const Analysis& analysis, double balanceError) {
   append(line, progress.time);
   line += ',' + std::to_string(progress.increment);
   for (const double value : {progress.stableIncrement, energies.kinetic, energies.strain, energies.hourglass,
-                             energies.viscous, energies.external, energies.total(), balanceError})
+                             energies.viscous, energies.damage, energies.external, energies.total(), balanceError})
     append(line, value);
   for (const double value : analysis.linearMomentum()) append(line, value);
   for (const double value : analysis.angularMomentum()) append(line, value);

@@ -261,6 +261,8 @@ std::string describeEnding(Ending ending, const Analysis& analysis, const Case& 
   case Ending::IncrementCollapsed:
     return "the stable increment fell to " + shortNumber(now.stableIncrement) + " s" + at + ", below " +
            shortNumber(definition.smallestIncrementRatio) + " of the first one (" + shortNumber(firstIncrement) + " s)";
+  case Ending::Stopped:
+    return "a material could not go on" + at + "; the message file says why";
   case Ending::NotFinite:
     return "a position, velocity or energy is no longer a finite number" + at;
   default:
@@ -461,7 +463,7 @@ private:
       return reportInterruption(analysis, output);
     }
     message("Error", "%S", {reason});
-    endAnalysis(exitErrors);
+    if (ending != Ending::Stopped || !host::threadError()) endAnalysis(exitErrors); // else it is ended
     closeJobFiles();
     if (ranks_.isRoot()) reportError(reason + "; what was computed is in " + output.leftovers());
     return exitEndedEarly;

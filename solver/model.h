@@ -1,6 +1,8 @@
 // What is analysed: mesh and case, as the readers leave them and the analysis takes them.  SI units throughout.
 #pragma once
 
+#include "materials.h"
+
 #include <array>
 #include <cstdint>
 #include <filesystem>
@@ -35,17 +37,6 @@ struct Mesh {
   int32_t nodes() const { return static_cast<int32_t>(nodeNumbers.size()); }
   int32_t elements() const { return static_cast<int32_t>(elementNumbers.size()); }
   const Group* findGroup(const std::string& name) const;
-};
-
-// Polynomial hyperelasticity of order 2; reciprocals of D1 and D2, so that a missing D2 is 0.
-struct Material {
-  std::string name;
-  double density = 0;
-  double C10 = 0, C01 = 0, C20 = 0, C11 = 0, C02 = 0;
-  double rD1 = 0, rD2 = 0;
-
-  double shearModulus() const { return 2 * (C10 + C01); }
-  double bulkModulus() const { return 2 * rD1; }
 };
 
 // A velocity over time: piecewise linear, constant before the first and after the last point.
