@@ -355,8 +355,9 @@ Interface readInterface(const std::vector<std::string>& files) {
 
 // The word that says how an argument is used: the grammar's word where the unit is one, `value` for a physical unit.
 std::string role(const std::string& unit) {
-  static const char* const kWords[] = {"any",  "block",  "length",  "count", "rows", "stride", "list",   "first",
-                                       "last", "unread", "stretch", "mask",  "flag", "text",   "address"};
+  static const char* const kWords[] = {"any",     "block",  "length", "count",   "rows", "stride", "list",
+                                       "first",   "last",   "unread", "stretch", "mask", "flag",   "text",
+                                       "address", "record", "cursor", "place",   "set"};
   for (const char* word : kWords)
     if (unit == word) return word;
   if (startsWith(unit, "entity of ")) return "entity";
@@ -392,11 +393,12 @@ void checkArgument(const Routine& routine, const Argument& argument, const std::
       bad("the shape uses " + dimension + ", which is no other argument");
   const std::string use = role(line.unit);
   const bool isScalar = line.shape.size() == 1 && line.shape[0] == "1";
-  static const std::set<std::string> kScalarRoles = {"block", "length", "count", "rows",   "stride",
-                                                     "first", "last",   "index", "unread", "code"};
+  static const std::set<std::string> kScalarRoles = {"block", "length", "count",  "rows", "stride", "first",
+                                                     "last",  "index",  "unread", "code", "cursor", "place"};
   if (kScalarRoles.count(use) != 0 && !isScalar) bad("unit \"" + line.unit + "\" belongs to a scalar");
   const bool isInteger = argument.type.find("int32_t") != std::string::npos;
-  if ((kScalarRoles.count(use) != 0 || use == "entity" || use == "list") && !isInteger)
+  if ((kScalarRoles.count(use) != 0 || use == "entity" || use == "list" || use == "set") && use != "unread" &&
+      !isInteger)
     bad("unit \"" + line.unit + "\" belongs to an int32_t");
   const auto needsName = [&](const std::string& name) {
     if (name == "*" || !isDimension(name, names)) bad("unit \"" + line.unit + "\" names no argument");
