@@ -1,0 +1,407 @@
+// Superelastic shape-memory alloy: austenite, one martensite, and a transformation that is linear in a pressure-dependent
+// norm of the stress.
+#include "spx.h"
+#include "spx/impl/user_frame.h"
+
+namespace sa::user {
+namespace {
+
+constexpr double kRoot = 0x1.a20bd700c2c3ep-1; // sqrt(2/3): the norm of the deviator under a uniaxial stress of one
+
+// State variables, from 0: fraction, transformation strain of six components, equivalent stress.
+constexpr int kEquivalentStress = 7;
+
+struct Superelastic {
+  static constexpr int kProperties = 14, kStates = 8;
+  double G, dG, K, dK, E, dE; // of austenite, and what martensite has more
+  double alpha, eD, eV, eTension, eCompression;
+  double startAM, finishAM, startMA, finishMA; // uniaxial stresses
+  double T0, slopeAM, slopeMA;
+
+  static bool isRefused(const Block& b);
+  explicit Superelastic(const double* p) {
+    const auto shear = [](double e, double nu) { return e / (2.0 * (1.0 + nu)); };
+    const auto bulk = [](double e, double nu) { return e / (3.0 * (1.0 - 2.0 * nu)); };
+    E = p[0], G = shear(p[0], p[1]), K = bulk(p[0], p[1]);
+    dE = p[2] - E, dG = shear(p[2], p[3]) - G, dK = bulk(p[2], p[3]) - K;
+    startAM = p[5], finishAM = p[6], startMA = p[7], finishMA = p[8];
+    alpha = p[9] > 0.0 ? kRoot * (p[9] - startAM) / (p[9] + startAM) : 0.0;
+    T0 = p[10], slopeAM = p[11], slopeMA = p[12];
+    eTension = p[4];
+    // eps_L = sqrt(2/3) e_D + e_V/3
+    eV = p[13] < 0.0 ? 3.0 * alpha * eTension / (kRoot + alpha) : p[13];
+    eD = (eTension - eV / 3.0) / kRoot;
+    eCompression = kRoot * eD - eV / 3.0;
+  }
+};
+
+// ---- the transformation of one point, whatever its dimensions
+
+// F as it depends on xi at given total strain: shear (N - eD xi) times the modulus of xi, and the like with the mean strain,
+// which makes a polynomial of degree two.
+struct Norm {
+  double c0, c1, c2;
+  SA_INLINE double operator()(double xi) const { return c0 + xi * (c1 + xi * c2); }
+};
+SA_INLINE Norm operator+(const Norm& a, const Norm& b) { return {a.c0 + b.c0, a.c1 + b.c1, a.c2 + b.c2}; }
+// factor (M + dM xi) (strain - part xi)
+SA_INLINE Norm normPart(double factor, double M, double dM, double strain, double part) {
+  return {factor * M * strain, factor * (dM * strain - M * part), -factor * dM * part};
+}
+
+// Limits in terms of F at one temperature, and F at the start of the increment as it stands to them at both temperatures.
+struct Limits {
+  double startAM, finishAM, startMA, finishMA, beforeAM, beforeMA;
+};
+SA_INLINE Limits limitsAt(const Superelastic& m, double before, double tempOld, double tempNew) {
+  const double factor = kRoot + m.alpha, shiftAM = m.slopeAM * (tempNew - m.T0), shiftMA = m.slopeMA * (tempNew - m.T0);
+  return {factor * (m.startAM + shiftAM), factor * (m.finishAM + shiftAM), factor * (m.startMA + shiftMA),
+          factor * (m.finishMA + shiftMA),
+          // a change of temperature moves the limits; the old F is moved with them
+          before + factor * m.slopeAM * (tempNew - tempOld), before + factor * m.slopeMA * (tempNew - tempOld)};
+}
+
+// The new fraction, and how it moves with F at fixed xi (for a solution of the strain from the outside).
+struct Fraction {
+  double xi, perNorm;
+};
+
+// The root at which p x^2 + q x + r falls through zero, and minus its derivative there.
+SA_INLINE Fraction fallingRoot(double p, double q, double r) {
+  const double D = vm::sqrt(vm::max(0.0, q * q - 4.0 * p * r));
+  return {2.0 * r / (D - q), D};
+}
+
+SA_INLINE Fraction transform(const Norm& F, double xi, const Limits& l) {
+  const double trial = F(xi);
+  // to martensite, on the straight line from (F0, xi) to (finish, 1): (1 - x)(finish - F0) = (1 - xi)(finish - F(x))
+  const double fromAM = vm::max(l.startAM, l.beforeAM), widthAM = l.finishAM - fromAM, austenite = 1.0 - xi;
+  const Fraction toM =
+      fallingRoot(austenite * F.c2, austenite * F.c1 - widthAM, widthAM + austenite * (F.c0 - l.finishAM));
+  const bool isToM = (trial > fromAM) & (austenite > 0.0), isFull = (F(1.0) >= l.finishAM) | (widthAM <= 0.0);
+  // to austenite, from (F0, xi) to (finish, 0): x (F0 - finish) = xi (F(x) - finish)
+  const double fromMA = vm::min(l.startMA, l.beforeMA), widthMA = fromMA - l.finishMA;
+  const Fraction toA = fallingRoot(xi * F.c2, xi * F.c1 - widthMA, xi * (F.c0 - l.finishMA));
+  const bool isToA = (trial < fromMA) & (xi > 0.0), isNone = (F(0.0) <= l.finishMA) | (widthMA <= 0.0);
+
+  const double xiM = vm::select(isFull, 1.0, vm::min(1.0, toM.xi)),
+               slopeM = vm::select(isFull, 0.0, austenite / toM.perNorm);
+  const double xiA = vm::select(isNone, 0.0, vm::max(0.0, toA.xi)), slopeA = vm::select(isNone, 0.0, xi / toA.perNorm);
+  return {vm::select(isToM, xiM, vm::select(isToA, xiA, xi)),
+          vm::select(isToM, slopeM, vm::select(isToA, slopeA, 0.0))};
+}
+
+// The place 0..1 on a straight path of strain where |e0 + t de| + q t is smallest, q = 3 alpha K dTheta/(2 G): before it F
+// falls, behind it F rises.  From c = e0:e0, a = e0:de, b = de:de.
+SA_INLINE double smallestNorm(double a, double b, double c, double q) {
+  const double determinant = vm::max(0.0, b * c - a * a), rest = b - q * q;
+  const double u = -q * vm::sqrt(determinant / vm::select(rest > 0.0, rest, 1.0));
+  const double t = (u - a) / vm::select(b > 0.0, b, 1.0);
+  // without a place inside, the path is taken in one piece
+  return vm::select((rest > 0.0) & (t > 0.0) & (t < 1.0), t, 0.0);
+}
+
+// ---- three dimensions
+
+// Where a point is in its block of strains: total deviator and mean strain, fraction, stress.
+template <int kShears>
+struct State {
+  Tensor<kShears> e;
+  double volume, xi;
+  Tensor<kShears> stress;
+};
+
+template <int kShears>
+SA_INLINE double normOf(const Superelastic& m, const Tensor<kShears>& stress) {
+  const Tensor<kShears> s = deviator(stress);
+  return vm::sqrt(product(s, s)) + m.alpha * trace(stress);
+}
+
+struct Response {
+  double xi, shearFactor, pressure; // stress = shearFactor e + pressure 1
+  double acrossSlope;               // of the stress across with the strain across, for plane stress
+};
+
+// Stress at total strain (e, volume).  Its direction is that of the strain deviator: s = 2 G (1 - eD xi/|e|) e.
+template <int kShears>
+SA_INLINE Response respond(const Superelastic& m, const Tensor<kShears>& e, double volume, double xi0,
+                           const Limits& limits) {
+  const double N = vm::sqrt(product(e, e)), perN = 1.0 / vm::max(1e-100, N);
+  const Norm F = normPart(2.0, m.G, m.dG, N, m.eD) + normPart(3.0 * m.alpha, m.K, m.dK, volume, m.eV);
+  const Fraction f = transform(F, xi0, limits);
+  const double G2 = 2.0 * (m.G + f.xi * m.dG), K = m.K + f.xi * m.dK;
+  const double elastic = 1.0 - m.eD * f.xi * perN, elasticVolume = volume - m.eV * f.xi;
+  Response r{f.xi, G2 * elastic, K * elasticVolume, 0.0};
+  // d/d(strain across): of |e|, of the volume and, through F, of xi
+  const double dN = e.s33 * perN, dxi = f.perNorm * (G2 * dN + 3.0 * m.alpha * K);
+  r.acrossSlope = (2.0 * m.dG * dxi * elastic - G2 * m.eD * perN * (dxi - f.xi * dN * perN)) * e.s33 +
+                  G2 * elastic * (2.0 / 3.0) + m.dK * dxi * elasticVolume + K * (1.0 - m.eV * dxi);
+  return r;
+}
+
+// Strain across that leaves no stress there.  The stress rises with it, so Newton's steps are kept inside the values of either
+// sign found so far.
+constexpr int kAcrossSteps = 16;
+
+template <bool kPlaneStress, int kShears>
+SA_INLINE State<kShears> advance(const Superelastic& m, const State<kShears>& from, const Tensor<kShears>& strain,
+                                 double tempOld, double tempNew, double& across) {
+  const Limits limits = limitsAt(m, normOf(m, from.stress), tempOld, tempNew);
+  Tensor<kShears> inc = strain;
+  Response r{};
+  if constexpr (kPlaneStress) {
+    double low = -vm::kInfinity, high = vm::kInfinity, x = across;
+    for (int step = 0; step < kAcrossSteps; ++step) {
+      inc.s33 = x;
+      const Tensor<kShears> e = sum(from.e, 1.0, deviator(inc));
+      r = respond(m, e, from.volume + trace(inc), from.xi, limits);
+      const double value = r.shearFactor * e.s33 + r.pressure, next = x - value / r.acrossSlope;
+      low = vm::select(value < 0.0, x, low);
+      high = vm::select(value > 0.0, x, high);
+      const bool isInside = (next >= low) & (next <= high);
+      x = vm::select(isInside, next, 0.5 * (low + high));
+    }
+    across = inc.s33 = x;
+  }
+  State<kShears> to{sum(from.e, 1.0, deviator(inc)), from.volume + trace(inc), 0.0, {}};
+  r = respond(m, to.e, to.volume, from.xi, limits);
+  to.xi = r.xi;
+  to.stress = sum(scaled(r.shearFactor, to.e), r.pressure);
+  if constexpr (kPlaneStress) to.stress.s33 = 0.0;
+  return to;
+}
+
+// Transformation strain at a total strain of this direction.
+template <int kShears>
+SA_INLINE Tensor<kShears> transformation(const Superelastic& m, const State<kShears>& s) {
+  const double N = vm::sqrt(product(s.e, s.e));
+  return sum(scaled(m.eD * s.xi / vm::max(1e-100, N), s.e), m.eV * s.xi / 3.0);
+}
+
+template <bool kPlaneStress, int kShears>
+SA_INLINE void superelastic(const Block& b, const Superelastic& model) {
+  const Superelastic m = model;
+  const int64_t n = b.points;
+  const double *strainInc = b.strainInc, *stressOld = b.stressOld, *stateOld = b.stateOld, *tempOld = b.tempOld,
+               *tempNew = b.tempNew, *internalOld = b.internalOld, *inelasticOld = b.inelasticOld, *density = b.density;
+  double *stress = b.stress, *state = b.state, *internal = b.internal, *inelastic = b.inelastic;
+
+  forPoints(b.points, [=](int i) SA_POINT {
+    const double xi = stateOld[i], temp0 = tempOld[i], temp1 = tempNew[i];
+    const double intOld = internalOld[i], inelOld = inelasticOld[i], perDensity = 1.0 / density[i];
+    const Tensor<kShears> old = load<kShears>(stressOld, n, i), change = load<kShears>(stateOld + n, n, i);
+    Tensor<kShears> strain = load<kShears>(strainInc, n, i);
+    if constexpr (kPlaneStress) strain.s33 = 0.0;
+
+    // total strain from stress and transformation strain, so that initial stress has its strain too
+    const double G2 = 2.0 * (m.G + xi * m.dG), K3 = 3.0 * (m.K + xi * m.dK);
+    const State<kShears> start{sum(deviator(change), 1.0 / G2, deviator(old)), trace(old) / K3 + trace(change), xi,
+                               old};
+
+    // an increment that leads through the smallest F is taken in two
+    double across = 0.0;
+    Tensor<kShears> guess = strain;
+    if constexpr (kPlaneStress) {
+      // elastic, with the present fraction
+      across = -(K3 - G2) / (K3 + 2.0 * G2) * (strain.s11 + strain.s22);
+      guess.s33 = across;
+    }
+    const Tensor<kShears> de = deviator(guess);
+    const double t = smallestNorm(product(start.e, de), product(de, de), product(start.e, start.e),
+                                  m.alpha * K3 * trace(guess) / G2);
+    const double tempMiddle = temp0 + t * (temp1 - temp0);
+    double across1 = t * across, across2 = (1.0 - t) * across;
+    const State<kShears> middle = advance<kPlaneStress>(m, start, scaled(t, strain), temp0, tempMiddle, across1);
+    const State<kShears> end = advance<kPlaneStress>(m, middle, scaled(1.0 - t, strain), tempMiddle, temp1, across2);
+
+    const Tensor<kShears> changeMiddle = transformation(m, middle), changeEnd = transformation(m, end);
+    store(end.stress, stress, n, i);
+    state[i] = end.xi;
+    store(changeEnd, state + n, n, i);
+    if constexpr (kShears == 1) {
+      state[i + 5 * n] = 0.0;
+      state[i + 6 * n] = 0.0;
+    }
+    state[i + kEquivalentStress * n] = normOf(m, end.stress) / (kRoot + m.alpha);
+
+    // stress across is zero in plane stress, so the strain there does no work
+    const Tensor<kShears> first = sum(old, 1.0, middle.stress), second = sum(middle.stress, 1.0, end.stress);
+    const double work = 0.5 * (t * product(first, strain) + (1.0 - t) * product(second, strain));
+    const double spent =
+        0.5 * (product(first, sum(changeMiddle, -1.0, change)) + product(second, sum(changeEnd, -1.0, changeMiddle)));
+    internal[i] = intOld + work * perDensity;
+    inelastic[i] = inelOld + spent * perDensity;
+  });
+  keepStates(b, Superelastic::kStates);
+}
+
+// ---- one dimension
+
+struct UniaxialState {
+  double strain, xi, stress;
+};
+
+// As in three dimensions, with n fixed: the sign of the strain tells tension from compression.
+SA_INLINE UniaxialState advance(const Superelastic& m, const UniaxialState& from, double strain, double tempOld,
+                                double tempNew) {
+  const double factorOld = kRoot + vm::select(from.strain < 0.0, -m.alpha, m.alpha);
+  const Limits limits = limitsAt(m, factorOld * vm::copysign(1.0, from.strain) * from.stress, tempOld, tempNew);
+  const double total = from.strain + strain, sign = vm::copysign(1.0, total), N = vm::abs(total);
+  const double factor = kRoot + vm::select(total < 0.0, -m.alpha, m.alpha);
+  const double part = vm::select(total < 0.0, m.eCompression, m.eTension);
+  const double xi = transform(normPart(factor, m.E, m.dE, N, part), from.xi, limits).xi;
+  return {total, xi, (m.E + xi * m.dE) * sign * (N - part * xi)};
+}
+SA_INLINE double transformation(const Superelastic& m, const UniaxialState& s) {
+  return s.xi * vm::select(s.strain < 0.0, -m.eCompression, m.eTension);
+}
+
+template <bool kHasShear>
+SA_INLINE void uniaxial(const Block& b, const Superelastic& model) {
+  const Superelastic m = model;
+  const int64_t n = b.points;
+  const double *strainInc = b.strainInc, *stressOld = b.stressOld, *stateOld = b.stateOld, *tempOld = b.tempOld,
+               *tempNew = b.tempNew, *internalOld = b.internalOld, *inelasticOld = b.inelasticOld, *density = b.density;
+  double *stress = b.stress, *state = b.state, *internal = b.internal, *inelastic = b.inelastic;
+
+  forPoints(b.points, [=](int i) SA_POINT {
+    const double xi = stateOld[i], change = stateOld[i + n], old = stressOld[i], strain = strainInc[i];
+    const double temp0 = tempOld[i], temp1 = tempNew[i];
+    const double intOld = internalOld[i], inelOld = inelasticOld[i], perDensity = 1.0 / density[i];
+    const UniaxialState start{old / (m.E + xi * m.dE) + change, xi, old};
+    // an increment through zero strain is taken in two
+    const double crossing = -start.strain / vm::select(strain == 0.0, 1.0, strain);
+    const double t = vm::select((crossing > 0.0) & (crossing < 1.0), crossing, 0.0);
+    const double tempMiddle = temp0 + t * (temp1 - temp0);
+    const UniaxialState middle = advance(m, start, t * strain, temp0, tempMiddle);
+    const UniaxialState end = advance(m, middle, (1.0 - t) * strain, tempMiddle, temp1);
+    const double changeMiddle = transformation(m, middle), changeEnd = transformation(m, end);
+    const double first = 0.5 * (old + middle.stress), second = 0.5 * (middle.stress + end.stress);
+    double work = first * (t * strain) + second * ((1.0 - t) * strain);
+
+    stress[i] = end.stress;
+    if constexpr (kHasShear) {
+      // elastic, whatever the fraction
+      const double oldShear = stressOld[i + n], shear = strainInc[i + n];
+      const double elastic = oldShear / (m.G + xi * m.dG) + 2.0 * shear, newShear = (m.G + end.xi * m.dG) * elastic;
+      work += (oldShear + newShear) * shear;
+      stress[i + n] = newShear;
+    }
+    const double lateral = 0.5 * (m.eV * end.xi - changeEnd);
+    state[i] = end.xi;
+    state[i + n] = changeEnd;
+    state[i + 2 * n] = lateral;
+    state[i + 3 * n] = lateral;
+    state[i + 4 * n] = 0.0;
+    state[i + 5 * n] = 0.0;
+    state[i + 6 * n] = 0.0;
+    const double factor = kRoot + vm::select(end.stress < 0.0, -m.alpha, m.alpha);
+    state[i + kEquivalentStress * n] = factor * vm::abs(end.stress) / (kRoot + m.alpha);
+    internal[i] = intOld + work * perDensity;
+    inelastic[i] = inelOld + (first * (changeMiddle - change) + second * (changeEnd - changeMiddle)) * perDensity;
+  });
+  keepStates(b, Superelastic::kStates);
+}
+
+// ---- the first call
+
+SA_INLINE void uniaxialElasticAnswer(const Block& b, const Superelastic& m) {
+  const int64_t n = b.points;
+  const double E = m.E, G2 = 2.0 * m.G;
+  const double *strainInc = b.strainInc, *stressOld = b.stressOld, *internalOld = b.internalOld,
+               *inelasticOld = b.inelasticOld;
+  double *stress = b.stress, *internal = b.internal, *inelastic = b.inelastic;
+  const bool hasShear = b.nshr == 1;
+  forPoints(b.points, [=](int i) SA_POINT {
+    stress[i] = stressOld[i] + E * strainInc[i];
+    internal[i] = internalOld[i];
+    inelastic[i] = inelasticOld[i];
+  });
+  if (hasShear) forPoints(b.points, [=](int i) SA_POINT { stress[i + n] = stressOld[i + n] + G2 * strainInc[i + n]; });
+}
+
+// Plane stress has the modulus K - 2/3 G lowered to lambda' = lambda 2 G/(lambda + 2 G), and no stress across.
+SA_INLINE void planeStressElasticAnswer(const Block& b, const Superelastic& m) {
+  const int64_t n = b.points;
+  const double lambda = m.K - 2.0 / 3.0 * m.G, G2 = 2.0 * m.G, reduced = lambda * G2 / (lambda + G2);
+  const double *strainInc = b.strainInc, *stressOld = b.stressOld, *internalOld = b.internalOld,
+               *inelasticOld = b.inelasticOld;
+  double *stress = b.stress, *internal = b.internal, *inelastic = b.inelastic;
+  forPoints(b.points, [=](int i) SA_POINT {
+    const double e11 = strainInc[i], e22 = strainInc[i + n], e12 = strainInc[i + 3 * n], volume = e11 + e22;
+    const double s11 = stressOld[i], s22 = stressOld[i + n], s12 = stressOld[i + 3 * n];
+    stress[i] = s11 + G2 * e11 + reduced * volume;
+    stress[i + n] = s22 + G2 * e22 + reduced * volume;
+    stress[i + 2 * n] = 0.0;
+    stress[i + 3 * n] = s12 + G2 * e12;
+    internal[i] = internalOld[i];
+    inelastic[i] = inelasticOld[i];
+  });
+}
+
+// ---- by the name
+
+enum class Kind { uniaxial, planeStress, solid, unknown };
+Kind kindOf(std::string_view name) {
+  if (name.starts_with("TVK_SUPER_ELASTIC_N1D")) return Kind::uniaxial;
+  if (name.starts_with("TVK_SUPER_ELASTIC_N2D")) return Kind::planeStress;
+  if (name.starts_with("TVK_SUPER_ELASTIC_N3D")) return Kind::solid;
+  return Kind::unknown;
+}
+
+bool Superelastic::isRefused(const Block& b) {
+  const Kind kind = kindOf(b.name);
+  if (kind == Kind::unknown)
+    return refuse(b, "The material name used with the VUMAT for superelastic materials must start with one of "
+                     "the strings TVK_SUPER_ELASTIC_N1D, "
+                     "TVK_SUPER_ELASTIC_N2D, or TVK_SUPER_ELASTIC_N3D");
+  const bool isSupported = kind == Kind::uniaxial      ? b.ndir == 1 && (b.nshr == 0 || b.nshr == 1)
+                           : kind == Kind::planeStress ? b.isPlane()
+                                                       : b.isSolid() || b.isPlane();
+  if (refuseElement(b, isSupported,
+                    "The elements of material %S do not have the stress components that its name asks for: "
+                    "TVK_SUPER_ELASTIC_N1D needs one direct component, "
+                    "TVK_SUPER_ELASTIC_N2D needs plane stress elements, and "
+                    "TVK_SUPER_ELASTIC_N3D needs solid or plane strain elements."))
+    return true;
+  if (b.properties != kProperties)
+    return refuse(b, "Subroutine VUMAT for superelastic materials should be used with 14 material  "
+                     "properties.");
+  return refuseStates(b, kStates,
+                      "Subroutine VUMAT for superelastic materials requires the specification of %I "
+                      "state variables. Check the definition of *DEPVAR "
+                      "in the input file.") ||
+         refuseValues(b, {1, 3, 5, 6});
+}
+
+SA_INLINE void compute(const Block& b, const Superelastic& m) {
+  const Kind kind = kindOf(b.name);
+  if (b.isDataCheck) {
+    if (kind == Kind::uniaxial)
+      uniaxialElasticAnswer(b, m);
+    else if (kind == Kind::planeStress)
+      planeStressElasticAnswer(b, m);
+    else if (b.isSolid())
+      elasticAnswer<3>(b, m.K, m.G);
+    else
+      elasticAnswer<1>(b, m.K, m.G);
+    keepStates(b, 0);
+  } else if (kind == Kind::uniaxial) {
+    if (b.nshr == 1)
+      uniaxial<true>(b, m);
+    else
+      uniaxial<false>(b, m);
+  } else if (kind == Kind::planeStress) {
+    superelastic<true, 1>(b, m);
+  } else if (b.isSolid()) {
+    superelastic<false, 3>(b, m);
+  } else {
+    superelastic<false, 1>(b, m);
+  }
+}
+
+} // namespace
+
+SA_USER_MATERIAL(SPX_USR_SUPERELASTIC, Superelastic)
+
+} // namespace sa::user
