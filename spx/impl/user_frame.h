@@ -125,10 +125,15 @@ SA_INLINE Tensor<kShears> sum(const Tensor<kShears>& a, double f, const Tensor<k
 // a + f 1
 template <int kShears>
 SA_INLINE Tensor<kShears> sum(const Tensor<kShears>& a, double f) {
-  Tensor<kShears> r = a;
-  r.s11 += f;
-  r.s22 += f;
-  r.s33 += f;
+  Tensor<kShears> r{};
+  r.s11 = a.s11 + f;
+  r.s22 = a.s22 + f;
+  r.s33 = a.s33 + f;
+  r.s12 = a.s12;
+  if constexpr (kShears == 3) {
+    r.s23 = a.s23;
+    r.s13 = a.s13;
+  }
   return r;
 }
 template <int kShears>

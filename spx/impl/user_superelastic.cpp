@@ -103,23 +103,25 @@ SA_INLINE double smallestNorm(double a, double b, double c, double q) {
 
 // ---- three dimensions
 
-// Where a point is in its block of strains: total deviator and mean strain, fraction, stress.
+// Total strain, fraction and F at the start, from stress and transformation strain, so that initial stress has its strain too.
 template <int kShears>
 struct State {
-  Tensor<kShears> e;
-  double volume, xi;
-  Tensor<kShears> stress;
+  Tensor<kShears> e; // deviator of the strain
+  double volume, xi, norm;
 };
-
 template <int kShears>
-SA_INLINE double normOf(const Superelastic& m, const Tensor<kShears>& stress) {
+SA_INLINE State<kShears> stateOf(const Superelastic& m, double xi, const Tensor<kShears>& stress,
+                                 const Tensor<kShears>& change) {
+  const double G2 = 2.0 * (m.G + xi * m.dG), K3 = 3.0 * (m.K + xi * m.dK);
   const Tensor<kShears> s = deviator(stress);
-  return vm::sqrt(product(s, s)) + m.alpha * trace(stress);
+  return {sum(deviator(change), 1.0 / G2, s), trace(stress) / K3 + trace(change), xi,
+          vm::sqrt(product(s, s)) + m.alpha * trace(stress)};
 }
 
 struct Response {
   double xi, shearFactor, pressure; // stress = shearFactor e + pressure 1
   double acrossSlope;               // of the stress across with the strain across, for plane stress
+  double changeFactor;              // deviator of the transformation strain = changeFactor e
 };
 
 // Stress at total strain (e, volume).  Its direction is that of the strain deviator: s = 2 G (1 - eD xi/|e|) e.
@@ -131,106 +133,129 @@ SA_INLINE Response respond(const Superelastic& m, const Tensor<kShears>& e, doub
   const Fraction f = transform(F, xi0, limits);
   const double G2 = 2.0 * (m.G + f.xi * m.dG), K = m.K + f.xi * m.dK;
   const double elastic = 1.0 - m.eD * f.xi * perN, elasticVolume = volume - m.eV * f.xi;
-  Response r{f.xi, G2 * elastic, K * elasticVolume, 0.0};
   // d/d(strain across): of |e|, of the volume and, through F, of xi
   const double dN = e.s33 * perN, dxi = f.perNorm * (G2 * dN + 3.0 * m.alpha * K);
-  r.acrossSlope = (2.0 * m.dG * dxi * elastic - G2 * m.eD * perN * (dxi - f.xi * dN * perN)) * e.s33 +
-                  G2 * elastic * (2.0 / 3.0) + m.dK * dxi * elasticVolume + K * (1.0 - m.eV * dxi);
-  return r;
+  const double slope = (2.0 * m.dG * dxi * elastic - G2 * m.eD * perN * (dxi - f.xi * dN * perN)) * e.s33 +
+                       G2 * elastic * (2.0 / 3.0) + m.dK * dxi * elasticVolume + K * (1.0 - m.eV * dxi);
+  return {f.xi, G2 * elastic, K * elasticVolume, slope, m.eD * f.xi * perN};
 }
 
-// Strain across that leaves no stress there.  The stress rises with it, so Newton's steps are kept inside the values of either
-// sign found so far.
+// Where an increment starts.
+struct Arrays {
+  const double *stress, *state, *internal, *inelastic;
+};
+
+// Steps towards the strain across that leaves no stress there.  The stress rises with it, so that Newton's steps are kept
+// between the strains of either sign found so far.
 constexpr int kAcrossSteps = 16;
 
-template <bool kPlaneStress, int kShears>
-SA_INLINE State<kShears> advance(const Superelastic& m, const State<kShears>& from, const Tensor<kShears>& strain,
-                                 double tempOld, double tempNew, double& across) {
-  const Limits limits = limitsAt(m, normOf(m, from.stress), tempOld, tempNew);
-  Tensor<kShears> inc = strain;
-  Response r{};
-  if constexpr (kPlaneStress) {
-    double low = -vm::kInfinity, high = vm::kInfinity, x = across;
-    for (int step = 0; step < kAcrossSteps; ++step) {
-      inc.s33 = x;
-      const Tensor<kShears> e = sum(from.e, 1.0, deviator(inc));
-      r = respond(m, e, from.volume + trace(inc), from.xi, limits);
-      const double value = r.shearFactor * e.s33 + r.pressure, next = x - value / r.acrossSlope;
-      low = vm::select(value < 0.0, x, low);
-      high = vm::select(value > 0.0, x, high);
-      const bool isInside = (next >= low) & (next <= high);
-      x = vm::select(isInside, next, 0.5 * (low + high));
-    }
-    across = inc.s33 = x;
-  }
-  State<kShears> to{sum(from.e, 1.0, deviator(inc)), from.volume + trace(inc), 0.0, {}};
-  r = respond(m, to.e, to.volume, from.xi, limits);
-  to.xi = r.xi;
-  to.stress = sum(scaled(r.shearFactor, to.e), r.pressure);
-  if constexpr (kPlaneStress) to.stress.s33 = 0.0;
-  return to;
-}
+// A share of the increment of each point of a piece, with its temperatures.
+struct Share {
+  double part[kScratchPoints], tempOld[kScratchPoints], tempNew[kScratchPoints], across[kScratchPoints];
+};
 
-// Transformation strain at a total strain of this direction.
-template <int kShears>
-SA_INLINE Tensor<kShears> transformation(const Superelastic& m, const State<kShears>& s) {
-  const double N = vm::sqrt(product(s.e, s.e));
-  return sum(scaled(m.eD * s.xi / vm::max(1e-100, N), s.e), m.eV * s.xi / 3.0);
+template <bool kPlaneStress, int kShears>
+SA_INLINE void advance(const Block& b, const Superelastic& model, const Arrays& from, int start, int length,
+                       Share& share) {
+  const Superelastic m = model;
+  const int64_t n = b.points;
+  const double *strainInc = b.strainInc, *density = b.density, *stressOld = from.stress, *stateOld = from.state,
+               *internalOld = from.internal, *inelasticOld = from.inelastic;
+  double *stress = b.stress, *state = b.state, *internal = b.internal, *inelastic = b.inelastic;
+
+  if constexpr (kPlaneStress) {
+    double low[kScratchPoints], high[kScratchPoints];
+    forPoints(length, [=, &low, &high](int k) SA_POINT {
+      low[k] = -vm::kInfinity;
+      high[k] = vm::kInfinity;
+    });
+    for (int step = 0; step < kAcrossSteps; ++step)
+      forPoints(length, [=, &low, &high, &share](int k) SA_POINT {
+        const int i = start + k;
+        const double x = share.across[k];
+        const State<kShears> s =
+            stateOf(m, stateOld[i], load<kShears>(stressOld, n, i), load<kShears>(stateOld + n, n, i));
+        Tensor<kShears> inc = scaled(share.part[k], load<kShears>(strainInc, n, i));
+        inc.s33 = x;
+        const Tensor<kShears> e = sum(s.e, 1.0, deviator(inc));
+        const Response r =
+            respond(m, e, s.volume + trace(inc), s.xi, limitsAt(m, s.norm, share.tempOld[k], share.tempNew[k]));
+        const double value = r.shearFactor * e.s33 + r.pressure, next = x - value / r.acrossSlope;
+        const double lower = vm::select(value < 0.0, x, low[k]), upper = vm::select(value > 0.0, x, high[k]);
+        low[k] = lower;
+        high[k] = upper;
+        share.across[k] = vm::select((next >= lower) & (next <= upper), next, 0.5 * (lower + upper));
+      });
+  }
+
+  forPoints(length, [=, &share](int k) SA_POINT {
+    const int i = start + k;
+    const double intOld = internalOld[i], inelOld = inelasticOld[i], perDensity = 1.0 / density[i];
+    const Tensor<kShears> old = load<kShears>(stressOld, n, i), change = load<kShears>(stateOld + n, n, i);
+    const State<kShears> s = stateOf(m, stateOld[i], old, change);
+    Tensor<kShears> inc = scaled(share.part[k], load<kShears>(strainInc, n, i));
+    if constexpr (kPlaneStress) inc.s33 = share.across[k];
+    const Tensor<kShears> e = sum(s.e, 1.0, deviator(inc));
+    const Response r =
+        respond(m, e, s.volume + trace(inc), s.xi, limitsAt(m, s.norm, share.tempOld[k], share.tempNew[k]));
+
+    Tensor<kShears> now = sum(scaled(r.shearFactor, e), r.pressure);
+    if constexpr (kPlaneStress) now.s33 = 0.0;
+    const Tensor<kShears> changeNow = sum(scaled(r.changeFactor, e), m.eV * r.xi / 3.0);
+    const Tensor<kShears> mean = scaled(0.5, sum(old, 1.0, now));
+    internal[i] = intOld + product(mean, inc) * perDensity;
+    inelastic[i] = inelOld + product(mean, sum(changeNow, -1.0, change)) * perDensity;
+    store(now, stress, n, i);
+    state[i] = r.xi;
+    store(changeNow, state + n, n, i);
+    if constexpr (kShears == 1) {
+      state[i + 5 * n] = 0.0;
+      state[i + 6 * n] = 0.0;
+    }
+    const Tensor<kShears> sNow = deviator(now);
+    state[i + kEquivalentStress * n] = (vm::sqrt(product(sNow, sNow)) + m.alpha * trace(now)) / (kRoot + m.alpha);
+  });
 }
 
 template <bool kPlaneStress, int kShears>
 SA_INLINE void superelastic(const Block& b, const Superelastic& model) {
   const Superelastic m = model;
   const int64_t n = b.points;
-  const double *strainInc = b.strainInc, *stressOld = b.stressOld, *stateOld = b.stateOld, *tempOld = b.tempOld,
-               *tempNew = b.tempNew, *internalOld = b.internalOld, *inelasticOld = b.inelasticOld, *density = b.density;
-  double *stress = b.stress, *state = b.state, *internal = b.internal, *inelastic = b.inelastic;
-
-  forPoints(b.points, [=](int i) SA_POINT {
-    const double xi = stateOld[i], temp0 = tempOld[i], temp1 = tempNew[i];
-    const double intOld = internalOld[i], inelOld = inelasticOld[i], perDensity = 1.0 / density[i];
-    const Tensor<kShears> old = load<kShears>(stressOld, n, i), change = load<kShears>(stateOld + n, n, i);
-    Tensor<kShears> strain = load<kShears>(strainInc, n, i);
-    if constexpr (kPlaneStress) strain.s33 = 0.0;
-
-    // total strain from stress and transformation strain, so that initial stress has its strain too
-    const double G2 = 2.0 * (m.G + xi * m.dG), K3 = 3.0 * (m.K + xi * m.dK);
-    const State<kShears> start{sum(deviator(change), 1.0 / G2, deviator(old)), trace(old) / K3 + trace(change), xi,
-                               old};
-
+  const double *strainInc = b.strainInc, *tempOld = b.tempOld, *tempNew = b.tempNew, *stressOld = b.stressOld,
+               *stateOld = b.stateOld;
+  forPieces(b.points, [=, &b, &model](int start, int length) SA_POINT {
+    Share share;
+    double across[kScratchPoints];
     // an increment that leads through the smallest F is taken in two
-    double across = 0.0;
-    Tensor<kShears> guess = strain;
-    if constexpr (kPlaneStress) {
-      // elastic, with the present fraction
-      across = -(K3 - G2) / (K3 + 2.0 * G2) * (strain.s11 + strain.s22);
-      guess.s33 = across;
-    }
-    const Tensor<kShears> de = deviator(guess);
-    const double t = smallestNorm(product(start.e, de), product(de, de), product(start.e, start.e),
-                                  m.alpha * K3 * trace(guess) / G2);
-    const double tempMiddle = temp0 + t * (temp1 - temp0);
-    double across1 = t * across, across2 = (1.0 - t) * across;
-    const State<kShears> middle = advance<kPlaneStress>(m, start, scaled(t, strain), temp0, tempMiddle, across1);
-    const State<kShears> end = advance<kPlaneStress>(m, middle, scaled(1.0 - t, strain), tempMiddle, temp1, across2);
-
-    const Tensor<kShears> changeMiddle = transformation(m, middle), changeEnd = transformation(m, end);
-    store(end.stress, stress, n, i);
-    state[i] = end.xi;
-    store(changeEnd, state + n, n, i);
-    if constexpr (kShears == 1) {
-      state[i + 5 * n] = 0.0;
-      state[i + 6 * n] = 0.0;
-    }
-    state[i + kEquivalentStress * n] = normOf(m, end.stress) / (kRoot + m.alpha);
-
-    // stress across is zero in plane stress, so the strain there does no work
-    const Tensor<kShears> first = sum(old, 1.0, middle.stress), second = sum(middle.stress, 1.0, end.stress);
-    const double work = 0.5 * (t * product(first, strain) + (1.0 - t) * product(second, strain));
-    const double spent =
-        0.5 * (product(first, sum(changeMiddle, -1.0, change)) + product(second, sum(changeEnd, -1.0, changeMiddle)));
-    internal[i] = intOld + work * perDensity;
-    inelastic[i] = inelOld + spent * perDensity;
+    forPoints(length, [=, &share, &across](int k) SA_POINT {
+      const int i = start + k;
+      const double xi = stateOld[i], temp0 = tempOld[i], temp1 = tempNew[i];
+      const State<kShears> s = stateOf(m, xi, load<kShears>(stressOld, n, i), load<kShears>(stateOld + n, n, i));
+      Tensor<kShears> strain = load<kShears>(strainInc, n, i);
+      const double G2 = 2.0 * (m.G + xi * m.dG), K3 = 3.0 * (m.K + xi * m.dK);
+      // plane stress: with the strain across of an elastic increment
+      if constexpr (kPlaneStress) strain.s33 = -(K3 - G2) / (K3 + 2.0 * G2) * (strain.s11 + strain.s22);
+      const Tensor<kShears> de = deviator(strain);
+      const double t =
+          smallestNorm(product(s.e, de), product(de, de), product(s.e, s.e), m.alpha * K3 * trace(strain) / G2);
+      const double middle = temp0 + t * (temp1 - temp0);
+      share.part[k] = t;
+      share.tempOld[k] = temp0;
+      share.tempNew[k] = middle;
+      share.across[k] = t * strain.s33;
+      across[k] = strain.s33;
+    });
+    advance<kPlaneStress, kShears>(b, model, {b.stressOld, b.stateOld, b.internalOld, b.inelasticOld}, start, length,
+                                   share);
+    forPoints(length, [=, &share, &across](int k) SA_POINT {
+      const double rest = 1.0 - share.part[k], middle = share.tempNew[k], end = tempNew[start + k];
+      share.part[k] = rest;
+      share.tempOld[k] = middle;
+      share.tempNew[k] = end;
+      share.across[k] = rest * across[k];
+    });
+    // from where the first part ended
+    advance<kPlaneStress, kShears>(b, model, {b.stress, b.state, b.internal, b.inelastic}, start, length, share);
   });
   keepStates(b, Superelastic::kStates);
 }
