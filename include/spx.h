@@ -398,7 +398,7 @@ void SPX_USR_SUPERELASTIC(const int32_t* callInfo, const int32_t* nblock, const 
  *    properties, 18: 1 G+, 2 A, 3 B, 4 C, 5 M, 6 N, 7 rate0+, 8 T+, 9 sfmax (0.0: none), 10 HEL+, 11 PHEL (0.0: found from HEL
  *      = P + 4/3 G mu/(1 + mu)), 12 D1, 13 D2, 14 K1+, 15 K2, 16 K3, 17 beta, 18 plastic strain of deletion (0.0: none)
  *    state variables, 4: 1 equivalent plastic strain, 2 damage D, 3 status, 1.0 active and 0.0 deleted, 4 bulking pressure dP
- *    inelastic energy: (q_old + q_new)/2 dep / density
+ *    inelastic energy: (stressOld + stressNew)/2 : plastic strain increment / density
  *  A deleted point has no stress and keeps its energies and state.
  *  Sources: G. R. Johnson, T. J. Holmquist, High-Pressure Science and Technology 1993, AIP Conf. Proc. 309 (1994) 981.
  *  @like SPX_USR_BUILTINVUMAT

@@ -201,7 +201,7 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
       const double strainNew = vm::select(wasAlive, strainOld + r.plasticStrain, strainOld);
       const bool isAlive = !(strainNew >= m.deletionStrain);
       const double keep = vm::select(trial[k] > r.q, r.q / trial[k], 1.0);
-      const Tensor<kShears> sNew = scaled(keep, sum(sOld, 2.0 * m.G, deviator(strain)));
+      const Tensor<kShears> sTrial = sum(sOld, 2.0 * m.G, deviator(strain)), sNew = scaled(keep, sTrial);
       const Tensor<kShears> now = selectOrZero(isAlive, sum(sNew, -p));
       store(now, stress, N, i);
       state[i] = strainNew;
@@ -209,7 +209,8 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
       state[i + kStatus * N] = vm::select(isAlive, 1.0, 0.0);
       state[i + kHistory * N] = vm::select(wasAlive, h, historyOld);
 
-      const double qOld = vm::sqrt(1.5 * product(sOld, sOld));
+      // mean deviator times plastic strain, which has the direction of the trial stress: what is left of the work is elastic
+      const double qOld = 1.5 * product(sOld, sTrial) / vm::max(1e-300, trial[k]);
       double dissipated = 0.5 * (qOld + r.q) * r.plasticStrain;
       if constexpr (Model::kCompacts) {
         state[i + kCompaction * N] = vm::select(wasAlive, crushedOld + crushed, crushedOld);
