@@ -355,7 +355,7 @@ void SPX_USR_BUILTINVUMAT(const int32_t* callInfo, const int32_t* nblock, const 
 
 /** Superelastic shape-memory alloy in austenite and one martensite.  The name goes on as _N1D (one dimension: ndir = 1), _N2D
  *  (plane stress) or _N3D (solids, plane strain, axisymmetry).
- *    F = |s| + 3 alpha p, s the deviator of the stress, p its mean (positive in tension), |s| = sqrt(s:s)
+ *    F = n:s + 3 alpha p, s the deviator of the stress, p its mean (positive in tension), n:s = |s| in all but odd states
  *    austenite to martensite  R_s < F < R_f, F rising:   d xi = -(1 - xi) dF/(F - R_f)
  *    martensite to austenite  R_s > F > R_f, F falling:  d xi = xi dF/(F - R_f)
  *    transformation strain  xi (e_D n + e_V/3 1), n the direction of the deviatoric strain

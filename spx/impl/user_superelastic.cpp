@@ -37,7 +37,8 @@ struct Superelastic {
 
 // ---- the transformation of one point, whatever its dimensions
 
-// F as it depends on xi at given total strain: shear (N - eD xi) times the modulus of xi, and the like with the mean strain,
+// F as it depends on xi at given total strain, with |s| = n:s, which is negative where a stress against the strain is left by
+// pressure alone: shear (N - eD xi) times the modulus of xi, and the like with the mean strain,
 // which makes a polynomial of degree two.
 struct Norm {
   double c0, c1, c2;
@@ -103,7 +104,13 @@ SA_INLINE double smallestNorm(double a, double b, double c, double q) {
 
 // ---- three dimensions
 
+// F at fixed total strain, N = |e|.
+SA_INLINE Norm normAt(const Superelastic& m, double N, double volume) {
+  return normPart(2.0, m.G, m.dG, N, m.eD) + normPart(3.0 * m.alpha, m.K, m.dK, volume, m.eV);
+}
+
 // Total strain, fraction and F at the start, from stress and transformation strain, so that initial stress has its strain too.
+// F comes from the strain, as at the end of the increment: where nothing moves, both are the same to the bit.
 template <int kShears>
 struct State {
   Tensor<kShears> e; // deviator of the strain
@@ -113,15 +120,16 @@ template <int kShears>
 SA_INLINE State<kShears> stateOf(const Superelastic& m, double xi, const Tensor<kShears>& stress,
                                  const Tensor<kShears>& change) {
   const double G2 = 2.0 * (m.G + xi * m.dG), K3 = 3.0 * (m.K + xi * m.dK);
-  const Tensor<kShears> s = deviator(stress);
-  return {sum(deviator(change), 1.0 / G2, s), trace(stress) / K3 + trace(change), xi,
-          vm::sqrt(product(s, s)) + m.alpha * trace(stress)};
+  const Tensor<kShears> e = sum(deviator(change), 1.0 / G2, deviator(stress));
+  const double volume = trace(stress) / K3 + trace(change);
+  return {e, volume, xi, normAt(m, vm::sqrt(product(e, e)), volume)(xi)};
 }
 
 struct Response {
   double xi, shearFactor, pressure; // stress = shearFactor e + pressure 1
   double acrossSlope;               // of the stress across with the strain across, for plane stress
   double changeFactor;              // deviator of the transformation strain = changeFactor e
+  double norm;                      // F
 };
 
 // Stress at total strain (e, volume).  Its direction is that of the strain deviator: s = 2 G (1 - eD xi/|e|) e.
@@ -129,7 +137,7 @@ template <int kShears>
 SA_INLINE Response respond(const Superelastic& m, const Tensor<kShears>& e, double volume, double xi0,
                            const Limits& limits) {
   const double N = vm::sqrt(product(e, e)), perN = 1.0 / vm::max(1e-100, N);
-  const Norm F = normPart(2.0, m.G, m.dG, N, m.eD) + normPart(3.0 * m.alpha, m.K, m.dK, volume, m.eV);
+  const Norm F = normAt(m, N, volume);
   const Fraction f = transform(F, xi0, limits);
   const double G2 = 2.0 * (m.G + f.xi * m.dG), K = m.K + f.xi * m.dK;
   const double elastic = 1.0 - m.eD * f.xi * perN, elasticVolume = volume - m.eV * f.xi;
@@ -137,7 +145,7 @@ SA_INLINE Response respond(const Superelastic& m, const Tensor<kShears>& e, doub
   const double dN = e.s33 * perN, dxi = f.perNorm * (G2 * dN + 3.0 * m.alpha * K);
   const double slope = (2.0 * m.dG * dxi * elastic - G2 * m.eD * perN * (dxi - f.xi * dN * perN)) * e.s33 +
                        G2 * elastic * (2.0 / 3.0) + m.dK * dxi * elasticVolume + K * (1.0 - m.eV * dxi);
-  return {f.xi, G2 * elastic, K * elasticVolume, slope, m.eD * f.xi * perN};
+  return {f.xi, G2 * elastic, K * elasticVolume, slope, m.eD * f.xi * perN, F(f.xi)};
 }
 
 // Where an increment starts.
@@ -212,8 +220,7 @@ SA_INLINE void advance(const Block& b, const Superelastic& model, const Arrays& 
       state[i + 5 * n] = 0.0;
       state[i + 6 * n] = 0.0;
     }
-    const Tensor<kShears> sNow = deviator(now);
-    state[i + kEquivalentStress * n] = (vm::sqrt(product(sNow, sNow)) + m.alpha * trace(now)) / (kRoot + m.alpha);
+    state[i + kEquivalentStress * n] = r.norm / (kRoot + m.alpha);
   });
 }
 
@@ -267,15 +274,22 @@ struct UniaxialState {
 };
 
 // As in three dimensions, with n fixed: the sign of the strain tells tension from compression.
+struct UniaxialPart {
+  double part;
+  Norm norm;
+};
+SA_INLINE UniaxialPart uniaxialNorm(const Superelastic& m, double strain) {
+  const double factor = kRoot + vm::select(strain < 0.0, -m.alpha, m.alpha);
+  const double part = vm::select(strain < 0.0, m.eCompression, m.eTension);
+  return {part, normPart(factor, m.E, m.dE, vm::abs(strain), part)};
+}
 SA_INLINE UniaxialState advance(const Superelastic& m, const UniaxialState& from, double strain, double tempOld,
                                 double tempNew) {
-  const double factorOld = kRoot + vm::select(from.strain < 0.0, -m.alpha, m.alpha);
-  const Limits limits = limitsAt(m, factorOld * vm::copysign(1.0, from.strain) * from.stress, tempOld, tempNew);
-  const double total = from.strain + strain, sign = vm::copysign(1.0, total), N = vm::abs(total);
-  const double factor = kRoot + vm::select(total < 0.0, -m.alpha, m.alpha);
-  const double part = vm::select(total < 0.0, m.eCompression, m.eTension);
-  const double xi = transform(normPart(factor, m.E, m.dE, N, part), from.xi, limits).xi;
-  return {total, xi, (m.E + xi * m.dE) * sign * (N - part * xi)};
+  const double total = from.strain + strain;
+  const Limits limits = limitsAt(m, uniaxialNorm(m, from.strain).norm(from.xi), tempOld, tempNew);
+  const UniaxialPart now = uniaxialNorm(m, total);
+  const double xi = transform(now.norm, from.xi, limits).xi;
+  return {total, xi, (m.E + xi * m.dE) * vm::copysign(1.0, total) * (vm::abs(total) - now.part * xi)};
 }
 SA_INLINE double transformation(const Superelastic& m, const UniaxialState& s) {
   return s.xi * vm::select(s.strain < 0.0, -m.eCompression, m.eTension);
@@ -320,8 +334,7 @@ SA_INLINE void uniaxial(const Block& b, const Superelastic& model) {
     state[i + 4 * n] = 0.0;
     state[i + 5 * n] = 0.0;
     state[i + 6 * n] = 0.0;
-    const double factor = kRoot + vm::select(end.stress < 0.0, -m.alpha, m.alpha);
-    state[i + kEquivalentStress * n] = factor * vm::abs(end.stress) / (kRoot + m.alpha);
+    state[i + kEquivalentStress * n] = uniaxialNorm(m, end.strain).norm(end.xi) / (kRoot + m.alpha);
     internal[i] = intOld + work * perDensity;
     inelastic[i] = inelOld + (first * (changeMiddle - change) + second * (changeEnd - changeMiddle)) * perDensity;
   });

@@ -41,7 +41,7 @@ struct Material {
       volume[i] *= std::exp(increments[i][0] + increments[i][1] + increments[i][2]);
       F[i] = volume[i];
       for (int c = 1; c < ndir; ++c) F[c * n + i] = 1;
-      density[i] = rho / volume[i];
+      density[i] = rho;
     }
     time += dt;
     SPX_USR_BUILTINVUMAT(&zero, &n, &ndir, &nshr, &states, &zero, &props32, &zero, &time, &time, &dt, name.data(),
@@ -150,7 +150,7 @@ TEST(Concrete, StrengthAndFractureStrain) {
     Material m = hjc(props);
     m.compress(P[k] * 48e6 / 16e9);
     m.dt = 1e6;
-    shear(m, .006);
+    shear(m, k < 3 ? .006 : .02);
     EXPECT_NEAR(m.at(1) / m.at(2), fractureStrain[k], 6e-7);
   }
   // in tension down to nothing where the limit of tension is
@@ -442,7 +442,7 @@ TEST(Brittle, WorkIsElasticEnergyAndDissipation) {
     double before = 0;
     for (int k = 0; k < 60; ++k) {
       shear(m, k < 40 ? 2e-3 : -2e-3);
-      const double G = m.props[0], rho = m.rho / m.volume[0], elastic = m.mises() * m.mises() / (6 * G * rho);
+      const double G = m.props[0], elastic = m.mises() * m.mises() / (6 * G * m.rho);
       EXPECT_NEAR(m.internal[0] - m.inelastic[0] - volumetric, elastic, 1e-12 * m.internal[0]) << m.name << k;
       EXPECT_TRUE(m.inelastic[0] >= before || k == 40) << "but where the stress turns";
       before = m.inelastic[0];
@@ -457,10 +457,10 @@ TEST(Brittle, WorkIsElasticEnergyAndDissipation) {
     const double mu = k < 2000 ? .08 * (k + 1) / 2000 : .08 - (.08 - m.at(5)) * (k - 1999) / 2000.;
     const double volume = m.volume[0];
     m.compress(mu);
-    work += .5 * (P + m.pressure()) * (volume - m.volume[0]) / m.rho;
+    work += .5 * (P + m.pressure()) * std::log(volume / m.volume[0]) / m.rho;
   }
   EXPECT_NEAR(m.pressure(), 0, 1e-3 * MPa);
-  EXPECT_NEAR(m.internal[0], work, 1e-6 * work);
+  EXPECT_NEAR(m.internal[0], work, 1e-9 * work);
   EXPECT_GT(m.inelastic[0], .5 * work);
 }
 
@@ -491,7 +491,7 @@ void pull(Material& m, double axial) {
 }
 
 TEST(Superelastic, PlateausInOneTwoAndThreeDimensions) {
-  const double ratio = 1.4501148;
+  const double ratio = (kRoot + .15) / (kRoot - .15); // 1.4501148
   for (const Material& start : {wire(nitinol()), sheet(nitinol()), solid(nitinol())})
     for (double sign : {1., -1.})
       for (int parts : {1, 7}) {
@@ -541,9 +541,11 @@ TEST(Superelastic, FractionFollowsItsLineFromAnyState) {
       m.step({amount, -.4 * amount, -.4 * amount, .2 * amount, 0, .1 * amount});
       const double xiNow = m.at(1), FNow = m.at(8);
       if (xiNow > xi && xi > 0 && F > 520 && xiNow < 1) {
-        EXPECT_NEAR((1 - xiNow) * (600 - F), (1 - xi) * (600 - FNow), 1e-9 * 80), ++up;
+        ++up;
+        EXPECT_NEAR((1 - xiNow) * (600 - F), (1 - xi) * (600 - FNow), 1e-9 * 80);
       } else if (xiNow < xi && xi < 1 && F < 300 && xiNow > 0) {
-        EXPECT_NEAR(xiNow * (F - 200), xi * (FNow - 200), 1e-9 * 100), ++down;
+        ++down;
+        EXPECT_NEAR(xiNow * (F - 200), xi * (FNow - 200), 1e-9 * 100);
       } else if (xiNow == xi) {
         EXPECT_TRUE((xi == 0 && FNow <= 520 + 1e-9) || (xi == 1 && FNow >= 300 - 1e-9) ||
                     (FNow <= std::max(F, 520.) + 1e-9 && FNow >= std::min(F, 300.) - 1e-9));
@@ -570,12 +572,12 @@ TEST(Superelastic, OneLargeIncrementEndsWhereManySmallOnesDo) {
       for (const Material& start :
            {solid(nitinol(.1, EM)), solid(nitinol(.1, EM), 1), sheet(nitinol(.1, EM)), wire(nitinol(.1, EM))}) {
         const Material large = run(start, 1), small = run(start, 400);
-        // with moduli that change, and with a strain across that is found step by step, the turn is found approximately
-        const double tolerance = EM == 60000 && start.name[20] != '2' ? 1e-8 : 2;
+        // in plane stress the place of the turn is that of an elastic increment
+        const bool isSheet = start.name[19] == '2';
         for (std::size_t c = 0; c < large.stress.size(); ++c)
-          EXPECT_NEAR(large.stress[c], small.stress[c], tolerance * 10) << start.name << round << " " << EM;
-        EXPECT_NEAR(large.at(1), small.at(1), tolerance * 2e-2) << start.name << round;
-        EXPECT_TRUE(start.name[20] != '2' || large.stress[2] == 0);
+          EXPECT_NEAR(large.stress[c], small.stress[c], isSheet ? 20 : 1e-8) << start.name << round << " " << EM;
+        EXPECT_NEAR(large.at(1), small.at(1), isSheet ? 6e-3 : 1e-12) << start.name << round;
+        EXPECT_TRUE(!isSheet || large.stress[2] == 0);
       }
     }
 }
@@ -602,7 +604,7 @@ TEST(Superelastic, TemperatureMovesThePlateaus) {
     m.stepAll({Strain{}}, 250); // held and cooled: austenite goes on
     EXPECT_GT(m.at(1), xi);
     EXPECT_LT(m.stress[0], stress);
-    m.stepAll({Strain{}}, 400); // heated: martensite goes back
+    m.stepAll({Strain{}}, 500); // heated: martensite goes back
     EXPECT_EQ(m.at(1), 0);
   }
 }
