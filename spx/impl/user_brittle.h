@@ -115,21 +115,21 @@ SA_INLINE double bulking(double a, double betaK1, double energy) {
   return vm::select(a >= 0.0, growth, 0.0);
 }
 
-template <int kShears>
-SA_INLINE Tensor<kShears> selectOrZero(bool condition, const Tensor<kShears>& a) {
-  Tensor<kShears> r{};
+template <class Storage>
+SA_INLINE Sym<Storage> selectOrZero(bool condition, const Sym<Storage>& a) {
+  Sym<Storage> r{};
   r.s11 = vm::select(condition, a.s11, 0.0);
   r.s22 = vm::select(condition, a.s22, 0.0);
   r.s33 = vm::select(condition, a.s33, 0.0);
   r.s12 = vm::select(condition, a.s12, 0.0);
-  if constexpr (kShears == 3) {
+  if constexpr (Storage::k23and13) {
     r.s23 = vm::select(condition, a.s23, 0.0);
     r.s13 = vm::select(condition, a.s13, 0.0);
   }
   return r;
 }
 
-template <int kShears, class Model>
+template <class Storage, class Model>
 SA_INLINE void brittle(const Block& b, const Model& model) {
   const Model m = model;
   const int64_t N = b.points;
@@ -146,12 +146,12 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
 
     forPoints(length, [=, &mu, &pressure, &history, &compaction, &trial, &rate](int k) SA_POINT {
       const int i = start + k;
-      const Tensor<kShears> e = deviator(load<kShears>(strainInc, N, i));
-      const Tensor<kShears> s = sum(deviator(load<kShears>(stressOld, N, i)), 2.0 * m.G, e);
+      const Sym<Storage> e = deviator(loadTensor<Storage>(strainInc, N, i));
+      const Sym<Storage> s = sum(deviator(loadTensor<Storage>(stressOld, N, i)), 2.0 * m.G, e);
       trial[k] = vm::sqrt(1.5 * product(s, s));
       rate[k] = vm::sqrt(2.0 / 3.0 * product(e, e)) * perTime;
       // an element that is turned inside out is for others to report: here it counts as compressed to a millionth
-      mu[k] = 1.0 / vm::max(1e-6, volumeRatio<kShears>(defgrad, N, i)) - 1.0;
+      mu[k] = 1.0 / vm::max(1e-6, volumeRatio<Storage>(defgrad, N, i)) - 1.0;
       const Pressure p = m.pressure(mu[k], stateOld[i + kHistory * N]);
       pressure[k] = p.p;
       history[k] = p.history;
@@ -172,8 +172,8 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
                        &failureStrain](int k) SA_POINT {
       const int i = start + k;
       const double strainOld = stateOld[i], damageOld = stateOld[i + N], historyOld = stateOld[i + kHistory * N];
-      const Tensor<kShears> old = load<kShears>(stressOld, N, i), strain = load<kShears>(strainInc, N, i);
-      const Tensor<kShears> sOld = deviator(old);
+      const Sym<Storage> old = loadTensor<Storage>(stressOld, N, i), strain = loadTensor<Storage>(strainInc, N, i);
+      const Sym<Storage> sOld = deviator(old);
       const double intOld = internalOld[i], inelOld = inelasticOld[i], perDensity = 1.0 / density[i];
 
       // compaction damages by itself, then the plastic strain does
@@ -201,9 +201,9 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
       const double strainNew = vm::select(wasAlive, strainOld + r.plasticStrain, strainOld);
       const bool isAlive = !(strainNew >= m.deletionStrain);
       const double keep = vm::select(trial[k] > r.q, r.q / trial[k], 1.0);
-      const Tensor<kShears> sTrial = sum(sOld, 2.0 * m.G, deviator(strain)), sNew = scaled(keep, sTrial);
-      const Tensor<kShears> now = selectOrZero(isAlive, sum(sNew, -p));
-      store(now, stress, N, i);
+      const Sym<Storage> sTrial = sum(sOld, 2.0 * m.G, deviator(strain)), sNew = keep * sTrial;
+      const Sym<Storage> now = selectOrZero(isAlive, sum(sNew, -p));
+      storeTensor(stress, N, i, now);
       state[i] = strainNew;
       state[i + kDamage * N] = vm::select(wasAlive, r.damage, damageOld);
       state[i + kStatus * N] = vm::select(isAlive, 1.0, 0.0);
@@ -229,14 +229,14 @@ template <class Model>
 SA_INLINE void compute(const Block& b, const Model& model) {
   if (b.isDataCheck) {
     if (b.isSolid())
-      elasticAnswer<3>(b, model.elasticBulkModulus(), model.G);
+      elasticAnswer<S33>(b, model.elasticBulkModulus(), model.G);
     else
-      elasticAnswer<1>(b, model.elasticBulkModulus(), model.G);
+      elasticAnswer<S31>(b, model.elasticBulkModulus(), model.G);
     keepStates(b, 0);
   } else if (b.isSolid()) {
-    brittle<3>(b, model);
+    brittle<S33>(b, model);
   } else {
-    brittle<1>(b, model);
+    brittle<S31>(b, model);
   }
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "glo/kernel.h"
+#include "glo/tensor.h"
 #include "glo/vmath.h"
 
 #include <cstdint>
@@ -76,102 +77,55 @@ inline bool refuseProperties(const Block& block, int32_t needed, std::string_vie
 // The first property of the list, numbered from 1, that is not a positive number.
 bool refuseValues(const Block& block, std::initializer_list<int32_t> positive);
 
-// ---- the block as tensors of one point, with the components that its elements have
-
-template <int kShears>
-struct Tensor {
-  double s11, s22, s33, s12, s23, s13; // those that do not exist are zero
-};
-
-template <int kShears>
-SA_INLINE Tensor<kShears> load(const double* block, int64_t n, int64_t i) {
-  Tensor<kShears> t{};
-  t.s11 = block[i];
-  t.s22 = block[i + n];
-  t.s33 = block[i + 2 * n];
-  t.s12 = block[i + 3 * n];
-  if constexpr (kShears == 3) {
-    t.s23 = block[i + 4 * n];
-    t.s13 = block[i + 5 * n];
-  }
-  return t;
-}
-template <int kShears>
-SA_INLINE void store(const Tensor<kShears>& t, double* block, int64_t n, int64_t i) {
-  block[i] = t.s11;
-  block[i + n] = t.s22;
-  block[i + 2 * n] = t.s33;
-  block[i + 3 * n] = t.s12;
-  if constexpr (kShears == 3) {
-    block[i + 4 * n] = t.s23;
-    block[i + 5 * n] = t.s13;
-  }
-}
+// ---- tensors of one point, with the components that its elements have
 
 // a + f b
-template <int kShears>
-SA_INLINE Tensor<kShears> sum(const Tensor<kShears>& a, double f, const Tensor<kShears>& b) {
-  Tensor<kShears> r{};
+template <class Storage>
+SA_INLINE Sym<Storage> sum(const Sym<Storage>& a, double f, const Sym<Storage>& b) {
+  Sym<Storage> r{};
   r.s11 = a.s11 + f * b.s11;
   r.s22 = a.s22 + f * b.s22;
   r.s33 = a.s33 + f * b.s33;
   r.s12 = a.s12 + f * b.s12;
-  if constexpr (kShears == 3) {
+  if constexpr (Storage::k23and13) {
     r.s23 = a.s23 + f * b.s23;
     r.s13 = a.s13 + f * b.s13;
   }
   return r;
 }
 // a + f 1
-template <int kShears>
-SA_INLINE Tensor<kShears> sum(const Tensor<kShears>& a, double f) {
-  Tensor<kShears> r{};
+template <class Storage>
+SA_INLINE Sym<Storage> sum(const Sym<Storage>& a, double f) {
+  Sym<Storage> r{};
   r.s11 = a.s11 + f;
   r.s22 = a.s22 + f;
   r.s33 = a.s33 + f;
   r.s12 = a.s12;
-  if constexpr (kShears == 3) {
+  if constexpr (Storage::k23and13) {
     r.s23 = a.s23;
     r.s13 = a.s13;
   }
   return r;
 }
-template <int kShears>
-SA_INLINE Tensor<kShears> scaled(double f, const Tensor<kShears>& a) {
-  Tensor<kShears> r{};
-  r.s11 = f * a.s11;
-  r.s22 = f * a.s22;
-  r.s33 = f * a.s33;
-  r.s12 = f * a.s12;
-  if constexpr (kShears == 3) {
-    r.s23 = f * a.s23;
-    r.s13 = f * a.s13;
-  }
-  return r;
-}
-template <int kShears>
-SA_INLINE double trace(const Tensor<kShears>& a) {
-  return a.s11 + a.s22 + a.s33;
-}
-template <int kShears>
-SA_INLINE Tensor<kShears> deviator(const Tensor<kShears>& a) {
+template <class Storage>
+SA_INLINE Sym<Storage> deviator(const Sym<Storage>& a) {
   return sum(a, -trace(a) / 3.0);
 }
 // a : b
-template <int kShears>
-SA_INLINE double product(const Tensor<kShears>& a, const Tensor<kShears>& b) {
+template <class Storage>
+SA_INLINE double product(const Sym<Storage>& a, const Sym<Storage>& b) {
   const double direct = a.s11 * b.s11 + a.s22 * b.s22 + a.s33 * b.s33;
-  if constexpr (kShears == 3)
+  if constexpr (Storage::k23and13)
     return direct + 2.0 * (a.s12 * b.s12 + a.s23 * b.s23 + a.s13 * b.s13);
   else
     return direct + 2.0 * (a.s12 * b.s12);
 }
 
 // Determinant of the deformation gradient: 11 22 33 12 23 31 21 32 13, or 11 22 33 12 21.
-template <int kShears>
+template <class Storage>
 SA_INLINE double volumeRatio(const double* F, int64_t n, int64_t i) {
   const double F11 = F[i], F22 = F[i + n], F33 = F[i + 2 * n], F12 = F[i + 3 * n];
-  if constexpr (kShears == 3) {
+  if constexpr (Storage::k23and13) {
     const double F23 = F[i + 4 * n], F31 = F[i + 5 * n], F21 = F[i + 6 * n], F32 = F[i + 7 * n], F13 = F[i + 8 * n];
     return F11 * (F22 * F33 - F23 * F32) - F12 * (F21 * F33 - F23 * F31) + F13 * (F21 * F32 - F22 * F31);
   } else {
@@ -184,15 +138,15 @@ SA_INLINE double volumeRatio(const double* F, int64_t n, int64_t i) {
 SA_INLINE double power(double x, double y) { return vm::exp(y * vm::logPositive(vm::max(1e-300, x))); }
 
 // The answer of the first call: linear elastic, from the bulk and the shear modulus; energies stay.
-template <int kShears>
+template <class Storage>
 SA_INLINE void elasticAnswer(const Block& b, double K, double G) {
   const int64_t N = b.points;
   const double *strainInc = b.strainInc, *stressOld = b.stressOld, *internalOld = b.internalOld,
                *inelasticOld = b.inelasticOld;
   double *stress = b.stress, *internal = b.internal, *inelastic = b.inelastic;
   forPoints(b.points, [=](int i) SA_POINT {
-    const Tensor<kShears> strain = load<kShears>(strainInc, N, i), old = load<kShears>(stressOld, N, i);
-    store(sum(sum(old, 2.0 * G, strain), (K - 2.0 / 3.0 * G) * trace(strain)), stress, N, i);
+    const Sym<Storage> strain = loadTensor<Storage>(strainInc, N, i), old = loadTensor<Storage>(stressOld, N, i);
+    storeTensor(stress, N, i, sum(sum(old, 2.0 * G, strain), (K - 2.0 / 3.0 * G) * trace(strain)));
     internal[i] = internalOld[i];
     inelastic[i] = inelasticOld[i];
   });

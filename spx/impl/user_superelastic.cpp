@@ -109,20 +109,17 @@ SA_INLINE Norm normAt(const Superelastic& m, double N, double volume) {
   return normPart(2.0, m.G, m.dG, N, m.eD) + normPart(3.0 * m.alpha, m.K, m.dK, volume, m.eV);
 }
 
-// Total strain, fraction and F at the start, from stress and transformation strain, so that initial stress has its strain too.
-// F comes from the strain, as at the end of the increment: where nothing moves, both are the same to the bit.
-template <int kShears>
-struct State {
-  Tensor<kShears> e; // deviator of the strain
-  double volume, xi, norm;
-};
-template <int kShears>
-SA_INLINE State<kShears> stateOf(const Superelastic& m, double xi, const Tensor<kShears>& stress,
-                                 const Tensor<kShears>& change) {
-  const double G2 = 2.0 * (m.G + xi * m.dG), K3 = 3.0 * (m.K + xi * m.dK);
-  const Tensor<kShears> e = sum(deviator(change), 1.0 / G2, deviator(stress));
-  const double volume = trace(stress) / K3 + trace(change);
-  return {e, volume, xi, normAt(m, vm::sqrt(product(e, e)), volume)(xi)};
+// Total strain at the start, deviator and volume, from stress and transformation strain, so that initial stress has its strain
+// too.  F at the start comes from the strain, as at the end: where nothing moves, both are the same to the bit.
+template <class Storage>
+SA_INLINE Sym<Storage> deviatorAtStart(const Superelastic& m, double xi, const Sym<Storage>& stress,
+                                       const Sym<Storage>& change) {
+  return sum(deviator(change), 1.0 / (2.0 * (m.G + xi * m.dG)), deviator(stress));
+}
+template <class Storage>
+SA_INLINE double volumeAtStart(const Superelastic& m, double xi, const Sym<Storage>& stress,
+                               const Sym<Storage>& change) {
+  return trace(stress) / (3.0 * (m.K + xi * m.dK)) + trace(change);
 }
 
 struct Response {
@@ -133,8 +130,8 @@ struct Response {
 };
 
 // Stress at total strain (e, volume).  Its direction is that of the strain deviator: s = 2 G (1 - eD xi/|e|) e.
-template <int kShears>
-SA_INLINE Response respond(const Superelastic& m, const Tensor<kShears>& e, double volume, double xi0,
+template <class Storage>
+SA_INLINE Response respond(const Superelastic& m, const Sym<Storage>& e, double volume, double xi0,
                            const Limits& limits) {
   const double N = vm::sqrt(product(e, e)), perN = 1.0 / vm::max(1e-100, N);
   const Norm F = normAt(m, N, volume);
@@ -162,7 +159,7 @@ struct Share {
   double part[kScratchPoints], tempOld[kScratchPoints], tempNew[kScratchPoints], across[kScratchPoints];
 };
 
-template <bool kPlaneStress, int kShears>
+template <bool kPlaneStress, class Storage>
 SA_INLINE void advance(const Block& b, const Superelastic& model, const Arrays& from, int start, int length,
                        Share& share) {
   const Superelastic m = model;
@@ -181,13 +178,16 @@ SA_INLINE void advance(const Block& b, const Superelastic& model, const Arrays& 
       forPoints(length, [=, &low, &high, &share](int k) SA_POINT {
         const int i = start + k;
         const double x = share.across[k];
-        const State<kShears> s =
-            stateOf(m, stateOld[i], load<kShears>(stressOld, n, i), load<kShears>(stateOld + n, n, i));
-        Tensor<kShears> inc = scaled(share.part[k], load<kShears>(strainInc, n, i));
+        const double xi = stateOld[i];
+        const Sym<Storage> old = loadTensor<Storage>(stressOld, n, i), change = loadTensor<Storage>(stateOld + n, n, i);
+        const Sym<Storage> e0 = deviatorAtStart(m, xi, old, change);
+        const double volume = volumeAtStart(m, xi, old, change),
+                     norm = normAt(m, vm::sqrt(product(e0, e0)), volume)(xi);
+        Sym<Storage> inc = (share.part[k] * loadTensor<Storage>(strainInc, n, i));
         inc.s33 = x;
-        const Tensor<kShears> e = sum(s.e, 1.0, deviator(inc));
+        const Sym<Storage> e = sum(e0, 1.0, deviator(inc));
         const Response r =
-            respond(m, e, s.volume + trace(inc), s.xi, limitsAt(m, s.norm, share.tempOld[k], share.tempNew[k]));
+            respond(m, e, volume + trace(inc), xi, limitsAt(m, norm, share.tempOld[k], share.tempNew[k]));
         const double value = r.shearFactor * e.s33 + r.pressure, next = x - value / r.acrossSlope;
         const double lower = vm::select(value < 0.0, x, low[k]), upper = vm::select(value > 0.0, x, high[k]);
         low[k] = lower;
@@ -199,24 +199,25 @@ SA_INLINE void advance(const Block& b, const Superelastic& model, const Arrays& 
   forPoints(length, [=, &share](int k) SA_POINT {
     const int i = start + k;
     const double intOld = internalOld[i], inelOld = inelasticOld[i], perDensity = 1.0 / density[i];
-    const Tensor<kShears> old = load<kShears>(stressOld, n, i), change = load<kShears>(stateOld + n, n, i);
-    const State<kShears> s = stateOf(m, stateOld[i], old, change);
-    Tensor<kShears> inc = scaled(share.part[k], load<kShears>(strainInc, n, i));
+    const Sym<Storage> old = loadTensor<Storage>(stressOld, n, i), change = loadTensor<Storage>(stateOld + n, n, i);
+    const double xi = stateOld[i], volume = volumeAtStart(m, xi, old, change);
+    const Sym<Storage> e0 = deviatorAtStart(m, xi, old, change);
+    const double norm = normAt(m, vm::sqrt(product(e0, e0)), volume)(xi);
+    Sym<Storage> inc = (share.part[k] * loadTensor<Storage>(strainInc, n, i));
     if constexpr (kPlaneStress) inc.s33 = share.across[k];
-    const Tensor<kShears> e = sum(s.e, 1.0, deviator(inc));
-    const Response r =
-        respond(m, e, s.volume + trace(inc), s.xi, limitsAt(m, s.norm, share.tempOld[k], share.tempNew[k]));
+    const Sym<Storage> e = sum(e0, 1.0, deviator(inc));
+    const Response r = respond(m, e, volume + trace(inc), xi, limitsAt(m, norm, share.tempOld[k], share.tempNew[k]));
 
-    Tensor<kShears> now = sum(scaled(r.shearFactor, e), r.pressure);
+    Sym<Storage> now = sum((r.shearFactor * e), r.pressure);
     if constexpr (kPlaneStress) now.s33 = 0.0;
-    const Tensor<kShears> changeNow = sum(scaled(r.changeFactor, e), m.eV * r.xi / 3.0);
-    const Tensor<kShears> mean = scaled(0.5, sum(old, 1.0, now));
+    const Sym<Storage> changeNow = sum((r.changeFactor * e), m.eV * r.xi / 3.0);
+    const Sym<Storage> mean = (0.5 * sum(old, 1.0, now));
     internal[i] = intOld + product(mean, inc) * perDensity;
     inelastic[i] = inelOld + product(mean, sum(changeNow, -1.0, change)) * perDensity;
-    store(now, stress, n, i);
+    storeTensor(stress, n, i, now);
     state[i] = r.xi;
-    store(changeNow, state + n, n, i);
-    if constexpr (kShears == 1) {
+    storeTensor(state + n, n, i, changeNow);
+    if constexpr (!Storage::k23and13) {
       state[i + 5 * n] = 0.0;
       state[i + 6 * n] = 0.0;
     }
@@ -224,7 +225,7 @@ SA_INLINE void advance(const Block& b, const Superelastic& model, const Arrays& 
   });
 }
 
-template <bool kPlaneStress, int kShears>
+template <bool kPlaneStress, class Storage>
 SA_INLINE void superelastic(const Block& b, const Superelastic& model) {
   const Superelastic m = model;
   const int64_t n = b.points;
@@ -237,14 +238,15 @@ SA_INLINE void superelastic(const Block& b, const Superelastic& model) {
     forPoints(length, [=, &share, &across](int k) SA_POINT {
       const int i = start + k;
       const double xi = stateOld[i], temp0 = tempOld[i], temp1 = tempNew[i];
-      const State<kShears> s = stateOf(m, xi, load<kShears>(stressOld, n, i), load<kShears>(stateOld + n, n, i));
-      Tensor<kShears> strain = load<kShears>(strainInc, n, i);
+      const Sym<Storage> e0 =
+          deviatorAtStart(m, xi, loadTensor<Storage>(stressOld, n, i), loadTensor<Storage>(stateOld + n, n, i));
+      Sym<Storage> strain = loadTensor<Storage>(strainInc, n, i);
       const double G2 = 2.0 * (m.G + xi * m.dG), K3 = 3.0 * (m.K + xi * m.dK);
       // plane stress: with the strain across of an elastic increment
       if constexpr (kPlaneStress) strain.s33 = -(K3 - G2) / (K3 + 2.0 * G2) * (strain.s11 + strain.s22);
-      const Tensor<kShears> de = deviator(strain);
+      const Sym<Storage> de = deviator(strain);
       const double t =
-          smallestNorm(product(s.e, de), product(de, de), product(s.e, s.e), m.alpha * K3 * trace(strain) / G2);
+          smallestNorm(product(e0, de), product(de, de), product(e0, e0), m.alpha * K3 * trace(strain) / G2);
       const double middle = temp0 + t * (temp1 - temp0);
       share.part[k] = t;
       share.tempOld[k] = temp0;
@@ -252,7 +254,7 @@ SA_INLINE void superelastic(const Block& b, const Superelastic& model) {
       share.across[k] = t * strain.s33;
       across[k] = strain.s33;
     });
-    advance<kPlaneStress, kShears>(b, model, {b.stressOld, b.stateOld, b.internalOld, b.inelasticOld}, start, length,
+    advance<kPlaneStress, Storage>(b, model, {b.stressOld, b.stateOld, b.internalOld, b.inelasticOld}, start, length,
                                    share);
     forPoints(length, [=, &share, &across](int k) SA_POINT {
       const double rest = 1.0 - share.part[k], middle = share.tempNew[k], end = tempNew[start + k];
@@ -262,7 +264,7 @@ SA_INLINE void superelastic(const Block& b, const Superelastic& model) {
       share.across[k] = rest * across[k];
     });
     // from where the first part ended
-    advance<kPlaneStress, kShears>(b, model, {b.stress, b.state, b.internal, b.inelastic}, start, length, share);
+    advance<kPlaneStress, Storage>(b, model, {b.stress, b.state, b.internal, b.inelastic}, start, length, share);
   });
   keepStates(b, Superelastic::kStates);
 }
@@ -420,9 +422,9 @@ SA_INLINE void compute(const Block& b, const Superelastic& m) {
     else if (kind == Kind::planeStress)
       planeStressElasticAnswer(b, m);
     else if (b.isSolid())
-      elasticAnswer<3>(b, m.K, m.G);
+      elasticAnswer<S33>(b, m.K, m.G);
     else
-      elasticAnswer<1>(b, m.K, m.G);
+      elasticAnswer<S31>(b, m.K, m.G);
     keepStates(b, 0);
   } else if (kind == Kind::uniaxial) {
     if (b.nshr == 1)
@@ -430,11 +432,11 @@ SA_INLINE void compute(const Block& b, const Superelastic& m) {
     else
       uniaxial<false>(b, m);
   } else if (kind == Kind::planeStress) {
-    superelastic<true, 1>(b, m);
+    superelastic<true, S31>(b, m);
   } else if (b.isSolid()) {
-    superelastic<false, 3>(b, m);
+    superelastic<false, S33>(b, m);
   } else {
-    superelastic<false, 1>(b, m);
+    superelastic<false, S31>(b, m);
   }
 }
 
