@@ -1568,24 +1568,24 @@ void SPX_MAT_JCSHRFAILEXP(const int32_t* nblock, const double* properties, const
  *  @param[in]  materialName          (materialNameLength), text: name, padded with blanks
  *  @param[in]  coordinates           (nblock, *), m: of the points; read by no model of this build
  *  @param[in]  characteristicLength  (nblock), m: of the elements; read by no model of this build
- *  @param[in]  props                 (nprops), any: properties of the material, for the whole block
+ *  @param[in]  props                 (nprops), properties: those of the material, for the whole block
  *  @param[in]  density               (nblock), kg/m3: current density, for the energies
- *  @param[in]  strainInc             (nblock, *), -: strain increment, ndir + nshr components
- *  @param[in]  relSpinInc            (nblock, *), -: relative spin increment, nshr components; read by no model
+ *  @param[in]  strainInc             (nblock, ndir+nshr), strain: strain increment
+ *  @param[in]  relSpinInc            (nblock, nshr), strain: relative spin increment; read by no model of this build
  *  @param[in]  tempOld               (nblock), K: temperature at the start of the increment
- *  @param[in]  stretchOld            (nblock, *), stretch: ndir + nshr components; read by no model of this build
- *  @param[in]  defgradOld            (nblock, *), -: deformation gradient, ndir + 2 nshr components; read by no model
- *  @param[in]  fieldOld              (nblock, *), any: field variables; read by no model of this build
- *  @param[in]  stressOld             (nblock, *), Pa: stress, ndir + nshr components
- *  @param[in]  stateOld              (nblock, nstatev), any: state variables
+ *  @param[in]  stretchOld            (nblock, ndir+nshr), stretch: right stretch; read by no model of this build
+ *  @param[in]  defgradOld            (nblock, ndir+nshr+nshr), deformation gradient: at the start; read by no model of this build
+ *  @param[in]  fieldOld              (nblock, nfieldv), any: field variables; read by no model of this build
+ *  @param[in]  stressOld             (nblock, ndir+nshr), Pa: stress
+ *  @param[in]  stateOld              (nblock, nstatev), state: state variables
  *  @param[in]  enerInternOld         (nblock), J/kg: internal energy
  *  @param[in]  enerInelasOld         (nblock), J/kg: inelastic energy
  *  @param[in]  tempNew               (nblock), K: temperature at the end of the increment
- *  @param[in]  stretchNew            (nblock, *), stretch: ndir + nshr components; read by no model of this build
- *  @param[in]  defgradNew            (nblock, *), -: deformation gradient at the end; its determinant is the volume ratio
- *  @param[in]  fieldNew              (nblock, *), any: field variables; read by no model of this build
- *  @param[out] stressNew             (nblock, *), Pa: stress, ndir + nshr components
- *  @param[out] stateNew              (nblock, nstatev), any: state variables
+ *  @param[in]  stretchNew            (nblock, ndir+nshr), stretch: right stretch; read by no model of this build
+ *  @param[in]  defgradNew            (nblock, ndir+nshr+nshr), deformation gradient: at the end; its determinant is the volume ratio
+ *  @param[in]  fieldNew              (nblock, nfieldv), any: field variables; read by no model of this build
+ *  @param[out] stressNew             (nblock, ndir+nshr), Pa: stress
+ *  @param[out] stateNew              (nblock, nstatev), state: state variables
  *  @param[out] enerInternNew         (nblock), J/kg: internal energy
  *  @param[out] enerInelasNew         (nblock), J/kg: inelastic energy
  *  @param[in]  materialNameLength    (1), -: length of materialName, 80, by value
@@ -1622,6 +1622,11 @@ void SPX_USR_BUILTINVUMAT(const int32_t* callInfo, const int32_t* nblock, const 
  *  Sources: F. Auricchio, R. L. Taylor, Comput. Methods Appl. Mech. Engrg 143 (1997) 175; F. Auricchio, Int. J. Plasticity 17
  *  (2001) 971.
  *  @like SPX_USR_BUILTINVUMAT
+ *  @param[in]  nblock   (1), block: points
+ *  @param[in]  ndir     (1), code 3|1: direct components
+ *  @param[in]  nshr     (1), code 3|1: shear components; 0 or 1 in one dimension
+ *  @param[in]  nstatev  (1), count>=8: state variables of a point
+ *  @param[in]  nprops   (1), code 14: properties
  */
 void SPX_USR_SUPERELASTIC(const int32_t* callInfo, const int32_t* nblock, const int32_t* ndir, const int32_t* nshr,
                           const int32_t* nstatev, const int32_t* nfieldv, const int32_t* nprops,
@@ -1650,6 +1655,11 @@ void SPX_USR_SUPERELASTIC(const int32_t* callInfo, const int32_t* nblock, const 
  *  A deleted point has no stress and keeps its energies and state.
  *  Sources: G. R. Johnson, T. J. Holmquist, High-Pressure Science and Technology 1993, AIP Conf. Proc. 309 (1994) 981.
  *  @like SPX_USR_BUILTINVUMAT
+ *  @param[in]  nblock   (1), block: points
+ *  @param[in]  ndir     (1), code 3: direct components
+ *  @param[in]  nshr     (1), code 3|1: shear components
+ *  @param[in]  nstatev  (1), count>=4: state variables of a point
+ *  @param[in]  nprops   (1), count>=18: properties
  */
 void SPX_USR_JH2(const int32_t* callInfo, const int32_t* nblock, const int32_t* ndir, const int32_t* nshr,
                  const int32_t* nstatev, const int32_t* nfieldv, const int32_t* nprops, const int32_t* annealing,
@@ -1668,11 +1678,16 @@ void SPX_USR_JH2(const int32_t* callInfo, const int32_t* nblock, const int32_t* 
  *    both times r = 1 + C ln max(1, rate/rate0); intact until D = 1, failed from then on
  *    damage   dD = dep/ef, ef = min(D1 ((P + T)/simax)^n, efmax)
  *  Pressure, bulking, deletion and energies as in SPX_USR_JH2; the change of phase of the publication is left out.
- *    properties, 20: 1 G+, 2 Pi, 3 si+, 4 simax+, 5 Pf+, 6 sf, 7 sfmax, 8 C, 9 rate0+, 10 T+, 11 D1, 12 n, 13 efmax (0.0: none),
+ *    properties, 18: 1 G+, 2 Pi, 3 si+, 4 simax+, 5 Pf+, 6 sf, 7 sfmax, 8 C, 9 rate0+, 10 T+, 11 D1, 12 n, 13 efmax (0.0: none),
  *      14 K1+, 15 K2, 16 K3, 17 beta, 18 plastic strain of deletion (0.0: none)
  *    state variables, 4: as in SPX_USR_JH2
  *  Source: G. R. Johnson, T. J. Holmquist, S. R. Beissel, J. Appl. Phys. 94 (2003) 1639.
  *  @like SPX_USR_BUILTINVUMAT
+ *  @param[in]  nblock   (1), block: points
+ *  @param[in]  ndir     (1), code 3: direct components
+ *  @param[in]  nshr     (1), code 3|1: shear components
+ *  @param[in]  nstatev  (1), count>=4: state variables of a point
+ *  @param[in]  nprops   (1), count>=18: properties
  */
 void SPX_USR_JHB(const int32_t* callInfo, const int32_t* nblock, const int32_t* ndir, const int32_t* nshr,
                  const int32_t* nstatev, const int32_t* nfieldv, const int32_t* nprops, const int32_t* annealing,
@@ -1701,6 +1716,11 @@ void SPX_USR_JHB(const int32_t* callInfo, const int32_t* nblock, const int32_t* 
  *    inelastic energy: the plastic work and P dmup/(1 + mu), per density
  *  Source: T. J. Holmquist, G. R. Johnson, W. H. Cook, 14th Int. Symp. Ballistics (1993) 591.
  *  @like SPX_USR_BUILTINVUMAT
+ *  @param[in]  nblock   (1), block: points
+ *  @param[in]  ndir     (1), code 3: direct components
+ *  @param[in]  nshr     (1), code 3|1: shear components
+ *  @param[in]  nstatev  (1), count>=5: state variables of a point
+ *  @param[in]  nprops   (1), count>=21: properties
  */
 void SPX_USR_HJCCONCRETE(const int32_t* callInfo, const int32_t* nblock, const int32_t* ndir, const int32_t* nshr,
                          const int32_t* nstatev, const int32_t* nfieldv, const int32_t* nprops,

@@ -366,12 +366,13 @@ std::string role(const std::string& unit) {
   return "value";
 }
 
-// A dimension is *, a number, a name, or name+number.
+// A dimension is *, a number, a name, or name+number, name+name and so on.
 bool isDimension(const std::string& text, const std::set<std::string>& names) {
   if (text == "*" || isNumber(text) || names.count(text) != 0) return true;
-  const std::size_t sign = text.find_first_of("+-");
-  if (sign == std::string::npos) return false;
-  return names.count(trim(text.substr(0, sign))) != 0 && isNumber(trim(text.substr(sign + 1)));
+  const std::size_t sign = text.find_last_of("+-");
+  if (sign == std::string::npos || sign == 0) return false;
+  const std::string last = trim(text.substr(sign + 1));
+  return isDimension(trim(text.substr(0, sign)), names) && (isNumber(last) || names.count(last) != 0);
 }
 
 void checkArgument(const Routine& routine, const Argument& argument, const std::set<std::string>& names) {

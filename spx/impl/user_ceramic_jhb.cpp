@@ -23,7 +23,7 @@ struct StrengthCurve {
 
 struct Jhb : CeramicConstants {
   static constexpr bool kGradual = false;
-  static constexpr int kProperties = 20;
+  static constexpr int kProperties = 18;
   StrengthCurve intact, failed;
   double perLargest, D1, exponent, largestFailureStrain;
 
