@@ -1612,12 +1612,12 @@ void SPX_USR_BUILTINVUMAT(const int32_t* callInfo, const int32_t* nblock, const 
  *  temperature by C (T - T0).  e_D follows from eps_L, the axial strain in tension.  Moduli: G and K (one dimension: E) are
  *  mixed linearly with xi.  Plane stress finds the thickness strain for which the stress across vanishes; the host's own
  *  value of it is not read.
- *    properties, exactly 14: 1 E+ and 2 nu of austenite, 3 E+ and 4 nu of martensite, 5 eps_L+, then the uniaxial stresses
- *      6 start+ and 7 finish of austenite to martensite, 8 start and 9 finish of martensite to austenite, 10 start in
- *      compression (0.0: as in tension, alpha = 0), 11 T0, 12 C of austenite to martensite, 13 C of martensite to austenite,
- *      14 volume change e_V (below 0.0: that of flow normal to F, 3 alpha e_D)
- *    state variables, 8: 1 martensite fraction xi, 2 to 7 transformation strain 11 22 33 12 23 13, 8 equivalent uniaxial
- *      stress F/(sqrt(2/3) + alpha)
+ *    properties, exactly 14: 1 E+ and 2 nu (-1 to 0.5) of austenite, 3 E+ and 4 nu of martensite, 5 eps_L+, then the
+ *      uniaxial stresses 6 start+ and 7 finish of austenite to martensite, 8 start and 9 finish of martensite to
+ *      austenite, 10 start in compression (0.0: as in tension, alpha = 0), 11 T0, 12 C of austenite to martensite, 13
+ *      C of martensite to austenite, 14 volume change e_V (below 0.0: that of flow normal to F, 3 alpha e_D)
+ *    state variables, 8: 1 martensite fraction xi, 2 to 7 transformation strain 11 22 33 12 23 13, 8 equivalent
+ *      uniaxial stress F/(sqrt(2/3) + alpha)
  *    inelastic energy: work on the transformation strain; over a closed cycle the area of the hysteresis
  *  Sources: F. Auricchio, R. L. Taylor, Comput. Methods Appl. Mech. Engrg 143 (1997) 175; F. Auricchio, Int. J. Plasticity 17
  *  (2001) 971.
@@ -1648,9 +1648,11 @@ void SPX_USR_SUPERELASTIC(const int32_t* callInfo, const int32_t* nblock, const 
  *  Strength is linear in D, so return and damage are solved together in closed form.  Where the strength falls faster with
  *  strain than the material unloads elastically, the limit of small increments is a sudden loss: D becomes 1 at once.
  *  Hydrostatic tension alone stops at T (1 - D) and does no damage.
- *    properties, 18: 1 G+, 2 A, 3 B, 4 C, 5 M, 6 N, 7 rate0+, 8 T+, 9 sfmax (0.0: none), 10 HEL+, 11 PHEL (0.0: found from HEL
- *      = P + 4/3 G mu/(1 + mu)), 12 D1, 13 D2, 14 K1+, 15 K2, 16 K3, 17 beta, 18 plastic strain of deletion (0.0: none)
- *    state variables, 4: 1 equivalent plastic strain, 2 damage D, 3 status, 1.0 active and 0.0 deleted, 4 bulking pressure dP
+ *    properties, 18: 1 G+, 2 A, 3 B, 4 C, 5 M, 6 N, 7 rate0+, 8 T+, 9 sfmax (0.0: none), 10 HEL+, 11 PHEL below HEL
+ *      (0.0: found from HEL = P + 4/3 G mu/(1 + mu)), 12 D1, 13 D2, 14 K1+, 15 K2, 16 K3, 17 beta, 18 plastic strain
+ *      of deletion (0.0: none)
+ *    state variables, 4: 1 equivalent plastic strain, 2 damage D, 3 status, 1.0 active and 0.0 deleted, 4 bulking
+ *      pressure dP
  *    inelastic energy: (stressOld + stressNew)/2 : plastic strain increment / density
  *  A deleted point has no stress and keeps its energies and state.
  *  Sources: G. R. Johnson, T. J. Holmquist, High-Pressure Science and Technology 1993, AIP Conf. Proc. 309 (1994) 981.
@@ -1678,8 +1680,8 @@ void SPX_USR_JH2(const int32_t* callInfo, const int32_t* nblock, const int32_t* 
  *    both times r = 1 + C ln max(1, rate/rate0); intact until D = 1, failed from then on
  *    damage   dD = dep/ef, ef = min(D1 ((P + T)/simax)^n, efmax)
  *  Pressure, bulking, deletion and energies as in SPX_USR_JH2; the change of phase of the publication is left out.
- *    properties, 18: 1 G+, 2 Pi, 3 si+, 4 simax+, 5 Pf+, 6 sf, 7 sfmax, 8 C, 9 rate0+, 10 T+, 11 D1, 12 n, 13 efmax (0.0: none),
- *      14 K1+, 15 K2, 16 K3, 17 beta, 18 plastic strain of deletion (0.0: none)
+ *    properties, 18: 1 G+, 2 Pi, 3 si+, 4 simax+, 5 Pf+, 6 sf, 7 sfmax, 8 C, 9 rate0+, 10 T+, 11 D1, 12 n, 13 efmax
+ *      (0.0: none), 14 K1+, 15 K2, 16 K3, 17 beta, 18 plastic strain of deletion (0.0: none)
  *    state variables, 4: as in SPX_USR_JH2
  *  Source: G. R. Johnson, T. J. Holmquist, S. R. Beissel, J. Appl. Phys. 94 (2003) 1639.
  *  @like SPX_USR_BUILTINVUMAT
@@ -1710,8 +1712,9 @@ void SPX_USR_JHB(const int32_t* callInfo, const int32_t* nblock, const int32_t* 
  *    mul       0.0 as property 21: the permanent compaction of the fully dense material, as in the publication; Pl is reached
  *              at the larger mu where the cubic has that value.  1.0: the total compaction at Pl, with a cubic that is shifted
  *              to go through there.
- *    properties, 21: 1 G+, 2 A, 3 B, 4 C, 5 N, 6 fc+, 7 T+, 8 rate0+, 9 EFMIN+, 10 Smax+, 11 Pc+, 12 muc+, 13 Pl+, 14 mul+,
- *      15 D1, 16 D2, 17 K1+, 18 K2, 19 K3, 20 plastic strain of deletion (0.0: none), 21 meaning of mul
+ *    properties, 21: 1 G+, 2 A, 3 B, 4 C, 5 N, 6 fc+, 7 T+, 8 rate0+, 9 EFMIN+, 10 Smax+, 11 Pc+, 12 muc+, 13 Pl+
+ *      above Pc, 14 mul+, 15 D1, 16 D2, 17 K1+, 18 K2, 19 K3, 20 plastic strain of deletion (0.0: none), 21 meaning
+ *      of mul
  *    state variables, 5: 1 equivalent plastic strain, 2 damage D, 3 status, 4 largest mu, 5 permanent compaction mup
  *    inelastic energy: the plastic work and P dmup/(1 + mu), per density
  *  Source: T. J. Holmquist, G. R. Johnson, W. H. Cook, 14th Int. Symp. Ballistics (1993) 591.

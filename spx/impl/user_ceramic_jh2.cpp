@@ -11,9 +11,9 @@ struct Jh2 : CeramicConstants {
   double A, B, M, N, largestFractured, elasticPressure, elasticStrength, D1, D2;
 
   static bool isRefused(const Block& b) {
-    return refuseElement(b, b.isSolid() || b.isPlane(),
-                         "Subroutine VUMAT for Johnson-Holmquist ceramic materials only supports 3D and "
-                         "plane strain elements.") ||
+    return refuseUnless(b, b.isSolid() || b.isPlane(),
+                        "Subroutine VUMAT for Johnson-Holmquist ceramic materials only supports 3D and "
+                        "plane strain elements.") ||
            refuseStates(b, kStates,
                         "Subroutine VUMAT for Johnson-Holmquist ceramic materials requires the "
                         "specification of %I state variables. Check the "
@@ -22,7 +22,9 @@ struct Jh2 : CeramicConstants {
                             "Subroutine VUMAT for Johnson-Holmquist ceramic materials requires the "
                             "specification of %I material properties. Check the "
                             "*USER MATERIAL option for material %S.") ||
-           refuseValues(b, {1, 7, 8, 10, 14});
+           refuseValues(b, {1, 7, 8, 10, 14}) ||
+           refuseUnless(b, b.props[9] > b.props[10],
+                        "HEL of material %S, property 10, must be greater than its PHEL, property 11.");
   }
   explicit Jh2(const double* p) {
     G = p[0], A = p[1], B = p[2], C = p[3], M = p[4], N = p[5], perReferenceRate = 1.0 / p[6], T = p[7];

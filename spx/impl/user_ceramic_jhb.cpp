@@ -28,9 +28,9 @@ struct Jhb : CeramicConstants {
   double perLargest, D1, exponent, largestFailureStrain;
 
   static bool isRefused(const Block& b) {
-    return refuseElement(b, b.isSolid() || b.isPlane(),
-                         "Subroutine VUMAT for the Johnson-Holmquist-Beissel ceramic material only "
-                         "supports 3D and plane strain elements.") ||
+    return refuseUnless(b, b.isSolid() || b.isPlane(),
+                        "Subroutine VUMAT for the Johnson-Holmquist-Beissel ceramic material only "
+                        "supports 3D and plane strain elements.") ||
            refuseStates(b, kStates,
                         "Subroutine VUMAT for the Johnson-Holmquist-Beissel ceramic material requires "
                         "the specification of %I state variables. Check the "

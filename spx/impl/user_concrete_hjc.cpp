@@ -13,9 +13,9 @@ struct Hjc : BrittleConstants {
   double denseFrom, denseStrain; // mu at which all pores are closed; their part
 
   static bool isRefused(const Block& b) {
-    return refuseElement(b, b.isSolid() || b.isPlane(),
-                         "Subroutine VUMAT for  the Holmquist-Johnson-Cook (HJC) concrete material "
-                         "only supports 3D and plane strain elements.") ||
+    return refuseUnless(b, b.isSolid() || b.isPlane(),
+                        "Subroutine VUMAT for  the Holmquist-Johnson-Cook (HJC) concrete material "
+                        "only supports 3D and plane strain elements.") ||
            refuseStates(b, kStates,
                         "Subroutine VUMAT for the Holmquist-Johnson-Cook (HJC) concrete material "
                         "requires the specification of %I state variables. "
@@ -24,7 +24,9 @@ struct Hjc : BrittleConstants {
                             "Subroutine VUMAT for the Holmquist-Johnson-Cook (HJC) concrete material "
                             "requires the specification of %I material properties. "
                             "Check the *USER MATERIAL option for material %S.") ||
-           refuseValues(b, {1, 6, 7, 8, 9, 10, 11, 12, 13, 14, 17});
+           refuseValues(b, {1, 6, 7, 8, 9, 10, 11, 12, 13, 14, 17}) ||
+           refuseUnless(b, b.props[12] > b.props[10],
+                        "Pl of material %S, property 13, must be greater than its Pc, property 11.");
   }
   explicit Hjc(const double* p) {
     G = p[0], A = p[1], B = p[2], C = p[3], N = p[4], fc = p[5], T = p[6], perReferenceRate = 1.0 / p[7];

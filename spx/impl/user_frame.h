@@ -65,8 +65,8 @@ void warn(const Block& block, std::string_view text);
 
 // ---- checks: true when the analysis was ended
 
-inline bool refuseElement(const Block& block, bool isSupported, std::string_view text) {
-  return !isSupported && refuse(block, text);
+inline bool refuseUnless(const Block& block, bool isRight, std::string_view text) {
+  return !isRight && refuse(block, text);
 }
 inline bool refuseStates(const Block& block, int32_t needed, std::string_view text) {
   return block.states < needed && refuse(block, text, needed);

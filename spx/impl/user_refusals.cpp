@@ -86,9 +86,9 @@ bool checkHoneycomb(const Block& block) {
 bool checkFabric(const Block& block) {
   constexpr int32_t kStates = 8, kStatesWithInitialStress = 12;
   constexpr int kConstants = 4, kStrain = 1, kColumns = 2;
-  if (refuseElement(block, block.isPlane(),
-                    "Subroutine VUMAT for fabric material is implemented only for plane stress "
-                    "elements (ndir=3 and nshr=1)"))
+  if (refuseUnless(block, block.isPlane(),
+                   "Subroutine VUMAT for fabric material is implemented only for plane stress "
+                   "elements (ndir=3 and nshr=1)"))
     return true;
   if (block.name.find("_INITENER") != std::string_view::npos) {
     if (refuseStates(block, kStatesWithInitialStress,
@@ -120,9 +120,9 @@ bool checkFabric(const Block& block) {
 
 bool checkPlyFabric(const Block& block) {
   constexpr int32_t kStates = 16;
-  return refuseElement(block, block.isPlane(),
-                       "Subroutine VUMAT for fabric reinforced composite materials only supports "
-                       "plane stress elements.") ||
+  return refuseUnless(block, block.isPlane(),
+                      "Subroutine VUMAT for fabric reinforced composite materials only supports "
+                      "plane stress elements.") ||
          refuseStates(block, kStates,
                       "Subroutine VUMAT for fabric reinforced composite materials requires the "
                       "specification of %I state variables. Check the "
@@ -174,7 +174,7 @@ bool checkPlastic(const Block& block, const PlasticTexts& texts, bool isThermopl
   constexpr int32_t kStates = 14;
   constexpr int kFirstRatio = 3, kRatios = 6, kK1 = 9, kK2 = 10, kTension = 11, kCompression = 12, kDuctileRows = 13,
                 kShearRows = 14, kF3 = 15, kF5 = 16, kConstants = 16;
-  if (refuseElement(block, block.isSolid() || block.isPlane(), texts.elements)) return true;
+  if (refuseUnless(block, block.isSolid() || block.isPlane(), texts.elements)) return true;
   if (refuseStates(block, kStates, texts.states)) return true;
 
   const double *curve = nullptr, *ductile = nullptr, *shear = nullptr;

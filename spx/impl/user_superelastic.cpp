@@ -389,6 +389,8 @@ Kind kindOf(std::string_view name) {
   return Kind::unknown;
 }
 
+bool isPoissonsRatio(double nu) { return nu > -1.0 && nu < 0.5; }
+
 bool Superelastic::isRefused(const Block& b) {
   const Kind kind = kindOf(b.name);
   if (kind == Kind::unknown)
@@ -398,11 +400,11 @@ bool Superelastic::isRefused(const Block& b) {
   const bool isSupported = kind == Kind::uniaxial      ? b.ndir == 1 && (b.nshr == 0 || b.nshr == 1)
                            : kind == Kind::planeStress ? b.isPlane()
                                                        : b.isSolid() || b.isPlane();
-  if (refuseElement(b, isSupported,
-                    "The elements of material %S do not have the stress components that its name asks for: "
-                    "TVK_SUPER_ELASTIC_N1D needs one direct component, "
-                    "TVK_SUPER_ELASTIC_N2D needs plane stress elements, and "
-                    "TVK_SUPER_ELASTIC_N3D needs solid or plane strain elements."))
+  if (refuseUnless(b, isSupported,
+                   "The elements of material %S do not have the stress components that its name asks for: "
+                   "TVK_SUPER_ELASTIC_N1D needs one direct component, "
+                   "TVK_SUPER_ELASTIC_N2D needs plane stress elements, and "
+                   "TVK_SUPER_ELASTIC_N3D needs solid or plane strain elements."))
     return true;
   if (b.properties != kProperties)
     return refuse(b, "Subroutine VUMAT for superelastic materials should be used with 14 material  "
@@ -411,7 +413,9 @@ bool Superelastic::isRefused(const Block& b) {
                       "Subroutine VUMAT for superelastic materials requires the specification of %I "
                       "state variables. Check the definition of *DEPVAR "
                       "in the input file.") ||
-         refuseValues(b, {1, 3, 5, 6});
+         refuseValues(b, {1, 3, 5, 6}) ||
+         refuseUnless(b, isPoissonsRatio(b.props[1]) && isPoissonsRatio(b.props[3]),
+                      "Poisson's ratios of material %S, properties 2 and 4, must lie between -1 and 0.5.");
 }
 
 SA_INLINE void compute(const Block& b, const Superelastic& m) {
