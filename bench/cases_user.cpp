@@ -12,7 +12,7 @@ namespace {
 struct Material {
   std::string name;
   int states;
-  double strain; // size of an increment
+  double stress, strain; // size of the stress and of an increment
   std::vector<double> props;
   void (*plain)(int32_t, const plain::MaterialBlock&);
   int arithmetic, divisions;
@@ -29,8 +29,7 @@ void addMaterial(std::vector<Case>& list, Material material) {
     uniform(3 * n, a[2], random, 0.98, 1.0);
     uniform(material.states * n, a[4], random, 0.0, 0.005);
     uniform(n, a[7], random, 300, 300);
-    const double size = 2 * material.props[0] * material.strain;
-    uniform(6 * n, a[3], random, -size, size);
+    uniform(6 * n, a[3], random, -material.stress, material.stress);
   };
   const auto kernel = [material](int32_t n, const Arrays& a) {
     const int32_t three = 3, zero = 0, states = material.states, props = static_cast<int32_t>(material.props.size());
@@ -54,14 +53,16 @@ void addUserCases(std::vector<Case>& list) {
   addMaterial(
       list, {"TVK_JH2",
              4,
-             0.01,
+             1.5e9,
+             2e-5,
              {30.4e9, .93, .088, .003, .35, .77, 1, .15e9, .5, 5.95e9, 2.92e9, .053, .85, 45.4e9, -138e9, 290e9, 1, 0},
              plain::jh2,
              450,
              16});
   addMaterial(list, {"TVK_HJC_CONCRETE",
                      5,
-                     0.001,
+                     60e6,
+                     2e-5,
                      {14.86e9, .79,  1.6, .007, .61, 48e6, 4e6,    1,     .01, 7, 16e6,
                       .001,    .8e9, .1,  .04,  1,   85e9, -171e9, 208e9, 0,   0},
                      plain::hjcConcrete,
@@ -69,7 +70,8 @@ void addUserCases(std::vector<Case>& list) {
                      18});
   addMaterial(list, {"TVK_SUPER_ELASTIC_N3D",
                      8,
-                     0.004,
+                     300e6,
+                     2e-5,
                      {60e9, .3, 60e9, .3, .075, 520e6, 600e6, 300e6, 200e6, 754e6, 300, 0, 0, -1},
                      plain::superelastic,
                      450,

@@ -29,21 +29,36 @@ constexpr int kPlasticStrain = 0, kDamage = 1, kStatus = 2, kHistory = 3, kCompa
 
 // Constants that all have.
 struct BrittleConstants {
-  double G, C, perReferenceRate, T, K1, K2, K3, deletionStrain;
+  double G, perG3, C, perReferenceRate, T, K1, K2, K3, deletionStrain;
   SA_INLINE double cubic(double mu) const { return mu * (K1 + mu * (K2 + mu * K3)); }
 };
 inline double strainOrNone(double property) { return property > 0.0 ? property : vm::kInfinity; }
 
-// The smallest x > 0 at which an increasing function has this value.
+// The x > 0 at which an increasing function that is 0 at 0 has this value: false position that halves the weight of an end
+// that stays (Illinois).
 template <class Function>
 double solveIncreasing(double value, Function function) {
-  double low = 0.0, high = 1e-6;
-  for (int k = 0; k < 60 && !(function(high) >= value); ++k) high *= 2.0;
-  for (int k = 0; k < 200; ++k) {
-    const double middle = 0.5 * (low + high);
-    (function(middle) >= value ? high : low) = middle;
+  double low = 0.0, high = 1e-3, below = -value, above = function(high) - value;
+  for (int k = 0; k < 60 && above < 0.0; ++k) {
+    low = high, below = above;
+    high *= 2.0, above = function(high) - value;
   }
-  return high;
+  double x = high;
+  for (int k = 0, side = 0; k < 100 && high - low > 1e-15 * high; ++k) {
+    x = (low * above - high * below) / (above - below);
+    const double difference = function(x) - value;
+    if (difference == 0.0) break;
+    if (difference > 0.0) {
+      high = x, above = difference;
+      if (side > 0) below *= 0.5;
+      side = 1;
+    } else {
+      low = x, below = difference;
+      if (side < 0) above *= 0.5;
+      side = -1;
+    }
+  }
+  return x;
 }
 
 // Strain and damage at the end of the return from the trial stress.
@@ -76,33 +91,34 @@ SA_INLINE double tensionLimit(const Model& m, double D) {
 // stress can follow, 3 G ef <= intact - fractured, there is no state between and D = 1.
 template <class Model>
 SA_INLINE Returned returnTo(const Model& m, const Strength& s, double q0, double D) {
-  const double G3 = 3.0 * m.G, ef = vm::max(1e-30, s.failureStrain);
+  const double G3 = 3.0 * m.G, perG3 = m.perG3, ef = vm::max(1e-30, s.failureStrain), perFailure = 1.0 / ef;
   const double broken = strengthAt(m, s, 1.0), q = strengthAt(m, s, D);
-  const bool yields = q0 > q;
+  // round-off is no shear: at the limit of tension, where strength and failure strain are zero, it would break the point
+  const bool yields = q0 > q + 1e-12 * m.G;
   if constexpr (Model::kGradual) {
     const double drop = s.intact - s.fractured, line = s.intact - D * drop, slope = G3 * ef - drop;
     // on the straight line, no further than to zero stress; in one step to D = 1 where that is passed or no state lies between
-    const double strainOnLine = vm::min(q0 / G3, (q0 - line) * ef / vm::select(slope > 0.0, slope, 1.0));
-    const double damageOnLine = D + strainOnLine / ef;
+    const double strainOnLine = vm::min(q0 * perG3, (q0 - line) * ef / vm::select(slope > 0.0, slope, 1.0));
+    const double damageOnLine = D + strainOnLine * perFailure;
     // under the cap the strength does not move
     double strain = strainOnLine, damage = damageOnLine;
     bool fails = slope <= 0.0;
     if constexpr (Model::kCapped) {
-      const double strainAtCap = (q0 - m.cap) / G3, damageAtCap = D + strainAtCap / ef;
+      const double strainAtCap = (q0 - m.cap) * perG3, damageAtCap = D + strainAtCap * perFailure;
       const bool isCapped = s.intact - vm::min(1.0, damageAtCap) * drop >= m.cap;
       strain = vm::select(isCapped, strainAtCap, strain);
       damage = vm::select(isCapped, damageAtCap, damage);
       fails = fails & !isCapped;
     }
     fails = fails | (damage >= 1.0);
-    const double strainToBroken = vm::max(0.0, (q0 - broken) / G3);
+    const double strainToBroken = vm::max(0.0, (q0 - broken) * perG3);
     strain = vm::select(yields, vm::select(fails, strainToBroken, strain), 0.0);
     damage = vm::select(yields, vm::select(fails, 1.0, damage), D);
     return {q0 - G3 * strain, strain, damage};
   } else {
-    const double strain = (q0 - q) / G3, damage = vm::min(1.0, D + strain / ef);
+    const double strain = (q0 - q) * perG3, damage = vm::min(1.0, D + strain * perFailure);
     // the point that breaks goes on to the fractured surface
-    const double strainToBroken = vm::max(0.0, (q0 - broken) / G3);
+    const double strainToBroken = vm::max(0.0, (q0 - broken) * perG3);
     const double dep = vm::select(yields, vm::select(damage >= 1.0, strainToBroken, strain), 0.0);
     return {q0 - G3 * dep, dep, vm::select(yields, damage, D)};
   }
@@ -113,20 +129,6 @@ SA_INLINE double bulking(double a, double betaK1, double energy) {
   const double gain = 2.0 * betaK1 * vm::max(0.0, energy);
   const double growth = gain / (a + vm::sqrt(a * a + gain) + 1e-300);
   return vm::select(a >= 0.0, growth, 0.0);
-}
-
-template <class Storage>
-SA_INLINE Sym<Storage> selectOrZero(bool condition, const Sym<Storage>& a) {
-  Sym<Storage> r{};
-  r.s11 = vm::select(condition, a.s11, 0.0);
-  r.s22 = vm::select(condition, a.s22, 0.0);
-  r.s33 = vm::select(condition, a.s33, 0.0);
-  r.s12 = vm::select(condition, a.s12, 0.0);
-  if constexpr (Storage::k23and13) {
-    r.s23 = vm::select(condition, a.s23, 0.0);
-    r.s13 = vm::select(condition, a.s13, 0.0);
-  }
-  return r;
 }
 
 template <class Storage, class Model>
@@ -189,7 +191,7 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
       double p = pressure[k], h = history[k];
       if constexpr (Model::kBulks) {
         const double before = strengthAt(m, Strength{intact[k], fractured[k], failureStrain[k]}, D);
-        const double lost = vm::select(r.damage > D, (before * before - r.q * r.q) / (6.0 * m.G), 0.0);
+        const double lost = vm::select(r.damage > D, (before * before - r.q * r.q) * (0.5 * m.perG3), 0.0);
         const double growth = bulking(m.K1 * mu[k] + h, m.beta * m.K1, lost);
         p += growth;
         h += growth;
@@ -202,7 +204,7 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
       const bool isAlive = !(strainNew >= m.deletionStrain);
       const double keep = vm::select(trial[k] > r.q, r.q / trial[k], 1.0);
       const Sym<Storage> sTrial = sum(sOld, 2.0 * m.G, deviator(strain)), sNew = keep * sTrial;
-      const Sym<Storage> now = selectOrZero(isAlive, sum(sNew, -p));
+      const Sym<Storage> now = select(isAlive, sum(sNew, -p), Sym<Storage>{});
       storeTensor(stress, N, i, now);
       state[i] = strainNew;
       state[i + kDamage * N] = vm::select(wasAlive, r.damage, damageOld);
@@ -214,7 +216,7 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
       double dissipated = 0.5 * (qOld + r.q) * r.plasticStrain;
       if constexpr (Model::kCompacts) {
         state[i + kCompaction * N] = vm::select(wasAlive, crushedOld + crushed, crushedOld);
-        const double pOld = -trace(old) / 3.0;
+        const double pOld = trace(old) * (-1.0 / 3.0);
         dissipated += 0.5 * (pOld + p) * crushed / (1.0 + mu[k]);
       }
       const double work = 0.5 * (product(old, strain) + product(now, strain));

@@ -79,6 +79,19 @@ bool refuseValues(const Block& block, std::initializer_list<int32_t> positive);
 
 // ---- tensors of one point, with the components that its elements have
 
+template <class Storage>
+SA_INLINE Sym<Storage> select(bool condition, const Sym<Storage>& a, const Sym<Storage>& b) {
+  Sym<Storage> r{};
+  r.s11 = vm::select(condition, a.s11, b.s11);
+  r.s22 = vm::select(condition, a.s22, b.s22);
+  r.s33 = vm::select(condition, a.s33, b.s33);
+  r.s12 = vm::select(condition, a.s12, b.s12);
+  if constexpr (Storage::k23and13) {
+    r.s23 = vm::select(condition, a.s23, b.s23);
+    r.s13 = vm::select(condition, a.s13, b.s13);
+  }
+  return r;
+}
 // a + f b
 template <class Storage>
 SA_INLINE Sym<Storage> sum(const Sym<Storage>& a, double f, const Sym<Storage>& b) {
@@ -109,7 +122,7 @@ SA_INLINE Sym<Storage> sum(const Sym<Storage>& a, double f) {
 }
 template <class Storage>
 SA_INLINE Sym<Storage> deviator(const Sym<Storage>& a) {
-  return sum(a, -trace(a) / 3.0);
+  return sum(a, trace(a) * (-1.0 / 3.0));
 }
 // a : b
 template <class Storage>
@@ -169,7 +182,7 @@ SA_INLINE void keepStates(const Block& b, int first) {
   SA_EXPORT void name SA_USER_PARAMETERS {                                                                             \
     const Block block = SA_USER_BLOCK;                                                                                 \
     if (Model::isRefused(block) || block.points < 1) return;                                                           \
-    name##_clones(block, Model(props));                                                                                \
+    name##_clones(block, Model(block));                                                                                \
   }
 
 } // namespace sa::user

@@ -11,15 +11,26 @@ constexpr double kRoot = 0x1.a20bd700c2c3ep-1; // sqrt(2/3): the norm of the dev
 // State variables, from 0: fraction, transformation strain of six components, equivalent stress.
 constexpr int kEquivalentStress = 7;
 
+// By the name.
+enum class Kind { uniaxial, planeStress, solid, unknown };
+Kind kindOf(std::string_view name) {
+  if (name.starts_with("TVK_SUPER_ELASTIC_N1D")) return Kind::uniaxial;
+  if (name.starts_with("TVK_SUPER_ELASTIC_N2D")) return Kind::planeStress;
+  if (name.starts_with("TVK_SUPER_ELASTIC_N3D")) return Kind::solid;
+  return Kind::unknown;
+}
+
 struct Superelastic {
   static constexpr int kProperties = 14, kStates = 8;
+  Kind kind;
   double G, dG, K, dK, E, dE; // of austenite, and what martensite has more
   double alpha, eD, eV, eTension, eCompression;
   double startAM, finishAM, startMA, finishMA; // uniaxial stresses
   double T0, slopeAM, slopeMA;
 
   static bool isRefused(const Block& b);
-  explicit Superelastic(const double* p) {
+  explicit Superelastic(const Block& block) : kind(kindOf(block.name)) {
+    const double* p = block.props;
     const auto shear = [](double e, double nu) { return e / (2.0 * (1.0 + nu)); };
     const auto bulk = [](double e, double nu) { return e / (3.0 * (1.0 - 2.0 * nu)); };
     E = p[0], G = shear(p[0], p[1]), K = bulk(p[0], p[1]);
@@ -75,21 +86,22 @@ SA_INLINE Fraction fallingRoot(double p, double q, double r) {
 
 SA_INLINE Fraction transform(const Norm& F, double xi, const Limits& l) {
   const double trial = F(xi);
-  // to martensite, on the straight line from (F0, xi) to (finish, 1): (1 - x)(finish - F0) = (1 - xi)(finish - F(x))
-  const double fromAM = vm::max(l.startAM, l.beforeAM), widthAM = l.finishAM - fromAM, austenite = 1.0 - xi;
-  const Fraction toM =
-      fallingRoot(austenite * F.c2, austenite * F.c1 - widthAM, widthAM + austenite * (F.c0 - l.finishAM));
-  const bool isToM = (trial > fromAM) & (austenite > 0.0), isFull = (F(1.0) >= l.finishAM) | (widthAM <= 0.0);
-  // to austenite, from (F0, xi) to (finish, 0): x (F0 - finish) = xi (F(x) - finish)
+  const double fromAM = vm::max(l.startAM, l.beforeAM), widthAM = l.finishAM - fromAM;
   const double fromMA = vm::min(l.startMA, l.beforeMA), widthMA = fromMA - l.finishMA;
-  const Fraction toA = fallingRoot(xi * F.c2, xi * F.c1 - widthMA, xi * (F.c0 - l.finishMA));
-  const bool isToA = (trial < fromMA) & (xi > 0.0), isNone = (F(0.0) <= l.finishMA) | (widthMA <= 0.0);
-
-  const double xiM = vm::select(isFull, 1.0, vm::min(1.0, toM.xi)),
-               slopeM = vm::select(isFull, 0.0, austenite / toM.perNorm);
-  const double xiA = vm::select(isNone, 0.0, vm::max(0.0, toA.xi)), slopeA = vm::select(isNone, 0.0, xi / toA.perNorm);
-  return {vm::select(isToM, xiM, vm::select(isToA, xiA, xi)),
-          vm::select(isToM, slopeM, vm::select(isToA, slopeA, 0.0))};
+  // how far F has gone beyond where each begins, and what is left to transform: one of the two at most is positive
+  const double toM = vm::select(xi < 1.0, trial - fromAM, 0.0), toA = vm::select(xi > 0.0, fromMA - trial, 0.0);
+  // to martensite, on the straight line from (F0, xi) to (finish, 1): (1 - x)(finish - F0) = (1 - xi)(finish - F(x));
+  // to austenite, from (F0, xi) to (finish, 0): x (F0 - finish) = xi (F(x) - finish)
+  const bool isToM = toM > 0.0;
+  const double weight = vm::select(isToM, 1.0 - xi, xi), width = vm::select(isToM, widthAM, widthMA);
+  const double finish = vm::select(isToM, l.finishAM, l.finishMA), end = vm::select(isToM, 1.0, 0.0);
+  const Fraction root = fallingRoot(weight * F.c2, weight * F.c1 - width, weight * (F.c0 - finish) + end * width);
+  // what is left to the end of the line
+  const double atEnd = F(end) - finish, left = vm::min(width, vm::select(isToM, -atEnd, atEnd));
+  const double x = vm::select(left > 0.0, vm::max(0.0, vm::min(1.0, root.xi)), end);
+  const double slope = vm::select(left > 0.0, weight / root.perNorm, 0.0);
+  const double moves = vm::max(toM, toA);
+  return {vm::select(moves > 0.0, x, xi), vm::select(moves > 0.0, slope, 0.0)};
 }
 
 // The place 0..1 on a straight path of strain where |e0 + t de| + q t is smallest, q = 3 alpha K dTheta/(2 G): before it F
@@ -159,11 +171,14 @@ struct Share {
   double part[kScratchPoints], tempOld[kScratchPoints], tempNew[kScratchPoints], across[kScratchPoints];
 };
 
-template <bool kPlaneStress, class Storage>
+// The first part of an increment leaves points that have none as they are, to the bit: then it may be left out where no point
+// of a piece has one.
+template <bool kFirstPart, bool kPlaneStress, class Storage>
 SA_INLINE void advance(const Block& b, const Superelastic& model, const Arrays& from, int start, int length,
                        Share& share) {
   const Superelastic m = model;
   const int64_t n = b.points;
+  [[maybe_unused]] const double perFactor = 1.0 / (kRoot + m.alpha);
   const double *strainInc = b.strainInc, *density = b.density, *stressOld = from.stress, *stateOld = from.state,
                *internalOld = from.internal, *inelasticOld = from.inelastic;
   double *stress = b.stress, *state = b.state, *internal = b.internal, *inelastic = b.inelastic;
@@ -183,7 +198,7 @@ SA_INLINE void advance(const Block& b, const Superelastic& model, const Arrays& 
         const Sym<Storage> e0 = deviatorAtStart(m, xi, old, change);
         const double volume = volumeAtStart(m, xi, old, change),
                      norm = normAt(m, vm::sqrt(product(e0, e0)), volume)(xi);
-        Sym<Storage> inc = (share.part[k] * loadTensor<Storage>(strainInc, n, i));
+        Sym<Storage> inc = share.part[k] * loadTensor<Storage>(strainInc, n, i);
         inc.s33 = x;
         const Sym<Storage> e = sum(e0, 1.0, deviator(inc));
         const Response r =
@@ -203,25 +218,36 @@ SA_INLINE void advance(const Block& b, const Superelastic& model, const Arrays& 
     const double xi = stateOld[i], volume = volumeAtStart(m, xi, old, change);
     const Sym<Storage> e0 = deviatorAtStart(m, xi, old, change);
     const double norm = normAt(m, vm::sqrt(product(e0, e0)), volume)(xi);
-    Sym<Storage> inc = (share.part[k] * loadTensor<Storage>(strainInc, n, i));
+    Sym<Storage> inc = share.part[k] * loadTensor<Storage>(strainInc, n, i);
     if constexpr (kPlaneStress) inc.s33 = share.across[k];
     const Sym<Storage> e = sum(e0, 1.0, deviator(inc));
     const Response r = respond(m, e, volume + trace(inc), xi, limitsAt(m, norm, share.tempOld[k], share.tempNew[k]));
 
-    Sym<Storage> now = sum((r.shearFactor * e), r.pressure);
+    Sym<Storage> now = sum(r.shearFactor * e, r.pressure);
     if constexpr (kPlaneStress) now.s33 = 0.0;
-    const Sym<Storage> changeNow = sum((r.changeFactor * e), m.eV * r.xi / 3.0);
-    const Sym<Storage> mean = (0.5 * sum(old, 1.0, now));
-    internal[i] = intOld + product(mean, inc) * perDensity;
-    inelastic[i] = inelOld + product(mean, sum(changeNow, -1.0, change)) * perDensity;
-    storeTensor(stress, n, i, now);
-    state[i] = r.xi;
-    storeTensor(state + n, n, i, changeNow);
-    if constexpr (!Storage::k23and13) {
-      state[i + 5 * n] = 0.0;
-      state[i + 6 * n] = 0.0;
+    const Sym<Storage> changeNow = sum(r.changeFactor * e, r.xi * (m.eV * (1.0 / 3.0)));
+    const Sym<Storage> mean = 0.5 * sum(old, 1.0, now);
+    const double internalNow = intOld + product(mean, inc) * perDensity;
+    const double inelasticNow = inelOld + product(mean, sum(changeNow, -1.0, change)) * perDensity;
+    if constexpr (kFirstPart) {
+      const bool moves = share.part[k] > 0.0;
+      internal[i] = vm::select(moves, internalNow, intOld);
+      inelastic[i] = vm::select(moves, inelasticNow, inelOld);
+      state[i] = vm::select(moves, r.xi, xi);
+      storeTensor(stress, n, i, select(moves, now, old));
+      storeTensor(state + n, n, i, select(moves, changeNow, change));
+    } else {
+      internal[i] = internalNow;
+      inelastic[i] = inelasticNow;
+      state[i] = r.xi;
+      storeTensor(stress, n, i, now);
+      storeTensor(state + n, n, i, changeNow);
+      if constexpr (!Storage::k23and13) {
+        state[i + 5 * n] = 0.0;
+        state[i + 6 * n] = 0.0;
+      }
+      state[i + kEquivalentStress * n] = r.norm * perFactor;
     }
-    state[i + kEquivalentStress * n] = r.norm / (kRoot + m.alpha);
   });
 }
 
@@ -254,8 +280,13 @@ SA_INLINE void superelastic(const Block& b, const Superelastic& model) {
       share.across[k] = t * strain.s33;
       across[k] = strain.s33;
     });
-    advance<kPlaneStress, Storage>(b, model, {b.stressOld, b.stateOld, b.internalOld, b.inelasticOld}, start, length,
-                                   share);
+    double turns = 0.0;
+    for (int k = 0; k < length; ++k) turns += share.part[k] > 0.0 ? 1.0 : 0.0;
+    Arrays from{b.stressOld, b.stateOld, b.internalOld, b.inelasticOld};
+    if (turns > 0.0) {
+      advance<true, kPlaneStress, Storage>(b, model, from, start, length, share);
+      from = {b.stress, b.state, b.internal, b.inelastic}; // the second part goes on from there
+    }
     forPoints(length, [=, &share, &across](int k) SA_POINT {
       const double rest = 1.0 - share.part[k], middle = share.tempNew[k], end = tempNew[start + k];
       share.part[k] = rest;
@@ -263,8 +294,7 @@ SA_INLINE void superelastic(const Block& b, const Superelastic& model) {
       share.tempNew[k] = end;
       share.across[k] = rest * across[k];
     });
-    // from where the first part ended
-    advance<kPlaneStress, Storage>(b, model, {b.stress, b.state, b.internal, b.inelastic}, start, length, share);
+    advance<false, kPlaneStress, Storage>(b, model, from, start, length, share);
   });
   keepStates(b, Superelastic::kStates);
 }
@@ -379,15 +409,7 @@ SA_INLINE void planeStressElasticAnswer(const Block& b, const Superelastic& m) {
   });
 }
 
-// ---- by the name
-
-enum class Kind { uniaxial, planeStress, solid, unknown };
-Kind kindOf(std::string_view name) {
-  if (name.starts_with("TVK_SUPER_ELASTIC_N1D")) return Kind::uniaxial;
-  if (name.starts_with("TVK_SUPER_ELASTIC_N2D")) return Kind::planeStress;
-  if (name.starts_with("TVK_SUPER_ELASTIC_N3D")) return Kind::solid;
-  return Kind::unknown;
-}
+// ---- checks, and the choice of the dimensions
 
 bool isPoissonsRatio(double nu) { return nu > -1.0 && nu < 0.5; }
 
@@ -419,7 +441,7 @@ bool Superelastic::isRefused(const Block& b) {
 }
 
 SA_INLINE void compute(const Block& b, const Superelastic& m) {
-  const Kind kind = kindOf(b.name);
+  const Kind kind = m.kind;
   if (b.isDataCheck) {
     if (kind == Kind::uniaxial)
       uniaxialElasticAnswer(b, m);
