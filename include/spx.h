@@ -681,7 +681,7 @@ void SPX_MAT_HYPERUNITHERMAL(const int32_t* nblock, const double* U1, const doub
                              const double* axial, const double* lateral, double* stress, double* flag);
 
 /** A step of Newton's method towards plane stress: thickness *= exp(-residual/slope), the exponent within 1/2 either way.
- *  Without a positive slope nothing changes.
+ *  Without a positive slope the step is a quarter, against the sign of the residual.
  *  @param[in]     nblock    (1), block: points
  *  @param[in]     residual  (nblock), Pa: Kirchhoff stress in the free direction
  *  @param[in]     slope     (nblock), Pa: its derivative by the logarithm of the free stretch
@@ -846,7 +846,7 @@ void SPX_MAT_MARLOWUNIRESULT(const int32_t* nblock, const double* U1, const doub
  * Stresses in three dimensions: principal stretches and directions by GLO_UTI_EIG33V, the derivatives here, then
  * SPX_MAT_HYPERELAS3D.  PSEXP and UNIEXP find the free stretch themselves, by Newton's method in its logarithm from the one
  * that is given (from the one that keeps the volume when that is not positive), each point to its own convergence, in at most
- * 50 steps; a point whose material has no stiffness in the free direction keeps what it has.
+ * 50 steps.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Isochoric energy and 1/J, three terms.

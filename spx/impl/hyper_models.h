@@ -31,8 +31,9 @@ struct VolumetricStress {
   X(C10)                                                                                                               \
   X(C01)                                                                                                               \
   X(C20)                                                                                                               \
-  X(C11) X(C02) X(C30) X(C21) X(C12) X(C03) X(C40) X(C31) X(C22) X(C13) X(C04) X(C50) X(C41) X(C32) X(C23) X(C14)      \
-      X(C05) X(C60) X(C51) X(C42) X(C33) X(C24) X(C15) X(C06)
+  X(C11)                                                                                                               \
+  X(C02) X(C30) X(C21) X(C12) X(C03) X(C40) X(C31) X(C22) X(C13) X(C04) X(C50) X(C41) X(C32) X(C23) X(C14) X(C05)      \
+      X(C60) X(C51) X(C42) X(C33) X(C24) X(C15) X(C06)
 #define SA_POLYNOMIAL6_VOLUME(X) SA_POLYNOMIAL6(X) X(rD1) X(rD2) X(rD3) X(rD4) X(rD5) X(rD6)
 #define SA_ARRUDA_BOYCE(X) X(mu) X(lambdaM)
 #define SA_ARRUDA_BOYCE_VOLUME(X) SA_ARRUDA_BOYCE(X) X(D)
@@ -164,8 +165,8 @@ struct VanDerWaals {
     double r;                   // 1/sqrt(s), not above its value at the largest eta
     double locked;
   };
-  SA_INLINE State state(double I1, double I2) const {
-    const double t = (1.0 - beta) * I1 + beta * I2 - 3.0;
+  SA_INLINE State state(double I1, double I2) const { return stateOf((1.0 - beta) * I1 + beta * I2 - 3.0); }
+  SA_INLINE State stateOf(double t) const {
     const bool deformed = t > kNormal;
     const double s = vm::select(deformed, t, 0.0), root = vm::sqrt(s), range = vm::sqrt(lambdaM * lambdaM - 3.0);
     const double eta = root / range;
@@ -181,7 +182,7 @@ struct VanDerWaals {
 
   SA_INLINE double locked(double I1, double I2) const { return state(I1, I2).locked; }
   SA_INLINE double energy(double I1, double I2) const {
-    const State q = state(I1, I2);
+    const State q = stateOf((1.0 - beta) * (I1 - 3.0) + beta * (I2 - 3.0)); // exactly 0 without deformation
     const double chains = q.range * q.range * (vm::log(1.0 - q.eta) + q.eta), half = 0.5 * q.s;
     return mu * (-chains - 0.6666666666666666 * a * (half * vm::sqrt(half)));
   }

@@ -106,11 +106,13 @@ struct AxialStressOut {
 
 // ---- free stretches
 
-// Newton's step in the logarithm of a free stretch, at most a half either way and none where the material has no stiffness.
+// Newton's step in the logarithm of a free stretch, at most a half either way.  Where the material has no stiffness the step is
+// a quarter against the residual: a direction in tension contracts.
 SA_INLINE double stretchStep(double residual, double slope) {
   const bool stiff = slope > kSmallestNormal;
   const double step = residual / vm::select(stiff, slope, 1.0);
-  return vm::select(stiff, vm::max(-0.5, vm::min(0.5, step)), 0.0);
+  const double against = vm::select(residual == 0.0, 0.0, vm::copysign(0.25, residual) + 0.0 * residual); // NaN stays
+  return vm::select(stiff, vm::max(-0.5, vm::min(0.5, step)), against);
 }
 
 } // namespace sa
