@@ -67,5 +67,6 @@ void addSharedCases(std::vector<Case>& list);
 void addBrickCases(std::vector<Case>& list);
 void addHyperelasticCases(std::vector<Case>& list);
 void addOutputCases(std::vector<Case>& list);
+void addUserCases(std::vector<Case>& list);
 
 } // namespace bench
