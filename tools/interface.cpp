@@ -355,8 +355,8 @@ Interface readInterface(const std::vector<std::string>& files) {
 
 // The word that says how an argument is used: the grammar's word where the unit is one, `value` for a physical unit.
 std::string role(const std::string& unit) {
-  static const char* const kWords[] = {"any",  "block",  "length",  "count", "rows", "stride", "list",   "first",
-                                       "last", "unread", "stretch", "mask",  "flag", "text",   "address"};
+  static const char* const kWords[] = {"any",  "block",  "length",  "count", "rows", "stride", "list",    "first",
+                                       "last", "unread", "stretch", "mask",  "flag", "text",   "address", "table"};
   for (const char* word : kWords)
     if (unit == word) return word;
   if (startsWith(unit, "entity of ")) return "entity";

@@ -5,12 +5,14 @@
 #include <map>
 #include <stdexcept>
 
+#include "host/tables/material_table.h"
 #include "tests/support/random.h"
 
 namespace sa::test {
 namespace {
 
 using sharedanalysis::test::Random;
+namespace tables = sharedanalysis::tables;
 
 bool oneIn(Random& random, int n) { return random.integer(1, n) == 1; }
 
@@ -243,6 +245,61 @@ void setList(Array& array, const std::vector<int>& list) {
   for (std::size_t k = 0; k < list.size(); ++k) array.setInteger(k, list[k]);
 }
 
+// Material tables of every kind, by the option code and the number of points: constant, regular, and general ones of one
+// variable, short and long, and of three; their transforms are used by the codes that know them.
+struct TablePools {
+  tables::Pools pools;
+  tables::Table table;
+};
+TablePools makeTable(Sizes& sizes, int points) {
+  using namespace tables;
+  TablePools result;
+  const int option = sizes("option"), kind = points % 5 % 3;
+  const bool isRegular = option < 2 && sizes("extra") == 0;
+  Random random(static_cast<std::uint64_t>(7 + kind));
+  std::vector<Row> rows;
+  if (isRegular) {
+    std::vector<Axis> axes;
+    std::size_t values = 1;
+    for (int v = 0; v < option + sizes("dependencies"); ++v) {
+      axes.push_back({-1.0 + 0.25 * v, 0.5, 2 + v});
+      values *= static_cast<std::size_t>(2 + v);
+    }
+    std::vector<double> data(values);
+    for (double& x : data) x = random.uniform(-5, 5);
+    result.table = addRegularTable(result.pools, option == 1, axes, data);
+    return result;
+  }
+  if (option == 100) {
+    result.table = addConstant(result.pools, 4.5, 1);
+    return result;
+  }
+  const Scale root = option == 300 ? Scale::Root : Scale::Linear;
+  std::vector<Variable> variables = {
+      {state(1), true, false, root, 0.0}, {kTemperature, false, true, Scale::Logarithm, 0.05}, {field(1), true, true}};
+  if (kind == 1) {
+    for (int row = 0; row < 40; ++row)
+      rows.push_back(
+          {random.uniform(-5, 5), random.uniform(0, 1), random.integer(1, 3) * 0.3, 1.0 * random.integer(-1, 1)});
+  } else {
+    variables.erase(variables.begin() + 2);
+    variables.erase(variables.begin() + (option == 300 ? 1 : 0));
+    for (int row = 0; row < (kind == 0 ? 7 : 50); ++row) rows.push_back({random.uniform(-5, 5), random.uniform(0, 2)});
+    rows.push_back({1.0, rows[3][1]}); // a jump
+  }
+  result.table = addTable(result.pools, variables, rows, points % 2 == 0);
+  return result;
+}
+
+template <class Container>
+void setTable(Array& array, const Container& values) {
+  array.lines = Lines::none;
+  array.lineCount = array.after = 1;
+  array.before = values.size();
+  array.bytes.resize(values.size() * array.elementSize);
+  std::memcpy(array.bytes.data(), values.data(), array.bytes.size());
+}
+
 std::string targetOf(const Array& map) { return std::string(map.info->unit).substr(10); } // after "entity of "
 
 } // namespace
@@ -283,6 +340,15 @@ KernelCase makeCase(const RoutineInfo& routine, int points, int variant) {
       array.setInteger(0, sizes(info.name));
     } else if (info.is("list")) {
       setList(array, list);
+    } else if (info.is("table")) {
+      const TablePools table = makeTable(sizes, points);
+      const bool isPool = std::string_view(info.shape[0]) == "*";
+      if (info.isReal())
+        setTable(array, table.pools.reals);
+      else if (isPool)
+        setTable(array, table.pools.ints);
+      else
+        setTable(array, table.table.header);
     } else {
       const std::uint64_t seed =
           hashOf(routine.name, hashOf(info.name, static_cast<std::uint64_t>(points * 64 + variant)));
