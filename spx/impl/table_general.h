@@ -16,12 +16,13 @@ struct Result {
 };
 
 // The straight line through both ends.  In the form of two weights the ends come back exactly.  An interval without width
-// gives its upper value.
+// gives its upper value, and NaN for NaN.
 SA_INLINE Result interpolate(double x, const Interval& s) {
   const double width = s.x2 - s.x1;
   const double line = (s.x2 - x) / width * s.f1 + (x - s.x1) / width * s.f2, slope = (s.f2 - s.f1) / width;
-  const bool hasWidth = width != 0.0;
-  return {vm::select(hasWidth, line, s.f2), vm::select(hasWidth, slope, 0.0)};
+  const bool hasWidth = width != 0.0, isNumber = x == x;
+  const double upper = vm::select(isNumber, s.f2, x);
+  return {vm::select(hasWidth, line, upper), vm::select(hasWidth, slope, 0.0)};
 }
 
 // A quantity of a table: what an interval gives, and what the ends give where they are held.  `before` is the integral from
@@ -200,9 +201,11 @@ private:
         return evaluate(level.next(), level.firstChild(node), level.firstChild(node + 1) - 1, weight * part);
       };
       const double x1 = at(lower), x2 = at(upper);
-      if (lower == upper || x1 == x2) return inner(upper, 1.0);
+      if (lower == upper) return inner(upper, 1.0);
       const double width = x2 - x1;
-      const double f1 = inner(lower, (x2 - x) / width), f2 = inner(upper, (x - x1) / width);
+      const bool hasWidth = width != 0.0;
+      const double f2 = inner(upper, hasWidth ? (x - x1) / width : 1.0);
+      const double f1 = hasWidth ? inner(lower, (x2 - x) / width) : f2;
       result = interpolate(x, {x1, x2, f1, f2});
     }
     if (source.derivative != nullptr) source.derivative[point_] += weight * result.derivative * abscissa.factor;

@@ -24,8 +24,8 @@ struct Bisection {
   SA_INLINE bool isOpen() const { return upper - lower > 1; }
   SA_INLINE void step(bool isAbove) { // the abscissa of the middle or beyond it
     const bool open = isOpen();
-    lower = open & isAbove ? middle : lower;
-    upper = open & !isAbove ? middle : upper;
+    lower = (open & isAbove) ? middle : lower;
+    upper = (open & !isAbove) ? middle : upper;
     const int64_t half = (upper - lower) / 2;
     middle = isAbove ? lower + half : upper - half;
   }
