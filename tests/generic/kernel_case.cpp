@@ -276,18 +276,24 @@ TablePools makeTable(Sizes& sizes, int points) {
   }
   const Scale root = option == 300 ? Scale::Root : Scale::Linear;
   std::vector<Variable> variables = {
-      {state(1), true, false, root, 0.0}, {kTemperature, false, true, Scale::Logarithm, 0.05}, {field(1), true, true}};
-  if (kind == 1) {
-    for (int row = 0; row < 40; ++row)
-      rows.push_back(
-          {random.uniform(-5, 5), random.uniform(0, 1), random.integer(1, 3) * 0.3, 1.0 * random.integer(-1, 1)});
-  } else {
-    variables.erase(variables.begin() + 2);
+      {state(1), true, false, root, 0.0}, {kTemperature, false, true}, {field(1), true, true}};
+  if (kind != 1) {
+    variables.pop_back();
     variables.erase(variables.begin() + (option == 300 ? 1 : 0));
-    for (int row = 0; row < (kind == 0 ? 7 : 50); ++row) rows.push_back({random.uniform(-5, 5), random.uniform(0, 2)});
-    rows.push_back({1.0, rows[3][1]}); // a jump
   }
+  for (int row = 0; row < (kind == 0 ? 7 : 50); ++row) {
+    rows.push_back({random.uniform(-5, 5), random.uniform(0, 2)});
+    if (kind == 1) rows.back().insert(rows.back().end(), {0.5 * random.integer(-2, 0), 1.0 * random.integer(-1, 1)});
+  }
+  rows.push_back(rows[3]); // a jump
+  rows.back()[0] = 1.0;
   result.table = addTable(result.pools, variables, rows, points % 2 == 0);
+  // The temperature is logarithmic.  Said afterwards, so that no logarithm of another library enters the bits.
+  for (std::size_t v = 0; v < variables.size(); ++v)
+    if (variables[v].source == kTemperature) {
+      result.table.header[4] = static_cast<std::int32_t>(v + 1);
+      result.table.header[5] = detail::append(result.pools.reals, {0.05});
+    }
   return result;
 }
 
