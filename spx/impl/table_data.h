@@ -36,19 +36,18 @@ struct Pools {
   const double* realsAt(int32_t position) const { return reals + (position - 1); }
 };
 
-// A variable is transformed before the search; the derivative is then multiplied by a factor.
-struct Transformed {
-  double x, factor;
-};
-
-// log10 above the reference, below it a constant: no derivative there.
+// log10 above the reference, below it a constant.  NaN is not below, and stays.
 struct Logarithm {
   double reference, cutOff;
 
-  SA_INLINE Transformed operator()(double x) const {
-    const bool below = x <= reference; // NaN is not, and stays
-    const double logarithm = vm::log10(x), reciprocal = 1.0 / x;
-    return {vm::select(below, cutOff, logarithm), kLog10OfE * vm::select(below, 0.0, reciprocal)};
+  SA_INLINE double operator()(double x) const {
+    const double logarithm = vm::log10(x);
+    return vm::select(x <= reference, cutOff, logarithm);
+  }
+  // What the derivative is multiplied by.
+  SA_INLINE double factor(double x) const {
+    const double reciprocal = 1.0 / x;
+    return kLog10OfE * vm::select(x <= reference, 0.0, reciprocal);
   }
 };
 

@@ -8,36 +8,32 @@ namespace sa::table {
 
 // ---- what is computed on an interval
 
-struct Interval {
-  double x1, x2, f1, f2;
+// The straight line through the ends of an interval; without width it is the upper value.
+struct Line {
+  double x1, f1, slope;
+  SA_INLINE double operator()(double x) const { return f1 + (x - x1) * slope; }
 };
+SA_INLINE Line lineThrough(double x1, double x2, double f1, double f2) {
+  const double width = x2 - x1, slope = (f2 - f1) / width;
+  const bool hasWidth = width != 0.0;
+  return {x1, vm::select(hasWidth, f1, f2), vm::select(hasWidth, slope, 0.0)};
+}
+
 struct Result {
   double value, derivative;
 };
 
-// The straight line through both ends.  In the form of two weights the ends come back exactly.  An interval without width
-// gives its upper value, and NaN for NaN.
-SA_INLINE Result interpolate(double x, const Interval& s) {
-  const double width = s.x2 - s.x1;
-  const double line = (s.x2 - x) / width * s.f1 + (x - s.x1) / width * s.f2, slope = (s.f2 - s.f1) / width;
-  const bool hasWidth = width != 0.0, isNumber = x == x;
-  const double upper = vm::select(isNumber, s.f2, x);
-  return {vm::select(hasWidth, line, upper), vm::select(hasWidth, slope, 0.0)};
-}
-
-// A quantity of a table: what an interval gives, and what the ends give where they are held.  `before` is the integral from
-// the first abscissa to the lower one.
+// A quantity of a table: what a line gives, and what the ends give where they are held.  f is the value of the table, `before`
+// the integral from the first abscissa to the lower one.
 struct Value {
   static constexpr bool kIsIntegral = false;
-  SA_INLINE static Result on(double x, const Interval& s, double) { return interpolate(x, s); }
+  SA_INLINE static Result on(double, const Line& line, double f, double) { return {f, line.slope}; }
   SA_INLINE static Result held(double, double, double f, double) { return {f, 0.0}; }
 };
 struct Integral {
   static constexpr bool kIsIntegral = true;
-  SA_INLINE static Result on(double x, const Interval& s, double before) {
-    const double f = interpolate(x, s).value;
-    const double mean = vm::select(s.x2 != s.x1, 0.5 * (s.f1 + f), f);
-    return {before + (x - s.x1) * mean, f};
+  SA_INLINE static Result on(double x, const Line& line, double f, double before) {
+    return {before + (x - line.x1) * (0.5 * (line.f1 + f)), f};
   }
   SA_INLINE static Result held(double x, double end, double f, double before) { return {before + (x - end) * f, f}; }
 };
@@ -60,89 +56,118 @@ SA_INLINE double before(const General& t, int64_t first, int64_t row) {
 
 using Scratch = double[kScratchPoints];
 
-// The piece of the abscissas below which a sum of comparisons over all rows is faster than a search of each point: it is
-// vectorised.
-constexpr int64_t kMostComparedRows = 32;
+// Lines of the intervals in which the points lie; what lies outside the table gets the first or last one.
+struct Lines {
+  int32_t lower[kScratchPoints]; // rows, from 1
+  Scratch x1, f1, slope;
+};
 
-// Lower rows of the intervals, from 1 to rowCount - 1; what lies outside the table gets the first or last interval.
-SA_INLINE void findLowerRows(int n, const General& t, const Scratch& x, int32_t (&lower)[kScratchPoints]) {
-  bool ascends = t.rowCount <= kMostComparedRows && n >= 8;
-  if (ascends)
-    for (int64_t r = 2; r <= t.rowCount; ++r) ascends = ascends && t.abscissa(r, 1) >= t.abscissa(r - 1, 1);
-  if (ascends) {
-    // In rows that ascend, the bisection ends at the last row but the last whose abscissa is not above x.
-    Scratch row;
-    forPoints(n, [=, &row](int i) SA_POINT { row[i] = 1.0; });
-    for (int64_t r = 2; r < t.rowCount; ++r) {
-      const double breakpoint = t.abscissa(r, 1);
-      forPoints(n, [=, &row, &x](int i) SA_POINT { row[i] += vm::select(x[i] >= breakpoint, 1.0, 0.0); });
-    }
-    forPoints(n, [=, &row, &lower](int i) SA_POINT { lower[i] = static_cast<int32_t>(row[i]); });
-    return;
-  }
-  const double* column = t.rows + (t.columns[0] - 1);
-  const int64_t length = t.rowLength, rows = t.rowCount;
+SA_INLINE void findLinesInLongTable(int n, const General& t, const Scratch& x, Lines& lines) {
+  const int64_t length = t.rowLength, column = t.columns[0] - 1;
+  constexpr int kAtATime = 4;
+  int first = 0;
+  for (; first + kAtATime <= n; first += kAtATime)
+    findLowerRows<kAtATime>(t.rowCount, t.rows + column, length, x + first, lines.lower + first);
+  for (; first < n; ++first) findLowerRows<1>(t.rowCount, t.rows + column, length, x + first, lines.lower + first);
+  Scratch x2, f2;
   for (int i = 0; i < n; ++i) {
-    Bisection search(1, rows);
-    while (search.isOpen()) search.step(x[i] >= column[(search.middle - 1) * length]);
-    lower[i] = static_cast<int32_t>(search.lower);
+    const double* row = t.rows + (lines.lower[i] - 1) * length;
+    lines.x1[i] = row[column], x2[i] = row[column + length];
+    lines.f1[i] = row[0], f2[i] = row[length];
+  }
+  forPoints(n, [=, &lines, &x2, &f2](int i) SA_POINT {
+    const Line line = lineThrough(lines.x1[i], x2[i], lines.f1[i], f2[i]);
+    lines.f1[i] = line.f1, lines.slope[i] = line.slope;
+  });
+}
+
+// In a short table the lines of all intervals are laid out first, and the interval of a point is the number of breakpoints that
+// are not above it: a sum of comparisons, which is vectorised.
+constexpr int64_t kMostRowsCompared = 32;
+
+struct ShortTable {
+  double x1[kMostRowsCompared], f1[kMostRowsCompared], slope[kMostRowsCompared];
+
+  SA_INLINE void layOut(const General& t) {
+    for (int64_t r = 1; r < t.rowCount; ++r) {
+      const Line line = lineThrough(t.abscissa(r, 1), t.abscissa(r + 1, 1), t.value(r), t.value(r + 1));
+      x1[r - 1] = line.x1, f1[r - 1] = line.f1, slope[r - 1] = line.slope;
+    }
+  }
+};
+
+SA_INLINE void findLinesInShortTable(int n, const General& t, const ShortTable& table, const Scratch& x, Lines& lines) {
+  Scratch row;
+  forPoints(n, [=, &row](int i) SA_POINT { row[i] = 1.0; });
+  for (int64_t r = 2; r < t.rowCount; ++r) {
+    const double breakpoint = table.x1[r - 1];
+    forPoints(n, [=, &row, &x](int i) SA_POINT { row[i] += vm::select(x[i] >= breakpoint, 1.0, 0.0); });
+  }
+  forPoints(n, [=, &row, &lines](int i) SA_POINT { lines.lower[i] = static_cast<int32_t>(row[i]); });
+  for (int i = 0; i < n; ++i) {
+    const int32_t r = lines.lower[i] - 1;
+    lines.x1[i] = table.x1[r], lines.f1[i] = table.f1[r], lines.slope[i] = table.slope[r];
   }
 }
 
-template <class Quantity, class Place>
-SA_INLINE void evaluateOneVariable(const General& table, const PerPoint& points, Place place) {
-  const General t = table;
-  const Source source = points.source(t.sources[0]);
+// Value and derivative, by the variable as transformed, for the n points of a piece.
+template <class Quantity>
+SA_INLINE void evaluatePiece(int n, const General& t, const ShortTable* shortTable, const Scratch& x, Scratch& y,
+                             Scratch& d) {
   const int64_t rows = t.rowCount;
   const double firstX = t.abscissa(1, 1), firstF = t.value(1), lastX = t.abscissa(rows, 1), lastF = t.value(rows);
+  if (rows == 1) {
+    forPoints(n, [=, &x, &y, &d](int i) SA_POINT {
+      const Result result = Quantity::held(x[i], firstX, firstF, 0.0);
+      y[i] = result.value, d[i] = result.derivative;
+    });
+    return;
+  }
   const bool holdsBelow = !t.extrapolatesBelow(1), holdsAbove = !t.extrapolatesAbove(1);
   const double whole = before<Quantity>(t, 1, rows);
-  const double scale = Quantity::kIsIntegral && t.rootVariable == 1 ? 2.0 : 1.0;
-  double* const value = points.value;
+  Lines lines;
+  Scratch sum;
+  if (shortTable != nullptr)
+    findLinesInShortTable(n, t, *shortTable, x, lines);
+  else
+    findLinesInLongTable(n, t, x, lines);
+  if constexpr (Quantity::kIsIntegral)
+    for (int i = 0; i < n; ++i) sum[i] = integralUpTo(t, 1, lines.lower[i]);
 
-  forPieces(place.count, [=](int start, int n) SA_POINT {
-    Scratch x, factor, y, d;
-    for (int i = 0; i < n; ++i) x[i] = source.x[place(start + i)];
-    forPoints(n, [=, &factor](int i) SA_POINT { factor[i] = 1.0; });
-    if (t.logVariable == 1) {
-      const Logarithm logarithm = t.logarithm;
-      forPoints(n, [=, &x, &factor](int i) SA_POINT {
-        const Transformed transformed = logarithm(x[i]);
-        x[i] = transformed.x;
-        factor[i] = transformed.factor;
-      });
-    }
-    if (t.rootVariable == 1) forPoints(n, [=, &x](int i) SA_POINT { x[i] = vm::sqrt(x[i]); });
+  forPoints(n, [=, &x, &lines, &sum, &y, &d](int i) SA_POINT {
+    const double X = x[i];
+    const Line line = {lines.x1[i], lines.f1[i], lines.slope[i]};
+    // a line meets its lower end exactly, and so each breakpoint but the last
+    const double onLine = line(X), f = vm::select(X == lastX, lastF, onLine);
+    const Result inside = Quantity::on(X, line, f, Quantity::kIsIntegral ? sum[i] : 0.0);
+    const Result first = Quantity::held(X, firstX, firstF, 0.0), last = Quantity::held(X, lastX, lastF, whole);
+    const bool isBelow = holdsBelow & (X < firstX), isAbove = holdsAbove & (X > lastX);
+    y[i] = vm::select(isBelow, first.value, vm::select(isAbove, last.value, inside.value));
+    d[i] = vm::select(isBelow, first.derivative, vm::select(isAbove, last.derivative, inside.derivative));
+  });
+}
 
-    if (rows == 1) {
-      forPoints(n, [=, &x, &y, &d](int i) SA_POINT {
-        const Result result = Quantity::held(x[i], firstX, firstF, 0.0);
-        y[i] = result.value, d[i] = result.derivative;
-      });
-    } else {
-      int32_t lower[kScratchPoints];
-      Scratch x1, x2, f1, f2, sum;
-      findLowerRows(n, t, x, lower);
-      for (int i = 0; i < n; ++i) {
-        const double* row = t.rows + (lower[i] - 1) * t.rowLength;
-        const int64_t column = t.columns[0] - 1;
-        x1[i] = row[column], x2[i] = row[column + t.rowLength];
-        f1[i] = row[0], f2[i] = row[t.rowLength];
-        if constexpr (Quantity::kIsIntegral) sum[i] = integralUpTo(t, 1, lower[i]);
-      }
-      forPoints(n, [=, &x, &x1, &x2, &f1, &f2, &sum, &y, &d](int i) SA_POINT {
-        const double X = x[i];
-        const Interval interval = {x1[i], x2[i], f1[i], f2[i]};
-        const Result inside = Quantity::on(X, interval, Quantity::kIsIntegral ? sum[i] : 0.0);
-        const Result first = Quantity::held(X, firstX, firstF, 0.0), last = Quantity::held(X, lastX, lastF, whole);
-        const bool isBelow = holdsBelow & (X < firstX), isAbove = holdsAbove & (X > lastX);
-        y[i] = vm::select(isBelow, first.value, vm::select(isAbove, last.value, inside.value));
-        d[i] = vm::select(isBelow, first.derivative, vm::select(isAbove, last.derivative, inside.derivative));
-      });
-    }
-    for (int i = 0; i < n; ++i) value[place(start + i)] = scale * y[i];
-    if (source.derivative != nullptr)
-      for (int i = 0; i < n; ++i) source.derivative[place(start + i)] = scale * d[i] * factor[i];
+template <class Quantity, class Place>
+SA_INLINE void evaluateOneVariable(const General& t, const PerPoint& points, const Place& place) {
+  const Source source = points.source(t.sources[0]);
+  const bool isLogarithmic = t.logVariable == 1, isRoot = t.rootVariable == 1;
+  const Logarithm logarithm = t.logarithm;
+  // Laying out a short table pays from a few points on; the results are the same.
+  ShortTable lineTable;
+  const bool isShort = t.rowCount <= kMostRowsCompared && place.count >= 8;
+  if (isShort) lineTable.layOut(t);
+
+  forPieces(place.count, [=, &t, &place, &points, &lineTable](int start, int n) SA_POINT {
+    Scratch raw, x, y, d;
+    for (int i = 0; i < n; ++i) x[i] = raw[i] = source.x[place(start + i)];
+    if (isLogarithmic) forPoints(n, [=, &x](int i) SA_POINT { x[i] = logarithm(x[i]); });
+    if (isRoot) forPoints(n, [=, &x](int i) SA_POINT { x[i] = vm::sqrt(x[i]); });
+    evaluatePiece<Quantity>(n, t, isShort ? &lineTable : nullptr, x, y, d);
+    if (Quantity::kIsIntegral && isRoot) forPoints(n, [=, &y, &d](int i) SA_POINT { y[i] *= 2.0, d[i] *= 2.0; });
+    for (int i = 0; i < n; ++i) points.value[place(start + i)] = y[i];
+    if (source.derivative == nullptr) return;
+    if (isLogarithmic) forPoints(n, [=, &raw, &d](int i) SA_POINT { d[i] *= logarithm.factor(raw[i]); });
+    for (int i = 0; i < n; ++i) source.derivative[place(start + i)] = d[i];
   });
 }
 
@@ -164,12 +189,15 @@ struct Level {
 };
 
 // One point: descends through the brackets of all variables.  The derivative by variable v is the sum over its intervals of
-// (f2 - f1) / (x2 - x1) times the weight with which the interval enters; it is summed where it is returned.
+// their slopes times the weights with which they enter; it is summed where it is returned.
 template <class Quantity>
 class ManyVariables {
 public:
   ManyVariables(const General& table, const PerPoint& points, int64_t point)
-      : t_(table), points_(points), point_(point) {}
+      : t_(table), points_(points), point_(point) {
+    if (t_.logVariable != 0) logarithm_ = t_.logarithm(given(t_.logVariable));
+    if (t_.rootVariable != 0) root_ = vm::sqrt(t_.rootVariable == t_.logVariable ? logarithm_ : given(t_.rootVariable));
+  }
 
   double evaluate() const {
     for (int v = 1; v <= t_.variables; ++v) {
@@ -182,46 +210,55 @@ public:
 
 private:
   // The nodes first .. last, which share the values of all higher variables.
-  double evaluate(Level level, int64_t first, int64_t last, double weight) const {
+  double evaluate(const Level& level, int64_t first, int64_t last, double weight) const {
     const int v = level.variable;
-    const Source source = points_.source(t_.sources[v - 1]);
-    const Transformed abscissa = transformed(v, source.x[point_]);
-    const double x = abscissa.x;
-    const auto at = [&](int64_t node) { return t_.abscissa(level.firstRow(node), v); };
+    const double* column = t_.rows + (t_.columns[v - 1] - 1);
+    const int64_t length = t_.rowLength;
+    const auto at = [&](int64_t node) { return column[(level.firstRow(node) - 1) * length]; };
+    const double x = transformed(v);
     const auto [lower, upper] = findSegment(first, last, t_.extrapolatesBelow(v), t_.extrapolatesAbove(v), x, at);
-    Result result;
+    if (v > 1 && lower == upper) return inner(level, lower, weight);
+    const double x1 = at(lower), x2 = at(upper);
     if (v == 1) {
       const double sum = before<Quantity>(t_, first, lower);
-      result = lower == upper ? Quantity::held(x, at(lower), t_.value(lower), sum)
-                              : Quantity::on(x, {at(lower), at(upper), t_.value(lower), t_.value(upper)}, sum);
+      Result result;
+      if (lower == upper) {
+        result = Quantity::held(x, x1, t_.value(lower), sum);
+      } else {
+        const Line line = lineThrough(x1, x2, t_.value(lower), t_.value(upper));
+        result = Quantity::on(x, line, x == x2 ? t_.value(upper) : line(x), sum);
+      }
       const double scale = Quantity::kIsIntegral && t_.rootVariable == 1 ? 2.0 : 1.0;
-      result.value *= scale, result.derivative *= scale;
-    } else {
-      const auto inner = [&](int64_t node, double part) {
-        return evaluate(level.next(), level.firstChild(node), level.firstChild(node + 1) - 1, weight * part);
-      };
-      const double x1 = at(lower), x2 = at(upper);
-      if (lower == upper) return inner(upper, 1.0);
-      const double width = x2 - x1;
-      const bool hasWidth = width != 0.0;
-      const double f2 = inner(upper, hasWidth ? (x - x1) / width : 1.0);
-      const double f1 = hasWidth ? inner(lower, (x2 - x) / width) : f2;
-      result = interpolate(x, {x1, x2, f1, f2});
+      addDerivative(v, weight * scale * result.derivative);
+      return scale * result.value;
     }
-    if (source.derivative != nullptr) source.derivative[point_] += weight * result.derivative * abscissa.factor;
-    return result.value;
+    const double part = x1 == x2 ? 1.0 : (x - x1) / (x2 - x1);
+    const double f2 = inner(level, upper, weight * part);
+    const double f1 = x1 == x2 ? f2 : inner(level, lower, weight * (1.0 - part));
+    const Line line = lineThrough(x1, x2, f1, f2);
+    addDerivative(v, weight * line.slope);
+    return x == x2 ? f2 : line(x);
+  }
+  double inner(const Level& level, int64_t node, double weight) const {
+    return evaluate(level.next(), level.firstChild(node), level.firstChild(node + 1) - 1, weight);
   }
 
-  Transformed transformed(int variable, double x) const {
-    Transformed result = {x, 1.0};
-    if (variable == t_.logVariable) result = t_.logarithm(x);
-    if (variable == t_.rootVariable) result.x = vm::sqrt(result.x);
-    return result;
+  double given(int variable) const { return points_.source(t_.sources[variable - 1]).x[point_]; }
+  double transformed(int variable) const {
+    if (variable == t_.rootVariable) return root_;
+    return variable == t_.logVariable ? logarithm_ : given(variable);
+  }
+  void addDerivative(int variable, double derivative) const {
+    const Source source = points_.source(t_.sources[variable - 1]);
+    if (source.derivative == nullptr) return;
+    if (variable == t_.logVariable) derivative *= t_.logarithm.factor(given(variable));
+    source.derivative[point_] += derivative;
   }
 
   const General& t_;
   const PerPoint& points_;
   int64_t point_;
+  double logarithm_ = 0.0, root_ = 0.0;
 };
 
 // Nothing here is vectorised: the brackets of the inner variables differ from point to point, and what is left to do with

@@ -3,6 +3,8 @@
 
 #include "spx/impl/table_data.h"
 
+#include <type_traits>
+
 namespace sa::table {
 
 // One variable of such a table.
@@ -29,64 +31,65 @@ struct Regular {
 
 using Scratch = double[kScratchPoints];
 
-// Where the points stand on one axis: rows counted from 0 and the weight of the upper one.
+// Where the points stand on one axis: rows counted from 0, in strides, and the weight of the upper one.  A pool holds no more
+// values than a 32-bit integer counts.
 struct Position {
   int32_t lower[kScratchPoints], upper[kScratchPoints];
-  Scratch weight, slope; // slope: 1/dx, NaN where the abscissa is
+  Scratch weight; // NaN where the abscissa is
 };
 
-SA_INLINE void locate(int n, const Axis& axis, const double* x, Position& at) {
-  const double x0 = axis.first, rdx = axis.reciprocalSpacing, last = axis.points;
-  forPoints(n, [=, &at](int i) SA_POINT {
-    const double X = x[i], s = (X - x0) * rdx + 2.0;
-    const double p = vm::min(vm::max(s - 1.0, 1.0), last), q = vm::min(vm::max(s, 1.0), last); // a NaN gives 1
-    const int32_t lower = static_cast<int32_t>(p), upper = static_cast<int32_t>(q);
-    const double w = p - static_cast<double>(lower);
-    const bool isNumber = X == X;
-    at.lower[i] = lower - 1;
-    at.upper[i] = upper - 1;
-    at.weight[i] = vm::select(isNumber, w, X);
-    at.slope[i] = vm::select(isNumber, rdx, X);
-  });
+// Integer part of a number from 1 to 2^31, without a conversion: loops that mix integers and reals are not vectorised.
+SA_INLINE double integerPart(double x) {
+  const double nearest = (x + 0x1p52) - 0x1p52;
+  return nearest - vm::select(nearest > x, 1.0, 0.0);
 }
 
-// Interpolation over the corners of a cell; bit v of a corner's index says upper for variable v, counted from 0.  Variable
-// `differenced` is not interpolated: the difference of its upper and lower corners is taken.
-template <int variables, int differenced>
-SA_INLINE double overCorners(const double (&f)[1 << variables], const double (&w)[variables]) {
-  double g[1 << variables];
-  for (int c = 0; c < 1 << variables; ++c) g[c] = f[c];
-  for (int v = 0; v < variables; ++v)
-    for (int c = 0; c < (1 << variables) >> (v + 1); ++c)
-      g[c] = v == differenced ? g[2 * c + 1] - g[2 * c] : (1.0 - w[v]) * g[2 * c] + w[v] * g[2 * c + 1];
-  return g[0];
+SA_INLINE void locate(int n, const Axis& axis, const double* x, Position& at) {
+  const double x0 = axis.first, rdx = axis.reciprocalSpacing, last = axis.points, stride = axis.stride;
+  Scratch lower, upper;
+  forPoints(n, [=, &at, &lower, &upper](int i) SA_POINT {
+    const double X = x[i], s = (X - x0) * rdx + 2.0;
+    const double p = vm::min(vm::max(s - 1.0, 1.0), last), q = vm::min(vm::max(s, 1.0), last); // a NaN gives 1
+    const double i1 = integerPart(p), w = p - i1;
+    lower[i] = (i1 - 1.0) * stride;
+    upper[i] = (integerPart(q) - 1.0) * stride;
+    at.weight[i] = vm::select(X == X, w, X);
+  });
+  forPoints(n, [=, &at, &lower](int i) SA_POINT { at.lower[i] = static_cast<int32_t>(lower[i]); });
+  forPoints(n, [=, &at, &upper](int i) SA_POINT { at.upper[i] = static_cast<int32_t>(upper[i]); });
 }
 
 template <int variables>
-using CornerValues = Scratch[1 << variables];
+struct Cells {
+  Position at[variables];
+  Scratch corner[1 << variables]; // bit v of the index says upper for variable v, counted from 0
+};
 
 constexpr int kNone = -1; // no variable is differenced: the value itself
 
-// The value, then the derivatives that are asked for.
-template <int variables, int differenced = kNone>
-SA_INLINE void reduce(int n, const CornerValues<variables>& f, const Position (&at)[variables], double* value,
-                      const Source* sources, int64_t start) {
+// Interpolates along the first `count` variables at point i; of variable `differenced` the upper minus the lower corner is
+// taken instead.  `corner` holds the bits of the other variables.
+template <int variables, int differenced, int count = variables>
+SA_INLINE double overCorners(const Cells<variables>& cells, int i, int corner = 0) {
+  if constexpr (count == 0) {
+    return cells.corner[corner][i];
+  } else {
+    const double lower = overCorners<variables, differenced, count - 1>(cells, i, 2 * corner);
+    const double upper = overCorners<variables, differenced, count - 1>(cells, i, 2 * corner + 1);
+    const double w = cells.at[count - 1].weight[i];
+    return count - 1 == differenced ? upper - lower : (1.0 - w) * lower + w * upper;
+  }
+}
+
+// The derivatives at one point.
+template <int variables, int differenced = 0>
+SA_INLINE void storeDerivatives(const Cells<variables>& cells, int i, const Regular<variables>& table,
+                                const Source* sources, int64_t point) {
   if constexpr (differenced < variables) {
-    double* out = value;
-    if constexpr (differenced != kNone) out = sources[differenced].derivative;
-    if (out != nullptr) {
-      forPoints(n, [=, &f, &at](int i) SA_POINT {
-        double corner[1 << variables], w[variables];
-        for (int c = 0; c < 1 << variables; ++c) corner[c] = f[c][i];
-        for (int v = 0; v < variables; ++v) w[v] = at[v].weight[i];
-        const double result = overCorners<variables, differenced>(corner, w);
-        if constexpr (differenced == kNone)
-          out[start + i] = result;
-        else
-          out[start + i] = result * at[differenced].slope[i];
-      });
-    }
-    reduce<variables, differenced + 1>(n, f, at, value, sources, start);
+    const double rdx = table.axis[differenced].reciprocalSpacing;
+    const double slope = overCorners<variables, differenced>(cells, i) * rdx;
+    sources[differenced].derivative[point] = slope + 0.0 * cells.at[differenced].weight[i]; // NaN for NaN
+    storeDerivatives<variables, differenced + 1>(cells, i, table, sources, point);
   }
 }
 
@@ -95,17 +98,24 @@ template <int variables>
 SA_INLINE void evaluateRegular(const Regular<variables>& table, int nblock, const Source* sources, double* value) {
   const double* values = table.values;
   forPieces(nblock, [=, &table](int start, int n) SA_POINT {
-    Position at[variables];
-    for (int v = 0; v < variables; ++v) locate(n, table.axis[v], sources[v].x + start, at[v]);
-    CornerValues<variables> f;
+    Cells<variables> cells;
+    for (int v = 0; v < variables; ++v) locate(n, table.axis[v], sources[v].x + start, cells.at[v]);
     for (int i = 0; i < n; ++i)
       for (int c = 0; c < 1 << variables; ++c) {
-        int64_t row = 0;
-        for (int v = 0; v < variables; ++v)
-          row += int64_t{(c >> v) % 2 == 0 ? at[v].lower[i] : at[v].upper[i]} * table.axis[v].stride;
-        f[c][i] = values[row];
+        int32_t row = 0;
+        for (int v = 0; v < variables; ++v) row += (c >> v) % 2 == 0 ? cells.at[v].lower[i] : cells.at[v].upper[i];
+        cells.corner[c][i] = values[row];
       }
-    reduce<variables>(n, f, at, value, sources, start);
+    const auto interpolate = [=, &cells, &table](auto withDerivatives) SA_POINT {
+      forPoints(n, [=, &cells, &table](int i) SA_POINT {
+        value[start + i] = overCorners<variables, kNone>(cells, i);
+        if constexpr (withDerivatives) storeDerivatives(cells, i, table, sources, start + i);
+      });
+    };
+    if (sources[0].derivative == nullptr)
+      interpolate(std::false_type());
+    else
+      interpolate(std::true_type());
   });
 }
 

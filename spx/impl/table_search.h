@@ -12,25 +12,6 @@ struct Segment {
   int64_t lower, upper;
 };
 
-// One step of the bisection of lower < upper; nothing once they are neighbours.  Written with blends: which half comes next is as
-// good as random, and a wrong guess of a branch costs as much as several steps.
-struct Bisection {
-  int64_t lower, upper, middle;
-
-  SA_INLINE Bisection(int64_t lo, int64_t hi) : lower(lo), upper(hi) {
-    middle = (lo + hi) / 2;
-    middle = middle < hi - 1 ? middle : hi - 1;
-  }
-  SA_INLINE bool isOpen() const { return upper - lower > 1; }
-  SA_INLINE void step(bool isAbove) { // the abscissa of the middle or beyond it
-    const bool open = isOpen();
-    lower = (open & isAbove) ? middle : lower;
-    upper = (open & !isAbove) ? middle : upper;
-    const int64_t half = (upper - lower) / 2;
-    middle = isAbove ? lower + half : upper - half;
-  }
-};
-
 // Rows lo .. hi in ascending order of abscissa(row).  A value equal to a breakpoint belongs to the interval above it, one equal
 // to the last abscissa to the last interval.
 template <class Abscissa>
@@ -39,9 +20,33 @@ SA_INLINE Segment findSegment(int64_t lo, int64_t hi, bool extrapolatesBelow, bo
   if (hi <= lo) return {lo, lo};
   if (abscissa(lo) > x) return {lo, extrapolatesBelow ? lo + 1 : lo};
   if (x > abscissa(hi)) return {extrapolatesAbove ? hi - 1 : hi, hi};
-  Bisection search(lo, hi);
-  while (search.isOpen()) search.step(x >= abscissa(search.middle));
-  return {search.lower, search.upper};
+  int64_t middle = (lo + hi) / 2;
+  middle = middle < hi - 1 ? middle : hi - 1;
+  while (hi - lo > 1) {
+    const bool isAbove = x >= abscissa(middle);
+    lo = isAbove ? middle : lo;
+    hi = isAbove ? hi : middle;
+    middle = isAbove ? middle + (hi - middle) / 2 : middle - (middle - lo) / 2;
+  }
+  return {lo, hi};
+}
+
+// The lower rows, from 1, of the same intervals for several abscissas at a time, x beyond the ends in the first or last one.  In
+// ascending rows that is the last but the last whose abscissa is not above x, however it is found: here every point takes the
+// same steps, so that no branch depends on the data and the points overlap.
+template <int points>
+SA_INLINE void findLowerRows(int64_t rows, const double* column, int64_t rowLength, const double* x, int32_t* lower) {
+  const double* at[points]; // abscissa of the lowest row left
+  for (int i = 0; i < points; ++i) at[i] = column;
+  for (int64_t left = rows - 1; left > 1;) { // rows that may still be the lower one
+    const int64_t half = left / 2;
+    for (int i = 0; i < points; ++i) {
+      const double* middle = at[i] + half * rowLength;
+      at[i] = x[i] >= *middle ? middle : at[i];
+    }
+    left -= half;
+  }
+  for (int i = 0; i < points; ++i) lower[i] = static_cast<int32_t>((at[i] - column) / rowLength) + 1;
 }
 
 } // namespace sa::table
