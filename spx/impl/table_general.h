@@ -58,17 +58,19 @@ using Scratch = double[kScratchPoints];
 
 // Lines of the intervals in which the points lie; what lies outside the table gets the first or last one.
 struct Lines {
-  int32_t lower[kScratchPoints]; // rows, from 1
+  int64_t lower[kScratchPoints]; // rows, from 1
   Scratch x1, f1, slope;
 };
 
 SA_INLINE void findLinesInLongTable(int n, const General& t, const Scratch& x, Lines& lines) {
   const int64_t length = t.rowLength, column = t.columns[0] - 1;
+  const double* abscissas = t.rows + column;
+  const auto abscissa = [=](int64_t row) SA_POINT { return abscissas[(row - 1) * length]; };
   constexpr int kAtATime = 4;
   int first = 0;
   for (; first + kAtATime <= n; first += kAtATime)
-    findLowerRows<kAtATime>(t.rowCount, t.rows + column, length, x + first, lines.lower + first);
-  for (; first < n; ++first) findLowerRows<1>(t.rowCount, t.rows + column, length, x + first, lines.lower + first);
+    findLowerRows<kAtATime>(1, t.rowCount, x + first, lines.lower + first, abscissa);
+  for (; first < n; ++first) findLowerRows<1>(1, t.rowCount, x + first, lines.lower + first, abscissa);
   Scratch x2, f2;
   for (int i = 0; i < n; ++i) {
     const double* row = t.rows + (lines.lower[i] - 1) * length;
@@ -105,7 +107,7 @@ SA_INLINE void findLinesInShortTable(int n, const General& t, const ShortTable& 
   }
   forPoints(n, [=, &row, &lines](int i) SA_POINT { lines.lower[i] = static_cast<int32_t>(row[i]); });
   for (int i = 0; i < n; ++i) {
-    const int32_t r = lines.lower[i] - 1;
+    const int64_t r = lines.lower[i] - 1;
     lines.x1[i] = table.x1[r], lines.f1[i] = table.f1[r], lines.slope[i] = table.slope[r];
   }
 }
@@ -216,7 +218,11 @@ private:
     const int64_t length = t_.rowLength;
     const auto at = [&](int64_t node) { return column[(level.firstRow(node) - 1) * length]; };
     const double x = transformed(v);
-    const auto [lower, upper] = findSegment(first, last, t_.extrapolatesBelow(v), t_.extrapolatesAbove(v), x, at);
+    int64_t lower;
+    findLowerRows<1>(first, last, &x, &lower, at);
+    int64_t upper = lower + 1;
+    if (last == first || (x < at(first) && !t_.extrapolatesBelow(v))) lower = upper = first;
+    if (last > first && x > at(last) && !t_.extrapolatesAbove(v)) lower = upper = last;
     if (v > 1 && lower == upper) return inner(level, lower, weight);
     const double x1 = at(lower), x2 = at(upper);
     if (v == 1) {

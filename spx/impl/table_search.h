@@ -31,22 +31,20 @@ SA_INLINE Segment findSegment(int64_t lo, int64_t hi, bool extrapolatesBelow, bo
   return {lo, hi};
 }
 
-// The lower rows, from 1, of the same intervals for several abscissas at a time, x beyond the ends in the first or last one.  In
-// ascending rows that is the last but the last whose abscissa is not above x, however it is found: here every point takes the
-// same steps, so that no branch depends on the data and the points overlap.
-template <int points>
-SA_INLINE void findLowerRows(int64_t rows, const double* column, int64_t rowLength, const double* x, int32_t* lower) {
-  const double* at[points]; // abscissa of the lowest row left
-  for (int i = 0; i < points; ++i) at[i] = column;
-  for (int64_t left = rows - 1; left > 1;) { // rows that may still be the lower one
+// The same interval in rows that ascend: the last row but the last whose abscissa is not above x, the first one where there is
+// none.  That does not depend on how it is found: here all points take the same steps, so that no branch depends on the data and
+// the searches of several points overlap.
+template <int points, class Abscissa>
+SA_INLINE void findLowerRows(int64_t lo, int64_t hi, const double* x, int64_t* lower, Abscissa abscissa) {
+  for (int i = 0; i < points; ++i) lower[i] = lo;
+  for (int64_t left = hi - lo; left > 1;) { // rows that may still be the lower one
     const int64_t half = left / 2;
     for (int i = 0; i < points; ++i) {
-      const double* middle = at[i] + half * rowLength;
-      at[i] = x[i] >= *middle ? middle : at[i];
+      const int64_t middle = lower[i] + half;
+      lower[i] = x[i] >= abscissa(middle) ? middle : lower[i];
     }
     left -= half;
   }
-  for (int i = 0; i < points; ++i) lower[i] = static_cast<int32_t>((at[i] - column) / rowLength) + 1;
 }
 
 } // namespace sa::table
