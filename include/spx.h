@@ -300,16 +300,17 @@ void SPX_MAT_HYPERPOLY3DEXP(const int32_t* nblock, const double* C10, const doub
  *           otherwise the end value is held, with derivative 0
  *
  * One variable: rows ascend; value = (x2 - x)/(x2 - x1) f1 + (x - x1)/(x2 - x1) f2, derivative (f2 - f1)/(x2 - x1), in the
- * interval that SPX_GET_SEGFIND finds.  A breakpoint returns its value exactly and the derivative of the interval above it.
- * An interval without width gives the value of its upper row and derivative 0; one row gives its value and derivative 0.
+ * interval that SPX_GET_SEGFIND finds; computed as f1 + (x - x1) times the derivative.  A breakpoint returns its value exactly
+ * and the derivative of the interval above it.  An interval without width gives the value of its upper row and derivative 0;
+ * one row gives its value and derivative 0.
  *
- * Several variables: rows are sorted by the last variable, within it by the last but one and so on, variable 1 fastest.  The
- * rows that agree in the variables from v on are a group of v; groups need not have the same breakpoints or numbers of rows.
- * The last variable's interval is searched among its groups, the next variable's within the two that bracket it, and so on
- * down to the rows, each as SPX_GET_SEGFIND does; the values are interpolated linearly on the way back.  On a grid that is
- * multilinear interpolation.  The groups in the integer pool are, for each variable from the last down to 2, their number m
- * and m + 1 numbers: the first member of each group, and one beyond the last.  Members are groups of variable v - 1, for
- * variable 2 rows; both are counted from 1 through the whole table.
+ * Several variables, at most 8: rows are sorted by the last variable, within it by the last but one and so on, variable 1
+ * fastest.  The rows that agree in the variables from v on are a group of v; groups need not have the same breakpoints or
+ * numbers of rows.  The last variable's interval is searched among its groups, the next variable's within the two that bracket
+ * it, and so on down to the rows, each as SPX_GET_SEGFIND does; the values are interpolated linearly on the way back.  On a
+ * grid that is multilinear interpolation.  The groups in the integer pool are, for each variable from the last down to 2, their
+ * number m and m + 1 numbers: the first member of each group, and one beyond the last.  Members are groups of variable v - 1,
+ * for variable 2 rows; both are counted from 1 through the whole table.
  *
  * Transformed variables.  A logarithmic variable enters as log10 x where x > ref and as the integer part of log10 ref, toward
  * zero, where it is not: for ref = 0.05 as -1, for ref = 0.5 as 0.  ref is positive.  Its derivative is multiplied by
@@ -318,14 +319,15 @@ void SPX_MAT_HYPERPOLY3DEXP(const int32_t* nblock, const double* C10, const doub
  * are those of the transformed variables.  The caller's arrays are not written: a transform leaves nothing to be put back, and
  * calls may share them.
  *
- * NaN in a variable gives NaN, except where the table has one row or is constant.  Nothing is checked in the table itself; rows
- * that do not ascend give one of the intervals.  The transforms and the interpolation of one variable run as vector loops, and so
- * does its search in up to 32 rows; longer tables and those of several variables are searched point by point.
+ * NaN in a variable gives NaN, except where the table is constant or the variable has one row or group only.  Nothing is
+ * checked in the table itself; rows that do not ascend give one of the intervals.  Transforms and interpolation run as vector
+ * loops, and so does the search in up to 32 rows of one variable; longer tables and those of several variables are searched
+ * point by point.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Value of a table, and its derivatives if derivatives is 1, at all points of a block.  Only the derivatives by variables of
- *  the table are written; a constant sets as many columns of the field derivatives as its header counts field variables, and the
- *  temperature derivative, to 0.  Two variables with the same source add up their derivatives.
+ *  the table are written; a constant sets as many columns of the field derivatives as its header counts field variables, and
+ *  the temperature derivative, to 0.  Two variables with the same source add up their derivatives.
  *  @param[in]     derivatives            (1), code 0|1: whether derivatives are returned as well; only 1 means yes
  *  @param[in]     ints                   (*), table: integer pool
  *  @param[in]     reals                  (*), table: real pool

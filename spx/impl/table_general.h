@@ -1,4 +1,4 @@
-// The general evaluators: one variable in passes over the block, several variables point by point.
+// The general evaluators, of one variable and of several: passes over the block, of which the searches go point by point.
 #pragma once
 
 #include "spx/impl/table_data.h"
@@ -175,105 +175,152 @@ SA_INLINE void evaluateOneVariable(const General& t, const PerPoint& points, con
 
 // ---- several variables
 
-// The groups of the rows as a tree: a node of variable v > 1 holds the nodes of variable v - 1 from `first(k)` up to, without,
-// `first(k + 1)`; the nodes of variable 1 are the rows.  A list (count, first(1), .. first(count + 1)) for each v, the highest
-// first.
-struct Level {
+// The groups of a variable, from which each list of spx.h is read: a group of variable v > 1 holds those of variable v - 1 from
+// firstMember(k) to firstMember(k + 1) - 1; the groups of variable 1 are the rows.
+struct Groups {
   int variable;
-  const int32_t* list; // of this variable; not read for variable 1
+  const int32_t* list; // (count, first member of each, one beyond); not read for variable 1
 
-  Level next() const { return {variable - 1, list + list[0] + 2}; }
-  int64_t firstChild(int64_t node) const { return list[node]; }
-  int64_t firstRow(int64_t node) const {
-    for (Level level = *this; level.variable > 1; level = level.next()) node = level.firstChild(node);
-    return node;
+  SA_INLINE Groups members() const { return {variable - 1, list + list[0] + 2}; }
+  SA_INLINE int64_t firstMember(int64_t group) const { return list[group]; }
+  SA_INLINE int64_t firstRow(int64_t group) const {
+    Groups level = *this;
+    for (; level.variable > 1; level = level.members()) group = level.firstMember(group);
+    return group;
   }
 };
 
-// One point: descends through the brackets of all variables.  The derivative by variable v is the sum over its intervals of
-// their slopes times the weights with which they enter; it is summed where it is returned.
-template <class Quantity>
-class ManyVariables {
-public:
-  ManyVariables(const General& table, const PerPoint& points, int64_t point)
-      : t_(table), points_(points), point_(point) {
-    if (t_.logVariable != 0) logarithm_ = t_.logarithm(given(t_.logVariable));
-    if (t_.rootVariable != 0) root_ = vm::sqrt(t_.rootVariable == t_.logVariable ? logarithm_ : given(t_.rootVariable));
-  }
+// Every point descends through a tree of intervals: node 1 is that of the last variable, nodes 2k and 2k + 1 are those of the
+// next variable in the lower and the upper group of node k; below variable 1 they are rows.
+constexpr int kMostVariables = 8;
+constexpr int kNodeSlots = 2 << kMostVariables;
 
-  double evaluate() const {
-    for (int v = 1; v <= t_.variables; ++v) {
-      const Source source = points_.source(t_.sources[v - 1]);
-      if (source.derivative != nullptr) source.derivative[point_] = 0.0;
-    }
-    const Level top = {t_.variables, t_.groups};
-    return evaluate(top, 1, top.variable > 1 ? top.list[0] : t_.rowCount, 1.0);
-  }
+struct Tree {
+  int points;                                     // of a piece: as many as fit
+  int64_t first[kNodeSlots], last[kNodeSlots];    // groups or rows among which the interval is
+  double distance[kNodeSlots], width[kNodeSlots]; // x - x1 and x2 - x1, zero where an end is held
+  double value[kNodeSlots], slope[kNodeSlots];    // of the table along the node's variable
+  double weight[kNodeSlots];                      // share of the node in the result
 
-private:
-  // The nodes first .. last, which share the values of all higher variables.
-  double evaluate(const Level& level, int64_t first, int64_t last, double weight) const {
-    const int v = level.variable;
-    const double* column = t_.rows + (t_.columns[v - 1] - 1);
-    const int64_t length = t_.rowLength;
-    const auto at = [&](int64_t node) { return column[(level.firstRow(node) - 1) * length]; };
-    const double x = transformed(v);
+  SA_INLINE explicit Tree(int variables) {
+    const int most = kNodeSlots >> (variables + 1);
+    points = most < 64 ? most : 64;
+  }
+  SA_INLINE int at(int node) const { return node * points; }
+};
+
+// The intervals of one node; its variable's values are x.  Point by point: where the search goes on differs between them.
+template <class Quantity, bool isRow>
+SA_INLINE void descend(int n, const General& t, const Groups& groups, int node, const double* x, Tree& tree) {
+  const int v = groups.variable;
+  const bool holdsBelow = !t.extrapolatesBelow(v), holdsAbove = !t.extrapolatesAbove(v);
+  const double* column = t.rows + (t.columns[v - 1] - 1);
+  const int64_t length = t.rowLength;
+  const auto abscissa = [=](int64_t group) SA_POINT {
+    const int64_t row = isRow ? group : groups.firstRow(group);
+    return column[(row - 1) * length];
+  };
+  const int self = tree.at(node), lowerNode = tree.at(2 * node), upperNode = tree.at(2 * node + 1);
+  for (int i = 0; i < n; ++i) {
+    const int64_t first = tree.first[self + i], last = tree.last[self + i];
+    const double X = x[i];
     int64_t lower;
-    findLowerRows<1>(first, last, &x, &lower, at);
-    int64_t upper = lower + 1;
-    if (last == first || (x < at(first) && !t_.extrapolatesBelow(v))) lower = upper = first;
-    if (last > first && x > at(last) && !t_.extrapolatesAbove(v)) lower = upper = last;
-    if (v > 1 && lower == upper) return inner(level, lower, weight);
-    const double x1 = at(lower), x2 = at(upper);
-    if (v == 1) {
-      const double sum = before<Quantity>(t_, first, lower);
-      Result result;
-      if (lower == upper) {
-        result = Quantity::held(x, x1, t_.value(lower), sum);
-      } else {
-        const Line line = lineThrough(x1, x2, t_.value(lower), t_.value(upper));
-        result = Quantity::on(x, line, x == x2 ? t_.value(upper) : line(x), sum);
-      }
-      const double scale = Quantity::kIsIntegral && t_.rootVariable == 1 ? 2.0 : 1.0;
-      addDerivative(v, weight * scale * result.derivative);
-      return scale * result.value;
+    findLowerRows<1>(first, last, &X, &lower, abscissa);
+    // an end that is held, or the only one
+    const bool isBelow = holdsBelow & (X < abscissa(first)), isAbove = holdsAbove & (X > abscissa(last));
+    const bool isHeld = isBelow | isAbove | (first == last);
+    lower = isAbove ? last : lower;
+    const int64_t upper = isHeld ? lower : lower + 1;
+    const double x1 = abscissa(lower), distance = X - x1;
+    tree.distance[self + i] = isHeld && !(Quantity::kIsIntegral && isRow) ? 0.0 : distance;
+    tree.width[self + i] = abscissa(upper) - x1;
+    if constexpr (isRow) {
+      tree.value[lowerNode + i] = t.value(lower), tree.value[upperNode + i] = t.value(upper);
+      if constexpr (Quantity::kIsIntegral) tree.weight[self + i] = integralUpTo(t, first, lower);
+    } else {
+      tree.first[lowerNode + i] = groups.firstMember(lower),
+                             tree.last[lowerNode + i] = groups.firstMember(lower + 1) - 1;
+      tree.first[upperNode + i] = groups.firstMember(upper),
+                             tree.last[upperNode + i] = groups.firstMember(upper + 1) - 1;
     }
-    const double part = x1 == x2 ? 1.0 : (x - x1) / (x2 - x1);
-    const double f2 = inner(level, upper, weight * part);
-    const double f1 = x1 == x2 ? f2 : inner(level, lower, weight * (1.0 - part));
-    const Line line = lineThrough(x1, x2, f1, f2);
-    addDerivative(v, weight * line.slope);
-    return x == x2 ? f2 : line(x);
   }
-  double inner(const Level& level, int64_t node, double weight) const {
-    return evaluate(level.next(), level.firstChild(node), level.firstChild(node + 1) - 1, weight);
-  }
+}
 
-  double given(int variable) const { return points_.source(t_.sources[variable - 1]).x[point_]; }
-  double transformed(int variable) const {
-    if (variable == t_.rootVariable) return root_;
-    return variable == t_.logVariable ? logarithm_ : given(variable);
-  }
-  void addDerivative(int variable, double derivative) const {
-    const Source source = points_.source(t_.sources[variable - 1]);
-    if (source.derivative == nullptr) return;
-    if (variable == t_.logVariable) derivative *= t_.logarithm.factor(given(variable));
-    source.derivative[point_] += derivative;
-  }
+// The value of a node from those of its ends.
+template <class Quantity>
+SA_INLINE void interpolate(int n, int node, bool isRow, Tree& tree) {
+  const int self = tree.at(node), lower = tree.at(2 * node), upper = tree.at(2 * node + 1);
+  forPoints(n, [=, &tree](int i) SA_POINT {
+    const double distance = tree.distance[self + i], width = tree.width[self + i];
+    const double before = tree.weight[self + i], f2 = tree.value[upper + i];
+    const Line line = lineThrough(0.0, width, tree.value[lower + i], f2);
+    const double onLine = line(distance), f = vm::select(distance == width, f2, onLine);
+    const Result result = isRow ? Quantity::on(distance, line, f, before) : Result{f, line.slope};
+    tree.value[self + i] = result.value;
+    tree.slope[self + i] = result.derivative;
+  });
+}
 
-  const General& t_;
-  const PerPoint& points_;
-  int64_t point_;
-  double logarithm_ = 0.0, root_ = 0.0;
-};
+// Adds the node's share in the derivative by its variable, and hands its weight on.
+SA_INLINE void addSlope(int n, int node, bool isRow, Tree& tree, double* sum) {
+  const int self = tree.at(node), lower = tree.at(2 * node), upper = tree.at(2 * node + 1);
+  forPoints(n, [=, &tree](int i) SA_POINT { sum[i] += tree.weight[self + i] * tree.slope[self + i]; });
+  if (isRow) return;
+  forPoints(n, [=, &tree](int i) SA_POINT {
+    const double weight = tree.weight[self + i], width = tree.width[self + i];
+    const double quotient = tree.distance[self + i] / width, part = vm::select(width != 0.0, quotient, 1.0);
+    tree.weight[lower + i] = weight * (1.0 - part);
+    tree.weight[upper + i] = weight * part;
+  });
+}
 
-// Nothing here is vectorised: the brackets of the inner variables differ from point to point, and what is left to do with
-// them is little.
 template <class Quantity, class Place>
-void evaluateManyVariables(const General& table, const PerPoint& points, Place place) {
-  for (int i = 0; i < place.count; ++i) {
-    const int64_t point = place(i);
-    points.value[point] = ManyVariables<Quantity>(table, points, point).evaluate();
+SA_INLINE void evaluateManyVariables(const General& t, const PerPoint& points, const Place& place) {
+  const int variables = t.variables;
+  const double scale = Quantity::kIsIntegral && t.rootVariable == 1 ? 2.0 : 1.0;
+  Tree tree(variables);
+  for (int start = 0; start < place.count; start += tree.points) {
+    const int rest = place.count - start, n = rest < tree.points ? rest : tree.points;
+    double raw[64], x[64];
+    // down: intervals
+    Groups groups = {variables, t.groups};
+    for (int i = 0; i < n; ++i) tree.first[tree.at(1) + i] = 1, tree.last[tree.at(1) + i] = groups.list[0];
+    for (int v = variables, node = 1; v >= 1; --v) {
+      const double* source = points.source(t.sources[v - 1]).x;
+      for (int i = 0; i < n; ++i) x[i] = source[place(start + i)];
+      const Logarithm logarithm = t.logarithm;
+      if (v == t.logVariable) forPoints(n, [=, &x](int i) SA_POINT { x[i] = logarithm(x[i]); });
+      if (v == t.rootVariable) forPoints(n, [=, &x](int i) SA_POINT { x[i] = vm::sqrt(x[i]); });
+      for (const int end = 2 * node; node < end; ++node)
+        if (v == 1)
+          descend<Quantity, true>(n, t, groups, node, x, tree);
+        else
+          descend<Quantity, false>(n, t, groups, node, x, tree);
+      if (v > 1) groups = groups.members();
+    }
+    // up: values
+    const int rows = 1 << (variables - 1); // the first node of variable 1
+    for (int node = 2 * rows - 1; node >= 1; --node) interpolate<Quantity>(n, node, node >= rows, tree);
+    for (int i = 0; i < n; ++i) points.value[place(start + i)] = scale * tree.value[tree.at(1) + i];
+    if (points.temperatureDerivative == nullptr) continue;
+    // down again: derivatives; several variables may have the same source
+    for (int v = 1; v <= variables; ++v) {
+      double* out = points.source(t.sources[v - 1]).derivative;
+      for (int i = 0; out != nullptr && i < n; ++i) out[place(start + i)] = 0.0;
+    }
+    for (int i = 0; i < n; ++i) tree.weight[tree.at(1) + i] = scale;
+    for (int v = variables, node = 1; v >= 1; --v) {
+      const Source source = points.source(t.sources[v - 1]);
+      double sum[64] = {};
+      for (const int end = 2 * node; node < end; ++node) addSlope(n, node, node >= rows, tree, sum);
+      if (source.derivative == nullptr) continue;
+      if (v == t.logVariable) {
+        const Logarithm logarithm = t.logarithm;
+        for (int i = 0; i < n; ++i) raw[i] = source.x[place(start + i)];
+        forPoints(n, [=, &raw, &sum](int i) SA_POINT { sum[i] *= logarithm.factor(raw[i]); });
+      }
+      for (int i = 0; i < n; ++i) source.derivative[place(start + i)] += sum[i];
+    }
   }
 }
 

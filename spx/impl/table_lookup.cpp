@@ -12,19 +12,22 @@ using namespace table;
 
 // ---- the loops, compiled for each instruction set
 
-#define SA_ONE_VARIABLE(name, Quantity, Place)                                                                         \
+#define SA_GENERAL(name, Quantity, Place)                                                                              \
   SA_CLONES                                                                                                            \
   static void name##_clones(const General& table, const PerPoint& points, const Place& place) {                        \
-    evaluateOneVariable<Quantity>(table, points, place);                                                               \
+    if (table.variables == 1)                                                                                          \
+      evaluateOneVariable<Quantity>(table, points, place);                                                             \
+    else                                                                                                               \
+      evaluateManyVariables<Quantity>(table, points, place);                                                           \
   }                                                                                                                    \
-  inline void oneVariable(Quantity, const General& table, const PerPoint& points, const Place& place) {                \
+  inline void evaluate(Quantity, const General& table, const PerPoint& points, const Place& place) {                   \
     name##_clones(table, points, place);                                                                               \
   }
 
-SA_ONE_VARIABLE(tableValue, Value, WholeBlock)
-SA_ONE_VARIABLE(tableValueListed, Value, Listed)
-SA_ONE_VARIABLE(tableIntegral, Integral, WholeBlock)
-SA_ONE_VARIABLE(tableIntegralListed, Integral, Listed)
+SA_GENERAL(tableValue, Value, WholeBlock)
+SA_GENERAL(tableValueListed, Value, Listed)
+SA_GENERAL(tableIntegral, Integral, WholeBlock)
+SA_GENERAL(tableIntegralListed, Integral, Listed)
 
 #define SA_REGULAR(variables)                                                                                          \
   SA_CLONES                                                                                                            \
@@ -71,11 +74,7 @@ void lookUp(const Pools& pools, int32_t option, const PerPoint& points, const Pl
   constexpr bool isValue = !Quantity::kIsIntegral;
   if (option == kLogarithmAndRoot || option == kLogarithm) {
     if (place.count < 1) return;
-    const General table(pools, option);
-    if (table.variables == 1)
-      oneVariable(Quantity(), table, points, place);
-    else
-      evaluateManyVariables<Quantity>(table, points, place);
+    evaluate(Quantity(), General(pools, option), points, place);
   } else if (isValue && option == kConstant) {
     copyConstant(pools, points, place);
   } else if (isValue && option == kSeparable) {
@@ -139,7 +138,7 @@ SA_EXPORT void SPX_GET_GETTAB(const int32_t* derivatives, const int32_t* ints, c
     (void)nstates;
     for (int64_t i = 0; points.fieldDerivatives != nullptr && i < columns * points.nblock; ++i)
       fieldDerivatives[i] = 0.0;
-    evaluateManyVariables<Value>(General(pools), points, WholeBlock{*nblock});
+    evaluate(Value(), General(pools), points, WholeBlock{*nblock});
     return;
   }
   const Source field1 = points.source(1), field2 = points.source(2), heat = points.source(0);

@@ -32,8 +32,8 @@ SA_INLINE Segment findSegment(int64_t lo, int64_t hi, bool extrapolatesBelow, bo
 }
 
 // The same interval in rows that ascend: the last row but the last whose abscissa is not above x, the first one where there is
-// none.  That does not depend on how it is found: here all points take the same steps, so that no branch depends on the data and
-// the searches of several points overlap.
+// none.  That does not depend on how it is found: here all points take the same steps, so that no branch depends on the data
+// and the searches of several points overlap.
 template <int points, class Abscissa>
 SA_INLINE void findLowerRows(int64_t lo, int64_t hi, const double* x, int64_t* lower, Abscissa abscissa) {
   for (int i = 0; i < points; ++i) lower[i] = lo;
