@@ -62,6 +62,7 @@ SA_INLINE void locate(int n, const Axis& axis, const double* x, Position& at) {
 template <int variables>
 struct Cells {
   Position at[variables];
+  double reciprocalSpacing[variables];
   Scratch corner[1 << variables]; // bit v of the index says upper for variable v, counted from 0
 };
 
@@ -83,13 +84,11 @@ SA_INLINE double overCorners(const Cells<variables>& cells, int i, int corner = 
 
 // The derivatives at one point.
 template <int variables, int differenced = 0>
-SA_INLINE void storeDerivatives(const Cells<variables>& cells, int i, const Regular<variables>& table,
-                                const Source* sources, int64_t point) {
+SA_INLINE void storeDerivatives(const Cells<variables>& cells, int i, const Source* sources, int64_t point) {
   if constexpr (differenced < variables) {
-    const double rdx = table.axis[differenced].reciprocalSpacing;
-    const double slope = overCorners<variables, differenced>(cells, i) * rdx;
+    const double slope = overCorners<variables, differenced>(cells, i) * cells.reciprocalSpacing[differenced];
     sources[differenced].derivative[point] = slope + 0.0 * cells.at[differenced].weight[i]; // NaN for NaN
-    storeDerivatives<variables, differenced + 1>(cells, i, table, sources, point);
+    storeDerivatives<variables, differenced + 1>(cells, i, sources, point);
   }
 }
 
@@ -99,17 +98,20 @@ SA_INLINE void evaluateRegular(const Regular<variables>& table, int nblock, cons
   const double* values = table.values;
   forPieces(nblock, [=, &table](int start, int n) SA_POINT {
     Cells<variables> cells;
-    for (int v = 0; v < variables; ++v) locate(n, table.axis[v], sources[v].x + start, cells.at[v]);
+    for (int v = 0; v < variables; ++v) {
+      locate(n, table.axis[v], sources[v].x + start, cells.at[v]);
+      cells.reciprocalSpacing[v] = table.axis[v].reciprocalSpacing;
+    }
     for (int i = 0; i < n; ++i)
       for (int c = 0; c < 1 << variables; ++c) {
         int32_t row = 0;
         for (int v = 0; v < variables; ++v) row += (c >> v) % 2 == 0 ? cells.at[v].lower[i] : cells.at[v].upper[i];
         cells.corner[c][i] = values[row];
       }
-    const auto interpolate = [=, &cells, &table](auto withDerivatives) SA_POINT {
-      forPoints(n, [=, &cells, &table](int i) SA_POINT {
+    const auto interpolate = [=, &cells](auto withDerivatives) SA_POINT {
+      forPoints(n, [=, &cells](int i) SA_POINT {
         value[start + i] = overCorners<variables, kNone>(cells, i);
-        if constexpr (withDerivatives) storeDerivatives(cells, i, table, sources, start + i);
+        if constexpr (withDerivatives) storeDerivatives(cells, i, sources, start + i);
       });
     };
     if (sources[0].derivative == nullptr)
