@@ -40,6 +40,18 @@ SA_INLINE Sym<Storage> loadTensor(const double* block, int64_t n, int64_t i) {
 }
 
 template <class Storage>
+SA_INLINE void storeTensor(double* block, int64_t n, int64_t i, const Sym<Storage>& t) {
+  block[i] = t.s11;
+  block[i + n] = t.s22;
+  block[i + 2 * n] = t.s33;
+  if constexpr (Storage::k12) block[i + 3 * n] = t.s12;
+  if constexpr (Storage::k23and13) {
+    block[i + 4 * n] = t.s23;
+    block[i + 5 * n] = t.s13;
+  }
+}
+
+template <class Storage>
 SA_INLINE double determinant(const Sym<Storage>& t) {
   if constexpr (Storage::k23and13)
     return t.s11 * (t.s22 * t.s33 - t.s23 * t.s23) - t.s12 * (t.s12 * t.s33 - t.s23 * t.s13) +

@@ -2,13 +2,12 @@
 #pragma once
 
 #include "glo/kernel.h"
+#include "glo/tensor.h"
 #include "glo/vmath.h"
 
 namespace sa {
 
 constexpr double kTiny = 2.2250738585072014e-308; // the smallest normal double
-
-SA_INLINE double larger(double a, double b) { return a > b ? a : b; }
 
 // What the passes of the trigonometric solution hand on.
 struct TrigonometricScratch {
@@ -20,26 +19,26 @@ struct TrigonometricScratch {
   double diagonal[kScratchPoints]; // 1.0: the tensor counts as diagonal
 };
 
-template <class Points>
-SA_INLINE void valuesS33(Points point, int n, int64_t nblock, const double* S, double* P) {
+// load(k) is the tensor of point k, in whatever storage it has.
+template <class Points, class Load>
+SA_INLINE void trigonometricValues(Points point, int n, Load load, int64_t nblock, double* P) {
   constexpr double kThird = 0.3333333333333333;
   TrigonometricScratch w;
-  const double *S11 = S, *S22 = S + nblock, *S33 = S22 + nblock, *S12 = S33 + nblock, *S23 = S12 + nblock,
-               *S13 = S23 + nblock;
 
   forPoints(n, [=, &w](int i) SA_POINT {
     const int k = point(i);
-    const double s11 = S11[k], s22 = S22[k], s33 = S33[k], s12 = S12[k], s23 = S23[k], s13 = S13[k];
-    const double direct = larger(larger(__builtin_fabs(s11), __builtin_fabs(s22)), __builtin_fabs(s33));
-    const double shear = larger(larger(__builtin_fabs(s12), __builtin_fabs(s23)), __builtin_fabs(s13));
-    const double largest = larger(direct, shear);
+    const Sym<S33> t = load(k);
+    const double s11 = t.s11, s22 = t.s22, s33 = t.s33, s12 = t.s12, s23 = t.s23, s13 = t.s13;
+    const double direct = vm::max(vm::max(__builtin_fabs(s11), __builtin_fabs(s22)), __builtin_fabs(s33));
+    const double shear = vm::max(vm::max(__builtin_fabs(s12), __builtin_fabs(s23)), __builtin_fabs(s13));
+    const double largest = vm::max(direct, shear);
     const bool nothing = largest <= kTiny;
     const double f = nothing ? 0.0 : 1.0 / (largest + (nothing ? 1.0 : 0.0));
 
     const double b11 = f * s11, b22 = f * s22, b33 = f * s33, b12 = f * s12, b23 = f * s23, b13 = f * s13;
     const double mean = (b11 + b22 + b33) * kThird;
     const double d1 = b11 - mean, d2 = b22 - mean, d3 = b33 - mean;
-    const double deviator = larger(larger(__builtin_fabs(d1), __builtin_fabs(d2)), __builtin_fabs(d3));
+    const double deviator = vm::max(vm::max(__builtin_fabs(d1), __builtin_fabs(d2)), __builtin_fabs(d3));
     const bool diagonal = deviator * 1.1102230246251565e-12 > shear * f;
 
     const double q = __builtin_sqrt(((d1 * d1 + d2 * d2 + d3 * d3) * 0.5 + b12 * b12 + b23 * b23 + b13 * b13) * kThird);
@@ -66,10 +65,17 @@ SA_INLINE void valuesS33(Points point, int n, int64_t nblock, const double* S, d
     const double mean = w.mean[i], r = w.radius[i], scale = w.scale[i];
     const bool diagonal = w.diagonal[i] != 0.0;
     const int k = point(i);
-    P[k] = diagonal ? S11[k] : (mean + r * k1) * scale;
-    P[k + nblock] = diagonal ? S22[k] : (mean + r * k2) * scale;
-    P[k + 2 * nblock] = diagonal ? S33[k] : (mean + r * k3) * scale;
+    const Sym<S33> t = load(k);
+    P[k] = diagonal ? t.s11 : (mean + r * k1) * scale;
+    P[k + nblock] = diagonal ? t.s22 : (mean + r * k2) * scale;
+    P[k + 2 * nblock] = diagonal ? t.s33 : (mean + r * k3) * scale;
   });
+}
+
+template <class Points>
+SA_INLINE void valuesS33(Points point, int n, int64_t nblock, const double* S, double* P) {
+  trigonometricValues(
+      point, n, [=](int64_t k) SA_POINT { return loadTensor<S33>(S, nblock, k); }, nblock, P);
 }
 
 } // namespace sa

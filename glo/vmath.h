@@ -91,20 +91,30 @@ constexpr double kExpCoefficients[] = {
     0x1.000000000000ap-1,  0x1.55555555554fap-3,  0x1.555555555088bp-5,  0x1.1111111127ba3p-7,  0x1.6c16c184269f3p-10,
     0x1.a01a012a685f6p-13, 0x1.a0199a165546ep-16, 0x1.71df253b4f90fp-19, 0x1.28ad692564eebp-22, 0x1.ad7f7b1170195p-26};
 
+// x = n ln 2 + r + rLow, n the integer nearest to x / ln 2.
+struct ReducedExponent {
+  double shifted; // n in the low bits
+  double r, rLow;
+};
+SA_INLINE ReducedExponent reduceExponent(double x) {
+  const double shifted = x * 0x1.71547652b82fep+0 + kRoundShift, n = shifted - kRoundShift;
+  // the first difference is exact
+  const double high = x - n * kLn2High, low = n * kLn2Low;
+  const double r = high - low;
+  return {shifted, r, (high - r) - low};
+}
+
 struct ExpParts {
   uint64_t exponent;  // n in the low bits
   double significand; // e^r
 };
 
-// e^x = 2^n e^r, n the integer nearest to x / ln 2.
+// e^x = 2^n e^r.
 SA_INLINE ExpParts expParts(double x) {
-  const double shifted = x * 0x1.71547652b82fep+0 + kRoundShift, n = shifted - kRoundShift;
-  // r + rLow = x - n ln 2: the first difference is exact
-  const double high = x - n * kLn2High, low = n * kLn2Low;
-  const double r = high - low, rLow = (high - r) - low;
+  const ReducedExponent e = reduceExponent(x);
   // 1 + r as an exact sum of two: without it the error is 0.2 ulp larger
-  const double sum = 1.0 + r, sumLow = (1.0 - sum) + r;
-  return {toBits(shifted), sum + (sumLow + (rLow + r * r * polynomial(r, kExpCoefficients)))};
+  const double sum = 1.0 + e.r, sumLow = (1.0 - sum) + e.r;
+  return {toBits(e.shifted), sum + (sumLow + (e.rLow + e.r * e.r * polynomial(e.r, kExpCoefficients)))};
 }
 
 // e^x: 0 below -745.13..., infinity above 709.78...  The larger bound is that of subnormal results, which are rounded twice.
@@ -126,6 +136,28 @@ SA_INLINE double expClamped(double x) {
   const ExpParts e = expParts(min(max(x, lowest), highest));
   const double y = fromBits(toBits(e.significand) + (e.exponent << 52));
   return select(x <= highest, y, x + kInfinity); // beyond: infinity or NaN
+}
+
+// (e^r - 1 - r) / r^2 for |r| <= ln 2 / 2, by the series: the fit above serves e^r, whose error e^r - 1 may not have
+constexpr double kExpm1Coefficients[] = {1.0 / 2.0,          1.0 / 6.0,        1.0 / 24.0,        1.0 / 120.0,
+                                         1.0 / 720.0,        1.0 / 5040.0,     1.0 / 40320.0,     1.0 / 362880.0,
+                                         1.0 / 3628800.0,    1.0 / 39916800.0, 1.0 / 479001600.0, 1.0 / 6227020800.0,
+                                         1.0 / 87178291200.0};
+
+// e^x - 1, exact to rounding near zero too: -1 below -50, infinity above 709.78...
+// bound: expm1 0.90 ulp on [-50, 709.8]
+SA_INLINE double expm1(double x) {
+  const ReducedExponent e = reduceExponent(max(-50.0, min(709.8, x)));
+  // (2^n - 1 + 2^n (e^r - 1))/2: by halves the largest power is finite.  e^r - 1 = r + head^2/2 + rest, where head has 26 bits
+  // of r and an exact square; the leading terms are summed without loss.
+  const double half = fromBits((toBits(e.shifted) + 1022) << 52);
+  const double head = fromBits(toBits(e.r) & 0xfffffffff8000000u), tail = 0.5 * ((e.r - head) * (e.r + head));
+  const double rest = e.rLow * (1.0 + e.r) + (tail + e.r * e.r * (polynomial(e.r, kExpm1Coefficients) - 0.5));
+  const double whole = half - 0.5, wholeLow = (half - whole) - 0.5;
+  const double part = half * e.r, square = half * (0.5 * (head * head));
+  const double sum = whole + part, sumLow = (whole - sum) + part;
+  const double total = sum + square, totalLow = (sum - total) + square;
+  return 2.0 * (total + (totalLow + (sumLow + (wholeLow + half * rest))));
 }
 
 // ---- log

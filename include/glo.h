@@ -32,7 +32,9 @@
  *                1..x        a number from 1 to x                   code a|b the values that are told apart
  *                first,last  a range of points, ends included       unread   part of the list, never read
  *                stretch     a stretch tensor                       mask     0.0 takes part, 1.0 does not
- *                flag        0.0 or 1.0                       table    pools and headers of material tables
+ *                plane stretch    one of the plane, S21             flag     0.0 or 1.0
+ *                axial stretch    a single stretch                  exponent, expansion   plain numbers
+ *                locking stretch  what a stretch stays below             table    pools and headers of material tables
  *    `@like X` takes the lines of X for the arguments that have none of their own.
  *
  *  CONTENTS

@@ -12,7 +12,12 @@
  *    Gradients                          SPX_OPE_C3DSYMGRAD                                     1
  *    Element checks                     SPX_OPE_ERRORCHECK, ...DISTORTED..., ...EXCESSROT     11
  *    Material variables                 SPX_MATVAR...                                          4
- *    Hyperelasticity, polynomial        SPX_MAT_HYPERPOLY...                                   4
+ *    Hyperelasticity                    SPX_MAT_HYPERPOLY..., AB..., VDW...                24
+ *    Hyperelasticity, any model         SPX_MAT_HYPER...                                   24
+ *    Hyperelasticity, test curves       SPX_MAT_...MARLOW...                                9
+ *    Rubber and foam by their stretches  SPX_MAT_OGDEN..., ...FOAM...                       24
+ *    Mullins effect                     SPX_MAT_...MULLINS..., SPX_OPT_...                 15
+ *    Ductile and shear failure          SPX_MAT_...STRESSRATIO..., JC...                   18
  *    Material tables                    SPX_GET_GETVALUE..., SPX_TAB_..., INTEGRATE, SEGFIND  10
  *    Nodal forces and conductivity      SPX_GET_...NFORCID, SPX_GET_CONSTCONDUCTIVITY...       6
  *    User elements                      SPX_OPE_USERELEM...                                    5
@@ -218,16 +223,32 @@ int32_t* SPX_MATVARGETINT(void);
 double* SPX_MATVARGETREAL(void);
 
 /* ---------------------------------------------------------------------------------------------------------------------
- * Hyperelasticity, polynomial of order 2
+ * Hyperelasticity
  *
- * Energy U = C10 x + C01 y + C20 x x + C11 x y + C02 y y, x = I1 - 3, y = I2 - 3, of the isochoric left Cauchy-Green tensor
- * J^(-2/3) V V, and volumetric energy (J-1)^2/D1 + (J-1)^4/D2.  Constants are given point by point.
- * The left stretch V is symmetric; components that a storage does not hold are zero.
- * Small-strain constants: shear modulus 2 (C10 + C01), bulk modulus 2/D1.
- * Source: R. S. Rivlin, D. W. Saunders, Phil. Trans. R. Soc. A 243 (1951) 251.
+ * Strain energies U(I1, I2) of the isochoric left Cauchy-Green tensor Bbar = J^(-2/3) V V, volumetric energies of J, and any
+ * model whose derivatives the caller takes.  Constants are given point by point.  The left stretch V is symmetric; components
+ * that a storage does not hold are zero.  With x = I1 - 3, y = I2 - 3:
+ *   POLY   polynomial of order 2    C10 x + C01 y + C20 x x + C11 x y + C02 y y         (J-1)^2/D1 + (J-1)^4/D2
+ *          small strain: G = 2 (C10 + C01), K = 2/D1.  R. S. Rivlin, D. W. Saunders, Phil. Trans. R. Soc. A 243 (1951) 251
+ *   POLY6  polynomial of order 6    sum of Cij x^i y^j, 1 <= i + j <= 6                 sum of (J-1)^(2i)/Di, i = 1..6
+ *          coefficients by total order, then by falling power of x; C00 = 0
+ *   AB     Arruda and Boyce         mu (x/2 + (I1^2-9)/(20 L) + 11 (I1^3-27)/(1050 L^2) + 19 (I1^4-81)/(7000 L^3)
+ *          with L = lambdaM^2            + 519 (I1^5-243)/(673750 L^4))                 ((J^2-1)/2 - ln J)/D
+ *          the series is 8 % low near the locking stretch.  E. M. Arruda, M. C. Boyce, J. Mech. Phys. Solids 41 (1993) 389
+ *   VDW    Van der Waals            mu (-(lambdaM^2-3) (ln(1-eta) + eta) - (2/3) a (s/2)^(3/2))   ((J^2-1)/2 - ln J)/D
+ *          s = (1-beta) I1 + beta I2 - 3, eta = sqrt(s/(lambdaM^2-3)), kept at 0.99999 beyond it; small strain: G = mu.
+ *          H.-G. Kilian, Polymer 22 (1981) 209
+ * The suffix names the state of stress: 3D (V in S33), GPE generalised plane strain (V in S31, the out-of-plane stretch in
+ * V33), PS plane stress, UNI uniaxial.  Stress is
+ *   p I + dev((2/J) [(U1 + I1 U2) Bbar - U2 Bbar Bbar]),  U1 = dU/dI1, U2 = dU/dI2, p = dUvol/dJ
+ * A point with J < 1e-9 sets its flag; a flagged point has J = 1 now and in every later call that receives the flag.
+ * Energies have no flag: a determinant below 2.2e-308 (inverted points too) is raised by 1.0.
+ * In PS and UNI the directions without stress are closed by a pressure: what the given stretches leave there is taken off the
+ * direct components, which is exact for incompressible material and where the free stretch is right.  Free stretches are
+ * improved by the residual of a ...RESULT kernel and a ...CORRECTION step.
  * ------------------------------------------------------------------------------------------------------------------ */
 
-/** Isochoric energy and 1/J.  A determinant below 2.2e-308 (inverted points too) is raised by 1.0.
+/** Isochoric energy and 1/J, polynomial of order 2.
  *  @param[in]  nblock  (1), block: points
  *  @param[in]  C10     (nblock), Pa: coefficient
  *  @param[in]  C01     (nblock), Pa: coefficient
@@ -243,32 +264,1259 @@ void SPX_MAT_HYPERPOLYS33(const int32_t* nblock, const double* C10, const double
 
 /** SPX_MAT_HYPERPOLYS33 for stretches with 13 = 23 = 0.
  *  @like SPX_MAT_HYPERPOLYS33
- *  @param[in]  V       (nblock, 4), stretch: left stretch, S31
+ *  @param[in] V  (nblock, 4), stretch: left stretch, S31
  */
 void SPX_MAT_HYPERPOLYS31(const int32_t* nblock, const double* C10, const double* C01, const double* C20,
                           const double* C11, const double* C02, double* energy, double* rJ, const double* V);
 
 /** SPX_MAT_HYPERPOLYS33 for principal stretches.
  *  @like SPX_MAT_HYPERPOLYS33
- *  @param[in]  V       (nblock, 3), stretch: principal stretches, S30
+ *  @param[in] V  (nblock, 3), stretch: principal stretches, S30
  */
 void SPX_MAT_HYPERPOLYS30(const int32_t* nblock, const double* C10, const double* C01, const double* C20,
                           const double* C11, const double* C02, double* energy, double* rJ, const double* V);
 
 /** Cauchy stress, and two moduli for the stable increment.
- *  stress = p I + dev((2/J)[(U1 + I1 U2) Bbar - U2 Bbar Bbar]), p = 2 (J-1)/D1 + 4 (J-1)^3/D2.
- *  A point with J < 1e-9 sets its flag; a flagged point has J = 1 now and in every later call that receives the flag.
  *  @like SPX_MAT_HYPERPOLYS33
  *  @param[in]     rD1     (nblock), Pa: 1/D1
  *  @param[in]     rD2     (nblock), Pa: 1/D2
  *  @param[out]    stress  (nblock, 6), Pa: Cauchy stress, S33
  *  @param[in,out] flag    (nblock), flag: volume guard, never cleared here
- *  @param[out]    bound   (nblock), Pa: largest of the six diagonal terms of the isochoric tangent
- *  @param[out]    bulk    (nblock), Pa: 3 J (p + dp/dJ)
+ *  @param[out]    bound   (nblock), Pa: largest diagonal term of the isochoric tangent, 2 G at small strain
+ *  @param[out]    bulk    (nblock), Pa: 3 J (p + dp/dJ), 3 K at small strain
  */
 void SPX_MAT_HYPERPOLY3DEXP(const int32_t* nblock, const double* C10, const double* C01, const double* C20,
                             const double* C11, const double* C02, const double* rD1, const double* rD2, const double* V,
                             double* stress, double* flag, double* bound, double* bulk);
+
+/** SPX_MAT_HYPERPOLY3DEXP in generalised plane strain; bound is the largest of 11, 22, 33, 12.
+ *  @like SPX_MAT_HYPERPOLY3DEXP
+ *  @param[in]  V       (nblock, 4), stretch: left stretch, S31
+ *  @param[out] stress  (nblock, 4), Pa: Cauchy stress, S31
+ */
+void SPX_MAT_HYPERPOLYGPEEXP(const int32_t* nblock, const double* C10, const double* C01, const double* C20,
+                             const double* C11, const double* C02, const double* rD1, const double* rD2,
+                             const double* V, double* stress, double* flag, double* bound, double* bulk);
+
+/** The moduli of SPX_MAT_HYPERPOLY3DEXP without its stress.
+ *  @like SPX_MAT_HYPERPOLY3DEXP
+ */
+void SPX_MAT_HYPERPOLYMODULIEXP(const int32_t* nblock, const double* C10, const double* C01, const double* C20,
+                                const double* C11, const double* C02, const double* rD1, const double* rD2,
+                                const double* V, double* flag, double* bound, double* bulk);
+
+/** Isochoric energy and 1/J, polynomial of order 6.
+ *  @param[in]  nblock  (1), block: points
+ *  @param[in]  C10     (nblock), Pa: coefficient
+ *  @param[in]  C01     (nblock), Pa: coefficient
+ *  @param[in]  C20     (nblock), Pa: coefficient
+ *  @param[in]  C11     (nblock), Pa: coefficient
+ *  @param[in]  C02     (nblock), Pa: coefficient
+ *  @param[in]  C30     (nblock), Pa: coefficient
+ *  @param[in]  C21     (nblock), Pa: coefficient
+ *  @param[in]  C12     (nblock), Pa: coefficient
+ *  @param[in]  C03     (nblock), Pa: coefficient
+ *  @param[in]  C40     (nblock), Pa: coefficient
+ *  @param[in]  C31     (nblock), Pa: coefficient
+ *  @param[in]  C22     (nblock), Pa: coefficient
+ *  @param[in]  C13     (nblock), Pa: coefficient
+ *  @param[in]  C04     (nblock), Pa: coefficient
+ *  @param[in]  C50     (nblock), Pa: coefficient
+ *  @param[in]  C41     (nblock), Pa: coefficient
+ *  @param[in]  C32     (nblock), Pa: coefficient
+ *  @param[in]  C23     (nblock), Pa: coefficient
+ *  @param[in]  C14     (nblock), Pa: coefficient
+ *  @param[in]  C05     (nblock), Pa: coefficient
+ *  @param[in]  C60     (nblock), Pa: coefficient
+ *  @param[in]  C51     (nblock), Pa: coefficient
+ *  @param[in]  C42     (nblock), Pa: coefficient
+ *  @param[in]  C33     (nblock), Pa: coefficient
+ *  @param[in]  C24     (nblock), Pa: coefficient
+ *  @param[in]  C15     (nblock), Pa: coefficient
+ *  @param[in]  C06     (nblock), Pa: coefficient
+ *  @param[out] energy  (nblock), J/m3: isochoric strain energy per undeformed volume
+ *  @param[out] rJ      (nblock), -: 1/J
+ *  @param[in]  V       (nblock, 6), stretch: left stretch, S33
+ */
+void SPX_MAT_HYPERPOLY6S33(const int32_t* nblock, const double* C10, const double* C01, const double* C20,
+                           const double* C11, const double* C02, const double* C30, const double* C21,
+                           const double* C12, const double* C03, const double* C40, const double* C31,
+                           const double* C22, const double* C13, const double* C04, const double* C50,
+                           const double* C41, const double* C32, const double* C23, const double* C14,
+                           const double* C05, const double* C60, const double* C51, const double* C42,
+                           const double* C33, const double* C24, const double* C15, const double* C06, double* energy,
+                           double* rJ, const double* V);
+
+/** SPX_MAT_HYPERPOLY6S33 for stretches with 13 = 23 = 0.
+ *  @like SPX_MAT_HYPERPOLY6S33
+ *  @param[in] V  (nblock, 4), stretch: left stretch, S31
+ */
+void SPX_MAT_HYPERPOLY6S31(const int32_t* nblock, const double* C10, const double* C01, const double* C20,
+                           const double* C11, const double* C02, const double* C30, const double* C21,
+                           const double* C12, const double* C03, const double* C40, const double* C31,
+                           const double* C22, const double* C13, const double* C04, const double* C50,
+                           const double* C41, const double* C32, const double* C23, const double* C14,
+                           const double* C05, const double* C60, const double* C51, const double* C42,
+                           const double* C33, const double* C24, const double* C15, const double* C06, double* energy,
+                           double* rJ, const double* V);
+
+/** SPX_MAT_HYPERPOLY6S33 for principal stretches.
+ *  @like SPX_MAT_HYPERPOLY6S33
+ *  @param[in] V  (nblock, 3), stretch: principal stretches, S30
+ */
+void SPX_MAT_HYPERPOLY6S30(const int32_t* nblock, const double* C10, const double* C01, const double* C20,
+                           const double* C11, const double* C02, const double* C30, const double* C21,
+                           const double* C12, const double* C03, const double* C40, const double* C31,
+                           const double* C22, const double* C13, const double* C04, const double* C50,
+                           const double* C41, const double* C32, const double* C23, const double* C14,
+                           const double* C05, const double* C60, const double* C51, const double* C42,
+                           const double* C33, const double* C24, const double* C15, const double* C06, double* energy,
+                           double* rJ, const double* V);
+
+/** Cauchy stress, and two moduli for the stable increment.
+ *  @like SPX_MAT_HYPERPOLY6S33
+ *  @param[in]     rD1     (nblock), Pa: 1/D1
+ *  @param[in]     rD2     (nblock), Pa: 1/D2
+ *  @param[in]     rD3     (nblock), Pa: 1/D3
+ *  @param[in]     rD4     (nblock), Pa: 1/D4
+ *  @param[in]     rD5     (nblock), Pa: 1/D5
+ *  @param[in]     rD6     (nblock), Pa: 1/D6
+ *  @param[out]    stress  (nblock, 6), Pa: Cauchy stress, S33
+ *  @param[in,out] flag    (nblock), flag: volume guard, never cleared here
+ *  @param[out]    bound   (nblock), Pa: largest diagonal term of the isochoric tangent, 2 G at small strain
+ *  @param[out]    bulk    (nblock), Pa: 3 J (p + dp/dJ), 3 K at small strain
+ */
+void SPX_MAT_HYPERPOLY63DEXP(const int32_t* nblock, const double* C10, const double* C01, const double* C20,
+                             const double* C11, const double* C02, const double* C30, const double* C21,
+                             const double* C12, const double* C03, const double* C40, const double* C31,
+                             const double* C22, const double* C13, const double* C04, const double* C50,
+                             const double* C41, const double* C32, const double* C23, const double* C14,
+                             const double* C05, const double* C60, const double* C51, const double* C42,
+                             const double* C33, const double* C24, const double* C15, const double* C06,
+                             const double* rD1, const double* rD2, const double* rD3, const double* rD4,
+                             const double* rD5, const double* rD6, const double* V, double* stress, double* flag,
+                             double* bound, double* bulk);
+
+/** SPX_MAT_HYPERPOLY63DEXP in generalised plane strain; bound is the largest of 11, 22, 33, 12.
+ *  @like SPX_MAT_HYPERPOLY63DEXP
+ *  @param[in]  V       (nblock, 4), stretch: left stretch, S31
+ *  @param[out] stress  (nblock, 4), Pa: Cauchy stress, S31
+ */
+void SPX_MAT_HYPERPOLY6GPEEXP(const int32_t* nblock, const double* C10, const double* C01, const double* C20,
+                              const double* C11, const double* C02, const double* C30, const double* C21,
+                              const double* C12, const double* C03, const double* C40, const double* C31,
+                              const double* C22, const double* C13, const double* C04, const double* C50,
+                              const double* C41, const double* C32, const double* C23, const double* C14,
+                              const double* C05, const double* C60, const double* C51, const double* C42,
+                              const double* C33, const double* C24, const double* C15, const double* C06,
+                              const double* rD1, const double* rD2, const double* rD3, const double* rD4,
+                              const double* rD5, const double* rD6, const double* V, double* stress, double* flag,
+                              double* bound, double* bulk);
+
+/** The moduli of SPX_MAT_HYPERPOLY63DEXP without its stress.
+ *  @like SPX_MAT_HYPERPOLY63DEXP
+ */
+void SPX_MAT_HYPERPOLY6MODULIEXP(const int32_t* nblock, const double* C10, const double* C01, const double* C20,
+                                 const double* C11, const double* C02, const double* C30, const double* C21,
+                                 const double* C12, const double* C03, const double* C40, const double* C31,
+                                 const double* C22, const double* C13, const double* C04, const double* C50,
+                                 const double* C41, const double* C32, const double* C23, const double* C14,
+                                 const double* C05, const double* C60, const double* C51, const double* C42,
+                                 const double* C33, const double* C24, const double* C15, const double* C06,
+                                 const double* rD1, const double* rD2, const double* rD3, const double* rD4,
+                                 const double* rD5, const double* rD6, const double* V, double* flag, double* bound,
+                                 double* bulk);
+
+/** Isochoric energy and 1/J, Arruda and Boyce.  The shear modulus at small strain is
+ *  mu (1 + 3/(5 L) + 99/(175 L^2) + 513/(875 L^3) + 42039/(67375 L^4)).
+ *  @param[in]  nblock   (1), block: points
+ *  @param[in]  mu       (nblock), Pa: shear modulus of the series
+ *  @param[in]  lambdaM  (nblock), locking stretch: stretch of a chain pulled straight
+ *  @param[out] energy   (nblock), J/m3: isochoric strain energy per undeformed volume
+ *  @param[out] rJ       (nblock), -: 1/J
+ *  @param[in]  V        (nblock, 6), stretch: left stretch, S33
+ */
+void SPX_MAT_HYPERABS33(const int32_t* nblock, const double* mu, const double* lambdaM, double* energy, double* rJ,
+                        const double* V);
+
+/** SPX_MAT_HYPERABS33 for stretches with 13 = 23 = 0.
+ *  @like SPX_MAT_HYPERABS33
+ *  @param[in] V  (nblock, 4), stretch: left stretch, S31
+ */
+void SPX_MAT_HYPERABS31(const int32_t* nblock, const double* mu, const double* lambdaM, double* energy, double* rJ,
+                        const double* V);
+
+/** SPX_MAT_HYPERABS33 for principal stretches.
+ *  @like SPX_MAT_HYPERABS33
+ *  @param[in] V  (nblock, 3), stretch: principal stretches, S30
+ */
+void SPX_MAT_HYPERABS30(const int32_t* nblock, const double* mu, const double* lambdaM, double* energy, double* rJ,
+                        const double* V);
+
+/** Cauchy stress, and two moduli for the stable increment.
+ *  @like SPX_MAT_HYPERABS33
+ *  @param[in]     D       (nblock), 1/Pa: 2/K
+ *  @param[out]    stress  (nblock, 6), Pa: Cauchy stress, S33
+ *  @param[in,out] flag    (nblock), flag: volume guard, never cleared here
+ *  @param[out]    bound   (nblock), Pa: largest diagonal term of the isochoric tangent, 2 G at small strain
+ *  @param[out]    bulk    (nblock), Pa: 3 J (p + dp/dJ), 3 K at small strain
+ */
+void SPX_MAT_HYPERAB3DEXP(const int32_t* nblock, const double* mu, const double* lambdaM, const double* D,
+                          const double* V, double* stress, double* flag, double* bound, double* bulk);
+
+/** SPX_MAT_HYPERAB3DEXP in generalised plane strain; bound is the largest of 11, 22, 33, 12.
+ *  @like SPX_MAT_HYPERAB3DEXP
+ *  @param[in]  V       (nblock, 4), stretch: left stretch, S31
+ *  @param[out] stress  (nblock, 4), Pa: Cauchy stress, S31
+ */
+void SPX_MAT_HYPERABGPEEXP(const int32_t* nblock, const double* mu, const double* lambdaM, const double* D,
+                           const double* V, double* stress, double* flag, double* bound, double* bulk);
+
+/** The moduli of SPX_MAT_HYPERAB3DEXP without its stress.
+ *  @like SPX_MAT_HYPERAB3DEXP
+ */
+void SPX_MAT_HYPERABMODULIEXP(const int32_t* nblock, const double* mu, const double* lambdaM, const double* D,
+                              const double* V, double* flag, double* bound, double* bulk);
+
+/** Isochoric energy and 1/J, Van der Waals; beyond locking the logarithm keeps the largest eta, without a report.
+ *  @param[in]  nblock   (1), block: points
+ *  @param[in]  mu       (nblock), Pa: shear modulus at small strain
+ *  @param[in]  lambdaM  (nblock), locking stretch: above sqrt(3)
+ *  @param[in]  a        (nblock), -: global interaction
+ *  @param[in]  beta     (nblock), -: part of I2 in the invariant
+ *  @param[out] energy   (nblock), J/m3: isochoric strain energy per undeformed volume
+ *  @param[out] rJ       (nblock), -: 1/J
+ *  @param[in]  V        (nblock, 6), stretch: left stretch, S33
+ */
+void SPX_MAT_HYPERVDWS33(const int32_t* nblock, const double* mu, const double* lambdaM, const double* a,
+                         const double* beta, double* energy, double* rJ, const double* V);
+
+/** SPX_MAT_HYPERVDWS33 for stretches with 13 = 23 = 0.
+ *  @like SPX_MAT_HYPERVDWS33
+ *  @param[in] V  (nblock, 4), stretch: left stretch, S31
+ */
+void SPX_MAT_HYPERVDWS31(const int32_t* nblock, const double* mu, const double* lambdaM, const double* a,
+                         const double* beta, double* energy, double* rJ, const double* V);
+
+/** SPX_MAT_HYPERVDWS33 for principal stretches.
+ *  @like SPX_MAT_HYPERVDWS33
+ *  @param[in] V  (nblock, 3), stretch: principal stretches, S30
+ */
+void SPX_MAT_HYPERVDWS30(const int32_t* nblock, const double* mu, const double* lambdaM, const double* a,
+                         const double* beta, double* energy, double* rJ, const double* V);
+
+/** Cauchy stress, and two moduli for the stable increment.
+ *  Where eta is above 0.99999 the block is computed with that value; then an "Error" says "The locking stretch is reached,
+ *  the resulting ETA is over 0.99999, which is too close to one." and the analysis ends with code 20.  The factor 1/sqrt(s)
+ *  of the second derivatives is not taken above 1/(0.99999 sqrt(lambdaM^2 - 3)): away from locking bound is a lower estimate.
+ *  @like SPX_MAT_HYPERVDWS33
+ *  @param[in]     D       (nblock), 1/Pa: 2/K
+ *  @param[out]    stress  (nblock, 6), Pa: Cauchy stress, S33
+ *  @param[in,out] flag    (nblock), flag: volume guard, never cleared here
+ *  @param[out]    bound   (nblock), Pa: largest diagonal term of the isochoric tangent, 2 G at small strain
+ *  @param[out]    bulk    (nblock), Pa: 3 J (p + dp/dJ), 3 K at small strain
+ */
+void SPX_MAT_HYPERVDW3DEXP(const int32_t* nblock, const double* mu, const double* lambdaM, const double* a,
+                           const double* beta, const double* D, const double* V, double* stress, double* flag,
+                           double* bound, double* bulk);
+
+/** SPX_MAT_HYPERVDW3DEXP in generalised plane strain; bound is the largest of 11, 22, 33, 12.
+ *  @like SPX_MAT_HYPERVDW3DEXP
+ *  @param[in]  V       (nblock, 4), stretch: left stretch, S31
+ *  @param[out] stress  (nblock, 4), Pa: Cauchy stress, S31
+ */
+void SPX_MAT_HYPERVDWGPEEXP(const int32_t* nblock, const double* mu, const double* lambdaM, const double* a,
+                            const double* beta, const double* D, const double* V, double* stress, double* flag,
+                            double* bound, double* bulk);
+
+/** The moduli of SPX_MAT_HYPERVDW3DEXP without its stress.
+ *  @like SPX_MAT_HYPERVDW3DEXP
+ */
+void SPX_MAT_HYPERVDWMODULIEXP(const int32_t* nblock, const double* mu, const double* lambdaM, const double* a,
+                               const double* beta, const double* D, const double* V, double* flag, double* bound,
+                               double* bulk);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Hyperelasticity, any model
+ *
+ * For models of the caller's own: the derivatives are taken at the invariants that SPX_MAT_HYPERINV... gives and passed in.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** Isochoric invariants and 1/J.
+ *  @param[in]  nblock  (1), block: points
+ *  @param[out] I1      (nblock), -: first invariant of Bbar
+ *  @param[out] I2      (nblock), -: second invariant of Bbar
+ *  @param[out] rJ      (nblock), -: 1/J
+ *  @param[in]  V       (nblock, 6), stretch: left stretch, S33
+ */
+void SPX_MAT_HYPERINVS33(const int32_t* nblock, double* I1, double* I2, double* rJ, const double* V);
+
+/** SPX_MAT_HYPERINVS33 for stretches with 13 = 23 = 0.
+ *  @like SPX_MAT_HYPERINVS33
+ *  @param[in] V  (nblock, 4), stretch: left stretch, S31
+ */
+void SPX_MAT_HYPERINVS31(const int32_t* nblock, double* I1, double* I2, double* rJ, const double* V);
+
+/** SPX_MAT_HYPERINVS33 for principal stretches.
+ *  @like SPX_MAT_HYPERINVS33
+ *  @param[in] V  (nblock, 3), stretch: principal stretches, S30
+ */
+void SPX_MAT_HYPERINVS30(const int32_t* nblock, double* I1, double* I2, double* rJ, const double* V);
+
+/** SPX_MAT_HYPERINVS33 for the two principal stretches of an incompressible membrane: the third is the reciprocal of their
+ *  product (1 where the product is below 2.2e-308) and rJ is 1.
+ *  @like SPX_MAT_HYPERINVS33
+ *  @param[in] V  (nblock, 2), stretch: principal stretches in the plane
+ */
+void SPX_MAT_HYPERINVS20(const int32_t* nblock, double* I1, double* I2, double* rJ, const double* V);
+
+/** Second invariant of B = V V, the volume not taken out.
+ *  @param[in]  nblock  (1), block: points
+ *  @param[in]  V       (nblock, 6), stretch: left stretch, S33
+ *  @param[out] I2      (nblock), -: second invariant of B
+ */
+void SPX_MAT_HYPERBINVRNT3D(const int32_t* nblock, const double* V, double* I2);
+
+/** SPX_MAT_HYPERBINVRNT3D in generalised plane strain.
+ *  @like SPX_MAT_HYPERBINVRNT3D
+ *  @param[in] V  (nblock, 4), stretch: left stretch, S31
+ */
+void SPX_MAT_HYPERBINVRNTGPE(const int32_t* nblock, const double* V, double* I2);
+
+/** SPX_MAT_HYPERBINVRNT3D in a uniaxial state.
+ *  @like SPX_MAT_HYPERBINVRNT3D
+ *  @param[in] axial    (nblock), axial stretch: stretch along the axis
+ *  @param[in] lateral  (nblock), axial stretch: stretch across it, the same in both directions
+ */
+void SPX_MAT_HYPERBINVRNTUNI(const int32_t* nblock, const double* axial, const double* lateral, double* I2);
+
+/** SPX_MAT_HYPERBINVRNT3D for principal stretches of listed points.
+ *  @like SPX_MAT_HYPERBINVRNT3D
+ *  @param[in] count  (1), count: entries of the list; below 1 does nothing
+ *  @param[in] list   (count), list: point numbers
+ *  @param[in] V      (nblock, 3), stretch: principal stretches, S30
+ */
+void SPX_MAT_HYPERBINVRNT30INDX(const int32_t* nblock, const int32_t* count, const int32_t* list, const double* V,
+                                double* I2);
+
+/** Cauchy stress.
+ *  @param[in]     nblock  (1), block: points
+ *  @param[in]     U1      (nblock), Pa: dU/dI1
+ *  @param[in]     U2      (nblock), Pa: dU/dI2
+ *  @param[in]     p       (nblock), Pa: volumetric stress dUvol/dJ
+ *  @param[in]     V       (nblock, 6), stretch: left stretch, S33
+ *  @param[out]    stress  (nblock, 6), Pa: Cauchy stress, S33
+ *  @param[in,out] flag    (nblock), flag: volume guard, never cleared here
+ */
+void SPX_MAT_HYPER3DEXP(const int32_t* nblock, const double* U1, const double* U2, const double* p, const double* V,
+                        double* stress, double* flag);
+
+/** SPX_MAT_HYPER3DEXP in generalised plane strain.
+ *  @like SPX_MAT_HYPER3DEXP
+ *  @param[in]  V       (nblock, 4), stretch: left stretch, S31
+ *  @param[out] stress  (nblock, 4), Pa: Cauchy stress, S31
+ */
+void SPX_MAT_HYPERGPEEXP(const int32_t* nblock, const double* U1, const double* U2, const double* p, const double* V,
+                         double* stress, double* flag);
+
+/** Moduli for the stable increment.
+ *  @like SPX_MAT_HYPER3DEXP
+ *  @param[in]  U11    (nblock), Pa: d2U/dI1dI1
+ *  @param[in]  U12    (nblock), Pa: d2U/dI1dI2
+ *  @param[in]  U22    (nblock), Pa: d2U/dI2dI2
+ *  @param[in]  dp     (nblock), Pa: dp/dJ
+ *  @param[out] bound  (nblock), Pa: largest diagonal term of the isochoric tangent, 2 G at small strain
+ *  @param[out] bulk   (nblock), Pa: 3 J (p + dp/dJ), 3 K at small strain
+ */
+void SPX_MAT_HYPERMODULI3DEXP(const int32_t* nblock, const double* U1, const double* U2, const double* p,
+                              const double* U11, const double* U12, const double* U22, const double* dp,
+                              const double* V, double* flag, double* bound, double* bulk);
+
+/** SPX_MAT_HYPERMODULI3DEXP for stretches with 13 = 23 = 0, the plane states; bound is the largest of 11, 22, 33, 12.
+ *  @like SPX_MAT_HYPERMODULI3DEXP
+ *  @param[in] V  (nblock, 4), stretch: left stretch, S31
+ */
+void SPX_MAT_HYPERMODULI2DEXP(const int32_t* nblock, const double* U1, const double* U2, const double* p,
+                              const double* U11, const double* U12, const double* U22, const double* dp,
+                              const double* V, double* flag, double* bound, double* bulk);
+
+/** SPX_MAT_HYPERMODULI3DEXP for principal stretches, as a uniaxial state has; bound is the largest of 11, 22, 33.
+ *  @like SPX_MAT_HYPERMODULI3DEXP
+ *  @param[in] V  (nblock, 3), stretch: principal stretches, S30
+ */
+void SPX_MAT_HYPERMODULIUNIEXP(const int32_t* nblock, const double* U1, const double* U2, const double* p,
+                               const double* U11, const double* U12, const double* U22, const double* dp,
+                               const double* V, double* flag, double* bound, double* bulk);
+
+/** SPX_MAT_HYPER3DEXP of a body that has expanded freely: the stress is that of the elastic stretch V/(1 + expansion), with
+ *  energies per volume of the free body.  The isochoric invariants are those of V; p is taken at J/(1 + expansion)^3.
+ *  @like SPX_MAT_HYPER3DEXP
+ *  @param[in] expansion  (nblock), expansion: free thermal strain, the same in all directions
+ */
+void SPX_MAT_HYPER3DTHERMAL(const int32_t* nblock, const double* U1, const double* U2, const double* p,
+                            const double* expansion, const double* V, double* stress, double* flag);
+
+/** SPX_MAT_HYPER3DTHERMAL in generalised plane strain.
+ *  @like SPX_MAT_HYPER3DTHERMAL
+ *  @param[in]  V       (nblock, 4), stretch: left stretch, S31
+ *  @param[out] stress  (nblock, 4), Pa: Cauchy stress, S31
+ */
+void SPX_MAT_HYPERGPETHERMAL(const int32_t* nblock, const double* U1, const double* U2, const double* p,
+                             const double* expansion, const double* V, double* stress, double* flag);
+
+/** SPX_MAT_HYPER3DTHERMAL in plane stress, closed by a pressure.  An expansion of 0 gives the plane stress of any model.
+ *  @like SPX_MAT_HYPER3DTHERMAL
+ *  @param[in]  V          (nblock, 3), plane stretch: left stretch in the plane, S21
+ *  @param[in]  thickness  (nblock), axial stretch: stretch of the thickness
+ *  @param[out] stress     (nblock, 3), Pa: Cauchy stress in the plane, S21
+ */
+void SPX_MAT_HYPERPSTHERMAL(const int32_t* nblock, const double* U1, const double* U2, const double* expansion,
+                            const double* V, const double* thickness, double* stress, double* flag);
+
+/** SPX_MAT_HYPER3DTHERMAL in a uniaxial state, closed by a pressure.
+ *  @like SPX_MAT_HYPER3DTHERMAL
+ *  @param[in]  axial    (nblock), axial stretch: stretch along the axis
+ *  @param[in]  lateral  (nblock), axial stretch: stretch across it, the same in both directions
+ *  @param[out] stress   (nblock), Pa: axial Cauchy stress
+ */
+void SPX_MAT_HYPERUNITHERMAL(const int32_t* nblock, const double* U1, const double* U2, const double* expansion,
+                             const double* axial, const double* lateral, double* stress, double* flag);
+
+/** A step of Newton's method towards plane stress: thickness *= exp(-residual/slope), the exponent within 1/2 either way.
+ *  Without a positive slope the step is a quarter, against the sign of the residual.
+ *  @param[in]     nblock    (1), block: points
+ *  @param[in]     residual  (nblock), Pa: Kirchhoff stress in the free direction
+ *  @param[in]     slope     (nblock), Pa: its derivative by the logarithm of the free stretch
+ *  @param[in,out] stretch   (nblock), axial stretch: stretch of the thickness
+ */
+void SPX_MAT_HYPERPSCORRECTION(const int32_t* nblock, const double* residual, const double* slope, double* stretch);
+
+/** SPX_MAT_HYPERPSCORRECTION for the lateral stretch of a uniaxial state; the residual and its slope are those of one of the
+ *  two lateral directions while both move.
+ *  @like SPX_MAT_HYPERPSCORRECTION
+ *  @param[in,out] stretch  (nblock), axial stretch: lateral stretch
+ */
+void SPX_MAT_HYPERUNICORRECTION(const int32_t* nblock, const double* residual, const double* slope, double* stretch);
+
+/** The stretch of the thickness with which plane stress begins: 1/(V11 V22 - V12 V12), which keeps the volume; 1 where that
+ *  area is below 2.2e-308.
+ *  @param[in]  nblock   (1), block: points
+ *  @param[in]  V        (nblock, 3), plane stretch: left stretch in the plane, S21
+ *  @param[out] stretch  (nblock), axial stretch: stretch of the thickness
+ */
+void SPX_MAT_HYPERINITSTRETCHYYEXP(const int32_t* nblock, const double* V, double* stretch);
+
+/** Cauchy stress of an energy U of the principal stretches: sum of (lambda dU/dlambda)/J n n, and p I, with moduli for the
+ *  stable increment.  The terms of the tangent are d(tau)/d(ln lambda)/J and, for shear, (tau1 - tau2) coth(ln lambda1 -
+ *  ln lambda2)/J.
+ *  @param[in]  nblock  (1), block: points
+ *  @param[in]  dU      (nblock, 3), Pa: dU/dlambda of the three principal stretches
+ *  @param[in]  ddU     (nblock, 6), Pa: d2U/dlambda dlambda: 11 22 33 12 23 13
+ *  @param[in]  p       (nblock), Pa: volumetric stress, 0.0 where U has it
+ *  @param[in]  dp      (nblock), Pa: dp/dJ
+ *  @param[in]  V       (nblock, 3), stretch: principal stretches, S30
+ *  @param[in]  axes    (nblock, 3, 3), -: principal directions in columns, ordered as the stretches
+ *  @param[in]  rJ      (nblock), -: 1/J
+ *  @param[out] stress  (nblock, 6), Pa: Cauchy stress, S33
+ *  @param[out] bound   (nblock), Pa: largest term of the tangent without the mean, 4/3 G to 2 G at small strain
+ *  @param[out] bulk    (nblock), Pa: 3 times the mean direct term and 3 J (p + dp/dJ), 3 K at small strain
+ */
+void SPX_MAT_HYPERELAS3D(const int32_t* nblock, const double* dU, const double* ddU, const double* p, const double* dp,
+                         const double* V, const double* axes, const double* rJ, double* stress, double* bound,
+                         double* bulk);
+
+/** SPX_MAT_HYPERELAS3D in generalised plane strain: one of the directions is axis 3.
+ *  @like SPX_MAT_HYPERELAS3D
+ *  @param[out] stress  (nblock, 4), Pa: Cauchy stress, S31
+ */
+void SPX_MAT_HYPERELASGPE(const int32_t* nblock, const double* dU, const double* ddU, const double* p, const double* dp,
+                          const double* V, const double* axes, const double* rJ, double* stress, double* bound,
+                          double* bulk);
+
+/** SPX_MAT_HYPERELAS3D in plane stress: one of the directions is axis 3, and its stress is closed by a pressure.
+ *  @like SPX_MAT_HYPERELAS3D
+ *  @param[out] stress  (nblock, 3), Pa: Cauchy stress in the plane, S21
+ */
+void SPX_MAT_HYPERELASPS(const int32_t* nblock, const double* dU, const double* ddU, const double* p, const double* dp,
+                         const double* V, const double* axes, const double* rJ, double* stress, double* bound,
+                         double* bulk);
+
+/** SPX_MAT_HYPERELAS3D in a uniaxial state, the axis first, closed by a pressure.
+ *  @like SPX_MAT_HYPERELAS3D
+ *  @param[out] stress  (nblock), Pa: axial Cauchy stress
+ */
+void SPX_MAT_HYPERELASUNI(const int32_t* nblock, const double* dU, const double* ddU, const double* p, const double* dp,
+                          const double* V, const double* rJ, double* stress, double* bound, double* bulk);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Hyperelasticity, test curves
+ *
+ * Models that follow a curve of tests (R. S. Marlow, Constitutive Models for Rubber III (2003) 157): U is a function of I1
+ * alone, whose derivative the caller reads from the curve.  A determinant below 1.1e-16 is raised by 1.0; there is no flag.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** Cauchy stress.
+ *  @param[in]  nblock  (1), block: points
+ *  @param[in]  U1      (nblock), Pa: dU/dI1
+ *  @param[in]  p       (nblock), Pa: volumetric stress dUvol/dJ
+ *  @param[in]  V       (nblock, 6), stretch: left stretch, S33
+ *  @param[out] stress  (nblock, 6), Pa: Cauchy stress, S33
+ */
+void SPX_MAT_HYPERMARLOW3DEXP(const int32_t* nblock, const double* U1, const double* p, const double* V,
+                              double* stress);
+
+/** SPX_MAT_HYPERMARLOW3DEXP in generalised plane strain.
+ *  @like SPX_MAT_HYPERMARLOW3DEXP
+ *  @param[in]  V       (nblock, 4), stretch: left stretch, S31
+ *  @param[out] stress  (nblock, 4), Pa: Cauchy stress, S31
+ */
+void SPX_MAT_HYPERMARLOWGPEEXP(const int32_t* nblock, const double* U1, const double* p, const double* V,
+                               double* stress);
+
+/** SPX_MAT_HYPERMARLOW3DEXP in plane stress, closed by a pressure.
+ *  @like SPX_MAT_HYPERMARLOW3DEXP
+ *  @param[in]  V          (nblock, 3), plane stretch: left stretch in the plane, S21
+ *  @param[in]  thickness  (nblock), axial stretch: stretch of the thickness
+ *  @param[out] stress     (nblock, 3), Pa: Cauchy stress in the plane, S21
+ */
+void SPX_MAT_HYPERMARLOWPSEXP(const int32_t* nblock, const double* U1, const double* V, const double* thickness,
+                              double* stress);
+
+/** SPX_MAT_HYPERMARLOW3DEXP in a uniaxial state, closed by a pressure.
+ *  @like SPX_MAT_HYPERMARLOW3DEXP
+ *  @param[in]  axial    (nblock), axial stretch: stretch along the axis
+ *  @param[in]  lateral  (nblock), axial stretch: stretch across it, the same in both directions
+ *  @param[out] stress   (nblock), Pa: axial Cauchy stress
+ */
+void SPX_MAT_HYPERMARLOWUNIEXP(const int32_t* nblock, const double* U1, const double* axial, const double* lateral,
+                               double* stress);
+
+/** Moduli for the stable increment.
+ *  @like SPX_MAT_HYPERMARLOW3DEXP
+ *  @param[in]  U11    (nblock), Pa: d2U/dI1dI1
+ *  @param[in]  dp     (nblock), Pa: dp/dJ
+ *  @param[out] bound  (nblock), Pa: largest diagonal term of the isochoric tangent, 2 G at small strain
+ *  @param[out] bulk   (nblock), Pa: 3 J (p + dp/dJ), 3 K at small strain
+ */
+void SPX_MAT_MARLOWMODULI3DEXP(const int32_t* nblock, const double* U1, const double* p, const double* U11,
+                               const double* dp, const double* V, double* bound, double* bulk);
+
+/** SPX_MAT_MARLOWMODULI3DEXP for stretches with 13 = 23 = 0.
+ *  @like SPX_MAT_MARLOWMODULI3DEXP
+ *  @param[in] V  (nblock, 4), stretch: left stretch, S31
+ */
+void SPX_MAT_MARLOWMODULI2DEXP(const int32_t* nblock, const double* U1, const double* p, const double* U11,
+                               const double* dp, const double* V, double* bound, double* bulk);
+
+/** SPX_MAT_MARLOWMODULI3DEXP for principal stretches.
+ *  @like SPX_MAT_MARLOWMODULI3DEXP
+ *  @param[in] V  (nblock, 3), stretch: principal stretches, S30
+ */
+void SPX_MAT_MARLOWMODULIUNIEXP(const int32_t* nblock, const double* U1, const double* p, const double* U11,
+                                const double* dp, const double* V, double* bound, double* bulk);
+
+/** What is left of plane stress at a thickness, for SPX_MAT_HYPERPSCORRECTION.
+ *  @like SPX_MAT_MARLOWMODULI3DEXP
+ *  @param[in]  V          (nblock, 3), plane stretch: left stretch in the plane, S21
+ *  @param[in]  thickness  (nblock), axial stretch: stretch of the thickness
+ *  @param[out] residual   (nblock), Pa: Kirchhoff stress in the free direction
+ *  @param[out] slope      (nblock), Pa: its derivative by the logarithm of the free stretch
+ */
+void SPX_MAT_MARLOWPSRESULT(const int32_t* nblock, const double* U1, const double* p, const double* U11,
+                            const double* dp, const double* V, const double* thickness, double* residual,
+                            double* slope);
+
+/** What is left across the axis at a lateral stretch, for SPX_MAT_HYPERUNICORRECTION; both lateral stretches move.
+ *  @like SPX_MAT_MARLOWPSRESULT
+ *  @param[in] axial    (nblock), axial stretch: stretch along the axis
+ *  @param[in] lateral  (nblock), axial stretch: stretch across it, the same in both directions
+ */
+void SPX_MAT_MARLOWUNIRESULT(const int32_t* nblock, const double* U1, const double* p, const double* U11,
+                             const double* dp, const double* axial, const double* lateral, double* residual,
+                             double* slope);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Rubber and foam by their stretches
+ *
+ * Energies that are sums of powers, with three or six terms:
+ *   OGDEN  sum of 2 mu/alpha^2 (l1^alpha + l2^alpha + l3^alpha - 3), l = lambda J^(-1/3), and the sum of (J-1)^(2i)/Di
+ *          small strain: G = sum of mu, K = 2/D1.  R. W. Ogden, Proc. R. Soc. A 326 (1972) 565
+ *   HFOAM  sum of 2 mu/alpha^2 (l1^alpha + l2^alpha + l3^alpha - 3 + (J^(-alpha beta) - 1)/beta), l = lambda
+ *          small strain: G = sum of mu, K = sum of 2 mu (1/3 + beta).  B. Storakers, J. Mech. Phys. Solids 34 (1986) 125
+ * A term with alpha^2/4 below 2.2e-308 vanishes; beta = 0 gives the limit -alpha ln J.
+ * A point whose product of stretches is below 2.2e-308 sets its flag; a flagged point has J = 1 and keeps its stretches.
+ * Stresses in three dimensions: principal stretches and directions by GLO_UTI_EIG33V, the derivatives here, then
+ * SPX_MAT_HYPERELAS3D.  PSEXP and UNIEXP find the free stretch themselves, by Newton's method in its logarithm from the one
+ * that is given (from the one that keeps the volume when that is not positive), each point to its own convergence, in at most
+ * 50 steps.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** Isochoric energy and 1/J, three terms.
+ *  @param[in]     nblock  (1), block: points
+ *  @param[in]     mu1     (nblock), Pa: shear modulus of term 1
+ *  @param[in]     alpha1  (nblock), exponent: exponent of term 1
+ *  @param[in]     mu2     (nblock), Pa: shear modulus of term 2
+ *  @param[in]     alpha2  (nblock), exponent: exponent of term 2
+ *  @param[in]     mu3     (nblock), Pa: shear modulus of term 3
+ *  @param[in]     alpha3  (nblock), exponent: exponent of term 3
+ *  @param[out]    energy  (nblock), J/m3: strain energy per undeformed volume; of rubber the isochoric one
+ *  @param[out]    rJ      (nblock), -: 1/J
+ *  @param[in]     V       (nblock, 3), stretch: principal stretches, S30
+ *  @param[in,out] flag    (nblock), flag: volume guard, never cleared here
+ */
+void SPX_MAT_OGDEN(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                   const double* alpha2, const double* mu3, const double* alpha3, double* energy, double* rJ,
+                   const double* V, double* flag);
+
+/** Isochoric energy and 1/J, six terms.
+ *  @param[in]     nblock  (1), block: points
+ *  @param[in]     mu1     (nblock), Pa: shear modulus of term 1
+ *  @param[in]     alpha1  (nblock), exponent: exponent of term 1
+ *  @param[in]     mu2     (nblock), Pa: shear modulus of term 2
+ *  @param[in]     alpha2  (nblock), exponent: exponent of term 2
+ *  @param[in]     mu3     (nblock), Pa: shear modulus of term 3
+ *  @param[in]     alpha3  (nblock), exponent: exponent of term 3
+ *  @param[in]     mu4     (nblock), Pa: shear modulus of term 4
+ *  @param[in]     alpha4  (nblock), exponent: exponent of term 4
+ *  @param[in]     mu5     (nblock), Pa: shear modulus of term 5
+ *  @param[in]     alpha5  (nblock), exponent: exponent of term 5
+ *  @param[in]     mu6     (nblock), Pa: shear modulus of term 6
+ *  @param[in]     alpha6  (nblock), exponent: exponent of term 6
+ *  @param[out]    energy  (nblock), J/m3: strain energy per undeformed volume; of rubber the isochoric one
+ *  @param[out]    rJ      (nblock), -: 1/J
+ *  @param[in]     V       (nblock, 3), stretch: principal stretches, S30
+ *  @param[in,out] flag    (nblock), flag: volume guard, never cleared here
+ */
+void SPX_MAT_OGDEN6(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                    const double* alpha2, const double* mu3, const double* alpha3, const double* mu4,
+                    const double* alpha4, const double* mu5, const double* alpha5, const double* mu6,
+                    const double* alpha6, double* energy, double* rJ, const double* V, double* flag);
+
+/** Energy and 1/J, three terms.
+ *  @param[in]     nblock  (1), block: points
+ *  @param[in]     mu1     (nblock), Pa: shear modulus of term 1
+ *  @param[in]     alpha1  (nblock), exponent: exponent of term 1
+ *  @param[in]     mu2     (nblock), Pa: shear modulus of term 2
+ *  @param[in]     alpha2  (nblock), exponent: exponent of term 2
+ *  @param[in]     mu3     (nblock), Pa: shear modulus of term 3
+ *  @param[in]     alpha3  (nblock), exponent: exponent of term 3
+ *  @param[in]     beta1   (nblock), exponent: exponent of the volume of term 1
+ *  @param[in]     beta2   (nblock), exponent: exponent of the volume of term 2
+ *  @param[in]     beta3   (nblock), exponent: exponent of the volume of term 3
+ *  @param[out]    energy  (nblock), J/m3: strain energy per undeformed volume; of rubber the isochoric one
+ *  @param[out]    rJ      (nblock), -: 1/J
+ *  @param[in]     V       (nblock, 3), stretch: principal stretches, S30
+ *  @param[in,out] flag    (nblock), flag: volume guard, never cleared here
+ */
+void SPX_MAT_HFOAM(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                   const double* alpha2, const double* mu3, const double* alpha3, const double* beta1,
+                   const double* beta2, const double* beta3, double* energy, double* rJ, const double* V, double* flag);
+
+/** Energy and 1/J, six terms.
+ *  @param[in]     nblock  (1), block: points
+ *  @param[in]     mu1     (nblock), Pa: shear modulus of term 1
+ *  @param[in]     alpha1  (nblock), exponent: exponent of term 1
+ *  @param[in]     mu2     (nblock), Pa: shear modulus of term 2
+ *  @param[in]     alpha2  (nblock), exponent: exponent of term 2
+ *  @param[in]     mu3     (nblock), Pa: shear modulus of term 3
+ *  @param[in]     alpha3  (nblock), exponent: exponent of term 3
+ *  @param[in]     mu4     (nblock), Pa: shear modulus of term 4
+ *  @param[in]     alpha4  (nblock), exponent: exponent of term 4
+ *  @param[in]     mu5     (nblock), Pa: shear modulus of term 5
+ *  @param[in]     alpha5  (nblock), exponent: exponent of term 5
+ *  @param[in]     mu6     (nblock), Pa: shear modulus of term 6
+ *  @param[in]     alpha6  (nblock), exponent: exponent of term 6
+ *  @param[in]     beta1   (nblock), exponent: exponent of the volume of term 1
+ *  @param[in]     beta2   (nblock), exponent: exponent of the volume of term 2
+ *  @param[in]     beta3   (nblock), exponent: exponent of the volume of term 3
+ *  @param[in]     beta4   (nblock), exponent: exponent of the volume of term 4
+ *  @param[in]     beta5   (nblock), exponent: exponent of the volume of term 5
+ *  @param[in]     beta6   (nblock), exponent: exponent of the volume of term 6
+ *  @param[out]    energy  (nblock), J/m3: strain energy per undeformed volume; of rubber the isochoric one
+ *  @param[out]    rJ      (nblock), -: 1/J
+ *  @param[in]     V       (nblock, 3), stretch: principal stretches, S30
+ *  @param[in,out] flag    (nblock), flag: volume guard, never cleared here
+ */
+void SPX_MAT_HFOAM6(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                    const double* alpha2, const double* mu3, const double* alpha3, const double* mu4,
+                    const double* alpha4, const double* mu5, const double* alpha5, const double* mu6,
+                    const double* alpha6, const double* beta1, const double* beta2, const double* beta3,
+                    const double* beta4, const double* beta5, const double* beta6, double* energy, double* rJ,
+                    const double* V, double* flag);
+
+/** First derivatives of the energy of SPX_MAT_OGDEN, J being the product of the stretches (of a flagged point: 1).
+ *  0 with respect to a stretch of 0.
+ *  @like SPX_MAT_OGDEN
+ *  @param[out] dU  (nblock, 3), Pa: dU/dlambda
+ */
+void SPX_MAT_OGDENDERIVATIVE1(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                              const double* alpha2, const double* mu3, const double* alpha3, double* dU,
+                              const double* V, double* flag);
+
+/** Second derivatives of the energy of SPX_MAT_OGDEN.
+ *  @like SPX_MAT_OGDEN
+ *  @param[out] ddU  (nblock, 6), Pa: d2U/dlambda dlambda: 11 22 33 12 23 13
+ */
+void SPX_MAT_OGDENDERIVATIVE2(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                              const double* alpha2, const double* mu3, const double* alpha3, double* ddU,
+                              const double* V, double* flag);
+
+/** First derivatives of the energy of SPX_MAT_OGDEN6, J being the product of the stretches (of a flagged point: 1).
+ *  0 with respect to a stretch of 0.
+ *  @like SPX_MAT_OGDEN6
+ *  @param[out] dU  (nblock, 3), Pa: dU/dlambda
+ */
+void SPX_MAT_OGDEN6DERIVATIVE1(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                               const double* alpha2, const double* mu3, const double* alpha3, const double* mu4,
+                               const double* alpha4, const double* mu5, const double* alpha5, const double* mu6,
+                               const double* alpha6, double* dU, const double* V, double* flag);
+
+/** Second derivatives of the energy of SPX_MAT_OGDEN6.
+ *  @like SPX_MAT_OGDEN6
+ *  @param[out] ddU  (nblock, 6), Pa: d2U/dlambda dlambda: 11 22 33 12 23 13
+ */
+void SPX_MAT_OGDEN6DERIVATIVE2(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                               const double* alpha2, const double* mu3, const double* alpha3, const double* mu4,
+                               const double* alpha4, const double* mu5, const double* alpha5, const double* mu6,
+                               const double* alpha6, double* ddU, const double* V, double* flag);
+
+/** First derivatives of the energy of SPX_MAT_HFOAM, J being the product of the stretches (of a flagged point: 1).
+ *  0 with respect to a stretch of 0.
+ *  @like SPX_MAT_HFOAM
+ *  @param[out] dU  (nblock, 3), Pa: dU/dlambda
+ */
+void SPX_MAT_HFOAMDERIVATIVE1(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                              const double* alpha2, const double* mu3, const double* alpha3, const double* beta1,
+                              const double* beta2, const double* beta3, double* dU, const double* V, double* flag);
+
+/** Second derivatives of the energy of SPX_MAT_HFOAM.
+ *  @like SPX_MAT_HFOAM
+ *  @param[out] ddU  (nblock, 6), Pa: d2U/dlambda dlambda: 11 22 33 12 23 13
+ */
+void SPX_MAT_HFOAMDERIVATIVE2(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                              const double* alpha2, const double* mu3, const double* alpha3, const double* beta1,
+                              const double* beta2, const double* beta3, double* ddU, const double* V, double* flag);
+
+/** First derivatives of the energy of SPX_MAT_HFOAM6, J being the product of the stretches (of a flagged point: 1).
+ *  0 with respect to a stretch of 0.
+ *  @like SPX_MAT_HFOAM6
+ *  @param[out] dU  (nblock, 3), Pa: dU/dlambda
+ */
+void SPX_MAT_HFOAM6DERIVATIVE1(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                               const double* alpha2, const double* mu3, const double* alpha3, const double* mu4,
+                               const double* alpha4, const double* mu5, const double* alpha5, const double* mu6,
+                               const double* alpha6, const double* beta1, const double* beta2, const double* beta3,
+                               const double* beta4, const double* beta5, const double* beta6, double* dU,
+                               const double* V, double* flag);
+
+/** Second derivatives of the energy of SPX_MAT_HFOAM6.
+ *  @like SPX_MAT_HFOAM6
+ *  @param[out] ddU  (nblock, 6), Pa: d2U/dlambda dlambda: 11 22 33 12 23 13
+ */
+void SPX_MAT_HFOAM6DERIVATIVE2(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                               const double* alpha2, const double* mu3, const double* alpha3, const double* mu4,
+                               const double* alpha4, const double* mu5, const double* alpha5, const double* mu6,
+                               const double* alpha6, const double* beta1, const double* beta2, const double* beta3,
+                               const double* beta4, const double* beta5, const double* beta6, double* ddU,
+                               const double* V, double* flag);
+
+/** What is left of plane stress in direction 3, for SPX_MAT_HYPERPSCORRECTION.
+ *  @like SPX_MAT_OGDEN
+ *  @param[in]  rD1       (nblock), Pa: 1/D1
+ *  @param[in]  rD2       (nblock), Pa: 1/D2
+ *  @param[in]  rD3       (nblock), Pa: 1/D3
+ *  @param[out] residual  (nblock), Pa: Kirchhoff stress in the free direction
+ *  @param[out] slope     (nblock), Pa: its derivative by the logarithm of the free stretch
+ */
+void SPX_MAT_OGDENPSRESULT(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                           const double* alpha2, const double* mu3, const double* alpha3, const double* rD1,
+                           const double* rD2, const double* rD3, const double* V, double* flag, double* residual,
+                           double* slope);
+
+/** What is left across the axis, stretch 1, while stretches 2 and 3 move alike, for SPX_MAT_HYPERUNICORRECTION.
+ *  @like SPX_MAT_OGDEN
+ *  @param[in]  rD1       (nblock), Pa: 1/D1
+ *  @param[in]  rD2       (nblock), Pa: 1/D2
+ *  @param[in]  rD3       (nblock), Pa: 1/D3
+ *  @param[out] residual  (nblock), Pa: Kirchhoff stress in the free direction
+ *  @param[out] slope     (nblock), Pa: its derivative by the logarithm of the free stretch
+ */
+void SPX_MAT_OGDENUNIRESULT(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                            const double* alpha2, const double* mu3, const double* alpha3, const double* rD1,
+                            const double* rD2, const double* rD3, const double* V, double* flag, double* residual,
+                            double* slope);
+
+/** What is left of plane stress in direction 3, for SPX_MAT_HYPERPSCORRECTION.
+ *  @like SPX_MAT_OGDEN6
+ *  @param[in]  rD1       (nblock), Pa: 1/D1
+ *  @param[in]  rD2       (nblock), Pa: 1/D2
+ *  @param[in]  rD3       (nblock), Pa: 1/D3
+ *  @param[in]  rD4       (nblock), Pa: 1/D4
+ *  @param[in]  rD5       (nblock), Pa: 1/D5
+ *  @param[in]  rD6       (nblock), Pa: 1/D6
+ *  @param[out] residual  (nblock), Pa: Kirchhoff stress in the free direction
+ *  @param[out] slope     (nblock), Pa: its derivative by the logarithm of the free stretch
+ */
+void SPX_MAT_OGDEN6PSRESULT(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                            const double* alpha2, const double* mu3, const double* alpha3, const double* mu4,
+                            const double* alpha4, const double* mu5, const double* alpha5, const double* mu6,
+                            const double* alpha6, const double* rD1, const double* rD2, const double* rD3,
+                            const double* rD4, const double* rD5, const double* rD6, const double* V, double* flag,
+                            double* residual, double* slope);
+
+/** What is left across the axis, stretch 1, while stretches 2 and 3 move alike, for SPX_MAT_HYPERUNICORRECTION.
+ *  @like SPX_MAT_OGDEN6
+ *  @param[in]  rD1       (nblock), Pa: 1/D1
+ *  @param[in]  rD2       (nblock), Pa: 1/D2
+ *  @param[in]  rD3       (nblock), Pa: 1/D3
+ *  @param[in]  rD4       (nblock), Pa: 1/D4
+ *  @param[in]  rD5       (nblock), Pa: 1/D5
+ *  @param[in]  rD6       (nblock), Pa: 1/D6
+ *  @param[out] residual  (nblock), Pa: Kirchhoff stress in the free direction
+ *  @param[out] slope     (nblock), Pa: its derivative by the logarithm of the free stretch
+ */
+void SPX_MAT_OGDEN6UNIRESULT(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                             const double* alpha2, const double* mu3, const double* alpha3, const double* mu4,
+                             const double* alpha4, const double* mu5, const double* alpha5, const double* mu6,
+                             const double* alpha6, const double* rD1, const double* rD2, const double* rD3,
+                             const double* rD4, const double* rD5, const double* rD6, const double* V, double* flag,
+                             double* residual, double* slope);
+
+/** What is left of plane stress in direction 3, for SPX_MAT_HYPERPSCORRECTION.
+ *  @like SPX_MAT_HFOAM
+ *  @param[out] residual  (nblock), Pa: Kirchhoff stress in the free direction
+ *  @param[out] slope     (nblock), Pa: its derivative by the logarithm of the free stretch
+ */
+void SPX_MAT_HFOAMPSRESULT(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                           const double* alpha2, const double* mu3, const double* alpha3, const double* beta1,
+                           const double* beta2, const double* beta3, const double* V, double* flag, double* residual,
+                           double* slope);
+
+/** What is left across the axis, stretch 1, while stretches 2 and 3 move alike, for SPX_MAT_HYPERUNICORRECTION.
+ *  @like SPX_MAT_HFOAM
+ *  @param[out] residual  (nblock), Pa: Kirchhoff stress in the free direction
+ *  @param[out] slope     (nblock), Pa: its derivative by the logarithm of the free stretch
+ */
+void SPX_MAT_HFOAMUNIRESULT(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                            const double* alpha2, const double* mu3, const double* alpha3, const double* beta1,
+                            const double* beta2, const double* beta3, const double* V, double* flag, double* residual,
+                            double* slope);
+
+/** Plane stress: stress and moduli, with the stretch of the thickness that it takes.
+ *  @like SPX_MAT_OGDENPSRESULT
+ *  @param[in]     V            (nblock, 3), plane stretch: left stretch in the plane, S21
+ *  @param[in,out] freeStretch  (nblock), axial stretch: thickness: where to begin, and what is found
+ *  @param[out]    stress       (nblock, 3), Pa: Cauchy stress in the plane, S21
+ *  @param[out]    bound        (nblock), Pa: largest term of the tangent without the mean, 4/3 G to 2 G at small strain
+ *  @param[out]    bulk         (nblock), Pa: 3 times the mean direct term and 3 J (p + dp/dJ), 3 K at small strain
+ */
+void SPX_MAT_HYPEROGDENPSEXP(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                             const double* alpha2, const double* mu3, const double* alpha3, const double* rD1,
+                             const double* rD2, const double* rD3, const double* V, double* freeStretch, double* flag,
+                             double* stress, double* bound, double* bulk);
+
+/** Uniaxial stress and moduli, with the lateral stretch that it takes.
+ *  @like SPX_MAT_HYPEROGDENPSEXP
+ *  @param[in]     V            (nblock), axial stretch: stretch along the axis
+ *  @param[in,out] freeStretch  (nblock), axial stretch: lateral: where to begin, and what is found
+ *  @param[out]    stress       (nblock), Pa: axial Cauchy stress
+ */
+void SPX_MAT_HYPEROGDENUNIEXP(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                              const double* alpha2, const double* mu3, const double* alpha3, const double* rD1,
+                              const double* rD2, const double* rD3, const double* V, double* freeStretch, double* flag,
+                              double* stress, double* bound, double* bulk);
+
+/** Plane stress: stress and moduli, with the stretch of the thickness that it takes.
+ *  @like SPX_MAT_HFOAM
+ *  @param[in]     V            (nblock, 3), plane stretch: left stretch in the plane, S21
+ *  @param[in,out] freeStretch  (nblock), axial stretch: thickness: where to begin, and what is found
+ *  @param[out]    stress       (nblock, 3), Pa: Cauchy stress in the plane, S21
+ *  @param[out]    bound        (nblock), Pa: largest term of the tangent without the mean, 4/3 G to 2 G at small strain
+ *  @param[out]    bulk         (nblock), Pa: 3 times the mean direct term and 3 J (p + dp/dJ), 3 K at small strain
+ */
+void SPX_MAT_HYPERFOAMPSEXP(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                            const double* alpha2, const double* mu3, const double* alpha3, const double* beta1,
+                            const double* beta2, const double* beta3, const double* V, double* freeStretch,
+                            double* flag, double* stress, double* bound, double* bulk);
+
+/** Uniaxial stress and moduli, with the lateral stretch that it takes.
+ *  @like SPX_MAT_HYPERFOAMPSEXP
+ *  @param[in]     V            (nblock), axial stretch: stretch along the axis
+ *  @param[in,out] freeStretch  (nblock), axial stretch: lateral: where to begin, and what is found
+ *  @param[out]    stress       (nblock), Pa: axial Cauchy stress
+ */
+void SPX_MAT_HYPERFOAMUNIEXP(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                             const double* alpha2, const double* mu3, const double* alpha3, const double* beta1,
+                             const double* beta2, const double* beta3, const double* V, double* freeStretch,
+                             double* flag, double* stress, double* bound, double* bulk);
+
+/** Moduli of foam for the stable increment, as SPX_MAT_HYPERELAS3D gives them.
+ *  @like SPX_MAT_HFOAM
+ *  @param[out] bound  (nblock), Pa: largest term of the tangent without the mean, 4/3 G to 2 G at small strain
+ *  @param[out] bulk   (nblock), Pa: 3 times the mean direct term and 3 J (p + dp/dJ), 3 K at small strain
+ */
+void SPX_MAT_HYPERFOAMMODULIEXP(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                                const double* alpha2, const double* mu3, const double* alpha3, const double* beta1,
+                                const double* beta2, const double* beta3, const double* V, double* flag, double* bound,
+                                double* bulk);
+
+/** SPX_MAT_HYPERFOAMMODULIEXP, six terms.
+ *  @like SPX_MAT_HFOAM6
+ *  @param[out] bound  (nblock), Pa: largest term of the tangent without the mean, 4/3 G to 2 G at small strain
+ *  @param[out] bulk   (nblock), Pa: 3 times the mean direct term and 3 J (p + dp/dJ), 3 K at small strain
+ */
+void SPX_MAT_HYPERFOAM6MODULIEXP(const int32_t* nblock, const double* mu1, const double* alpha1, const double* mu2,
+                                 const double* alpha2, const double* mu3, const double* alpha3, const double* mu4,
+                                 const double* alpha4, const double* mu5, const double* alpha5, const double* mu6,
+                                 const double* alpha6, const double* beta1, const double* beta2, const double* beta3,
+                                 const double* beta4, const double* beta5, const double* beta6, const double* V,
+                                 double* flag, double* bound, double* bulk);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Mullins effect
+ *
+ * Softening on unloading below the largest energy Um of the past: eta = 1 - erf((Um - U)/(m + beta Um))/r multiplies the
+ * deviatoric stress.  erf is a fit with an error below 1.2e-7 and exactly 0 at 0; m + beta Um of 0 softens nothing.
+ * The mean of the three direct components, absent ones counted as zero, is never softened: in plane stress and in a uniaxial
+ * state a third of the direct stress, and with it the condition of the free directions, stays as it was; a caller who wants
+ * the whole stress of an incompressible material softened there multiplies it by eta.
+ * Source: R. W. Ogden, D. G. Roxburgh, Proc. R. Soc. A 455 (1999) 2861.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** Damage variable.  U equal to Um is on the primary path.
+ *  @param[in]     nblock  (1), block: points
+ *  @param[in]     r       (nblock), -: parameter r, above 1
+ *  @param[in]     m       (nblock), J/m3: parameter m
+ *  @param[in]     beta    (nblock), -: parameter beta
+ *  @param[out]    UmNew   (nblock), J/m3: largest energy, this increment included; may be UmOld itself
+ *  @param[in]     UmOld   (nblock), J/m3: largest energy of the past
+ *  @param[in,out] U       (nblock), J/m3: isochoric energy; a negative one becomes 0.0
+ *  @param[out]    eta     (nblock), -: damage variable, 1.0 on the primary path
+ *  @param[out]    slope   (nblock), m3/J: d(eta)/dU, on the primary path that of unloading
+ */
+void SPX_MAT_ORMULLINS(const int32_t* nblock, const double* r, const double* m, const double* beta, double* UmNew,
+                       const double* UmOld, double* U, double* eta, double* slope);
+
+/** Energy lost to damage: (erf(z) Um - d (1 - exp(-z z))/sqrt(pi))/r s/q with d = m + beta Um, z = Um/d; sqrt(pi) has ten
+ *  digits.
+ *  @like SPX_MAT_ORMULLINS
+ *  @param[in]  Um      (nblock), J/m3: largest energy of the past
+ *  @param[in]  s       (nblock), any: factor, as the volume of the point
+ *  @param[in]  q       (nblock), -: divisor, as a volume ratio or a density
+ *  @param[out] damage  (nblock), any: energy
+ */
+void SPX_MAT_MULLINSDAMAGEENER(const int32_t* nblock, const double* r, const double* m, const double* beta,
+                               const double* Um, const double* s, const double* q, double* damage);
+
+/** Softens a stress: all but its mean is multiplied by eta.
+ *  @param[in]     nblock  (1), block: points
+ *  @param[in]     eta     (nblock), -: damage variable
+ *  @param[in,out] stress  (nblock, 6), Pa: Cauchy stress, S33
+ */
+void SPX_MAT_MULLINSSTRESSDEGR3D(const int32_t* nblock, const double* eta, double* stress);
+
+/** SPX_MAT_MULLINSSTRESSDEGR3D for the components of generalised plane strain.
+ *  @like SPX_MAT_MULLINSSTRESSDEGR3D
+ *  @param[in,out] stress  (nblock, 4), Pa: Cauchy stress, S31
+ */
+void SPX_MAT_MULLINSSTRESSDEGRGPE(const int32_t* nblock, const double* eta, double* stress);
+
+/** SPX_MAT_MULLINSSTRESSDEGR3D for the components of plane stress.
+ *  @like SPX_MAT_MULLINSSTRESSDEGR3D
+ *  @param[in,out] stress  (nblock, 3), Pa: Cauchy stress in the plane, S21
+ */
+void SPX_MAT_MULLINSSTRESSDEGRPS(const int32_t* nblock, const double* eta, double* stress);
+
+/** SPX_MAT_MULLINSSTRESSDEGR3D for the components of a uniaxial state.
+ *  @like SPX_MAT_MULLINSSTRESSDEGR3D
+ *  @param[in,out] stress  (nblock), Pa: Cauchy stress along the axis
+ */
+void SPX_MAT_MULLINSSTRESSDEGRUNI(const int32_t* nblock, const double* eta, double* stress);
+
+/** SPX_MAT_ORMULLINS, then the stress of SPX_MAT_HYPER3DEXP, softened.
+ *  @like SPX_MAT_ORMULLINS
+ *  @param[in]     U1      (nblock), Pa: dU/dI1
+ *  @param[in]     U2      (nblock), Pa: dU/dI2
+ *  @param[in]     p       (nblock), Pa: volumetric stress dUvol/dJ
+ *  @param[in]     V       (nblock, 6), stretch: left stretch, S33
+ *  @param[out]    stress  (nblock, 6), Pa: Cauchy stress, S33
+ *  @param[in,out] flag    (nblock), flag: volume guard, never cleared here
+ */
+void SPX_MAT_MULLINS3DEXP(const int32_t* nblock, const double* r, const double* m, const double* beta, double* UmNew,
+                          const double* UmOld, double* U, double* eta, double* slope, const double* U1,
+                          const double* U2, const double* p, const double* V, double* stress, double* flag);
+
+/** SPX_MAT_MULLINS3DEXP in generalised plane strain.
+ *  @like SPX_MAT_MULLINS3DEXP
+ *  @param[in]  V       (nblock, 4), stretch: left stretch, S31
+ *  @param[out] stress  (nblock, 4), Pa: Cauchy stress, S31
+ */
+void SPX_MAT_MULLINSGPEEXP(const int32_t* nblock, const double* r, const double* m, const double* beta, double* UmNew,
+                           const double* UmOld, double* U, double* eta, double* slope, const double* U1,
+                           const double* U2, const double* p, const double* V, double* stress, double* flag);
+
+/** SPX_MAT_MULLINS3DEXP in plane stress.
+ *  @like SPX_MAT_MULLINS3DEXP
+ *  @param[in]  V          (nblock, 3), plane stretch: left stretch in the plane, S21
+ *  @param[in]  thickness  (nblock), axial stretch: stretch of the thickness
+ *  @param[out] stress     (nblock, 3), Pa: Cauchy stress in the plane, S21
+ */
+void SPX_MAT_MULLINSPSEXP(const int32_t* nblock, const double* r, const double* m, const double* beta, double* UmNew,
+                          const double* UmOld, double* U, double* eta, double* slope, const double* U1,
+                          const double* U2, const double* V, const double* thickness, double* stress, double* flag);
+
+/** SPX_MAT_MULLINS3DEXP in a uniaxial state.
+ *  @like SPX_MAT_MULLINS3DEXP
+ *  @param[in]  axial    (nblock), axial stretch: stretch along the axis
+ *  @param[in]  lateral  (nblock), axial stretch: stretch across it, the same in both directions
+ *  @param[out] stress   (nblock), Pa: axial Cauchy stress
+ */
+void SPX_MAT_MULLINSUNIEXP(const int32_t* nblock, const double* r, const double* m, const double* beta, double* UmNew,
+                           const double* UmOld, double* U, double* eta, double* slope, const double* U1,
+                           const double* U2, const double* axial, const double* lateral, double* stress, double* flag);
+
+/** Foam with softening: energy, SPX_MAT_ORMULLINS, and the stress softened but for its mean.
+ *  @like SPX_MAT_ORMULLINS
+ *  @param[in]     mu1     (nblock), Pa: shear modulus of term 1
+ *  @param[in]     alpha1  (nblock), exponent: exponent of term 1
+ *  @param[in]     mu2     (nblock), Pa: shear modulus of term 2
+ *  @param[in]     alpha2  (nblock), exponent: exponent of term 2
+ *  @param[in]     mu3     (nblock), Pa: shear modulus of term 3
+ *  @param[in]     alpha3  (nblock), exponent: exponent of term 3
+ *  @param[in]     beta1   (nblock), exponent: exponent of the volume of term 1
+ *  @param[in]     beta2   (nblock), exponent: exponent of the volume of term 2
+ *  @param[in]     beta3   (nblock), exponent: exponent of the volume of term 3
+ *  @param[out]    U       (nblock), J/m3: energy, not below 0.0
+ *  @param[in]     V       (nblock, 3), stretch: principal stretches, S30
+ *  @param[in]     axes    (nblock, 3, 3), -: principal directions in columns, ordered as the stretches
+ *  @param[out]    stress  (nblock, 6), Pa: Cauchy stress, S33
+ *  @param[in,out] flag    (nblock), flag: volume guard, never cleared here
+ */
+void SPX_MAT_HFOAMMULLINS3DEXP(const int32_t* nblock, const double* r, const double* m, const double* beta,
+                               double* UmNew, const double* UmOld, double* U, double* eta, double* slope,
+                               const double* mu1, const double* alpha1, const double* mu2, const double* alpha2,
+                               const double* mu3, const double* alpha3, const double* beta1, const double* beta2,
+                               const double* beta3, const double* V, const double* axes, double* stress, double* flag);
+
+/** SPX_MAT_HFOAMMULLINS3DEXP in generalised plane strain: one of the directions is axis 3.
+ *  @like SPX_MAT_HFOAMMULLINS3DEXP
+ *  @param[out] stress  (nblock, 4), Pa: Cauchy stress, S31
+ */
+void SPX_MAT_HFOAMMULLINSGPEEXP(const int32_t* nblock, const double* r, const double* m, const double* beta,
+                                double* UmNew, const double* UmOld, double* U, double* eta, double* slope,
+                                const double* mu1, const double* alpha1, const double* mu2, const double* alpha2,
+                                const double* mu3, const double* alpha3, const double* beta1, const double* beta2,
+                                const double* beta3, const double* V, const double* axes, double* stress, double* flag);
+
+/** SPX_MAT_HFOAMMULLINS3DEXP in plane stress; the thickness is found as in SPX_MAT_HYPERFOAMPSEXP, without softening.
+ *  @like SPX_MAT_HFOAMMULLINS3DEXP
+ *  @param[in]     V            (nblock, 3), plane stretch: left stretch in the plane, S21
+ *  @param[in,out] freeStretch  (nblock), axial stretch: thickness: where to begin, and what is found
+ *  @param[out]    stress       (nblock, 3), Pa: Cauchy stress in the plane, S21
+ */
+void SPX_MAT_HFOAMMULLINSPSEXP(const int32_t* nblock, const double* r, const double* m, const double* beta,
+                               double* UmNew, const double* UmOld, double* U, double* eta, double* slope,
+                               const double* mu1, const double* alpha1, const double* mu2, const double* alpha2,
+                               const double* mu3, const double* alpha3, const double* beta1, const double* beta2,
+                               const double* beta3, const double* V, double* freeStretch, double* stress, double* flag);
+
+/** SPX_MAT_HFOAMMULLINS3DEXP in a uniaxial state.
+ *  @like SPX_MAT_HFOAMMULLINSPSEXP
+ *  @param[in]     V            (nblock), axial stretch: stretch along the axis
+ *  @param[in,out] freeStretch  (nblock), axial stretch: lateral: where to begin, and what is found
+ *  @param[out]    stress       (nblock), Pa: axial Cauchy stress
+ */
+void SPX_MAT_HFOAMMULLINSUNIEXP(const int32_t* nblock, const double* r, const double* m, const double* beta,
+                                double* UmNew, const double* UmOld, double* U, double* eta, double* slope,
+                                const double* mu1, const double* alpha1, const double* mu2, const double* alpha2,
+                                const double* mu3, const double* alpha3, const double* beta1, const double* beta2,
+                                const double* beta3, const double* V, double* freeStretch, double* stress,
+                                double* flag);
+
+/** Effective moduli of softened material.  By code:
+ *    100  eta modulus                     the secant: reloading at constant damage
+ *    200  eta modulus + slope q           the tangent of unloading, the stiffest way
+ *    300  as 200, on the primary path 100 the tangent of the present way
+ *  Any other code does nothing.
+ *  @param[in]  nblock     (1), block: points
+ *  @param[in]  code       (1), code 100|200|300: which
+ *  @param[in]  eta        (nblock), -: damage variable
+ *  @param[in]  slope      (nblock), m3/J: d(eta)/dU
+ *  @param[in]  q          (nblock), Pa2: J s:s of the unsoftened deviatoric stress s
+ *  @param[in]  modulus    (nblock), Pa: modulus without softening, as the bound of a stress kernel
+ *  @param[out] effective  (nblock), Pa: effective modulus
+ */
+void SPX_OPT_MULLINSEFFMOD(const int32_t* nblock, const int32_t* code, const double* eta, const double* slope,
+                           const double* q, const double* modulus, double* effective);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Ductile and shear failure
+ *
+ * Listed points are computed; results of the others are left alone.  Components that a state does not store are zero: BEAM
+ * has 11 12, UNI 11.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** Stress triaxiality, mean stress over Mises stress, positive in tension, kept within 100 either way; 100 with the sign of
+ *  the mean where there is no Mises stress, 0 without stress.  Squares are formed unscaled: beyond 1e154 they overflow.
+ *  @param[in]  nblock  (1), block: points
+ *  @param[in]  stress  (nblock, 6), any: Cauchy stress, S33
+ *  @param[out] ratio   (nblock), -: stress triaxiality, -100..100
+ */
+void SPX_MAT_STRESSRATIO3DEXP(const int32_t* nblock, const double* stress, double* ratio);
+
+/** SPX_MAT_STRESSRATIO3DEXP for the stress of generalised plane strain.
+ *  @like SPX_MAT_STRESSRATIO3DEXP
+ *  @param[in] stress  (nblock, 4), any: Cauchy stress, S31
+ */
+void SPX_MAT_STRESSRATIOGPEEXP(const int32_t* nblock, const double* stress, double* ratio);
+
+/** SPX_MAT_STRESSRATIO3DEXP for the stress of plane stress.
+ *  @like SPX_MAT_STRESSRATIO3DEXP
+ *  @param[in] stress  (nblock, 3), any: Cauchy stress, S21
+ */
+void SPX_MAT_STRESSRATIOPSEXP(const int32_t* nblock, const double* stress, double* ratio);
+
+/** SPX_MAT_STRESSRATIO3DEXP for the stress of a beam.
+ *  @like SPX_MAT_STRESSRATIO3DEXP
+ *  @param[in] stress  (nblock, 2), any: Cauchy stress, 11 12
+ */
+void SPX_MAT_STRESSRATIOBEAMEXP(const int32_t* nblock, const double* stress, double* ratio);
+
+/** SPX_MAT_STRESSRATIO3DEXP for the stress of a bar.
+ *  @like SPX_MAT_STRESSRATIO3DEXP
+ *  @param[in] stress  (nblock), any: Cauchy stress, 11
+ */
+void SPX_MAT_STRESSRATIOUNIEXP(const int32_t* nblock, const double* stress, double* ratio);
+
+/** SPX_MAT_STRESSRATIO3DEXP for listed points.
+ *  @like SPX_MAT_STRESSRATIO3DEXP
+ *  @param[in] count  (1), count: entries of the list; below 1 does nothing
+ *  @param[in] list   (count), list: point numbers
+ */
+void SPX_MAT_DUCTSTRESSRATIO3DEXP(const int32_t* nblock, const int32_t* count, const int32_t* list,
+                                  const double* stress, double* ratio);
+
+/** SPX_MAT_STRESSRATIOGPEEXP for listed points.
+ *  @like SPX_MAT_STRESSRATIOGPEEXP
+ *  @param[in] count  (1), count: entries of the list; below 1 does nothing
+ *  @param[in] list   (count), list: point numbers
+ */
+void SPX_MAT_DUCTSTRESSRATIOGPEEXP(const int32_t* nblock, const int32_t* count, const int32_t* list,
+                                   const double* stress, double* ratio);
+
+/** SPX_MAT_STRESSRATIOPSEXP for listed points.
+ *  @like SPX_MAT_STRESSRATIOPSEXP
+ *  @param[in] count  (1), count: entries of the list; below 1 does nothing
+ *  @param[in] list   (count), list: point numbers
+ */
+void SPX_MAT_DUCTSTRESSRATIOPSEXP(const int32_t* nblock, const int32_t* count, const int32_t* list,
+                                  const double* stress, double* ratio);
+
+/** SPX_MAT_STRESSRATIOBEAMEXP for listed points.
+ *  @like SPX_MAT_STRESSRATIOBEAMEXP
+ *  @param[in] count  (1), count: entries of the list; below 1 does nothing
+ *  @param[in] list   (count), list: point numbers
+ */
+void SPX_MAT_DUCTSTRESSRATIOBEAMEXP(const int32_t* nblock, const int32_t* count, const int32_t* list,
+                                    const double* stress, double* ratio);
+
+/** SPX_MAT_STRESSRATIOUNIEXP for listed points.
+ *  @like SPX_MAT_STRESSRATIOUNIEXP
+ *  @param[in] count  (1), count: entries of the list; below 1 does nothing
+ *  @param[in] list   (count), list: point numbers
+ */
+void SPX_MAT_DUCTSTRESSRATIOUNIEXP(const int32_t* nblock, const int32_t* count, const int32_t* list,
+                                   const double* stress, double* ratio);
+
+/** Shear stress ratio (q + ks p)/tau with Mises stress q, pressure p and the largest shear stress tau, half the largest
+ *  difference of principal stresses; 0 where tau is nothing beside the numerator.
+ *  @param[in]  nblock  (1), block: points
+ *  @param[in]  count   (1), count: entries of the list; below 1 does nothing
+ *  @param[in]  list    (count), list: point numbers
+ *  @param[in]  stress  (nblock, 6), any: Cauchy stress, S33
+ *  @param[in]  ks      (1), -: weight of the pressure
+ *  @param[out] P       (nblock, 3), any: principal stresses, as GLO_UTI_EIG33ANALINDX orders them
+ *  @param[out] ratio   (nblock), -: shear stress ratio
+ */
+void SPX_MAT_SHRSTRESSRATIO3DEXP(const int32_t* nblock, const int32_t* count, const int32_t* list, const double* stress,
+                                 const double* ks, double* P, double* ratio);
+
+/** SPX_MAT_SHRSTRESSRATIO3DEXP for the stress of generalised plane strain.
+ *  @like SPX_MAT_SHRSTRESSRATIO3DEXP
+ *  @param[in] stress  (nblock, 4), any: Cauchy stress, S31
+ */
+void SPX_MAT_SHRSTRESSRATIOGPEEXP(const int32_t* nblock, const int32_t* count, const int32_t* list,
+                                  const double* stress, const double* ks, double* P, double* ratio);
+
+/** SPX_MAT_SHRSTRESSRATIO3DEXP for the stress of plane stress.
+ *  @like SPX_MAT_SHRSTRESSRATIO3DEXP
+ *  @param[in] stress  (nblock, 3), any: Cauchy stress, S21
+ */
+void SPX_MAT_SHRSTRESSRATIOPSEXP(const int32_t* nblock, const int32_t* count, const int32_t* list, const double* stress,
+                                 const double* ks, double* P, double* ratio);
+
+/** SPX_MAT_SHRSTRESSRATIO3DEXP for the stress of a beam.
+ *  @like SPX_MAT_SHRSTRESSRATIO3DEXP
+ *  @param[in] stress  (nblock, 2), any: Cauchy stress, 11 12
+ */
+void SPX_MAT_SHRSTRESSRATIOBEAMEXP(const int32_t* nblock, const int32_t* count, const int32_t* list,
+                                   const double* stress, const double* ks, double* P, double* ratio);
+
+/** SPX_MAT_SHRSTRESSRATIO3DEXP for the stress of a bar.
+ *  @like SPX_MAT_SHRSTRESSRATIO3DEXP
+ *  @param[in] stress  (nblock), any: Cauchy stress, 11
+ */
+void SPX_MAT_SHRSTRESSRATIOUNIEXP(const int32_t* nblock, const int32_t* count, const int32_t* list,
+                                  const double* stress, const double* ks, double* P, double* ratio);
+
+/** Damage initiation: omega += strainIncrement/failureStrain.  A failure strain of zero gives infinity or NaN.
+ *  @param[in]     nblock           (1), block: points
+ *  @param[in]     count            (1), count: entries of the list; below 1 does nothing
+ *  @param[in]     list             (count), list: point numbers
+ *  @param[in,out] omega            (nblock), -: measure of damage initiation, 1.0 at initiation
+ *  @param[in]     strainIncrement  (nblock), -: increment of equivalent plastic strain
+ *  @param[in]     failureStrain    (nblock), -: strain at failure
+ */
+void SPX_MAT_DUCTSHRFAILUREEXP(const int32_t* nblock, const int32_t* count, const int32_t* list, double* omega,
+                               const double* strainIncrement, const double* failureStrain);
+
+/** Failure strain (d1 + d2 exp(-d3 eta)) (1 + d4 ln r) (1 + d5 t), at least 2.2e-306.  eta is positive in tension, so that a
+ *  strain that falls with tension has a positive d3: the sign is the reverse of the publication's.  r is the rate times
+ *  rateFactor, at least 1; t is 0 below the transition temperature, 1 above melting and linear between.
+ *  The exponent -d3 eta is kept below 40.  Source: G. R. Johnson, W. H. Cook, Eng. Fract. Mech. 21 (1985) 31.
+ *  @param[in]  nblock         (1), block: points
+ *  @param[in]  count          (1), count: entries of the list; below 1 does nothing
+ *  @param[in]  list           (count), list: point numbers
+ *  @param[out] failureStrain  (nblock), -: equivalent plastic strain at failure
+ *  @param[in]  rate           (nblock), 1/s: rate of equivalent plastic strain
+ *  @param[in]  triaxiality    (nblock), -: mean stress over Mises stress
+ *  @param[in]  temperature    (nblock), K: temperature
+ *  @param[in]  d1             (1), -: constant
+ *  @param[in]  d2             (1), -: constant
+ *  @param[in]  d3             (1), -: constant
+ *  @param[in]  d4             (1), -: constant; exactly 0.0 takes no logarithm
+ *  @param[in]  d5             (1), -: constant
+ *  @param[in]  melting        (1), K: melting temperature
+ *  @param[in]  transition     (1), K: transition temperature
+ *  @param[in]  rateFactor     (1), s: reciprocal of the reference rate
+ */
+void SPX_MAT_JCFAILURESTRAIN(const int32_t* nblock, const int32_t* count, const int32_t* list, double* failureStrain,
+                             const double* rate, const double* triaxiality, const double* temperature, const double* d1,
+                             const double* d2, const double* d3, const double* d4, const double* d5,
+                             const double* melting, const double* transition, const double* rateFactor);
+
+/** Reciprocal failure strain 1/(a + b exp(k)) without overflow: with L = ln(max(rate P8, 1)), a = P9 (1 + P12 L)(1 + P13 y),
+ *  b = P10 (1 + P12 L)(1 + P13 y), k = P11 x: the law of Johnson and Cook with x the triaxiality or shear stress ratio and y
+ *  the homologous temperature.  0 where a + b exp(k) is not above 2.2e-308 for a negative k.
+ *  @param[in]  nblock      (1), block: points
+ *  @param[in]  properties  (13), -: constants; 8 reciprocal reference rate (s), 9..13 d1 d2 d3 d4 d5 of a + b exp(k)
+ *  @param[in]  x           (nblock), -: stress ratio
+ *  @param[in]  rate        (nblock), 1/s: rate of equivalent plastic strain
+ *  @param[in]  y           (nblock), -: homologous temperature
+ *  @param[out] rStrain     (nblock), -: 1/failure strain
+ */
+void SPX_MAT_JCSHRFAILEXP(const int32_t* nblock, const double* properties, const double* x, const double* rate,
+                          const double* y, double* rStrain);
 
 /* ---------------------------------------------------------------------------------------------------------------------
  * Material tables

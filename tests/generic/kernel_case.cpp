@@ -188,6 +188,17 @@ void fillReals(Random& random, const ArgumentInfo& info, const std::vector<doubl
     fillStretch(random, v);
     if (unit == "any")
       for (double& x : v) x *= scale;
+  } else if (unit == "plane stretch") {
+    fillStretch(random, v);
+    v[2] = 0.1 * (v[2] - 1.0); // a shear in place of the third direct component
+  } else if (unit == "axial stretch") {
+    v[0] = oneIn(random, 16) ? 0.0 : random.uniform(0.6, 1.6);
+  } else if (unit == "locking stretch") {
+    v[0] = random.uniform(20.0, 40.0);
+  } else if (unit == "expansion") {
+    v[0] = random.uniform(-0.05, 0.05);
+  } else if (unit == "exponent") {
+    v[0] = oneIn(random, 8) ? 0.0 : random.uniform(-4.0, 4.0);
   } else if (info.is("mask") || info.is("flag")) {
     for (double& x : v) x = oneIn(random, 4) ? 1.0 : 0.0;
   } else if (unit == "m" && v.size() == 24) {

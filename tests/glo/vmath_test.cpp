@@ -49,6 +49,7 @@ constexpr double kRootHalf = 0.70710678118654752, kRootTwo = 1.4142135623730951;
 const Function kFunctions[] = {
     {FUNCTION(exp, exp), kHalfLn2, {0, 709.78, -708.396, -744.4, -745.13, 1e-300}},
     {FUNCTION(expClamped, exp), kHalfLn2, {0, 709.43613930310391, 709.78, -708.3964185322637, -708.05, 1e-300}},
+    {FUNCTION(expm1, expm1), kHalfLn2, {0, 709.78, 709.4361, -50, 0.34657359, -0.34657359, 1e-300}},
     {FUNCTION(log, log), 0, {1, kRootTwo, kRootHalf, 0x1p-1022, 0x1p-1074, 2, 0.5, 0x1.fffffffffffffp1023}},
     {FUNCTION(log10, log10), 0, {1, 10, 1e-5, kRootTwo, kRootHalf, 0x1p-1022, 0x1p-1074, 2, 0x1.fffffffffffffp1023}},
     {FUNCTION(logPositive, log), 0, {1, kRootTwo, kRootHalf, 0x1p-1022, 0x1.fffffffffffffp1023}},

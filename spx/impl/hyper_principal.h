@@ -1,0 +1,286 @@
+// Strain energies that are sums of powers of the principal stretches: the isochoric one of rubber and the compressible one of
+// foam.  A term of either is worked through in a pass of its own over a piece, so that the many exponentials of a point make
+// short bodies.
+//
+//   rubber   U = sum of 2 mu/alpha^2 (l1^alpha + l2^alpha + l3^alpha - 3),  l = lambda J^(-1/3), and the sum of (J-1)^(2i)/Di
+//   foam     U = sum of 2 mu/alpha^2 (l1^alpha + l2^alpha + l3^alpha - 3 + (J^(-alpha beta) - 1)/beta),  l = lambda
+//
+// Stresses and tangents come as principal values of the Kirchhoff stress tau_k = dU/d(ln lambda_k) and its derivatives
+// D_kl = dtau_k/d(ln lambda_l), both without the volumetric energy of rubber.
+#pragma once
+
+#include "glo/jacobi.h"
+#include "glo/kernel.h"
+#include "glo/vmath.h"
+#include "spx/impl/hyper_models.h"
+#include "spx/impl/hyper_states.h"
+
+namespace sa {
+
+// ---- constants
+
+template <int terms>
+struct RubberTerms {
+  static constexpr int kTerms = terms;
+  static constexpr bool kFoam = false;
+  const double *mu[terms], *alpha[terms];
+  const double* rD[terms] = {}; // kernels of the isochoric energy leave them out
+
+  SA_INLINE VolumetricStress volumetric(int k, double J) const {
+    const double d = J - 1.0, e = d * d;
+    double p = 0.0, slope = 0.0; // by the rule of Horner
+#pragma GCC unroll 6
+    for (int i = terms; i > 0; --i) {
+      const double r = rD[i - 1][k];
+      p = i * r + e * p;
+      slope = 2 * i * (2 * i - 1) * r + e * slope;
+    }
+    return {2.0 * d * p, slope};
+  }
+};
+template <int terms>
+struct FoamTerms {
+  static constexpr int kTerms = terms;
+  static constexpr bool kFoam = true;
+  const double *mu[terms], *alpha[terms], *beta[terms];
+
+  SA_INLINE VolumetricStress volumetric(int, double) const { return {0.0, 0.0}; }
+};
+
+// ---- the stretches of a piece
+
+// For each point the volume ratio, its logarithm (foam), and ln l^2 for the three stretches that enter the powers.
+struct StretchLogs {
+  double J[kScratchPoints], L[kScratchPoints];
+  double x1[kScratchPoints], x2[kScratchPoints], x3[kScratchPoints];
+};
+
+struct Stretches {
+  double l1, l2, l3;
+};
+
+// stretch(i, k) gives the stretches of point i of the piece, k of the block.  A product below the smallest normal number sets
+// the flag; a flagged point has J = 1 and keeps its stretches.
+template <class Terms, class Stretch>
+SA_INLINE void takeLogarithms(int start, int n, Stretch stretch, double* flag, StretchLogs& w) {
+  forPoints(n, [=, &w](int i) SA_POINT {
+    const int k = start + i;
+    const Stretches s = stretch(i, k);
+    const double product = s.l1 * s.l2 * s.l3, old = flag[k], guard = product < kSmallestNormal ? 1.0 : old;
+    flag[k] = guard;
+    w.J[i] = guard + (1.0 - guard) * product;
+  });
+  if constexpr (Terms::kFoam) {
+    forPoints(n, [=, &w](int i) SA_POINT { w.L[i] = vm::log(w.J[i]); });
+    forPoints(n, [=, &w](int i) SA_POINT {
+      const Stretches s = stretch(i, start + i);
+      w.x1[i] = s.l1 * s.l1;
+      w.x2[i] = s.l2 * s.l2;
+      w.x3[i] = s.l3 * s.l3;
+    });
+  } else {
+    forPoints(n, [=, &w](int i) SA_POINT { w.L[i] = vm::log(vm::abs(w.J[i])); });
+    forPoints(n, [=, &w](int i) SA_POINT {
+      const double factor = vm::exp(-0.6666666666666666 * w.L[i]);
+      const Stretches s = stretch(i, start + i);
+      w.x1[i] = s.l1 * s.l1 * factor;
+      w.x2[i] = s.l2 * s.l2 * factor;
+      w.x3[i] = s.l3 * s.l3 * factor;
+    });
+  }
+  forPoints(n, [=, &w](int i) SA_POINT { w.x1[i] = vm::log(w.x1[i]); });
+  forPoints(n, [=, &w](int i) SA_POINT { w.x2[i] = vm::log(w.x2[i]); });
+  forPoints(n, [=, &w](int i) SA_POINT { w.x3[i] = vm::log(w.x3[i]); });
+}
+
+// ---- sums over the terms
+
+// l^alpha from ln l^2; one for an exponent of zero, whatever the stretch.
+SA_INLINE double power(double half, double x) {
+  const double p = vm::expClamped(half * x);
+  return vm::select(half == 0.0, 1.0, p);
+}
+
+// A term whose alpha^2/4 is below the smallest normal number vanishes.
+struct TermFactors {
+  double half, energy, first, second; // alpha/2; factors of the brackets of the energy, of tau and of D
+};
+SA_INLINE TermFactors termFactors(double mu, double alpha) {
+  const double half = 0.5 * alpha, square = half * half, g = vm::abs(square) < kSmallestNormal ? 1.0 : 0.0;
+  const double on = 1.0 - g;
+  const double energy = 0.5 * mu / (square + g) * on;
+  return {half, energy, energy * alpha, 2.0 * mu * on};
+}
+
+struct EnergySum {
+  double U[kScratchPoints];
+};
+// tau_k, A_k = the sum of 2 mu l_k^alpha, and b = the sum of 2 mu beta J^(-alpha beta): all that D is made of.
+struct StressSums {
+  double t1[kScratchPoints], t2[kScratchPoints], t3[kScratchPoints];
+  double A1[kScratchPoints], A2[kScratchPoints], A3[kScratchPoints], b[kScratchPoints];
+};
+
+// add(i, factors, P1, P2, P3, volume, beta) for each term in turn: powers of the stretches; for foam volume is
+// (J^(-alpha beta) - 1)/beta, continuous in beta.
+template <class Terms, class Add>
+SA_INLINE void forTerms(int start, int n, const Terms& terms, const StretchLogs& w, Add add) {
+  for (int t = 0; t < Terms::kTerms; ++t) {
+    const double *mu = terms.mu[t] + start, *alpha = terms.alpha[t] + start;
+    if constexpr (Terms::kFoam) {
+      const double* beta = terms.beta[t] + start;
+      double volume[kScratchPoints];
+      forPoints(n, [=, &w, &volume](int i) SA_POINT {
+        const double b = beta[i], g = vm::abs(b) < kSmallestNormal ? 1.0 : 0.0, exponent = alpha[i] * w.L[i];
+        volume[i] = vm::expm1(-(exponent * b)) * (1.0 - g) / (b + g) - g * exponent;
+      });
+      forPoints(n, [=, &w, &volume](int i) SA_POINT {
+        const TermFactors f = termFactors(mu[i], alpha[i]);
+        add(i, f, power(f.half, w.x1[i]), power(f.half, w.x2[i]), power(f.half, w.x3[i]), volume[i], beta[i]);
+      });
+    } else {
+      forPoints(n, [=, &w](int i) SA_POINT {
+        const TermFactors f = termFactors(mu[i], alpha[i]);
+        add(i, f, power(f.half, w.x1[i]), power(f.half, w.x2[i]), power(f.half, w.x3[i]), 0.0, 0.0);
+      });
+    }
+  }
+}
+
+template <class Terms>
+SA_INLINE void sumEnergy(int start, int n, const Terms& terms, const StretchLogs& w, EnergySum& s) {
+  forPoints(n, [=, &s](int i) SA_POINT { s.U[i] = 0.0; });
+  forTerms(start, n, terms, w,
+           [&s](int i, const TermFactors& f, double P1, double P2, double P3, double volume, double)
+               SA_POINT { s.U[i] += f.energy * (P1 + P2 + P3 - 3.0 + volume); });
+}
+
+template <class Terms>
+SA_INLINE void sumStress(int start, int n, const Terms& terms, const StretchLogs& w, StressSums& s) {
+  forPoints(n, [=, &s](int i) SA_POINT {
+    s.t1[i] = s.t2[i] = s.t3[i] = 0.0;
+    s.A1[i] = s.A2[i] = s.A3[i] = s.b[i] = 0.0;
+  });
+  forTerms(start, n, terms, w,
+           [&s](int i, const TermFactors& f, double P1, double P2, double P3, double volume, double beta) SA_POINT {
+             // foam: what the volume takes off, J^(-alpha beta); rubber: the mean
+             const double Q = volume * beta + 1.0, off = Terms::kFoam ? Q : (P1 + P2 + P3) * 0.3333333333333333;
+             s.t1[i] += f.first * (P1 - off);
+             s.t2[i] += f.first * (P2 - off);
+             s.t3[i] += f.first * (P3 - off);
+             s.A1[i] += f.second * P1;
+             s.A2[i] += f.second * P2;
+             s.A3[i] += f.second * P3;
+             if constexpr (Terms::kFoam) s.b[i] += f.second * beta * Q;
+           });
+}
+
+// D_kk and D_kl of a point.
+template <class Terms>
+struct Tangent {
+  double A1, A2, A3, b;
+  SA_INLINE double ninth() const { return (A1 + A2 + A3) * 0.1111111111111111; }
+  SA_INLINE double direct(double A) const { return Terms::kFoam ? A + b : A * 0.3333333333333333 + ninth(); }
+  SA_INLINE double mixed(double Ak, double Al) const {
+    return Terms::kFoam ? b : ninth() - (Ak + Al) * 0.3333333333333333;
+  }
+};
+template <class Terms>
+SA_INLINE Tangent<Terms> tangentOf(const StressSums& s, int i) {
+  return {s.A1[i], s.A2[i], s.A3[i], s.b[i]};
+}
+
+// 1/lambda; 0 for a stretch of zero, where the powers have lost their meaning.
+SA_INLINE double reciprocalStretch(double lambda) {
+  const double g = vm::abs(lambda) < kSmallestNormal ? 1.0 : 0.0;
+  return (1.0 - g) / (lambda + g);
+}
+
+// ---- stress and moduli of a point in the principal axes
+
+struct Moduli {
+  double bound, bulk;
+};
+// The shear term of the tangent between two principal directions, (t1 - t2) coth(x1 - x2) with x = ln lambda; where the
+// stretches nearly meet, half the derivative of t1 - t2 with respect to x1 - x2 on either side.
+SA_INLINE double shearTerm(double t1, double t2, double l1, double l2, double limit) {
+  const double s1 = l1 * l1, s2 = l2 * l2, difference = s1 - s2;
+  const bool meet = vm::abs(difference) <= 1e-5 * (s1 + s2);
+  const double far = (t1 - t2) * (s1 + s2) / vm::select(meet, 1.0, difference);
+  return vm::select(meet, limit, far);
+}
+
+// D11, D22, D33, D12, D23, D13 and the stretches, without volumetric energy: the largest of the direct terms, less the mean
+// of all nine, and the shear terms; and 3/J times that mean with 3 J (p + dp/dJ).
+SA_INLINE Moduli principalModuli(double D11, double D22, double D33, double D12, double D23, double D13, double t1,
+                                 double t2, double t3, const Stretches& l, double rJ, const VolumetricStress& v) {
+  const double mean = (D11 + D22 + D33 + 2.0 * (D12 + D23 + D13)) * 0.1111111111111111;
+  const double direct = vm::max(vm::max(D11, D22), D33) - mean;
+  const double shear = vm::max(vm::max(shearTerm(t1, t2, l.l1, l.l2, 0.5 * (D11 + D22) - D12),
+                                       shearTerm(t2, t3, l.l2, l.l3, 0.5 * (D22 + D33) - D23)),
+                               shearTerm(t1, t3, l.l1, l.l3, 0.5 * (D11 + D33) - D13));
+  return {rJ * vm::max(direct, shear), 3.0 * (rJ * mean + (v.p + v.slope) / rJ)};
+}
+template <class Terms>
+SA_INLINE Moduli principalModuli(const StressSums& s, int i, const Stretches& l, double rJ, const VolumetricStress& v) {
+  const Tangent<Terms> D = tangentOf<Terms>(s, i);
+  return principalModuli(D.direct(D.A1), D.direct(D.A2), D.direct(D.A3), D.mixed(D.A1, D.A2), D.mixed(D.A2, D.A3),
+                         D.mixed(D.A1, D.A3), s.t1[i], s.t2[i], s.t3[i], l, rJ, v);
+}
+
+// The tensor with the principal values t1, t2, t3 in the axes of point k.
+SA_INLINE Sym<S33> inAxes(double t1, double t2, double t3, const double* V, int64_t n, int64_t k) {
+  const double x1 = V[k], y1 = V[k + n], z1 = V[k + 2 * n];
+  const double x2 = V[k + 3 * n], y2 = V[k + 4 * n], z2 = V[k + 5 * n];
+  const double x3 = V[k + 6 * n], y3 = V[k + 7 * n], z3 = V[k + 8 * n];
+  return {t1 * x1 * x1 + t2 * x2 * x2 + t3 * x3 * x3, t1 * y1 * y1 + t2 * y2 * y2 + t3 * y3 * y3,
+          t1 * z1 * z1 + t2 * z2 * z2 + t3 * z3 * z3, t1 * x1 * y1 + t2 * x2 * y2 + t3 * x3 * y3,
+          t1 * y1 * z1 + t2 * y2 * z2 + t3 * y3 * z3, t1 * x1 * z1 + t2 * x2 * z2 + t3 * x3 * z3};
+}
+
+// ---- states with free directions
+
+// Residual and slope of the free directions: the Kirchhoff stress there, with that of the volume, and its derivative with
+// respect to the logarithm of the free stretch.  kFree is 1 (direction 3) or 2 (2 and 3 alike).
+struct FreeStress {
+  double residual, slope;
+};
+template <int kFree, class Terms>
+SA_INLINE FreeStress freeStress(const StressSums& s, int i, double J, const VolumetricStress& v) {
+  const Tangent<Terms> D = tangentOf<Terms>(s, i);
+  const double isochoric = kFree == 1 ? D.direct(D.A3) : D.direct(D.A3) + D.mixed(D.A2, D.A3);
+  return {s.t3[i] + J * v.p, isochoric + kFree * J * (v.p + J * v.slope)};
+}
+
+// Where a free stretch is sought: the fixed stretches of the points of a piece and the present free ones.
+struct FreeScratch {
+  double l1[kScratchPoints], l2[kScratchPoints], free[kScratchPoints], moving[kScratchPoints];
+  double c[kScratchPoints], s[kScratchPoints]; // axes of the stretch in the plane
+};
+
+// Newton's method for the free stretches of a piece, each point until its own step is below 1e-12 (the error is then the
+// square of it), at most 50 steps; leaves sums and logarithms at the result.
+template <int kFree, class Terms>
+SA_INLINE void closeState(int start, int n, Terms terms, double* flag, FreeScratch& f, StretchLogs& w, StressSums& s) {
+  const auto stretch = [&f](int i, int) SA_POINT {
+    return Stretches{f.l1[i], kFree == 1 ? f.l2[i] : f.free[i], f.free[i]};
+  };
+  for (int i = 0; i < n; ++i) f.moving[i] = 1.0;
+  bool anyMoving = true;
+  for (int round = 0;; ++round) {
+    takeLogarithms<Terms>(start, n, stretch, flag, w);
+    sumStress(start, n, terms, w, s);
+    if (!anyMoving || round == 50) break;
+    forPoints(n, [=, &f, &w, &s](int i) SA_POINT {
+      const double J = w.J[i];
+      const FreeStress r = freeStress<kFree, Terms>(s, i, J, terms.volumetric(start + i, J));
+      const double step = f.moving[i] * stretchStep(r.residual, r.slope), now = f.free[i];
+      f.free[i] = now * vm::exp(-step);
+      f.moving[i] = vm::abs(step) > 1e-12 ? 1.0 : 0.0; // a NaN ends too
+    });
+    anyMoving = false;
+    for (int i = 0; i < n; ++i) anyMoving = anyMoving || f.moving[i] != 0.0;
+  }
+}
+
+} // namespace sa
