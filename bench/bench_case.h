@@ -66,6 +66,7 @@ inline void fillMap(int n, double* array, Random& random, Order order) {
 void addSharedCases(std::vector<Case>& list);
 void addBrickCases(std::vector<Case>& list);
 void addHyperelasticCases(std::vector<Case>& list);
+void addOutputCases(std::vector<Case>& list);
 void addTableCases(std::vector<Case>& list);
 
 } // namespace bench

@@ -129,6 +129,7 @@ int main(int argc, char** argv) {
   bench::addSharedCases(list);
   bench::addBrickCases(list);
   bench::addHyperelasticCases(list);
+  bench::addOutputCases(list);
   bench::addTableCases(list);
   for (Case& c : list) {
     if (!wanted(c.name)) continue;

@@ -57,6 +57,21 @@ void diagonalise(Matrix& A, Matrix& V, double bound) {
   }
 }
 
+template <class Function>
+void principalFunction(const int32_t* nblock, const double* S, double* V, Function f) {
+  const int n = *nblock;
+  for (int i = 0; i < n; ++i) {
+    Matrix A, D;
+    load(S, n, i, A);
+    diagonalise(A, D, 1e-8);
+    for (int k = 0; k < 6; ++k) {
+      double sum = 0;
+      for (int b = 0; b < 3; ++b) sum += D[kRow[k]][b] * f(A[b][b]) * D[kColumn[k]][b];
+      V[k * n + i] = sum;
+    }
+  }
+}
+
 } // namespace
 
 void princs33(const int32_t* nblock, const double* S, double* P, double* V) {
@@ -85,17 +100,11 @@ void eig33vector(const int32_t* nblock, const double* S, double* P) {
 }
 
 void sqrtv(const int32_t* nblock, const double* S, double* V) {
-  const int n = *nblock;
-  for (int i = 0; i < n; ++i) {
-    Matrix A, D;
-    load(S, n, i, A);
-    diagonalise(A, D, 1e-8);
-    for (int k = 0; k < 6; ++k) {
-      double sum = 0;
-      for (int b = 0; b < 3; ++b) sum += D[kRow[k]][b] * std::sqrt(A[b][b]) * D[kColumn[k]][b];
-      V[k * n + i] = sum;
-    }
-  }
+  principalFunction(nblock, S, V, [](double x) { return std::sqrt(x); });
+}
+
+void logarithmicStrain(const int32_t* nblock, const double* C, double* strain) {
+  principalFunction(nblock, C, strain, [](double x) { return 0.5 * std::log(x); });
 }
 
 void eig33anal(const int32_t* nblock, const double* S, double* P) {

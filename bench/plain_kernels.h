@@ -12,6 +12,7 @@ void eig33anal(const int32_t* nblock, const double* S, double* P);
 void princs31(const int32_t* nblock, const double* S, double* P, double* V);
 void eig33vector(const int32_t* nblock, const double* S, double* P);
 void sqrtv(const int32_t* nblock, const double* S, double* V);
+void logarithmicStrain(const int32_t* nblock, const double* C, double* strain);
 void c3d8oper(const int32_t* nblock, const int32_t* ipt, const int32_t* nipt, const double* dNdxi, const double* dNdeta,
               const double* dNdzeta, const double* X, double* Bdet, double* detJ, double* rdetJ, double* mask);
 void c3d8roper2(const int32_t* nblock, const int32_t* ld, const double* X, double* B, double* hgdiag, double* hgstiff,

@@ -3,59 +3,12 @@
 // A spatial quaternion is x, y, z, w, the scalar last; a plane one, about axis 3, keeps z and w.
 #include "glo.h"
 #include "glo/kernel.h"
+#include "glo/quaternion.h"
 #include "glo/vmath.h"
 
 namespace sa {
 namespace {
 
-struct Quaternion {
-  double x, y, z, w;
-};
-struct PlaneQuaternion {
-  double z, w;
-};
-
-// The product that an operation code asks for is made of one formula and three signs.
-struct ProductSigns {
-  double sa, sc, s;
-};
-SA_INLINE ProductSigns signsOf(int32_t operation) {
-  switch (operation) {
-  case -1:
-    return {+1.0, -1.0, +1.0}; // b a
-  case 2:
-    return {-1.0, +1.0, -1.0}; // conj(a) b
-  case -2:
-    return {-1.0, +1.0, +1.0}; // conj(b) a
-  default:
-    return {+1.0, +1.0, +1.0}; // a b
-  }
-}
-
-// The product before the sign s; its vector part is to be multiplied by s.
-SA_INLINE Quaternion product(const Quaternion& a, const Quaternion& b, const ProductSigns& p) {
-  return {a.x * b.w + p.sa * a.w * b.x + p.sc * (a.y * b.z - a.z * b.y),
-          a.y * b.w + p.sa * a.w * b.y + p.sc * (a.z * b.x - a.x * b.z),
-          a.z * b.w + p.sa * a.w * b.z + p.sc * (a.x * b.y - a.y * b.x),
-          a.w * b.w - p.sa * (a.x * b.x + a.y * b.y + a.z * b.z)};
-}
-SA_INLINE PlaneQuaternion product(const PlaneQuaternion& a, const PlaneQuaternion& b, const ProductSigns& p) {
-  return {a.z * b.w + p.sa * a.w * b.z, a.w * b.w - p.sa * (a.z * b.z)};
-}
-
-SA_INLINE double length(const Quaternion& q) { return __builtin_sqrt(q.x * q.x + q.y * q.y + q.z * q.z + q.w * q.w); }
-SA_INLINE double length(const PlaneQuaternion& q) { return __builtin_sqrt(q.z * q.z + q.w * q.w); }
-
-template <class Q>
-SA_INLINE Q load(const double* block, int64_t n, int i);
-template <>
-SA_INLINE Quaternion load<Quaternion>(const double* block, int64_t n, int i) {
-  return {block[i], block[i + n], block[i + 2 * n], block[i + 3 * n]};
-}
-template <>
-SA_INLINE PlaneQuaternion load<PlaneQuaternion>(const double* block, int64_t n, int i) {
-  return {block[i], block[i + n]};
-}
 // Times f, the scalar part times s besides.
 SA_INLINE void store(double* block, int64_t n, int i, const Quaternion& q, double f, double s) {
   block[i] = q.x * f;
@@ -146,16 +99,11 @@ SA_KERNEL(GLO_UTI_QUAT2DALGEBRA,
   algebra<PlaneQuaternion>(*nblock, *op, Q, A, B);
 }
 
-// The terms in this order: a host may compare bits.
 SA_EXPORT void GLO_UTI_MULT3DQUAT(double* out, const double* a, const double* b) {
-  const Quaternion p = load<Quaternion>(a, 1, 0), q = load<Quaternion>(b, 1, 0);
-  out[0] = p.w * q.x - p.x * q.w - p.y * q.z + p.z * q.y;
-  out[1] = p.w * q.y - p.y * q.w - p.z * q.x + p.x * q.z;
-  out[2] = p.w * q.z - p.z * q.w - p.x * q.y + p.y * q.x;
-  out[3] = p.x * q.x + p.y * q.y + p.z * q.z + p.w * q.w;
+  store(out, 1, 0, conjugateProduct(load<Quaternion>(a, 1, 0), load<Quaternion>(b, 1, 0)), 1.0, 1.0);
 }
 SA_EXPORT void GLO_UTI_MULT2DQUAT(double* out, const double* a, const double* b) {
-  single<PlaneQuaternion>(2, out, a, b);
+  store(out, 1, 0, conjugateProduct(load<PlaneQuaternion>(a, 1, 0), load<PlaneQuaternion>(b, 1, 0)), 1.0, 1.0);
 }
 SA_EXPORT void GLO_UTI_GENMULT3DQUAT(const int32_t* op, double* out, const double* a, const double* b) {
   single<Quaternion>(*op, out, a, b);

@@ -3,6 +3,7 @@
 
 #include "glo/jacobi.h"
 #include "glo/kernel.h"
+#include "glo/vmath.h"
 
 namespace sa {
 
@@ -19,6 +20,31 @@ SA_INLINE void diagonalise(int n, JacobiScratch<kDirections>& w, JacobiScratch<k
     if constexpr (kDirections)
       for (int d = 0; d < 9; ++d) keep(from.v[d], done.v[d]);
   });
+}
+
+// diagonalise for tensors that may be near the identity: there the values are those of S - 1, whose direct components are exact
+// differences, so that they keep the digits that 1 + small loses.  The value itself is shift + done.a11 and so on.
+template <bool kDirections, class Load>
+SA_INLINE void diagonaliseAboutOne(int n, JacobiScratch<kDirections>& w, JacobiScratch<kDirections>& done,
+                                   double (&shift)[kScratchPoints], Load load) {
+  diagonalise(n, w, done, [=, &w, &shift](int i) SA_POINT {
+    load(i);
+    const auto isNear = [](double x) SA_POINT { return x > 0.5 && x < 2.0; };
+    const bool nearby = isNear(w.a11[i]) && isNear(w.a22[i]) && isNear(w.a33[i]) && __builtin_fabs(w.a12[i]) < 0.25 &&
+                        __builtin_fabs(w.a23[i]) < 0.25 && __builtin_fabs(w.a13[i]) < 0.25;
+    const double s = nearby ? 1.0 : 0.0;
+    shift[i] = s;
+    w.a11[i] -= s;
+    w.a22[i] -= s;
+    w.a33[i] -= s;
+  });
+}
+
+// ln(shift + x), where a shift of 1 keeps the digits of x: the logarithm of the rounded sum, and what the rounding has lost.
+SA_INLINE double logAboutOne(double x, double shift) {
+  const bool shifted = shift != 0.0;
+  const double u = shifted ? 1.0 + x : x, lost = shifted ? x - (u - 1.0) : 0.0;
+  return u > 0.0 ? vm::log(u) + lost / u : vm::kNaN;
 }
 
 // The symmetric tensor with the values f1, f2, f3 in the directions of point i, to point k of a block array T.

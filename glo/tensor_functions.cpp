@@ -29,31 +29,14 @@ SA_KERNEL(GLO_UTI_SQRTV, (const int32_t* nblock, const double* S, double* V), (n
   });
 }
 
-// Near the identity the values of S - 1, whose direct components are exact differences, keep the digits that 1 + small loses.
 SA_KERNEL(GLO_UTI_LOGV, (const int32_t* nblock, const double* S, double* L), (nblock, S, L)) {
   const int64_t N = *nblock;
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     JacobiScratch<true> w, done;
     double shift[kScratchPoints];
-    const auto load = loadS33(Consecutive{start}, N, S, w);
-    diagonalise(n, w, done, [=, &w, &shift](int i) SA_POINT {
-      load(i);
-      const auto isNear = [](double x) SA_POINT { return x > 0.5 && x < 2.0; };
-      const bool nearby = isNear(w.a11[i]) && isNear(w.a22[i]) && isNear(w.a33[i]) && __builtin_fabs(w.a12[i]) < 0.25 &&
-                          __builtin_fabs(w.a23[i]) < 0.25 && __builtin_fabs(w.a13[i]) < 0.25;
-      const double s = nearby ? 1.0 : 0.0;
-      shift[i] = s;
-      w.a11[i] -= s;
-      w.a22[i] -= s;
-      w.a33[i] -= s;
-    });
-    // after a shift ln(1 + x): the logarithm of the rounded sum, and what the rounding has lost
+    diagonaliseAboutOne(n, w, done, shift, loadS33(Consecutive{start}, N, S, w));
     const auto logarithms = [n, &shift](double(&x)[kScratchPoints]) SA_POINT {
-      forPoints(n, [&x, &shift](int i) SA_POINT {
-        const bool shifted = shift[i] != 0.0;
-        const double u = shifted ? 1.0 + x[i] : x[i], lost = shifted ? x[i] - (u - 1.0) : 0.0;
-        x[i] = u > 0.0 ? vm::log(u) + lost / u : kNaN;
-      });
+      forPoints(n, [&x, &shift](int i) SA_POINT { x[i] = logAboutOne(x[i], shift[i]); });
     };
     logarithms(done.a11), logarithms(done.a22), logarithms(done.a33);
     forPoints(n, [=, &done](int i) SA_POINT {

@@ -157,7 +157,8 @@ SA_INLINE double expm1(double x) {
   const double part = half * e.r, square = half * (0.5 * (head * head));
   const double sum = whole + part, sumLow = (whole - sum) + part;
   const double total = sum + square, totalLow = (sum - total) + square;
-  return 2.0 * (total + (totalLow + (sumLow + (wholeLow + half * rest))));
+  const double y = 2.0 * (total + (totalLow + (sumLow + (wholeLow + half * rest))));
+  return select(abs(x) < 0x1p-60, x, y); // halves of subnormal numbers are none
 }
 
 // ---- log

@@ -23,6 +23,7 @@
  *
  *  Argument lines read  `@param[direction] name  (shape), unit: meaning`  and are complete: tools read them.
  *    shape     (1) a scalar; else the dimensions in the order of the layouts above; * is as many as the entities used
+ *              a dimension is a number or an argument, also as n+1 or 2*n+2
  *    unit      a physical unit, - for a plain number, `any` where any unit carries over, or for integers and marked arrays
  *                block       number of points of this call          length   number of entries, treated as a whole
  *                count       a number of components or sets         count>=x a count that is at least x
@@ -34,7 +35,10 @@
  *                stretch     a stretch tensor                       mask     0.0 takes part, 1.0 does not
  *                plane stretch    one of the plane, S21             flag     0.0 or 1.0
  *                axial stretch    a single stretch                  exponent, expansion   plain numbers
- *                locking stretch  what a stretch stays below             table    pools and headers of material tables
+ *                locking stretch  what a stretch stays below
+ *                record      records of a results database          cursor   number of the first of them that is written
+ *                set         element numbers, increasing            place    of a block in their numbering
+ *                table       pools and headers of material tables
  *    `@like X` takes the lines of X for the arguments that have none of their own.
  *
  *  CONTENTS
@@ -53,6 +57,7 @@
  *    Rotation of tensors                GLO_UTI_ROTATES..., INITROTATIONMATRIX                 7
  *    Gather and scatter                 GLO_UTI_...GATHER..., GLO_ASM_...                     32
  *    Assembly                           GLO_OPE_...                                           12
+ *    Output of tensors                  GLO_UTI_ODB...                                        56
  */
 #ifndef SHAREDANALYSIS_GLO_H
 #define SHAREDANALYSIS_GLO_H
@@ -1405,6 +1410,586 @@ void GLO_OPE_GENASSEMINT(const int32_t* nblock, const int32_t* ncomp, const int3
  */
 void GLO_OPE_GENASSEMCONTSHELL(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* unused,
                                double* G, const double* L, const int32_t* map);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Output of tensors
+ *
+ * Records for a results database: P holds values, Q the unit quaternion of their directions; record k starts at
+ * P((k-1)*ldp + 1) and Q((k-1)*ldq + 1).  What a record holds besides is left alone, so P and Q may be parts of one array of
+ * longer records.  A quaternion turns the global axes into the principal ones: rotated by it, axis k is the direction of value
+ * k.  In space it is x y z w, in the plane z w (Quaternions, above), of unit length and either sign.
+ *
+ * Members without a list write every point.  The cursor is the record of the block's first point and moves on by nblock.
+ *
+ * ELSET and EMULT members write the entries of a sorted list that lie in the block.  Entry e is point
+ * e - (blockNumber - 1) blockSize - (groupNumber - 1) groupSize; its record has the number of its position in the list.  The
+ * walk begins at the cursor, passes over entries below point 1, and ends with the last position or with the first entry that
+ * lies beyond the block; the cursor is left at that entry, for the block that holds it.
+ *
+ * MULT and EMULT members take tensors in the axes of an orientation o of each point, a unit quaternion that turns the global
+ * axes into them.  With q from those axes to the principal ones the record has o q, formed as MULT(conj(o), q) by
+ * GLO_UTI_MULT3DQUAT, in the plane GLO_UTI_MULT2DQUAT: it turns the global axes into the principal ones, as everywhere.
+ *
+ * GEN members fill parts of the records of a general output, which ldp = ldq describe; nothing else tells them apart.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** Principal values P1 >= P2 of plane tensors with their directions, by the closed form of GLO_UTI_PRINCS21, unscaled as
+ *  there: it squares components, so that those beyond 1e154 leave no directions.  Equal values keep the order of the axes
+ *  that they lie next to.  Exchanged values have their directions exchanged and the first of them reversed, so that the
+ *  matrix R of the directions stays a rotation.  With t = 1 + R11 + R22
+ *    where t >= 1:  w = sqrt(t + 1)/2,            z = (R21 - R12)/(4 w)
+ *    elsewhere:     z = sqrt((1 - t)/4 + 1/2),    w = (R21 - R12)/(4 z)
+ *  @param[in]     nblock  (1), block: points
+ *  @param[in,out] cursor  (1), cursor: record of the first point, from 1
+ *  @param[in]     S       (nblock, 3), any: tensors, S21
+ *  @param[in]     ldp     (1), count>=2: length of a record of P
+ *  @param[in]     ldq     (1), count>=2: length of a record of Q
+ *  @param[out]    P       (ldp, *), record: principal values P1 P2
+ *  @param[out]    Q       (ldq, *), record: rotations z w
+ */
+void GLO_UTI_ODBPRINC21QUAT(const int32_t* nblock, int32_t* cursor, const double* S, const int32_t* ldp,
+                            const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBPRINC21QUAT for the entries of a list.
+ *  @like GLO_UTI_ODBPRINC21QUAT
+ *  @param[in]     blockNumber  (1), place: number of the block, from 1
+ *  @param[in]     blockSize    (1), place: points of a block
+ *  @param[in]     groupNumber  (1), place: number of the group of blocks, from 1
+ *  @param[in]     groupSize    (1), place: points of a group
+ *  @param[in]     set          (last), set: entity numbers, in increasing order
+ *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
+ *  @param[in]     last         (1), count: last position of the list to be treated
+ */
+void GLO_UTI_ODBPRINC21QUATELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                 const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                 int32_t* cursor, const double* S, const int32_t* ldp, const int32_t* ldq, double* P,
+                                 double* Q, const int32_t* last);
+
+/** GLO_UTI_ODBPRINC21QUAT for tensors in the axes of orientations.
+ *  @like GLO_UTI_ODBPRINC21QUAT
+ *  @param[in]     O       (nblock, 2), -: orientations z w
+ */
+void GLO_UTI_ODBPRINC21QUATMULT(const int32_t* nblock, int32_t* cursor, const double* S, const double* O,
+                                const int32_t* ldp, const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBPRINC21QUATMULT for the entries of a list.
+ *  @like GLO_UTI_ODBPRINC21QUATELSET
+ *  @param[in]     O            (nblock, 2), -: orientations z w
+ */
+void GLO_UTI_ODBPRINC21QUATEMULT(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                 const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                 int32_t* cursor, const double* S, const double* O, const int32_t* ldp,
+                                 const int32_t* ldq, double* P, double* Q, const int32_t* last);
+
+/** Principal values P1 >= P2 of plane tensors with 22 = 0, as GLO_UTI_ODBPRINC21QUAT but for two departures.  Where t is
+ *  below 1, that is where the values are exchanged and R11 is negative, the vector part is stored as its square and the
+ *  scalar part has a sum: z = (1 - t)/4 + 1/2, w = (R21 + R12)/(4 z), which is 0.  That is no unit quaternion; databases
+ *  hold these numbers and readers know them.
+ *  @like GLO_UTI_ODBPRINC21QUAT
+ *  @param[in]     S       (nblock, 2), any: tensors, 11 12
+ */
+void GLO_UTI_ODBPRINC11QUAT(const int32_t* nblock, int32_t* cursor, const double* S, const int32_t* ldp,
+                            const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBPRINC11QUAT for the entries of a list.
+ *  @like GLO_UTI_ODBPRINC21QUATELSET
+ *  @param[in]     S            (nblock, 2), any: tensors, 11 12
+ */
+void GLO_UTI_ODBPRINC11QUATELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                 const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                 int32_t* cursor, const double* S, const int32_t* ldp, const int32_t* ldq, double* P,
+                                 double* Q, const int32_t* last);
+
+/** GLO_UTI_ODBPRINC11QUAT for tensors in the axes of orientations.
+ *  @like GLO_UTI_ODBPRINC11QUAT
+ *  @param[in]     O       (nblock, 2), -: orientations z w
+ */
+void GLO_UTI_ODBPRINC11QUATMULT(const int32_t* nblock, int32_t* cursor, const double* S, const double* O,
+                                const int32_t* ldp, const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBPRINC11QUATMULT for the entries of a list.
+ *  @like GLO_UTI_ODBPRINC11QUATELSET
+ *  @param[in]     O            (nblock, 2), -: orientations z w
+ */
+void GLO_UTI_ODBPRINC11QUATEMULT(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                 const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                 int32_t* cursor, const double* S, const double* O, const int32_t* ldp,
+                                 const int32_t* ldq, double* P, double* Q, const int32_t* last);
+
+/** Principal values of tensors with 13 = 23 = 0: P1 >= P2 in the plane as GLO_UTI_ODBPRINC21QUAT, then component 33,
+ *  whatever its size.
+ *  @like GLO_UTI_ODBPRINC21QUAT
+ *  @param[in]     S       (nblock, 4), any: tensors, S31
+ *  @param[in]     ldp     (1), count>=3: length of a record of P
+ *  @param[out]    P       (ldp, *), record: principal values P1 P2 and S33
+ */
+void GLO_UTI_ODBPRINC31QUAT(const int32_t* nblock, int32_t* cursor, const double* S, const int32_t* ldp,
+                            const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBPRINC31QUAT for the entries of a list.
+ *  @like GLO_UTI_ODBPRINC21QUATELSET
+ *  @param[in]     S            (nblock, 4), any: tensors, S31
+ *  @param[in]     ldp          (1), count>=3: length of a record of P
+ *  @param[out]    P            (ldp, *), record: principal values P1 P2 and S33
+ */
+void GLO_UTI_ODBPRINC31QUATELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                 const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                 int32_t* cursor, const double* S, const int32_t* ldp, const int32_t* ldq, double* P,
+                                 double* Q, const int32_t* last);
+
+/** GLO_UTI_ODBPRINC31QUAT for tensors in the axes of orientations.
+ *  @like GLO_UTI_ODBPRINC31QUAT
+ *  @param[in]     O       (nblock, 2), -: orientations z w
+ */
+void GLO_UTI_ODBPRINC31QUATMULT(const int32_t* nblock, int32_t* cursor, const double* S, const double* O,
+                                const int32_t* ldp, const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBPRINC31QUATMULT for the entries of a list.
+ *  @like GLO_UTI_ODBPRINC31QUATELSET
+ *  @param[in]     O            (nblock, 2), -: orientations z w
+ */
+void GLO_UTI_ODBPRINC31QUATEMULT(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                 const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                 int32_t* cursor, const double* S, const double* O, const int32_t* ldp,
+                                 const int32_t* ldq, double* P, double* Q, const int32_t* last);
+
+/** Principal values P1 >= P2 >= P3 with their directions, to machine precision as GLO_UTI_EIG33V; equal values keep the
+ *  order of the axes that they lie next to.  Exchanged values have their directions exchanged and one of them reversed,
+ *  so that the three stay right-handed.  The quaternion is found from its largest component and right for every rotation,
+ *  half turns included.  A tensor that is not finite leaves NaN in its own record.
+ *  @like GLO_UTI_ODBPRINC21QUAT
+ *  @param[in]     S       (nblock, 6), any: tensors, S33
+ *  @param[in]     ldp     (1), count>=3: length of a record of P
+ *  @param[in]     ldq     (1), count>=4: length of a record of Q
+ *  @param[out]    P       (ldp, *), record: principal values P1 P2 P3
+ *  @param[out]    Q       (ldq, *), record: rotations x y z w
+ */
+void GLO_UTI_ODBPRINC33QUAT(const int32_t* nblock, int32_t* cursor, const double* S, const int32_t* ldp,
+                            const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBPRINC33QUAT for the entries of a list.
+ *  @like GLO_UTI_ODBPRINC33QUAT
+ *  @param[in]     blockNumber  (1), place: number of the block, from 1
+ *  @param[in]     blockSize    (1), place: points of a block
+ *  @param[in]     groupNumber  (1), place: number of the group of blocks, from 1
+ *  @param[in]     groupSize    (1), place: points of a group
+ *  @param[in]     set          (last), set: entity numbers, in increasing order
+ *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
+ *  @param[in]     last         (1), count: last position of the list to be treated
+ */
+void GLO_UTI_ODBPRINC33QUATELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                 const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                 int32_t* cursor, const double* S, const int32_t* ldp, const int32_t* ldq, double* P,
+                                 double* Q, const int32_t* last);
+
+/** GLO_UTI_ODBPRINC33QUAT for tensors in the axes of orientations.
+ *  @like GLO_UTI_ODBPRINC33QUAT
+ *  @param[in]     O       (nblock, 4), -: orientations x y z w
+ */
+void GLO_UTI_ODBPRINC33QUATMULT(const int32_t* nblock, int32_t* cursor, const double* S, const double* O,
+                                const int32_t* ldp, const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBPRINC33QUATMULT for the entries of a list.
+ *  @like GLO_UTI_ODBPRINC33QUATELSET
+ *  @param[in]     O            (nblock, 4), -: orientations x y z w
+ */
+void GLO_UTI_ODBPRINC33QUATEMULT(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                 const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                 int32_t* cursor, const double* S, const double* O, const int32_t* ldp,
+                                 const int32_t* ldq, double* P, double* Q, const int32_t* last);
+
+/** GLO_UTI_ODBPRINC21QUAT in the records of a general output.
+ *  @like GLO_UTI_ODBPRINC21QUAT
+ */
+void GLO_UTI_ODBGENPRINC21QUAT(const int32_t* nblock, int32_t* cursor, const double* S, const int32_t* ldp,
+                               const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBPRINC21QUATELSET in the records of a general output.
+ *  @like GLO_UTI_ODBPRINC21QUATELSET
+ */
+void GLO_UTI_ODBGENPRINC21QUATELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                    const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                    int32_t* cursor, const double* S, const int32_t* ldp, const int32_t* ldq, double* P,
+                                    double* Q, const int32_t* last);
+
+/** GLO_UTI_ODBPRINC21QUATMULT in the records of a general output.
+ *  @like GLO_UTI_ODBPRINC21QUATMULT
+ */
+void GLO_UTI_ODBGENPRINC21QUATMULT(const int32_t* nblock, int32_t* cursor, const double* S, const double* O,
+                                   const int32_t* ldp, const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBPRINC21QUATEMULT in the records of a general output.
+ *  @like GLO_UTI_ODBPRINC21QUATEMULT
+ */
+void GLO_UTI_ODBGENPRINC21QUATEMULT(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                    const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                    int32_t* cursor, const double* S, const double* O, const int32_t* ldp,
+                                    const int32_t* ldq, double* P, double* Q, const int32_t* last);
+
+/** GLO_UTI_ODBPRINC31QUAT in the records of a general output.
+ *  @like GLO_UTI_ODBPRINC31QUAT
+ */
+void GLO_UTI_ODBGENPRINC31QUAT(const int32_t* nblock, int32_t* cursor, const double* S, const int32_t* ldp,
+                               const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBPRINC31QUATELSET in the records of a general output.
+ *  @like GLO_UTI_ODBPRINC31QUATELSET
+ */
+void GLO_UTI_ODBGENPRINC31QUATELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                    const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                    int32_t* cursor, const double* S, const int32_t* ldp, const int32_t* ldq, double* P,
+                                    double* Q, const int32_t* last);
+
+/** GLO_UTI_ODBPRINC31QUATMULT in the records of a general output.
+ *  @like GLO_UTI_ODBPRINC31QUATMULT
+ */
+void GLO_UTI_ODBGENPRINC31QUATMULT(const int32_t* nblock, int32_t* cursor, const double* S, const double* O,
+                                   const int32_t* ldp, const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBPRINC31QUATEMULT in the records of a general output.
+ *  @like GLO_UTI_ODBPRINC31QUATEMULT
+ */
+void GLO_UTI_ODBGENPRINC31QUATEMULT(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                    const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                    int32_t* cursor, const double* S, const double* O, const int32_t* ldp,
+                                    const int32_t* ldq, double* P, double* Q, const int32_t* last);
+
+/** GLO_UTI_ODBPRINC33QUAT in the records of a general output.
+ *  @like GLO_UTI_ODBPRINC33QUAT
+ */
+void GLO_UTI_ODBGENPRINC33QUAT(const int32_t* nblock, int32_t* cursor, const double* S, const int32_t* ldp,
+                               const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBPRINC33QUATELSET in the records of a general output.
+ *  @like GLO_UTI_ODBPRINC33QUATELSET
+ */
+void GLO_UTI_ODBGENPRINC33QUATELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                    const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                    int32_t* cursor, const double* S, const int32_t* ldp, const int32_t* ldq, double* P,
+                                    double* Q, const int32_t* last);
+
+/** GLO_UTI_ODBPRINC33QUATMULT in the records of a general output.
+ *  @like GLO_UTI_ODBPRINC33QUATMULT
+ */
+void GLO_UTI_ODBGENPRINC33QUATMULT(const int32_t* nblock, int32_t* cursor, const double* S, const double* O,
+                                   const int32_t* ldp, const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBPRINC33QUATEMULT in the records of a general output.
+ *  @like GLO_UTI_ODBPRINC33QUATEMULT
+ */
+void GLO_UTI_ODBGENPRINC33QUATEMULT(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                    const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                    int32_t* cursor, const double* S, const double* O, const int32_t* ldp,
+                                    const int32_t* ldq, double* P, double* Q, const int32_t* last);
+
+/** Directional copy of one value: it belongs to axis 1 of its frame, and is principal as it stands.  P has the values in
+ *  the order given, not sorted, Q the identity (0, 1), for values along the global axes.
+ *  @like GLO_UTI_ODBPRINC21QUAT
+ *  @param[in]     S       (nblock, 1), any: values
+ *  @param[in]     ldp     (1), count>=1: length of a record of P
+ *  @param[in]     ldq     (1), count>=2: length of a record of Q
+ *  @param[out]    P       (ldp, *), record: values P
+ *  @param[out]    Q       (ldq, *), record: orientations z w
+ */
+void GLO_UTI_ODBDIRCOPY1(const int32_t* nblock, int32_t* cursor, const double* S, const int32_t* ldp,
+                         const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBDIRCOPY1 for the entries of a list.
+ *  @like GLO_UTI_ODBDIRCOPY1
+ *  @param[in]     blockNumber  (1), place: number of the block, from 1
+ *  @param[in]     blockSize    (1), place: points of a block
+ *  @param[in]     groupNumber  (1), place: number of the group of blocks, from 1
+ *  @param[in]     groupSize    (1), place: points of a group
+ *  @param[in]     set          (last), set: entity numbers, in increasing order
+ *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
+ *  @param[in]     last         (1), count: last position of the list to be treated
+ */
+void GLO_UTI_ODBDIRCOPY1ELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                              const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set, int32_t* cursor,
+                              const double* S, const int32_t* ldp, const int32_t* ldq, double* P, double* Q,
+                              const int32_t* last);
+
+/** GLO_UTI_ODBDIRCOPY1 for values along the axes of plane orientations, which Q has then.
+ *  @like GLO_UTI_ODBDIRCOPY1
+ *  @param[in]     O       (nblock, 2), -: orientations z w
+ *  @param[in]     ldq     (1), count>=2: length of a record of Q
+ *  @param[out]    Q       (ldq, *), record: orientations z w
+ */
+void GLO_UTI_ODBDIRCOPY1MULT2D(const int32_t* nblock, int32_t* cursor, const double* S, const double* O,
+                               const int32_t* ldp, const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBDIRCOPY1MULT2D for the entries of a list.
+ *  @like GLO_UTI_ODBDIRCOPY1MULT2D
+ *  @param[in]     blockNumber  (1), place: number of the block, from 1
+ *  @param[in]     blockSize    (1), place: points of a block
+ *  @param[in]     groupNumber  (1), place: number of the group of blocks, from 1
+ *  @param[in]     groupSize    (1), place: points of a group
+ *  @param[in]     set          (last), set: entity numbers, in increasing order
+ *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
+ *  @param[in]     last         (1), count: last position of the list to be treated
+ */
+void GLO_UTI_ODBDIRCOPY1EMULT2D(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                int32_t* cursor, const double* S, const double* O, const int32_t* ldp,
+                                const int32_t* ldq, double* P, double* Q, const int32_t* last);
+
+/** GLO_UTI_ODBDIRCOPY1 for values along the axes of spatial orientations, which Q has then.
+ *  @like GLO_UTI_ODBDIRCOPY1
+ *  @param[in]     O       (nblock, 4), -: orientations x y z w
+ *  @param[in]     ldq     (1), count>=4: length of a record of Q
+ *  @param[out]    Q       (ldq, *), record: orientations x y z w
+ */
+void GLO_UTI_ODBDIRCOPY1MULT3D(const int32_t* nblock, int32_t* cursor, const double* S, const double* O,
+                               const int32_t* ldp, const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBDIRCOPY1MULT3D for the entries of a list.
+ *  @like GLO_UTI_ODBDIRCOPY1MULT3D
+ *  @param[in]     blockNumber  (1), place: number of the block, from 1
+ *  @param[in]     blockSize    (1), place: points of a block
+ *  @param[in]     groupNumber  (1), place: number of the group of blocks, from 1
+ *  @param[in]     groupSize    (1), place: points of a group
+ *  @param[in]     set          (last), set: entity numbers, in increasing order
+ *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
+ *  @param[in]     last         (1), count: last position of the list to be treated
+ */
+void GLO_UTI_ODBDIRCOPY1EMULT3D(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                int32_t* cursor, const double* S, const double* O, const int32_t* ldp,
+                                const int32_t* ldq, double* P, double* Q, const int32_t* last);
+
+/** Directional copy of two values, along axes 1 and 2 of their frame: principal as they stand.  P has the values in the
+ *  order given, not sorted, Q the identity (0, 1), for values along the global axes.
+ *  @like GLO_UTI_ODBPRINC21QUAT
+ *  @param[in]     S       (nblock, 2), any: values
+ *  @param[in]     ldp     (1), count>=2: length of a record of P
+ *  @param[in]     ldq     (1), count>=2: length of a record of Q
+ *  @param[out]    P       (ldp, *), record: values P1 P2
+ *  @param[out]    Q       (ldq, *), record: orientations z w
+ */
+void GLO_UTI_ODBDIRCOPY2(const int32_t* nblock, int32_t* cursor, const double* S, const int32_t* ldp,
+                         const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBDIRCOPY2 for the entries of a list.
+ *  @like GLO_UTI_ODBDIRCOPY2
+ *  @param[in]     blockNumber  (1), place: number of the block, from 1
+ *  @param[in]     blockSize    (1), place: points of a block
+ *  @param[in]     groupNumber  (1), place: number of the group of blocks, from 1
+ *  @param[in]     groupSize    (1), place: points of a group
+ *  @param[in]     set          (last), set: entity numbers, in increasing order
+ *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
+ *  @param[in]     last         (1), count: last position of the list to be treated
+ */
+void GLO_UTI_ODBDIRCOPY2ELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                              const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set, int32_t* cursor,
+                              const double* S, const int32_t* ldp, const int32_t* ldq, double* P, double* Q,
+                              const int32_t* last);
+
+/** GLO_UTI_ODBDIRCOPY2 for values along the axes of plane orientations, which Q has then.
+ *  @like GLO_UTI_ODBDIRCOPY2
+ *  @param[in]     O       (nblock, 2), -: orientations z w
+ *  @param[in]     ldq     (1), count>=2: length of a record of Q
+ *  @param[out]    Q       (ldq, *), record: orientations z w
+ */
+void GLO_UTI_ODBDIRCOPY2MULT2D(const int32_t* nblock, int32_t* cursor, const double* S, const double* O,
+                               const int32_t* ldp, const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBDIRCOPY2MULT2D for the entries of a list.
+ *  @like GLO_UTI_ODBDIRCOPY2MULT2D
+ *  @param[in]     blockNumber  (1), place: number of the block, from 1
+ *  @param[in]     blockSize    (1), place: points of a block
+ *  @param[in]     groupNumber  (1), place: number of the group of blocks, from 1
+ *  @param[in]     groupSize    (1), place: points of a group
+ *  @param[in]     set          (last), set: entity numbers, in increasing order
+ *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
+ *  @param[in]     last         (1), count: last position of the list to be treated
+ */
+void GLO_UTI_ODBDIRCOPY2EMULT2D(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                int32_t* cursor, const double* S, const double* O, const int32_t* ldp,
+                                const int32_t* ldq, double* P, double* Q, const int32_t* last);
+
+/** GLO_UTI_ODBDIRCOPY2 for values along the axes of spatial orientations, which Q has then.
+ *  @like GLO_UTI_ODBDIRCOPY2
+ *  @param[in]     O       (nblock, 4), -: orientations x y z w
+ *  @param[in]     ldq     (1), count>=4: length of a record of Q
+ *  @param[out]    Q       (ldq, *), record: orientations x y z w
+ */
+void GLO_UTI_ODBDIRCOPY2MULT3D(const int32_t* nblock, int32_t* cursor, const double* S, const double* O,
+                               const int32_t* ldp, const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBDIRCOPY2MULT3D for the entries of a list.
+ *  @like GLO_UTI_ODBDIRCOPY2MULT3D
+ *  @param[in]     blockNumber  (1), place: number of the block, from 1
+ *  @param[in]     blockSize    (1), place: points of a block
+ *  @param[in]     groupNumber  (1), place: number of the group of blocks, from 1
+ *  @param[in]     groupSize    (1), place: points of a group
+ *  @param[in]     set          (last), set: entity numbers, in increasing order
+ *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
+ *  @param[in]     last         (1), count: last position of the list to be treated
+ */
+void GLO_UTI_ODBDIRCOPY2EMULT3D(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                int32_t* cursor, const double* S, const double* O, const int32_t* ldp,
+                                const int32_t* ldq, double* P, double* Q, const int32_t* last);
+
+/** Directional copy of three values, along the axes of their frame, as tensors S30: principal as they stand.  P has the
+ *  values in the order given, not sorted, Q the identity (0, 0, 0, 1), for values along the global axes.
+ *  @like GLO_UTI_ODBPRINC21QUAT
+ *  @param[in]     S       (nblock, 3), any: values
+ *  @param[in]     ldp     (1), count>=3: length of a record of P
+ *  @param[in]     ldq     (1), count>=4: length of a record of Q
+ *  @param[out]    P       (ldp, *), record: values P1 P2 P3
+ *  @param[out]    Q       (ldq, *), record: orientations x y z w
+ */
+void GLO_UTI_ODBDIRCOPY3(const int32_t* nblock, int32_t* cursor, const double* S, const int32_t* ldp,
+                         const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBDIRCOPY3 for the entries of a list.
+ *  @like GLO_UTI_ODBDIRCOPY3
+ *  @param[in]     blockNumber  (1), place: number of the block, from 1
+ *  @param[in]     blockSize    (1), place: points of a block
+ *  @param[in]     groupNumber  (1), place: number of the group of blocks, from 1
+ *  @param[in]     groupSize    (1), place: points of a group
+ *  @param[in]     set          (last), set: entity numbers, in increasing order
+ *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
+ *  @param[in]     last         (1), count: last position of the list to be treated
+ */
+void GLO_UTI_ODBDIRCOPY3ELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                              const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set, int32_t* cursor,
+                              const double* S, const int32_t* ldp, const int32_t* ldq, double* P, double* Q,
+                              const int32_t* last);
+
+/** GLO_UTI_ODBDIRCOPY3 for values along the axes of plane orientations, which Q has then.
+ *  @like GLO_UTI_ODBDIRCOPY3
+ *  @param[in]     O       (nblock, 2), -: orientations z w
+ *  @param[in]     ldq     (1), count>=2: length of a record of Q
+ *  @param[out]    Q       (ldq, *), record: orientations z w
+ */
+void GLO_UTI_ODBDIRCOPY3MULT2D(const int32_t* nblock, int32_t* cursor, const double* S, const double* O,
+                               const int32_t* ldp, const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBDIRCOPY3MULT2D for the entries of a list.
+ *  @like GLO_UTI_ODBDIRCOPY3MULT2D
+ *  @param[in]     blockNumber  (1), place: number of the block, from 1
+ *  @param[in]     blockSize    (1), place: points of a block
+ *  @param[in]     groupNumber  (1), place: number of the group of blocks, from 1
+ *  @param[in]     groupSize    (1), place: points of a group
+ *  @param[in]     set          (last), set: entity numbers, in increasing order
+ *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
+ *  @param[in]     last         (1), count: last position of the list to be treated
+ */
+void GLO_UTI_ODBDIRCOPY3EMULT2D(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                int32_t* cursor, const double* S, const double* O, const int32_t* ldp,
+                                const int32_t* ldq, double* P, double* Q, const int32_t* last);
+
+/** GLO_UTI_ODBDIRCOPY3 for values along the axes of spatial orientations, which Q has then.
+ *  @like GLO_UTI_ODBDIRCOPY3
+ *  @param[in]     O       (nblock, 4), -: orientations x y z w
+ *  @param[in]     ldq     (1), count>=4: length of a record of Q
+ *  @param[out]    Q       (ldq, *), record: orientations x y z w
+ */
+void GLO_UTI_ODBDIRCOPY3MULT3D(const int32_t* nblock, int32_t* cursor, const double* S, const double* O,
+                               const int32_t* ldp, const int32_t* ldq, double* P, double* Q);
+
+/** GLO_UTI_ODBDIRCOPY3MULT3D for the entries of a list.
+ *  @like GLO_UTI_ODBDIRCOPY3MULT3D
+ *  @param[in]     blockNumber  (1), place: number of the block, from 1
+ *  @param[in]     blockSize    (1), place: points of a block
+ *  @param[in]     groupNumber  (1), place: number of the group of blocks, from 1
+ *  @param[in]     groupSize    (1), place: points of a group
+ *  @param[in]     set          (last), set: entity numbers, in increasing order
+ *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
+ *  @param[in]     last         (1), count: last position of the list to be treated
+ */
+void GLO_UTI_ODBDIRCOPY3EMULT3D(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                int32_t* cursor, const double* S, const double* O, const int32_t* ldp,
+                                const int32_t* ldq, double* P, double* Q, const int32_t* last);
+
+/** Copy of a scalar, which has no directions, for the entries of a list.
+ *  @like GLO_UTI_ODBDIRCOPY1ELSET
+ */
+void GLO_UTI_ODBDIRCOPYSCALARELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                   const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                   int32_t* cursor, const double* S, const int32_t* ldp, double* P,
+                                   const int32_t* last);
+
+/** GLO_UTI_ODBDIRCOPYSCALARELSET in the records of a general output.
+ *  @like GLO_UTI_ODBDIRCOPYSCALARELSET
+ */
+void GLO_UTI_ODBGENDIRCPSCALARELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                    const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                    int32_t* cursor, const double* S, const int32_t* ldp, double* P,
+                                    const int32_t* last);
+
+/** Strains as databases keep them: direct components as they are, tensor shear doubled to engineering shear.
+ *  @like GLO_UTI_ODBPRINC21QUAT
+ *  @param[in]     S       (nblock, 4), -: strains, S31
+ *  @param[in]     ldp     (1), count>=4: length of a record of P
+ *  @param[out]    P       (ldp, *), record: 11 22 33 and engineering shear 12
+ */
+void GLO_UTI_ODB2DSTRAIN(const int32_t* nblock, int32_t* cursor, const double* S, const int32_t* ldp, double* P);
+
+/** GLO_UTI_ODB2DSTRAIN for the entries of a list.
+ *  @like GLO_UTI_ODB2DSTRAIN
+ *  @param[in]     blockNumber  (1), place: number of the block, from 1
+ *  @param[in]     blockSize    (1), place: points of a block
+ *  @param[in]     groupNumber  (1), place: number of the group of blocks, from 1
+ *  @param[in]     groupSize    (1), place: points of a group
+ *  @param[in]     set          (last), set: entity numbers, in increasing order
+ *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
+ *  @param[in]     last         (1), count: last position of the list to be treated
+ */
+void GLO_UTI_ODB2DSTRAINELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                              const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set, int32_t* cursor,
+                              const double* S, const int32_t* ldp, double* P, const int32_t* last);
+
+/** GLO_UTI_ODB2DSTRAIN in the records of a general output.
+ *  @like GLO_UTI_ODB2DSTRAIN
+ */
+void GLO_UTI_ODBGEN2DSTRAIN(const int32_t* nblock, int32_t* cursor, const double* S, const int32_t* ldp, double* P);
+
+/** GLO_UTI_ODB2DSTRAINELSET in the records of a general output.
+ *  @like GLO_UTI_ODB2DSTRAINELSET
+ */
+void GLO_UTI_ODBGEN2DSTRAINELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                 const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                 int32_t* cursor, const double* S, const int32_t* ldp, double* P, const int32_t* last);
+
+/** Strains as databases keep them: direct components as they are, tensor shear doubled to engineering shear.
+ *  @like GLO_UTI_ODBPRINC21QUAT
+ *  @param[in]     S       (nblock, 6), -: strains, S33
+ *  @param[in]     ldp     (1), count>=6: length of a record of P
+ *  @param[out]    P       (ldp, *), record: 11 22 33 and engineering shear 12 23 13
+ */
+void GLO_UTI_ODB3DSTRAIN(const int32_t* nblock, int32_t* cursor, const double* S, const int32_t* ldp, double* P);
+
+/** GLO_UTI_ODB3DSTRAIN for the entries of a list.
+ *  @like GLO_UTI_ODB3DSTRAIN
+ *  @param[in]     blockNumber  (1), place: number of the block, from 1
+ *  @param[in]     blockSize    (1), place: points of a block
+ *  @param[in]     groupNumber  (1), place: number of the group of blocks, from 1
+ *  @param[in]     groupSize    (1), place: points of a group
+ *  @param[in]     set          (last), set: entity numbers, in increasing order
+ *  @param[in,out] cursor       (1), cursor: next position of the list, from 1
+ *  @param[in]     last         (1), count: last position of the list to be treated
+ */
+void GLO_UTI_ODB3DSTRAINELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                              const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set, int32_t* cursor,
+                              const double* S, const int32_t* ldp, double* P, const int32_t* last);
+
+/** GLO_UTI_ODB3DSTRAIN in the records of a general output.
+ *  @like GLO_UTI_ODB3DSTRAIN
+ */
+void GLO_UTI_ODBGEN3DSTRAIN(const int32_t* nblock, int32_t* cursor, const double* S, const int32_t* ldp, double* P);
+
+/** GLO_UTI_ODB3DSTRAINELSET in the records of a general output.
+ *  @like GLO_UTI_ODB3DSTRAINELSET
+ */
+void GLO_UTI_ODBGEN3DSTRAINELSET(const int32_t* nblock, const int32_t* blockNumber, const int32_t* blockSize,
+                                 const int32_t* groupNumber, const int32_t* groupSize, const int32_t* set,
+                                 int32_t* cursor, const double* S, const int32_t* ldp, double* P, const int32_t* last);
 
 #ifdef __cplusplus
 }

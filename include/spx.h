@@ -8,9 +8,11 @@
  *
  *  CONTENTS
  *    Lifecycle                          spx_...                                                2
- *    Brick operators                    SPX_OPE_C3D8...                                        2
+ *    Brick operators                    SPX_OPE_C3D..., SPX_ASM_C3D8RTDIVER                    8
  *    Gradients                          SPX_OPE_C3DSYMGRAD                                     1
+ *    Strain output                      SPX_OPE_...STRAIN..., INVINISTRETCH3DH8                6
  *    Element checks                     SPX_OPE_ERRORCHECK, ...DISTORTED..., ...EXCESSROT     11
+ *    Output filters                     SPX_OPE_...FILTER..., SPX_OPE_...OPERAT...            16
  *    Material variables                 SPX_MATVAR...                                          4
  *    Hyperelasticity                    SPX_MAT_HYPERPOLY..., AB..., VDW...                24
  *    Hyperelasticity, any model         SPX_MAT_HYPER...                                   24
@@ -18,6 +20,7 @@
  *    Rubber and foam by their stretches  SPX_MAT_OGDEN..., ...FOAM...                       24
  *    Mullins effect                     SPX_MAT_...MULLINS..., SPX_OPT_...                 15
  *    Ductile and shear failure          SPX_MAT_...STRESSRATIO..., JC...                   18
+ *    Output of orientations             SPX_ODB_ORIENT...                                     24
  *    Material tables                    SPX_GET_GETVALUE..., SPX_TAB_..., INTEGRATE, SEGFIND  10
  *    Nodal forces and conductivity      SPX_GET_...NFORCID, SPX_GET_CONSTCONDUCTIVITY...       6
  *    User elements                      SPX_OPE_USERELEM...                                    5
@@ -92,6 +95,94 @@ void SPX_OPE_C3D8OPER(const int32_t* nblock, const int32_t* ipt, const int32_t* 
 void SPX_OPE_C3D8ROPER2(const int32_t* nblock, const int32_t* ld, const double* X, double* B, double* hgdiag,
                         double* hgstiff, double* vol, double* rvol, double* gamma, double* mask);
 
+/** The one-point algorithm of SPX_OPE_C3D8ROPER2 with its intermediate results: the volume derivatives themselves, in the order
+ *  dV/dX = (1 - mask)/12 times the closed form, B = dV/dX / V, and the hourglass projections h.  With q the sum of the squares
+ *  of dV/dX the two factors are V/(2 q) and 2 q/V, those of SPX_OPE_C3D8ROPER2; a q that is not above the smallest normal
+ *  double has that and the mask added.  A masked element has dVdX = B = h = gamma = 0, rvol = 0, vol = 1 (not 1/12), hgdiag =
+ *  1/2 and hgstiff = 0.
+ *  @like SPX_OPE_C3D8ROPER2
+ *  @param[out]    dVdX     (ld, 8, 3), m2: derivative of the volume by the nodal coordinates
+ *  @param[out]    h        (ld, 4, 3), m: hourglass projections of the coordinates, by pattern and direction
+ */
+void SPX_OPE_C3DH8OPER(const int32_t* nblock, const int32_t* ld, const double* X, double* dVdX, double* B,
+                       double* hgdiag, double* hgstiff, double* vol, double* rvol, double* h, double* gamma,
+                       double* mask);
+
+/** Average operator: that of SPX_OPE_C3D8OPER at one point and beside it the mean gradient and the volume of the element, as
+ *  elements with a separate volumetric part need them:
+ *    vol = 8 mean(det),   B = mean(det dN/dx) / mean(det)
+ *  over the integration points of the tables, which carry no factor 1/8 (they are 8 dN/dxi ...): the products of cofactors and
+ *  tables are summed with the weight 1/(8 nipt), 1/64 for eight points.  With the 2 x 2 x 2 Gauss points both are the exact
+ *  integrals over the element, those of SPX_OPE_C3D8ROPER2.  B takes a constant field to 0 and a linear one to its gradient.
+ *  An element is masked where the determinant is not positive at any of the points; a masked one has Bdet = B = 0, detJ = vol =
+ *  1, rdetJ = rvol = 0.
+ *  @like SPX_OPE_C3D8OPER
+ *  @param[in]     dNdxi    (8, nipt), -: 8 dN/dxi, node fastest
+ *  @param[in]     dNdeta   (8, nipt), -: 8 dN/deta
+ *  @param[in]     dNdzeta  (8, nipt), -: 8 dN/dzeta
+ *  @param[out]    B        (nblock, 8, 3), 1/m: mean gradient
+ *  @param[out]    vol      (nblock), m3: volume
+ *  @param[out]    rvol     (nblock), 1/m3: its reciprocal
+ */
+void SPX_OPE_C3D8IOPER(const int32_t* nblock, const int32_t* ipt, const int32_t* nipt, const double* dNdxi,
+                       const double* dNdeta, const double* dNdzeta, const double* X, double* Bdet, double* detJ,
+                       double* rdetJ, double* B, double* vol, double* rvol, double* mask);
+
+/** Area and area vector of one face, which is bilinear and may be warped.  The faces 1..6 are zeta = -1, zeta = 1, eta = -1,
+ *  xi = 1, eta = 1, xi = -1.  The area vector, the integral of the outward unit normal, is exact: half the cross product of
+ *  the diagonals.  The area is summed over 3 x 3 Gauss points: exact for any plane convex face; on a unit square with one
+ *  corner lifted by w the error is 5e-11 of the area at w = 0.1, 2e-7 at w = 0.5, 7e-6 at w = 1. A masked element has zeros.
+ *  A face number outside 1..6 does nothing.
+ *  @param[in]  nblock  (1), block: elements
+ *  @param[in]  ld      (1), stride: leading dimension of all arrays
+ *  @param[in]  face    (1), code 1|2|3|4|5|6: face
+ *  @param[in]  X       (ld, 8, 3), m: nodal coordinates
+ *  @param[out] area    (ld), m2: area
+ *  @param[out] normal  (ld, 3), m2: area vector, pointing outward
+ *  @param[in]  mask    (ld), mask: elements that take no part
+ */
+void SPX_OPE_C3D8FACEAREA(const int32_t* nblock, const int32_t* ld, const int32_t* face, const double* X, double* area,
+                          double* normal, const double* mask);
+
+/** Gradient of a nodal field, gradT_i = sum over the nodes of B_i T, with the gradient operator of any member of this family.
+ *  The sum is taken over T less its value at node 1 (the rows of such an operator add to nothing): a constant field gives exactly
+ *  0, at any level.  A masked element has B = 0 and so a zero gradient.
+ *  @param[in]  nblock  (1), block: elements
+ *  @param[in]  ld      (1), stride: leading dimension of all arrays
+ *  @param[in]  B       (ld, 8, 3), 1/m: gradient operator
+ *  @param[in]  T       (ld, 8), K: nodal temperatures
+ *  @param[out] gradT   (ld, 3), K/m: temperature gradient
+ */
+void SPX_OPE_C3DH8TGRAD(const int32_t* nblock, const int32_t* ld, const double* B, const double* T, double* gradT);
+
+/** Divergence of a nodal vector field, the sum over nodes and directions of B_i u_i: volumetric strain from displacements, its
+ *  rate from velocities.  Summed as in SPX_OPE_C3DH8TGRAD: a translation gives exactly 0.
+ *  @param[in]  nblock      (1), block: elements
+ *  @param[in]  B           (nblock, 8, 3), 1/m: gradient operator
+ *  @param[in]  u           (nblock, 8, 3), m: nodal vectors
+ *  @param[out] divergence  (nblock), -: divergence
+ */
+void SPX_OPE_C3DH8DIVER(const int32_t* nblock, const double* B, const double* u, double* divergence);
+
+/** Nodal heat flows of the one-point brick, ready to be assembled: the divergence of a flux that is constant in the element, and
+ *  a conductance against hourglass patterns of the temperature,
+ *    R = V B.q - sum over k of c gamma_k (gamma_k.T),   c = conductivity (0.4 / 64) 2 V b.b
+ *  with B, gamma, V and b.b of SPX_OPE_C3D8ROPER2 (0.4 times its hgstiff is 12 V b.b / 15).  With q = -conductivity gradT the
+ *  first term is exact for linear temperatures, which the second one does not see; the flows of an element add to nothing.  On
+ *  a cube the hourglass conductance is 0.45 of the exact one for the first three patterns and 0.9 for the fourth: never stiffer
+ *  than full integration, so the stable time increment is not shortened.  An element whose volume is not positive is masked and
+ *  has zeros.
+ *  @param[in]     nblock        (1), block: elements
+ *  @param[in]     X             (nblock, 8, 3), m: nodal coordinates
+ *  @param[in]     T             (nblock, 8), K: nodal temperatures
+ *  @param[in]     flux          (nblock, 3), W/m2: heat flux
+ *  @param[in]     conductivity  (nblock), W/(m K): conductivity of the hourglass patterns
+ *  @param[out]    R             (nblock, 8), W: heat flow into each node
+ *  @param[in,out] mask          (nblock), mask: set to 1.0 where the volume is not positive
+ */
+void SPX_ASM_C3D8RTDIVER(const int32_t* nblock, const double* X, const double* T, const double* flux,
+                         const double* conductivity, double* R, double* mask);
+
 /* ---------------------------------------------------------------------------------------------------------------------
  * Gradients
  * ------------------------------------------------------------------------------------------------------------------ */
@@ -103,6 +194,108 @@ void SPX_OPE_C3D8ROPER2(const int32_t* nblock, const int32_t* ld, const double* 
  *  @param[out] skew    (nblock, 3), any: skew part 12, 23, 13
  */
 void SPX_OPE_C3DSYMGRAD(const int32_t* nblock, const double* G, double* sym, double* skew);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Strain output
+ *
+ * A deformation gradient F is an element array of nine columns, component (i, j) in column i + 3 (j - 1); C = F'F.  Strains have
+ * tensor shear and are functions of the principal values l of C, the squares of the stretches:
+ *   selector 1      Green          (l - 1)/2
+ *   selector 2      nominal        sqrt(l) - 1
+ *   selector 3      logarithmic    ln(l)/2
+ *   selector 4      Almansi        (1 - 1/l)/2
+ * (another one counts as 2).  Green strain has the components of the reference axes.  The others are turned by a rotation vector
+ * (axis times angle in radians), three columns of the element's history: with the rotation of the polar decomposition F = R U
+ * they are V - 1, ln V and the Almansi tensor in the current axes, with zeros U - 1 and ln U in the reference axes.  The error
+ * of a strain is that of C, about 4e-16 of its largest component; small strains lose no more.  A C that is singular has the
+ * logarithm of the smallest normal double.
+ * Source of the measures: B. R. Seth (1964), R. Hill, J. Mech. Phys. Solids 16 (1968) 229, with exponents 2, 1, 0, -2.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** Gradient from the initial state, F := F U0^-1, for elements whose reference is already stretched by U0.  A stretch whose
+ *  determinant is not above the smallest normal double, such as zeros where none was stored, leaves F as it is.
+ *  @param[in]     nblock    (1), block: elements
+ *  @param[in]     stretch0  (nblock, 6), stretch: initial stretch U0, S33
+ *  @param[in,out] F         (nblock, 9), -: deformation gradient
+ */
+void SPX_OPE_INVINISTRETCH3DH8(const int32_t* nblock, const double* stretch0, double* F);
+
+/** Green strain, (C - 1)/2: the measure of selector 1.
+ *  @param[in]  nblock  (1), block: elements
+ *  @param[in]  C       (nblock, 6), stretch: products of the columns of F, S33
+ *  @param[out] strain  (nblock, 6), -: strain, S33
+ */
+void SPX_OPE_GREENSTRAIN3DH8(const int32_t* nblock, const double* C, double* strain);
+
+/** The measures of the other selectors, turned by the rotation vector (up to 2e5 rad).
+ *  @like SPX_OPE_GREENSTRAIN3DH8
+ *  @param[in]  selector  (1), code 2|3|4: measure
+ *  @param[in]  rotation  (nblock, 3), -: rotation vector, three columns of the element's history
+ */
+void SPX_OPE_STRETCHSTRAIN3DH8(const int32_t* nblock, const int32_t* selector, const double* C, const double* rotation,
+                               double* strain);
+
+/** Strain from deformation gradients, at one integration point of a call:
+ *    1. for a selector above 1, a gradient whose first column has a component beyond 1.34e149 is scaled down to that;
+ *    2. G = F U0^-1 as SPX_OPE_INVINISTRETCH3DH8, if there are initial stretches; C = G'G;
+ *    3. the strain of the selector, its principal values, and J = det G.
+ *  A masked element has zeros throughout.
+ *  @param[in]  nblock      (1), block: elements
+ *  @param[in]  ld          (1), stride: leading dimension of all arrays
+ *  @param[in]  selector    (1), code 1|2|3|4: measure
+ *  @param[in]  hasStretch  (1), code 0|1: nonzero reads stretch0
+ *  @param[in]  ipt         (1), 1..nipt: integration point
+ *  @param[in]  nipt        (1), count: integration points of F
+ *  @param[in]  nhist       (1), count>=3: columns of the history
+ *  @param[in]  irot        (1), 1..nhist-2: first of the three columns of the rotation vector in hist
+ *  @param[in]  F           (ld, 9, nipt), -: deformation gradients
+ *  @param[in]  stretch0    (ld, 6), stretch: initial stretch, S33
+ *  @param[in]  hist        (ld, nhist), -: history record of the elements; not read for selector 1
+ *  @param[out] G           (ld, 9), -: corrected gradient
+ *  @param[out] C           (ld, 6), -: products of its columns, S33
+ *  @param[out] J           (ld), -: its determinant
+ *  @param[out] strain      (ld, 6), -: strain, S33
+ *  @param[out] principal   (ld, 3), -: principal strains in decreasing order
+ *  @param[in]  mask        (ld), mask: elements that take no part
+ */
+void SPX_OPE_C3DH8STRAINOUTPUT(const int32_t* nblock, const int32_t* ld, const int32_t* selector,
+                               const int32_t* hasStretch, const int32_t* ipt, const int32_t* nipt, const int32_t* nhist,
+                               const int32_t* irot, const double* F, const double* stretch0, const double* hist,
+                               double* G, double* C, double* J, double* strain, double* principal, const double* mask);
+
+/** Small-strain output: H = F U0^-1 - 1, strain (H + H')/2, spin (H - H')/2 and what follows from them.
+ *  @like SPX_OPE_C3DH8STRAINOUTPUT
+ *  @param[out] H           (ld, 9), -: displacement gradient
+ *  @param[out] volumetric  (ld), -: trace of the strain
+ *  @param[out] spin        (ld, 3), -: skew part 12, 23, 13
+ *  @param[out] deviator    (ld, 6), -: strain less a third of its trace in the direct components, S33
+ *  @param[out] equivalent  (ld), -: sqrt(2/3 e:e) of the deviator e
+ */
+void SPX_OPE_C3DH8LINSTRAINOUTPUT(const int32_t* nblock, const int32_t* ld, const int32_t* hasStretch,
+                                  const int32_t* ipt, const int32_t* nipt, const double* F, const double* stretch0,
+                                  double* H, double* volumetric, double* strain, double* spin, double* deviator,
+                                  double* equivalent, double* principal, const double* mask);
+
+/** Strain of the one-point brick: the deformation gradient as the mean over the reference volume,
+ *    F = 1 + sum over the nodes of (x - X) B,
+ *  with B the average operator of SPX_OPE_C3D8IOPER on the reference coordinates and eight integration points, then corrected
+ *  and measured as in SPX_OPE_C3DH8STRAINOUTPUT.  An element whose reference has a determinant that is not positive is masked;
+ *  a masked one has zeros.
+ *  @like SPX_OPE_C3DH8STRAINOUTPUT
+ *  @param[in]     dNdxi     (8, 8), -: 8 dN/dxi at the eight points, node fastest
+ *  @param[in]     dNdeta    (8, 8), -: 8 dN/deta
+ *  @param[in]     dNdzeta   (8, 8), -: 8 dN/dzeta
+ *  @param[in]     X         (ld, 8, 3), m: reference coordinates
+ *  @param[in]     x         (ld, 8, 3), m: current coordinates
+ *  @param[in]     stretch0  (ld, 6), stretch: initial stretch, S33; zeros for none
+ *  @param[in]     rotation  (ld, 3), -: rotation vector of the elements; not read for selector 1
+ *  @param[out]    F         (ld, 9), -: mean deformation gradient, corrected
+ *  @param[in,out] mask      (ld), mask: set to 1.0 where the reference is degenerate
+ */
+void SPX_OPE_C3D8RCSTRAINOUTPUT(const int32_t* nblock, const int32_t* ld, const int32_t* selector, const double* dNdxi,
+                                const double* dNdeta, const double* dNdzeta, const double* X, const double* x,
+                                const double* stretch0, const double* rotation, double* F, double* strain,
+                                double* mask);
 
 /* ---------------------------------------------------------------------------------------------------------------------
  * Element checks
@@ -197,6 +390,176 @@ void SPX_ELE_SEXCESSROT(const int32_t* nblock, int32_t* counter, const int32_t* 
  */
 void SPX_OPE_SC3DDISTORTIONCHECK(const int32_t* nblock, const double* t, const double* a, const double* b,
                                  const double* X, double* flags);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Output filters
+ *
+ * A digital low-pass filter for output that is written far more coarsely than the increments: a cascade of K second-order
+ * sections, advanced by one increment for a block of values.  Each section is the difference equation
+ *    y = b0 x + b1 x1 + b2 x2 - a1 y1 - a2 y2
+ * of its input x and output y now and one and two increments back.  The history has 2 K + 2 slots, each a block like the field:
+ * slots 2k-1 and 2k hold the inputs of section k one and two increments back, slots 2k+1 and 2k+2 its outputs, which are the
+ * inputs of the next section; slot 2K+1 holds the filter's last output.
+ *
+ * An operator follows a running value of the signal: 1 the maximum, 2 the minimum, 3 the largest magnitude (a value of at least
+ * 0); any other code takes each value as it comes.  `state` keeps it from increment to increment.  A value that is not a number
+ * takes the place of the one kept and stays.  Time members also keep the time at which the operator took its value, for each
+ * value of the field; the caller fills these times before the first increment.
+ *
+ * ELSET (and ELS) members do the same for the listed points of the block; the values, slots, states and times of other points
+ * are left alone.  Coefficients for a type, an order and a cut-off: docs/output-filters.md.
+ * Source of the form: A. V. Oppenheim, R. W. Schafer, Discrete-Time Signal Processing (1989), 6.3.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** One increment: field := the filter's output for the input field.  With K = 0 the field keeps its value and enters slot 1,
+ *  what was there slot 2.
+ *  @param[in]     nblock     (1), block: points
+ *  @param[in]     ncomp      (1), count: components of the field
+ *  @param[in]     spare      (1), unread: not used
+ *  @param[in]     filterdef  (1), count: record of the filter, of which the first integer is read, K; none below 1
+ *  @param[in,out] field      (nblock, ncomp), any: raw values, then filtered ones
+ *  @param[in]     spare2     (1), unread: not used
+ *  @param[in]     coef       (5, filterdef), -: b0, b1, b2, a1, a2 of each section
+ *  @param[in,out] hist       (nblock, ncomp, 2*filterdef+2), any: history
+ */
+void SPX_OPE_FILTERFLD(const int32_t* nblock, const int32_t* ncomp, const int32_t* spare, const int32_t* filterdef,
+                       double* field, const int32_t* spare2, const double* coef, double* hist);
+
+/** SPX_OPE_FILTERFLD for the listed points.
+ *  @like SPX_OPE_FILTERFLD
+ *  @param[in]     count      (1), count: entries of the list; below 1 does nothing
+ *  @param[in]     list       (count), list: point numbers
+ */
+void SPX_OPE_FILTERFLDELSET(const int32_t* nblock, const int32_t* count, const int32_t* list, const int32_t* ncomp,
+                            const int32_t* spare, const int32_t* filterdef, double* field, const int32_t* spare2,
+                            const double* coef, double* hist);
+
+/** Fills the history with the field, or in mode 2 with given values.  A constant signal then passes unchanged from the
+ *  first increment, provided that every section has unit gain at zero frequency, b0 + b1 + b2 = 1 + a1 + a2: every slot gets
+ *  the same value, so it is not enough that the cascade as a whole has.  Coefficients of this project's design are scaled so.
+ *  @param[in]  nblock  (1), block: points
+ *  @param[in]  mode    (1), code 1|2: 2 fills with value, any other code with field
+ *  @param[in]  ncomp   (1), count: components of the field
+ *  @param[in]  K       (1), count: sections of the filter; none below 1
+ *  @param[in]  spare   (1), unread: not used
+ *  @param[in]  field   (nblock, ncomp), any: present values
+ *  @param[in]  value   (nblock, ncomp), any: values of mode 2; not read in another
+ *  @param[out] hist    (nblock, ncomp, 2*K+2), any: history
+ */
+void SPX_OPE_INIFILTERFLD(const int32_t* nblock, const int32_t* mode, const int32_t* ncomp, const int32_t* K,
+                          const int32_t* spare, const double* field, const double* value, double* hist);
+
+/** SPX_OPE_INIFILTERFLD for the listed points.
+ *  @like SPX_OPE_INIFILTERFLD
+ *  @param[in]     count  (1), count: entries of the list; below 1 does nothing
+ *  @param[in]     list   (count), list: point numbers
+ *  @param[in,out] hist   (nblock, ncomp, 2*K+2), any: history
+ */
+void SPX_OPE_INIFILTERFLDELSET(const int32_t* nblock, const int32_t* count, const int32_t* list, const int32_t* mode,
+                               const int32_t* ncomp, const int32_t* K, const int32_t* spare, const double* field,
+                               const double* value, double* hist);
+
+/** SPX_OPE_FILTERFLD, then the operator on the filtered value: field and state := the operator's value.  The filtered value
+ *  itself is in slot 2K+1.
+ *  @like SPX_OPE_FILTERFLD
+ *  @param[in]     operation  (1), code 1|2|3|0: operator
+ *  @param[in,out] field      (nblock, ncomp), any: raw values, then the operator's
+ *  @param[in,out] state      (nblock, ncomp), any: the operator's value so far
+ */
+void SPX_OPE_FILTEROPERFLD(const int32_t* nblock, const int32_t* ncomp, const int32_t* operation,
+                           const int32_t* filterdef, double* field, double* state, const double* coef, double* hist);
+
+/** SPX_OPE_FILTEROPERFLD for the listed points.
+ *  @like SPX_OPE_FILTEROPERFLD
+ *  @param[in]     count      (1), count: entries of the list; below 1 does nothing
+ *  @param[in]     list       (count), list: point numbers
+ */
+void SPX_OPE_FILTEROPERFLDELSET(const int32_t* nblock, const int32_t* count, const int32_t* list, const int32_t* ncomp,
+                                const int32_t* operation, const int32_t* filterdef, double* field, double* state,
+                                const double* coef, double* hist);
+
+/** SPX_OPE_INIFILTERFLD, and state := what the operator makes of the same value (its magnitude for the largest one).
+ *  @like SPX_OPE_INIFILTERFLD
+ *  @param[in]  operation  (1), code 1|2|3|0: operator
+ *  @param[out] state      (nblock, ncomp), any: the operator's first value
+ */
+void SPX_OPE_INIFILTEROPERFLD(const int32_t* nblock, const int32_t* mode, const int32_t* ncomp, const int32_t* K,
+                              const int32_t* operation, const double* field, const double* value, double* hist,
+                              double* state);
+
+/** SPX_OPE_INIFILTEROPERFLD for the listed points.
+ *  @like SPX_OPE_INIFILTEROPERFLD
+ *  @param[in]     count  (1), count: entries of the list; below 1 does nothing
+ *  @param[in]     list   (count), list: point numbers
+ *  @param[in,out] hist   (nblock, ncomp, 2*K+2), any: history
+ *  @param[in,out] state  (nblock, ncomp), any: the operator's first value
+ */
+void SPX_OPE_INIFILTEROPERFLDELSET(const int32_t* nblock, const int32_t* count, const int32_t* list,
+                                   const int32_t* mode, const int32_t* ncomp, const int32_t* K,
+                                   const int32_t* operation, const double* field, const double* value, double* hist,
+                                   double* state);
+
+/** The operator on the raw value: field and state := its value.
+ *  @param[in]     nblock     (1), block: points
+ *  @param[in]     ncomp      (1), count: components of the field
+ *  @param[in]     operation  (1), code 1|2|3|0: operator
+ *  @param[in,out] field      (nblock, ncomp), any: raw values, then the operator's
+ *  @param[in,out] state      (nblock, ncomp), any: the operator's value so far
+ */
+void SPX_OPE_ONLYOPERATORFLD(const int32_t* nblock, const int32_t* ncomp, const int32_t* operation, double* field,
+                             double* state);
+
+/** SPX_OPE_ONLYOPERATORFLD for the listed points.
+ *  @like SPX_OPE_ONLYOPERATORFLD
+ *  @param[in]     count      (1), count: entries of the list; below 1 does nothing
+ *  @param[in]     list       (count), list: point numbers
+ */
+void SPX_OPE_ONLYOPERATFLDELSET(const int32_t* nblock, const int32_t* count, const int32_t* list, const int32_t* ncomp,
+                                const int32_t* operation, double* field, double* state);
+
+/** state := what the operator makes of the field, or in mode 2 of given values.
+ *  @like SPX_OPE_INIFILTEROPERFLD
+ */
+void SPX_OPE_INIONLYOPERATORFLD(const int32_t* nblock, const int32_t* mode, const int32_t* ncomp,
+                                const int32_t* operation, const double* field, const double* value, double* state);
+
+/** SPX_OPE_INIONLYOPERATORFLD for the listed points.
+ *  @like SPX_OPE_INIFILTEROPERFLDELSET
+ */
+void SPX_OPE_INIONLYOPERATFLDELSET(const int32_t* nblock, const int32_t* count, const int32_t* list,
+                                   const int32_t* mode, const int32_t* ncomp, const int32_t* operation,
+                                   const double* field, const double* value, double* state);
+
+/** SPX_OPE_FILTEROPERFLD that also keeps when the operator took its value: times := time where the value enters now.
+ *  @like SPX_OPE_FILTEROPERFLD
+ *  @param[in]     time   (1), s: time at the end of this increment
+ *  @param[in,out] times  (nblock, ncomp), s: time of the operator's value
+ */
+void SPX_OPE_OPERFILTERTIME(const int32_t* nblock, const int32_t* ncomp, const int32_t* operation,
+                            const int32_t* filterdef, double* field, double* state, const double* coef, double* hist,
+                            const double* time, double* times);
+
+/** SPX_OPE_OPERFILTERTIME for the listed points.
+ *  @like SPX_OPE_OPERFILTERTIME
+ *  @param[in]     count  (1), count: entries of the list; below 1 does nothing
+ *  @param[in]     list   (count), list: point numbers
+ */
+void SPX_OPE_OPERFILTERTIMEELS(const int32_t* nblock, const int32_t* count, const int32_t* list, const int32_t* ncomp,
+                               const int32_t* operation, const int32_t* filterdef, double* field, double* state,
+                               const double* coef, double* hist, const double* time, double* times);
+
+/** SPX_OPE_ONLYOPERATORFLD that also keeps when the operator took its value.
+ *  @like SPX_OPE_OPERFILTERTIME
+ */
+void SPX_OPE_ONLYOPERFILTERTIME(const int32_t* nblock, const int32_t* ncomp, const int32_t* operation, double* field,
+                                double* state, const double* time, double* times);
+
+/** SPX_OPE_ONLYOPERFILTERTIME for the listed points.
+ *  @like SPX_OPE_OPERFILTERTIMEELS
+ */
+void SPX_OPE_ONLYOPERFILTERTIMEELS(const int32_t* nblock, const int32_t* count, const int32_t* list,
+                                   const int32_t* ncomp, const int32_t* operation, double* field, double* state,
+                                   const double* time, double* times);
 
 /* ---------------------------------------------------------------------------------------------------------------------
  * Material variables
@@ -1517,6 +1880,279 @@ void SPX_MAT_JCFAILURESTRAIN(const int32_t* nblock, const int32_t* count, const 
  */
 void SPX_MAT_JCSHRFAILEXP(const int32_t* nblock, const double* properties, const double* x, const double* rate,
                           const double* y, double* rStrain);
+
+/* ---------------------------------------------------------------------------------------------------------------------
+ * Output of orientations
+ *
+ * Records of unit quaternions for a results database, appended to an output buffer block by block.  The rotation turns the
+ * global axes into those of the element.  A spatial record is x y z w, a plane one z w (glo.h, Quaternions).
+ *
+ * Plain forms write every element of the block.  The counter is the number of the buffer's element, from 1, to which the first
+ * element of the block belongs, and moves on by nblock.
+ *
+ * ELSET forms write the members of a set.  Element e of the model is element e - (blockNumber - 1) blockSize -
+ * (groupNumber - 1) groupSize of the block.  The counter is a position in the sorted set and the number of the member in
+ * the buffer; members are taken from there on up to the first that lies beyond the block, which waits for its own block, or
+ * up to the last position.  A member that lies before the block is passed over without a record.  A block that holds no
+ * member writes nothing and leaves the counter alone.
+ *
+ * Interleaved forms (nsub, isub) write record isub of the nsub records of each element; the call with isub = nsub moves the
+ * counter.  The order of isub and counter differs between L3 and INVERT members and is meant.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/** Plane elements in global axes: the identity (0, 1) for every element.
+ *  @param[in]     nblock   (1), block: elements
+ *  @param[in,out] counter  (1), cursor: buffer's element of the first one here, from 1
+ *  @param[in]     q        (1), unread: not read; kept for one list of arguments in space and plane
+ *  @param[out]    out      (2, *), record: orientations z w
+ */
+void SPX_ODB_ORIENT2D(const int32_t* nblock, int32_t* counter, const double* q, double* out);
+
+/** SPX_ODB_ORIENT2D for the members of an element set.
+ *  @like SPX_ODB_ORIENT2D
+ *  @param[in]     blockNumber  (1), place: number of the block, from 1
+ *  @param[in]     blockSize    (1), place: elements of a block
+ *  @param[in]     groupNumber  (1), place: number of the group of blocks, from 1
+ *  @param[in]     groupSize    (1), place: elements of a group
+ *  @param[in]     last         (1), count: last position of the set to be treated
+ *  @param[in]     set          (last), set: element numbers, in increasing order
+ *  @param[in,out] counter      (1), cursor: next position of the set, from 1
+ */
+void SPX_ODB_ORIENT2DELSET(const int32_t* nblock, int32_t* counter, const int32_t* blockNumber,
+                           const int32_t* blockSize, const int32_t* groupNumber, const int32_t* groupSize,
+                           const int32_t* last, const int32_t* set, const double* q, double* out);
+
+/** Straight beams in the plane: the rotation that turns axis 1 into the direction from the first to the second end point.
+ *  cos = dx/L, t = 1 + 2 cos.  t >= 1: w = sqrt(t + 1)/2, z = 2 sin/(4 w); else z = sqrt((1 - t)/4 + 1/2), w = 2 sin/(4
+ *  z). A beam of zero length leaves NaN.
+ *  @like SPX_ODB_ORIENT2D
+ *  @param[in]     coordinates  (nblock, firstColumn+3), m: x of the first and the second end, y of the first and the second,
+ *                              from firstColumn on
+ *  @param[in]     firstColumn  (1), count: first of the four columns, from 1
+ */
+void SPX_ODB_ORIENT2DBEAM(const int32_t* nblock, int32_t* counter, const double* coordinates,
+                          const int32_t* firstColumn, double* out);
+
+/** SPX_ODB_ORIENT2DBEAM for the members of an element set.
+ *  @like SPX_ODB_ORIENT2DELSET
+ *  @param[in]     coordinates  (nblock, firstColumn+3), m: as SPX_ODB_ORIENT2DBEAM
+ *  @param[in]     firstColumn  (1), count: first of the four columns, from 1
+ */
+void SPX_ODB_ORIENT2DBEAMELSET(const int32_t* nblock, int32_t* counter, const int32_t* blockNumber,
+                               const int32_t* blockSize, const int32_t* groupNumber, const int32_t* groupSize,
+                               const int32_t* last, const int32_t* set, const double* coordinates,
+                               const int32_t* firstColumn, double* out);
+
+/** Beams of several records in the plane: the identity (0, 1) in records 1 and 2 of each element.  Calls for the others
+ *  write nothing; that for the last moves the counter.
+ *  @like SPX_ODB_ORIENT2D
+ *  @param[in]     nsub         (1), count: records of an element
+ *  @param[in]     isub         (1), 1..nsub: the record written here
+ *  @param[in]     coordinates  (1), unread: not read
+ *  @param[in]     firstColumn  (1), unread: not read
+ *  @param[out]    out          (2, nsub, *), record: orientations z w
+ */
+void SPX_ODB_ORIENT2DL3BEAM(const int32_t* nblock, int32_t* counter, const int32_t* nsub, const int32_t* isub,
+                            const double* coordinates, const int32_t* firstColumn, double* out);
+
+/** SPX_ODB_ORIENT2DL3BEAM for the members of an element set.
+ *  @like SPX_ODB_ORIENT2DELSET
+ *  @param[in]     nsub         (1), count: records of an element
+ *  @param[in]     isub         (1), 1..nsub: the record written here
+ *  @param[in]     coordinates  (1), unread: not read
+ *  @param[in]     firstColumn  (1), unread: not read
+ *  @param[out]    out          (2, nsub, *), record: orientations z w
+ */
+void SPX_ODB_ORIENT2DL3BEAMELSET(const int32_t* nblock, int32_t* counter, const int32_t* blockNumber,
+                                 const int32_t* blockSize, const int32_t* groupNumber, const int32_t* groupSize,
+                                 const int32_t* last, const int32_t* set, const int32_t* nsub, const int32_t* isub,
+                                 const double* coordinates, const int32_t* firstColumn, double* out);
+
+/** Elements in space: q r, the orientation q followed by the quarter turn r = (h, 0, 0, h) about its own axis 1, from the
+ *  solver's axes to those of the database.  h is 0.70710678 with these eight digits, so records are 1.7e-9 shorter than
+ *  unit quaternions; databases hold these numbers.
+ *    x' = h x + h w, y' = h y + h z, z' = h z - h y, w' = h w - h x
+ *  @like SPX_ODB_ORIENT2D
+ *  @param[in]     q    (nblock, 4), -: orientations x y z w
+ *  @param[out]    out  (4, *), record: orientations x y z w
+ */
+void SPX_ODB_ORIENT3D(const int32_t* nblock, int32_t* counter, const double* q, double* out);
+
+/** SPX_ODB_ORIENT3D for the members of an element set.
+ *  @like SPX_ODB_ORIENT2DELSET
+ *  @param[in]     q    (nblock, 4), -: orientations x y z w
+ *  @param[out]    out  (4, *), record: orientations x y z w
+ */
+void SPX_ODB_ORIENT3DELSET(const int32_t* nblock, int32_t* counter, const int32_t* blockNumber,
+                           const int32_t* blockSize, const int32_t* groupNumber, const int32_t* groupSize,
+                           const int32_t* last, const int32_t* set, const double* q, double* out);
+
+/** SPX_ODB_ORIENT3D interleaved with other records of the elements.
+ *  @like SPX_ODB_ORIENT3D
+ *  @param[in]     nsub  (1), count: records of an element
+ *  @param[in]     isub  (1), 1..nsub: the record written here
+ *  @param[out]    out   (4, nsub, *), record: orientations x y z w
+ */
+void SPX_ODB_ORIENT3DL3(const int32_t* nblock, int32_t* counter, const int32_t* nsub, const int32_t* isub,
+                        const double* q, double* out);
+
+/** SPX_ODB_ORIENT3DL3 for the members of an element set.
+ *  @like SPX_ODB_ORIENT3DELSET
+ *  @param[in]     nsub  (1), count: records of an element
+ *  @param[in]     isub  (1), 1..nsub: the record written here
+ *  @param[out]    out   (4, nsub, *), record: orientations x y z w
+ */
+void SPX_ODB_ORIENT3DL3ELSET(const int32_t* nblock, int32_t* counter, const int32_t* blockNumber,
+                             const int32_t* blockSize, const int32_t* groupNumber, const int32_t* groupSize,
+                             const int32_t* last, const int32_t* set, const int32_t* nsub, const int32_t* isub,
+                             const double* q, double* out);
+
+/** The inverse rotations, (0 - x, 0 - y, 0 - z, w): from the element's axes back to the global ones.  Not normalised; a
+ *  zero component stays a positive zero.
+ *  @like SPX_ODB_ORIENT3DL3
+ */
+void SPX_ODB_ORIENT3DINVERT(const int32_t* nblock, const int32_t* nsub, const int32_t* isub, int32_t* counter,
+                            const double* q, double* out);
+
+/** The same contract as SPX_ODB_ORIENT3DINVERT, for elements of several layers.
+ *  @like SPX_ODB_ORIENT3DL3
+ */
+void SPX_ODB_ORIENT3DL3INVERT(const int32_t* nblock, const int32_t* nsub, const int32_t* isub, int32_t* counter,
+                              const double* q, double* out);
+
+/** SPX_ODB_ORIENT3DINVERT for the members of an element set.
+ *  @like SPX_ODB_ORIENT3DL3ELSET
+ */
+void SPX_ODB_ORIENT3DELSETINVERT(const int32_t* nblock, const int32_t* nsub, const int32_t* isub, int32_t* counter,
+                                 const int32_t* blockNumber, const int32_t* blockSize, const int32_t* groupNumber,
+                                 const int32_t* groupSize, const int32_t* last, const int32_t* set, const double* q,
+                                 double* out);
+
+/** The same contract as SPX_ODB_ORIENT3DELSETINVERT, for elements of several layers.
+ *  @like SPX_ODB_ORIENT3DL3ELSET
+ */
+void SPX_ODB_ORIENT3DL3ELSETINVERT(const int32_t* nblock, const int32_t* nsub, const int32_t* isub, int32_t* counter,
+                                   const int32_t* blockNumber, const int32_t* blockSize, const int32_t* groupNumber,
+                                   const int32_t* groupSize, const int32_t* last, const int32_t* set, const double* q,
+                                   double* out);
+
+/** Plane cohesive elements, from the direction cosines R of their two sides in the order 11 22 12 21.
+ *    s = 1/2 - (R11 + R22)/4, z = sqrt(s), w = (R21 - R12)/(4 z); where s is at most 2.2e-308, (z, w) = (0, 1)
+ *  The root is always that of the vector part: a rotation by a small angle a is right to 1e-16/a only, and one below 1e-8
+ *  may become the identity or lose its length.  Databases hold these numbers.
+ *  A side whose index is above 0 has a local orientation o; its record is then o q, the local orientation followed by q.
+ *  Side j of element i has index (min(j, width), map(i)), which names a record of the table.
+ *  @like SPX_ODB_ORIENT2D
+ *  @param[in]     width     (1), count: indices of an entry
+ *  @param[in]     columns   (1), count>=4: reals of an orientation of the table, at least count
+ *  @param[in]     count     (1), code 0|2|4: reals used: 4 spatial x y z w, of which z and w are taken, any other number above 0
+ *                           plane z w; 0 or less: no local orientations, and map, indices and table are not read
+ *  @param[in]     map       (nblock), entity of indices: entry of each element
+ *  @param[in]     indices   (width, *), entity of table: orientations of each entry, 0 or less for none
+ *  @param[in]     table     (columns, *), -: local orientations
+ *  @param[in]     matrices  (nblock, 4, 2), -: direction cosines of both sides
+ *  @param[out]    out       (2, 2, *), record: orientations z w of both sides
+ */
+void SPX_ODB_ORIENTCNE2D(const int32_t* nblock, int32_t* counter, const int32_t* width, const int32_t* columns,
+                         const int32_t* count, const int32_t* map, const int32_t* indices, const double* table,
+                         const double* matrices, double* out);
+
+/** SPX_ODB_ORIENTCNE2D for the members of an element set.
+ *  @like SPX_ODB_ORIENTCNE2D
+ *  @param[in]     blockNumber  (1), place: number of the block, from 1
+ *  @param[in]     blockSize    (1), place: elements of a block
+ *  @param[in]     groupNumber  (1), place: number of the group of blocks, from 1
+ *  @param[in]     groupSize    (1), place: elements of a group
+ *  @param[in]     last         (1), count: last position of the set to be treated
+ *  @param[in]     set          (last), set: element numbers, in increasing order
+ *  @param[in,out] counter      (1), cursor: next position of the set, from 1
+ */
+void SPX_ODB_ORIENTCNE2DELSET(const int32_t* nblock, int32_t* counter, const int32_t* blockNumber,
+                              const int32_t* blockSize, const int32_t* groupNumber, const int32_t* groupSize,
+                              const int32_t* last, const int32_t* set, const int32_t* width, const int32_t* columns,
+                              const int32_t* count, const int32_t* map, const int32_t* indices, const double* table,
+                              const double* matrices, double* out);
+
+/** Cohesive elements in space, from the direction cosines R of their two sides in the order 11 22 33 12 23 31 21 32 13.
+ *  d is the largest diagonal term, of equal ones 33 before 22 before 11.  With s = (1 - R11 - R22 - R33)/4 + d/2 the
+ *  component of d's axis is sqrt(s) and the others are sums and differences of R over 4 sqrt(s); where s is at most
+ *  2.2e-308, the record is (0, 0, 0, 1).  Accuracy and local orientations as SPX_ODB_ORIENTCNE2D.
+ *  @like SPX_ODB_ORIENTCNE2D
+ *  @param[in]     count     (1), code 0|4: above 0 there are local orientations x y z w
+ *  @param[in]     matrices  (nblock, 9, 2), -: direction cosines of both sides
+ *  @param[out]    out       (4, 2, *), record: orientations x y z w of both sides
+ */
+void SPX_ODB_ORIENTCNE3D(const int32_t* nblock, int32_t* counter, const int32_t* width, const int32_t* columns,
+                         const int32_t* count, const int32_t* map, const int32_t* indices, const double* table,
+                         const double* matrices, double* out);
+
+/** SPX_ODB_ORIENTCNE3D for the members of an element set.
+ *  @like SPX_ODB_ORIENTCNE2DELSET
+ *  @param[in]     count     (1), code 0|4: above 0 there are local orientations x y z w
+ *  @param[in]     matrices  (nblock, 9, 2), -: direction cosines of both sides
+ *  @param[out]    out       (4, 2, *), record: orientations x y z w of both sides
+ */
+void SPX_ODB_ORIENTCNE3DELSET(const int32_t* nblock, int32_t* counter, const int32_t* blockNumber,
+                              const int32_t* blockSize, const int32_t* groupNumber, const int32_t* groupSize,
+                              const int32_t* last, const int32_t* set, const int32_t* width, const int32_t* columns,
+                              const int32_t* count, const int32_t* map, const int32_t* indices, const double* table,
+                              const double* matrices, double* out);
+
+/** Reinforcement of solids and membranes, from its axes: 1 along the bars, 2 across them in their layer, 3 the normal of
+ *  the layer, orthogonal unit vectors.  Of left-handed axes the third is reversed.  Right to a few units in the last place
+ *  for every rotation, half turns included.
+ *  @like SPX_ODB_ORIENT2D
+ *  @param[in]     axes  (nblock, 3, 3), -: axes in columns
+ *  @param[out]    out   (4, *), record: orientations x y z w
+ */
+void SPX_ODB_ORIENTREBAR(const int32_t* nblock, int32_t* counter, const double* axes, double* out);
+
+/** SPX_ODB_ORIENTREBAR for the members of an element set.
+ *  @like SPX_ODB_ORIENT2DELSET
+ *  @param[in]     axes  (nblock, 3, 3), -: axes in columns
+ *  @param[out]    out   (4, *), record: orientations x y z w
+ */
+void SPX_ODB_ORIENTREBARELSET(const int32_t* nblock, int32_t* counter, const int32_t* blockNumber,
+                              const int32_t* blockSize, const int32_t* groupNumber, const int32_t* groupSize,
+                              const int32_t* last, const int32_t* set, const double* axes, double* out);
+
+/** Reinforcement of axisymmetric shells.  Global axes are radius, axis of revolution and circumference.  The shell's axes
+ *  are the meridian from the first to the second end point, the circumference (global axis 3) and their vector product;
+ *  the record is their rotation, followed by the turn about the third of them that takes the meridian to the bars.  A
+ *  meridian or a direction of length zero leaves NaN.
+ *  @like SPX_ODB_ORIENT2DBEAM
+ *  @param[in]     direction  (nblock, 2), -: direction of the bars along meridian and circumference, of any length
+ *  @param[out]    out        (4, *), record: orientations x y z w
+ */
+void SPX_ODB_ORIENTREBAXSHELL(const int32_t* nblock, int32_t* counter, const double* coordinates,
+                              const int32_t* firstColumn, const double* direction, double* out);
+
+/** SPX_ODB_ORIENTREBAXSHELL for the members of an element set.
+ *  @like SPX_ODB_ORIENT2DBEAMELSET
+ *  @param[in]     direction  (nblock, 2), -: direction of the bars along meridian and circumference, of any length
+ *  @param[out]    out        (4, *), record: orientations x y z w
+ */
+void SPX_ODB_ORIENTREBAXSHELLELSET(const int32_t* nblock, int32_t* counter, const int32_t* blockNumber,
+                                   const int32_t* blockSize, const int32_t* groupNumber, const int32_t* groupSize,
+                                   const int32_t* last, const int32_t* set, const double* coordinates,
+                                   const int32_t* firstColumn, const double* direction, double* out);
+
+/** Reinforcement of shells: the shell's orientation, followed by the turn about its normal, axis 3, that takes axis 1 to
+ *  the bars.  A direction of length zero leaves NaN.
+ *  @like SPX_ODB_ORIENT3D
+ *  @param[in]     direction  (nblock, 2), -: direction of the bars along the shell's axes 1 and 2, of any length
+ */
+void SPX_ODB_ORIENTREBSHELL(const int32_t* nblock, int32_t* counter, const double* q, const double* direction,
+                            double* out);
+
+/** SPX_ODB_ORIENTREBSHELL for the members of an element set.
+ *  @like SPX_ODB_ORIENT3DELSET
+ *  @param[in]     direction  (nblock, 2), -: direction of the bars along the shell's axes 1 and 2, of any length
+ */
+void SPX_ODB_ORIENTREBSHELLELSET(const int32_t* nblock, int32_t* counter, const int32_t* blockNumber,
+                                 const int32_t* blockSize, const int32_t* groupNumber, const int32_t* groupSize,
+                                 const int32_t* last, const int32_t* set, const double* q, const double* direction,
+                                 double* out);
 
 /* ---------------------------------------------------------------------------------------------------------------------
  * Material tables

@@ -1,7 +1,8 @@
 #!/usr/bin/python3
-"""Draws the deformed model of a result file at several times, side by side, coloured by the von Mises stress.
+"""Draws the deformed model of a result file at several times, side by side: coloured by the von Mises stress, or with the
+directions of the principal stresses on its surface.
 
-    picture.py results.exo picture.png [--times 0 0.05 0.1] [--size 1800 1200]
+    picture.py results.exo picture.png [--directions] [--times 0 0.05 0.1] [--size 1800 1200]
 
 Needs VTK for Python and a display; xvfb-run gives one where there is none.
 """
@@ -20,6 +21,7 @@ def parse_arguments():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("results")
     parser.add_argument("picture")
+    parser.add_argument("--directions", action="store_true", help="principal stresses instead of the von Mises stress")
     parser.add_argument("--times", type=float, nargs="+", help="s; six evenly spread ones otherwise")
     parser.add_argument("--size", type=int, nargs=2, default=[1600, 950], help="pixels")
     return parser.parse_args()
@@ -49,8 +51,16 @@ def von_mises(cells):
     return numpy.sqrt(0.5 * ((xx - yy) ** 2 + (yy - zz) ** 2 + (zz - xx) ** 2) + 3 * (xy**2 + yz**2 + xz**2))
 
 
+def components(cells, name, suffixes):
+    """Values of the variables name_suffix by cell; readers may join them to one array."""
+    for joined in (name + "_", name):
+        if cells.GetArray(joined) is not None:
+            return vtk_to_numpy(cells.GetArray(joined))
+    return numpy.column_stack([vtk_to_numpy(cells.GetArray(f"{name}_{suffix}")) for suffix in suffixes])
+
+
 def merged_blocks(reader):
-    """All element blocks as one grid with the von Mises stress in MPa at the nodes."""
+    """All element blocks as one grid with the von Mises stress in MPa at the nodes, the written fields at the cells."""
     blocks = reader.GetOutput().GetBlock(0)
     append = vtk.vtkAppendFilter()
     append.MergePointsOn()
@@ -66,6 +76,7 @@ def merged_blocks(reader):
         append.AddInputData(grid)
     to_nodes = vtk.vtkCellDataToPointData()
     to_nodes.SetInputConnection(append.GetOutputPort())
+    to_nodes.PassCellDataOn()
     to_nodes.Update()
     grid = vtk.vtkUnstructuredGrid()
     grid.DeepCopy(to_nodes.GetOutput())
@@ -154,6 +165,93 @@ def outline_actor(grid):
     return actor
 
 
+def plain_actor(grid):
+    actor = deformed_actor(grid, None, 1)
+    actor.GetMapper().ScalarVisibilityOff()
+    actor.GetProperty().SetColor(0.93, 0.93, 0.90)
+    actor.GetProperty().SetEdgeColor(0.78, 0.78, 0.76)
+    return actor
+
+
+def apart(points, distance):
+    """Indices of points of which no two are closer than the distance."""
+    chosen = []
+    for index, point in enumerate(points):
+        if not chosen or numpy.min(numpy.linalg.norm(points[chosen] - point, axis=1)) >= distance:
+            chosen.append(index)
+    return chosen
+
+
+def largest_principal(grid):
+    stresses = components(grid.GetCellData(), "principal_stress", "123")
+    return numpy.percentile(numpy.abs(stresses), 98) / 1e6
+
+
+def direction_actors(grid, limit):
+    """Bars through the middles of faces along the principal directions, as long as the stress is large: red for tension and
+    blue for compression."""
+    faces = surface(grid)
+    size = math.sqrt(vtk_to_numpy(cell_sizes(faces)).mean())
+    normals = vtk.vtkPolyDataNormals()
+    normals.SetInputData(faces)
+    normals.ComputePointNormalsOff()
+    normals.ComputeCellNormalsOn()
+    normals.SplittingOff()
+    normals.Update()
+    faces = normals.GetOutput()
+    centres = vtk.vtkCellCenters()
+    centres.SetInputData(faces)
+    centres.Update()
+    outward = vtk_to_numpy(faces.GetCellData().GetNormals())
+    points = vtk_to_numpy(centres.GetOutput().GetPoints().GetData()) + 0.15 * size * outward
+    cells = faces.GetCellData()
+    stresses = components(cells, "principal_stress", "123") / 1e6 / limit
+    directions = [components(cells, f"principal_direction_{k}", "xyz") for k in (1, 2, 3)]
+    chosen = apart(points, 1.8 * size)
+    for sign, colour in ((1, (0.75, 0.10, 0.12)), (-1, (0.10, 0.25, 0.65))):
+        ends, lines = vtk.vtkPoints(), vtk.vtkCellArray()
+        for face in chosen:
+            for k in range(3):
+                length = stresses[face, k]
+                if sign * length < 0.04:
+                    continue
+                half = size * min(abs(length), 1.3) * directions[k][face]
+                lines.InsertNextCell(2)
+                for end in (points[face] - half, points[face] + half):
+                    lines.InsertCellPoint(ends.InsertNextPoint(*end))
+        bars = vtk.vtkPolyData()
+        bars.SetPoints(ends)
+        bars.SetLines(lines)
+        tubes = vtk.vtkTubeFilter()
+        tubes.SetInputData(bars)
+        tubes.SetRadius(0.11 * size)
+        tubes.SetNumberOfSides(12)
+        tubes.CappingOn()
+        mapper = vtk.vtkPolyDataMapper()
+        mapper.SetInputConnection(tubes.GetOutputPort())
+        actor = vtk.vtkActor()
+        actor.SetMapper(mapper)
+        actor.GetProperty().SetColor(*colour)
+        actor.GetProperty().SetAmbient(0.4)
+        yield actor
+
+
+def cell_sizes(faces):
+    filter_ = vtk.vtkCellSizeFilter()
+    filter_.SetInputData(faces)
+    filter_.ComputeAreaOn()
+    filter_.Update()
+    return filter_.GetOutput().GetCellData().GetArray("Area")
+
+
+def legend(limit, width, height):
+    actor = vtk.vtkTextActor()
+    actor.SetInput(f"principal stresses\nred: tension\nblue: compression\n\nbars of two edges:\n{limit:.3g} MPa")
+    style(actor.GetTextProperty(), height // 56)
+    actor.SetPosition(int(0.85 * width), int(0.5 * height))
+    return actor
+
+
 def label(renderer, text, position, size):
     actor = vtk.vtkBillboardTextActor3D()
     actor.SetInput(text)
@@ -213,11 +311,21 @@ def main():
     undeformed = reference(reader)
     shown = list(states(reader, arguments.times))
 
+    if arguments.directions:
+        limit = nice_limit(max(largest_principal(grid) for _, grid in shown))
+        draw(arguments, reader, undeformed, shown, legend(limit, *arguments.size),
+             lambda grid: [plain_actor(grid), *direction_actors(grid, limit)])
+        return
+
     # a few corner nodes may stand far above the rest: the scale ends at the 99.5th percentile
     stresses = numpy.concatenate([vtk_to_numpy(grid.GetPointData().GetScalars()) for _, grid in shown])
     limit = nice_limit(numpy.percentile(stresses, 99.5))
     lookup = colours()
+    draw(arguments, reader, undeformed, shown, scalar_bar(lookup, limit, arguments.size[1]),
+         lambda grid: [deformed_actor(grid, lookup, limit)])
 
+
+def draw(arguments, reader, undeformed, shown, explanation, actors_of):
     renderer = vtk.vtkRenderer()
     renderer.SetBackground(1, 1, 1)
     box = undeformed.GetBounds()
@@ -226,12 +334,13 @@ def main():
     pitch = 1.35 * max(reach[0], reach[1])
     width, height = arguments.size
     for index, (time, grid) in enumerate(shown):
-        renderer.AddActor(place(deformed_actor(grid, lookup, limit), index * pitch))
+        for actor in actors_of(grid):
+            renderer.AddActor(place(actor, index * pitch))
         renderer.AddActor(place(outline_actor(undeformed), index * pitch))
         centre = 0.5 * (box[0] + box[1]) + index * pitch
         label(renderer, f"t = {time:.3g} s", (centre, box[2], box[4] - 0.09 * (box[5] - box[4])), height // 38)
 
-    renderer.AddActor2D(scalar_bar(lookup, limit, height))
+    renderer.AddActor2D(explanation)
     renderer.AddActor2D(title(reader.GetTitle().strip(), width, height))
 
     # a parallel view from the front, a little from the right and above

@@ -5,6 +5,7 @@
 #include "glo.h"
 #include "host_services.h"
 #include "partition.h"
+#include "reference_host.h"
 
 #include <algorithm>
 #include <cmath>
@@ -61,6 +62,7 @@ struct DomainState {
 struct Outcome {
   double smallest = kInfinity; // stable increment; NaN when something is not a number
   bool masked = false, killed = false;
+  bool stopped = false; // the library has ended the analysis
 };
 
 // What sums and fields are made of, whole on the root.
@@ -69,7 +71,7 @@ struct Collected {
   std::vector<double> reactions, work, prescribedSpeed; // of the prescribed components
   std::vector<double> bricks;                           // (kBrickValues, bricks)
 };
-constexpr int kBrickValues = 11; // volume, strain energy density, hourglass and viscous energy, mask, stress
+constexpr int kBrickValues = 12; // volume, strain energy density, hourglass, viscous and damage energy, mask, stress
 
 } // namespace
 
@@ -172,9 +174,13 @@ void Analysis::Data::setUpDomains(int threads) {
     state.domain = parts[d];
     state.force.resize(3 * static_cast<size_t>(state.domain.touched()));
     const std::span<const int32_t> elements(state.domain.elements);
-    for (size_t first = 0; first < elements.size(); first += kBlockLength) {
-      state.blocks.emplace_back(elements.subspan(first, std::min<size_t>(kBlockLength, elements.size() - first)),
-                                numbering, material, definition, state.domain);
+    for (size_t first = 0, count = 0; first < elements.size(); first += count) {
+      // a run of bricks of one material; the order of the bricks stays
+      const int32_t own = material[elements[first]];
+      const size_t most = std::min<size_t>(kBlockLength, elements.size() - first);
+      for (count = 1; count < most && material[elements[first + count]] == own;) ++count;
+      state.blocks.emplace_back(elements.subspan(first, count), numbering, definition.materials[own], definition,
+                                state.domain);
       Block& block = state.blocks.back();
       block.setReference(X, state.work);
       for (int e = 0; e < block.count(); ++e)
@@ -360,18 +366,20 @@ void Analysis::Data::exchangeMotion() {
 Outcome Analysis::Data::outcome() const {
   Outcome own;
   own.killed = ELI_GETKILLSIGNAL() != 0;
+  own.stopped = host::threadError();
   for (const DomainState& state : domains) {
     own.masked = own.masked || state.masked > 0;
     own.smallest = smallerOf(own.smallest, state.stableIncrement);
   }
-  std::vector<double> all{own.smallest, own.masked ? 0.0 : 1.0, own.killed ? 0.0 : 1.0};
+  std::vector<double> all{own.smallest, own.masked ? 0.0 : 1.0, own.killed ? 0.0 : 1.0, own.stopped ? 0.0 : 1.0};
   ranks.smallest(all);
-  return {all[0], all[1] == 0.0, all[2] == 0.0};
+  return {all[0], all[1] == 0.0, all[2] == 0.0, all[3] == 0.0};
 }
 
 // Also sets the stable increment.
 Ending Analysis::Data::findEnding(const Outcome& all) {
   stable = all.smallest * definition.safetyFactor;
+  if (all.stopped) return Ending::Stopped;
   if (all.masked) {
     bool finite = true;
     for (const DomainState& state : domains)
@@ -381,7 +389,7 @@ Ending Analysis::Data::findEnding(const Outcome& all) {
     for (const DomainState& state : domains)
       for (const Block& block : state.blocks)
         for (int e = 0; e < block.count(); ++e)
-          if (block.mask(e) != 0.0 && speaksFor(state, block.bricks()[e]))
+          if (block.isDistorted(e) && speaksFor(state, block.bricks()[e]))
             distorted.push_back(mesh.elementNumbers[numbering.elements[block.bricks()[e]]]);
     std::sort(distorted.begin(), distorted.end());
     ownDistorted = distorted;
@@ -394,7 +402,7 @@ Ending Analysis::Data::findEnding(const Outcome& all) {
   return Ending::Running;
 }
 
-Ending Analysis::advanceTo(double end) {
+Ending Analysis::advanceTo(double end, int64_t increments) {
   Data& d = *data_;
   if (d.ending != Ending::Running && d.ending != Ending::Complete) return d.ending;
   d.isCollected = false;
@@ -431,7 +439,7 @@ Ending Analysis::advanceTo(double end) {
           if (d.ending == Ending::Running && all.killed) d.ending = Ending::Killed;
           if (d.observer) d.observer({d.time, d.stable, d.increment}, step);
         });
-        running = d.ending == Ending::Running && d.time < end && !d.failed;
+        running = d.ending == Ending::Running && d.time < end && !d.failed && --increments > 0;
         step = d.nextIncrement(end);
       }
     }
@@ -461,16 +469,17 @@ std::vector<double> Analysis::Data::brickValues() {
 #pragma omp parallel for num_threads(count) schedule(static, 1)
   for (int k = 0; k < count; ++k) {
     DomainState& state = domains[k];
-    double density[kBlockLength], spring[kBlockLength];
+    double density[kBlockLength], spring[kBlockLength], damage[kBlockLength];
     for (Block& block : state.blocks) {
-      block.energies(x, state.work, density, spring);
+      block.energies(x, state.work, density, spring, damage);
       for (int e = 0; e < block.count(); ++e) {
         const int32_t brick = block.bricks()[e];
         if (!speaksFor(state, brick)) continue;
         double* own = &values[kBrickValues * static_cast<size_t>(brick)];
-        const double first[] = {block.volume(e), density[e], spring[e], block.viscousEnergy(e), block.mask(e)};
+        const double first[] = {block.volume(e),        density[e], spring[e],
+                                block.viscousEnergy(e), damage[e],  block.mask(e)};
         std::copy(std::begin(first), std::end(first), own);
-        for (int c = 0; c < 6; ++c) own[5 + c] = block.mask(e) == 0.0 ? block.stress(c, e) : 0.0;
+        for (int c = 0; c < 6; ++c) own[6 + c] = block.mask(e) == 0.0 ? block.stress(c, e) : 0.0;
       }
     }
   }
@@ -501,13 +510,13 @@ void Analysis::Data::collect() {
 
   collected.bricks = brickValues();
   if (ranks.areSeveral()) collectBricks();
-  std::vector<double> sums(5);
+  std::vector<double> sums(6);
   if (ranks.isRoot()) {
     const Energies all = sumEnergies();
-    sums = {all.kinetic, all.strain, all.hourglass, all.viscous, all.external};
+    sums = {all.kinetic, all.strain, all.hourglass, all.viscous, all.damage, all.external};
   }
   ranks.broadcast(sums);
-  energies = {sums[0], sums[1], sums[2], sums[3], sums[4]};
+  energies = {sums[0], sums[1], sums[2], sums[3], sums[4], sums[5]};
   isCollected = true;
 }
 
@@ -580,6 +589,7 @@ Energies Analysis::Data::sumEnergies() const {
     sum.strain += brick[0] * brick[1];
     sum.hourglass += brick[2];
     sum.viscous += brick[3];
+    sum.damage += brick[4];
   }
   return sum;
 }
@@ -639,8 +649,8 @@ Fields Analysis::fields() const {
     const double* brick = &d.collected.bricks[kBrickValues * e];
     const size_t at = static_cast<size_t>(d.numbering.elements[e]);
     d.elementEnergy[at] = brick[1];
-    d.elementMask[at] = brick[4];
-    for (size_t k = 0; k < 6; ++k) d.stress[6 * at + k] = brick[5 + k];
+    d.elementMask[at] = brick[5];
+    for (size_t k = 0; k < 6; ++k) d.stress[6 * at + k] = brick[6 + k];
   }
   return {d.displacement, d.velocity, d.reaction, d.stress, d.elementEnergy, d.elementMask};
 }

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <span>
 #include <string>
@@ -13,12 +14,14 @@
 namespace sharedanalysis::solver {
 
 struct Energies {
-  double kinetic = 0, strain = 0, hourglass = 0, viscous = 0, external = 0;
+  double kinetic = 0, strain = 0, hourglass = 0, viscous = 0;
+  double damage = 0; // taken by softening, and held by bricks when they failed
+  double external = 0;
   // total - external is constant in an exact integration
-  double total() const { return kinetic + strain + hourglass + viscous; }
+  double total() const { return kinetic + strain + hourglass + viscous + damage; }
   double balance() const { return total() - external; }
   // As results have them.
-  std::array<double, 6> values() const { return {kinetic, strain, hourglass, viscous, external, total()}; }
+  std::array<double, 7> values() const { return {kinetic, strain, hourglass, viscous, damage, external, total()}; }
 };
 
 struct Progress {
@@ -33,7 +36,8 @@ struct Fields {
   std::span<const double> strainEnergy, mask;               // (elements); J/m3 of undeformed volume, 0 or 1
 };
 
-enum class Ending { Running, Complete, Distorted, IncrementCollapsed, NotFinite, Killed };
+// Stopped: a kernel reported data that it cannot go on with, and ended the analysis.
+enum class Ending { Running, Complete, Distorted, IncrementCollapsed, NotFinite, Killed, Stopped };
 
 class Analysis {
 public:
@@ -44,8 +48,9 @@ public:
   Analysis& operator=(const Analysis&) = delete;
 
   // Advances until `time` (the last increments are cut so that it is met exactly) or until the analysis ends early.
-  // Afterwards displacement, stress and energies belong to the same time.
-  Ending advanceTo(double time);
+  // Afterwards displacement, stress and energies belong to the same time.  Stops after so many increments all the same; going on
+  // towards the same time then makes the same increments.
+  Ending advanceTo(double time, int64_t increments = std::numeric_limits<int64_t>::max());
 
   // Called after every increment, on every rank, with its size; throws nothing.
   void setObserver(std::function<void(const Progress&, double)> observer);

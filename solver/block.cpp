@@ -5,6 +5,7 @@
 #include "spx.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace sharedanalysis::solver {
 namespace {
@@ -20,15 +21,15 @@ constexpr int32_t kThree = 3, kUnread = 0;
 BlockWork::BlockWork()
     : x(24 * kLargest), velocity(24 * kLargest), B(24 * kLargest), gamma(32 * kLargest), hgdiag(kLargest),
       hgstiff(kLargest), vol(kLargest), rvol(kLargest), work(24 * kLargest), F(9 * kLargest), cofactors(9 * kLargest),
-      b(6 * kLargest), V(6 * kLargest), bound(kLargest), bulk(kLargest), force(24 * kLargest), energy(kLargest),
-      rJ(kLargest) {}
+      b(6 * kLargest), V(6 * kLargest), bound(kLargest), bulk(kLargest), force(24 * kLargest), ratio(kLargest),
+      rate(kLargest), power(kLargest), failureStrain(kLargest) {}
 
-Block::Block(std::span<const int32_t> bricks, const Numbering& numbering, const std::vector<int32_t>& materialOfBrick,
+Block::Block(std::span<const int32_t> bricks, const Numbering& numbering, const Material& material,
              const Case& definition, const Domain& domain)
     : n_(static_cast<int32_t>(bricks.size())), ld_(leadingDimension(n_)), bricks_(bricks.begin(), bricks.end()),
       gatherMap_(8 * ld_), assemblyMap_(8 * n_), B0_(24 * ld_), gamma0_(32 * ld_), V0_(ld_), mass_(n_), hourglass_(n_),
-      shear_(n_), density_(n_), constants_(7 * n_), stress_(6 * n_), flag_(n_), mask_(ld_), viscousStress_(n_),
-      viscousEnergy_(n_) {
+      shear_(n_, material.shearModulus()), density_(n_, material.density), material_(&material), points_(material, n_),
+      stress_(6 * n_), mask_(ld_), viscousStress_(n_), viscousEnergy_(n_), omega_(n_), failed_(n_), lostEnergy_(n_) {
   for (int32_t e = 0; e < ld_; ++e)
     for (int corner = 0; corner < 8; ++corner) {
       // places behind the last brick repeat it, so that one gather fills the whole array
@@ -37,15 +38,7 @@ Block::Block(std::span<const int32_t> bricks, const Numbering& numbering, const 
       gatherMap_[corner * ld_ + e] = node + 1;
       if (e < n_) assemblyMap_[8 * e + corner] = domain.place(node) + 1;
     }
-  for (int32_t e = 0; e < n_; ++e) {
-    const Material& material = definition.materials[materialOfBrick[bricks_[e]]];
-    const double values[7] = {material.C10, material.C01, material.C20, material.C11,
-                              material.C02, material.rD1, material.rD2};
-    for (int k = 0; k < 7; ++k) constants_[k * n_ + e] = values[k];
-    shear_[e] = material.shearModulus();
-    density_[e] = material.density;
-    hourglass_[e] = definition.hourglassCoefficient;
-  }
+  std::fill(hourglass_.begin(), hourglass_.end(), definition.hourglassCoefficient);
 }
 
 void Block::setReference(const std::vector<double>& X, BlockWork& w) {
@@ -75,13 +68,15 @@ Block::Outcome Block::evaluate(const std::vector<double>& x, const std::vector<d
   GLO_UTI_GENGATHERR(&points, &kThree, &kThree, &kUnread, gatherMap_.data(), w.velocity.data(), v.data());
   SPX_OPE_C3D8ROPER2(&n_, &ld_, w.x.data(), w.B.data(), w.hgdiag.data(), w.hgstiff.data(), w.vol.data(), w.rvol.data(),
                      w.gamma.data(), mask_.data());
-  const double* c = constants_.data();
-  SPX_MAT_HYPERPOLY3DEXP(&n_, c, c + n_, c + 2 * n_, c + 3 * n_, c + 4 * n_, c + 5 * n_, c + 6 * n_, w.V.data(),
-                         stress_.data(), flag_.data(), w.bound.data(), w.bulk.data());
+  points_.respond(w.V.data(), stress_.data(), w.bound.data(), w.bulk.data(), w.material);
+  points_.remember();
+  if (material_->failure) fail(x, lastIncrement, w);
   // a mean deformation without volume takes its brick out as an inverted brick does
-  for (int32_t e = 0; e < n_; ++e) mask_[e] = flag_[e] != 0.0 ? 1.0 : mask_[e];
-  int32_t masked = 0;
+  const std::vector<double>& flag = points_.flag();
+  for (int32_t e = 0; e < n_; ++e) mask_[e] = flag[e] != 0.0 ? 1.0 : mask_[e];
+  int32_t masked = 0, failed = 0;
   SPX_OPE_ERRORCHECK(&n_, &masked, mask_.data());
+  SPX_OPE_ERRORCHECK(&n_, &failed, failed_.data());
 
   const double stable =
       viscosityAndIncrement({n_, ld_, w.velocity.data(), w.B.data(), w.vol.data(), w.hgstiff.data(), mass_.data(),
@@ -92,19 +87,46 @@ Block::Outcome Block::evaluate(const std::vector<double>& x, const std::vector<d
                w.cofactors.data(), stress_.data(), V0_.data(), hourglass_.data(), mask_.data()},
               w.work.data(), w.force.data());
   GLO_OPE_GENASSEM(&corners, &kThree, &kThree, &kUnread, f, w.force.data(), assemblyMap_.data());
-  return {stable, masked};
+  return {stable, masked - failed};
 }
 
-void Block::energies(const std::vector<double>& x, BlockWork& w, double* strainDensity, double* hourglass) {
+// Adds up the strain increments of loading over the failure strain, and takes out the bricks where the sum reaches one.  The
+// energy that such a brick holds leaves the model with it.
+void Block::fail(const std::vector<double>& x, double lastIncrement, BlockWork& w) {
+  const DuctileFailure& f = *material_->failure;
+  const double d3 = -f.d3, perReference = 1 / f.referenceRate; // the kernel has d3 of the other sign
+  deviatoricRate(n_, ld_, w.velocity.data(), w.B.data(), stress_.data(), w.rate.data(), w.power.data());
+  SPX_MAT_STRESSRATIO3DEXP(&n_, stress_.data(), w.ratio.data());
+  int32_t list[kBlockLength];
+  std::iota(list, list + n_, 1);
+  std::vector<double>& temperature = w.material.second;
+  std::fill_n(temperature.begin(), n_, f.temperature);
+  SPX_MAT_JCFAILURESTRAIN(&n_, &n_, list, w.failureStrain.data(), w.rate.data(), w.ratio.data(), temperature.data(),
+                          &f.d1, &f.d2, &d3, &f.d4, &f.d5, &f.melting, &f.transition, &perReference);
+  for (int32_t e = 0; e < n_; ++e) w.rate[e] = w.power[e] > 0.0 ? w.rate[e] * lastIncrement : 0.0;
+  SPX_MAT_DUCTSHRFAILUREEXP(&n_, &n_, list, omega_.data(), w.rate.data(), w.failureStrain.data());
+  bool any = false;
+  for (int32_t e = 0; e < n_; ++e) any = any || (omega_[e] >= 1.0 && mask_[e] == 0.0);
+  if (!any) return;
+  double stored[kBlockLength], spring[kBlockLength], damage[kBlockLength];
+  energies(x, w, stored, spring, damage);
+  for (int32_t e = 0; e < n_; ++e)
+    if (omega_[e] >= 1.0 && mask_[e] == 0.0) {
+      failed_[e] = mask_[e] = 1.0;
+      lostEnergy_[e] = stored[e] * V0_[e] + spring[e] + damage[e];
+    }
+}
+
+void Block::energies(const std::vector<double>& x, BlockWork& w, double* strainDensity, double* hourglass,
+                     double* damage) {
   stretch(x, w);
-  const double* c = constants_.data();
-  SPX_MAT_HYPERPOLYS33(&n_, c, c + n_, c + 2 * n_, c + 3 * n_, c + 4 * n_, strainDensity, w.rJ.data(), w.V.data());
+  points_.energies(w.V.data(), strainDensity, damage, w.material);
   hourglassEnergy(n_, ld_, w.x.data(), gamma0_.data(), hourglass_.data(), hourglass);
   for (int32_t e = 0; e < n_; ++e) {
-    const double d = 1.0 / w.rJ[e] - 1.0, dd = d * d, rD1 = c[5 * n_ + e], rD2 = c[6 * n_ + e];
     const bool active = mask_[e] == 0.0;
-    strainDensity[e] = active ? strainDensity[e] + dd * rD1 + dd * dd * rD2 : 0.0;
+    strainDensity[e] = active ? strainDensity[e] : 0.0;
     hourglass[e] = active ? hourglass[e] : 0.0;
+    damage[e] = active ? damage[e] * V0_[e] : lostEnergy_[e];
   }
 }
 

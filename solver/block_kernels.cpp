@@ -86,6 +86,28 @@ SOLVER_CLONES static double viscosityLoops(const ViscosityInput& in, double* str
   return fastest > 0.0 ? 1.0 / fastest : (fastest == 0.0 ? std::numeric_limits<double>::infinity() : fastest);
 }
 
+SOLVER_INLINE double overNodes(const double* v, const double* b, int ld) {
+  return ((v[0] * b[0] + v[ld] * b[ld]) + (v[2 * ld] * b[2 * ld] + v[3 * ld] * b[3 * ld])) +
+         ((v[4 * ld] * b[4 * ld] + v[5 * ld] * b[5 * ld]) + (v[6 * ld] * b[6 * ld] + v[7 * ld] * b[7 * ld]));
+}
+
+SOLVER_CLONES static void deviatoricRateLoops(int n, int ld, const double* v, const double* B, const double* S,
+                                              double* rate, double* power) {
+#pragma omp simd
+  for (int e = 0; e < n; ++e) {
+    const double *vx = v + e, *vy = vx + 8 * ld, *vz = vy + 8 * ld, *bx = B + e, *by = bx + 8 * ld, *bz = by + 8 * ld;
+    const double xx = overNodes(vx, bx, ld), yy = overNodes(vy, by, ld), zz = overNodes(vz, bz, ld);
+    const double xy = 0.5 * (overNodes(vx, by, ld) + overNodes(vy, bx, ld));
+    const double yz = 0.5 * (overNodes(vy, bz, ld) + overNodes(vz, by, ld));
+    const double xz = 0.5 * (overNodes(vx, bz, ld) + overNodes(vz, bx, ld));
+    const double mean = (xx + yy + zz) * 0.3333333333333333, dx = xx - mean, dy = yy - mean, dz = zz - mean;
+    const double shear = xy * xy + yz * yz + xz * xz;
+    rate[e] = __builtin_sqrt(0.6666666666666666 * (dx * dx + dy * dy + dz * dz + 2.0 * shear));
+    power[e] = S[e] * dx + S[e + n] * dy + S[e + 2 * n] * dz +
+               2.0 * (S[e + 3 * n] * xy + S[e + 4 * n] * yz + S[e + 5 * n] * xz);
+  }
+}
+
 // q of one pattern in one direction: gamma0 . x over the nodes.
 SOLVER_INLINE double patternAmplitude(const double* g, const double* x, int ld) {
   return ((g[0] * x[0] + g[ld] * x[ld]) + (g[2 * ld] * x[2 * ld] + g[3 * ld] * x[3 * ld])) +
@@ -191,6 +213,11 @@ void kick(int64_t first, int64_t end, const double* f, int64_t fFirst, const dou
 
 void drift(int64_t first, int64_t end, const double* v, double duration, double* x) {
   driftLoops(3 * (end - first), v + 3 * first, duration, x + 3 * first);
+}
+
+void deviatoricRate(int n, int ld, const double* velocity, const double* B, const double* stress, double* rate,
+                    double* power) {
+  deviatoricRateLoops(n, ld, velocity, B, stress, rate, power);
 }
 
 } // namespace sharedanalysis::solver

@@ -26,6 +26,10 @@ struct ViscosityInput {
 // `stress` holds the viscous stress of the increment before on entry; `energy` is summed up.
 double viscosityAndIncrement(const ViscosityInput& in, double* stress, double* energy);
 
+// Equivalent rate of the deviatoric deformation, sqrt(2/3 d:d), and the power of the stress on it.
+void deviatoricRate(int n, int ld, const double* velocity, const double* B, const double* stress, double* rate,
+                    double* power);
+
 struct ForceInput {
   int n, ld;
   const double *x, *B0, *gamma0;         // current coordinates; reference gradient and hourglass vectors

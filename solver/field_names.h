@@ -11,7 +11,7 @@ enum class Entity { Model, Node, Element };
 struct FieldName {
   Entity entity;
   std::string_view array;
-  std::array<std::string_view, 6> components; // as many as there are
+  std::array<std::string_view, 7> components; // as many as there are
   int count;
 };
 
@@ -19,8 +19,9 @@ struct FieldName {
 constexpr std::array<FieldName, 7> fieldNames{{
     {Entity::Model,
      "energy",
-     {"kinetic_energy", "strain_energy", "hourglass_energy", "viscous_energy", "external_work", "total_energy"},
-     6},
+     {"kinetic_energy", "strain_energy", "hourglass_energy", "viscous_energy", "damage_energy", "external_work",
+      "total_energy"},
+     7},
     {Entity::Node, "displacement", {"displacement_x", "displacement_y", "displacement_z"}, 3},
     {Entity::Node, "velocity", {"velocity_x", "velocity_y", "velocity_z"}, 3},
     {Entity::Node, "reaction", {"reaction_x", "reaction_y", "reaction_z"}, 3},

@@ -6,13 +6,19 @@
 
 #include <cstdio>
 #include <memory>
+#include <optional>
+#include <vector>
 
 namespace sharedanalysis::solver {
 
 // Every number is written with the digits that bring back its bits.  Each line is in the file when write returns.
 class HistoryFile {
 public:
-  explicit HistoryFile(const std::filesystem::path& name);
+  // With a filter, each line also has the filtered energies and momenta.
+  HistoryFile(const std::filesystem::path& name, const std::optional<host::LowPass>& lowPass);
+
+  // Runs the filter over the present values: at the start, which it takes as a steady state, and after each increment.
+  void filter(const Analysis& analysis);
 
   // balanceError: change of the energy balance since the start, in J.
   void write(const Analysis& analysis, double balanceError);
@@ -22,6 +28,9 @@ public:
 
 private:
   PartialTextFile file_;
+  std::optional<host::LowPass> lowPass_;
+  double filteredTime_ = 0;
+  std::vector<double> filtered_, filterHistory_; // empty before the start
 };
 
 } // namespace sharedanalysis::solver

@@ -20,6 +20,7 @@
 #include <cstdlib>
 #include <exception>
 #include <initializer_list>
+#include <limits>
 #include <memory>
 #include <omp.h>
 #include <optional>
@@ -133,9 +134,14 @@ public:
          bool digest)
       : fieldsPath_(resultFile(definition, fieldsExtension)), historyPath_(resultFile(definition, historyExtension)) {
     if (!ranks.isRoot()) return;
-    history_.emplace(historyPath_);
+    history_.emplace(historyPath_, definition.historyFilter);
     results_.emplace(fieldsPath_, mesh, definition, info);
     if (digest) digest_.emplace(resultFile(definition, digestExtension), definition.job, mesh);
+  }
+
+  void filterHistory(const Analysis& analysis) {
+    analysis.energies(); // every rank has a part in them
+    if (history_) history_->filter(analysis);
   }
 
   void writeHistory(const Analysis& analysis) {
@@ -261,6 +267,8 @@ std::string describeEnding(Ending ending, const Analysis& analysis, const Case& 
   case Ending::IncrementCollapsed:
     return "the stable increment fell to " + shortNumber(now.stableIncrement) + " s" + at + ", below " +
            shortNumber(definition.smallestIncrementRatio) + " of the first one (" + shortNumber(firstIncrement) + " s)";
+  case Ending::Stopped:
+    return "a material could not go on" + at + "; the message file says why";
   case Ending::NotFinite:
     return "a position, velocity or energy is no longer a finite number" + at;
   default:
@@ -400,6 +408,7 @@ private:
     Output output(definition_, mesh_, info, ranks_, options_.digest);
     DiagnosticCourse course(definition_, ranks_);
     analysis.setObserver([&](const Progress& now, double increment) { course.increment(now, increment); });
+    if (definition_.historyFilter) output.filterHistory(analysis);
     output.writeHistory(analysis);
     output.writeFields(analysis);
     showProgress(analysis, output);
@@ -432,13 +441,17 @@ private:
   Ending advance(Analysis& analysis, Output& output) {
     Schedule fields(definition_.outputInterval, definition_.endTime);
     Schedule history(definition_.historyInterval, definition_.endTime);
+    constexpr int64_t allIncrements = std::numeric_limits<int64_t>::max();
     Ending ending = Ending::Running;
     while (ending == Ending::Running) {
       const Clock::time_point start = Clock::now();
-      ending = analysis.advanceTo(std::min(fields.next(), history.next()));
+      // a filter sees every increment
+      ending =
+          analysis.advanceTo(std::min(fields.next(), history.next()), definition_.historyFilter ? 1 : allIncrements);
       computing_ += Clock::now() - start;
       if (!std::isfinite(analysis.energies().balance())) ending = Ending::NotFinite;
       if (ending == Ending::NotFinite) return ending;
+      if (definition_.historyFilter) output.filterHistory(analysis);
 
       const double time = analysis.progress().time;
       const bool atEnd = ending != Ending::Running;
@@ -461,7 +474,7 @@ private:
       return reportInterruption(analysis, output);
     }
     message("Error", "%S", {reason});
-    endAnalysis(exitErrors);
+    if (ending != Ending::Stopped || !host::threadError()) endAnalysis(exitErrors); // else it is ended
     closeJobFiles();
     if (ranks_.isRoot()) reportError(reason + "; what was computed is in " + output.leftovers());
     return exitEndedEarly;

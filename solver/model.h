@@ -1,6 +1,9 @@
 // What is analysed: mesh and case, as the readers leave them and the analysis takes them.  SI units throughout.
 #pragma once
 
+#include "filter_design.h"
+#include "materials.h"
+
 #include <array>
 #include <cstdint>
 #include <filesystem>
@@ -35,17 +38,6 @@ struct Mesh {
   int32_t nodes() const { return static_cast<int32_t>(nodeNumbers.size()); }
   int32_t elements() const { return static_cast<int32_t>(elementNumbers.size()); }
   const Group* findGroup(const std::string& name) const;
-};
-
-// Polynomial hyperelasticity of order 2; reciprocals of D1 and D2, so that a missing D2 is 0.
-struct Material {
-  std::string name;
-  double density = 0;
-  double C10 = 0, C01 = 0, C20 = 0, C11 = 0, C02 = 0;
-  double rD1 = 0, rD2 = 0;
-
-  double shearModulus() const { return 2 * (C10 + C01); }
-  double bulkModulus() const { return 2 * rD1; }
 };
 
 // A velocity over time: piecewise linear, constant before the first and after the last point.
@@ -87,6 +79,7 @@ struct Case {
   double hourglassCoefficient = 0.1;
   double linearViscosity = 0.06, quadraticViscosity = 1.2;
   double outputInterval = 0, historyInterval = 0; // s
+  std::optional<host::LowPass> historyFilter;
   double smallestIncrementRatio = 1e-3; // of the first stable increment; below it the analysis ends with an error
 };
 

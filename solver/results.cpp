@@ -1,5 +1,6 @@
 #include "results.h"
 
+#include "derived_fields.h"
 #include "field_names.h"
 
 #include <algorithm>
@@ -54,7 +55,7 @@ bool isNodeSet(const Group& group) { return group.dimension < 3 && !group.nodes.
 
 ResultsFile::ResultsFile(const std::filesystem::path& name, const Mesh& mesh, const Case& definition,
                          const std::vector<std::string>& info)
-    : file_(name) {
+    : file_(name), mesh_(mesh) {
   ex_opts(0); // errors come back as codes, nothing is printed
   int memoryWord = sizeof(double), fileWord = sizeof(double);
   id_ = ex_create(file_.path().c_str(), EX_CLOBBER | EX_LARGE_MODEL, &memoryWord, &fileWord);
@@ -170,6 +171,7 @@ void ResultsFile::declareVariables() {
   declare(EX_GLOBAL, variablesOf(Entity::Model));
   declare(EX_NODAL, variablesOf(Entity::Node));
   std::vector<std::string> elementNames = variablesOf(Entity::Element);
+  elementNames.insert(elementNames.end(), derivedFieldNames.begin(), derivedFieldNames.end());
   // every block has every variable
   std::vector<int> table(blocks_.size() * elementNames.size(), 1);
   const int count = static_cast<int>(elementNames.size());
@@ -189,6 +191,7 @@ void ResultsFile::write(double time, const Fields& fields, const Energies& energ
     writeElementVariable(static_cast<int>(c) + 1, fields.stress, stressComponents, c);
   writeElementVariable(7, fields.strainEnergy, 1, 0);
   writeElementVariable(8, fields.mask, 1, 0);
+  writeDerivedFields(9, fields);
   check(ex_update(id_));
 }
 
@@ -211,6 +214,16 @@ void ResultsFile::writeElementVariable(int variable, std::span<const double> val
       scratch_[k] = values[stride * static_cast<std::size_t>(elements[k]) + component];
     check(ex_put_var(id_, count_, EX_ELEM_BLOCK, variable, static_cast<ex_entity_id>(b + 1),
                      static_cast<int64_t>(elements.size()), scratch_.data()));
+  }
+}
+
+void ResultsFile::writeDerivedFields(int firstVariable, const Fields& fields) {
+  for (std::size_t b = 0; b < blocks_.size(); ++b) {
+    const std::size_t count = blocks_[b].elements.size();
+    const std::vector<double> values = derivedFields(mesh_, blocks_[b].elements, fields);
+    for (std::size_t k = 0; k < derivedFieldNames.size(); ++k)
+      check(ex_put_var(id_, count_, EX_ELEM_BLOCK, firstVariable + static_cast<int>(k),
+                       static_cast<ex_entity_id>(b + 1), static_cast<int64_t>(count), values.data() + k * count));
   }
 }
 

@@ -355,8 +355,9 @@ Interface readInterface(const std::vector<std::string>& files) {
 
 // The word that says how an argument is used: the grammar's word where the unit is one, `value` for a physical unit.
 std::string role(const std::string& unit) {
-  static const char* const kWords[] = {"any",  "block",  "length",  "count", "rows", "stride", "list",    "first",
-                                       "last", "unread", "stretch", "mask",  "flag", "text",   "address", "table"};
+  static const char* const kWords[] = {"any",     "block",  "length", "count",   "rows", "stride", "list",
+                                       "first",   "last",   "unread", "stretch", "mask", "flag",   "text",
+                                       "address", "record", "cursor", "place",   "set",  "table"};
   for (const char* word : kWords)
     if (unit == word) return word;
   if (startsWith(unit, "entity of ")) return "entity";
@@ -366,9 +367,12 @@ std::string role(const std::string& unit) {
   return "value";
 }
 
-// A dimension is *, a number, a name, or name+number.
+// A dimension is *, a number, a name, name+number or name-number, the name with a factor before it where need be: 2*name+2.
 bool isDimension(const std::string& text, const std::set<std::string>& names) {
   if (text == "*" || isNumber(text) || names.count(text) != 0) return true;
+  const std::size_t times = text.find('*');
+  if (times != std::string::npos)
+    return isNumber(trim(text.substr(0, times))) && isDimension(trim(text.substr(times + 1)), names);
   const std::size_t sign = text.find_first_of("+-");
   if (sign == std::string::npos) return false;
   return names.count(trim(text.substr(0, sign))) != 0 && isNumber(trim(text.substr(sign + 1)));
@@ -389,14 +393,15 @@ void checkArgument(const Routine& routine, const Argument& argument, const std::
       bad("the shape uses " + dimension + ", which is no other argument");
   const std::string use = role(line.unit);
   const bool isScalar = line.shape.size() == 1 && line.shape[0] == "1";
-  static const std::set<std::string> kScalarRoles = {"block", "length", "count", "rows",   "stride",
-                                                     "first", "last",   "index", "unread", "code"};
+  static const std::set<std::string> kScalarRoles = {"block", "length", "count",  "rows", "stride", "first",
+                                                     "last",  "index",  "unread", "code", "cursor", "place"};
   if (kScalarRoles.count(use) != 0 && !isScalar) bad("unit \"" + line.unit + "\" belongs to a scalar");
   const bool isInteger = argument.type.find("int32_t") != std::string::npos;
-  if ((kScalarRoles.count(use) != 0 || use == "entity" || use == "list") && !isInteger)
+  if ((kScalarRoles.count(use) != 0 || use == "entity" || use == "list" || use == "set") && use != "unread" &&
+      !isInteger)
     bad("unit \"" + line.unit + "\" belongs to an int32_t");
   const auto needsName = [&](const std::string& name) {
-    if (!isNumber(name) && names.count(name) == 0) bad("unit \"" + line.unit + "\" names no argument");
+    if (name == "*" || !isDimension(name, names)) bad("unit \"" + line.unit + "\" names no argument");
   };
   if (use == "entity") needsName(line.unit.substr(10));
   if (use == "index") needsName(line.unit.substr(3));

@@ -26,9 +26,10 @@ const std::set<std::string> kWithoutVectors = {
     "GLO_UTI_BROADCAST0D", // these become calls of memset
     "GLO_UTI_BROADCAST0R", "GLO_UTI_BROADCAST0I", "GLO_UTI_BROADCAST0S",
 };
-// Maps may repeat and points keep their order, or single values are picked from records: scalar loads and stores.
+// Maps may repeat and points keep their order, or single values are picked from records or go there: scalar loads and stores.
 const std::regex
-    kThroughMaps("GLO_(UTI_.*(GATHER|SCATTER).*|ASM_(GATHER|SCATTER).*|OPE_.*ASSEM.*)|SPX_OPE_USERELEM(TO|FROM)CAT.*");
+    kThroughMaps("GLO_(UTI_.*(GATHER|SCATTER).*|UTI_ODBDIRCOPY.*|ASM_(GATHER|SCATTER).*|OPE_.*ASSEM.*)|"
+                 "SPX_ODB_(ORIENT2D(L3BEAM)?(ELSET)?|ORIENT3D(ELSET)?INVERT)|SPX_OPE_USERELEM(TO|FROM)CAT.*");
 
 // Copies move bits: full registers of any type will do.
 const std::regex kCopies("GLO_UTI_(COPYR|.*BROADCAST.*|INITROTATIONMATRIX)");
@@ -62,7 +63,7 @@ bool usesVectors(const std::string& instruction, const Clone& clone) {
 
 // What is wrong with the body of a clone; identical bodies share code, then one only jumps to the other.
 std::string fault(const std::map<std::string, const Function*>& bySymbol, const Function* body, const Clone& clone) {
-  static const std::regex kJump("jmp +[0-9a-f]+ <([^+>]+)>");
+  static const std::regex kJump("jmp +[0-9a-f]+ <([^+>]+)>"), kFused("vfn?m(add|sub).*");
   std::smatch match;
   for (int hops = 0; hops < 3 && !body->instructions.empty(); ++hops) {
     if (!std::regex_search(body->instructions[0], match, kJump)) break;
@@ -74,6 +75,7 @@ std::string fault(const std::map<std::string, const Function*>& bySymbol, const 
   for (const std::string& instruction : body->instructions) {
     if (instruction.rfind("call", 0) == 0 && !std::regex_match(instruction, kAllowedCalls))
       return "has the call: " + instruction;
+    if (std::regex_match(instruction, kFused)) return "rounds once: " + instruction;
     hasVectors = hasVectors || usesVectors(instruction, clone);
   }
   if (hasVectors || kWithoutVectors.count(clone.kernel) != 0 || std::regex_match(clone.kernel, kThroughMaps)) return "";

@@ -34,6 +34,13 @@ bool isSameLine(const Array& a, const Array& b, std::size_t line) {
   return true;
 }
 
+// Records of nothing but results; others have components of more than one call.
+bool isFullRecord(const Array& array) {
+  for (int d = 0; d < array.info->rank(); ++d)
+    if (std::string_view(array.info->shape[d]).find_first_not_of("0123456789*") != std::string_view::npos) return false;
+  return array.info->is("record");
+}
+
 // Written where it must be, untouched elsewhere.
 void compareWrites(const KernelCase& before, const Array& old, const Array& now, Findings& findings) {
   const bool isMapped = before.isMapped(old);
@@ -44,7 +51,8 @@ void compareWrites(const KernelCase& before, const Array& old, const Array& now,
     for (std::size_t c = 0; c < old.components(); ++c) {
       const std::size_t at = old.index(line, c);
       if (!mayChange && now.bits(at) != old.bits(at)) findings.insert("changes values of other points in " + name(old));
-      if (old.info->isOnlyWritten() && old.lines != Lines::entities && isProcessed && now.isPoisoned(at))
+      const bool isWhole = old.lines != Lines::entities || (isFullRecord(old) && reached[line]);
+      if (old.info->isOnlyWritten() && isWhole && isProcessed && now.isPoisoned(at))
         findings.insert("leaves values of " + name(old) + " unwritten");
     }
   }
@@ -118,9 +126,9 @@ Findings checkEmpty(GuardedMemory& memory, const Kernel& kernel) {
       data.setPoints(n);
       expectNothing(data, "length " + std::to_string(n));
     }
-    if (!kernel.info->hasRole("list")) continue;
+    if (!kernel.info->hasRole("list") && !kernel.info->hasRole("set")) continue;
     KernelCase data = makeCase(*kernel.info, 5, v);
-    const auto isList = [](const Array& array) { return array.info->is("list"); };
+    const auto isList = [](const Array& array) { return array.info->is("list") || array.info->is("set"); };
     const std::string length = std::find_if(data.arrays.begin(), data.arrays.end(), isList)->info->shape[0];
     for (Array& array : data.arrays)
       if (length == array.info->name) array.setInteger(0, 0);

@@ -2,8 +2,8 @@
  *  Kernels that are wrong on purpose, one fault each, and sound ones beside them.
  *
  *  CONTENTS
- *    Faulty kernels                     FAULTY_...                                            14
- *    Sound kernels                      SOUND_...                                              2
+ *    Faulty kernels                     FAULTY_...                                            17
+ *    Sound kernels                      SOUND_...                                              3
  */
 #include <stdint.h>
 
@@ -98,6 +98,26 @@ void FAULTY_FILLS_STRIDE(const int32_t* n, const int32_t* ld, const double* x, d
  */
 void FAULTY_ENTITY_FROM_ZERO(const int32_t* n, const int32_t* map, const double* x, double* y);
 
+/** Writes each record one place too late.
+ *  @param[in]     n       (1), block: points
+ *  @param[in,out] cursor  (1), cursor: record of the first point
+ *  @param[in]     x       (n), any: input
+ *  @param[out]    y       (1, *), record: output
+ */
+void FAULTY_RECORD_FROM_ZERO(const int32_t* n, int32_t* cursor, const double* x, double* y);
+
+/** Moves the cursor by one, however many records it has written.
+ *  @like FAULTY_RECORD_FROM_ZERO
+ */
+void FAULTY_KEEPS_CURSOR(const int32_t* n, int32_t* cursor, const double* x, double* y);
+
+/** Takes the members of the set for points of the block without regard to its group.
+ *  @like SOUND_SET
+ */
+void FAULTY_IGNORES_PLACE(const int32_t* n, const int32_t* blockNumber, const int32_t* blockSize,
+                          const int32_t* groupNumber, const int32_t* groupSize, const int32_t* last, const int32_t* set,
+                          int32_t* cursor, const double* x, double* y);
+
 /* ---------------------------------------------------------------------------------------------------------------------
  * Sound kernels
  * ------------------------------------------------------------------------------------------------------------------ */
@@ -118,6 +138,19 @@ void SOUND_LIST(const int32_t* n, const int32_t* count, const int32_t* list, con
  */
 void SOUND_RANGE(const int32_t* first, const int32_t* last, const int32_t* map, const int32_t* map2, const double* x,
                  const double* z, double* y);
+
+/** y = 2 x for the members of a set, in records.
+ *  @like FAULTY_RECORD_FROM_ZERO
+ *  @param[in]     blockNumber  (1), place: number of the block
+ *  @param[in]     blockSize    (1), place: its size
+ *  @param[in]     groupNumber  (1), place: number of the group
+ *  @param[in]     groupSize    (1), place: its size
+ *  @param[in]     last         (1), count: members
+ *  @param[in]     set          (last), set: members
+ */
+void SOUND_SET(const int32_t* n, const int32_t* blockNumber, const int32_t* blockSize, const int32_t* groupNumber,
+               const int32_t* groupSize, const int32_t* last, const int32_t* set, int32_t* cursor, const double* x,
+               double* y);
 
 #ifdef __cplusplus
 }

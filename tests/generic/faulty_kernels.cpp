@@ -74,6 +74,39 @@ void FAULTY_ENTITY_FROM_ZERO(const int32_t* n, const int32_t* map, const double*
   for (int i = 0; i < *n; ++i) y[map[i] > 1 ? map[i] - 2 : 0] = 2.0 * x[i];
 }
 
+void FAULTY_RECORD_FROM_ZERO(const int32_t* n, int32_t* cursor, const double* x, double* y) {
+  for (int i = 0; i < *n; ++i) y[(*cursor)++] = 2.0 * x[i];
+}
+
+void FAULTY_KEEPS_CURSOR(const int32_t* n, int32_t* cursor, const double* x, double* y) {
+  for (int i = 0; i < *n; ++i) y[*cursor - 1 + i] = 2.0 * x[i];
+  if (*n > 0) ++*cursor;
+}
+
+namespace {
+
+void writeMembers(int before, int n, int last, const int32_t* set, int32_t* cursor, const double* x, double* y) {
+  for (; *cursor <= last && set[*cursor - 1] - before <= n; ++*cursor) {
+    const int point = set[*cursor - 1] - before;
+    if (point >= 1) y[*cursor - 1] = 2.0 * x[point - 1];
+  }
+}
+
+} // namespace
+
+void FAULTY_IGNORES_PLACE(const int32_t* n, const int32_t* blockNumber, const int32_t* blockSize, const int32_t*,
+                          const int32_t*, const int32_t* last, const int32_t* set, int32_t* cursor, const double* x,
+                          double* y) {
+  if (*n > 0) writeMembers((*blockNumber - 1) * *blockSize, *n, *last, set, cursor, x, y);
+}
+
+void SOUND_SET(const int32_t* n, const int32_t* blockNumber, const int32_t* blockSize, const int32_t* groupNumber,
+               const int32_t* groupSize, const int32_t* last, const int32_t* set, int32_t* cursor, const double* x,
+               double* y) {
+  const int before = (*blockNumber - 1) * *blockSize + (*groupNumber - 1) * *groupSize;
+  if (*n > 0) writeMembers(before, *n, *last, set, cursor, x, y);
+}
+
 void SOUND_LIST(const int32_t* n, const int32_t* count, const int32_t* list, const double* x, double* y) {
   for (int k = 0; k<*count&& * n> 0; ++k) y[list[k] - 1] = 2.0 * x[list[k] - 1];
 }

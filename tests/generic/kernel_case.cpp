@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <map>
 #include <stdexcept>
+#include <utility>
 
 #include "host/tables/material_table.h"
 #include "tests/support/random.h"
@@ -39,18 +40,30 @@ bool isEntityDimension(const RoutineInfo& routine, std::string_view dimension) {
   return false;
 }
 
+// Whether a dimension is the name, or the name with a factor or a number added.
+bool usesName(std::string_view dimension, std::string_view name) {
+  const std::size_t times = dimension.size() > 1 ? dimension.find('*') : std::string_view::npos;
+  if (times != std::string_view::npos) dimension.remove_prefix(times + 1);
+  return startsWith(dimension, name) &&
+         (dimension.size() == name.size() || dimension[name.size()] == '+' || dimension[name.size()] == '-');
+}
+
 // A count that is no dimension counts points: those of a second stage.
 bool isPointCount(const RoutineInfo& routine, const ArgumentInfo& argument) {
   if (!argument.is("count") || std::string_view(argument.unit) != "count") return false;
   const std::string name = argument.name;
   for (int i = 0; i < routine.argumentCount(); ++i) {
     const ArgumentInfo& other = routine.arguments[i];
-    if (other.unit == "1.." + name) return false;
+    if (startsWith(other.unit, "1..") && usesName(std::string_view(other.unit).substr(3), name)) return false;
     for (int d = 0; d < other.rank(); ++d)
-      if (other.shape[d] == name || startsWith(other.shape[d], name + "+")) return false;
+      if (usesName(other.shape[d], name)) return false;
   }
   return true;
 }
+
+// Records begin behind a few that belong to earlier calls, and others follow.  Members of a set are counted behind the elements
+// of an earlier group.
+constexpr int kCursor = 3, kRecordsMore = 5, kGroupNumber = 3, kGroupSize = 1000;
 
 // How many values an argument takes in turn.
 int choices(const ArgumentInfo& argument) {
@@ -64,7 +77,7 @@ int choices(const ArgumentInfo& argument) {
 class Sizes {
 public:
   Sizes(const RoutineInfo& routine, int points, int variant)
-      : routine_(routine), entities_(std::max(1, points / 2 + 1)) {
+      : routine_(routine), points_(points), entities_(std::max(1, points / 2 + 1)) {
     int digits = variant;
     for (int i = 0; i < routine.argumentCount(); ++i) {
       const ArgumentInfo& a = routine.arguments[i];
@@ -72,6 +85,7 @@ public:
       digits /= choices(a);
     }
     const int first = 1 + variant % 3;
+    int places = 0;
     for (int i = 0; i < routine.argumentCount(); ++i) {
       const ArgumentInfo& a = routine.arguments[i];
       if (a.is("block") || a.is("length")) values_[a.name] = points;
@@ -80,15 +94,28 @@ public:
       if (a.is("first")) values_[a.name] = first;
       if (a.is("last")) values_[a.name] = first - 1 + points;
       if (a.is("unread")) values_[a.name] = 0;
+      if (a.is("cursor")) values_[a.name] = kCursor;
+      if (a.is("place")) {
+        static constexpr int kPlaces[] = {1, 1, kGroupNumber, kGroupSize}; // number and size of block and group
+        values_[a.name] = kPlaces[places++ % 4];
+      }
     }
   }
 
   int entities() const { return entities_; }
+  int records() const { return points_ + kCursor + kRecordsMore; }
   void set(const std::string& name, int value) { values_[name] = value; }
 
-  // A number, a name, or name+number.
+  // A number, a name, name+number, or factor*name+number.
   int operator()(const std::string& text) {
     if (text == "*") return entities_;
+    const std::size_t times = text.find('*');
+    if (times != std::string::npos) {
+      const std::string rest = text.substr(times + 1);
+      const std::size_t plus = rest.find('+');
+      const int added = plus == std::string::npos ? 0 : std::atoi(rest.c_str() + plus + 1);
+      return std::atoi(text.c_str()) * (*this)(rest.substr(0, plus)) + added;
+    }
     if (text[0] >= '0' && text[0] <= '9') return std::atoi(text.c_str());
     const std::size_t sign = text.find_first_of("+-");
     if (sign != std::string::npos) return (*this)(text.substr(0, sign)) + std::atoi(text.substr(sign).c_str());
@@ -120,7 +147,7 @@ private:
   }
 
   const RoutineInfo& routine_;
-  int entities_;
+  int points_, entities_;
   std::map<std::string, int> values_, choice_;
 };
 
@@ -130,7 +157,8 @@ Array shapeArray(const RoutineInfo& routine, const ArgumentInfo& info, Sizes& si
   array.elementSize = info.isReal() ? sizeof(double) : sizeof(std::int32_t);
   for (int d = 0; d < info.rank(); ++d) {
     const std::string dimension = info.shape[d];
-    const auto size = static_cast<std::size_t>(std::max(0, sizes(dimension)));
+    const bool isRecords = info.is("record") && dimension == "*";
+    const auto size = static_cast<std::size_t>(std::max(0, isRecords ? sizes.records() : sizes(dimension)));
     const Lines kind = isPointDimension(routine, dimension)    ? Lines::points
                        : isEntityDimension(routine, dimension) ? Lines::entities
                                                                : Lines::none;
@@ -250,6 +278,18 @@ std::vector<int> makeList(Random& random, int points, bool isWholeBlock) {
   return list;
 }
 
+// Members of earlier blocks up to the cursor, the given points, and members of later blocks.
+std::vector<int> makeSet(const std::vector<int>& list, int points) {
+  const int before = (kGroupNumber - 1) * kGroupSize;
+  std::vector<int> set;
+  for (int k = 1; k < kCursor; ++k) set.push_back(before - kCursor + k);
+  for (int point : list) set.push_back(before + point);
+  std::sort(set.begin(), set.end());
+  set.push_back(before + points + 1);
+  set.push_back(before + points + 2);
+  return set;
+}
+
 void setList(Array& array, const std::vector<int>& list) {
   array.before = list.size();
   array.bytes.assign(list.size() * array.elementSize, 0);
@@ -344,18 +384,20 @@ KernelCase makeCase(const RoutineInfo& routine, int points, int variant) {
   for (int i = 0; i < routine.argumentCount(); ++i) {
     const ArgumentInfo& info = routine.arguments[i];
     if (info.is("first")) result.first = sizes(info.name) - 1;
-    if (!info.is("list")) continue;
+    if (info.is("cursor")) result.cursor = kCursor;
+    if (!info.is("list") && !info.is("set")) continue;
     list = makeList(listRandom, points, variant % 2 == 1);
+    if (info.is("set")) list = makeSet(list, points);
     sizes.set(info.shape[0], static_cast<int>(list.size()));
   }
   for (int i = 0; i < routine.argumentCount(); ++i) {
     const ArgumentInfo& info = routine.arguments[i];
     Array array = shapeArray(routine, info, sizes);
-    static constexpr std::string_view kSizeRoles[] = {"block", "length", "count", "rows",   "stride",
-                                                      "first", "last",   "index", "unread", "code"};
+    static constexpr std::string_view kSizeRoles[] = {"block", "length", "count",  "rows", "stride", "first",
+                                                      "last",  "index",  "unread", "code", "cursor", "place"};
     if (std::find(std::begin(kSizeRoles), std::end(kSizeRoles), info.role) != std::end(kSizeRoles)) {
       array.setInteger(0, sizes(info.name));
-    } else if (info.is("list")) {
+    } else if (info.is("list") || info.is("set")) {
       setList(array, list);
     } else if (info.is("table")) {
       const TablePools table = makeTable(sizes, points);
@@ -395,12 +437,34 @@ bool KernelCase::isProcessed(std::size_t point) const {
 }
 
 bool KernelCase::isMapped(const Array& array) const {
-  return std::any_of(arrays.begin(), arrays.end(),
-                     [&](const Array& map) { return map.info->is("entity") && targetOf(map) == array.info->name; });
+  return array.info->is("record") || std::any_of(arrays.begin(), arrays.end(), [&](const Array& map) {
+           return map.info->is("entity") && targetOf(map) == array.info->name;
+         });
+}
+
+std::vector<int> KernelCase::recordsOfPoints() const {
+  std::vector<int> records(static_cast<std::size_t>(std::max(0, points)), -1);
+  const auto set = std::find_if(arrays.begin(), arrays.end(), [](const Array& a) { return a.info->is("set"); });
+  if (set == arrays.end()) {
+    for (std::size_t p = 0; p < records.size(); ++p) records[p] = cursor - 1 + static_cast<int>(p);
+    return records;
+  }
+  for (std::size_t k = 0; k < set->elements(); ++k) {
+    const int point = set->integer(k) - (kGroupNumber - 1) * kGroupSize;
+    if (point >= 1 && point <= points) records[static_cast<std::size_t>(point - 1)] = static_cast<int>(k);
+  }
+  return records;
 }
 
 std::vector<bool> KernelCase::reachedEntities(const Array& array, int onlyPoint) const {
   std::vector<bool> reached(array.lineCount, false), through;
+  if (array.info->is("record")) {
+    const std::vector<int> records = recordsOfPoints();
+    for (std::size_t p = 0; p < records.size(); ++p)
+      if (records[p] >= 0 && (onlyPoint < 0 || static_cast<int>(p) == onlyPoint))
+        reached[static_cast<std::size_t>(records[p])] = true;
+    return reached;
+  }
   const auto mark = [](std::vector<bool>& set, int entity) {
     if (set.size() < static_cast<std::size_t>(entity)) set.resize(static_cast<std::size_t>(entity), false);
     set[static_cast<std::size_t>(entity - 1)] = true;
@@ -434,6 +498,11 @@ void KernelCase::setPoints(int n) {
   }
 }
 
+int KernelCase::recordsBefore(int point) const {
+  const std::vector<int> records = recordsOfPoints();
+  return static_cast<int>(std::count_if(records.begin(), records.begin() + point, [](int r) { return r >= 0; }));
+}
+
 KernelCase KernelCase::piece(int begin, int end) const {
   KernelCase cut = *this;
   const int length = end - begin;
@@ -444,11 +513,14 @@ KernelCase KernelCase::piece(int begin, int end) const {
   cut.first = isRange ? first + begin : 0;
   std::vector<int> list;
   std::string listLength;
+  bool isFirstPlace = true;
   for (std::size_t a = 0; a < arrays.size(); ++a) {
     const Array& whole = arrays[a];
     Array& part = cut.arrays[a];
     const ArgumentInfo& info = *whole.info;
     if (info.is("block")) part.setInteger(0, length);
+    if (info.is("cursor")) part.setInteger(0, cursor + recordsBefore(begin));
+    if (info.is("place") && std::exchange(isFirstPlace, false)) part.setInteger(0, begin + 1); // a block of size 1
     if (info.is("first")) part.setInteger(0, first + begin + 1);
     if (info.is("last")) part.setInteger(0, first + end);
     if (info.is("stride")) part.setInteger(0, length + 1);
@@ -482,6 +554,10 @@ void KernelCase::putBack(const KernelCase& piece, int begin) {
     Array& whole = arrays[a];
     const Array& part = piece.arrays[a];
     if (!whole.info->isWritten()) continue;
+    if (whole.info->is("cursor")) { // moved by as much; some members leave that to another call
+      whole.setInteger(0, whole.integer(0) + part.integer(0) - cursor - recordsBefore(begin));
+      continue;
+    }
     if (whole.lines != Lines::points) {
       whole.bytes = part.bytes;
       continue;

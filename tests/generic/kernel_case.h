@@ -53,6 +53,7 @@ struct KernelCase {
   const RoutineInfo* routine = nullptr;
   int points = 0; // of this call
   int first = 0;  // first point of a range, else 0
+  int cursor = 0; // where records begin, from 1
   std::vector<Array> arrays;
   std::uint64_t result = 0; // bits of the returned value
 
@@ -61,7 +62,10 @@ struct KernelCase {
   bool isProcessed(std::size_t point) const;
   // Entities of an array that the processed points, or one point alone when given, lead to through the maps.
   std::vector<bool> reachedEntities(const Array& array, int onlyPoint = -1) const;
-  bool isMapped(const Array& array) const; // some map names its entities
+  bool isMapped(const Array& array) const; // some map names its entities, or they are records at the cursor
+  int recordsBefore(int point) const;
+  // Position of the record of each point, from 0; -1 for a point that is no member of the set.
+  std::vector<int> recordsOfPoints() const;
 
   // Says that the block has fewer points than the arrays were made for.
   void setPoints(int n);

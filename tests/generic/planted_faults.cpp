@@ -28,8 +28,12 @@ const Expectation kExpectations[] = {
     {"FAULTY_IGNORES_LIST", "writes", "changes values of other points in y"},
     {"FAULTY_FILLS_STRIDE", "writes", "changes values of other points in y"},
     {"FAULTY_ENTITY_FROM_ZERO", "writes", "changes values of other points in y"},
+    {"FAULTY_RECORD_FROM_ZERO", "writes", "changes values of other points in y"},
+    {"FAULTY_KEEPS_CURSOR", "pieces", "splitting the block changes the bits of cursor"},
+    {"FAULTY_IGNORES_PLACE", "writes", "leaves values of y unwritten"},
     {"SOUND_LIST", nullptr, nullptr},
     {"SOUND_RANGE", nullptr, nullptr},
+    {"SOUND_SET", nullptr, nullptr},
 };
 
 std::map<std::string, Findings> allFindings(GuardedMemory& memory, const Kernel& kernel) {

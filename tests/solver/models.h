@@ -53,8 +53,7 @@ inline solver::Material neoHooke(double E, double nu, double density) {
   solver::Material material;
   material.name = "solid";
   material.density = density;
-  material.C10 = E / (2 * (1 + nu)) / 2;
-  material.rD1 = E / (3 * (1 - 2 * nu)) / 2;
+  material.constants = {E / (2 * (1 + nu)) / 2, 0, 0, 0, 0, E / (3 * (1 - 2 * nu)) / 2, 0};
   return material;
 }
 

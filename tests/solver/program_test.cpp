@@ -1,8 +1,11 @@
 // The program as its user sees it: what it shows, what it writes, and what is left of a run that ends early.
+#include "derived_fields.h"
 #include "files.h"
+#include "filter_design.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstring>
@@ -375,6 +378,48 @@ TEST_F(ProgramTest, PathsCountFromTheCase) {
             (Files{"named.csv", "named.diagnostics.sqlite", "named.exo", "named.log", "named.msg", "named.sta"}));
 }
 
+TEST_F(ProgramTest, FilteredHistory) {
+  // at lines of every increment of one length, the filtered columns are those of the difference equation
+  writeCase("0.05", "0.02\n[output]\nhistory_interval = 1e-4\nfilter_cutoff = 300\nfilter_type = \"chebyshev1\"\n"
+                    "filter_order = 6\nfilter_ripple = 1");
+  ASSERT_EQ(run({"in/bar.toml", "-o", "fine"}).code, 0);
+  auto fine = readHistory("fine/bar.csv");
+  const std::vector<double>& increments = fine["increment"];
+  ASSERT_EQ(increments.size(), 201U);
+  ASSERT_EQ(increments.back(), 200) << "an increment a line";
+  const std::vector<double> coef = host::lowPassCoefficients({host::FilterType::chebyshev1, 6, 300, 1}, 1e-4);
+  for (const char* name : {"kinetic_energy", "strain_energy", "total_energy", "external_work", "momentum_z"}) {
+    std::vector<double> signal = fine[name];
+    for (std::size_t k = 0; k < coef.size(); k += 5) {
+      const std::vector<double> x = signal;
+      const auto at = [](const std::vector<double>& v, std::size_t n, std::size_t back) {
+        return v[n < back ? 0 : n - back];
+      };
+      for (std::size_t n = 1; n < x.size(); ++n)
+        signal[n] = coef[k] * x[n] + coef[k + 1] * at(x, n, 1) + coef[k + 2] * at(x, n, 2) -
+                    coef[k + 3] * at(signal, n, 1) - coef[k + 4] * at(signal, n, 2);
+    }
+    const std::vector<double>& filtered = fine[std::string("filtered_") + name];
+    ASSERT_EQ(filtered.size(), signal.size()) << name;
+    const double size = std::abs(
+        *std::max_element(signal.begin(), signal.end(), [](double a, double b) { return std::abs(a) < std::abs(b); }));
+    for (std::size_t n = 0; n < signal.size(); ++n)
+      EXPECT_NEAR(filtered[n], signal[n], 1e-9 * size) << name << ' ' << n;
+  }
+
+  // nothing else changes by it, on any number of threads
+  const std::string coarse = "0.02\n[output]\nhistory_interval = 0.005";
+  writeCase("0.05", coarse);
+  ASSERT_EQ(run({"in/bar.toml", "-o", "plain"}).code, 0);
+  writeCase("0.05", coarse + "\nfilter_cutoff = 300");
+  ASSERT_EQ(run({"in/bar.toml", "-o", "one", "-t", "1"}).code, 0);
+  ASSERT_EQ(run({"in/bar.toml", "-o", "two", "-t", "2"}).code, 0);
+  EXPECT_EQ(readFile("one/bar.csv"), readFile("two/bar.csv"));
+  auto filtered = readHistory("one/bar.csv");
+  for (const auto& [name, column] : readHistory("plain/bar.csv")) EXPECT_EQ(filtered[name], column) << name;
+  EXPECT_EQ(filtered["filtered_kinetic_energy"].front(), filtered["kinetic_energy"].front());
+}
+
 // The bar with enough bricks for three domains, on any number of threads.
 TEST_F(ProgramTest, SameResultsOnAnyNumberOfThreads) {
   writeCase("0.05", "0.02\n[output]\ninterval = 0.01\nhistory_interval = 0.0005", numberedBox({4, 4, 30}, {1, 1, 6}));
@@ -419,7 +464,7 @@ protected:
 TEST_F(CompleteRun, History) {
   EXPECT_EQ(
       linesOf(readFile("out/bar.csv")).at(0),
-      "time,increment,stable_increment,kinetic_energy,strain_energy,hourglass_energy,viscous_energy,external_work,"
+      "time,increment,stable_increment,kinetic_energy,strain_energy,hourglass_energy,viscous_energy,damage_energy,external_work,"
       "total_energy,balance_error,momentum_x,momentum_y,momentum_z,angular_momentum_x,angular_momentum_y,"
       "angular_momentum_z");
   auto history = readHistory("out/bar.csv");
@@ -467,12 +512,14 @@ TEST_F(CompleteRun, Fields) {
   const FieldFile file("out/bar.exo");
   EXPECT_EQ(file.times, (std::vector<double>{0, 0.02, 0.04, 0.05}));
   const Strings energies{"kinetic_energy", "strain_energy", "hourglass_energy",
-                         "viscous_energy", "external_work", "total_energy"};
+                         "viscous_energy", "damage_energy", "external_work", "total_energy"};
   EXPECT_EQ(file.variables(EX_GLOBAL), energies);
   EXPECT_EQ(file.variables(EX_NODAL), (Strings{"displacement_x", "displacement_y", "displacement_z", "velocity_x",
                                                "velocity_y", "velocity_z", "reaction_x", "reaction_y", "reaction_z"}));
-  EXPECT_EQ(file.variables(EX_ELEM_BLOCK), (Strings{"stress_xx", "stress_yy", "stress_zz", "stress_xy", "stress_yz",
-                                                    "stress_xz", "strain_energy_density", "mask"}));
+  Strings ofBricks{
+      "stress_xx", "stress_yy", "stress_zz", "stress_xy", "stress_yz", "stress_xz", "strain_energy_density", "mask"};
+  ofBricks.insert(ofBricks.end(), solver::derivedFieldNames.begin(), solver::derivedFieldNames.end());
+  EXPECT_EQ(file.variables(EX_ELEM_BLOCK), ofBricks);
 
   auto history = readHistory("out/bar.csv");
   const std::vector<double> last = file.values(EX_GLOBAL, 4, 1);
@@ -509,8 +556,15 @@ TEST_F(CompleteRun, Fields) {
     EXPECT_NEAR(momentum, history["momentum_z"][row], 1e-9 * std::abs(momentum)) << step;
     EXPECT_NEAR(strain, history["strain_energy"][row], 1e-9 * strain + 1e-9) << step;
   }
-  // thrown against its foot the bar is pressed together
-  for (double stress : file.values(EX_ELEM_BLOCK, 2, "stress_zz")) EXPECT_LT(stress, 0);
+  // thrown against its foot the bar is pressed together, along the third principal direction
+  const std::vector<double> along = file.values(EX_ELEM_BLOCK, 2, "principal_direction_3_z"),
+                            least = file.values(EX_ELEM_BLOCK, 2, "principal_stress_3"),
+                            stress = file.values(EX_ELEM_BLOCK, 2, "stress_zz");
+  for (std::size_t e = 0; e < stress.size(); ++e) {
+    EXPECT_LT(stress[e], 0);
+    EXPECT_LE(least[e], stress[e]);
+    EXPECT_GT(std::abs(along[e]), 0.9);
+  }
 }
 
 TEST_F(CompleteRun, MessageAndStatusFile) {

@@ -1,0 +1,287 @@
+// Output filters: the difference equation, the responses of designed filters, operators and lists.
+#include "filter_design.h"
+#include "spx.h"
+#include "tests/support/random.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <complex>
+#include <limits>
+#include <stdexcept>
+
+namespace {
+
+using sharedanalysis::host::FilterType;
+using sharedanalysis::host::LowPass;
+using sharedanalysis::host::lowPassCoefficients;
+using sharedanalysis::test::Random;
+using Values = std::vector<double>;
+
+constexpr double kPi = 3.14159265358979323846;
+const double kNan = std::numeric_limits<double>::quiet_NaN();
+
+// A block with its history under the library's filter.
+struct Filter {
+  int32_t n, ncomp, K, unread = 0;
+  Values coef, hist;
+
+  Filter(int32_t points, int32_t components, Values coefficients)
+      : n(points), ncomp(components), K(static_cast<int32_t>(coefficients.size() / 5)), coef(std::move(coefficients)),
+        hist(n * ncomp * (2 * K + 2)) {}
+  void start(const Values& field) {
+    const int32_t ordinary = 1;
+    SPX_OPE_INIFILTERFLD(&n, &ordinary, &ncomp, &K, &unread, field.data(), nullptr, hist.data());
+  }
+  void advance(Values& field) {
+    SPX_OPE_FILTERFLD(&n, &ncomp, &unread, &K, field.data(), &unread, coef.data(), hist.data());
+  }
+  Values slot(int number) const { return {hist.begin() + (number - 1) * n * ncomp, hist.begin() + number * n * ncomp}; }
+};
+
+Values randomValues(Random& random, std::size_t count) {
+  Values values(count);
+  for (double& v : values) v = random.uniform(-1, 1);
+  return values;
+}
+
+// Response of the cascade at one frequency, from its coefficients.
+double gain(const Values& coef, double frequency, double increment) {
+  const std::complex<double> z = std::polar(1.0, -2 * kPi * frequency * increment);
+  std::complex<double> response = 1;
+  for (std::size_t k = 0; k < coef.size(); k += 5)
+    response *= (coef[k] + z * (coef[k + 1] + z * coef[k + 2])) / (1.0 + z * (coef[k + 3] + z * coef[k + 4]));
+  return std::abs(response);
+}
+
+// The squared gain that the type promises, with the frequency warped as the bilinear transform does.
+double promised(const LowPass& filter, double frequency, double increment) {
+  const double w = std::tan(kPi * frequency * increment) / std::tan(kPi * filter.cutoff * increment);
+  const int n = filter.order;
+  const auto chebyshev = [n](double x) { return x <= 1 ? std::cos(n * std::acos(x)) : std::cosh(n * std::acosh(x)); };
+  switch (filter.type) {
+  case FilterType::chebyshev1: {
+    const double e2 = std::pow(10, filter.ripple / 10) - 1, t = chebyshev(w);
+    return (1 + e2) / (1 + e2 * t * t);
+  }
+  case FilterType::chebyshev2: {
+    const double e2 = 1 / (std::pow(10, filter.attenuation / 10) - 1), t = chebyshev(1 / w);
+    return 1 / (1 + 1 / (e2 * t * t));
+  }
+  default:
+    return 1 / (1 + std::pow(w, 2 * n));
+  }
+}
+
+TEST(Filter, IsTheDifferenceEquationOfItsSectionsOneAfterAnother) {
+  Random random(41);
+  const int n = 150, ncomp = 3, K = 3, steps = 12;
+  Values coef = randomValues(random, 5 * K);
+  Filter filter(n, ncomp, coef);
+  const Values first = randomValues(random, n * ncomp);
+  filter.start(first);
+  // signal[0] is the input, signal[k] the output of section k; two increments before the first one
+  std::vector<std::vector<Values>> signal(K + 1, {first, first});
+  for (int step = 0; step < steps; ++step) {
+    Values field = randomValues(random, n * ncomp);
+    signal[0].push_back(field);
+    for (int k = 1; k <= K; ++k) {
+      const double* c = &coef[5 * (k - 1)];
+      const auto &x = signal[k - 1], &y = signal[k];
+      const std::size_t now = y.size();
+      Values out(n * ncomp);
+      for (int i = 0; i < n * ncomp; ++i)
+        out[i] = c[0] * x[now][i] + c[1] * x[now - 1][i] + c[2] * x[now - 2][i] - c[3] * y[now - 1][i] -
+                 c[4] * y[now - 2][i];
+      signal[k].push_back(out);
+    }
+    filter.advance(field);
+    EXPECT_EQ(field, signal[K].back());
+  }
+  for (int k = 0; k <= K; ++k) {
+    EXPECT_EQ(filter.slot(2 * k + 1), signal[k].back());
+    EXPECT_EQ(filter.slot(2 * k + 2), *(signal[k].end() - 2));
+  }
+}
+
+TEST(Filter, WithoutSectionsAndWithOneThatPassesAll) {
+  Filter none(2, 1, {}), pass(2, 1, {1, 0, 0, 0, 0});
+  for (Filter* filter : {&none, &pass}) {
+    filter->start({1, 2});
+    Values field = {3, 4};
+    filter->advance(field);
+    EXPECT_EQ(field, (Values{3, 4}));
+    EXPECT_EQ(filter->slot(1), (Values{3, 4}));
+    EXPECT_EQ(filter->slot(2), (Values{1, 2}));
+  }
+  EXPECT_EQ(pass.slot(3), (Values{3, 4}));
+  none.K = -1; // counts as none
+  Values field = {5, 6};
+  none.advance(field);
+  EXPECT_EQ(none.slot(1), (Values{5, 6}));
+}
+
+TEST(Filter, ConstantSignalsPassFromTheFirstIncrementOn) {
+  for (FilterType type : {FilterType::butterworth, FilterType::chebyshev1, FilterType::chebyshev2}) {
+    Filter filter(1, 2, lowPassCoefficients({type, 8, 200}, 1e-5));
+    const Values constant = {7.25, -1e6};
+    filter.start(constant);
+    for (int step = 0; step < 2000; ++step) {
+      Values field = constant;
+      filter.advance(field);
+      for (int i = 0; i < 2; ++i) ASSERT_NEAR(field[i] / constant[i], 1, 1e-8) << step;
+    }
+  }
+}
+
+TEST(FilterDesign, ResponsesAreThoseOfTheirTypes) {
+  const double increment = 1e-4;
+  for (FilterType type : {FilterType::butterworth, FilterType::chebyshev1, FilterType::chebyshev2})
+    for (int order : {2, 4, 6, 10})
+      for (double cutoff : {20.0, 600.0, 4500.0}) {
+        const LowPass filter{type, order, cutoff, 0.7, 35};
+        const Values coef = lowPassCoefficients(filter, increment);
+        ASSERT_EQ(coef.size(), 5U * order / 2);
+        for (std::size_t k = 0; k < coef.size(); k += 5) {
+          EXPECT_NEAR((coef[k] + coef[k + 1] + coef[k + 2]) / (1 + coef[k + 3] + coef[k + 4]), 1, 1e-11);
+          EXPECT_LT(std::abs(coef[k + 4]), 1) << "stable";
+          EXPECT_LT(std::abs(coef[k + 3]), 1 + coef[k + 4]);
+        }
+        for (double f : {0.1 * cutoff, 0.7 * cutoff, 0.97 * cutoff, cutoff, 1.05 * cutoff, 1.1 * cutoff, 4900.0}) {
+          const double expected = std::sqrt(promised(filter, f, increment));
+          EXPECT_NEAR(gain(coef, f, increment), expected, 1e-9 + 1e-8 * expected) << order << ' ' << cutoff << ' ' << f;
+        }
+      }
+}
+
+TEST(FilterDesign, PublishedSections) {
+  // With the cut-off at a quarter of the rate c is 1: s^2 + 2 a s + m comes back from a1, a2.
+  const auto expectSections = [](const LowPass& filter, std::vector<std::pair<double, double>> expected) {
+    const Values coef = lowPassCoefficients(filter, 0.25 / filter.cutoff);
+    for (std::size_t k = 0; k < expected.size(); ++k) {
+      const double a1 = coef[5 * k + 3], a2 = coef[5 * k + 4], scale = 1 - a1 + a2;
+      EXPECT_NEAR(2 * (1 - a2) / scale, expected[k].first, 1e-6);
+      EXPECT_NEAR((1 + a1 + a2) / scale, expected[k].second, 1e-6);
+    }
+  };
+  // L. Weinberg, Network Analysis and Synthesis (1962), tables of Butterworth and 1/2 dB Chebyshev polynomials
+  expectSections({FilterType::butterworth, 4, 100}, {{1.847759, 1}, {0.765367, 1}});
+  expectSections({FilterType::chebyshev1, 2, 100, 0.5}, {{1.425625, 1.516203}});
+  expectSections({FilterType::chebyshev1, 4, 100, 0.5}, {{0.846680, 0.356412}, {0.350706, 1.063519}});
+  // Butterworth of order 4 at a fifth of half the rate, multiplied out
+  const Values c = lowPassCoefficients({FilterType::butterworth, 4, 0.1}, 1);
+  EXPECT_NEAR(c[3] + c[8], -2.369513, 1e-6);
+  EXPECT_NEAR(c[4] + c[9] + c[3] * c[8], 2.313988, 1e-6);
+  EXPECT_NEAR(c[3] * c[9] + c[4] * c[8], -1.054665, 1e-6);
+  EXPECT_NEAR(c[4] * c[9], 0.187379, 1e-6);
+  EXPECT_NEAR(c[0] * c[5], 0.004824, 1e-6);
+}
+
+TEST(FilterDesign, RefusesWhatIsNoFilter) {
+  const auto refuses = [](const LowPass& filter, double increment) {
+    EXPECT_THROW(lowPassCoefficients(filter, increment), std::invalid_argument);
+  };
+  for (int order : {0, 1, 3, 22, -2}) refuses({FilterType::butterworth, order, 100}, 1e-4);
+  for (double cutoff : {0.0, -1.0, 5000.0, 1e9, kNan}) refuses({FilterType::butterworth, 2, cutoff}, 1e-4);
+  for (double increment : {0.0, -1e-4, kNan, std::numeric_limits<double>::infinity()})
+    refuses({FilterType::butterworth, 2, 100}, increment);
+  refuses({FilterType::chebyshev1, 2, 100, 0}, 1e-4);
+  refuses({FilterType::chebyshev2, 2, 100, 1, kNan}, 1e-4);
+}
+
+TEST(FilterDesign, SineThroughTheKernelHasTheGainOfItsFrequency) {
+  const double increment = 1e-5;
+  const LowPass definition{FilterType::chebyshev2, 6, 1000, 0.5, 40};
+  const Values frequencies = {300, 800, 1000, 1500, 6000};
+  Filter filter(5, 1, lowPassCoefficients(definition, increment));
+  filter.start(Values(5));
+  Values largest(5);
+  for (int step = 1; step <= 20000; ++step) {
+    Values field(5);
+    for (int i = 0; i < 5; ++i) field[i] = std::sin(2 * kPi * frequencies[i] * step * increment);
+    filter.advance(field);
+    for (int i = 0; i < 5 && step > 10000; ++i) largest[i] = std::max(largest[i], std::abs(field[i]));
+  }
+  // a sampled sine misses its top by up to half an increment
+  for (int i = 0; i < 5; ++i) {
+    const double expected = std::sqrt(promised(definition, frequencies[i], increment));
+    EXPECT_NEAR(largest[i], expected, 0.02 * expected) << frequencies[i];
+  }
+}
+
+TEST(Operators, RunningMaximumMinimumMagnitudeAndTheirTimes) {
+  const Values signal = {1, -3, 2, 2, -4, 3.5, 0};
+  const std::vector<Values> running = {
+      signal, {1, 1, 2, 2, 2, 3.5, 3.5}, {1, -3, -3, -3, -4, -4, -4}, {1, 3, 3, 3, 4, 4, 4}};
+  const std::vector<Values> reached = {
+      {0, 1, 2, 3, 4, 5, 6}, {0, 0, 2, 2, 2, 5, 5}, {0, 1, 1, 1, 4, 4, 4}, {0, 1, 1, 1, 4, 4, 4}};
+  const int32_t n = 1, ncomp = 1, mode = 1, K = 1;
+  const Values pass = {1, 0, 0, 0, 0};
+  for (int32_t operation = 0; operation < 4; ++operation) {
+    Values state(1), filteredState(1), hist(4), times(1), filteredTimes(1), timed(1), filteredTimed(1), histTimed(4);
+    SPX_OPE_INIONLYOPERATORFLD(&n, &mode, &ncomp, &operation, &signal[0], nullptr, state.data());
+    SPX_OPE_INIFILTEROPERFLD(&n, &mode, &ncomp, &K, &operation, &signal[0], nullptr, hist.data(), filteredState.data());
+    timed = filteredTimed = state, histTimed = hist;
+    EXPECT_EQ(state, filteredState);
+    for (std::size_t step = 0; step < signal.size(); ++step) {
+      const auto time = static_cast<double>(step);
+      Values field[4] = {{signal[step]}, {signal[step]}, {signal[step]}, {signal[step]}};
+      SPX_OPE_ONLYOPERATORFLD(&n, &ncomp, &operation, field[0].data(), state.data());
+      SPX_OPE_FILTEROPERFLD(&n, &ncomp, &operation, &K, field[1].data(), filteredState.data(), pass.data(),
+                            hist.data());
+      SPX_OPE_ONLYOPERFILTERTIME(&n, &ncomp, &operation, field[2].data(), timed.data(), &time, times.data());
+      SPX_OPE_OPERFILTERTIME(&n, &ncomp, &operation, &K, field[3].data(), filteredTimed.data(), pass.data(),
+                             histTimed.data(), &time, filteredTimes.data());
+      for (const Values& f : field) EXPECT_EQ(f[0], running[operation][step]);
+      for (const Values& s : {state, filteredState, timed, filteredTimed}) EXPECT_EQ(s[0], running[operation][step]);
+      EXPECT_EQ(times[0], reached[operation][step]) << operation;
+      EXPECT_EQ(filteredTimes[0], reached[operation][step]);
+      EXPECT_EQ(hist[2], signal[step]) << "the filtered value";
+    }
+    // what is no number stays, except where each value is taken as it comes
+    for (double next : {kNan, 9.0}) {
+      Values field = {next};
+      SPX_OPE_ONLYOPERATORFLD(&n, &ncomp, &operation, field.data(), state.data());
+    }
+    EXPECT_EQ(std::isnan(state[0]), operation != 0);
+  }
+}
+
+TEST(ElementSets, AreTheWholeBlockAtTheirPointsAndLeaveTheOthers) {
+  Random random(42);
+  const int32_t n = 300, ncomp = 2, K = 2, mode = 2, operation = 3, unread = 0;
+  const Values coef = randomValues(random, 5 * K), value = randomValues(random, n * ncomp), untouched(n * ncomp, -7);
+  std::vector<int32_t> list;
+  for (int32_t p = n; p > 0; --p)
+    if (random.integer(0, 2) == 0) list.push_back(p);
+  const auto count = static_cast<int32_t>(list.size());
+  Values hist(n * ncomp * 6), state(n * ncomp), listedHist(hist.size(), -7), listedState = untouched;
+  SPX_OPE_INIFILTEROPERFLD(&n, &mode, &ncomp, &K, &operation, untouched.data(), value.data(), hist.data(),
+                           state.data());
+  for (std::size_t k = 0; k < hist.size(); ++k) EXPECT_EQ(hist[k], value[k % value.size()]);
+  for (int k = 0; k < n * ncomp; ++k) EXPECT_EQ(state[k], std::abs(value[k]));
+  SPX_OPE_INIFILTEROPERFLDELSET(&n, &count, list.data(), &mode, &ncomp, &K, &operation, untouched.data(), value.data(),
+                                listedHist.data(), listedState.data());
+  std::vector<bool> isListed(n);
+  for (int32_t p : list) isListed[p - 1] = true;
+  for (int step = 0; step < 4; ++step) {
+    const Values raw = randomValues(random, n * ncomp);
+    Values field = raw, listedField = raw;
+    if (step % 2 == 0) {
+      SPX_OPE_FILTERFLD(&n, &ncomp, &unread, &K, field.data(), &unread, coef.data(), hist.data());
+      SPX_OPE_FILTERFLDELSET(&n, &count, list.data(), &ncomp, &unread, &K, listedField.data(), &unread, coef.data(),
+                             listedHist.data());
+    } else {
+      SPX_OPE_FILTEROPERFLD(&n, &ncomp, &operation, &K, field.data(), state.data(), coef.data(), hist.data());
+      SPX_OPE_FILTEROPERFLDELSET(&n, &count, list.data(), &ncomp, &operation, &K, listedField.data(),
+                                 listedState.data(), coef.data(), listedHist.data());
+    }
+    for (int k = 0; k < n * ncomp; ++k) {
+      EXPECT_EQ(listedField[k], isListed[k % n] ? field[k] : raw[k]);
+      EXPECT_EQ(listedState[k], isListed[k % n] ? state[k] : -7);
+    }
+    for (std::size_t k = 0; k < hist.size(); ++k) EXPECT_EQ(listedHist[k], isListed[k % n] ? hist[k] : -7);
+  }
+}
+
+} // namespace

@@ -1,0 +1,382 @@
+// Records of orientations: what they turn, against rotations by axis and angle, and where they lie.
+#include "spx.h"
+#include "tests/support/turns.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <vector>
+
+namespace {
+
+using namespace sharedanalysis::test;
+using Reals = std::vector<double>;
+
+constexpr double kUntouched = -77, kPi = 3.141592653589793;
+constexpr int32_t kOne = 1;
+
+// Columns of a block, point fastest, from rows.
+Reals columns(const std::vector<Reals>& rows) {
+  Reals block;
+  for (std::size_t k = 0; k < rows[0].size(); ++k)
+    for (const Reals& row : rows) block.push_back(row[k]);
+  return block;
+}
+Reals reals(const Quaternion& q) { return {q.begin(), q.end()}; }
+Quaternion record(const Reals& out, std::size_t number, int length = 4) {
+  const double* r = out.data() + (number - 1) * static_cast<std::size_t>(length);
+  return length == 4 ? Quaternion{r[0], r[1], r[2], r[3]} : spatial(r[0], r[1]);
+}
+double unitError(const Quaternion& q) {
+  return std::abs(std::hypot(std::hypot(q[0], q[1]), std::hypot(q[2], q[3])) - 1);
+}
+
+// Distance of the record's rotation from the product of the given ones, the last applied first.
+double turnError(const Quaternion& found, std::initializer_list<Quaternion> turns) {
+  Matrix F, T = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, R, product;
+  turnedAxes(found, F);
+  for (const Quaternion& turn : turns) {
+    turnedAxes(turn, R);
+    multiply(T, R, product);
+    std::copy(&product[0][0], &product[0][0] + 9, &T[0][0]);
+  }
+  return distance(F, T);
+}
+
+std::vector<Quaternion> manyTurns(uint64_t seed) {
+  std::vector<Quaternion> turns = {{0, 0, 0, 1}, {1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}};
+  for (const std::array<double, 3>& axis :
+       {std::array<double, 3>{1, 1, 0}, {1, -1, 0}, {0, 1, -1}, {1, 1, 1}, {1, 2, 3}})
+    for (double angle : {kPi, kPi / 2, 2 * kPi / 3, -2 * kPi / 3, kPi - 1e-7, 1e-3})
+      turns.push_back(turnAbout(axis, angle));
+  Random random(seed);
+  while (turns.size() < 300) turns.push_back(randomTurn(random));
+  return turns;
+}
+
+// ---- elements in space and in the plane
+
+TEST(OrientationOutput, SpatialRecordsAreFollowedByAQuarterTurn) {
+  const std::vector<Quaternion> turns = manyTurns(1);
+  std::vector<Reals> rows;
+  for (const Quaternion& q : turns) rows.push_back(reals(q));
+  const Reals q = columns(rows);
+  const int32_t n = static_cast<int32_t>(turns.size());
+  Reals out(4 * turns.size() + 8, kUntouched);
+  int32_t counter = 2;
+  SPX_ODB_ORIENT3D(&n, &counter, q.data(), out.data());
+  EXPECT_EQ(counter, n + 2);
+  EXPECT_EQ(out[3], kUntouched);
+  EXPECT_EQ(out[4 * turns.size() + 4], kUntouched);
+  for (std::size_t i = 0; i < turns.size(); ++i) {
+    EXPECT_LT(turnError(record(out, i + 2), {turns[i], turnAbout({1, 0, 0}, kPi / 2)}), 1e-8);
+    EXPECT_NEAR(unitError(record(out, i + 2)), 1.68e-9, 2e-11); // eight digits of the root of 1/2
+  }
+  EXPECT_EQ(record(out, 2), (Quaternion{0.70710678, 0, 0, 0.70710678}));
+
+  // the inverse: both turns end where they began, bits and positive zeros included
+  counter = 2;
+  SPX_ODB_ORIENT3DINVERT(&n, &kOne, &kOne, &counter, q.data(), out.data());
+  EXPECT_EQ(counter, n + 2);
+  for (std::size_t i = 0; i < turns.size(); ++i) {
+    const Quaternion inverse = record(out, i + 2);
+    EXPECT_LT(turnError({0, 0, 0, 1}, {inverse, turns[i]}), 4e-15);
+    EXPECT_EQ(inverse[3], turns[i][3]);
+    for (std::size_t k = 0; k < 3; ++k) EXPECT_FALSE(inverse[k] == 0 && std::signbit(inverse[k]));
+  }
+}
+
+TEST(OrientationOutput, BeamsLieAlongTheirAxis) {
+  Random random(2);
+  std::vector<std::array<double, 2>> directions = {{1, 0},     {-1, 0},     {0, 2},    {0, -3},
+                                                   {-1, 1e-9}, {-1, -1e-9}, {1, 1e-12}};
+  while (directions.size() < 200) directions.push_back({random.uniform(-5, 5), random.uniform(-5, 5)});
+  std::vector<Reals> rows;
+  for (const auto& d : directions) {
+    const double x = random.integer(-8, 8), y = random.integer(-8, 8); // small integers keep differences exact enough
+    const bool exact = rows.size() < 7;
+    rows.push_back({9, 9, exact ? 0 : x, exact ? d[0] : x + d[0], exact ? 0 : y, exact ? d[1] : y + d[1]});
+  }
+  const int32_t n = static_cast<int32_t>(rows.size()), firstColumn = 3;
+  Reals out(2 * rows.size(), kUntouched);
+  int32_t counter = 1;
+  SPX_ODB_ORIENT2DBEAM(&n, &counter, columns(rows).data(), &firstColumn, out.data());
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    Matrix R;
+    turnedAxes(record(out, i + 1, 2), R);
+    const double length = std::hypot(directions[i][0], directions[i][1]);
+    EXPECT_NEAR(R[0][0], directions[i][0] / length, 1e-14) << i;
+    EXPECT_NEAR(R[1][0], directions[i][1] / length, 1e-14) << i;
+    EXPECT_LT(unitError(record(out, i + 1, 2)), 1e-15);
+  }
+  const double h = std::sqrt(2.0) / 2;
+  EXPECT_EQ(Reals(out.begin(), out.begin() + 6), (Reals{0, 1, 1, 0, 0.5 / h, h}));
+}
+
+// ---- cohesive elements
+
+Reals cosines(const Quaternion& turn, bool isSpatial) {
+  Matrix R;
+  turnedAxes(turn, R);
+  if (!isSpatial) return {R[0][0], R[1][1], R[0][1], R[1][0]};
+  return {R[0][0], R[1][1], R[2][2], R[0][1], R[1][2], R[2][0], R[1][0], R[2][1], R[0][2]};
+}
+
+TEST(OrientationOutput, CohesiveSidesAndTheirLocalOrientations) {
+  for (const bool isSpatial : {false, true}) {
+    const auto entry = isSpatial ? SPX_ODB_ORIENTCNE3D : SPX_ODB_ORIENTCNE2D;
+    const int length = isSpatial ? 4 : 2;
+    std::vector<Quaternion> turns;
+    Random random(3);
+    for (const Quaternion& q : manyTurns(4)) {
+      const double angle = 2 * std::atan2(std::hypot(q[0], q[1], q[2]), q[3]);
+      if (std::abs(std::sin(angle / 2)) < 0.1) continue; // small turns lose digits
+      turns.push_back(isSpatial ? q : turnAbout({0, 0, 1}, angle));
+    }
+    turns.resize(turns.size() / 2 * 2);
+    const std::size_t n = turns.size() / 2;
+    std::vector<Quaternion> local;
+    Reals table; // five columns a record, from x or from z on
+    for (int o = 0; o < 9; ++o) {
+      local.push_back(isSpatial ? randomTurn(random) : turnAbout({0, 0, 1}, random.uniform(-3, 3)));
+      const Reals q = reals(local.back());
+      table.insert(table.end(), q.begin(), q.end());
+      table.push_back(kUntouched);
+    }
+    std::vector<Reals> rows;
+    std::vector<int32_t> map, indices;
+    for (std::size_t e = 0; e < n; ++e) {
+      Reals row = cosines(turns[2 * e], isSpatial), second = cosines(turns[2 * e + 1], isSpatial);
+      row.insert(row.end(), second.begin(), second.end());
+      rows.push_back(row);
+      map.push_back(static_cast<int32_t>(n - e)); // entries in another order
+      for (int k = 0; k < 3; ++k) indices.push_back(random.integer(-1, 9));
+    }
+    const Reals matrices = columns(rows);
+    const int32_t nblock = static_cast<int32_t>(n), columnsOfTable = 5;
+    // no orientations, all four reals, two indices an entry, one index for both sides
+    for (const auto& [count, width] : {std::pair<int32_t, int32_t>{0, 2}, {4, 2}, {4, 3}, {4, 1}}) {
+      Reals out(static_cast<std::size_t>(2 * length) * (n + 1), kUntouched);
+      int32_t counter = 1;
+      entry(&nblock, &counter, &width, &columnsOfTable, &count, map.data(), indices.data(), table.data(),
+            matrices.data(), out.data());
+      EXPECT_EQ(counter, nblock + 1);
+      EXPECT_EQ(out[static_cast<std::size_t>(2 * length) * n], kUntouched);
+      for (std::size_t e = 0; e < n; ++e)
+        for (std::size_t side = 0; side < 2; ++side) {
+          const std::size_t at =
+              static_cast<std::size_t>((map[e] - 1) * width + (width > 1 ? static_cast<int>(side) : 0));
+          const int32_t index = count == 0 ? 0 : indices[at];
+          const Quaternion o = index > 0 ? local[static_cast<std::size_t>(index - 1)] : Quaternion{0, 0, 0, 1};
+          const Quaternion found = record(out, 2 * e + side + 1, length);
+          EXPECT_LT(turnError(found, {o, turns[2 * e + side]}), 1e-13) << isSpatial << " " << e << " " << count;
+          EXPECT_LT(unitError(found), 2e-14);
+        }
+    }
+  }
+}
+
+TEST(OrientationOutput, CohesiveRecordsByTheVectorPart) {
+  const double h = std::sqrt(0.5);
+  const struct {
+    Quaternion turn, record;
+  } cases[] = {{{0, 0, 0, 1}, {0, 0, 0, 1}},                              // the guard
+               {turnAbout({1, 1, 1}, 2 * kPi / 3), {0.5, 0.5, 0.5, 0.5}}, // three equal terms: the third
+               {turnAbout({1, -1, 0}, kPi), {-h, h, 0, 0}},               // 1 and 2 equal: the second is positive
+               {turnAbout({1, 0, -1}, kPi), {-h, 0, h, 0}},               // 1 and 3 equal: the third is
+               {turnAbout({0, 0, -1}, kPi / 2), {0, 0, h, -h}}};          // positive vector, also where w is as large
+  for (const auto& c : cases) {
+    Reals m = cosines(c.turn, true), out(8);
+    for (double& x : m) x = std::abs(x - std::round(x)) < 1e-12 ? std::round(x) + 0.0 : x; // cosines as they are stored
+    m.insert(m.end(), m.begin(), m.end());
+    int32_t counter = 1;
+    const int32_t none = 0;
+    SPX_ODB_ORIENTCNE3D(&kOne, &counter, &kOne, &kOne, &none, nullptr, nullptr, nullptr, m.data(), out.data());
+    for (std::size_t k = 0; k < 8; ++k) EXPECT_NEAR(out[k], c.record[k % 4], 1e-15) << c.turn[0] << " " << k;
+  }
+  // the plane table: z and w in columns 1 and 2, or in 3 and 4 of spatial ones
+  const Reals m = {1, 1, 0, 0, 0, 0, -1, 1}, plane = {0.6, 0.8}, space = {9, 9, 0.6, 0.8};
+  const int32_t indices[] = {1, 0}, two = 2, four = 4;
+  for (const int32_t* count : {&two, &four}) {
+    Reals out(4);
+    int32_t counter = 1;
+    SPX_ODB_ORIENTCNE2D(&kOne, &counter, &two, count, count, &kOne, indices,
+                        count == &two ? plane.data() : space.data(), m.data(), out.data());
+    EXPECT_EQ(Reals(out.begin(), out.begin() + 2), (Reals{0.6, 0.8}));
+    EXPECT_DOUBLE_EQ(out[2], h);
+    EXPECT_DOUBLE_EQ(out[3], h);
+  }
+}
+
+// ---- reinforcement
+
+TEST(OrientationOutput, BarsLieAlongAxisOne) {
+  const std::vector<Quaternion> turns = manyTurns(5);
+  Random random(6);
+  std::vector<Reals> axes, q, bars, ends;
+  for (std::size_t i = 0; i < turns.size(); ++i) {
+    Matrix R;
+    turnedAxes(turns[i], R);
+    const double sign = i % 2 == 0 ? 1 : -1; // every second one left-handed
+    axes.push_back(
+        {R[0][0], R[1][0], R[2][0], R[0][1], R[1][1], R[2][1], sign * R[0][2], sign * R[1][2], sign * R[2][2]});
+    q.push_back(reals(turns[i]));
+    const double angle = i < 8 ? kPi / 4 * static_cast<double>(i) : random.uniform(-4, 4),
+                 slope = random.uniform(-4, 4);
+    bars.push_back({3 * std::cos(angle), 3 * std::sin(angle)});
+    ends.push_back({1, 1 + 2 * std::cos(slope), -1, -1 + 2 * std::sin(slope)});
+  }
+  const int32_t n = static_cast<int32_t>(turns.size());
+  Reals fromAxes(4 * turns.size()), fromShell(fromAxes), fromMeridian(fromAxes);
+  int32_t a = 1, b = 1, c = 1;
+  SPX_ODB_ORIENTREBAR(&n, &a, columns(axes).data(), fromAxes.data());
+  SPX_ODB_ORIENTREBSHELL(&n, &b, columns(q).data(), columns(bars).data(), fromShell.data());
+  SPX_ODB_ORIENTREBAXSHELL(&n, &c, columns(ends).data(), &kOne, columns(bars).data(), fromMeridian.data());
+  EXPECT_TRUE(a == n + 1 && b == n + 1 && c == n + 1);
+  for (std::size_t i = 0; i < turns.size(); ++i) {
+    const double c1 = bars[i][0] / 3, s1 = bars[i][1] / 3, cm = (ends[i][1] - 1) / 2, sm = (ends[i][3] + 1) / 2;
+    EXPECT_LT(turnError(record(fromAxes, i + 1), {turns[i]}), 2e-15) << i;
+    const Quaternion bar = turnAbout({0, 0, 1}, std::atan2(s1, c1));
+    EXPECT_LT(turnError(record(fromShell, i + 1), {turns[i], bar}), 4e-15) << i;
+    for (const Reals* out : {&fromAxes, &fromShell, &fromMeridian}) EXPECT_LT(unitError(record(*out, i + 1)), 1e-15);
+    // along the meridian (cm, sm, 0) and the circumference (0, 0, 1); the third axis is their vector product
+    Matrix R;
+    turnedAxes(record(fromMeridian, i + 1), R);
+    const Matrix wanted = {{c1 * cm, -s1 * cm, sm}, {c1 * sm, -s1 * sm, -cm}, {s1, c1, 0}};
+    EXPECT_LT(distance(R, wanted), 4e-15) << i;
+  }
+}
+
+// ---- where records lie: several blocks, sub-records, sets
+
+// A member with its inputs bound: block of n points, counter, sub-records, set; without a set the plain form runs.
+struct SetOfElements {
+  int32_t blockNumber, blockSize, groupNumber, groupSize, last;
+  const int32_t* list;
+};
+using Run =
+    std::function<void(int32_t n, int32_t* counter, int32_t nsub, int32_t isub, const SetOfElements*, double* out)>;
+
+// Inputs that differ from point to point, long enough for every member.
+const Reals& inputs() {
+  static const Reals values = [] {
+    Random random(7);
+    Reals v(40 * 18);
+    for (double& x : v) x = random.uniform(-1, 1);
+    return v;
+  }();
+  return values;
+}
+const double* const in = inputs().data();
+
+#define PLACE(s) &s->blockNumber, &s->blockSize, &s->groupNumber, &s->groupSize, &s->last, s->list
+#define RUN(name, ...)                                                                                                 \
+  [](int32_t n, int32_t* counter, [[maybe_unused]] int32_t nsub, [[maybe_unused]] int32_t isub,                        \
+     const SetOfElements* s, double* out) {                                                                            \
+    if (s == nullptr)                                                                                                  \
+      name(&n, counter, __VA_ARGS__, out);                                                                             \
+    else                                                                                                               \
+      name##ELSET(&n, counter, PLACE(s), __VA_ARGS__, out);                                                            \
+  }
+#define RUN_INVERSE(plain, elset)                                                                                      \
+  [](int32_t n, int32_t* counter, int32_t nsub, int32_t isub, const SetOfElements* s, double* out) {                   \
+    if (s == nullptr)                                                                                                  \
+      plain(&n, &nsub, &isub, counter, in, out);                                                                       \
+    else                                                                                                               \
+      elset(&n, &nsub, &isub, counter, PLACE(s), in, out);                                                             \
+  }
+struct Member {
+  const char* name;
+  Run run;
+  int length; // reals of a record, both sides together
+  bool isInterleaved;
+  int written; // sub-records that are written at all
+};
+const int32_t kNone = 0;
+const Member kMembers[] = {
+    {"ORIENT2D", RUN(SPX_ODB_ORIENT2D, nullptr), 2, false, 1},
+    {"ORIENT2DBEAM", RUN(SPX_ODB_ORIENT2DBEAM, in, &kOne), 2, false, 1},
+    {"ORIENT2DL3BEAM", RUN(SPX_ODB_ORIENT2DL3BEAM, &nsub, &isub, nullptr, nullptr), 2, true, 2},
+    {"ORIENT3D", RUN(SPX_ODB_ORIENT3D, in), 4, false, 1},
+    {"ORIENT3DL3", RUN(SPX_ODB_ORIENT3DL3, &nsub, &isub, in), 4, true, 9},
+    {"ORIENT3DINVERT", RUN_INVERSE(SPX_ODB_ORIENT3DINVERT, SPX_ODB_ORIENT3DELSETINVERT), 4, true, 9},
+    {"ORIENT3DL3INVERT", RUN_INVERSE(SPX_ODB_ORIENT3DL3INVERT, SPX_ODB_ORIENT3DL3ELSETINVERT), 4, true, 9},
+    {"ORIENTCNE2D", RUN(SPX_ODB_ORIENTCNE2D, &kOne, &kOne, &kNone, nullptr, nullptr, nullptr, in), 4, false, 1},
+    {"ORIENTCNE3D", RUN(SPX_ODB_ORIENTCNE3D, &kOne, &kOne, &kNone, nullptr, nullptr, nullptr, in), 8, false, 1},
+    {"ORIENTREBAR", RUN(SPX_ODB_ORIENTREBAR, in), 4, false, 1},
+    {"ORIENTREBSHELL", RUN(SPX_ODB_ORIENTREBSHELL, in, in + 200), 4, false, 1},
+    {"ORIENTREBAXSHELL", RUN(SPX_ODB_ORIENTREBAXSHELL, in, &kOne, in + 200), 4, false, 1},
+};
+
+// The record of point `point` of a block of n, alone.
+Reals alone(const Member& m, int32_t n, int point) {
+  Reals out(static_cast<std::size_t>(m.length) * 40, kUntouched);
+  int32_t counter = 1;
+  m.run(n, &counter, 1, 1, nullptr, out.data());
+  EXPECT_EQ(counter, n + 1) << m.name;
+  return {out.begin() + m.length * (point - 1), out.begin() + m.length * point};
+}
+
+TEST(OrientationRecords, FillTheBufferBlockByBlock) {
+  for (const Member& m : kMembers)
+    for (const int32_t nsub : {1, 3}) {
+      if (!m.isInterleaved && nsub > 1) continue;
+      const int32_t lengths[] = {5, 1, 12, 7};
+      Reals out(static_cast<std::size_t>(m.length * nsub) * 40, kUntouched), wanted = out;
+      int32_t counter = 4, element = 4;
+      for (const int32_t n : lengths) {
+        for (int32_t isub = 1; isub <= nsub; ++isub) {
+          EXPECT_EQ(counter, element);
+          m.run(n, &counter, nsub, isub, nullptr, out.data());
+          for (int32_t i = 1; i <= n && isub <= m.written; ++i) {
+            const Reals one = alone(m, n, i);
+            std::copy(one.begin(), one.end(), wanted.begin() + m.length * (isub - 1 + nsub * (element + i - 2)));
+          }
+        }
+        element += n;
+        EXPECT_EQ(counter, element) << m.name;
+      }
+      EXPECT_EQ(out, wanted) << m.name;
+    }
+}
+
+TEST(OrientationRecords, SetsTakeTheirMembersBlockByBlock) {
+  // blocks of 10 in groups of 100; the last of each group is shorter
+  constexpr int32_t kSize = 10, kGroup = 100, kLengths[2][3] = {{10, 10, 3}, {10, 1, 9}};
+  std::vector<int32_t> all;
+  for (int32_t g = 0; g < 2; ++g)
+    for (int32_t b = 0; b < 3; ++b)
+      for (int32_t e = 1; e <= kLengths[g][b]; ++e) all.push_back(g * kGroup + b * kSize + e);
+  const std::vector<int32_t> sets[] = {all,          {}, {1}, {10}, {11}, {129}, {1, 9, 10, 11, 23, 101, 111, 121},
+                                       {3, 105, 106}};
+  for (const Member& m : kMembers)
+    for (const int32_t nsub : {1, 3}) {
+      if (!m.isInterleaved && nsub > 1) continue;
+      for (const std::vector<int32_t>& list : sets) {
+        Reals out(static_cast<std::size_t>(m.length * nsub) * (list.size() + 1), kUntouched), wanted = out;
+        int32_t counter = 1;
+        for (int32_t g = 0; g < 2; ++g)
+          for (int32_t b = 0; b < 3; ++b) {
+            const int32_t n = kLengths[g][b], before = g * kGroup + b * kSize, start = counter;
+            const SetOfElements set{b + 1, kSize, g + 1, kGroup, static_cast<int32_t>(list.size()), list.data()};
+            int members = 0;
+            for (std::size_t k = 0; k < list.size(); ++k) {
+              if (list[k] <= before || list[k] > before + n) continue;
+              ++members;
+              const Reals one = alone(m, n, list[k] - before);
+              for (int32_t isub = 1; isub <= std::min(nsub, m.written); ++isub)
+                std::copy(one.begin(), one.end(), wanted.begin() + m.length * (isub - 1 + nsub * static_cast<int>(k)));
+            }
+            for (int32_t isub = 1; isub <= nsub; ++isub) {
+              EXPECT_EQ(counter, start) << m.name;
+              m.run(n, &counter, nsub, isub, &set, out.data());
+            }
+            EXPECT_EQ(counter, start + members) << m.name;
+          }
+        EXPECT_EQ(out, wanted) << m.name << " set of " << list.size();
+      }
+    }
+}
+
+} // namespace
