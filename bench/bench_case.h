@@ -68,5 +68,6 @@ void addBrickCases(std::vector<Case>& list);
 void addHyperelasticCases(std::vector<Case>& list);
 void addOutputCases(std::vector<Case>& list);
 void addUserCases(std::vector<Case>& list);
+void addTableCases(std::vector<Case>& list);
 
 } // namespace bench

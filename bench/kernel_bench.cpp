@@ -131,6 +131,7 @@ int main(int argc, char** argv) {
   bench::addHyperelasticCases(list);
   bench::addOutputCases(list);
   bench::addUserCases(list);
+  bench::addTableCases(list);
   for (Case& c : list) {
     if (!wanted(c.name)) continue;
     std::printf("%-24s", c.name.c_str());

@@ -16,7 +16,7 @@ install(FILES ${CMAKE_BINARY_DIR}/SharedAnalysisConfig.cmake ${CMAKE_BINARY_DIR}
 
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/host/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/sharedanalysis/host
   FILES_MATCHING PATTERN *.h)
-install(FILES ${CMAKE_SOURCE_DIR}/host/reference/reference_host.h
+install(FILES ${CMAKE_SOURCE_DIR}/host/reference/reference_host.h ${CMAKE_SOURCE_DIR}/host/tables/material_table.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/sharedanalysis/host)
 
 # The prefix is the file's own place, so that an installed tree may move.

@@ -1,4 +1,4 @@
-// The library's vector mathematics: exp, log, cos and acos for loops under `#pragma omp simd`, and the few helpers that
+// The library's vector mathematics: exp, log, log10, cos and acos for loops under `#pragma omp simd`, and the few helpers that
 // branch-free bodies need.
 //
 // Every function is a straight line of IEEE additions, multiplications, divisions and square roots on doubles and of unsigned
@@ -79,6 +79,10 @@ SA_INLINE double polynomial(double x, const double (&c)[count]) {
 
 // ln 2 in two parts: the first has 42 bits, so that its product with an exponent is exact.
 constexpr double kLn2High = 0x1.62e42fefa3800p-1, kLn2Low = 0x1.ef35793c76730p-45;
+
+// log10(2) and log10(e) in two parts: the first have 42 bits, for products with exponents, and 32 bits.
+constexpr double kLog10Of2High = 0x1.34413509f7800p-2, kLog10Of2Low = 0x1.fef311f12b358p-46;
+constexpr double kLog10OfEHigh = 0x1.bcb7b15200000p-2, kLog10OfELow = 0x1.b9438ca9aadd5p-36;
 
 // ---- exp
 
@@ -164,27 +168,61 @@ constexpr double kLogCoefficients[] = {0x1.5555555555592p-1, 0x1.999999997fee8p-
                                        0x1.c71c5216485a9p-3, 0x1.74663c54201e2p-3, 0x1.39a1fb8dc2a0fp-3,
                                        0x1.2f02e64daeed8p-3};
 
-// ln x for a positive normal x.  exponentBias is 1023, or 1023 + 54 for an x that was multiplied by 2^54.
-SA_INLINE double logNormal(double x, double exponentBias) {
-  // x = 2^k m with sqrt(1/2) <= m < sqrt(2)
+// x = 2^k (1 + f) with sqrt(1/2) <= 1 + f < sqrt(2), for a positive normal x.  exponentBias is 1023, or 1023 + 54 for an x that
+// was multiplied by 2^54.
+struct LogParts {
+  double k, f;
+};
+SA_INLINE LogParts logParts(double x, double exponentBias) {
   constexpr uint64_t one = 0x3ff0000000000000u, sqrtHalf = 0x3fe6a09e667f3bcdu, fraction = 0x000fffffffffffffu;
   const uint64_t bits = toBits(x) + (one - sqrtHalf);
   const double k = fromBits((bits >> 52) | 0x4330000000000000u) - (0x1p52 + exponentBias);
-  const double m = fromBits((bits & fraction) + sqrtHalf);
+  return {k, fromBits((bits & fraction) + sqrtHalf) - 1.0};
+}
+
+// ln x for a positive normal x.
+SA_INLINE double logNormal(double x, double exponentBias) {
+  const auto [k, f] = logParts(x, exponentBias);
   // ln(1 + f) = f - (f^2/2 - s (f^2/2 + R)), R = s^2 times the polynomial: the leading term f is exact
-  const double f = m - 1.0, s = f / (2.0 + f), z = s * s, halfSquare = 0.5 * f * f;
+  const double s = f / (2.0 + f), z = s * s, halfSquare = 0.5 * f * f;
   const double R = z * polynomial(z, kLogCoefficients);
   return k * kLn2High - ((halfSquare - (s * (halfSquare + R) + k * kLn2Low)) - f);
+}
+
+// log10 x for a positive normal x.
+SA_INLINE double log10Normal(double x, double exponentBias) {
+  const auto [k, f] = logParts(x, exponentBias);
+  const double s = f / (2.0 + f), z = s * s, halfSquare = 0.5 * f * f;
+  const double R = z * polynomial(z, kLogCoefficients);
+  // ln(1 + f) = head + tail with 21 bits in the head, so that its product with the 32 bits of the upper part is exact; then
+  // everything but the sum of the two leading terms is small
+  const double head = fromBits(toBits(f - halfSquare) & 0xffffffff00000000u);
+  const double tail = ((f - head) - halfSquare) + s * (halfSquare + R);
+  const double a = k * kLog10Of2High, b = head * kLog10OfEHigh, sum = a + b;
+  const double small = k * kLog10Of2Low + ((tail + head) * kLog10OfELow + tail * kLog10OfEHigh);
+  return sum + (((a - sum) + b) + small);
+}
+
+// Calls evaluate(x, exponentBias) for a positive normal x and brings the results of all other x in line.
+template <class Evaluate>
+SA_INLINE double logarithm(double x, Evaluate evaluate) {
+  const bool subnormal = x < 0x1p-1022;
+  double y = evaluate(select(subnormal, x * 0x1p54, x), select(subnormal, 1023.0 + 54.0, 1023.0));
+  y = select(x == kInfinity, x, y);
+  y = select(x == 0.0, -kInfinity, y);
+  return select(x >= 0.0, y, kNaN);
 }
 
 // ln x.  -infinity at +0 and -0, NaN below; subnormal arguments are right.
 // bound: log 0.87 ulp on [0x1p-1074, 0x1.fffffffffffffp1023]
 SA_INLINE double log(double x) {
-  const bool subnormal = x < 0x1p-1022;
-  double y = logNormal(select(subnormal, x * 0x1p54, x), select(subnormal, 1023.0 + 54.0, 1023.0));
-  y = select(x == kInfinity, x, y);
-  y = select(x == 0.0, -kInfinity, y);
-  return select(x >= 0.0, y, kNaN);
+  return logarithm(x, [](double y, double bias) SA_POINT { return logNormal(y, bias); });
+}
+
+// log10 x, with the special values of log.  Powers of ten in the range of normal numbers give their exponents exactly.
+// bound: log10 0.71 ulp on [0x1p-1074, 0x1.fffffffffffffp1023]
+SA_INLINE double log10(double x) {
+  return logarithm(x, [](double y, double bias) SA_POINT { return log10Normal(y, bias); });
 }
 
 // ln x for an x known to be positive, normal and finite; anything else gives an arbitrary number.  Same bits as log.

@@ -127,31 +127,50 @@ private:
   }
 
   void materials() {
-    for (const Table& table : root_.tables("material", materialKeys())) {
-      Material material = readMaterial(table);
-      if (findMaterial(material.name) != case_.materials.size())
-        table.fail("name", "a material \"" + material.name + "\" is there already, expected another name");
-      case_.materials.push_back(std::move(material));
+    materials_ = root_.tables("material", materialKeys());
+    if (materials_.empty()) throw InputError(file_.string() + ": no material, expected [[material]]");
+    for (const Table& table : materials_) {
+      const std::string name = table.text("name");
+      if (std::find(names_.begin(), names_.end(), name) != names_.end())
+        table.fail("name", "a material \"" + name + "\" is there already, expected another name");
+      names_.push_back(name);
+      if (isTabulated(table))
+        for (double temperature : table.reals("temperatures", "K")) readMaterial(table, temperature); // is it sound?
+      else
+        add(names_.size() - 1, 0, readMaterial(table));
     }
-    if (case_.materials.empty()) throw InputError(file_.string() + ": no material, expected [[material]]");
   }
 
-  std::size_t findMaterial(const std::string& name) const {
-    const auto found = std::find_if(case_.materials.begin(), case_.materials.end(),
-                                    [&](const Material& material) { return material.name == name; });
-    return static_cast<std::size_t>(found - case_.materials.begin());
+  std::size_t add(std::size_t table, double temperature, Material material) {
+    case_.materials.push_back(std::move(material));
+    return places_[{table, temperature}] = case_.materials.size() - 1;
+  }
+
+  // The material of a section, as one of the case: a tabulated one is there once for each temperature.
+  std::size_t materialOf(const Table& section) {
+    const std::string name = section.text("material");
+    const auto found = std::find(names_.begin(), names_.end(), name);
+    if (found == names_.end()) {
+      Names known;
+      for (const std::string& one : names_) known.push_back("\"" + one + "\"");
+      section.fail("material", "no material \"" + name + "\", expected " + joined(known, " or "));
+    }
+    const auto index = static_cast<std::size_t>(found - names_.begin());
+    const Table& table = materials_[index];
+    if (!isTabulated(table) && section.has("temperature"))
+      section.fail("temperature", "material \"" + name + "\" does not depend on temperature, expected none");
+    const double temperature = isTabulated(table) ? section.real("temperature", anyNumber, "K") : 0;
+    const auto place = places_.find({index, temperature});
+    if (place != places_.end()) return place->second;
+    Material material = readMaterial(table, temperature);
+    material.name += " at " + shortNumber(temperature) + " K";
+    return add(index, temperature, std::move(material));
   }
 
   void sections() {
-    for (const Table& table : root_.tables("section", {"group", "material"})) {
-      const std::string material = table.text("material");
-      const std::size_t index = findMaterial(material);
-      if (index == case_.materials.size()) {
-        Names names;
-        for (const Material& known : case_.materials) names.push_back("\"" + known.name + "\"");
-        table.fail("material", "no material \"" + material + "\", expected " + joined(names, " or "));
-      }
-      case_.sections.push_back({group(table, true), index});
+    for (const Table& table : root_.tables("section", {"group", "material", "temperature"})) {
+      const std::size_t material = materialOf(table);
+      case_.sections.push_back({group(table, true), material});
     }
     if (case_.sections.empty()) throw InputError(file_.string() + ": no section, expected [[section]]");
   }
@@ -202,6 +221,10 @@ private:
 
   std::filesystem::path file_;
   Table root_;
+  std::vector<Table> materials_;
+  Names names_; // of these
+  // Number of a table and temperature: the material of the case.
+  std::map<std::pair<std::size_t, double>, std::size_t> places_;
   CaseFile result_;
   Case& case_ = result_.definition;
 };

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <toml++/toml.h>
 
 namespace sharedanalysis::solver {
@@ -77,7 +78,14 @@ public:
 
   [[noreturn]] void fail(const char* key, const std::string& text) const { throw InputError(place(key) + ": " + text); }
 
+  // Lets `real` take an array of `count` numbers, of which `pick` makes one.
+  void allowArrays(std::size_t count, std::function<double(const std::vector<double>&)> pick) {
+    arrayLength_ = count;
+    pick_ = std::move(pick);
+  }
+
   double real(const char* key, const Range& range, const std::string& unit) const {
+    if (pick_ && isArray(key)) return pick_(numbers(key, range, unit, arrayLength_));
     return number(required(key, expectedNumber(range, unit)), key, range, unit);
   }
   double real(const char* key, const Range& range, const std::string& unit, double otherwise) const {
@@ -163,6 +171,15 @@ private:
     return *node.as_array();
   }
 
+  std::vector<double> numbers(const char* key, const Range& range, const std::string& unit, std::size_t count) const {
+    std::vector<double> values;
+    for (const toml::node& node : array(key, "")) values.push_back(number(node, key, range, unit));
+    if (values.size() != count)
+      fail(key, std::string(key) + " has " + counted(values.size(), "number") + ", expected one number or " +
+                    std::to_string(count));
+    return values;
+  }
+
   double number(const toml::node& node, const char* key, const Range& range, const std::string& unit) const {
     const auto value = node.is_number() ? node.value<double>() : std::nullopt;
     if (value && std::isfinite(*value) && range.holds(*value)) return *value;
@@ -174,6 +191,8 @@ private:
   const toml::table& table_;
   std::string name_;
   Names keys_;
+  std::size_t arrayLength_ = 0;
+  std::function<double(const std::vector<double>&)> pick_;
 };
 
 // The whole file.  Throws InputError where it cannot be read.

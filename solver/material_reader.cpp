@@ -1,5 +1,8 @@
 #include "material_reader.h"
 
+#include "material_table.h"
+#include "spx.h"
+
 namespace sharedanalysis::solver {
 namespace {
 
@@ -44,7 +47,7 @@ Names constantKeys(Model model) {
 
 const Names& materialKeys() {
   static const Names names = [] {
-    Names all{"name", "model", "density", "mullins", "failure"};
+    Names all{"name", "model", "density", "temperatures", "mullins", "failure"};
     for (std::size_t k = 0; k < modelNames().size(); ++k)
       for (std::string& key : constantKeys(static_cast<Model>(k)))
         if (std::find(all.begin(), all.end(), key) == all.end()) all.push_back(std::move(key));
@@ -160,7 +163,45 @@ DuctileFailure readFailure(const Table& table) {
 
 } // namespace
 
-Material readMaterial(const Table& table) {
+namespace {
+
+// Straight lines between the temperatures, the first and last value beyond them.
+double lookUp(const std::vector<double>& temperatures, const std::vector<double>& values, double temperature) {
+  std::vector<tables::Row> rows;
+  for (std::size_t k = 0; k < values.size(); ++k) rows.push_back({values[k], temperatures[k]});
+  tables::Pools pools;
+  const tables::Table table = tables::addTable(pools, {{.source = tables::kTemperature}}, rows);
+  const int32_t points = 1;
+  double value = 0;
+  SPX_GET_GETVAL(pools.ints.data(), pools.reals.data(), table.header.data(), &points, &table.option, nullptr, nullptr,
+                 &temperature, &value);
+  return value;
+}
+
+// The table with its arrays over temperature read at one.
+Table at(Table table, std::optional<double> temperature) {
+  std::vector<double> temperatures = table.reals("temperatures", "K");
+  for (std::size_t k = 1; k < temperatures.size(); ++k)
+    if (!(temperatures[k] > temperatures[k - 1]))
+      table.fail("temperatures", "temperatures does not increase at " + shortNumber(temperatures[k]) +
+                                     ", expected each number to be above the one before");
+  if (!temperature)
+    table.fail("temperatures", "material \"" + table.text("name") +
+                                   "\" depends on temperature and has none, expected single numbers or a section with "
+                                   "temperature");
+  const std::size_t count = temperatures.size();
+  table.allowArrays(count, [=, abscissas = std::move(temperatures)](const std::vector<double>& values) {
+    return lookUp(abscissas, values, *temperature);
+  });
+  return table;
+}
+
+} // namespace
+
+bool isTabulated(const Table& table) { return table.has("temperatures"); }
+
+Material readMaterial(const Table& given, std::optional<double> temperature) {
+  const Table table = isTabulated(given) ? at(given, temperature) : given;
   Material material;
   material.name = table.text("name");
   const std::string model = table.text("model", modelNames().front());
@@ -168,7 +209,7 @@ Material readMaterial(const Table& table) {
   if (known == modelNames().end())
     table.fail("model", "no model \"" + model + "\", expected one of " + joined(modelNames(), ", "));
   material.model = static_cast<Model>(known - modelNames().begin());
-  Names keys{"name", "model", "density", "mullins", "failure"};
+  Names keys{"name", "model", "density", "temperatures", "mullins", "failure"};
   for (const std::string& key : constantKeys(material.model)) keys.push_back(key);
   table.checkKeys(keys);
   material.density = table.real("density", positive, "kg/m3");

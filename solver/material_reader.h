@@ -3,11 +3,17 @@
 
 #include "case_table.h"
 
+#include <optional>
+
 namespace sharedanalysis::solver {
 
 // Every key that a table of a material may have.
 const Names& materialKeys();
 
-Material readMaterial(const Table& table);
+// A material whose constants depend on temperature has the key `temperatures`.
+bool isTabulated(const Table& table);
+
+// A tabulated material is read as it is at a temperature in K; without one that is an error.
+Material readMaterial(const Table& table, std::optional<double> temperature = {});
 
 } // namespace sharedanalysis::solver

@@ -357,7 +357,7 @@ Interface readInterface(const std::vector<std::string>& files) {
 std::string role(const std::string& unit) {
   static const char* const kWords[] = {"any",     "block",  "length", "count",   "rows", "stride", "list",
                                        "first",   "last",   "unread", "stretch", "mask", "flag",   "text",
-                                       "address", "record", "cursor", "place",   "set"};
+                                       "address", "record", "cursor", "place",   "set",  "table"};
   for (const char* word : kWords)
     if (unit == word) return word;
   if (startsWith(unit, "entity of ")) return "entity";

@@ -85,5 +85,7 @@ show("kCosCoefficients", "(cos(r) - 1 + r^2 / 2) / r^4 in r^2", lambda t: (cos(s
 show("kAsinCoefficients", "(asin(s) / s - 1) / s^2 in s^2", lambda t: (asin(sqrt(t)) / sqrt(t) - 1) / t,
      lambda t: t and t * sqrt(t) / asin(sqrt(t)), 0, mpf("0.25"), 13)
 parts("ln 2, 42 bits and the rest", log(2), [42])
+parts("log10(2), 42 bits and the rest", log(2) / log(10), [42])
+parts("log10(e), 32 bits and the rest", 1 / log(10), [32])
 parts("pi / 2, twice 33 bits and the rest", pi / 2, [33, 33])
 parts("pi, 53 bits and the rest", pi, [53])

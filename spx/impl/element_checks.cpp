@@ -5,10 +5,9 @@
 #include "glo/kernel.h"
 #include "host_services.h"
 #include "spx.h"
+#include "spx/impl/element_message.h"
 
-#include <algorithm>
 #include <limits>
-#include <string_view>
 
 // The sum runs in order of the elements, so that it has one value whatever the machine.
 SA_EXPORT double SPX_OPE_ERRORCHECK(const int32_t* nblock, int32_t* count, const double* flags) {
@@ -30,12 +29,8 @@ namespace sa {
 namespace {
 
 constexpr int32_t kMostMessages = 8;
-constexpr int32_t kMessageFile = -6, kStatus = 1;
-constexpr int64_t kInstanceLength = 80;
-
-// The text of a message is one text; a long one is kept in pieces, each with its blank at the end.
 struct DistortionMessage {
-  std::string_view plain, withInstance;
+  ElementMessage text;
   int32_t code;
   bool blankLines; // before the messages of a block
 };
@@ -50,34 +45,22 @@ struct DistortionMessage {
   "please check the *TIE definition for consistency, "                                                                 \
   "making sure that there are no common nodes between the slave and master surfaces."
 
-constexpr DistortionMessage kDistorted = {"Excessive distortion of element number %I",
-                                          "Excessive distortion of element number %I of instance %S",
-                                          dia_Codes::ExcessiveDistortion, true};
-constexpr DistortionMessage kDistortedWithAdvice = {"Element number %I " SA_ADVICE,
-                                                    "Element number %I of instance %S " SA_ADVICE,
-                                                    dia_Codes::ExcessiveDistortion, true};
-constexpr DistortionMessage kRotated = {"Excessive incremental rotation of element number %I.",
-                                        "Excessive incremental rotation of element number %I of instance %S.",
-                                        dia_Codes::ExcessiveRotation, false};
-static_assert(kDistortedWithAdvice.plain.size() == 525 && kDistortedWithAdvice.withInstance.size() == 540);
-
-void write(std::string_view type, std::string_view text, const int32_t* ints, const char* strings,
-           int64_t stringLength) {
-  GLO_UTI_WRITE(&kMessageFile, &kStatus, type.data(), text.data(), ints, nullptr, strings,
-                static_cast<int64_t>(type.size()), static_cast<int64_t>(text.size()), stringLength);
-}
+constexpr DistortionMessage kDistorted = {
+    {"Excessive distortion of element number %I", "Excessive distortion of element number %I of instance %S"},
+    dia_Codes::ExcessiveDistortion,
+    true};
+constexpr DistortionMessage kDistortedWithAdvice = {
+    {"Element number %I " SA_ADVICE, "Element number %I of instance %S " SA_ADVICE},
+    dia_Codes::ExcessiveDistortion,
+    true};
+constexpr DistortionMessage kRotated = {{"Excessive incremental rotation of element number %I.",
+                                         "Excessive incremental rotation of element number %I of instance %S."},
+                                        dia_Codes::ExcessiveRotation,
+                                        false};
+static_assert(kDistortedWithAdvice.text.plain.size() == 525 && kDistortedWithAdvice.text.withInstance.size() == 540);
 
 void reportElement(const DistortionMessage& message, int32_t element, bool inInstances) {
-  char instance[kInstanceLength];
-  int32_t number = element;
-  std::fill_n(instance, kInstanceLength, ' ');
-  if (inInstances) INPM_GETPARTINFOI(&element, instance, &number, kInstanceLength);
-  const bool named = std::any_of(instance, instance + kInstanceLength, [](char c) { return c != ' '; });
-  if (named)
-    write("Error", message.withInstance, &number, instance, kInstanceLength);
-  else
-    write("Error", message.plain, &element, nullptr, 0);
-
+  writeElementError(message.text, element, inInstances);
   const int32_t domain = DMPC_GETRANK();
   ACD_ERROR_XPL(&message.code, &domain, nullptr, nullptr, nullptr, nullptr, &element, 0);
 }
@@ -85,9 +68,8 @@ void reportElement(const DistortionMessage& message, int32_t element, bool inIns
 void reportMarked(const DistortionMessage& message, int32_t nblock, int32_t* counter, const int32_t* elements,
                   const double* flags) {
   if (message.blankLines && *counter <= kMostMessages)
-    for (int line = 0; line < 2; ++line) write("NewLine", " ", nullptr, nullptr, 0);
-  constexpr int32_t kHasInstances = SA_HOST_VARIABLE_HAS_INSTANCES;
-  const bool inInstances = DSM_VAR_GETI(&kHasInstances) == 1;
+    for (int line = 0; line < 2; ++line) writeMessage("NewLine", " ");
+  const bool inInstances = modelHasInstances();
   for (int32_t e = 0; e < nblock; ++e) {
     if (flags[e] == 0.0) continue;
     if (*counter < std::numeric_limits<int32_t>::max()) ++*counter;

@@ -27,8 +27,9 @@ const std::set<std::string> kWithoutVectors = {
     "GLO_UTI_BROADCAST0R", "GLO_UTI_BROADCAST0I", "GLO_UTI_BROADCAST0S",
 };
 // Maps may repeat and points keep their order, or single values are picked from records or go there: scalar loads and stores.
-const std::regex kThroughMaps("GLO_(UTI_.*(GATHER|SCATTER).*|UTI_ODBDIRCOPY.*|ASM_(GATHER|SCATTER).*|OPE_.*ASSEM.*)|"
-                              "SPX_ODB_(ORIENT2D(L3BEAM)?(ELSET)?|ORIENT3D(ELSET)?INVERT)");
+const std::regex
+    kThroughMaps("GLO_(UTI_.*(GATHER|SCATTER).*|UTI_ODBDIRCOPY.*|ASM_(GATHER|SCATTER).*|OPE_.*ASSEM.*)|"
+                 "SPX_ODB_(ORIENT2D(L3BEAM)?(ELSET)?|ORIENT3D(ELSET)?INVERT)|SPX_OPE_USERELEM(TO|FROM)CAT.*");
 
 // Copies move bits: full registers of any type will do.
 const std::regex kCopies("GLO_UTI_(COPYR|.*BROADCAST.*|INITROTATIONMATRIX)");

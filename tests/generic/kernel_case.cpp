@@ -6,12 +6,14 @@
 #include <stdexcept>
 #include <utility>
 
+#include "host/tables/material_table.h"
 #include "tests/support/random.h"
 
 namespace sa::test {
 namespace {
 
 using sharedanalysis::test::Random;
+namespace tables = sharedanalysis::tables;
 
 bool oneIn(Random& random, int n) { return random.integer(1, n) == 1; }
 
@@ -344,6 +346,67 @@ void fillMaterial(const RoutineInfo& routine, Array& array, Sizes& sizes, int va
   throw std::logic_error(std::string(routine.name) + ": no material for " + array.info->name);
 }
 
+// Material tables of every kind, by the option code and the number of points: constant, regular, and general ones of one
+// variable, short and long, and of three; their transforms are used by the codes that know them.
+struct TablePools {
+  tables::Pools pools;
+  tables::Table table;
+};
+TablePools makeTable(Sizes& sizes, int points) {
+  using namespace tables;
+  TablePools result;
+  const int option = sizes("option"), kind = points % 5 % 3;
+  const bool isRegular = option < 2 && sizes("extra") == 0;
+  Random random(static_cast<std::uint64_t>(7 + kind));
+  std::vector<Row> rows;
+  if (isRegular) {
+    std::vector<Axis> axes;
+    std::size_t values = 1;
+    for (int v = 0; v < option + sizes("dependencies"); ++v) {
+      axes.push_back({-1.0 + 0.25 * v, 0.5, 2 + v});
+      values *= static_cast<std::size_t>(2 + v);
+    }
+    std::vector<double> data(values);
+    for (double& x : data) x = random.uniform(-5, 5);
+    result.table = addRegularTable(result.pools, option == 1, axes, data);
+    return result;
+  }
+  if (option == 100) {
+    result.table = addConstant(result.pools, 4.5, 1);
+    return result;
+  }
+  const Scale root = option == 300 ? Scale::Root : Scale::Linear;
+  std::vector<Variable> variables = {
+      {state(1), true, false, root, 0.0}, {kTemperature, false, true}, {field(1), true, true}};
+  if (kind != 1) {
+    variables.pop_back();
+    variables.erase(variables.begin() + (option == 300 ? 1 : 0));
+  }
+  for (int row = 0; row < (kind == 0 ? 7 : 50); ++row) {
+    rows.push_back({random.uniform(-5, 5), random.uniform(0, 2)});
+    if (kind == 1) rows.back().insert(rows.back().end(), {0.5 * random.integer(-2, 0), 1.0 * random.integer(-1, 1)});
+  }
+  rows.push_back(rows[3]); // a jump
+  rows.back()[0] = 1.0;
+  result.table = addTable(result.pools, variables, rows, points % 2 == 0);
+  // The temperature is logarithmic.  Said afterwards, so that no logarithm of another library enters the bits.
+  for (std::size_t v = 0; v < variables.size(); ++v)
+    if (variables[v].source == kTemperature) {
+      result.table.header[4] = static_cast<std::int32_t>(v + 1);
+      result.table.header[5] = detail::append(result.pools.reals, {0.05});
+    }
+  return result;
+}
+
+template <class Container>
+void setTable(Array& array, const Container& values) {
+  array.lines = Lines::none;
+  array.lineCount = array.after = 1;
+  array.before = values.size();
+  array.bytes.resize(values.size() * array.elementSize);
+  std::memcpy(array.bytes.data(), values.data(), array.bytes.size());
+}
+
 std::string targetOf(const Array& map) { return std::string(map.info->unit).substr(10); } // after "entity of "
 
 } // namespace
@@ -390,6 +453,15 @@ KernelCase makeCase(const RoutineInfo& routine, int points, int variant) {
       fillMaterial(routine, array, sizes, variant);
     } else if (array.elementSize == sizeof(std::int64_t) && !info.isReal()) {
       array.setBits(0, static_cast<std::uint64_t>(sizes(info.name)));
+    } else if (info.is("table")) {
+      const TablePools table = makeTable(sizes, points);
+      const bool isPool = std::string_view(info.shape[0]) == "*";
+      if (info.isReal())
+        setTable(array, table.pools.reals);
+      else if (isPool)
+        setTable(array, table.pools.ints);
+      else
+        setTable(array, table.table.header);
     } else {
       const std::uint64_t seed =
           hashOf(routine.name, hashOf(info.name, static_cast<std::uint64_t>(points * 64 + variant)));

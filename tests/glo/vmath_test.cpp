@@ -51,6 +51,7 @@ const Function kFunctions[] = {
     {FUNCTION(expClamped, exp), kHalfLn2, {0, 709.43613930310391, 709.78, -708.3964185322637, -708.05, 1e-300}},
     {FUNCTION(expm1, expm1), kHalfLn2, {0, 709.78, 709.4361, -50, 0.34657359, -0.34657359, 1e-300}},
     {FUNCTION(log, log), 0, {1, kRootTwo, kRootHalf, 0x1p-1022, 0x1p-1074, 2, 0.5, 0x1.fffffffffffffp1023}},
+    {FUNCTION(log10, log10), 0, {1, 10, 1e-5, kRootTwo, kRootHalf, 0x1p-1022, 0x1p-1074, 2, 0x1.fffffffffffffp1023}},
     {FUNCTION(logPositive, log), 0, {1, kRootTwo, kRootHalf, 0x1p-1022, 0x1.fffffffffffffp1023}},
     {FUNCTION(cos, cos), kQuarterPi, {0, 1.5707963267948966, 3.1415926535897931, 4.7123889803846897, 1e5, 1e-300}},
     {FUNCTION(acos, acos), 0, {-1, 1, 0.5, -0.5, 0.48, 0, kRootHalf, 1e-20}},
@@ -211,11 +212,15 @@ TEST(VectorMath, SpecialValues) {
   for (double x : {-708.4, -1e5, -1e300, -kInf}) EXPECT_EQ(vm::expClamped(x), vm::exp(-708.3964185322637));
   EXPECT_GE(vm::expClamped(-kInf), 0x1p-1022);
 
-  EXPECT_EQ(vm::log(0.0), -kInf);
-  EXPECT_EQ(vm::log(-0.0), -kInf);
-  EXPECT_EQ(vm::log(kInf), kInf);
-  for (double x : {-5e-324, -1.0, -kInf}) EXPECT_TRUE(std::isnan(vm::log(x))) << x;
-  for (auto log : {function("log").own, function("logPositive").own}) {
+  for (auto log : {function("log").own, function("log10").own}) {
+    EXPECT_EQ(log(0.0), -kInf);
+    EXPECT_EQ(log(-0.0), -kInf);
+    EXPECT_EQ(log(kInf), kInf);
+    for (double x : {-5e-324, -1.0, -kInf}) EXPECT_TRUE(std::isnan(log(x))) << x;
+  }
+  for (int power = -307; power <= 308; ++power) // what a user writes as 1e-5 has the logarithm -5
+    EXPECT_EQ(vm::log10(std::strtod(("1e" + std::to_string(power)).c_str(), nullptr)), power);
+  for (auto log : {function("log").own, function("logPositive").own, function("log10").own}) {
     EXPECT_EQ(log(1.0), 0);
     EXPECT_FALSE(std::signbit(log(1.0)));
   }

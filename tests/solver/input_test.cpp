@@ -1,4 +1,5 @@
 // What the program answers to input that is wrong: the exit code, and a text that leads to the mistake.
+#include "case_reader.h"
 #include "files.h"
 #include "glo.h"
 #include "job.h"
@@ -233,6 +234,54 @@ TEST_F(Mistakes, GroupsAndSections) {
       {"mesh =", "job = \"a/b\"\nmesh =",
        "case.toml:1:7: job is \"a/b\", expected a name for files, without directories"},
   });
+}
+
+// The bar with a warm and a hot half of one material.
+constexpr const char* kTwoTemperatures = "material = \"rubber\"\ntemperature = 310\n\n[[section]]\n"
+                                         "group = \"upper\"\nmaterial = \"rubber\"\ntemperature = 500.5";
+std::string warmBar() {
+  const std::string tabulated = replaced(barCase, "C10 = 1e6", "temperatures = [300, 340]\nC10 = [1e6, 2e6]");
+  return replaced(tabulated, "material = \"rubber\"\n\n[[section]]\ngroup = \"upper\"\nmaterial = \"rubber\"",
+                  kTwoTemperatures);
+}
+
+TEST_F(Input, ConstantsThatDependOnTemperature) {
+  EXPECT_EQ(answer(warmBar(), solver::exitComplete), "");
+  const solver::Case definition = solver::readCase("case.toml").definition;
+  ASSERT_EQ(definition.materials.size(), 2u);
+  EXPECT_EQ(definition.materials[definition.sections[0].material].name, "rubber at 310 K");
+  EXPECT_DOUBLE_EQ(definition.materials[definition.sections[0].material].constants[0], 1.25e6);
+  EXPECT_DOUBLE_EQ(definition.materials[definition.sections[1].material].constants[0], 2e6); // held beyond the end
+  EXPECT_EQ(definition.materials[1].density, 1000);
+  EXPECT_EQ(definition.materials[1].constants[5], 1e7); // 1/D1, a single number
+
+  // the run is that with the numbers looked up by hand
+  const auto motion = [](const std::string& text) {
+    for (const std::string& file : filesIn("."))
+      if (file.starts_with("case.")) std::filesystem::remove(file);
+    EXPECT_EQ(answer(text, solver::exitComplete), "");
+    return readFile("case.csv");
+  };
+  const std::string same = replaced(warmBar(), "temperature = 500.5", "temperature = 310");
+  EXPECT_EQ(motion(same), motion(replaced(barCase, "C10 = 1e6", "C10 = 1.25e6")));
+  EXPECT_EQ(solver::readCase("case.toml").definition.materials.size(), 1u);
+}
+
+TEST_F(Input, MistakesOfTables) {
+  const std::vector<Mistake> mistakes = {
+      {"340]", "290]",
+       "case.toml:6:16: temperatures does not increase at 290, expected each number to be above the one before"},
+      {"[1e6, 2e6]", "[1e6, 2e6, 3e6]", "case.toml:7:7: C10 has 3 numbers, expected one number or 2"},
+      {"[1e6, 2e6]", "[1e6, -2e6]",
+       "case.toml:7:7: C10 + C01 of material \"rubber\" is -2e+06, expected a positive number in Pa (half the shear "
+       "modulus)"},
+      {"D1 = 1e-7", "D1 = [1e-7, 0]", "case.toml:8:13: D1 is 0, expected a positive number in 1/Pa"},
+      {"temperature = 310", "", "case.toml:10:1: temperature is missing in section, expected a finite number in K"},
+      {"temperatures = [300, 340]\nC10 = [1e6, 2e6]", "C10 = 1e6",
+       "case.toml:12:15: material \"rubber\" does not depend on temperature, expected none"},
+      {"temperatures = [300, 340]", "", "case.toml:7:7: C10 is an array, expected a finite number in Pa"},
+  };
+  for (const Mistake& m : mistakes) EXPECT_EQ(answer(replaced(warmBar(), m.from, m.to)), m.answer) << m.to;
 }
 
 TEST_F(Input, MeshFilesThatCannotBeRead) {

@@ -1,0 +1,588 @@
+// Material tables against an interpolation of the user's rows in long double with linear searches, on hand-made and random
+// tables; closed forms of integrals and transforms; the messages of what is rejected.
+#include "host/tables/material_table.h"
+#include "spx.h"
+#include "tests/support/random.h"
+#include "tests/support/recording_host.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <numeric>
+
+namespace {
+
+using namespace sharedanalysis::test;
+using namespace sharedanalysis::tables;
+using Real = long double;
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN(), kInf = std::numeric_limits<double>::infinity();
+
+// ---- the truth
+
+struct Truth {
+  Real value, derivatives[5]; // by variables 1, 2, ...
+};
+
+Real scaled(const Variable& v, Real x) {
+  if (v.scale == Scale::Logarithm) return x > v.reference ? std::log10(x) : std::trunc(std::log10(Real{v.reference}));
+  return v.scale == Scale::Root ? std::sqrt(x) : x;
+}
+
+// Interpolates along the last of the first `count` variables between tables of the others.
+Truth interpolated(const std::vector<Variable>& variables, std::size_t count, const std::vector<Row>& rows,
+                   const double* x) {
+  if (count == 0) return {rows[0][0], {}};
+  const Variable& variable = variables[count - 1];
+  std::vector<std::pair<Real, std::vector<Row>>> groups;
+  for (const Row& row : rows) {
+    const Real abscissa = scaled(variable, row[count]);
+    auto at = groups.begin();
+    while (at != groups.end() && at->first <= abscissa) ++at;
+    const bool isNew = count == 1 || at == groups.begin() || (at - 1)->first != abscissa; // equal rows are a jump
+    at = isNew ? groups.insert(at, {abscissa, {}}) : at - 1;
+    at->second.push_back(row);
+  }
+  const Real X = scaled(variable, x[count - 1]);
+  const bool below = X<groups.front().first, above = X> groups.back().first;
+  const auto end = [&](const auto& group) { return interpolated(variables, count - 1, group.second, x); };
+  if (groups.size() == 1 || (below && !variable.extrapolatesBelow)) return end(groups.front());
+  if (above && !variable.extrapolatesAbove) return end(groups.back());
+  std::size_t i = 0;
+  while (i + 2 < groups.size() && groups[i + 1].first <= X) ++i;
+  const Truth a = end(groups[i]), b = end(groups[i + 1]);
+  const Real width = groups[i + 1].first - groups[i].first, w = (X - groups[i].first) / width;
+  if (width == 0) return b;
+  Truth result = {(1 - w) * a.value + w * b.value, {}};
+  for (int v = 0; v < 5; ++v) result.derivatives[v] = (1 - w) * a.derivatives[v] + w * b.derivatives[v];
+  Real chain = 1;
+  if (variable.scale == Scale::Logarithm)
+    chain = x[count - 1] > variable.reference ? 0.43429448 / Real{x[count - 1]} : 0;
+  result.derivatives[count - 1] = (b.value - a.value) / width * chain;
+  return result;
+}
+
+// ---- calls
+
+// Points with two field variables, two state variables and a temperature; what a lookup leaves of them.
+struct Points {
+  int32_t n;
+  std::vector<double> fields, states, temperature, value, dField, dTemperature;
+  explicit Points(int points) : n(points) {
+    const auto size = static_cast<std::size_t>(n);
+    fields.resize(2 * size), states.resize(2 * size), temperature.resize(size);
+    value.assign(size, -77), dField.assign(2 * size, -77), dTemperature.assign(size, -77);
+  }
+  double& at(int32_t source, int i) {
+    const std::size_t column = static_cast<std::size_t>(std::abs(source) - 1) * static_cast<std::size_t>(n);
+    const auto k = static_cast<std::size_t>(i);
+    return source == 0 ? temperature[k] : source > 0 ? fields[column + k] : states[column + k];
+  }
+  double derivative(int32_t source, int i) const {
+    const auto k = static_cast<std::size_t>(i);
+    return source == 0 ? dTemperature[k] : dField[static_cast<std::size_t>((source - 1) * n) + k];
+  }
+  using Lookup = decltype(&SPX_GET_GETVALUE);
+  using ListedLookup = decltype(&SPX_GET_GETVALUEINDX);
+  Points& look(Lookup lookup, const Pools& p, const Table& t, int32_t derivatives = 1) {
+    lookup(&derivatives, p.ints.data(), p.reals.data(), t.header.data(), &n, &t.option, fields.data(), states.data(),
+           temperature.data(), value.data(), dField.data(), dTemperature.data());
+    return *this;
+  }
+  Points& look(ListedLookup lookup, const Pools& p, const Table& t, const std::vector<int32_t>& list) {
+    const int32_t derivatives = 1, count = static_cast<int32_t>(list.size());
+    lookup(&derivatives, p.ints.data(), p.reals.data(), t.header.data(), &n, &t.option, fields.data(), states.data(),
+           temperature.data(), value.data(), dField.data(), dTemperature.data(), &count, list.data());
+    return *this;
+  }
+};
+
+// A table of one temperature at some temperatures.
+Points atTemperatures(const Pools& pools, const Table& table, const std::vector<double>& x,
+                      Points::Lookup lookup = SPX_GET_GETVALUE) {
+  Points points(static_cast<int>(x.size()));
+  points.temperature = x;
+  return points.look(lookup, pools, table);
+}
+
+// Equal within a few roundings of the largest numbers that go into it.
+void expectClose(double got, Real wanted, double scale) {
+  EXPECT_NEAR(got, static_cast<double>(wanted), 1e-12 * scale);
+}
+
+// ---- lookups
+
+TEST(Tables, RandomTablesOfOneToFiveVariables) {
+  Random random(41);
+  for (int round = 0; round < 400; ++round) {
+    const std::size_t count = 1 + static_cast<std::size_t>(round % 5);
+    std::vector<Variable> variables;
+    std::vector<int32_t> sources = {kTemperature, field(2), state(1), field(1), state(2)};
+    for (std::size_t v = 0; v < count; ++v) {
+      const std::size_t pick = static_cast<std::size_t>(random.integer(0, static_cast<int>(sources.size()) - 1));
+      variables.push_back({sources[pick], random.integer(0, 1) == 1, random.integer(0, 1) == 1});
+      sources.erase(sources.begin() + static_cast<std::ptrdiff_t>(pick));
+    }
+    const std::size_t special = static_cast<std::size_t>(random.integer(0, 4));
+    if (special < count) {
+      variables[special].scale = Scale::Logarithm;
+      variables[special].reference = 0.05;
+      if (round % 2 == 0 && count > 1) variables[(special + 1) % count].scale = Scale::Root;
+    }
+    // groups of different lengths and breakpoints; few values of the slower variables, so that there are groups
+    std::vector<Row> rows;
+    for (int r = random.integer(1, 60); r > 0; --r) {
+      Row row = {random.uniform(-5, 5), random.uniform(0, 2)};
+      for (std::size_t v = 1; v < count; ++v) row.push_back(0.5 * random.integer(0, 3));
+      rows.push_back(row);
+    }
+    Pools pools;
+    pools.ints.assign(3, 99), pools.reals.assign(5, 99); // other tables come before
+    const Table table = addTable(pools, variables, rows);
+    EXPECT_EQ(table.option,
+              std::any_of(variables.begin(), variables.end(), [](const Variable& v) { return v.scale == Scale::Root; })
+                  ? 300
+                  : 500);
+
+    Points points(150);
+    std::vector<std::array<double, 5>> x(150);
+    for (int i = 0; i < points.n; ++i)
+      for (std::size_t v = 0; v < count; ++v)
+        points.at(variables[v].source, i) = x[static_cast<std::size_t>(i)][v] =
+            random.integer(0, 4) == 0 && variables[v].scale != Scale::Logarithm // whose rounding may cross a breakpoint
+                ? rows[static_cast<std::size_t>(i) % rows.size()][v + 1]
+                : random.uniform(variables[v].scale == Scale::Root ? 0.0 : -0.5, 2.5);
+    const Points before = points;
+    points.look(SPX_GET_GETVALUE, pools, table);
+    EXPECT_EQ(points.fields, before.fields);
+    EXPECT_EQ(points.states, before.states);
+    EXPECT_EQ(points.temperature, before.temperature);
+    for (int i = 0; i < points.n; ++i) {
+      const Truth truth = interpolated(variables, count, rows, x[static_cast<std::size_t>(i)].data());
+      // close breakpoints make steep lines, which magnify the rounding of their ends
+      double scale = 50;
+      for (std::size_t v = 0; v < count; ++v)
+        scale += 5 * std::abs(static_cast<double>(truth.derivatives[v])) + std::abs(static_cast<double>(truth.value));
+      expectClose(points.value[static_cast<std::size_t>(i)], truth.value, 100 * scale);
+      for (std::size_t v = 0; v < count; ++v)
+        if (variables[v].source >= 0) {
+          const double got = points.derivative(variables[v].source, i);
+          if (std::abs(got - static_cast<double>(truth.derivatives[v])) > 1e-7 * scale * scale)
+            ADD_FAILURE() << "round " << round << " point " << i << " variable " << v + 1 << ": " << got << ", not "
+                          << truth.derivatives[v];
+        }
+    }
+  }
+}
+
+TEST(Tables, PoolsLaidOutByHand) {
+  // columns: value, field 1, temperature; the table is of temperature alone
+  const double reals[] = {99, 10, 7, 1, 20, 7, 2, 50, 7, 4, 0, 1};
+  const int32_t ints[] = {99, 0, 3, /* record */ 3, 2, 0, 2, 1, 3, 0, 0, 0, 0, 0, 0, 11};
+  const int32_t header[] = {4, 1, 0, 1, 0, 0, 0}, option = 500, n = 5, yes = 1, no = 2;
+  const double x[] = {0, 1.5, 2, 4, 5};
+  double value[5], derivative[5] = {9, 9, 9, 9, 9};
+  SPX_GET_GETVALUE(&no, ints, reals, header, &n, &option, nullptr, nullptr, x, value, nullptr, derivative);
+  EXPECT_EQ(derivative[0], 9); // only a flag of 1 asks for them
+  SPX_GET_GETVALUE(&yes, ints, reals, header, &n, &option, nullptr, nullptr, x, value, nullptr, derivative);
+  const double values[] = {10, 15, 20, 50, 65}, derivatives[] = {0, 10, 15, 15, 15};
+  for (int i = 0; i < n; ++i) {
+    EXPECT_DOUBLE_EQ(value[i], values[i]);
+    EXPECT_DOUBLE_EQ(derivative[i], derivatives[i]);
+  }
+  double alone[5];
+  SPX_GET_GETVAL(ints, reals, header, &n, &option, nullptr, nullptr, x, alone);
+  for (int i = 0; i < n; ++i) EXPECT_EQ(alone[i], value[i]);
+}
+
+TEST(Tables, BreakpointsEndsJumpsAndSingleRows) {
+  Pools pools;
+  Random random(3);
+  for (int rows = 2; rows < 80; ++rows) { // short tables are searched in another way than long ones
+    std::vector<Row> data;
+    double x = random.uniform(-1, 1);
+    for (int r = 0; r < rows; ++r) data.push_back({random.uniform(-1e9, 1e9), x += random.uniform(0.1, 1)});
+    const Table table = addTable(pools, {{}}, data);
+    std::vector<double> at = {-kInf, kInf};
+    for (const Row& row : data) at.push_back(row[1]);
+    const Points points = atTemperatures(pools, table, at);
+    EXPECT_EQ(points.value[0], data.front()[0]);
+    EXPECT_EQ(points.value[1], data.back()[0]);
+    EXPECT_EQ(points.dTemperature[0], 0);
+    for (std::size_t r = 0; r < data.size(); ++r) {
+      EXPECT_EQ(points.value[r + 2], data[r][0]); // to the last bit
+      const std::size_t lower = std::min(r, data.size() - 2);
+      EXPECT_DOUBLE_EQ(points.dTemperature[r + 2],
+                       (data[lower + 1][0] - data[lower][0]) / (data[lower + 1][1] - data[lower][1]));
+    }
+  }
+  const Table one = addTable(pools, {{kTemperature, true, true}}, {{42, 1}});
+  const Table jump = addTable(pools, {{}}, {{1, 0}, {3, 1}, {7, 1}, {9, 2}, {5, 2}});
+  const Table steep = addTable(pools, {{kTemperature, true, true}}, {{1, 0}, {3, 0}, {4, 1}, {8, 1}});
+  const Points single = atTemperatures(pools, one, {-5, 1, 7, kNaN, kInf});
+  EXPECT_EQ(single.value, std::vector<double>(5, 42));
+  EXPECT_EQ(single.dTemperature, std::vector<double>(5, 0));
+  for (int repeat : {1, 3}) { // blocks below and above the length from which searches are vectorised
+    std::vector<double> x, more;
+    for (int k = 0; k < repeat; ++k) x.insert(x.end(), {0.5, 1, 1.5, 2, 3}), more.insert(more.end(), {-1, 0.5, 1, 2});
+    const Points jumps = atTemperatures(pools, jump, x), steeps = atTemperatures(pools, steep, more);
+    for (std::size_t k = 0; k < x.size(); ++k)
+      EXPECT_EQ(jumps.value[k], (std::array<double, 5>{2, 7, 8, 5, 5})[k % 5]) << k;
+    EXPECT_EQ(jumps.dTemperature[3], 0); // an interval without width
+    for (std::size_t k = 0; k < more.size(); ++k)
+      EXPECT_EQ(steeps.value[k], (std::array<double, 4>{3, 3.5, 8, 8})[k % 4]) << k;
+  }
+}
+
+TEST(Tables, NaNIsOfItsPointAlone) {
+  Pools pools;
+  for (int rows : {2, 5, 33, 1000}) {
+    std::vector<Row> data;
+    for (int r = 0; r < rows; ++r) data.push_back({std::sin(r), 1.0 * r});
+    const Table plain = addTable(pools, {{kTemperature, true, true}}, data),
+                logarithmic = addTable(pools, {{kTemperature, false, false, Scale::Logarithm, 0.5}}, data);
+    for (const Table& table : {plain, logarithmic}) {
+      const Points points = atTemperatures(pools, table, {0.25, kNaN, 0.75, 1, kNaN, 0, 1, 1, 1, 1});
+      for (std::size_t i = 0; i < 10; ++i) EXPECT_EQ(std::isnan(points.value[i]), i == 1 || i == 4);
+    }
+  }
+  // NaN among the abscissas of a short and a long table: searches end, within the rows
+  for (int count : {20, 60}) {
+    std::vector<Row> rows;
+    for (int r = 0; r < count; ++r) rows.push_back({1.0, 1.0 * r});
+    Pools own;
+    const Table table = addTable(own, {{}}, rows);
+    for (int bad : {0, 3, count - 1}) {
+      own.reals[static_cast<std::size_t>(2 * bad + 1)] = kNaN;
+      for (double x = -0.5; x < count; x += 0.5) {
+        const double value = atTemperatures(own, table, std::vector<double>(9, x)).value[8];
+        EXPECT_TRUE(value == 1 || std::isnan(value));
+        const int32_t lo = 1, length = 2, spare = 0, pos = 2;
+        const double none = 0;
+        int32_t i1 = 0, i2 = 0;
+        SPX_GET_SEGFIND(&lo, &count, &none, &none, &length, &spare, own.reals.data(), &pos, &x, &i1, &i2);
+        EXPECT_TRUE(i1 >= 1 && i2 <= count && (i2 == i1 || i2 == i1 + 1));
+      }
+    }
+  }
+}
+
+TEST(Tables, AMillionRows) {
+  Pools pools;
+  std::vector<Row> rows;
+  for (int r = 0; r < 1000000; ++r) rows.push_back({0.5 * r * r, 1.0 * r});
+  const Table table = addTable(pools, {{}}, rows, true);
+  std::vector<double> x;
+  Random random(8);
+  for (int i = 0; i < 5000; ++i) x.push_back(random.uniform(0, 999999));
+  const Points points = atTemperatures(pools, table, x), integrals = atTemperatures(pools, table, x, SPX_GET_INTEGRATE);
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    const double k = std::floor(x[i]);
+    EXPECT_NEAR(points.dTemperature[i], k + 0.5, 1e-6);
+    EXPECT_NEAR(points.value[i], 0.5 * k * k + (x[i] - k) * (k + 0.5), 1e-4);
+    EXPECT_NEAR(integrals.value[i], x[i] * x[i] * x[i] / 6, 1e-7 * x[i] * x[i] * x[i] + x[i]);
+  }
+}
+
+TEST(Tables, OnlyListedPointsAreTouched) {
+  Pools pools;
+  const Table constant = addConstant(pools, 4.5, 2);
+  const Table two = addTable(pools, {{kTemperature}, {field(1)}}, {{1, 0, 0}, {2, 1, 0}, {3, 0, 1}, {5, 1, 1}});
+  const Table one = addTable(pools, {{field(1)}}, {{1, 0}, {2, 1}});
+  Random random(9);
+  std::vector<int32_t> list;
+  for (int32_t i = 300; i > 0; i -= random.integer(1, 3)) list.push_back(i);
+  const std::pair<Points::ListedLookup, Points::Lookup> pairs[] = {{SPX_GET_GETVALUEINDX, SPX_GET_GETVALUE},
+                                                                   {SPX_TAB_GETVALUEINDX, SPX_TAB_GETVALUE},
+                                                                   {SPX_GET_GETVALUEINDX, SPX_GET_GETVALUEDBL},
+                                                                   {SPX_GET_INTEGRATEINDX, SPX_GET_INTEGRATE}};
+  for (const auto& [listed, whole] : pairs)
+    for (const Table& table : {constant, one, two}) {
+      if (whole == SPX_GET_INTEGRATE && table.option == 100) continue;
+      Points points(300);
+      for (double& x : points.temperature) x = random.uniform(0, 1);
+      for (double& x : points.fields) x = random.uniform(0, 1);
+      Points all = points;
+      all.look(whole, pools, table);
+      points.look(listed, pools, table, list);
+      for (int32_t i = 1; i <= 300; ++i) {
+        const bool isListed = std::find(list.begin(), list.end(), i) != list.end();
+        const auto k = static_cast<std::size_t>(i - 1);
+        EXPECT_EQ(points.value[k], isListed ? all.value[k] : -77);
+        EXPECT_EQ(points.dField[k], isListed ? all.dField[k] : -77);
+        EXPECT_EQ(points.dTemperature[k], isListed ? all.dTemperature[k] : -77);
+        if (table.option == 100) {
+          EXPECT_EQ(all.value[k], 4.5);
+          EXPECT_TRUE(all.dField[k] == 0 && all.dField[k + 300] == 0 && all.dTemperature[k] == 0);
+        }
+      }
+    }
+}
+
+// ---- transforms and integrals
+
+TEST(Tables, LogarithmicVariables) {
+  Pools pools;
+  const auto value = [&](double reference, double x) {
+    const Table table =
+        addTable(pools, {{kTemperature, true, true, Scale::Logarithm, reference}}, {{1, 1e3}, {3, 1e5}});
+    const Points points = atTemperatures(pools, table, {x});
+    return std::pair(points.value[0], points.dTemperature[0]);
+  };
+  EXPECT_EQ(value(1, 1e4), std::pair(2.0, 0.43429448 * 1e-4)); // halfway in decades; the factor has eight digits
+  for (const auto& [reference, cutOff] :
+       {std::pair(0.5, 0.0), {0.05, -1.0}, {0.01, -2.0}, {1e-5, -5.0}, {300.0, 2.0}}) {
+    for (double x : {reference, reference / 2, 0.0, -1.0, -kInf}) {
+      EXPECT_EQ(value(reference, x).first, 1 + (cutOff - 3)) << reference << " " << x;
+      EXPECT_EQ(value(reference, x).second, 0);
+    }
+    EXPECT_DOUBLE_EQ(value(reference, 1.01 * reference).first, 1 + (std::log10(1.01 * reference) - 3));
+  }
+}
+
+TEST(Tables, IntegralsOfLines) {
+  Pools pools;
+  const std::vector<Row> rows = {{1, -1}, {3, 0}, {2, 2}, {6, 2}, {4, 3}};
+  // by hand: up to the breakpoints 0 2 7 7 12
+  for (bool extrapolates : {false, true}) {
+    const Variable x = {kTemperature, extrapolates, extrapolates};
+    const Table summed = addTable(pools, {x}, rows), stored = addTable(pools, {x}, rows, true);
+    const std::vector<double> at = {-2, -1, -0.5, 0, 1, 2, 2.5, 3, 4};
+    const std::vector<double> held = {-1, 0, 0.75, 2, 4.75, 7, 9.75, 12, 16},
+                              lines = {0, 0, 0.75, 2, 4.75, 7, 9.75, 12, 15}, f = {-1, 1, 2, 3, 2.5, 6, 5, 4, 2};
+    const Points a = atTemperatures(pools, summed, at, SPX_GET_INTEGRATE),
+                 b = atTemperatures(pools, stored, at, SPX_GET_INTEGRATE), values = atTemperatures(pools, summed, at);
+    for (std::size_t i = 0; i < at.size(); ++i) {
+      EXPECT_DOUBLE_EQ(a.value[i], extrapolates ? lines[i] : held[i]) << at[i];
+      EXPECT_EQ(a.value[i], b.value[i]);
+      EXPECT_EQ(a.dTemperature[i], values.value[i]);
+      if (extrapolates || (i > 0 && i < 8)) {
+        EXPECT_DOUBLE_EQ(values.value[i], f[i]);
+      }
+    }
+  }
+  const Table one = addTable(pools, {{}}, {{4, 1}});
+  EXPECT_EQ(atTemperatures(pools, one, {3, 1, 2.5}, SPX_GET_INTEGRATE).value, (std::vector<double>{8, 0, 6}));
+
+  // over a root: 2 times the integral of (1 + s) ds; the derivative is the one by the root
+  const Table root = addTable(pools, {{kTemperature, false, false, Scale::Root, 0}}, {{1, 0}, {2, 1}, {3, 4}, {5, 16}});
+  const Points roots = atTemperatures(pools, root, {0.25, 1, 9}, SPX_GET_INTEGRATE);
+  for (std::size_t i = 0; i < 3; ++i) {
+    const double s = std::sqrt(roots.temperature[i]);
+    EXPECT_DOUBLE_EQ(roots.value[i], 2 * (s + s * s / 2));
+    EXPECT_DOUBLE_EQ(roots.dTemperature[i], 2 * (1 + s));
+  }
+  // of two variables: f = x (1 + y) from x = 1, on a grid
+  std::vector<Row> grid;
+  for (double y : {0.0, 1.0, 3.0})
+    for (double x : {1.0, 2.0, 4.0}) grid.push_back({x * (1 + y), x, y});
+  for (bool running : {false, true}) {
+    const Table table = addTable(pools, {{kTemperature}, {field(1)}}, grid, running);
+    Points points(50);
+    Random random(5);
+    for (int i = 0; i < 50; ++i) points.at(0, i) = random.uniform(1, 4), points.at(1, i) = random.uniform(0, 3);
+    points.look(SPX_GET_INTEGRATE, pools, table);
+    for (std::size_t i = 0; i < 50; ++i) {
+      const double x = points.temperature[i], y = points.fields[i];
+      EXPECT_NEAR(points.value[i], (x * x - 1) / 2 * (1 + y), 1e-13);
+      EXPECT_NEAR(points.dTemperature[i], x * (1 + y), 1e-13);
+      EXPECT_NEAR(points.dField[i], (x * x - 1) / 2, 1e-13);
+    }
+  }
+}
+
+// ---- regular tables and the search
+
+TEST(Tables, RegularTablesAgreeWithGeneralOnes) {
+  Random random(6);
+  for (int option = 0; option <= 2; ++option)
+    for (int32_t dependencies = 0; dependencies <= 3; ++dependencies) {
+      const auto count = static_cast<std::size_t>(option + dependencies);
+      std::vector<Axis> axes;
+      std::vector<Variable> variables;
+      for (std::size_t v = 0; v < count; ++v) {
+        const auto code = static_cast<int32_t>(v) + (option == 1 ? 0 : 1);
+        axes.push_back({random.uniform(-1, 0), std::ldexp(1.0, -random.integer(0, 2)), random.integer(1, 6)});
+        variables.push_back({code});
+      }
+      std::vector<double> values;
+      std::vector<Row> rows;
+      std::array<int, 6> index{};
+      for (bool more = count > 0; more;) {
+        Row row = {random.uniform(-5, 5)};
+        for (std::size_t v = 0; v < count; ++v) row.push_back(axes[v].first + index[v] * axes[v].spacing);
+        values.push_back(row[0]);
+        rows.push_back(row);
+        more = false;
+        for (std::size_t v = 0; v < count && !more; ++v) more = ++index[v] < axes[v].points || (index[v] = 0) != 0;
+      }
+      const bool isKind = (option == 1 || (option == 0 && dependencies > 0)) && dependencies <= 2;
+      Pools pools;
+      Table regular, general;
+      if (isKind) {
+        regular = addRegularTable(pools, option == 1, axes, values);
+        general = addTable(pools, variables, rows);
+      }
+      Points points(200);
+      for (int32_t source : {0, 1, 2})
+        for (int i = 0; i < points.n; ++i) points.at(source, i) = random.uniform(-2, 7);
+      points.at(static_cast<int32_t>(dependencies == 0 ? 0 : 1), 17) = kNaN;
+      points.at(0, 18) = kInf, points.at(1, 18) = -kInf;
+      Points expected = points, extra = points;
+      const auto look = [&](Points& p, const Table& t, int32_t more) {
+        const int32_t derivatives = 1, one = 2;
+        SPX_GET_GETTAB(&derivatives, pools.ints.data(), pools.reals.data(), t.header.data(), &p.n, &option,
+                       &dependencies, &more, &one, &one, p.fields.data(), p.states.data(), p.temperature.data(),
+                       p.value.data(), p.dField.data(), p.dTemperature.data());
+      };
+      look(points, regular, 0);
+      if (!isKind) {
+        EXPECT_EQ(points.value, expected.value);
+        continue;
+      }
+      expected.look(SPX_GET_GETVALUE, pools, general);
+      look(extra, general, 1);
+      for (std::size_t i = 0; i < 200; ++i) {
+        if (i == 17) {
+          EXPECT_TRUE(std::isnan(points.value[i]));
+          continue;
+        }
+        EXPECT_NEAR(points.value[i], expected.value[i], 1e-12);
+        EXPECT_EQ(extra.value[i], expected.value[i]);
+        for (const Variable& v : variables) {
+          EXPECT_NEAR(points.derivative(v.source, static_cast<int>(i)),
+                      expected.derivative(v.source, static_cast<int>(i)), 1e-12);
+          EXPECT_EQ(extra.derivative(v.source, static_cast<int>(i)),
+                    expected.derivative(v.source, static_cast<int>(i)));
+        }
+        EXPECT_EQ(extra.dField[200 + i], count > 1 && variables.back().source == 2 ? expected.dField[200 + i] : 0);
+      }
+    }
+}
+
+TEST(Tables, SegmentsOfOneColumn) {
+  Random random(2);
+  for (int rows = 0; rows < 40; ++rows) {
+    std::vector<double> table(3 * 40, kNaN);
+    double next = 0;
+    for (int r = 1; r <= rows; ++r) table[static_cast<std::size_t>(3 * (r + 1) + 1)] = next += random.integer(0, 2);
+    const int32_t lo = 3, hi = rows + 2, length = 3, spare = -5, pos = 2; // rows 1 and 2 are not asked about
+    const auto abscissa = [&](int32_t r) { return table[static_cast<std::size_t>(3 * (r - 1) + 1)]; };
+    for (double x = -1; x < next + 1.5; x += 0.5)
+      for (int flags = 0; flags < 4; ++flags) {
+        const double below = flags % 2 == 0 ? -1 : 1e-300, above = flags / 2 == 0 ? 0 : 2;
+        int32_t i1 = 0, i2 = 0, w1 = lo;
+        SPX_GET_SEGFIND(&lo, &hi, &below, &above, &length, &spare, table.data(), &pos, &x, &i1, &i2);
+        while (w1 + 2 <= hi && abscissa(w1 + 1) <= x) ++w1;
+        int32_t w2 = w1 + 1;
+        if (rows < 2)
+          w1 = w2 = lo;
+        else if (x < abscissa(lo) && flags % 2 == 0)
+          w2 = w1 = lo;
+        else if (x > abscissa(hi) && flags / 2 == 0)
+          w1 = w2 = hi;
+        EXPECT_TRUE(i1 == w1 && i2 == w2) << rows << " rows, " << x << ": " << i1 << " " << i2;
+      }
+  }
+}
+
+// ---- what is rejected
+
+TEST(Tables, UnknownOptionsEndTheAnalysisAndLeaveTheArrays) {
+  const struct {
+    Points::Lookup whole;
+    Points::ListedLookup listed;
+    const char *text, *separable;
+    std::vector<int32_t> unknown;
+  } cases[] = {
+      {SPX_GET_GETVALUE,
+       SPX_GET_GETVALUEINDX,
+       "Unsupported table option",
+       "Separable table format not yet implemented.",
+       {200, 0, -300, 301}},
+      {SPX_GET_GETVALUEDBL, nullptr, "Unsupported table option", "Separable table format not yet implemented.", {7}},
+      {SPX_TAB_GETVALUE,
+       SPX_TAB_GETVALUEINDX,
+       "Unsupported table option in the spx_tab branch",
+       "Separable table format not yet implemented.",
+       {200, 1}},
+      {SPX_GET_INTEGRATE, SPX_GET_INTEGRATEINDX, "Unsupported table option", "Unsupported table option", {100, 200}}};
+  const auto expectEnd = [](const std::string& text) {
+    EXPECT_EQ(recordingHost().lines.size(), 3u); // between blank lines
+    EXPECT_EQ(recordingHost().lines[1].text, "***ERROR: " + text);
+    EXPECT_EQ(recordingHost().lines[1].unit, -6);
+    ASSERT_EQ(recordingHost().statuses.size(), 2u);
+    EXPECT_EQ(recordingHost().statuses[1].type.substr(0, 7), "Aborted");
+    resetRecordingHost();
+  };
+  for (const auto& c : cases) {
+    std::vector<int32_t> codes = c.unknown;
+    codes.push_back(400);
+    for (int32_t code : codes) {
+      Pools pools;
+      Table table = addTable(pools, {{kTemperature, false, false, Scale::Logarithm, 0.1}}, {{1, 1}, {2, 10}});
+      table.option = code;
+      for (bool listed : {false, true}) {
+        if (listed && c.listed == nullptr) continue;
+        resetRecordingHost();
+        Points points(20);
+        std::iota(points.temperature.begin(), points.temperature.end(), 1.0);
+        const Points before = points;
+        if (listed)
+          points.look(c.listed, pools, table, {3, 4});
+        else
+          points.look(c.whole, pools, table);
+        expectEnd(code == 400 ? c.separable : c.text);
+        EXPECT_EQ(points.value, before.value);
+        EXPECT_EQ(points.dTemperature, before.dTemperature);
+        EXPECT_EQ(points.temperature, before.temperature);
+      }
+    }
+  }
+  const int32_t n = 0, option = 5; // also without points, and without derivatives
+  SPX_GET_GETVAL(nullptr, nullptr, nullptr, &n, &option, nullptr, nullptr, nullptr, nullptr);
+  expectEnd("Unsupported table option");
+}
+
+TEST(Tables, TheBuilderSaysWhatIsWrong) {
+  Pools pools;
+  const Variable logarithm = {kTemperature, false, false, Scale::Logarithm, 1},
+                 root = {state(1), false, false, Scale::Root};
+  EXPECT_THROW(addTable(pools, {{}}, {}), std::invalid_argument);
+  EXPECT_THROW(addTable(pools, {}, {{1}}), std::invalid_argument);
+  EXPECT_THROW(addTable(pools, {{}}, {{1, 2}, {1, 2, 3}}), std::invalid_argument);
+  EXPECT_THROW(addTable(pools, {{}}, {{1, kNaN}}), std::invalid_argument);
+  EXPECT_THROW(addTable(pools, {logarithm, logarithm}, {{1, 2, 3}}), std::invalid_argument);
+  EXPECT_THROW(addTable(pools, {root}, {{1, -2}}), std::invalid_argument);
+  EXPECT_THROW(addTable(pools, {{kTemperature, false, false, Scale::Logarithm, 0}}, {{1, 2}}), std::invalid_argument);
+  EXPECT_THROW(addRegularTable(pools, false, {}, {}), std::invalid_argument);
+  EXPECT_THROW(addRegularTable(pools, true, {{0, 1, 3}}, {1, 2}), std::invalid_argument);
+  EXPECT_TRUE(pools.ints.empty() && pools.reals.empty());
+}
+
+// ---- accessors
+
+TEST(Tables, ConductivityAndIdentifiers) {
+  const double constants[] = {1, 2, 3, 4, 5, 6};
+  const int32_t n = 3;
+  const struct {
+    decltype(&SPX_GET_CONSTCONDUCTIVITY2D) fill;
+    int32_t ncons;
+    std::vector<double> K;
+  } cases[] = {{SPX_GET_CONSTCONDUCTIVITY2D, 1, {1, 0, 0, 1}},
+               {SPX_GET_CONSTCONDUCTIVITY2D, 2, {1, 0, 0, 2}},
+               {SPX_GET_CONSTCONDUCTIVITY2D, 3, {1, 3, 3, 2}},
+               {SPX_GET_CONSTCONDUCTIVITY3D, 1, {1, 0, 0, 0, 1, 0, 0, 0, 1}},
+               {SPX_GET_CONSTCONDUCTIVITY3D, 3, {1, 0, 0, 0, 2, 0, 0, 0, 3}},
+               {SPX_GET_CONSTCONDUCTIVITY3D, 6, {1, 4, 6, 4, 2, 5, 6, 5, 3}}};
+  for (const auto& c : cases) {
+    double K[27];
+    c.fill(&n, &c.ncons, constants, K);
+    for (std::size_t k = 0; k < 3 * c.K.size(); ++k) EXPECT_EQ(K[k], c.K[k / 3]);
+  }
+  int32_t ids[4];
+  SPX_GET_SOLIDNFORCID(ids), SPX_GET_SHELLNFORCID(ids + 1), SPX_GET_BEAMNFORCID(ids + 2), SPX_GET_USERNFORCID(ids + 3);
+  for (int k = 0; k < 4; ++k) EXPECT_EQ(ids[k], k + 1);
+}
+
+} // namespace
