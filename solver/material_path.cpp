@@ -10,6 +10,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <limits>
 #include <sstream>
 
 namespace sharedanalysis::solver {
@@ -78,35 +79,28 @@ double isochoric(Mode mode, double s) {
   return mode == Mode::Uniaxial ? 1 / std::sqrt(s) : mode == Mode::Equibiaxial ? 1 / (s * s) : 1 / s;
 }
 
-// Where f changes sign: a bracket that grows from `start` by factors, then halved.  f falls or rises; NaN ends the search.
+// Where f, which rises as stresses do with their stretch, passes zero: a bracket that grows by factors from x towards it, then
+// halved.  A NaN on the way ends the search.
 template <class Function>
 bool findRoot(Function f, double& x, double growth) {
-  double low = x, high = x, fLow = f(x), fHigh = fLow;
-  if (fLow == 0) return true;
-  for (int k = 0; k < 400 && fLow * fHigh > 0; ++k) {
+  const double start = f(x);
+  if (start == 0) return true;
+  const bool up = start < 0;
+  double before = x, beyond = x, value = start;
+  for (int k = 0; k < 400 && (value < 0) == up; ++k) {
     const double factor = std::pow(growth, 1 + k / 20);
-    low /= factor;
-    high *= factor;
-    const double a = f(low), b = f(high);
-    if (a != a || b != b) return false;
-    if (a * fLow <= 0) {
-      high = low * factor;
-      fHigh = fLow, fLow = a;
-    } else if (b * fHigh <= 0) {
-      low = high / factor;
-      fLow = fHigh, fHigh = b;
-    } else {
-      fLow = a, fHigh = b;
-    }
+    before = beyond;
+    beyond = up ? beyond * factor : beyond / factor;
+    value = f(beyond);
+    if (value != value) return false;
   }
-  if (!(fLow * fHigh <= 0)) return false;
+  if ((value < 0) == up && value != 0) return false;
   for (int k = 0; k < 200; ++k) {
-    const double middle = 0.5 * (low + high), value = f(middle);
-    if (middle == low || middle == high) break;
-    (value * fLow > 0 ? low : high) = middle;
-    if (value * fLow > 0) fLow = value;
+    const double middle = 0.5 * (before + beyond);
+    if (middle == before || middle == beyond) break;
+    ((f(middle) < 0) == up ? before : beyond) = middle;
   }
-  x = 0.5 * (low + high);
+  x = 0.5 * (before + beyond);
   return true;
 }
 
@@ -139,13 +133,12 @@ private:
     throw InputError("path \"" + path_.name + "\" at stretch " + shortNumber(stretch_) + ": " + what);
   }
 
-  // The free stretch without stress, from the one before.
+  // The free stretch without stress, from the one before; NaN where there is none.
   double close(double s) {
     if (freeDirections(path_.mode) == 0) return 1;
     double a = free_ > 0 ? free_ : isochoric(path_.mode, s);
     const auto left = [&](double trial) { return stressAt(s, trial)[2]; };
-    if (!findRoot(left, a, 1.01)) fail("no free stretch leaves its direction without stress");
-    return a;
+    return findRoot(left, a, 1.01) ? a : std::numeric_limits<double>::quiet_NaN();
   }
 
   double nominalAt(double s, double a) { return nominal(s, a, stressAt(s, a)); }
@@ -186,6 +179,7 @@ private:
     PathPoint p{};
     p.stretch = stretch_;
     p.free = free_ = close(stretch_);
+    if (free_ != free_) fail("no free stretch leaves its direction without stress");
     const Stretch V = stretchOf(path_.mode, stretch_, free_);
     const Gradient F = gradientOf(path_.mode, stretch_, V);
     const std::array<double, 6> t = point_.stress(V, F);

@@ -208,16 +208,20 @@ void MaterialPoints::respond(const double* V, const double* F, double increment,
   isochoricEnergy(V, w);
   SPX_MAT_ORMULLINS(&n_, r_.data(), m_.data(), beta_.data(), largestNow_.data(), largest_.data(), w.U.data(),
                     w.eta.data(), w.detaDU.data());
+  // Foam has one energy for shape and volume: all of its stress is softened, so that the energies close.
+  const bool softensMean = material_->model == Model::Foam;
   for (int32_t i = 0; i < n_; ++i) { // J s:s of the stress that is to be softened
-    const double* s = stress + i;
-    const double mean = (s[0] + s[n_] + s[2 * n_]) / 3;
+    double* s = stress + i;
+    const double mean = softensMean ? 0 : (s[0] + s[n_] + s[2 * n_]) / 3;
     const double d1 = s[0] - mean, d2 = s[n_] - mean, d3 = s[2 * n_] - mean;
     w.rest[i] =
         (d1 * d1 + d2 * d2 + d3 * d3 + 2 * (s[3 * n_] * s[3 * n_] + s[4 * n_] * s[4 * n_] + s[5 * n_] * s[5 * n_])) /
         w.rJ[i];
     w.lost[i] = bound[i];
+    if (softensMean)
+      for (int c = 0; c < 6; ++c) s[c * n_] *= w.eta[i];
   }
-  SPX_MAT_MULLINSSTRESSDEGR3D(&n_, w.eta.data(), stress);
+  if (!softensMean) SPX_MAT_MULLINSSTRESSDEGR3D(&n_, w.eta.data(), stress);
   constexpr int32_t kUnloading = 200; // the stiffest way: any increment may turn
   SPX_OPT_MULLINSEFFMOD(&n_, &kUnloading, w.eta.data(), w.detaDU.data(), w.rest.data(), w.lost.data(), bound);
 }

@@ -32,8 +32,9 @@ struct VolumetricStress {
   X(C01)                                                                                                               \
   X(C20)                                                                                                               \
   X(C11)                                                                                                               \
-  X(C02) X(C30) X(C21) X(C12) X(C03) X(C40) X(C31) X(C22) X(C13) X(C04) X(C50) X(C41) X(C32) X(C23) X(C14) X(C05)      \
-      X(C60) X(C51) X(C42) X(C33) X(C24) X(C15) X(C06)
+  X(C02)                                                                                                               \
+  X(C30) X(C21) X(C12) X(C03) X(C40) X(C31) X(C22) X(C13) X(C04) X(C50) X(C41) X(C32) X(C23) X(C14) X(C05) X(C60)      \
+      X(C51) X(C42) X(C33) X(C24) X(C15) X(C06)
 #define SA_POLYNOMIAL6_VOLUME(X) SA_POLYNOMIAL6(X) X(rD1) X(rD2) X(rD3) X(rD4) X(rD5) X(rD6)
 #define SA_ARRUDA_BOYCE(X) X(mu) X(lambdaM)
 #define SA_ARRUDA_BOYCE_VOLUME(X) SA_ARRUDA_BOYCE(X) X(D)

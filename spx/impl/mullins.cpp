@@ -106,8 +106,9 @@ SA_INLINE void softenFoam(int start, int n, const Terms& terms, const StretchLog
       sumStress(start, n, terms, w, s);                                                                                \
       softenFoam(start, n, terms, w, softening);                                                                       \
       forPoints(n, [=, &w, &s](int i) SA_POINT {                                                                       \
-        const double rJ = 1.0 / w.J[i];                                                                                 \
-        storeFoam<Storage>(stress, N, start + i, inAxes(rJ * s.t1[i], rJ * s.t2[i], rJ * s.t3[i], axes, N, start + i));   \
+        const double rJ = 1.0 / w.J[i];                                                                                \
+        storeFoam<Storage>(stress, N, start + i,                                                                       \
+                           inAxes(rJ * s.t1[i], rJ * s.t2[i], rJ * s.t3[i], axes, N, start + i));                      \
       });                                                                                                              \
       degrade<3, shear>(start, n, N, eta, stress);                                                                     \
     });                                                                                                                \

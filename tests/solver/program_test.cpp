@@ -462,11 +462,11 @@ protected:
 };
 
 TEST_F(CompleteRun, History) {
-  EXPECT_EQ(
-      linesOf(readFile("out/bar.csv")).at(0),
-      "time,increment,stable_increment,kinetic_energy,strain_energy,hourglass_energy,viscous_energy,damage_energy,external_work,"
-      "total_energy,balance_error,momentum_x,momentum_y,momentum_z,angular_momentum_x,angular_momentum_y,"
-      "angular_momentum_z");
+  EXPECT_EQ(linesOf(readFile("out/bar.csv")).at(0),
+            "time,increment,stable_increment,kinetic_energy,strain_energy,hourglass_energy,viscous_energy,damage_"
+            "energy,external_work,"
+            "total_energy,balance_error,momentum_x,momentum_y,momentum_z,angular_momentum_x,angular_momentum_y,"
+            "angular_momentum_z");
   auto history = readHistory("out/bar.csv");
   const std::vector<double>& time = history["time"];
   ASSERT_EQ(time.size(), 11U);
@@ -511,8 +511,8 @@ TEST_F(CompleteRun, ModelInTheFieldFile) {
 TEST_F(CompleteRun, Fields) {
   const FieldFile file("out/bar.exo");
   EXPECT_EQ(file.times, (std::vector<double>{0, 0.02, 0.04, 0.05}));
-  const Strings energies{"kinetic_energy", "strain_energy", "hourglass_energy",
-                         "viscous_energy", "damage_energy", "external_work", "total_energy"};
+  const Strings energies{"kinetic_energy", "strain_energy", "hourglass_energy", "viscous_energy",
+                         "damage_energy",  "external_work", "total_energy"};
   EXPECT_EQ(file.variables(EX_GLOBAL), energies);
   EXPECT_EQ(file.variables(EX_NODAL), (Strings{"displacement_x", "displacement_y", "displacement_z", "velocity_x",
                                                "velocity_y", "velocity_z", "reaction_x", "reaction_y", "reaction_z"}));
