@@ -67,6 +67,7 @@ void addSharedCases(std::vector<Case>& list);
 void addBrickCases(std::vector<Case>& list);
 void addHyperelasticCases(std::vector<Case>& list);
 void addOutputCases(std::vector<Case>& list);
+void addUserCases(std::vector<Case>& list);
 void addTableCases(std::vector<Case>& list);
 
 } // namespace bench

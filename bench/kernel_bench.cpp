@@ -130,6 +130,7 @@ int main(int argc, char** argv) {
   bench::addBrickCases(list);
   bench::addHyperelasticCases(list);
   bench::addOutputCases(list);
+  bench::addUserCases(list);
   bench::addTableCases(list);
   for (Case& c : list) {
     if (!wanted(c.name)) continue;

@@ -35,10 +35,12 @@
  *                stretch     a stretch tensor                       mask     0.0 takes part, 1.0 does not
  *                plane stretch    one of the plane, S21             flag     0.0 or 1.0
  *                axial stretch    a single stretch                  exponent, expansion   plain numbers
- *                locking stretch  what a stretch stays below
  *                record      records of a results database          cursor   number of the first of them that is written
  *                set         element numbers, increasing            place    of a block in their numbering
- *                table       pools and headers of material tables
+ *                locking stretch  what a stretch stays below        strain  an increment, tensor shear
+ *                deformation gradient  dx/dX, 1 when undeformed     state   what a material remembers, 0 at first
+ *                properties       numbers that a material takes in its order
+ *                table            pools and headers of material tables
  *    `@like X` takes the lines of X for the arguments that have none of their own.
  *
  *  CONTENTS

@@ -367,15 +367,17 @@ std::string role(const std::string& unit) {
   return "value";
 }
 
-// A dimension is *, a number, a name, name+number or name-number, the name with a factor before it where need be: 2*name+2.
+// A dimension is *, a number, a name, a sum of such (name+number, name+name), or 2*name+2: a factor before the first name.
 bool isDimension(const std::string& text, const std::set<std::string>& names) {
   if (text == "*" || isNumber(text) || names.count(text) != 0) return true;
+  const std::size_t sign = text.find_last_of("+-");
+  if (sign != std::string::npos && sign != 0) {
+    const std::string last = trim(text.substr(sign + 1));
+    return isDimension(trim(text.substr(0, sign)), names) && (isNumber(last) || names.count(last) != 0);
+  }
   const std::size_t times = text.find('*');
-  if (times != std::string::npos)
-    return isNumber(trim(text.substr(0, times))) && isDimension(trim(text.substr(times + 1)), names);
-  const std::size_t sign = text.find_first_of("+-");
-  if (sign == std::string::npos) return false;
-  return names.count(trim(text.substr(0, sign))) != 0 && isNumber(trim(text.substr(sign + 1)));
+  return times != std::string::npos && isNumber(trim(text.substr(0, times))) &&
+         isDimension(trim(text.substr(times + 1)), names);
 }
 
 void checkArgument(const Routine& routine, const Argument& argument, const std::set<std::string>& names) {

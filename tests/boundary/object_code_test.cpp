@@ -46,7 +46,7 @@ struct Clone {
 // "_ZN2saL13GLO_UTI_VADDR_clonesE....avx2" or "....avx2.1": kernel and instruction set; empty for other symbols.
 Clone cloneOf(const std::string& symbol) {
   static const std::regex kPattern(
-      "_ZN2sa(?:12_GLOBAL__N_1)?L?\\d+(\\w+)_clonesE\\w*\\.(avx512f|avx2|default)(?:\\.\\d+)?");
+      "_ZN2sa(?:4user)?(?:12_GLOBAL__N_1)?L?\\d+(\\w+)_clonesE\\w*\\.(avx512f|avx2|default)(?:\\.\\d+)?");
   std::smatch match;
   if (!std::regex_match(symbol, match, kPattern)) return {};
   return {match[1], match[2]};

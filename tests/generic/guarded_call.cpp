@@ -98,8 +98,13 @@ bool GuardedMemory::call(void* routine, KernelCase& data, const Complain& compla
   void* pointers[kArguments] = {};
   for (std::size_t i = 0; i < count; ++i) {
     const Array& array = data.arrays[i];
-    if (array.info->type[std::string_view(array.info->type).size() - 1] != '*')
-      throw std::logic_error(std::string(data.routine->name) + " takes an argument by value");
+    if (array.info->isByValue()) {
+      // a 64-bit integer by value is passed as an address is
+      if (array.elementSize != sizeof(void*))
+        throw std::logic_error(std::string(data.routine->name) + " takes an argument by value that is no int64_t");
+      pointers[i] = reinterpret_cast<void*>(array.bits(0));
+      continue;
+    }
     if (array.bytes.size() + kCanary + kPage > kSlot) throw std::logic_error("an array is too long for its slot");
     unsigned char* start = slotEnd(i) - (array.info->is("unread") ? 0 : array.bytes.size());
     if (!array.info->is("unread")) {
@@ -125,7 +130,7 @@ bool GuardedMemory::call(void* routine, KernelCase& data, const Complain& compla
   bool isSound = true;
   for (std::size_t i = 0; i < count; ++i) {
     Array& array = data.arrays[i];
-    if (array.info->is("unread")) continue;
+    if (array.info->is("unread") || array.info->isByValue()) continue;
     const auto* start = static_cast<const unsigned char*>(pointers[i]);
     if (!std::all_of(start - kCanary, start, [](unsigned char c) { return c == kCanaryByte; })) {
       complain(std::string("writes before the first value of ") + array.info->name);

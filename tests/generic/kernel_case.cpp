@@ -73,6 +73,8 @@ int choices(const ArgumentInfo& argument) {
   return 1;
 }
 
+constexpr int kTextLength = 80;
+
 // Values of the integer scalars that fix the sizes, by name.
 class Sizes {
 public:
@@ -99,14 +101,17 @@ public:
         static constexpr int kPlaces[] = {1, 1, kGroupNumber, kGroupSize}; // number and size of block and group
         values_[a.name] = kPlaces[places++ % 4];
       }
+      if (a.is("text")) values_[a.shape[0]] = kTextLength;
     }
+    // one direct component goes with one shear component or none
+    if (routine.hasRole("text") && choice_["ndir"] == 1) values_["nshr"] = variant / 2 % 2;
   }
 
   int entities() const { return entities_; }
   int records() const { return points_ + kCursor + kRecordsMore; }
   void set(const std::string& name, int value) { values_[name] = value; }
 
-  // A number, a name, name+number, or factor*name+number.
+  // A number, a name, a sum of such, or factor*name+number.
   int operator()(const std::string& text) {
     if (text == "*") return entities_;
     const std::size_t times = text.find('*');
@@ -117,8 +122,11 @@ public:
       return std::atoi(text.c_str()) * (*this)(rest.substr(0, plus)) + added;
     }
     if (text[0] >= '0' && text[0] <= '9') return std::atoi(text.c_str());
-    const std::size_t sign = text.find_first_of("+-");
-    if (sign != std::string::npos) return (*this)(text.substr(0, sign)) + std::atoi(text.substr(sign).c_str());
+    const std::size_t sign = text.find_last_of("+-");
+    if (sign != std::string::npos) {
+      const int last = (*this)(text.substr(sign + 1));
+      return (*this)(text.substr(0, sign)) + (text[sign] == '+' ? last : -last);
+    }
     const auto known = values_.find(text);
     if (known != values_.end()) return known->second;
     for (int i = 0; i < routine_.argumentCount(); ++i)
@@ -154,7 +162,11 @@ private:
 Array shapeArray(const RoutineInfo& routine, const ArgumentInfo& info, Sizes& sizes) {
   Array array;
   array.info = &info;
-  array.elementSize = info.isReal() ? sizeof(double) : sizeof(std::int32_t);
+  const std::string_view type = info.type;
+  array.elementSize = info.isReal()                                    ? sizeof(double)
+                      : info.is("text")                                ? sizeof(char)
+                      : type.find("int64_t") != std::string_view::npos ? sizeof(std::int64_t)
+                                                                       : sizeof(std::int32_t);
   for (int d = 0; d < info.rank(); ++d) {
     const std::string dimension = info.shape[d];
     const bool isRecords = info.is("record") && dimension == "*";
@@ -227,6 +239,12 @@ void fillReals(Random& random, const ArgumentInfo& info, const std::vector<doubl
     v[0] = random.uniform(-0.05, 0.05);
   } else if (unit == "exponent") {
     v[0] = oneIn(random, 8) ? 0.0 : random.uniform(-4.0, 4.0);
+  } else if (unit == "deformation gradient") {
+    fillStretch(random, v);
+  } else if (unit == "strain") {
+    for (double& x : v) x = random.uniform(-1.0, 1.0) * (oneIn(random, 4) ? 0.1 : 0.01);
+  } else if (unit == "state") {
+    for (double& x : v) x = oneIn(random, 3) ? 0.0 : oneIn(random, 8) ? 1.0 : random.uniform(0.0, 0.5);
   } else if (info.is("mask") || info.is("flag")) {
     for (double& x : v) x = oneIn(random, 4) ? 1.0 : 0.0;
   } else if (unit == "m" && v.size() == 24) {
@@ -294,6 +312,38 @@ void setList(Array& array, const std::vector<int>& list) {
   array.before = list.size();
   array.bytes.assign(list.size() * array.elementSize, 0);
   for (std::size_t k = 0; k < list.size(); ++k) array.setInteger(k, list[k]);
+}
+
+// Materials with properties of the size of the stresses that are made up; surplus properties are 0.0.
+struct MaterialData {
+  std::string_view routine, name;
+  double props[24];
+};
+constexpr MaterialData kMaterials[] = {
+    {"SPX_USR_SUPERELASTIC", "TVK_SUPER_ELASTIC_N", {900, 0.3, 600, 0.35, 0.06, 3, 6, 2, 1, 4, 0.5, 0.3, 0.4, -1}},
+    {"SPX_USR_JH2",
+     "TVK_JH2",
+     {30, 0.93, 0.4, 0.003, 0.35, 0.77, 1, 0.5, 0.5, 6, 3, 0.053, 0.85, 45, -138, 290, 1, 0.4}},
+    {"SPX_USR_JHB", "TVK_JHB", {193, 1.5, 4.9, 12.2, 1, 0.4, 1, 0.009, 1, 0.75, 0.16, 1, 1, 220, 361, 0, 1, 0.4}},
+    {"SPX_USR_HJCCONCRETE", "TVK_HJC_CONCRETE", {150,  0.79, 1.6, 0.007, 0.61, 2,   0.5,   1,    0.01, 7, 1,
+                                                 0.01, 20,   0.1, 0.04,  1,    850, -1710, 2080, 0.4,  1}}};
+
+// Name and properties of the material that a routine computes.
+void fillMaterial(const RoutineInfo& routine, Array& array, Sizes& sizes, int variant) {
+  for (const MaterialData& material : kMaterials) {
+    if (material.routine != routine.name) continue;
+    if (array.info->is("text")) {
+      std::string name(material.name);
+      if (name.back() == 'N')
+        name += sizes("ndir") == 1 ? "1D" : sizes("nshr") == 1 && variant / 4 % 2 == 0 ? "2D" : "3D";
+      name.resize(array.bytes.size(), ' ');
+      std::copy(name.begin(), name.end(), array.bytes.begin());
+    } else {
+      for (std::size_t k = 0; k < array.elements(); ++k) array.setReal(k, material.props[k]);
+    }
+    return;
+  }
+  throw std::logic_error(std::string(routine.name) + ": no material for " + array.info->name);
 }
 
 // Material tables of every kind, by the option code and the number of points: constant, regular, and general ones of one
@@ -408,6 +458,10 @@ KernelCase makeCase(const RoutineInfo& routine, int points, int variant) {
         setTable(array, table.pools.ints);
       else
         setTable(array, table.table.header);
+    } else if (info.is("text") || std::string_view(info.unit) == "properties") {
+      fillMaterial(routine, array, sizes, variant);
+    } else if (array.elementSize == sizeof(std::int64_t) && !info.isReal()) {
+      array.setBits(0, static_cast<std::uint64_t>(sizes(info.name)));
     } else {
       const std::uint64_t seed =
           hashOf(routine.name, hashOf(info.name, static_cast<std::uint64_t>(points * 64 + variant)));

@@ -19,6 +19,7 @@ struct ArgumentInfo {
   bool is(std::string_view wanted) const { return wanted == role; }
   bool isWritten() const { return std::string_view(direction) != "in"; }
   bool isOnlyWritten() const { return std::string_view(direction) == "out"; }
+  bool isByValue() const { return std::string_view(type).back() != '*'; }
   bool isReal() const { return std::string_view(type).find("double") != std::string_view::npos; }
 };
 

@@ -1,0 +1,714 @@
+// The models among the built-in user materials: published curves, closed forms, energy and independence of the increment.
+#include "spx.h"
+#include "tests/support/random.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <string>
+
+namespace {
+
+using namespace sharedanalysis::test;
+using Strain = std::array<double, 6>;
+const double kRoot = std::sqrt(2.0 / 3.0);
+
+// A block of like points that is led along a path of strain.  Only the volume ratio counts of the deformation gradient.
+struct Material {
+  std::string name;
+  std::vector<double> props;
+  int states, ndir = 3, nshr = 3, n = 1;
+  double dt = 1, time = 0, rho = 2500, temperature = 300;
+  std::vector<double> stress, state, internal, inelastic, volume;
+
+  Material(std::string key, std::vector<double> properties, int stateCount, int direct = 3, int shear = 3,
+           int points = 1)
+      : name(std::move(key)), props(std::move(properties)), states(stateCount), ndir(direct), nshr(shear), n(points) {
+    name.resize(80, ' ');
+    stress.resize(n * (ndir + nshr)), state.resize(n * states), internal.resize(n), inelastic.resize(n);
+    volume.assign(n, 1.0);
+  }
+  // An increment of all points, or of each its own.
+  void step(const Strain& inc) { stepAll(std::vector<Strain>(n, inc)); }
+  void stepAll(const std::vector<Strain>& increments, double newTemperature = 300) {
+    const int comps = ndir + nshr, zero = 0, props32 = static_cast<int>(props.size());
+    std::vector<double> strain(n * comps), F(n * (ndir + 2 * nshr)), density(n), told(n, temperature),
+        tnew(n, newTemperature);
+    const auto oldStress = stress, oldState = state, oldInternal = internal, oldInelastic = inelastic;
+    for (int i = 0; i < n; ++i) {
+      for (int c = 0; c < comps; ++c) strain[c * n + i] = increments[i][c];
+      volume[i] *= std::exp(increments[i][0] + increments[i][1] + increments[i][2]);
+      F[i] = volume[i];
+      for (int c = 1; c < ndir; ++c) F[c * n + i] = 1;
+      density[i] = rho;
+    }
+    time += dt;
+    SPX_USR_BUILTINVUMAT(&zero, &n, &ndir, &nshr, &states, &zero, &props32, &zero, &time, &time, &dt, name.data(),
+                         nullptr, nullptr, props.data(), density.data(), strain.data(), nullptr, told.data(), nullptr,
+                         nullptr, nullptr, oldStress.data(), oldState.data(), oldInternal.data(), oldInelastic.data(),
+                         tnew.data(), nullptr, F.data(), nullptr, stress.data(), state.data(), internal.data(),
+                         inelastic.data(), 80);
+    temperature = newTemperature;
+  }
+  void steps(Strain total, int count) {
+    for (double& x : total) x /= count;
+    for (int k = 0; k < count; ++k) step(total);
+  }
+  // To the compression mu in equal parts of the logarithmic strain.
+  void compress(double mu, int count = 1) {
+    const double e = -std::log((1 + mu) * volume[0]) / 3;
+    steps({e, e, e, 0, 0, 0}, count);
+  }
+  double pressure(int i = 0) const { return -(stress[i] + stress[i + n] + stress[i + 2 * n]) / 3; }
+  double mises(int i = 0) const {
+    double sum = 0;
+    for (int c = 0; c < 3; ++c) sum += std::pow(stress[c * n + i] + pressure(i), 2);
+    for (int c = 3; c < 3 + nshr; ++c) sum += 2 * stress[c * n + i] * stress[c * n + i];
+    return std::sqrt(1.5 * sum);
+  }
+  double at(int variable) const { return state[(variable - 1) * n]; }
+};
+// Shear that takes any strength to its limit.
+void shear(Material& m, double amount) { m.step({0, 0, 0, amount, 0, 0}); }
+
+// ---- concrete
+
+constexpr double MPa = 1e6, GPa = 1e9;
+// T. J. Holmquist, G. R. Johnson, W. H. Cook (1993), 48 MPa
+std::vector<double> concrete(double mulMeaning = 0) {
+  return {14.86 * GPa, .79,       1.60, .007, .61, 48 * MPa, 4 * MPa,    1,         .01, 7,         16 * MPa,
+          .001,        .80 * GPa, .10,  .04,  1,   85 * GPa, -171 * GPa, 208 * GPa, 0,   mulMeaning};
+}
+Material hjc(std::vector<double> props) { return {"TVK_HJC_CONCRETE", std::move(props), 5}; }
+
+TEST(Concrete, PressureOfTheTwoMeaningsOfTheLockingStrain) {
+  const double mu[] = {.0005, .001, .01, .05, .10, .12, .15, .20};
+  const double expected[2][8] = {{8, 16, 80.4064, 366.6572, 724.4707, 1490.176, 3529.865, 6470.323},
+                                 {8, 16, 87.2727, 404.0404, 800.0000, 2246.788, 4225.349, 7076.291}};
+  for (int meaning = 0; meaning < 2; ++meaning)
+    for (int k = 0; k < 8; ++k)
+      for (int count : {1, 50}) {
+        Material m = hjc(concrete(meaning));
+        m.compress(mu[k], count);
+        EXPECT_NEAR(m.pressure() / MPa, expected[meaning][k], 2e-7 * expected[meaning][k] + 6e-5);
+        EXPECT_NEAR(m.at(4), mu[k], 1e-14);
+      }
+}
+
+TEST(Concrete, UnloadsWithTheModulusOfItsCompaction) {
+  // half way through crushing: half way from Pc/muc to K1
+  const double x = .00959481, lock = .1 + 1.1 * x, half = .5 * (.001 + lock), K = .5 * (16e9 + 85e9);
+  Material m = hjc(concrete());
+  m.compress(half, 10);
+  const double top = m.pressure(), left = m.at(5);
+  EXPECT_NEAR(top, .5 * (16e6 + 800e6), 10.0 * MPa * 1e-4);
+  EXPECT_NEAR(left, half - top / K, 1e-7);
+  m.compress(half - 1e-3);
+  EXPECT_NEAR(top - m.pressure(), 1e-3 * K, 1e-4 * 1e-3 * K);
+  m.compress(half - 5e-4);
+  EXPECT_NEAR(top - m.pressure(), 5e-4 * K, 1e-4 * 5e-4 * K);
+  EXPECT_EQ(m.at(5), left);
+  // damage by compaction alone, along the curve of the failure strain
+  EXPECT_GT(m.at(2), 0);
+  EXPECT_EQ(m.at(1), 0);
+  m.compress(-.05);
+  EXPECT_NEAR(m.pressure(), -4 * MPa * (1 - m.at(2)), 1) << "the limit of tension";
+  // beyond locking nothing more is crushed
+  Material dense = hjc(concrete());
+  dense.compress(.2, 20);
+  const double before = dense.pressure();
+  dense.compress(.1);
+  EXPECT_NEAR(dense.pressure(), 0, 1e-3) << "m = 0";
+  dense.compress(.2);
+  EXPECT_NEAR(dense.pressure(), before, 1e-12 * before);
+}
+
+TEST(Concrete, StrengthAndFractureStrain) {
+  const double P[] = {1e-9, 1. / 3, 1, 2, 5, 10};
+  const struct {
+    double damage, rate, q[6];
+  } rows[] = {{0, 1, {.79000, 1.60861, 2.39000, 3.23201, 5.06063, 7.0}},
+              {1, 1, {0, .81861, 1.60000, 2.44201, 4.27063, 6.51808}},
+              {0, 1000, {.82820, 1.68639, 2.50557, 3.38830, 5.30533, 7.0}}};
+  const double fractureStrain[] = {.010000, .016667, .043333, .083333, .203333, .403333};
+  auto props = concrete();
+  props[10] = 1e12, props[11] = 1e12 / 16e9,
+  props[12] = 2e12; // elastic in volume, so that nothing is crushed on the way
+  for (int k = 0; k < 6; ++k) {
+    for (const auto& row : rows) {
+      auto tough = props;
+      tough[8] = 1e9; // damage stands still
+      Material m = hjc(tough);
+      m.state[1] = row.damage;
+      m.dt = 1e6;
+      m.compress(P[k] * 48e6 / 16e9);
+      m.dt = 2 / std::sqrt(3.) * .05 / row.rate;
+      shear(m, .05);
+      EXPECT_NEAR(m.mises() / 48e6, row.q[k], 6e-6) << P[k] << " " << row.damage << " " << row.rate;
+      EXPECT_NEAR(m.at(2), row.damage, 1e-9);
+    }
+    Material m = hjc(props);
+    m.compress(P[k] * 48e6 / 16e9);
+    m.dt = 1e6;
+    shear(m, k < 3 ? .006 : .02);
+    EXPECT_NEAR(m.at(1) / m.at(2), fractureStrain[k], 6e-7);
+  }
+  // in tension down to nothing where the limit of tension is
+  Material m = hjc(props);
+  m.compress(-2 * MPa / (16e9));
+  m.dt = 1e6;
+  m.state[1] = .25;
+  shear(m, .01);
+  EXPECT_NEAR(m.mises(), .79 * 48e6 * std::max(0., 1 - m.at(2) - .5), 1e-6 * MPa);
+}
+
+// ---- ceramics
+
+// D. S. Cronin et al., 4th European LS users' conference (2003), in GPa
+struct Ceramic {
+  const char* name;
+  double G, A, B, C, M, N, T, sfmax, HEL, PHEL, D1, D2, K1, K2, K3, mu, strength;
+  double intact[4], fractured[3], failureStrain[4];
+  std::vector<double> props(double rate0 = 1) const {
+    return {G * GPa,   A,          B,  C,  M,        N,        rate0,    T * GPa, sfmax,
+            HEL * GPa, PHEL * GPa, D1, D2, K1 * GPa, K2 * GPa, K3 * GPa, 1,       0};
+  }
+};
+const Ceramic kCeramics[] = {{"boron carbide",
+                              197,
+                              .927,
+                              .70,
+                              .005,
+                              .85,
+                              .67,
+                              .26,
+                              .2,
+                              19,
+                              8.71,
+                              .001,
+                              .5,
+                              233,
+                              -593,
+                              2800,
+                              .04079,
+                              15.435,
+                              {.08817, .60571, .94545, 1.48964},
+                              {.2, .2, .2},
+                              {.000173, .000728, .001015, .001425}},
+                             {"alumina",
+                              90.16,
+                              .93,
+                              .31,
+                              0,
+                              .6,
+                              .6,
+                              .2,
+                              0,
+                              2.79,
+                              1.46,
+                              .005,
+                              1,
+                              130.95,
+                              0,
+                              0,
+                              .01117,
+                              1.995,
+                              {.28216, .70951, 1.00447, 1.46678},
+                              {.20452, .31, .46987},
+                              {.000685, .003185, .005685, .010685}},
+                             {"float glass",
+                              30.4,
+                              .93,
+                              .088,
+                              .003,
+                              .35,
+                              .77,
+                              .15,
+                              .5,
+                              5.95,
+                              2.92,
+                              .053,
+                              .85,
+                              45.4,
+                              -138,
+                              290,
+                              .08079,
+                              4.545,
+                              {.09456, .58802, .96657, 1.61717},
+                              {.06904, .088, .11216},
+                              {.00425, .031952, .055305, .097614}}};
+Material jh2(std::vector<double> props) { return {"TVK_JH2", std::move(props), 4}; }
+
+// The compression at which the cubic has this pressure.
+double compressionAt(double P, double K1, double K2, double K3) {
+  double mu = P / K1;
+  for (int k = 0; k < 60; ++k) mu -= (mu * (K1 + mu * (K2 + mu * K3)) - P) / (K1 + mu * (2 * K2 + mu * 3 * K3));
+  return mu;
+}
+
+TEST(CeramicJh2, SurfacesAndFailureStrainsOfPublishedMaterials) {
+  const double P[] = {0, .5, 1, 2};
+  for (const Ceramic& c : kCeramics)
+    for (int k = 0; k < 4; ++k) {
+      const double mu = compressionAt(P[k] * c.PHEL, c.K1, c.K2, c.K3);
+      for (double damage : {0., 1.}) {
+        if (k == 0 && damage > 0) continue;
+        auto props = c.props(1e30); // every rate is below the reference
+        props[11] = 1e12;           // damage stands still
+        Material m = jh2(props);
+        m.state[1] = damage;
+        m.compress(mu);
+        shear(m, 1);
+        EXPECT_NEAR(m.mises() / (c.strength * GPa), damage > 0 ? c.fractured[k - 1] : c.intact[k], 2e-4)
+            << c.name << P[k];
+        EXPECT_NEAR(m.pressure() / (c.PHEL * GPa), P[k], 1e-5);
+      }
+      // a small step beyond the surface; a material of small drop damages gradually
+      auto gradual = c.props(1e30);
+      gradual[0] *= 1e4;
+      Material m = jh2(gradual);
+      m.compress(mu);
+      shear(m, 1e-7);
+      shear(m, .1 * c.failureStrain[k]);
+      EXPECT_NEAR(m.at(1) / m.at(2), c.failureStrain[k], 6e-7) << c.name << P[k];
+    }
+}
+
+TEST(CeramicJh2, RateRaisesTheStrength) {
+  auto props = kCeramics[0].props();
+  props[11] = 1e12;
+  Material slow = jh2(props), fast = jh2(props);
+  for (Material* m : {&slow, &fast}) {
+    m->compress(.02);
+    m->dt = m == &slow ? 1e3 : 1e-4;
+    shear(*m, .5);
+  }
+  const double rate = .5 * 2 / std::sqrt(3.) / 1e-4;
+  EXPECT_NEAR(fast.mises() / slow.mises(), 1 + .005 * std::log(rate), 1e-12);
+}
+
+TEST(CeramicJh2, UniaxialStrainToTheElasticLimit) {
+  // the published curve is in terms of the strain 1 - V/V0 = mu/(1 + mu)
+  const double mu[] = {.02, .05, .0807917}, P[] = {.85512, 1.96125, 2.92011}, axial[] = {1.64989, 3.89141, 5.95007};
+  for (int k = 0; k < 3; ++k) {
+    auto props = kCeramics[2].props(1e30);
+    props[1] = 10; // does not yield
+    Material m = jh2(props);
+    const double strain = mu[k] / (1 + mu[k]);
+    m.volume[0] = std::exp(strain) / (1 + mu[k]);
+    m.step({-strain, 0, 0, 0, 0, 0});
+    EXPECT_NEAR(m.pressure() / GPa, P[k], 6e-6);
+    EXPECT_NEAR(-m.stress[0] / GPa, axial[k], 6e-6);
+    EXPECT_EQ(m.at(2), 0);
+  }
+  // without PHEL it is found from HEL
+  for (const Ceramic& c : kCeramics) {
+    auto given = c.props(1e30), found = c.props(1e30);
+    found[10] = 0;
+    given[11] = found[11] = 1e12;
+    Material a = jh2(given), b = jh2(found);
+    for (Material* m : {&a, &b}) m->compress(c.mu), shear(*m, 1);
+    EXPECT_NEAR(b.mises() / a.mises(), 1, 5e-3) << c.name;
+    EXPECT_NEAR(b.mises() / (1.5 * (c.HEL * GPa - b.pressure())), c.intact[2], 1e-3) << "at mu of the limit";
+  }
+}
+
+// Silicon carbide, T. J. Holmquist, G. R. Johnson, J. Appl. Phys. 97 (2005) 093502
+std::vector<double> siliconCarbide() {
+  return {193 * GPa, 1.5 * GPa, 4.92 * GPa, 12.2 * GPa, .5 * GPa,  .2 * GPa, .2 * GPa, .009, 1e30, .75 * GPa,
+          .16,       1,         0,          220 * GPa,  361 * GPa, 0,        1,        0,    0,    0};
+}
+Material jhb(std::vector<double> props) { return {"TVK_JHB", std::move(props), 4}; }
+
+TEST(CeramicJhb, SurfacesWithContinuousSlope) {
+  const auto strength = [](double P, double damage) {
+    auto props = siliconCarbide();
+    props[10] = 1e12;
+    Material m = jhb(props);
+    m.state[1] = damage;
+    m.compress(compressionAt(P, 220, 361, 0));
+    shear(m, 1);
+    EXPECT_NEAR(m.pressure() / GPa, P, 1e-12);
+    return m.mises() / GPa;
+  };
+  EXPECT_NEAR(strength(4, 0), 8.764319, 1e-6);
+  EXPECT_NEAR(strength(1.5, 0), 4.92, 1e-12);
+  EXPECT_NEAR(strength(.3, 0), 4.92 * (.3 + .75) / (1.5 + .75), 1e-12);
+  EXPECT_NEAR(strength(100, 0), 12.2, 1e-6);
+  const double h = 1e-5, below = (strength(1.5, 0) - strength(1.5 - h, 0)) / h,
+               above = (strength(1.5 + h, 0) - strength(1.5, 0)) / h;
+  EXPECT_NEAR(above / below, 1, 1e-5);
+  EXPECT_NEAR(strength(.25, 1), .1, 1e-12);
+  EXPECT_NEAR(strength(3, 1), .2, 1e-12);
+  // damage without loss, then all of it
+  auto props = siliconCarbide();
+  props[16] = 0;
+  Material m = jhb(props);
+  m.compress(compressionAt(2, 220, 361, 0));
+  const double ef = .16 * (2 + .75) / 12.2, q = 4.92 + 7.28 * (1 - std::exp(-4.92 / 7.28 / 2.25 * .5));
+  int step = 0;
+  for (; m.at(2) < 1 && step < 1000; ++step) {
+    EXPECT_NEAR(m.at(2), m.at(1) / ef, 1e-12);
+    shear(m, 1e-3);
+    EXPECT_TRUE(m.at(2) == 0 || m.at(2) == 1 || std::abs(m.mises() / GPa - q) < 1e-9);
+  }
+  EXPECT_NEAR(m.mises() / GPa, .2, 1e-12);
+  EXPECT_NEAR(step * 1e-3 * 2 / std::sqrt(3.), ef + q / (3 * 193), 2e-3);
+}
+
+TEST(Ceramics, BulkingTurnsLostElasticEnergyIntoPressure) {
+  const auto run = [](Material m) {
+    m.compress(.02);
+    shear(m, .2);
+    return m;
+  };
+  auto props = kCeramics[2].props(1e30);
+  props[11] = 1e-9; // breaks at once
+  const Material with = run(jh2(props)), later = [&] {
+    Material m = with;
+    m.compress(.0201);
+    return m;
+  }();
+  const double P = .02 * (45.4 + .02 * (-138 + .02 * 290)) * GPa, a = 45.4e9 * .02;
+  const double intact = .93 * std::pow((P + .15e9) / 2.92e9, .77) * 4.545e9,
+               broken = .088 * std::pow(P / 2.92e9, .35) * 4.545e9;
+  const double lost = (intact * intact - broken * broken) / (6 * 30.4e9), growth = with.at(4);
+  EXPECT_EQ(with.at(2), 1);
+  EXPECT_NEAR((a + growth) * (a + growth) - a * a, 2 * 45.4e9 * lost, 1e-9 * 2 * 45.4e9 * lost);
+  EXPECT_NEAR(with.pressure(), P + growth, 1e-6 * P);
+  EXPECT_EQ(later.at(4), growth) << "nothing is lost twice";
+  EXPECT_GT(later.pressure(), with.pressure());
+  props[16] = 0;
+  EXPECT_NEAR(run(jh2(props)).pressure(), P, 1e-6 * P);
+}
+
+TEST(Brittle, TensionStopsAtItsLimitAndDeletedPointsStay) {
+  const std::vector<Material> materials = {jh2(kCeramics[2].props()), jhb(siliconCarbide()), hjc(concrete())};
+  const double T[] = {.15 * GPa, .75 * GPa, 4 * MPa};
+  for (std::size_t k = 0; k < 3; ++k) {
+    Material m = materials[k];
+    m.compress(-.1);
+    EXPECT_NEAR(m.pressure(), -T[k], 1e-12 * T[k]);
+    EXPECT_LT(m.mises(), 1e-6);
+    EXPECT_EQ(m.at(2), 0) << "round-off is no shear";
+    m.props[k == 0 ? 17 : k == 1 ? 17 : 19] = .05;
+    m = Material(m.name, m.props, m.states);
+    m.step({-.05, 0, 0, 0, 0, 0});
+    EXPECT_EQ(m.at(3), 1);
+    shear(m, .3);
+    EXPECT_EQ(m.at(3), 0);
+    EXPECT_GT(m.at(1), .05);
+    const auto state = m.state;
+    const double internal = m.internal[0], inelastic = m.inelastic[0];
+    m.step({-.05, .02, 0, .1, 0, 0});
+    EXPECT_EQ(m.state, state);
+    EXPECT_EQ(m.internal[0], internal);
+    EXPECT_EQ(m.inelastic[0], inelastic);
+    for (double s : m.stress) EXPECT_EQ(s, 0);
+  }
+}
+
+// Loads with pressure and shear, releases: the end of few increments against that of many.
+TEST(Brittle, EndOfAPathDoesNotHangOnTheIncrement) {
+  const std::vector<Material> materials = {jh2(kCeramics[0].props(1e30)), jh2(kCeramics[2].props(1e30)),
+                                           jhb(siliconCarbide()), hjc(concrete())};
+  for (const Material& start : materials) {
+    const auto run = [&](int parts) {
+      Material m = start;
+      m.dt = 1. / parts;
+      m.steps({-.03, -.01, 0, .005, 0, .002}, parts);
+      m.steps({-.01, -.005, .003, .05, .01, .002}, parts);
+      m.steps({.02, .005, 0, 0, 0, 0}, parts);
+      return m;
+    };
+    const Material exact = run(20000);
+    double error[2] = {};
+    for (int k = 0; k < 2; ++k) {
+      const Material m = run(k == 0 ? 50 : 400);
+      for (int c = 0; c < 6; ++c)
+        error[k] = std::max(error[k], std::abs(m.stress[c] - exact.stress[c]) / (exact.mises() + exact.pressure()));
+      error[k] = std::max(error[k], std::abs(m.at(2) - exact.at(2)));
+      EXPECT_NEAR(m.at(1), exact.at(1), .03 * exact.at(1) / (k == 0 ? 1 : 4)) << start.name;
+    }
+    EXPECT_LT(error[0], .05) << start.name;
+    EXPECT_LT(error[1], .008) << start.name;
+  }
+}
+
+TEST(Brittle, WorkIsElasticEnergyAndDissipation) {
+  for (Material m : {jh2(kCeramics[2].props(1e30)), jhb(siliconCarbide()), hjc(concrete())}) {
+    // shear alone keeps the direction of flow, so that the sums are exact
+    m.step({-1e-4, -1e-4, -1e-4, 0, 0, 0});
+    const double volumetric = m.internal[0] - m.inelastic[0];
+    double before = 0;
+    for (int k = 0; k < 60; ++k) {
+      shear(m, k < 40 ? 2e-3 : -2e-3);
+      const double G = m.props[0], elastic = m.mises() * m.mises() / (6 * G * m.rho);
+      EXPECT_NEAR(m.internal[0] - m.inelastic[0] - volumetric, elastic, 1e-12 * m.internal[0]) << m.name << k;
+      EXPECT_TRUE(m.inelastic[0] >= before || k == 40) << "but where the stress turns";
+      before = m.inelastic[0];
+    }
+    EXPECT_GT(before, 0);
+  }
+  // crushing: a cycle of pressure leaves what the pores took
+  Material m = hjc(concrete());
+  double work = 0;
+  for (int k = 0; k < 4000; ++k) {
+    const double P = m.pressure();
+    const double mu = k < 2000 ? .08 * (k + 1) / 2000 : .08 - (.08 - m.at(5)) * (k - 1999) / 2000.;
+    const double volume = m.volume[0];
+    m.compress(mu);
+    work += .5 * (P + m.pressure()) * std::log(volume / m.volume[0]) / m.rho;
+  }
+  EXPECT_NEAR(m.pressure(), 0, 1e-3 * MPa);
+  EXPECT_NEAR(m.internal[0], work, 1e-9 * work);
+  EXPECT_GT(m.inelastic[0], .5 * work);
+}
+
+// ---- superelastic
+
+// F. Auricchio, R. L. Taylor (1997): E 60000, nu .3, plateaus 520 to 600 and 300 to 200, alpha .15; MPa
+std::vector<double> nitinol(double alpha = .15, double EM = 60000) {
+  const double compression = 520 * (kRoot + alpha) / (kRoot - alpha);
+  return {60000, .3, EM, .3, .075, 520, 600, 300, 200, compression, 300, 0, 0, -1};
+}
+Material wire(std::vector<double> props) { return {"TVK_SUPER_ELASTIC_N1D", std::move(props), 8, 1, 0}; }
+Material sheet(std::vector<double> props) { return {"TVK_SUPER_ELASTIC_N2D", std::move(props), 8, 3, 1}; }
+Material solid(std::vector<double> props, int shears = 3) {
+  return {"TVK_SUPER_ELASTIC_N3D", std::move(props), 8, 3, shears};
+}
+
+// An increment of axial strain under uniaxial stress: lateral strain by bisection on the lateral stress.
+void pull(Material& m, double axial) {
+  if (m.ndir == 1) return m.step({axial, 0, 0, 0, 0, 0});
+  double low = -std::abs(axial) * 1.5 - 1e-9, high = -low;
+  const Material start = m;
+  for (int k = 0; k < 100; ++k) {
+    const double x = .5 * (low + high);
+    m = start;
+    m.step({axial, x, m.nshr == 3 ? x : 0, 0, 0, 0});
+    (m.stress[1] < 0 ? low : high) = x;
+  }
+}
+
+TEST(Superelastic, PlateausInOneTwoAndThreeDimensions) {
+  const double ratio = (kRoot + .15) / (kRoot - .15); // 1.4501148
+  for (const Material& start : {wire(nitinol()), sheet(nitinol()), solid(nitinol())})
+    for (double sign : {1., -1.})
+      for (int parts : {1, 7}) {
+        Material m = start;
+        const double scale = sign > 0 ? 1 : ratio;
+        const double length = sign > 0 ? .075 : .075 * (kRoot - .15) / (kRoot + .15); // axial strain of all martensite
+        double now = 0;
+        const auto go = [&](double strain) {
+          for (int k = 0; k < parts; ++k) pull(m, (strain - now) / parts);
+          now = strain;
+          return sign * m.stress[0] / scale;
+        };
+        // strain, expected stress in tension, expected fraction
+        const auto at = [&](double stress, double xi) { return sign * (scale * stress / 60000 + length * xi); };
+        const double states[][2] = {{510, 0}, {540, .25}, {580, .75}, {600, 1}, {700, 1},
+                                    {310, 1}, {275, .75}, {220, .2},  {200, 0}, {100, 0}};
+        for (const auto& s : states) {
+          EXPECT_NEAR(go(at(s[0], s[1])), s[0], 2e-5 * s[0]) << m.name << sign;
+          EXPECT_NEAR(m.at(1), s[1], 2e-6) << m.name;
+          EXPECT_NEAR(m.at(8), sign * m.stress[0] / scale, 1e-6) << "equivalent stress";
+        }
+        EXPECT_NEAR(go(0), 0, 1e-3);
+        EXPECT_EQ(m.at(1), 0);
+      }
+}
+
+TEST(Superelastic, HysteresisIsTheDissipation) {
+  for (Material m : {wire(nitinol()), sheet(nitinol()), solid(nitinol())}) {
+    for (int k = 0; k < 200; ++k) pull(m, .09 / 200);
+    EXPECT_GT(m.internal[0], m.inelastic[0]);
+    for (int k = 0; k < 200; ++k) pull(m, -.09 / 200);
+    const double area = .075 * (.5 * (520 + 600) - .5 * (300 + 200));
+    const bool isWire = m.ndir == 1;
+    EXPECT_NEAR(m.inelastic[0] * m.rho, area, (isWire ? 2e-3 : 2e-2) * area) << "density changes with the volume";
+    EXPECT_NEAR(m.internal[0], m.inelastic[0], 1e-6 * m.internal[0]);
+  }
+}
+
+TEST(Superelastic, FractionFollowsItsLineFromAnyState) {
+  // partial loops: the law d xi = -(1 - xi) dF/(F - Rf) keeps (1 - xi)/(Rf - F), whatever the moduli
+  for (double EM : {60000., 30000.}) {
+    Material m = solid(nitinol(.1, EM));
+    Random random(5);
+    int up = 0, down = 0;
+    for (int k = 0; k < 3000; ++k) {
+      const double xi = m.at(1), F = m.at(8), amount = random.uniform(-1, 1) * .004 + (k % 200 < 100 ? .0008 : -.0008);
+      m.step({amount, -.4 * amount, -.4 * amount, .2 * amount, 0, .1 * amount});
+      const double xiNow = m.at(1), FNow = m.at(8);
+      if (xiNow > xi && xi > 0 && F > 520 && xiNow < 1) {
+        ++up;
+        EXPECT_NEAR((1 - xiNow) * (600 - F), (1 - xi) * (600 - FNow), 1e-9 * 80);
+      } else if (xiNow < xi && xi < 1 && F < 300 && xiNow > 0) {
+        ++down;
+        EXPECT_NEAR(xiNow * (F - 200), xi * (FNow - 200), 1e-9 * 100);
+      } else if (xiNow == xi) {
+        EXPECT_TRUE((xi == 0 && FNow <= 520 + 1e-9) || (xi == 1 && FNow >= 300 - 1e-9) ||
+                    (FNow <= std::max(F, 520.) + 1e-9 && FNow >= std::min(F, 300.) - 1e-9));
+      }
+      EXPECT_TRUE(xiNow >= 0 && xiNow <= 1);
+    }
+    EXPECT_GT(up, 20);
+    EXPECT_GT(down, 20);
+  }
+}
+
+TEST(Superelastic, OneLargeIncrementEndsWhereManySmallOnesDo) {
+  Random random(6);
+  for (double EM : {60000., 40000.})
+    for (int round = 0; round < 40; ++round) {
+      Strain there, back;
+      for (int c = 0; c < 6; ++c) there[c] = random.uniform(-.03, .03), back[c] = (round % 2 ? -1.7 : -.6) * there[c];
+      const auto run = [&](Material m, int parts) {
+        if (m.nshr == 1) there[4] = there[5] = back[4] = back[5] = 0;
+        m.steps(there, parts);
+        m.steps(back, parts);
+        return m;
+      };
+      for (const Material& start :
+           {solid(nitinol(.1, EM)), solid(nitinol(.1, EM), 1), sheet(nitinol(.1, EM)), wire(nitinol(.1, EM))}) {
+        const Material large = run(start, 1), small = run(start, 400);
+        // in plane stress the place of the turn is that of an elastic increment
+        const bool isSheet = start.name[19] == '2';
+        for (std::size_t c = 0; c < large.stress.size(); ++c)
+          EXPECT_NEAR(large.stress[c], small.stress[c], isSheet ? 20 : 1e-8) << start.name << round << " " << EM;
+        EXPECT_NEAR(large.at(1), small.at(1), isSheet ? 6e-3 : 1e-12) << start.name << round;
+        EXPECT_TRUE(!isSheet || large.stress[2] == 0);
+      }
+    }
+}
+
+TEST(Superelastic, TemperatureMovesThePlateaus) {
+  auto props = nitinol(0);
+  props[11] = 6, props[12] = 8;
+  for (Material m : {wire(props), solid(props)}) {
+    m.stepAll({Strain{}}, 310);
+    const auto go = [&](double axial) {
+      const Material start = m;
+      double low = -.2, high = .2;
+      for (int k = 0; k < 100; ++k) {
+        const double x = m.ndir == 1 ? 0 : .5 * (low + high);
+        m = start;
+        m.stepAll({Strain{axial, x, x, 0, 0, 0}}, 310);
+        if (m.ndir == 3) (m.stress[1] < 0 ? low : high) = x;
+      }
+    };
+    go(.02);
+    EXPECT_GT(m.at(1), 0);
+    EXPECT_NEAR(m.stress[0], 520 + 60 + 80 * m.at(1), 1e-3);
+    const double xi = m.at(1), stress = m.stress[0];
+    m.stepAll({Strain{}}, 250); // held and cooled: austenite goes on
+    EXPECT_GT(m.at(1), xi);
+    EXPECT_LT(m.stress[0], stress);
+    m.stepAll({Strain{}}, 500); // heated: martensite goes back
+    EXPECT_EQ(m.at(1), 0);
+  }
+}
+
+TEST(Superelastic, VolumeChangeOfItsOwn) {
+  auto props = nitinol();
+  props[13] = 0;
+  Material m = solid(props);
+  for (int k = 0; k < 10; ++k) pull(m, .009);
+  EXPECT_EQ(m.at(1), 1);
+  EXPECT_NEAR(m.at(2), .075, 1e-12);
+  EXPECT_NEAR(m.at(2) + m.at(3) + m.at(4), 0, 1e-12);
+  Material normal = solid(nitinol());
+  for (int k = 0; k < 10; ++k) pull(normal, .009);
+  EXPECT_NEAR(normal.at(2), .075, 1e-9);
+  EXPECT_NEAR(normal.at(2) + normal.at(3) + normal.at(4), 3 * .15 * .075 / (kRoot + .15), 1e-12);
+}
+
+// ---- all
+
+std::vector<Material> allSolids(int points, int shears = 3) {
+  std::vector<Material> all;
+  all.emplace_back("TVK_JH2", kCeramics[2].props(), 4, 3, shears, points);
+  all.emplace_back("TVK_JHB_SIC", siliconCarbide(), 4, 3, shears, points);
+  all.emplace_back("TVK_HJC_CONCRETE-48", concrete(), 5, 3, shears, points);
+  all.emplace_back("TVK_SUPER_ELASTIC_N3D", nitinol(.1, 40000), 8, 3, shears, points);
+  if (shears == 1) all.emplace_back("TVK_SUPER_ELASTIC_N2D", nitinol(.1, 40000), 8, 3, 1, points);
+  return all;
+}
+Strain randomStrain(Random& random, double size, int shears) {
+  Strain e{};
+  for (int c = 0; c < 3 + shears; ++c) e[c] = random.uniform(-size, size);
+  return e;
+}
+
+TEST(UserMaterials, PlaneStrainIsTheSolidWithoutTwoShears) {
+  Random random(7);
+  auto planes = allSolids(1, 1), solids = allSolids(1, 3);
+  for (int k = 0; k < 300; ++k) {
+    const Strain e = randomStrain(random, .01, 1);
+    for (std::size_t i = 0; i < 4; ++i) {
+      planes[i].step(e), solids[i].step(e);
+      for (int c = 0; c < 4; ++c) EXPECT_EQ(planes[i].stress[c], solids[i].stress[c]) << solids[i].name;
+      EXPECT_EQ(planes[i].internal[0], solids[i].internal[0]);
+      EXPECT_EQ(planes[i].at(2), solids[i].at(2));
+    }
+  }
+}
+
+// The answer to a strain in other axes is the answer in other axes.
+TEST(UserMaterials, AxesDoNotMatter) {
+  Random random(8);
+  for (int round = 0; round < 5; ++round) {
+    Matrix R;
+    randomRotation(random, R);
+    const auto turned = [&](const double* t) {
+      Strain r{};
+      for (int a = 0; a < 3; ++a)
+        for (int b = a; b < 3; ++b)
+          for (int c = 0; c < 3; ++c)
+            for (int d = 0; d < 3; ++d) r[kS33[a][b]] += R[a][c] * t[kS33[c][d]] * R[b][d];
+      return r;
+    };
+    auto plain = allSolids(1), other = allSolids(1);
+    for (int k = 0; k < 40; ++k) {
+      const Strain e = randomStrain(random, .008, 3), eTurned = turned(e.data());
+      for (std::size_t i = 0; i < plain.size(); ++i) {
+        plain[i].step(e), other[i].step(eTurned);
+        const Strain s = turned(plain[i].stress.data());
+        const double size = plain[i].mises() + std::abs(plain[i].pressure()) + 1e-3 * plain[i].props[0];
+        for (int c = 0; c < 6; ++c) EXPECT_NEAR(other[i].stress[c], s[c], 1e-9 * size) << plain[i].name << k;
+      }
+    }
+  }
+}
+
+TEST(UserMaterials, FirstCallIsElasticAndLeavesEnergiesAndState) {
+  auto all = allSolids(3);
+  all.push_back(sheet(nitinol()));
+  all.push_back(wire(nitinol()));
+  for (Material& m : all) {
+    for (double& x : m.state) x = .25;
+    for (double& x : m.internal) x = 7;
+    const auto state = m.state;
+    m.time = -m.dt;
+    const Strain e = {.5, -.2, .1, .3, .2, .1};
+    m.step(e);
+    EXPECT_EQ(m.state, state);
+    EXPECT_EQ(m.internal[0], 7);
+    EXPECT_EQ(m.inelastic[0], 0);
+    const bool isAlloy = m.name[4] == 'S';
+    const double G = isAlloy ? 60000 / 2.6 : m.props[0], K = isAlloy ? 50000 : m.name[5] == 'J' ? 16e9 : m.props[13];
+    if (m.ndir == 1) {
+      EXPECT_NEAR(m.stress[0], 60000 * .5, 1e-9);
+    } else if (m.nshr == 1) {
+      EXPECT_NEAR(m.stress[0], 60000 / (1 - .09) * (.5 - .3 * .2), 1e-8);
+      EXPECT_NEAR(m.stress[3], 2 * G * .3, 1e-8);
+    } else {
+      EXPECT_NEAR(m.stress[0], (K - 2. / 3 * G) * .4 + 2 * G * .5, 1e-12 * K) << m.name;
+      EXPECT_NEAR(m.stress[4 * m.n], 2 * G * .2, 1e-12 * K);
+    }
+  }
+}
+
+} // namespace

@@ -1,0 +1,328 @@
+// Built-in user materials: which name reaches which implementation, and what each refuses in which words.
+#include "spx.h"
+#include "tests/support/recording_diagnostics.h"
+#include "tests/support/recording_host.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+using namespace sharedanalysis::test;
+
+// A call with one point.
+struct Call {
+  std::string name;
+  int ndir = 3, nshr = 3, states = 100;
+  std::vector<double> props;
+  int n = 1;
+  bool untouched = true; // afterwards
+
+  std::string run(decltype(&SPX_USR_BUILTINVUMAT) routine = SPX_USR_BUILTINVUMAT) {
+    resetRecordingHost();
+    const double time = 1, ones[9] = {1, 1, 1, 0, 0, 0, 0, 0, 0};
+    const std::vector<double> zeros(200, 0.0);
+    std::vector<double> stress(6, -7), state(200, -7), energy(2, -7);
+    const int zero = 0, nprops = static_cast<int>(props.size());
+    std::string padded = name;
+    padded.resize(80, ' ');
+    routine(&zero, &n, &ndir, &nshr, &states, &zero, &nprops, &zero, &time, &time, &time, padded.data(), nullptr,
+            nullptr, props.data(), ones, zeros.data(), nullptr, zeros.data(), nullptr, nullptr, nullptr, zeros.data(),
+            zeros.data(), zeros.data(), zeros.data(), zeros.data(), nullptr, ones, nullptr, stress.data(), state.data(),
+            energy.data(), energy.data() + 1, 80);
+    untouched = true;
+    for (const auto* values : {&stress, &state, &energy})
+      untouched = untouched && std::all_of(values->begin(), values->end(), [](double x) { return x == -7; });
+    std::string all;
+    for (const RecordedStatus& s : recordingHost().statuses)
+      if (s.type == "Error" || s.type == "Warning")
+        all += s.type + ": " + s.firstString.substr(0, s.firstString.find_last_not_of(' ') + 1) + "|";
+    return all;
+  }
+  // A template with this call's name and a number put in.
+  std::string filled(std::string text, const std::string& number = "") const {
+    for (std::size_t at; (at = text.find("%I")) != std::string::npos;) text.replace(at, 2, number);
+    for (std::size_t at; (at = text.find("%S")) != std::string::npos;)
+      text.replace(at, 2,
+                   name.find_first_not_of(' ') == std::string::npos ? "        "
+                                                                    : name.substr(name.find_first_not_of(' ')));
+    return text;
+  }
+  static bool ended() {
+    const auto& calls = recordingHost().calls;
+    return std::find(calls.begin(), calls.end(), "DMPC_TERMINATECOMM 1") != calls.end();
+  }
+};
+
+constexpr const char* kDepvar = "Check the definition of *DEPVAR in the input file.";
+
+const std::vector<double> kAlloy = {60e9, .3, 60e9, .3, .075, 520e6, 600e6, 300e6, 200e6, 0, 300, 0, 0, -1};
+const std::vector<double> kGlass = {30e9, .93, .088, .003, .35,  .77,    1,     .15e9, .5,
+                                    6e9,  3e9, .053, .85,  45e9, -138e9, 290e9, 1,     0};
+const std::vector<double> kBeissel = {193e9, 1.5e9, 5e9, 12e9,  .5e9,  .2e9, .2e9, .009, 1, .75e9,
+                                      .16,   1,     0,   220e9, 361e9, 0,    1,    0,    0, 0};
+const std::vector<double> kConcrete = {15e9, .79, 1.6, .007, .61, 48e6, 4e6,    1,     .01, 7, 16e6,
+                                       .001, 8e8, .10, .04,  1,   85e9, -171e9, 208e9, 0,   0};
+// Yield ratios of one, a tension curve of two rows, two rows of each failure.
+std::vector<double> plastic() {
+  std::vector<double> p = {2e9, .35, 1, 1, 1, 1, 1, 1, 0, 0, 2, 0, 2, 2, 0, 0};
+  for (double x : {1e7, 0., 2e7, .1, .5, .6, 1., .4, .5, 10., .5, .6, 1., .4, .5, 10.}) p.push_back(x);
+  return p;
+}
+std::vector<double> with(std::vector<double> p, std::initializer_list<std::pair<int, double>> changes) {
+  for (const auto& [number, value] : changes) p[static_cast<std::size_t>(number - 1)] = value;
+  return p;
+}
+std::string carries(const std::string& material) {
+  return "Material %S asks for the built-in user material \"" + material +
+         "\", of which this build of the library carries no model.";
+}
+
+TEST(UserMaterialDispatch, EachKeyAndAnySuffixReachesItsImplementation) {
+  const struct {
+    const char* key;
+    int nshr;
+    std::vector<double> props;
+    std::string refusal; // empty where there is a model
+  } cases[] = {{"TVK_VISCOUS_FOAM", 3, {}, carries("viscous foam")},
+               {"TVK_RATE_SENSITIVE_FOAM", 3, {}, carries("rate-sensitive foam")},
+               {"TVK_FU_CHANG_ISO_FOAM", 3, {}, carries("Fu-Chang isotropic foam")},
+               {"TVK_FU_CHANG_ANISO_FOAM", 3, {}, carries("Fu-Chang anisotropic foam")},
+               {"TVK_HONEYCOMB", 3, std::vector<double>(11), carries("honeycomb")},
+               {"TVK_SUPER_ELASTIC_N3D", 3, kAlloy, ""},
+               {"TVK_SUPER_ELASTIC_N2D", 1, kAlloy, ""},
+               {"TVK_THERMOPLASTIC", 3, plastic(), carries("thermoplastic")},
+               {"TVK_MOLDED_PLASTIC", 1, plastic(), carries("molded plastic")},
+               {"TVK_FABRIC", 1, std::vector<double>(4), carries("fabric")},
+               {"TVK_PLY_FABRIC", 1, {}, carries("fabric-reinforced composite ply")},
+               {"TVK_JH2", 3, kGlass, ""},
+               {"TVK_JHB", 3, kBeissel, ""},
+               {"TVK_HJC_CONCRETE", 3, kConcrete, ""}};
+  for (const auto& c : cases)
+    for (const char* suffix : {"", "_1", "X Y"}) {
+      Call call{std::string(c.key) + suffix, 3, c.nshr, 100, c.props};
+      EXPECT_EQ(call.run(), c.refusal.empty() ? "" : "Error: " + call.filled(c.refusal) + "|") << call.name;
+      EXPECT_EQ(call.untouched, !c.refusal.empty());
+      EXPECT_EQ(Call::ended(), !c.refusal.empty());
+      call.n = 0;
+      call.run();
+      EXPECT_TRUE(call.untouched);
+    }
+}
+
+TEST(UserMaterialDispatch, UnknownNamesEndTheAnalysis) {
+  for (const char* name : {"STEEL", "TVK_JH", "TVK_FOAM", "tvk_jh2", " TVK_JH2", "TVK_XPL_FABRIC_INITENER", ""}) {
+    Call call{name, 3, 3, 100, kGlass};
+    EXPECT_EQ(call.run(), call.filled("Error: Material %S is not supported as a built-in user material|"));
+    EXPECT_TRUE(call.untouched);
+    EXPECT_TRUE(Call::ended());
+  }
+}
+
+TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
+  const std::string jh2 = "Subroutine VUMAT for Johnson-Holmquist ceramic materials ",
+                    jhb = "Subroutine VUMAT for the Johnson-Holmquist-Beissel ceramic material ",
+                    hjc = "the Holmquist-Johnson-Cook (HJC) concrete material ",
+                    fabric = "Subroutine VUMAT for fabric material requires the specification of %I state variables",
+                    molded = "Subroutine VUMAT for molded plastic materials ",
+                    thermo = "Subroutine VUMAT for thermoplastic materials ",
+                    shown = "specification of %I state variables. Check the definition of *DEPVAR in the input file.",
+                    curve = " of material %S must be specified using increasing strain values",
+                    rated = "Rate-dependent ", inTerms = " failure properties must be specified in terms of ";
+  const auto curves = [](std::initializer_list<double> counts, std::initializer_list<double> values) {
+    std::vector<double> p = counts;
+    p.insert(p.end(), values);
+    return p;
+  };
+  const struct {
+    const char* name;
+    int ndir, nshr, states;
+    std::vector<double> props;
+    std::string text;
+    const char* number = "";
+  } cases[] = {
+      // several faults at once: the first in order is told
+      {"TVK_JH2", 1, 0, 0, {}, jh2 + "only supports 3D and plane strain elements."},
+      {"TVK_JH2", 3, 1, 3, {}, jh2 + "requires the " + shown, "4"},
+      {"TVK_JH2",
+       3,
+       1,
+       4,
+       {},
+       jh2 + "requires the specification of %I material properties. Check the *USER MATERIAL option for material %S.",
+       "18"},
+      {"TVK_JH2", 3, 3, 4, with(kGlass, {{7, 0}, {8, -1}}), "Property %I of material %S must be greater than zero.",
+       "7"},
+      {"TVK_JH2", 3, 3, 4, with(kGlass, {{11, 7e9}}),
+       "HEL of material %S, property 10, must be greater than its PHEL, property 11."},
+      {"TVK_HJC_CONCRETE", 3, 3, 5, with(kConcrete, {{11, 8e8}}),
+       "Pl of material %S, property 13, must be greater than its Pc, property 11."},
+      {"TVK_SUPER_ELASTIC_N3D", 3, 3, 8, with(kAlloy, {{4, .5}}),
+       "Poisson's ratios of material %S, properties 2 and 4, must lie between -1 and 0.5."},
+      {"TVK_JHB", 1, 1, 0, {}, jhb + "only supports 3D and plane strain elements."},
+      {"TVK_JHB", 3, 3, 3, {}, jhb + "requires the " + shown, "4"},
+      {"TVK_HJC_CONCRETE", 2, 1, 0, {}, "Subroutine VUMAT for  " + hjc + "only supports 3D and plane strain elements."},
+      {"TVK_HJC_CONCRETE",
+       3,
+       3,
+       4,
+       {},
+       "Subroutine VUMAT for " + hjc + "requires the specification of %I state variables. " + kDepvar,
+       "5"},
+      {"TVK_HJC_CONCRETE", 3, 3, 5, with(kConcrete, {{14, std::nan("")}}),
+       "Property %I of material %S must be greater than zero.", "14"},
+      {"TVK_SUPER_ELASTIC",
+       3,
+       3,
+       0,
+       {},
+       "The material name used with the VUMAT for superelastic materials must start with one of the strings "
+       "TVK_SUPER_ELASTIC_N1D, TVK_SUPER_ELASTIC_N2D, or TVK_SUPER_ELASTIC_N3D"},
+      {"TVK_SUPER_ELASTIC_N2D",
+       3,
+       3,
+       0,
+       {},
+       "The elements of material %S do not have the stress components that its name asks for: TVK_SUPER_ELASTIC_N1D "
+       "needs one direct component, TVK_SUPER_ELASTIC_N2D needs plane stress elements, and TVK_SUPER_ELASTIC_N3D needs "
+       "solid or plane strain elements."},
+      {"TVK_SUPER_ELASTIC_N1D", 1, 0, 0, std::vector<double>(15, 1.0),
+       "Subroutine VUMAT for superelastic materials should be used with 14 material  properties."},
+      {"TVK_SUPER_ELASTIC_N3D", 3, 1, 7, kAlloy, "Subroutine VUMAT for superelastic materials requires the " + shown,
+       "8"},
+      {"TVK_PLY_FABRIC",
+       3,
+       3,
+       0,
+       {},
+       "Subroutine VUMAT for fabric reinforced composite materials only supports plane stress elements."},
+      {"TVK_PLY_FABRIC",
+       3,
+       1,
+       15,
+       {},
+       "Subroutine VUMAT for fabric reinforced composite materials requires the " + shown,
+       "16"},
+      {"TVK_FABRIC",
+       3,
+       3,
+       0,
+       {},
+       "Subroutine VUMAT for fabric material is implemented only for plane stress elements (ndir=3 and nshr=1)"},
+      {"TVK_FABRIC", 3, 1, 7, {}, fabric + ". " + kDepvar, "8"},
+      {"TVK_FABRIC_INITENER",
+       3,
+       1,
+       8,
+       {},
+       fabric + " when used in combination with option to ramp initial stresses. " + kDepvar,
+       "12"},
+      {"TVK_FABRIC", 3, 1, 8, curves({2, 0, 0, 0}, {0, .1, 1, .1}),
+       "The loading stress-strain curve for fiber 1" + curve},
+      {"TVK_FABRIC", 3, 1, 8, curves({1, 2, 0, 0}, {0, .1, 0, .1, 1, 0}),
+       "The loading stress-strain curve for fiber 2" + curve},
+      {"TVK_FABRIC", 3, 1, 8, curves({1, 1, 2, 0}, {0, .1, 0, .1, 0, .3, 1, 0}),
+       "The unloading stress-strain curve for fiber 1" + curve},
+      {"TVK_FABRIC", 3, 1, 8, curves({1, 0, 0, 2}, {0, .1, 0, .1, 0, std::nan("")}),
+       "The unloading stress-strain curve for fiber 2" + curve},
+      {"TVK_FABRIC", 3, 1, 8, curves({1e9, 0, 0, 2}, {0, .1}),
+       "The properties of material %S end before its tables do."},
+      {"TVK_FABRIC", 3, 1, 8, curves({-1, 0}, {}), "The properties of material %S end before its tables do."},
+      {"TVK_MOLDED_PLASTIC",
+       1,
+       0,
+       0,
+       {},
+       molded + "only supports solid, plane stress, and generalized plane strain elements."},
+      {"TVK_MOLDED_PLASTIC", 3, 1, 13, {}, molded + "requires the " + shown, "14"},
+      {"TVK_MOLDED_PLASTIC",
+       3,
+       1,
+       14,
+       {},
+       molded + "requires the specification of uniaxial tension or compression data."},
+      {"TVK_MOLDED_PLASTIC", 3, 3, 14, with(plastic(), {{4, 0}, {21, 0}}),
+       "The yield ratios must be greater than zero."},
+      {"TVK_MOLDED_PLASTIC", 3, 3, 14, with(plastic(), {{22, 0}, {23, -1}}),
+       "The values of the ductile failure strains, eps_T+ and eps_T-, must be greater than zero"},
+      {"TVK_MOLDED_PLASTIC", 3, 3, 14, with(plastic(), {{23, 20}}),
+       rated + "ductile" + inTerms + "increasing strain rates"},
+      {"TVK_MOLDED_PLASTIC", 3, 3, 14, with(plastic(), {{23, -1}}),
+       rated + "ductile" + inTerms + "possitive strain rates"},
+      {"TVK_MOLDED_PLASTIC", 3, 3, 14, with(plastic(), {{28, 0}}),
+       "The values of the shear failure strains, eps_S+ and eps_S-, must be greater than zero"},
+      {"TVK_MOLDED_PLASTIC", 3, 3, 14, with(plastic(), {{32, 1}}),
+       rated + "shear" + inTerms + "increasing strain rates"},
+      {"TVK_MOLDED_PLASTIC", 3, 3, 14, with(plastic(), {{29, 0}}),
+       rated + "shear" + inTerms + "possitive strain rates"},
+      {"TVK_MOLDED_PLASTIC", 3, 3, 14, with(plastic(), {{15, -1}}), carries("molded plastic")},
+      {"TVK_THERMOPLASTIC",
+       2,
+       1,
+       14,
+       {},
+       thermo + "only supports solid, plane stress, and generalized plane strain elements."},
+      {"TVK_THERMOPLASTIC", 3, 3, 13, {}, thermo + "requires the " + shown, "14"},
+      {"TVK_THERMOPLASTIC",
+       3,
+       3,
+       14,
+       {},
+       thermo + "requires the specification of uniaxial tension or compression data."},
+      {"TVK_THERMOPLASTIC", 3, 3, 14, with(plastic(), {{16, -1}}),
+       "Coefficients f3 and f5 for the thermoplastic material cannot be negative"},
+      {"TVK_HONEYCOMB",
+       3,
+       3,
+       0,
+       {},
+       "The honeycomb user material requires the specification of %I material in the *USER MATERIAL option for "
+       "material %S.",
+       "11"},
+      {"TVK_HONEYCOMB", 3, 3, 0, std::vector<double>(11),
+       "The honeycomb user material requires the specification of %I state variables. Check the definition of *DEPVAR "
+       "for material %S.",
+       "1"},
+      {"TVK_HONEYCOMB", 3, 3, 1, std::vector<double>(11, .2),
+       "The honeycomb user material requires the specification of %I state variables when a tensile strain for element "
+       "deletion is defined in the model. Check the definition of *DEPVAR for material %S.",
+       "2"},
+      {"TVK_RATE_SENSITIVE_FOAM",
+       3,
+       3,
+       1,
+       {},
+       "The rate sensitive foam user material requires the specification of %I state variables. Check the definition "
+       "of  *DEPVAR in the input file.",
+       "2"},
+      {"TVK_RATE_SENSITIVE_FOAM",
+       3,
+       3,
+       7,
+       {1, 0, .1},
+       std::string("The rate sensitive foam user material requires the specification of %I state variables when beta "
+                   "damping is specified. ") +
+           kDepvar,
+       "8"}};
+  for (const auto& c : cases) {
+    Call call{c.name, c.ndir, c.nshr, c.states, c.props};
+    EXPECT_EQ(call.run(), "Error: " + call.filled(c.text, c.number) + "|");
+    EXPECT_TRUE(call.untouched && Call::ended());
+  }
+}
+
+TEST(UserMaterialChecks, WarningsOfPlasticsInSolids) {
+  const std::string
+      ratios = "Warning: The orthotropic plasticity option is only supported for elements with plane stress state. "
+               "All yield ratios will be assumed to be equal to one.|",
+      k = "Warning: The orientation-dependent orthotropic ductile failure criterion is not supported for 3D solid "
+          "elements. The values of coefficients k1 and k2 will be ignored.|";
+  Call call{"TVK_THERMOPLASTIC", 3, 3, 14, with(plastic(), {{5, 1.2}, {10, .1}})};
+  EXPECT_EQ(call.run(), ratios + k + call.filled("Error: " + carries("thermoplastic") + "|"));
+  call.nshr = 1;
+  EXPECT_EQ(call.run(), call.filled("Error: " + carries("thermoplastic") + "|"));
+}
+
+} // namespace
