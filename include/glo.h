@@ -40,7 +40,7 @@
  *                locking stretch  what a stretch stays below        strain  an increment, tensor shear
  *                deformation gradient  dx/dX, 1 when undeformed     state   what a material remembers, 0 at first
  *                properties       numbers that a material takes in its order
- *                table            pools and headers of material tables
+ *                table       pools and headers of material tables
  *    `@like X` takes the lines of X for the arguments that have none of their own.
  *
  *  CONTENTS

@@ -68,9 +68,10 @@ Block::Outcome Block::evaluate(const std::vector<double>& x, const std::vector<d
   GLO_UTI_GENGATHERR(&points, &kThree, &kThree, &kUnread, gatherMap_.data(), w.velocity.data(), v.data());
   SPX_OPE_C3D8ROPER2(&n_, &ld_, w.x.data(), w.B.data(), w.hgdiag.data(), w.hgstiff.data(), w.vol.data(), w.rvol.data(),
                      w.gamma.data(), mask_.data());
-  points_.respond(w.V.data(), stress_.data(), w.bound.data(), w.bulk.data(), w.material);
+  points_.respond(w.V.data(), w.F.data(), lastIncrement, stress_.data(), w.bound.data(), w.bulk.data(), w.material);
   points_.remember();
   if (material_->failure) fail(x, lastIncrement, w);
+  if (material_->model == Model::User) remove(x, w);
   // a mean deformation without volume takes its brick out as an inverted brick does
   const std::vector<double>& flag = points_.flag();
   for (int32_t e = 0; e < n_; ++e) mask_[e] = flag[e] != 0.0 ? 1.0 : mask_[e];
@@ -105,13 +106,19 @@ void Block::fail(const std::vector<double>& x, double lastIncrement, BlockWork& 
                           &f.d1, &f.d2, &d3, &f.d4, &f.d5, &f.melting, &f.transition, &perReference);
   for (int32_t e = 0; e < n_; ++e) w.rate[e] = w.power[e] > 0.0 ? w.rate[e] * lastIncrement : 0.0;
   SPX_MAT_DUCTSHRFAILUREEXP(&n_, &n_, list, omega_.data(), w.rate.data(), w.failureStrain.data());
+  remove(x, w);
+}
+
+// Takes out the bricks whose material has failed.
+void Block::remove(const std::vector<double>& x, BlockWork& w) {
+  const auto isFailed = [this](int32_t e) { return mask_[e] == 0.0 && (omega_[e] >= 1.0 || points_.isDeleted(e)); };
   bool any = false;
-  for (int32_t e = 0; e < n_; ++e) any = any || (omega_[e] >= 1.0 && mask_[e] == 0.0);
+  for (int32_t e = 0; e < n_; ++e) any = any || isFailed(e);
   if (!any) return;
   double stored[kBlockLength], spring[kBlockLength], damage[kBlockLength];
   energies(x, w, stored, spring, damage);
   for (int32_t e = 0; e < n_; ++e)
-    if (omega_[e] >= 1.0 && mask_[e] == 0.0) {
+    if (isFailed(e)) {
       failed_[e] = mask_[e] = 1.0;
       lostEnergy_[e] = stored[e] * V0_[e] + spring[e] + damage[e];
     }

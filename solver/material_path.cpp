@@ -15,21 +15,22 @@
 namespace sharedanalysis::solver {
 namespace {
 
-using Stretch = std::array<double, 6>; // left stretch, S33
+using Stretch = std::array<double, 6>;  // left stretch, S33
+using Gradient = std::array<double, 9>; // deformation gradient, row by row
 
 // The material at one point; evaluations leave no trace until the point is told to remember.
 class Point {
 public:
-  explicit Point(const Material& material) : points_(material, 1) {}
+  Point(const Material& material, double stepTime) : points_(material, 1), stepTime_(stepTime) {}
 
-  std::array<double, 6> stress(const Stretch& V) {
+  std::array<double, 6> stress(const Stretch& V, const Gradient& F) {
     std::array<double, 6> s{};
     double bound = 0, bulk = 0;
-    points_.respond(V.data(), s.data(), &bound, &bulk, work_);
+    points_.respond(V.data(), F.data(), stepTime_, s.data(), &bound, &bulk, work_);
     return s;
   }
-  void remember(const Stretch& V, PathPoint& p) {
-    stress(V);
+  void remember(const Stretch& V, const Gradient& F, PathPoint& p) {
+    stress(V, F);
     points_.remember();
     points_.energies(V.data(), &p.stored, &p.lost, work_);
   }
@@ -38,6 +39,7 @@ public:
 private:
   MaterialPoints points_;
   MaterialWork work_;
+  double stepTime_;
 };
 
 int freeDirections(Mode mode) {
@@ -54,6 +56,8 @@ Stretch stretchOf(Mode mode, double s, double free) {
     return {s, 1, free, 0, 0, 0};
   case Mode::Volumetric:
     return {s, s, s, 0, 0, 0};
+  case Mode::Confined:
+    return {s, 1, 1, 0, 0, 0};
   case Mode::Shear: {
     const int32_t one = 1;
     const double b[6] = {1 + s * s, 1, 1, s, 0, 0}; // F F'
@@ -63,6 +67,11 @@ Stretch stretchOf(Mode mode, double s, double free) {
   }
   }
   return {};
+}
+
+Gradient gradientOf(Mode mode, double s, const Stretch& V) {
+  if (mode == Mode::Shear) return {1, s, 0, 0, 1, 0, 0, 0, 1};
+  return {V[0], 0, 0, 0, V[1], 0, 0, 0, V[2]};
 }
 
 double isochoric(Mode mode, double s) {
@@ -103,7 +112,7 @@ bool findRoot(Function f, double& x, double growth) {
 
 class Follower {
 public:
-  Follower(const MaterialPath& path, const Material& material) : path_(path), point_(material) {}
+  Follower(const MaterialPath& path, const Material& material) : path_(path), point_(material, path.stepTime) {}
 
   std::vector<PathPoint> run() {
     const double start = path_.mode == Mode::Shear ? 0.0 : 1.0;
@@ -134,17 +143,15 @@ private:
   double close(double s) {
     if (freeDirections(path_.mode) == 0) return 1;
     double a = free_ > 0 ? free_ : isochoric(path_.mode, s);
-    const auto left = [&](double trial) {
-      const std::array<double, 6> t = point_.stress(stretchOf(path_.mode, s, trial));
-      return t[2];
-    };
+    const auto left = [&](double trial) { return stressAt(s, trial)[2]; };
     if (!findRoot(left, a, 1.01)) fail("no free stretch leaves its direction without stress");
     return a;
   }
 
-  double nominalAt(double s, double a) {
-    const std::array<double, 6> t = point_.stress(stretchOf(path_.mode, s, a));
-    return nominal(s, a, t);
+  double nominalAt(double s, double a) { return nominal(s, a, stressAt(s, a)); }
+  std::array<double, 6> stressAt(double s, double a) {
+    const Stretch V = stretchOf(path_.mode, s, a);
+    return point_.stress(V, gradientOf(path_.mode, s, V));
   }
   double nominal(double s, double a, const std::array<double, 6>& t) const {
     switch (path_.mode) {
@@ -156,6 +163,8 @@ private:
       return t[0] * a;
     case Mode::Volumetric:
       return t[0] * s * s;
+    case Mode::Confined:
+      return t[0];
     case Mode::Shear:
       return t[3]; // the sheared faces keep their area
     }
@@ -178,12 +187,13 @@ private:
     p.stretch = stretch_;
     p.free = free_ = close(stretch_);
     const Stretch V = stretchOf(path_.mode, stretch_, free_);
-    const std::array<double, 6> t = point_.stress(V);
+    const Gradient F = gradientOf(path_.mode, stretch_, V);
+    const std::array<double, 6> t = point_.stress(V, F);
     if (point_.isFlat()) fail("there is no volume left");
     std::copy(t.begin(), t.end(), p.cauchy);
     p.J = path_.mode == Mode::Shear ? 1 : V[0] * V[1] * V[2];
     p.nominal = nominal(stretch_, free_, t);
-    point_.remember(V, p);
+    point_.remember(V, F, p);
     return p;
   }
 
@@ -214,6 +224,7 @@ MaterialPath readPath(const Table& table, const std::vector<Material>& materials
     for (const double s : path.turns)
       if (!(s > 0)) table.fail("stretch", "stretch has " + shortNumber(s) + ", expected positive numbers");
   path.steps = static_cast<int>(table.real("steps", stepCount, "", path.steps));
+  path.stepTime = table.real("step_time", positive, "s", path.stepTime);
   if (table.has("data")) {
     const Table data = table.table("data", {"stretch", "stress"});
     path.data = {data.reals("stretch", ""), data.reals("stress", "Pa")};
@@ -233,7 +244,8 @@ void append(std::string& line, double value) {
 } // namespace
 
 const std::vector<std::string>& modeNames() {
-  static const std::vector<std::string> names = {"uniaxial", "equibiaxial", "planar", "volumetric", "shear"};
+  static const std::vector<std::string> names = {"uniaxial",   "equibiaxial", "planar",
+                                                 "volumetric", "shear",       "confined"};
   return names;
 }
 
@@ -251,7 +263,8 @@ PathCase readPathCase(const std::filesystem::path& file) {
   for (const Table& material : table.tables("material", materialKeys()))
     result.materials.push_back(readMaterial(material));
   if (result.materials.empty()) throw InputError(file.string() + ": no material, expected [[material]]");
-  for (const Table& path : table.tables("path", {"name", "material", "mode", "stretch", "stress", "steps", "data"}))
+  for (const Table& path :
+       table.tables("path", {"name", "material", "mode", "stretch", "stress", "steps", "step_time", "data"}))
     result.paths.push_back(readPath(path, result.materials));
   if (result.paths.empty()) throw InputError(file.string() + ": no path, expected [[path]]");
   return result;

@@ -12,7 +12,8 @@ namespace sharedanalysis::solver {
 //   Uniaxial     (s, a, a), a free          Equibiaxial  (s, s, a), a free
 //   Planar       (s, 1, a), a free          Volumetric   (s, s, s)
 //   Shear        simple shear by the amount s, the volume kept
-enum class Mode { Uniaxial, Equibiaxial, Planar, Volumetric, Shear };
+//   Confined     (s, 1, 1)
+enum class Mode { Uniaxial, Equibiaxial, Planar, Volumetric, Shear, Confined };
 const std::vector<std::string>& modeNames();
 
 struct TestData {
@@ -26,6 +27,7 @@ struct MaterialPath {
   bool byStress = false;     // turns are nominal stresses in Pa, else stretches (of shear: amounts)
   std::vector<double> turns; // visited one after the other from the undeformed state
   int steps = 100;           // of each leg
+  double stepTime = 1;       // s, of each step, for materials that depend on the rate
   TestData data;
 };
 

@@ -37,6 +37,8 @@ Names constantKeys(Model model) {
     return {"mu", "alpha", "beta"};
   case Model::TestCurve:
     return {"stretch", "stress", "D"};
+  case Model::User:
+    return {"user", "properties", "temperature"};
   }
   return {};
 }
@@ -117,6 +119,23 @@ void readTestCurve(const Table& table, Material& material) {
     table.fail("stretch", "stretch and stress of material \"" + material.name +
                               "\" are no test in tension, expected both to increase from stretch 1 and stress 0");
   addReciprocals(table, {table.real("D", positive, "1/Pa")}, "D", 1, material);
+}
+
+void readUser(const Table& table, Material& material) {
+  material.userName = table.text("user");
+  const UserModel* model = userModelOf(material.userName);
+  if (model == nullptr) {
+    Names keys;
+    for (const UserModel& known : userModels()) keys.push_back(known.key);
+    table.fail("user", "no user material \"" + material.userName + "\", expected a name that begins with " +
+                           joined(keys, ", "));
+  }
+  material.constants = table.reals("properties", "");
+  if (material.constants.size() != model->properties)
+    table.fail("properties", "properties has " + counted(material.constants.size(), "number") + ", expected " +
+                                 std::to_string(model->properties) + " for " + model->key);
+  material.temperature = table.real("temperature", anyNumber, "K", 293.15);
+  if (table.has("mullins")) table.fail("mullins", "mullins does not go with a user material");
 }
 
 Mullins readMullins(const Table& table) {
@@ -218,6 +237,9 @@ Material readMaterial(const Table& given, std::optional<double> temperature) {
     break;
   case Model::TestCurve:
     readTestCurve(table, material);
+    break;
+  case Model::User:
+    readUser(table, material);
     break;
   }
   const double G = material.shearModulus(), K = material.bulkModulus();

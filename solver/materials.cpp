@@ -96,7 +96,7 @@ Volume volumeOf(const double* rD, int32_t n, std::size_t terms, double J) {
 
 const std::vector<std::string>& modelNames() {
   static const std::vector<std::string> names = {"polynomial", "polynomial6", "arruda-boyce", "van-der-waals",
-                                                 "ogden",      "hyperfoam",   "marlow"};
+                                                 "ogden",      "hyperfoam",   "marlow",       "user"};
   return names;
 }
 
@@ -116,6 +116,8 @@ double Material::shearModulus() const {
     return sumOf(constants, 0, 2, kRubberTerms);
   case Model::TestCurve:
     return curveDerivatives(*this, 3).first * 2;
+  case Model::User:
+    return userModuli(*this).shear;
   }
   return 0;
 }
@@ -138,6 +140,8 @@ double Material::bulkModulus() const {
   }
   case Model::TestCurve:
     return 2 * constants[0];
+  case Model::User:
+    return userModuli(*this).bulk;
   }
   return 0;
 }
@@ -152,6 +156,7 @@ MaterialPoints::MaterialPoints(const Material& material, int32_t n)
       flag_(static_cast<std::size_t>(n)), energyFlag_(static_cast<std::size_t>(n)) {
   for (std::size_t k = 0; k < material.constants.size(); ++k)
     std::fill_n(constants_.begin() + static_cast<std::ptrdiff_t>(k) * n, n, material.constants[k]);
+  if (material.model == Model::User) user_.emplace(material, n);
   if (!material.mullins) return;
   const auto size = static_cast<std::size_t>(n);
   r_.assign(size, material.mullins->r);
@@ -161,7 +166,13 @@ MaterialPoints::MaterialPoints(const Material& material, int32_t n)
   largestNow_ = largest_;
 }
 
-void MaterialPoints::respond(const double* V, double* stress, double* bound, double* bulk, MaterialWork& w) {
+void MaterialPoints::remember() {
+  largest_ = largestNow_;
+  if (user_) user_->remember();
+}
+
+void MaterialPoints::respond(const double* V, const double* F, double increment, double* stress, double* bound,
+                             double* bulk, MaterialWork& w) {
   const auto invariants = [&](auto kernel) {
     call(kernel, n_, constants_, material_->constants.size(), {V, stress, flag_.data(), bound, bulk});
   };
@@ -184,6 +195,12 @@ void MaterialPoints::respond(const double* V, double* stress, double* bound, dou
     break;
   case Model::TestCurve:
     curveStress(V, stress, bound, bulk, w);
+    break;
+  case Model::User:
+    user_->respond(V, F, increment, stress, bound, bulk);
+    SPX_MAT_HYPERINVS33(&n_, w.I1.data(), w.I2.data(), w.rJ.data(), V);
+    for (int32_t i = 0; i < n_; ++i)
+      if (1 / w.rJ[i] < 1e-9) flag_[i] = 1;
     break;
   }
   if (!material_->mullins) return;
@@ -272,6 +289,8 @@ void MaterialPoints::isochoricEnergy(const double* V, MaterialWork& w) {
     SPX_MAT_HYPERINVS33(&n_, w.I1.data(), w.I2.data(), w.rJ.data(), V);
     for (int32_t i = 0; i < n_; ++i) w.U[i] = onCurve(*material_, barStretch(w.I1[i])).work;
     return;
+  case Model::User:
+    return; // it keeps its energies
   }
 }
 
@@ -293,11 +312,14 @@ double MaterialPoints::volumetricEnergy(int32_t i, double J, double logJ) const 
     return 0;
   case Model::TestCurve:
     return volumeOf(c, n_, 1, J).energy;
+  case Model::User:
+    return 0;
   }
   return 0;
 }
 
 void MaterialPoints::energies(const double* V, double* stored, double* lost, MaterialWork& w) {
+  if (user_) return user_->energies(stored, lost);
   isochoricEnergy(V, w);
   const bool needsLog = material_->model == Model::ArrudaBoyce || material_->model == Model::VanDerWaals;
   if (needsLog) GLO_UTI_LOGV(&n_, V, w.ddU.data()); // ln J is the trace

@@ -1,6 +1,8 @@
 // Materials of the solver: their constants as a case gives them, and the response of a block of points to their left stretch.
 #pragma once
 
+#include "user_materials.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -8,7 +10,7 @@
 
 namespace sharedanalysis::solver {
 
-enum class Model { Polynomial, Polynomial6, ArrudaBoyce, VanDerWaals, Ogden, Foam, TestCurve };
+enum class Model { Polynomial, Polynomial6, ArrudaBoyce, VanDerWaals, Ogden, Foam, TestCurve, User };
 
 // Softening on unloading: SPX_MAT_ORMULLINS.
 struct Mullins {
@@ -28,9 +30,11 @@ struct Material {
   double density = 0;
   Model model = Model::Polynomial;
   // In the order of the arguments of the stress kernel of the model, reciprocals of D where it takes them.  Rubber and foam in
-  // the stretches have six terms, the unused ones nothing.  A test curve has D alone.
+  // the stretches have six terms, the unused ones nothing.  A test curve has D alone.  Of a user material the properties.
   std::vector<double> constants;
   std::vector<double> curveStretch, curveStress; // nominal stress of a bar in tension, from (1, 0) on
+  std::string userName;                          // of a user material: the key that selects it, and what may follow
+  double temperature = 0;                        // of a user material, K
   std::optional<Mullins> mullins;
   std::optional<DuctileFailure> failure;
 
@@ -53,13 +57,17 @@ public:
   MaterialPoints(const Material& material, int32_t n);
 
   // Cauchy stress (n, 6) and the two moduli for the stable increment at left stretches V (n, 6); updates the guard of the
-  // volume.  What softening remembers changes with `remember` alone.
-  void respond(const double* V, double* stress, double* bound, double* bulk, MaterialWork& work);
-  void remember() { largest_ = largestNow_; }
+  // volume.  What the points remember changes with `remember` alone.  Deformation gradient F, component (i, j) at (3 i + j) n,
+  // and time since the remembered state are for materials that remember more than softening.
+  void respond(const double* V, const double* F, double increment, double* stress, double* bound, double* bulk,
+               MaterialWork& work);
+  void remember();
   // Energies per undeformed volume: what the stretch would give back, and what softening has taken.
   void energies(const double* V, double* stored, double* lost, MaterialWork& work);
 
   const std::vector<double>& flag() const { return flag_; }
+  // A user material that keeps a status has given the point up.
+  bool isDeleted(int32_t i) const { return user_ && user_->isDeleted(i); }
 
 private:
   void principalStress(const double* V, double* stress, double* bound, double* bulk, MaterialWork& work);
@@ -69,6 +77,7 @@ private:
 
   const Material* material_;
   int32_t n_;
+  std::optional<UserPoints> user_;
   std::vector<double> constants_; // (n, constants)
   std::vector<double> flag_, energyFlag_, r_, m_, beta_, largest_, largestNow_;
 };

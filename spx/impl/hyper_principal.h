@@ -258,7 +258,7 @@ struct FreeScratch {
   double c[kScratchPoints], s[kScratchPoints]; // axes of the stretch in the plane
 };
 
-// Newton's method for the free stretches of a piece, each point until its own step is below 1e-12 (the error is then the
+// Newton's method for the free stretches of a piece, each point until its own step is below 1e-8 (the error is then the
 // square of it), at most 50 steps; leaves sums and logarithms at the result.
 template <int kFree, class Terms>
 SA_INLINE void closeState(int start, int n, Terms terms, double* flag, FreeScratch& f, StretchLogs& w, StressSums& s) {
@@ -276,7 +276,7 @@ SA_INLINE void closeState(int start, int n, Terms terms, double* flag, FreeScrat
       const FreeStress r = freeStress<kFree, Terms>(s, i, J, terms.volumetric(start + i, J));
       const double step = f.moving[i] * stretchStep(r.residual, r.slope), now = f.free[i];
       f.free[i] = now * vm::exp(-step);
-      f.moving[i] = vm::abs(step) > 1e-12 ? 1.0 : 0.0; // a NaN ends too
+      f.moving[i] = vm::abs(step) > 1e-8 ? 1.0 : 0.0; // a NaN ends too
     });
     anyMoving = false;
     for (int i = 0; i < n; ++i) anyMoving = anyMoving || f.moving[i] != 0.0;

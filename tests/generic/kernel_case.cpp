@@ -449,6 +449,10 @@ KernelCase makeCase(const RoutineInfo& routine, int points, int variant) {
       array.setInteger(0, sizes(info.name));
     } else if (info.is("list") || info.is("set")) {
       setList(array, list);
+    } else if (info.is("text") || std::string_view(info.unit) == "properties") {
+      fillMaterial(routine, array, sizes, variant);
+    } else if (array.elementSize == sizeof(std::int64_t) && !info.isReal()) {
+      array.setBits(0, static_cast<std::uint64_t>(sizes(info.name)));
     } else if (info.is("table")) {
       const TablePools table = makeTable(sizes, points);
       const bool isPool = std::string_view(info.shape[0]) == "*";
@@ -458,10 +462,6 @@ KernelCase makeCase(const RoutineInfo& routine, int points, int variant) {
         setTable(array, table.pools.ints);
       else
         setTable(array, table.table.header);
-    } else if (info.is("text") || std::string_view(info.unit) == "properties") {
-      fillMaterial(routine, array, sizes, variant);
-    } else if (array.elementSize == sizeof(std::int64_t) && !info.isReal()) {
-      array.setBits(0, static_cast<std::uint64_t>(sizes(info.name)));
     } else {
       const std::uint64_t seed =
           hashOf(routine.name, hashOf(info.name, static_cast<std::uint64_t>(points * 64 + variant)));

@@ -1,0 +1,276 @@
+#include "plain_materials.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace plain {
+namespace {
+
+constexpr int kRow[] = {0, 1, 2, 0, 1, 0}, kColumn[] = {0, 1, 2, 1, 2, 2};
+using Matrix = double[3][3];
+
+struct Invariants {
+  double J, I1, I2;
+  Matrix B, Q;
+};
+Invariants invariants(const double* V, int n, int i) {
+  Invariants s;
+  Matrix A;
+  for (int k = 0; k < 6; ++k) A[kRow[k]][kColumn[k]] = A[kColumn[k]][kRow[k]] = V[k * n + i];
+  s.J = A[0][0] * (A[1][1] * A[2][2] - A[1][2] * A[2][1]) - A[0][1] * (A[1][0] * A[2][2] - A[1][2] * A[2][0]) +
+        A[0][2] * (A[1][0] * A[2][1] - A[1][1] * A[2][0]);
+  if (s.J < 1e-9) s.J += 1;
+  const double f = std::exp(-2.0 / 3 * std::log(s.J));
+  for (int r = 0; r < 3; ++r)
+    for (int c = 0; c < 3; ++c) s.B[r][c] = f * (A[r][0] * A[0][c] + A[r][1] * A[1][c] + A[r][2] * A[2][c]);
+  s.I1 = s.B[0][0] + s.B[1][1] + s.B[2][2];
+  s.I2 = s.B[0][0] * s.B[1][1] + s.B[1][1] * s.B[2][2] + s.B[0][0] * s.B[2][2] - s.B[0][1] * s.B[0][1] -
+         s.B[1][2] * s.B[1][2] - s.B[0][2] * s.B[0][2];
+  return s;
+}
+
+struct Derivatives {
+  double U1, U2, U11, U12, U22, p, slope;
+};
+// Stress, bound and bulk of a point whose derivatives are known.
+void stressOf(Invariants& s, const Derivatives& d, int n, int i, double* stress, double* bound, double* bulk) {
+  for (int r = 0; r < 3; ++r)
+    for (int c = 0; c < 3; ++c) s.Q[r][c] = s.B[r][0] * s.B[0][c] + s.B[r][1] * s.B[1][c] + s.B[r][2] * s.B[2][c];
+  const double rJ = 1 / s.J, a = 2 * d.U2 * rJ, b = 2 * d.U1 * rJ + s.I1 * a, third = (s.I1 * s.I1 - 2 * s.I2) / 3;
+  const double w4 = 4 * rJ, w2 = 2 * rJ, c1 = w4 * (d.U11 + 2 * s.I1 * d.U12 + s.I1 * s.I1 * d.U22), c2 = w4 * d.U22;
+  const double c3 = -w4 * (s.I1 * d.U22 + d.U12), E = w2 * (d.U1 + s.I1 * d.U2), F = -w2 * d.U2, G = w4 * d.U2;
+  double largest = 0;
+  for (int k = 0; k < 6; ++k) {
+    const int r = kRow[k], c = kColumn[k];
+    const double q = s.Q[r][c], g = s.B[r][c];
+    stress[k * n + i] = k < 3 ? d.p - (q - third) * a + (g - s.I1 / 3) * b : g * b - q * a;
+    const double term = k < 3 ? (g * c1 + 2 * E + 2 * q * c3) * g + (q * c2 + 2 * F) * q
+                              : (2 * c1 * g + 4 * c3 * q) * g + (s.B[r][r] + s.B[c][c]) * E +
+                                    (s.Q[r][r] + s.Q[c][c]) * F + (g * g - s.B[r][r] * s.B[c][c]) * G + 2 * c2 * q * q;
+    largest = k == 0 ? term : std::max(largest, term);
+  }
+  bound[i] = largest;
+  bulk[i] = 3 * s.J * (d.p + d.slope);
+}
+
+} // namespace
+
+void hyperpoly6s33(int n, const Arrays& a) {
+  for (int i = 0; i < n; ++i) {
+    const Invariants s = invariants(a[29], n, i);
+    double sum = 0, px[7] = {1}, py[7] = {1};
+    for (int k = 1; k < 7; ++k) px[k] = px[k - 1] * (s.I1 - 3), py[k] = py[k - 1] * (s.I2 - 3);
+    for (int t = 1, k = 0; t <= 6; ++t)
+      for (int x = t; x >= 0; --x) sum += a[k++][i] * px[x] * py[t - x];
+    a[27][i] = sum;
+    a[28][i] = 1 / s.J;
+  }
+}
+
+void hyperabs33(int n, const Arrays& a) {
+  for (int i = 0; i < n; ++i) {
+    const Invariants s = invariants(a[4], n, i);
+    const double k = 1 / (a[1][i] * a[1][i]), I = s.I1;
+    a[2][i] = a[0][i] *
+              (0.5 * (I - 3) + k / 20 * (I * I - 9) + 11 * k * k / 1050 * (I * I * I - 27) +
+               19 * k * k * k / 7000 * (I * I * I * I - 81) + 519 * k * k * k * k / 673750 * (I * I * I * I * I - 243));
+    a[3][i] = 1 / s.J;
+  }
+}
+
+void hyperab3dexp(int n, const Arrays& a) {
+  for (int i = 0; i < n; ++i) {
+    Invariants s = invariants(a[3], n, i);
+    const double mu = a[0][i], k = 1 / (a[1][i] * a[1][i]), D = a[2][i], t = k * s.I1;
+    const double U1 = mu * (0.5 + t * (0.1 + t * (11.0 / 350 + t * (19.0 / 1750 + t * 519.0 / 134750))));
+    const double U11 = mu * k * (0.1 + t * (11.0 / 175 + t * (57.0 / 1750 + t * 2076.0 / 134750)));
+    stressOf(s, {U1, 0, U11, 0, 0, (s.J - 1 / s.J) / D, (1 + 1 / (s.J * s.J)) / D}, n, i, a[4], a[6], a[7]);
+  }
+}
+
+void hypervdw3dexp(int n, const Arrays& a) {
+  for (int i = 0; i < n; ++i) {
+    Invariants q = invariants(a[5], n, i);
+    const double mu = a[0][i], l = a[1][i], g = a[2][i], beta = a[3][i], D = a[4][i];
+    const double t = (1 - beta) * q.I1 + beta * q.I2 - 3, range = std::sqrt(l * l - 3);
+    double eta = 0, s = 0, r = 0;
+    if (t > 0) {
+      s = t;
+      eta = std::min(std::sqrt(s) / range, 0.99999);
+      r = std::min(1 / std::sqrt(s), 1 / (0.99999 * range));
+    }
+    const double f = 0.5 * mu * (1 / (1 - eta) - g * std::sqrt(s / 2));
+    const double h = 0.25 * mu * r * (1 / ((1 - eta) * (1 - eta)) / range - g * 0.70710678);
+    stressOf(q,
+             {(1 - beta) * f, beta * f, (1 - beta) * (1 - beta) * h, beta * (1 - beta) * h, beta * beta * h,
+              (q.J - 1 / q.J) / D, (1 + 1 / (q.J * q.J)) / D},
+             n, i, a[6], a[8], a[9]);
+  }
+}
+
+void hyperinvs33(int n, const Arrays& a) {
+  for (int i = 0; i < n; ++i) {
+    const Invariants s = invariants(a[3], n, i);
+    a[0][i] = s.I1, a[1][i] = s.I2, a[2][i] = 1 / s.J;
+  }
+}
+
+namespace {
+
+// Sums over three terms at three stretches: the energy, tau and A, b of the tangent.
+struct Sums {
+  double J, U = 0, tau[3] = {}, A[3] = {}, b = 0;
+};
+Sums sumTerms(const Arrays& a, int i, double l1, double l2, double l3, bool foam) {
+  Sums s;
+  s.J = l1 * l2 * l3;
+  const double f = foam ? 1 : std::exp(-2.0 / 3 * std::log(s.J)), l[3] = {l1 * l1 * f, l2 * l2 * f, l3 * l3 * f};
+  const double logJ = foam ? std::log(s.J) : 0;
+  const double x[3] = {std::log(l[0]), std::log(l[1]), std::log(l[2])};
+  for (int t = 0; t < 3; ++t) {
+    const double mu = a[2 * t][i], alpha = a[2 * t + 1][i], beta = foam ? a[6 + t][i] : 0;
+    const double P[3] = {std::exp(alpha / 2 * x[0]), std::exp(alpha / 2 * x[1]), std::exp(alpha / 2 * x[2])};
+    const double Q = foam ? std::exp(-alpha * beta * logJ) : 0;
+    const double volume = foam ? (beta != 0 ? (Q - 1) / beta : -alpha * logJ) : 0, c = 2 * mu / (alpha * alpha);
+    s.U += c * (P[0] + P[1] + P[2] - 3 + volume);
+    const double off = foam ? Q : (P[0] + P[1] + P[2]) / 3;
+    for (int k = 0; k < 3; ++k) s.tau[k] += 2 * mu / alpha * (P[k] - off), s.A[k] += 2 * mu * P[k];
+    s.b += 2 * mu * beta * Q;
+  }
+  return s;
+}
+double shear(double t1, double t2, double l1, double l2, double A1, double A2) {
+  const double d = l1 * l1 - l2 * l2, sum = l1 * l1 + l2 * l2;
+  return std::abs(d) <= 1e-5 * sum ? 0.5 * (A1 + A2) : (t1 - t2) * sum / d;
+}
+void moduli(const Sums& s, bool foam, const double* l, double p, double slope, double& bound, double& bulk) {
+  const double ninth = (s.A[0] + s.A[1] + s.A[2]) / 9, mean = foam ? ninth + s.b : 0;
+  double largest = -1e300;
+  for (int k = 0; k < 3; ++k) {
+    const int m = (k + 1) % 3;
+    largest = std::max(largest, foam ? s.A[k] - ninth : s.A[k] / 3 + ninth);
+    largest = std::max(largest, shear(s.tau[k], s.tau[m], l[k], l[m], s.A[k], s.A[m]));
+  }
+  bound = largest / s.J;
+  bulk = 3 * (mean / s.J + s.J * (p + slope));
+}
+
+} // namespace
+
+void ogden(int n, const Arrays& a) {
+  for (int i = 0; i < n; ++i) {
+    const Sums s = sumTerms(a, i, a[8][i], a[8][n + i], a[8][2 * n + i], false);
+    a[6][i] = s.U, a[7][i] = 1 / s.J;
+  }
+}
+void ogdenderivative1(int n, const Arrays& a) {
+  for (int i = 0; i < n; ++i) {
+    const Sums s = sumTerms(a, i, a[7][i], a[7][n + i], a[7][2 * n + i], false);
+    for (int k = 0; k < 3; ++k) a[6][k * n + i] = s.tau[k] / a[7][k * n + i];
+  }
+}
+void hfoam(int n, const Arrays& a) {
+  for (int i = 0; i < n; ++i) {
+    const Sums s = sumTerms(a, i, a[11][i], a[11][n + i], a[11][2 * n + i], true);
+    a[9][i] = s.U, a[10][i] = 1 / s.J;
+  }
+}
+void hyperfoammoduliexp(int n, const Arrays& a) {
+  for (int i = 0; i < n; ++i) {
+    const double l[3] = {a[9][i], a[9][n + i], a[9][2 * n + i]};
+    moduli(sumTerms(a, i, l[0], l[1], l[2], true), true, l, 0, 0, a[11][i], a[12][i]);
+  }
+}
+
+void hyperogdenpsexp(int n, const Arrays& a) {
+  for (int i = 0; i < n; ++i) {
+    const double v11 = a[9][i], v22 = a[9][n + i], v12 = a[9][2 * n + i], mean = (v11 + v22) / 2, h = (v11 - v22) / 2;
+    const double radius = std::hypot(h, v12), l1 = mean + radius, l2 = mean - radius;
+    double l3 = a[10][i], p = 0, slope = 0;
+    Sums s;
+    for (int round = 0; round < 50; ++round) {
+      s = sumTerms(a, i, l1, l2, l3, false);
+      const double d = s.J - 1, e = d * d;
+      p = 2 * d * a[6][i] + 4 * d * e * a[7][i] + 6 * d * e * e * a[8][i];
+      slope = 2 * a[6][i] + 12 * e * a[7][i] + 30 * e * e * a[8][i];
+      const double stiffness = s.A[2] / 3 + (s.A[0] + s.A[1] + s.A[2]) / 9 + s.J * (p + s.J * slope);
+      const double step = std::clamp((s.tau[2] + s.J * p) / stiffness, -0.5, 0.5);
+      if (std::abs(step) < 1e-12) break;
+      l3 *= std::exp(-step);
+    }
+    const double p1 = s.tau[0] / s.J + p, p2 = s.tau[1] / s.J + p, c = radius > 0 ? h / radius : 1;
+    const double sine = radius > 0 ? v12 / radius : 0;
+    a[10][i] = l3;
+    a[12][i] = (p1 + p2) / 2 + (p1 - p2) / 2 * c;
+    a[12][n + i] = (p1 + p2) / 2 - (p1 - p2) / 2 * c;
+    a[12][2 * n + i] = (p1 - p2) / 2 * sine;
+    const double l[3] = {l1, l2, l3};
+    moduli(s, false, l, p, slope, a[13][i], a[14][i]);
+  }
+}
+
+namespace {
+// erfc(|z|) by the fit that the kernel has.
+double erfcFit(double z) {
+  const double t = 1 / (1 + 0.5 * std::abs(z));
+  const double c[] = {-1.26551223, 1.00002368,  0.37409196, 0.09678418,  -0.18628806,
+                      0.27886807,  -1.13520398, 1.48851587, -0.82215223, 0.17087277};
+  double P = 0;
+  for (int k = 9; k >= 0; --k) P = c[k] + t * P;
+  return t * std::exp(std::max(P - z * z, -708.3964185322637));
+}
+} // namespace
+
+void ormullins(int n, const Arrays& a) {
+  for (int i = 0; i < n; ++i) {
+    const double r = a[0][i], m = a[1][i], beta = a[2][i], old = a[4][i], U = std::max(a[5][i], 0.0);
+    const double Um = std::max(old, U), d = m + beta * Um, z = old <= U ? 0 : (old - U) / d;
+    a[5][i] = U;
+    a[3][i] = Um;
+    a[6][i] = 1 - (1 - erfcFit(z)) / r;
+    a[7][i] = 1.1283791670955126 / (r * d) * std::exp(-z * z);
+  }
+}
+void mullinsdamageener(int n, const Arrays& a) {
+  for (int i = 0; i < n; ++i) {
+    const double Um = a[3][i], d = a[1][i] + a[2][i] * Um, z = Um / d;
+    a[6][i] = ((1 - erfcFit(z)) * Um - d * (1 - std::exp(-z * z)) / 1.772453850905516) / a[0][i] * a[4][i] / a[5][i];
+  }
+}
+
+void stressratio3dexp(int n, const Arrays& a) {
+  for (int i = 0; i < n; ++i) {
+    const double* s = a[0] + i;
+    const double m = (s[0] + s[n] + s[2 * n]) / 3, d1 = s[0] - m, d2 = s[n] - m, d3 = s[2 * n] - m;
+    const double q = std::sqrt(
+        1.5 * (d1 * d1 + d2 * d2 + d3 * d3 + 2 * (s[3 * n] * s[3 * n] + s[4 * n] * s[4 * n] + s[5 * n] * s[5 * n])));
+    a[1][i] = q > 0 ? std::clamp(m / q, -100.0, 100.0) : m == 0 ? 0 : std::copysign(100.0, m);
+  }
+}
+
+namespace {
+// d1 .. d5, melting and transition temperature, reciprocal of the reference rate.
+const double* constants() {
+  static double values[] = {0.05, 3.44, -2.12, 0.002, 0.61, 1800, 300, 1};
+  return values;
+}
+double failureStrain(const double* d, double s, double rate, double t) {
+  return std::max((d[0] + d[1] * std::exp(std::min(d[2] * s, 40.0))) *
+                      (1 + d[3] * std::log(std::max(rate * d[7], 1.0))) * (1 + d[4] * t),
+                  1e-306);
+}
+} // namespace
+
+void jcfailurestrain(int n, const Arrays& a) {
+  const double* d = constants();
+  for (int i = 0; i < n; ++i) {
+    const double T = a[3][i];
+    a[0][i] = failureStrain(d, a[2][i], a[1][i], T < d[6] ? 0 : T > d[5] ? 1 : (T - d[6]) / (d[5] - d[6]));
+  }
+}
+void jcshrfailexp(int n, const Arrays& a) {
+  const double* d = constants();
+  for (int i = 0; i < n; ++i) a[3][i] = 1 / failureStrain(d, a[0][i], a[1][i], a[2][i]);
+}
+
+} // namespace plain
