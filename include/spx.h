@@ -2563,6 +2563,7 @@ void SPX_USR_PLYFABRIC(const int32_t* callInfo, const int32_t* nblock, const int
 /** Value of a table, and its derivatives if derivatives is 1, at all points of a block.  Only the derivatives by variables of
  *  the table are written; a constant sets as many columns of the field derivatives as its header counts field variables, and
  *  the temperature derivative, to 0.  Two variables with the same source add up their derivatives.
+ *  Arrays that the table does not name may be null.
  *  @param[in]     derivatives            (1), code 0|1: whether derivatives are returned as well; only 1 means yes
  *  @param[in]     ints                   (*), table: integer pool
  *  @param[in]     reals                  (*), table: real pool

@@ -51,9 +51,9 @@ struct Logarithm {
   }
 };
 
+// The cut-off is an integer, toward zero.  That of a positive number fits any integer; others stay infinite or NaN.
 inline Logarithm logarithmOf(double reference) {
-  const double exact =
-      vm::log10(reference); // toward zero to an integer; no integer beyond 324 comes of a positive number
+  const double exact = vm::log10(reference);
   return {reference, vm::abs(exact) < 1000.0 ? static_cast<double>(static_cast<int32_t>(exact)) : exact};
 }
 

@@ -194,17 +194,18 @@ struct Groups {
 // next variable in the lower and the upper group of node k; below variable 1 they are rows.
 constexpr int kMostVariables = 8;
 constexpr int kNodeSlots = 2 << kMostVariables;
+constexpr int kTreePoints = 64; // at a time, at most
 
 struct Tree {
   int points;                                     // of a piece: as many as fit
   int64_t first[kNodeSlots], last[kNodeSlots];    // groups or rows among which the interval is
   double distance[kNodeSlots], width[kNodeSlots]; // x - x1 and x2 - x1, zero where an end is held
   double value[kNodeSlots], slope[kNodeSlots];    // of the table along the node's variable
-  double weight[kNodeSlots];                      // share of the node in the result
+  double weight[kNodeSlots]; // share of the node in the result; on the way up the integral to the lower row
 
   SA_INLINE explicit Tree(int variables) {
     const int most = kNodeSlots >> (variables + 1);
-    points = most < 64 ? most : 64;
+    points = most < kTreePoints ? most : kTreePoints;
   }
   SA_INLINE int at(int node) const { return node * points; }
 };
@@ -238,21 +239,23 @@ SA_INLINE void descend(int n, const General& t, const Groups& groups, int node, 
       tree.value[lowerNode + i] = t.value(lower), tree.value[upperNode + i] = t.value(upper);
       if constexpr (Quantity::kIsIntegral) tree.weight[self + i] = integralUpTo(t, first, lower);
     } else {
-      tree.first[lowerNode + i] = groups.firstMember(lower),
-                             tree.last[lowerNode + i] = groups.firstMember(lower + 1) - 1;
-      tree.first[upperNode + i] = groups.firstMember(upper),
-                             tree.last[upperNode + i] = groups.firstMember(upper + 1) - 1;
+      tree.first[lowerNode + i] = groups.firstMember(lower);
+      tree.last[lowerNode + i] = groups.firstMember(lower + 1) - 1;
+      tree.first[upperNode + i] = groups.firstMember(upper);
+      tree.last[upperNode + i] = groups.firstMember(upper + 1) - 1;
     }
   }
 }
 
 // The value of a node from those of its ends.
-template <class Quantity>
-SA_INLINE void interpolate(int n, int node, bool isRow, Tree& tree) {
+template <class Quantity, bool isRow>
+SA_INLINE void interpolate(int n, int node, Tree& tree) {
   const int self = tree.at(node), lower = tree.at(2 * node), upper = tree.at(2 * node + 1);
   forPoints(n, [=, &tree](int i) SA_POINT {
     const double distance = tree.distance[self + i], width = tree.width[self + i];
-    const double before = tree.weight[self + i], f2 = tree.value[upper + i];
+    const double f2 = tree.value[upper + i];
+    double before = 0.0;
+    if constexpr (Quantity::kIsIntegral && isRow) before = tree.weight[self + i];
     const Line line = lineThrough(0.0, width, tree.value[lower + i], f2);
     const double onLine = line(distance), f = vm::select(distance == width, f2, onLine);
     const Result result = isRow ? Quantity::on(distance, line, f, before) : Result{f, line.slope};
@@ -281,7 +284,7 @@ SA_INLINE void evaluateManyVariables(const General& t, const PerPoint& points, c
   Tree tree(variables);
   for (int start = 0; start < place.count; start += tree.points) {
     const int rest = place.count - start, n = rest < tree.points ? rest : tree.points;
-    double raw[64], x[64];
+    double raw[kTreePoints], x[kTreePoints];
     // down: intervals
     Groups groups = {variables, t.groups};
     for (int i = 0; i < n; ++i) tree.first[tree.at(1) + i] = 1, tree.last[tree.at(1) + i] = groups.list[0];
@@ -300,9 +303,10 @@ SA_INLINE void evaluateManyVariables(const General& t, const PerPoint& points, c
     }
     // up: values
     const int rows = 1 << (variables - 1); // the first node of variable 1
-    for (int node = 2 * rows - 1; node >= 1; --node) interpolate<Quantity>(n, node, node >= rows, tree);
+    for (int node = 2 * rows - 1; node >= rows; --node) interpolate<Quantity, true>(n, node, tree);
+    for (int node = rows - 1; node >= 1; --node) interpolate<Quantity, false>(n, node, tree);
     for (int i = 0; i < n; ++i) points.value[place(start + i)] = scale * tree.value[tree.at(1) + i];
-    if (points.temperatureDerivative == nullptr) continue;
+    if (points.fieldDerivatives == nullptr && points.temperatureDerivative == nullptr) continue;
     // down again: derivatives; several variables may have the same source
     for (int v = 1; v <= variables; ++v) {
       double* out = points.source(t.sources[v - 1]).derivative;
@@ -311,7 +315,7 @@ SA_INLINE void evaluateManyVariables(const General& t, const PerPoint& points, c
     for (int i = 0; i < n; ++i) tree.weight[tree.at(1) + i] = scale;
     for (int v = variables, node = 1; v >= 1; --v) {
       const Source source = points.source(t.sources[v - 1]);
-      double sum[64] = {};
+      double sum[kTreePoints] = {};
       for (const int end = 2 * node; node < end; ++node) addSlope(n, node, node >= rows, tree, sum);
       if (source.derivative == nullptr) continue;
       if (v == t.logVariable) {

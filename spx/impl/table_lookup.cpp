@@ -58,12 +58,12 @@ void endWith(std::string_view text) {
 template <class Place>
 void copyConstant(const Pools& pools, const PerPoint& points, const Place& place) {
   const double constant = *pools.realsAt(pools.field(kRecord));
-  const bool withDerivatives = points.temperatureDerivative != nullptr;
-  const int64_t columns = withDerivatives ? pools.field(kFieldCount) : 0;
+  const int64_t columns = points.fieldDerivatives != nullptr ? pools.field(kFieldCount) : 0;
   for (int i = 0; i < place.count; ++i) points.value[place(i)] = constant;
   for (int64_t k = 0; k < columns; ++k)
     for (int i = 0; i < place.count; ++i) points.fieldDerivatives[k * points.nblock + place(i)] = 0.0;
-  for (int i = 0; withDerivatives && i < place.count; ++i) points.temperatureDerivative[place(i)] = 0.0;
+  if (points.temperatureDerivative == nullptr) return;
+  for (int i = 0; i < place.count; ++i) points.temperatureDerivative[place(i)] = 0.0;
 }
 
 // The caller's arrays are never written: transformed variables live in scratch, so that there is nothing to put back when

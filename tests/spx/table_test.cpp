@@ -463,7 +463,7 @@ TEST(Tables, RegularTablesAgreeWithGeneralOnes) {
 TEST(Tables, SegmentsOfOneColumn) {
   Random random(2);
   for (int rows = 0; rows < 40; ++rows) {
-    std::vector<double> table(3 * 40, kNaN);
+    std::vector<double> table(3 * 42, kNaN);
     double next = 0;
     for (int r = 1; r <= rows; ++r) table[static_cast<std::size_t>(3 * (r + 1) + 1)] = next += random.integer(0, 2);
     const int32_t lo = 3, hi = rows + 2, length = 3, spare = -5, pos = 2; // rows 1 and 2 are not asked about
