@@ -176,10 +176,10 @@ SA_KERNEL(SPX_MAT_JCSHRFAILEXP,
       const double scale = 1.0 + P12 * L[i], heat = 1.0 + P13 * y[start + i];
       const double a = P9 * scale * heat, b = P10 * scale * heat, k = P11 * x[start + i];
       const double above = b + a * e[i], below = a + b * e[i];
-      const bool vanished = e[i] == 0.0 && above == 0.0; // both sides underflowed: the limit
-      const double positive = vm::select(vanished, 1.0 / a, e[i] / above);
-      const double negative = vm::select(below <= kNormal, 0.0, 1.0 / below);
-      rStrain[start + i] = vm::select(k < 0.0, negative, positive);
+      const bool negative = k < 0.0, vanished = e[i] == 0.0 && above == 0.0; // both sides underflowed: the limit
+      const double numerator = vm::select(negative || vanished, 1.0, e[i]);
+      const double denominator = vm::select(negative, below, vm::select(vanished, a, above));
+      rStrain[start + i] = vm::select(negative && below <= kNormal, 0.0, numerator / denominator);
     });
   });
 }

@@ -27,12 +27,13 @@ const std::set<std::string> kWithoutVectors = {
     "GLO_UTI_BROADCAST0R", "GLO_UTI_BROADCAST0I", "GLO_UTI_BROADCAST0S",
 };
 // Maps may repeat and points keep their order, or single values are picked from records or go there: scalar loads and stores.
-const std::regex
-    kThroughMaps("GLO_(UTI_.*(GATHER|SCATTER).*|UTI_ODBDIRCOPY.*|ASM_(GATHER|SCATTER).*|OPE_.*ASSEM.*)|"
-                 "SPX_ODB_(ORIENT2D(L3BEAM)?(ELSET)?|ORIENT3D(ELSET)?INVERT)|SPX_OPE_USERELEM(TO|FROM)CAT.*");
+const std::regex kThroughMaps(
+    "GLO_(UTI_.*(GATHER|SCATTER).*|UTI_ODBDIRCOPY.*|ASM_(GATHER|SCATTER).*|OPE_.*ASSEM.*)|"
+    "SPX_ODB_(ORIENT2D(L3BEAM)?(ELSET)?|ORIENT3D(ELSET)?INVERT)|SPX_OPE_USERELEM(TO|FROM)CAT.*|SPX_OPE_INI.*FLDELSET");
 
 // Copies move bits: full registers of any type will do.
-const std::regex kCopies("GLO_UTI_(COPYR|.*BROADCAST.*|INITROTATIONMATRIX)");
+const std::regex
+    kCopies("GLO_UTI_(COPYR|.*BROADCAST.*|INITROTATIONMATRIX)|SPX_OPE_INI.*FLD|SPX_GET_CONSTCONDUCTIVITY[23]D");
 
 // What a body may call: block moves of the C library, the compiler's unwinding, and the recursion of the sorts, which holds no
 // vector code.
