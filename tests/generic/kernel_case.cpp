@@ -197,7 +197,7 @@ void fillStretch(Random& random, std::vector<double>& v) {
   }
   if (kind == 0)
     for (double& x : v) x *= 3.0;
-  if (kind == 4) v[2] = 0.0;
+  if (kind == 4 && v.size() > 2) v[2] = 0.0;
   if (kind == 5)
     for (std::size_t k = 0; k < v.size(); ++k) v[k] = k < 3 ? 1.0 : 0.0;
 }
