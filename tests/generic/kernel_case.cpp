@@ -404,7 +404,7 @@ void setTable(Array& array, const Container& values) {
   array.lineCount = array.after = 1;
   array.before = values.size();
   array.bytes.resize(values.size() * array.elementSize);
-  std::memcpy(array.bytes.data(), values.data(), array.bytes.size());
+  if (!values.empty()) std::memcpy(array.bytes.data(), values.data(), array.bytes.size());
 }
 
 std::string targetOf(const Array& map) { return std::string(map.info->unit).substr(10); } // after "entity of "
