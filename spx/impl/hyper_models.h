@@ -27,14 +27,11 @@ struct VolumetricStress {
 // Constants of a model as a list, from which its kernels make parameters, arguments and the values of a point.
 #define SA_POLYNOMIAL2(X) X(C10) X(C01) X(C20) X(C11) X(C02)
 #define SA_POLYNOMIAL2_VOLUME(X) SA_POLYNOMIAL2(X) X(rD1) X(rD2)
+// clang-format off
 #define SA_POLYNOMIAL6(X)                                                                                              \
-  X(C10)                                                                                                               \
-  X(C01)                                                                                                               \
-  X(C20)                                                                                                               \
-  X(C11)                                                                                                               \
-  X(C02)                                                                                                               \
-  X(C30) X(C21) X(C12) X(C03) X(C40) X(C31) X(C22) X(C13) X(C04) X(C50) X(C41) X(C32) X(C23) X(C14) X(C05) X(C60)      \
-      X(C51) X(C42) X(C33) X(C24) X(C15) X(C06)
+  X(C10) X(C01) X(C20) X(C11) X(C02) X(C30) X(C21) X(C12) X(C03) X(C40) X(C31) X(C22) X(C13) X(C04)                    \
+  X(C50) X(C41) X(C32) X(C23) X(C14) X(C05) X(C60) X(C51) X(C42) X(C33) X(C24) X(C15) X(C06)
+// clang-format on
 #define SA_POLYNOMIAL6_VOLUME(X) SA_POLYNOMIAL6(X) X(rD1) X(rD2) X(rD3) X(rD4) X(rD5) X(rD6)
 #define SA_ARRUDA_BOYCE(X) X(mu) X(lambdaM)
 #define SA_ARRUDA_BOYCE_VOLUME(X) SA_ARRUDA_BOYCE(X) X(D)
