@@ -21,6 +21,11 @@
  *  the block, the length of the block, the thread or the instruction set.  NaN and infinity spoil their own point only.
  *  Kernels keep no state, allocate nothing, lock nothing, and throw nothing; they may run on any number of threads at once.
  *
+ *  Floating-point environment.  A kernel rounds to nearest, keeps subnormals and traps nothing while it runs, whatever the
+ *  caller's thread does, and gives the caller's environment back: rounding, flush modes and traps as they were, and of the
+ *  flags that of invalid operation, division by zero and overflow.  So a host may trap these three without being stopped in
+ *  a kernel, and none of them says that results of a kernel are not finite: look for NaN and infinity in the results.
+ *
  *  Argument lines read  `@param[direction] name  (shape), unit: meaning`  and are complete: tools read them.
  *    shape     (1) a scalar; else the dimensions in the order of the layouts above; * is as many as the entities used
  *              a dimension is a number or an argument, also as n+1 or 2*n+2
