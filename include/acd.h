@@ -667,8 +667,8 @@ void ACD_HANDLER_SETACTIVE_XPL(void);
 
 /** Brings what the calling thread of each process has collected to the owner, which files it in the explicit extractor
  *  with the rank as domain: ranks in increasing order, the records of a rank in the order of recording. Every process
- *  calls it. Does nothing in a thread whose handler is inactive.  What is lost on the way, or does not agree with its
- *  code, becomes an internal error of the explicit solver. */
+ *  calls it, from one thread. Does nothing in a thread whose handler is inactive.  What is lost on the way, or does not
+ *  agree with its code, becomes an internal error of the explicit solver. */
 void acd_comm_blocks(void);
 
 /* ---------------------------------------------------------------------------------------------------------------------
