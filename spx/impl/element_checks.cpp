@@ -12,6 +12,7 @@
 
 // The sum runs in order of the elements, so that it has one value whatever the machine.
 SA_EXPORT double SPX_OPE_ERRORCHECK(const int32_t* nblock, int32_t* count, const double* flags) {
+  const sa::OwnArithmetic arithmetic;
   constexpr double kLowest = std::numeric_limits<int32_t>::min(), kHighest = std::numeric_limits<int32_t>::max();
   double sum = 0.0;
   for (int32_t e = 0; e < *nblock; ++e) sum += flags[e];

@@ -38,6 +38,11 @@ struct Array {
   void setBits(std::size_t element, std::uint64_t value) {
     std::memcpy(&bytes[element * elementSize], &value, elementSize);
   }
+  double real(std::size_t element) const {
+    double value = 0;
+    std::memcpy(&value, &bytes[element * sizeof value], sizeof value);
+    return value;
+  }
   void setReal(std::size_t element, double value) { std::memcpy(&bytes[element * elementSize], &value, sizeof value); }
   int integer(std::size_t element) const {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(bits(element)));

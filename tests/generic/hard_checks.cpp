@@ -1,0 +1,248 @@
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <memory>
+#include <utility>
+
+#include "checks.h"
+#include "hard_case.h"
+
+namespace sa::test {
+namespace {
+
+// Cases that share one ordinary call, and its lengths: full vectors with and without a rest, beyond the scratch, each
+// with another kind of material table.
+constexpr std::uint64_t kCasesOfOne = 8;
+constexpr int kLengths[] = {128, 137, 126};
+
+std::uint64_t mix(std::uint64_t a, std::uint64_t b) { // the finaliser of splitmix64
+  std::uint64_t x = a + 0x9e3779b97f4a7c15ULL * (b + 1);
+  x = (x ^ (x >> 30)) * 0xbf58476d1ce4e5b9ULL;
+  x = (x ^ (x >> 27)) * 0x94d049bb133111ebULL;
+  return x ^ (x >> 31);
+}
+
+Environment environmentOf(std::uint64_t seed) {
+  static constexpr int kRoundings[] = {FE_TONEAREST, FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO};
+  return {kRoundings[seed % 4], seed / 4 % 2 == 1, seed / 8 % 2 == 1};
+}
+
+std::string bitsOf(const Array& array, std::size_t line) {
+  std::string text;
+  char number[48];
+  for (std::size_t c = 0; c < array.components(); ++c) {
+    const std::size_t at = array.index(line, c);
+    std::snprintf(number, sizeof number, " %.17g=%016llx", array.real(at),
+                  static_cast<unsigned long long>(array.bits(at)));
+    text += number;
+  }
+  return text;
+}
+
+// What one point of a call is given, to the last bit.
+std::string describe(const KernelCase& data, std::size_t point) {
+  std::string text = "  point " + std::to_string(point) + " of " + std::to_string(data.points) + "\n";
+  for (const Array& array : data.arrays) {
+    const std::string start = std::string("    ") + array.info->name + " =";
+    if (isNumber(array) && array.lines != Lines::entities)
+      text += start + bitsOf(array, array.lines == Lines::points ? point : 0) + "\n";
+    else if (array.elements() == 1 && array.elementSize == sizeof(std::int32_t))
+      text += start + " " + std::to_string(array.integer(0)) + "\n";
+  }
+  return text;
+}
+
+class HardCheck {
+public:
+  HardCheck(GuardedMemory& memory, const Kernel& kernel, HardCases& cases)
+      : memory_(memory), kernel_(kernel), cases_(cases), name_(kernel.info->name) {}
+
+  Findings run() {
+    const auto variants = static_cast<std::uint64_t>(variantCount(*kernel_.info));
+    std::uint64_t current = ~std::uint64_t{0};
+    for (number_ = cases_.first; number_ < cases_.first + cases_.count; ++number_) {
+      const std::uint64_t base = number_ / kCasesOfOne;
+      if (base != std::exchange(current, base)) {
+        ordinary_ = std::make_unique<OrdinaryCase>(*kernel_.info, kLengths[base / variants % std::size(kLengths)],
+                                                   static_cast<int>(base % variants));
+        plain_ = ordinary_->data;
+        isPlain_ = memory_.call(kernel_.address, plain_, [this](const std::string& text) { note(text, {}); });
+      }
+      std::uint64_t seed = mix(cases_.seed, number_);
+      for (char c : name_) seed = mix(seed, static_cast<unsigned char>(c));
+      environment_ = environmentOf(mix(seed, 0));
+      const HardCase hard = makeHardCase(*ordinary_, seed);
+      cases_.inputs += static_cast<std::uint64_t>(hard.inputs);
+      runCase(hard);
+    }
+    return std::move(findings_);
+  }
+
+private:
+  void note(const std::string& finding, const std::string& details) {
+    if (!findings_.insert(finding).second || !cases_.details) return;
+    cases_.details(name_ + ": " + finding + "\n  seed " + std::to_string(cases_.seed) + " case " +
+                   std::to_string(number_) + " rounding " + std::to_string(environment_.rounding) + " flush " +
+                   std::to_string(environment_.flushes) + " traps " + std::to_string(environment_.traps) + "\n" +
+                   details);
+  }
+
+  // The first point that gives the finding on its own.
+  std::string culprit(const KernelCase& data, const std::string& finding, const Environment* environment) {
+    if (findings_.count(finding) != 0 || !cases_.details) return {};
+    for (int p = 0; p < data.points; ++p) {
+      KernelCase alone = data.piece(p, p + 1);
+      bool isHere = false;
+      memory_.call(
+          kernel_.address, alone, [&](const std::string& text) { isHere |= text == finding; }, environment);
+      if (isHere) return describe(data, static_cast<std::size_t>(data.first + p));
+    }
+    return "  no point on its own\n";
+  }
+
+  bool call(KernelCase& data, const Environment* environment) {
+    std::string finding;
+    const KernelCase start = data;
+    const bool isDone = memory_.call(
+        kernel_.address, data, [&](const std::string& text) { finding = text; }, environment);
+    if (!finding.empty()) note(finding, culprit(start, finding, environment));
+    return isDone && finding.find("return") == std::string::npos;
+  }
+
+  void noteDifferences(const KernelCase& start, const KernelCase& a, const KernelCase& b, const std::string& what) {
+    Findings differences;
+    compareOutputs(a, b, what, differences);
+    for (const std::string& text : differences) note(text, firstDifference(start, a, b));
+  }
+
+  std::string firstDifference(const KernelCase& start, const KernelCase& a, const KernelCase& b) {
+    for (std::size_t k = 0; k < a.arrays.size(); ++k)
+      for (std::size_t line = 0; line < a.arrays[k].lineCount; ++line)
+        for (std::size_t c = 0; c < a.arrays[k].components(); ++c) {
+          const std::size_t at = a.arrays[k].index(line, c);
+          if (!a.arrays[k].info->isWritten() || a.arrays[k].canonicalBits(at) == b.arrays[k].canonicalBits(at))
+            continue;
+          const std::string text = std::string("  ") + a.arrays[k].info->name + ":" + bitsOf(a.arrays[k], line) +
+                                   "\n  against" + bitsOf(b.arrays[k], line) + "\n";
+          return text + (a.arrays[k].lines == Lines::points ? describe(start, line) : "");
+        }
+    return {};
+  }
+
+  void runCase(const HardCase& hard) {
+    KernelCase whole = hard.data;
+    bool isDone = call(whole, &environment_);
+    KernelCase again = hard.data;
+    if (!isDone && (findings_.count("does not return") != 0 || !(isDone = call(whole = again, nullptr)))) return;
+    const bool isWhole = kernel_.info->hasRole("length"); // an array treated as a whole
+    if (isWhole) {
+      if (!call(again, nullptr)) return;
+      noteDifferences(hard.data, again, whole, "the caller's floating-point environment");
+      return;
+    }
+    const int n = hard.data.points, alone = static_cast<int>(number_ % static_cast<std::uint64_t>(n));
+    Findings found;
+    const KernelCase pieces = runInPieces(memory_, kernel_, hard.data, {std::max(1, alone), 1, n}, found);
+    for (const std::string& text : found) note(text, {});
+    compareOutputs(pieces, whole, "anything", found);
+    if (!found.empty() && call(again, nullptr)) {
+      noteDifferences(hard.data, pieces, again, "splitting a block with hard data");
+      noteDifferences(hard.data, again, whole, "the caller's floating-point environment");
+    }
+    if (isPlain_) compareOrdinary(hard, pieces);
+  }
+
+  // The points that stayed ordinary have their bits.
+  void compareOrdinary(const HardCase& hard, const KernelCase& got) {
+    for (std::size_t a = 0; a < plain_.arrays.size(); ++a) {
+      const Array &p = plain_.arrays[a], &g = got.arrays[a];
+      if (!p.info->isWritten() || p.lines == Lines::none) continue;
+      for (std::size_t c = 0; c < p.components(); ++c)
+        for (std::size_t line = 0; line < p.lineCount; ++line) {
+          const std::size_t at = p.index(line, c);
+          if (!hard.touchedLines[a][line] && p.canonicalBits(at) != g.canonicalBits(at))
+            note(std::string("hard data of one point change another in ") + p.info->name,
+                 firstDifference(hard.data, plain_, got));
+        }
+    }
+  }
+
+  GuardedMemory& memory_;
+  const Kernel& kernel_;
+  HardCases& cases_;
+  std::string name_;
+  std::uint64_t number_ = 0;
+  Environment environment_;
+  std::unique_ptr<OrdinaryCase> ordinary_;
+  KernelCase plain_;
+  bool isPlain_ = false;
+  Findings findings_;
+};
+
+bool isNan(const Array& array, std::size_t element) { return array.canonicalBits(element) == 0x7ff8000000000000ULL; }
+
+// No shear in the tensors of a point, or its direct components alike as well.
+enum class Shear { any, none, isotropic };
+
+void straighten(KernelCase& data, std::size_t point, Shear shear) {
+  for (Array& array : data.arrays) {
+    if (!isNumber(array) || array.lines != Lines::points || shear == Shear::any) continue;
+    const std::size_t n = array.components(), direct = n == 3 && shear == Shear::none ? 2 : 3;
+    if (n < 3) continue;
+    for (std::size_t c = 0; c < n; ++c) {
+      const bool isDirect = n == 9 ? c % 4 == 0 : c < direct;
+      if (!isDirect) array.setReal(array.index(point, c), 0.0);
+      if (isDirect && shear == Shear::isotropic)
+        array.setReal(array.index(point, c), array.real(array.index(point, 0)));
+    }
+  }
+}
+
+} // namespace
+
+Findings checkHard(GuardedMemory& memory, const Kernel& kernel, HardCases& cases) {
+  return HardCheck(memory, kernel, cases).run();
+}
+
+Findings checkReach(GuardedMemory& memory, const Kernel& kernel) {
+  constexpr int kPoints = 6;
+  Findings findings;
+  const Complain complain = [&findings](const std::string& text) { findings.insert(text); };
+  for (int turn = 0; turn < std::max(6, variantCount(*kernel.info)); ++turn) {
+    KernelCase start = makeCase(*kernel.info, kPoints, turn % variantCount(*kernel.info));
+    const auto point = static_cast<std::size_t>(start.first + turn % kPoints);
+    for (Shear shear : {Shear::any, Shear::none, Shear::isotropic}) {
+      straighten(start, point, shear);
+      KernelCase sound = start, other = start, spoiled = start;
+      if (!memory.call(kernel.address, sound, complain)) return findings;
+      for (std::size_t a = 0; a < start.arrays.size(); ++a) {
+        const Array& input = start.arrays[a];
+        if (!isNumber(input) || input.info->is("mask") || input.info->is("flag")) continue;
+        const bool isOfPoint = input.lines == Lines::points;
+        for (std::size_t k = 0; k < (isOfPoint ? input.components() : input.elements()); ++k) {
+          const std::size_t at = isOfPoint ? input.index(point, k) : k;
+          const double value = input.real(at);
+          other = spoiled = start;
+          other.arrays[a].setReal(at, value == 0.0 ? 0.3 : 2.0 * value);
+          spoiled.arrays[a].setReal(at, std::numeric_limits<double>::quiet_NaN());
+          if (!memory.call(kernel.address, other, complain) || !memory.call(kernel.address, spoiled, complain))
+            return findings;
+          for (std::size_t b = 0; b < sound.arrays.size(); ++b) {
+            const Array& output = sound.arrays[b];
+            if (!output.info->isWritten() || !output.info->isReal() || output.info->is("mask") ||
+                output.info->is("flag"))
+              continue;
+            for (std::size_t i = 0; i < output.elements(); ++i)
+              if (output.bits(i) != other.arrays[b].bits(i) && !isNan(output, i) && !isNan(spoiled.arrays[b], i) &&
+                  !isNan(other.arrays[b], i))
+                complain(std::string("NaN in ") + input.info->name + " does not reach " + output.info->name);
+          }
+        }
+      }
+    }
+  }
+  return findings;
+}
+
+} // namespace sa::test
