@@ -629,7 +629,8 @@ int32_t GLO_UTI_ITENSORID(const int32_t* procedure, const int32_t* element, cons
 
 /** Jacobi rotations in the planes (1,3), (1,2), (2,3) until every rotation of a sweep has a sine of at most 0.015.
  *  That bound is the contract: directions are right to about 2e-4 of the spread of the values, and rotations below about
- *  1e-8 are dropped.  Values carry the square of that error.  For directions to machine precision take another routine.
+ *  1e-8 are dropped.  Values carry the square of that error.  For values and directions to machine precision, sorted, take
+ *  GLO_UTI_EIG33V.
  *  A point with a NaN or an infinity leaves NaN in all its values and directions.
  *  Source: C. G. J. Jacobi, J. reine angew. Math. 30 (1846) 51.
  *  @param[in]  nblock  (1), block: points
@@ -944,9 +945,9 @@ void GLO_UTI_COMPROTVEC(const int32_t* nblock, double* R, const double* A, const
  * T may be S where both have the same storage.
  * ------------------------------------------------------------------------------------------------------------------ */
 
-/** R = identity.
+/** R = identity, in the nine columns R11 R21 R31 R12 R22 R32 R13 R23 R33.
  *  @param[in]  nblock  (1), block: points; below 1 does nothing
- *  @param[out] R       (nblock, 3, 3), -: rotation matrices, row fastest
+ *  @param[out] R       (nblock, 3, 3), -: rotation matrices, Rab in column a + 3 (b - 1): row a fastest
  */
 void GLO_UTI_INITROTATIONMATRIX(const int32_t* nblock, double* R);
 
@@ -985,11 +986,11 @@ void GLO_UTI_ROTATES31(const int32_t* n, const int32_t* ld, const int32_t* flag,
 void GLO_UTI_ROTATES30S31(const int32_t* n, const int32_t* ld, const int32_t* flag, const double* R, const double* S,
                           double* T);
 
-/** In space.
+/** In space: T = R' S R for direction 0, T = R S R' for any other.
  *  @like GLO_UTI_ROTATES21
- *  @param[in]  R     (ld, 9), -: rotations, row fastest
- *  @param[in]  S     (ld, 6), any: tensors, S33
- *  @param[out] T     (ld, 6), any: rotated tensors, S33
+ *  @param[in]  R     (ld, 9), -: rotations, R11 R21 R31 R12 R22 R32 R13 R23 R33
+ *  @param[in]  S     (ld, 6), any: tensors, S33: 11 22 33 12 23 13
+ *  @param[out] T     (ld, 6), any: rotated tensors, S33: 11 22 33 12 23 13
  */
 void GLO_UTI_ROTATES33(const int32_t* n, const int32_t* ld, const int32_t* flag, const double* R, const double* S,
                        double* T);
@@ -997,8 +998,8 @@ void GLO_UTI_ROTATES33(const int32_t* n, const int32_t* ld, const int32_t* flag,
 /** Tensors without shear, as principal values, in space: with direction 1 and the axes of GLO_UTI_PRINCS33 as R the tensor
  *  that has these values and axes.
  *  @like GLO_UTI_ROTATES33
- *  @param[in]  S     (ld, 3), any: direct components, S30
- *  @param[out] T     (ld, 6), any: rotated tensors, S33
+ *  @param[in]  S     (ld, 3), any: direct components, S30: 11 22 33
+ *  @param[out] T     (ld, 6), any: rotated tensors, S33: 11 22 33 12 23 13
  */
 void GLO_UTI_ROTATES30S33(const int32_t* n, const int32_t* ld, const int32_t* flag, const double* R, const double* S,
                           double* T);
@@ -1041,7 +1042,7 @@ void GLO_UTI_SCATTERR(const int32_t* nblock, const int32_t* ncomp, const int32_t
  *  last of the record (then L has one component).
  *  @param[in]  nblock  (1), block: points; below 1 does nothing
  *  @param[in]  ndim    (1), code 1|2|3: components moved
- *  @param[in]  ld      (1), count>=3: length of a record of G
+ *  @param[in]  ld      (1), count>=ndim: length of a record of G; 2 is enough for ndim 2, and 1 where one component is moved
  *  @param[in]  unused  (1), unread: not read
  *  @param[in]  map     (nblock), entity of G: entity of each point
  *  @param[out] L       (nblock, ndim), any: block array
@@ -1301,7 +1302,8 @@ void GLO_ASM_SCATTERMASS3(const int32_t* n, const int32_t* unused, const double*
 void GLO_OPE_ASSEM(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, double* G, const double* L,
                    const int32_t* map);
 
-/** Adds to the components that GLO_UTI_GENSCATTERR would overwrite.
+/** Adds to the components that GLO_UTI_GENSCATTERR would overwrite: ndim 3 to components 1 to 3, ndim 2 to 1 and 2, any
+ *  other ndim to the last component ld alone.
  *  @like GLO_UTI_GENSCATTERR
  */
 void GLO_OPE_GENASSEM(const int32_t* nblock, const int32_t* ndim, const int32_t* ld, const int32_t* unused, double* G,
@@ -1437,7 +1439,10 @@ void GLO_OPE_GENASSEMCONTSHELL(const int32_t* nblock, const int32_t* ncomp, cons
  * axes into them.  With q from those axes to the principal ones the record has o q, formed as MULT(conj(o), q) by
  * GLO_UTI_MULT3DQUAT, in the plane GLO_UTI_MULT2DQUAT: it turns the global axes into the principal ones, as everywhere.
  *
- * GEN members fill parts of the records of a general output, which ldp = ldq describe; nothing else tells them apart.
+ * GEN members are the same routines, to the bit, for a general output whose records hold the values and the quaternion one
+ * behind the other: one array R (n, *), n at least the reals of both, with P = R, Q = R + the number of values, and
+ * ldp = ldq = n.  The other members may be called so as well, and GEN members with two arrays: ldp and ldq are lengths of
+ * whole records, and nothing is written between the parts.  Two parts that overlap in a record are the caller's fault.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Principal values P1 >= P2 of plane tensors with their directions, by the closed form of GLO_UTI_PRINCS21, unscaled as
