@@ -77,7 +77,7 @@ void compareOtherPoints(const KernelCase& sound, const KernelCase& spoiled, int 
 void compareOutputs(const KernelCase& expected, const KernelCase& got, const std::string& what, Findings& findings) {
   for (std::size_t a = 0; a < expected.arrays.size(); ++a) {
     const Array& e = expected.arrays[a];
-    if (!e.info->isWritten()) continue;
+    if (!e.info->isWritten() || e.bytes == got.arrays[a].bytes) continue;
     for (std::size_t line = 0; line < e.lineCount; ++line)
       if (!isSameLine(e, got.arrays[a], line)) findings.insert(what + " changes the bits of " + name(e));
   }

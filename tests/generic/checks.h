@@ -37,6 +37,8 @@ struct HardCases {
 Findings checkHard(GuardedMemory& memory, const Kernel& kernel, HardCases& cases);
 // A value on which a result depends is replaced by NaN: so is the result, in ordinary points and in such without shear.
 Findings checkReach(GuardedMemory& memory, const Kernel& kernel);
+// Rows of the list of exceptions to it that no kernel so far has needed.
+Findings unusedExceptions();
 // Calls from several threads at once give the bits of one thread.
 Findings checkThreads(const Kernel& kernel);
 // A number that stands for the bits of all outputs over several lengths and variants, NaNs made equal.

@@ -1,3 +1,5 @@
+#include <fnmatch.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -61,7 +63,7 @@ public:
   Findings run() {
     const auto variants = static_cast<std::uint64_t>(variantCount(*kernel_.info));
     std::uint64_t current = ~std::uint64_t{0};
-    for (number_ = cases_.first; number_ < cases_.first + cases_.count; ++number_) {
+    for (number_ = cases_.first; number_ < cases_.first + cases_.count && !isHanging(); ++number_) {
       const std::uint64_t base = number_ / kCasesOfOne;
       if (base != std::exchange(current, base)) {
         ordinary_ = std::make_unique<OrdinaryCase>(*kernel_.info, kLengths[base / variants % std::size(kLengths)],
@@ -101,13 +103,14 @@ private:
     return "  no point on its own\n";
   }
 
-  bool call(KernelCase& data, const Environment* environment) {
+  // Runs a copy of the case as it begins.
+  bool call(const KernelCase& start, KernelCase& data, const Environment* environment) {
     std::string finding;
-    const KernelCase start = data;
+    data = start;
     const bool isDone = memory_.call(
         kernel_.address, data, [&](const std::string& text) { finding = text; }, environment);
     if (!finding.empty()) note(finding, culprit(start, finding, environment));
-    return isDone && finding.find("return") == std::string::npos;
+    return isDone;
   }
 
   void noteDifferences(const KernelCase& start, const KernelCase& a, const KernelCase& b, const std::string& what) {
@@ -131,27 +134,27 @@ private:
   }
 
   void runCase(const HardCase& hard) {
-    KernelCase whole = hard.data;
-    bool isDone = call(whole, &environment_);
-    KernelCase again = hard.data;
-    if (!isDone && (findings_.count("does not return") != 0 || !(isDone = call(whole = again, nullptr)))) return;
-    const bool isWhole = kernel_.info->hasRole("length"); // an array treated as a whole
-    if (isWhole) {
-      if (!call(again, nullptr)) return;
-      noteDifferences(hard.data, again, whole, "the caller's floating-point environment");
+    const KernelCase& start = hard.data;
+    KernelCase whole, again;
+    if (!call(start, whole, &environment_) && (isHanging() || !call(start, whole, nullptr))) return;
+    if (kernel_.info->hasRole("length")) { // an array treated as a whole
+      if (call(start, again, nullptr)) noteDifferences(start, again, whole, "the caller's environment");
       return;
     }
-    const int n = hard.data.points, alone = static_cast<int>(number_ % static_cast<std::uint64_t>(n));
+    const int n = start.points, alone = static_cast<int>(number_ % static_cast<std::uint64_t>(n));
     Findings found;
-    const KernelCase pieces = runInPieces(memory_, kernel_, hard.data, {std::max(1, alone), 1, n}, found);
+    const KernelCase pieces = runInPieces(memory_, kernel_, start, {std::max(1, alone), 1, n}, found);
     for (const std::string& text : found) note(text, {});
+    if (isHanging()) return;
     compareOutputs(pieces, whole, "anything", found);
-    if (!found.empty() && call(again, nullptr)) {
-      noteDifferences(hard.data, pieces, again, "splitting a block with hard data");
-      noteDifferences(hard.data, again, whole, "the caller's floating-point environment");
+    if (!found.empty() && call(start, again, nullptr)) {
+      noteDifferences(start, pieces, again, "splitting a block with hard data");
+      noteDifferences(start, again, whole, "the caller's environment");
     }
     if (isPlain_) compareOrdinary(hard, pieces);
   }
+
+  bool isHanging() const { return findings_.count("does not return") != 0; }
 
   // The points that stayed ordinary have their bits.
   void compareOrdinary(const HardCase& hard, const KernelCase& got) {
@@ -180,7 +183,49 @@ private:
   Findings findings_;
 };
 
-bool isNan(const Array& array, std::size_t element) { return array.canonicalBits(element) == 0x7ff8000000000000ULL; }
+// Whether another value of an input changes numbers of the line, and a NaN in its place leaves none of them NaN.
+bool isSwallowed(const Array& sound, const Array& other, const Array& spoiled, std::size_t line) {
+  bool isChanged = false, isSpoiled = false;
+  for (std::size_t c = 0; c < sound.components(); ++c) {
+    const std::size_t at = sound.index(line, c);
+    isChanged |= sound.bits(at) != other.bits(at) && !std::isnan(sound.real(at)) && !std::isnan(other.real(at));
+    isSpoiled |= std::isnan(spoiled.real(at)) && !std::isnan(sound.real(at));
+  }
+  return isChanged && !isSpoiled;
+}
+
+bool isMark(const Array& array) { return array.info->is("mask") || array.info->is("flag"); }
+
+bool isMarked(const KernelCase& data, std::size_t point) {
+  return std::any_of(data.arrays.begin(), data.arrays.end(), [point](const Array& array) {
+    return isMark(array) && array.lines == Lines::points && array.real(array.index(point, 0)) != 0.0;
+  });
+}
+
+// Where a finite result is right although it depends on a value that is no number: patterns of kernel, input and output.
+struct Exception {
+  const char *kernel, *input, *output, *reason;
+};
+constexpr Exception kExceptions[] = {
+    {"GLO_OPE_GENASSEM[!1-9]*", "[GL]", "G", "an extremum takes the local value on ties and NaN, a later one too"},
+    {"SPX_OPE_*OPERFILTERTIME*", "*", "times", "when the NaN has entered is a time like others"},
+    {"SPX_MAT_*MULLINS*", "*", "UmNew", "the largest energy of the past stays; eta and stress have the NaN"},
+    {"SPX_MAT_*EXP", "freeStretch", "*", "only where an iteration begins: from 1 when that is no number"},
+    {"SPX_MAT_HYPER*CORRECTION", "slope", "stretch", "a slope that is not positive takes the step of a quarter"},
+    {"SPX_MAT_JCFAILURESTRAIN", "transition", "failureStrain",
+     "above melting the transition temperature does not count"},
+    {"SPX_USR_*", "s*Time", "*", "only whether both times are 0 is read: the first call of an analysis"},
+    {"SPX_USR_*", "totalTime", "*", "as the step time"},
+};
+bool isUsed[std::size(kExceptions)] = {};
+
+bool isExcepted(const std::string& kernel, const char* input, const char* output) {
+  const auto matches = [](const char* pattern, const char* name) { return fnmatch(pattern, name, 0) == 0; };
+  for (const Exception& e : kExceptions)
+    if (matches(e.kernel, kernel.c_str()) && matches(e.input, input) && matches(e.output, output))
+      return isUsed[&e - kExceptions] = true;
+  return false;
+}
 
 // No shear in the tensors of a point, or its direct components alike as well.
 enum class Shear { any, none, isotropic };
@@ -205,6 +250,13 @@ Findings checkHard(GuardedMemory& memory, const Kernel& kernel, HardCases& cases
   return HardCheck(memory, kernel, cases).run();
 }
 
+Findings unusedExceptions() {
+  Findings unused;
+  for (const Exception& e : kExceptions)
+    if (!isUsed[&e - kExceptions]) unused.insert(std::string(e.kernel) + ", " + e.input + ", " + e.output);
+  return unused;
+}
+
 Findings checkReach(GuardedMemory& memory, const Kernel& kernel) {
   constexpr int kPoints = 6;
   Findings findings;
@@ -218,7 +270,7 @@ Findings checkReach(GuardedMemory& memory, const Kernel& kernel) {
       if (!memory.call(kernel.address, sound, complain)) return findings;
       for (std::size_t a = 0; a < start.arrays.size(); ++a) {
         const Array& input = start.arrays[a];
-        if (!isNumber(input) || input.info->is("mask") || input.info->is("flag")) continue;
+        if (!isNumber(input) || isMark(input) || std::string_view(input.info->unit) == "properties") continue;
         const bool isOfPoint = input.lines == Lines::points;
         for (std::size_t k = 0; k < (isOfPoint ? input.components() : input.elements()); ++k) {
           const std::size_t at = isOfPoint ? input.index(point, k) : k;
@@ -228,14 +280,13 @@ Findings checkReach(GuardedMemory& memory, const Kernel& kernel) {
           spoiled.arrays[a].setReal(at, std::numeric_limits<double>::quiet_NaN());
           if (!memory.call(kernel.address, other, complain) || !memory.call(kernel.address, spoiled, complain))
             return findings;
+          if (isMarked(spoiled, point)) continue; // the caller is told
           for (std::size_t b = 0; b < sound.arrays.size(); ++b) {
             const Array& output = sound.arrays[b];
-            if (!output.info->isWritten() || !output.info->isReal() || output.info->is("mask") ||
-                output.info->is("flag"))
-              continue;
-            for (std::size_t i = 0; i < output.elements(); ++i)
-              if (output.bits(i) != other.arrays[b].bits(i) && !isNan(output, i) && !isNan(spoiled.arrays[b], i) &&
-                  !isNan(other.arrays[b], i))
+            if (!output.info->isWritten() || !output.info->isReal() || isMark(output)) continue;
+            for (std::size_t line = 0; line < output.lineCount; ++line)
+              if (isSwallowed(output, other.arrays[b], spoiled.arrays[b], line) &&
+                  !isExcepted(kernel.info->name, input.info->name, output.info->name))
                 complain(std::string("NaN in ") + input.info->name + " does not reach " + output.info->name);
           }
         }
