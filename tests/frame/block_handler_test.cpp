@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstring>
 #include <memory>
 #include <thread>
@@ -148,13 +149,16 @@ TEST_F(BlockHandler, PrintFlagsOfAnyValueKeepTheirKind) {
 }
 
 TEST_F(BlockHandler, ThreadsLoseNoCount) {
-  constexpr int kThreads = 4, kEach = 100000, kErrors = 2000;
+  constexpr int kThreads = 4, kEach = 1000000, kErrors = 2000;
   recordingDiagnostics().rank = 1;
+  std::atomic<int> ready{0}; // they count at once
   std::vector<std::thread> threads;
   for (int t = 0; t < kThreads; ++t)
-    threads.emplace_back([] {
+    threads.emplace_back([&ready] {
       acd_handler_setactive_xpl_c();
       for (int k = 0; k < kErrors; ++k) acd_error_xpl_c(codes::Error, 0, kInts, kReals, nullptr, kNode, nullptr);
+      ++ready;
+      while (ready < kThreads) std::this_thread::yield();
       for (int k = 0; k < kEach; ++k) ACD_INC_KNPSOL(), ACD_INC_KNESOL(), ACD_INC_KWARN();
     });
   for (std::thread& thread : threads) thread.join();
