@@ -17,7 +17,7 @@ demo:
 test:
 	@scripts/setup
 	@scripts/build release $(OPTIONS)
-	@ctest --preset release -j $(JOBS)
+	@ctest --preset release -j $(JOBS) --progress
 
 bench:
 	@scripts/setup

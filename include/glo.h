@@ -108,9 +108,21 @@ void glo_finalize(int32_t* counter);
  * Frame services
  * ------------------------------------------------------------------------------------------------------------------ */
 
-/** The host's step keyword of a procedure type, padded with blanks or cut to the length of the text.
- *  Ids without a procedure are reported through the host's tvkerrC (severity 1) and give "Unknown".
- *  @param[in]  procedureId  (1), -: procedure type, 1 to 98 with gaps
+/** The host's step keyword of a procedure type, padded with blanks or cut to the length of the text.  It is the
+ *  constructorCmd of the host's step class:
+ *    1-7     kprC_StaticStep                 62-65       kprC_SoilsStep
+ *    11, 12  kprC_ImplicitDynamicsStep       71-73       kprC_CoupledTempDisplacementStep
+ *    13      kprC_SubspaceDynamicsStep       74          kprC_TempDisplacementDynamicsStep
+ *    17      kprC_ExplicitDynamicsStep       75-78       kprC_CoupledThermalElectricStep
+ *    21-25   kprC_ViscoStep                  81          kprC_StaticLinearPerturbationStep
+ *    31-33   kprC_HeatTransferStep           85, 86      kprC_SteadyStateDirectStep
+ *    34-36   kprC_MassDiffusionStep          91          kprC_ResponseSpectrumStep
+ *    41, 43  kprC_FrequencyStep              92          kprC_ModalDynamicsStep
+ *    42, 44  kprC_BuckleStep                 93, 95, 96  kprC_SteadyStateModalStep
+ *    51      kprC_StaticRiksStep             94          kprC_RandomResponseStep
+ *    61      kprC_GeostaticStep              98          kprC_AnnealStep
+ *  Any other id is reported through the host's tvkerrC (severity 1) and gives "Unknown".
+ *  @param[in]  procedureId  (1), -: procedure type
  *  @param[out] text         (textLength), text: keyword, padded with blanks
  *  @param[in]  textLength   (1), -: length of text, by value
  */
@@ -147,8 +159,12 @@ void GLO_UTI_FLUSH(void);
  *   "Note"              "***NOTE:"     yes            yes                 yes                        never
  *   any other           blank          yes            yes                 no                         if flag
  *
- * Lines hold at most 79 characters and are broken at blanks; at most 20 lines are written and the rest is dropped.  A blank
- * line reaches the host as one blank.
+ * Lines hold at most 79 characters and are broken at blanks; at most 20 lines are written and the rest is dropped.  A message
+ * that is not broken is one record of up to 1000 characters.  A blank line reaches the host as one blank.  "Error", "Warning",
+ * "Odb_Frame" and "StateFrame" reach the status channel as finished texts, the other types as their template with the
+ * arguments.  Other characters than % are bytes that go on as they are, line breaks too; a text of fixed length may hold zero
+ * bytes, and one whose length is not positive is empty.  Any thread, and several at once: lines of one message carry its
+ * number.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Writes one message under a fresh message number.  The type matches as a blank-padded text ("Errors" is not "Error").
@@ -188,9 +204,10 @@ void glo_uti_CWrite(int32_t unit, int32_t statusFlag, const char* type, const ch
                     const int32_t* ints, const double* reals, const char* const* strings);
 
 /** Records the end of the analysis: job status on rank 0, a record on the status channel, channels -6 and -7 flushed,
- *  the message transmitter closing.  A kill signal gives "Interrupted", 20 and 21 "Aborted", 22 "Completed", any other
- *  code a blank type.  Codes 20 and 21 also end the communication between processes (with 1 and -1) and raise the
- *  thread-error state of the host; the call returns in any case and the process goes on.
+ *  the message transmitter closing.  A kill signal gives "Interrupted" and job status 3, 20 and 21 "Aborted" and 2, 22
+ *  "Completed" and 1, any other code status 0 and a blank type, which leaves no record on the status channel.  Codes 20
+ *  and 21 also end the communication between processes (with 1 and -1) and raise the thread-error state of the host; the
+ *  call returns in any case and the process goes on.
  *  @param[in] code  (1), -: 20 or 21 errors, 22 phase complete
  */
 void GLO_UTI_EXIT(const int32_t* code);
