@@ -1,5 +1,5 @@
 # The usual commands; the build itself is described in CMakeLists.txt and CMakePresets.json.
-.PHONY: programs demo test bench format clean
+.PHONY: programs demo test torture bench format clean
 
 export JOBS ?= $(shell nproc)
 # further options of the configuration, for instance OPTIONS=-DSA_TEST_LEVELS=ON
@@ -18,6 +18,14 @@ test:
 	@scripts/setup
 	@scripts/build release $(OPTIONS)
 	@ctest --preset release -j $(JOBS) --progress
+
+# hard data for every kernel, for hours: docs/robustness.md
+INPUTS ?= 100000000
+SEED ?= 1
+torture:
+	@scripts/setup
+	@scripts/build release $(OPTIONS) SharedAnalysis generic_tests
+	@scripts/torture $(INPUTS) $(SEED)
 
 bench:
 	@scripts/setup

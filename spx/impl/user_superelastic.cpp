@@ -208,7 +208,11 @@ SA_INLINE void advance(const Block& b, const Superelastic& model, const Arrays& 
         const double lower = vm::select(value < 0.0, x, low[k]), upper = vm::select(value > 0.0, x, high[k]);
         low[k] = lower;
         high[k] = upper;
-        share.across[k] = vm::select((next >= lower) & (next <= upper), next, 0.5 * (lower + upper));
+        // where a step leads astray: to the middle, or outward in growing steps while there is none
+        const double middle = 0.5 * (lower + upper), outward = x - vm::copysign(vm::max(0.01, 2.0 * vm::abs(x)), value);
+        const bool isInside = (next >= lower) & (next <= upper) & (vm::abs(next) < vm::kInfinity);
+        const double other = vm::select(vm::abs(middle) < vm::kInfinity, middle, outward);
+        share.across[k] = vm::select(isInside, next, other);
       });
   }
 

@@ -118,7 +118,7 @@ void FAULTY_IGNORES_PLACE(const int32_t* n, const int32_t* blockNumber, const in
                           const int32_t* groupNumber, const int32_t* groupSize, const int32_t* last, const int32_t* set,
                           int32_t* cursor, const double* x, double* y);
 
-/** Halves the rest until nothing is left, of the smallest number for ever.
+/** Scales up what is tiny, the smallest number for ever.
  *  @like FAULTY_WRITES_PAST_END
  */
 void FAULTY_DOES_NOT_RETURN(const int32_t* n, const double* x, double* y);

@@ -90,7 +90,7 @@ void FAULTY_KEEPS_CURSOR(const int32_t* n, int32_t* cursor, const double* x, dou
 void FAULTY_DOES_NOT_RETURN(const int32_t* n, const double* x, double* y) {
   const sa::OwnArithmetic arithmetic;
   for (int i = 0; i < *n; ++i) {
-    for (volatile double rest = std::fabs(x[i]); rest > 0.0 && rest < 1e300;) rest -= 0.5 * rest;
+    for (double tiny = std::fabs(x[i]); tiny > 0.0 && tiny < 1e-300;) tiny *= 1.4;
     y[i] = 2.0 * x[i];
   }
 }
