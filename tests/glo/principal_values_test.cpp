@@ -276,7 +276,7 @@ TEST(SquareRoot, StretchOfAKnownDeformationAndNegativeValues) {
   for (int k = 0; k < 6 * n; ++k) EXPECT_NEAR(V[k], exact[k], 4e-15);
 
   const int two = 2;
-  const double tensors[12] = {1, 1, 2, 2, -1e-16, -1e-3, 0, 0, 0, 0, 0, 0};
+  const double tensors[12] = {1, 1, 2, 2, -1e-16, -1e-12, 0, 0, 0, 0, 0, 0};
   double roots[12];
   GLO_UTI_SQRTV(&two, tensors, roots);
   EXPECT_EQ(roots[4], 0) << "negative by rounding";

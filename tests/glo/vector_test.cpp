@@ -45,7 +45,7 @@ TEST(Vectors, ElementwiseOperations) {
 
 TEST(Vectors, SumsHaveTheDocumentedOrder) {
   Random random(11);
-  for (int32_t n : {1, 7, 8, 9, 64, 1000}) {
+  for (int32_t n : {1, 7, 8, 9, 63, 64, 65, 250, 999, 1000, 1001, 5000}) {
     std::vector<double> a(static_cast<std::size_t>(n));
     std::vector<int32_t> whole(a.size());
     double part[8] = {}, sum = 0, more = 3;
@@ -112,7 +112,7 @@ TEST(Vectors, BlocksOfVectors) {
   GLO_UTI_VECTORDOTPRODUCT2D(&n, r, A, B);
   EXPECT_TRUE(r[0] == 7 && r[1] == 10);
   // unit length whatever the length was
-  const int32_t one = 1;
+  const int32_t one = 1, three = 3;
   for (double scale : {1.0, 1e-300, 1e300, 1e-200}) {
     double v[] = {2 * scale, -3 * scale, 6 * scale}, w[] = {-3 * scale, 4 * scale};
     GLO_UTI_VNORMALIZE(&one, v);
@@ -123,6 +123,9 @@ TEST(Vectors, BlocksOfVectors) {
   double zero[] = {0, -0.0, 1e-310};
   GLO_UTI_VNORMALIZE(&one, zero);
   EXPECT_TRUE(zero[0] == 0 && zero[1] == 0 && zero[2] == 0);
+  double along[] = {-5, 0, 0, 0, -5, 0, 0, 0, -5};
+  GLO_UTI_VNORMALIZE(&three, along);
+  for (int k = 0; k < 9; ++k) EXPECT_EQ(along[k], k % 4 == 0 ? -1 : 0);
 }
 
 TEST(Fills, OfEveryType) {

@@ -969,6 +969,19 @@ Problems
 )");
 }
 
+TEST_F(DiagnosticsProgram, IncrementsThatDoNotFollowEachOtherStandOnTheirOwn) {
+  openJob("gap", directory);
+  dxt_DiagnosticExtractorXpl& x = dxt_DiagnosticExtractorXpl::Instance();
+  x.BeginStep(1, "Fall", 17);
+  for (int k : {1, 2, 4}) {
+    x.BeginIncrement(k, 0.5);
+    x.EndIncrement(0.5 * k, true);
+  }
+  closeJob();
+  EXPECT_NE(runOn("gap").output.find("     1        1-2  0.5   1\n     1          4  0.5   2\n"), std::string::npos)
+      << runOn("gap").output;
+}
+
 TEST_F(DiagnosticsProgram, FitsANarrowTerminal) {
   recordFailure("narrow");
   closeJob();

@@ -99,6 +99,12 @@ TEST_F(ReferenceHost, StatusRecordsAndFlushesBringFilesUpToDate) {
   write("Warning", "hot", -6, 1);
   EXPECT_EQ(contents(files.status), "Warning message=hot\n");
   EXPECT_EQ(contents(files.message), "\n***WARNING: hot\n\n");
+  // a template takes its values on the status channel, with the exponent letter of the entry
+  const int32_t none = 0, status = 1;
+  const double half = 0.5;
+  GLO_UTI_WRITE(&none, &status, "Status", "x %R", nullptr, &half, nullptr, 6, 4, 0);
+  glo_uti_CWrite(none, status, "Status", "x %R", nullptr, &half, nullptr);
+  EXPECT_EQ(contents(files.status), "Warning message=hot\nStatus x 5.00000E-01\nStatus x 5.00000e-01\n");
   write("Table", "row");
   const int32_t messageFile = -6;
   LFC_XUT_XPLMSGFLUSH(&messageFile);
