@@ -16,19 +16,6 @@ SA_INLINE Key keyOf(const Key* keys, int32_t entity) {
   return keys[entity - 1];
 }
 
-// Each entry moves left past every strictly greater key.  The only one of these sorts that knows what to do with NaN keys:
-// they compare as neither greater nor less, so they stop what would pass them.
-template <class Key>
-void insertionSort(int32_t* list, const Key* keys, int n) {
-  for (int k = 1; k < n; ++k) {
-    const int32_t entry = list[k];
-    const Key key = keyOf(keys, entry);
-    int place = k;
-    for (; place > 0 && keyOf(keys, list[place - 1]) > key; --place) list[place] = list[place - 1];
-    list[place] = entry;
-  }
-}
-
 // The place of an entry is the number of smaller keys, and of equal keys before it.  Every entry in turn is compared with
 // all of a chunk of places, which are counted up in vectors: n*n comparisons and no branch that depends on a key.
 template <class Key>
@@ -80,23 +67,35 @@ void mergeRuns(int32_t* list, const Key* keys, int first, int middle, int last) 
   }
 }
 
+// The number of entries before the first one whose key is NaN.
 template <class Key>
-SA_INLINE bool anyNaN(const int32_t* list, const Key* keys, int n) {
+SA_INLINE int countNumbers(const int32_t* list, const Key* keys, int n) {
   if constexpr (std::is_floating_point_v<Key>)
     for (int k = 0; k < n; ++k)
-      if (keyOf(keys, list[k]) != keyOf(keys, list[k])) return true;
-  return false;
+      if (keyOf(keys, list[k]) != keyOf(keys, list[k])) return k;
+  return n;
 }
 
 template <class Key>
-SA_INLINE void sortByKey(int32_t* list, const Key* keys, int n) {
-  if (n < 2) return;
-  if (anyNaN(list, keys, n)) return insertionSort(list, keys, n);
-  for (int first = 0; first < n; first += kRun) rankSort(list + first, keys, std::min(kRun, n - first));
+SA_INLINE void sortNumbers(int32_t* list, const Key* keys, int n) {
+  forPieces<kRun>(n, [=](int first, int length) SA_POINT { rankSort(list + first, keys, length); });
   for (int64_t run = kRun; run < n; run *= 2)
     for (int64_t first = 0; first + run < n; first += 2 * run)
       mergeRuns(list, keys, static_cast<int>(first), static_cast<int>(first + run),
                 static_cast<int>(std::min<int64_t>(first + 2 * run, n)));
+}
+
+// A NaN compares as neither greater nor less than any key: insertion stops at it and leaves it in its place, so that the
+// stretches between such keys are sorted by themselves.
+template <class Key>
+SA_INLINE void sortByKey(int32_t* list, const Key* keys, int n) {
+  for (int rest = n; rest > 0;) {
+    const int length = countNumbers(list, keys, rest);
+    if (length > 1) sortNumbers(list, keys, length);
+    if (length == rest) break;
+    list += length + 1;
+    rest -= length + 1;
+  }
 }
 
 } // namespace
