@@ -125,7 +125,7 @@ struct PreciseRotation {
 // One rotation of all n active points in the plane (p, q), with r the third axis.
 template <class Rotation, bool kDirections>
 SA_INLINE void rotatePlane(int n, JacobiScratch<kDirections>& w, double* app, double* aqq, double* apq, double* apr,
-                           double* aqr, [[maybe_unused]] int p, [[maybe_unused]] int q) {
+                           double* aqr, [[maybe_unused]] int64_t p, [[maybe_unused]] int64_t q) {
   forPoints(n, [=, &w](int i) SA_POINT {
     const PlaneAngle r = Rotation::angle(app[i], aqq[i], apq[i]);
     w.c[i] = r.c;

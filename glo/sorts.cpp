@@ -28,7 +28,7 @@ SA_INLINE void rankSort(int32_t* list, const Key* keys, int n) {
     key[k] = keyOf(keys, entry[k]);
   }
   for (int k = n; k < kRun; ++k) key[k] = Key{}; // the rest of the last chunk is counted and not used
-  for (int chunk = 0; chunk < n; chunk += kChunk) {
+  forPieces<kChunk>(n, [=, &key, &entry](int chunk, int length) SA_POINT {
     Count place[kChunk] = {};
     const Key* own = key + chunk;
     const auto count = [&place, own](Key other, auto precedes) SA_POINT {
@@ -36,14 +36,14 @@ SA_INLINE void rankSort(int32_t* list, const Key* keys, int n) {
       for (int j = 0; j < kChunk; ++j) place[j] += precedes(other, own[j], j) ? 1 : 0;
     };
     for (int k = 0; k < chunk; ++k) count(key[k], [](Key other, Key mine, int) SA_POINT { return other <= mine; });
-    const int last = n < chunk + kChunk ? n : chunk + kChunk;
+    const int last = chunk + length;
     for (int k = chunk; k < last; ++k)
       count(key[k], [k, chunk](Key other, Key mine, int j) SA_POINT {
         return static_cast<int>(other < mine) | (static_cast<int>(other == mine) & static_cast<int>(k < chunk + j));
       });
     for (int k = last; k < n; ++k) count(key[k], [](Key other, Key mine, int) SA_POINT { return other < mine; });
-    for (int j = 0; j < last - chunk; ++j) list[place[j]] = entry[chunk + j];
-  }
+    for (int j = 0; j < length; ++j) list[place[j]] = entry[chunk + j];
+  });
 }
 
 // Merges the sorted ranges [first, middle) and [middle, last) in place: the longer one is cut in half, the cut is looked up
@@ -82,7 +82,7 @@ SA_INLINE void sortNumbers(int32_t* list, const Key* keys, int n) {
   for (int64_t run = kRun; run < n; run *= 2)
     for (int64_t first = 0; first + run < n; first += 2 * run)
       mergeRuns(list, keys, static_cast<int>(first), static_cast<int>(first + run),
-                static_cast<int>(std::min<int64_t>(first + 2 * run, n)));
+                static_cast<int>(std::min<int64_t>(first + run + run, n)));
 }
 
 // A NaN compares as neither greater nor less than any key: insertion stops at it and leaves it in its place, so that the

@@ -13,7 +13,7 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 // 2^-4 (glo/scale.h) may have lost digits at its own scale: its logarithm is corrected by 600 or 4 ln 2 instead.
 SA_INLINE double logOfValue(double x, double shift, double back) {
   const bool near = shift != 0.0;
-  const double correction = back < 1.0 ? -0x1.9fe369be506e2p+8 : (back > 1.0 ? 0x1.62e42fefa39efp+1 : 0.0);
+  const double correction = back < 1.0 ? -415.88830833596718565 : (back > 1.0 ? 2.7725887222397812377 : 0.0);
   return logAboutOne(near ? x * back : x, shift) + (near ? 0.0 : correction);
 }
 
