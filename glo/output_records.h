@@ -82,7 +82,7 @@ template <int kReals>
 SA_INLINE void writeRecords(int n, const RecordScratch<kReals>& from, double* out, int64_t distance) {
   if (distance == kReals)
     forPoints(n, [=, &from](int j) SA_POINT {
-      for (int k = 0; k < kReals; ++k) out[kReals * j + k] = from.column[k][j];
+      for (int k = 0; k < kReals; ++k) out[int64_t{kReals} * j + k] = from.column[k][j];
     });
   else
     for (int j = 0; j < n; ++j)

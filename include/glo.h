@@ -18,7 +18,8 @@
  *
  *  Blocks.  nblock below 1 touches nothing.  Any length is taken; there is no upper limit.  Inputs and outputs do not overlap
  *  unless a declaration says so.  A result depends on the data of its own point alone, to the last bit: not on its place in
- *  the block, the length of the block, the thread or the instruction set.  NaN and infinity spoil their own point only.
+ *  the block, the length of the block, the thread or the instruction set; all NaN count as one value, whose sign and payload
+ *  may differ.  NaN and infinity spoil their own point only.
  *  Kernels keep no state, allocate nothing, lock nothing, and throw nothing; they may run on any number of threads at once.
  *
  *  Floating-point environment.  A kernel rounds to nearest, keeps subnormals and traps nothing while it runs, whatever the
@@ -540,8 +541,9 @@ void GLO_UTI_MINNONZEROR(const int32_t* n, const double* a, double* result);
  *
  * Matrices A (nblock, 3, 3) have the row fastest: A(i,a,b) = A((b-1)*3*nblock + (a-1)*nblock + i).  Rows are scaled by their
  * largest coefficient before pivots are compared; a system whose pivot falls below 9e-16 of its scaled rows is singular: its
- * flag is 1.0 and its results are 0.0.  Solutions of others are those of Gaussian elimination with row pivoting: A x differs
- * from b by a few roundings of |A| |x|.
+ * flag is 1.0 and its results are 0.0.  A matrix with a NaN or an infinity has the flag 1.0 and NaN in all its results.
+ * Solutions of others are those of Gaussian elimination with row pivoting: A x differs from b by a few roundings of |A| |x|.
+ * Determinants are sums of products as they stand: a product of components beyond 1e308 overflows, one below 1e-308 vanishes.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Determinants of symmetric tensors.
@@ -561,7 +563,7 @@ void GLO_UTI_DET31(const int32_t* nblock, const double* S, double* det);
  *  @param[in]  nblock    (1), block: points
  *  @param[in]  A         (nblock, 3, 3), any: matrices
  *  @param[out] B         (nblock, 3, 3), any: inverses, 0.0 where the matrix is singular
- *  @param[out] singular  (nblock), flag: 1.0 where the matrix is singular
+ *  @param[out] singular  (nblock), flag: 1.0 where the matrix is singular or not finite
  */
 void GLO_UTI_INVERSER(const int32_t* nblock, const double* A, double* B, double* singular);
 
@@ -570,7 +572,7 @@ void GLO_UTI_INVERSER(const int32_t* nblock, const double* A, double* B, double*
  *  @param[in]  A         (nblock, 3, 3), any: matrices
  *  @param[in]  b         (nblock, 3), any: right-hand sides
  *  @param[out] x         (nblock, 3), any: solutions, 0.0 where the matrix is singular
- *  @param[out] singular  (nblock), flag: 1.0 where the matrix is singular
+ *  @param[out] singular  (nblock), flag: 1.0 where the matrix is singular or not finite
  */
 void GLO_UTI_VSOLVE(const int32_t* nblock, const double* A, const double* b, double* x, double* singular);
 
@@ -583,7 +585,8 @@ void GLO_UTI_VSOLVEDBL(const int32_t* nblock, const double* A, const double* b, 
  * Sorts
  *
  * The result is that of straight insertion, which passes an entry only over strictly greater keys: entries of equal key
- * keep their order.  A NaN key is never passed and passes nothing.  Keys are not moved.
+ * keep their order.  A NaN key is never passed and passes nothing: its entry keeps its place in the list, and the entries
+ * before it and behind it are sorted by themselves.  Keys are not moved.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Reorders a list so that keys(list(k)) does not decrease.
@@ -641,6 +644,11 @@ int32_t GLO_UTI_ITENSORID(const int32_t* procedure, const int32_t* element, cons
  *
  * PRINCS members return each value with its unit direction: P(i,k) belongs to column k of V(i,.,.), so V turns principal
  * axes into global axes.  No member of this group sorts unless it says so: direction k is the one nearest axis k.
+ * Directions are right-handed in every member that returns them, sorted ones too: V is a rotation and no reflection.
+ * Members that rotate, that is all but the closed forms PRINCS31, PRINCS21, EIG31ANAL and the trigonometric EIG33ANAL, take
+ * tensors of every scale from the smallest double, 4.9e-324, to the largest; a value beyond the largest double is infinite, a
+ * value below 2.2e-308 is rounded once.  They end after 40 sweeps at the latest and keep what they then have; finite tensors
+ * need ten at most.
  * INDX members treat the listed points only and leave all others untouched; the arrays keep their full block layout.
  * ------------------------------------------------------------------------------------------------------------------ */
 
@@ -705,7 +713,8 @@ void GLO_UTI_PRINCS21(const int32_t* nblock, const double* S, double* P, double*
  *  The general case returns the largest value first, then the smallest, then the middle one.  Two equal values below a
  *  third come out as P1 = P2 and the larger one in P3; two equal values above a third as P2 = P3 and the smaller one in
  *  P1.  A tensor whose shear is below 1.1e-12 of its deviator returns its diagonal in place.  Values are right to about
- *  1e-15 of the largest component, or 1e-8 of it where two of them nearly meet.
+ *  1e-15 of the largest component, or 1e-8 of it where two of them nearly meet.  A tensor whose components are all at most
+ *  2.2e-308 has zeros for its values.
  *  Source: O. K. Smith, Comm. ACM 4 (1961) 168.
  *  @param[in]  nblock  (1), block: points
  *  @param[in]  S       (nblock, 6), any: tensors, S33
@@ -721,7 +730,8 @@ void GLO_UTI_EIG33ANAL(const int32_t* nblock, const double* S, double* P);
 void GLO_UTI_EIG33ANALINDX(const int32_t* nblock, const int32_t* count, const int32_t* list, const double* S,
                            double* P);
 
-/** Values alone in the 1-2 plane: P1 is the one nearest axis 1, P2 the other, P3 = S33.
+/** Values alone in the 1-2 plane: P1 is the one nearest axis 1, P2 the other, P3 = S33.  Squares are formed unscaled, as in
+ *  GLO_UTI_PRINCS31.
  *  @param[in]  nblock  (1), block: points
  *  @param[in]  S       (nblock, 4), any: tensors, S31
  *  @param[out] P       (nblock, 3), any: principal values
@@ -744,8 +754,8 @@ void GLO_UTI_EIG31ANALINDX(const int32_t* nblock, const int32_t* count, const in
  */
 void GLO_UTI_EIG33VECTOR(const int32_t* nblock, const double* S, double* P);
 
-/** Values alone in increasing order, to machine precision: errors below 1e-15 of the largest magnitude, at every scale from
- *  1e-300 to 1e300.  Small values of tensors that are positive and nearly diagonal keep their own digits.
+/** Values alone in increasing order, to machine precision: errors below 1e-15 of the largest magnitude, at every scale.  Small
+ *  values of tensors that are positive and nearly diagonal keep their own digits.
  *  A point with a NaN or an infinity leaves NaN.
  *  Source: J. Demmel, K. Veselic, SIAM J. Matrix Anal. Appl. 13 (1992) 1204.
  *  @param[in]  nblock  (1), block: points
@@ -761,13 +771,14 @@ void GLO_UTI_EIG33(const int32_t* nblock, const double* S, double* P);
 void GLO_UTI_EIG33S(const int32_t* nblock, const double* S, double* P);
 
 /** The values of GLO_UTI_EIG33 with their directions: |S V - V P| is below 4e-15 of the largest magnitude, and V is
- *  orthogonal to 2e-15.  Equal values have any orthogonal directions in their plane.
+ *  orthogonal to 4e-15 and right-handed.  Equal values have any orthogonal directions in their plane.
  *  @like GLO_UTI_EIG33
  *  @param[out] V       (nblock, 3, 3), -: principal directions, unit vectors in columns
  */
 void GLO_UTI_EIG33V(const int32_t* nblock, const double* S, double* P, double* V);
 
-/** The values of GLO_UTI_EIG33ANAL, bit for bit and in its order, with directions as accurate as those of GLO_UTI_EIG33V.
+/** The values of GLO_UTI_EIG33ANAL, bit for bit and in its order, with directions as accurate as those of GLO_UTI_EIG33V and
+ *  right-handed in this order.  The directions of a tensor whose values count as zeros are in the order of GLO_UTI_EIG33V.
  *  @like GLO_UTI_EIG33V
  *  @param[out] P       (nblock, 3), any: principal values
  */
@@ -813,7 +824,9 @@ void GLO_UTI_EIG21S(const int32_t* nblock, const double* S, double* P);
 
 /** Values lambda of A x = lambda B x in increasing order, with their directions x.  A is symmetric, B symmetric and positive
  *  definite; where it is not, the point has NaN.  Values are right to 1e-14 of the largest one, times the ratio of the
- *  largest to the smallest principal value of B.  Directions are unit vectors, orthogonal in the product with B.
+ *  largest to the smallest principal value of B.  Directions are unit vectors, orthogonal in the product with B, and
+ *  right-handed: their triple product is positive.  Tensors may have any scale at which the values are normal numbers; values
+ *  so large that A relative to B overflows leave NaN.
  *  @param[in]  nblock  (1), block: points
  *  @param[in]  A       (nblock, 6), any: tensors, S33
  *  @param[in]  B       (nblock, 6), stretch: positive definite tensors, S33
@@ -833,7 +846,7 @@ void GLO_UTI_GENEIG33VECTOR(const int32_t* nblock, const double* A, const double
 
 /** Square root of symmetric tensors without negative principal values, as the left stretch V of B = F F'.
  *  V is symmetric with no negative value and V V = S.  Principal values and directions are found by Jacobi rotations
- *  to machine precision: |V V - S| is below 4e-15 |S| (largest components), at every scale from 1e-300 to 1e300.
+ *  to machine precision: |V V - S| is below 4e-15 |S| (largest components), at every scale of S.
  *  A value that is negative by rounding (down to -1e-14 |S|) counts as 0; one further below leaves NaN in its point.
  *  V may be S.
  *  @param[in]  nblock  (1), block: points
@@ -861,8 +874,9 @@ void GLO_UTI_LOGV(const int32_t* nblock, const double* S, double* L);
  */
 void GLO_UTI_EXPS30(const int32_t* nblock, const double* S, double* E);
 
-/** Exponential of tensors with 13 = 23 = 0.  The plane components are right to 4e-15 of the largest of them, times the largest
- *  magnitude of S where that is above 1; E33 to 0.8 units in the last place.  E may be S.
+/** Exponential of tensors with 13 = 23 = 0.  Each plane component is right to 4e-15 of itself, times the largest magnitude of S
+ *  where that is above 1, however small it is beside the others; one beyond the largest double is infinite and leaves the others
+ *  alone.  E33 is right to 0.8 units in the last place.  E may be S.
  *  @param[in]  nblock  (1), block: points
  *  @param[in]  S       (nblock, 4), any: tensors, S31
  *  @param[out] E       (nblock, 4), any: their exponentials, S31
@@ -904,7 +918,8 @@ void GLO_UTI_GENMULT3DQUAT(const int32_t* op, double* out, const double* a, cons
 void GLO_UTI_GENMULT2DQUAT(const int32_t* op, double* out, const double* a, const double* b);
 
 /** Product of each point, of unit length: 1 a b, -1 b a, 2 conj(a) b, -2 conj(b) a, any other code as 1.  A product of length
- *  zero leaves NaN or infinity.
+ *  zero leaves NaN or infinity.  Products and their squares are formed unscaled: lengths of a and b whose product is beyond 1e154
+ *  or below 1e-154 count as infinite or zero.
  *  @param[in]  nblock  (1), block: points
  *  @param[in]  op      (1), code 1|-1|2|-2|3: product
  *  @param[out] Q       (nblock, 4), -: unit quaternions
@@ -930,7 +945,7 @@ void GLO_UTI_QUAT2DALGEBRA(const int32_t* nblock, const int32_t* op, double* Q, 
  */
 void GLO_UTI_QUATROTVECT2D(const int32_t* nblock, const int32_t* flag, double* W, const double* Q, const double* V);
 
-/** Rotation vectors, angle in radians times unit axis, of quaternions of any length but zero.  The angle is at most pi; of a
+/** Rotation vectors, angle in radians times unit axis, of quaternions of any length but zero, from 4.9e-324 on.  The angle is at most pi; of a
  *  half turn the axis is that of the quaternion.  Right to a few units in the last place for every rotation, tiny ones and
  *  half turns included.
  *  @param[in]  nblock  (1), block: points
@@ -941,6 +956,7 @@ void GLO_UTI_ANGLESFROMQUATERNIONS(const int32_t* nblock, const double* Q, doubl
 
 /** The rotation that carries orientation a to orientation b, in global axes: b conj(a), of unit length and with w >= 0, so
  *  that it turns by at most half a turn.  (GLO_UTI_MULT3DQUAT gives it in the frame of a.)
+ *  Products are formed unscaled: lengths of a and b whose product is beyond 1e300 or below 1e-300 are lost.
  *  @param[in]  nblock  (1), block: points
  *  @param[out] Q       (nblock, 4), -: unit quaternions of the increments
  *  @param[in]  A       (nblock, 4), -: orientations before
