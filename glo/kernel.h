@@ -1,6 +1,8 @@
 // The frame of every kernel: how a routine is exported, compiled for several instruction sets, and run over a block.
 #pragma once
 
+#include "glo/arithmetic.h"
+
 #include <cstdint>
 
 #define SA_EXPORT extern "C" __attribute__((visibility("default")))
@@ -21,7 +23,10 @@
 #define SA_KERNEL(name, parameters, arguments)                                                                         \
   SA_CLONES                                                                                                            \
   static void name##_clones parameters;                                                                                \
-  SA_EXPORT void name parameters { name##_clones arguments; }                                                          \
+  SA_EXPORT void name parameters {                                                                                     \
+    const sa::OwnArithmetic arithmetic;                                                                                \
+    name##_clones arguments;                                                                                           \
+  }                                                                                                                    \
   SA_CLONES                                                                                                            \
   static void name##_clones parameters
 

@@ -99,15 +99,19 @@ SA_KERNEL(GLO_UTI_QUAT2DALGEBRA,
 }
 
 SA_EXPORT void GLO_UTI_MULT3DQUAT(double* out, const double* a, const double* b) {
+  const OwnArithmetic arithmetic;
   store(out, 1, 0, conjugateProduct(load<Quaternion>(a, 1, 0), load<Quaternion>(b, 1, 0)), 1.0, 1.0);
 }
 SA_EXPORT void GLO_UTI_MULT2DQUAT(double* out, const double* a, const double* b) {
+  const OwnArithmetic arithmetic;
   store(out, 1, 0, conjugateProduct(load<PlaneQuaternion>(a, 1, 0), load<PlaneQuaternion>(b, 1, 0)), 1.0, 1.0);
 }
 SA_EXPORT void GLO_UTI_GENMULT3DQUAT(const int32_t* op, double* out, const double* a, const double* b) {
+  const OwnArithmetic arithmetic;
   single<Quaternion>(*op, out, a, b);
 }
 SA_EXPORT void GLO_UTI_GENMULT2DQUAT(const int32_t* op, double* out, const double* a, const double* b) {
+  const OwnArithmetic arithmetic;
   single<PlaneQuaternion>(*op, out, a, b);
 }
 

@@ -22,6 +22,11 @@
  *  may differ.  NaN and infinity spoil their own point only.
  *  Kernels keep no state, allocate nothing, lock nothing, and throw nothing; they may run on any number of threads at once.
  *
+ *  Floating-point environment.  A kernel rounds to nearest, keeps subnormals and traps nothing while it runs, whatever the
+ *  caller's thread does, and gives the caller's environment back: rounding, flush modes and traps as they were, and of the
+ *  flags that of invalid operation, division by zero and overflow.  So a host may trap these three without being stopped in
+ *  a kernel, and none of them says that results of a kernel are not finite: look for NaN and infinity in the results.
+ *
  *  Argument lines read  `@param[direction] name  (shape), unit: meaning`  and are complete: tools read them.
  *    shape     (1) a scalar; else the dimensions in the order of the layouts above; * is as many as the entities used
  *              a dimension is a number or an argument, also as n+1 or 2*n+2
@@ -104,9 +109,21 @@ void glo_finalize(int32_t* counter);
  * Frame services
  * ------------------------------------------------------------------------------------------------------------------ */
 
-/** The host's step keyword of a procedure type, padded with blanks or cut to the length of the text.
- *  Ids without a procedure are reported through the host's tvkerrC (severity 1) and give "Unknown".
- *  @param[in]  procedureId  (1), -: procedure type, 1 to 98 with gaps
+/** The host's step keyword of a procedure type, padded with blanks or cut to the length of the text.  It is the
+ *  constructorCmd of the host's step class:
+ *    1-7     kprC_StaticStep                 62-65       kprC_SoilsStep
+ *    11, 12  kprC_ImplicitDynamicsStep       71-73       kprC_CoupledTempDisplacementStep
+ *    13      kprC_SubspaceDynamicsStep       74          kprC_TempDisplacementDynamicsStep
+ *    17      kprC_ExplicitDynamicsStep       75-78       kprC_CoupledThermalElectricStep
+ *    21-25   kprC_ViscoStep                  81          kprC_StaticLinearPerturbationStep
+ *    31-33   kprC_HeatTransferStep           85, 86      kprC_SteadyStateDirectStep
+ *    34-36   kprC_MassDiffusionStep          91          kprC_ResponseSpectrumStep
+ *    41, 43  kprC_FrequencyStep              92          kprC_ModalDynamicsStep
+ *    42, 44  kprC_BuckleStep                 93, 95, 96  kprC_SteadyStateModalStep
+ *    51      kprC_StaticRiksStep             94          kprC_RandomResponseStep
+ *    61      kprC_GeostaticStep              98          kprC_AnnealStep
+ *  Any other id is reported through the host's tvkerrC (severity 1) and gives "Unknown".
+ *  @param[in]  procedureId  (1), -: procedure type
  *  @param[out] text         (textLength), text: keyword, padded with blanks
  *  @param[in]  textLength   (1), -: length of text, by value
  */
@@ -143,8 +160,12 @@ void GLO_UTI_FLUSH(void);
  *   "Note"              "***NOTE:"     yes            yes                 yes                        never
  *   any other           blank          yes            yes                 no                         if flag
  *
- * Lines hold at most 79 characters and are broken at blanks; at most 20 lines are written and the rest is dropped.  A blank
- * line reaches the host as one blank.
+ * Lines hold at most 79 characters and are broken at blanks; at most 20 lines are written and the rest is dropped.  A message
+ * that is not broken is one record of up to 1000 characters.  A blank line reaches the host as one blank.  "Error", "Warning",
+ * "Odb_Frame" and "StateFrame" reach the status channel as finished texts, the other types as their template with the
+ * arguments.  Other characters than % are bytes that go on as they are, line breaks too; a text of fixed length may hold zero
+ * bytes, and one whose length is not positive is empty.  Any thread, and several at once: lines of one message carry its
+ * number.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Writes one message under a fresh message number.  The type matches as a blank-padded text ("Errors" is not "Error").
@@ -184,9 +205,10 @@ void glo_uti_CWrite(int32_t unit, int32_t statusFlag, const char* type, const ch
                     const int32_t* ints, const double* reals, const char* const* strings);
 
 /** Records the end of the analysis: job status on rank 0, a record on the status channel, channels -6 and -7 flushed,
- *  the message transmitter closing.  A kill signal gives "Interrupted", 20 and 21 "Aborted", 22 "Completed", any other
- *  code a blank type.  Codes 20 and 21 also end the communication between processes (with 1 and -1) and raise the
- *  thread-error state of the host; the call returns in any case and the process goes on.
+ *  the message transmitter closing.  A kill signal gives "Interrupted" and job status 3, 20 and 21 "Aborted" and 2, 22
+ *  "Completed" and 1, any other code status 0 and a blank type, which leaves no record on the status channel.  Codes 20
+ *  and 21 also end the communication between processes (with 1 and -1) and raise the thread-error state of the host; the
+ *  call returns in any case and the process goes on.
  *  @param[in] code  (1), -: 20 or 21 errors, 22 phase complete
  */
 void GLO_UTI_EXIT(const int32_t* code);
@@ -632,7 +654,8 @@ int32_t GLO_UTI_ITENSORID(const int32_t* procedure, const int32_t* element, cons
 
 /** Jacobi rotations in the planes (1,3), (1,2), (2,3) until every rotation of a sweep has a sine of at most 0.015.
  *  That bound is the contract: directions are right to about 2e-4 of the spread of the values, and rotations below about
- *  1e-8 are dropped.  Values carry the square of that error.  For directions to machine precision take another routine.
+ *  1e-8 are dropped.  Values carry the square of that error.  For values and directions to machine precision, sorted, take
+ *  GLO_UTI_EIG33V.
  *  A point with a NaN or an infinity leaves NaN in all its values and directions.
  *  Source: C. G. J. Jacobi, J. reine angew. Math. 30 (1846) 51.
  *  @param[in]  nblock  (1), block: points
@@ -955,9 +978,9 @@ void GLO_UTI_COMPROTVEC(const int32_t* nblock, double* R, const double* A, const
  * T may be S where both have the same storage.
  * ------------------------------------------------------------------------------------------------------------------ */
 
-/** R = identity.
+/** R = identity, in the nine columns R11 R21 R31 R12 R22 R32 R13 R23 R33.
  *  @param[in]  nblock  (1), block: points; below 1 does nothing
- *  @param[out] R       (nblock, 3, 3), -: rotation matrices, row fastest
+ *  @param[out] R       (nblock, 3, 3), -: rotation matrices, Rab in column a + 3 (b - 1): row a fastest
  */
 void GLO_UTI_INITROTATIONMATRIX(const int32_t* nblock, double* R);
 
@@ -996,11 +1019,11 @@ void GLO_UTI_ROTATES31(const int32_t* n, const int32_t* ld, const int32_t* flag,
 void GLO_UTI_ROTATES30S31(const int32_t* n, const int32_t* ld, const int32_t* flag, const double* R, const double* S,
                           double* T);
 
-/** In space.
+/** In space: T = R' S R for direction 0, T = R S R' for any other.
  *  @like GLO_UTI_ROTATES21
- *  @param[in]  R     (ld, 9), -: rotations, row fastest
- *  @param[in]  S     (ld, 6), any: tensors, S33
- *  @param[out] T     (ld, 6), any: rotated tensors, S33
+ *  @param[in]  R     (ld, 9), -: rotations, R11 R21 R31 R12 R22 R32 R13 R23 R33
+ *  @param[in]  S     (ld, 6), any: tensors, S33: 11 22 33 12 23 13
+ *  @param[out] T     (ld, 6), any: rotated tensors, S33: 11 22 33 12 23 13
  */
 void GLO_UTI_ROTATES33(const int32_t* n, const int32_t* ld, const int32_t* flag, const double* R, const double* S,
                        double* T);
@@ -1008,8 +1031,8 @@ void GLO_UTI_ROTATES33(const int32_t* n, const int32_t* ld, const int32_t* flag,
 /** Tensors without shear, as principal values, in space: with direction 1 and the axes of GLO_UTI_PRINCS33 as R the tensor
  *  that has these values and axes.
  *  @like GLO_UTI_ROTATES33
- *  @param[in]  S     (ld, 3), any: direct components, S30
- *  @param[out] T     (ld, 6), any: rotated tensors, S33
+ *  @param[in]  S     (ld, 3), any: direct components, S30: 11 22 33
+ *  @param[out] T     (ld, 6), any: rotated tensors, S33: 11 22 33 12 23 13
  */
 void GLO_UTI_ROTATES30S33(const int32_t* n, const int32_t* ld, const int32_t* flag, const double* R, const double* S,
                           double* T);
@@ -1052,7 +1075,7 @@ void GLO_UTI_SCATTERR(const int32_t* nblock, const int32_t* ncomp, const int32_t
  *  last of the record (then L has one component).
  *  @param[in]  nblock  (1), block: points; below 1 does nothing
  *  @param[in]  ndim    (1), code 1|2|3: components moved
- *  @param[in]  ld      (1), count>=3: length of a record of G
+ *  @param[in]  ld      (1), count>=ndim: length of a record of G; 2 is enough for ndim 2, and 1 where one component is moved
  *  @param[in]  unused  (1), unread: not read
  *  @param[in]  map     (nblock), entity of G: entity of each point
  *  @param[out] L       (nblock, ndim), any: block array
@@ -1312,7 +1335,8 @@ void GLO_ASM_SCATTERMASS3(const int32_t* n, const int32_t* unused, const double*
 void GLO_OPE_ASSEM(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, double* G, const double* L,
                    const int32_t* map);
 
-/** Adds to the components that GLO_UTI_GENSCATTERR would overwrite.
+/** Adds to the components that GLO_UTI_GENSCATTERR would overwrite: ndim 3 to components 1 to 3, ndim 2 to 1 and 2, any
+ *  other ndim to the last component ld alone.
  *  @like GLO_UTI_GENSCATTERR
  */
 void GLO_OPE_GENASSEM(const int32_t* nblock, const int32_t* ndim, const int32_t* ld, const int32_t* unused, double* G,
@@ -1448,7 +1472,10 @@ void GLO_OPE_GENASSEMCONTSHELL(const int32_t* nblock, const int32_t* ncomp, cons
  * axes into them.  With q from those axes to the principal ones the record has o q, formed as MULT(conj(o), q) by
  * GLO_UTI_MULT3DQUAT, in the plane GLO_UTI_MULT2DQUAT: it turns the global axes into the principal ones, as everywhere.
  *
- * GEN members fill parts of the records of a general output, which ldp = ldq describe; nothing else tells them apart.
+ * GEN members are the same routines, to the bit, for a general output whose records hold the values and the quaternion one
+ * behind the other: one array R (n, *), n at least the reals of both, with P = R, Q = R + the number of values, and
+ * ldp = ldq = n.  The other members may be called so as well, and GEN members with two arrays: ldp and ldq are lengths of
+ * whole records, and nothing is written between the parts.  Two parts that overlap in a record are the caller's fault.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Principal values P1 >= P2 of plane tensors with their directions, by the closed form of GLO_UTI_PRINCS21, unscaled as

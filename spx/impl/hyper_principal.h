@@ -210,16 +210,19 @@ SA_INLINE double shearTerm(double t1, double t2, double l1, double l2, double li
   return vm::select(meet, limit, far);
 }
 
+// The greater of two; NaN where either is.
+SA_INLINE double greater(double a, double b) { return (a > b) | (a != a) ? a : b; }
+
 // D11, D22, D33, D12, D23, D13 and the stretches, without volumetric energy: the largest of the direct terms, less the mean
 // of all nine, and the shear terms; and 3/J times that mean with 3 J (p + dp/dJ).
 SA_INLINE Moduli principalModuli(double D11, double D22, double D33, double D12, double D23, double D13, double t1,
                                  double t2, double t3, const Stretches& l, double rJ, const VolumetricStress& v) {
   const double mean = (D11 + D22 + D33 + 2.0 * (D12 + D23 + D13)) * 0.1111111111111111;
   const double direct = vm::max(vm::max(D11, D22), D33) - mean;
-  const double shear = vm::max(vm::max(shearTerm(t1, t2, l.l1, l.l2, 0.5 * (D11 + D22) - D12),
+  const double shear = greater(greater(shearTerm(t1, t2, l.l1, l.l2, 0.5 * (D11 + D22) - D12),
                                        shearTerm(t2, t3, l.l2, l.l3, 0.5 * (D22 + D33) - D23)),
                                shearTerm(t1, t3, l.l1, l.l3, 0.5 * (D11 + D33) - D13));
-  return {rJ * vm::max(direct, shear), 3.0 * (rJ * mean + (v.p + v.slope) / rJ)};
+  return {rJ * greater(direct, shear), 3.0 * (rJ * mean + (v.p + v.slope) / rJ)};
 }
 template <class Terms>
 SA_INLINE Moduli principalModuli(const StressSums& s, int i, const Stretches& l, double rJ, const VolumetricStress& v) {
