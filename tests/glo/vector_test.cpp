@@ -207,7 +207,7 @@ TEST(LinearSystems, NearlySingularOnesAreSolved) {
   const int32_t one = 1;
   for (const int power : {-10, -33, -48}) {
     const double e = std::ldexp(1, power), bound = 4e-16 / e;
-    for (const double row : {1.0, 0x1p-1010, 0x1p+1000}) {
+    for (const double row : {1.0, 0x1p-900, 0x1p+900}) {
       const double A[] = {row, row, row, row, row + e * row, row, row, row, row + e * row};
       const double b[] = {6 * row, (6 + 2 * e) * row, (6 + 3 * e) * row};
       double x[3], B[9], singular = 9, inverse = 9;
