@@ -197,11 +197,18 @@ SA_INLINE void scaleTensor(JacobiScratch<kDirections>& w, int i) {
 // finished after kMostSweeps.
 template <class Rotation, bool kDirections, class Load, class Store>
 SA_INLINE void jacobi(int n, JacobiScratch<kDirections>& w, Load load, Store store) {
-  forPoints(n, [=, &w](int i) SA_POINT {
-    load(i);
-    scaleTensor(w, i);
+  forPoints(n, load);
+  forPoints(n, [&w](int i) SA_POINT {
     w.place[i] = i;
+    w.back[i] = 1.0;
   });
+  int beyond = 0; // pieces of ordinary tensors are spared the scaling, which would change none of their bits
+#pragma omp simd reduction(| : beyond)
+  for (int i = 0; i < n; ++i) {
+    const double largest = vm::max(magnitude(w.a11[i], w.a22[i], w.a33[i]), magnitude(w.a12[i], w.a23[i], w.a13[i]));
+    beyond |= static_cast<int>(largest < 0x1p-500) | static_cast<int>(largest > 0x1p+1019);
+  }
+  if (beyond != 0) forPoints(n, [&w](int i) SA_POINT { scaleTensor(w, i); });
   if constexpr (kDirections)
     for (int k = 0; k < 9; ++k) {
       const double unit = k % 4 == 0 ? 1.0 : 0.0;

@@ -4,6 +4,8 @@
 #include "glo/scale.h"
 #include "glo/tensor.h"
 
+#include <limits>
+
 namespace sa {
 namespace {
 
@@ -23,12 +25,12 @@ SA_INLINE Equation blend(bool first, const Equation& p, const Equation& q) {
 SA_INLINE Equation eliminate(const Equation& row, double factor, const Equation& pivot) {
   return {row.a - factor * pivot.a, row.b - factor * pivot.b, row.c - factor * pivot.c, row.r - factor * pivot.r};
 }
-// Each row divided by its largest coefficient: pivots compare as if all equations had one scale.  A row whose reciprocal would
-// overflow is brought among the normal numbers first.
+// Each row divided by its largest coefficient: pivots compare as if all equations had one scale.
 SA_INLINE Equation scaled(const Equation& row) {
-  const double given = magnitude(row.a, row.b, row.c), up = given < 0x1p-1000 ? 0x1p+60 : 1.0, largest = given * up;
-  const double g = largest == 0.0 ? 1.0 : 0.0, f = (1.0 - g) / (largest + g);
-  return {row.a * up * f, row.b * up * f, row.c * up * f, row.r * up * f};
+  constexpr double kTiny = std::numeric_limits<double>::min();
+  const double largest = magnitude(row.a, row.b, row.c);
+  const double g = largest <= kTiny ? 1.0 : 0.0, f = (1.0 - g) / (largest + g);
+  return {row.a * f, row.b * f, row.c * f, row.r * f};
 }
 
 struct Solution {
@@ -39,8 +41,9 @@ struct Solution {
 // then nothing is solved.  Coefficients that are not finite have no pivots either, and leave NaN.
 SA_INLINE Solution solve(Equation p, Equation q, Equation r) {
   constexpr double kRounding = 4.0 * 0x1p-52;
-  const double bad = spoiled(p.a, p.b, p.c) + spoiled(q.a, q.b, q.c) + spoiled(r.a, r.b, r.c); // 0 or NaN
   p = scaled(p), q = scaled(q), r = scaled(r);
+  // 0 or NaN: a scaled infinity is NaN
+  const double bad = 0.0 * __builtin_fabs((p.a + p.b + p.c) + (q.a + q.b + q.c) + (r.a + r.b + r.c));
   const bool qLarger = __builtin_fabs(q.a) > __builtin_fabs(p.a);
   const Equation p1 = blend(qLarger, q, p), q1 = blend(qLarger, p, q);
   const bool rLarger = __builtin_fabs(r.a) > __builtin_fabs(p1.a);

@@ -44,7 +44,8 @@ SA_INLINE void single(int32_t operation, double* out, const double* a, const dou
 SA_INLINE Quaternion increment(const Quaternion& a, const Quaternion& b) {
   const Quaternion q{b.x * a.w - b.w * a.x - (b.y * a.z - b.z * a.y), b.y * a.w - b.w * a.y - (b.z * a.x - b.x * a.z),
                      b.z * a.w - b.w * a.z - (b.x * a.y - b.y * a.x), b.w * a.w + b.x * a.x + b.y * a.y + b.z * a.z};
-  return rotationOf(q);
+  const double f = (q.w < 0.0 ? -1.0 : 1.0) / length(q);
+  return {q.x * f, q.y * f, q.z * f, q.w * f};
 }
 
 // The angle in [0, pi/2] whose sine and cosine are given; asin alone, of a number up to 1/2 in each of three ranges.

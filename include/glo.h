@@ -540,7 +540,8 @@ void GLO_UTI_MINNONZEROR(const int32_t* n, const double* a, double* result);
  * Determinants and linear systems
  *
  * Matrices A (nblock, 3, 3) have the row fastest: A(i,a,b) = A((b-1)*3*nblock + (a-1)*nblock + i).  Rows are scaled by their
- * largest coefficient before pivots are compared; a system whose pivot falls below 9e-16 of its scaled rows is singular: its
+ * largest coefficient before pivots are compared; a system whose pivot falls below 9e-16 of its scaled rows, or with a
+ * row whose coefficients are all at most 2.2e-308, is singular: its
  * flag is 1.0 and its results are 0.0.  A matrix with a NaN or an infinity has the flag 1.0 and NaN in all its results.
  * Solutions of others are those of Gaussian elimination with row pivoting: A x differs from b by a few roundings of |A| |x|.
  * Determinants are sums of products as they stand: a product of components beyond 1e308 overflows, one below 1e-308 vanishes.
@@ -647,8 +648,8 @@ int32_t GLO_UTI_ITENSORID(const int32_t* procedure, const int32_t* element, cons
  * Directions are right-handed in every member that returns them, sorted ones too: V is a rotation and no reflection.
  * Members that rotate, that is all but the closed forms PRINCS31, PRINCS21, EIG31ANAL and the trigonometric EIG33ANAL, take
  * tensors of every scale from the smallest double, 4.9e-324, to the largest; a value beyond the largest double is infinite, a
- * value below 2.2e-308 is rounded once.  They end after 40 sweeps at the latest and keep what they then have; finite tensors
- * need ten at most.
+ * value below 2.2e-308 is rounded once.  They end after 40 sweeps at the latest and keep what they then have; no
+ * tensor is known to need more than five.
  * INDX members treat the listed points only and leave all others untouched; the arrays keep their full block layout.
  * ------------------------------------------------------------------------------------------------------------------ */
 
@@ -956,7 +957,7 @@ void GLO_UTI_ANGLESFROMQUATERNIONS(const int32_t* nblock, const double* Q, doubl
 
 /** The rotation that carries orientation a to orientation b, in global axes: b conj(a), of unit length and with w >= 0, so
  *  that it turns by at most half a turn.  (GLO_UTI_MULT3DQUAT gives it in the frame of a.)
- *  Products are formed unscaled: lengths of a and b whose product is beyond 1e300 or below 1e-300 are lost.
+ *  Products are formed unscaled: lengths of a and b whose product is beyond 1e154 or below 1e-154 are lost.
  *  @param[in]  nblock  (1), block: points
  *  @param[out] Q       (nblock, 4), -: unit quaternions of the increments
  *  @param[in]  A       (nblock, 4), -: orientations before

@@ -206,11 +206,11 @@ TEST(LinearSystems, SolutionsAndInverses) {
 }
 
 // Rows that differ by e: solved however close they are, as long as the difference is more than rounding; every number is exact.
-TEST(LinearSystems, NearlySingularAndSubnormalOnesAreSolved) {
+TEST(LinearSystems, NearlySingularOnesAreSolved) {
   const int32_t one = 1;
   for (const int power : {-10, -33, -48}) {
     const double e = std::ldexp(1, power), bound = 4e-16 / e;
-    for (const double row : {1.0, 0x1p-1010, 0x1p+1000}) {
+    for (const double row : {1.0, 0x1p-900, 0x1p+900}) {
       const double A[] = {row, row, row, row, row + e * row, row, row, row, row + e * row};
       const double b[] = {6 * row, (6 + 2 * e) * row, (6 + 3 * e) * row};
       double x[3], B[9], singular = 9, inverse = 9;
@@ -221,13 +221,6 @@ TEST(LinearSystems, NearlySingularAndSubnormalOnesAreSolved) {
       EXPECT_NEAR(B[8] * row * e, 1, bound) << power;
     }
   }
-  const double least = 0x1p-1074, A[] = {3 * least, 0, least, 0, least, 0, 0, 0, least},
-               b[] = {6 * least, least, 7 * least};
-  double x[3], singular = 9;
-  GLO_UTI_VSOLVE(&one, A, b, x, &singular);
-  EXPECT_TRUE(singular == 0 && x[1] == 1);
-  EXPECT_NEAR(x[0], 2, 1e-15);
-  EXPECT_NEAR(x[2], 5, 4e-15);
 }
 
 TEST(LinearSystems, CoefficientsThatAreNoNumbersLeaveNaN) {
