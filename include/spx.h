@@ -381,7 +381,7 @@ void SPX_ELE_SEXCESSROT(const int32_t* nblock, int32_t* counter, const int32_t* 
  *      A face that is turned over has all its corner normals reversed and both sums negative, whatever its shape; a face
  *      that is folded along a diagonal reverses the corners off the fold; stretching and turning both faces alike changes no
  *      sign.
- *  Comparisons with NaN mark the element by the second test.
+ *  A NaN in any thickness, length or coordinate marks the element.
  *  @param[in]     nblock  (1), block: elements
  *  @param[in]     t       (nblock, 4), m: thickness at the four corners
  *  @param[in]     a       (nblock), m: length of the element in its plane
@@ -1871,7 +1871,8 @@ void SPX_MAT_JCFAILURESTRAIN(const int32_t* nblock, const int32_t* count, const 
 
 /** Reciprocal failure strain 1/(a + b exp(k)) without overflow: with L = ln(max(rate P8, 1)), a = P9 (1 + P12 L)(1 + P13 y),
  *  b = P10 (1 + P12 L)(1 + P13 y), k = P11 x: the law of Johnson and Cook with x the triaxiality or shear stress ratio and y
- *  the homologous temperature.  0 where a + b exp(k) is not above 2.2e-308 for a negative k.
+ *  the homologous temperature.  0 where a + b exp(k) is not above 2.2e-308 for a negative k.  The
+ *  exponent -|k| of the exponential is kept from falling below -708.3964185322637; b = 0 gives 1/a whatever k is.
  *  @param[in]  nblock      (1), block: points
  *  @param[in]  properties  (13), -: constants; 8 reciprocal reference rate (s), 9..13 d1 d2 d3 d4 d5 of a + b exp(k)
  *  @param[in]  x           (nblock), -: stress ratio
@@ -2757,7 +2758,7 @@ void SPX_GET_CONSTCONDUCTIVITY3D(const int32_t* nblock, const int32_t* ncons, co
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Checks translational mass matrices, each check over all elements before the next:
- *    1. an entry differs from its transposed one
+ *    1. an entry differs from its transposed one; NaN on the diagonal fails here, since it differs from itself
  *    2. an entry that couples two nodes is not zero
  *    3. an entry off the diagonal in the block of one node is not zero
  *    4. diagonal entries of one node differ
@@ -2772,7 +2773,7 @@ void SPX_OPE_USERELEMPROCESSMASS(const int32_t* nblock, const int32_t* ndof, con
                                  const int32_t* nodeDofs, const int32_t* elements, const double* mass);
 
 /** Checks rotary inertia.  The block of a node may be any symmetric matrix, a tensor of inertia.
- *    1. an entry differs from its transposed one
+ *    1. an entry differs from its transposed one, or is NaN
  *    2. an entry that couples two nodes is not zero: an invalid one
  *  @like SPX_OPE_USERELEMPROCESSMASS
  *  @param[in] ndof      (1), count: rotational degrees of freedom of an element

@@ -559,11 +559,20 @@ TEST(Failure, JohnsonAndCook) {
   EXPECT_NEAR(strain[1], (d1 + d2) * 1.63, 1e-14);
   EXPECT_EQ(strain[1], strain[2]);
   EXPECT_NEAR(strain[3], d1 + d2 * std::exp(40.0), 1e5);
-  const double P[13] = {0, 0, 0, 0, 0, 0, 0, 1, 0, 2, 1, 0, 0}, x[] = {800, -800, 1, 0, 2}, y[5] = {};
-  SPX_MAT_JCSHRFAILEXP(&five, P, x, still, y, strain);
-  EXPECT_EQ(strain[0], 0) << "1/(2 exp(800))";
-  EXPECT_EQ(strain[1], 0) << "the denominator has underflowed";
-  EXPECT_NEAR(strain[2], 0.5 * std::exp(-1.0), 1e-16);
+  // the exponential ends at exp(-708.3964185322637), the least normal number; without b the result is 1/a at any exponent
+  constexpr double least = 2.2250738585072014e-308;
+  const struct {
+    double a, b, k, expected;
+  } edges[] = {
+      {0, 2, 800, 0.5 * least}, {0, 2, -800, 0.5 / least}, {0, 0.9, -800, 0},   {0, 2, 1, 0.5 * std::exp(-1.0)},
+      {4, 0, 800, 0.25},        {0.3, 0, 1e5, 1 / 0.3},    {1e-9, 0, 708, 1e9}, {4, 0, -800, 0.25},
+      {1, 3, -800, 1},          {4, 1, 800, least}};
+  for (const auto& c : edges) {
+    const double P[13] = {0, 0, 0, 0, 0, 0, 0, 1, c.a, c.b, c.k, 0, 0}, one = 1, none = 0;
+    const int single = 1;
+    SPX_MAT_JCSHRFAILEXP(&single, P, &one, &none, &none, strain);
+    EXPECT_NEAR(strain[0], c.expected, 1e-12 * c.expected) << c.a << " " << c.b << " " << c.k;
+  }
 
   double omega[] = {0.1, 0.2, 0.3}, increment[] = {0.01, 0.02, 0.03}, limit[] = {0.1, 0.2, 0.3};
   const int three = 3, two = 2, some[] = {3, 1};
