@@ -2520,7 +2520,7 @@ void SPX_USR_PLYFABRIC(const int32_t* callInfo, const int32_t* nblock, const int
  *   500     general, with a logarithmic variable     6 position of its reference value in the reals
  *                                                    7 number of the square-root variable, 0 none; 300 only
  *           all of them                              2, 3, 4 numbers of field variables, state variables and temperatures
- *   400     is rejected, and so is any other: an "Error" is written, GLO_UTI_EXIT ends the analysis with code 20, and the
+ *   400     is rejected, and so is any other, and a general table with fewer than one variable: an "Error" is written, GLO_UTI_EXIT ends the analysis with code 20, and the
  *           outputs are left alone.  That does not depend on nblock.
  *
  *   record  1 rows   2 position of the rows in the reals   3 position of the groups in the integers   4 of the source codes
@@ -2540,9 +2540,10 @@ void SPX_USR_PLYFABRIC(const int32_t* callInfo, const int32_t* nblock, const int
  * and the derivative of the interval above it.  An interval without width gives the value of its upper row and derivative 0;
  * one row gives its value and derivative 0.
  *
- * Several variables, at most 8: rows are sorted by the last variable, within it by the last but one and so on, variable 1
+ * Several variables, any number: rows are sorted by the last variable, within it by the last but one and so on, variable 1
  * fastest.  The rows that agree in the variables from v on are a group of v; groups need not have the same breakpoints or
- * numbers of rows.  The last variable's interval is searched among its groups, the next variable's within the two that bracket
+ * numbers of rows.  Up to 8 variables all points of a block descend together; of more, each point adds up the rows that bracket
+ * it, as many as 2 to the number of variables, one by one.  The last variable's interval is searched among its groups, the next variable's within the two that bracket
  * it, and so on down to the rows, each as SPX_GET_SEGFIND does; the values are interpolated linearly on the way back.  On a
  * grid that is multilinear interpolation.  The groups in the integer pool are, for each variable from the last down to 2, their
  * number m and m + 1 numbers: the first member of each group, and one beyond the last.  Members are groups of variable v - 1,
@@ -2555,8 +2556,9 @@ void SPX_USR_PLYFABRIC(const int32_t* callInfo, const int32_t* nblock, const int
  * are those of the transformed variables.  The caller's arrays are not written: a transform leaves nothing to be put back, and
  * calls may share them.
  *
- * NaN in a variable gives NaN, except where the table is constant or the variable has one row or group only.  Nothing is
- * checked in the table itself; rows that do not ascend give one of the intervals.  Transforms and interpolation run as vector
+ * NaN in a variable gives NaN, as value and in all derivatives, except where the table is constant or the variable has one row
+ * or group only.  Nothing is checked in the table itself: among rows that do not ascend, or with a NaN for an abscissa, a
+ * bisection ends in one of the intervals, the same for a point alone and in any block; outside the interval its line goes on.  Transforms and interpolation run as vector
  * loops, and so does the search in up to 32 rows of one variable; longer tables and those of several variables are searched
  * point by point.
  * ------------------------------------------------------------------------------------------------------------------ */
