@@ -1207,12 +1207,15 @@ void SPX_MAT_MARLOWUNIRESULT(const int32_t* nblock, const double* U1, const doub
  *          small strain: G = sum of mu, K = 2/D1.  R. W. Ogden, Proc. R. Soc. A 326 (1972) 565
  *   HFOAM  sum of 2 mu/alpha^2 (l1^alpha + l2^alpha + l3^alpha - 3 + (J^(-alpha beta) - 1)/beta), l = lambda
  *          small strain: G = sum of mu, K = sum of 2 mu (1/3 + beta).  B. Storakers, J. Mech. Phys. Solids 34 (1986) 125
- * A term with alpha^2/4 below 2.2e-308 vanishes; beta = 0 gives the limit -alpha ln J.
+ * A term with alpha^2/4 below 2.2e-308 vanishes; above that a small alpha nears the limit mu (sum of ln^2 l + beta ln^2 J).
+ * beta = 0 gives the limit -alpha ln J.  The rounding of the bracket leaves an error of about 1e-15 mu/alpha^2 in the energy of
+ * a term with |alpha| of 1/64 and more, which counts at small strains; smaller exponents have a form without it.
  * A point whose product of stretches is below 2.2e-308 sets its flag; a flagged point has J = 1 and keeps its stretches.
  * Stresses in three dimensions: principal stretches and directions by GLO_UTI_EIG33V, the derivatives here, then
  * SPX_MAT_HYPERELAS3D.  PSEXP and UNIEXP find the free stretch themselves, by Newton's method in its logarithm from the one
- * that is given (from the one that keeps the volume when that is not positive), each point to its own convergence, in at most
- * 50 steps.
+ * that is given (from the one that keeps the volume when that is not positive), each point to its own convergence; what has not
+ * converged in 20 steps is bracketed, between 1e-100 and 1e100, and bisected where Newton's method would not halve its steps.
+ * A point without a solution there has NaN for its free stretch, stress and moduli.  Trial stretches set no flag.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Isochoric energy and 1/J, three terms.
