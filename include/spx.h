@@ -54,6 +54,9 @@ void spx_finalize(int32_t* counter);
  *
  * Gradients of the shape functions in the current coordinates, and the volume.  Nothing is reported: an element whose
  * determinant or volume is zero, negative or not a number is masked and leaves finite scalars; the caller decides about it.
+ * So is one whose determinant, volume or gradient no double holds (cubes with edges beyond 1e100 or below 1e-102), with the
+ * results of a masked element: finite coordinates never give an infinity.  SPX_OPE_C3DH8OPER squares areas, and masks cubes
+ * beyond 1e76 or below 1e-76 already.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Fully integrated brick at one integration point: Bdet = det(dx/dxi) * dN/dx.  Divide by multiplying with rdetJ: an
@@ -132,8 +135,8 @@ void SPX_OPE_C3D8IOPER(const int32_t* nblock, const int32_t* ipt, const int32_t*
 /** Area and area vector of one face, which is bilinear and may be warped.  The faces 1..6 are zeta = -1, zeta = 1, eta = -1,
  *  xi = 1, eta = 1, xi = -1.  The area vector, the integral of the outward unit normal, is exact: half the cross product of
  *  the diagonals.  The area is summed over 3 x 3 Gauss points: exact for any plane convex face; on a unit square with one
- *  corner lifted by w the error is 5e-11 of the area at w = 0.1, 2e-7 at w = 0.5, 7e-6 at w = 1. A masked element has zeros.
- *  A face number outside 1..6 does nothing.
+ *  corner lifted by w the error is 5e-11 of the area at w = 0.1, 2e-7 at w = 0.5, 7e-6 at w = 1. A masked element has zeros, and
+ *  so has a face whose area no double holds.  A face number outside 1..6 does nothing.
  *  @param[in]  nblock  (1), block: elements
  *  @param[in]  ld      (1), stride: leading dimension of all arrays
  *  @param[in]  face    (1), code 1|2|3|4|5|6: face
@@ -412,7 +415,8 @@ void SPX_OPE_SC3DDISTORTIONCHECK(const int32_t* nblock, const double* t, const d
  * Source of the form: A. V. Oppenheim, R. W. Schafer, Discrete-Time Signal Processing (1989), 6.3.
  * ------------------------------------------------------------------------------------------------------------------ */
 
-/** One increment: field := the filter's output for the input field.  With K = 0 the field keeps its value and enters slot 1,
+/** One increment: field := the filter's output for the input field.  The history is read from the first increment on: call
+ *  SPX_OPE_INIFILTERFLD with the first field before.  With K = 0 the field keeps its value and enters slot 1,
  *  what was there slot 2.
  *  @param[in]     nblock     (1), block: points
  *  @param[in]     ncomp      (1), count: components of the field
@@ -1097,7 +1101,8 @@ void SPX_MAT_HYPERELASGPE(const int32_t* nblock, const double* dU, const double*
                           const double* V, const double* axes, const double* rJ, double* stress, double* bound,
                           double* bulk);
 
-/** SPX_MAT_HYPERELAS3D in plane stress: one of the directions is axis 3, and its stress is closed by a pressure.
+/** SPX_MAT_HYPERELAS3D in plane stress: one of the directions is axis 3, and its stress is closed by a pressure.  That takes
+ *  the place of p, which enters bulk alone: the stress is that of incompressible material.
  *  @like SPX_MAT_HYPERELAS3D
  *  @param[out] stress  (nblock, 3), Pa: Cauchy stress in the plane, S21
  */
@@ -1105,7 +1110,7 @@ void SPX_MAT_HYPERELASPS(const int32_t* nblock, const double* dU, const double* 
                          const double* V, const double* axes, const double* rJ, double* stress, double* bound,
                          double* bulk);
 
-/** SPX_MAT_HYPERELAS3D in a uniaxial state, the axis first, closed by a pressure.
+/** SPX_MAT_HYPERELAS3D in a uniaxial state, the axis first, closed by a pressure; p enters bulk alone.
  *  @like SPX_MAT_HYPERELAS3D
  *  @param[out] stress  (nblock), Pa: axial Cauchy stress
  */
@@ -1469,7 +1474,9 @@ void SPX_MAT_HFOAMUNIRESULT(const int32_t* nblock, const double* mu1, const doub
                             const double* beta2, const double* beta3, const double* V, double* flag, double* residual,
                             double* slope);
 
-/** Plane stress: stress and moduli, with the stretch of the thickness that it takes.
+/** Plane stress: stress and moduli, with the stretch of the thickness that it takes.  The free stretch given is where the
+ *  search begins and is replaced by what it finds; one that is not positive and finite, NaN too, begins at the stretch that
+ *  keeps the volume.  The stress includes the volumetric energy; NaN in all results of a point says that there is none.
  *  @like SPX_MAT_OGDENPSRESULT
  *  @param[in]     V            (nblock, 3), plane stretch: left stretch in the plane, S21
  *  @param[in,out] freeStretch  (nblock), axial stretch: thickness: where to begin, and what is found
@@ -1482,7 +1489,8 @@ void SPX_MAT_HYPEROGDENPSEXP(const int32_t* nblock, const double* mu1, const dou
                              const double* rD2, const double* rD3, const double* V, double* freeStretch, double* flag,
                              double* stress, double* bound, double* bulk);
 
-/** Uniaxial stress and moduli, with the lateral stretch that it takes.
+/** Uniaxial stress and moduli, with the lateral stretch that it takes, one for both directions; it begins and ends as in plane
+ *  stress.
  *  @like SPX_MAT_HYPEROGDENPSEXP
  *  @param[in]     V            (nblock), axial stretch: stretch along the axis
  *  @param[in,out] freeStretch  (nblock), axial stretch: lateral: where to begin, and what is found
@@ -1493,7 +1501,9 @@ void SPX_MAT_HYPEROGDENUNIEXP(const int32_t* nblock, const double* mu1, const do
                               const double* rD2, const double* rD3, const double* V, double* freeStretch, double* flag,
                               double* stress, double* bound, double* bulk);
 
-/** Plane stress: stress and moduli, with the stretch of the thickness that it takes.
+/** Plane stress: stress and moduli, with the stretch of the thickness that it takes.  The free stretch given is where the
+ *  search begins and is replaced by what it finds; one that is not positive and finite, NaN too, begins at the stretch that
+ *  keeps the volume.  The stress includes the volumetric energy; NaN in all results of a point says that there is none.
  *  @like SPX_MAT_HFOAM
  *  @param[in]     V            (nblock, 3), plane stretch: left stretch in the plane, S21
  *  @param[in,out] freeStretch  (nblock), axial stretch: thickness: where to begin, and what is found
@@ -1506,7 +1516,8 @@ void SPX_MAT_HYPERFOAMPSEXP(const int32_t* nblock, const double* mu1, const doub
                             const double* beta2, const double* beta3, const double* V, double* freeStretch,
                             double* flag, double* stress, double* bound, double* bulk);
 
-/** Uniaxial stress and moduli, with the lateral stretch that it takes.
+/** Uniaxial stress and moduli, with the lateral stretch that it takes, one for both directions; it begins and ends as in plane
+ *  stress.
  *  @like SPX_MAT_HYPERFOAMPSEXP
  *  @param[in]     V            (nblock), axial stretch: stretch along the axis
  *  @param[in,out] freeStretch  (nblock), axial stretch: lateral: where to begin, and what is found
