@@ -84,8 +84,8 @@ SA_KERNEL(SPX_OPE_C3DH8OPER,
       const double extent = __builtin_fabs(brick.patterns(e));
       diag[e] = v[e] * 0.5 / q;
       stiff[e] = 2.0 * q * rv[e];
-      marks[e] = extent < kMost ? markOutside(sum, m[e]) + markOutside(stiff[e], m[e]) + markOutside(v[e], m[e])
-                                : 1.0 - m[e];
+      const double outside = markOutside(sum, m[e]) + markOutside(stiff[e], m[e]) + markOutside(v[e], m[e]);
+      marks[e] = extent < kMost && outside == 0.0 ? 0.0 : 1.0 - m[e];
     });
     if (!anyMarked(n, marks)) return;
     double *hourglass = h + start, *g = gamma + start;
