@@ -164,7 +164,10 @@ SA_KERNEL(SPX_OPE_C3D8FACEAREA,
   // of the face whose coordinates are multiplied by a power of two
   const auto faceOf = [=](int64_t e, double scale) SA_POINT {
     const auto edges = [=](int64_t at) SA_POINT {
-      return faceEdges(scale * X1[at], scale * X2[at], scale * X3[at], scale * X4[at]);
+      // a small face may stand far out, and a large one overflow in its differences
+      const double before = scale < 1.0 ? scale : 1.0, after = scale < 1.0 ? 1.0 : scale;
+      const FaceEdges f = faceEdges(before * X1[at], before * X2[at], before * X3[at], before * X4[at]);
+      return FaceEdges{after * f.a, after * f.b, after * f.h};
     };
     const FaceEdges x = edges(e), y = edges(e + 8 * L), z = edges(e + 16 * L);
     const double x0 = y.a * z.b - z.a * y.b, y0 = z.a * x.b - x.a * z.b, z0 = x.a * y.b - y.a * x.b;
