@@ -188,6 +188,9 @@ private:
     p.J = path_.mode == Mode::Shear ? 1 : V[0] * V[1] * V[2];
     p.nominal = nominal(stretch_, free_, t);
     point_.remember(V, F, p);
+    if (!std::isfinite(p.nominal + p.stored + p.lost) ||
+        !std::all_of(p.cauchy, p.cauchy + std::size(p.cauchy), [](double x) { return std::isfinite(x); }))
+      fail("the stress or the energy is no finite number");
     return p;
   }
 

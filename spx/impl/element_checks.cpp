@@ -128,7 +128,8 @@ SA_INLINE double dot(const Vector& a, const Vector& b) { return a.x * b.x + a.y 
 SA_INLINE Vector nodeOf(const double* x, int64_t ld, int node) {
   return {x[(node - 1) * ld], x[(node + 7) * ld], x[(node + 15) * ld]};
 }
-SA_INLINE double smaller(double a, double b) { return a < b ? a : b; }
+// The smaller one; NaN where either is.
+SA_INLINE double smaller(double a, double b) { return a < b || a != a ? a : b; }
 
 } // namespace
 
@@ -138,7 +139,7 @@ SA_KERNEL(SPX_OPE_SC3DDISTORTIONCHECK,
   const int64_t N = *nblock;
   forPoints(*nblock, [=](int e) SA_POINT {
     const double thinnest = smaller(smaller(t[e], t[e + N]), smaller(t[e + 2 * N], t[e + 3 * N]));
-    const double h = thinnest > 0.0 ? thinnest : 0.0;
+    const double h = thinnest < 0.0 ? 0.0 : thinnest;
     const Vector x1 = nodeOf(X + e, N, 1), x2 = nodeOf(X + e, N, 2), x3 = nodeOf(X + e, N, 3), x4 = nodeOf(X + e, N, 4);
     const Vector x5 = nodeOf(X + e, N, 5), x6 = nodeOf(X + e, N, 6), x7 = nodeOf(X + e, N, 7), x8 = nodeOf(X + e, N, 8);
     // edges round the faces; the corner normal is the product of the edge that comes and the one that goes
@@ -146,7 +147,7 @@ SA_KERNEL(SPX_OPE_SC3DDISTORTIONCHECK,
     const Vector t56 = x6 - x5, t67 = x7 - x6, t78 = x8 - x7, t85 = x5 - x8;
     const double diagonal13 = dot(cross(b41, b12), cross(t85, t56)) + dot(cross(b23, b34), cross(t67, t78));
     const double diagonal24 = dot(cross(b12, b23), cross(t56, t67)) + dot(cross(b34, b41), cross(t78, t85));
-    const double collapsed = a[e] * b[e] * 1e-6 > h * h ? 1.0 : 0.0;
+    const double collapsed = a[e] * b[e] * 1e-6 <= h * h ? 0.0 : 1.0;
     const double turned1 = diagonal13 > 0.0 ? 0.0 : 1.0, turned2 = diagonal24 > 0.0 ? 0.0 : 1.0;
     flags[e] = collapsed + turned1 + turned2 > 0.0 ? 1.0 : flags[e];
   });

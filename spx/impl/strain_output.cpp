@@ -130,6 +130,12 @@ SA_KERNEL(SPX_OPE_C3D8RCSTRAINOUTPUT,
           out[k] = unit + sum / volume[k];
         });
       }
+    // gradients whose squares no double holds
+    for (int k = 0; k < 9; ++k)
+      forPoints(n, [=, g = f + k * L](int i) SA_POINT {
+        const double old = m[i];
+        m[i] = __builtin_fabs(g[i]) < 1e150 ? old : 1.0;
+      });
     strainOutput(n, measure, true, L, stretch0 + start, rotation + start, f, kScratchPoints, C, e);
     maskColumns(n, L, m, 9, f), maskColumns(n, L, m, 6, e);
   });

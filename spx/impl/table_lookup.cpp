@@ -17,8 +17,10 @@ using namespace table;
   static void name##_clones(const General& table, const PerPoint& points, const Place& place) {                        \
     if (table.variables == 1)                                                                                          \
       evaluateOneVariable<Quantity>(table, points, place);                                                             \
-    else                                                                                                               \
+    else if (table.variables <= kMostVariablesOfTree)                                                                  \
       evaluateManyVariables<Quantity>(table, points, place);                                                           \
+    else                                                                                                               \
+      evaluateBeyondTree<Quantity>(table, points, place);                                                              \
   }                                                                                                                    \
   inline void evaluate(Quantity, const General& table, const PerPoint& points, const Place& place) {                   \
     name##_clones(table, points, place);                                                                               \
@@ -66,6 +68,15 @@ void copyConstant(const Pools& pools, const PerPoint& points, const Place& place
   for (int i = 0; i < place.count; ++i) points.temperatureDerivative[place(i)] = 0.0;
 }
 
+// A general table has a variable at least.
+template <class Quantity, class Place>
+void evaluateGeneral(const General& table, const PerPoint& points, const Place& place, std::string_view unsupported) {
+  if (table.variables < 1)
+    endWith(unsupported);
+  else if (place.count > 0)
+    evaluate(Quantity(), table, points, place);
+}
+
 // The caller's arrays are never written: transformed variables live in scratch, so that there is nothing to put back when
 // the analysis ends here.
 template <class Quantity, class Place>
@@ -73,8 +84,7 @@ void lookUp(const Pools& pools, int32_t option, const PerPoint& points, const Pl
             std::string_view unsupported) {
   constexpr bool isValue = !Quantity::kIsIntegral;
   if (option == kLogarithmAndRoot || option == kLogarithm) {
-    if (place.count < 1) return;
-    evaluate(Quantity(), General(pools, option), points, place);
+    evaluateGeneral<Quantity>(General(pools, option), points, place, unsupported);
   } else if (isValue && option == kConstant) {
     copyConstant(pools, points, place);
   } else if (isValue && option == kSeparable) {
@@ -141,7 +151,7 @@ SA_EXPORT void SPX_GET_GETTAB(const int32_t* derivatives, const int32_t* ints, c
     (void)nstates;
     for (int64_t i = 0; points.fieldDerivatives != nullptr && i < columns * points.nblock; ++i)
       fieldDerivatives[i] = 0.0;
-    evaluate(Value(), General(pools), points, WholeBlock{*nblock});
+    evaluateGeneral<Value>(General(pools), points, WholeBlock{*nblock}, kUnsupported);
     return;
   }
   const Source field1 = points.source(1), field2 = points.source(2), heat = points.source(0);

@@ -45,8 +45,8 @@ SA_INLINE void flagFailing(Check check, const Matrices& m, int64_t start, int n,
   for (int node = 0; node < m.nodes; ++node) {
     const int64_t end = first + m.nodeDofs[node];
     for (int64_t i = first; i < end; ++i) {
-      if (check == kSymmetry)
-        for (int64_t j = i + 1; j < m.ndof; ++j) flagDifferent(n, entry(i, j), entry(j, i), flags);
+      if (check == kSymmetry) // from the diagonal on: an entry that is no number differs from itself
+        for (int64_t j = i; j < m.ndof; ++j) flagDifferent(n, entry(i, j), entry(j, i), flags);
       if (check == kBetweenNodes)
         for (int64_t j = end; j < m.ndof; ++j) flagNonzero(n, entry(i, j), entry(j, i), flags);
       if (check == kWithinNode)

@@ -176,6 +176,21 @@ TEST(ContinuumShell, ThinAndTurnedOverElementsAreMarked) {
     thin.t[3] = t;
     EXPECT_EQ(thin.marked(), t < 0.001) << t;
   }
+  for (double Shell::*length : {&Shell::a, &Shell::b}) {
+    Shell unknown;
+    unknown.*length = kNaN;
+    EXPECT_TRUE(unknown.marked());
+  }
+  for (int corner = 0; corner < 4; ++corner) {
+    Shell unknown;
+    unknown.t[corner] = kNaN;
+    EXPECT_TRUE(unknown.marked()) << corner;
+  }
+  for (int c = 0; c < 24; ++c) {
+    Shell unknown;
+    unknown.X[c / 3][c % 3] = kNaN;
+    EXPECT_TRUE(unknown.marked()) << c;
+  }
   // the top face turned over, about every axis of its plane
   for (double angle = 0; angle < 3.14; angle += 0.05)
     EXPECT_TRUE(sound
