@@ -315,9 +315,9 @@ double SPX_OPE_ERRORCHECK(const int32_t* nblock, int32_t* count, const double* f
 
 /** Writes "Excessive distortion of element number ..." as an "Error" for each marked element and records it with
  *  ACD_ERROR_XPL.  Every marked element raises the counter; one that finds it above 8 is neither written nor recorded here,
- *  so at most eight messages come of one counter, which ends as the number of marked elements seen.  While the counter does
- *  not exceed 8, each call begins with two blank lines, with or without a marked element.  In a model of part instances an
- *  element is named by its instance and its number there.
+ *  so at most eight messages come of one counter, which ends as the number of marked elements seen.  Threads may share a
+ *  counter: no element is lost from it.  While the counter does not exceed 8, each call begins with two blank lines, with
+ *  or without a marked element.  In a model of part instances an element is named by its instance and its number there.
  *  @param[in]     nblock    (1), count: elements
  *  @param[in,out] counter   (1), -: marked elements of the analysis so far, 0 at its start
  *  @param[in]     elements  (nblock), -: internal element numbers

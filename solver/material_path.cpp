@@ -247,8 +247,7 @@ const std::vector<std::string>& modeNames() {
 }
 
 PathCase readPathCase(const std::filesystem::path& file) {
-  const toml::table root = parseCase(file, readText(file));
-  const Table table(file.string(), root, "", {"title", "job", "material", "path", "output"});
+  const Table table(file, readText(file), {"title", "job", "material", "path", "output"});
   PathCase result;
   result.file = file;
   result.job = table.text("job", file.stem().string());

@@ -145,11 +145,12 @@ SA_INLINE void integrateGradient(int n, int64_t ld, int nipt, const double* dNdx
   }
   forPoints(n, [&volume](int e) SA_POINT { volume[e] = 0.0; });
   for (int p = 0; p < nipt; ++p) {
+    const int64_t first = int64_t{8} * p;
     double a[8], b[8], c[8];
     for (int node = 0; node < 8; ++node) {
-      a[node] = 0.125 * dNdxi[8 * p + node];
-      b[node] = 0.125 * dNdeta[8 * p + node];
-      c[node] = 0.125 * dNdzeta[8 * p + node];
+      a[node] = 0.125 * dNdxi[first + node];
+      b[node] = 0.125 * dNdeta[first + node];
+      c[node] = 0.125 * dNdzeta[first + node];
     }
     Cofactors C;
     Column det;

@@ -7,10 +7,12 @@
 #include "spx.h"
 #include "spx/impl/element_message.h"
 
+#include <atomic>
 #include <limits>
 
 // The sum runs in order of the elements, so that it has one value whatever the machine.
 SA_EXPORT double SPX_OPE_ERRORCHECK(const int32_t* nblock, int32_t* count, const double* flags) {
+  const sa::OwnArithmetic arithmetic;
   constexpr double kLowest = std::numeric_limits<int32_t>::min(), kHighest = std::numeric_limits<int32_t>::max();
   double sum = 0.0;
   for (int32_t e = 0; e < *nblock; ++e) sum += flags[e];
@@ -65,15 +67,23 @@ void reportElement(const DistortionMessage& message, int32_t element, bool inIns
   ACD_ERROR_XPL(&message.code, &domain, nullptr, nullptr, nullptr, nullptr, &element, 0);
 }
 
+// Raises the counter, which threads may share, and answers it; at its largest value it stays.
+int32_t raised(std::atomic_ref<int32_t> counter) {
+  constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
+  int32_t before = counter.load(std::memory_order_relaxed);
+  while (before < kMost && !counter.compare_exchange_weak(before, before + 1, std::memory_order_relaxed)) continue;
+  return before < kMost ? before + 1 : kMost;
+}
+
 void reportMarked(const DistortionMessage& message, int32_t nblock, int32_t* counter, const int32_t* elements,
                   const double* flags) {
-  if (message.blankLines && *counter <= kMostMessages)
+  const std::atomic_ref shared(*counter);
+  if (message.blankLines && shared.load(std::memory_order_relaxed) <= kMostMessages)
     for (int line = 0; line < 2; ++line) writeMessage("NewLine", " ");
   const bool inInstances = modelHasInstances();
   for (int32_t e = 0; e < nblock; ++e) {
     if (flags[e] == 0.0) continue;
-    if (*counter < std::numeric_limits<int32_t>::max()) ++*counter;
-    if (*counter <= kMostMessages) reportElement(message, elements[e], inInstances);
+    if (raised(shared) <= kMostMessages) reportElement(message, elements[e], inInstances);
   }
 }
 

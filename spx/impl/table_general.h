@@ -67,7 +67,7 @@ SA_INLINE void findLinesInLongTable(int n, const General& t, const Scratch& x, L
   const double* abscissas = t.rows + column;
   const auto abscissa = [=](int64_t row) SA_POINT { return abscissas[(row - 1) * length]; };
   constexpr int kAtATime = 4;
-  int first = 0;
+  int64_t first = 0;
   for (; first + kAtATime <= n; first += kAtATime)
     findLowerRows<kAtATime>(1, t.rowCount, x + first, lines.lower + first, abscissa);
   for (; first < n; ++first) findLowerRows<1>(1, t.rowCount, x + first, lines.lower + first, abscissa);
@@ -212,7 +212,10 @@ struct Tree {
     const int most = kNodeSlots >> (variables + 1);
     points = most < kTreePoints ? most : kTreePoints;
   }
-  SA_INLINE int at(int node) const { return node * points; }
+  SA_INLINE int64_t at(int64_t node) const { return node * points; }
+  SA_INLINE static int lower(int node) {
+    return node + node;
+  } // the first of the two nodes that a node has for its ends
 };
 
 // Where x lies among the groups or rows first .. last of variable v: the two that bracket it, or twice the one that is held.
@@ -245,7 +248,8 @@ SA_INLINE auto abscissasOf(const General& t, const Groups& groups) {
 template <class Quantity, bool isRow>
 SA_INLINE void descend(int n, const General& t, const Groups& groups, int node, const double* x, Tree& tree) {
   const auto abscissa = abscissasOf(t, groups);
-  const int self = tree.at(node), lowerNode = tree.at(2 * node), upperNode = tree.at(2 * node + 1);
+  const int64_t self = tree.at(node), lowerNode = tree.at(Tree::lower(node)),
+                upperNode = tree.at(Tree::lower(node) + 1);
   for (int i = 0; i < n; ++i) {
     const int64_t first = tree.first[self + i], last = tree.last[self + i];
     const auto [lower, upper, distance, width, isHeld] = intervalOf(t, groups.variable, first, last, x[i], abscissa);
@@ -279,7 +283,7 @@ SA_INLINE double shareOfUpper(double distance, double width) {
 // The value of a node from those of its ends.
 template <class Quantity, bool isRow>
 SA_INLINE void interpolate(int n, int node, Tree& tree) {
-  const int self = tree.at(node), lower = tree.at(2 * node), upper = tree.at(2 * node + 1);
+  const int64_t self = tree.at(node), lower = tree.at(Tree::lower(node)), upper = tree.at(Tree::lower(node) + 1);
   forPoints(n, [=, &tree](int i) SA_POINT {
     const double distance = tree.distance[self + i], width = tree.width[self + i];
     const double f2 = tree.value[upper + i];
@@ -295,7 +299,7 @@ SA_INLINE void interpolate(int n, int node, Tree& tree) {
 
 // Adds the node's share in the derivative by its variable, and hands its weight on.
 SA_INLINE void addSlope(int n, int node, bool isRow, Tree& tree, double* sum) {
-  const int self = tree.at(node), lower = tree.at(2 * node), upper = tree.at(2 * node + 1);
+  const int64_t self = tree.at(node), lower = tree.at(Tree::lower(node)), upper = tree.at(Tree::lower(node) + 1);
   forPoints(n, [=, &tree](int i) SA_POINT { sum[i] += tree.weight[self + i] * tree.slope[self + i]; });
   if (isRow) return;
   forPoints(n, [=, &tree](int i) SA_POINT {
@@ -385,8 +389,8 @@ SA_INLINE void evaluateManyVariables(const General& t, const PerPoint& points, c
   const int variables = t.variables;
   const double scale = Quantity::kIsIntegral && t.rootVariable == 1 ? 2.0 : 1.0;
   Tree tree(variables);
-  for (int start = 0; start < place.count; start += tree.points) {
-    const int rest = place.count - start, n = rest < tree.points ? rest : tree.points;
+  for (int64_t from = 0; from < place.count; from += tree.points) {
+    const int start = static_cast<int>(from), rest = place.count - start, n = rest < tree.points ? rest : tree.points;
     double raw[kTreePoints], x[kTreePoints];
     // down: intervals
     Groups groups = {variables, t.groups};
@@ -397,7 +401,7 @@ SA_INLINE void evaluateManyVariables(const General& t, const PerPoint& points, c
       const Logarithm logarithm = t.logarithm;
       if (v == t.logVariable) forPoints(n, [=, &x](int i) SA_POINT { x[i] = logarithm(x[i]); });
       if (v == t.rootVariable) forPoints(n, [=, &x](int i) SA_POINT { x[i] = vm::sqrt(x[i]); });
-      for (const int end = 2 * node; node < end; ++node)
+      for (const int end = Tree::lower(node); node < end; ++node)
         if (v == 1)
           descend<Quantity, true>(n, t, groups, node, x, tree);
         else
@@ -406,7 +410,7 @@ SA_INLINE void evaluateManyVariables(const General& t, const PerPoint& points, c
     }
     // up: values
     const int rows = 1 << (variables - 1); // the first node of variable 1
-    for (int node = 2 * rows - 1; node >= rows; --node) interpolate<Quantity, true>(n, node, tree);
+    for (int node = rows + rows - 1; node >= rows; --node) interpolate<Quantity, true>(n, node, tree);
     for (int node = rows - 1; node >= 1; --node) interpolate<Quantity, false>(n, node, tree);
     for (int i = 0; i < n; ++i) points.value[place(start + i)] = scale * tree.value[tree.at(1) + i];
     if (points.fieldDerivatives == nullptr && points.temperatureDerivative == nullptr) continue;
@@ -419,7 +423,7 @@ SA_INLINE void evaluateManyVariables(const General& t, const PerPoint& points, c
     for (int v = variables, node = 1; v >= 1; --v) {
       const Source source = points.source(t.sources[v - 1]);
       double sum[kTreePoints] = {};
-      for (const int end = 2 * node; node < end; ++node) addSlope(n, node, node >= rows, tree, sum);
+      for (const int end = Tree::lower(node); node < end; ++node) addSlope(n, node, node >= rows, tree, sum);
       if (source.derivative == nullptr) continue;
       if (v == t.logVariable) {
         const Logarithm logarithm = t.logarithm;

@@ -111,11 +111,13 @@ void lookUp(const Pools& pools, int32_t option, const PerPoint& points, const Pl
 
 #define SA_TABLE(name, Quantity, unsupported)                                                                          \
   SA_EXPORT void name(const int32_t* derivatives, SA_TABLE_PARAMETERS, SA_DERIVATIVE_PARAMETERS) {                     \
+    const OwnArithmetic arithmetic;                                                                                    \
     lookUp<Quantity>({ints, reals, header}, *option, SA_POINTS, WholeBlock{*nblock}, unsupported);                     \
   }
 #define SA_TABLE_LISTED(name, Quantity, unsupported)                                                                   \
   SA_EXPORT void name(const int32_t* derivatives, SA_TABLE_PARAMETERS, SA_DERIVATIVE_PARAMETERS, const int32_t* count, \
                       const int32_t* list) {                                                                           \
+    const OwnArithmetic arithmetic;                                                                                    \
     const Listed place = {*nblock < 1 ? 0 : *count, list};                                                             \
     lookUp<Quantity>({ints, reals, header}, *option, SA_POINTS, place, unsupported);                                   \
   }
@@ -139,6 +141,7 @@ SA_EXPORT void SPX_GET_GETTAB(const int32_t* derivatives, const int32_t* ints, c
                               const int32_t* dependencies, const int32_t* extra, const int32_t* nfields,
                               const int32_t* nstates, const double* fields, const double* states,
                               const double* temperature, double* value, SA_DERIVATIVE_PARAMETERS) {
+  const OwnArithmetic arithmetic;
   const Pools pools = {ints, reals, header};
   const PerPoint points = SA_POINTS;
   if (*nblock < 1) return;
@@ -171,6 +174,7 @@ SA_EXPORT void SPX_GET_GETTAB(const int32_t* derivatives, const int32_t* ints, c
 SA_EXPORT void SPX_GET_SEGFIND(const int32_t* lo, const int32_t* hi, const double* extrapBelow,
                                const double* extrapAbove, const int32_t* rowlen, SA_UNREAD spare, const double* table,
                                const int32_t* pos, const double* x, int32_t* i1, int32_t* i2) {
+  const OwnArithmetic arithmetic;
   const int64_t length = *rowlen, first = int64_t{*pos} - 1;
   const Segment found = findSegment(*lo, *hi, *extrapBelow > 0.0, *extrapAbove > 0.0, *x,
                                     [=](int64_t row) SA_POINT { return table[(row - 1) * length + first]; });

@@ -138,7 +138,7 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
   const double *strainInc = b.strainInc, *defgrad = b.defgrad, *stressOld = b.stressOld, *stateOld = b.stateOld,
                *internalOld = b.internalOld, *inelasticOld = b.inelasticOld, *density = b.density;
   double *stress = b.stress, *state = b.state, *internal = b.internal, *inelastic = b.inelastic;
-  const double perTime = b.dt > 0.0 ? 1.0 / b.dt : 0.0;
+  const double perTime = b.dt <= 0.0 ? 0.0 : 1.0 / b.dt;
 
   // Three passes of straight code, so that several vectors overlap: pressure and trial stress, powers and logarithm, return.
   forPieces(b.points, [=](int start, int length) SA_POINT {
@@ -170,7 +170,7 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
       failureStrain[k] = s.failureStrain;
     });
 
-    forPoints(length, [=, &mu, &pressure, &history, &compaction, &trial, &intact, &fractured,
+    forPoints(length, [=, &mu, &pressure, &history, &compaction, &trial, &rate, &intact, &fractured,
                        &failureStrain](int k) SA_POINT {
       const int i = start + k;
       const double strainOld = stateOld[i], damageOld = stateOld[i + N], historyOld = stateOld[i + kHistory * N];
@@ -186,7 +186,7 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
         crushed = vm::max(0.0, left - crushedOld);
         D = vm::min(1.0, D + crushed / failureStrain[k]);
       }
-      const Returned r = returnTo(m, Strength{intact[k], fractured[k], failureStrain[k]}, trial[k], D);
+      Returned r = returnTo(m, Strength{intact[k], fractured[k], failureStrain[k]}, trial[k], D);
 
       double p = pressure[k], h = history[k];
       if constexpr (Model::kBulks) {
@@ -197,6 +197,14 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
         h += growth;
       }
       p = vm::max(-tensionLimit(m, r.damage), p);
+
+      // strengths and limits are chosen by comparisons, which a NaN passes: it spoils stress and state of its point here
+      const double read = strainOld + damageOld + historyOld + crushedOld + mu[k] + trial[k] + rate[k];
+      const auto spoil = [read](double x) SA_POINT { return vm::select(read == read, x, vm::kNaN); };
+      p = spoil(p);
+      h = spoil(h);
+      r.plasticStrain = spoil(r.plasticStrain);
+      r.damage = spoil(r.damage);
 
       // a point that is deleted keeps what it had; one that is deleted now loses its stress
       const bool wasAlive = !(strainOld >= m.deletionStrain);

@@ -106,6 +106,7 @@ void run(Check check, const ElementMessage& message, const Matrices& m, const in
 
 SA_EXPORT void SPX_OPE_USERELEMPROCESSMASS(const int32_t* nblock, const int32_t* ndof, const int32_t* nnode,
                                            const int32_t* nodeDofs, const int32_t* elements, const double* mass) {
+  const OwnArithmetic arithmetic;
   const Matrices m = {*nblock, *ndof, *nnode, nodeDofs, mass};
   run(kSymmetry, kUnsymmetric, m, elements);
   run(kBetweenNodes, kOffDiagonal, m, elements);
@@ -116,6 +117,7 @@ SA_EXPORT void SPX_OPE_USERELEMPROCESSMASS(const int32_t* nblock, const int32_t*
 SA_EXPORT void SPX_OPE_USERELEMPROCESSROTINERT(const int32_t* nblock, const int32_t* ndof, const int32_t* nnode,
                                                const int32_t* nodeDofs, const int32_t* elements,
                                                const double* inertia) {
+  const OwnArithmetic arithmetic;
   const Matrices m = {*nblock, *ndof, *nnode, nodeDofs, inertia};
   run(kSymmetry, kUnsymmetric, m, elements);
   run(kBetweenNodes, kInvalidOffDiagonal, m, elements);

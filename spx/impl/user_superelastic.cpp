@@ -100,8 +100,9 @@ SA_INLINE Fraction transform(const Norm& F, double xi, const Limits& l) {
   const double atEnd = F(end) - finish, left = vm::min(width, vm::select(isToM, -atEnd, atEnd));
   const double x = vm::select(left > 0.0, vm::max(0.0, vm::min(1.0, root.xi)), end);
   const double slope = vm::select(left > 0.0, weight / root.perNorm, 0.0);
-  const double moves = vm::max(toM, toA);
-  return {vm::select(moves > 0.0, x, xi), vm::select(moves > 0.0, slope, 0.0)};
+  const double moves = vm::max(toM, toA), spoiled = toM + toA; // a NaN moves nowhere, but is no state to stay in
+  const double stays = vm::select(spoiled == spoiled, xi, vm::kNaN);
+  return {vm::select(moves > 0.0, x, stays), vm::select(moves > 0.0, slope, 0.0)};
 }
 
 // The place 0..1 on a straight path of strain where |e0 + t de| + q t is smallest, q = 3 alpha K dTheta/(2 G): before it F
@@ -207,7 +208,11 @@ SA_INLINE void advance(const Block& b, const Superelastic& model, const Arrays& 
         const double lower = vm::select(value < 0.0, x, low[k]), upper = vm::select(value > 0.0, x, high[k]);
         low[k] = lower;
         high[k] = upper;
-        share.across[k] = vm::select((next >= lower) & (next <= upper), next, 0.5 * (lower + upper));
+        // where a step leads astray: to the middle, or outward in growing steps while there is none
+        const double middle = 0.5 * (lower + upper), outward = x - vm::copysign(vm::max(0.01, 2.0 * vm::abs(x)), value);
+        const bool isInside = (next >= lower) & (next <= upper) & (vm::abs(next) < vm::kInfinity);
+        const double other = vm::select(vm::abs(middle) < vm::kInfinity, middle, outward);
+        share.across[k] = vm::select(isInside, next, other);
       });
   }
 

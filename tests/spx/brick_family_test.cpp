@@ -501,7 +501,7 @@ TEST(StrainOutput, InitialStretchIsTakenOff) {
 }
 
 TEST(StrainOutput, LimitsMasksAndSingularGradients) {
-  const int32_t n = 4;
+  const int32_t n = 6;
   Values F(9 * n), rotation(3 * n), mask(n);
   const auto set = [&](int e, double f11, double f22, double f33) {
     F[e] = f11, F[e + 4 * n] = f22, F[e + 8 * n] = f33;
@@ -510,11 +510,15 @@ TEST(StrainOutput, LimitsMasksAndSingularGradients) {
   set(1, 0, 2, 1);
   set(2, 2, 2, 2);
   set(3, kNan, 1, 1);
+  set(4, 1, 1, 1), F[4 + n] = -1e200;
+  set(5, 1, 1, 1), F[5 + 2 * n] = 1e200;
   mask[3] = 1;
   const StrainOutput nominal(n, 2, F, nullptr, rotation, mask), logarithmic(n, 3, F, nullptr, rotation, mask);
   EXPECT_NEAR(nominal.strain[0] / 1.3407807929942596e149, 1, 1e-15);
   EXPECT_NEAR(nominal.strain[n] / 1.3407807929942596e149, 3, 4e-15);
   EXPECT_NEAR(nominal.G[8 * n], 1.3407807929942596e-51, 1e-65);
+  EXPECT_NEAR(nominal.G[4 + n] / -1.3407807929942596e149, 1, 1e-15);
+  EXPECT_NEAR(nominal.G[5 + 2 * n] / 1.3407807929942596e149, 1, 1e-15);
   EXPECT_EQ(nominal.strain[1], -1);
   EXPECT_NEAR(logarithmic.strain[1], 0.5 * std::log(std::numeric_limits<double>::min()), 1e-12);
   EXPECT_NEAR(logarithmic.strain[2], std::log(2.0), 1e-15);
