@@ -23,9 +23,18 @@ SA_INLINE FaceEdges faceEdges(double u1, double u2, double u3, double u4) {
   return {p1 + p2, q1 + q2, p2 - p1};
 }
 
+struct FaceTerms {
+  double x0, y0, z0, x1, y1, z1, x2, y2, z2;
+};
 struct FaceArea {
   double area, x, y, z;
 };
+
+// The power of two that brings a positive number near 1; the largest or smallest that is normal where there is none.
+SA_INLINE double reciprocalPower(double x) {
+  const uint64_t exponent = __builtin_bit_cast(uint64_t, x) >> 52;
+  return __builtin_bit_cast(double, (exponent < 2 ? 2045 : exponent > 2044 ? 1 : 2046 - exponent) << 52);
+}
 
 // ---- gradients and divergences
 
@@ -161,8 +170,8 @@ SA_KERNEL(SPX_OPE_C3D8FACEAREA,
   const auto& nodes = kFaceNodes[number - 1];
   const double *X1 = X + (nodes[0] - 1) * L, *X2 = X + (nodes[1] - 1) * L, *X3 = X + (nodes[2] - 1) * L,
                *X4 = X + (nodes[3] - 1) * L;
-  // of the face whose coordinates are multiplied by a power of two
-  const auto faceOf = [=](int64_t e, double scale) SA_POINT {
+  // The normal's three terms of a face whose coordinates are multiplied by a power of two.
+  const auto termsOf = [=](int64_t e, double scale) SA_POINT {
     const auto edges = [=](int64_t at) SA_POINT {
       // a small face may stand far out, and a large one overflow in its differences
       const double before = scale < 1.0 ? scale : 1.0, after = scale < 1.0 ? 1.0 : scale;
@@ -170,11 +179,15 @@ SA_KERNEL(SPX_OPE_C3D8FACEAREA,
       return FaceEdges{after * f.a, after * f.b, after * f.h};
     };
     const FaceEdges x = edges(e), y = edges(e + 8 * L), z = edges(e + 16 * L);
-    const double x0 = y.a * z.b - z.a * y.b, y0 = z.a * x.b - x.a * z.b, z0 = x.a * y.b - y.a * x.b;
-    const double x1 = y.a * z.h - z.a * y.h, y1 = z.a * x.h - x.a * z.h, z1 = x.a * y.h - y.a * x.h;
-    const double x2 = y.h * z.b - z.h * y.b, y2 = z.h * x.b - x.h * z.b, z2 = x.h * y.b - y.h * x.b;
+    return FaceTerms{y.a * z.b - z.a * y.b, z.a * x.b - x.a * z.b, x.a * y.b - y.a * x.b,
+                     y.a * z.h - z.a * y.h, z.a * x.h - x.a * z.h, x.a * y.h - y.a * x.h,
+                     y.h * z.b - z.h * y.b, z.h * x.b - x.h * z.b, x.h * y.b - y.h * x.b};
+  };
+  // The area by 3 x 3 points, and the area vector.
+  const auto faceOf = [=](const FaceTerms& t) SA_POINT {
     const auto length = [=](double xi, double eta) SA_POINT {
-      const double nx = x0 + xi * x1 + eta * x2, ny = y0 + xi * y1 + eta * y2, nz = z0 + xi * z1 + eta * z2;
+      const double nx = t.x0 + xi * t.x1 + eta * t.x2, ny = t.y0 + xi * t.y1 + eta * t.y2,
+                   nz = t.z0 + xi * t.z1 + eta * t.z2;
       return __builtin_sqrt(nx * nx + ny * ny + nz * nz);
     };
     const double middle = length(0.0, 0.0);
@@ -182,13 +195,14 @@ SA_KERNEL(SPX_OPE_C3D8FACEAREA,
     const double corner =
         (length(-kPoint, -kPoint) + length(kPoint, kPoint)) + (length(-kPoint, kPoint) + length(kPoint, -kPoint));
     // weights 64, 40 and 25 over 81, and the 16
-    return FaceArea{(64.0 * middle + 40.0 * edge + 25.0 * corner) * (0.0625 / 81.0), 0.25 * x0, 0.25 * y0, 0.25 * z0};
+    return FaceArea{(64.0 * middle + 40.0 * edge + 25.0 * corner) * (0.0625 / 81.0), 0.25 * t.x0, 0.25 * t.y0,
+                    0.25 * t.z0};
   };
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     Column marks;
     forPoints(n, [=, &marks](int i) SA_POINT {
       const int e = start + i;
-      const FaceArea f = faceOf(e, 1.0);
+      const FaceArea f = faceOf(termsOf(e, 1.0));
       const bool off = mask[e] != 0.0;
       area[e] = off ? 0.0 : f.area;
       normal[e] = off ? 0.0 : f.x;
@@ -202,18 +216,22 @@ SA_KERNEL(SPX_OPE_C3D8FACEAREA,
     for (int i = 0; i < n; ++i) {
       if (marks[i] == 0.0) continue;
       const int e = start + i;
-      // an extent by whose power of two the face is brought near 1
+      // Two powers of two: one brings the extent near 1, one the terms of a face that is far longer than wide.
       double extent = 0.0;
       for (int c = 0; c < 3; ++c)
         for (const double* node : others) {
           const double d = __builtin_fabs(0.25 * node[e + 8 * c * L] - 0.25 * X1[e + 8 * c * L]);
           extent = d > extent ? d : extent;
         }
-      const uint64_t exponent = __builtin_bit_cast(uint64_t, extent) >> 52; // below 2046: of a quarter
-      const uint64_t bits = exponent > 1 ? (2046 - exponent) << 52 : uint64_t{2045} << 52;
-      const double scale = __builtin_bit_cast(double, bits), back = 1.0 / scale;
-      const FaceArea f = faceOf(e, scale);
-      const auto unscaled = [=](double value) SA_POINT { return value * back * back; };
+      const double scale = reciprocalPower(extent);
+      FaceTerms t = termsOf(e, scale);
+      double* const terms[] = {&t.x0, &t.y0, &t.z0, &t.x1, &t.y1, &t.z1, &t.x2, &t.y2, &t.z2};
+      double largest = 0.0;
+      for (const double* term : terms) largest = __builtin_fabs(*term) > largest ? __builtin_fabs(*term) : largest;
+      const double raise = reciprocalPower(largest), back = 1.0 / scale, lower = 1.0 / raise;
+      for (double* term : terms) *term *= raise;
+      const FaceArea f = faceOf(t);
+      const auto unscaled = [=](double value) SA_POINT { return value * back * lower * back; };
       const bool beyond = unscaled(f.area) > 1.7976931348623157e308;
       area[e] = beyond ? 0.0 : unscaled(f.area);
       normal[e] = beyond ? 0.0 : unscaled(f.x);

@@ -287,6 +287,10 @@ TEST(EveryOperator, LengthsThatNoDoubleHoldsInProducts) {
     finite(f.area, "area"), finite(f.normal, "normal");
     const double areas[] = {1e220, 1e-208, 1e200, 1e-200, 1};
     for (int e = 0; e < 5; ++e) EXPECT_NEAR(f.area[n - 5 + e] / areas[e], 1, 1e-14) << face;
+    for (int e = 2; e < 400; e += 4) { // boxes, many far longer than wide
+      const double vector = std::hypot(f.normal[e], f.normal[e + n], f.normal[e + 2 * n]);
+      EXPECT_TRUE(f.area[e] == vector || std::abs(f.area[e] / vector - 1) < 1e-14) << face << " " << e;
+    }
   }
 }
 
