@@ -80,9 +80,9 @@ TEST_F(UserElements, EachFailingElementIsNamedOncePerCheck) {
                     different = " has different values for the diagonal entries belonging to the same node.";
   EXPECT_EQ(block.messages(SPX_OPE_USERELEMPROCESSMASS),
             (Texts{kMatrix + "2004 is unsymmetric.", kMatrix + "2006 is unsymmetric.", kMatrix + "2007 is unsymmetric.",
-                   kMatrix + "2141 has non-zero off-diagonal entries.", kMatrix + "2142 has non-zero off-diagonal entries.",
-                   kMatrix + "2004" + within, kMatrix + "2200" + within, kMatrix + "2006" + different,
-                   kMatrix + "2018" + different}));
+                   kMatrix + "2141 has non-zero off-diagonal entries.",
+                   kMatrix + "2142 has non-zero off-diagonal entries.", kMatrix + "2004" + within,
+                   kMatrix + "2200" + within, kMatrix + "2006" + different, kMatrix + "2018" + different}));
   EXPECT_EQ(block.messages(SPX_OPE_USERELEMPROCESSROTINERT),
             (Texts{kMatrix + "2004 is unsymmetric.", kMatrix + "2006 is unsymmetric.", kMatrix + "2007 is unsymmetric.",
                    kMatrix + "2141 has invalid non-zero off-diagonal entries.",
