@@ -211,7 +211,6 @@ constexpr Exception kExceptions[] = {
     {"SPX_OPE_*OPERFILTERTIME*", "*", "times", "when the NaN has entered is a time like others"},
     {"SPX_MAT_*MULLINS*", "*", "UmNew", "the largest energy of the past stays; eta and stress have the NaN"},
     {"SPX_MAT_*EXP", "freeStretch", "*", "only where an iteration begins: from 1 when that is no number"},
-    {"SPX_MAT_HYPER*CORRECTION", "slope", "stretch", "a slope that is not positive takes the step of a quarter"},
     {"SPX_MAT_JCFAILURESTRAIN", "transition", "failureStrain",
      "above melting the transition temperature does not count"},
     {"SPX_USR_*", "s*Time", "*", "only whether both times are 0 is read: the first call of an analysis"},
