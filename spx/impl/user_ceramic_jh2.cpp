@@ -39,6 +39,9 @@ struct Jh2 : CeramicConstants {
     perPressure = 1.0 / elasticPressure;
     elasticStrength = 1.5 * (limit - elasticPressure);
   }
+  SA_INLINE bool isSudden(const Strength& s) const {
+    return 3.0 * G * vm::max(1e-30, s.failureStrain) <= s.intact - s.fractured;
+  }
   SA_INLINE Strength strength(double p, double rateFactor) const {
     const double ratio = p * perPressure, shifted = (p + T) * perPressure, scale = elasticStrength * rateFactor;
     const double fractured = vm::min(largestFractured * elasticStrength, scale * B * power(ratio, M));
