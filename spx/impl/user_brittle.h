@@ -156,6 +156,7 @@ struct BeforeReturn {
 struct AtPressure {
   Returned returned;
   double growth, pressure;
+  double sudden; // 1.0 where the strength falls at once
 };
 
 template <class Model>
@@ -168,10 +169,12 @@ SA_INLINE AtPressure finish(const Model& m, const BeforeReturn& point, const Str
     const double lost = vm::select(r.damage > point.damage, (before * before - r.q * r.q) * (0.5 * m.perG3), 0.0);
     growth = bulking(point.bulkingArm, m.beta * m.K1, lost);
   }
-  return {r, growth, vm::max(-tensionLimit(m, r.damage), point.pressure + growth)};
+  double sudden = 0.0;
+  if constexpr (Model::kBulks) sudden = vm::select((r.damage >= 1.0) & (point.damage < 1.0) & m.isSudden(s), 1.0, 0.0);
+  return {r, growth, vm::max(-tensionLimit(m, r.damage), point.pressure + growth), sudden};
 }
 
-// A failure that is sudden at the pressure before bulking stays one.
+// A failure that was sudden stays one.
 template <class Model>
 SA_INLINE AtPressure atPressure(const Model& m, const BeforeReturn& point, double p) {
   Strength s = m.strength(p, point.rateFactor);
@@ -191,7 +194,8 @@ struct BrittleScratch {
       trial[kScratchPoints], rate[kScratchPoints]; // the rate, then its factor
   double intact[kScratchPoints], fractured[kScratchPoints], failureStrain[kScratchPoints];
   double damageBefore[kScratchPoints], q[kScratchPoints], plasticStrain[kScratchPoints], damage[kScratchPoints],
-      growth[kScratchPoints], fallsFrom[kScratchPoints], limited[kScratchPoints], rise[kScratchPoints];
+      growth[kScratchPoints], fallsFrom[kScratchPoints], before[kScratchPoints], limited[kScratchPoints],
+      rise[kScratchPoints];
 };
 
 // Pressure, trial stress and rate.
@@ -241,32 +245,36 @@ SA_INLINE void returnToSurfaces(const Block& b, const Model& model, int start, i
   const double* stateOld = b.stateOld;
   forPoints(length, [=, &w](int k) SA_POINT {
     const int i = start + k;
-    const Strength s{w.intact[k], w.fractured[k], w.failureStrain[k]};
+    const double intact = w.intact[k], fractured = w.fractured[k], failureStrain = w.failureStrain[k];
+    const double trial = w.trial[k], factor = w.rate[k], pressure = w.pressure[k], limited = w.limited[k];
+    const double arm = m.K1 * w.mu[k] + w.history[k];
+    const Strength s{intact, fractured, failureStrain};
     // compaction damages by itself, then the plastic strain does
     double D = stateOld[i + kDamage * N];
     if constexpr (Model::kCompacts)
       D = vm::min(1.0, D + vm::max(0.0, w.compaction[k] - stateOld[i + kCompaction * N]) / s.failureStrain);
-    const Returned r = returnTo(m, s, w.trial[k], D);
+    const Returned r = returnTo(m, s, trial, D);
     double falls = 0.0;
     if constexpr (Model::kBulks)
       falls = vm::select((r.damage >= 1.0) & (D < 1.0) & m.isSudden(s), strengthAt(m, s, D), 0.0);
-    const double arm = m.K1 * w.mu[k] + w.history[k];
-    const AtPressure end = finish(
-        m, BeforeReturn{w.trial[k], D, w.rate[k], w.pressure[k], w.limited[k], arm, s.failureStrain, falls}, s, r);
+    const AtPressure end =
+        finish(m, BeforeReturn{trial, D, factor, pressure, limited, arm, failureStrain, falls}, s, r);
     w.damageBefore[k] = D;
     w.q[k] = r.q;
     w.plasticStrain[k] = r.plasticStrain;
     w.damage[k] = r.damage;
     w.growth[k] = end.growth;
     w.fallsFrom[k] = falls;
-    w.rise[k] = end.pressure - w.limited[k];
+    w.before[k] = strengthAt(m, s, D);
+    w.rise[k] = end.pressure - limited;
   });
 }
 
 // Strength and pressure of the end belong together: the rise x of the pressure solves rise(limited + x) = x, which lies between
 // 0 and what the whole elastic energy would give.  False position with halved weights (Illinois), with a bisection every fourth
-// step.  The points with a rise stand side by side, so that the others cost nothing; each stops by itself.
-constexpr int kRiseSteps = 40;
+// step.  Where strength falls at once at a pressure on the way, the point falls from what it had at the start of the way.  The
+// points with a rise stand side by side, so that the others cost nothing; each stops by itself.
+constexpr int kRiseSteps = 30;
 template <class Model>
 SA_INLINE void balancePressure(const Model& model, int length, BrittleScratch& w) {
   const Model m = model;
@@ -276,55 +284,75 @@ SA_INLINE void balancePressure(const Model& model, int length, BrittleScratch& w
     count += w.rise[k] > 0.0 ? 1 : 0;
   }
   if (count == 0) return;
-  BeforeReturn points[kScratchPoints];
+  double trial[kScratchPoints], damage[kScratchPoints], factor[kScratchPoints], pressure[kScratchPoints],
+      limited[kScratchPoints], arm[kScratchPoints], failureStrain[kScratchPoints], falls[kScratchPoints],
+      before[kScratchPoints];
   double x[kScratchPoints], low[kScratchPoints], high[kScratchPoints], atLow[kScratchPoints], atHigh[kScratchPoints],
-      side[kScratchPoints], runs[kScratchPoints];
+      side[kScratchPoints], runs[kScratchPoints], bounds[kScratchPoints];
   for (int j = 0; j < count; ++j) {
     const int k = place[j];
-    const double arm = m.K1 * w.mu[k] + w.history[k];
-    points[j] = {w.trial[k], w.damageBefore[k],  w.rate[k],     w.pressure[k], w.limited[k],
-                 arm,        w.failureStrain[k], w.fallsFrom[k]};
-    double bound = vm::max(0.0, -w.limited[k]);
-    if constexpr (Model::kBulks) bound += bulking(arm, m.beta * m.K1, w.trial[k] * w.trial[k] * (0.5 * m.perG3));
-    x[j] = vm::min(w.rise[k], bound), low[j] = 0.0, atLow[j] = w.rise[k], high[j] = bound, atHigh[j] = -bound;
-    side[j] = 0.0, runs[j] = 1.0;
+    trial[j] = w.trial[k], damage[j] = w.damageBefore[k], factor[j] = w.rate[k], pressure[j] = w.pressure[k];
+    limited[j] = w.limited[k], failureStrain[j] = w.failureStrain[k], falls[j] = w.fallsFrom[k],
+    before[j] = w.before[k];
+    arm[j] = m.K1 * w.mu[k] + w.history[k];
+    x[j] = atLow[j] = w.rise[k];
   }
+  const auto point = [&](int j) SA_POINT {
+    return BeforeReturn{trial[j], damage[j], factor[j], pressure[j], limited[j], arm[j], failureStrain[j], falls[j]};
+  };
+  forPoints(count, [=, &limited, &arm, &trial, &x, &low, &high, &atHigh, &side, &runs, &bounds](int j) SA_POINT {
+    double bound = vm::max(0.0, -limited[j]);
+    if constexpr (Model::kBulks) bound += bulking(arm[j], m.beta * m.K1, trial[j] * trial[j] * (0.5 * m.perG3));
+    x[j] = vm::min(x[j], bound);
+    low[j] = 0.0;
+    high[j] = bound;
+    bounds[j] = bound;
+    atHigh[j] = -bound;
+    side[j] = 0.0;
+    runs[j] = 1.0;
+  });
   double running = 1.0;
   for (int step = 0; step < kRiseSteps && running > 0.0; ++step) {
     const bool bisects = step % 4 == 3;
-    forPoints(count, [=, &points, &x, &low, &high, &atLow, &atHigh, &side, &runs](int j) SA_POINT {
+    forPoints(count, [=, &point, &x, &low, &high, &atLow, &atHigh, &side, &runs, &falls, &before,
+                      &bounds](int j) SA_POINT {
+      const BeforeReturn at = point(j);
       const double rise = x[j], lower = low[j], upper = high[j], below = atLow[j], above = atHigh[j], last = side[j];
-      const double left = atPressure(m, points[j], points[j].limited + rise).pressure - points[j].limited - rise;
+      const AtPressure end = atPressure(m, at, at.limited + rise);
+      const double left = end.pressure - at.limited - rise;
       const bool isLow = left > 0.0;
       const double a = vm::select(isLow, rise, lower), b = vm::select(isLow, upper, rise);
       const double fa = vm::select(isLow, left, below * vm::select(last < 0.0, 0.5, 1.0)),
                    fb = vm::select(isLow, above * vm::select(last > 0.0, 0.5, 1.0), left);
       const double middle = 0.5 * (a + b), secant = (a * fb - b * fa) / vm::select(fb < fa, fb - fa, -1e-300);
       const double next = vm::select(!bisects & (secant >= a) & (secant <= b), secant, middle);
-      const double scale = 1e-15 * (m.T + vm::abs(points[j].limited) + rise);
+      const double scale = 1e-14 * (m.T + vm::abs(at.limited) + rise);
       const bool goes = (vm::abs(left) > scale) & (b - a > scale) & (runs[j] > 0.0);
-      x[j] = vm::select(goes, next, rise);
-      low[j] = vm::select(goes, a, lower);
-      high[j] = vm::select(goes, b, upper);
-      atLow[j] = vm::select(goes, fa, below);
-      atHigh[j] = vm::select(goes, fb, above);
+      // what was found before a sudden fall does not hold behind it
+      const bool turns = (end.sudden > 0.0) & !(at.fallsFrom > 0.0) & (runs[j] > 0.0);
+      falls[j] = vm::select(turns, before[j], at.fallsFrom);
+      x[j] = vm::select(goes & !turns, next, rise);
+      low[j] = vm::select(turns, 0.0, vm::select(goes, a, lower));
+      high[j] = vm::select(turns, bounds[j], vm::select(goes, b, upper));
+      atLow[j] = vm::select(turns, bounds[j], vm::select(goes, fa, below));
+      atHigh[j] = vm::select(turns, -bounds[j], vm::select(goes, fb, above));
       side[j] = vm::select(isLow, 1.0, -1.0);
-      runs[j] = vm::select(goes, 1.0, 0.0);
+      runs[j] = vm::select(goes | turns, 1.0, 0.0);
     });
     running = 0.0;
     for (int j = 0; j < count; ++j) running += runs[j];
   }
-  double q[kScratchPoints], strain[kScratchPoints], damage[kScratchPoints], growth[kScratchPoints];
-  forPoints(count, [=, &points, &x, &q, &strain, &damage, &growth](int j) SA_POINT {
-    const AtPressure end = atPressure(m, points[j], points[j].limited + x[j]);
-    q[j] = end.returned.q;
-    strain[j] = end.returned.plasticStrain;
-    damage[j] = end.returned.damage;
-    growth[j] = end.growth;
+  forPoints(count, [=, &point, &x, &low, &high, &atLow, &atHigh](int j) SA_POINT {
+    const BeforeReturn at = point(j);
+    const AtPressure end = atPressure(m, at, at.limited + x[j]);
+    low[j] = end.returned.q;
+    high[j] = end.returned.plasticStrain;
+    atLow[j] = end.returned.damage;
+    atHigh[j] = end.growth;
   });
   for (int j = 0; j < count; ++j) {
     const int k = place[j];
-    w.q[k] = q[j], w.plasticStrain[k] = strain[j], w.damage[k] = damage[j], w.growth[k] = growth[j];
+    w.q[k] = low[j], w.plasticStrain[k] = high[j], w.damage[k] = atLow[j], w.growth[k] = atHigh[j];
   }
 }
 

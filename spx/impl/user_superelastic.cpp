@@ -216,19 +216,12 @@ SA_INLINE double elasticAcross(const Superelastic& m, double xi, const Sym<Stora
   return -(K3 - G2) / (K3 + 2.0 * G2) * (strain.s11 + strain.s22);
 }
 
-// The response to a share of the rest, with the strain across given in plane stress.
+// A share of the rest, with the strain across given in plane stress.
 template <bool kPlaneStress, class Storage>
-struct Reached {
-  Sym<Storage> inc, e;
-  Response r;
-};
-template <bool kPlaneStress, class Storage>
-SA_INLINE Reached<kPlaneStress, Storage> reach(const Superelastic& m, const Start<Storage>& s, const Sym<Storage>& rest,
-                                               double share, double across, double tempOld, double tempNew) {
+SA_INLINE Sym<Storage> shareOf(const Sym<Storage>& rest, double share, double across) {
   Sym<Storage> inc = share * rest;
   if constexpr (kPlaneStress) inc.s33 = across;
-  const Sym<Storage> e = sum(s.e, 1.0, deviator(inc));
-  return {inc, e, respond(m, e, s.volume + trace(inc), s.xi, limitsAt(m, s.norm, tempOld, tempNew))};
+  return inc;
 }
 
 // The strain across that leaves no stress there, to the round-off of the stress.  The stress rises with it; Newton's steps are
@@ -255,8 +248,9 @@ SA_INLINE void solveAcross(const Superelastic& model, int count, Points<Storage>
       const double x = points.across[k], lowOld = low[k], highOld = high[k], lastOld = last[k], bestOld = best[k],
                    ran = runs[k];
       const Start<Storage> s = points.start(k);
-      const auto [inc, e, r] =
-          reach<true>(m, s, points.rest(k), points.part[k], x, points.tempOld[k], points.tempAt(k, points.part[k]));
+      const double share = points.part[k], temp0 = points.tempOld[k], temp1 = points.tempAt(k, share);
+      const Sym<Storage> inc = shareOf<true>(points.rest(k), share, x), e = sum(s.e, 1.0, deviator(inc));
+      const Response r = respond(m, e, s.volume + trace(inc), s.xi, limitsAt(m, s.norm, temp0, temp1));
       const double value = r.shearFactor * e.s33 + r.pressure, size = vm::abs(value);
       // d/d(strain across): of |e|, of the volume and, through F, of xi
       const double N = vm::sqrt(product(e, e)), perN = 1.0 / vm::max(1e-100, N), dN = e.s33 * perN;
@@ -288,8 +282,11 @@ template <bool kPlaneStress, class Storage>
 SA_INLINE double riseOfNorm(const Superelastic& m, const Points<Storage>& points, int k) {
   const double share = points.part[k],
                tr0 = kPlaneStress ? points.rest(k).s11 + points.rest(k).s22 : trace(points.rest(k));
-  const auto [inc, e, r] = reach<kPlaneStress>(m, points.start(k), points.rest(k), share, points.across[k],
-                                               points.tempOld[k], points.tempAt(k, share));
+  const Start<Storage> s = points.start(k);
+  const double temp0 = points.tempOld[k], temp1 = points.tempAt(k, share);
+  const Sym<Storage> inc = shareOf<kPlaneStress>(points.rest(k), share, points.across[k]);
+  const Sym<Storage> e = sum(s.e, 1.0, deviator(inc));
+  const Response r = respond(m, e, s.volume + trace(inc), s.xi, limitsAt(m, s.norm, temp0, temp1));
   const double perN = 1.0 / vm::max(1e-100, vm::sqrt(product(e, e)));
   const double G2 = 2.0 * (m.G + r.xi * m.dG), K = m.K + r.xi * m.dK;
   Sym<Storage> rate = points.rest(k);
@@ -320,45 +317,39 @@ SA_INLINE void searchTurn(const Superelastic& model, int count, Points<Storage>&
     if constexpr (kPlaneStress) points.across[k] = share * elasticAcross(m, points.xi[k], points.rest(k));
   };
   forPoints(count, [=, &points](int k) SA_POINT { settle(k, 0.0); });
-  forPoints(count, [=, &points, &low, &atLow, &guess](int k) SA_POINT {
+  forPoints(count, [=, &points, &low, &high, &atLow, &atHigh, &side, &runs, &guess](int k) SA_POINT {
     low[k] = 0.0;
     atLow[k] = riseOfNorm<kPlaneStress>(m, points, k);
+    high[k] = atHigh[k] = 1.0;
+    side[k] = 0.0;
+    runs[k] = 1.0;
     guess[k] = turn[k];
     settle(k, 1.0);
   });
-  if constexpr (kPlaneStress) solveAcross(m, count, points);
-  forPoints(count, [=, &points, &low, &high, &atLow, &atHigh, &side, &runs, &guess](int k) SA_POINT {
-    const double below = atLow[k], above = riseOfNorm<kPlaneStress>(m, points, k), first = guess[k];
-    const bool turns = (below < 0.0) & (above > 0.0);
-    const double secant = below / vm::select(turns, below - above, -1.0);
-    high[k] = 1.0;
-    atHigh[k] = above;
-    side[k] = 0.0;
-    runs[k] = vm::select(turns, 1.0, 0.0);
-    settle(k, vm::select(turns, vm::select(first > 0.0, first, secant), 0.0));
-  });
   double running = 1.0;
   for (int step = 0; step < kTurnSteps && running > 0.0; ++step) {
-    const bool bisects = step % 4 == 3;
+    const bool bisects = step % 4 == 3, isFirst = step == 0; // the first is the end of the way
     if constexpr (kPlaneStress) solveAcross(m, count, points);
-    forPoints(count, [=, &points, &low, &high, &atLow, &atHigh, &side, &runs](int k) SA_POINT {
+    forPoints(count, [=, &points, &low, &high, &atLow, &atHigh, &side, &runs, &guess](int k) SA_POINT {
       const double t = points.part[k], lower = low[k], upper = high[k], below = atLow[k], above = atHigh[k],
-                   last = side[k];
+                   last = side[k], known = guess[k];
       const double value = riseOfNorm<kPlaneStress>(m, points, k);
-      const bool isLow = value<0.0, ran = runs[k]> 0.0;
+      const bool turns = (!isFirst) | ((below < 0.0) & (value > 0.0));
+      const bool isLow = value < 0.0, ran = (runs[k] > 0.0) & turns;
       const double a = vm::select(isLow, t, lower), b = vm::select(isLow, upper, t);
       const double fa = vm::select(isLow, value, below * vm::select(last < 0.0, 0.5, 1.0)),
                    fb = vm::select(isLow, above * vm::select(last > 0.0, 0.5, 1.0), value);
       const double secant = (a * fb - b * fa) / vm::select(fb > fa, fb - fa, 1e-300);
-      const double next = vm::select(!bisects & (secant >= a) & (secant <= b), secant, 0.5 * (a + b));
+      const double inside = vm::select(!bisects & (secant >= a) & (secant <= b), secant, 0.5 * (a + b));
+      const double next = vm::select(isFirst & (known > 0.0), known, inside);
       const bool goes = ran & (vm::abs(next - t) > 1e-14) & (b - a > 1e-14) & (value != 0.0);
       low[k] = vm::select(goes, a, lower);
       high[k] = vm::select(goes, b, upper);
       atLow[k] = vm::select(goes, fa, below);
       atHigh[k] = vm::select(goes, fb, above);
-      side[k] = vm::select(isLow, 1.0, -1.0);
+      side[k] = vm::select(isFirst, 0.0, vm::select(isLow, 1.0, -1.0));
       runs[k] = vm::select(goes, 1.0, 0.0);
-      settle(k, vm::select(goes, next, t));
+      settle(k, vm::select(turns, vm::select(goes, next, t), 0.0));
     });
     running = 0.0;
     for (int k = 0; k < count; ++k) running += runs[k];
@@ -431,8 +422,11 @@ SA_INLINE void advance(const Block& b, const Superelastic& model, const Arrays& 
     const Sym<Storage> old = loadTensor<Storage>(stressOld, n, i);
     [[maybe_unused]] const Sym<Storage> change = loadTensor<Storage>(stateOld + n, n, i);
     const double share = points.part[k], temperature = points.tempAt(k, share);
-    const auto [inc, e, r] = reach<kPlaneStress>(m, points.start(k), points.rest(k), share, points.across[k],
-                                                 points.tempOld[k], temperature);
+    const Start<Storage> s = points.start(k);
+    const double temp0 = points.tempOld[k];
+    const Sym<Storage> inc = shareOf<kPlaneStress>(points.rest(k), share, points.across[k]);
+    const Sym<Storage> e = sum(s.e, 1.0, deviator(inc));
+    const Response r = respond(m, e, s.volume + trace(inc), s.xi, limitsAt(m, s.norm, temp0, temperature));
     Sym<Storage> now = sum(r.shearFactor * e, r.pressure);
     if constexpr (kPlaneStress) now.s33 = 0.0;
     const Sym<Storage> changeNow = sum(r.changeFactor * e, r.xi * (m.eV * (1.0 / 3.0)));
@@ -472,7 +466,7 @@ SA_INLINE void superelastic(const Block& b, const Superelastic& model) {
     const double factor = kRoot + m.alpha, slopeAM = factor * m.slopeAM, slopeMA = factor * m.slopeMA;
     const double *strainInc = b.strainInc, *tempOld = b.tempOld, *tempNew = b.tempNew;
     Points<Storage> points;
-    double turn[kScratchPoints], second[kScratchPoints];
+    double turn[kScratchPoints], second[kScratchPoints] = {};
     Arrays from{b.stressOld, b.stateOld, b.internalOld, b.inelasticOld};
     double heated = 0.0;
     for (int k = 0; k < length; ++k) heated += tempNew[start + k] != tempOld[start + k] ? 1.0 : 0.0;
@@ -487,24 +481,27 @@ SA_INLINE void superelastic(const Block& b, const Superelastic& model) {
       points.slope[k] = slopeMA;
     });
     findStart(b, m, from, start, length, points);
-    findTurn<kPlaneStress>(m, length, points, turn, isThermal);
-    if (turnsTwice) {
-      forPoints(length, [=, &points](int k) SA_POINT { points.slope[k] = slopeAM; });
-      findTurn<kPlaneStress>(m, length, points, second, isThermal);
-      // the nearer first; then the other is looked for again
-      for (int k = 0; k < length; ++k) {
-        const double a = turn[k], c = second[k];
-        const bool isOther = c > 0.0 && (a <= 0.0 || c < a);
-        turn[k] = isOther ? c : a;
-        second[k] = a > 0.0 && c > 0.0 && a != c ? 1.0 : 0.0;
-        points.slope[k] = isOther ? slopeMA : slopeAM;
+    // where limits move with temperature in two ways, both turns are looked for: the nearer comes first, and then the other is
+    // looked for again
+    for (int round = 0; round < (turnsTwice ? 3 : 1); ++round) {
+      double found[kScratchPoints];
+      findTurn<kPlaneStress>(m, length, points, found, isThermal);
+      if (round == 0 && turnsTwice) {
+        for (int k = 0; k < length; ++k) second[k] = found[k], points.slope[k] = slopeAM;
+        continue;
       }
-    }
-    for (int part = 0; part < (turnsTwice ? 2 : 1); ++part) {
-      if (part == 1) {
-        double again[kScratchPoints];
-        findTurn<kPlaneStress>(m, length, points, again, isThermal);
-        for (int k = 0; k < length; ++k) turn[k] = second[k] > 0.0 ? again[k] : 0.0;
+      for (int k = 0; k < length; ++k) {
+        const double a = second[k], c = found[k];
+        if (round == 0) {
+          turn[k] = c;
+        } else if (round == 1) {
+          const bool isOther = c > 0.0 && (a <= 0.0 || c < a);
+          turn[k] = isOther ? c : a;
+          second[k] = a > 0.0 && c > 0.0 && a != c ? 1.0 : 0.0;
+          points.slope[k] = isOther ? slopeMA : slopeAM;
+        } else {
+          turn[k] = a > 0.0 ? c : 0.0;
+        }
       }
       double turns = 0.0;
       for (int k = 0; k < length; ++k) turns += turn[k] > 0.0 ? 1.0 : 0.0;
