@@ -1,21 +1,36 @@
 # The usual commands; the build itself is described in CMakeLists.txt and CMakePresets.json.
-.PHONY: demo test bench release format clean
+.PHONY: programs demo test torture bench format clean
 
-JOBS ?= $(shell nproc)
+export JOBS ?= $(shell nproc)
+# further options of the configuration, for instance OPTIONS=-DSA_TEST_LEVELS=ON
+OPTIONS ?=
 
-release:
-	scripts/setup
-	cmake --preset release
-	cmake --build --preset release -j $(JOBS)
+programs:
+	@scripts/setup
+	@scripts/build release $(OPTIONS) programs
 
-demo: release
-	scripts/demo
+demo:
+	@scripts/setup
+	@scripts/build release $(OPTIONS) sharedanalysis-explicit
+	@scripts/demo
 
-test: release
-	ctest --preset release -j $(JOBS)
+test:
+	@scripts/setup
+	@scripts/build release $(OPTIONS)
+	@ctest --preset release -j $(JOBS) --progress
 
-bench: release
-	for program in build/release/bin/*_bench; do "$$program" || exit 1; done
+# hard data for every kernel, for hours: docs/robustness.md
+INPUTS ?= 100000000
+SEED ?= 1
+torture:
+	@scripts/setup
+	@scripts/build release $(OPTIONS) SharedAnalysis generic_tests
+	@scripts/torture $(INPUTS) $(SEED)
+
+bench:
+	@scripts/setup
+	@scripts/build release $(OPTIONS) benchmarks
+	@for program in build/release/bin/*_bench; do "$$program" || exit 1; done
 
 format:
 	git ls-files --cached --others --exclude-standard '*.c' '*.cpp' '*.h' '*.hpp' | xargs clang-format-14 -i

@@ -81,18 +81,26 @@ int32_t lengthAt(const char* bytes) {
   return length;
 }
 
+// A record that cannot be filed for want of memory does not keep back those after it.
+void fileRecord(const char* record, int32_t domain) {
+  if (!sa::acd::succeeds([=] { sa::acd::fileRecord(record, domain); }))
+    internalError(Solver::Explicit, "No memory for a received diagnostic");
+}
+
+bool isThisRank(int32_t rank) { return dmpC_CommContainer::GetCommunicator().GetRank() == rank; }
+
 using Slot = sa::ThreadSlot<acd_block_handler>;
 
 } // namespace
 
-acd_block_handler::acd_block_handler()
-    : dmpC_DataHandler(kBlockCapacity), isOwner_(dmpC_CommContainer::GetCommunicator().GetRank() == ownerRank_) {}
+acd_block_handler::acd_block_handler() : dmpC_DataHandler(kBlockCapacity), isOwner_(isThisRank(ownerRank_)) {}
 
 acd_block_handler::~acd_block_handler() { delete[] receiveBuffer_; }
 
 void acd_block_handler::SetActive() {
   active_ = true;
   ownerRank_ = 0;
+  isOwner_ = isThisRank(ownerRank_); // a diagnostic may have made the handler before the process had its rank
 }
 
 bool acd_block_handler::AddDiagnostic(int32_t code, acd_TypeClass typeClass, const int32_t* ints, const double* reals,
@@ -112,7 +120,7 @@ bool acd_block_handler::AddDiagnostic(int32_t code, acd_TypeClass typeClass, con
   packer.word(code);
   packer.word(typeClass);
   packer.array(reals, counts.reals);
-  packer.word(printFlag);
+  packer.word(sa::acd::recordFlag(printFlag));
   packer.array(ints, counts.ints);
   packer.array(nodes, counts.nodes);
   packer.array(elements, counts.elements);
@@ -232,7 +240,7 @@ void acd_block_handler::Consolidate(acd_block_handler& other) {
     for (int32_t at = 0; at < size;) {
       const int32_t whole = lengthAt(bytes + at) + kWord;
       if (!IsCollecting()) {
-        sa::acd::fileRecord(bytes + at + kWord, dmpC_CommContainer::GetCommunicator().GetRank());
+        fileRecord(bytes + at + kWord, dmpC_CommContainer::GetCommunicator().GetRank());
       } else if (char* const buffer = GetBuffer(whole)) {
         std::memcpy(buffer, bytes + at, static_cast<std::size_t>(whole));
       } else {
@@ -267,8 +275,8 @@ SA_EXPORT void acd_comm_blocks(void) {
     const int32_t ranks = dmpC_CommContainer::GetCommunicator().GetSize();
     for (int32_t rank = 0; rank < ranks; ++rank) {
       if (rank == handler.GetOwnerRank()) continue;
-      while (const char* const record = handler.NextRecord(rank, tag)) sa::acd::fileRecord(record, rank);
+      while (const char* const record = handler.NextRecord(rank, tag)) fileRecord(record, rank);
     }
   });
-  if (!done) internalError(Solver::Explicit, "No memory for received diagnostics");
+  if (!done) internalError(Solver::Explicit, "No memory for diagnostics");
 }

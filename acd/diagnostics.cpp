@@ -17,7 +17,7 @@
 #include "inpM_SolverPartMap.h"
 
 #include <cstring>
-#include <memory>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,8 +27,7 @@ namespace {
 
 constexpr int32_t kErrorStatus = -2;
 constexpr int32_t kPrinting = 1;        // execution code under which diagnostics are printed
-constexpr int32_t kElementMark = 0x100; // in the print flag of a record: an element diagnostic
-constexpr std::size_t kErrorLines = 18; // place in CLINES, from 0
+constexpr std::size_t kErrorLines = 19; // place in CLINES
 constexpr std::string_view kErrorHeader = "***ERROR: ", kWarningHeader = "***WARNING: ", kNoteHeader = "***NOTE: ";
 
 // What both extractors have, under one name.
@@ -73,10 +72,6 @@ const dia_MetadataTable& tableOf(acd_TypeClass typeClass) {
   return dia_MetadataTable::Instance(static_cast<int32_t>(typeClass));
 }
 
-void countLine(std::size_t place) {
-  if (CLINES != nullptr) ++CLINES[place];
-}
-
 constexpr const char* kOnlyInstance = "PART-1-1";
 dia_Entity elementOf(bool inParts, int32_t number) {
   return inParts ? inpM_SolverPartMap::Instance().ConstGetInstanceElementIdPair(number)
@@ -88,16 +83,22 @@ std::string nameOf(const char* string) {
   return text.starts_with(" L") ? inpM_SolverPartMap::Instance().GetLabelName(text) : text;
 }
 
+// `count` values of an array; zeros where it is null, as in a record on its way to the owner.
+template <class Value>
+std::vector<Value> listOf(const Value* values, int32_t count) {
+  const auto size = static_cast<std::size_t>(count);
+  return values == nullptr ? std::vector<Value>(size) : std::vector<Value>(values, values + size);
+}
+
 dia_Values valuesOf(const Diagnostic& d, bool inParts) {
   const dia_Counts counts = tableOf(d.typeClass()).GetCounts(d.code);
   const Arrays& a = d.arrays;
   dia_Values values;
-  if (a.ints != nullptr) values.ints.assign(a.ints, a.ints + counts.ints);
-  if (a.reals != nullptr) values.reals.assign(a.reals, a.reals + counts.reals);
-  for (int32_t k = 0; k < counts.strings && a.strings != nullptr; ++k) values.strings.push_back(nameOf(a.strings[k]));
-  for (int32_t k = 0; k < counts.nodes && a.nodes != nullptr; ++k) values.nodes.push_back(nodeOf(inParts, a.nodes[k]));
-  for (int32_t k = 0; k < counts.elements && a.elements != nullptr; ++k)
-    values.elements.push_back(elementOf(inParts, a.elements[k]));
+  values.ints = listOf(a.ints, counts.ints);
+  values.reals = listOf(a.reals, counts.reals);
+  for (const char* string : listOf(a.strings, counts.strings)) values.strings.push_back(nameOf(string));
+  for (int32_t node : listOf(a.nodes, counts.nodes)) values.nodes.push_back(nodeOf(inParts, node));
+  for (int32_t element : listOf(a.elements, counts.elements)) values.elements.push_back(elementOf(inParts, element));
   return values;
 }
 
@@ -121,9 +122,9 @@ void publish(const Diagnostic& d, const dia_Values& values) {
   const bool isError = d.kind == Kind::Error;
   if (!isError && d.kind != Kind::Warning) return;
   const std::string text = dia_FormatUtils::Substitute(detailOf(d.typeClass(), d.code), values);
-  if (d.print == 1) {
+  if (d.print == kPrinted) {
     if (isError)
-      countLine(kErrorLines);
+      addOne(CLINES, kErrorLines);
     else
       ACD_INC_KWARN();
     printMessage(isError ? kErrorHeader : kWarningHeader, upperCase(text), EmptyLine::Before);
@@ -132,7 +133,7 @@ void publish(const Diagnostic& d, const dia_Values& values) {
 }
 
 bool collect(acd_block_handler& handler, const Diagnostic& d) {
-  const int32_t print = d.print | (d.kind == Kind::Element ? kElementMark : 0);
+  const int32_t print = (d.print == kPrinted ? kPrinted : 0) | (d.kind == Kind::Element ? kElementMark : 0);
   const Arrays& a = d.arrays;
   return handler.AddDiagnostic(d.code, d.typeClass(), a.ints, a.reals, a.strings, a.nodes, a.elements, print);
 }
@@ -194,7 +195,7 @@ void record(Solver solver, const Diagnostic& d) {
     acd_block_handler& handler = thr_ThreadSingleton<acd_block_handler>::Instance();
     if (!handler.IsCollecting()) return file(solver, d);
     if (!collect(handler, d)) bcu_ErrorStatus::setErrorCode(kErrorStatus);
-    if (d.kind == Kind::Error) countLine(kErrorLines);
+    if (d.kind == Kind::Error) addOne(CLINES, kErrorLines);
   });
 }
 
@@ -207,14 +208,18 @@ void fileRecord(const char* record, int32_t domain) {
   const auto room = [](int32_t count) { return static_cast<std::size_t>(count > 0 ? count : 1); };
   std::vector<int32_t> ints(room(counts.ints)), nodes(room(counts.nodes)), elements(room(counts.elements));
   std::vector<double> reals(room(counts.reals));
-  std::vector<char*> strings(room(counts.strings), nullptr);
+  struct Strings : std::vector<char*> {
+    using std::vector<char*>::vector;
+    ~Strings() {
+      for (const char* string : *this) delete[] string;
+    }
+  } strings(room(counts.strings), nullptr);
   const bool sound = tableOf(typeClass).IsValid(code) &&
                      acd_block_handler::ExtractDiagnostic(record, code, ints.data(), reals.data(), strings.data(),
                                                           nodes.data(), elements.data(), print, typeClass, stringCount);
-  std::vector<std::unique_ptr<char[]>> owned;
-  for (char* string : strings) owned.emplace_back(string);
   if (!sound) return internalError(Solver::Explicit, "A received diagnostic does not agree with its code");
 
+  print = recordFlag(print);
   Kind kind = Kind::Warning;
   if (typeClass == acd_TypeClass::Contact)
     kind = Kind::Contact;
@@ -246,7 +251,8 @@ void internalError(Solver solver, const char* message) {
 void cutback(int32_t code, bool print) {
   guarded([&] {
     dxt_DiagnosticExtractor::Instance().AddCutbackDiagnostic(code);
-    if (print) printMessage(kNoteHeader, kCutbackReasons[code], EmptyLine::Before);
+    const bool known = code >= 0 && static_cast<std::size_t>(code) < std::size(kCutbackReasons);
+    if (print) printMessage(kNoteHeader, known ? kCutbackReasons[code] : "", EmptyLine::Before);
   });
 }
 

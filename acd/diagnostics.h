@@ -4,6 +4,8 @@
 #include "acd_TypeClass.h"
 #include "dia_Values.h"
 
+#include <atomic>
+#include <cstddef>
 #include <cstdint>
 
 namespace sa::acd {
@@ -28,6 +30,16 @@ struct Diagnostic {
 
   acd_TypeClass typeClass() const { return kind == Kind::Contact ? acd_TypeClass::Contact : acd_TypeClass::General; }
 };
+
+// The print flag of a record: 1 for a diagnostic that is printed, and the mark of an element diagnostic.  Any other
+// value counts as 0, so that nothing that a caller gives or another process sends can pass for the mark.
+constexpr int32_t kPrinted = 1, kElementMark = 256;
+constexpr int32_t recordFlag(int32_t flag) { return (flag & ~(kPrinted | kElementMark)) == 0 ? flag : 0; }
+
+// Adds 1 to a counter of the host, counted from 1, as several threads do at once; nothing where the host has no block.
+inline void addOne(int32_t* block, std::size_t place) {
+  if (block != nullptr) std::atomic_ref(block[place - 1]).fetch_add(1, std::memory_order_relaxed);
+}
 
 // Whether a code may be recorded as what the kind says.
 bool isValid(Kind kind, int32_t code);

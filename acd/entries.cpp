@@ -11,6 +11,7 @@
 #include "host_services.h"
 #include "message_template.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <string_view>
@@ -29,13 +30,20 @@ void mark(const char* text) { bcu_ResourceMonitor::Mark(text); }
 
 constexpr std::size_t kLongestName = 1024;
 
-// use(text) with a zero-terminated copy of a name.
+// use(text) with a zero-terminated copy of a name, of which the first 1024 characters count.
 template <class Use>
 void withName(std::string_view name, Use use) {
   char text[kLongestName + 1];
   const std::size_t length = name.copy(text, kLongestName);
   text[length] = '\0';
   use(text);
+}
+// The same with a text of any length; of one for which there is no memory, with its beginning.
+template <class Use>
+void withText(std::string_view text, Use use) {
+  std::string copy;
+  if (text.size() <= kLongestName || !sa::acd::succeeds([&] { copy = text; })) return withName(text, use);
+  use(copy.c_str());
 }
 std::string_view padded(const char* text, int64_t length) {
   return sharedanalysis::host::withoutTrailingBlanks(sharedanalysis::host::fixedText(text, length));
@@ -186,9 +194,7 @@ SA_COUNT(acd_get_numwarnings_xpl_c, ACD_GET_NUMWARNINGS_XPL, GetNumberOfWarnings
 SA_COUNT(acd_get_numelemdiagnostics_xpl_c, ACD_GET_NUMELEMDIAGNOSTICS_XPL, GetNumberOfElementDiagnostics)
 
 #define SA_INCREASE(UPPER, block, place)                                                                               \
-  SA_EXPORT void UPPER(void) {                                                                                         \
-    if ((block) != nullptr) ++(block)[(place)-1];                                                                      \
-  }
+  SA_EXPORT void UPPER(void) { sa::acd::addOne(block, place); }
 SA_INCREASE(ACD_INC_KNPSOL, CWARN, 1)
 SA_INCREASE(ACD_INC_KNESOL, CWARN, 2)
 SA_INCREASE(ACD_INC_KWARN, CLINES, 17)
@@ -225,15 +231,13 @@ void withStrings(const Entry& entry, int32_t code, const char* strings, int64_t 
   const bool converted = sa::acd::succeeds([&] {
     const int32_t table = entry.kind == Kind::Contact ? 1 : 0;
     const int32_t count = dia_MetadataTable::Instance(table).GetNumStringValues(code);
+    const sharedanalysis::host::FixedStrings fixed{strings, stringLength};
+    std::vector<std::size_t> begins;
     for (int32_t k = 0; k < count; ++k) {
-      texts.append(strings == nullptr ? "" : padded(strings + k * stringLength, stringLength));
-      texts.push_back('\0');
+      begins.push_back(texts.size());
+      texts.append(sharedanalysis::host::withoutTrailingBlanks(fixed[k])).push_back('\0');
     }
-    const char* next = texts.data();
-    for (int32_t k = 0; k < count; ++k) {
-      pointers.push_back(next);
-      next += std::string_view(next).size() + 1;
-    }
+    for (const std::size_t begin : begins) pointers.push_back(texts.data() + begin);
   });
   use(converted ? pointers.data() : nullptr); // without memory for the texts recorded without them
 }
@@ -296,7 +300,8 @@ template <class Body>
 void withReals(const double* reals, int count, Body body) {
   sa::acd::succeeds([&] {
     dia_Values values;
-    values.reals.assign(reals, reals + count);
+    values.reals.assign(static_cast<std::size_t>(count), 0.0); // as a null pointer counts
+    if (reals != nullptr) std::copy_n(reals, count, values.reals.begin());
     body(values);
   });
 }
@@ -323,7 +328,7 @@ SA_TWIN_VALUES(acd_cutback_diagnostic_c, ACD_CUTBACK_DIAGNOSTIC, int32_t, code, 
 SA_EXPORT void acd_status_xpl_c(int32_t status, int32_t node, const double* reals) {
   sa::acd::succeeds([=] { // without memory for a name the record is lost
     std::array<double, kStatusValues> values{};
-    for (std::size_t k = 0; k < values.size(); ++k) values[k] = reals[k];
+    if (reals != nullptr) std::copy_n(reals, values.size(), values.begin());
     const dia_Entity entity = sa::acd::nodeOf(explicitExtractor().IsModelInParts(), node);
     explicitExtractor().AddXplStatus(status, entity.label, entity.instance, values);
   });
@@ -333,7 +338,7 @@ SA_EXPORT void ACD_STATUS_XPL(const int32_t* status, const int32_t* node, const 
 }
 SA_EXPORT void acd_activestatus_xpl_c(const int32_t* active) {
   std::array<int32_t, kStatusValues> values{};
-  for (std::size_t k = 0; k < values.size(); ++k) values[k] = active[k];
+  if (active != nullptr) std::copy_n(active, values.size(), values.begin());
   explicitExtractor().SetActiveXplStatus(values);
 }
 SA_EXPORT void ACD_ACTIVESTATUS_XPL(const int32_t* active) { acd_activestatus_xpl_c(active); }
@@ -342,6 +347,6 @@ SA_EXPORT void ACD_ACTIVESTATUS_XPL(const int32_t* active) { acd_activestatus_xp
 
 #define SA_INTERNAL(lower, UPPER, solver)                                                                              \
   SA_EXPORT void lower(const char* message) { sa::acd::internalError(solver, message); }                               \
-  SA_EXPORT void UPPER(const char* message, int64_t messageLength) { withName(padded(message, messageLength), lower); }
+  SA_EXPORT void UPPER(const char* message, int64_t messageLength) { withText(padded(message, messageLength), lower); }
 SA_INTERNAL(acd_error_internal_c, ACD_ERROR_INTERNAL, Solver::Implicit)
 SA_INTERNAL(acd_error_internal_xpl_c, ACD_ERROR_INTERNAL_XPL, Solver::Explicit)

@@ -23,11 +23,11 @@ if(SA_SANITIZE)
   endif()
 endif()
 
-file(GLOB SA_LIBRARY_SOURCES CONFIGURE_DEPENDS
+file(GLOB_RECURSE SA_LIBRARY_SOURCES CONFIGURE_DEPENDS
   ${CMAKE_SOURCE_DIR}/glo/*.cpp ${CMAKE_SOURCE_DIR}/acd/*.cpp ${CMAKE_SOURCE_DIR}/spx/impl/*.cpp)
-# Routines, then classes.
-set(SA_HEADERS glo.h acd.h spx.h acd_TypeClass.h acd_block_handler.h spx_WipReporter.h)
-list(TRANSFORM SA_HEADERS PREPEND ${CMAKE_SOURCE_DIR}/include/)
+file(GLOB_RECURSE SA_HEADERS CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/include/*.h)
+# In a folder of their own: names like glo.h belong to nobody in one that all share.
+set(SA_INSTALL_HEADERS ${CMAKE_INSTALL_INCLUDEDIR}/sharedanalysis)
 set(SA_VERSION_SCRIPT ${CMAKE_BINARY_DIR}/SharedAnalysis.map)
 
 # The library under a target name.  With ARCH the kernels are compiled for that one instruction set and nothing is chosen
@@ -36,8 +36,10 @@ function(sa_add_library target)
   cmake_parse_arguments(arg "" "ARCH" "" ${ARGN})
   add_library(${target} SHARED ${SA_LIBRARY_SOURCES})
   target_include_directories(${target}
-    PUBLIC $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
-    PRIVATE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/host/include)
+    # the exported classes derive from classes of the host
+    PUBLIC $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}/include> $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}/host/include>
+           $<INSTALL_INTERFACE:${SA_INSTALL_HEADERS}> $<INSTALL_INTERFACE:${SA_INSTALL_HEADERS}/host>
+    PRIVATE ${CMAKE_SOURCE_DIR})
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:sa_warnings> $<BUILD_INTERFACE:sa_numerics>)
   target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O3>)
   if(arg_ARCH)
@@ -51,4 +53,23 @@ function(sa_add_library target)
   add_dependencies(${target} sa_version_script)
   # Host services are bound when they are first called: a host need not bring those that it never sees called.
   target_link_options(${target} PRIVATE -Wl,--version-script=${SA_VERSION_SCRIPT} -Wl,-z,lazy)
+endfunction()
+
+# Writes the paths of all programs and shared libraries to built_files.txt, a line each, for the tests that look at them.
+function(sa_list_built_files)
+  set(files "")
+  set(directories ${CMAKE_SOURCE_DIR})
+  while(directories)
+    list(POP_FRONT directories directory)
+    get_property(below DIRECTORY ${directory} PROPERTY SUBDIRECTORIES)
+    list(APPEND directories ${below})
+    get_property(targets DIRECTORY ${directory} PROPERTY BUILDSYSTEM_TARGETS)
+    foreach(target ${targets})
+      get_target_property(type ${target} TYPE)
+      if(type MATCHES "^(EXECUTABLE|SHARED_LIBRARY|MODULE_LIBRARY)$")
+        string(APPEND files "$<TARGET_FILE:${target}>\n")
+      endif()
+    endforeach()
+  endwhile()
+  file(GENERATE OUTPUT ${CMAKE_BINARY_DIR}/built_files.txt CONTENT "${files}")
 endfunction()

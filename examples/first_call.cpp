@@ -1,7 +1,6 @@
 // The shortest complete host: start the library, compute stresses of one block, write a message, stop the library.
 //
-//   g++ -std=c++20 first_call.cpp $(pkg-config --cflags --libs sharedanalysis) -lSharedAnalysisHost
-//       -I$(pkg-config --variable=includedir sharedanalysis)/sharedanalysis/host
+//   g++ -std=c++20 first_call.cpp $(pkg-config --cflags --libs sharedanalysis-host)
 #include "glo.h"
 #include "reference_host.h"
 #include "spx.h"

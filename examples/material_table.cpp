@@ -1,7 +1,6 @@
 // A table of yield stress against plastic strain and temperature, laid out in the pools and looked up for a block of points.
 //
-//   g++ -std=c++20 material_table.cpp $(pkg-config --cflags --libs sharedanalysis) -lSharedAnalysisHost
-//       -I$(pkg-config --variable=includedir sharedanalysis)/sharedanalysis/host
+//   g++ -std=c++20 material_table.cpp $(pkg-config --cflags --libs sharedanalysis-host)
 #include "material_table.h"
 #include "spx.h"
 

@@ -50,7 +50,7 @@ struct Min {
 // The entity of point i, counted from 0.
 struct Mapped {
   const int32_t* map;
-  SA_INLINE int64_t operator()(int i) const { return static_cast<int64_t>(map[i]) - 1; }
+  SA_INLINE int64_t operator()(auto i) const { return static_cast<int64_t>(map[i]) - 1; }
 };
 struct MappedTwice {
   const int32_t* map;
@@ -97,34 +97,37 @@ SA_INLINE void forShortCounts(int count, Body body) {
 }
 
 // Maps of neighbouring blocks often count straight up; such a gather is a copy with unit stride.
-SA_INLINE bool countsUp(int n, const int32_t* map) {
+template <class Count>
+SA_INLINE bool countsUp(Count n, const int32_t* map) {
   if (n < 1 || map[n - 1] - static_cast<int64_t>(map[0]) != n - 1) return false;
-  int gaps = 0;
+  const uint32_t first = static_cast<uint32_t>(map[0]);
+  uint32_t gaps = 0; // modulo 2^32, as entries that jump may be far apart
 #pragma omp simd reduction(| : gaps)
-  for (int i = 0; i < n; ++i) gaps |= map[i] - i - map[0];
+  for (Count i = 0; i < n; ++i) gaps |= static_cast<uint32_t>(map[i]) - static_cast<uint32_t>(i) - first;
   return gaps == 0;
 }
 
 // L(i,k) = G(map(i),k).
-template <class T, class GlobalLayout, class LocalLayout>
-SA_INLINE void gather(int n, int ncomp, const int32_t* map, T* L, LocalLayout local, const T* G, GlobalLayout global) {
+template <class Count, class T, class GlobalLayout, class LocalLayout>
+SA_INLINE void gather(Count n, int ncomp, const int32_t* map, T* L, LocalLayout local, const T* G,
+                      GlobalLayout global) {
   if (!GlobalLayout::kRecords && countsUp(n, map)) {
     const int64_t first = map[0] - 1;
     for (int k = 0; k < ncomp; ++k)
-      forPoints(n, [=](int i) SA_POINT { L[local.at(i, k)] = G[global.at(first + i, k)]; });
+      forPoints(n, [=](Count i) SA_POINT { L[local.at(i, k)] = G[global.at(first + i, k)]; });
     return;
   }
   const Mapped entity{map};
   if constexpr (GlobalLayout::kRecords) {
     forShortCounts(ncomp, [=](auto count) SA_POINT {
-      for (int i = 0; i < n; ++i) {
+      for (Count i = 0; i < n; ++i) {
         const int64_t e = entity(i);
         for (int k = 0; k < count; ++k) L[local.at(i, k)] = G[global.at(e, k)];
       }
     });
   } else {
     for (int k = 0; k < ncomp; ++k)
-      forPoints(n, [=](int i) SA_POINT { L[local.at(i, k)] = G[global.at(entity(i), k)]; });
+      forPoints(n, [=](Count i) SA_POINT { L[local.at(i, k)] = G[global.at(entity(i), k)]; });
   }
 }
 

@@ -17,9 +17,11 @@ SA_INLINE Axis select(bool first, const Axis& a, const Axis& b) {
   return {first ? a.value : b.value, first ? a.x : b.x, first ? a.y : b.y, first ? a.z : b.z};
 }
 
+SA_INLINE Axis reversed(const Axis& a) { return {a.value, 0.0 - a.x, 0.0 - a.y, 0.0 - a.z}; }
+
 enum class Order { Increasing, Decreasing };
 
-// Three axes in order; equal values keep their places.
+// Three axes in order, right-handed; equal values keep their places.
 struct Axes {
   Axis first, second, third;
 };
@@ -33,19 +35,20 @@ SA_INLINE Axes sorted(const Axis& a, const Axis& b, const Axis& c) {
   const Axis p = select(s1, b, a), q = select(s1, a, b);
   const bool s2 = precedes<order>(c, q);
   const Axis r = select(s2, c, q), last = select(s2, q, c);
-  const bool s3 = precedes<order>(r, p);
-  return {select(s3, r, p), select(s3, p, r), last};
+  const bool s3 = precedes<order>(r, p), odd = s1 != (s2 != s3); // each exchange makes a reflection of a rotation
+  return {select(s3, r, p), select(s3, p, r), select(odd, reversed(last), last)};
 }
 
-// What is stored for a point: values alone, or values and directions in columns; NaN for a spoiled point.
-SA_INLINE void storeValues(const Axes& a, double* P, int64_t n, int k) {
-  const bool bad = spoiled(a.first.value, a.second.value, a.third.value) != 0.0;
-  P[k] = bad ? kNaN : a.first.value;
-  P[k + n] = bad ? kNaN : a.second.value;
-  P[k + 2 * n] = bad ? kNaN : a.third.value;
+SA_INLINE double notFinite(const Axes& a) { return spoiled(a.first.value, a.second.value, a.third.value); }
+
+// What is stored for a point: values, times `back`, alone, or values and directions in columns; NaN for a spoiled point, for
+// which `bad` is NaN, else 0.
+SA_INLINE void storeValues(const Axes& a, double bad, double back, double* P, int64_t n, int k) {
+  P[k] = a.first.value * back - bad; // a zero that changes no sign is subtracted
+  P[k + n] = a.second.value * back - bad;
+  P[k + 2 * n] = a.third.value * back - bad;
 }
-SA_INLINE void storeDirections(const Axes& a, double* V, int64_t n, int k) {
-  const double bad = spoiled(a.first.value, a.second.value, a.third.value); // 0 or NaN
+SA_INLINE void storeDirections(const Axes& a, double bad, double* V, int64_t n, int k) {
   V[k] = a.first.x + bad;
   V[k + n] = a.first.y + bad;
   V[k + 2 * n] = a.first.z + bad;
@@ -76,7 +79,10 @@ template <Order order, class Points>
 SA_INLINE void valuesInSpace(Points point, int n, int64_t nblock, const double* S, double* P) {
   JacobiScratch<false> w, done;
   diagonalise(n, w, done, loadS33(point, nblock, S, w));
-  forPoints(n, [=, &done](int i) SA_POINT { storeValues(sorted<order>(axesOf(done, i)), P, nblock, point(i)); });
+  forPoints(n, [=, &done](int i) SA_POINT {
+    const Axes axes = axesOf(done, i);
+    storeValues(sorted<order>(axes), notFinite(axes), done.back[i], P, nblock, point(i));
+  });
 }
 template <class Points>
 SA_INLINE void axesInSpace(Points point, int n, int64_t nblock, const double* S, double* P, double* V) {
@@ -84,8 +90,9 @@ SA_INLINE void axesInSpace(Points point, int n, int64_t nblock, const double* S,
   diagonalise(n, w, done, loadS33(point, nblock, S, w));
   forPoints(n, [=, &done](int i) SA_POINT {
     const Axes axes = sorted<Order::Increasing>(axesOf(done, i));
-    storeValues(axes, P, nblock, point(i));
-    storeDirections(axes, V, nblock, point(i));
+    const double bad = notFinite(axes);
+    storeValues(axes, bad, done.back[i], P, nblock, point(i));
+    storeDirections(axes, bad, V, nblock, point(i));
   });
 }
 
@@ -106,44 +113,53 @@ SA_INLINE void trigonometricAxes(Points point, int n, int64_t nblock, const doub
     const Axis d1 = select(rank1 == 0.0, a.first, select(rank1 == 1.0, a.second, a.third));
     const Axis d2 = select(rank2 == 0.0, a.first, select(rank2 == 1.0, a.second, a.third));
     const Axis d3 = select(rank3 == 0.0, a.first, select(rank3 == 1.0, a.second, a.third));
-    storeDirections({d1, d2, d3}, V, nblock, k);
+    const bool odd = (rank1 > rank2) != ((rank1 > rank3) != (rank2 > rank3));
+    storeDirections({d1, d2, select(odd, reversed(d3), d3)}, notFinite(a), V, nblock, k);
   });
 }
 
 // ---- in the plane
 
 struct PlaneAxes {
-  Axis first, second; // in increasing order
+  Axis first, second; // in increasing order, a rotation
+  double bad;         // NaN for a spoiled point, else 0
 };
 SA_INLINE PlaneAxes planeAxes(double s11, double s22, double s12) {
-  const PlaneAngle r = PreciseRotation::angle(s11, s22, s12);
-  const double h = r.t * s12;
-  const Axis a{s11 + h, r.c, r.s, 0.0}, b{s22 - h, -r.s, r.c, 0.0};
+  const Scale scale = scaleForSums(magnitude(s11, s22, s12));
+  const double a11 = s11 * scale.factor, a22 = s22 * scale.factor, a12 = s12 * scale.factor;
+  const PlaneAngle r = PreciseRotation::angle(a11, a22, a12);
+  const double h = r.t * a12, p = a11 + h, q = a22 - h;
+  const Axis a{p * scale.back, r.c, r.s, 0.0}, b{q * scale.back, -r.s, r.c, 0.0};
   const bool swap = b.value < a.value;
-  return {select(swap, b, a), select(swap, a, b)};
+  return {select(swap, b, a), select(swap, reversed(a), b), spoiled(p, q, 0.0)};
 }
 
-template <class Points>
-SA_INLINE Axes loadS31(Points point, int i, int64_t nblock, const double* S) {
-  const int k = point(i);
+struct SpaceAxes {
+  Axes axes;
+  double bad;
+};
+SA_INLINE SpaceAxes loadS31(int k, int64_t nblock, const double* S) {
+  const double s33 = S[k + 2 * nblock];
   const PlaneAxes p = planeAxes(S[k], S[k + nblock], S[k + 3 * nblock]);
-  return sorted<Order::Increasing>(p.first, p.second, {S[k + 2 * nblock], 0.0, 0.0, 1.0});
+  return {sorted<Order::Increasing>(p.first, p.second, {s33, 0.0, 0.0, 1.0}), p.bad + spoiled(s33, 0.0, 0.0)};
 }
 template <class Points>
 SA_INLINE void axesS31(Points point, int n, int64_t nblock, const double* S, double* P, double* V) {
   forPoints(n, [=](int i) SA_POINT {
-    const Axes axes = loadS31(point, i, nblock, S);
-    storeValues(axes, P, nblock, point(i));
-    storeDirections(axes, V, nblock, point(i));
+    const auto [axes, bad] = loadS31(point(i), nblock, S);
+    storeValues(axes, bad, 1.0, P, nblock, point(i));
+    storeDirections(axes, bad, V, nblock, point(i));
   });
 }
 template <class Points>
 SA_INLINE void valuesS31Sorted(Points point, int n, int64_t nblock, const double* S, double* P) {
-  forPoints(n, [=](int i) SA_POINT { storeValues(loadS31(point, i, nblock, S), P, nblock, point(i)); });
+  forPoints(n, [=](int i) SA_POINT {
+    const auto [axes, bad] = loadS31(point(i), nblock, S);
+    storeValues(axes, bad, 1.0, P, nblock, point(i));
+  });
 }
 
-SA_INLINE void storePair(double first, double second, double* P, int64_t n, int k) {
-  const double bad = spoiled(first, second, 0.0);
+SA_INLINE void storePair(double first, double second, double bad, double* P, int64_t n, int k) {
   P[k] = first + bad;
   P[k + n] = second + bad;
 }
@@ -153,7 +169,7 @@ SA_INLINE void valuesS21(Points point, int n, int64_t nblock, const double* S, d
     const int k = point(i);
     const PlaneAxes a = planeAxes(S[k], S[k + nblock], S[k + 2 * nblock]);
     const bool rising = order == Order::Increasing;
-    storePair(rising ? a.first.value : a.second.value, rising ? a.second.value : a.first.value, P, nblock, k);
+    storePair(rising ? a.first.value : a.second.value, rising ? a.second.value : a.first.value, a.bad, P, nblock, k);
   });
 }
 template <class Points>
@@ -161,22 +177,33 @@ SA_INLINE void axesS21(Points point, int n, int64_t nblock, const double* S, dou
   forPoints(n, [=](int i) SA_POINT {
     const int k = point(i);
     const PlaneAxes a = planeAxes(S[k], S[k + nblock], S[k + 2 * nblock]);
-    const double bad = spoiled(a.first.value, a.second.value, 0.0);
-    storePair(a.first.value, a.second.value, P, nblock, k);
-    V[k] = a.first.x + bad;
-    V[k + nblock] = a.first.y + bad;
-    V[k + 2 * nblock] = a.second.x + bad;
-    V[k + 3 * nblock] = a.second.y + bad;
+    storePair(a.first.value, a.second.value, a.bad, P, nblock, k);
+    V[k] = a.first.x + a.bad;
+    V[k + nblock] = a.first.y + a.bad;
+    V[k + 2 * nblock] = a.second.x + a.bad;
+    V[k + 3 * nblock] = a.second.y + a.bad;
   });
 }
 
 // ---- pairs of tensors: A x = lambda B x
 
-// The lower triangle of B = L L'.
+// The lower triangle of B = L L', both at a scale of their own, and what values are to be multiplied by for the scales of A and B.
 struct Cholesky {
   double l11[kScratchPoints], l21[kScratchPoints], l31[kScratchPoints], l22[kScratchPoints], l32[kScratchPoints],
       l33[kScratchPoints];
+  double back[kScratchPoints];
 };
+// A tensor times its scale.
+struct ScaledTensor {
+  double s11, s22, s33, s12, s23, s13;
+  Scale scale;
+};
+SA_INLINE ScaledTensor loadScaled(const double* S, int64_t n, int k) {
+  const double s11 = S[k], s22 = S[k + n], s33 = S[k + 2 * n], s12 = S[k + 3 * n], s23 = S[k + 4 * n],
+               s13 = S[k + 5 * n];
+  const Scale f = scaleForSums(vm::max(magnitude(s11, s22, s33), magnitude(s12, s23, s13)));
+  return {s11 * f.factor, s22 * f.factor, s33 * f.factor, s12 * f.factor, s23 * f.factor, s13 * f.factor, f};
+}
 
 // Leaves inv(L) A inv(L') in the scratch; NaN where B is not positive definite.
 template <bool kDirections>
@@ -184,14 +211,12 @@ SA_INLINE auto loadPair(int start, int64_t N, const double* A, const double* B, 
                         JacobiScratch<kDirections>& w) {
   return [=, &c, &w](int i) SA_POINT {
     const int k = start + i;
-    const double b11 = B[k], b22 = B[k + N], b33 = B[k + 2 * N], b12 = B[k + 3 * N], b23 = B[k + 4 * N],
-                 b13 = B[k + 5 * N];
+    const auto [b11, b22, b33, b12, b23, b13, scaleB] = loadScaled(B, N, k);
     const double l11 = b11 > 0.0 ? __builtin_sqrt(b11) : kNaN, l21 = b12 / l11, l31 = b13 / l11;
     const double d2 = b22 - l21 * l21, l22 = d2 > 0.0 ? __builtin_sqrt(d2) : kNaN, l32 = (b23 - l31 * l21) / l22;
     const double d3 = b33 - l31 * l31 - l32 * l32, l33 = d3 > 0.0 ? __builtin_sqrt(d3) : kNaN;
     // Y = inv(L) A column by column, then C = Y inv(L')
-    const double a11 = A[k], a22 = A[k + N], a33 = A[k + 2 * N], a12 = A[k + 3 * N], a23 = A[k + 4 * N],
-                 a13 = A[k + 5 * N];
+    const auto [a11, a22, a33, a12, a23, a13, scaleA] = loadScaled(A, N, k);
     const double y11 = a11 / l11, y12 = a12 / l11, y13 = a13 / l11;
     const double y21 = (a12 - l21 * y11) / l22, y22 = (a22 - l21 * y12) / l22, y23 = (a23 - l21 * y13) / l22;
     const double y31 = (a13 - l31 * y11 - l32 * y21) / l33, y32 = (a23 - l31 * y12 - l32 * y22) / l33;
@@ -203,6 +228,7 @@ SA_INLINE auto loadPair(int start, int64_t N, const double* A, const double* B, 
     w.a12[i] = c21, w.a23[i] = c32, w.a13[i] = c31;
     c.l11[i] = l11, c.l21[i] = l21, c.l31[i] = l31;
     c.l22[i] = l22, c.l32[i] = l32, c.l33[i] = l33;
+    c.back[i] = scaleA.back * scaleB.factor;
   };
 }
 
@@ -238,8 +264,10 @@ SA_KERNEL(GLO_UTI_GENEIG33, (const int32_t* nblock, const double* A, const doubl
     diagonalise(n, w, done, loadPair(start, N, A, B, c, w));
     forPoints(n, [=, &c, &done](int i) SA_POINT {
       const Axes y = sorted<Order::Increasing>(axesOf(done, i));
-      storeValues(y, P, N, start + i);
-      storeDirections({backward(c, i, y.first), backward(c, i, y.second), backward(c, i, y.third)}, V, N, start + i);
+      const double bad = notFinite(y);
+      storeValues(y, bad, done.back[i] * c.back[i], P, N, start + i);
+      storeDirections({backward(c, i, y.first), backward(c, i, y.second), backward(c, i, y.third)}, bad, V, N,
+                      start + i);
     });
   });
 }
@@ -251,8 +279,10 @@ SA_KERNEL(GLO_UTI_GENEIG33VECTOR, (const int32_t* nblock, const double* A, const
     JacobiScratch<false> w, done;
     Cholesky c;
     diagonalise(n, w, done, loadPair(start, N, A, B, c, w));
-    forPoints(n,
-              [=, &done](int i) SA_POINT { storeValues(sorted<Order::Increasing>(axesOf(done, i)), P, N, start + i); });
+    forPoints(n, [=, &c, &done](int i) SA_POINT {
+      const Axes y = sorted<Order::Increasing>(axesOf(done, i));
+      storeValues(y, notFinite(y), done.back[i] * c.back[i], P, N, start + i);
+    });
   });
 }
 

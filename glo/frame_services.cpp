@@ -8,6 +8,7 @@
 #include "utl_getDate.h"
 #include "utl_getTime.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace sa {
@@ -68,10 +69,11 @@ SA_EXPORT void GLO_GETPROCEDURETYPE(const int32_t* procedureId, char* text, int6
 SA_EXPORT void GLO_UTI_GETVERSIONDATETIME(char* text, int64_t textLength) {
   static constexpr int32_t kLongest = 64; // characters of a date or a time
   char date[kLongest], time[kLongest];
-  const std::string_view parts[] = {" DATE ",
-                                    {date, static_cast<std::size_t>(utl_getDate(date, kLongest))},
-                                    "  TIME ",
-                                    {time, static_cast<std::size_t>(utl_getTime(time, kLongest))}};
+  const auto field = [](const char* characters, int32_t length) {
+    return std::string_view(characters, static_cast<std::size_t>(std::clamp(length, 0, kLongest)));
+  };
+  const std::string_view parts[] = {" DATE ", field(date, utl_getDate(date, kLongest)), "  TIME ",
+                                    field(time, utl_getTime(time, kLongest))};
   std::size_t dateAndTime = 0;
   for (std::string_view part : parts) dateAndTime += part.size();
 

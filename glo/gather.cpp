@@ -97,7 +97,7 @@ SA_KERNEL(GLO_ASM_INITINT, (const int32_t* n, SA_UNREAD unused, const int32_t* v
              const double* G),                                                                                         \
             (nblock, ncomp, ld, map, L, G)) {                                                                          \
     if (*nblock < 1) return;                                                                                           \
-    const int points = *nblock * (nodes);                                                                              \
+    const int64_t points = int64_t{nodes} * *nblock;                                                                   \
     gather(points, *ncomp, map, L, Column{points}, G, Record{*ld});                                                    \
   }
 SA_GATHER_NODES(GLO_UTI_C3D10MGATHER, 10)

@@ -3,9 +3,14 @@
 // A sweep rotates in the planes (1,3), (1,2), (2,3).  Each rotation is two short vector passes over the active points: one
 // finds the angles, where divisions and roots are long chains, one applies them.  After a sweep the points that still moved
 // are packed together, so that the next sweep runs over them with unit stride and finished points cost nothing.
+//
+// Tensors beyond the middle of the range of doubles are scaled by a power of two on the way in: products of sines with numbers
+// near the smallest double would be rounded to whole multiples of it, so that rotations undo each other and never end, and sums
+// near the largest one would overflow.  Whoever takes values out of the scratch multiplies them by `back` of their point.
 #pragma once
 
 #include "glo/kernel.h"
+#include "glo/scale.h"
 
 #include <cstdint>
 #include <limits>
@@ -31,6 +36,8 @@ struct JacobiScratch {
   double c[kScratchPoints], s[kScratchPoints], t[kScratchPoints];
   double moving[kScratchPoints];
   int place[kScratchPoints];
+  double
+      back[kScratchPoints]; // times a value of the scratch: the value of the tensor; by place in the piece, not packed
 };
 
 // The angle of one rotation in plane (p, q).  `t` is handed on to the update of the matrix; who needs none leaves it 0.
@@ -118,7 +125,7 @@ struct PreciseRotation {
 // One rotation of all n active points in the plane (p, q), with r the third axis.
 template <class Rotation, bool kDirections>
 SA_INLINE void rotatePlane(int n, JacobiScratch<kDirections>& w, double* app, double* aqq, double* apq, double* apr,
-                           double* aqr, [[maybe_unused]] int p, [[maybe_unused]] int q) {
+                           double* aqr, [[maybe_unused]] int64_t p, [[maybe_unused]] int64_t q) {
   forPoints(n, [=, &w](int i) SA_POINT {
     const PlaneAngle r = Rotation::angle(app[i], aqq[i], apq[i]);
     w.c[i] = r.c;
@@ -164,13 +171,44 @@ SA_INLINE void pack(int n, const int* kept, JacobiScratch<kDirections>& w) {
     for (auto& component : w.v) move(component);
 }
 
+// Cyclic rotations by at most 45 degrees converge, for a finite tensor in a handful of sweeps; the bound keeps a loop that
+// rounding might keep alive from hanging its host.  A point that reaches it keeps the values and directions that it then has.
+// Source: G. E. Forsythe, P. Henrici, Trans. Amer. Math. Soc. 94 (1960) 1.
+constexpr int kMostSweeps = 40;
+
+// The scale of point i of the scratch.  A diagonal tensor has no sums that could overflow and keeps its small values.
+template <bool kDirections>
+SA_INLINE void scaleTensor(JacobiScratch<kDirections>& w, int i) {
+  const double a11 = w.a11[i], a22 = w.a22[i], a33 = w.a33[i], a12 = w.a12[i], a23 = w.a23[i], a13 = w.a13[i];
+  const double direct = magnitude(a11, a22, a33), shear = magnitude(a12, a23, a13);
+  const Scale scale = scaleForSums(shear == 0.0 ? vm::min(direct, 1.0) : vm::max(direct, shear));
+  w.a11[i] = a11 * scale.factor;
+  w.a22[i] = a22 * scale.factor;
+  w.a33[i] = a33 * scale.factor;
+  w.a12[i] = a12 * scale.factor;
+  w.a23[i] = a23 * scale.factor;
+  w.a13[i] = a13 * scale.factor;
+  w.back[i] = scale.back;
+}
+
 // Diagonalises the tensors that load(i) leaves in the scratch for the points i = 0 .. n - 1 of a piece (n at most
 // kScratchPoints) and hands finished points over: store(count, finished, w), finished[j] being a position in the scratch.
-// A point whose angles are not numbers does not move: it is finished after the sweep in which that shows.
+// A point whose angles are not numbers does not move: it is finished after the sweep in which that shows.  Every point is
+// finished after kMostSweeps.
 template <class Rotation, bool kDirections, class Load, class Store>
 SA_INLINE void jacobi(int n, JacobiScratch<kDirections>& w, Load load, Store store) {
   forPoints(n, load);
-  forPoints(n, [&w](int i) SA_POINT { w.place[i] = i; });
+  forPoints(n, [&w](int i) SA_POINT {
+    w.place[i] = i;
+    w.back[i] = 1.0;
+  });
+  int beyond = 0; // pieces of ordinary tensors are spared the scaling, which would change none of their bits
+#pragma omp simd reduction(| : beyond)
+  for (int i = 0; i < n; ++i) {
+    const double largest = vm::max(magnitude(w.a11[i], w.a22[i], w.a33[i]), magnitude(w.a12[i], w.a23[i], w.a13[i]));
+    beyond |= static_cast<int>(largest < 0x1p-500) | static_cast<int>(largest > 0x1p+1019);
+  }
+  if (beyond != 0) forPoints(n, [&w](int i) SA_POINT { scaleTensor(w, i); });
   if constexpr (kDirections)
     for (int k = 0; k < 9; ++k) {
       const double unit = k % 4 == 0 ? 1.0 : 0.0;
@@ -179,7 +217,7 @@ SA_INLINE void jacobi(int n, JacobiScratch<kDirections>& w, Load load, Store sto
     }
 
   int active = n;
-  while (active > 0) {
+  for (int sweep = 1; active > 0; ++sweep) {
     forPoints(active, [&w](int i) SA_POINT { w.moving[i] = 0.0; });
     rotatePlane<Rotation>(active, w, w.a11, w.a33, w.a13, w.a12, w.a23, 0, 2);
     rotatePlane<Rotation>(active, w, w.a11, w.a22, w.a12, w.a13, w.a23, 0, 1);
@@ -188,7 +226,7 @@ SA_INLINE void jacobi(int n, JacobiScratch<kDirections>& w, Load load, Store sto
     int kept[kScratchPoints], finished[kScratchPoints];
     int keptCount = 0, finishedCount = 0;
     for (int i = 0; i < active; ++i) {
-      const int moves = w.moving[i] != 0.0;
+      const int moves = w.moving[i] != 0.0 && sweep < kMostSweeps;
       kept[keptCount] = i;
       finished[finishedCount] = i;
       keptCount += moves;
@@ -201,8 +239,5 @@ SA_INLINE void jacobi(int n, JacobiScratch<kDirections>& w, Load load, Store sto
     active = keptCount;
   }
 }
-
-// 0 where all three are finite, else NaN.
-SA_INLINE double spoiled(double x, double y, double z) { return (x - x) + (y - y) + (z - z); }
 
 } // namespace sa

@@ -1,6 +1,8 @@
 // The frame of every kernel: how a routine is exported, compiled for several instruction sets, and run over a block.
 #pragma once
 
+#include "glo/arithmetic.h"
+
 #include <cstdint>
 
 #define SA_EXPORT extern "C" __attribute__((visibility("default")))
@@ -21,7 +23,10 @@
 #define SA_KERNEL(name, parameters, arguments)                                                                         \
   SA_CLONES                                                                                                            \
   static void name##_clones parameters;                                                                                \
-  SA_EXPORT void name parameters { name##_clones arguments; }                                                          \
+  SA_EXPORT void name parameters {                                                                                     \
+    const sa::OwnArithmetic arithmetic;                                                                                \
+    name##_clones arguments;                                                                                           \
+  }                                                                                                                    \
   SA_CLONES                                                                                                            \
   static void name##_clones parameters
 
@@ -37,19 +42,21 @@ namespace sa {
 // worked off in pieces of this length.
 constexpr int kScratchPoints = 136;
 
-// body(i) for the points i = 0 .. n - 1, vectorised.
-template <class Body>
-SA_INLINE void forPoints(int n, Body body) {
+// body(i) for the points i = 0 .. n - 1, vectorised; numbers of more than 32 bits where n has them.
+template <class Count, class Body>
+SA_INLINE void forPoints(Count n, Body body) {
 #pragma omp simd
-  for (int i = 0; i < n; ++i) body(i);
+  for (Count i = 0; i < n; ++i) body(i);
 }
 
-// piece(start, length) for consecutive pieces of at most kScratchPoints points.
-template <class Piece>
+// piece(start, length) for consecutive pieces of at most kLongest points.
+template <int kLongest = kScratchPoints, class Piece>
 SA_INLINE void forPieces(int n, Piece piece) {
-  for (int start = 0; start < n; start += kScratchPoints) {
-    const int rest = n - start;
-    piece(start, rest < kScratchPoints ? rest : kScratchPoints);
+  for (int start = 0, rest = n; rest > 0;) {
+    const int length = rest < kLongest ? rest : kLongest;
+    piece(start, length);
+    rest -= length;
+    start += length; // at most n
   }
 }
 

@@ -1,6 +1,7 @@
 // Determinants, inverses and solutions of 3 x 3 systems.
 #include "glo.h"
 #include "glo/kernel.h"
+#include "glo/scale.h"
 #include "glo/tensor.h"
 
 #include <limits>
@@ -27,8 +28,7 @@ SA_INLINE Equation eliminate(const Equation& row, double factor, const Equation&
 // Each row divided by its largest coefficient: pivots compare as if all equations had one scale.
 SA_INLINE Equation scaled(const Equation& row) {
   constexpr double kTiny = std::numeric_limits<double>::min();
-  const double a = __builtin_fabs(row.a), b = __builtin_fabs(row.b), c = __builtin_fabs(row.c);
-  const double ab = a > b ? a : b, largest = ab > c ? ab : c;
+  const double largest = magnitude(row.a, row.b, row.c);
   const double g = largest <= kTiny ? 1.0 : 0.0, f = (1.0 - g) / (largest + g);
   return {row.a * f, row.b * f, row.c * f, row.r * f};
 }
@@ -38,10 +38,12 @@ struct Solution {
 };
 
 // Elimination with row pivoting, by blends.  A system is singular when a pivot is below the rounding of its scaled rows;
-// then nothing is solved.
+// then nothing is solved.  Coefficients that are not finite have no pivots either, and leave NaN.
 SA_INLINE Solution solve(Equation p, Equation q, Equation r) {
   constexpr double kRounding = 4.0 * 0x1p-52;
   p = scaled(p), q = scaled(q), r = scaled(r);
+  // 0 or NaN: a scaled infinity is NaN
+  const double bad = 0.0 * __builtin_fabs((p.a + p.b + p.c) + (q.a + q.b + q.c) + (r.a + r.b + r.c));
   const bool qLarger = __builtin_fabs(q.a) > __builtin_fabs(p.a);
   const Equation p1 = blend(qLarger, q, p), q1 = blend(qLarger, p, q);
   const bool rLarger = __builtin_fabs(r.a) > __builtin_fabs(p1.a);
@@ -56,7 +58,7 @@ SA_INLINE Solution solve(Equation p, Equation q, Equation r) {
   const double z = r4.r / (r4.c + noPivot3), y = (q3.r - q3.c * z) * second;
   const double x = (p2.r - p2.b * y - p2.c * z) * first;
   const bool singular = noPivot1 + noPivot2 + noPivot3 > 0.0;
-  return {singular ? 0.0 : x, singular ? 0.0 : y, singular ? 0.0 : z, singular ? 1.0 : 0.0};
+  return {singular ? bad : x, singular ? bad : y, singular ? bad : z, singular ? 1.0 : 0.0};
 }
 
 // Row a of the matrices of a block, with a right-hand side.

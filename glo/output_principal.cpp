@@ -120,10 +120,10 @@ struct SpatialScratch {
       Principal c{d3, done.v[6][j], done.v[7][j], done.v[8][j]};
       order(a, b), order(b, c), order(a, b);
       const Quaternion q = quaternionOf({a.x, a.y, a.z, b.x, b.y, b.z, c.x, c.y, c.z});
-      const double bad = spoiled(d1, d2, d3); // a zero that changes no sign is subtracted
-      out.values.column[0][j] = a.value - bad;
-      out.values.column[1][j] = b.value - bad;
-      out.values.column[2][j] = c.value - bad;
+      const double bad = spoiled(d1, d2, d3), back = done.back[j]; // a zero that changes no sign is subtracted
+      out.values.column[0][j] = a.value * back - bad;
+      out.values.column[1][j] = b.value * back - bad;
+      out.values.column[2][j] = c.value * back - bad;
       out.setDirection(j, {q.x - bad, q.y - bad, q.z - bad, q.w - bad});
     });
   }

@@ -82,7 +82,7 @@ template <int kReals>
 SA_INLINE void writeRecords(int n, const RecordScratch<kReals>& from, double* out, int64_t distance) {
   if (distance == kReals)
     forPoints(n, [=, &from](int j) SA_POINT {
-      for (int k = 0; k < kReals; ++k) out[kReals * j + k] = from.column[k][j];
+      for (int k = 0; k < kReals; ++k) out[int64_t{kReals} * j + k] = from.column[k][j];
     });
   else
     for (int j = 0; j < n; ++j)
@@ -95,7 +95,10 @@ SA_INLINE void writeRecords(int n, const RecordScratch<kReals>& from, double* ou
 
 // A second name of a kernel of the same file.
 #define SA_SAME_KERNEL(name, kernel, parameters, arguments)                                                            \
-  SA_EXPORT void name parameters { kernel##_clones arguments; }
+  SA_EXPORT void name parameters {                                                                                     \
+    const OwnArithmetic arithmetic;                                                                                    \
+    kernel##_clones arguments;                                                                                         \
+  }
 
 // Where a block stands among the elements that sets name.
 #define SA_BLOCK_PLACE                                                                                                 \

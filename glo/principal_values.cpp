@@ -14,11 +14,12 @@ SA_INLINE void principalS33(Points point, int n, int64_t nblock, const double* S
   JacobiScratch<true> w;
   jacobi<BoundedRotation>(n, w, loadS33(point, nblock, S, w), [=](int count, const int* finished, auto& done) SA_POINT {
     for (int j = 0; j < count; ++j) {
-      const int f = finished[j], k = point(done.place[f]);
+      const int f = finished[j], place = done.place[f], k = point(place);
       const bool bad = spoiled(done.a11[f], done.a22[f], done.a33[f]) != 0.0;
-      P[k] = bad ? kNaN : done.a11[f];
-      P[k + nblock] = bad ? kNaN : done.a22[f];
-      P[k + 2 * nblock] = bad ? kNaN : done.a33[f];
+      const double back = done.back[place];
+      P[k] = bad ? kNaN : done.a11[f] * back;
+      P[k + nblock] = bad ? kNaN : done.a22[f] * back;
+      P[k + 2 * nblock] = bad ? kNaN : done.a33[f] * back;
       for (int d = 0; d < 9; ++d) V[k + d * nblock] = bad ? kNaN : done.v[d][f];
     }
   });
@@ -30,18 +31,19 @@ SA_INLINE void sortedValuesS33(Points point, int n, int64_t nblock, const double
   jacobi<ClassicRotation>(n, w, loadS33(point, nblock, S, w), [=](int count, const int* finished, auto& done) SA_POINT {
     for (int j = 0; j < count; ++j) {
       // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.Assign): the first count entries are there
-      const int f = finished[j], k = point(done.place[f]);
+      const int f = finished[j], place = done.place[f], k = point(place);
       const double d1 = done.a11[f], d2 = done.a22[f], d3 = done.a33[f];
       const bool bad = spoiled(d1, d2, d3) != 0.0;
+      const double back = done.back[place];
       const double d12 = d1 > d2 ? d1 : d2, largest = d12 > d3 ? d12 : d3;
       // the pair that is left when the largest is taken away; of equal ones the last is taken
       double x = d1, y = d2;
       if (__builtin_fabs(largest - d1) <= kTiny) x = d2, y = d3;
       if (__builtin_fabs(largest - d2) <= kTiny) x = d1, y = d3;
       if (__builtin_fabs(largest - d3) <= kTiny) x = d1, y = d2;
-      P[k] = bad ? kNaN : (x < y ? x : y);
-      P[k + nblock] = bad ? kNaN : (x < y ? y : x);
-      P[k + 2 * nblock] = bad ? kNaN : largest;
+      P[k] = bad ? kNaN : (x < y ? x : y) * back;
+      P[k + nblock] = bad ? kNaN : (x < y ? y : x) * back;
+      P[k + 2 * nblock] = bad ? kNaN : largest * back;
     }
   });
 }

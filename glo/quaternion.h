@@ -3,6 +3,7 @@
 // A spatial quaternion is x, y, z, w, the scalar last; a plane one, about axis 3, keeps z and w.
 #pragma once
 
+#include "glo/scale.h"
 #include "glo/vmath.h"
 
 #include <cstdint>
@@ -61,6 +62,14 @@ SA_INLINE PlaneQuaternion conjugate(const PlaneQuaternion& q) { return {-q.z, q.
 
 SA_INLINE double length(const Quaternion& q) { return __builtin_sqrt(q.x * q.x + q.y * q.y + q.z * q.z + q.w * q.w); }
 SA_INLINE double length(const PlaneQuaternion& q) { return __builtin_sqrt(q.z * q.z + q.w * q.w); }
+
+// The rotation by at most half a turn that a quaternion of any length but zero stands for, w >= 0.
+SA_INLINE Quaternion rotationOf(const Quaternion& q) {
+  const double s = scaleForSquares(vm::max(magnitude(q.x, q.y, q.z), __builtin_fabs(q.w))).factor;
+  const Quaternion p{q.x * s, q.y * s, q.z * s, q.w * s};
+  const double f = (p.w < 0.0 ? -1.0 : 1.0) / length(p);
+  return {p.x * f, p.y * f, p.z * f, p.w * f};
+}
 
 // Point i of a block of n points.
 template <class Q>

@@ -100,15 +100,19 @@ SA_KERNEL(GLO_UTI_QUAT2DALGEBRA,
 }
 
 SA_EXPORT void GLO_UTI_MULT3DQUAT(double* out, const double* a, const double* b) {
+  const OwnArithmetic arithmetic;
   store(out, 1, 0, conjugateProduct(load<Quaternion>(a, 1, 0), load<Quaternion>(b, 1, 0)), 1.0, 1.0);
 }
 SA_EXPORT void GLO_UTI_MULT2DQUAT(double* out, const double* a, const double* b) {
+  const OwnArithmetic arithmetic;
   store(out, 1, 0, conjugateProduct(load<PlaneQuaternion>(a, 1, 0), load<PlaneQuaternion>(b, 1, 0)), 1.0, 1.0);
 }
 SA_EXPORT void GLO_UTI_GENMULT3DQUAT(const int32_t* op, double* out, const double* a, const double* b) {
+  const OwnArithmetic arithmetic;
   single<Quaternion>(*op, out, a, b);
 }
 SA_EXPORT void GLO_UTI_GENMULT2DQUAT(const int32_t* op, double* out, const double* a, const double* b) {
+  const OwnArithmetic arithmetic;
   single<PlaneQuaternion>(*op, out, a, b);
 }
 
@@ -141,11 +145,7 @@ SA_KERNEL(GLO_UTI_COMPROTVEC, (const int32_t* nblock, double* R, const double* A
 
 SA_KERNEL(GLO_UTI_ANGLESFROMQUATERNIONS, (const int32_t* nblock, const double* Q, double* R), (nblock, Q, R)) {
   const int64_t N = *nblock;
-  rotationVectors(*nblock, R, [=](int i) SA_POINT {
-    const Quaternion q = load<Quaternion>(Q, N, i);
-    const double f = (q.w < 0.0 ? -1.0 : 1.0) / length(q);
-    return Quaternion{q.x * f, q.y * f, q.z * f, q.w * f};
-  });
+  rotationVectors(*nblock, R, [=](int i) SA_POINT { return rotationOf(load<Quaternion>(Q, N, i)); });
 }
 
 SA_KERNEL(GLO_UTI_INITROTATIONMATRIX, (const int32_t* nblock, double* R), (nblock, R)) {

@@ -16,19 +16,6 @@ SA_INLINE Key keyOf(const Key* keys, int32_t entity) {
   return keys[entity - 1];
 }
 
-// Each entry moves left past every strictly greater key.  The only one of these sorts that knows what to do with NaN keys:
-// they compare as neither greater nor less, so they stop what would pass them.
-template <class Key>
-void insertionSort(int32_t* list, const Key* keys, int n) {
-  for (int k = 1; k < n; ++k) {
-    const int32_t entry = list[k];
-    const Key key = keyOf(keys, entry);
-    int place = k;
-    for (; place > 0 && keyOf(keys, list[place - 1]) > key; --place) list[place] = list[place - 1];
-    list[place] = entry;
-  }
-}
-
 // The place of an entry is the number of smaller keys, and of equal keys before it.  Every entry in turn is compared with
 // all of a chunk of places, which are counted up in vectors: n*n comparisons and no branch that depends on a key.
 template <class Key>
@@ -41,7 +28,7 @@ SA_INLINE void rankSort(int32_t* list, const Key* keys, int n) {
     key[k] = keyOf(keys, entry[k]);
   }
   for (int k = n; k < kRun; ++k) key[k] = Key{}; // the rest of the last chunk is counted and not used
-  for (int chunk = 0; chunk < n; chunk += kChunk) {
+  forPieces<kChunk>(n, [=, &key, &entry](int chunk, int length) SA_POINT {
     Count place[kChunk] = {};
     const Key* own = key + chunk;
     const auto count = [&place, own](Key other, auto precedes) SA_POINT {
@@ -49,14 +36,14 @@ SA_INLINE void rankSort(int32_t* list, const Key* keys, int n) {
       for (int j = 0; j < kChunk; ++j) place[j] += precedes(other, own[j], j) ? 1 : 0;
     };
     for (int k = 0; k < chunk; ++k) count(key[k], [](Key other, Key mine, int) SA_POINT { return other <= mine; });
-    const int last = n < chunk + kChunk ? n : chunk + kChunk;
+    const int last = chunk + length;
     for (int k = chunk; k < last; ++k)
       count(key[k], [k, chunk](Key other, Key mine, int j) SA_POINT {
         return static_cast<int>(other < mine) | (static_cast<int>(other == mine) & static_cast<int>(k < chunk + j));
       });
     for (int k = last; k < n; ++k) count(key[k], [](Key other, Key mine, int) SA_POINT { return other < mine; });
-    for (int j = 0; j < last - chunk; ++j) list[place[j]] = entry[chunk + j];
-  }
+    for (int j = 0; j < length; ++j) list[place[j]] = entry[chunk + j];
+  });
 }
 
 // Merges the sorted ranges [first, middle) and [middle, last) in place: the longer one is cut in half, the cut is looked up
@@ -80,23 +67,35 @@ void mergeRuns(int32_t* list, const Key* keys, int first, int middle, int last) 
   }
 }
 
+// The number of entries before the first one whose key is NaN.
 template <class Key>
-SA_INLINE bool anyNaN(const int32_t* list, const Key* keys, int n) {
+SA_INLINE int countNumbers(const int32_t* list, const Key* keys, int n) {
   if constexpr (std::is_floating_point_v<Key>)
     for (int k = 0; k < n; ++k)
-      if (keyOf(keys, list[k]) != keyOf(keys, list[k])) return true;
-  return false;
+      if (keyOf(keys, list[k]) != keyOf(keys, list[k])) return k;
+  return n;
 }
 
 template <class Key>
-SA_INLINE void sortByKey(int32_t* list, const Key* keys, int n) {
-  if (n < 2) return;
-  if (anyNaN(list, keys, n)) return insertionSort(list, keys, n);
-  for (int first = 0; first < n; first += kRun) rankSort(list + first, keys, std::min(kRun, n - first));
+SA_INLINE void sortNumbers(int32_t* list, const Key* keys, int n) {
+  forPieces<kRun>(n, [=](int first, int length) SA_POINT { rankSort(list + first, keys, length); });
   for (int64_t run = kRun; run < n; run *= 2)
     for (int64_t first = 0; first + run < n; first += 2 * run)
       mergeRuns(list, keys, static_cast<int>(first), static_cast<int>(first + run),
-                static_cast<int>(std::min<int64_t>(first + 2 * run, n)));
+                static_cast<int>(std::min<int64_t>(first + run + run, n)));
+}
+
+// A NaN compares as neither greater nor less than any key: insertion stops at it and leaves it in its place, so that the
+// stretches between such keys are sorted by themselves.
+template <class Key>
+SA_INLINE void sortByKey(int32_t* list, const Key* keys, int n) {
+  for (int rest = n; rest > 0;) {
+    const int length = countNumbers(list, keys, rest);
+    if (length > 1) sortNumbers(list, keys, length);
+    if (length == rest) break;
+    list += length + 1;
+    rest -= length + 1;
+  }
 }
 
 } // namespace

@@ -33,5 +33,5 @@ SA_EXPORT int32_t GLO_UTI_ITENSORID(SA_UNREAD procedure, const int32_t* element,
 
 SA_EXPORT int32_t GLO_UTI_SQ2TRSTORAGE(const int32_t* i, const int32_t* j) {
   const int64_t m = std::max(*i, *j), n = std::min(*i, *j);
-  return static_cast<int32_t>(n + (m * m - m) / 2);
+  return static_cast<int32_t>(n + (m * m - m) / 2); // NOLINT(counts): a position is a 32-bit integer, modulo 2^32
 }

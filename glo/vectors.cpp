@@ -14,7 +14,7 @@ SA_INLINE T sumOf(int n, const T* a) {
   constexpr int kLanes = 8;
   T part[kLanes] = {};
   const int whole = n / kLanes * kLanes;
-  for (int i = 0; i < whole; i += kLanes) {
+  for (int64_t i = 0; i < whole; i += kLanes) {
 #pragma omp simd
     for (int lane = 0; lane < kLanes; ++lane) part[lane] += a[i + lane];
   }
@@ -41,12 +41,12 @@ SA_INLINE double extremeOf(int n, double start, Value value) {
   constexpr int kLanes = 8;
   double best[kLanes];
   for (double& b : best) b = start;
-  const auto take = [&best, value](int lane, int i) SA_POINT {
+  const auto take = [&best, value](int lane, int64_t i) SA_POINT {
     const double v = value(i), b = best[lane];
     best[lane] = Order::wins(v, b) && b == b ? v : b;
   };
   const int whole = n / kLanes * kLanes;
-  for (int i = 0; i < whole; i += kLanes) {
+  for (int64_t i = 0; i < whole; i += kLanes) {
 #pragma omp simd
     for (int lane = 0; lane < kLanes; ++lane) take(lane, i + lane);
   }
@@ -163,16 +163,16 @@ SA_KERNEL(GLO_UTI_VSUMR1, (const int32_t* n, double* sum, const double* a), (n, 
 }
 
 SA_KERNEL(GLO_UTI_MAXARRAYR, (const int32_t* n, const double* a, double* result), (n, a, result)) {
-  if (*n >= 1) *result = extremeOf<Greater>(*n, a[0], [a](int i) SA_POINT { return a[i]; });
+  if (*n >= 1) *result = extremeOf<Greater>(*n, a[0], [a](int64_t i) SA_POINT { return a[i]; });
 }
 SA_KERNEL(GLO_UTI_MINARRAYR, (const int32_t* n, const double* a, double* result), (n, a, result)) {
-  if (*n >= 1) *result = extremeOf<Less>(*n, a[0], [a](int i) SA_POINT { return a[i]; });
+  if (*n >= 1) *result = extremeOf<Less>(*n, a[0], [a](int64_t i) SA_POINT { return a[i]; });
 }
 SA_KERNEL(GLO_UTI_MINNONZEROR, (const int32_t* n, const double* a, double* result), (n, a, result)) {
   constexpr double kNone = std::numeric_limits<double>::infinity();
   double any = 0.0;
   for (int i = 0; i < *n; ++i) any = a[i] != 0.0 ? 1.0 : any;
-  if (any != 0.0) *result = extremeOf<Less>(*n, kNone, [a](int i) SA_POINT { return a[i] == 0.0 ? kNone : a[i]; });
+  if (any != 0.0) *result = extremeOf<Less>(*n, kNone, [a](int64_t i) SA_POINT { return a[i] == 0.0 ? kNone : a[i]; });
 }
 
 } // namespace sa

@@ -8,8 +8,10 @@
  *
  *  Codes.  A diagnostic has a 32-bit type code of the host's metadata, which says what it is (error or not) and how many
  *  integers, reals, strings, nodes and elements it carries; the five arrays hold as many values, and an array of which a code
- *  carries none is not read.  A code that the metadata does not know, or that is no error in a call for errors and so on,
- *  becomes an internal error with the text "Invalid ... code in call to ..." and nothing else is recorded.
+ *  carries none is not read.  A null pointer where values are expected counts as zeros and empty texts.  Texts of diagnostics
+ *  may be of any length; the twins take them up to their trailing blanks, or to a zero byte.  A code that the metadata does
+ *  not know, or that is no error in a call for errors and so on, becomes an internal error with the text "Invalid ... code in
+ *  call to ..." and nothing else is recorded.
  *  Node and element numbers of the solver are stored as instance name and number in the instance, the instance being
  *  "PART-1-1" in a model without parts.  A string that begins with " L" is a label reference and is stored as its name.
  *
@@ -19,10 +21,19 @@
  *  a thread that has called acd_handler_setactive_xpl_c collects errors, warnings, element and contact diagnostics in its own
  *  handler (acd_block_handler.h) until acd_comm_blocks brings them to the owner.  The handler and its active state belong to
  *  the thread: each thread that reports calls acd_handler_setactive_xpl_c itself.  On the owner, and where the handler is
- *  inactive, diagnostics go straight to the extractor.
+ *  inactive, diagnostics go straight to the extractor; threads may report there at once.  A handler that is deleted, at the
+ *  end of its thread or by acd_finalize, takes with it what nobody has gathered: acd_block_handler::Consolidate moves the
+ *  records of one thread to another.
  *
- *  Printing.  While the execution code of the extractor is 1, errors, warnings and cutbacks are also printed in upper case on
- *  unit 7, and those whose metadata ask for it go to the status channel.
+ *  Printing.  Each extractor has an execution code of its own, 0 at first: acd_set_execode_c sets that of the plain names,
+ *  acd_set_execode_xpl_c that of the names with _xpl and of everything that acd_comm_blocks or Consolidate files, whichever
+ *  entry has recorded it.  While it is 1, and only then,
+ *    errors and warnings   are printed on unit 7 in upper case after an empty line, where the print flag is 1 (any other value
+ *                          counts as 0), and go to the status channel where their metadata ask for it
+ *    internal errors       are printed on unit 7, and go to the status channel, by the text of their code
+ *    the others            are neither printed nor sent; the print flag of element and contact diagnostics has no effect
+ *  A cutback is printed by its flag alone.  Lines are broken at blanks and hold at most 79 characters; there is no limit to
+ *  their number.
  *
  *  CONTENTS
  *    Lifecycle                          acd_...                                                2
@@ -62,7 +73,7 @@ void acd_finalize(int32_t* counter);
 
 /** A step begins.
  *  @param[in] number     (1), -: step number
- *  @param[in] name       (*), text: step name, up to 1024 characters
+ *  @param[in] name       (*), text: step name, of which the first 1024 characters count
  *  @param[in] procedure  (1), -: procedure code
  *  @param[in] flag1      (1), -: handed on to the extractor as true or false
  *  @param[in] flag2      (1), -: likewise
@@ -269,7 +280,7 @@ void acd_set_renumbered_xpl_c(int32_t flag);
 void ACD_SET_RENUMBERED_XPL(const int32_t* flag);
 
 /** File name of the diagnostic database.
- *  @param[in] fileName  (*), text: file name, up to 1024 characters
+ *  @param[in] fileName  (*), text: file name, of which the first 1024 characters count
  */
 void acd_set_ddbname_c(const char* fileName);
 
@@ -292,8 +303,9 @@ void acd_set_ddbname_xpl_c(const char* fileName);
  */
 void ACD_SET_DDBNAME_XPL(const char* fileName, int64_t fileNameLength);
 
-/** Execution code; while it is 1, diagnostics are printed as well.
- *  @param[in] code  (1), -: execution code
+/** Execution code of the implicit solver; while it is 1, what the plain entries record is printed as well.  Diagnostics of
+ *  the entries with _xpl need acd_set_execode_xpl_c.
+ *  @param[in] code  (1), -: 1: printed; any other: not printed
  */
 void acd_set_execode_c(int32_t code);
 
@@ -302,7 +314,8 @@ void acd_set_execode_c(int32_t code);
  */
 void ACD_SET_EXECODE(const int32_t* code);
 
-/** Execution code of the explicit solver.
+/** Execution code of the explicit solver; while it is 1, what the entries with _xpl record and what other processes send is
+ *  printed as well.
  *  @like acd_set_execode_c
  */
 void acd_set_execode_xpl_c(int32_t code);
@@ -422,7 +435,8 @@ int32_t acd_get_numelemdiagnostics_xpl_c(void);
 /** acd_get_numelemdiagnostics_xpl_c. */
 int32_t ACD_GET_NUMELEMDIAGNOSTICS_XPL(void);
 
-/** Adds 1 to the problems of the solver at nodes: integer 1 of the host's block CWARN. */
+/** Adds 1 to the problems of the solver at nodes: integer 1 of the host's block CWARN.  The additions of this and the next
+ *  two are atomic: threads may count at once. */
 void ACD_INC_KNPSOL(void);
 
 /** Adds 1 to the problems of the solver at elements: integer 2 of CWARN. */
@@ -435,7 +449,7 @@ void ACD_INC_KWARN(void);
  * Diagnostics
  * ------------------------------------------------------------------------------------------------------------------ */
 
-/** Records an error.
+/** Records an error.  Integer 19 of the host's block CLINES rises by 1 when it is printed or collected.
  *  @param[in] code      (1), -: type code of the diagnostic
  *  @param[in] ints      (*), -: integers
  *  @param[in] reals     (*), any: reals
@@ -456,7 +470,7 @@ void ACD_ERROR(const int32_t* code, const int32_t* ints, const double* reals, co
 
 /** Records a warning.
  *  @like acd_error_c
- *  @param[in] print  (1), -: 1: printed as well
+ *  @param[in] print  (1), -: 1: printed as well, while the execution code is 1; any other value: not
  */
 void acd_warning_c(int32_t code, const int32_t* ints, const double* reals, const char* const* strings,
                    const int32_t* nodes, const int32_t* elements, int32_t print);
@@ -498,8 +512,9 @@ void acd_warning_xpl_c(int32_t code, int32_t domain, const int32_t* ints, const 
 void ACD_WARNING_XPL(const int32_t* code, const int32_t* domain, const int32_t* ints, const double* reals,
                      const char* strings, const int32_t* nodes, const int32_t* elements, int64_t stringLength);
 
-/** Records a diagnostic of elements; any code of the general table.
+/** Records a diagnostic of elements; any code of the general table.  Nothing is printed.
  *  @like acd_warning_c
+ *  @param[in] print  (1), -: without effect
  */
 void acd_element_diagnostic_c(int32_t code, const int32_t* ints, const double* reals, const char* const* strings,
                               const int32_t* nodes, const int32_t* elements, int32_t print);
@@ -527,8 +542,9 @@ void ACD_ELEMENT_DIAGNOSTIC_XPL(const int32_t* code, const int32_t* domain, cons
                                 const char* strings, const int32_t* nodes, const int32_t* elements,
                                 int64_t stringLength);
 
-/** Records a diagnostic of contact; any code of the contact table.
+/** Records a diagnostic of contact; any code of the contact table.  Nothing is printed.
  *  @like acd_warning_c
+ *  @param[in] print  (1), -: without effect
  */
 void acd_contact_diagnostic_c(int32_t code, const int32_t* ints, const double* reals, const char* const* strings,
                               const int32_t* nodes, const int32_t* elements, int32_t print);
@@ -580,9 +596,9 @@ void acd_compatibility_diagnostic_c(int32_t constraint, const double* values);
 void ACD_COMPATIBILITY_DIAGNOSTIC(const int32_t* constraint, const double* values);
 
 /** Records a cutback and, when asked, prints "***NOTE: " and the reason on unit 7 after an empty line, in lines of at
- *  most 79 characters.
- *  @param[in] code   (1), -: reason 0 to 18; the caller guarantees the range
- *  @param[in] print  (1), -: 1: prints the reason
+ *  most 79 characters, whatever the execution code.
+ *  @param[in] code   (1), -: reason 0 to 18, not checked; 0 and any other code have no text
+ *  @param[in] print  (1), -: 1: prints the reason; any other value: not
  */
 void acd_cutback_diagnostic_c(int32_t code, int32_t print);
 
@@ -613,8 +629,9 @@ void acd_activestatus_xpl_c(const int32_t* active);
  */
 void ACD_ACTIVESTATUS_XPL(const int32_t* active);
 
-/** Records an error of the program itself. The error status becomes -2.
- *  @param[in] message  (*), text: what went wrong
+/** Records an error of the program itself, in any thread and without being collected. The error status becomes -2.  The
+ *  message is stored; what is printed while the execution code is 1 is the text of the code 0x41010020.
+ *  @param[in] message  (*), text: what went wrong, of any length
  */
 void acd_error_internal_c(const char* message);
 
@@ -641,7 +658,8 @@ void ACD_ERROR_INTERNAL_XPL(const char* message, int64_t messageLength);
  * Processes
  * ------------------------------------------------------------------------------------------------------------------ */
 
-/** The calling thread collects from now on, unless its process is the owner, which is rank 0. */
+/** The calling thread collects from now on, unless its process is the owner, which is rank 0.  A process has its rank by
+ *  then: what it was when the thread reported before does not count. */
 void acd_handler_setactive_xpl_c(void);
 
 /** acd_handler_setactive_xpl_c. */
@@ -649,7 +667,8 @@ void ACD_HANDLER_SETACTIVE_XPL(void);
 
 /** Brings what the calling thread of each process has collected to the owner, which files it in the explicit extractor
  *  with the rank as domain: ranks in increasing order, the records of a rank in the order of recording. Every process
- *  calls it. Does nothing in a thread whose handler is inactive. */
+ *  calls it, from one thread. Does nothing in a thread whose handler is inactive.  What is lost on the way, or does not
+ *  agree with its code, becomes an internal error of the explicit solver. */
 void acd_comm_blocks(void);
 
 /* ---------------------------------------------------------------------------------------------------------------------

@@ -8,7 +8,7 @@
 //           4  diagnostic code
 //           8  class of the code: 0 general table, 1 contact table
 //          12  reals, 8 bytes each
-//        then  print flag: 1 when the diagnostic is printed as well, plus 256 for an element diagnostic
+//        then  print flag: 1 when the diagnostic is printed as well, plus 256 for an element diagnostic; no other value
 //        then  integers, node numbers, element numbers, 4 bytes each
 //        then  strings, each ending with a zero, back to back
 //        then  0 to 3 bytes of zero
@@ -31,14 +31,15 @@ public:
   acd_block_handler();
   ~acd_block_handler();
 
-  // Collecting begins, on processes other than the owner; the owner is rank 0.
+  // Collecting begins, on processes other than the owner, which is rank 0; the process is asked for its rank anew.
   void SetActive();
   bool IsActive() const { return active_; }
   bool IsOwner() const { return isOwner_; }
   int32_t GetOwnerRank() const { return ownerRank_; }
   bool IsCollecting() const { return active_ && !isOwner_; }
 
-  // Appends a record; false when there is no memory for it.  Arrays as acd_error_c takes them.
+  // Appends a record; false when there is no memory for it.  Arrays as acd_error_c takes them, the print flag as a record
+  // holds it: any other value counts as 0.
   bool AddDiagnostic(int32_t code, acd_TypeClass typeClass, const int32_t* ints, const double* reals,
                      const char* const* strings, const int32_t* nodes, const int32_t* elements, int32_t printFlag);
 
@@ -73,6 +74,7 @@ private:
   int32_t readPosition_ = 0;  // of the next record in them
 };
 
-// The handler of the calling thread: made inactive on first use, deleted at the end of the thread or by acd_finalize.
+// The handler of the calling thread: made inactive on first use, deleted at the end of the thread or by acd_finalize
+// together with what it still holds.  After that the thread's next use makes another one, which is inactive.
 template <>
 __attribute__((visibility("default"))) acd_block_handler& thr_ThreadSingleton<acd_block_handler>::Instance();

@@ -18,8 +18,14 @@
  *
  *  Blocks.  nblock below 1 touches nothing.  Any length is taken; there is no upper limit.  Inputs and outputs do not overlap
  *  unless a declaration says so.  A result depends on the data of its own point alone, to the last bit: not on its place in
- *  the block, the length of the block, the thread or the instruction set.  NaN and infinity spoil their own point only.
+ *  the block, the length of the block, the thread or the instruction set; all NaN count as one value, whose sign and payload
+ *  may differ.  NaN and infinity spoil their own point only.
  *  Kernels keep no state, allocate nothing, lock nothing, and throw nothing; they may run on any number of threads at once.
+ *
+ *  Floating-point environment.  A kernel rounds to nearest, keeps subnormals and traps nothing while it runs, whatever the
+ *  caller's thread does, and gives the caller's environment back: rounding, flush modes and traps as they were, and of the
+ *  flags that of invalid operation, division by zero and overflow.  So a host may trap these three without being stopped in
+ *  a kernel, and none of them says that results of a kernel are not finite: look for NaN and infinity in the results.
  *
  *  Argument lines read  `@param[direction] name  (shape), unit: meaning`  and are complete: tools read them.
  *    shape     (1) a scalar; else the dimensions in the order of the layouts above; * is as many as the entities used
@@ -103,9 +109,21 @@ void glo_finalize(int32_t* counter);
  * Frame services
  * ------------------------------------------------------------------------------------------------------------------ */
 
-/** The host's step keyword of a procedure type, padded with blanks or cut to the length of the text.
- *  Ids without a procedure are reported through the host's tvkerrC (severity 1) and give "Unknown".
- *  @param[in]  procedureId  (1), -: procedure type, 1 to 98 with gaps
+/** The host's step keyword of a procedure type, padded with blanks or cut to the length of the text.  It is the
+ *  constructorCmd of the host's step class:
+ *    1-7     kprC_StaticStep                 62-65       kprC_SoilsStep
+ *    11, 12  kprC_ImplicitDynamicsStep       71-73       kprC_CoupledTempDisplacementStep
+ *    13      kprC_SubspaceDynamicsStep       74          kprC_TempDisplacementDynamicsStep
+ *    17      kprC_ExplicitDynamicsStep       75-78       kprC_CoupledThermalElectricStep
+ *    21-25   kprC_ViscoStep                  81          kprC_StaticLinearPerturbationStep
+ *    31-33   kprC_HeatTransferStep           85, 86      kprC_SteadyStateDirectStep
+ *    34-36   kprC_MassDiffusionStep          91          kprC_ResponseSpectrumStep
+ *    41, 43  kprC_FrequencyStep              92          kprC_ModalDynamicsStep
+ *    42, 44  kprC_BuckleStep                 93, 95, 96  kprC_SteadyStateModalStep
+ *    51      kprC_StaticRiksStep             94          kprC_RandomResponseStep
+ *    61      kprC_GeostaticStep              98          kprC_AnnealStep
+ *  Any other id is reported through the host's tvkerrC (severity 1) and gives "Unknown".
+ *  @param[in]  procedureId  (1), -: procedure type
  *  @param[out] text         (textLength), text: keyword, padded with blanks
  *  @param[in]  textLength   (1), -: length of text, by value
  */
@@ -142,8 +160,12 @@ void GLO_UTI_FLUSH(void);
  *   "Note"              "***NOTE:"     yes            yes                 yes                        never
  *   any other           blank          yes            yes                 no                         if flag
  *
- * Lines hold at most 79 characters and are broken at blanks; at most 20 lines are written and the rest is dropped.  A blank
- * line reaches the host as one blank.
+ * Lines hold at most 79 characters and are broken at blanks; at most 20 lines are written and the rest is dropped.  A message
+ * that is not broken is one record of up to 1000 characters.  A blank line reaches the host as one blank.  "Error", "Warning",
+ * "Odb_Frame" and "StateFrame" reach the status channel as finished texts, the other types as their template with the
+ * arguments.  Other characters than % are bytes that go on as they are, line breaks too; a text of fixed length may hold zero
+ * bytes, and one whose length is not positive is empty.  Any thread, and several at once: lines of one message carry its
+ * number.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Writes one message under a fresh message number.  The type matches as a blank-padded text ("Errors" is not "Error").
@@ -183,9 +205,10 @@ void glo_uti_CWrite(int32_t unit, int32_t statusFlag, const char* type, const ch
                     const int32_t* ints, const double* reals, const char* const* strings);
 
 /** Records the end of the analysis: job status on rank 0, a record on the status channel, channels -6 and -7 flushed,
- *  the message transmitter closing.  A kill signal gives "Interrupted", 20 and 21 "Aborted", 22 "Completed", any other
- *  code a blank type.  Codes 20 and 21 also end the communication between processes (with 1 and -1) and raise the
- *  thread-error state of the host; the call returns in any case and the process goes on.
+ *  the message transmitter closing.  A kill signal gives "Interrupted" and job status 3, 20 and 21 "Aborted" and 2, 22
+ *  "Completed" and 1, any other code status 0 and a blank type, which leaves no record on the status channel.  Codes 20
+ *  and 21 also end the communication between processes (with 1 and -1) and raise the thread-error state of the host; the
+ *  call returns in any case and the process goes on.
  *  @param[in] code  (1), -: 20 or 21 errors, 22 phase complete
  */
 void GLO_UTI_EXIT(const int32_t* code);
@@ -517,9 +540,11 @@ void GLO_UTI_MINNONZEROR(const int32_t* n, const double* a, double* result);
  * Determinants and linear systems
  *
  * Matrices A (nblock, 3, 3) have the row fastest: A(i,a,b) = A((b-1)*3*nblock + (a-1)*nblock + i).  Rows are scaled by their
- * largest coefficient before pivots are compared; a system whose pivot falls below 9e-16 of its scaled rows is singular: its
- * flag is 1.0 and its results are 0.0.  Solutions of others are those of Gaussian elimination with row pivoting: A x differs
- * from b by a few roundings of |A| |x|.
+ * largest coefficient before pivots are compared; a system whose pivot falls below 9e-16 of its scaled rows, or with a
+ * row whose coefficients are all at most 2.2e-308, is singular: its
+ * flag is 1.0 and its results are 0.0.  A matrix with a NaN or an infinity has the flag 1.0 and NaN in all its results.
+ * Solutions of others are those of Gaussian elimination with row pivoting: A x differs from b by a few roundings of |A| |x|.
+ * Determinants are sums of products as they stand: a product of components beyond 1e308 overflows, one below 1e-308 vanishes.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Determinants of symmetric tensors.
@@ -539,7 +564,7 @@ void GLO_UTI_DET31(const int32_t* nblock, const double* S, double* det);
  *  @param[in]  nblock    (1), block: points
  *  @param[in]  A         (nblock, 3, 3), any: matrices
  *  @param[out] B         (nblock, 3, 3), any: inverses, 0.0 where the matrix is singular
- *  @param[out] singular  (nblock), flag: 1.0 where the matrix is singular
+ *  @param[out] singular  (nblock), flag: 1.0 where the matrix is singular or not finite
  */
 void GLO_UTI_INVERSER(const int32_t* nblock, const double* A, double* B, double* singular);
 
@@ -548,7 +573,7 @@ void GLO_UTI_INVERSER(const int32_t* nblock, const double* A, double* B, double*
  *  @param[in]  A         (nblock, 3, 3), any: matrices
  *  @param[in]  b         (nblock, 3), any: right-hand sides
  *  @param[out] x         (nblock, 3), any: solutions, 0.0 where the matrix is singular
- *  @param[out] singular  (nblock), flag: 1.0 where the matrix is singular
+ *  @param[out] singular  (nblock), flag: 1.0 where the matrix is singular or not finite
  */
 void GLO_UTI_VSOLVE(const int32_t* nblock, const double* A, const double* b, double* x, double* singular);
 
@@ -561,7 +586,8 @@ void GLO_UTI_VSOLVEDBL(const int32_t* nblock, const double* A, const double* b, 
  * Sorts
  *
  * The result is that of straight insertion, which passes an entry only over strictly greater keys: entries of equal key
- * keep their order.  A NaN key is never passed and passes nothing.  Keys are not moved.
+ * keep their order.  A NaN key is never passed and passes nothing: its entry keeps its place in the list, and the entries
+ * before it and behind it are sorted by themselves.  Keys are not moved.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Reorders a list so that keys(list(k)) does not decrease.
@@ -619,12 +645,18 @@ int32_t GLO_UTI_ITENSORID(const int32_t* procedure, const int32_t* element, cons
  *
  * PRINCS members return each value with its unit direction: P(i,k) belongs to column k of V(i,.,.), so V turns principal
  * axes into global axes.  No member of this group sorts unless it says so: direction k is the one nearest axis k.
+ * Directions are right-handed in every member that returns them, sorted ones too: V is a rotation and no reflection.
+ * Members that rotate, that is all but the closed forms PRINCS31, PRINCS21, EIG31ANAL and the trigonometric EIG33ANAL, take
+ * tensors of every scale from the smallest double, 4.9e-324, to the largest; a value beyond the largest double is infinite, a
+ * value below 2.2e-308 is rounded once.  They end after 40 sweeps at the latest and keep what they then have; no
+ * tensor is known to need more than five.
  * INDX members treat the listed points only and leave all others untouched; the arrays keep their full block layout.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Jacobi rotations in the planes (1,3), (1,2), (2,3) until every rotation of a sweep has a sine of at most 0.015.
  *  That bound is the contract: directions are right to about 2e-4 of the spread of the values, and rotations below about
- *  1e-8 are dropped.  Values carry the square of that error.  For directions to machine precision take another routine.
+ *  1e-8 are dropped.  Values carry the square of that error.  For values and directions to machine precision, sorted, take
+ *  GLO_UTI_EIG33V.
  *  A point with a NaN or an infinity leaves NaN in all its values and directions.
  *  Source: C. G. J. Jacobi, J. reine angew. Math. 30 (1846) 51.
  *  @param[in]  nblock  (1), block: points
@@ -682,7 +714,8 @@ void GLO_UTI_PRINCS21(const int32_t* nblock, const double* S, double* P, double*
  *  The general case returns the largest value first, then the smallest, then the middle one.  Two equal values below a
  *  third come out as P1 = P2 and the larger one in P3; two equal values above a third as P2 = P3 and the smaller one in
  *  P1.  A tensor whose shear is below 1.1e-12 of its deviator returns its diagonal in place.  Values are right to about
- *  1e-15 of the largest component, or 1e-8 of it where two of them nearly meet.
+ *  1e-15 of the largest component, or 1e-8 of it where two of them nearly meet.  A tensor whose components are all at most
+ *  2.2e-308 has zeros for its values.
  *  Source: O. K. Smith, Comm. ACM 4 (1961) 168.
  *  @param[in]  nblock  (1), block: points
  *  @param[in]  S       (nblock, 6), any: tensors, S33
@@ -698,7 +731,8 @@ void GLO_UTI_EIG33ANAL(const int32_t* nblock, const double* S, double* P);
 void GLO_UTI_EIG33ANALINDX(const int32_t* nblock, const int32_t* count, const int32_t* list, const double* S,
                            double* P);
 
-/** Values alone in the 1-2 plane: P1 is the one nearest axis 1, P2 the other, P3 = S33.
+/** Values alone in the 1-2 plane: P1 is the one nearest axis 1, P2 the other, P3 = S33.  Squares are formed unscaled, as in
+ *  GLO_UTI_PRINCS31.
  *  @param[in]  nblock  (1), block: points
  *  @param[in]  S       (nblock, 4), any: tensors, S31
  *  @param[out] P       (nblock, 3), any: principal values
@@ -721,8 +755,8 @@ void GLO_UTI_EIG31ANALINDX(const int32_t* nblock, const int32_t* count, const in
  */
 void GLO_UTI_EIG33VECTOR(const int32_t* nblock, const double* S, double* P);
 
-/** Values alone in increasing order, to machine precision: errors below 1e-15 of the largest magnitude, at every scale from
- *  1e-300 to 1e300.  Small values of tensors that are positive and nearly diagonal keep their own digits.
+/** Values alone in increasing order, to machine precision: errors below 1e-15 of the largest magnitude, at every scale.  Small
+ *  values of tensors that are positive and nearly diagonal keep their own digits.
  *  A point with a NaN or an infinity leaves NaN.
  *  Source: J. Demmel, K. Veselic, SIAM J. Matrix Anal. Appl. 13 (1992) 1204.
  *  @param[in]  nblock  (1), block: points
@@ -738,13 +772,14 @@ void GLO_UTI_EIG33(const int32_t* nblock, const double* S, double* P);
 void GLO_UTI_EIG33S(const int32_t* nblock, const double* S, double* P);
 
 /** The values of GLO_UTI_EIG33 with their directions: |S V - V P| is below 4e-15 of the largest magnitude, and V is
- *  orthogonal to 2e-15.  Equal values have any orthogonal directions in their plane.
+ *  orthogonal to 4e-15 and right-handed.  Equal values have any orthogonal directions in their plane.
  *  @like GLO_UTI_EIG33
  *  @param[out] V       (nblock, 3, 3), -: principal directions, unit vectors in columns
  */
 void GLO_UTI_EIG33V(const int32_t* nblock, const double* S, double* P, double* V);
 
-/** The values of GLO_UTI_EIG33ANAL, bit for bit and in its order, with directions as accurate as those of GLO_UTI_EIG33V.
+/** The values of GLO_UTI_EIG33ANAL, bit for bit and in its order, with directions as accurate as those of GLO_UTI_EIG33V and
+ *  right-handed in this order.  The directions of a tensor whose values count as zeros are in the order of GLO_UTI_EIG33V.
  *  @like GLO_UTI_EIG33V
  *  @param[out] P       (nblock, 3), any: principal values
  */
@@ -790,7 +825,9 @@ void GLO_UTI_EIG21S(const int32_t* nblock, const double* S, double* P);
 
 /** Values lambda of A x = lambda B x in increasing order, with their directions x.  A is symmetric, B symmetric and positive
  *  definite; where it is not, the point has NaN.  Values are right to 1e-14 of the largest one, times the ratio of the
- *  largest to the smallest principal value of B.  Directions are unit vectors, orthogonal in the product with B.
+ *  largest to the smallest principal value of B.  Directions are unit vectors, orthogonal in the product with B, and
+ *  right-handed: their triple product is positive.  Tensors may have any scale at which the values are normal numbers; values
+ *  so large that A relative to B overflows leave NaN.
  *  @param[in]  nblock  (1), block: points
  *  @param[in]  A       (nblock, 6), any: tensors, S33
  *  @param[in]  B       (nblock, 6), stretch: positive definite tensors, S33
@@ -810,7 +847,7 @@ void GLO_UTI_GENEIG33VECTOR(const int32_t* nblock, const double* A, const double
 
 /** Square root of symmetric tensors without negative principal values, as the left stretch V of B = F F'.
  *  V is symmetric with no negative value and V V = S.  Principal values and directions are found by Jacobi rotations
- *  to machine precision: |V V - S| is below 4e-15 |S| (largest components), at every scale from 1e-300 to 1e300.
+ *  to machine precision: |V V - S| is below 4e-15 |S| (largest components), at every scale of S.
  *  A value that is negative by rounding (down to -1e-14 |S|) counts as 0; one further below leaves NaN in its point.
  *  V may be S.
  *  @param[in]  nblock  (1), block: points
@@ -838,8 +875,9 @@ void GLO_UTI_LOGV(const int32_t* nblock, const double* S, double* L);
  */
 void GLO_UTI_EXPS30(const int32_t* nblock, const double* S, double* E);
 
-/** Exponential of tensors with 13 = 23 = 0.  The plane components are right to 4e-15 of the largest of them, times the largest
- *  magnitude of S where that is above 1; E33 to 0.8 units in the last place.  E may be S.
+/** Exponential of tensors with 13 = 23 = 0.  Each plane component is right to 4e-15 of itself, times the largest magnitude of S
+ *  where that is above 1, however small it is beside the others; one beyond the largest double is infinite and leaves the others
+ *  alone.  E33 is right to 0.8 units in the last place.  E may be S.
  *  @param[in]  nblock  (1), block: points
  *  @param[in]  S       (nblock, 4), any: tensors, S31
  *  @param[out] E       (nblock, 4), any: their exponentials, S31
@@ -881,7 +919,8 @@ void GLO_UTI_GENMULT3DQUAT(const int32_t* op, double* out, const double* a, cons
 void GLO_UTI_GENMULT2DQUAT(const int32_t* op, double* out, const double* a, const double* b);
 
 /** Product of each point, of unit length: 1 a b, -1 b a, 2 conj(a) b, -2 conj(b) a, any other code as 1.  A product of length
- *  zero leaves NaN or infinity.
+ *  zero leaves NaN or infinity.  Products and their squares are formed unscaled: lengths of a and b whose product is beyond 1e154
+ *  or below 1e-154 count as infinite or zero.
  *  @param[in]  nblock  (1), block: points
  *  @param[in]  op      (1), code 1|-1|2|-2|3: product
  *  @param[out] Q       (nblock, 4), -: unit quaternions
@@ -907,7 +946,7 @@ void GLO_UTI_QUAT2DALGEBRA(const int32_t* nblock, const int32_t* op, double* Q, 
  */
 void GLO_UTI_QUATROTVECT2D(const int32_t* nblock, const int32_t* flag, double* W, const double* Q, const double* V);
 
-/** Rotation vectors, angle in radians times unit axis, of quaternions of any length but zero.  The angle is at most pi; of a
+/** Rotation vectors, angle in radians times unit axis, of quaternions of any length but zero, from 4.9e-324 on.  The angle is at most pi; of a
  *  half turn the axis is that of the quaternion.  Right to a few units in the last place for every rotation, tiny ones and
  *  half turns included.
  *  @param[in]  nblock  (1), block: points
@@ -918,6 +957,7 @@ void GLO_UTI_ANGLESFROMQUATERNIONS(const int32_t* nblock, const double* Q, doubl
 
 /** The rotation that carries orientation a to orientation b, in global axes: b conj(a), of unit length and with w >= 0, so
  *  that it turns by at most half a turn.  (GLO_UTI_MULT3DQUAT gives it in the frame of a.)
+ *  Products are formed unscaled: lengths of a and b whose product is beyond 1e154 or below 1e-154 are lost.
  *  @param[in]  nblock  (1), block: points
  *  @param[out] Q       (nblock, 4), -: unit quaternions of the increments
  *  @param[in]  A       (nblock, 4), -: orientations before
@@ -939,9 +979,9 @@ void GLO_UTI_COMPROTVEC(const int32_t* nblock, double* R, const double* A, const
  * T may be S where both have the same storage.
  * ------------------------------------------------------------------------------------------------------------------ */
 
-/** R = identity.
+/** R = identity, in the nine columns R11 R21 R31 R12 R22 R32 R13 R23 R33.
  *  @param[in]  nblock  (1), block: points; below 1 does nothing
- *  @param[out] R       (nblock, 3, 3), -: rotation matrices, row fastest
+ *  @param[out] R       (nblock, 3, 3), -: rotation matrices, Rab in column a + 3 (b - 1): row a fastest
  */
 void GLO_UTI_INITROTATIONMATRIX(const int32_t* nblock, double* R);
 
@@ -980,11 +1020,11 @@ void GLO_UTI_ROTATES31(const int32_t* n, const int32_t* ld, const int32_t* flag,
 void GLO_UTI_ROTATES30S31(const int32_t* n, const int32_t* ld, const int32_t* flag, const double* R, const double* S,
                           double* T);
 
-/** In space.
+/** In space: T = R' S R for direction 0, T = R S R' for any other.
  *  @like GLO_UTI_ROTATES21
- *  @param[in]  R     (ld, 9), -: rotations, row fastest
- *  @param[in]  S     (ld, 6), any: tensors, S33
- *  @param[out] T     (ld, 6), any: rotated tensors, S33
+ *  @param[in]  R     (ld, 9), -: rotations, R11 R21 R31 R12 R22 R32 R13 R23 R33
+ *  @param[in]  S     (ld, 6), any: tensors, S33: 11 22 33 12 23 13
+ *  @param[out] T     (ld, 6), any: rotated tensors, S33: 11 22 33 12 23 13
  */
 void GLO_UTI_ROTATES33(const int32_t* n, const int32_t* ld, const int32_t* flag, const double* R, const double* S,
                        double* T);
@@ -992,8 +1032,8 @@ void GLO_UTI_ROTATES33(const int32_t* n, const int32_t* ld, const int32_t* flag,
 /** Tensors without shear, as principal values, in space: with direction 1 and the axes of GLO_UTI_PRINCS33 as R the tensor
  *  that has these values and axes.
  *  @like GLO_UTI_ROTATES33
- *  @param[in]  S     (ld, 3), any: direct components, S30
- *  @param[out] T     (ld, 6), any: rotated tensors, S33
+ *  @param[in]  S     (ld, 3), any: direct components, S30: 11 22 33
+ *  @param[out] T     (ld, 6), any: rotated tensors, S33: 11 22 33 12 23 13
  */
 void GLO_UTI_ROTATES30S33(const int32_t* n, const int32_t* ld, const int32_t* flag, const double* R, const double* S,
                           double* T);
@@ -1036,7 +1076,7 @@ void GLO_UTI_SCATTERR(const int32_t* nblock, const int32_t* ncomp, const int32_t
  *  last of the record (then L has one component).
  *  @param[in]  nblock  (1), block: points; below 1 does nothing
  *  @param[in]  ndim    (1), code 1|2|3: components moved
- *  @param[in]  ld      (1), count>=3: length of a record of G
+ *  @param[in]  ld      (1), count>=ndim: length of a record of G; 2 is enough for ndim 2, and 1 where one component is moved
  *  @param[in]  unused  (1), unread: not read
  *  @param[in]  map     (nblock), entity of G: entity of each point
  *  @param[out] L       (nblock, ndim), any: block array
@@ -1296,7 +1336,8 @@ void GLO_ASM_SCATTERMASS3(const int32_t* n, const int32_t* unused, const double*
 void GLO_OPE_ASSEM(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, double* G, const double* L,
                    const int32_t* map);
 
-/** Adds to the components that GLO_UTI_GENSCATTERR would overwrite.
+/** Adds to the components that GLO_UTI_GENSCATTERR would overwrite: ndim 3 to components 1 to 3, ndim 2 to 1 and 2, any
+ *  other ndim to the last component ld alone.
  *  @like GLO_UTI_GENSCATTERR
  */
 void GLO_OPE_GENASSEM(const int32_t* nblock, const int32_t* ndim, const int32_t* ld, const int32_t* unused, double* G,
@@ -1432,7 +1473,10 @@ void GLO_OPE_GENASSEMCONTSHELL(const int32_t* nblock, const int32_t* ncomp, cons
  * axes into them.  With q from those axes to the principal ones the record has o q, formed as MULT(conj(o), q) by
  * GLO_UTI_MULT3DQUAT, in the plane GLO_UTI_MULT2DQUAT: it turns the global axes into the principal ones, as everywhere.
  *
- * GEN members fill parts of the records of a general output, which ldp = ldq describe; nothing else tells them apart.
+ * GEN members are the same routines, to the bit, for a general output whose records hold the values and the quaternion one
+ * behind the other: one array R (n, *), n at least the reals of both, with P = R, Q = R + the number of values, and
+ * ldp = ldq = n.  The other members may be called so as well, and GEN members with two arrays: ldp and ldq are lengths of
+ * whole records, and nothing is written between the parts.  Two parts that overlap in a record are the caller's fault.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Principal values P1 >= P2 of plane tensors with their directions, by the closed form of GLO_UTI_PRINCS21, unscaled as

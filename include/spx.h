@@ -54,6 +54,9 @@ void spx_finalize(int32_t* counter);
  *
  * Gradients of the shape functions in the current coordinates, and the volume.  Nothing is reported: an element whose
  * determinant or volume is zero, negative or not a number is masked and leaves finite scalars; the caller decides about it.
+ * So is one whose determinant, volume or gradient no double holds (cubes with edges beyond 1e100 or below 1e-102), with the
+ * results of a masked element: finite coordinates never give an infinity.  SPX_OPE_C3DH8OPER squares areas, and masks cubes
+ * beyond 1e76 or below 1e-76 already.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Fully integrated brick at one integration point: Bdet = det(dx/dxi) * dN/dx.  Divide by multiplying with rdetJ: an
@@ -132,8 +135,8 @@ void SPX_OPE_C3D8IOPER(const int32_t* nblock, const int32_t* ipt, const int32_t*
 /** Area and area vector of one face, which is bilinear and may be warped.  The faces 1..6 are zeta = -1, zeta = 1, eta = -1,
  *  xi = 1, eta = 1, xi = -1.  The area vector, the integral of the outward unit normal, is exact: half the cross product of
  *  the diagonals.  The area is summed over 3 x 3 Gauss points: exact for any plane convex face; on a unit square with one
- *  corner lifted by w the error is 5e-11 of the area at w = 0.1, 2e-7 at w = 0.5, 7e-6 at w = 1. A masked element has zeros.
- *  A face number outside 1..6 does nothing.
+ *  corner lifted by w the error is 5e-11 of the area at w = 0.1, 2e-7 at w = 0.5, 7e-6 at w = 1. A masked element has zeros, and
+ *  so has a face whose area no double holds.  A face number outside 1..6 does nothing.
  *  @param[in]  nblock  (1), block: elements
  *  @param[in]  ld      (1), stride: leading dimension of all arrays
  *  @param[in]  face    (1), code 1|2|3|4|5|6: face
@@ -312,9 +315,9 @@ double SPX_OPE_ERRORCHECK(const int32_t* nblock, int32_t* count, const double* f
 
 /** Writes "Excessive distortion of element number ..." as an "Error" for each marked element and records it with
  *  ACD_ERROR_XPL.  Every marked element raises the counter; one that finds it above 8 is neither written nor recorded here,
- *  so at most eight messages come of one counter, which ends as the number of marked elements seen.  While the counter does
- *  not exceed 8, each call begins with two blank lines, with or without a marked element.  In a model of part instances an
- *  element is named by its instance and its number there.
+ *  so at most eight messages come of one counter, which ends as the number of marked elements seen.  Threads may share a
+ *  counter: no element is lost from it.  While the counter does not exceed 8, each call begins with two blank lines, with
+ *  or without a marked element.  In a model of part instances an element is named by its instance and its number there.
  *  @param[in]     nblock    (1), count: elements
  *  @param[in,out] counter   (1), -: marked elements of the analysis so far, 0 at its start
  *  @param[in]     elements  (nblock), -: internal element numbers
@@ -381,7 +384,7 @@ void SPX_ELE_SEXCESSROT(const int32_t* nblock, int32_t* counter, const int32_t* 
  *      A face that is turned over has all its corner normals reversed and both sums negative, whatever its shape; a face
  *      that is folded along a diagonal reverses the corners off the fold; stretching and turning both faces alike changes no
  *      sign.
- *  Comparisons with NaN mark the element by the second test.
+ *  A NaN in any thickness, length or coordinate marks the element.
  *  @param[in]     nblock  (1), block: elements
  *  @param[in]     t       (nblock, 4), m: thickness at the four corners
  *  @param[in]     a       (nblock), m: length of the element in its plane
@@ -412,7 +415,8 @@ void SPX_OPE_SC3DDISTORTIONCHECK(const int32_t* nblock, const double* t, const d
  * Source of the form: A. V. Oppenheim, R. W. Schafer, Discrete-Time Signal Processing (1989), 6.3.
  * ------------------------------------------------------------------------------------------------------------------ */
 
-/** One increment: field := the filter's output for the input field.  With K = 0 the field keeps its value and enters slot 1,
+/** One increment: field := the filter's output for the input field.  The history is read from the first increment on: call
+ *  SPX_OPE_INIFILTERFLD with the first field before.  With K = 0 the field keeps its value and enters slot 1,
  *  what was there slot 2.
  *  @param[in]     nblock     (1), block: points
  *  @param[in]     ncomp      (1), count: components of the field
@@ -1097,7 +1101,8 @@ void SPX_MAT_HYPERELASGPE(const int32_t* nblock, const double* dU, const double*
                           const double* V, const double* axes, const double* rJ, double* stress, double* bound,
                           double* bulk);
 
-/** SPX_MAT_HYPERELAS3D in plane stress: one of the directions is axis 3, and its stress is closed by a pressure.
+/** SPX_MAT_HYPERELAS3D in plane stress: one of the directions is axis 3, and its stress is closed by a pressure.  That takes
+ *  the place of p, which enters bulk alone: the stress is that of incompressible material.
  *  @like SPX_MAT_HYPERELAS3D
  *  @param[out] stress  (nblock, 3), Pa: Cauchy stress in the plane, S21
  */
@@ -1105,7 +1110,7 @@ void SPX_MAT_HYPERELASPS(const int32_t* nblock, const double* dU, const double* 
                          const double* V, const double* axes, const double* rJ, double* stress, double* bound,
                          double* bulk);
 
-/** SPX_MAT_HYPERELAS3D in a uniaxial state, the axis first, closed by a pressure.
+/** SPX_MAT_HYPERELAS3D in a uniaxial state, the axis first, closed by a pressure; p enters bulk alone.
  *  @like SPX_MAT_HYPERELAS3D
  *  @param[out] stress  (nblock), Pa: axial Cauchy stress
  */
@@ -1207,12 +1212,15 @@ void SPX_MAT_MARLOWUNIRESULT(const int32_t* nblock, const double* U1, const doub
  *          small strain: G = sum of mu, K = 2/D1.  R. W. Ogden, Proc. R. Soc. A 326 (1972) 565
  *   HFOAM  sum of 2 mu/alpha^2 (l1^alpha + l2^alpha + l3^alpha - 3 + (J^(-alpha beta) - 1)/beta), l = lambda
  *          small strain: G = sum of mu, K = sum of 2 mu (1/3 + beta).  B. Storakers, J. Mech. Phys. Solids 34 (1986) 125
- * A term with alpha^2/4 below 2.2e-308 vanishes; beta = 0 gives the limit -alpha ln J.
+ * A term with alpha^2/4 below 2.2e-308 vanishes; above that a small alpha nears the limit mu (sum of ln^2 l + beta ln^2 J).
+ * beta = 0 gives the limit -alpha ln J.  The rounding of the bracket leaves an error of about 1e-15 mu/alpha^2 in the energy of
+ * a term with |alpha| of 1/64 and more, which counts at small strains; smaller exponents have a form without it.
  * A point whose product of stretches is below 2.2e-308 sets its flag; a flagged point has J = 1 and keeps its stretches.
  * Stresses in three dimensions: principal stretches and directions by GLO_UTI_EIG33V, the derivatives here, then
  * SPX_MAT_HYPERELAS3D.  PSEXP and UNIEXP find the free stretch themselves, by Newton's method in its logarithm from the one
- * that is given (from the one that keeps the volume when that is not positive), each point to its own convergence, in at most
- * 50 steps.
+ * that is given (from the one that keeps the volume when that is not positive), each point to its own convergence; what has not
+ * converged in 20 steps is bracketed, between 1e-100 and 1e100, and bisected where Newton's method would not halve its steps.
+ * A point without a solution there has NaN for its free stretch, stress and moduli.  Trial stretches set no flag.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Isochoric energy and 1/J, three terms.
@@ -1466,7 +1474,9 @@ void SPX_MAT_HFOAMUNIRESULT(const int32_t* nblock, const double* mu1, const doub
                             const double* beta2, const double* beta3, const double* V, double* flag, double* residual,
                             double* slope);
 
-/** Plane stress: stress and moduli, with the stretch of the thickness that it takes.
+/** Plane stress: stress and moduli, with the stretch of the thickness that it takes.  The free stretch given is where the
+ *  search begins and is replaced by what it finds; one that is not positive and finite, NaN too, begins at the stretch that
+ *  keeps the volume.  The stress includes the volumetric energy; NaN in all results of a point says that there is none.
  *  @like SPX_MAT_OGDENPSRESULT
  *  @param[in]     V            (nblock, 3), plane stretch: left stretch in the plane, S21
  *  @param[in,out] freeStretch  (nblock), axial stretch: thickness: where to begin, and what is found
@@ -1479,7 +1489,8 @@ void SPX_MAT_HYPEROGDENPSEXP(const int32_t* nblock, const double* mu1, const dou
                              const double* rD2, const double* rD3, const double* V, double* freeStretch, double* flag,
                              double* stress, double* bound, double* bulk);
 
-/** Uniaxial stress and moduli, with the lateral stretch that it takes.
+/** Uniaxial stress and moduli, with the lateral stretch that it takes, one for both directions; it begins and ends as in plane
+ *  stress.
  *  @like SPX_MAT_HYPEROGDENPSEXP
  *  @param[in]     V            (nblock), axial stretch: stretch along the axis
  *  @param[in,out] freeStretch  (nblock), axial stretch: lateral: where to begin, and what is found
@@ -1490,7 +1501,9 @@ void SPX_MAT_HYPEROGDENUNIEXP(const int32_t* nblock, const double* mu1, const do
                               const double* rD2, const double* rD3, const double* V, double* freeStretch, double* flag,
                               double* stress, double* bound, double* bulk);
 
-/** Plane stress: stress and moduli, with the stretch of the thickness that it takes.
+/** Plane stress: stress and moduli, with the stretch of the thickness that it takes.  The free stretch given is where the
+ *  search begins and is replaced by what it finds; one that is not positive and finite, NaN too, begins at the stretch that
+ *  keeps the volume.  The stress includes the volumetric energy; NaN in all results of a point says that there is none.
  *  @like SPX_MAT_HFOAM
  *  @param[in]     V            (nblock, 3), plane stretch: left stretch in the plane, S21
  *  @param[in,out] freeStretch  (nblock), axial stretch: thickness: where to begin, and what is found
@@ -1503,7 +1516,8 @@ void SPX_MAT_HYPERFOAMPSEXP(const int32_t* nblock, const double* mu1, const doub
                             const double* beta2, const double* beta3, const double* V, double* freeStretch,
                             double* flag, double* stress, double* bound, double* bulk);
 
-/** Uniaxial stress and moduli, with the lateral stretch that it takes.
+/** Uniaxial stress and moduli, with the lateral stretch that it takes, one for both directions; it begins and ends as in plane
+ *  stress.
  *  @like SPX_MAT_HYPERFOAMPSEXP
  *  @param[in]     V            (nblock), axial stretch: stretch along the axis
  *  @param[in,out] freeStretch  (nblock), axial stretch: lateral: where to begin, and what is found
@@ -1871,7 +1885,8 @@ void SPX_MAT_JCFAILURESTRAIN(const int32_t* nblock, const int32_t* count, const 
 
 /** Reciprocal failure strain 1/(a + b exp(k)) without overflow: with L = ln(max(rate P8, 1)), a = P9 (1 + P12 L)(1 + P13 y),
  *  b = P10 (1 + P12 L)(1 + P13 y), k = P11 x: the law of Johnson and Cook with x the triaxiality or shear stress ratio and y
- *  the homologous temperature.  0 where a + b exp(k) is not above 2.2e-308 for a negative k.
+ *  the homologous temperature.  0 where a + b exp(k) is not above 2.2e-308 for a negative k.  The
+ *  exponent -|k| of the exponential is kept from falling below -708.3964185322637; b = 0 gives 1/a whatever k is.
  *  @param[in]  nblock      (1), block: points
  *  @param[in]  properties  (13), -: constants; 8 reciprocal reference rate (s), 9..13 d1 d2 d3 d4 d5 of a + b exp(k)
  *  @param[in]  x           (nblock), -: stress ratio
@@ -2536,7 +2551,7 @@ void SPX_USR_PLYFABRIC(const int32_t* callInfo, const int32_t* nblock, const int
  *   500     general, with a logarithmic variable     6 position of its reference value in the reals
  *                                                    7 number of the square-root variable, 0 none; 300 only
  *           all of them                              2, 3, 4 numbers of field variables, state variables and temperatures
- *   400     is rejected, and so is any other: an "Error" is written, GLO_UTI_EXIT ends the analysis with code 20, and the
+ *   400     is rejected, and so is any other, and a general table with fewer than one variable: an "Error" is written, GLO_UTI_EXIT ends the analysis with code 20, and the
  *           outputs are left alone.  That does not depend on nblock.
  *
  *   record  1 rows   2 position of the rows in the reals   3 position of the groups in the integers   4 of the source codes
@@ -2556,9 +2571,10 @@ void SPX_USR_PLYFABRIC(const int32_t* callInfo, const int32_t* nblock, const int
  * and the derivative of the interval above it.  An interval without width gives the value of its upper row and derivative 0;
  * one row gives its value and derivative 0.
  *
- * Several variables, at most 8: rows are sorted by the last variable, within it by the last but one and so on, variable 1
+ * Several variables, any number: rows are sorted by the last variable, within it by the last but one and so on, variable 1
  * fastest.  The rows that agree in the variables from v on are a group of v; groups need not have the same breakpoints or
- * numbers of rows.  The last variable's interval is searched among its groups, the next variable's within the two that bracket
+ * numbers of rows.  Up to 8 variables all points of a block descend together; of more, each point adds up the rows that bracket
+ * it, as many as 2 to the number of variables, one by one.  The last variable's interval is searched among its groups, the next variable's within the two that bracket
  * it, and so on down to the rows, each as SPX_GET_SEGFIND does; the values are interpolated linearly on the way back.  On a
  * grid that is multilinear interpolation.  The groups in the integer pool are, for each variable from the last down to 2, their
  * number m and m + 1 numbers: the first member of each group, and one beyond the last.  Members are groups of variable v - 1,
@@ -2571,8 +2587,9 @@ void SPX_USR_PLYFABRIC(const int32_t* callInfo, const int32_t* nblock, const int
  * are those of the transformed variables.  The caller's arrays are not written: a transform leaves nothing to be put back, and
  * calls may share them.
  *
- * NaN in a variable gives NaN, except where the table is constant or the variable has one row or group only.  Nothing is
- * checked in the table itself; rows that do not ascend give one of the intervals.  Transforms and interpolation run as vector
+ * NaN in a variable gives NaN, as value and in all derivatives, except where the table is constant or the variable has one row
+ * or group only.  Nothing is checked in the table itself: among rows that do not ascend, or with a NaN for an abscissa, a
+ * bisection ends in one of the intervals, the same for a point alone and in any block; outside the interval its line goes on.  Transforms and interpolation run as vector
  * loops, and so does the search in up to 32 rows of one variable; longer tables and those of several variables are searched
  * point by point.
  * ------------------------------------------------------------------------------------------------------------------ */
@@ -2774,7 +2791,7 @@ void SPX_GET_CONSTCONDUCTIVITY3D(const int32_t* nblock, const int32_t* ncons, co
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Checks translational mass matrices, each check over all elements before the next:
- *    1. an entry differs from its transposed one
+ *    1. an entry differs from its transposed one; NaN on the diagonal fails here, since it differs from itself
  *    2. an entry that couples two nodes is not zero
  *    3. an entry off the diagonal in the block of one node is not zero
  *    4. diagonal entries of one node differ
@@ -2789,7 +2806,7 @@ void SPX_OPE_USERELEMPROCESSMASS(const int32_t* nblock, const int32_t* ndof, con
                                  const int32_t* nodeDofs, const int32_t* elements, const double* mass);
 
 /** Checks rotary inertia.  The block of a node may be any symmetric matrix, a tensor of inertia.
- *    1. an entry differs from its transposed one
+ *    1. an entry differs from its transposed one, or is NaN
  *    2. an entry that couples two nodes is not zero: an invalid one
  *  @like SPX_OPE_USERELEMPROCESSMASS
  *  @param[in] ndof      (1), count: rotational degrees of freedom of an element

@@ -4,8 +4,9 @@
 #include "wip_WipReporter.h"
 
 // Errors, warnings and notes become messages of the message writer.  Errors and warnings of more than 475 characters are cut
-// at their last blank in the first 475 and followed by a warning that says so.  A report is a text, not a template: percent
-// signs in it are printed.
+// at their last blank in the first 475, or behind the 475th where there is none after the first word, and followed by a
+// warning that says so.  Notes are not cut here; a message holds 1000 characters in 20 lines at most, and the rest is dropped.
+// A report is a text, not a template: percent signs in it are printed, and a zero byte shows as a blank.
 class __attribute__((visibility("default"))) spx_WipReporter : public wip_WipReporter {
 public:
   explicit spx_WipReporter(aio_ostream& stream);

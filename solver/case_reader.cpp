@@ -94,8 +94,8 @@ double readInterval(const Table& table, const char* key, double endTime, int sta
 
 class CaseBuilder {
 public:
-  CaseBuilder(const std::filesystem::path& file, const toml::table& root)
-      : file_(file), root_(file.string(), root, "",
+  CaseBuilder(const std::filesystem::path& file, const std::string& text)
+      : file_(file), root_(file, text,
                            {"title", "job", "mesh", "material", "section", "fix", "velocity", "initial_velocity",
                             "gravity", "control", "output"}) {}
 
@@ -233,8 +233,7 @@ private:
 
 CaseFile readCase(const std::filesystem::path& file) {
   const std::string text = readText(file);
-  const toml::table root = parseCase(file, text);
-  CaseFile result = CaseBuilder(file, root).build();
+  CaseFile result = CaseBuilder(file, text).build();
   std::istringstream stream(text);
   for (std::string line; std::getline(stream, line);) result.lines.push_back(line);
   return result;

@@ -188,6 +188,9 @@ private:
     p.J = path_.mode == Mode::Shear ? 1 : V[0] * V[1] * V[2];
     p.nominal = nominal(stretch_, free_, t);
     point_.remember(V, F, p);
+    if (!std::isfinite(p.nominal + p.stored + p.lost) ||
+        !std::all_of(p.cauchy, p.cauchy + std::size(p.cauchy), [](double x) { return std::isfinite(x); }))
+      fail("the stress or the energy is no finite number");
     return p;
   }
 
@@ -244,8 +247,7 @@ const std::vector<std::string>& modeNames() {
 }
 
 PathCase readPathCase(const std::filesystem::path& file) {
-  const toml::table root = parseCase(file, readText(file));
-  const Table table(file.string(), root, "", {"title", "job", "material", "path", "output"});
+  const Table table(file, readText(file), {"title", "job", "material", "path", "output"});
   PathCase result;
   result.file = file;
   result.job = table.text("job", file.stem().string());

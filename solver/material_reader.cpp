@@ -139,7 +139,7 @@ void readUser(const Table& table, Material& material) {
 }
 
 Mullins readMullins(const Table& table) {
-  const Mullins m{table.real("r", positive, ""), table.real("m", notNegative, "J/m3"),
+  const Mullins m{table.real("r", aboveOne, ""), table.real("m", notNegative, "J/m3"),
                   table.real("beta", notNegative, "", 0)};
   if (!(m.m + m.beta > 0)) table.fail("m", "m and beta are both 0, expected one of them to be positive");
   return m;

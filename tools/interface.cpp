@@ -4,6 +4,8 @@
 //   sa_interface version-script HEADERS...   the linker's version script
 //   sa_interface registry HEADERS...         a C++ table of all routines and arguments
 //   sa_interface symbols LIB HEADERS...      holds the exported symbols of a library against the headers
+//   sa_interface exported LIB                the exported symbols of a library with their versions, sorted
+//   sa_interface keeps LIB LIST              whether a library still exports all of such a list
 //
 // A header that begins with "/** @file" declares routines with C linkage.  Any other declares classes: their members are
 // exported, and the specialisations of templates that it declares with default visibility.
@@ -551,13 +553,44 @@ void compareSymbols(const std::string& library, const Interface& interface) {
   for (const auto& [name, version] : demangled) report(library, 0, name + " is exported without declaration");
 }
 
+void writeExported(const std::string& library) {
+  for (const auto& [name, version] : exportedSymbols(library)) std::cout << name << "@" << version << "\n";
+}
+
+void checkKept(const std::string& library, const std::string& list) {
+  const std::map<std::string, std::string> symbols = exportedSymbols(library);
+  std::istringstream lines(textOf(list));
+  int number = 0;
+  for (std::string line; std::getline(lines, line);) {
+    ++number;
+    const std::size_t mark = line.find('@');
+    const auto found = symbols.find(line.substr(0, mark));
+    if (found == symbols.end())
+      report(list, number, demangle(line.substr(0, mark)) + " is no longer exported");
+    else if (mark == std::string::npos || found->second != line.substr(mark + 1))
+      report(list, number, line + " now has version " + found->second);
+  }
+  if (number == 0) throw std::runtime_error(list + " is empty");
+  if (findings == 0) std::cout << "keeps: " << number << " of " << symbols.size() << " symbols listed, all exported\n";
+}
+
 int run(const std::vector<std::string>& words) {
   const std::string command = words.empty() ? "" : words[0];
+  if (command == "exported" && words.size() == 2) {
+    writeExported(words[1]);
+    return 0;
+  }
+  if (command == "keeps" && words.size() == 3) {
+    checkKept(words[1], words[2]);
+    return findings == 0 ? 0 : 1;
+  }
   const std::size_t firstHeader = command == "symbols" ? 2 : 1;
   const bool known = command == "check" || command == "version-script" || command == "registry" || command == "symbols";
   if (!known || words.size() <= firstHeader) {
     std::cerr << "usage: sa_interface check|version-script|registry HEADERS...\n"
-                 "       sa_interface symbols LIB HEADERS...\n";
+                 "       sa_interface symbols LIB HEADERS...\n"
+                 "       sa_interface exported LIB\n"
+                 "       sa_interface keeps LIB LIST\n";
     return 2;
   }
   const Interface interface = readInterface({words.begin() + static_cast<std::ptrdiff_t>(firstHeader), words.end()});

@@ -20,7 +20,7 @@ std::string number(double value) {
 // A time of the wall.
 std::string seconds(double value) {
   char text[32];
-  std::snprintf(text, sizeof text, value < 1000 ? "%.3g s" : "%.0f s", value);
+  std::snprintf(text, sizeof text, value >= 1000 && value < 1e9 ? "%.0f s" : "%.3g s", value);
   return text;
 }
 
@@ -58,8 +58,13 @@ std::string words(const Occurrence& where) {
 
 // Texts come from solvers: nothing of them may steer a terminal.
 std::string printable(std::string text) {
-  for (char& c : text)
-    if (static_cast<unsigned char>(c) < ' ' || c == 127) c = ' ';
+  const auto code = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
+  for (std::size_t k = 0; k < text.size(); ++k) {
+    // U+0080 to U+009F, which UTF-8 writes as C2 80 to C2 9F, are control characters as well
+    const bool isSecond = k > 0 && code(k - 1) == 0xC2 && code(k) >= 0x80 && code(k) < 0xA0;
+    if (isSecond) text[k - 1] = ' ';
+    if (isSecond || code(k) < ' ' || code(k) == 127) text[k] = ' ';
+  }
   return text;
 }
 

@@ -10,6 +10,7 @@
 #include <csignal>
 #include <deque>
 #include <functional>
+#include <limits>
 #include <map>
 #include <tuple>
 #include <unistd.h>
@@ -207,7 +208,14 @@ bool belongs(const IncrementGroup& group, const IncrementGroup& next) {
   const auto flags = [](const IncrementGroup& g) {
     return std::tuple(g.step, std::string_view(g.state), g.cutbacks > 0, g.errors > 0, g.warnings > 0);
   };
-  return next.first == group.last + 1 && flags(group) == flags(next);
+  return group.last < std::numeric_limits<int64_t>::max() && next.first == group.last + 1 &&
+         flags(group) == flags(next);
+}
+
+// A damaged file may hold any numbers: a sum that no integer holds stays at the nearest one that does.
+void add(int64_t& sum, int64_t count) {
+  if (__builtin_add_overflow(sum, count, &sum))
+    sum = count < 0 ? std::numeric_limits<int64_t>::min() : std::numeric_limits<int64_t>::max();
 }
 
 void extend(IncrementGroup& group, const IncrementGroup& next) {
@@ -216,11 +224,11 @@ void extend(IncrementGroup& group, const IncrementGroup& next) {
   if (!group.smallest || next.smallest < group.smallest) group.smallest = next.smallest;
   if (group.largest < next.largest) group.largest = next.largest;
   if (next.time) group.time = next.time;
-  group.attempts += next.attempts;
-  group.iterations += next.iterations;
-  group.cutbacks += next.cutbacks;
-  group.errors += next.errors;
-  group.warnings += next.warnings;
+  add(group.attempts, next.attempts);
+  add(group.iterations, next.iterations);
+  add(group.cutbacks, next.cutbacks);
+  add(group.errors, next.errors);
+  add(group.warnings, next.warnings);
 }
 
 // The last groups, and how many there are; chosen increments stand alone.

@@ -6,6 +6,7 @@
 
 #include <string>
 
+// Any thread.
 class SA_HOST_SERVICE dia_FormatUtils {
 public:
   // `text` with the values in place of its placeholders: %I, %R and %S take the next integer, real and string, %N and %E

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+// Any thread.
 class SA_HOST_SERVICE dia_TypeCodeUtils {
 public:
   static bool IsError(int32_t code);

@@ -6,7 +6,7 @@
 #include <cstdint>
 
 // Messages between two ranks arrive in the order in which they were sent.  A message carries a type and a tag; receiver and
-// sender name the same ones.  One thread of a process communicates at a time.
+// sender name the same ones.  One thread of a process communicates at a time; rank and size any thread asks for.
 class SA_HOST_SERVICE dmpC_Communicator {
 public:
   int32_t GetRank() const; // 0 where there is but one process

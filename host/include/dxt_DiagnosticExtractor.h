@@ -6,7 +6,9 @@
 
 #include <cstdint>
 
-// Called from the main thread of the solver.  Nothing throws.  A call out of place (an increment without a step, an end
+// Diagnostics (Add...) and questions (Get..., Is...) come from any thread and from several at once: on the owner process,
+// and where nothing is collected, every thread that reports calls them directly.  The course of the analysis and the
+// settings come from one thread, while others may be reporting.  Nothing throws.  A call out of place (an increment without a step, an end
 // without a beginning) is stored where it makes sense and else ignored.
 class SA_HOST_SERVICE dxt_DiagnosticExtractor {
 public:

@@ -8,7 +8,9 @@
 #include <cstdint>
 #include <string>
 
-// Called from one thread at a time.  Nothing throws.  `domain` is the rank that a diagnostic comes from.
+// Diagnostics (Add...) and questions (Get..., Is...) come from any thread and from several at once: on the owner process,
+// and where nothing is collected, every thread that reports calls them directly.  The course of the analysis and the
+// settings come from one thread, while others may be reporting.  Nothing throws.  `domain` is the rank that a diagnostic comes from.
 class SA_HOST_SERVICE dxt_DiagnosticExtractorXpl {
 public:
   static dxt_DiagnosticExtractorXpl& Instance();

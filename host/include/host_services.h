@@ -35,7 +35,9 @@ SA_HOST_SERVICE void lfc_xut_xplmsgC_c(const char* line, int32_t unit, int32_t w
 SA_HOST_SERVICE void LFC_XUT_XPLMSGFLUSH(const int32_t* unit);
 
 /** Sends a record to the status channel.  The receiver substitutes the arguments for the placeholders of `text`
- *  (message_template.h); arrays of which no placeholder speaks may be null.  `identity` holds thread and message number. */
+ *  (message_template.h); arrays of which no placeholder speaks may be null.  `identity` holds thread and message number.
+ *  Diagnostics send the text "message=%s", which means the same as "message=%S": a finished text as the one string, of any
+ *  length. */
 SA_HOST_SERVICE void IPM_MESSAGE(const char* type, const char* text, const int32_t* ints, const double* reals,
                                  const char* strings, const int32_t* identity, int64_t typeLength, int64_t textLength,
                                  int64_t stringLength);
@@ -64,7 +66,7 @@ SA_HOST_SERVICE void LFC_XUT_ERRMSG(const char* text, int64_t textLength);
 SA_HOST_SERVICE void LFC_XUT_ABORT(void);
 
 /* ---------------------------------------------------------------------------------------------------------------------
- * End of the analysis
+ * End of the analysis, any thread: an error that ends it may be found by several at once
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** The rank of this process, 0 where there is but one. */
@@ -87,13 +89,16 @@ SA_HOST_SERVICE void DMPC_TERMINATECOMM(const int32_t* code);
 SA_HOST_SERVICE int32_t DSM_VAR_GETI(const int32_t* variable);
 #define SA_HOST_VARIABLE_HAS_INSTANCES 1
 
-/** Instance name, padded with blanks, and element number in the instance of an internal element number.  The name comes back
- *  blank when there is none for this element. */
+/** Instance name, padded with blanks or cut to instanceLength (the library gives 80), and element number in the instance of an
+ *  internal element number.  The name comes back blank when there is none for this element. */
 SA_HOST_SERVICE void INPM_GETPARTINFOI(const int32_t* internalElement, char* instance, int32_t* localElement,
                                        int64_t instanceLength);
 
 /* ---------------------------------------------------------------------------------------------------------------------
- * Counter blocks: the only data of the interface.  A host may lack them; then nothing is counted.  Counted by the main thread.
+ * Counter blocks: the only data of the interface.  A host may lack them; then nothing is counted.
+ *
+ * Every thread that reports counts, by atomic additions.  A host that reads or sets a counter while threads report does so
+ * atomically too (std::atomic_ref, __atomic_load_n); when no thread is inside the library, plain access will do.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Warnings: 1 problems of the solver at nodes, 2 at elements. */

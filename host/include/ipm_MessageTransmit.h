@@ -6,6 +6,6 @@
 class SA_HOST_SERVICE ipm_MessageTransmit {
 public:
   static ipm_MessageTransmit& Instance();
-  // Set at the end of the analysis: no record of importance follows.
+  // Any thread.  Set at the end of the analysis: no record of importance follows.
   void SetClosing(bool closing);
 };

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdint>
 #include <cstring>
+#include <string>
 #include <string_view>
 
 namespace sharedanalysis::host {
@@ -69,33 +70,42 @@ inline std::string_view formatReal(char* field, std::size_t capacity, double val
   return {field, length};
 }
 
-// Writes the template with its placeholders replaced to `message`, which holds kMessageCapacity characters, and returns
-// it.  Each of the three arrays has a cursor of its own:
+// Messages on their way: of kMessageCapacity characters, and of any length, for receivers of status records.
+struct FixedMessage {
+  char* text;
+  std::size_t length = 0;
+  std::size_t room() const { return kMessageCapacity - length; }
+  void append(std::string_view piece) {
+    if (!piece.empty()) std::memcpy(text + length, piece.data(), piece.size());
+    length += piece.size();
+  }
+};
+struct GrowingMessage {
+  std::string text;
+  std::size_t room() const { return text.max_size() - text.size(); }
+  void append(std::string_view piece) { text.append(piece); }
+};
+
+// Appends the template with its placeholders replaced to a message.  Each of the three arrays has a cursor of its own:
 //   %I an integer    %R a real    %S a string    %% a percent sign    any other code, or none, ends the message
 // Blanks around a value go; a value that is all blank, or that comes from an array that is not there, shows as 8 blanks.
 // What does not fit ends the message.  Trailing blanks of the template do not count.
-template <class Strings>
-std::string_view substitute(std::string_view text, const int32_t* ints, const double* reals, Strings strings,
-                            char exponentLetter, char* message) {
+template <class Strings, class Message>
+void substituteInto(Message& message, std::string_view text, const int32_t* ints, const double* reals, Strings strings,
+                    char exponentLetter) {
   text = withoutTrailingBlanks(text);
-  std::size_t length = 0;
   int nextInt = 0, nextReal = 0, nextString = 0;
-  const auto room = [&] { return kMessageCapacity - length; };
-  const auto append = [&](std::string_view piece) {
-    std::memcpy(message + length, piece.data(), piece.size());
-    length += piece.size();
-  };
 
   while (!text.empty()) {
     // ordinary characters up to the next placeholder
     const void* percent = std::memchr(text.data(), '%', text.size());
     const std::size_t ordinary =
         percent == nullptr ? text.size() : static_cast<std::size_t>(static_cast<const char*>(percent) - text.data());
-    if (ordinary > room()) {
-      append(text.substr(0, room()));
+    if (ordinary > message.room()) {
+      message.append(text.substr(0, message.room()));
       break;
     }
-    append(text.substr(0, ordinary));
+    message.append(text.substr(0, ordinary));
     text.remove_prefix(ordinary);
     if (text.size() < 2) break;
     const char code = text[1];
@@ -115,10 +125,18 @@ std::string_view substitute(std::string_view text, const int32_t* ints, const do
       break;
     }
     if (value.empty()) value = kBlankValue;
-    if (value.size() > room()) break;
-    append(value);
+    if (value.size() > message.room()) break;
+    message.append(value);
   }
-  return {message, length};
+}
+
+// The same into `message`, which holds kMessageCapacity characters; returns it.
+template <class Strings>
+std::string_view substitute(std::string_view text, const int32_t* ints, const double* reals, Strings strings,
+                            char exponentLetter, char* message) {
+  FixedMessage result{message};
+  substituteInto(result, text, ints, reals, strings, exponentLetter);
+  return {message, result.length};
 }
 
 } // namespace sharedanalysis::host

@@ -30,20 +30,19 @@ void reportError(std::string_view text) {
 }
 
 // Diagnostics send the template "message=%s"; the writer knows its codes in upper case only.
-std::string withUpperCaseCodes(std::string_view text) {
-  std::string result(text);
-  for (std::size_t at = result.find("%s"); at != std::string::npos; at = result.find("%s", at)) result[at + 1] = 'S';
-  return result;
+std::string_view templateOf(std::string_view text) {
+  return withoutTrailingBlanks(text) == "message=%s" ? "message=%S" : text;
 }
 
 template <class Strings>
 void writeStatus(std::string_view type, std::string_view text, const int32_t* ints, const double* reals,
                  Strings strings, char exponentLetter) {
   guarded([&] {
-    char message[kMessageCapacity];
+    GrowingMessage message;
+    substituteInto(message, templateOf(text), ints, reals, strings, exponentLetter);
     std::string line(withoutTrailingBlanks(type));
     line += ' ';
-    line += withoutTrailingBlanks(substitute(withUpperCaseCodes(text), ints, reals, strings, exponentLetter, message));
+    line += withoutTrailingBlanks(message.text);
     std::replace(line.begin(), line.end(), '\n', ' ');
     line += '\n';
     thisThread().deliver();
@@ -84,8 +83,11 @@ void ipm_message_c(const char* type, const char* text, const int32_t* ints, cons
 }
 
 void tvkerrC(int32_t, const char* text, const int32_t* ints, const double* reals, const char* const* strings) {
-  char message[kMessageCapacity];
-  reportError(substitute(terminatedText(text), ints, reals, TerminatedStrings{strings}, 'e', message));
+  guarded([&] {
+    GrowingMessage message;
+    substituteInto(message, terminatedText(text), ints, reals, TerminatedStrings{strings}, 'e');
+    reportError(message.text);
+  });
 }
 
 void LFC_XUT_ERRMSG(const char* text, int64_t textLength) { reportError(fixedText(text, textLength)); }

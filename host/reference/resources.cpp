@@ -7,9 +7,7 @@
 #include "guarded.h"
 #include "host_services.h"
 
-#include <algorithm>
 #include <atomic>
-#include <iterator>
 
 // As long as the highest place that the interface names.
 int32_t CWARN[2] = {};
@@ -24,8 +22,9 @@ std::atomic<int32_t> errorCode{0};
 
 void resetErrorStatusAndCounters() {
   errorCode = 0;
-  std::fill(std::begin(CWARN), std::end(CWARN), 0);
-  std::fill(std::begin(CLINES), std::end(CLINES), 0);
+  // threads may be counting
+  for (int32_t& counter : CWARN) std::atomic_ref<int32_t>(counter).store(0);
+  for (int32_t& counter : CLINES) std::atomic_ref<int32_t>(counter).store(0);
 }
 
 } // namespace sharedanalysis::host

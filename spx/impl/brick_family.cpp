@@ -23,6 +23,10 @@ SA_INLINE FaceEdges faceEdges(double u1, double u2, double u3, double u4) {
   return {p1 + p2, q1 + q2, p2 - p1};
 }
 
+struct FaceArea {
+  double area, x, y, z;
+};
+
 // ---- gradients and divergences
 
 SA_INLINE double nodalSum(const double* B, const double* u, int64_t ld, int e) {
@@ -47,7 +51,7 @@ SA_KERNEL(SPX_OPE_C3DH8OPER,
     double *dV = dVdX + start, *b = B + start;
     OnePoint brick;
     onePointModes(n, L, X + start, brick);
-    Column scale, squares;
+    Column scale, squares, marks;
     forPoints(n, [=, &brick, &scale](int e) SA_POINT {
       const double W = brick.twelveVolumes(e, m[e]), masked = W == 0.0 ? 1.0 : m[e];
       const double s = (1.0 - masked) * 0.08333333333333333, volume = W * s + masked;
@@ -75,11 +79,28 @@ SA_KERNEL(SPX_OPE_C3DH8OPER,
     }
     hourglassVectors(n, L, brick, scale, b, gamma + start);
 
-    forPoints(n, [=, &squares](int e) SA_POINT {
+    forPoints(n, [=, &brick, &squares, &marks](int e) SA_POINT {
       const double sum = squares[e], q = sum > kTiny ? sum : sum + (kTiny + m[e]);
+      const double extent = __builtin_fabs(brick.patterns(e));
       diag[e] = v[e] * 0.5 / q;
       stiff[e] = 2.0 * q * rv[e];
+      const double outside = markOutside(sum, m[e]) + markOutside(stiff[e], m[e]) + markOutside(v[e], m[e]);
+      marks[e] = extent < kMost && outside == 0.0 ? 0.0 : 1.0 - m[e];
     });
+    if (!anyMarked(n, marks)) return;
+    double *hourglass = h + start, *g = gamma + start;
+    findInfinite(n, L, 24, dV, marks), findInfinite(n, L, 24, b, marks), findInfinite(n, L, 12, hourglass, marks);
+    findInfinite(n, L, 32, g, marks), findInfinite(n, L, 1, diag, marks), findInfinite(n, L, 1, stiff, marks);
+    // a sum of squares that vanishes leaves no scale for the stiffness
+    forPoints(n, [&squares, &marks](int e) SA_POINT {
+      const double old = marks[e];
+      marks[e] = old != 0.0 && !(squares[e] > kTiny) ? 2.0 : old;
+    });
+    replaceInfinite(n, L, 24, 0.0, marks, dV), replaceInfinite(n, L, 24, 0.0, marks, b);
+    replaceInfinite(n, L, 12, 0.0, marks, hourglass), replaceInfinite(n, L, 32, 0.0, marks, g);
+    replaceInfinite(n, L, 1, 0.5, marks, diag), replaceInfinite(n, L, 1, 0.0, marks, stiff);
+    replaceInfinite(n, L, 1, 1.0, marks, v), replaceInfinite(n, L, 1, 0.0, marks, rv);
+    replaceInfinite(n, L, 1, 1.0, marks, m);
   });
 }
 
@@ -117,6 +138,14 @@ SA_KERNEL(SPX_OPE_C3D8IOPER,
         out[e] = off ? 0.0 : mean;
         at[e] = off ? 0.0 : product;
       });
+    Column marks;
+    forPoints(n, [=, &marks](int e) SA_POINT { marks[e] = 1.0 - m[e]; });
+    findInfinite(n, N, 24, b, marks);
+    if (!anyInfinite(n, marks)) return;
+    replaceInfinite(n, N, 24, 0.0, marks, b), replaceInfinite(n, N, 24, 0.0, marks, bdet);
+    replaceInfinite(n, N, 1, 1.0, marks, det), replaceInfinite(n, N, 1, 0.0, marks, rdet);
+    replaceInfinite(n, N, 1, 1.0, marks, v), replaceInfinite(n, N, 1, 0.0, marks, rv);
+    replaceInfinite(n, N, 1, 1.0, marks, m);
   });
 }
 
@@ -132,8 +161,14 @@ SA_KERNEL(SPX_OPE_C3D8FACEAREA,
   const auto& nodes = kFaceNodes[number - 1];
   const double *X1 = X + (nodes[0] - 1) * L, *X2 = X + (nodes[1] - 1) * L, *X3 = X + (nodes[2] - 1) * L,
                *X4 = X + (nodes[3] - 1) * L;
-  forPoints(*nblock, [=](int e) SA_POINT {
-    const auto edges = [=](int64_t at) SA_POINT { return faceEdges(X1[at], X2[at], X3[at], X4[at]); };
+  // of the face whose coordinates are multiplied by a power of two
+  const auto faceOf = [=](int64_t e, double scale) SA_POINT {
+    const auto edges = [=](int64_t at) SA_POINT {
+      // a small face may stand far out, and a large one overflow in its differences
+      const double before = scale < 1.0 ? scale : 1.0, after = scale < 1.0 ? 1.0 : scale;
+      const FaceEdges f = faceEdges(before * X1[at], before * X2[at], before * X3[at], before * X4[at]);
+      return FaceEdges{after * f.a, after * f.b, after * f.h};
+    };
     const FaceEdges x = edges(e), y = edges(e + 8 * L), z = edges(e + 16 * L);
     const double x0 = y.a * z.b - z.a * y.b, y0 = z.a * x.b - x.a * z.b, z0 = x.a * y.b - y.a * x.b;
     const double x1 = y.a * z.h - z.a * y.h, y1 = z.a * x.h - x.a * z.h, z1 = x.a * y.h - y.a * x.h;
@@ -147,12 +182,44 @@ SA_KERNEL(SPX_OPE_C3D8FACEAREA,
     const double corner =
         (length(-kPoint, -kPoint) + length(kPoint, kPoint)) + (length(-kPoint, kPoint) + length(kPoint, -kPoint));
     // weights 64, 40 and 25 over 81, and the 16
-    const double sum = (64.0 * middle + 40.0 * edge + 25.0 * corner) * (0.0625 / 81.0);
-    const bool off = mask[e] != 0.0;
-    area[e] = off ? 0.0 : sum;
-    normal[e] = off ? 0.0 : 0.25 * x0;
-    normal[e + L] = off ? 0.0 : 0.25 * y0;
-    normal[e + 2 * L] = off ? 0.0 : 0.25 * z0;
+    return FaceArea{(64.0 * middle + 40.0 * edge + 25.0 * corner) * (0.0625 / 81.0), 0.25 * x0, 0.25 * y0, 0.25 * z0};
+  };
+  forPieces(*nblock, [=](int start, int n) SA_POINT {
+    Column marks;
+    forPoints(n, [=, &marks](int i) SA_POINT {
+      const int e = start + i;
+      const FaceArea f = faceOf(e, 1.0);
+      const bool off = mask[e] != 0.0;
+      area[e] = off ? 0.0 : f.area;
+      normal[e] = off ? 0.0 : f.x;
+      normal[e + L] = off ? 0.0 : f.y;
+      normal[e + 2 * L] = off ? 0.0 : f.z;
+      // outside, squares of areas overflow or vanish
+      marks[i] = off || (f.area > 1e-140 && f.area < 1e140) ? 0.0 : 1.0;
+    });
+    if (!anyMarked(n, marks)) return;
+    const double* const others[] = {X2, X3, X4};
+    for (int i = 0; i < n; ++i) {
+      if (marks[i] == 0.0) continue;
+      const int e = start + i;
+      // an extent by whose power of two the face is brought near 1
+      double extent = 0.0;
+      for (int c = 0; c < 3; ++c)
+        for (const double* node : others) {
+          const double d = __builtin_fabs(0.25 * node[e + 8 * c * L] - 0.25 * X1[e + 8 * c * L]);
+          extent = d > extent ? d : extent;
+        }
+      const uint64_t exponent = __builtin_bit_cast(uint64_t, extent) >> 52; // below 2046: of a quarter
+      const uint64_t bits = exponent > 1 ? (2046 - exponent) << 52 : uint64_t{2045} << 52;
+      const double scale = __builtin_bit_cast(double, bits), back = 1.0 / scale;
+      const FaceArea f = faceOf(e, scale);
+      const auto unscaled = [=](double value) SA_POINT { return value * back * back; };
+      const bool beyond = unscaled(f.area) > 1.7976931348623157e308;
+      area[e] = beyond ? 0.0 : unscaled(f.area);
+      normal[e] = beyond ? 0.0 : unscaled(f.x);
+      normal[e + L] = beyond ? 0.0 : unscaled(f.y);
+      normal[e + 2 * L] = beyond ? 0.0 : unscaled(f.z);
+    }
   });
 }
 
@@ -189,14 +256,15 @@ SA_KERNEL(SPX_ASM_C3D8RTDIVER,
     projectModes(n, N, T + start, t);
 
     // Weight of the hourglass values, flux times volume, gradient.
-    Column scale, weight, qx, qy, qz, gx, gy, gz;
-    forPoints(n, [=, &brick, &t, &scale, &weight, &qx, &qy, &qz, &gx, &gy, &gz](int e) SA_POINT {
+    Column scale, weight, qx, qy, qz, gx, gy, gz, marks;
+    forPoints(n, [=, &brick, &t, &scale, &weight, &qx, &qy, &qz, &gx, &gy, &gz, &marks](int e) SA_POINT {
       const double W = brick.twelveVolumes(e, m[e]), masked = W == 0.0 ? 1.0 : m[e];
       const double s = (1.0 - masked) * refinedReciprocal(W + masked, masked), volume = W * 0.08333333333333333;
       const double sum =
           8.0 * s * s *
           ((modalSum(brick.dx, brick.dx, e) + modalSum(brick.dy, brick.dy, e)) + modalSum(brick.dz, brick.dz, e));
       m[e] = masked;
+      marks[e] = __builtin_fabs(brick.patterns(e)) < kMost ? markOutside(W * sum, masked) : 1.0 - masked;
       scale[e] = s;
       weight[e] = k[e] * (W * sum * 0.06666666666666667) * 0.015625;
       qx[e] = volume * q[e];
@@ -235,6 +303,9 @@ SA_KERNEL(SPX_ASM_C3D8RTDIVER,
       toNodes<true>(r + e, N, off ? 0.0 : a1, off ? 0.0 : a2, off ? 0.0 : a3, off ? 0.0 : h1, off ? 0.0 : h2,
                     off ? 0.0 : h3, off ? 0.0 : h4);
     });
+    if (!anyMarked(n, marks)) return;
+    findInfinite(n, N, 8, r, marks);
+    replaceInfinite(n, N, 8, 0.0, marks, r), replaceInfinite(n, N, 1, 1.0, marks, m);
   });
 }
 

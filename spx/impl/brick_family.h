@@ -11,7 +11,49 @@ namespace sa::brick {
 
 constexpr double kTiny = 2.2250738585072014e-308; // the smallest normal double
 
+constexpr double kInfinite = 1e300; // sums of a few products below this stay finite
+
 using Column = double[kScratchPoints]; // one value for each element of a piece
+
+// ---- bricks whose numbers no double holds
+
+// Products of three lengths overflow beyond 1e102 and vanish below 1e-103; bricks that are much longer than thick get there with
+// other products.  What ordinary bricks give is far inside these limits.  A piece that has an element outside is gone through
+// once more, value by value; no element of another piece costs anything.
+constexpr double kLeast = 1e-100, kMost = 1e100;
+
+SA_INLINE bool anyMarked(int n, const Column& marks) {
+  uint64_t any = 0;
+#pragma omp simd reduction(| : any)
+  for (int e = 0; e < n; ++e) any |= __builtin_bit_cast(uint64_t, marks[e]);
+  return any != 0;
+}
+// 1.0 for an active element with a value outside.
+SA_INLINE double markOutside(double value, double mask) {
+  return mask == 0.0 && !(value > kLeast && value < kMost) ? 1.0 : 0.0;
+}
+
+// Elements among the marked ones that hold an infinity or NaN in `columns` columns become 2.0.
+SA_INLINE void findInfinite(int n, int64_t ld, int columns, const double* A, Column& marks) {
+  for (int k = 0; k < columns; ++k)
+    forPoints(n, [a = A + k * ld, &marks](int e) SA_POINT {
+      const double old = marks[e];
+      marks[e] = old != 0.0 && !(__builtin_fabs(a[e]) <= 1.7976931348623157e308) ? 2.0 : old;
+    });
+}
+SA_INLINE bool anyInfinite(int n, const Column& marks) {
+  Column found;
+  forPoints(n, [&](int e) SA_POINT { found[e] = marks[e] == 2.0 ? 1.0 : 0.0; });
+  return anyMarked(n, found);
+}
+// Their values are those of a masked element.
+SA_INLINE void replaceInfinite(int n, int64_t ld, int columns, double value, const Column& marks, double* A) {
+  for (int k = 0; k < columns; ++k)
+    forPoints(n, [=, a = A + k * ld, &marks](int e) SA_POINT {
+      const double old = a[e];
+      a[e] = marks[e] == 2.0 ? value : old;
+    });
+}
 
 // ---- fully integrated brick
 
@@ -37,7 +79,9 @@ struct Cofactors {
 };
 
 // Cofactors and determinant at the point whose derivative columns are a, b, c.  An element that is masked on entry has no
-// cofactors; one whose determinant is not positive is masked here and keeps them.  A masked determinant is 1.0.
+// cofactors; one whose determinant is not positive is masked here and keeps them; one where a product overflows, or whose
+// determinant is so small that its reciprocal might, is masked too, in the first case without cofactors.  A masked determinant
+// is 1.0.
 SA_INLINE void pointJacobian(int n, int64_t ld, const double* a, const double* b, const double* c, const double* x,
                              double* mask, Cofactors& C, double* det) {
   jacobianRow(n, ld, a, b, c, x, C.xXi, C.xEta, C.xZeta);
@@ -47,21 +91,20 @@ SA_INLINE void pointJacobian(int n, int64_t ld, const double* a, const double* b
     const double x1 = C.xXi[e], x2 = C.xEta[e], x3 = C.xZeta[e];
     const double y1 = C.yXi[e], y2 = C.yEta[e], y3 = C.yZeta[e];
     const double z1 = C.zXi[e], z2 = C.zEta[e], z3 = C.zZeta[e];
-    const double active = 1.0 - mask[e];
-    const bool off = active == 0.0;
-    const double cx1 = off ? 0.0 : (y2 * z3 - y3 * z2) * active, cx2 = off ? 0.0 : (y3 * z1 - y1 * z3) * active;
-    const double cx3 = off ? 0.0 : (y1 * z2 - y2 * z1) * active, cy1 = off ? 0.0 : (z2 * x3 - z3 * x2) * active;
-    const double cy2 = off ? 0.0 : (z3 * x1 - z1 * x3) * active, cy3 = off ? 0.0 : (z1 * x2 - z2 * x1) * active;
-    const double cz1 = off ? 0.0 : (x2 * y3 - x3 * y2) * active, cz2 = off ? 0.0 : (x3 * y1 - x1 * y3) * active;
-    const double cz3 = off ? 0.0 : (x1 * y2 - x2 * y1) * active;
-    const double d = x1 * cx1 + y1 * cy1 + z1 * cz1;
-    const bool degenerate = !(d > 0.0);
-    const double masked = degenerate ? 1.0 : mask[e];
-    C.xXi[e] = cx1, C.xEta[e] = cx2, C.xZeta[e] = cx3;
-    C.yXi[e] = cy1, C.yEta[e] = cy2, C.yZeta[e] = cy3;
-    C.zXi[e] = cz1, C.zEta[e] = cz2, C.zZeta[e] = cz3;
-    mask[e] = masked;
-    det[e] = (degenerate ? 0.0 : d) + masked;
+    // those that no double holds count as nothing, and so does the determinant
+    const double rx1 = y2 * z3 - y3 * z2, rx2 = y3 * z1 - y1 * z3, rx3 = y1 * z2 - y2 * z1;
+    const double ry1 = z2 * x3 - z3 * x2, ry2 = z3 * x1 - z1 * x3, ry3 = z1 * x2 - z2 * x1;
+    const double rz1 = x2 * y3 - x3 * y2, rz2 = x3 * y1 - x1 * y3, rz3 = x1 * y2 - x2 * y1;
+    const double d = x1 * rx1 + y1 * ry1 + z1 * rz1;
+    // with d they are finite all: d holds the cofactors of the first column
+    const double others = ((rx2 + rx3) + (ry2 + ry3)) + (rz2 + rz3);
+    const bool isFinite = __builtin_fabs(d) < kInfinite && __builtin_fabs(others) < kInfinite;
+    const bool off = mask[e] != 0.0 || !isFinite, degenerate = off || !(d >= kTiny);
+    C.xXi[e] = off ? 0.0 : rx1, C.xEta[e] = off ? 0.0 : rx2, C.xZeta[e] = off ? 0.0 : rx3;
+    C.yXi[e] = off ? 0.0 : ry1, C.yEta[e] = off ? 0.0 : ry2, C.yZeta[e] = off ? 0.0 : ry3;
+    C.zXi[e] = off ? 0.0 : rz1, C.zEta[e] = off ? 0.0 : rz2, C.zZeta[e] = off ? 0.0 : rz3;
+    mask[e] = degenerate ? 1.0 : 0.0;
+    det[e] = degenerate ? 1.0 : d;
   });
 }
 
@@ -102,11 +145,12 @@ SA_INLINE void integrateGradient(int n, int64_t ld, int nipt, const double* dNdx
   }
   forPoints(n, [&volume](int e) SA_POINT { volume[e] = 0.0; });
   for (int p = 0; p < nipt; ++p) {
+    const int64_t first = int64_t{8} * p;
     double a[8], b[8], c[8];
     for (int node = 0; node < 8; ++node) {
-      a[node] = 0.125 * dNdxi[8 * p + node];
-      b[node] = 0.125 * dNdeta[8 * p + node];
-      c[node] = 0.125 * dNdzeta[8 * p + node];
+      a[node] = 0.125 * dNdxi[first + node];
+      b[node] = 0.125 * dNdeta[first + node];
+      c[node] = 0.125 * dNdzeta[first + node];
     }
     Cofactors C;
     Column det;
@@ -237,6 +281,8 @@ constexpr double kHourglass[4][8] = {{+1, +1, -1, -1, -1, -1, +1, +1},
                                      {+1, -1, +1, -1, +1, -1, +1, -1},
                                      {-1, +1, -1, +1, +1, -1, +1, -1}};
 
+constexpr double kSmallestVolume = 1e-306, kLargestVolume = 1e307; // 12 V, whose reciprocal times 12 is finite
+
 // The bricks of a piece and the derivatives of 12 V by their nodes, both as modes.
 struct OnePoint {
   Modes x, y, z, dx, dy, dz;
@@ -245,7 +291,12 @@ struct OnePoint {
   SA_INLINE double twelveVolumes(int e, double mask) const {
     const double w = ((x.a1[e] * dx.a1[e] + x.a2[e] * dx.a2[e]) + x.a3[e] * dx.a3[e]) +
                      ((x.h1[e] * dx.h1[e] + x.h2[e] * dx.h2[e]) + x.h3[e] * dx.h3[e]);
-    return w > 0.0 && mask == 0.0 ? w : 0.0;
+    return w > kSmallestVolume && w < kLargestVolume && mask == 0.0 ? w : 0.0;
+  }
+  // Sum of the hourglass patterns of the coordinates: not finite, or huge, where one of them is.
+  SA_INLINE double patterns(int e) const {
+    return ((x.h1[e] + x.h2[e]) + (x.h3[e] + x.h4[e])) + ((y.h1[e] + y.h2[e]) + (y.h3[e] + y.h4[e])) +
+           ((z.h1[e] + z.h2[e]) + (z.h3[e] + z.h4[e]));
   }
 };
 

@@ -34,7 +34,7 @@ SA_KERNEL(SPX_OPE_C3D8ROPER2,
     onePointModes(n, L, X + start, brick);
 
     // W = 12 V, then the reciprocal with one Newton step.
-    Column scale, squares;
+    Column scale, squares, marks;
     forPoints(n, [=, &brick, &scale](int e) SA_POINT {
       const double W = brick.twelveVolumes(e, m[e]), masked = W == 0.0 ? 1.0 : m[e];
       const double volume12 = W + masked, reciprocal = refinedReciprocal(volume12, masked);
@@ -46,12 +46,21 @@ SA_KERNEL(SPX_OPE_C3D8ROPER2,
     onePointGradient(n, L, brick, scale, b, squares);
     hourglassVectors(n, L, brick, scale, b, g);
 
-    forPoints(n, [=, &squares](int e) SA_POINT {
+    forPoints(n, [=, &brick, &squares, &marks](int e) SA_POINT {
       const double product = v[e] * squares[e], q = product > kTiny ? product : product + m[e];
+      const double extent = __builtin_fabs(brick.patterns(e));
       diag[e] = 6.0 / q;
       stiff[e] = q / 6.0;
+      marks[e] = extent < kMost ? markOutside(product, m[e]) : 1.0 - m[e];
       v[e] = v[e] * 0.08333333333333333;
     });
+    if (!anyMarked(n, marks)) return;
+    findInfinite(n, L, 24, b, marks), findInfinite(n, L, 32, g, marks);
+    findInfinite(n, L, 1, diag, marks), findInfinite(n, L, 1, stiff, marks);
+    replaceInfinite(n, L, 24, 0.0, marks, b), replaceInfinite(n, L, 32, 0.0, marks, g);
+    replaceInfinite(n, L, 1, 6.0, marks, diag), replaceInfinite(n, L, 1, 1.0 / 6.0, marks, stiff);
+    replaceInfinite(n, L, 1, 0.08333333333333333, marks, v), replaceInfinite(n, L, 1, 0.0, marks, rv);
+    replaceInfinite(n, L, 1, 1.0, marks, m);
   });
 }
 

@@ -7,10 +7,12 @@
 #include "spx.h"
 #include "spx/impl/element_message.h"
 
+#include <atomic>
 #include <limits>
 
 // The sum runs in order of the elements, so that it has one value whatever the machine.
 SA_EXPORT double SPX_OPE_ERRORCHECK(const int32_t* nblock, int32_t* count, const double* flags) {
+  const sa::OwnArithmetic arithmetic;
   constexpr double kLowest = std::numeric_limits<int32_t>::min(), kHighest = std::numeric_limits<int32_t>::max();
   double sum = 0.0;
   for (int32_t e = 0; e < *nblock; ++e) sum += flags[e];
@@ -65,15 +67,23 @@ void reportElement(const DistortionMessage& message, int32_t element, bool inIns
   ACD_ERROR_XPL(&message.code, &domain, nullptr, nullptr, nullptr, nullptr, &element, 0);
 }
 
+// Raises the counter, which threads may share, and answers it; at its largest value it stays.
+int32_t raised(std::atomic_ref<int32_t> counter) {
+  constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
+  int32_t before = counter.load(std::memory_order_relaxed);
+  while (before < kMost && !counter.compare_exchange_weak(before, before + 1, std::memory_order_relaxed)) continue;
+  return before < kMost ? before + 1 : kMost;
+}
+
 void reportMarked(const DistortionMessage& message, int32_t nblock, int32_t* counter, const int32_t* elements,
                   const double* flags) {
-  if (message.blankLines && *counter <= kMostMessages)
+  const std::atomic_ref shared(*counter);
+  if (message.blankLines && shared.load(std::memory_order_relaxed) <= kMostMessages)
     for (int line = 0; line < 2; ++line) writeMessage("NewLine", " ");
   const bool inInstances = modelHasInstances();
   for (int32_t e = 0; e < nblock; ++e) {
     if (flags[e] == 0.0) continue;
-    if (*counter < std::numeric_limits<int32_t>::max()) ++*counter;
-    if (*counter <= kMostMessages) reportElement(message, elements[e], inInstances);
+    if (raised(shared) <= kMostMessages) reportElement(message, elements[e], inInstances);
   }
 }
 
@@ -118,7 +128,8 @@ SA_INLINE double dot(const Vector& a, const Vector& b) { return a.x * b.x + a.y 
 SA_INLINE Vector nodeOf(const double* x, int64_t ld, int node) {
   return {x[(node - 1) * ld], x[(node + 7) * ld], x[(node + 15) * ld]};
 }
-SA_INLINE double smaller(double a, double b) { return a < b ? a : b; }
+// The smaller one; NaN where either is.
+SA_INLINE double smaller(double a, double b) { return a < b || a != a ? a : b; }
 
 } // namespace
 
@@ -128,7 +139,7 @@ SA_KERNEL(SPX_OPE_SC3DDISTORTIONCHECK,
   const int64_t N = *nblock;
   forPoints(*nblock, [=](int e) SA_POINT {
     const double thinnest = smaller(smaller(t[e], t[e + N]), smaller(t[e + 2 * N], t[e + 3 * N]));
-    const double h = thinnest > 0.0 ? thinnest : 0.0;
+    const double h = thinnest < 0.0 ? 0.0 : thinnest;
     const Vector x1 = nodeOf(X + e, N, 1), x2 = nodeOf(X + e, N, 2), x3 = nodeOf(X + e, N, 3), x4 = nodeOf(X + e, N, 4);
     const Vector x5 = nodeOf(X + e, N, 5), x6 = nodeOf(X + e, N, 6), x7 = nodeOf(X + e, N, 7), x8 = nodeOf(X + e, N, 8);
     // edges round the faces; the corner normal is the product of the edge that comes and the one that goes
@@ -136,7 +147,7 @@ SA_KERNEL(SPX_OPE_SC3DDISTORTIONCHECK,
     const Vector t56 = x6 - x5, t67 = x7 - x6, t78 = x8 - x7, t85 = x5 - x8;
     const double diagonal13 = dot(cross(b41, b12), cross(t85, t56)) + dot(cross(b23, b34), cross(t67, t78));
     const double diagonal24 = dot(cross(b12, b23), cross(t56, t67)) + dot(cross(b34, b41), cross(t78, t85));
-    const double collapsed = a[e] * b[e] * 1e-6 > h * h ? 1.0 : 0.0;
+    const double collapsed = a[e] * b[e] * 1e-6 <= h * h ? 0.0 : 1.0;
     const double turned1 = diagonal13 > 0.0 ? 0.0 : 1.0, turned2 = diagonal24 > 0.0 ? 0.0 : 1.0;
     flags[e] = collapsed + turned1 + turned2 > 0.0 ? 1.0 : flags[e];
   });

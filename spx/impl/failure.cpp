@@ -171,12 +171,13 @@ SA_KERNEL(SPX_MAT_JCSHRFAILEXP,
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     double L[kScratchPoints], e[kScratchPoints];
     forPoints(n, [=, &L](int i) SA_POINT { L[i] = vm::log(vm::max(1.0, rate[start + i] * P8)); });
-    forPoints(n, [=, &e](int i) SA_POINT { e[i] = vm::exp(-vm::abs(P11 * x[start + i])); });
+    forPoints(n, [=, &e](int i) SA_POINT { e[i] = vm::expClamped(-vm::abs(P11 * x[start + i])); });
     forPoints(n, [=, &L, &e](int i) SA_POINT {
       const double scale = 1.0 + P12 * L[i], heat = 1.0 + P13 * y[start + i];
       const double a = P9 * scale * heat, b = P10 * scale * heat, k = P11 * x[start + i];
       const double above = b + a * e[i], below = a + b * e[i];
-      const bool negative = k < 0.0, vanished = e[i] == 0.0 && above == 0.0; // both sides underflowed: the limit
+      // without b the exponential cancels, also where its product with a has underflowed: the limit
+      const bool negative = k < 0.0, vanished = b == 0.0 && vm::abs(above) < kNormal;
       const double numerator = vm::select(negative || vanished, 1.0, e[i]);
       const double denominator = vm::select(negative, below, vm::select(vanished, a, above));
       rStrain[start + i] = vm::select(negative && below <= kNormal, 0.0, numerator / denominator);

@@ -13,14 +13,14 @@ constexpr int kGivenValue = 2; // initialisation mode
 struct History {
   double* first;
   int64_t slotSize;
-  SA_INLINE double* slot(int number) const { return first + (number - 1) * slotSize; }
+  SA_INLINE double* slot(int64_t number) const { return first + (number - 1) * slotSize; }
 };
 
 // One increment of all sections for n points of one component.  Each reads its output history, which the next one, whose input
 // history it is, moves on.
 template <class Points>
 SA_INLINE void advance(Points point, int n, int sections, const double* coef, double* field, History history) {
-  for (int k = 1; k <= sections; ++k) {
+  for (int64_t k = 1; k <= sections; ++k) {
     const double* c = coef + 5 * (k - 1);
     const double b0 = c[0], b1 = c[1], b2 = c[2], a1 = c[3], a2 = c[4];
     double *in1 = history.slot(2 * k - 1), *in2 = history.slot(2 * k);
@@ -33,7 +33,7 @@ SA_INLINE void advance(Points point, int n, int sections, const double* coef, do
       field[p] = b0 * x + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2;
     });
   }
-  double *last1 = history.slot(2 * sections + 1), *last2 = history.slot(2 * sections + 2);
+  double *last1 = history.slot(int64_t{2} * sections + 1), *last2 = history.slot(int64_t{2} * sections + 2);
   forPoints(n, [=](int i) SA_POINT {
     const int p = point(i);
     const double x = field[p], x1 = last1[p];
@@ -44,7 +44,7 @@ SA_INLINE void advance(Points point, int n, int sections, const double* coef, do
 
 template <class Points>
 SA_INLINE void fill(Points point, int n, int sections, const double* value, History history) {
-  for (int s = 1; s <= 2 * sections + 2; ++s)
+  for (int64_t s = 1; s <= int64_t{2} * sections + 2; ++s)
     forPoints(n, [=, slot = history.slot(s)](int i) SA_POINT {
       const int p = point(i);
       slot[p] = value[p];

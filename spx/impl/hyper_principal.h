@@ -51,7 +51,7 @@ struct FoamTerms {
 
 // For each point the volume ratio, its logarithm (foam), and ln l^2 for the three stretches that enter the powers.
 struct StretchLogs {
-  double J[kScratchPoints], L[kScratchPoints];
+  double J[kScratchPoints], L[kScratchPoints], guard[kScratchPoints]; // guard: the flag
   double x1[kScratchPoints], x2[kScratchPoints], x3[kScratchPoints];
 };
 
@@ -68,6 +68,7 @@ SA_INLINE void takeLogarithms(int start, int n, Stretch stretch, double* flag, S
     const Stretches s = stretch(i, k);
     const double product = s.l1 * s.l2 * s.l3, old = flag[k], guard = product < kSmallestNormal ? 1.0 : old;
     flag[k] = guard;
+    w.guard[i] = guard;
     w.J[i] = guard + (1.0 - guard) * product;
   });
   if constexpr (Terms::kFoam) {
@@ -101,15 +102,39 @@ SA_INLINE double power(double half, double x) {
   return vm::select(half == 0.0, 1.0, p);
 }
 
+// Where alpha is small the brackets are differences of powers that nearly meet: 2 mu/alpha^2 times their rounding would be
+// noise.  Such terms have a form of their own, whose limit for alpha = 0 is that of the logarithms.
+constexpr double kSmallAlpha = 0x1p-6;
+SA_INLINE double isSmallTerm(double alpha) { return vm::abs(alpha) < kSmallAlpha ? 1.0 : 0.0; }
+
 // A term whose alpha^2/4 is below the smallest normal number vanishes.
+SA_INLINE double termIsOn(double alpha) {
+  const double half = 0.5 * alpha;
+  return vm::abs(half * half) < kSmallestNormal ? 0.0 : 1.0;
+}
+
 struct TermFactors {
-  double half, energy, first, second; // alpha/2; factors of the brackets of the energy, of tau and of D
+  double half, energy, first,
+      second; // alpha/2; factors of the brackets of the energy, of tau (0 for a small alpha) and of D
 };
 SA_INLINE TermFactors termFactors(double mu, double alpha) {
-  const double half = 0.5 * alpha, square = half * half, g = vm::abs(square) < kSmallestNormal ? 1.0 : 0.0;
-  const double on = 1.0 - g;
-  const double energy = 0.5 * mu / (square + g) * on;
-  return {half, energy, energy * alpha, 2.0 * mu * on};
+  const double half = 0.5 * alpha, square = half * half, g = isSmallTerm(alpha);
+  const double energy = 0.5 * mu / (square + g) * (1.0 - g);
+  return {half, energy, energy * alpha, 2.0 * mu * termIsOn(alpha)};
+}
+
+SA_INLINE bool anySmallTerm(int n, const double* alpha) {
+  uint64_t any = 0;
+#pragma omp simd reduction(| : any)
+  for (int i = 0; i < n; ++i) any |= vm::toBits(isSmallTerm(alpha[i]));
+  return any != 0;
+}
+
+// (e^u - 1 - u)/u^2, by the series near 0.
+SA_INLINE double remainderOfExp(double u) {
+  const bool near = vm::abs(u) < 0.34;
+  const double v = near ? 1.0 : u, far = (vm::expm1(v) - v) / (v * v);
+  return near ? vm::polynomial(near ? u : 0.0, vm::kExpm1Coefficients) : far;
 }
 
 struct EnergySum {
@@ -122,9 +147,9 @@ struct StressSums {
 };
 
 // add(i, factors, P1, P2, P3, volume, beta) for each term in turn: powers of the stretches; for foam volume is
-// (J^(-alpha beta) - 1)/beta, continuous in beta.
-template <class Terms, class Add>
-SA_INLINE void forTerms(int start, int n, const Terms& terms, const StretchLogs& w, Add add) {
+// (J^(-alpha beta) - 1)/beta, continuous in beta.  addSmall(term) follows where a point of the piece has a small alpha.
+template <class Terms, class Add, class AddSmall>
+SA_INLINE void forTerms(int start, int n, const Terms& terms, const StretchLogs& w, Add add, AddSmall addSmall) {
   for (int t = 0; t < Terms::kTerms; ++t) {
     const double *mu = terms.mu[t] + start, *alpha = terms.alpha[t] + start;
     if constexpr (Terms::kFoam) {
@@ -144,15 +169,57 @@ SA_INLINE void forTerms(int start, int n, const Terms& terms, const StretchLogs&
         add(i, f, power(f.half, w.x1[i]), power(f.half, w.x2[i]), power(f.half, w.x3[i]), 0.0, 0.0);
       });
     }
+    if (anySmallTerm(n, alpha)) addSmall(t);
   }
+}
+
+// The energy of a term with a small alpha: with u = alpha ln l the bracket is the sum of u, which is ln J in rubber (0) and
+// what the volume takes off in foam, and of the remainders of e^u; only a flagged point, whose J is not that of its stretches,
+// keeps the former.
+template <class Terms>
+SA_INLINE void addSmallEnergy(int start, int n, const Terms& terms, int t, const StretchLogs& w, EnergySum& s) {
+  const double *mu = terms.mu[t] + start, *alpha = terms.alpha[t] + start, *beta = nullptr;
+  if constexpr (Terms::kFoam) beta = terms.beta[t] + start;
+  forPoints(n, [=, &w, &s](int i) SA_POINT {
+    const double a = alpha[i], x1 = 0.5 * w.x1[i], x2 = 0.5 * w.x2[i], x3 = 0.5 * w.x3[i];
+    const auto square = [a](double x) SA_POINT { return x * x * remainderOfExp(a * x); };
+    const auto difference = [a](double x) SA_POINT { return vm::expm1(a * x) / a; };
+    double bracket = square(x1) + square(x2) + square(x3);
+    if constexpr (Terms::kFoam) bracket += beta[i] * (w.L[i] * w.L[i] * remainderOfExp(-(a * w.L[i] * beta[i])));
+    const double flagged = (difference(x1) + difference(x2) + difference(x3)) / a;
+    const double sum = vm::select(w.guard[i] == 0.0, bracket, flagged);
+    const bool isSmall = isSmallTerm(a) * termIsOn(a) != 0.0;
+    s.U[i] += vm::select(isSmall, 2.0 * mu[i] * sum, 0.0);
+  });
 }
 
 template <class Terms>
 SA_INLINE void sumEnergy(int start, int n, const Terms& terms, const StretchLogs& w, EnergySum& s) {
   forPoints(n, [=, &s](int i) SA_POINT { s.U[i] = 0.0; });
-  forTerms(start, n, terms, w,
-           [&s](int i, const TermFactors& f, double P1, double P2, double P3, double volume, double)
-               SA_POINT { s.U[i] += f.energy * (P1 + P2 + P3 - 3.0 + volume); });
+  forTerms(
+      start, n, terms, w,
+      [&s](int i, const TermFactors& f, double P1, double P2, double P3, double volume, double)
+          SA_POINT { s.U[i] += f.energy * (P1 + P2 + P3 - 3.0 + volume); },
+      [=, &terms, &w, &s](int t) SA_POINT { addSmallEnergy(start, n, terms, t, w, s); });
+}
+
+// The stresses of a term with a small alpha: (l^alpha - 1)/alpha instead of powers.
+template <class Terms>
+SA_INLINE void addSmallStress(int start, int n, const Terms& terms, int t, const StretchLogs& w, StressSums& s) {
+  const double *mu = terms.mu[t] + start, *alpha = terms.alpha[t] + start, *beta = nullptr;
+  if constexpr (Terms::kFoam) beta = terms.beta[t] + start;
+  forPoints(n, [=, &w, &s](int i) SA_POINT {
+    const double a = alpha[i];
+    const auto difference = [a](double x) SA_POINT { return vm::expm1(a * x) / a; };
+    const double d1 = difference(0.5 * w.x1[i]), d2 = difference(0.5 * w.x2[i]), d3 = difference(0.5 * w.x3[i]);
+    double off = (d1 + d2 + d3) * 0.3333333333333333;
+    if constexpr (Terms::kFoam) off = difference(-(w.L[i] * beta[i]));
+    const bool isSmall = isSmallTerm(a) * termIsOn(a) != 0.0;
+    const double m = 2.0 * mu[i];
+    s.t1[i] += vm::select(isSmall, m * (d1 - off), 0.0);
+    s.t2[i] += vm::select(isSmall, m * (d2 - off), 0.0);
+    s.t3[i] += vm::select(isSmall, m * (d3 - off), 0.0);
+  });
 }
 
 template <class Terms>
@@ -161,18 +228,20 @@ SA_INLINE void sumStress(int start, int n, const Terms& terms, const StretchLogs
     s.t1[i] = s.t2[i] = s.t3[i] = 0.0;
     s.A1[i] = s.A2[i] = s.A3[i] = s.b[i] = 0.0;
   });
-  forTerms(start, n, terms, w,
-           [&s](int i, const TermFactors& f, double P1, double P2, double P3, double volume, double beta) SA_POINT {
-             // foam: what the volume takes off, J^(-alpha beta); rubber: the mean
-             const double Q = volume * beta + 1.0, off = Terms::kFoam ? Q : (P1 + P2 + P3) * 0.3333333333333333;
-             s.t1[i] += f.first * (P1 - off);
-             s.t2[i] += f.first * (P2 - off);
-             s.t3[i] += f.first * (P3 - off);
-             s.A1[i] += f.second * P1;
-             s.A2[i] += f.second * P2;
-             s.A3[i] += f.second * P3;
-             if constexpr (Terms::kFoam) s.b[i] += f.second * beta * Q;
-           });
+  forTerms(
+      start, n, terms, w,
+      [&s](int i, const TermFactors& f, double P1, double P2, double P3, double volume, double beta) SA_POINT {
+        // foam: what the volume takes off, J^(-alpha beta); rubber: the mean
+        const double Q = volume * beta + 1.0, off = Terms::kFoam ? Q : (P1 + P2 + P3) * 0.3333333333333333;
+        s.t1[i] += f.first * (P1 - off);
+        s.t2[i] += f.first * (P2 - off);
+        s.t3[i] += f.first * (P3 - off);
+        s.A1[i] += f.second * P1;
+        s.A2[i] += f.second * P2;
+        s.A3[i] += f.second * P3;
+        if constexpr (Terms::kFoam) s.b[i] += f.second * beta * Q;
+      },
+      [=, &terms, &w, &s](int t) SA_POINT { addSmallStress(start, n, terms, t, w, s); });
 }
 
 // D_kk and D_kl of a point.
@@ -252,32 +321,115 @@ SA_INLINE FreeStress freeStress(const StressSums& s, int i, double J, const Volu
   return {s.t3[i] + J * v.p, isochoric + kFree * J * (v.p + J * v.slope)};
 }
 
-// Where a free stretch is sought: the fixed stretches of the points of a piece and the present free ones.
+// Where a free stretch is sought: the fixed stretches of the points of a piece and the present free ones; the flags on entry,
+// which trial stretches must not set; and what the search remembers.
 struct FreeScratch {
   double l1[kScratchPoints], l2[kScratchPoints], free[kScratchPoints], moving[kScratchPoints];
   double c[kScratchPoints], s[kScratchPoints]; // axes of the stretch in the plane
+  double isochoric[kScratchPoints], flag[kScratchPoints];
+  double y[kScratchPoints], low[kScratchPoints], high[kScratchPoints]; // ln of the stretch; in compression, in tension
+  double lowNumber[kScratchPoints], highNumber[kScratchPoints];        // 0 where an end is no number, but an overflow
+  double last[kScratchPoints], before[kScratchPoints], stride[kScratchPoints]; // lengths of steps
 };
 
-// Newton's method for the free stretches of a piece, each point until its own step is below 1e-8 (the error is then the
-// square of it), at most 50 steps; leaves sums and logarithms at the result.
+// Steps of Newton's method alone, enough for any rubber from a stretch near its own; then at most as many within a bracket.
+constexpr int kNewtonSteps = 20, kBracketedSteps = 300;
+constexpr double kMostLogOfStretch = 230.0; // 1e-100 to 1e100
+
+// Newton's method in the logarithm.  What overflows begins anew at the stretch that keeps the volume, once.
+SA_INLINE void newtonSteps(int n, FreeScratch& f, const double (&residual)[kScratchPoints],
+                           const double (&slope)[kScratchPoints]) {
+  forPoints(n, [&](int i) SA_POINT {
+    const double r = residual[i], D = slope[i], now = f.free[i], start = f.isochoric[i], moving = f.moving[i];
+    const bool isMoving = moving != 0.0, isNumber = vm::abs(r) < vm::kInfinity && vm::abs(D) < vm::kInfinity;
+    const double step = isMoving ? stretchStep(r, D) : 0.0, next = now * vm::exp(-step);
+    const bool returns = isMoving && !isNumber, ends = !returns && !(vm::abs(step) > 1e-8);
+    const bool fails = returns && !(now != start);
+    f.free[i] = fails ? vm::kNaN : returns ? start : isMoving ? next : now;
+    f.moving[i] = isMoving && !ends && !fails ? 1.0 : 0.0;
+  });
+}
+
+// What is left after that is bracketed: a direction in tension contracts.  Steps double away from the residual until its sign
+// turns; between the ends a step of Newton's method counts if it stays inside and is at most half of the last but one,
+// otherwise the bracket is halved.  An overflow is an end of the bracket too, but no place to stay: a bracket that shrinks to
+// it, like one that does not close, has no solution.
+SA_INLINE void beginBrackets(int n, FreeScratch& f) {
+  forPoints(n, [&](int i) SA_POINT {
+    const double y = vm::log(f.free[i]), bounded = vm::max(-kMostLogOfStretch, vm::min(kMostLogOfStretch, y));
+    f.y[i] = bounded;
+    f.free[i] = f.moving[i] != 0.0 && y != bounded ? vm::exp(bounded) : f.free[i];
+    f.low[i] = -vm::kInfinity, f.high[i] = vm::kInfinity;
+    f.lowNumber[i] = f.highNumber[i] = 1.0;
+    f.last[i] = f.before[i] = vm::kInfinity;
+    f.stride[i] = 0.5;
+  });
+}
+SA_INLINE void bracketedSteps(int n, FreeScratch& f, const double (&residual)[kScratchPoints],
+                              const double (&slope)[kScratchPoints]) {
+  forPoints(n, [&](int i) SA_POINT {
+    const double r = residual[i], D = slope[i], y = f.y[i], now = f.free[i], moving = f.moving[i];
+    double low = f.low[i], high = f.high[i], lowNumber = f.lowNumber[i], highNumber = f.highNumber[i];
+    const bool isNumber = vm::abs(r) < vm::kInfinity && vm::abs(D) < vm::kInfinity;
+    // an overflow takes the place of the end that is open, or of the one that overflowed before
+    const bool highIsOpen = high == vm::kInfinity || highNumber == 0.0,
+               lost = !isNumber && low == -vm::kInfinity && high == vm::kInfinity;
+    const bool isLow = isNumber ? r < 0.0 : !lost && !(low != -vm::kInfinity && highIsOpen);
+    const bool isHigh = isNumber ? r > 0.0 : !lost && !isLow;
+    low = isLow ? y : low, lowNumber = isLow ? (isNumber ? 1.0 : 0.0) : lowNumber;
+    high = isHigh ? y : high, highNumber = isHigh ? (isNumber ? 1.0 : 0.0) : highNumber;
+
+    const double stride = f.stride[i], width = high - low;
+    const bool isClosed = width < vm::kInfinity, stiff = isNumber && D > kSmallestNormal;
+    const double step = stiff ? r / (stiff ? D : 1.0) : vm::kInfinity, inside = y - step;
+    const bool newton = stiff && inside > low && inside < high && vm::abs(step) <= 0.5 * f.before[i];
+    const double outward = vm::max(-kMostLogOfStretch, vm::min(kMostLogOfStretch, y + (isLow ? stride : -stride)));
+    const double middle = 0.5 * (isClosed ? low + high : 0.0);
+    const double next = isClosed ? (newton ? inside : middle) : lost ? vm::log(f.isochoric[i]) : outward;
+
+    const bool found = isNumber && (r == 0.0 || (stiff && vm::abs(step) <= 1e-8));
+    const bool isNarrow = isClosed && width <= 4e-16 * vm::max(1.0, vm::abs(y)), isMoving = moving != 0.0;
+    const bool fails = !found && ((isNarrow && lowNumber * highNumber == 0.0) || (!isClosed && next == y));
+    const double length = vm::abs(next - y);
+    f.low[i] = low, f.high[i] = high, f.lowNumber[i] = lowNumber, f.highNumber[i] = highNumber;
+    f.before[i] = f.last[i], f.last[i] = length;
+    f.stride[i] = isClosed ? stride : 2.0 * stride;
+    const double to = found ? (r == 0.0 ? y : inside) : next;
+    f.y[i] = to;
+    f.free[i] = !isMoving ? now : fails ? vm::kNaN : vm::exp(to);
+    f.moving[i] = isMoving && !found && !isNarrow && !fails ? 1.0 : 0.0;
+  });
+}
+
+// Free stretches of a piece without stress, each point until its own step is below 1e-8 (the error is then the square of it);
+// NaN where there is none.  Leaves sums and logarithms at the result.
 template <int kFree, class Terms>
 SA_INLINE void closeState(int start, int n, Terms terms, double* flag, FreeScratch& f, StretchLogs& w, StressSums& s) {
   const auto stretch = [&f](int i, int) SA_POINT {
     return Stretches{f.l1[i], kFree == 1 ? f.l2[i] : f.free[i], f.free[i]};
   };
-  for (int i = 0; i < n; ++i) f.moving[i] = 1.0;
+  forPoints(n, [=, &f](int i) SA_POINT { f.moving[i] = 1.0, f.flag[i] = flag[start + i]; });
   bool anyMoving = true;
   for (int round = 0;; ++round) {
+    forPoints(n, [=, &f](int i) SA_POINT { flag[start + i] = f.flag[i]; });
     takeLogarithms<Terms>(start, n, stretch, flag, w);
     sumStress(start, n, terms, w, s);
-    if (!anyMoving || round == 50) break;
-    forPoints(n, [=, &f, &w, &s](int i) SA_POINT {
+    if (!anyMoving) break;
+    double residual[kScratchPoints], slope[kScratchPoints];
+    forPoints(n, [=, &w, &s, &residual, &slope](int i) SA_POINT {
       const double J = w.J[i];
       const FreeStress r = freeStress<kFree, Terms>(s, i, J, terms.volumetric(start + i, J));
-      const double step = f.moving[i] * stretchStep(r.residual, r.slope), now = f.free[i];
-      f.free[i] = now * vm::exp(-step);
-      f.moving[i] = vm::abs(step) > 1e-8 ? 1.0 : 0.0; // a NaN ends too
+      residual[i] = r.residual;
+      slope[i] = r.slope;
     });
+    if (round < kNewtonSteps)
+      newtonSteps(n, f, residual, slope);
+    else if (round == kNewtonSteps)
+      beginBrackets(n, f);
+    else
+      bracketedSteps(n, f, residual, slope);
+    if (round == kNewtonSteps + kBracketedSteps)
+      forPoints(n, [&f](int i) SA_POINT { f.free[i] = f.moving[i] != 0.0 ? vm::kNaN : f.free[i], f.moving[i] = 0.0; });
     anyMoving = false;
     for (int i = 0; i < n; ++i) anyMoving = anyMoving || f.moving[i] != 0.0;
   }

@@ -112,7 +112,8 @@ SA_INLINE double stretchStep(double residual, double slope) {
   const bool stiff = slope > kSmallestNormal;
   const double step = residual / vm::select(stiff, slope, 1.0);
   const double against = vm::select(residual == 0.0, 0.0, vm::copysign(0.25, residual) + 0.0 * residual); // NaN stays
-  return vm::select(stiff, vm::max(-0.5, vm::min(0.5, step)), against);
+  const double chosen = vm::select(stiff, vm::max(-0.5, vm::min(0.5, step)), against);
+  return vm::select(slope == slope, chosen, slope);
 }
 
 } // namespace sa

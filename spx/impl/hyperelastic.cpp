@@ -52,6 +52,7 @@ void reportLocking() {
   SA_CLONES                                                                                                            \
   static bool name##_clones parameters;                                                                                \
   SA_EXPORT void name parameters {                                                                                     \
+    const OwnArithmetic arithmetic;                                                                                    \
     if (name##_clones arguments) reportLocking();                                                                      \
   }                                                                                                                    \
   SA_CLONES                                                                                                            \

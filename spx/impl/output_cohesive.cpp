@@ -81,7 +81,7 @@ struct LocalOrientations {
     if (count <= 0) return;
     for (int j = 0; j < n; ++j) {
       const int32_t* ofElement = indices + (static_cast<int64_t>(map[point(j)]) - 1) * width;
-      double* sides = records + 2 * kRealsOf<Q> * j;
+      double* sides = records + int64_t{2 * kRealsOf<Q>} * j;
       compose(ofElement[0], sides);
       compose(ofElement[width > 1 ? 1 : 0], sides + kRealsOf<Q>); // a single index holds for both sides
     }

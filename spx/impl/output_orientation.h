@@ -54,7 +54,8 @@ SA_INLINE void store(double* record, const TwoSides<Q>& q) {
 
 // The turn about axis 3 that takes axis 1 to a direction in the plane 1-2, of any length.
 SA_INLINE PlaneQuaternion turnTo(double d1, double d2) {
-  const double length = __builtin_sqrt(d1 * d1 + d2 * d2), cosine = d1 / length, sine = d2 / length;
+  const double s = scaleForSquares(magnitude(d1, d2)).factor, x = d1 * s, y = d2 * s;
+  const double length = __builtin_sqrt(x * x + y * y), cosine = x / length, sine = y / length;
   return planeQuaternionOf(1.0 + 2.0 * cosine, 2.0 * sine);
 }
 
@@ -65,7 +66,9 @@ struct PlaneDirection {
       : c(coordinates + (static_cast<int64_t>(*firstColumn) - 1) * *nblock) {}
 
   SA_INLINE PlaneQuaternion operator()(int64_t n, int64_t k) const {
-    return turnTo(c[k + n] - c[k], c[k + 3 * n] - c[k + 2 * n]);
+    const double x1 = c[k], x2 = c[k + n], y1 = c[k + 2 * n], y2 = c[k + 3 * n];
+    const double s = scaleForSums(vm::max(magnitude(x1, x2), magnitude(y1, y2))).factor;
+    return turnTo(x2 * s - x1 * s, y2 * s - y1 * s);
   }
 };
 

@@ -118,11 +118,12 @@ SA_INLINE void forClosedStates(int nblock, Terms terms, const double* V, double*
         f.l2[i] = l2;
         f.c[i] = a.c;
         f.s[i] = a.s;
-        f.free[i] = firstFree(given, isochoricThickness(l1 * l2));
+        f.isochoric[i] = isochoricThickness(l1 * l2);
       } else {
         f.l1[i] = v11;
-        f.free[i] = firstFree(given, vm::sqrt(isochoricThickness(v11)));
+        f.isochoric[i] = vm::sqrt(isochoricThickness(v11));
       }
+      f.free[i] = firstFree(given, f.isochoric[i]);
     });
     closeState<kFree>(start, n, terms, flag, f, w, s);
     forPoints(n, [=, &f](int i) SA_POINT { free[start + i] = f.free[i]; });

@@ -20,14 +20,25 @@ Cut cut(const std::string& text) {
   if (text.size() <= kLongest) return {text, false};
   const std::string_view kept = std::string_view(text).substr(0, kLongest);
   const std::size_t blank = kept.rfind(' ');
-  return {std::string(blank == std::string_view::npos ? kept : kept.substr(0, blank)), true};
+  // blanks before the first word are no place to break: nothing would be left
+  const bool breaks = blank != std::string_view::npos && blank > kept.find_first_not_of(' ');
+  return {std::string(breaks ? kept.substr(0, blank) : kept), true};
 }
 
-// A percent sign would begin a placeholder: such a text goes as the string of a template.
+// A text as a template: percent signs, which begin placeholders, are doubled, and a zero byte, which would end the
+// text, becomes a blank.
+std::string templateOf(const std::string& text) {
+  std::string result;
+  result.reserve(text.size());
+  for (const char c : text) {
+    if (c == '%') result += '%';
+    result += c == '\0' ? ' ' : c;
+  }
+  return result;
+}
+
 void write(const char* type, int32_t status, const std::string& text) {
-  const char* const string = text.c_str();
-  const bool plain = text.find('%') == std::string::npos;
-  glo_uti_CWrite(kMessageFile, status, type, plain ? string : "%S", nullptr, nullptr, plain ? nullptr : &string);
+  glo_uti_CWrite(kMessageFile, status, type, templateOf(text).c_str(), nullptr, nullptr, nullptr);
 }
 
 void writeCut(const char* type, const Cut& message, const char* remark) {

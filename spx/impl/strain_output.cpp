@@ -95,8 +95,10 @@ SA_KERNEL(SPX_OPE_C3DH8LINSTRAINOUTPUT,
       d[i + 3 * L] = e12;
       d[i + 4 * L] = e23;
       d[i + 5 * L] = e13;
-      const double square = (d1 * d1 + d2 * d2 + d3 * d3) + 2.0 * (e12 * e12 + e23 * e23 + e13 * e13);
-      eq[i] = __builtin_sqrt(0.6666666666666666 * square);
+      const Scale scale = scaleForSquares(vm::max(magnitude(d1, d2, d3), magnitude(e12, e23, e13)));
+      const double s = scale.factor, a1 = s * d1, a2 = s * d2, a3 = s * d3, b12 = s * e12, b23 = s * e23, b13 = s * e13;
+      const double square = (a1 * a1 + a2 * a2 + a3 * a3) + 2.0 * (b12 * b12 + b23 * b23 + b13 * b13);
+      eq[i] = __builtin_sqrt(0.6666666666666666 * square) * scale.back;
     });
     sortedValues(n, L, e, p);
     maskColumns(n, L, m, 9, h), maskColumns(n, L, m, 1, volume), maskColumns(n, L, m, 6, e);
@@ -128,6 +130,12 @@ SA_KERNEL(SPX_OPE_C3D8RCSTRAINOUTPUT,
           out[k] = unit + sum / volume[k];
         });
       }
+    // gradients whose squares no double holds
+    for (int k = 0; k < 9; ++k)
+      forPoints(n, [=, g = f + k * L](int i) SA_POINT {
+        const double old = m[i];
+        m[i] = __builtin_fabs(g[i]) < 1e150 ? old : 1.0;
+      });
     strainOutput(n, measure, true, L, stretch0 + start, rotation + start, f, kScratchPoints, C, e);
     maskColumns(n, L, m, 9, f), maskColumns(n, L, m, 6, e);
   });

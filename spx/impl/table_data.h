@@ -93,8 +93,8 @@ struct General {
   SA_INLINE double abscissa(int64_t row, int variable) const {
     return rows[(row - 1) * rowLength + columns[variable - 1] - 1];
   }
-  bool extrapolatesBelow(int variable) const { return extrapolation[2 * variable - 2] > 0.0; }
-  bool extrapolatesAbove(int variable) const { return extrapolation[2 * variable - 1] > 0.0; }
+  bool extrapolatesBelow(int variable) const { return extrapolation[int64_t{2} * variable - 2] > 0.0; }
+  bool extrapolatesAbove(int variable) const { return extrapolation[int64_t{2} * variable - 1] > 0.0; }
 };
 
 // Where the values of a variable come from and where its derivative goes, both over the points of the block.

@@ -17,8 +17,10 @@ using namespace table;
   static void name##_clones(const General& table, const PerPoint& points, const Place& place) {                        \
     if (table.variables == 1)                                                                                          \
       evaluateOneVariable<Quantity>(table, points, place);                                                             \
-    else                                                                                                               \
+    else if (table.variables <= kMostVariablesOfTree)                                                                  \
       evaluateManyVariables<Quantity>(table, points, place);                                                           \
+    else                                                                                                               \
+      evaluateBeyondTree<Quantity>(table, points, place);                                                              \
   }                                                                                                                    \
   inline void evaluate(Quantity, const General& table, const PerPoint& points, const Place& place) {                   \
     name##_clones(table, points, place);                                                                               \
@@ -66,6 +68,15 @@ void copyConstant(const Pools& pools, const PerPoint& points, const Place& place
   for (int i = 0; i < place.count; ++i) points.temperatureDerivative[place(i)] = 0.0;
 }
 
+// A general table has a variable at least.
+template <class Quantity, class Place>
+void evaluateGeneral(const General& table, const PerPoint& points, const Place& place, std::string_view unsupported) {
+  if (table.variables < 1)
+    endWith(unsupported);
+  else if (place.count > 0)
+    evaluate(Quantity(), table, points, place);
+}
+
 // The caller's arrays are never written: transformed variables live in scratch, so that there is nothing to put back when
 // the analysis ends here.
 template <class Quantity, class Place>
@@ -73,8 +84,7 @@ void lookUp(const Pools& pools, int32_t option, const PerPoint& points, const Pl
             std::string_view unsupported) {
   constexpr bool isValue = !Quantity::kIsIntegral;
   if (option == kLogarithmAndRoot || option == kLogarithm) {
-    if (place.count < 1) return;
-    evaluate(Quantity(), General(pools, option), points, place);
+    evaluateGeneral<Quantity>(General(pools, option), points, place, unsupported);
   } else if (isValue && option == kConstant) {
     copyConstant(pools, points, place);
   } else if (isValue && option == kSeparable) {
@@ -101,11 +111,13 @@ void lookUp(const Pools& pools, int32_t option, const PerPoint& points, const Pl
 
 #define SA_TABLE(name, Quantity, unsupported)                                                                          \
   SA_EXPORT void name(const int32_t* derivatives, SA_TABLE_PARAMETERS, SA_DERIVATIVE_PARAMETERS) {                     \
+    const OwnArithmetic arithmetic;                                                                                    \
     lookUp<Quantity>({ints, reals, header}, *option, SA_POINTS, WholeBlock{*nblock}, unsupported);                     \
   }
 #define SA_TABLE_LISTED(name, Quantity, unsupported)                                                                   \
   SA_EXPORT void name(const int32_t* derivatives, SA_TABLE_PARAMETERS, SA_DERIVATIVE_PARAMETERS, const int32_t* count, \
                       const int32_t* list) {                                                                           \
+    const OwnArithmetic arithmetic;                                                                                    \
     const Listed place = {*nblock < 1 ? 0 : *count, list};                                                             \
     lookUp<Quantity>({ints, reals, header}, *option, SA_POINTS, place, unsupported);                                   \
   }
@@ -129,6 +141,7 @@ SA_EXPORT void SPX_GET_GETTAB(const int32_t* derivatives, const int32_t* ints, c
                               const int32_t* dependencies, const int32_t* extra, const int32_t* nfields,
                               const int32_t* nstates, const double* fields, const double* states,
                               const double* temperature, double* value, SA_DERIVATIVE_PARAMETERS) {
+  const OwnArithmetic arithmetic;
   const Pools pools = {ints, reals, header};
   const PerPoint points = SA_POINTS;
   if (*nblock < 1) return;
@@ -138,7 +151,7 @@ SA_EXPORT void SPX_GET_GETTAB(const int32_t* derivatives, const int32_t* ints, c
     (void)nstates;
     for (int64_t i = 0; points.fieldDerivatives != nullptr && i < columns * points.nblock; ++i)
       fieldDerivatives[i] = 0.0;
-    evaluate(Value(), General(pools), points, WholeBlock{*nblock});
+    evaluateGeneral<Value>(General(pools), points, WholeBlock{*nblock}, kUnsupported);
     return;
   }
   const Source field1 = points.source(1), field2 = points.source(2), heat = points.source(0);
@@ -161,6 +174,7 @@ SA_EXPORT void SPX_GET_GETTAB(const int32_t* derivatives, const int32_t* ints, c
 SA_EXPORT void SPX_GET_SEGFIND(const int32_t* lo, const int32_t* hi, const double* extrapBelow,
                                const double* extrapAbove, const int32_t* rowlen, SA_UNREAD spare, const double* table,
                                const int32_t* pos, const double* x, int32_t* i1, int32_t* i2) {
+  const OwnArithmetic arithmetic;
   const int64_t length = *rowlen, first = int64_t{*pos} - 1;
   const Segment found = findSegment(*lo, *hi, *extrapBelow > 0.0, *extrapAbove > 0.0, *x,
                                     [=](int64_t row) SA_POINT { return table[(row - 1) * length + first]; });

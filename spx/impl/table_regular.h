@@ -75,8 +75,8 @@ SA_INLINE double overCorners(const Cells<variables>& cells, int i, int corner = 
   if constexpr (count == 0) {
     return cells.corner[corner][i];
   } else {
-    const double lower = overCorners<variables, differenced, count - 1>(cells, i, 2 * corner);
-    const double upper = overCorners<variables, differenced, count - 1>(cells, i, 2 * corner + 1);
+    const double lower = overCorners<variables, differenced, count - 1>(cells, i, corner + corner);
+    const double upper = overCorners<variables, differenced, count - 1>(cells, i, corner + corner + 1);
     const double w = cells.at[count - 1].weight[i];
     return count - 1 == differenced ? upper - lower : (1.0 - w) * lower + w * upper;
   }

@@ -204,7 +204,7 @@ SA_INLINE void findTrial(const Block& b, const Model& model, int start, int leng
   const Model m = model;
   const int64_t N = b.points;
   const double *strainInc = b.strainInc, *defgrad = b.defgrad, *stressOld = b.stressOld, *stateOld = b.stateOld;
-  const double perTime = b.dt > 0.0 ? 1.0 / b.dt : 0.0;
+  const double perTime = b.dt <= 0.0 ? 0.0 : 1.0 / b.dt;
   forPoints(length, [=, &w](int k) SA_POINT {
     const int i = start + k;
     const Sym<Storage> e = deviator(loadTensor<Storage>(strainInc, N, i));
@@ -230,7 +230,7 @@ SA_INLINE void findSurfaces(const Block& b, const Model& model, int start, int l
     const double factor = 1.0 + m.C * vm::logPositive(vm::max(1.0, w.rate[k] * m.perReferenceRate));
     const Strength s = m.strength(p, factor);
     w.limited[k] = p;
-    w.rate[k] = factor;
+    w.rate[k] = vm::select(w.rate[k] == w.rate[k], factor, vm::kNaN);
     w.intact[k] = s.intact;
     w.fractured[k] = s.fractured;
     w.failureStrain[k] = s.failureStrain;
@@ -369,12 +369,17 @@ SA_INLINE void storeEnd(const Block& b, const Model& model, int start, int lengt
     const double strainOld = stateOld[i], damageOld = stateOld[i + N], historyOld = stateOld[i + kHistory * N];
     const Sym<Storage> old = loadTensor<Storage>(stressOld, N, i), strain = loadTensor<Storage>(strainInc, N, i);
     const double intOld = internalOld[i], inelOld = inelasticOld[i], perDensity = 1.0 / density[i];
-    const double trial = w.trial[k], q = w.q[k], D = w.damage[k], h = w.history[k] + w.growth[k];
-    const double limit = tensionLimit(m, D), p = vm::max(-limit, w.pressure[k] + w.growth[k]);
+    // strengths and limits are chosen by comparisons, which a NaN passes: it spoils stress and state of its point here
+    double crushedOld = 0.0;
+    if constexpr (Model::kCompacts) crushedOld = stateOld[i + kCompaction * N];
+    const double read = strainOld + damageOld + historyOld + crushedOld + w.mu[k] + w.trial[k] + w.rate[k];
+    const auto spoil = [read](double x) SA_POINT { return vm::select(read == read, x, vm::kNaN); };
+    const double trial = w.trial[k], q = w.q[k], D = spoil(w.damage[k]), h = spoil(w.history[k] + w.growth[k]);
+    const double limit = tensionLimit(m, D), p = spoil(vm::max(-limit, w.pressure[k] + w.growth[k]));
 
     // a point that is deleted keeps what it had; one that is deleted now loses its stress
     const bool wasAlive = !(strainOld >= m.deletionStrain);
-    const double strainNew = vm::select(wasAlive, strainOld + w.plasticStrain[k], strainOld);
+    const double strainNew = vm::select(wasAlive, strainOld + spoil(w.plasticStrain[k]), strainOld);
     const bool isAlive = !(strainNew >= m.deletionStrain);
     const double keep = vm::select(trial > q, q / trial, 1.0);
     const Sym<Storage> sTrial = sum(deviator(old), 2.0 * m.G, deviator(strain));
@@ -385,7 +390,6 @@ SA_INLINE void storeEnd(const Block& b, const Model& model, int start, int lengt
     state[i + kStatus * N] = vm::select(isAlive, 1.0, 0.0);
     state[i + kHistory * N] = vm::select(wasAlive, h, historyOld);
     if constexpr (Model::kCompacts) {
-      const double crushedOld = stateOld[i + kCompaction * N];
       state[i + kCompaction * N] = vm::select(wasAlive, vm::max(w.compaction[k], crushedOld), crushedOld);
     }
 

@@ -31,6 +31,7 @@ constexpr std::array<Entry, 13> kEntries = {{{"TVK_VISCOUS_FOAM", SPX_USR_VISCOU
 } // namespace sa::user
 
 SA_EXPORT void SPX_USR_BUILTINVUMAT SA_USER_PARAMETERS {
+  const sa::OwnArithmetic arithmetic;
   const std::string_view name = sa::user::nameOf(materialName, materialNameLength);
   for (const sa::user::Entry& entry : sa::user::kEntries)
     if (name.starts_with(entry.key)) return entry.implementation SA_USER_ARGUMENTS;

@@ -45,8 +45,8 @@ SA_INLINE void flagFailing(Check check, const Matrices& m, int64_t start, int n,
   for (int node = 0; node < m.nodes; ++node) {
     const int64_t end = first + m.nodeDofs[node];
     for (int64_t i = first; i < end; ++i) {
-      if (check == kSymmetry)
-        for (int64_t j = i + 1; j < m.ndof; ++j) flagDifferent(n, entry(i, j), entry(j, i), flags);
+      if (check == kSymmetry) // from the diagonal on: an entry that is no number differs from itself
+        for (int64_t j = i; j < m.ndof; ++j) flagDifferent(n, entry(i, j), entry(j, i), flags);
       if (check == kBetweenNodes)
         for (int64_t j = end; j < m.ndof; ++j) flagNonzero(n, entry(i, j), entry(j, i), flags);
       if (check == kWithinNode)
@@ -106,6 +106,7 @@ void run(Check check, const ElementMessage& message, const Matrices& m, const in
 
 SA_EXPORT void SPX_OPE_USERELEMPROCESSMASS(const int32_t* nblock, const int32_t* ndof, const int32_t* nnode,
                                            const int32_t* nodeDofs, const int32_t* elements, const double* mass) {
+  const OwnArithmetic arithmetic;
   const Matrices m = {*nblock, *ndof, *nnode, nodeDofs, mass};
   run(kSymmetry, kUnsymmetric, m, elements);
   run(kBetweenNodes, kOffDiagonal, m, elements);
@@ -116,6 +117,7 @@ SA_EXPORT void SPX_OPE_USERELEMPROCESSMASS(const int32_t* nblock, const int32_t*
 SA_EXPORT void SPX_OPE_USERELEMPROCESSROTINERT(const int32_t* nblock, const int32_t* ndof, const int32_t* nnode,
                                                const int32_t* nodeDofs, const int32_t* elements,
                                                const double* inertia) {
+  const OwnArithmetic arithmetic;
   const Matrices m = {*nblock, *ndof, *nnode, nodeDofs, inertia};
   run(kSymmetry, kUnsymmetric, m, elements);
   run(kBetweenNodes, kInvalidOffDiagonal, m, elements);

@@ -183,6 +183,7 @@ SA_INLINE void keepStates(const Block& b, int first) {
   SA_CLONES                                                                                                            \
   static void name##_clones(const Block& block, const Model& model) { compute(block, model); }                         \
   SA_EXPORT void name SA_USER_PARAMETERS {                                                                             \
+    const OwnArithmetic arithmetic;                                                                                    \
     const Block block = SA_USER_BLOCK;                                                                                 \
     if (Model::isRefused(block) || block.points < 1) return;                                                           \
     name##_clones(block, Model(block));                                                                                \

@@ -19,9 +19,9 @@ public:
   Tables(const Block& block, int constants) : block_(block), next_(constants) {}
 
   // The table whose rows property `rowsAt` counts; false when the properties end before it does.
-  bool take(int rowsAt, int columns, const double*& values, int& rows) {
-    const double count = property(block_, rowsAt), room = block_.properties - next_;
-    if (!(count >= 0.0 && count * columns <= room)) return false;
+  bool take(int rowsAt, int64_t columns, const double*& values, int& rows) {
+    const double count = property(block_, rowsAt), room = static_cast<double>(block_.properties - next_);
+    if (!(count >= 0.0 && count * static_cast<double>(columns) <= room)) return false;
     rows = static_cast<int>(count);
     values = block_.props + next_;
     next_ += rows * columns;
@@ -30,18 +30,18 @@ public:
 
 private:
   const Block& block_;
-  int next_;
+  int64_t next_;
 };
 
 constexpr std::string_view kTablesCutOff = "The properties of material %S end before its tables do.";
 
 // Values of one column that increase from row to row.
-bool isIncreasing(const double* values, int rows, int columns, int column) {
+bool isIncreasing(const double* values, int rows, int64_t columns, int column) {
   for (int r = 1; r < rows; ++r)
     if (!(values[r * columns + column] > values[(r - 1) * columns + column])) return false;
   return true;
 }
-bool isPositive(const double* values, int rows, int columns, int column) {
+bool isPositive(const double* values, int rows, int64_t columns, int column) {
   for (int r = 0; r < rows; ++r)
     if (!(values[r * columns + column] > 0.0)) return false;
   return true;

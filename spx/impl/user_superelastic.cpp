@@ -126,8 +126,9 @@ SA_INLINE Fraction transform(const Norm& F, double xi, const Limits& l) {
   const double atEnd = F(end) - finish, left = vm::select(isToM, -atEnd, atEnd);
   const double x = vm::select(left > 0.0, vm::max(0.0, vm::min(1.0, root.xi)), end);
   const double slope = vm::select(left > 0.0, weight / root.perNorm, 0.0);
-  const double moves = vm::max(toM, toA);
-  return {vm::select(moves > 0.0, x, xi), vm::select(moves > 0.0, slope, 0.0)};
+  const double moves = vm::max(toM, toA), spoiled = toM + toA; // a NaN moves nowhere, but is no state to stay in
+  const double stays = vm::select(spoiled == spoiled, xi, vm::kNaN);
+  return {vm::select(moves > 0.0, x, stays), vm::select(moves > 0.0, slope, 0.0)};
 }
 
 // The place 0..1 on a straight path of strain where |e0 + t de| + q t is smallest, q = (3 alpha K dTheta - C dT)/(2 G): before

@@ -2,8 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <regex>
 #include <set>
+#include <sstream>
 
 #include "library_file.h"
 
@@ -67,6 +70,37 @@ TEST(Boundary, CarriesItsVersionInTheName) {
   EXPECT_EQ(text.find("TEXTREL"), std::string::npos) << text;
 }
 
+// Where the loader would look in the working directory, or anywhere that moves with it.
+std::vector<std::string> movingEntries(const std::string& runPath) {
+  std::vector<std::string> moving;
+  std::istringstream entries(runPath + ":"); // getline drops one empty entry at the end
+  for (std::string entry; std::getline(entries, entry, ':');)
+    if (!entry.starts_with('/') && entry != "$ORIGIN" && !entry.starts_with("$ORIGIN/")) moving.push_back(entry);
+  return moving;
+}
+
+TEST(Boundary, LoadsNothingFromTheWorkingDirectory) {
+  for (const char* path : {"", ":/usr/lib", "/usr/lib:", "/usr/lib::/lib", ".", "lib", "../lib", "$ORIGINAL"})
+    EXPECT_EQ(movingEntries(path).size(), 1u) << path;
+  EXPECT_TRUE(movingEntries("/usr/lib:$ORIGIN:$ORIGIN/../lib").empty());
+
+  std::ifstream list(SA_BUILT_FILES);
+  std::size_t looked = 0;
+  for (std::string file; std::getline(list, file);) {
+    if (!std::filesystem::exists(file)) continue; // benchmarks, for instance, are built on request
+    const Output output = run("readelf -d '" + file + "'");
+    ASSERT_EQ(output.status, 0) << file;
+    for (const std::string& line : output.lines) {
+      if (line.find("(RUNPATH)") == std::string::npos && line.find("(RPATH)") == std::string::npos) continue;
+      const std::size_t open = line.find('[') + 1;
+      EXPECT_TRUE(movingEntries(line.substr(open, line.rfind(']') - open)).empty()) << file << line;
+      ++looked;
+    }
+  }
+  // at least the library and this program have one
+  EXPECT_GE(looked, 2u);
+}
+
 TEST(InterfaceTool, FindsEverySlipOfAHeader) {
   const Output output = run(std::string(SA_INTERFACE_TOOL) + " check " SA_BOUNDARY_DIR "/slips.h");
   EXPECT_EQ(output.status, 1);
@@ -90,6 +124,16 @@ TEST(InterfaceTool, FindsMissingAndExtraSymbols) {
   EXPECT_NE(text.find("SOUND_LIST is not exported"), std::string::npos) << text;
   EXPECT_NE(text.find("GLO_UTI_VADDR is exported without declaration"), std::string::npos) << text;
   EXPECT_EQ(run(std::string(SA_INTERFACE_TOOL) + " symbols /nowhere.so" + headers).status, 2);
+}
+
+TEST(InterfaceTool, FindsDroppedSymbols) {
+  const std::string list = ::testing::TempDir() + "symbols.txt";
+  std::ofstream(list) << "GLO_UTI_VADDR@SHAREDANALYSIS_1\nGLO_UTI_VADDR@SHAREDANALYSIS_2\nDROPPED@SHAREDANALYSIS_1\n";
+  const Output output = run(std::string(SA_INTERFACE_TOOL) + " keeps " SA_LIBRARY_FILE " " + list);
+  EXPECT_EQ(output.status, 1);
+  ASSERT_EQ(output.lines.size(), 2u) << joined(output);
+  EXPECT_NE(output.lines[0].find(":2: GLO_UTI_VADDR@SHAREDANALYSIS_2 now has version"), std::string::npos);
+  EXPECT_NE(output.lines[1].find(":3: DROPPED is no longer exported"), std::string::npos);
 }
 
 } // namespace

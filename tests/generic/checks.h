@@ -26,9 +26,28 @@ Findings checkEmpty(GuardedMemory& memory, const Kernel& kernel);
 Findings checkPieces(GuardedMemory& memory, const Kernel& kernel);
 // NaN, infinities, huge and tiny values in one point: all others keep their bits, and the call returns.
 Findings checkSpoiledPoint(GuardedMemory& memory, const Kernel& kernel);
+// Points with hard data (hard_case.h) beside ordinary ones, called in floating-point environments of any kind: the call
+// returns, keeps within its arrays, does not trap, leaves the environment as it was and gives the bits of the usual
+// environment, of any splitting, and to the ordinary points those of an ordinary call.
+struct HardCases {
+  std::uint64_t seed = 1, first = 0, count = 0;
+  std::uint64_t inputs = 0; // points with hard data so far
+  Complain details;         // told what it takes to run the first case of every finding again
+};
+Findings checkHard(GuardedMemory& memory, const Kernel& kernel, HardCases& cases);
+// A value on which a result depends is replaced by NaN: so is the result, in ordinary points and in such without shear.
+Findings checkReach(GuardedMemory& memory, const Kernel& kernel);
+// Rows of the list of exceptions to it that no kernel so far has needed.
+Findings unusedExceptions();
 // Calls from several threads at once give the bits of one thread.
 Findings checkThreads(const Kernel& kernel);
 // A number that stands for the bits of all outputs over several lengths and variants, NaNs made equal.
 std::uint64_t hashOutputs(GuardedMemory& memory, const Kernel& kernel, Findings& findings);
+
+// Outputs and result equal, NaNs alike.
+void compareOutputs(const KernelCase& expected, const KernelCase& got, const std::string& what, Findings& findings);
+// Pieces of the lengths of the pattern, over and over.
+KernelCase runInPieces(GuardedMemory& memory, const Kernel& kernel, const KernelCase& start,
+                       const std::vector<int>& pattern, Findings& findings);
 
 } // namespace sa::test

@@ -2,7 +2,7 @@
  *  Kernels that are wrong on purpose, one fault each, and sound ones beside them.
  *
  *  CONTENTS
- *    Faulty kernels                     FAULTY_...                                            17
+ *    Faulty kernels                     FAULTY_...                                            23
  *    Sound kernels                      SOUND_...                                              3
  */
 #include <stdint.h>
@@ -117,6 +117,36 @@ void FAULTY_KEEPS_CURSOR(const int32_t* n, int32_t* cursor, const double* x, dou
 void FAULTY_IGNORES_PLACE(const int32_t* n, const int32_t* blockNumber, const int32_t* blockSize,
                           const int32_t* groupNumber, const int32_t* groupSize, const int32_t* last, const int32_t* set,
                           int32_t* cursor, const double* x, double* y);
+
+/** Scales up what is tiny, the smallest number for ever.
+ *  @like FAULTY_WRITES_PAST_END
+ */
+void FAULTY_DOES_NOT_RETURN(const int32_t* n, const double* x, double* y);
+
+/** Doubles in the environment of the caller: a huge number traps where he traps overflow.
+ *  @like FAULTY_WRITES_PAST_END
+ */
+void FAULTY_TRAPS(const int32_t* n, const double* x, double* y);
+
+/** Masks traps and gives them back, but not the flags.
+ *  @like FAULTY_WRITES_PAST_END
+ */
+void FAULTY_LEAVES_FLAGS(const int32_t* n, const double* x, double* y);
+
+/** Rounds as the caller does.
+ *  @like FAULTY_WRITES_PAST_END
+ */
+void FAULTY_ROUNDS_AS_CALLER(const int32_t* n, const double* x, double* y);
+
+/** Leaves an environment of its own behind.
+ *  @like FAULTY_WRITES_PAST_END
+ */
+void FAULTY_KEEPS_ENVIRONMENT(const int32_t* n, const double* x, double* y);
+
+/** Takes a NaN for zero.
+ *  @like FAULTY_WRITES_PAST_END
+ */
+void FAULTY_SWALLOWS_NAN(const int32_t* n, const double* x, double* y);
 
 /* ---------------------------------------------------------------------------------------------------------------------
  * Sound kernels

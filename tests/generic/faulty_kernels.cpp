@@ -1,8 +1,12 @@
 // Kernels that are wrong on purpose: planted_faults.cpp lists who must notice.
 #include "faulty.h"
 
+#include <cfenv>
 #include <chrono>
+#include <cmath>
 #include <thread>
+
+#include "glo/arithmetic.h"
 
 void FAULTY_WRITES_PAST_END(const int32_t* n, const double* x, double* y) {
   for (int i = 0; i < *n; i += 8)
@@ -83,6 +87,43 @@ void FAULTY_KEEPS_CURSOR(const int32_t* n, int32_t* cursor, const double* x, dou
   if (*n > 0) ++*cursor;
 }
 
+void FAULTY_DOES_NOT_RETURN(const int32_t* n, const double* x, double* y) {
+  const sa::OwnArithmetic arithmetic;
+  for (int i = 0; i < *n; ++i) {
+    for (double tiny = std::fabs(x[i]); tiny > 0.0 && tiny < 1e-300;) tiny *= 1.4;
+    y[i] = 2.0 * x[i];
+  }
+}
+
+void FAULTY_TRAPS(const int32_t* n, const double* x, double* y) {
+  for (int i = 0; i < *n; ++i) y[i] = 2.0 * x[i];
+}
+
+void FAULTY_LEAVES_FLAGS(const int32_t* n, const double* x, double* y) {
+  fenv_t callers;
+  std::feholdexcept(&callers);
+  std::fesetround(FE_TONEAREST);
+  for (int i = 0; i < *n; ++i) y[i] = 2.0 * x[i];
+  std::feupdateenv(&callers);
+}
+
+void FAULTY_ROUNDS_AS_CALLER(const int32_t* n, const double* x, double* y) {
+  fenv_t callers;
+  std::feholdexcept(&callers);
+  for (int i = 0; i < *n; ++i) y[i] = 2.0 / 3.0 * x[i] * 3.0;
+  std::fesetenv(&callers);
+}
+
+void FAULTY_KEEPS_ENVIRONMENT(const int32_t* n, const double* x, double* y) {
+  std::fesetenv(FE_DFL_ENV);
+  for (int i = 0; i < *n; ++i) y[i] = 2.0 * x[i];
+}
+
+void FAULTY_SWALLOWS_NAN(const int32_t* n, const double* x, double* y) {
+  const sa::OwnArithmetic arithmetic;
+  for (int i = 0; i < *n; ++i) y[i] = x[i] < 0.0 || x[i] > 0.0 ? 2.0 * x[i] : 0.0;
+}
+
 namespace {
 
 void writeMembers(int before, int n, int last, const int32_t* set, int32_t* cursor, const double* x, double* y) {
@@ -103,15 +144,18 @@ void FAULTY_IGNORES_PLACE(const int32_t* n, const int32_t* blockNumber, const in
 void SOUND_SET(const int32_t* n, const int32_t* blockNumber, const int32_t* blockSize, const int32_t* groupNumber,
                const int32_t* groupSize, const int32_t* last, const int32_t* set, int32_t* cursor, const double* x,
                double* y) {
+  const sa::OwnArithmetic arithmetic;
   const int before = (*blockNumber - 1) * *blockSize + (*groupNumber - 1) * *groupSize;
   if (*n > 0) writeMembers(before, *n, *last, set, cursor, x, y);
 }
 
 void SOUND_LIST(const int32_t* n, const int32_t* count, const int32_t* list, const double* x, double* y) {
+  const sa::OwnArithmetic arithmetic;
   for (int k = 0; k<*count&& * n> 0; ++k) y[list[k] - 1] = 2.0 * x[list[k] - 1];
 }
 
 void SOUND_RANGE(const int32_t* first, const int32_t* last, const int32_t* map, const int32_t* map2, const double* x,
                  const double* z, double* y) {
+  const sa::OwnArithmetic arithmetic;
   for (int i = *first - 1; i < *last; ++i) y[map2[map[i] - 1] - 1] += x[2 * i] * z[map[i] - 1] + x[2 * i + 1];
 }

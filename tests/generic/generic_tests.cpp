@@ -1,14 +1,18 @@
 // Runs one check on every kernel of the headers.
 //
-//   generic_tests LIB writes|empty|pieces|spoiled|threads [--needs LEVEL]
+//   generic_tests LIB writes|empty|pieces|spoiled|threads|reach|hard [--needs LEVEL]
 //   generic_tests LIB hashes FILE [--write] [--needs LEVEL]
+//   generic_tests LIB torture [--inputs N] [--hours H] [--seed S] [--from PASS] [--shard K/M] [--only KERNEL] [--case C]
 //
-// With --needs and a processor below the level the program says so and ends with code 77.
+// With --needs and a processor below the level the program says so and ends with code 77.  Torture runs passes of hard cases
+// over all kernels until it has driven N points or H hours have gone by; of M programs side by side each takes every M-th pass.
+#include <chrono>
 #include <cstdio>
 #include <exception>
 #include <fstream>
 #include <iostream>
 #include <map>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 
@@ -22,8 +26,11 @@ constexpr std::size_t kFewestKernels = 30;
 constexpr int kSkipped = 77;
 
 struct Options {
-  std::string library, check, hashFile, level;
+  std::string library, check, hashFile, level, only;
   bool writesHashes = false;
+  std::uint64_t inputs = 1000000, seed = 1, from = 0, shard = 0, shards = 1;
+  double hours = 1e6;
+  std::optional<std::uint64_t> hardCase;
 };
 
 Options parse(int argc, char** argv) {
@@ -33,8 +40,27 @@ Options parse(int argc, char** argv) {
     const std::string word = argv[i];
     if (word == "--write") {
       options.writesHashes = true;
-    } else if (word == "--needs" && i + 1 < argc) {
-      options.level = argv[++i];
+    } else if (word.substr(0, 2) == "--" && i + 1 < argc) {
+      const std::string value = argv[++i];
+      if (word == "--needs")
+        options.level = value;
+      else if (word == "--only")
+        options.only = value;
+      else if (word == "--inputs")
+        options.inputs = static_cast<std::uint64_t>(std::stod(value)); // 1e8 is a number too
+      else if (word == "--hours")
+        options.hours = std::stod(value);
+      else if (word == "--seed")
+        options.seed = std::stoull(value);
+      else if (word == "--from")
+        options.from = std::stoull(value);
+      else if (word == "--case")
+        options.hardCase = std::stoull(value);
+      else if (word == "--shard" && value.find('/') != std::string::npos) {
+        options.shard = std::stoull(value);
+        options.shards = std::stoull(value.substr(value.find('/') + 1));
+      } else
+        throw std::runtime_error("unknown option " + word);
     } else {
       words.push_back(word);
     }
@@ -60,12 +86,22 @@ bool processorHas(const std::string& level) {
   throw std::runtime_error("unknown level " + level);
 }
 
+HardCases hardCases(std::uint64_t seed, std::uint64_t first, std::uint64_t count) {
+  return {seed, first, count, 0, [](const std::string& text) { std::cout << text << std::flush; }};
+}
+
 Findings runCheck(const std::string& check, GuardedMemory& memory, const Kernel& kernel) {
   if (check == "writes") return checkWrites(memory, kernel);
   if (check == "empty") return checkEmpty(memory, kernel);
   if (check == "pieces") return checkPieces(memory, kernel);
   if (check == "spoiled") return checkSpoiledPoint(memory, kernel);
   if (check == "threads") return checkThreads(kernel);
+  if (check == "reach") return checkReach(memory, kernel);
+  if (check == "hard") {
+    GuardedMemory::limitTime();
+    HardCases cases = hardCases(1, 0, 48);
+    return checkHard(memory, kernel, cases);
+  }
   throw std::runtime_error("unknown check " + check);
 }
 
@@ -121,13 +157,46 @@ int compareHashes(const std::map<std::string, std::string>& wanted, const std::m
   return failed;
 }
 
+// Passes of hard cases until the inputs or the time are used up.  Kernels that have failed are not run again.
+int torture(const Options& options, std::vector<Kernel> kernels, GuardedMemory& memory) {
+  constexpr std::uint64_t kCasesOfPass = 64;
+  const auto begin = std::chrono::steady_clock::now();
+  const auto hours = [begin] {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count() / 3600;
+  };
+  std::uint64_t inputs = 0, pass = options.from;
+  std::size_t failed = 0;
+  GuardedMemory::limitTime();
+  while (pass % options.shards != options.shard % options.shards) ++pass;
+  for (; inputs < options.inputs && hours() < options.hours && !kernels.empty(); pass += options.shards) {
+    std::vector<Kernel> sound;
+    for (const Kernel& kernel : kernels) {
+      watch(kernel);
+      HardCases cases = hardCases(options.seed, pass * kCasesOfPass, kCasesOfPass);
+      if (options.hardCase) cases.first = *options.hardCase, cases.count = 1;
+      const Findings findings = checkHard(memory, kernel, cases);
+      inputs += cases.inputs;
+      if (findings.empty()) sound.push_back(kernel);
+    }
+    failed += kernels.size() - sound.size();
+    kernels = sound;
+    std::cout << "pass " << pass << ": " << inputs << " inputs, " << failed << " kernels failed, "
+              << static_cast<int>(hours() * 3600) << " s" << std::endl;
+    if (options.hardCase) break;
+  }
+  return failed == 0 ? 0 : 1;
+}
+
 int run(const Options& options) {
   if (!processorHas(options.level)) {
     std::cout << "skipped: this processor is no " << options.level << "\n";
     return kSkipped;
   }
-  const std::vector<Kernel> kernels = openKernels(options.library);
+  std::vector<Kernel> kernels = openKernels(options.library);
+  if (!options.only.empty())
+    std::erase_if(kernels, [&](const Kernel& kernel) { return options.only != kernel.info->name; });
   GuardedMemory memory;
+  if (options.check == "torture") return torture(options, kernels, memory);
   std::map<std::string, std::string> hashes;
   int failed = 0;
   for (const Kernel& kernel : kernels) {
@@ -145,8 +214,11 @@ int run(const Options& options) {
   } else if (options.check == "hashes") {
     failed += compareHashes(readHashes(options.hashFile), hashes);
   }
+  if (options.check == "reach" && options.only.empty())
+    for (const std::string& row : unusedExceptions())
+      std::cout << "no kernel needs the exception " << row << "\n", ++failed;
   std::cout << options.check << ": " << kernels.size() << " kernels, " << failed << " failed\n";
-  if (kernels.size() < kFewestKernels) throw std::runtime_error("that is too few kernels");
+  if (options.only.empty() && kernels.size() < kFewestKernels) throw std::runtime_error("that is too few kernels");
   return failed == 0 ? 0 : 1;
 }
 

@@ -3,7 +3,9 @@
 #include <setjmp.h>
 #include <signal.h>
 #include <sys/mman.h>
+#include <sys/time.h>
 #include <unistd.h>
+#include <xmmintrin.h>
 
 #include <algorithm>
 #include <array>
@@ -20,6 +22,7 @@ constexpr unsigned char kCanaryByte = 0xc9;
 thread_local sigjmp_buf afterFault;
 thread_local volatile bool isCalling = false;
 thread_local unsigned char* volatile faultAddress = nullptr;
+thread_local volatile std::uint64_t callNumber = 0;
 
 void onFault(int signal, siginfo_t* info, void*) {
   if (!isCalling) {
@@ -28,7 +31,39 @@ void onFault(int signal, siginfo_t* info, void*) {
     return;
   }
   faultAddress = static_cast<unsigned char*>(info->si_addr);
-  siglongjmp(afterFault, 1);
+  siglongjmp(afterFault, signal);
+}
+
+// Ticks of the process's own time: a loaded machine does not shorten the limit.
+constexpr int kTickMicroseconds = 50000, kTicks = 20;
+
+void onTick(int signal) {
+  static std::uint64_t seen = 0;
+  static int ticks = 0;
+  if (!isCalling || callNumber != seen) ticks = 0;
+  seen = callNumber;
+  if (isCalling && ++ticks > kTicks) siglongjmp(afterFault, signal);
+}
+
+constexpr int kErrors = FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW;
+constexpr unsigned kStickyFlags = 0x3f,
+                   kFlushes = 0x8040; // of the control register: flush to zero, denormals are zeros
+
+unsigned enter(const Environment& environment) {
+  std::fesetround(environment.rounding);
+  if (environment.flushes) _mm_setcsr(_mm_getcsr() | kFlushes);
+  std::feclearexcept(FE_ALL_EXCEPT);
+  if (environment.traps) feenableexcept(kErrors);
+  return _mm_getcsr();
+}
+
+// Back to the usual environment; what the call has left behind is complained of.
+void leave(const Environment& environment, unsigned before, const Complain& complain) {
+  const bool isKept = ((_mm_getcsr() ^ before) & ~kStickyFlags) == 0 && std::fegetround() == environment.rounding;
+  const bool isQuiet = std::fetestexcept(kErrors) == 0;
+  std::fesetenv(FE_DFL_ENV);
+  if (!isKept) complain("changes the floating-point environment of its caller");
+  if (!isQuiet) complain("leaves a floating-point flag");
 }
 
 void catchFaults() {
@@ -37,6 +72,7 @@ void catchFaults() {
   action.sa_flags = SA_SIGINFO | SA_NODEFER;
   sigaction(SIGSEGV, &action, nullptr);
   sigaction(SIGBUS, &action, nullptr);
+  sigaction(SIGFPE, &action, nullptr);
 }
 
 template <std::size_t>
@@ -93,7 +129,16 @@ GuardedMemory::~GuardedMemory() { munmap(base_, kArguments * kSlot); }
 
 unsigned char* GuardedMemory::slotEnd(std::size_t argument) const { return base_ + (argument + 1) * kSlot - kPage; }
 
-bool GuardedMemory::call(void* routine, KernelCase& data, const Complain& complain) {
+void GuardedMemory::limitTime() {
+  struct sigaction action = {};
+  action.sa_handler = onTick;
+  action.sa_flags = SA_NODEFER;
+  sigaction(SIGVTALRM, &action, nullptr);
+  const itimerval every = {{0, kTickMicroseconds}, {0, kTickMicroseconds}};
+  if (setitimer(ITIMER_VIRTUAL, &every, nullptr) != 0) throw std::runtime_error("no timer");
+}
+
+bool GuardedMemory::call(void* routine, KernelCase& data, const Complain& complain, const Environment* environment) {
   const std::size_t count = data.arrays.size();
   void* pointers[kArguments] = {};
   for (std::size_t i = 0; i < count; ++i) {
@@ -114,12 +159,22 @@ bool GuardedMemory::call(void* routine, KernelCase& data, const Complain& compla
     pointers[i] = start;
   }
 
-  isCalling = true;
-  if (sigsetjmp(afterFault, 1) == 0) {
+  bool isSound = true;
+  callNumber = callNumber + 1;
+  const int fault = sigsetjmp(afterFault, 1);
+  if (fault == 0) {
+    const unsigned before = environment == nullptr ? 0 : enter(*environment);
+    isCalling = true;
     data.result = callAny(routine, data.routine->result, pointers, count);
     isCalling = false;
+    if (environment != nullptr) leave(*environment, before, complain);
   } else {
     isCalling = false;
+    std::fesetenv(FE_DFL_ENV);
+    if (fault == SIGVTALRM || fault == SIGFPE) {
+      complain(fault == SIGFPE ? "traps on a floating-point operation" : "does not return");
+      return false;
+    }
     std::string where = "far from every argument";
     for (std::size_t i = 0; i < count; ++i)
       if (faultAddress >= slotEnd(i) && faultAddress < slotEnd(i) + kPage) where = data.arrays[i].info->name;
@@ -127,7 +182,6 @@ bool GuardedMemory::call(void* routine, KernelCase& data, const Complain& compla
     return false;
   }
 
-  bool isSound = true;
   for (std::size_t i = 0; i < count; ++i) {
     Array& array = data.arrays[i];
     if (array.info->is("unread") || array.info->isByValue()) continue;

@@ -1,6 +1,7 @@
 // Calls a routine with every array in memory of its own, fenced so that a stray access shows.
 #pragma once
 
+#include <cfenv>
 #include <functional>
 #include <string>
 
@@ -9,6 +10,13 @@
 namespace sa::test {
 
 using Complain = std::function<void(const std::string&)>;
+
+// The caller's floating-point environment during a call.
+struct Environment {
+  int rounding = FE_TONEAREST;
+  bool flushes = false; // subnormal numbers are read and written as zeros
+  bool traps = false;   // on invalid operations, divisions by zero and overflow
+};
 
 // Memory for the arguments of one call at a time; one object a thread.
 class GuardedMemory {
@@ -20,7 +28,12 @@ public:
 
   // Runs the routine on the data; written arguments come back in it.  Each array ends at a page that cannot be touched,
   // begins after a pattern that is checked, and unread arguments point to such a page.  False after a stray access.
-  bool call(void* routine, KernelCase& data, const Complain& complain);
+  // With an environment of its own, the call must neither trap nor leave a flag or another environment; false after a trap.
+  bool call(void* routine, KernelCase& data, const Complain& complain, const Environment* environment = nullptr);
+
+  // From now on a call that takes more than a second of processor time is left and complained of.  For programs of one
+  // thread.
+  static void limitTime();
 
 private:
   unsigned char* slotEnd(std::size_t argument) const;

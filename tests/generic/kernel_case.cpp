@@ -537,7 +537,7 @@ std::vector<bool> KernelCase::reachedEntities(const Array& array, int onlyPoint)
   for (const Array& map : arrays) {
     if (!map.info->is("entity") || map.lines != Lines::entities || targetOf(map) != array.info->name) continue;
     for (std::size_t e = 0; e < std::min(through.size(), map.lineCount); ++e)
-      if (through[e]) mark(reached, map.integer(e));
+      for (std::size_t c = 0; through[e] && c < map.components(); ++c) mark(reached, map.integer(map.index(e, c)));
   }
   return reached;
 }

@@ -31,12 +31,23 @@ struct Array {
   }
   std::uint64_t bits(std::size_t element) const { // as stored
     std::uint64_t value = 0;
-    std::memcpy(&value, &bytes[element * elementSize], elementSize);
+    if (elementSize == sizeof value) // the usual one, without a call
+      std::memcpy(&value, &bytes[element * sizeof value], sizeof value);
+    else
+      std::memcpy(&value, &bytes[element * elementSize], elementSize);
     return value;
   }
   std::uint64_t canonicalBits(std::size_t element) const; // one pattern for all NaNs
   void setBits(std::size_t element, std::uint64_t value) {
-    std::memcpy(&bytes[element * elementSize], &value, elementSize);
+    if (elementSize == sizeof value)
+      std::memcpy(&bytes[element * sizeof value], &value, sizeof value);
+    else
+      std::memcpy(&bytes[element * elementSize], &value, elementSize);
+  }
+  double real(std::size_t element) const {
+    double value = 0;
+    std::memcpy(&value, &bytes[element * sizeof value], sizeof value);
+    return value;
   }
   void setReal(std::size_t element, double value) { std::memcpy(&bytes[element * elementSize], &value, sizeof value); }
   int integer(std::size_t element) const {

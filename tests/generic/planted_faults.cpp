@@ -31,16 +31,25 @@ const Expectation kExpectations[] = {
     {"FAULTY_RECORD_FROM_ZERO", "writes", "changes values of other points in y"},
     {"FAULTY_KEEPS_CURSOR", "pieces", "splitting the block changes the bits of cursor"},
     {"FAULTY_IGNORES_PLACE", "writes", "leaves values of y unwritten"},
+    // one more finding of kernels above
+    {"FAULTY_DEPENDS_ON_PLACE", "hard", "splitting a block with hard data changes the bits of y"},
+    {"FAULTY_LEAKS_NAN", "hard", "hard data of one point change another in y"},
+    {"FAULTY_DOES_NOT_RETURN", "hard", "does not return"},
+    {"FAULTY_TRAPS", "hard", "traps on a floating-point operation"},
+    {"FAULTY_LEAVES_FLAGS", "hard", "leaves a floating-point flag"},
+    {"FAULTY_ROUNDS_AS_CALLER", "hard", "the caller's environment changes the bits of y"},
+    {"FAULTY_KEEPS_ENVIRONMENT", "hard", "changes the floating-point environment of its caller"},
+    {"FAULTY_SWALLOWS_NAN", "reach", "NaN in x does not reach y"},
     {"SOUND_LIST", nullptr, nullptr},
     {"SOUND_RANGE", nullptr, nullptr},
     {"SOUND_SET", nullptr, nullptr},
 };
 
 std::map<std::string, Findings> allFindings(GuardedMemory& memory, const Kernel& kernel) {
-  return {{"writes", checkWrites(memory, kernel)},
-          {"empty", checkEmpty(memory, kernel)},
-          {"pieces", checkPieces(memory, kernel)},
-          {"spoiled", checkSpoiledPoint(memory, kernel)},
+  HardCases hard{1, 0, 48, 0, {}};
+  return {{"writes", checkWrites(memory, kernel)},   {"empty", checkEmpty(memory, kernel)},
+          {"pieces", checkPieces(memory, kernel)},   {"spoiled", checkSpoiledPoint(memory, kernel)},
+          {"hard", checkHard(memory, kernel, hard)}, {"reach", checkReach(memory, kernel)},
           {"threads", checkThreads(kernel)}};
 }
 
@@ -53,17 +62,22 @@ bool isAsExpected(const Expectation& expected, std::map<std::string, Findings>& 
 
 int run(const std::string& library) {
   const std::vector<Kernel> kernels = openKernels(library);
-  if (kernels.size() != std::size(kExpectations)) throw std::runtime_error("kernels and expectations differ in number");
   GuardedMemory memory;
+  GuardedMemory::limitTime();
   int failed = 0;
-  for (std::size_t k = 0; k < kernels.size(); ++k) {
-    const Expectation& expected = kExpectations[k];
-    if (kernels[k].info->name != std::string(expected.kernel)) throw std::runtime_error("kernels in another order");
-    watch(kernels[k]);
-    std::map<std::string, Findings> findings = allFindings(memory, kernels[k]);
-    if (isAsExpected(expected, findings)) continue;
+  for (const Kernel& kernel : kernels) {
+    watch(kernel);
+    std::map<std::string, Findings> findings = allFindings(memory, kernel);
+    int rows = 0;
+    bool isGood = true;
+    for (const Expectation& expected : kExpectations) {
+      if (kernel.info->name != std::string(expected.kernel)) continue;
+      ++rows;
+      isGood = isGood && isAsExpected(expected, findings);
+    }
+    if (isGood && rows > 0) continue;
     ++failed;
-    std::cout << expected.kernel << " gives:\n";
+    std::cout << kernel.info->name << " with " << rows << " expectations gives:\n";
     for (const auto& [check, found] : findings)
       for (const std::string& finding : found) std::cout << "  " << check << ": " << finding << "\n";
   }

@@ -243,6 +243,18 @@ TEST(Sorts, GiveTheOrderOfStraightInsertion) {
 
 TEST(Sorts, LongListsTakeNoQuadraticTime) {
   const int32_t length = 1000000;
+  {
+    std::vector<double> keys(length);
+    std::vector<int32_t> list(length), expected(length);
+    for (int32_t k = 0; k < length; ++k) keys[k] = -k; // falling, with one NaN: both sides of it are turned round
+    std::iota(list.begin(), list.end(), 1);
+    keys[length / 3] = std::numeric_limits<double>::quiet_NaN();
+    expected = list;
+    std::reverse(expected.begin(), expected.begin() + length / 3);
+    std::reverse(expected.begin() + length / 3 + 1, expected.end());
+    GLO_UTI_INSSORTR(list.data(), keys.data(), &length);
+    EXPECT_EQ(list, expected);
+  }
   std::vector<int32_t> list(length), keys(length);
   std::iota(list.begin(), list.end(), 1);
   for (int32_t k = 0; k < length; ++k) keys[k] = length - k / 2;

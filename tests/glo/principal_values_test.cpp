@@ -276,11 +276,15 @@ TEST(SquareRoot, StretchOfAKnownDeformationAndNegativeValues) {
   for (int k = 0; k < 6 * n; ++k) EXPECT_NEAR(V[k], exact[k], 4e-15);
 
   const int two = 2;
-  const double tensors[12] = {1, 1, 2, 2, -1e-16, -1e-3, 0, 0, 0, 0, 0, 0};
-  double roots[12];
-  GLO_UTI_SQRTV(&two, tensors, roots);
-  EXPECT_EQ(roots[4], 0) << "negative by rounding";
-  for (int k = 0; k < 6; ++k) EXPECT_TRUE(std::isnan(roots[2 * k + 1]));
+  for (int small = 0; small < 3; ++small) {
+    double tensors[12] = {2, 2, 2, 2, 2, 2}, roots[12];
+    tensors[2 * small] = -1e-16;
+    tensors[2 * small + 1] = -1e-12;
+    GLO_UTI_SQRTV(&two, tensors, roots);
+    for (int k = 0; k < 3; ++k)
+      EXPECT_NEAR(roots[2 * k], k == small ? 0 : std::sqrt(2), 1e-15) << "negative by rounding";
+    for (int k = 0; k < 6; ++k) EXPECT_TRUE(std::isnan(roots[2 * k + 1]));
+  }
 }
 
 TEST(TensorStorage, CountsAndPackedTriangle) {

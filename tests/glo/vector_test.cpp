@@ -45,7 +45,7 @@ TEST(Vectors, ElementwiseOperations) {
 
 TEST(Vectors, SumsHaveTheDocumentedOrder) {
   Random random(11);
-  for (int32_t n : {1, 7, 8, 9, 64, 1000}) {
+  for (int32_t n : {1, 7, 8, 9, 63, 64, 65, 250, 999, 1000, 1001, 5000}) {
     std::vector<double> a(static_cast<std::size_t>(n));
     std::vector<int32_t> whole(a.size());
     double part[8] = {}, sum = 0, more = 3;
@@ -112,7 +112,7 @@ TEST(Vectors, BlocksOfVectors) {
   GLO_UTI_VECTORDOTPRODUCT2D(&n, r, A, B);
   EXPECT_TRUE(r[0] == 7 && r[1] == 10);
   // unit length whatever the length was
-  const int32_t one = 1;
+  const int32_t one = 1, three = 3;
   for (double scale : {1.0, 1e-300, 1e300, 1e-200}) {
     double v[] = {2 * scale, -3 * scale, 6 * scale}, w[] = {-3 * scale, 4 * scale};
     GLO_UTI_VNORMALIZE(&one, v);
@@ -123,6 +123,9 @@ TEST(Vectors, BlocksOfVectors) {
   double zero[] = {0, -0.0, 1e-310};
   GLO_UTI_VNORMALIZE(&one, zero);
   EXPECT_TRUE(zero[0] == 0 && zero[1] == 0 && zero[2] == 0);
+  double along[] = {-5, 0, 0, 0, -5, 0, 0, 0, -5};
+  GLO_UTI_VNORMALIZE(&three, along);
+  for (int k = 0; k < 9; ++k) EXPECT_EQ(along[k], k % 4 == 0 ? -1 : 0);
 }
 
 TEST(Fills, OfEveryType) {
@@ -146,6 +149,8 @@ TEST(Fills, OfEveryType) {
   char text[] = "abcdefgh";
   GLO_UTI_BROADCASTC(&three, "-+", text, 2, 8);
   EXPECT_STREQ(text, "---defgh");
+  GLO_UTI_BROADCASTC(&two, "+", text, 1, 8); // a single character
+  EXPECT_STREQ(text, "++-defgh");
   GLO_UTI_BROADCASTC(&seven, "", text, 0, 2); // never beyond the text; no character is a blank
   EXPECT_STREQ(text, "  -defgh");
   std::vector<double> block(6, 9), wide(8, 9);
@@ -198,6 +203,40 @@ TEST(LinearSystems, SolutionsAndInverses) {
       }
     }
   }
+}
+
+// Rows that differ by e: solved however close they are, as long as the difference is more than rounding; every number is exact.
+TEST(LinearSystems, NearlySingularOnesAreSolved) {
+  const int32_t one = 1;
+  for (const int power : {-10, -33, -48}) {
+    const double e = std::ldexp(1, power), bound = 4e-16 / e;
+    for (const double row : {1.0, 0x1p-900, 0x1p+900}) {
+      const double A[] = {row, row, row, row, row + e * row, row, row, row, row + e * row};
+      const double b[] = {6 * row, (6 + 2 * e) * row, (6 + 3 * e) * row};
+      double x[3], B[9], singular = 9, inverse = 9;
+      GLO_UTI_VSOLVE(&one, A, b, x, &singular);
+      GLO_UTI_INVERSER(&one, A, B, &inverse);
+      EXPECT_TRUE(singular == 0 && inverse == 0) << power;
+      for (int k = 0; k < 3; ++k) EXPECT_NEAR(x[k], k + 1, bound) << power;
+      EXPECT_NEAR(B[8] * row * e, 1, bound) << power;
+    }
+  }
+}
+
+TEST(LinearSystems, CoefficientsThatAreNoNumbersLeaveNaN) {
+  const int32_t one = 1;
+  for (const double bad : {kNaN, kInf, -kInf})
+    for (int at = 0; at < 9; ++at) {
+      double A[] = {1, 0, 2, 0, 3, 0, 1, 0, 1}, x[3], y[3], B[9], flags[3];
+      A[at] = bad;
+      const double b[] = {1, 2, 3};
+      GLO_UTI_VSOLVE(&one, A, b, x, &flags[0]);
+      GLO_UTI_VSOLVEDBL(&one, A, b, y, &flags[1]);
+      GLO_UTI_INVERSER(&one, A, B, &flags[2]);
+      for (const double flag : flags) EXPECT_EQ(flag, 1) << at;
+      for (int k = 0; k < 3; ++k) EXPECT_TRUE(std::isnan(x[k]) && std::isnan(y[k])) << at;
+      for (const double value : B) EXPECT_TRUE(std::isnan(value)) << at;
+    }
 }
 
 TEST(LinearSystems, SingularOnesSaySo) {

@@ -301,6 +301,7 @@ TEST_F(DiagnosticDatabase, TakesWhatTheLibraryReports) {
   EXPECT_EQ(CLINES[16], 1);
   EXPECT_EQ(CLINES[18], 1);
   acd_end_increment_c(0.1, 1);
+  for (int32_t converged : {2, 0, -1}) acd_begin_increment_c(2, 0.1), acd_end_increment_c(0.2, converged);
   closeJob();
 
   Reader r(database("library"));
@@ -312,6 +313,7 @@ TEST_F(DiagnosticDatabase, TakesWhatTheLibraryReports) {
             {"element", "Element 303 instance TYRE-1 has failed and was removed"},
             {"internal", "Invalid error code in call to acd_error"}}));
   EXPECT_EQ(r.rows("SELECT instance, label FROM places WHERE kind = 'element'"), (Rows{{"TYRE-1", "303"}}));
+  EXPECT_EQ(r.value("SELECT group_concat(converged) FROM (SELECT converged FROM increments ORDER BY id)"), "1,1,0,0");
 
   openJob("next", directory);
   EXPECT_EQ(bcu_ErrorStatus::getErrorCode(), 0);
@@ -495,7 +497,8 @@ TEST_F(DiagnosticDatabase, LosesNothingAmongAMillion) {
 
 TEST_F(DiagnosticDatabase, MayBeCalledFromSeveralThreads) {
   constexpr int kThreads = 6, kEach = 2000;
-  openJob("threads", directory);
+  const JobFiles files = openJob("threads", directory);
+  explicitExtractor().SetExecutionCode(1);
   explicitExtractor().BeginStep(1, "", 17);
   implicitExtractor().BeginStep(1, "", 4, false, false);
   std::vector<std::thread> threads;
@@ -504,19 +507,30 @@ TEST_F(DiagnosticDatabase, MayBeCalledFromSeveralThreads) {
       for (int k = 1; k <= kEach; ++k) {
         explicitExtractor().AddElementDiagnostic(codes::ElementDeleted, t, atElement({"PART-1-1", t * kEach + k}));
         bcu_ResourceMonitor::Mark("Mark");
+        // through the library, as threads of the owner do; printed and counted as well
+        if (k % 20 == 0) acd_error_xpl_c(codes::TooManyIncrements, t, &k, nullptr, nullptr, nullptr, nullptr);
         if (t == 0) implicitExtractor().BeginIncrement(k, 0.1);
         if (t == 0) implicitExtractor().EndIncrement(0.1 * k, true);
         if (t == 1) implicitExtractor().AddWarning(codes::NegativeEigenvalues, {{k}, {}, {}, {}, {}});
       }
     });
   for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(explicitExtractor().GetNumberOfErrors(), kThreads * kEach / 20);
   closeJob();
   Reader r(database("threads"));
   expectSound(r);
   EXPECT_EQ(r.rows("SELECT count(*), count(DISTINCT e.label), max(e.label) FROM elements e"),
             (Rows{{"12000", "12000", "12000"}}));
   EXPECT_EQ(r.rows("SELECT name, count FROM codes ORDER BY count"),
-            (Rows{{"NegativeEigenvalues", "2000"}, {"ElementDeleted", "12000"}}));
+            (Rows{{"TooManyIncrements", "600"}, {"NegativeEigenvalues", "2000"}, {"ElementDeleted", "12000"}}));
+  EXPECT_EQ(CLINES[18], 600);
+  for (const auto& [file, beginning] : {std::pair(files.log, "***ERROR: THE STEP IS NOT COMPLETE"),
+                                        std::pair(files.status, "Error message=The step is not complete")}) {
+    std::ifstream printed(file);
+    int count = 0;
+    for (std::string line; std::getline(printed, line);) count += line.starts_with(beginning) ? 1 : 0;
+    EXPECT_EQ(count, 600) << file;
+  }
   EXPECT_EQ(r.value("SELECT count(*) FROM (SELECT e.label, lag(e.label) OVER (PARTITION BY d.domain ORDER BY d.id) AS "
                     "before FROM diagnostics d JOIN elements e ON e.diagnostic = d.id) WHERE label <= before"),
             "0")
@@ -955,6 +969,19 @@ Problems
 )");
 }
 
+TEST_F(DiagnosticsProgram, IncrementsThatDoNotFollowEachOtherStandOnTheirOwn) {
+  openJob("gap", directory);
+  dxt_DiagnosticExtractorXpl& x = dxt_DiagnosticExtractorXpl::Instance();
+  x.BeginStep(1, "Fall", 17);
+  for (int k : {1, 2, 4}) {
+    x.BeginIncrement(k, 0.5);
+    x.EndIncrement(0.5 * k, true);
+  }
+  closeJob();
+  EXPECT_NE(runOn("gap").output.find("     1        1-2  0.5   1\n     1          4  0.5   2\n"), std::string::npos)
+      << runOn("gap").output;
+}
+
 TEST_F(DiagnosticsProgram, FitsANarrowTerminal) {
   recordFailure("narrow");
   closeJob();
@@ -1082,6 +1109,16 @@ TEST_F(DiagnosticsProgram, ExitCodesTellWhatIsWrong) {
   expect(changed("PRAGMA user_version = 99"), 5, "newer release (version 99");
   expect(changed("PRAGMA user_version = 0"), 6, "nothing was recorded");
   expect(changed("DROP TABLE increments"), 6, "no such table");
+  // numbers that no sum holds, and texts that steer a terminal
+  const Result hostile =
+      changed("UPDATE increments SET attempts = 9223372036854775807, iterations = -9223372036854775807 - 1, "
+              "number = number + 9223372036854775795 WHERE step = 1; UPDATE increments SET step = 1, converged = 1, "
+              "cutbacks = 0, errors = 0, warnings = 0, number = -9223372036854775807 - 1 WHERE step = 2; "
+              "UPDATE run SET elapsed = 1e300, job = 'a' || char(155) || char(27) || 'b'");
+  EXPECT_EQ(hostile.exitCode, 0);
+  for (const char* words : {"a   b: ", "took 1e+300 s", "9223372036854775796-9223372036854775807",
+                            "9223372036854775807", "-9223372036854775808"})
+    EXPECT_NE(hostile.output.find(words), std::string::npos) << words << '\n' << hostile.output;
   fs::resize_file(directory / "changed", 20000);
   expect(run(quoted(directory / "changed")), 6, "cannot be read");
 }

@@ -3,6 +3,7 @@
 #include "dia_Codes.h"
 #include "dmpC_CommContainer.h"
 #include "glo.h"
+#include "host_services.h"
 #include "reference_host.h"
 
 #include <chrono>
@@ -118,6 +119,17 @@ void diagnose() {
   std::filesystem::remove_all(directory);
 }
 
+// After the end of communication nothing is sent, and what has arrived stays where it is.
+void endCommunication() {
+  dmpC_Communicator& communicator = dmpC_CommContainer::GetCommunicator();
+  const int32_t rank = communicator.GetRank(), code = 1;
+  int32_t word = 0;
+  expect(communicator.Send(&rank, 4, rank, 3, 2), "nothing is sent before the end");
+  DMPC_TERMINATECOMM(&code);
+  expect(communicator.Receive(&word, 4, rank, 3, 2) == -1 && !communicator.Send(&rank, 4, rank, 3, 2),
+         "the end of communication ends nothing");
+}
+
 } // namespace
 
 int main() {
@@ -129,6 +141,7 @@ int main() {
   }
   exchange();
   diagnose();
+  endCommunication();
   host::disconnectRanks();
   return faults == 0 ? 0 : 1;
 }

@@ -74,12 +74,21 @@ TEST_F(ReferenceHost, FilesMessagesByChannel) {
   const double reals[] = {0.5};
   const char* const strings[] = {"TIP\nTOE"};
   glo_uti_CWrite(0, 1, "Increment", "%I at %R of %S", ints, reals, strings);
+  // a full message, a longer text of a diagnostic, a sign before a letter that is no code
+  const std::string full(1000, 'x'), longer(5000, 'y');
+  const char* const texts[] = {longer.c_str()};
+  write("StateFrame", full, 0, 1);
+  const int32_t identity[] = {0, 0};
+  ipm_message_c("Error", "message=%s", nullptr, nullptr, texts, identity);
+  write("Step", "100%%s", 0, 1);
   const int64_t unfiled = unfiledRecords();
   closeJob();
 
   EXPECT_EQ(contents(files.message), "\n***ERROR: Element %\n\n");
   EXPECT_EQ(contents(files.log), "\nSTEP 1\n\n");
-  EXPECT_EQ(contents(files.status), "Error message=Element %\nIncrement 12 at 5.00000e-01 of TIP TOE\n");
+  EXPECT_EQ(contents(files.status),
+            "Error message=Element %\nIncrement 12 at 5.00000e-01 of TIP TOE\nStateFrame message=" + full +
+                "\nError message=" + longer + "\nStep 100%s\n");
 
   write("Table", "after the job");
   EXPECT_EQ(unfiledRecords(), unfiled + 1) << "counted, not written";
@@ -90,6 +99,12 @@ TEST_F(ReferenceHost, StatusRecordsAndFlushesBringFilesUpToDate) {
   write("Warning", "hot", -6, 1);
   EXPECT_EQ(contents(files.status), "Warning message=hot\n");
   EXPECT_EQ(contents(files.message), "\n***WARNING: hot\n\n");
+  // a template takes its values on the status channel, with the exponent letter of the entry
+  const int32_t none = 0, status = 1;
+  const double half = 0.5;
+  GLO_UTI_WRITE(&none, &status, "Status", "x %R", nullptr, &half, nullptr, 6, 4, 0);
+  glo_uti_CWrite(none, status, "Status", "x %R", nullptr, &half, nullptr);
+  EXPECT_EQ(contents(files.status), "Warning message=hot\nStatus x 5.00000E-01\nStatus x 5.00000e-01\n");
   write("Table", "row");
   const int32_t messageFile = -6;
   LFC_XUT_XPLMSGFLUSH(&messageFile);
@@ -246,6 +261,21 @@ TEST_F(ReferenceHost, EndOfAnalysisLeavesItsMark) {
   EXPECT_FALSE(threadError());
   EXPECT_FALSE(transmitterClosing());
   EXPECT_TRUE(killSignal()) << "a request that came before the job stands";
+}
+
+TEST_F(ReferenceHost, ThreadsMayEndTheAnalysisAtOnce) {
+  const JobFiles files = openJob("ends", directory);
+  constexpr int kThreads = 4;
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t)
+    threads.emplace_back([] {
+      const int32_t code = 20;
+      GLO_UTI_EXIT(&code);
+    });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(jobStatus(), 2);
+  EXPECT_TRUE(threadError());
+  EXPECT_EQ(lines(files.status), std::vector<std::string>(kThreads, "Aborted message=Analysis failed due to Errors"));
 }
 
 TEST_F(ReferenceHost, AbortEndsTheJobAndNotTheProcess) {

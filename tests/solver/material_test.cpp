@@ -256,10 +256,29 @@ TEST_F(Materials, CasesOfEveryModelAndTheirMistakes) {
             "paths.toml:1:1: material \"a\" has a shear modulu");
   EXPECT_EQ(with("C10 = 1.0\nD1 = 0.1\n[material.mullins]\nr = 2.0\nm = 0.0"),
             "paths.toml:8:5: m and beta are both 0, expected one of them to be positive");
+  for (const char* r : {"0.5", "1.0", "-2.0"}) { // more than all the stress would be taken
+    const std::string said = with("C10 = 1.0\nD1 = 0.1\n[material.mullins]\nr = " + std::string(r) + "\nm = 1.0");
+    EXPECT_EQ(said.find("paths.toml:7:5: "), 0U) << said;
+    EXPECT_NE(said.find("expected a number above 1"), std::string::npos) << said;
+  }
   EXPECT_EQ(
       with(
           "C10 = 1.0\nD1 = 0.1\n[material.failure]\nd1 = 2.0\ntransition_temperature = 5.0\nmelting_temperature = 4.0"),
       "paths.toml:9:23: melting_temperature is not above transition_temperature, expected K above it");
+}
+
+TEST_F(Materials, PathsEndAtWhatIsNoNumber) {
+  solver::Material steep;
+  steep.name = "steep", steep.model = solver::Model::Ogden, steep.density = 1000;
+  steep.constants = {1e6, 400, 0, 1, 0, 1, 0, 1, 0, 1, 0, 1, 1e9, 0, 0, 0, 0, 0};
+  MaterialPath path;
+  path.name = "far", path.mode = solver::Mode::Confined, path.turns = {2, 100}, path.steps = 2;
+  try {
+    solver::follow(path, steep);
+    FAIL() << "powers of 400 overflow";
+  } catch (const solver::InputError& error) {
+    EXPECT_NE(std::string(error.what()).find("no finite number"), std::string::npos) << error.what();
+  }
 }
 
 TEST_F(Materials, ProgramWritesTableAndPicture) {

@@ -207,6 +207,89 @@ TEST(FaceArea, PlaneFacesAreExactAndTheErrorOfALiftedCornerIsAsStated) {
   }
 }
 
+// Bricks with edges from 1e-300 to 1e300: whatever the products of lengths do, nothing infinite leaves, what is not masked is
+// right, and a masked element gives what is declared of one.
+TEST(EveryOperator, LengthsThatNoDoubleHoldsInProducts) {
+  Random random(61);
+  std::vector<Brick> bricks;
+  for (int e = 0; e < 400; ++e) {
+    Brick b = distorted(random, e % 2 == 0 ? 0.0 : 0.2);
+    const int kind = e % 4;
+    const double all = std::pow(10.0, kind == 0 ? random.integer(-104, 110) : random.integer(-300, 300));
+    for (int c = 0; c < 3; ++c) {
+      const double scale = kind < 2 ? all : std::pow(10.0, random.integer(-300, 300));
+      for (auto& node : b) node[c] *= scale;
+    }
+    if (kind == 3) b[3][1] = 1.7e308;
+    bricks.push_back(b);
+  }
+  for (const double edge : {1e110, 1e-104, 1e100, 1e-100, 1.0}) {
+    Brick b = unitCube();
+    for (auto& node : b)
+      for (double& x : node) x *= edge;
+    bricks.push_back(b);
+  }
+  const BothOperators both(bricks);
+  const int32_t n = both.n, one = 1, eight = 8, selector = 3;
+  const Values X = coordinates(bricks, n);
+  const Tables tables(1), scaled;
+  Values det(n), rdet(n), Bdet(24 * n), mask(n), average(24 * n), vol(n), rvol(n), meanMask(n), T(8 * n, 1.5),
+      flux(3 * n, 1.0);
+  Values k(n, 1.0), R(8 * n), heatMask(n), Bmean(24 * n), meanDet(n), meanRdet(n), strain(6 * n), F(9 * n),
+      strainMask(n);
+  SPX_OPE_C3D8OPER(&n, &one, &eight, tables.d[0].data(), tables.d[1].data(), tables.d[2].data(), X.data(), Bdet.data(),
+                   det.data(), rdet.data(), mask.data());
+  SPX_OPE_C3D8IOPER(&n, &one, &eight, scaled.d[0].data(), scaled.d[1].data(), scaled.d[2].data(), X.data(),
+                    Bmean.data(), meanDet.data(), meanRdet.data(), average.data(), vol.data(), rvol.data(),
+                    meanMask.data());
+  SPX_ASM_C3D8RTDIVER(&n, X.data(), T.data(), flux.data(), k.data(), R.data(), heatMask.data());
+  const Values none(6 * n), still(3 * n);
+  SPX_OPE_C3D8RCSTRAINOUTPUT(&n, &n, &selector, scaled.d[0].data(), scaled.d[1].data(), scaled.d[2].data(), X.data(),
+                             X.data(), none.data(), still.data(), F.data(), strain.data(), strainMask.data());
+  const auto finite = [](const Values& list, const char* name) {
+    for (std::size_t i = 0; i < list.size(); ++i) ASSERT_TRUE(std::isfinite(list[i])) << name << " " << i;
+  };
+  finite(both.B, "B"), finite(both.dV, "dV"), finite(both.diag, "diag"), finite(both.stiff, "stiff");
+  finite(both.vol, "vol"), finite(both.rvol, "rvol"), finite(both.h, "h"), finite(both.gamma, "gamma");
+  finite(both.B2, "B2"), finite(both.diag2, "diag2"), finite(both.stiff2, "stiff2"), finite(both.vol2, "vol2");
+  finite(both.rvol2, "rvol2"), finite(both.gamma2, "gamma2"), finite(Bdet, "Bdet"), finite(det, "det");
+  finite(rdet, "rdet"), finite(Bmean, "Bmean"), finite(average, "average"), finite(vol, "mean volume");
+  finite(rvol, "mean rvol"), finite(meanDet, "meanDet"), finite(meanRdet, "meanRdet"), finite(R, "R");
+  finite(F, "F"), finite(strain, "strain");
+  int sound = 0;
+  for (int e = 0; e < n; ++e) {
+    if (both.mask2[e] != 0) {
+      EXPECT_TRUE(both.B2[e] == 0 && both.gamma2[e] == 0 && both.rvol2[e] == 0 && both.vol2[e] == 1.0 / 12) << e;
+      EXPECT_NEAR(both.diag2[e] * both.stiff2[e], 1, 1e-15);
+    } else {
+      EXPECT_NEAR(both.vol2[e] * both.rvol2[e], 1, 1e-14) << e;
+      if (meanMask[e] == 0) {
+        EXPECT_NEAR(vol[e] / both.vol2[e], 1, 1e-9) << e;
+        ++sound;
+      }
+    }
+    if (mask[e] != 0)
+      EXPECT_TRUE(det[e] == 1 && rdet[e] == 0);
+    else
+      EXPECT_NEAR(det[e] * rdet[e], 1, 1e-15);
+  }
+  EXPECT_GT(sound, 100);
+  const double expected[] = {1, 1, 0, 0, 0};
+  for (int e = 0; e < 5; ++e) {
+    EXPECT_EQ(both.mask2[n - 5 + e], expected[e]);
+    EXPECT_EQ(both.mask[n - 5 + e], e < 4 ? 1 : 0) << "squares of areas";
+    EXPECT_EQ(mask[n - 5 + e], expected[e]);
+    EXPECT_EQ(meanMask[n - 5 + e], expected[e]);
+  }
+  // faces of squares: exact until the area itself is beyond
+  for (int32_t face = 1; face <= 6; ++face) {
+    const Face f = faceOf(bricks, face, Values(n));
+    finite(f.area, "area"), finite(f.normal, "normal");
+    const double areas[] = {1e220, 1e-208, 1e200, 1e-200, 1};
+    for (int e = 0; e < 5; ++e) EXPECT_NEAR(f.area[n - 5 + e] / areas[e], 1, 1e-14) << face;
+  }
+}
+
 TEST(NodalFields, GradientAndDivergenceOfLinearFieldsOnDistortedBricks) {
   Random random(24);
   const int n = 60;
@@ -418,7 +501,7 @@ TEST(StrainOutput, InitialStretchIsTakenOff) {
 }
 
 TEST(StrainOutput, LimitsMasksAndSingularGradients) {
-  const int32_t n = 4;
+  const int32_t n = 6;
   Values F(9 * n), rotation(3 * n), mask(n);
   const auto set = [&](int e, double f11, double f22, double f33) {
     F[e] = f11, F[e + 4 * n] = f22, F[e + 8 * n] = f33;
@@ -427,11 +510,15 @@ TEST(StrainOutput, LimitsMasksAndSingularGradients) {
   set(1, 0, 2, 1);
   set(2, 2, 2, 2);
   set(3, kNan, 1, 1);
+  set(4, 1, 1, 1), F[4 + n] = -1e200;
+  set(5, 1, 1, 1), F[5 + 2 * n] = 1e200;
   mask[3] = 1;
   const StrainOutput nominal(n, 2, F, nullptr, rotation, mask), logarithmic(n, 3, F, nullptr, rotation, mask);
   EXPECT_NEAR(nominal.strain[0] / 1.3407807929942596e149, 1, 1e-15);
   EXPECT_NEAR(nominal.strain[n] / 1.3407807929942596e149, 3, 4e-15);
   EXPECT_NEAR(nominal.G[8 * n], 1.3407807929942596e-51, 1e-65);
+  EXPECT_NEAR(nominal.G[4 + n] / -1.3407807929942596e149, 1, 1e-15);
+  EXPECT_NEAR(nominal.G[5 + 2 * n] / 1.3407807929942596e149, 1, 1e-15);
   EXPECT_EQ(nominal.strain[1], -1);
   EXPECT_NEAR(logarithmic.strain[1], 0.5 * std::log(std::numeric_limits<double>::min()), 1e-12);
   EXPECT_NEAR(logarithmic.strain[2], std::log(2.0), 1e-15);

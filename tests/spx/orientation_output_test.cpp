@@ -248,6 +248,30 @@ TEST(OrientationOutput, BarsLieAlongAxisOne) {
   }
 }
 
+// A power of two takes a direction to any length and changes no bit of it, down to the last double and up to the first.
+TEST(OrientationOutput, DirectionsMayHaveAnyLength) {
+  const int32_t n = 1;
+  const double q[] = {0.5, -0.5, 0.5, 0.5};
+  const auto records = [&](double bar, double end) {
+    const double bars[] = {3 * bar, -2 * bar}, ends[] = {end, -2 * end, 3 * end, -2 * end};
+    Reals out(10);
+    for (int member = 0; member < 3; ++member) {
+      int32_t counter = 1;
+      if (member == 0) SPX_ODB_ORIENTREBSHELL(&n, &counter, q, bars, out.data());
+      if (member == 1) SPX_ODB_ORIENTREBAXSHELL(&n, &counter, ends, &kOne, bars, out.data() + 4);
+      if (member == 2) SPX_ODB_ORIENT2DBEAM(&n, &counter, ends, &kOne, out.data() + 8);
+    }
+    return out;
+  };
+  const Reals expected = records(1, 1);
+  EXPECT_LT(turnError(spatial(expected[8], expected[9]), {turnAbout({0, 0, 1}, std::atan2(-5, -3))}), 2e-15);
+  for (const int power : {-1074, -1000, -560, -500, -499, 499, 500, 530, 1000, 1022}) {
+    EXPECT_EQ(records(std::ldexp(1, std::min(power, 1021)), 1), expected) << power;
+    EXPECT_EQ(records(1, std::ldexp(1, std::min(power, 1021))), expected) << power;
+    EXPECT_EQ(records(std::ldexp(1, std::min(power, 1021)), std::ldexp(1, std::min(-power, 1021))), expected) << power;
+  }
+}
+
 // ---- where records lie: several blocks, sub-records, sets
 
 // A member with its inputs bound: block of n points, counter, sub-records, set; without a set the plain form runs.

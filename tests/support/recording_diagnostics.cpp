@@ -87,12 +87,9 @@ const Known* find(int32_t table, int32_t code) {
 struct Table : dia_MetadataTable {
   int32_t number;
 };
-Table tables[2];
+Table tables[2] = {{{}, 0}, {{}, 1}};
 
-dia_MetadataTable& tableOf(int32_t number) {
-  tables[1].number = 1;
-  return tables[number == 1];
-}
+dia_MetadataTable& tableOf(int32_t number) { return tables[number == 1]; }
 int32_t numberOf(const dia_MetadataTable* table) { return static_cast<const Table*>(table)->number; }
 
 struct Communicator : dmpC_Communicator {

@@ -71,22 +71,25 @@ TEST_F(UserElements, EachFailingElementIsNamedOncePerCheck) {
   block.at(3, 1, 2) = 5e-324; // unsymmetric and coupled within a node
   block.at(3, 3, 1) = 1;
   block.at(140, 3, 4) = block.at(140, 4, 3) = 1; // between nodes
-  block.at(140, 7, 1) = block.at(140, 1, 7) = -1;
+  block.at(141, 7, 1) = block.at(141, 1, 7) = -1;
   block.at(199, 6, 7) = block.at(199, 7, 6) = std::nextafter(2.0, 3.0); // symmetric to the last bit
   block.at(17, 2, 2) = 0.3 + 1e-6, block.at(17, 3, 3) = 7;
-  block.at(18, 2, 1) = -0.0; // a zero
-  block.at(5, 1, 1) = std::numeric_limits<double>::quiet_NaN();
+  block.at(18, 2, 1) = -0.0;                                                        // a zero
+  block.at(5, 1, 1) = block.at(6, 4, 4) = std::numeric_limits<double>::quiet_NaN(); // 4: alone at its node
   const std::string within = " has non-zero off-diagonal entries on the diagonal blocks.",
                     different = " has different values for the diagonal entries belonging to the same node.";
   EXPECT_EQ(block.messages(SPX_OPE_USERELEMPROCESSMASS),
-            (Texts{kMatrix + "2004 is unsymmetric.", kMatrix + "2141 has non-zero off-diagonal entries.",
+            (Texts{kMatrix + "2004 is unsymmetric.", kMatrix + "2006 is unsymmetric.", kMatrix + "2007 is unsymmetric.",
+                   kMatrix + "2141 has non-zero off-diagonal entries.", kMatrix + "2142 has non-zero off-diagonal entries.",
                    kMatrix + "2004" + within, kMatrix + "2200" + within, kMatrix + "2006" + different,
                    kMatrix + "2018" + different}));
   EXPECT_EQ(block.messages(SPX_OPE_USERELEMPROCESSROTINERT),
-            (Texts{kMatrix + "2004 is unsymmetric.", kMatrix + "2141 has invalid non-zero off-diagonal entries."}));
+            (Texts{kMatrix + "2004 is unsymmetric.", kMatrix + "2006 is unsymmetric.", kMatrix + "2007 is unsymmetric.",
+                   kMatrix + "2141 has invalid non-zero off-diagonal entries.",
+                   kMatrix + "2142 has invalid non-zero off-diagonal entries."}));
 
   block.at(199, 6, 7) = 2; // one bit away
-  EXPECT_EQ(block.messages(SPX_OPE_USERELEMPROCESSROTINERT)[1], kMatrix + "2200 is unsymmetric.");
+  EXPECT_EQ(block.messages(SPX_OPE_USERELEMPROCESSROTINERT)[3], kMatrix + "2200 is unsymmetric.");
 }
 
 TEST_F(UserElements, ElementsOfInstances) {

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace {
 
 using namespace sharedanalysis::test;
@@ -28,6 +30,11 @@ protected:
         result.back() += line.text.substr(line.text.find_first_not_of(' '));
     }
     recordingHost().lines.clear();
+    return result;
+  }
+  static std::vector<std::string> lines() {
+    std::vector<std::string> result;
+    for (const RecordedLine& line : recordingHost().lines) result.push_back(line.text);
     return result;
   }
   static std::string thrown(const auto& call) {
@@ -64,6 +71,10 @@ TEST_F(Reporter, LongTextsAreCutAtTheirLastBlank) {
   ASSERT_EQ(written.size(), 2u);
   EXPECT_EQ(written[0], "***WARNING: " + std::string(475, 'x'));
   EXPECT_EQ(written[1], "***WARNING: Warning message is too long. It has been truncated.");
+  reporter_.Error("  " + std::string(600, 'y'), 0);
+  EXPECT_EQ(lines()[1].substr(0, 12), "***ERROR:   ") << "blanks before the first word are no place to cut";
+  written = messages();
+  EXPECT_EQ(std::count(written[0].begin(), written[0].end(), 'y'), 473);
 }
 
 TEST_F(Reporter, ModesDecideWhetherAnErrorIsWrittenOrRaised) {
@@ -89,6 +100,23 @@ TEST_F(Reporter, TextsAreNoTemplates) {
   reporter_.Warnings({"50 %", "%R"});
   reporter_.Note("%%");
   EXPECT_EQ(messages(), (Messages{"***ERROR: 100 %I of %S", "***WARNING: 50 %", "***WARNING: %R", "***NOTE: %%"}));
+  // with percent signs texts are as without, whatever their length: leading blanks, ends, zero bytes
+  for (const std::string& text : {std::string("  led by blanks"), std::string(1200, 'n') + " end", std::string(),
+                                  std::string("ends with "), std::string("a\0b", 3)}) {
+    reporter_.Note(text);
+    const std::vector<std::string> plain = lines();
+    recordingHost().lines.clear();
+    std::string signs = text;
+    std::replace(signs.begin(), signs.end(), 'n', '%');
+    reporter_.Note(signs);
+    std::vector<std::string> written = lines();
+    ASSERT_EQ(written.size(), plain.size());
+    for (std::string& line : written) std::replace(line.begin(), line.end(), '%', 'n');
+    EXPECT_EQ(written, plain);
+    recordingHost().lines.clear();
+  }
+  reporter_.Note(std::string("a\0%b", 4));
+  EXPECT_EQ(messages(), Messages{"***NOTE: a %b"});
   // notes do not reach the status channel
   ASSERT_EQ(recordingHost().statuses.size(), 3u);
   EXPECT_EQ(recordingHost().statuses[0].firstString.find("***"), std::string::npos);

@@ -21,7 +21,7 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN(), kInf = std::nu
 // ---- the truth
 
 struct Truth {
-  Real value, derivatives[5]; // by variables 1, 2, ...
+  Real value, derivatives[11]; // by variables 1, 2, ...
 };
 
 Real scaled(const Variable& v, Real x) {
@@ -54,7 +54,8 @@ Truth interpolated(const std::vector<Variable>& variables, std::size_t count, co
   const Real width = groups[i + 1].first - groups[i].first, w = (X - groups[i].first) / width;
   if (width == 0) return b;
   Truth result = {(1 - w) * a.value + w * b.value, {}};
-  for (int v = 0; v < 5; ++v) result.derivatives[v] = (1 - w) * a.derivatives[v] + w * b.derivatives[v];
+  for (std::size_t v = 0; v < std::size(a.derivatives); ++v)
+    result.derivatives[v] = (1 - w) * a.derivatives[v] + w * b.derivatives[v];
   Real chain = 1;
   if (variable.scale == Scale::Logarithm)
     chain = x[count - 1] > variable.reference ? 0.43429448 / Real{x[count - 1]} : 0;
@@ -64,14 +65,14 @@ Truth interpolated(const std::vector<Variable>& variables, std::size_t count, co
 
 // ---- calls
 
-// Points with two field variables, two state variables and a temperature; what a lookup leaves of them.
+// Points with eight field variables, two state variables and a temperature; what a lookup leaves of them.
 struct Points {
   int32_t n;
   std::vector<double> fields, states, temperature, value, dField, dTemperature;
   explicit Points(int points) : n(points) {
     const auto size = static_cast<std::size_t>(n);
-    fields.resize(2 * size), states.resize(2 * size), temperature.resize(size);
-    value.assign(size, -77), dField.assign(2 * size, -77), dTemperature.assign(size, -77);
+    fields.resize(8 * size), states.resize(2 * size), temperature.resize(size);
+    value.assign(size, -77), dField.assign(8 * size, -77), dTemperature.assign(size, -77);
   }
   double& at(int32_t source, int i) {
     const std::size_t column = static_cast<std::size_t>(std::abs(source) - 1) * static_cast<std::size_t>(n);
@@ -112,12 +113,14 @@ void expectClose(double got, Real wanted, double scale) {
 
 // ---- lookups
 
-TEST(Tables, RandomTablesOfOneToFiveVariables) {
+TEST(Tables, RandomTablesOfOneToElevenVariables) {
   Random random(41);
-  for (int round = 0; round < 400; ++round) {
-    const std::size_t count = 1 + static_cast<std::size_t>(round % 5);
+  for (int round = 0; round < 424; ++round) {
+    const std::size_t count = 1 + static_cast<std::size_t>(round < 400 ? round % 5 : 5 + round % 6);
     std::vector<Variable> variables;
     std::vector<int32_t> sources = {kTemperature, field(2), state(1), field(1), state(2)};
+    if (count > 5)
+      for (int32_t column = 3; column <= 8; ++column) sources.push_back(field(column));
     for (std::size_t v = 0; v < count; ++v) {
       const std::size_t pick = static_cast<std::size_t>(random.integer(0, static_cast<int>(sources.size()) - 1));
       variables.push_back({sources[pick], random.integer(0, 1) == 1, random.integer(0, 1) == 1});
@@ -131,9 +134,9 @@ TEST(Tables, RandomTablesOfOneToFiveVariables) {
     }
     // groups of different lengths and breakpoints; few values of the slower variables, so that there are groups
     std::vector<Row> rows;
-    for (int r = random.integer(1, 60); r > 0; --r) {
+    for (int r = random.integer(1, count > 5 ? 300 : 60); r > 0; --r) {
       Row row = {random.uniform(-5, 5), random.uniform(0, 2)};
-      for (std::size_t v = 1; v < count; ++v) row.push_back(0.5 * random.integer(0, 3));
+      for (std::size_t v = 1; v < count; ++v) row.push_back(0.5 * random.integer(0, v > 5 ? 1 : 3));
       rows.push_back(row);
     }
     Pools pools;
@@ -145,7 +148,7 @@ TEST(Tables, RandomTablesOfOneToFiveVariables) {
                   : 500);
 
     Points points(150);
-    std::vector<std::array<double, 5>> x(150);
+    std::vector<std::array<double, 11>> x(150);
     for (int i = 0; i < points.n; ++i)
       for (std::size_t v = 0; v < count; ++v)
         points.at(variables[v].source, i) = x[static_cast<std::size_t>(i)][v] =
@@ -243,7 +246,52 @@ TEST(Tables, NaNIsOfItsPointAlone) {
                 logarithmic = addTable(pools, {{kTemperature, false, false, Scale::Logarithm, 0.5}}, data);
     for (const Table& table : {plain, logarithmic}) {
       const Points points = atTemperatures(pools, table, {0.25, kNaN, 0.75, 1, kNaN, 0, 1, 1, 1, 1});
-      for (std::size_t i = 0; i < 10; ++i) EXPECT_EQ(std::isnan(points.value[i]), i == 1 || i == 4);
+      for (std::size_t i = 0; i < 10; ++i) {
+        EXPECT_EQ(std::isnan(points.value[i]), i == 1 || i == 4);
+        EXPECT_EQ(std::isnan(points.dTemperature[i]), i == 1 || i == 4);
+      }
+    }
+  }
+  // of several variables, by the walk through the rows as well: value and derivatives by all
+  for (int32_t count : {2, 8, 9}) {
+    std::vector<Variable> variables;
+    std::vector<Row> rows;
+    for (int32_t v = 1; v < count; ++v) variables.push_back({field(v), true, true});
+    variables.push_back({kTemperature, true, true});
+    for (int r = 0; r < 1 << count; ++r) {
+      rows.push_back({std::sin(r)});
+      for (int32_t v = 0; v < count; ++v) rows.back().push_back((r >> v) % 2);
+    }
+    const Table table = addTable(pools, variables, rows);
+    for (int32_t spoiled = 0; spoiled < count; ++spoiled) {
+      Points points(9);
+      points.at(spoiled, 4) = kNaN;
+      points.look(SPX_GET_GETVALUE, pools, table);
+      for (int i = 0; i < 9; ++i) {
+        EXPECT_EQ(std::isnan(points.value[static_cast<std::size_t>(i)]), i == 4) << count;
+        for (int32_t v = 0; v < count; ++v) EXPECT_EQ(std::isnan(points.derivative(v, i)), i == 4) << count << " " << v;
+      }
+    }
+  }
+  // rows in any order, and with NaN: a point gives the same alone and in a block
+  Random random(77);
+  for (int round = 0; round < 200; ++round) {
+    std::vector<double> reals;
+    const int32_t rows = random.integer(2, 40);
+    for (int r = 0; r < rows; ++r)
+      reals.insert(reals.end(), {random.uniform(-1, 1), random.integer(0, 9) == 0 ? kNaN : random.uniform(0, 1)});
+    const int32_t held = static_cast<int32_t>(reals.size()) + 1, yes = 1, one = 1, nine = 9, option = 500;
+    reals.insert(reals.end(), {1.0 * (round % 2), 1.0 * (round / 2 % 2)});
+    const int32_t ints[] = {rows, 1, 0, 14, 1, 15, 0, 0, 0, 0, 0, 0, held, 0, 2}, header[] = {1, 0, 0, 1, 0, 0, 0};
+    double x[9], value[9], slope[9];
+    for (double& at : x) at = random.uniform(-0.5, 1.5);
+    SPX_GET_GETVALUE(&yes, ints, reals.data(), header, &nine, &option, nullptr, nullptr, x, value, nullptr, slope);
+    for (int i = 0; i < nine; ++i) {
+      double alone[2];
+      SPX_GET_GETVALUE(&yes, ints, reals.data(), header, &one, &option, nullptr, nullptr, x + i, alone, nullptr,
+                       alone + 1);
+      EXPECT_TRUE(alone[0] == value[i] || (std::isnan(alone[0]) && std::isnan(value[i]))) << round;
+      EXPECT_TRUE(alone[1] == slope[i] || (std::isnan(alone[1]) && std::isnan(slope[i]))) << round;
     }
   }
   // NaN among the abscissas of a short and a long table: searches end, within the rows
@@ -372,21 +420,32 @@ TEST(Tables, IntegralsOfLines) {
     EXPECT_DOUBLE_EQ(roots.value[i], 2 * (s + s * s / 2));
     EXPECT_DOUBLE_EQ(roots.dTemperature[i], 2 * (1 + s));
   }
-  // of two variables: f = x (1 + y) from x = 1, on a grid
-  std::vector<Row> grid;
-  for (double y : {0.0, 1.0, 3.0})
-    for (double x : {1.0, 2.0, 4.0}) grid.push_back({x * (1 + y), x, y});
-  for (bool running : {false, true}) {
-    const Table table = addTable(pools, {{kTemperature}, {field(1)}}, grid, running);
+  // of two variables and of nine: f = s (1 + y) from s = 1, on a grid, where s is x or its root; the rest does not matter
+  for (int kind = 0; kind < 8; ++kind) {
+    const bool running = kind % 2 == 1, isRoot = kind / 2 % 2 == 1;
+    const int32_t idle = kind < 4 ? 0 : 7;
+    std::vector<Variable> variables = {{kTemperature, false, false, isRoot ? Scale::Root : Scale::Linear}, {field(1)}};
+    for (int32_t v = 0; v < idle; ++v) variables.push_back({field(2 + v)});
+    std::vector<Row> grid;
+    for (double y : {0.0, 1.0, 3.0})
+      for (double s : {1.0, 2.0, 4.0})
+        for (double rest : {0.0, 1.0}) {
+          grid.push_back({s * (1 + y), isRoot ? s * s : s, y});
+          grid.back().resize(variables.size() + 1, rest);
+          if (idle == 0) break;
+        }
+    const Table table = addTable(pools, variables, grid, running);
     Points points(50);
     Random random(5);
+    for (double& any : points.fields) any = random.uniform(0, 1);
     for (int i = 0; i < 50; ++i) points.at(0, i) = random.uniform(1, 4), points.at(1, i) = random.uniform(0, 3);
     points.look(SPX_GET_INTEGRATE, pools, table);
+    const double factor = isRoot ? 2 : 1;
     for (std::size_t i = 0; i < 50; ++i) {
-      const double x = points.temperature[i], y = points.fields[i];
-      EXPECT_NEAR(points.value[i], (x * x - 1) / 2 * (1 + y), 1e-13);
-      EXPECT_NEAR(points.dTemperature[i], x * (1 + y), 1e-13);
-      EXPECT_NEAR(points.dField[i], (x * x - 1) / 2, 1e-13);
+      const double x = points.temperature[i], s = isRoot ? std::sqrt(x) : x, y = points.fields[i];
+      EXPECT_NEAR(points.value[i], factor * (s * s - 1) / 2 * (1 + y), 1e-12) << kind;
+      EXPECT_NEAR(points.dTemperature[i], factor * s * (1 + y), 1e-12) << kind;
+      EXPECT_NEAR(points.dField[i], factor * (s * s - 1) / 2, 1e-12) << kind;
     }
   }
 }

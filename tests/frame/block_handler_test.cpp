@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstring>
 #include <memory>
 #include <thread>
@@ -116,6 +117,56 @@ TEST_F(BlockHandler, TheOwnerFilesWhatOthersHaveCollected) {
   EXPECT_TRUE(recordingDiagnostics().incoming[1].empty());
 }
 
+// The mark of an element diagnostic travels in the print flag: no value of a caller can pass for it.
+TEST_F(BlockHandler, PrintFlagsOfAnyValueKeepTheirKind) {
+  const int32_t flags[] = {0, 1, 2, -1, 255, 256, 257, INT32_MIN, INT32_MAX};
+  const char* const string[] = {"s"};
+  onRank(1, [&] {
+    acd_handler_setactive_xpl_c();
+    for (int32_t flag : flags) {
+      acd_warning_c(codes::Warning, nullptr, nullptr, string, nullptr, kElement, flag);
+      acd_element_diagnostic_c(codes::Element, nullptr, nullptr, nullptr, nullptr, kElement, flag);
+      acd_contact_diagnostic_c(codes::Contact, nullptr, kReals, nullptr, kNodes, nullptr, flag);
+    }
+    // values that only a record may have
+    acd_block_handler& handler = thr_ThreadSingleton<acd_block_handler>::Instance();
+    for (int32_t flag : {-1, 512})
+      EXPECT_TRUE(handler.AddDiagnostic(codes::Warning, acd_TypeClass::General, nullptr, nullptr, string, nullptr,
+                                        kElement, flag));
+    acd_comm_blocks();
+  });
+  deliver();
+  acd_set_execode_xpl_c(1);
+  Calls expected;
+  for ([[maybe_unused]] int32_t flag : flags)
+    for (const char* call :
+         {"Xpl AddWarning 1000200 1 ( \"s\" ePART-1-1:2077 )", "Xpl AddElementDiagnostic 2000400 1 ( ePART-1-1:2077 )",
+          "Xpl AddContactDiagnostic 3000500 1 ( r1.5 nPART-1-1:1001 nPART-1-1:1002 )"})
+      expected.emplace_back(call);
+  expected.insert(expected.end(), 2, expected.front());
+  EXPECT_EQ(ownerCalls(), expected);
+  EXPECT_EQ(recordingHost().lines.size(), 2u) << "printed is the warning whose flag is 1, after an empty line";
+}
+
+TEST_F(BlockHandler, ThreadsLoseNoCount) {
+  constexpr int kThreads = 4, kEach = 1000000, kErrors = 2000;
+  recordingDiagnostics().rank = 1;
+  std::atomic<int> ready{0}; // they count at once
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t)
+    threads.emplace_back([&ready] {
+      acd_handler_setactive_xpl_c();
+      for (int k = 0; k < kErrors; ++k) acd_error_xpl_c(codes::Error, 0, kInts, kReals, nullptr, kNode, nullptr);
+      ++ready;
+      while (ready < kThreads) std::this_thread::yield();
+      for (int k = 0; k < kEach; ++k) ACD_INC_KNPSOL(), ACD_INC_KNESOL(), ACD_INC_KWARN();
+    });
+  for (std::thread& thread : threads) thread.join();
+  recordingDiagnostics().rank = 0;
+  EXPECT_EQ(CLINES[18], kThreads * kErrors);
+  for (int32_t counter : {CLINES[16], CWARN[0], CWARN[1]}) EXPECT_EQ(counter, kThreads * kEach);
+}
+
 TEST_F(BlockHandler, InactiveHandlersDoNothing) {
   onRank(1, [] {
     acd_comm_blocks();
@@ -200,6 +251,11 @@ TEST_F(BlockHandler, LivesAsLongAsItsThread) {
     own = &thr_ThreadSingleton<acd_block_handler>::Instance();
     std::thread([&] { EXPECT_NE(&thr_ThreadSingleton<acd_block_handler>::Instance(), own); }).join();
     own->SetActive();
+    EXPECT_FALSE(own->IsOwner());
+    recordingDiagnostics().rank = 0; // as when ranks are connected late
+    own->SetActive();
+    EXPECT_TRUE(own->IsOwner());
+    recordingDiagnostics().rank = 1;
     int32_t components = 0;
     acd_initialize(&components);
     acd_finalize(&components);

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <limits>
 
 namespace {
 
@@ -135,10 +136,11 @@ TEST_F(Diagnostics, TwinsOfTheImplicitSolverMarkTheResourceMonitor) {
                    "EndIncrement 0.5 1", "Mark Diagnostics-End", "Mark Increment-End"}));
   EXPECT_EQ(callsOf([] {
               acd_begin_increment_c(1, 0.5), acd_begin_attempt_c(0.5), acd_begin_iteration_c();
-              acd_end_iteration_c(), acd_end_attempt_c(), acd_end_increment_c(0.5, 0), acd_end_increment_c(0.5, -1);
+              acd_end_iteration_c(), acd_end_attempt_c();
+              for (int32_t converged : {0, -1, 1}) acd_end_increment_c(0.5, converged);
             }),
             (Calls{"BeginIncrement 1 0.5", "BeginAttempt 0.5", "BeginIteration", "EndIteration", "EndAttempt",
-                   "EndIncrement 0.5 0", "EndIncrement 0.5 0"}));
+                   "EndIncrement 0.5 0", "EndIncrement 0.5 0", "EndIncrement 0.5 1"}));
 }
 
 TEST_F(Diagnostics, StepAttributesAreBroughtIntoRange) {
@@ -148,6 +150,18 @@ TEST_F(Diagnostics, StepAttributesAreBroughtIntoRange) {
   EXPECT_EQ(callsOf([] { acd_set_step_attributes_c(1, 1, 1, 1, 2, 1, 1, 2, 3, 4, 100, 0.5); }),
             (Calls{"SetStepIncrementationControls 1 1 2 3 4 100", "SetStepSolver 1", "SetStepExtrapolation 2",
                    "SetStepCharacteristicElementLength 0.5", "SetStepUnsymm", "SetStepNlgeom"}));
+  // at and beside the ends of the ranges: solver, extrapolation, incrementation mode
+  const struct {
+    int32_t directUser, extrapolation, solver;
+    Calls expected;
+  } cases[] = {{1, 0, 0, {"3", "0", "0"}}, {2, 1, 2, {"2", "1", "0"}}, {0, 3, -1, {"2", "1", "0"}}};
+  for (const auto& c : cases) {
+    const Calls calls =
+        callsOf([&] { acd_set_step_attributes_c(0, c.directUser, 0, 0, c.extrapolation, c.solver, 1, 2, 3, 4, 5, 6); });
+    EXPECT_EQ((Calls{calls[0].substr(0, 31), calls[1], calls[2]}),
+              (Calls{"SetStepIncrementationControls " + c.expected[0], "SetStepSolver " + c.expected[2],
+                     "SetStepExtrapolation " + c.expected[1]}));
+  }
   // the twin makes flags of the first four
   const int32_t none = 0, seven = 7, n = 100;
   const double r[] = {1, 2, 3, 4, 0.5};
@@ -176,6 +190,22 @@ TEST_F(Diagnostics, ValuesAreStoredAsTheMetadataCountThem) {
   const int32_t code = codes::ErrorOfTexts;
   EXPECT_EQ(callsOf([&] { ACD_ERROR(&code, nullptr, nullptr, texts, nullptr, nullptr, 10); })[1],
             "AddError 41000300 ( \"first\" \"second one\" )");
+  // a zero byte ends its own text only; without a pointer or a length texts are empty and numbers 0, collected or not
+  const char zero[] = "one\0two   three     ";
+  EXPECT_EQ(callsOf([&] { ACD_ERROR(&code, nullptr, nullptr, zero, nullptr, nullptr, 10); })[1],
+            "AddError 41000300 ( \"one\" \"three\" )");
+  for (const int64_t length : {int64_t{0}, int64_t{-5}, std::numeric_limits<int64_t>::min()})
+    EXPECT_EQ(callsOf([&] { ACD_ERROR(&code, nullptr, nullptr, texts, nullptr, nullptr, length); })[1],
+              "AddError 41000300 ( \"\" \"\" )");
+  EXPECT_EQ(callsOf([] {
+              acd_error_c(codes::Error, nullptr, nullptr, nullptr, nullptr, nullptr);
+              acd_error_c(codes::ErrorOfTexts, nullptr, nullptr, nullptr, nullptr, nullptr);
+              acd_compatibility_diagnostic_c(3, nullptr), acd_status_xpl_c(5, 1003, nullptr);
+              acd_activestatus_xpl_c(nullptr);
+            }),
+            (Calls{"setErrorCode -2", "AddError 41000100 ( i0 i0 i0 r0 r0 nINST:-1000 )", "setErrorCode -2",
+                   "AddError 41000300 ( \"\" \"\" )", "AddCompatibilityDiagnostic 3 ( r0 r0 )",
+                   "Xpl AddXplStatus 5 3 INST 0 0", "Xpl SetActiveXplStatus 0 0"}));
   EXPECT_TRUE(recordingHost().lines.empty()); // nothing is printed without execution code
   EXPECT_TRUE(recordingHost().statuses.empty());
 }
@@ -239,11 +269,17 @@ TEST_F(Diagnostics, PrintedWhileTheExecutionCodeIsOne) {
   EXPECT_EQ(CLINES[16], 1);
   EXPECT_EQ(recordingHost().statuses.size(), 2u);
 
-  // without the print flag the status channel still hears of it
+  // without the print flag, which is 1 and nothing else, the status channel still hears of it
   recordingHost().lines.clear();
-  acd_warning_c(codes::Warning, nullptr, nullptr, strings, nullptr, kElement, 0);
+  for (int32_t print : {0, 2, -1, 256, 257})
+    acd_warning_c(codes::Warning, nullptr, nullptr, strings, nullptr, kElement, print);
   EXPECT_TRUE(recordingHost().lines.empty());
-  EXPECT_EQ(recordingHost().statuses.size(), 3u);
+  EXPECT_EQ(recordingHost().statuses.size(), 7u);
+  // element diagnostics are not printed; an execution code other than 1 prints nothing
+  acd_element_diagnostic_c(codes::Element, nullptr, nullptr, nullptr, nullptr, kElement, 1);
+  acd_set_execode_c(2), acd_error_c(codes::Error, kInts, kReals, nullptr, kNode, nullptr), acd_set_execode_c(1);
+  EXPECT_TRUE(recordingHost().lines.empty());
+  EXPECT_EQ(recordingHost().statuses.size(), 7u);
   // each solver has its own execution code
   acd_error_xpl_c(codes::Error, 0, kInts, kReals, nullptr, kNode, nullptr);
   EXPECT_TRUE(recordingHost().lines.empty());
@@ -262,10 +298,22 @@ TEST_F(Diagnostics, InternalErrorsAreRecordedAndPrinted) {
   EXPECT_EQ(printed(), (Calls{"***ERROR: AN INTERNAL ERROR HAS OCCURRED"}));
   ASSERT_EQ(recordingHost().statuses.size(), 1u);
   EXPECT_EQ(recordingHost().statuses[0].firstString, "An internal error has occurred");
+  // a message of any length arrives whole by either form
+  for (std::size_t length : {0, 1, 1023, 1024, 1025, 100000}) {
+    const std::string text(length, 'x'), whole = "AddInternalError " + text;
+    EXPECT_EQ(callsOf([&] {
+                ACD_ERROR_INTERNAL(text.data(), static_cast<int64_t>(length)), acd_error_internal_c(text.c_str());
+                ACD_ERROR_INTERNAL_XPL(text.data(), static_cast<int64_t>(length));
+              }),
+              (Calls{"setErrorCode -2", whole, "setErrorCode -2", whole, "setErrorCode -2", "Xpl " + whole}))
+        << length;
+  }
+  EXPECT_EQ(callsOf([] { ACD_ERROR_INTERNAL(nullptr, 5), acd_error_internal_c(nullptr); }),
+            (Calls{"setErrorCode -2", "AddInternalError ", "setErrorCode -2", "AddInternalError "}));
 }
 
 TEST_F(Diagnostics, CutbackNotesAreBrokenAtTheLastBlankThatFits) {
-  acd_cutback_diagnostic_c(2, 0);
+  acd_cutback_diagnostic_c(2, 0), acd_cutback_diagnostic_c(2, -1);
   EXPECT_TRUE(recordingHost().lines.empty());
   const int32_t two = 2, one = 1, three = 3;
   ACD_CUTBACK_DIAGNOSTIC(&two, &one);
@@ -274,8 +322,11 @@ TEST_F(Diagnostics, CutbackNotesAreBrokenAtTheLastBlankThatFits) {
   ACD_CUTBACK_DIAGNOSTIC(&three, &one);
   EXPECT_EQ(printed(), (Calls{" ", "***NOTE: THE SOLUTION FAILS TO CONVERGE IN THE MAXIMUM NUMBER OF EQUILIBRIUM ",
                               "         ITERATIONS ALLOWED."}));
-  EXPECT_EQ(recordingDiagnostics().calls,
-            (Calls{"AddCutbackDiagnostic 2", "AddCutbackDiagnostic 2", "AddCutbackDiagnostic 3"}));
+  EXPECT_EQ(recordingDiagnostics().calls, (Calls{"AddCutbackDiagnostic 2", "AddCutbackDiagnostic 2",
+                                                 "AddCutbackDiagnostic 2", "AddCutbackDiagnostic 3"}));
+  recordingHost().lines.clear();
+  for (int32_t outside : {0, 19, -1}) acd_cutback_diagnostic_c(outside, 1);
+  EXPECT_EQ(printed(), (Calls{" ", "***NOTE: ", " ", "***NOTE: ", " ", "***NOTE: "}));
 }
 
 TEST_F(Diagnostics, CountersOfTheHostAndPrintedLines) {

@@ -65,6 +65,21 @@ TEST_F(Distortion, EightMessagesOfACounterAndAllOfThemCounted) {
   EXPECT_EQ(counter, std::numeric_limits<int32_t>::max());
 }
 
+TEST_F(Distortion, ThreadsShareACounter) {
+  const std::vector<int32_t> elements(128, 2001);
+  const std::vector<double> flags(elements.size(), 1.0);
+  int32_t counter = 0;
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t)
+    threads.emplace_back([&] {
+      const auto n = static_cast<int32_t>(elements.size());
+      for (int call = 0; call < 1000; ++call) SPX_ERR_EXCESSROT(&n, &counter, elements.data(), flags.data());
+    });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(counter, 4 * 1000 * 128);
+  EXPECT_EQ(recorded(), 8);
+}
+
 TEST_F(Distortion, ElementsOfInstancesAreNamedByThem) {
   recordingDiagnostics().inParts = true;
   const int32_t elements[] = {2005, 9001}, n = 2;
@@ -160,6 +175,21 @@ TEST(ContinuumShell, ThinAndTurnedOverElementsAreMarked) {
     Shell thin;
     thin.t[3] = t;
     EXPECT_EQ(thin.marked(), t < 0.001) << t;
+  }
+  for (double Shell::*length : {&Shell::a, &Shell::b}) {
+    Shell unknown;
+    unknown.*length = kNaN;
+    EXPECT_TRUE(unknown.marked());
+  }
+  for (int corner = 0; corner < 4; ++corner) {
+    Shell unknown;
+    unknown.t[corner] = kNaN;
+    EXPECT_TRUE(unknown.marked()) << corner;
+  }
+  for (int c = 0; c < 24; ++c) {
+    Shell unknown;
+    unknown.X[c / 3][c % 3] = kNaN;
+    EXPECT_TRUE(unknown.marked()) << c;
   }
   // the top face turned over, about every axis of its plane
   for (double angle = 0; angle < 3.14; angle += 0.05)
