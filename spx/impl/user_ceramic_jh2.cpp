@@ -31,13 +31,17 @@ struct Jh2 : CeramicConstants {
     G = p[0], perG3 = 1.0 / (3.0 * G), A = p[1], B = p[2], C = p[3], M = p[4], N = p[5], perReferenceRate = 1.0 / p[6],
     T = p[7];
     largestFractured = p[8] > 0.0 ? p[8] : vm::kInfinity;
-    D1 = p[11], D2 = p[12], K1 = p[13], K2 = p[14], K3 = p[15], beta = p[16], deletionStrain = strainOrNone(p[17]);
+    D1 = p[11], D2 = p[12], K1 = p[13], perK1 = 1.0 / p[13], K2 = p[14], K3 = p[15], beta = p[16],
+    deletionStrain = strainOrNone(p[17]);
     // the elastic limit in uniaxial strain, HEL = P + 2/3 sHEL
     const double limit = p[9];
     const auto axial = [this](double mu) { return cubic(mu) + 4.0 / 3.0 * G * mu / (1.0 + mu); };
     elasticPressure = p[10] > 0.0 ? p[10] : cubic(solveIncreasing(limit, axial));
     perPressure = 1.0 / elasticPressure;
     elasticStrength = 1.5 * (limit - elasticPressure);
+  }
+  SA_INLINE bool isSudden(const Strength& s) const {
+    return 3.0 * G * vm::max(1e-30, s.failureStrain) <= s.intact - s.fractured;
   }
   SA_INLINE Strength strength(double p, double rateFactor) const {
     const double ratio = p * perPressure, shifted = (p + T) * perPressure, scale = elasticStrength * rateFactor;

@@ -44,15 +44,32 @@ struct Hjc : BrittleConstants {
     crushSlope = (lockPressure - crushPressure) / (denseFrom - crushStrain);
     stiffening = (K1 - elasticModulus) / (denseFrom - crushStrain);
   }
-  SA_INLINE Pressure pressure(double mu, double largestBefore) const {
-    const double largest = vm::max(largestBefore, mu), beyond = largest - crushStrain;
+  // The line of unloading from the largest mu so far: to zero pressure with a modulus.
+  struct Unloading {
+    double zero, modulus, top;
+    bool isDense;
+  };
+  SA_INLINE Unloading unloading(double largest) const {
+    const double beyond = largest - crushStrain;
     const double top = crushPressure + crushSlope * beyond, modulus = elasticModulus + stiffening * beyond;
-    const double dense = (mu - denseStrain) * perDense;
-    const double crushing = top - modulus * (largest - mu), full = vm::select(dense > 0.0, cubic(dense), K1 * dense);
     const bool isDense = largest > denseFrom, isElastic = largest <= crushStrain;
-    const double p = vm::select(isDense, full, vm::select(isElastic, elasticModulus * mu, crushing));
-    const double left = vm::select(isDense, denseStrain, vm::select(isElastic, 0.0, largest - top / modulus));
-    return {p, largest, left};
+    return {vm::select(isDense, denseStrain, vm::select(isElastic, 0.0, largest - top / modulus)),
+            vm::select(isDense, K1 * perDense, vm::select(isElastic, elasticModulus, modulus)), top, isDense};
+  }
+  SA_INLINE Pressure pressure(double mu, double largestBefore) const {
+    const double largest = vm::max(largestBefore, mu), dense = (mu - denseStrain) * perDense;
+    const Unloading u = unloading(largest);
+    const double full = vm::select(dense > 0.0, cubic(dense), K1 * dense);
+    const double crushing = vm::select(largest <= crushStrain, elasticModulus * mu, u.top - u.modulus * (largest - mu));
+    // the cubic leaves a little less than the last of the straight lines: no more than that is permanent on any way
+    return {vm::select(u.isDense, full, crushing), largest, vm::min(denseStrain, u.zero)};
+  }
+  SA_INLINE double recoverable(double mu, double largest, double limit) const {
+    const Unloading u = unloading(largest);
+    const double from = vm::max(mu, u.zero - limit / u.modulus), x = (from - u.zero) / (1.0 + u.zero);
+    const VolumeEnergy e = volumeEnergy(x);
+    return u.modulus * e.linear + vm::select(u.isDense & (x > 0.0), perDense * (K2 * e.square + K3 * e.cube), 0.0) +
+           limit * (1.0 / (1.0 + mu) - 1.0 / (1.0 + from));
   }
   SA_INLINE Strength strength(double p, double rateFactor) const {
     const double scale = fc * rateFactor, cohesion = scale * A, friction = scale * B * power(p * perStrength, N);

@@ -56,11 +56,11 @@ inline std::string_view nameOf(const char* text, int64_t length) {
   return {text, static_cast<std::size_t>(length > 0 ? length : 0)};
 }
 
-// ---- messages; the template may hold one %I, for `value`, and one %S, for the name of the material
+// ---- messages; the template may hold one %I, for `value`, one %S, for the name of the material, and a %R for each of `reals`
 
 // Writes an "Error" and ends the analysis; true, so that a check can return it.  The host may return from the end of the
 // analysis, so the caller leaves at once.
-bool refuse(const Block& block, std::string_view text, int32_t value = 0);
+bool refuse(const Block& block, std::string_view text, int32_t value = 0, const double* reals = nullptr);
 void warn(const Block& block, std::string_view text);
 
 // ---- checks: true when the analysis was ended
@@ -76,6 +76,9 @@ inline bool refuseProperties(const Block& block, int32_t needed, std::string_vie
 }
 // The first property of the list, numbered from 1, that is not a positive number.
 bool refuseValues(const Block& block, std::initializer_list<int32_t> positive);
+
+// A property that is greater than another, or either of them not a number.
+bool refuseAbove(const Block& block, int32_t smaller, int32_t larger, std::string_view text);
 
 // ---- tensors of one point, with the components that its elements have
 

@@ -27,6 +27,10 @@ struct Superelastic {
   double alpha, eD, eV, eTension, eCompression;
   double startAM, finishAM, startMA, finishMA; // uniaxial stresses
   double T0, slopeAM, slopeMA;
+  bool moves; // the ratio of bulk to shear modulus goes with xi
+  // work of the stress on one xi under a uniaxial stress s, in tension and compression: at the start of the transformation to
+  // austenite no more than a s + rising s^2, at the start of that to martensite no less than a s - falling s^2
+  double workTension, workCompression, risingTension, risingCompression, fallingTension, fallingCompression;
 
   static bool isRefused(const Block& b);
   explicit Superelastic(const Block& block) : kind(kindOf(block.name)) {
@@ -43,6 +47,28 @@ struct Superelastic {
     eV = p[13] < 0.0 ? 3.0 * alpha * eTension / (kRoot + alpha) : p[13];
     eD = (eTension - eV / 3.0) / kRoot;
     eCompression = kRoot * eD - eV / 3.0;
+    moves = vm::abs(dK * G - dG * K) > 1e-12 * G * K;
+    // what xi itself does to the moduli: s^2/2 d(1/E)
+    const auto change = [](double modulus, double dM, double sign, double at) {
+      return vm::max(0.0, sign * dM) / ((modulus + at * dM) * (modulus + at * dM));
+    };
+    const bool isWire = kind == Kind::uniaxial;
+    const double rising = isWire ? change(E, dE, -1, 1) : change(G, dG, -1, 1) / 3.0 + change(K, dK, -1, 1) / 9.0;
+    const double falling = isWire ? change(E, dE, 1, 0) : change(G, dG, 1, 0) / 3.0 + change(K, dK, 1, 0) / 9.0;
+    const double ratio = (kRoot + alpha) / (kRoot - alpha);
+    workTension = eTension, workCompression = ratio * eCompression;
+    risingTension = 0.5 * rising, risingCompression = ratio * ratio * risingTension;
+    fallingTension = 0.5 * falling, fallingCompression = ratio * ratio * fallingTension;
+  }
+  // What one xi gives back on its way to austenite, at best: its work at the start of that way; but no more than is spent on
+  // the way there.
+  SA_INLINE double storedPerXi(double temperature) const {
+    const double back = startMA + slopeMA * (temperature - T0), there = startAM + slopeAM * (temperature - T0);
+    const double given =
+        vm::max(back * (workTension + risingTension * back), back * (workCompression + risingCompression * back));
+    const double spent =
+        vm::min(there * (workTension - fallingTension * there), there * (workCompression - fallingCompression * there));
+    return vm::select(back > 0.0, vm::max(0.0, vm::min(given, spent)), 0.0);
   }
 };
 
@@ -86,8 +112,8 @@ SA_INLINE Fraction fallingRoot(double p, double q, double r) {
 
 SA_INLINE Fraction transform(const Norm& F, double xi, const Limits& l) {
   const double trial = F(xi);
-  const double fromAM = vm::max(l.startAM, l.beforeAM), widthAM = l.finishAM - fromAM;
-  const double fromMA = vm::min(l.startMA, l.beforeMA), widthMA = fromMA - l.finishMA;
+  const double fromAM = vm::max(l.startAM, l.beforeAM), widthAM = vm::max(0.0, l.finishAM - fromAM);
+  const double fromMA = vm::min(l.startMA, l.beforeMA), widthMA = vm::max(0.0, fromMA - l.finishMA);
   // how far F has gone beyond where each begins, and what is left to transform: one of the two at most is positive
   const double toM = vm::select(xi < 1.0, trial - fromAM, 0.0), toA = vm::select(xi > 0.0, fromMA - trial, 0.0);
   // to martensite, on the straight line from (F0, xi) to (finish, 1): (1 - x)(finish - F0) = (1 - xi)(finish - F(x));
@@ -97,7 +123,7 @@ SA_INLINE Fraction transform(const Norm& F, double xi, const Limits& l) {
   const double finish = vm::select(isToM, l.finishAM, l.finishMA), end = vm::select(isToM, 1.0, 0.0);
   const Fraction root = fallingRoot(weight * F.c2, weight * F.c1 - width, weight * (F.c0 - finish) + end * width);
   // what is left to the end of the line
-  const double atEnd = F(end) - finish, left = vm::min(width, vm::select(isToM, -atEnd, atEnd));
+  const double atEnd = F(end) - finish, left = vm::select(isToM, -atEnd, atEnd);
   const double x = vm::select(left > 0.0, vm::max(0.0, vm::min(1.0, root.xi)), end);
   const double slope = vm::select(left > 0.0, weight / root.perNorm, 0.0);
   const double moves = vm::max(toM, toA), spoiled = toM + toA; // a NaN moves nowhere, but is no state to stay in
@@ -105,8 +131,8 @@ SA_INLINE Fraction transform(const Norm& F, double xi, const Limits& l) {
   return {vm::select(moves > 0.0, x, stays), vm::select(moves > 0.0, slope, 0.0)};
 }
 
-// The place 0..1 on a straight path of strain where |e0 + t de| + q t is smallest, q = 3 alpha K dTheta/(2 G): before it F
-// falls, behind it F rises.  From c = e0:e0, a = e0:de, b = de:de.
+// The place 0..1 on a straight path of strain where |e0 + t de| + q t is smallest, q = (3 alpha K dTheta - C dT)/(2 G): before
+// it F falls to the limit that moves by C dT, behind it F rises.  From c = e0:e0, a = e0:de, b = de:de.
 SA_INLINE double smallestNorm(double a, double b, double c, double q) {
   const double determinant = vm::max(0.0, b * c - a * a), rest = b - q * q;
   const double u = -q * vm::sqrt(determinant / vm::select(rest > 0.0, rest, 1.0));
@@ -115,31 +141,35 @@ SA_INLINE double smallestNorm(double a, double b, double c, double q) {
   return vm::select((rest > 0.0) & (t > 0.0) & (t < 1.0), t, 0.0);
 }
 
-// ---- three dimensions
+// ---- three dimensions and plane stress
 
 // F at fixed total strain, N = |e|.
 SA_INLINE Norm normAt(const Superelastic& m, double N, double volume) {
   return normPart(2.0, m.G, m.dG, N, m.eD) + normPart(3.0 * m.alpha, m.K, m.dK, volume, m.eV);
 }
 
-// Total strain at the start, deviator and volume, from stress and transformation strain, so that initial stress has its strain
-// too.  F at the start comes from the strain, as at the end: where nothing moves, both are the same to the bit.
+// Where a point stands: total strain, deviator and volume, fraction and F.  The strain comes from stress and transformation
+// strain, so that initial stress has its strain too; F comes from the strain, as at the end: where nothing moves, both are the
+// same to the bit.
 template <class Storage>
-SA_INLINE Sym<Storage> deviatorAtStart(const Superelastic& m, double xi, const Sym<Storage>& stress,
-                                       const Sym<Storage>& change) {
-  return sum(deviator(change), 1.0 / (2.0 * (m.G + xi * m.dG)), deviator(stress));
-}
+struct Start {
+  Sym<Storage> e;
+  double volume, xi, norm;
+};
 template <class Storage>
-SA_INLINE double volumeAtStart(const Superelastic& m, double xi, const Sym<Storage>& stress,
-                               const Sym<Storage>& change) {
-  return trace(stress) / (3.0 * (m.K + xi * m.dK)) + trace(change);
+SA_INLINE Start<Storage> startOf(const Superelastic& m, double xi, const Sym<Storage>& stress,
+                                 const Sym<Storage>& change) {
+  const Sym<Storage> e = sum(deviator(change), 1.0 / (2.0 * (m.G + xi * m.dG)), deviator(stress));
+  const double volume = trace(stress) / (3.0 * (m.K + xi * m.dK)) + trace(change);
+  return {e, volume, xi, normAt(m, vm::sqrt(product(e, e)), volume)(xi)};
 }
 
 struct Response {
   double xi, shearFactor, pressure; // stress = shearFactor e + pressure 1
-  double acrossSlope;               // of the stress across with the strain across, for plane stress
   double changeFactor;              // deviator of the transformation strain = changeFactor e
   double norm;                      // F
+  double elasticEnergy;
+  double perNorm; // of xi with F
 };
 
 // Stress at total strain (e, volume).  Its direction is that of the strain deviator: s = 2 G (1 - eD xi/|e|) e.
@@ -150,12 +180,211 @@ SA_INLINE Response respond(const Superelastic& m, const Sym<Storage>& e, double 
   const Norm F = normAt(m, N, volume);
   const Fraction f = transform(F, xi0, limits);
   const double G2 = 2.0 * (m.G + f.xi * m.dG), K = m.K + f.xi * m.dK;
-  const double elastic = 1.0 - m.eD * f.xi * perN, elasticVolume = volume - m.eV * f.xi;
-  // d/d(strain across): of |e|, of the volume and, through F, of xi
-  const double dN = e.s33 * perN, dxi = f.perNorm * (G2 * dN + 3.0 * m.alpha * K);
-  const double slope = (2.0 * m.dG * dxi * elastic - G2 * m.eD * perN * (dxi - f.xi * dN * perN)) * e.s33 +
-                       G2 * elastic * (2.0 / 3.0) + m.dK * dxi * elasticVolume + K * (1.0 - m.eV * dxi);
-  return {f.xi, G2 * elastic, K * elasticVolume, slope, m.eD * f.xi * perN, F(f.xi)};
+  const double part = m.eD * f.xi * perN, elastic = 1.0 - part, elasticVolume = volume - m.eV * f.xi;
+  const double energy = 0.5 * (G2 * (elastic * N) * (elastic * N) + K * elasticVolume * elasticVolume);
+  return {f.xi, G2 * elastic, K * elasticVolume, part, F(f.xi), energy, f.perNorm};
+}
+
+// The points of a piece: where they stand, and the rest of their increment with its temperatures.
+template <class Storage>
+struct Points {
+  double e[6 * kScratchPoints], volume[kScratchPoints], xi[kScratchPoints], norm[kScratchPoints];
+  double strain[6 * kScratchPoints], tempOld[kScratchPoints], tempNew[kScratchPoints];
+  double part[kScratchPoints];   // of the rest, to go in one step
+  double across[kScratchPoints]; // strain across in that step, for plane stress
+  double slope[kScratchPoints];  // of the limit with temperature that F is compared with
+
+  SA_INLINE Start<Storage> start(int k) const {
+    return {loadTensor<Storage>(e, kScratchPoints, k), volume[k], xi[k], norm[k]};
+  }
+  SA_INLINE void setStart(int k, const Start<Storage>& s) {
+    storeTensor(e, kScratchPoints, k, s.e);
+    volume[k] = s.volume, xi[k] = s.xi, norm[k] = s.norm;
+  }
+  SA_INLINE Sym<Storage> rest(int k) const { return loadTensor<Storage>(strain, kScratchPoints, k); }
+  SA_INLINE double tempAt(int k, double share) const { return tempOld[k] + share * (tempNew[k] - tempOld[k]); }
+  SA_INLINE void take(int k, const Points& from, int place) {
+    setStart(k, from.start(place));
+    storeTensor(strain, kScratchPoints, k, from.rest(place));
+    tempOld[k] = from.tempOld[place], tempNew[k] = from.tempNew[place], slope[k] = from.slope[place];
+  }
+};
+
+// The elastic strain across of plane stress.
+template <class Storage>
+SA_INLINE double elasticAcross(const Superelastic& m, double xi, const Sym<Storage>& strain) {
+  const double G2 = 2.0 * (m.G + xi * m.dG), K3 = 3.0 * (m.K + xi * m.dK);
+  return -(K3 - G2) / (K3 + 2.0 * G2) * (strain.s11 + strain.s22);
+}
+
+// A share of the rest, with the strain across given in plane stress.
+template <bool kPlaneStress, class Storage>
+SA_INLINE Sym<Storage> shareOf(const Sym<Storage>& rest, double share, double across) {
+  Sym<Storage> inc = share * rest;
+  if constexpr (kPlaneStress) inc.s33 = across;
+  return inc;
+}
+
+// The strain across that leaves no stress there, to the round-off of the stress.  The stress rises with it; Newton's steps are
+// kept between bounds that hold for any fraction, and a step that does not halve the stress gives way to a bisection.
+constexpr int kAcrossSteps = 64;
+template <class Storage>
+SA_INLINE void solveAcross(const Superelastic& model, int count, Points<Storage>& points) {
+  const Superelastic m = model;
+  double low[kScratchPoints], high[kScratchPoints], last[kScratchPoints], best[kScratchPoints], runs[kScratchPoints];
+  forPoints(count, [=, &points, &low, &high, &last, &best, &runs](int k) SA_POINT {
+    const Start<Storage> s = points.start(k);
+    const Sym<Storage> inc = points.rest(k);
+    const double bound = 4.0 * (vm::sqrt(product(s.e, s.e)) + vm::abs(s.volume) + m.eD + vm::abs(m.eV) +
+                                points.part[k] * (vm::abs(inc.s11) + vm::abs(inc.s22) + vm::abs(inc.s12)));
+    low[k] = -bound;
+    high[k] = bound;
+    last[k] = vm::kInfinity;
+    best[k] = points.across[k];
+    runs[k] = 1.0;
+  });
+  double running = 1.0;
+  for (int step = 0; step < kAcrossSteps && running > 0.0; ++step) {
+    forPoints(count, [=, &points, &low, &high, &last, &best, &runs](int k) SA_POINT {
+      const double x = points.across[k], lowOld = low[k], highOld = high[k], lastOld = last[k], bestOld = best[k],
+                   ran = runs[k];
+      const Start<Storage> s = points.start(k);
+      const double share = points.part[k], temp0 = points.tempOld[k], temp1 = points.tempAt(k, share);
+      const Sym<Storage> inc = shareOf<true>(points.rest(k), share, x), e = sum(s.e, 1.0, deviator(inc));
+      const Response r = respond(m, e, s.volume + trace(inc), s.xi, limitsAt(m, s.norm, temp0, temp1));
+      const double value = r.shearFactor * e.s33 + r.pressure, size = vm::abs(value);
+      // d/d(strain across): of |e|, of the volume and, through F, of xi
+      const double N = vm::sqrt(product(e, e)), perN = 1.0 / vm::max(1e-100, N), dN = e.s33 * perN;
+      const double G2 = 2.0 * (m.G + r.xi * m.dG), K = m.K + r.xi * m.dK, elastic = 1.0 - r.changeFactor;
+      const double dxi = r.perNorm * (G2 * dN + 3.0 * m.alpha * K), volume = s.volume + trace(inc);
+      const double slope = (2.0 * m.dG * dxi * elastic - G2 * m.eD * perN * (dxi - r.xi * dN * perN)) * e.s33 +
+                           G2 * elastic * (2.0 / 3.0) + m.dK * dxi * (volume - m.eV * r.xi) + K * (1.0 - m.eV * dxi);
+      const double next = x - value / slope;
+      const double lower = vm::select(value < 0.0, x, lowOld), upper = vm::select(value > 0.0, x, highOld);
+      const bool isGood = (next >= lower) & (next <= upper) & (size <= 0.5 * lastOld);
+      const double tolerance = 1e-15 * (G2 * N + K * vm::abs(volume));
+      const bool isBest = size < lastOld, goes = (size > tolerance) & (upper - lower > 0.0) & (ran > 0.0);
+      points.across[k] = vm::select(goes, vm::select(isGood, next, 0.5 * (lower + upper)), x);
+      low[k] = lower;
+      high[k] = upper;
+      last[k] = vm::select(isBest, size, lastOld);
+      best[k] = vm::select(isBest, x, bestOld);
+      runs[k] = vm::select(goes, 1.0, 0.0);
+    });
+    running = 0.0;
+    for (int k = 0; k < count; ++k) running += runs[k];
+  }
+  forPoints(count, [=, &points, &best](int k) SA_POINT { points.across[k] = best[k]; });
+}
+
+// How F rises above its limit over the rest of the increment, at the fraction of the moment: at `points.part`, which is reached
+// with the strain across of `points`.  In plane stress with the strain across that keeps the stress there at zero.
+template <bool kPlaneStress, class Storage>
+SA_INLINE double riseOfNorm(const Superelastic& m, const Points<Storage>& points, int k) {
+  const double share = points.part[k],
+               tr0 = kPlaneStress ? points.rest(k).s11 + points.rest(k).s22 : trace(points.rest(k));
+  const Start<Storage> s = points.start(k);
+  const double temp0 = points.tempOld[k], temp1 = points.tempAt(k, share);
+  const Sym<Storage> inc = shareOf<kPlaneStress>(points.rest(k), share, points.across[k]);
+  const Sym<Storage> e = sum(s.e, 1.0, deviator(inc));
+  const Response r = respond(m, e, s.volume + trace(inc), s.xi, limitsAt(m, s.norm, temp0, temp1));
+  const double perN = 1.0 / vm::max(1e-100, vm::sqrt(product(e, e)));
+  const double G2 = 2.0 * (m.G + r.xi * m.dG), K = m.K + r.xi * m.dK;
+  Sym<Storage> rate = points.rest(k);
+  double across = 0.0, n1 = 0.0;
+  if constexpr (kPlaneStress) {
+    rate.s33 = 0.0;
+    n1 = e.s33 * perN;
+    const Sym<Storage> d = deviator(rate);
+    const double part = r.changeFactor, n0 = product(e, d) * perN;
+    across = -(G2 * ((1.0 - part) * d.s33 + part * n0 * n1) + K * tr0) /
+             (G2 * ((1.0 - part) * (2.0 / 3.0) + part * n1 * n1) + K);
+  }
+  const double dN = product(e, deviator(rate)) * perN + across * n1;
+  return G2 * dN + 3.0 * m.alpha * K * (tr0 + across) - points.slope[k] * (points.tempNew[k] - points.tempOld[k]);
+}
+
+// The share of the rest at which F turns from falling to rising, 0.0 where it does not.  While nothing transforms and the strain
+// keeps its direction the place is known; where it moves with the fraction (moduli in another ratio, temperature, the strain
+// across of plane stress) it is found by false position (Illinois) among those points alone.
+constexpr int kTurnSteps = 40;
+template <bool kPlaneStress, class Storage>
+SA_INLINE void searchTurn(const Superelastic& model, int count, Points<Storage>& points, double* turn) {
+  const Superelastic m = model;
+  double low[kScratchPoints], high[kScratchPoints], atLow[kScratchPoints], atHigh[kScratchPoints], side[kScratchPoints],
+      runs[kScratchPoints], guess[kScratchPoints];
+  const auto settle = [=, &points](int k, double share) SA_POINT { // where the strain across starts from
+    points.part[k] = share;
+    if constexpr (kPlaneStress) points.across[k] = share * elasticAcross(m, points.xi[k], points.rest(k));
+  };
+  forPoints(count, [=, &points](int k) SA_POINT { settle(k, 0.0); });
+  forPoints(count, [=, &points, &low, &high, &atLow, &atHigh, &side, &runs, &guess](int k) SA_POINT {
+    low[k] = 0.0;
+    atLow[k] = riseOfNorm<kPlaneStress>(m, points, k);
+    high[k] = atHigh[k] = 1.0;
+    side[k] = 0.0;
+    runs[k] = 1.0;
+    guess[k] = turn[k];
+    settle(k, 1.0);
+  });
+  double running = 1.0;
+  for (int step = 0; step < kTurnSteps && running > 0.0; ++step) {
+    const bool bisects = step % 4 == 3, isFirst = step == 0; // the first is the end of the way
+    if constexpr (kPlaneStress) solveAcross(m, count, points);
+    forPoints(count, [=, &points, &low, &high, &atLow, &atHigh, &side, &runs, &guess](int k) SA_POINT {
+      const double t = points.part[k], lower = low[k], upper = high[k], below = atLow[k], above = atHigh[k],
+                   last = side[k], known = guess[k];
+      const double value = riseOfNorm<kPlaneStress>(m, points, k);
+      const bool turns = (!isFirst) | ((below < 0.0) & (value > 0.0));
+      const bool isLow = value < 0.0, ran = (runs[k] > 0.0) & turns;
+      const double a = vm::select(isLow, t, lower), b = vm::select(isLow, upper, t);
+      const double fa = vm::select(isLow, value, below * vm::select(last < 0.0, 0.5, 1.0)),
+                   fb = vm::select(isLow, above * vm::select(last > 0.0, 0.5, 1.0), value);
+      const double secant = (a * fb - b * fa) / vm::select(fb > fa, fb - fa, 1e-300);
+      const double inside = vm::select(!bisects & (secant >= a) & (secant <= b), secant, 0.5 * (a + b));
+      const double next = vm::select(isFirst & (known > 0.0), known, inside);
+      const bool goes = ran & (vm::abs(next - t) > 1e-14) & (b - a > 1e-14) & (value != 0.0);
+      low[k] = vm::select(goes, a, lower);
+      high[k] = vm::select(goes, b, upper);
+      atLow[k] = vm::select(goes, fa, below);
+      atHigh[k] = vm::select(goes, fb, above);
+      side[k] = vm::select(isFirst, 0.0, vm::select(isLow, 1.0, -1.0));
+      runs[k] = vm::select(goes, 1.0, 0.0);
+      settle(k, vm::select(turns, vm::select(goes, next, t), 0.0));
+    });
+    running = 0.0;
+    for (int k = 0; k < count; ++k) running += runs[k];
+  }
+  forPoints(count, [=, &points](int k) SA_POINT { turn[k] = points.part[k]; });
+}
+
+template <bool kPlaneStress, class Storage>
+SA_INLINE void findTurn(const Superelastic& model, int length, Points<Storage>& points, double* turn, bool isThermal) {
+  const Superelastic m = model;
+  forPoints(length, [=, &points](int k) SA_POINT {
+    const double xi = points.xi[k];
+    Sym<Storage> strain = points.rest(k);
+    if constexpr (kPlaneStress) strain.s33 = elasticAcross(m, xi, strain);
+    const double G2 = 2.0 * (m.G + xi * m.dG), K3 = 3.0 * (m.K + xi * m.dK);
+    const Sym<Storage> e = points.start(k).e, de = deviator(strain);
+    const double q = (m.alpha * K3 * trace(strain) - points.slope[k] * (points.tempNew[k] - points.tempOld[k])) / G2;
+    turn[k] = smallestNorm(product(e, de), product(de, de), product(e, e), q);
+  });
+  if (!kPlaneStress && !m.moves && !isThermal) return;
+  int place[kScratchPoints], count = 0;
+  for (int k = 0; k < length; ++k) {
+    place[count] = k;
+    count += points.xi[k] > 0.0 ? 1 : 0;
+  }
+  if (count == 0) return;
+  Points<Storage> those;
+  double found[kScratchPoints];
+  for (int j = 0; j < count; ++j) {
+    those.take(j, points, place[j]);
+    found[j] = turn[place[j]];
+  }
+  searchTurn<kPlaneStress>(m, count, those, found);
+  for (int j = 0; j < count; ++j) turn[place[j]] = found[j];
 }
 
 // Where an increment starts.
@@ -163,82 +392,54 @@ struct Arrays {
   const double *stress, *state, *internal, *inelastic;
 };
 
-// Steps towards the strain across that leaves no stress there.  The stress rises with it, so that Newton's steps are kept
-// between the strains of either sign found so far.
-constexpr int kAcrossSteps = 16;
+template <class Storage>
+SA_INLINE void findStart(const Block& b, const Superelastic& model, const Arrays& from, int start, int length,
+                         Points<Storage>& points) {
+  const Superelastic m = model;
+  const int64_t n = b.points;
+  const double *stress = from.stress, *state = from.state;
+  forPoints(length, [=, &points](int k) SA_POINT {
+    const int i = start + k;
+    points.setStart(k, startOf(m, state[i], loadTensor<Storage>(stress, n, i), loadTensor<Storage>(state + n, n, i)));
+  });
+}
 
-// A share of the increment of each point of a piece, with its temperatures.
-struct Share {
-  double part[kScratchPoints], tempOld[kScratchPoints], tempNew[kScratchPoints], across[kScratchPoints];
-};
-
-// The first part of an increment leaves points that have none as they are, to the bit: then it may be left out where no point
-// of a piece has one.
+// One part of the increment.  The first parts leave points that have none as they are, to the bit: then they may be left out
+// where no point of a piece has one.
 template <bool kFirstPart, bool kPlaneStress, class Storage>
 SA_INLINE void advance(const Block& b, const Superelastic& model, const Arrays& from, int start, int length,
-                       Share& share) {
+                       Points<Storage>& points) {
   const Superelastic m = model;
   const int64_t n = b.points;
   [[maybe_unused]] const double perFactor = 1.0 / (kRoot + m.alpha);
-  const double *strainInc = b.strainInc, *density = b.density, *stressOld = from.stress, *stateOld = from.state,
-               *internalOld = from.internal, *inelasticOld = from.inelastic;
+  const double *density = b.density, *stressOld = from.stress, *stateOld = from.state, *internalOld = from.internal,
+               *inelasticOld = from.inelastic;
   double *stress = b.stress, *state = b.state, *internal = b.internal, *inelastic = b.inelastic;
+  if constexpr (kPlaneStress) solveAcross(m, length, points);
 
-  if constexpr (kPlaneStress) {
-    double low[kScratchPoints], high[kScratchPoints];
-    forPoints(length, [=, &low, &high](int k) SA_POINT {
-      low[k] = -vm::kInfinity;
-      high[k] = vm::kInfinity;
-    });
-    for (int step = 0; step < kAcrossSteps; ++step)
-      forPoints(length, [=, &low, &high, &share](int k) SA_POINT {
-        const int i = start + k;
-        const double x = share.across[k];
-        const double xi = stateOld[i];
-        const Sym<Storage> old = loadTensor<Storage>(stressOld, n, i), change = loadTensor<Storage>(stateOld + n, n, i);
-        const Sym<Storage> e0 = deviatorAtStart(m, xi, old, change);
-        const double volume = volumeAtStart(m, xi, old, change),
-                     norm = normAt(m, vm::sqrt(product(e0, e0)), volume)(xi);
-        Sym<Storage> inc = share.part[k] * loadTensor<Storage>(strainInc, n, i);
-        inc.s33 = x;
-        const Sym<Storage> e = sum(e0, 1.0, deviator(inc));
-        const Response r =
-            respond(m, e, volume + trace(inc), xi, limitsAt(m, norm, share.tempOld[k], share.tempNew[k]));
-        const double value = r.shearFactor * e.s33 + r.pressure, next = x - value / r.acrossSlope;
-        const double lower = vm::select(value < 0.0, x, low[k]), upper = vm::select(value > 0.0, x, high[k]);
-        low[k] = lower;
-        high[k] = upper;
-        // where a step leads astray: to the middle, or outward in growing steps while there is none
-        const double middle = 0.5 * (lower + upper), outward = x - vm::copysign(vm::max(0.01, 2.0 * vm::abs(x)), value);
-        const bool isInside = (next >= lower) & (next <= upper) & (vm::abs(next) < vm::kInfinity);
-        const double other = vm::select(vm::abs(middle) < vm::kInfinity, middle, outward);
-        share.across[k] = vm::select(isInside, next, other);
-      });
-  }
-
-  forPoints(length, [=, &share](int k) SA_POINT {
+  forPoints(length, [=, &points](int k) SA_POINT {
     const int i = start + k;
     const double intOld = internalOld[i], inelOld = inelasticOld[i], perDensity = 1.0 / density[i];
-    const Sym<Storage> old = loadTensor<Storage>(stressOld, n, i), change = loadTensor<Storage>(stateOld + n, n, i);
-    const double xi = stateOld[i], volume = volumeAtStart(m, xi, old, change);
-    const Sym<Storage> e0 = deviatorAtStart(m, xi, old, change);
-    const double norm = normAt(m, vm::sqrt(product(e0, e0)), volume)(xi);
-    Sym<Storage> inc = share.part[k] * loadTensor<Storage>(strainInc, n, i);
-    if constexpr (kPlaneStress) inc.s33 = share.across[k];
-    const Sym<Storage> e = sum(e0, 1.0, deviator(inc));
-    const Response r = respond(m, e, volume + trace(inc), xi, limitsAt(m, norm, share.tempOld[k], share.tempNew[k]));
-
+    const Sym<Storage> old = loadTensor<Storage>(stressOld, n, i);
+    [[maybe_unused]] const Sym<Storage> change = loadTensor<Storage>(stateOld + n, n, i);
+    const double share = points.part[k], temperature = points.tempAt(k, share);
+    const Start<Storage> s = points.start(k);
+    const double temp0 = points.tempOld[k];
+    const Sym<Storage> inc = shareOf<kPlaneStress>(points.rest(k), share, points.across[k]);
+    const Sym<Storage> e = sum(s.e, 1.0, deviator(inc));
+    const Response r = respond(m, e, s.volume + trace(inc), s.xi, limitsAt(m, s.norm, temp0, temperature));
     Sym<Storage> now = sum(r.shearFactor * e, r.pressure);
     if constexpr (kPlaneStress) now.s33 = 0.0;
     const Sym<Storage> changeNow = sum(r.changeFactor * e, r.xi * (m.eV * (1.0 / 3.0)));
-    const Sym<Storage> mean = 0.5 * sum(old, 1.0, now);
-    const double internalNow = intOld + product(mean, inc) * perDensity;
-    const double inelasticNow = inelOld + product(mean, sum(changeNow, -1.0, change)) * perDensity;
+    // lost is what the stress has worked and the point can not give back
+    const double internalNow = intOld + 0.5 * (product(old, inc) + product(now, inc)) * perDensity;
+    const double stored = r.elasticEnergy + r.xi * m.storedPerXi(temperature);
+    const double inelasticNow = vm::max(inelOld, internalNow - stored * perDensity);
     if constexpr (kFirstPart) {
-      const bool moves = share.part[k] > 0.0;
+      const bool moves = share > 0.0;
       internal[i] = vm::select(moves, internalNow, intOld);
       inelastic[i] = vm::select(moves, inelasticNow, inelOld);
-      state[i] = vm::select(moves, r.xi, xi);
+      state[i] = vm::select(moves, r.xi, points.xi[k]);
       storeTensor(stress, n, i, select(moves, now, old));
       storeTensor(state + n, n, i, select(moves, changeNow, change));
     } else {
@@ -256,50 +457,74 @@ SA_INLINE void advance(const Block& b, const Superelastic& model, const Arrays& 
   });
 }
 
+// The parts of an increment, in the order in which F turns against the two limits; they turn together where both move with
+// temperature alike.
 template <bool kPlaneStress, class Storage>
 SA_INLINE void superelastic(const Block& b, const Superelastic& model) {
-  const Superelastic m = model;
   const int64_t n = b.points;
-  const double *strainInc = b.strainInc, *tempOld = b.tempOld, *tempNew = b.tempNew, *stressOld = b.stressOld,
-               *stateOld = b.stateOld;
-  forPieces(b.points, [=, &b, &model](int start, int length) SA_POINT {
-    Share share;
-    double across[kScratchPoints];
-    // an increment that leads through the smallest F is taken in two
-    forPoints(length, [=, &share, &across](int k) SA_POINT {
-      const int i = start + k;
-      const double xi = stateOld[i], temp0 = tempOld[i], temp1 = tempNew[i];
-      const Sym<Storage> e0 =
-          deviatorAtStart(m, xi, loadTensor<Storage>(stressOld, n, i), loadTensor<Storage>(stateOld + n, n, i));
-      Sym<Storage> strain = loadTensor<Storage>(strainInc, n, i);
-      const double G2 = 2.0 * (m.G + xi * m.dG), K3 = 3.0 * (m.K + xi * m.dK);
-      // plane stress: with the strain across of an elastic increment
-      if constexpr (kPlaneStress) strain.s33 = -(K3 - G2) / (K3 + 2.0 * G2) * (strain.s11 + strain.s22);
-      const Sym<Storage> de = deviator(strain);
-      const double t =
-          smallestNorm(product(e0, de), product(de, de), product(e0, e0), m.alpha * K3 * trace(strain) / G2);
-      const double middle = temp0 + t * (temp1 - temp0);
-      share.part[k] = t;
-      share.tempOld[k] = temp0;
-      share.tempNew[k] = middle;
-      share.across[k] = t * strain.s33;
-      across[k] = strain.s33;
-    });
-    double turns = 0.0;
-    for (int k = 0; k < length; ++k) turns += share.part[k] > 0.0 ? 1.0 : 0.0;
+  forPieces(b.points, [n, &b, &model](int start, int length) SA_POINT {
+    const Superelastic m = model;
+    const double factor = kRoot + m.alpha, slopeAM = factor * m.slopeAM, slopeMA = factor * m.slopeMA;
+    const double *strainInc = b.strainInc, *tempOld = b.tempOld, *tempNew = b.tempNew;
+    Points<Storage> points;
+    double turn[kScratchPoints], second[kScratchPoints] = {};
     Arrays from{b.stressOld, b.stateOld, b.internalOld, b.inelasticOld};
-    if (turns > 0.0) {
-      advance<true, kPlaneStress, Storage>(b, model, from, start, length, share);
-      from = {b.stress, b.state, b.internal, b.inelastic}; // the second part goes on from there
-    }
-    forPoints(length, [=, &share, &across](int k) SA_POINT {
-      const double rest = 1.0 - share.part[k], middle = share.tempNew[k], end = tempNew[start + k];
-      share.part[k] = rest;
-      share.tempOld[k] = middle;
-      share.tempNew[k] = end;
-      share.across[k] = rest * across[k];
+    double heated = 0.0;
+    for (int k = 0; k < length; ++k) heated += tempNew[start + k] != tempOld[start + k] ? 1.0 : 0.0;
+    const bool isThermal = heated > 0.0 && (m.slopeAM != 0.0 || m.slopeMA != 0.0),
+               turnsTwice = isThermal && slopeAM != slopeMA;
+
+    forPoints(length, [=, &points](int k) SA_POINT {
+      const int i = start + k;
+      storeTensor(points.strain, kScratchPoints, k, loadTensor<Storage>(strainInc, n, i));
+      points.tempOld[k] = tempOld[i];
+      points.tempNew[k] = tempNew[i];
+      points.slope[k] = slopeMA;
     });
-    advance<false, kPlaneStress, Storage>(b, model, from, start, length, share);
+    findStart(b, m, from, start, length, points);
+    // where limits move with temperature in two ways, both turns are looked for: the nearer comes first, and then the other is
+    // looked for again
+    for (int round = 0; round < (turnsTwice ? 3 : 1); ++round) {
+      double found[kScratchPoints];
+      findTurn<kPlaneStress>(m, length, points, found, isThermal);
+      if (round == 0 && turnsTwice) {
+        for (int k = 0; k < length; ++k) second[k] = found[k], points.slope[k] = slopeAM;
+        continue;
+      }
+      for (int k = 0; k < length; ++k) {
+        const double a = second[k], c = found[k];
+        if (round == 0) {
+          turn[k] = c;
+        } else if (round == 1) {
+          const bool isOther = c > 0.0 && (a <= 0.0 || c < a);
+          turn[k] = isOther ? c : a;
+          second[k] = a > 0.0 && c > 0.0 && a != c ? 1.0 : 0.0;
+          points.slope[k] = isOther ? slopeMA : slopeAM;
+        } else {
+          turn[k] = a > 0.0 ? c : 0.0;
+        }
+      }
+      double turns = 0.0;
+      for (int k = 0; k < length; ++k) turns += turn[k] > 0.0 ? 1.0 : 0.0;
+      if (!(turns > 0.0)) continue;
+      forPoints(length, [=, &points, &turn](int k) SA_POINT {
+        points.part[k] = turn[k];
+        if constexpr (kPlaneStress) points.across[k] = turn[k] * elasticAcross(m, points.xi[k], points.rest(k));
+      });
+      advance<true, kPlaneStress>(b, m, from, start, length, points);
+      from = {b.stress, b.state, b.internal, b.inelastic}; // the next part goes on from there
+      forPoints(length, [=, &points, &turn](int k) SA_POINT {
+        const double temperature = points.tempAt(k, turn[k]);
+        storeTensor(points.strain, kScratchPoints, k, (1.0 - turn[k]) * points.rest(k));
+        points.tempOld[k] = temperature;
+      });
+      findStart(b, m, from, start, length, points);
+    }
+    forPoints(length, [=, &points](int k) SA_POINT {
+      points.part[k] = 1.0;
+      if constexpr (kPlaneStress) points.across[k] = elasticAcross(m, points.xi[k], points.rest(k));
+    });
+    advance<false, kPlaneStress>(b, m, from, start, length, points);
   });
   keepStates(b, Superelastic::kStates);
 }
@@ -351,9 +576,11 @@ SA_INLINE void uniaxial(const Block& b, const Superelastic& model) {
     const double tempMiddle = temp0 + t * (temp1 - temp0);
     const UniaxialState middle = advance(m, start, t * strain, temp0, tempMiddle);
     const UniaxialState end = advance(m, middle, (1.0 - t) * strain, tempMiddle, temp1);
-    const double changeMiddle = transformation(m, middle), changeEnd = transformation(m, end);
+    const double changeEnd = transformation(m, end);
     const double first = 0.5 * (old + middle.stress), second = 0.5 * (middle.stress + end.stress);
     double work = first * (t * strain) + second * ((1.0 - t) * strain);
+    const double elasticStrain = end.strain - transformation(m, end);
+    double stored = 0.5 * end.stress * elasticStrain + end.xi * m.storedPerXi(temp1);
 
     stress[i] = end.stress;
     if constexpr (kHasShear) {
@@ -361,6 +588,7 @@ SA_INLINE void uniaxial(const Block& b, const Superelastic& model) {
       const double oldShear = stressOld[i + n], shear = strainInc[i + n];
       const double elastic = oldShear / (m.G + xi * m.dG) + 2.0 * shear, newShear = (m.G + end.xi * m.dG) * elastic;
       work += (oldShear + newShear) * shear;
+      stored += 0.5 * newShear * elastic;
       stress[i + n] = newShear;
     }
     const double lateral = 0.5 * (m.eV * end.xi - changeEnd);
@@ -372,8 +600,10 @@ SA_INLINE void uniaxial(const Block& b, const Superelastic& model) {
     state[i + 5 * n] = 0.0;
     state[i + 6 * n] = 0.0;
     state[i + kEquivalentStress * n] = uniaxialNorm(m, end.strain).norm(end.xi) / (kRoot + m.alpha);
-    internal[i] = intOld + work * perDensity;
-    inelastic[i] = inelOld + (first * (changeMiddle - change) + second * (changeEnd - changeMiddle)) * perDensity;
+    const double internalNow = intOld + work * perDensity;
+    internal[i] = internalNow;
+    // lost is what the stress has worked and the point can not give back
+    inelastic[i] = vm::max(inelOld, internalNow - stored * perDensity);
   });
   keepStates(b, Superelastic::kStates);
 }
@@ -418,6 +648,16 @@ SA_INLINE void planeStressElasticAnswer(const Block& b, const Superelastic& m) {
 
 bool isPoissonsRatio(double nu) { return nu > -1.0 && nu < 0.5; }
 
+// Beyond, martensite in compression would be longer than austenite.
+bool refuseRatio(const Block& b) {
+  const double given[] = {b.props[13], b.props[4]};
+  return !(given[0] < 1.5 * given[1]) &&
+         refuse(b,
+                "The volume change of material %S, property 14, must be less than 1.5 times its transformation "
+                "strain, property 5: they are %R and %R.",
+                0, given);
+}
+
 bool Superelastic::isRefused(const Block& b) {
   const Kind kind = kindOf(b.name);
   if (kind == Kind::unknown)
@@ -442,7 +682,20 @@ bool Superelastic::isRefused(const Block& b) {
                       "in the input file.") ||
          refuseValues(b, {1, 3, 5, 6}) ||
          refuseUnless(b, isPoissonsRatio(b.props[1]) && isPoissonsRatio(b.props[3]),
-                      "Poisson's ratios of material %S, properties 2 and 4, must lie between -1 and 0.5.");
+                      "Poisson's ratios of material %S, properties 2 and 4, must lie between -1 and 0.5.") ||
+         refuseAbove(b, 6, 7,
+                     "The start of the transformation to martensite of material %S, property 6, must not be greater "
+                     "than its finish, property 7: they are %R and %R.") ||
+         refuseAbove(b, 9, 8,
+                     "The finish of the transformation to austenite of material %S, property 9, must not be greater "
+                     "than its start, property 8: they are %R and %R.") ||
+         refuseAbove(b, 9, 6,
+                     "The finish of the transformation to austenite of material %S, property 9, must not be greater "
+                     "than the start of that to martensite, property 6: they are %R and %R.") ||
+         refuseAbove(b, 8, 7,
+                     "The start of the transformation to austenite of material %S, property 8, must not be greater "
+                     "than the finish of that to martensite, property 7: they are %R and %R.") ||
+         refuseRatio(b);
 }
 
 SA_INLINE void compute(const Block& b, const Superelastic& m) {

@@ -161,6 +161,23 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
        "Pl of material %S, property 13, must be greater than its Pc, property 11."},
       {"TVK_SUPER_ELASTIC_N3D", 3, 3, 8, with(kAlloy, {{4, .5}}),
        "Poisson's ratios of material %S, properties 2 and 4, must lie between -1 and 0.5."},
+      {"TVK_SUPER_ELASTIC_N3D", 3, 3, 8, with(kAlloy, {{7, 500e6}}),
+       "The start of the transformation to martensite of material %S, property 6, must not be greater than its finish, "
+       "property 7: they are 5.20000E+08 and 5.00000E+08."},
+      {"TVK_SUPER_ELASTIC_N2D", 3, 1, 8, with(kAlloy, {{9, 310e6}}),
+       "The finish of the transformation to austenite of material %S, property 9, must not be greater than its start, "
+       "property 8: they are 3.10000E+08 and 3.00000E+08."},
+      {"TVK_SUPER_ELASTIC_N1D", 1, 0, 8, with(kAlloy, {{8, 550e6}, {9, 530e6}}),
+       "The finish of the transformation to austenite of material %S, property 9, must not be greater than the start "
+       "of "
+       "that to martensite, property 6: they are 5.30000E+08 and 5.20000E+08."},
+      {"TVK_SUPER_ELASTIC_N3D", 3, 3, 8, with(kAlloy, {{8, 650e6}}),
+       "The start of the transformation to austenite of material %S, property 8, must not be greater than the finish "
+       "of "
+       "that to martensite, property 7: they are 6.50000E+08 and 6.00000E+08."},
+      {"TVK_SUPER_ELASTIC_N3D", 3, 3, 8, with(kAlloy, {{14, .2}}),
+       "The volume change of material %S, property 14, must be less than 1.5 times its transformation strain, property "
+       "5: they are 2.00000E-01 and 7.50000E-02."},
       {"TVK_JHB", 1, 1, 0, {}, jhb + "only supports 3D and plane strain elements."},
       {"TVK_JHB", 3, 3, 3, {}, jhb + "requires the " + shown, "4"},
       {"TVK_HJC_CONCRETE", 2, 1, 0, {}, "Subroutine VUMAT for  " + hjc + "only supports 3D and plane strain elements."},
@@ -248,6 +265,9 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
       {"TVK_MOLDED_PLASTIC", 3, 3, 14, with(plastic(), {{22, 0}, {23, -1}}),
        "The values of the ductile failure strains, eps_T+ and eps_T-, must be greater than zero"},
       {"TVK_MOLDED_PLASTIC", 3, 3, 14, with(plastic(), {{23, 20}}),
+       rated + "ductile" + inTerms + "increasing strain rates"},
+      // neither increasing nor positive
+      {"TVK_MOLDED_PLASTIC", 3, 3, 14, with(plastic(), {{23, -1}, {26, -2}}),
        rated + "ductile" + inTerms + "increasing strain rates"},
       {"TVK_MOLDED_PLASTIC", 3, 3, 14, with(plastic(), {{23, -1}}),
        rated + "ductile" + inTerms + "possitive strain rates"},

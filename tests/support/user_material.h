@@ -1,0 +1,176 @@
+// A block of points of a built-in user material that is led along a path of strain, and published sets of constants.
+#pragma once
+
+#include "spx.h"
+
+#include <array>
+#include <cmath>
+#include <string>
+#include <vector>
+
+namespace sharedanalysis::test {
+
+using Strain = std::array<double, 6>;
+inline const double kRoot = std::sqrt(2.0 / 3.0);
+
+// A block of like points that is led along a path of strain.  Only the volume ratio counts of the deformation gradient.
+struct UserMaterial {
+  std::string name;
+  std::vector<double> props;
+  int states, ndir = 3, nshr = 3, n = 1;
+  double dt = 1, time = 0, rho = 2500, temperature = 300;
+  bool massStays = false; // the density follows the volume, else it stays
+  std::vector<double> stress, state, internal, inelastic, volume;
+
+  UserMaterial(std::string key, std::vector<double> properties, int stateCount, int direct = 3, int shear = 3,
+               int points = 1)
+      : name(std::move(key)), props(std::move(properties)), states(stateCount), ndir(direct), nshr(shear), n(points) {
+    name.resize(80, ' ');
+    stress.resize(n * (ndir + nshr)), state.resize(n * states), internal.resize(n), inelastic.resize(n);
+    volume.assign(n, 1.0);
+  }
+  // An increment of all points, or of each its own.
+  void step(const Strain& inc) { stepAll(std::vector<Strain>(n, inc)); }
+  void stepAll(const std::vector<Strain>& increments, double newTemperature = 300) {
+    const int comps = ndir + nshr, zero = 0, props32 = static_cast<int>(props.size());
+    std::vector<double> strain(n * comps), F(n * (ndir + 2 * nshr)), density(n), told(n, temperature),
+        tnew(n, newTemperature);
+    const auto oldStress = stress, oldState = state, oldInternal = internal, oldInelastic = inelastic;
+    for (int i = 0; i < n; ++i) {
+      for (int c = 0; c < comps; ++c) strain[c * n + i] = increments[i][c];
+      volume[i] *= std::exp(increments[i][0] + increments[i][1] + increments[i][2]);
+      F[i] = volume[i];
+      for (int c = 1; c < ndir; ++c) F[c * n + i] = 1;
+      density[i] = massStays ? rho / volume[i] : rho;
+    }
+    time += dt;
+    SPX_USR_BUILTINVUMAT(&zero, &n, &ndir, &nshr, &states, &zero, &props32, &zero, &time, &time, &dt, name.data(),
+                         nullptr, nullptr, props.data(), density.data(), strain.data(), nullptr, told.data(), nullptr,
+                         nullptr, nullptr, oldStress.data(), oldState.data(), oldInternal.data(), oldInelastic.data(),
+                         tnew.data(), nullptr, F.data(), nullptr, stress.data(), state.data(), internal.data(),
+                         inelastic.data(), 80);
+    temperature = newTemperature;
+  }
+  void steps(Strain total, int count) {
+    for (double& x : total) x /= count;
+    for (int k = 0; k < count; ++k) step(total);
+  }
+  // To the compression mu in equal parts of the logarithmic strain.
+  void compress(double mu, int count = 1) {
+    const double e = -std::log((1 + mu) * volume[0]) / 3;
+    steps({e, e, e, 0, 0, 0}, count);
+  }
+  double pressure(int i = 0) const { return -(stress[i] + stress[i + n] + stress[i + 2 * n]) / 3; }
+  double mises(int i = 0) const {
+    double sum = 0;
+    for (int c = 0; c < 3; ++c) sum += std::pow(stress[c * n + i] + pressure(i), 2);
+    for (int c = 3; c < 3 + nshr; ++c) sum += 2 * stress[c * n + i] * stress[c * n + i];
+    return std::sqrt(1.5 * sum);
+  }
+  double at(int variable) const { return state[(variable - 1) * n]; }
+};
+// Shear that takes any strength to its limit.
+inline void shear(UserMaterial& m, double amount) { m.step({0, 0, 0, amount, 0, 0}); }
+
+constexpr double MPa = 1e6, GPa = 1e9;
+// T. J. Holmquist, G. R. Johnson, W. H. Cook (1993), 48 MPa
+inline std::vector<double> concrete(double mulMeaning = 0) {
+  return {14.86 * GPa, .79,       1.60, .007, .61, 48 * MPa, 4 * MPa,    1,         .01, 7,         16 * MPa,
+          .001,        .80 * GPa, .10,  .04,  1,   85 * GPa, -171 * GPa, 208 * GPa, 0,   mulMeaning};
+}
+inline UserMaterial hjc(std::vector<double> props) { return {"TVK_HJC_CONCRETE", std::move(props), 5}; }
+
+// D. S. Cronin et al., 4th European LS users' conference (2003), in GPa
+struct Ceramic {
+  const char* name;
+  double G, A, B, C, M, N, T, sfmax, HEL, PHEL, D1, D2, K1, K2, K3, mu, strength;
+  double intact[4], fractured[3], failureStrain[4];
+  std::vector<double> props(double rate0 = 1) const {
+    return {G * GPa,   A,          B,  C,  M,        N,        rate0,    T * GPa, sfmax,
+            HEL * GPa, PHEL * GPa, D1, D2, K1 * GPa, K2 * GPa, K3 * GPa, 1,       0};
+  }
+};
+inline const Ceramic kCeramics[] = {{"boron carbide",
+                                     197,
+                                     .927,
+                                     .70,
+                                     .005,
+                                     .85,
+                                     .67,
+                                     .26,
+                                     .2,
+                                     19,
+                                     8.71,
+                                     .001,
+                                     .5,
+                                     233,
+                                     -593,
+                                     2800,
+                                     .04079,
+                                     15.435,
+                                     {.08817, .60571, .94545, 1.48964},
+                                     {.2, .2, .2},
+                                     {.000173, .000728, .001015, .001425}},
+                                    {"alumina",
+                                     90.16,
+                                     .93,
+                                     .31,
+                                     0,
+                                     .6,
+                                     .6,
+                                     .2,
+                                     0,
+                                     2.79,
+                                     1.46,
+                                     .005,
+                                     1,
+                                     130.95,
+                                     0,
+                                     0,
+                                     .01117,
+                                     1.995,
+                                     {.28216, .70951, 1.00447, 1.46678},
+                                     {.20452, .31, .46987},
+                                     {.000685, .003185, .005685, .010685}},
+                                    {"float glass",
+                                     30.4,
+                                     .93,
+                                     .088,
+                                     .003,
+                                     .35,
+                                     .77,
+                                     .15,
+                                     .5,
+                                     5.95,
+                                     2.92,
+                                     .053,
+                                     .85,
+                                     45.4,
+                                     -138,
+                                     290,
+                                     .08079,
+                                     4.545,
+                                     {.09456, .58802, .96657, 1.61717},
+                                     {.06904, .088, .11216},
+                                     {.00425, .031952, .055305, .097614}}};
+inline UserMaterial jh2(std::vector<double> props) { return {"TVK_JH2", std::move(props), 4}; }
+
+// Silicon carbide, T. J. Holmquist, G. R. Johnson, J. Appl. Phys. 97 (2005) 093502
+inline std::vector<double> siliconCarbide() {
+  return {193 * GPa, 1.5 * GPa, 4.92 * GPa, 12.2 * GPa, .5 * GPa,  .2 * GPa, .2 * GPa, .009, 1e30, .75 * GPa,
+          .16,       1,         0,          220 * GPa,  361 * GPa, 0,        1,        0,    0,    0};
+}
+inline UserMaterial jhb(std::vector<double> props) { return {"TVK_JHB", std::move(props), 4}; }
+
+// F. Auricchio, R. L. Taylor (1997): E 60000, nu .3, plateaus 520 to 600 and 300 to 200, alpha .15; MPa
+inline std::vector<double> nitinol(double alpha = .15, double EM = 60000) {
+  const double compression = 520 * (kRoot + alpha) / (kRoot - alpha);
+  return {60000, .3, EM, .3, .075, 520, 600, 300, 200, compression, 300, 0, 0, -1};
+}
+inline UserMaterial wire(std::vector<double> props) { return {"TVK_SUPER_ELASTIC_N1D", std::move(props), 8, 1, 0}; }
+inline UserMaterial sheet(std::vector<double> props) { return {"TVK_SUPER_ELASTIC_N2D", std::move(props), 8, 3, 1}; }
+inline UserMaterial solid(std::vector<double> props, int shears = 3) {
+  return {"TVK_SUPER_ELASTIC_N3D", std::move(props), 8, 3, shears};
+}
+
+} // namespace sharedanalysis::test
