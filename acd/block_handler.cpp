@@ -2,12 +2,12 @@
 #include "acd_block_handler.h"
 
 #include "acd.h"
-#include "acd/diagnostics.h"
+#include "acd/recording.h"
 #include "acd/succeeds.h"
 #include "dia_MetadataTable.h"
 #include "dmpC_CommContainer.h"
-#include "glo/kernel.h"
-#include "glo/thread_slot.h"
+#include "glo/kernel/kernel.h"
+#include "glo/frame/thread_slot.h"
 
 #include <cstring>
 #include <new>

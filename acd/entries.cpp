@@ -1,13 +1,13 @@
 // The entries of the diagnostics: each in its lower-case form and as the upper-case twin that calls it.
 #include "acd.h"
-#include "acd/diagnostics.h"
+#include "acd/recording.h"
 #include "acd/succeeds.h"
 #include "acd_block_handler.h"
 #include "bcu_ResourceMonitor.h"
 #include "dia_MetadataTable.h"
 #include "dxt_DiagnosticExtractor.h"
 #include "dxt_DiagnosticExtractorXpl.h"
-#include "glo/kernel.h"
+#include "glo/kernel/kernel.h"
 #include "host_services.h"
 #include "message_template.h"
 

@@ -1,7 +1,7 @@
 // Start and stop of the diagnostics.
 #include "acd.h"
-#include "acd/diagnostics.h"
-#include "glo/kernel.h"
+#include "acd/recording.h"
+#include "glo/kernel/kernel.h"
 #include "use_counter.h"
 
 static sharedanalysis::host::UseCounter uses;

@@ -3,7 +3,7 @@
 
 #include "acd.h"
 #include "acd/succeeds.h"
-#include "glo/kernel.h"
+#include "glo/kernel/kernel.h"
 #include "host_services.h"
 
 namespace sa::acd {

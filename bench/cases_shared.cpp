@@ -1,8 +1,8 @@
 // Tensors, vector mathematics, data movement and sorts.
 #include "bench_case.h"
 #include "glo.h"
-#include "glo/kernel.h"
-#include "glo/vmath.h"
+#include "glo/kernel/kernel.h"
+#include "glo/kernel/vmath.h"
 #include "peer_kernels.h"
 #include "plain_kernels.h"
 

@@ -1,6 +1,6 @@
 // Element updates of the explicit solver: whole increments of the twisting column, everything included, on one and two
 // threads in turn.
-#include "analysis.h"
+#include "solver/analysis/analysis.h"
 #include "glo.h"
 #include "tests/solver/models.h"
 

@@ -25,7 +25,9 @@ endif()
 
 file(GLOB_RECURSE SA_LIBRARY_SOURCES CONFIGURE_DEPENDS
   ${CMAKE_SOURCE_DIR}/glo/*.cpp ${CMAKE_SOURCE_DIR}/acd/*.cpp ${CMAKE_SOURCE_DIR}/spx/impl/*.cpp)
-file(GLOB_RECURSE SA_HEADERS CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/include/*.h)
+# What a user includes, and the parts that these include in turn, one a family.
+file(GLOB SA_HEADERS CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/include/*.h)
+file(GLOB SA_HEADER_PARTS CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/include/*/*.h)
 # In a folder of their own: names like glo.h belong to nobody in one that all share.
 set(SA_INSTALL_HEADERS ${CMAKE_INSTALL_INCLUDEDIR}/sharedanalysis)
 set(SA_VERSION_SCRIPT ${CMAKE_BINARY_DIR}/SharedAnalysis.map)

@@ -1,14 +1,16 @@
 // Reads the public headers, which are the registry of the interface, checks them and derives lists from them.
 //
 //   sa_interface check HEADERS...            holds declarations, argument lines and contents against each other
+//   sa_interface table PAGE HEADERS...       holds a page's table of families against the headers; --write brings it up to date
 //   sa_interface version-script HEADERS...   the linker's version script
 //   sa_interface registry HEADERS...         a C++ table of all routines and arguments
 //   sa_interface symbols LIB HEADERS...      holds the exported symbols of a library against the headers
 //   sa_interface exported LIB                the exported symbols of a library with their versions, sorted
 //   sa_interface keeps LIB LIST              whether a library still exports all of such a list
 //
-// A header that begins with "/** @file" declares routines with C linkage.  Any other declares classes: their members are
-// exported, and the specialisations of templates that it declares with default visibility.
+// A header that begins with "/** @file" declares routines with C linkage, itself or in parts: the headers of a family each
+// that it includes from a folder of its own.  Any other declares classes: their members are exported, and the
+// specialisations of templates that it declares with default visibility.
 //
 // Findings go to standard error as file:line; the exit code is 0 only when there are none.
 #include <cxxabi.h>
@@ -18,6 +20,7 @@
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <map>
@@ -52,21 +55,28 @@ struct Routine {
   std::vector<Argument> arguments;
 };
 
+// One line of the contents: "part  title  what it holds  count", without the part in a header that has none.
 struct ContentsEntry {
-  std::string title;
+  std::string part, title;
   int count = 0, line = 0;
 };
 
 struct Section {
-  std::string title;
+  std::string file, title;
   int line = 0, count = 0;
+};
+
+// A header of a family, as the table of families shows it.
+struct Part {
+  std::string file, family;
 };
 
 struct Header {
   std::string file;
   int contentsLine = 0;
   std::vector<ContentsEntry> contents;
-  std::vector<Section> sections;
+  std::vector<Section> sections; // of the parts too, in order
+  std::vector<Part> parts;
 };
 
 int findings = 0;
@@ -158,7 +168,20 @@ std::optional<ArgumentLine> parseArgumentLine(const std::string& file, int numbe
   return result;
 }
 
-// Contents of a file comment: from the line CONTENTS on, "title   what it holds   count".
+// Fields that two or more blanks separate.
+std::vector<std::string> fields(const std::string& text) {
+  std::vector<std::string> result;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t end = std::min(text.find("  ", at), text.size());
+    result.push_back(text.substr(at, end - at));
+    at = std::min(text.find_first_not_of(' ', end), text.size());
+  }
+  return result;
+}
+
+std::string fileName(const std::string& file) { return std::filesystem::path(file).filename().string(); }
+
+// Contents of a file comment: from the line CONTENTS on, an entry a line.
 void parseContents(Header& header, const std::vector<std::string>& lines, int first) {
   bool inside = false;
   for (std::size_t i = 0; i < lines.size(); ++i) {
@@ -168,11 +191,14 @@ void parseContents(Header& header, const std::vector<std::string>& lines, int fi
       inside = true;
       header.contentsLine = number;
     } else if (inside && !text.empty()) {
-      const std::size_t titleEnd = text.find("  "), countStart = text.find_last_of(' ');
-      if (titleEnd == std::string::npos || !isNumber(text.substr(countStart + 1))) {
+      std::vector<std::string> entry = fields(text);
+      const std::string part = entry[0].ends_with(".h") ? entry[0] : "";
+      if (!part.empty()) entry.erase(entry.begin());
+      const std::string count = text.substr(text.find_last_of(' ') + 1);
+      if (entry.size() < 2 || !isNumber(count)) {
         report(header.file, number, "contents: no count at the end of the line");
       } else {
-        header.contents.push_back({text.substr(0, titleEnd), std::stoi(text.substr(countStart + 1)), number});
+        header.contents.push_back({part, entry[0], std::stoi(count), number});
       }
     }
   }
@@ -216,8 +242,33 @@ bool parseDeclaration(Routine& routine, const std::string& text) {
   return true;
 }
 
-// Walks through one header: preprocessor lines are skipped, a doc comment belongs to the declaration that follows it, a
-// comment that begins with dashes opens a section.
+std::string textOf(const std::string& file) {
+  std::ifstream stream(file);
+  if (!stream) throw std::runtime_error("cannot read " + file);
+  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+Header readHeader(const std::string& file, const std::string& text, std::vector<Routine>& routines);
+
+// A part: '#include "folder/family.h"', beside the header that includes it.
+void readPart(Header& header, const std::string& directive, std::vector<Routine>& routines) {
+  const std::size_t open = directive.find('"'), close = directive.rfind('"');
+  if (!startsWith(directive, "#include") || open == close) return;
+  const std::string file =
+      (std::filesystem::path(header.file).parent_path() / directive.substr(open + 1, close - open - 1)).string();
+  const std::string text = textOf(file);
+  const Header part = readHeader(file, text, routines);
+  // The family is what the file comment says in its second line.
+  const std::vector<std::string> lines = commentLines(text.substr(0, text.find("*/")));
+  std::string family = lines.size() > 1 ? trim(lines[1]) : "";
+  if (family.ends_with('.')) family.pop_back();
+  header.parts.push_back({file, family});
+  if (header.parts.back().family.empty()) report(file, 2, "no line that names the family");
+  header.sections.insert(header.sections.end(), part.sections.begin(), part.sections.end());
+}
+
+// Walks through one header: of the preprocessor's lines those that include parts count, a doc comment belongs to the
+// declaration that follows it, a comment that begins with dashes opens a section.
 Header readHeader(const std::string& file, const std::string& text, std::vector<Routine>& routines) {
   Header header;
   header.file = file;
@@ -233,8 +284,9 @@ Header readHeader(const std::string& file, const std::string& text, std::vector<
     if (isBlank(text[at])) {
       advance(at + 1);
     } else if (text[at] == '#') {
-      const std::size_t end = text.find('\n', at);
-      advance(end == std::string::npos ? text.size() : end);
+      const std::size_t end = std::min(text.find('\n', at), text.size());
+      readPart(header, text.substr(at, end - at), routines);
+      advance(end);
     } else if (text.compare(at, 2, "/*") == 0) {
       const std::size_t end = text.find("*/", at + 2);
       if (end == std::string::npos) throw std::runtime_error(file + ": a comment does not end");
@@ -243,7 +295,7 @@ Header readHeader(const std::string& file, const std::string& text, std::vector<
       if (startsWith(body, "/** @file")) {
         parseContents(header, lines, line);
       } else if (startsWith(body, "/* ---")) {
-        header.sections.push_back({lines.size() > 1 ? trim(lines[1]) : "", line + 1, 0});
+        header.sections.push_back({file, lines.size() > 1 ? trim(lines[1]) : "", line + 1, 0});
       } else if (startsWith(body, "/**")) {
         if (!comment.empty()) report(file, commentLine, "a comment without declaration");
         comment = body;
@@ -292,12 +344,6 @@ struct Interface {
   std::vector<ClassHeader> classHeaders;
 };
 
-std::string textOf(const std::string& file) {
-  std::ifstream stream(file);
-  if (!stream) throw std::runtime_error("cannot read " + file);
-  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
-
 ClassHeader readClassHeader(const std::string& file, const std::string& text) {
   ClassHeader header{file, {}, {}};
   const std::string visible = "__attribute__((visibility(\"default\")))";
@@ -318,11 +364,12 @@ ClassHeader readClassHeader(const std::string& file, const std::string& text) {
   return header;
 }
 
-// The line for an argument: the routine's own, else that of the routine it is like, and so on.
+// The line for an argument: the routine's own, else that of the routine it is like, or of the one that this is like.  No
+// further: a reader has to follow with the eyes.
 const ArgumentLine* findLine(const std::map<std::string, const Routine*>& byName, const Routine& routine,
                              const std::string& argument) {
-  std::set<std::string> seen;
-  for (const Routine* r = &routine; r != nullptr && seen.insert(r->name).second;) {
+  const Routine* r = &routine;
+  for (int hops = 0; hops <= 2 && r != nullptr; ++hops) {
     for (const ArgumentLine& line : r->lines)
       if (line.name == argument) return &line;
     const auto next = byName.find(r->like);
@@ -349,7 +396,8 @@ Interface readInterface(const std::vector<std::string>& files) {
     for (Argument& argument : routine.arguments) {
       argument.described = findLine(byName, routine, argument.name);
       if (argument.described == nullptr)
-        report(routine.file, routine.line, routine.name + ": no line for argument " + argument.name);
+        report(routine.file, routine.line,
+               routine.name + ": no line for argument " + argument.name + ", here or within two @like");
     }
   }
   return result;
@@ -417,7 +465,7 @@ void checkContents(const Header& header) {
   const std::size_t n = std::max(header.contents.size(), header.sections.size());
   for (std::size_t i = 0; i < n; ++i) {
     if (i >= header.contents.size()) {
-      report(header.file, header.sections[i].line,
+      report(header.sections[i].file, header.sections[i].line,
              "section \"" + header.sections[i].title + "\" is not in the contents");
     } else if (i >= header.sections.size()) {
       report(header.file, header.contents[i].line, "no section \"" + header.contents[i].title + "\"");
@@ -426,8 +474,10 @@ void checkContents(const Header& header) {
       const Section& section = header.sections[i];
       // The contents may shorten a title at a word.
       const bool same = startsWith(section.title + " ", entry.title + " ");
-      if (!same) {
-        report(header.file, entry.line, "contents: \"" + entry.title + "\", section: \"" + section.title + "\"");
+      const bool isPart = section.file != header.file;
+      if (!same || entry.part != (isPart ? fileName(section.file) : "")) {
+        report(header.file, entry.line,
+               "contents: \"" + entry.title + "\", section: \"" + section.title + "\" of " + fileName(section.file));
       } else if (entry.count != section.count) {
         report(header.file, entry.line,
                "contents: \"" + entry.title + "\" has " + std::to_string(section.count) + " routines, not " +
@@ -452,6 +502,37 @@ void check(const Interface& interface) {
     for (const Argument& argument : routine.arguments)
       if (argument.described != nullptr) checkArgument(routine, argument, names);
   }
+}
+
+// ---- the table of families in a page: rows between two marks, one a part of the headers
+
+std::string familyRows(const Interface& interface) {
+  std::ostringstream rows;
+  rows << "| header | what it declares | routines |\n|---|---|---|\n";
+  for (const Header& header : interface.headers) {
+    const std::string folder = std::filesystem::path(header.file).parent_path().filename().string();
+    for (const Part& part : header.parts) {
+      int count = 0;
+      for (const Section& section : header.sections) count += section.file == part.file ? section.count : 0;
+      const std::string name =
+          std::filesystem::path(part.file).parent_path().filename().string() + "/" + fileName(part.file);
+      rows << "| [`" << name << "`](" << folder << "/" << name << ") | " << part.family << " | " << count << " |\n";
+    }
+  }
+  return rows.str();
+}
+
+void compareTable(const std::string& page, const Interface& interface, bool isWritten) {
+  const std::string begin = "<!-- families -->\n", end = "<!-- end of families -->";
+  const std::string text = textOf(page);
+  const std::size_t first = text.find(begin), last = text.find(end);
+  if (first == std::string::npos || last == std::string::npos)
+    return report(page, 1, "no marks of a table of families");
+  const std::string wanted = text.substr(0, first + begin.size()) + familyRows(interface) + text.substr(last);
+  if (wanted == text) return;
+  if (!isWritten) return report(page, 1, "the table of families is out of date: sa_interface table --write");
+  std::ofstream stream(page);
+  if (!(stream << wanted).flush()) throw std::runtime_error("cannot write " + page);
 }
 
 void writeVersionScript(const Interface& interface) {
@@ -574,7 +655,8 @@ void checkKept(const std::string& library, const std::string& list) {
   if (findings == 0) std::cout << "keeps: " << number << " of " << symbols.size() << " symbols listed, all exported\n";
 }
 
-int run(const std::vector<std::string>& words) {
+int run(std::vector<std::string> words) {
+  const bool isWritten = std::erase(words, "--write") > 0;
   const std::string command = words.empty() ? "" : words[0];
   if (command == "exported" && words.size() == 2) {
     writeExported(words[1]);
@@ -584,13 +666,14 @@ int run(const std::vector<std::string>& words) {
     checkKept(words[1], words[2]);
     return findings == 0 ? 0 : 1;
   }
-  const std::size_t firstHeader = command == "symbols" ? 2 : 1;
-  const bool known = command == "check" || command == "version-script" || command == "registry" || command == "symbols";
-  if (!known || words.size() <= firstHeader) {
+  const std::size_t firstHeader = command == "symbols" || command == "table" ? 2 : 1;
+  static const std::set<std::string> kCommands = {"check", "version-script", "registry", "symbols", "table"};
+  if (kCommands.count(command) == 0 || words.size() <= firstHeader) {
     std::cerr << "usage: sa_interface check|version-script|registry HEADERS...\n"
                  "       sa_interface symbols LIB HEADERS...\n"
                  "       sa_interface exported LIB\n"
-                 "       sa_interface keeps LIB LIST\n";
+                 "       sa_interface keeps LIB LIST\n"
+                 "       sa_interface table PAGE HEADERS... [--write]\n";
     return 2;
   }
   const Interface interface = readInterface({words.begin() + static_cast<std::ptrdiff_t>(firstHeader), words.end()});
@@ -599,6 +682,7 @@ int run(const std::vector<std::string>& words) {
   if (findings == 0 && command == "version-script") writeVersionScript(interface);
   if (findings == 0 && command == "registry") writeRegistry(interface);
   if (command == "symbols") compareSymbols(words[1], interface);
+  if (command == "table") compareTable(words[1], interface, isWritten);
   if (findings == 0 && (command == "check" || command == "symbols"))
     std::cout << command << ": " << interface.routines.size() << " routines\n";
   return findings == 0 ? 0 : 1;

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The constants of glo/vmath.h: minimax polynomials and constants split in parts, printed as C++.
+"""The constants of glo/kernel/vmath.h: minimax polynomials and constants split in parts, printed as C++.
 
 Each polynomial p of degree n - 1 minimises the largest |weight (p - target)| on its interval.  The weights make that the
 relative error of the function's result.  Remez's exchange in 60 digits; coefficients rounded to double at the end.

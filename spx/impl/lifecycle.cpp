@@ -1,5 +1,5 @@
 // Start and stop of the explicit kernels.
-#include "glo/kernel.h"
+#include "glo/kernel/kernel.h"
 #include "spx.h"
 #include "use_counter.h"
 

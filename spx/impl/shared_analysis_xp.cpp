@@ -1,7 +1,7 @@
 // Start and stop of the whole library.
 #include "acd.h"
 #include "glo.h"
-#include "glo/kernel.h"
+#include "glo/kernel/kernel.h"
 #include "host_services.h"
 #include "spx.h"
 #include "use_counter.h"

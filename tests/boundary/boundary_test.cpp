@@ -109,10 +109,11 @@ TEST(InterfaceTool, FindsEverySlipOfAHeader) {
        {"SLIP_MISSING: no line for argument y", "SLIP_EXTRA has no argument z", "argument x: [in] without const",
         "argument y: [out] with const", "argument n: passed by value, yet [out]",
         "the shape uses m+1, which is no other argument", "SLIP_CIRCLE_A: no line for argument x",
-        "is like the unknown SLIP_NOBODY", "unknown command @parma", "argument line: no (shape)",
-        "argument line: the direction is none of", "a second line for x", "unit \"entity of H\" names no argument",
-        "unit \"block\" belongs to an int32_t", "contents: \"Wrong count\" has 1 routines, not 2",
-        "contents: \"Wrong title\", section: \"Other title\"", "SLIP_NO_COMMENT has no comment"})
+        "SLIP_FAR: no line for argument n", "is like the unknown SLIP_NOBODY", "unknown command @parma",
+        "argument line: no (shape)", "argument line: the direction is none of", "a second line for x",
+        "unit \"entity of H\" names no argument", "unit \"block\" belongs to an int32_t",
+        "contents: \"Wrong count\" has 1 routines, not 2", "contents: \"Wrong title\", section: \"Other title\"",
+        "SLIP_NO_COMMENT has no comment"})
     EXPECT_NE(text.find(finding), std::string::npos) << finding << "\n" << text;
   // Each finding names its place.
   for (const std::string& line : output.lines) EXPECT_NE(line.find("slips.h:"), std::string::npos) << line;

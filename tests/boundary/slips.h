@@ -2,7 +2,7 @@
  *  A header with one slip in each place that the interface tool looks at.
  *
  *  CONTENTS
- *    Lines                              SLIP_...                                              13
+ *    Lines                              SLIP_...                                              17
  *    Wrong count                        SLIP_...                                               2
  *    Wrong title                        SLIP_...                                               1
  */
@@ -57,6 +57,24 @@ void SLIP_CIRCLE_B(const double* x);
  *  @like SLIP_NOBODY
  */
 void SLIP_LIKE(void);
+
+/** A line that is three hops away, and one that is two.
+ *  @like SLIP_NEAR
+ */
+void SLIP_FAR(const int32_t* n, const double* y);
+/** On the way.
+ *  @like SLIP_OUTPUT_OF_BLOCK
+ */
+void SLIP_NEAR(const int32_t* n);
+/** The lines of both.
+ *  @like SLIP_BLOCK_LENGTH
+ *  @param[in] y  (1), -: second
+ */
+void SLIP_OUTPUT_OF_BLOCK(const int32_t* n, const double* y);
+/** The first line.
+ *  @param[in] n  (1), block: first
+ */
+void SLIP_BLOCK_LENGTH(const int32_t* n);
 
 /** A misspelt command.
  *  @parma[in] x  (1), -: first

@@ -1,5 +1,5 @@
 // One kernel as it should be and two that are slow without any other sign.
-#include "glo/kernel.h"
+#include "glo/kernel/kernel.h"
 
 namespace sa {
 

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <thread>
 
-#include "glo/arithmetic.h"
+#include "glo/kernel/arithmetic.h"
 
 void FAULTY_WRITES_PAST_END(const int32_t* n, const double* x, double* y) {
   for (int i = 0; i < *n; i += 8)

@@ -1,7 +1,7 @@
 // Files of the tests: a directory of its own for each test, meshes as text, and a case that others are made from.
 #pragma once
 
-#include "models.h"
+#include "tests/solver/models.h"
 
 #include <cstdlib>
 #include <filesystem>

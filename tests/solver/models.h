@@ -1,7 +1,7 @@
 // Models made in code: boxes of bricks and the materials of the tests.
 #pragma once
 
-#include "analysis.h"
+#include "solver/analysis/analysis.h"
 #include "tests/support/random.h"
 
 #include <array>

@@ -1,0 +1,77 @@
+// Principal values and directions to machine precision, waiting in a scratch for a last, vectorised pass.
+#pragma once
+
+#include "glo/tensors/jacobi.h"
+#include "glo/kernel/kernel.h"
+#include "glo/kernel/vmath.h"
+
+namespace sa {
+
+// Diagonalises what load(i) leaves in the scratch `w` for the n points of a piece; done.a11, a22, a33 times done.back are the
+// values and done.v[3*b + a] component a of direction b of point i of the piece.
+template <bool kDirections, class Load>
+SA_INLINE void diagonalise(int n, JacobiScratch<kDirections>& w, JacobiScratch<kDirections>& done, Load load) {
+  jacobi<PreciseRotation>(n, w, load, [&done](int count, const int* finished, auto& from) SA_POINT {
+    for (int j = 0; j < count; ++j) done.place[j] = from.place[finished[j]];
+    const auto keep = [&](const double* source, double* target) SA_POINT {
+      for (int j = 0; j < count; ++j) target[done.place[j]] = source[finished[j]];
+    };
+    keep(from.a11, done.a11), keep(from.a22, done.a22), keep(from.a33, done.a33);
+    if constexpr (kDirections)
+      for (int d = 0; d < 9; ++d) keep(from.v[d], done.v[d]);
+  });
+  forPoints(n, [&w, &done](int i) SA_POINT { done.back[i] = w.back[i]; });
+}
+
+// Brings the values to the scale of their tensors.
+template <bool kDirections>
+SA_INLINE void unscale(int n, JacobiScratch<kDirections>& done) {
+  forPoints(n, [&done](int i) SA_POINT {
+    done.a11[i] *= done.back[i];
+    done.a22[i] *= done.back[i];
+    done.a33[i] *= done.back[i];
+  });
+}
+
+// diagonalise for tensors that may be near the identity: there the values are those of S - 1, whose direct components are exact
+// differences, so that they keep the digits that 1 + small loses.  The value itself is shift + done.a11 times done.back and so
+// on.
+template <bool kDirections, class Load>
+SA_INLINE void diagonaliseAboutOne(int n, JacobiScratch<kDirections>& w, JacobiScratch<kDirections>& done,
+                                   double (&shift)[kScratchPoints], Load load) {
+  diagonalise(n, w, done, [=, &w, &shift](int i) SA_POINT {
+    load(i);
+    const auto isNear = [](double x) SA_POINT { return x > 0.5 && x < 2.0; };
+    const bool nearby = isNear(w.a11[i]) && isNear(w.a22[i]) && isNear(w.a33[i]) && __builtin_fabs(w.a12[i]) < 0.25 &&
+                        __builtin_fabs(w.a23[i]) < 0.25 && __builtin_fabs(w.a13[i]) < 0.25;
+    const double s = nearby ? 1.0 : 0.0;
+    shift[i] = s;
+    w.a11[i] -= s;
+    w.a22[i] -= s;
+    w.a33[i] -= s;
+  });
+}
+
+// ln(shift + x), where a shift of 1 keeps the digits of x: the logarithm of the rounded sum, and what the rounding has lost.
+// x is at the scale of its tensor.
+SA_INLINE double logAboutOne(double x, double shift) {
+  const bool shifted = shift != 0.0;
+  const double u = shifted ? 1.0 + x : x, lost = shifted ? x - (u - 1.0) : 0.0;
+  return u > 0.0 ? vm::log(u) + lost / u : vm::kNaN;
+}
+
+// The symmetric tensor with the values f1, f2, f3 in the directions of point i, to point k of a block array T.
+SA_INLINE void compose(const JacobiScratch<true>& done, int i, double f1, double f2, double f3, double* T, int64_t n,
+                       int k) {
+  const double x1 = done.v[0][i], y1 = done.v[1][i], z1 = done.v[2][i];
+  const double x2 = done.v[3][i], y2 = done.v[4][i], z2 = done.v[5][i];
+  const double x3 = done.v[6][i], y3 = done.v[7][i], z3 = done.v[8][i];
+  T[k] = f1 * x1 * x1 + f2 * x2 * x2 + f3 * x3 * x3;
+  T[k + n] = f1 * y1 * y1 + f2 * y2 * y2 + f3 * y3 * y3;
+  T[k + 2 * n] = f1 * z1 * z1 + f2 * z2 * z2 + f3 * z3 * z3;
+  T[k + 3 * n] = f1 * x1 * y1 + f2 * x2 * y2 + f3 * x3 * y3;
+  T[k + 4 * n] = f1 * y1 * z1 + f2 * y2 * z2 + f3 * y3 * z3;
+  T[k + 5 * n] = f1 * x1 * z1 + f2 * x2 * z2 + f3 * x3 * z3;
+}
+
+} // namespace sa

@@ -1,0 +1,77 @@
+// The explicit analysis: central differences over blocks of bricks, on any number of ranks and threads with the same bits.
+#pragma once
+
+#include "solver/model/model.h"
+
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace sharedanalysis::solver {
+
+struct Energies {
+  double kinetic = 0, strain = 0, hourglass = 0, viscous = 0;
+  double damage = 0; // taken by softening, and held by bricks when they failed
+  double external = 0;
+  // total - external is constant in an exact integration
+  double total() const { return kinetic + strain + hourglass + viscous + damage; }
+  double balance() const { return total() - external; }
+  // As results have them.
+  std::array<double, 7> values() const { return {kinetic, strain, hourglass, viscous, damage, external, total()}; }
+};
+
+struct Progress {
+  double time = 0, stableIncrement = 0;
+  int64_t increment = 0;
+};
+
+// Fields at an output time, in the numbering of the mesh; spans stay valid until the next step.
+struct Fields {
+  std::span<const double> displacement, velocity, reaction; // (3, nodes)
+  std::span<const double> stress;                           // (6, elements), S33, component fastest
+  std::span<const double> strainEnergy, mask;               // (elements); J/m3 of undeformed volume, 0 or 1
+};
+
+// Stopped: a kernel reported data that it cannot go on with, and ended the analysis.
+enum class Ending { Running, Complete, Distorted, IncrementCollapsed, NotFinite, Killed, Stopped };
+
+class Analysis {
+public:
+  // Checks the model against the mesh: inverted or zero-volume bricks and unknown groups throw InputError.
+  Analysis(const Mesh& mesh, const Case& definition, int threads);
+  ~Analysis();
+  Analysis(const Analysis&) = delete;
+  Analysis& operator=(const Analysis&) = delete;
+
+  // Advances until `time` (the last increments are cut so that it is met exactly) or until the analysis ends early.
+  // Afterwards displacement, stress and energies belong to the same time.  Stops after so many increments all the same; going on
+  // towards the same time then makes the same increments.
+  Ending advanceTo(double time, int64_t increments = std::numeric_limits<int64_t>::max());
+
+  // Called after every increment, on every rank, with its size; throws nothing.
+  void setObserver(std::function<void(const Progress&, double)> observer);
+
+  // Brings what results are made of to the root.  Energies, momenta and fields do so by themselves: every rank calls this, or
+  // the first of them, at the same times.  Energies are known to every rank afterwards, momenta and fields to the root.
+  void collect();
+
+  Progress progress() const;
+  Energies energies() const;
+  std::array<double, 3> linearMomentum() const;
+  std::array<double, 3> angularMomentum() const; // about the origin
+  Fields fields() const;
+  int64_t elementUpdates() const; // bricks times increments, for rates
+  // After Distorted: the mesh numbers of the bricks that were masked in the last increment, of all ranks.
+  const std::vector<int64_t>& distortedElements() const;
+  const std::vector<int64_t>& ownDistortedElements() const; // those that this rank speaks for
+
+private:
+  struct Data;
+  std::unique_ptr<Data> data_;
+};
+
+} // namespace sharedanalysis::solver

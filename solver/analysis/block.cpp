@@ -1,0 +1,140 @@
+#include "solver/analysis/block.h"
+
+#include "solver/analysis/block_kernels.h"
+#include "glo.h"
+#include "spx.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace sharedanalysis::solver {
+namespace {
+
+// Leading dimension of block arrays: not a multiple of 512 bytes, where dozens of columns would share a few cache ways.
+constexpr int leadingDimension(int n) { return (n + 7) / 8 * 8 + 8; }
+constexpr int kLargest = leadingDimension(kBlockLength);
+
+constexpr int32_t kThree = 3, kUnread = 0;
+
+} // namespace
+
+BlockWork::BlockWork()
+    : x(24 * kLargest), velocity(24 * kLargest), B(24 * kLargest), gamma(32 * kLargest), hgdiag(kLargest),
+      hgstiff(kLargest), vol(kLargest), rvol(kLargest), work(24 * kLargest), F(9 * kLargest), cofactors(9 * kLargest),
+      b(6 * kLargest), V(6 * kLargest), bound(kLargest), bulk(kLargest), force(24 * kLargest), ratio(kLargest),
+      rate(kLargest), power(kLargest), failureStrain(kLargest) {}
+
+Block::Block(std::span<const int32_t> bricks, const Numbering& numbering, const Material& material,
+             const Case& definition, const Domain& domain)
+    : n_(static_cast<int32_t>(bricks.size())), ld_(leadingDimension(n_)), bricks_(bricks.begin(), bricks.end()),
+      gatherMap_(8 * ld_), assemblyMap_(8 * n_), B0_(24 * ld_), gamma0_(32 * ld_), V0_(ld_), mass_(n_), hourglass_(n_),
+      shear_(n_, material.shearModulus()), density_(n_, material.density), material_(&material), points_(material, n_),
+      stress_(6 * n_), mask_(ld_), viscousStress_(n_), viscousEnergy_(n_), omega_(n_), failed_(n_), lostEnergy_(n_) {
+  for (int32_t e = 0; e < ld_; ++e)
+    for (int corner = 0; corner < 8; ++corner) {
+      // places behind the last brick repeat it, so that one gather fills the whole array
+      const int32_t brick = bricks_[std::min(e, n_ - 1)];
+      const int32_t node = numbering.connectivity[8 * static_cast<size_t>(brick) + corner];
+      gatherMap_[corner * ld_ + e] = node + 1;
+      if (e < n_) assemblyMap_[8 * e + corner] = domain.place(node) + 1;
+    }
+  std::fill(hourglass_.begin(), hourglass_.end(), definition.hourglassCoefficient);
+}
+
+void Block::setReference(const std::vector<double>& X, BlockWork& w) {
+  const int32_t points = 8 * ld_;
+  std::fill(mask_.begin(), mask_.end(), 0.0);
+  GLO_UTI_GENGATHERR(&points, &kThree, &kThree, &kUnread, gatherMap_.data(), w.x.data(), X.data());
+  SPX_OPE_C3D8ROPER2(&n_, &ld_, w.x.data(), B0_.data(), w.hgdiag.data(), w.hgstiff.data(), V0_.data(), w.rvol.data(),
+                     gamma0_.data(), mask_.data());
+  for (int32_t e = 0; e < n_; ++e) {
+    mass_[e] = density_[e] * V0_[e];
+    hourglass_[e] *= shear_[e] * w.hgstiff[e] / 16.0;
+  }
+}
+
+// b = F F' and its root, the left stretch.
+void Block::stretch(const std::vector<double>& x, BlockWork& w) const {
+  const int32_t points = 8 * ld_;
+  GLO_UTI_GENGATHERR(&points, &kThree, &kThree, &kUnread, gatherMap_.data(), w.x.data(), x.data());
+  deformationGradient(n_, ld_, w.x.data(), B0_.data(), w.F.data(), w.cofactors.data(), w.b.data());
+  GLO_UTI_SQRTV(&n_, w.b.data(), w.V.data());
+}
+
+Block::Outcome Block::evaluate(const std::vector<double>& x, const std::vector<double>& v, double lastIncrement,
+                               const Case& definition, BlockWork& w, double* f) {
+  const int32_t points = 8 * ld_, corners = 8 * n_;
+  stretch(x, w);
+  GLO_UTI_GENGATHERR(&points, &kThree, &kThree, &kUnread, gatherMap_.data(), w.velocity.data(), v.data());
+  SPX_OPE_C3D8ROPER2(&n_, &ld_, w.x.data(), w.B.data(), w.hgdiag.data(), w.hgstiff.data(), w.vol.data(), w.rvol.data(),
+                     w.gamma.data(), mask_.data());
+  points_.respond(w.V.data(), w.F.data(), lastIncrement, stress_.data(), w.bound.data(), w.bulk.data(), w.material);
+  points_.remember();
+  if (material_->failure) fail(x, lastIncrement, w);
+  if (material_->model == Model::User) remove(x, w);
+  // a mean deformation without volume takes its brick out as an inverted brick does
+  const std::vector<double>& flag = points_.flag();
+  for (int32_t e = 0; e < n_; ++e) mask_[e] = flag[e] != 0.0 ? 1.0 : mask_[e];
+  int32_t masked = 0, failed = 0;
+  SPX_OPE_ERRORCHECK(&n_, &masked, mask_.data());
+  SPX_OPE_ERRORCHECK(&n_, &failed, failed_.data());
+
+  const double stable =
+      viscosityAndIncrement({n_, ld_, w.velocity.data(), w.B.data(), w.vol.data(), w.hgstiff.data(), mass_.data(),
+                             hourglass_.data(), w.bound.data(), w.bulk.data(), mask_.data(), definition.linearViscosity,
+                             definition.quadraticViscosity, lastIncrement},
+                            viscousStress_.data(), viscousEnergy_.data());
+  nodalForces({n_, ld_, w.x.data(), B0_.data(), gamma0_.data(), w.B.data(), w.vol.data(), viscousStress_.data(),
+               w.cofactors.data(), stress_.data(), V0_.data(), hourglass_.data(), mask_.data()},
+              w.work.data(), w.force.data());
+  GLO_OPE_GENASSEM(&corners, &kThree, &kThree, &kUnread, f, w.force.data(), assemblyMap_.data());
+  return {stable, masked - failed};
+}
+
+// Adds up the strain increments of loading over the failure strain, and takes out the bricks where the sum reaches one.  The
+// energy that such a brick holds leaves the model with it.
+void Block::fail(const std::vector<double>& x, double lastIncrement, BlockWork& w) {
+  const DuctileFailure& f = *material_->failure;
+  const double d3 = -f.d3, perReference = 1 / f.referenceRate; // the kernel has d3 of the other sign
+  deviatoricRate(n_, ld_, w.velocity.data(), w.B.data(), stress_.data(), w.rate.data(), w.power.data());
+  SPX_MAT_STRESSRATIO3DEXP(&n_, stress_.data(), w.ratio.data());
+  int32_t list[kBlockLength];
+  std::iota(list, list + n_, 1);
+  std::vector<double>& temperature = w.material.second;
+  std::fill_n(temperature.begin(), n_, f.temperature);
+  SPX_MAT_JCFAILURESTRAIN(&n_, &n_, list, w.failureStrain.data(), w.rate.data(), w.ratio.data(), temperature.data(),
+                          &f.d1, &f.d2, &d3, &f.d4, &f.d5, &f.melting, &f.transition, &perReference);
+  for (int32_t e = 0; e < n_; ++e) w.rate[e] = w.power[e] > 0.0 ? w.rate[e] * lastIncrement : 0.0;
+  SPX_MAT_DUCTSHRFAILUREEXP(&n_, &n_, list, omega_.data(), w.rate.data(), w.failureStrain.data());
+  remove(x, w);
+}
+
+// Takes out the bricks whose material has failed.
+void Block::remove(const std::vector<double>& x, BlockWork& w) {
+  const auto isFailed = [this](int32_t e) { return mask_[e] == 0.0 && (omega_[e] >= 1.0 || points_.isDeleted(e)); };
+  bool any = false;
+  for (int32_t e = 0; e < n_; ++e) any = any || isFailed(e);
+  if (!any) return;
+  double stored[kBlockLength], spring[kBlockLength], damage[kBlockLength];
+  energies(x, w, stored, spring, damage);
+  for (int32_t e = 0; e < n_; ++e)
+    if (isFailed(e)) {
+      failed_[e] = mask_[e] = 1.0;
+      lostEnergy_[e] = stored[e] * V0_[e] + spring[e] + damage[e];
+    }
+}
+
+void Block::energies(const std::vector<double>& x, BlockWork& w, double* strainDensity, double* hourglass,
+                     double* damage) {
+  stretch(x, w);
+  points_.energies(w.V.data(), strainDensity, damage, w.material);
+  hourglassEnergy(n_, ld_, w.x.data(), gamma0_.data(), hourglass_.data(), hourglass);
+  for (int32_t e = 0; e < n_; ++e) {
+    const bool active = mask_[e] == 0.0;
+    strainDensity[e] = active ? strainDensity[e] : 0.0;
+    hourglass[e] = active ? hourglass[e] : 0.0;
+    damage[e] = active ? damage[e] * V0_[e] : lostEnergy_[e];
+  }
+}
+
+} // namespace sharedanalysis::solver

@@ -1,0 +1,71 @@
+// A block of bricks of one material: what it keeps over the analysis, and one evaluation of its forces.
+#pragma once
+
+#include "solver/model/model.h"
+#include "solver/analysis/partition.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace sharedanalysis::solver {
+
+constexpr int kBlockLength = 128;
+
+// Work arrays of one thread; a block needs them only while it is evaluated.
+struct BlockWork {
+  std::vector<double> x, velocity, B, gamma, hgdiag, hgstiff, vol, rvol, work;
+  std::vector<double> F, cofactors, b, V, bound, bulk, force, ratio, rate, power, failureStrain;
+  MaterialWork material;
+  BlockWork();
+};
+
+class Block {
+public:
+  // `bricks` are internal numbers in increasing order; nodes are counted from 0.
+  Block(std::span<const int32_t> bricks, const Numbering& numbering, const Material& material, const Case& definition,
+        const Domain& domain);
+
+  // Reference gradient, volume and hourglass data from the undeformed coordinates.  Marks bricks without positive volume.
+  void setReference(const std::vector<double>& X, BlockWork& work);
+
+  struct Outcome {
+    double stableIncrement; // NaN when something is not a number
+    int32_t masked;         // bricks that take no part though their material did not fail
+  };
+  // Stress, forces into f (records of the nodes that the domain touches) and the stable increment, at positions x and velocities v.
+  Outcome evaluate(const std::vector<double>& x, const std::vector<double>& v, double lastIncrement,
+                   const Case& definition, BlockWork& work, double* f);
+
+  // Strain energy per undeformed volume and hourglass energy of the brick at positions x, and what damage has taken of its energy.
+  void energies(const std::vector<double>& x, BlockWork& work, double* strainDensity, double* hourglass,
+                double* damage);
+
+  int32_t count() const { return n_; }
+  std::span<const int32_t> bricks() const { return bricks_; }
+  double volume(int e) const { return V0_[e]; }
+  double mass(int e) const { return mass_[e]; }
+  double mask(int e) const { return mask_[e]; }
+  bool isDistorted(int e) const { return mask_[e] != 0.0 && failed_[e] == 0.0; }
+  double viscousEnergy(int e) const { return viscousEnergy_[e]; }
+  double stress(int component, int e) const { return stress_[component * n_ + e]; }
+
+private:
+  void stretch(const std::vector<double>& x, BlockWork& work) const;
+  void fail(const std::vector<double>& x, double lastIncrement, BlockWork& work);
+  void remove(const std::vector<double>& x, BlockWork& work);
+
+  int32_t n_, ld_;
+  std::vector<int32_t> bricks_;
+  std::vector<int32_t> gatherMap_,
+      assemblyMap_; // brick fastest, counted from 1 in the model; corner fastest, from 1 in f
+  std::vector<double> B0_, gamma0_, V0_, mass_, hourglass_, shear_, density_;
+  const Material* material_;
+  MaterialPoints points_;
+  std::vector<double> stress_, mask_, viscousStress_, viscousEnergy_;
+  std::vector<double> omega_, failed_,
+      lostEnergy_; // damage initiation; 1 once it was reached; energy of the brick then
+};
+
+} // namespace sharedanalysis::solver

@@ -1,0 +1,280 @@
+#include "solver/input/case_reader.h"
+
+#include "solver/input/case_table.h"
+#include "solver/input/material_reader.h"
+#include "solver/model/text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <sstream>
+
+namespace sharedanalysis::solver {
+namespace {
+
+const Names componentNames{"x", "y", "z"};
+
+std::size_t componentNumber(const Table& table, const char* key, const std::string& name) {
+  const auto found = std::find(componentNames.begin(), componentNames.end(), name);
+  if (found == componentNames.end()) table.fail(key, "\"" + name + R"(" is no component, expected "x", "y" or "z")");
+  return static_cast<std::size_t>(found - componentNames.begin());
+}
+
+History readHistory(const Table& table) {
+  if (!table.isArray("value")) {
+    if (table.has("time")) table.fail("time", "time needs an array of values, expected value = [...]");
+    return {{0.0}, {table.real("value", anyNumber, "m/s")}};
+  }
+  History history{table.reals("time", "s"), table.reals("value", "m/s")};
+  if (history.time.size() != history.value.size())
+    table.fail("value", "value has " + counted(history.value.size(), "number") + " and time has " +
+                            std::to_string(history.time.size()) + ", expected as many of both");
+  for (std::size_t k = 1; k < history.time.size(); ++k)
+    if (!(history.time[k - 1] < history.time[k]))
+      table.fail("time", "time goes from " + shortNumber(history.time[k - 1]) + " to " + shortNumber(history.time[k]) +
+                             ", expected increasing times in s");
+  return history;
+}
+
+InitialVelocity readInitialVelocity(const Table& table) {
+  InitialVelocity initial;
+  if (!table.has("velocity") && !table.has("rate"))
+    table.fail(nullptr, "initial_velocity has neither velocity nor rate, expected one of them or both");
+  for (const char* key : {"origin", "axis", "profile_length"})
+    if (table.has(key) && !table.has("rate"))
+      table.fail(key, std::string(key) + " is given without rate, expected both");
+  initial.group = table.text("group", "");
+  initial.velocity = table.vector("velocity", "m/s", {});
+  initial.origin = table.vector("origin", "m", {});
+  initial.axis = table.vector("axis", "", {0, 0, 1});
+  const double length = std::hypot(initial.axis[0], initial.axis[1], initial.axis[2]);
+  if (!(length > 0) || !std::isfinite(length))
+    table.fail("axis", "axis has no direction, expected a vector that is not zero");
+  for (double& component : initial.axis) component /= length;
+  initial.rate = table.real("rate", anyNumber, "rad/s", 0);
+  if (table.has("profile_length")) initial.profileLength = table.real("profile_length", positive, "m");
+  return initial;
+}
+
+// An interval of output: so many records and no more.
+host::LowPass readFilter(const Table& table) {
+  static constexpr Range evenOrder{"an even number from 2 to 20",
+                                   [](double x) { return x >= 2 && x <= 20 && std::fmod(x, 2) == 0; }};
+  const std::map<std::string, host::FilterType> types{{"butterworth", host::FilterType::butterworth},
+                                                      {"chebyshev1", host::FilterType::chebyshev1},
+                                                      {"chebyshev2", host::FilterType::chebyshev2}};
+  host::LowPass filter;
+  const std::string type = table.text("filter_type", "butterworth");
+  const auto found = types.find(type);
+  if (found == types.end())
+    table.fail("filter_type",
+               "filter_type is \"" + type + R"(", expected "butterworth", "chebyshev1" or "chebyshev2")");
+  filter.type = found->second;
+  filter.cutoff = table.real("filter_cutoff", positive, "Hz");
+  filter.order = static_cast<int>(table.real("filter_order", evenOrder, "", filter.order));
+  const auto decibels = [&](const char* key, host::FilterType owner, double otherwise) {
+    if (table.has(key) && filter.type != owner)
+      table.fail(key, std::string(key) + " does not belong to filter_type \"" + type + "\"");
+    return table.real(key, positive, "dB", otherwise);
+  };
+  filter.ripple = decibels("filter_ripple", host::FilterType::chebyshev1, filter.ripple);
+  filter.attenuation = decibels("filter_attenuation", host::FilterType::chebyshev2, filter.attenuation);
+  return filter;
+}
+
+double readInterval(const Table& table, const char* key, double endTime, int standardCount) {
+  const double interval = table.real(key, positive, "s", endTime / standardCount);
+  constexpr double mostRecords = 1e5;
+  if (endTime / interval > mostRecords)
+    table.fail(key, std::string(key) + " is " + shortNumber(interval) +
+                        ", which makes more than 100000 records, expected at least " +
+                        shortNumber(endTime / mostRecords) + " s");
+  return interval;
+}
+
+class CaseBuilder {
+public:
+  CaseBuilder(const std::filesystem::path& file, const std::string& text)
+      : file_(file), root_(file, text,
+                           {"title", "job", "mesh", "material", "section", "fix", "velocity", "initial_velocity",
+                            "gravity", "control", "output"}) {}
+
+  CaseFile build() {
+    general();
+    materials();
+    sections();
+    motions();
+    control();
+    output();
+    return std::move(result_);
+  }
+
+private:
+  std::filesystem::path besideCase(const std::string& path) const { return file_.parent_path() / path; }
+
+  std::string group(const Table& table, bool solid) {
+    result_.groups.push_back({table.text("group"), table.place("group"), solid});
+    return result_.groups.back().group;
+  }
+
+  void general() {
+    case_.file = file_;
+    case_.job = root_.text("job", file_.stem().string());
+    if (case_.job.find('/') != std::string::npos || case_.job == "." || case_.job == "..")
+      root_.fail("job", "job is \"" + case_.job + "\", expected a name for files, without directories");
+    case_.title = root_.text("title", case_.job);
+    case_.meshFile = besideCase(root_.text("mesh"));
+  }
+
+  void materials() {
+    materials_ = root_.tables("material", materialKeys());
+    if (materials_.empty()) throw InputError(file_.string() + ": no material, expected [[material]]");
+    for (const Table& table : materials_) {
+      const std::string name = table.text("name");
+      if (std::find(names_.begin(), names_.end(), name) != names_.end())
+        table.fail("name", "a material \"" + name + "\" is there already, expected another name");
+      names_.push_back(name);
+      if (isTabulated(table))
+        for (double temperature : table.reals("temperatures", "K")) readMaterial(table, temperature); // is it sound?
+      else
+        add(names_.size() - 1, 0, readMaterial(table));
+    }
+  }
+
+  std::size_t add(std::size_t table, double temperature, Material material) {
+    case_.materials.push_back(std::move(material));
+    return places_[{table, temperature}] = case_.materials.size() - 1;
+  }
+
+  // The material of a section, as one of the case: a tabulated one is there once for each temperature.
+  std::size_t materialOf(const Table& section) {
+    const std::string name = section.text("material");
+    const auto found = std::find(names_.begin(), names_.end(), name);
+    if (found == names_.end()) {
+      Names known;
+      for (const std::string& one : names_) known.push_back("\"" + one + "\"");
+      section.fail("material", "no material \"" + name + "\", expected " + joined(known, " or "));
+    }
+    const auto index = static_cast<std::size_t>(found - names_.begin());
+    const Table& table = materials_[index];
+    if (!isTabulated(table) && section.has("temperature"))
+      section.fail("temperature", "material \"" + name + "\" does not depend on temperature, expected none");
+    const double temperature = isTabulated(table) ? section.real("temperature", anyNumber, "K") : 0;
+    const auto place = places_.find({index, temperature});
+    if (place != places_.end()) return place->second;
+    Material material = readMaterial(table, temperature);
+    material.name += " at " + shortNumber(temperature) + " K";
+    return add(index, temperature, std::move(material));
+  }
+
+  void sections() {
+    for (const Table& table : root_.tables("section", {"group", "material", "temperature"})) {
+      const std::size_t material = materialOf(table);
+      case_.sections.push_back({group(table, true), material});
+    }
+    if (case_.sections.empty()) throw InputError(file_.string() + ": no section, expected [[section]]");
+  }
+
+  void motions() {
+    for (const Table& table : root_.tables("fix", {"group", "components"})) {
+      PrescribedMotion motion{group(table, false), {}};
+      for (const std::string& name : table.texts("components", R"(an array of "x", "y" and "z")"))
+        motion.velocity[componentNumber(table, "components", name)] = History{{0.0}, {0.0}};
+      case_.motions.push_back(std::move(motion));
+    }
+    for (const Table& table : root_.tables("velocity", {"group", "component", "value", "time"})) {
+      PrescribedMotion motion{group(table, false), {}};
+      motion.velocity[componentNumber(table, "component", table.text("component"))] = readHistory(table);
+      case_.motions.push_back(std::move(motion));
+    }
+    for (const Table& table :
+         root_.tables("initial_velocity", {"group", "velocity", "rate", "axis", "origin", "profile_length"})) {
+      case_.initialVelocities.push_back(readInitialVelocity(table));
+      if (table.has("group")) group(table, false);
+    }
+    const Table gravity = root_.table("gravity", {"acceleration"});
+    case_.gravity = gravity.vector("acceleration", "m/s2", {});
+  }
+
+  void control() {
+    const Table table = root_.table("control", {"end_time", "safety_factor", "hourglass", "linear_viscosity",
+                                                "quadratic_viscosity", "smallest_increment_ratio"});
+    case_.endTime = table.real("end_time", positive, "s");
+    case_.safetyFactor = table.real("safety_factor", fraction, "", case_.safetyFactor);
+    case_.hourglassCoefficient = table.real("hourglass", zeroToOne, "", case_.hourglassCoefficient);
+    case_.linearViscosity = table.real("linear_viscosity", notNegative, "", case_.linearViscosity);
+    case_.quadraticViscosity = table.real("quadratic_viscosity", notNegative, "", case_.quadraticViscosity);
+    case_.smallestIncrementRatio = table.real("smallest_increment_ratio", fraction, "", case_.smallestIncrementRatio);
+  }
+
+  void output() {
+    const Table table = root_.table("output", {"interval", "history_interval", "directory", "filter_cutoff",
+                                               "filter_type", "filter_order", "filter_ripple", "filter_attenuation"});
+    case_.outputInterval = readInterval(table, "interval", case_.endTime, 20);
+    case_.historyInterval = readInterval(table, "history_interval", case_.endTime, 200);
+    case_.outputDirectory = table.has("directory") ? besideCase(table.text("directory")) : ".";
+    if (table.has("filter_cutoff")) case_.historyFilter = readFilter(table);
+    for (const char* key : {"filter_type", "filter_order", "filter_ripple", "filter_attenuation"})
+      if (table.has(key) && !case_.historyFilter)
+        table.fail(key, std::string(key) + " belongs to a filter, and filter_cutoff is missing in output");
+  }
+
+  std::filesystem::path file_;
+  Table root_;
+  std::vector<Table> materials_;
+  Names names_; // of these
+  // Number of a table and temperature: the material of the case.
+  std::map<std::pair<std::size_t, double>, std::size_t> places_;
+  CaseFile result_;
+  Case& case_ = result_.definition;
+};
+
+} // namespace
+
+CaseFile readCase(const std::filesystem::path& file) {
+  const std::string text = readText(file);
+  CaseFile result = CaseBuilder(file, text).build();
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) result.lines.push_back(line);
+  return result;
+}
+
+void checkGroups(const CaseFile& caseFile, const Mesh& mesh) {
+  for (const GroupReference& reference : caseFile.groups) {
+    const Group* group = mesh.findGroup(reference.group);
+    if (!group || (reference.solid && group->dimension != 3)) {
+      Names names;
+      for (const Group& known : mesh.groups)
+        if (!reference.solid || known.dimension == 3) names.push_back("\"" + known.name + "\"");
+      throw InputError(reference.place + ": " +
+                       (group ? "group \"" + reference.group + "\" is not one of bricks"
+                              : "the mesh has no group \"" + reference.group + "\"") +
+                       ", expected one of " + joined(names, ", "));
+    }
+    if (group->nodes.empty())
+      throw InputError(reference.place + ": group \"" + reference.group + "\" has no node of a brick");
+  }
+
+  // the sections come first among the references
+  const std::vector<Section>& sections = caseFile.definition.sections;
+  std::vector<const Section*> owner(mesh.elementNumbers.size(), nullptr);
+  for (std::size_t s = 0; s < sections.size(); ++s) {
+    for (const int32_t element : mesh.findGroup(sections[s].group)->elements) {
+      const Section*& holder = owner[static_cast<std::size_t>(element)];
+      if (holder)
+        throw InputError(caseFile.groups[s].place + ": brick " +
+                         std::to_string(mesh.elementNumbers[static_cast<std::size_t>(element)]) + " of group \"" +
+                         sections[s].group + "\" has a section already, by group \"" + holder->group + "\"");
+      holder = &sections[s];
+    }
+  }
+  const auto without = std::count(owner.begin(), owner.end(), nullptr);
+  if (without > 0) {
+    const auto first = static_cast<std::size_t>(std::find(owner.begin(), owner.end(), nullptr) - owner.begin());
+    throw InputError(caseFile.definition.file.string() + ": " + counted(static_cast<std::size_t>(without), "brick") +
+                     " without a section, the first is number " + std::to_string(mesh.elementNumbers[first]) +
+                     ", expected a [[section]] for every brick");
+  }
+}
+
+} // namespace sharedanalysis::solver

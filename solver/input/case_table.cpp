@@ -1,0 +1,215 @@
+#include "solver/input/case_table.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <fstream>
+#include <optional>
+#include <sstream>
+#include <toml++/toml.h>
+
+namespace sharedanalysis::solver {
+
+namespace {
+
+std::string placeOf(const std::string& file, const toml::source_region& region) {
+  if (region.begin.line == 0) return file;
+  return file + ":" + std::to_string(region.begin.line) + ":" + std::to_string(region.begin.column);
+}
+
+std::string typeName(const toml::node& node) {
+  switch (node.type()) {
+  case toml::node_type::table:
+    return "a table";
+  case toml::node_type::array:
+    return "an array";
+  case toml::node_type::string:
+    return "a text";
+  case toml::node_type::integer:
+  case toml::node_type::floating_point:
+    return "a number";
+  case toml::node_type::boolean:
+    return "true or false";
+  default:
+    return "a date or time";
+  }
+}
+
+std::string in(const std::string& unit) { return unit.empty() ? "" : " in " + unit; }
+std::string expectedNumber(const Range& range, const std::string& unit) { return range.expected + in(unit); }
+
+std::shared_ptr<const toml::table> parse(const std::filesystem::path& file, const std::string& text) {
+  try {
+    return std::make_shared<const toml::table>(toml::parse(text, file.string()));
+  } catch (const toml::parse_error& error) {
+    throw InputError(placeOf(file.string(), error.source()) + ": " + std::string(error.description()));
+  }
+}
+
+} // namespace
+
+struct Table::Content {
+  std::string file, name; // the table of the whole file has no name
+  std::shared_ptr<const toml::table> values;
+
+  std::string inTable() const { return name.empty() ? "" : " in " + name; }
+
+  std::string place(const char* key) const {
+    const toml::node* node = key ? values->get(key) : nullptr;
+    return placeOf(file, node ? node->source() : values->source());
+  }
+
+  [[noreturn]] void fail(const char* key, const std::string& text) const { throw InputError(place(key) + ": " + text); }
+
+  const toml::node& required(const char* key, const std::string& expected) const {
+    const toml::node* node = values->get(key);
+    if (!node) fail(key, std::string(key) + " is missing" + inTable() + ", expected " + expected);
+    return *node;
+  }
+
+  const toml::array& array(const char* key, const std::string& expected) const {
+    const toml::node& node = required(key, expected);
+    if (!node.is_array()) fail(key, std::string(key) + " is " + typeName(node) + ", expected " + expected);
+    return *node.as_array();
+  }
+
+  double number(const toml::node& node, const char* key, const Range& range, const std::string& unit) const {
+    const auto value = node.is_number() ? node.value<double>() : std::nullopt;
+    if (value && std::isfinite(*value) && range.holds(*value)) return *value;
+    throw InputError(placeOf(file, node.source()) + ": " + key + " is " +
+                     (value ? shortNumber(*value) : typeName(node)) + ", expected " + expectedNumber(range, unit));
+  }
+
+  std::vector<double> numbers(const char* key, const Range& range, const std::string& unit, std::size_t count) const {
+    std::vector<double> result;
+    for (const toml::node& node : array(key, "")) result.push_back(number(node, key, range, unit));
+    if (result.size() != count)
+      fail(key, std::string(key) + " has " + counted(result.size(), "number") + ", expected one number or " +
+                    std::to_string(count));
+    return result;
+  }
+
+  // A table within this one; all share the file.
+  Table child(const char* key, const toml::table& table, const Names& keys) const {
+    Table result(
+        std::make_shared<const Content>(Content{file, key, std::shared_ptr<const toml::table>(values, &table)}));
+    result.checkKeys(keys);
+    return result;
+  }
+};
+
+Table::Table(const std::filesystem::path& file, const std::string& text, const Names& keys)
+    : content_(std::make_shared<const Content>(Content{file.string(), "", parse(file, text)})) {
+  checkKeys(keys);
+}
+
+void Table::checkKeys(const Names& keys) const {
+  for (const auto& [key, node] : *content_->values) {
+    const std::string word(key.str());
+    if (std::find(keys.begin(), keys.end(), word) != keys.end()) continue;
+    const std::string near = suggestion(word, keys);
+    throw InputError(placeOf(content_->file, key.source()) + ": unknown key \"" + word + "\"" + content_->inTable() +
+                     ", " + (near.empty() ? "expected one of " + joined(keys, ", ") : near));
+  }
+}
+
+bool Table::has(const char* key) const { return content_->values->contains(key); }
+
+bool Table::isArray(const char* key) const {
+  const toml::node* node = content_->values->get(key);
+  return node && node->is_array();
+}
+
+std::string Table::place(const char* key) const { return content_->place(key); }
+
+void Table::fail(const char* key, const std::string& text) const { content_->fail(key, text); }
+
+void Table::allowArrays(std::size_t count, std::function<double(const std::vector<double>&)> pick) {
+  arrayLength_ = count;
+  pick_ = std::move(pick);
+}
+
+double Table::real(const char* key, const Range& range, const std::string& unit) const {
+  if (pick_ && isArray(key)) return pick_(content_->numbers(key, range, unit, arrayLength_));
+  return content_->number(content_->required(key, expectedNumber(range, unit)), key, range, unit);
+}
+
+double Table::real(const char* key, const Range& range, const std::string& unit, double otherwise) const {
+  return has(key) ? real(key, range, unit) : otherwise;
+}
+
+std::vector<double> Table::reals(const char* key, const std::string& unit) const {
+  const std::string expected = "an array of numbers" + in(unit);
+  std::vector<double> values;
+  for (const toml::node& node : content_->array(key, expected))
+    values.push_back(content_->number(node, key, anyNumber, unit));
+  if (values.empty()) fail(key, std::string(key) + " is empty, expected " + expected);
+  return values;
+}
+
+std::array<double, 3> Table::vector(const char* key, const std::string& unit,
+                                    const std::array<double, 3>& otherwise) const {
+  if (!has(key)) return otherwise;
+  const std::vector<double> values = reals(key, unit);
+  if (values.size() != 3)
+    fail(key, std::string(key) + " has " + counted(values.size(), "number") + ", expected 3 (x, y, z)" + in(unit));
+  return {values[0], values[1], values[2]};
+}
+
+std::string Table::text(const char* key) const {
+  const toml::node& node = content_->required(key, "a text in quotes");
+  const auto value = node.value_exact<std::string>();
+  if (!value || value->empty())
+    fail(key, std::string(key) + " is " + (value ? "empty" : typeName(node)) + ", expected a text in quotes");
+  return *value;
+}
+
+std::string Table::text(const char* key, const std::string& otherwise) const {
+  return has(key) ? text(key) : otherwise;
+}
+
+Names Table::texts(const char* key, const std::string& expected) const {
+  Names values;
+  for (const toml::node& node : content_->array(key, expected)) {
+    const auto value = node.value_exact<std::string>();
+    if (!value)
+      throw InputError(placeOf(content_->file, node.source()) + ": " + key + " has " + typeName(node) + ", expected " +
+                       expected);
+    values.push_back(*value);
+  }
+  if (values.empty()) fail(key, std::string(key) + " is empty, expected " + expected);
+  return values;
+}
+
+Table Table::table(const char* key, const Names& keys) const {
+  static const toml::table none;
+  const toml::node* node = content_->values->get(key);
+  if (node && !node->is_table()) fail(key, std::string(key) + " is " + typeName(*node) + ", expected [" + key + "]");
+  return content_->child(key, node ? *node->as_table() : none, keys);
+}
+
+std::vector<Table> Table::tables(const char* key, const Names& keys) const {
+  std::vector<Table> result;
+  if (!has(key)) return result;
+  const std::string expected = "[[" + std::string(key) + "]]";
+  for (const toml::node& node : content_->array(key, expected)) {
+    if (!node.is_table())
+      throw InputError(placeOf(content_->file, node.source()) + ": " + key + " has " + typeName(node) + ", expected " +
+                       expected);
+    result.push_back(content_->child(key, *node.as_table(), keys));
+  }
+  return result;
+}
+
+std::string readText(const std::filesystem::path& file) {
+  errno = 0;
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream) throw InputError(file.string() + ": cannot be opened: " + std::strerror(errno));
+  if (std::filesystem::is_directory(file)) throw InputError(file.string() + ": is a directory, expected a case file");
+  std::ostringstream text;
+  text << stream.rdbuf();
+  return text.str();
+}
+
+} // namespace sharedanalysis::solver

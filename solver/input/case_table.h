@@ -1,0 +1,80 @@
+// Tables of a case file, with every mistake named at its place.
+#pragma once
+
+#include "solver/model/model.h"
+#include "solver/model/text.h"
+
+#include <array>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace sharedanalysis::solver {
+
+using Names = std::vector<std::string>;
+
+// What a number must be, in words and as a test.
+struct Range {
+  const char* expected;
+  bool (*holds)(double);
+};
+
+inline constexpr Range anyNumber{"a finite number", [](double) { return true; }};
+inline constexpr Range positive{"a positive number", [](double x) { return x > 0; }};
+inline constexpr Range notNegative{"a number that is not negative", [](double x) { return x >= 0; }};
+inline constexpr Range fraction{"a number above 0 and not above 1", [](double x) { return x > 0 && x <= 1; }};
+inline constexpr Range aboveOne{"a number above 1", [](double x) { return x > 1; }};
+inline constexpr Range aboveRootThree{"a number above 1.7321", [](double x) { return x * x > 3; }};
+inline constexpr Range stepCount{"a number from 1 to 100000", [](double x) { return x >= 1 && x <= 100000; }};
+inline constexpr Range zeroToOne{"a number from 0 to 1", [](double x) { return x >= 0 && x <= 1; }};
+
+// One table of the file; tables share what was read.  The parser is known to the source file alone: its header takes a
+// second to compile.
+class Table {
+public:
+  // The table of the whole file.  Throws InputError with the place of what is no TOML, and of a key that is not in the list.
+  Table(const std::filesystem::path& file, const std::string& text, const Names& keys);
+
+  // Refuses keys that are not in the list.
+  void checkKeys(const Names& keys) const;
+
+  bool has(const char* key) const;
+  bool isArray(const char* key) const;
+
+  // The place of a value, or of the table when the value is not there.
+  std::string place(const char* key = nullptr) const;
+
+  [[noreturn]] void fail(const char* key, const std::string& text) const;
+
+  // Lets `real` take an array of `count` numbers, of which `pick` makes one.
+  void allowArrays(std::size_t count, std::function<double(const std::vector<double>&)> pick);
+
+  // The readers name the place of a bad value.
+  double real(const char* key, const Range& range, const std::string& unit) const;
+  double real(const char* key, const Range& range, const std::string& unit, double otherwise) const;
+  std::vector<double> reals(const char* key, const std::string& unit) const;
+  std::array<double, 3> vector(const char* key, const std::string& unit, const std::array<double, 3>& otherwise) const;
+  std::string text(const char* key) const;
+  std::string text(const char* key, const std::string& otherwise) const;
+  Names texts(const char* key, const std::string& expected) const;
+
+  // [name]; an empty table when it is not there.
+  Table table(const char* key, const Names& keys) const;
+  // [[name]], any number of them.
+  std::vector<Table> tables(const char* key, const Names& keys) const;
+
+private:
+  struct Content;
+  explicit Table(std::shared_ptr<const Content> content) : content_(std::move(content)) {}
+
+  std::shared_ptr<const Content> content_;
+  std::size_t arrayLength_ = 0;
+  std::function<double(const std::vector<double>&)> pick_;
+};
+
+// The whole file.  Throws InputError where it cannot be read.
+std::string readText(const std::filesystem::path& file);
+
+} // namespace sharedanalysis::solver

@@ -1,0 +1,19 @@
+// Materials of a case file.
+#pragma once
+
+#include "solver/input/case_table.h"
+
+#include <optional>
+
+namespace sharedanalysis::solver {
+
+// Every key that a table of a material may have.
+const Names& materialKeys();
+
+// A material whose constants depend on temperature has the key `temperatures`.
+bool isTabulated(const Table& table);
+
+// A tabulated material is read as it is at a temperature in K; without one that is an error.
+Material readMaterial(const Table& table, std::optional<double> temperature = {});
+
+} // namespace sharedanalysis::solver

@@ -1,0 +1,243 @@
+#include "solver/input/mesh_reader.h"
+
+#include "solver/model/text.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <fstream>
+#include <gmsh.h>
+#include <iterator>
+#include <limits>
+#include <numeric>
+
+namespace sharedanalysis::solver {
+namespace {
+
+using Tags = std::vector<std::size_t>;
+
+constexpr int brickType =
+    5; // Gmsh's number of the 8-node hexahedron; its nodes stand in the order of the brick kernels
+constexpr std::size_t brickNodes = 8;
+
+// Gmsh is on for the time of one reading, without configuration files and without terminal output.
+class GmshSession {
+public:
+  GmshSession() {
+    gmsh::initialize(0, nullptr, false);
+    gmsh::option::setNumber("General.Terminal", 0);
+  }
+  ~GmshSession() {
+    try {
+      gmsh::finalize();
+    } catch (...) {
+      // nothing is left to be lost: the mesh is read or the error is on its way
+    }
+  }
+  GmshSession(const GmshSession&) = delete;
+  GmshSession& operator=(const GmshSession&) = delete;
+};
+
+[[noreturn]] void fail(const std::filesystem::path& file, const std::string& text) {
+  throw InputError(file.string() + ": " + text);
+}
+
+// A section ends with $End and its name.  In a file that is cut off within the last number Gmsh reads what is left of
+// the number.
+void checkEnd(const std::filesystem::path& file, std::istream& stream) {
+  constexpr std::streamoff longestEnd = 100;
+  stream.seekg(0, std::ios::end);
+  stream.seekg(-std::min<std::streamoff>(stream.tellg(), longestEnd), std::ios::end);
+  std::string end{std::istreambuf_iterator<char>(stream), {}};
+  end.erase(end.find_last_not_of(" \t\r\n") + 1);
+  const std::string last = end.substr(end.find_last_of('\n') + 1);
+  if (!last.starts_with("$End") && !last.starts_with("$END"))
+    fail(file, "is cut off, its last line is no end of a section ($End...)");
+}
+
+// Gmsh takes a file that does not look like one of its formats for a script and would run it.
+void checkFormat(const std::filesystem::path& file) {
+  errno = 0;
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream) fail(file, std::string("cannot be opened: ") + std::strerror(errno));
+  char first = 0;
+  if (std::filesystem::is_directory(file) || !(stream >> first) || first != '$')
+    fail(file, "is not a Gmsh mesh file (.msh), which begins with $MeshFormat");
+  checkEnd(file, stream);
+}
+
+void open(const std::filesystem::path& file) {
+  try {
+    gmsh::open(file.string());
+  } catch (...) {
+    std::string reason;
+    gmsh::logger::getLastError(reason);
+    fail(file,
+         "Gmsh cannot read this mesh, it is broken or not whole" + (reason.empty() ? std::string() : ": " + reason));
+  }
+}
+
+struct Bricks {
+  Tags numbers, nodes;
+};
+
+Bricks readBricks(const std::filesystem::path& file) {
+  std::vector<int> types;
+  std::vector<Tags> elements, nodes;
+  gmsh::model::mesh::getElements(types, elements, nodes, 3);
+  Bricks bricks;
+  std::vector<std::string> others;
+  for (std::size_t t = 0; t < types.size(); ++t) {
+    if (types[t] == brickType) {
+      bricks.numbers = std::move(elements[t]);
+      bricks.nodes = std::move(nodes[t]);
+    } else {
+      std::string name;
+      int dimension = 0, order = 0, nodeCount = 0, corners = 0;
+      std::vector<double> parametric;
+      gmsh::model::mesh::getElementProperties(types[t], name, dimension, order, nodeCount, parametric, corners);
+      others.push_back(counted(elements[t].size(), "element") + " of type \"" + name + "\"");
+    }
+  }
+  if (!others.empty())
+    fail(file, "the mesh has " + joined(others, ", ") + "; solids must be 8-node bricks (\"Hexahedron 8\")");
+  if (bricks.numbers.empty()) fail(file, "the mesh has no 8-node bricks");
+  // 3 * nodes and 8 * bricks are counted in 32 bits
+  if (bricks.numbers.size() > std::numeric_limits<int32_t>::max() / (2 * brickNodes))
+    fail(file, "the mesh has " + counted(bricks.numbers.size(), "brick") + ", more than can be counted");
+  return bricks;
+}
+
+// Sorts the bricks by number.
+void storeBricks(const std::filesystem::path& file, const Bricks& bricks, Mesh& mesh, Tags& brickNodeNumbers) {
+  const std::size_t count = bricks.numbers.size();
+  std::vector<std::size_t> order(count);
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::sort(order.begin(), order.end(),
+            [&](std::size_t a, std::size_t b) { return bricks.numbers[a] < bricks.numbers[b]; });
+  brickNodeNumbers.reserve(bricks.nodes.size());
+  for (const std::size_t brick : order) {
+    const std::size_t number = bricks.numbers[brick];
+    if (!mesh.elementNumbers.empty() && mesh.elementNumbers.back() == static_cast<int64_t>(number))
+      fail(file, "two bricks have the number " + std::to_string(number));
+    mesh.elementNumbers.push_back(static_cast<int64_t>(number));
+    Tags corners(bricks.nodes.begin() + static_cast<std::ptrdiff_t>(brickNodes * brick),
+                 bricks.nodes.begin() + static_cast<std::ptrdiff_t>(brickNodes * (brick + 1)));
+    brickNodeNumbers.insert(brickNodeNumbers.end(), corners.begin(), corners.end());
+    std::sort(corners.begin(), corners.end());
+    if (std::adjacent_find(corners.begin(), corners.end()) != corners.end())
+      fail(file, "brick " + std::to_string(number) + " has the same node at two corners");
+  }
+}
+
+// The nodes of bricks in the order of their numbers, and the connectivity in terms of them.
+void storeNodes(const std::filesystem::path& file, const Tags& brickNodeNumbers, Mesh& mesh) {
+  Tags used = brickNodeNumbers;
+  std::sort(used.begin(), used.end());
+  used.erase(std::unique(used.begin(), used.end()), used.end());
+  constexpr std::size_t largest = std::numeric_limits<int32_t>::max();
+  if (used.back() > largest || static_cast<std::size_t>(mesh.elementNumbers.back()) > largest)
+    fail(file, "a node or element number is above " + std::to_string(largest) + ", the largest a result file holds");
+
+  const auto indexOf = [&](std::size_t number) {
+    return static_cast<int32_t>(std::lower_bound(used.begin(), used.end(), number) - used.begin());
+  };
+  mesh.nodeNumbers.assign(used.begin(), used.end());
+  mesh.connectivity.reserve(brickNodeNumbers.size());
+  for (const std::size_t number : brickNodeNumbers) mesh.connectivity.push_back(indexOf(number));
+
+  Tags numbers;
+  std::vector<double> coordinates, parametric;
+  gmsh::model::mesh::getNodes(numbers, coordinates, parametric, -1, -1, false, false);
+  std::vector<bool> found(used.size(), false);
+  mesh.coordinates.resize(3 * used.size());
+  for (std::size_t n = 0; n < numbers.size(); ++n) {
+    const std::size_t index = static_cast<std::size_t>(indexOf(numbers[n]));
+    if (index == used.size() || used[index] != numbers[n]) continue;
+    found[index] = true;
+    for (std::size_t c = 0; c < 3; ++c) {
+      if (!std::isfinite(coordinates[3 * n + c]))
+        fail(file, "a coordinate of node " + std::to_string(numbers[n]) + " is not a finite number");
+      mesh.coordinates[3 * index + c] = coordinates[3 * n + c];
+    }
+  }
+  const auto missing = std::find(found.begin(), found.end(), false);
+  if (missing != found.end())
+    fail(file, "node " + std::to_string(used[static_cast<std::size_t>(missing - found.begin())]) + " is not defined");
+}
+
+// Counted from 0 in the order of `sorted`; numbers that are not there are left out.
+std::vector<int32_t> indicesOf(Tags numbers, const std::vector<int64_t>& sorted) {
+  std::sort(numbers.begin(), numbers.end());
+  numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
+  std::vector<int32_t> indices;
+  for (const std::size_t number : numbers) {
+    const auto place = std::lower_bound(sorted.begin(), sorted.end(), static_cast<int64_t>(number));
+    if (place != sorted.end() && *place == static_cast<int64_t>(number))
+      indices.push_back(static_cast<int32_t>(place - sorted.begin()));
+  }
+  return indices;
+}
+
+std::string groupName(int dimension, int tag) {
+  static constexpr std::array kinds{"point_", "curve_", "surface_", "volume_"};
+  std::string name;
+  gmsh::model::getPhysicalName(dimension, tag, name);
+  return name.empty() ? kinds.at(static_cast<std::size_t>(dimension)) + std::to_string(tag) : name;
+}
+
+void readGroups(const std::filesystem::path& file, Mesh& mesh) {
+  gmsh::vectorpair physical;
+  gmsh::model::getPhysicalGroups(physical);
+  std::sort(physical.begin(), physical.end());
+  for (const auto& [dimension, tag] : physical) {
+    Group group{.name = groupName(dimension, tag), .dimension = dimension, .nodes = {}, .elements = {}};
+    if (mesh.findGroup(group.name)) fail(file, "two physical groups have the name \"" + group.name + "\"");
+
+    Tags nodes;
+    std::vector<double> coordinates;
+    gmsh::model::mesh::getNodesForPhysicalGroup(dimension, tag, nodes, coordinates);
+    group.nodes = indicesOf(std::move(nodes), mesh.nodeNumbers);
+    if (dimension == 3) {
+      Tags elements;
+      std::vector<int> entities;
+      gmsh::model::getEntitiesForPhysicalGroup(dimension, tag, entities);
+      for (const int entity : entities) {
+        Tags numbers, corners;
+        gmsh::model::mesh::getElementsByType(brickType, numbers, corners, entity);
+        elements.insert(elements.end(), numbers.begin(), numbers.end());
+      }
+      group.elements = indicesOf(std::move(elements), mesh.elementNumbers);
+    }
+    mesh.groups.push_back(std::move(group));
+  }
+}
+
+void checkCoverage(const std::filesystem::path& file, const Mesh& mesh) {
+  std::vector<bool> grouped(mesh.elementNumbers.size(), false);
+  for (const Group& group : mesh.groups)
+    for (const int32_t element : group.elements) grouped[static_cast<std::size_t>(element)] = true;
+  const auto free = std::count(grouped.begin(), grouped.end(), false);
+  if (free == 0) return;
+  const auto first = static_cast<std::size_t>(std::find(grouped.begin(), grouped.end(), false) - grouped.begin());
+  fail(file, counted(static_cast<std::size_t>(free), "brick") + " of " + std::to_string(grouped.size()) +
+                 " in no physical volume, the first is number " + std::to_string(mesh.elementNumbers[first]));
+}
+
+} // namespace
+
+Mesh readMesh(const std::filesystem::path& file) {
+  checkFormat(file);
+  const GmshSession session;
+  open(file);
+  Mesh mesh;
+  Tags brickNodeNumbers;
+  storeBricks(file, readBricks(file), mesh, brickNodeNumbers);
+  storeNodes(file, brickNodeNumbers, mesh);
+  readGroups(file, mesh);
+  checkCoverage(file, mesh);
+  return mesh;
+}
+
+} // namespace sharedanalysis::solver

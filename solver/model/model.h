@@ -1,0 +1,86 @@
+// What is analysed: mesh and case, as the readers leave them and the analysis takes them.  SI units throughout.
+#pragma once
+
+#include "filter_design.h"
+#include "solver/model/materials.h"
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace sharedanalysis::solver {
+
+// An error that a user can mend: the text names the file and line, the group or the number it is about.
+class InputError : public std::runtime_error {
+public:
+  using std::runtime_error::runtime_error;
+};
+
+// A named group of the mesh.  Nodes and elements are counted from 0 in the order of the mesh.
+struct Group {
+  std::string name;
+  int dimension = 0;             // 3: bricks, 2: faces, 1: edges, 0: points
+  std::vector<int32_t> nodes;    // increasing
+  std::vector<int32_t> elements; // increasing; dimension 3 only
+};
+
+struct Mesh {
+  std::vector<double> coordinates;     // record layout (3, nodes)
+  std::vector<int64_t> nodeNumbers;    // numbers of the mesh file
+  std::vector<int32_t> connectivity;   // (8, elements), nodes counted from 0
+  std::vector<int64_t> elementNumbers; // numbers of the mesh file
+  std::vector<Group> groups;
+
+  int32_t nodes() const { return static_cast<int32_t>(nodeNumbers.size()); }
+  int32_t elements() const { return static_cast<int32_t>(elementNumbers.size()); }
+  const Group* findGroup(const std::string& name) const;
+};
+
+// A velocity over time: piecewise linear, constant before the first and after the last point.
+struct History {
+  std::vector<double> time, value;
+};
+
+// Prescribed motion of a group: component c follows velocity[c]; a fixed component is a history of zero.
+struct PrescribedMotion {
+  std::string group;
+  std::array<std::optional<History>, 3> velocity;
+};
+
+// v = velocity + omega(s) axis x (X - origin), where s is the distance of X from origin along the axis and
+// omega(s) = rate, or rate * sin(pi s / length) when a length is given.
+struct InitialVelocity {
+  std::string group; // empty: the whole model
+  std::array<double, 3> velocity{};
+  std::array<double, 3> origin{}, axis{0, 0, 1};
+  double rate = 0;                     // rad/s
+  std::optional<double> profileLength; // m
+};
+
+struct Section {
+  std::string group;    // of dimension 3
+  std::size_t material; // index into Case::materials
+};
+
+struct Case {
+  std::filesystem::path file, meshFile, outputDirectory;
+  std::string job, title;
+  std::vector<Material> materials;
+  std::vector<Section> sections; // cover every brick exactly once
+  std::vector<PrescribedMotion> motions;
+  std::vector<InitialVelocity> initialVelocities;
+  std::array<double, 3> gravity{}; // m/s2
+  double endTime = 0;              // s
+  double safetyFactor = 0.9;       // of the stable increment
+  double hourglassCoefficient = 0.1;
+  double linearViscosity = 0.06, quadraticViscosity = 1.2;
+  double outputInterval = 0, historyInterval = 0; // s
+  std::optional<host::LowPass> historyFilter;
+  double smallestIncrementRatio = 1e-3; // of the first stable increment; below it the analysis ends with an error
+};
+
+} // namespace sharedanalysis::solver

@@ -1,0 +1,33 @@
+// sharedanalysis-compare: whether two runs of sharedanalysis-explicit are the same to the last bit.
+#include "solver/results/comparison.h"
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+
+int main(int argc, char** argv) {
+  using namespace sharedanalysis::solver;
+  std::filesystem::path a, b;
+  bool quiet = false;
+  CLI::App app("Compares two runs that have written digests, to the last bit", "sharedanalysis-compare");
+  app.add_option("A", a, "Digest, or directory of results with one")->required();
+  app.add_option("B", b, "Digest, or directory of results with one")->required();
+  app.add_flag("-q,--quiet", quiet, "Show nothing, answer by the exit code alone");
+  app.footer("Exit codes: 0 the same, 1 different, 2 something is missing or cannot be read.");
+  app.set_version_flag("--version", "sharedanalysis-compare " SHAREDANALYSIS_VERSION);
+  constexpr int incomplete = static_cast<int>(Verdict::Incomplete);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) return app.exit(error);
+    std::cerr << "error: " << error.what() << " (--help lists the options)\n";
+    return incomplete;
+  }
+  try {
+    const Comparison comparison = compareRuns(a, b);
+    if (!quiet) (comparison.verdict == Verdict::Incomplete ? std::cerr : std::cout) << comparison.text << '\n';
+    return static_cast<int>(comparison.verdict);
+  } catch (const std::exception& error) {
+    std::cerr << "error: " << error.what() << '\n';
+    return incomplete;
+  }
+}

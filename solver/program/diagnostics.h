@@ -1,0 +1,30 @@
+// What the solver tells the diagnostics: the course of its one step, and why an analysis ended early.
+#pragma once
+
+#include "solver/analysis/analysis.h"
+#include "solver/analysis/ranks.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace sharedanalysis::solver {
+
+// One for a job, on every rank.  The root records the course; problems of all ranks end in its database.
+class DiagnosticCourse {
+public:
+  DiagnosticCourse(const Case& definition, const Ranks& ranks);
+
+  void increment(const Progress& now, double timeIncrement);
+  // Bricks of this rank, by their numbers in the mesh: eight messages at most, all of them recorded.
+  void reportDistortion(const std::vector<int64_t>& bricks);
+  // Endings that no brick is to blame for.
+  void reportEnding(Ending ending, const std::string& reason);
+  // Brings what all ranks have recorded to the root and ends the step.  Every rank calls it.
+  void end();
+
+private:
+  const Ranks& ranks_;
+};
+
+} // namespace sharedanalysis::solver

@@ -1,0 +1,69 @@
+// sharedanalysis-explicit: explicit dynamics of hyperelastic solids on the kernels of SharedAnalysis.
+#include "glo.h"
+#include "host_services.h"
+#include "solver/program/job.h"
+#include "reference_host.h"
+
+#include <CLI/CLI.hpp>
+#include <csignal>
+
+namespace {
+
+// The library runs between the two.
+class Library {
+public:
+  Library() { Shared_Analysis_XP_initialize(&components_); }
+  ~Library() { Shared_Analysis_XP_finalize(&components_); }
+  Library(const Library&) = delete;
+  Library& operator=(const Library&) = delete;
+
+private:
+  int32_t components_ = 0;
+};
+
+// The ranks of the job are connected between the two.
+class Connection {
+public:
+  Connection() { sharedanalysis::host::connectRanks(); }
+  ~Connection() { sharedanalysis::host::disconnectRanks(); }
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+  bool isRoot() const { return DMPC_GETRANK() == 0; }
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+  using namespace sharedanalysis::solver;
+  // a file-size limit and a closed pipe come back as errors of the write
+  std::signal(SIGXFSZ, SIG_IGN);
+  std::signal(SIGPIPE, SIG_IGN);
+
+  JobOptions options;
+  CLI::App app("Explicit dynamics of hyperelastic solids meshed with 8-node bricks", "sharedanalysis-explicit");
+  app.add_option("CASE", options.caseFile, "Case file (TOML)")->required();
+  app.add_option("-t,--threads", options.threads,
+                 "Threads of each rank; without this option as many as OpenMP offers, on several ranks one")
+      ->check(CLI::Range(1, 1024));
+  app.add_option("-o,--output", options.outputDirectory, "Directory of the results, instead of output.directory");
+  app.add_flag("--digest", options.digest, "Also write hashes of all fields, for sharedanalysis-compare");
+  app.add_flag("--check", options.checkOnly, "Read and check the input, write nothing");
+  app.add_flag("-q,--quiet", options.quiet, "Show errors only");
+  app.set_version_flag("--version", "sharedanalysis-explicit " SHAREDANALYSIS_VERSION);
+  try {
+    const Connection connection;
+    try {
+      app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+      if (!connection.isRoot()) return error.get_exit_code() == 0 ? exitComplete : exitInput;
+      if (error.get_exit_code() == 0) return app.exit(error);
+      reportError(std::string(error.what()) + " (--help lists the options)");
+      return exitInput;
+    }
+    const Library library;
+    return runJob(options);
+  } catch (const std::exception& error) { // of the connection
+    reportError(error.what());
+    return exitEndedEarly;
+  }
+}

@@ -1,0 +1,308 @@
+#include "solver/program/material_path.h"
+
+#include "solver/results/drawing.h"
+#include "glo.h"
+#include "solver/input/material_reader.h"
+#include "solver/model/materials.h"
+#include "solver/results/partial_file.h"
+#include "reference_host.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <sstream>
+
+namespace sharedanalysis::solver {
+namespace {
+
+using Stretch = std::array<double, 6>;  // left stretch, S33
+using Gradient = std::array<double, 9>; // deformation gradient, row by row
+
+// The material at one point; evaluations leave no trace until the point is told to remember.
+class Point {
+public:
+  Point(const Material& material, double stepTime) : points_(material, 1), stepTime_(stepTime) {}
+
+  std::array<double, 6> stress(const Stretch& V, const Gradient& F) {
+    std::array<double, 6> s{};
+    double bound = 0, bulk = 0;
+    points_.respond(V.data(), F.data(), stepTime_, s.data(), &bound, &bulk, work_);
+    return s;
+  }
+  void remember(const Stretch& V, const Gradient& F, PathPoint& p) {
+    stress(V, F);
+    points_.remember();
+    points_.energies(V.data(), &p.stored, &p.lost, work_);
+  }
+  bool isFlat() const { return points_.flag()[0] != 0; }
+
+private:
+  MaterialPoints points_;
+  MaterialWork work_;
+  double stepTime_;
+};
+
+int freeDirections(Mode mode) {
+  return mode == Mode::Uniaxial ? 2 : mode == Mode::Equibiaxial || mode == Mode::Planar ? 1 : 0;
+}
+
+Stretch stretchOf(Mode mode, double s, double free) {
+  switch (mode) {
+  case Mode::Uniaxial:
+    return {s, free, free, 0, 0, 0};
+  case Mode::Equibiaxial:
+    return {s, s, free, 0, 0, 0};
+  case Mode::Planar:
+    return {s, 1, free, 0, 0, 0};
+  case Mode::Volumetric:
+    return {s, s, s, 0, 0, 0};
+  case Mode::Confined:
+    return {s, 1, 1, 0, 0, 0};
+  case Mode::Shear: {
+    const int32_t one = 1;
+    const double b[6] = {1 + s * s, 1, 1, s, 0, 0}; // F F'
+    Stretch V;
+    GLO_UTI_SQRTV(&one, b, V.data());
+    return V;
+  }
+  }
+  return {};
+}
+
+Gradient gradientOf(Mode mode, double s, const Stretch& V) {
+  if (mode == Mode::Shear) return {1, s, 0, 0, 1, 0, 0, 0, 1};
+  return {V[0], 0, 0, 0, V[1], 0, 0, 0, V[2]};
+}
+
+double isochoric(Mode mode, double s) {
+  return mode == Mode::Uniaxial ? 1 / std::sqrt(s) : mode == Mode::Equibiaxial ? 1 / (s * s) : 1 / s;
+}
+
+// Where f, which rises as stresses do with their stretch, passes zero: a bracket that grows by factors from x towards it, then
+// halved.  A NaN on the way ends the search.
+template <class Function>
+bool findRoot(Function f, double& x, double growth) {
+  const double start = f(x);
+  if (start == 0) return true;
+  const bool up = start < 0;
+  double before = x, beyond = x, value = start;
+  for (int k = 0; k < 400 && (value < 0) == up; ++k) {
+    const double factor = std::pow(growth, 1 + k / 20);
+    before = beyond;
+    beyond = up ? beyond * factor : beyond / factor;
+    value = f(beyond);
+    if (value != value) return false;
+  }
+  if ((value < 0) == up && value != 0) return false;
+  for (int k = 0; k < 200; ++k) {
+    const double middle = 0.5 * (before + beyond);
+    if (middle == before || middle == beyond) break;
+    ((f(middle) < 0) == up ? before : beyond) = middle;
+  }
+  x = 0.5 * (before + beyond);
+  return true;
+}
+
+class Follower {
+public:
+  Follower(const MaterialPath& path, const Material& material) : path_(path), point_(material, path.stepTime) {}
+
+  std::vector<PathPoint> run() {
+    const double start = path_.mode == Mode::Shear ? 0.0 : 1.0;
+    stretch_ = start;
+    std::vector<PathPoint> points{record()};
+    double from = path_.byStress ? 0.0 : start;
+    for (const double to : path_.turns) {
+      for (int k = 1; k <= path_.steps; ++k) {
+        const double target = from + (to - from) * k / path_.steps;
+        if (path_.byStress)
+          reach(target);
+        else
+          stretch_ = target;
+        points.push_back(record());
+        if (host::threadError()) fail("a kernel ended the analysis");
+      }
+      from = to;
+    }
+    return points;
+  }
+
+private:
+  [[noreturn]] void fail(const std::string& what) const {
+    throw InputError("path \"" + path_.name + "\" at stretch " + shortNumber(stretch_) + ": " + what);
+  }
+
+  // The free stretch without stress, from the one before; NaN where there is none.
+  double close(double s) {
+    if (freeDirections(path_.mode) == 0) return 1;
+    double a = free_ > 0 ? free_ : isochoric(path_.mode, s);
+    const auto left = [&](double trial) { return stressAt(s, trial)[2]; };
+    return findRoot(left, a, 1.01) ? a : std::numeric_limits<double>::quiet_NaN();
+  }
+
+  double nominalAt(double s, double a) { return nominal(s, a, stressAt(s, a)); }
+  std::array<double, 6> stressAt(double s, double a) {
+    const Stretch V = stretchOf(path_.mode, s, a);
+    return point_.stress(V, gradientOf(path_.mode, s, V));
+  }
+  double nominal(double s, double a, const std::array<double, 6>& t) const {
+    switch (path_.mode) {
+    case Mode::Uniaxial:
+      return t[0] * a * a;
+    case Mode::Equibiaxial:
+      return t[0] * s * a;
+    case Mode::Planar:
+      return t[0] * a;
+    case Mode::Volumetric:
+      return t[0] * s * s;
+    case Mode::Confined:
+      return t[0];
+    case Mode::Shear:
+      return t[3]; // the sheared faces keep their area
+    }
+    return 0;
+  }
+
+  void reach(double target) {
+    const bool shear = path_.mode == Mode::Shear;
+    double x = shear ? std::exp(stretch_) : stretch_; // an amount of shear may pass zero: by its exponential
+    const auto missing = [&](double trial) {
+      const double s = shear ? std::log(trial) : trial;
+      return nominalAt(s, close(s)) - target;
+    };
+    if (!findRoot(missing, x, 1.005)) fail("a nominal stress of " + shortNumber(target) + " Pa is not reached");
+    stretch_ = shear ? std::log(x) : x;
+  }
+
+  PathPoint record() {
+    PathPoint p{};
+    p.stretch = stretch_;
+    p.free = free_ = close(stretch_);
+    if (free_ != free_) fail("no free stretch leaves its direction without stress");
+    const Stretch V = stretchOf(path_.mode, stretch_, free_);
+    const Gradient F = gradientOf(path_.mode, stretch_, V);
+    const std::array<double, 6> t = point_.stress(V, F);
+    if (point_.isFlat()) fail("there is no volume left");
+    std::copy(t.begin(), t.end(), p.cauchy);
+    p.J = path_.mode == Mode::Shear ? 1 : V[0] * V[1] * V[2];
+    p.nominal = nominal(stretch_, free_, t);
+    point_.remember(V, F, p);
+    if (!std::isfinite(p.nominal + p.stored + p.lost) ||
+        !std::all_of(p.cauchy, p.cauchy + std::size(p.cauchy), [](double x) { return std::isfinite(x); }))
+      fail("the stress or the energy is no finite number");
+    return p;
+  }
+
+  const MaterialPath& path_;
+  Point point_;
+  double stretch_ = 1, free_ = 1;
+};
+
+MaterialPath readPath(const Table& table, const std::vector<Material>& materials) {
+  MaterialPath path;
+  path.name = table.text("name");
+  const auto index = [&](const char* key, const std::string& value, const Names& names) {
+    const auto found = std::find(names.begin(), names.end(), value);
+    if (found == names.end())
+      table.fail(key, "no " + std::string(key) + " \"" + value + "\", expected " + joined(names, " or "));
+    return static_cast<std::size_t>(found - names.begin());
+  };
+  Names names;
+  for (const Material& material : materials) names.push_back(material.name);
+  path.material = index("material", table.text("material", names.front()), names);
+  path.mode = static_cast<Mode>(index("mode", table.text("mode"), modeNames()));
+  path.byStress = table.has("stress");
+  if (path.byStress == table.has("stretch"))
+    table.fail(nullptr, "path \"" + path.name + "\" has " + (path.byStress ? "both stretch and stress" : "no turns") +
+                            ", expected stretch = [...] or stress = [...]");
+  path.turns = path.byStress ? table.reals("stress", "Pa") : table.reals("stretch", "");
+  if (!path.byStress && path.mode != Mode::Shear)
+    for (const double s : path.turns)
+      if (!(s > 0)) table.fail("stretch", "stretch has " + shortNumber(s) + ", expected positive numbers");
+  path.steps = static_cast<int>(table.real("steps", stepCount, "", path.steps));
+  path.stepTime = table.real("step_time", positive, "s", path.stepTime);
+  if (table.has("data")) {
+    const Table data = table.table("data", {"stretch", "stress"});
+    path.data = {data.reals("stretch", ""), data.reals("stress", "Pa")};
+    if (path.data.stretch.size() != path.data.stress.size())
+      data.fail("stress", "stress has " + counted(path.data.stress.size(), "number") + " and stretch has " +
+                              std::to_string(path.data.stretch.size()) + ", expected as many of both");
+  }
+  return path;
+}
+
+void append(std::string& line, double value) {
+  char text[32];
+  const auto end = std::to_chars(text, text + sizeof text, value).ptr;
+  line.append(line.empty() ? 0 : 1, ',').append(text, end);
+}
+
+} // namespace
+
+const std::vector<std::string>& modeNames() {
+  static const std::vector<std::string> names = {"uniaxial",   "equibiaxial", "planar",
+                                                 "volumetric", "shear",       "confined"};
+  return names;
+}
+
+PathCase readPathCase(const std::filesystem::path& file) {
+  const Table table(file, readText(file), {"title", "job", "material", "path", "output"});
+  PathCase result;
+  result.file = file;
+  result.job = table.text("job", file.stem().string());
+  if (result.job.find('/') != std::string::npos)
+    table.fail("job", "job is \"" + result.job + "\", expected a name for files, without directories");
+  result.title = table.text("title", result.job);
+  const Table output = table.table("output", {"directory"});
+  result.outputDirectory = output.has("directory") ? file.parent_path() / output.text("directory") : ".";
+  for (const Table& material : table.tables("material", materialKeys()))
+    result.materials.push_back(readMaterial(material));
+  if (result.materials.empty()) throw InputError(file.string() + ": no material, expected [[material]]");
+  for (const Table& path :
+       table.tables("path", {"name", "material", "mode", "stretch", "stress", "steps", "step_time", "data"}))
+    result.paths.push_back(readPath(path, result.materials));
+  if (result.paths.empty()) throw InputError(file.string() + ": no path, expected [[path]]");
+  return result;
+}
+
+std::vector<PathPoint> follow(const MaterialPath& path, const Material& material) {
+  return Follower(path, material).run();
+}
+
+void writeTable(const std::filesystem::path& name, const PathCase& definition,
+                const std::vector<std::vector<PathPoint>>& results) {
+  PartialTextFile file(name);
+  file.put(
+      "path,stretch,free_stretch,volume_ratio,nominal_stress,stress_xx,stress_yy,stress_zz,stress_xy,stored_energy,"
+      "lost_energy");
+  for (std::size_t k = 0; k < results.size(); ++k)
+    for (const PathPoint& p : results[k]) {
+      std::string line = '"' + definition.paths[k].name + '"';
+      for (const double value :
+           {p.stretch, p.free, p.J, p.nominal, p.cauchy[0], p.cauchy[1], p.cauchy[2], p.cauchy[3], p.stored, p.lost})
+        append(line, value);
+      file.put(line);
+    }
+  file.close();
+  file.complete();
+}
+
+void writeDrawing(const std::filesystem::path& name, const PathCase& definition,
+                  const std::vector<std::vector<PathPoint>>& results) {
+  Drawing drawing(definition.title, "stretch", "nominal stress in MPa");
+  for (std::size_t k = 0; k < results.size(); ++k) {
+    std::vector<double> x, y;
+    for (const PathPoint& p : results[k]) {
+      x.push_back(p.stretch);
+      y.push_back(p.nominal / 1e6);
+    }
+    drawing.curve(definition.paths[k].name, x, y);
+    std::vector<double> stress = definition.paths[k].data.stress;
+    for (double& s : stress) s /= 1e6;
+    if (!stress.empty()) drawing.marks(definition.paths[k].data.stretch, stress);
+  }
+  drawing.write(name);
+}
+
+} // namespace sharedanalysis::solver

@@ -1,0 +1,62 @@
+// One point of a material led along a path, as a test would do it: stretch or stress prescribed, the free directions without
+// stress.
+#pragma once
+
+#include "solver/model/model.h"
+
+#include <string>
+#include <vector>
+
+namespace sharedanalysis::solver {
+
+//   Uniaxial     (s, a, a), a free          Equibiaxial  (s, s, a), a free
+//   Planar       (s, 1, a), a free          Volumetric   (s, s, s)
+//   Shear        simple shear by the amount s, the volume kept
+//   Confined     (s, 1, 1)
+enum class Mode { Uniaxial, Equibiaxial, Planar, Volumetric, Shear, Confined };
+const std::vector<std::string>& modeNames();
+
+struct TestData {
+  std::vector<double> stretch, stress; // nominal
+};
+
+struct MaterialPath {
+  std::string name;
+  std::size_t material; // index into PathCase::materials
+  Mode mode = Mode::Uniaxial;
+  bool byStress = false;     // turns are nominal stresses in Pa, else stretches (of shear: amounts)
+  std::vector<double> turns; // visited one after the other from the undeformed state
+  int steps = 100;           // of each leg
+  double stepTime = 1;       // s, of each step, for materials that depend on the rate
+  TestData data;
+};
+
+struct PathCase {
+  std::filesystem::path file, outputDirectory;
+  std::string job, title;
+  std::vector<Material> materials;
+  std::vector<MaterialPath> paths;
+};
+
+PathCase readPathCase(const std::filesystem::path& file);
+
+struct PathPoint {
+  double stretch; // of shear: the amount
+  double free;    // stretch of the free directions; 1 where there are none
+  double J;
+  double nominal;      // stress over the undeformed area; of shear the shear stress
+  double cauchy[6];    // S33, Pa
+  double stored, lost; // J/m3
+};
+
+// The states on the path, the undeformed one first.  Throws InputError where a stress is not reached, or no free stretch without
+// stress is found.
+std::vector<PathPoint> follow(const MaterialPath& path, const Material& material);
+
+// All paths into one table, and a drawing of nominal stress over stretch with the data of tests beside the curves.
+void writeTable(const std::filesystem::path& file, const PathCase& definition,
+                const std::vector<std::vector<PathPoint>>& results);
+void writeDrawing(const std::filesystem::path& file, const PathCase& definition,
+                  const std::vector<std::vector<PathPoint>>& results);
+
+} // namespace sharedanalysis::solver

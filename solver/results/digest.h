@@ -1,0 +1,70 @@
+// Digests of runs: hashes of everything that is written, by which two runs are compared to the last bit.
+#pragma once
+
+#include "solver/analysis/analysis.h"
+#include "solver/results/field_names.h"
+#include "solver/results/partial_file.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace sharedanalysis::solver {
+
+// Of the exact bits: 0 and -0 differ, and so do NaNs of different bits.  A change of one value always changes the hash.
+uint64_t hashOf(std::span<const double> values);
+uint64_t hashOf(std::span<const uint64_t> words);
+
+// Arrays are hashed in chunks of entities, in the order of the mesh.
+struct Chunk {
+  int64_t first = 0, last = 0; // numbers of the mesh
+};
+
+struct ArrayDigest {
+  const FieldName* name = nullptr;
+  uint64_t hash = 0;            // of the hashes of the chunks
+  std::vector<uint64_t> chunks; // one for an array of the model
+};
+
+struct OutputDigest {
+  int64_t increment = 0;
+  double time = 0;
+  std::vector<ArrayDigest> arrays; // as fieldNames has them
+};
+
+struct Digest {
+  std::string job;
+  uint64_t mesh = 0; // numbers, coordinates, connectivity and groups
+  int64_t nodes = 0, elements = 0;
+  std::vector<Chunk> nodeChunks, elementChunks;
+  std::vector<OutputDigest> outputs;
+
+  const std::vector<Chunk>& chunksOf(Entity entity) const {
+    return entity == Entity::Node ? nodeChunks : elementChunks;
+  }
+};
+
+// Entities of one chunk but the last one of `count` entities.
+int64_t chunkLength(int64_t count);
+
+// Throws InputError "file:line: what is wrong": unreadable, no digest, cut off, hashes that do not belong together.
+Digest readDigest(const std::filesystem::path& file);
+
+// The digest of a run that goes on; docs/ranks-and-reproducibility.md describes the file.
+class DigestFile {
+public:
+  DigestFile(const std::filesystem::path& name, const std::string& job, const Mesh& mesh);
+
+  void write(const Progress& progress, const Fields& fields, const Energies& energies);
+  // Nothing can be written afterwards; a file that was not closed counts as cut off.
+  void close();
+  const PartialFile& file() const { return file_; }
+
+private:
+  PartialTextFile file_;
+  int64_t outputs_ = 0;
+};
+
+} // namespace sharedanalysis::solver

@@ -1,0 +1,51 @@
+// A hash of exact bits: of results, to compare runs, and of what ranks have read.
+#pragma once
+
+#include "solver/model/model.h"
+
+#include <bit>
+#include <cstdint>
+#include <string_view>
+
+namespace sharedanalysis::solver {
+
+// Every step is one to one in the word and in what came before: one changed word always changes the result.
+class Hash {
+public:
+  void add(uint64_t word) {
+    state_ = (state_ ^ word) * 0xd6e8feb86659fd93U;
+    state_ ^= state_ >> 32;
+  }
+  void add(double value) { add(std::bit_cast<uint64_t>(value)); }
+  void add(std::string_view text) {
+    add(uint64_t{text.size()});
+    for (const char letter : text) add(uint64_t{static_cast<unsigned char>(letter)});
+  }
+  void add(const Mesh& mesh) {
+    addAll(mesh.nodeNumbers);
+    addAll(mesh.elementNumbers);
+    addAll(mesh.coordinates);
+    addAll(mesh.connectivity);
+    for (const Group& group : mesh.groups) {
+      add(group.name);
+      addAll(group.nodes);
+      addAll(group.elements);
+    }
+  }
+  uint64_t value() const { return state_; }
+
+private:
+  template <class Number>
+  void addAll(const std::vector<Number>& values) {
+    add(uint64_t{values.size()});
+    for (const Number value : values)
+      if constexpr (std::is_floating_point_v<Number>)
+        add(value);
+      else
+        add(static_cast<uint64_t>(value));
+  }
+
+  uint64_t state_ = 0x9e3779b97f4a7c15U;
+};
+
+} // namespace sharedanalysis::solver

@@ -1,0 +1,91 @@
+#include "solver/results/history.h"
+
+#include "spx.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+
+namespace sharedanalysis::solver {
+namespace {
+
+void append(std::string& line, double value) {
+  std::array<char, 32> text;
+  const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
+  if (!line.empty()) line += ',';
+  line.append(text.data(), end);
+}
+
+const std::array filteredNames{"kinetic_energy",    "strain_energy", "hourglass_energy",   "viscous_energy",
+                               "damage_energy",     "external_work", "total_energy",       "momentum_x",
+                               "momentum_y",        "momentum_z",    "angular_momentum_x", "angular_momentum_y",
+                               "angular_momentum_z"};
+
+std::vector<double> valuesToFilter(const Analysis& analysis) {
+  const Energies e = analysis.energies();
+  std::vector<double> values{e.kinetic, e.strain, e.hourglass, e.viscous, e.damage, e.external, e.total()};
+  for (const auto& momentum : {analysis.linearMomentum(), analysis.angularMomentum()})
+    values.insert(values.end(), momentum.begin(), momentum.end());
+  return values;
+}
+
+// The coefficients belong to increments of one length and change with it: the history of a section holds signals, which stay what
+// they are.  Increments too long for the cut-off lower it.
+std::vector<double> coefficientsFor(host::LowPass lowPass, double increment) {
+  lowPass.cutoff = std::min(lowPass.cutoff, 0.45 / increment);
+  return host::lowPassCoefficients(lowPass, increment);
+}
+
+} // namespace
+
+HistoryFile::HistoryFile(const std::filesystem::path& name, const std::optional<host::LowPass>& lowPass)
+    : file_(name), lowPass_(lowPass) {
+  std::string names =
+      "time,increment,stable_increment,kinetic_energy,strain_energy,hourglass_energy,viscous_energy,damage_energy,"
+      "external_work,total_energy,balance_error,momentum_x,momentum_y,momentum_z,angular_momentum_x,angular_momentum_y,"
+      "angular_momentum_z";
+  if (lowPass_)
+    for (const char* filtered : filteredNames) names += std::string(",filtered_") + filtered;
+  file_.put(names);
+}
+
+void HistoryFile::filter(const Analysis& analysis) {
+  const double time = analysis.progress().time;
+  std::vector<double> values = valuesToFilter(analysis);
+  const auto count = static_cast<int32_t>(values.size());
+  const int32_t one = 1, ordinary = 1, sections = lowPass_->order / 2, unread = 0;
+  if (filtered_.empty()) {
+    filterHistory_.resize(values.size() * static_cast<std::size_t>(2 * sections + 2));
+    SPX_OPE_INIFILTERFLD(&count, &ordinary, &one, &sections, &unread, values.data(), values.data(),
+                         filterHistory_.data());
+  } else if (time > filteredTime_) {
+    const std::vector<double> coefficients = coefficientsFor(*lowPass_, time - filteredTime_);
+    SPX_OPE_FILTERFLD(&count, &one, &unread, &sections, values.data(), &unread, coefficients.data(),
+                      filterHistory_.data());
+  } else {
+    return;
+  }
+  filteredTime_ = time;
+  filtered_ = std::move(values);
+}
+
+void HistoryFile::write(const Analysis& analysis, double balanceError) {
+  const Progress progress = analysis.progress();
+  const Energies energies = analysis.energies();
+  std::string line;
+  append(line, progress.time);
+  line += ',' + std::to_string(progress.increment);
+  for (const double value : {progress.stableIncrement, energies.kinetic, energies.strain, energies.hourglass,
+                             energies.viscous, energies.damage, energies.external, energies.total(), balanceError})
+    append(line, value);
+  for (const double value : analysis.linearMomentum()) append(line, value);
+  for (const double value : analysis.angularMomentum()) append(line, value);
+  for (const double value : filtered_) append(line, value);
+  file_.put(line);
+}
+
+void HistoryFile::close() { file_.close(); }
+
+} // namespace sharedanalysis::solver

@@ -1,0 +1,237 @@
+#include "solver/results/results.h"
+
+#include "solver/analysis/derived_fields.h"
+#include "solver/results/field_names.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <ctime>
+#include <exodusII.h>
+
+namespace sharedanalysis::solver {
+namespace {
+
+constexpr int brickNodes = 8;
+constexpr std::size_t stressComponents = 6;
+
+// The variables of nodes, elements or the model, in the order in which they are written.
+std::vector<std::string> variablesOf(Entity entity) {
+  std::vector<std::string> names;
+  for (const FieldName& field : fieldNames)
+    if (field.entity == entity)
+      names.insert(names.end(), field.components.begin(), field.components.begin() + field.count);
+  return names;
+}
+
+// Exodus takes arrays of pointers to texts that it does not change.
+class TextPointers {
+public:
+  explicit TextPointers(std::vector<std::string> texts) : texts_(std::move(texts)) {
+    for (std::string& text : texts_) pointers_.push_back(text.data());
+  }
+  char** get() { return pointers_.data(); }
+  int count() const { return static_cast<int>(pointers_.size()); }
+  std::size_t longest() const {
+    std::size_t length = 0;
+    for (const std::string& text : texts_) length = std::max(length, text.size());
+    return length;
+  }
+
+private:
+  std::vector<std::string> texts_;
+  std::vector<char*> pointers_;
+};
+
+std::vector<int> countedFromOne(const std::vector<int32_t>& indices) {
+  std::vector<int> result(indices.begin(), indices.end());
+  for (int& index : result) ++index;
+  return result;
+}
+
+bool isNodeSet(const Group& group) { return group.dimension < 3 && !group.nodes.empty(); }
+
+} // namespace
+
+ResultsFile::ResultsFile(const std::filesystem::path& name, const Mesh& mesh, const Case& definition,
+                         const std::vector<std::string>& info)
+    : file_(name), mesh_(mesh) {
+  ex_opts(0); // errors come back as codes, nothing is printed
+  int memoryWord = sizeof(double), fileWord = sizeof(double);
+  id_ = ex_create(file_.path().c_str(), EX_CLOBBER | EX_LARGE_MODEL, &memoryWord, &fileWord);
+  check(id_);
+  try {
+    writeModel(mesh, definition);
+    writeInfo(info);
+    declareVariables();
+    check(ex_update(id_));
+  } catch (...) {
+    ex_close(id_);
+    throw;
+  }
+}
+
+ResultsFile::~ResultsFile() {
+  if (id_ >= 0) ex_close(id_);
+}
+
+void ResultsFile::check(int status) const {
+  if (status >= 0) return;
+  const char *text = "", *routine = "";
+  int code = 0;
+  ex_get_err(&text, &routine, &code);
+  throw WriteError(file_.path(), code > 0 ? std::strerror(code) : text);
+}
+
+void ResultsFile::writeModel(const Mesh& mesh, const Case& definition) {
+  for (const Section& section : definition.sections)
+    blocks_.push_back({section.group, mesh.findGroup(section.group)->elements});
+
+  const auto nodeSets = std::count_if(mesh.groups.begin(), mesh.groups.end(), isNodeSet);
+  std::size_t longestName = MAX_NAME_LENGTH;
+  for (const Group& group : mesh.groups) longestName = std::max(longestName, group.name.size());
+  check(ex_set_max_name_length(id_, static_cast<int>(longestName)));
+
+  const std::string title = definition.title.substr(0, MAX_LINE_LENGTH);
+  check(ex_put_init(id_, title.c_str(), 3, mesh.nodes(), mesh.elements(), static_cast<int64_t>(blocks_.size()),
+                    nodeSets, 0));
+
+  const std::size_t nodes = mesh.nodeNumbers.size();
+  std::array<std::vector<double>, 3> coordinates;
+  for (std::size_t c = 0; c < 3; ++c) {
+    coordinates[c].resize(nodes);
+    for (std::size_t n = 0; n < nodes; ++n) coordinates[c][n] = mesh.coordinates[3 * n + c];
+  }
+  check(ex_put_coord(id_, coordinates[0].data(), coordinates[1].data(), coordinates[2].data()));
+  check(ex_put_coord_names(id_, TextPointers({"x", "y", "z"}).get()));
+  const std::vector<int> nodeNumbers(mesh.nodeNumbers.begin(), mesh.nodeNumbers.end());
+  check(ex_put_id_map(id_, EX_NODE_MAP, nodeNumbers.data()));
+
+  writeBlocks(mesh);
+  writeNodeSets(mesh);
+}
+
+void ResultsFile::writeBlocks(const Mesh& mesh) {
+  std::vector<int> elementNumbers;
+  std::vector<std::string> names;
+  for (const Block& block : blocks_) {
+    const ex_entity_id blockId = static_cast<ex_entity_id>(names.size() + 1);
+    std::vector<int> connectivity;
+    connectivity.reserve(brickNodes * block.elements.size());
+    for (const int32_t element : block.elements) {
+      const std::size_t e = static_cast<std::size_t>(element);
+      for (std::size_t k = 0; k < brickNodes; ++k) connectivity.push_back(mesh.connectivity[brickNodes * e + k] + 1);
+      elementNumbers.push_back(static_cast<int>(mesh.elementNumbers[e]));
+    }
+    check(ex_put_block(id_, EX_ELEM_BLOCK, blockId, "HEX8", static_cast<int64_t>(block.elements.size()), brickNodes, 0,
+                       0, 0));
+    check(ex_put_conn(id_, EX_ELEM_BLOCK, blockId, connectivity.data(), nullptr, nullptr));
+    names.push_back(block.name);
+  }
+  check(ex_put_names(id_, EX_ELEM_BLOCK, TextPointers(names).get()));
+  check(ex_put_id_map(id_, EX_ELEM_MAP, elementNumbers.data()));
+}
+
+void ResultsFile::writeNodeSets(const Mesh& mesh) {
+  std::vector<std::string> names;
+  for (const Group& group : mesh.groups) {
+    if (!isNodeSet(group)) continue;
+    const ex_entity_id setId = static_cast<ex_entity_id>(names.size() + 1);
+    check(ex_put_set_param(id_, EX_NODE_SET, setId, static_cast<int64_t>(group.nodes.size()), 0));
+    check(ex_put_set(id_, EX_NODE_SET, setId, countedFromOne(group.nodes).data(), nullptr));
+    names.push_back(group.name);
+  }
+  if (!names.empty()) check(ex_put_names(id_, EX_NODE_SET, TextPointers(names).get()));
+}
+
+void ResultsFile::writeInfo(const std::vector<std::string>& info) {
+  std::vector<std::string> lines;
+  for (const std::string& line : info) lines.push_back(line.substr(0, MAX_LINE_LENGTH));
+  TextPointers texts(lines);
+  check(ex_put_info(id_, texts.count(), texts.get()));
+
+  std::array<char, 16> date{}, clock{};
+  const std::time_t now = std::time(nullptr);
+  std::tm local{};
+  localtime_r(&now, &local);
+  std::strftime(date.data(), date.size(), "%Y-%m-%d", &local);
+  std::strftime(clock.data(), clock.size(), "%H:%M:%S", &local);
+  TextPointers record({"sharedanalysis-explicit", SHAREDANALYSIS_VERSION, date.data(), clock.data()});
+  char* records[1][4];
+  std::copy_n(record.get(), 4, records[0]);
+  check(ex_put_qa(id_, 1, records));
+}
+
+void ResultsFile::declareVariables() {
+  const auto declare = [&](ex_entity_type type, std::vector<std::string> names) {
+    TextPointers texts(std::move(names));
+    check(ex_put_variable_param(id_, type, texts.count()));
+    check(ex_put_variable_names(id_, type, texts.count(), texts.get()));
+  };
+  declare(EX_GLOBAL, variablesOf(Entity::Model));
+  declare(EX_NODAL, variablesOf(Entity::Node));
+  std::vector<std::string> elementNames = variablesOf(Entity::Element);
+  elementNames.insert(elementNames.end(), derivedFieldNames.begin(), derivedFieldNames.end());
+  // every block has every variable
+  std::vector<int> table(blocks_.size() * elementNames.size(), 1);
+  const int count = static_cast<int>(elementNames.size());
+  declare(EX_ELEM_BLOCK, std::move(elementNames));
+  check(ex_put_truth_table(id_, EX_ELEM_BLOCK, static_cast<int>(blocks_.size()), count, table.data()));
+}
+
+void ResultsFile::write(double time, const Fields& fields, const Energies& energies) {
+  ++count_;
+  check(ex_put_time(id_, count_, &time));
+  const auto globals = energies.values();
+  check(ex_put_var(id_, count_, EX_GLOBAL, 1, 1, static_cast<int64_t>(globals.size()), globals.data()));
+  writeNodeVector(1, fields.displacement);
+  writeNodeVector(4, fields.velocity);
+  writeNodeVector(7, fields.reaction);
+  for (std::size_t c = 0; c < stressComponents; ++c)
+    writeElementVariable(static_cast<int>(c) + 1, fields.stress, stressComponents, c);
+  writeElementVariable(7, fields.strainEnergy, 1, 0);
+  writeElementVariable(8, fields.mask, 1, 0);
+  writeDerivedFields(9, fields);
+  check(ex_update(id_));
+}
+
+void ResultsFile::writeNodeVector(int firstVariable, std::span<const double> values) {
+  const std::size_t nodes = values.size() / 3;
+  scratch_.resize(nodes);
+  for (std::size_t c = 0; c < 3; ++c) {
+    for (std::size_t n = 0; n < nodes; ++n) scratch_[n] = values[3 * n + c];
+    check(ex_put_var(id_, count_, EX_NODAL, firstVariable + static_cast<int>(c), 1, static_cast<int64_t>(nodes),
+                     scratch_.data()));
+  }
+}
+
+void ResultsFile::writeElementVariable(int variable, std::span<const double> values, std::size_t stride,
+                                       std::size_t component) {
+  for (std::size_t b = 0; b < blocks_.size(); ++b) {
+    const std::vector<int32_t>& elements = blocks_[b].elements;
+    scratch_.resize(elements.size());
+    for (std::size_t k = 0; k < elements.size(); ++k)
+      scratch_[k] = values[stride * static_cast<std::size_t>(elements[k]) + component];
+    check(ex_put_var(id_, count_, EX_ELEM_BLOCK, variable, static_cast<ex_entity_id>(b + 1),
+                     static_cast<int64_t>(elements.size()), scratch_.data()));
+  }
+}
+
+void ResultsFile::writeDerivedFields(int firstVariable, const Fields& fields) {
+  for (std::size_t b = 0; b < blocks_.size(); ++b) {
+    const std::size_t count = blocks_[b].elements.size();
+    const std::vector<double> values = derivedFields(mesh_, blocks_[b].elements, fields);
+    for (std::size_t k = 0; k < derivedFieldNames.size(); ++k)
+      check(ex_put_var(id_, count_, EX_ELEM_BLOCK, firstVariable + static_cast<int>(k),
+                       static_cast<ex_entity_id>(b + 1), static_cast<int64_t>(count), values.data() + k * count));
+  }
+}
+
+void ResultsFile::close() {
+  const int status = ex_close(id_);
+  id_ = -1;
+  check(status);
+  file_.synchronise();
+}
+
+} // namespace sharedanalysis::solver

@@ -1,0 +1,55 @@
+// Fields of a run in an Exodus II file.
+#pragma once
+
+#include "solver/analysis/analysis.h"
+#include "solver/results/partial_file.h"
+
+#include <string>
+#include <vector>
+
+namespace sharedanalysis::solver {
+
+// Blocks are the sections, node sets the groups of faces, edges and points; numbers are those of the mesh file.  Node
+// variables are displacement, velocity and reaction (_x _y _z), element variables stress (_xx _yy _zz _xy _yz _xz),
+// strain_energy_density, mask and the derived fields, global variables the energies.  Everything is in double precision.  The file can be
+// opened by a viewer after every write.  All members throw WriteError.
+class ResultsFile {
+public:
+  // info: lines that go into the file as they are, cut to 80 characters.  The mesh outlives the file.
+  ResultsFile(const std::filesystem::path& name, const Mesh& mesh, const Case& definition,
+              const std::vector<std::string>& info);
+  ~ResultsFile();
+  ResultsFile(const ResultsFile&) = delete;
+  ResultsFile& operator=(const ResultsFile&) = delete;
+
+  void write(double time, const Fields& fields, const Energies& energies);
+  // Nothing can be written afterwards.
+  void close();
+  const PartialFile& file() const { return file_; }
+  int count() const { return count_; }
+
+private:
+  struct Block {
+    std::string name;
+    std::vector<int32_t> elements;
+  };
+
+  void check(int status) const;
+  void writeModel(const Mesh& mesh, const Case& definition);
+  void writeBlocks(const Mesh& mesh);
+  void writeNodeSets(const Mesh& mesh);
+  void writeInfo(const std::vector<std::string>& info);
+  void declareVariables();
+  void writeNodeVector(int firstVariable, std::span<const double> values);
+  void writeElementVariable(int variable, std::span<const double> values, std::size_t stride, std::size_t component);
+  void writeDerivedFields(int firstVariable, const Fields& fields);
+
+  PartialFile file_;
+  const Mesh& mesh_;
+  int id_ = -1;
+  int count_ = 0;
+  std::vector<Block> blocks_;
+  std::vector<double> scratch_;
+};
+
+} // namespace sharedanalysis::solver

@@ -1,0 +1,57 @@
+// Johnson-Holmquist ceramic, the second model of the two authors: strength falls gradually with damage.
+#include "spx.h"
+#include "spx/impl/user/ceramic.h"
+
+namespace sa::user {
+namespace {
+
+struct Jh2 : CeramicConstants {
+  static constexpr bool kGradual = true;
+  static constexpr int kProperties = 18;
+  double A, B, M, N, largestFractured, elasticPressure, perPressure, elasticStrength, D1, D2;
+
+  static bool isRefused(const Block& b) {
+    return refuseUnless(b, b.isSolid() || b.isPlane(),
+                        "Subroutine VUMAT for Johnson-Holmquist ceramic materials only supports 3D and "
+                        "plane strain elements.") ||
+           refuseStates(b, kStates,
+                        "Subroutine VUMAT for Johnson-Holmquist ceramic materials requires the "
+                        "specification of %I state variables. Check the "
+                        "definition of *DEPVAR in the input file.") ||
+           refuseProperties(b, kProperties,
+                            "Subroutine VUMAT for Johnson-Holmquist ceramic materials requires the "
+                            "specification of %I material properties. Check the "
+                            "*USER MATERIAL option for material %S.") ||
+           refuseValues(b, {1, 7, 8, 10, 14}) ||
+           refuseUnless(b, b.props[9] > b.props[10],
+                        "HEL of material %S, property 10, must be greater than its PHEL, property 11.");
+  }
+  explicit Jh2(const Block& block) {
+    const double* p = block.props;
+    G = p[0], perG3 = 1.0 / (3.0 * G), A = p[1], B = p[2], C = p[3], M = p[4], N = p[5], perReferenceRate = 1.0 / p[6],
+    T = p[7];
+    largestFractured = p[8] > 0.0 ? p[8] : vm::kInfinity;
+    D1 = p[11], D2 = p[12], K1 = p[13], perK1 = 1.0 / p[13], K2 = p[14], K3 = p[15], beta = p[16],
+    deletionStrain = strainOrNone(p[17]);
+    // the elastic limit in uniaxial strain, HEL = P + 2/3 sHEL
+    const double limit = p[9];
+    const auto axial = [this](double mu) { return cubic(mu) + 4.0 / 3.0 * G * mu / (1.0 + mu); };
+    elasticPressure = p[10] > 0.0 ? p[10] : cubic(solveIncreasing(limit, axial));
+    perPressure = 1.0 / elasticPressure;
+    elasticStrength = 1.5 * (limit - elasticPressure);
+  }
+  SA_INLINE bool isSudden(const Strength& s) const {
+    return 3.0 * G * vm::max(1e-30, s.failureStrain) <= s.intact - s.fractured;
+  }
+  SA_INLINE Strength strength(double p, double rateFactor) const {
+    const double ratio = p * perPressure, shifted = (p + T) * perPressure, scale = elasticStrength * rateFactor;
+    const double fractured = vm::min(largestFractured * elasticStrength, scale * B * power(ratio, M));
+    return {scale * A * power(shifted, N), vm::select(p > 0.0, fractured, 0.0), D1 * power(shifted, D2)};
+  }
+};
+
+} // namespace
+
+SA_USER_MATERIAL(SPX_USR_JH2, Jh2)
+
+} // namespace sa::user

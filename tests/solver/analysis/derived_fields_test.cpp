@@ -1,0 +1,71 @@
+// Principal stresses and material orientations of a body of many blocks, against the tensors and the motion they come from.
+#include "solver/analysis/derived_fields.h"
+#include "tests/solver/models.h"
+#include "tests/support/turns.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+using namespace sharedanalysis;
+using namespace sharedanalysis::test;
+using Reals = std::vector<double>;
+
+TEST(DerivedFields, PrincipalStressesAndOrientationsOfSomeBricks) {
+  const solver::Mesh mesh = box({5, 6, 10}, {1, 2, 3}); // 300 bricks
+  Random random(1);
+  // one deformation of the whole body: F = V R with V's axes off those of R
+  const Quaternion turn = turnAbout({1, -2, 3}, 2.5);
+  Matrix R, A, F;
+  turnedAxes(turn, R);
+  turnedAxes(randomTurn(random), A);
+  const double stretches[] = {0.7, 1.1, 1.6};
+  for (int i = 0; i < 3; ++i)
+    for (int j = 0; j < 3; ++j) {
+      F[i][j] = 0;
+      for (int k = 0; k < 3; ++k)
+        for (int m = 0; m < 3; ++m) F[i][j] += A[i][k] * stretches[k] * A[m][k] * R[m][j];
+    }
+  Reals displacement(mesh.coordinates.size());
+  for (std::size_t n = 0; n < mesh.nodeNumbers.size(); ++n)
+    for (std::size_t i = 0; i < 3; ++i) {
+      displacement[3 * n + i] = 7 - mesh.coordinates[3 * n + i];
+      for (std::size_t j = 0; j < 3; ++j) displacement[3 * n + i] += F[i][j] * mesh.coordinates[3 * n + j];
+    }
+  const std::size_t bricks = static_cast<std::size_t>(mesh.elements());
+  Reals stress(6 * bricks), energy(bricks), mask(bricks);
+  for (double& s : stress) s = random.uniform(-1e6, 1e6);
+  // bricks of every block, one of them masked
+  std::vector<int32_t> elements;
+  for (int32_t e = 3; e < mesh.elements(); ++e)
+    if (e < 60 || e > 255 || e % 7 == 0) elements.push_back(e);
+  const std::size_t masked = 40;
+  mask[static_cast<std::size_t>(elements[masked])] = 1;
+
+  const solver::Fields fields{displacement, {}, {}, stress, energy, mask};
+  const Reals values = solver::derivedFields(mesh, elements, fields);
+  ASSERT_EQ(values.size(), solver::derivedFieldNames.size() * elements.size());
+  for (std::size_t e = 0; e < elements.size(); ++e) {
+    const auto value = [&](std::size_t field) { return values[field * elements.size() + e]; };
+    const double* S = &stress[6 * static_cast<std::size_t>(elements[e])];
+    const double p[] = {value(0), value(1), value(2)};
+    EXPECT_TRUE(p[0] >= p[1] && p[1] >= p[2]);
+    EXPECT_NEAR(p[0] + p[1] + p[2], S[0] + S[1] + S[2], 1e-8);
+    Matrix axes, orientation;
+    turnedAxes({value(3), value(4), value(5), value(6)}, axes);
+    for (std::size_t k = 0; k < 3; ++k)
+      for (std::size_t a = 0; a < 3; ++a) {
+        EXPECT_NEAR(value(7 + 3 * k + a), axes[a][k], 2e-15);
+        double traction = 0;
+        for (std::size_t b = 0; b < 3; ++b) traction += S[kS33[a][b]] * axes[b][k];
+        EXPECT_NEAR(traction, p[k] * axes[a][k], 1e-8) << "brick " << elements[e];
+      }
+    turnedAxes({value(16), value(17), value(18), value(19)}, orientation);
+    const Matrix global = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+    EXPECT_LT(distance(orientation, e == masked ? global : R), 1e-13) << "brick " << elements[e];
+  }
+}
+
+} // namespace

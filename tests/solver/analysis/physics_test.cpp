@@ -1,0 +1,330 @@
+// What mechanics demands of the explicit analysis.
+#include "glo.h"
+#include "tests/solver/models.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <numbers>
+
+namespace {
+
+using namespace sharedanalysis;
+using namespace sharedanalysis::test;
+using solver::Analysis;
+using solver::Case;
+using solver::Ending;
+using solver::Mesh;
+
+class Physics : public testing::Test {
+protected:
+  void SetUp() override { Shared_Analysis_XP_initialize(&components_); }
+  void TearDown() override { Shared_Analysis_XP_finalize(&components_); }
+
+private:
+  int32_t components_ = 0;
+};
+
+void distort(Mesh& mesh, double amount, uint64_t seed) {
+  Random random(seed);
+  std::vector<bool> outside(mesh.nodes());
+  for (int32_t node : mesh.findGroup("surface")->nodes) outside[node] = true;
+  for (int32_t i = 0; i < mesh.nodes(); ++i)
+    for (int c = 0; c < 3; ++c) {
+      const double shift = random.uniform(-amount, amount);
+      if (!outside[i]) mesh.coordinates[3 * i + c] += shift;
+    }
+}
+
+// The column of 1 x 1 x 6 m that is set twisting about its axis, fixed at its base.
+Case twistingColumn(double endTime) {
+  Case c = caseOf(neoHooke(17e6, 0.45, 1100), endTime);
+  fix(c, "z0", "xyz");
+  solver::InitialVelocity spin;
+  spin.origin = {0.5, 0.5, 0};
+  spin.rate = 105;
+  spin.profileLength = 12;
+  c.initialVelocities = {spin};
+  return c;
+}
+
+TEST_F(Physics, PatchTestOfDistortedBricks) {
+  Mesh mesh = box({4, 3, 3}, {1, 0.8, 0.7});
+  distort(mesh, 0.05, 71);
+  Case c = caseOf(neoHooke(1e6, 0.3, 1000), 0.1);
+  c.linearViscosity = c.quadraticViscosity = 0;
+  // the boundary moves with the affine velocity L X; so must the inside, which starts with it and feels no force
+  const double L[3][3] = {{1.0, 0.5, -0.3}, {0.2, -0.8, 0.4}, {0.1, 0.6, 0.7}};
+  std::vector<std::array<double, 3>> velocity(mesh.nodes());
+  for (int32_t i = 0; i < mesh.nodes(); ++i)
+    for (int a = 0; a < 3; ++a)
+      for (int b = 0; b < 3; ++b) velocity[i][a] += L[a][b] * mesh.coordinates[3 * i + b];
+  std::vector<bool> outside(mesh.nodes());
+  for (int32_t node : mesh.findGroup("surface")->nodes) outside[node] = true;
+  for (int32_t i = 0; i < mesh.nodes(); ++i) { // a group for each node
+    mesh.groups.push_back({"node" + std::to_string(i), 0, {i}, {}});
+    solver::PrescribedMotion motion;
+    motion.group = mesh.groups.back().name;
+    if (outside[i]) {
+      for (int a = 0; a < 3; ++a) motion.velocity[a] = constant(velocity[i][a]);
+      c.motions.push_back(motion);
+    }
+    solver::InitialVelocity start;
+    start.group = motion.group;
+    start.velocity = velocity[i];
+    c.initialVelocities.push_back(start);
+  }
+  Analysis analysis(mesh, c, 2);
+  ASSERT_EQ(analysis.advanceTo(c.endTime), Ending::Complete);
+  const solver::Fields fields = analysis.fields();
+  for (int32_t i = 0; i < mesh.nodes(); ++i)
+    for (int a = 0; a < 3; ++a) EXPECT_NEAR(fields.displacement[3 * i + a], velocity[i][a] * c.endTime, 1e-12);
+  // one stress everywhere, that of F = 1 + L t: neo-Hooke in closed form
+  double F[3][3], b[3][3] = {};
+  for (int a = 0; a < 3; ++a)
+    for (int d = 0; d < 3; ++d) F[a][d] = (a == d) + L[a][d] * c.endTime;
+  for (int a = 0; a < 3; ++a)
+    for (int d = 0; d < 3; ++d)
+      for (int k = 0; k < 3; ++k) b[a][d] += F[a][k] * F[d][k];
+  const double J = F[0][0] * (F[1][1] * F[2][2] - F[1][2] * F[2][1]) -
+                   F[0][1] * (F[1][0] * F[2][2] - F[1][2] * F[2][0]) +
+                   F[0][2] * (F[1][0] * F[2][1] - F[1][1] * F[2][0]);
+  const double mu = c.materials[0].shearModulus(), K = c.materials[0].bulkModulus();
+  for (int e = 0; e < mesh.elements(); ++e)
+    for (int a = 0; a < 3; ++a)
+      for (int d = a; d < 3; ++d) {
+        const double exact = mu * std::pow(J, -5.0 / 3) * (b[a][d] - (a == d) * (b[0][0] + b[1][1] + b[2][2]) / 3) +
+                             (a == d) * K * (J - 1);
+        EXPECT_NEAR(fields.stress[6 * e + kS33[a][d]], exact, 1e-12 * K);
+      }
+  const double energy =
+      mu / 2 * (std::pow(J, -2.0 / 3) * (b[0][0] + b[1][1] + b[2][2]) - 3) + K / 2 * (J - 1) * (J - 1);
+  EXPECT_NEAR(analysis.energies().strain, energy * 0.56, 1e-9 * energy);
+  EXPECT_NEAR(analysis.energies().hourglass, 0, 1e-15 * K);
+  EXPECT_NEAR(analysis.energies().balance(), analysis.energies().kinetic, 2e-3 * energy) << "work of the boundary";
+}
+
+TEST_F(Physics, FreeFlightAndSpinKeepTheirMomenta) {
+  Mesh mesh = box({6, 5, 4}, {0.6, 0.5, 0.4});
+  distort(mesh, 0.02, 72);
+  Case c = caseOf(neoHooke(1e6, 0.4, 1200), 0.05);
+  solver::InitialVelocity start;
+  start.velocity = {3, -2, 1};
+  start.axis = {1, 2, 3};
+  start.rate = 40; // deforms the body well
+  start.origin = {0.3, 0.2, 0.2};
+  c.initialVelocities = {start};
+  Analysis analysis(mesh, c, 1);
+  const auto p0 = analysis.linearMomentum(), l0 = analysis.angularMomentum();
+  const double size = std::hypot(p0[0], p0[1], p0[2]), turn = std::hypot(l0[0], l0[1], l0[2]);
+  ASSERT_EQ(analysis.advanceTo(c.endTime), Ending::Complete);
+  EXPECT_GT(analysis.progress().increment, 50);
+  EXPECT_GT(analysis.energies().strain, 1e-3 * analysis.energies().kinetic);
+  const auto p1 = analysis.linearMomentum(), l1 = analysis.angularMomentum();
+  for (int k = 0; k < 3; ++k) {
+    EXPECT_NEAR(p1[k], p0[k], 1e-12 * size);
+    EXPECT_NEAR(l1[k], l0[k], 1e-12 * turn);
+  }
+}
+
+TEST_F(Physics, TranslationCausesNoStress) {
+  Mesh mesh = box({3, 3, 3}, {1, 1, 1});
+  Case c = caseOf(neoHooke(1e6, 0.3, 1000), 1e-3);
+  solver::InitialVelocity start;
+  start.velocity = {100, -70, 30};
+  c.initialVelocities = {start};
+  Analysis analysis(mesh, c, 1);
+  ASSERT_EQ(analysis.advanceTo(c.endTime), Ending::Complete);
+  const solver::Fields fields = analysis.fields();
+  for (double s : fields.stress) EXPECT_NEAR(s, 0, 1e-8); // 1e-14 of the modulus
+  EXPECT_NEAR(analysis.energies().strain, 0, 1e-9);
+}
+
+// A step of velocity at one end; arrival is when the far station moves with half the speed.
+double arrivalSpeed(double nu, double width) {
+  const double E = 1e9, rho = 1000, length = 4, speed = 1e-4;
+  const Mesh mesh = box({2, 2, 400}, {width, width, length});
+  Case c = caseOf(neoHooke(E, nu, rho), 3.2e-3);
+  solver::PrescribedMotion push;
+  push.group = "z0";
+  push.velocity[2] = constant(speed);
+  c.motions = {push};
+  Analysis analysis(mesh, c, 2);
+  const auto stationTime = [&](int layer, double& from) {
+    const int32_t node = layer * 9 + 4;
+    double before = 0, t = from;
+    for (const double step = 2e-6; t < c.endTime; t += step) {
+      EXPECT_EQ(analysis.advanceTo(t + step), Ending::Running);
+      const double now = analysis.fields().velocity[3 * node + 2];
+      if (now >= 0.5 * speed) {
+        from = t + step;
+        return t + step * (0.5 * speed - before) / (now - before);
+      }
+      before = now;
+    }
+    ADD_FAILURE() << "the wave did not arrive";
+    return t;
+  };
+  double clock = 0;
+  const double first = stationTime(100, clock), second = stationTime(300, clock);
+  return 2.0 / (second - first);
+}
+
+TEST_F(Physics, LongitudinalWavesTravelWithTheSpeedOfTheBar) {
+  EXPECT_NEAR(arrivalSpeed(0.0, 0.02) / 1000, 1, 0.005) << "sqrt(E/rho) is the exact speed here";
+  EXPECT_NEAR(arrivalSpeed(0.3, 0.02) / 1000, 1, 0.01) << "slender: lateral motion is free";
+}
+
+TEST_F(Physics, KineticEnergyAtTheStartConvergesToTheContinuum) {
+  double last = 1e300;
+  for (int n : {2, 4, 8}) {
+    const Mesh mesh = box({n, n, 6 * n}, {1, 1, 6});
+    const Case c = twistingColumn(0.1);
+    const double error = std::abs(Analysis(mesh, c, 1).energies().kinetic / 3031875.0 - 1);
+    EXPECT_LT(error, 0.3 * last);
+    last = error;
+  }
+  EXPECT_LT(last, 0.035);
+}
+
+// Largest departure of the energy balance from its start, relative to it.
+double worstBalance(const Mesh& mesh, const Case& c, int stops) {
+  Analysis analysis(mesh, c, 2);
+  const double start = analysis.energies().balance();
+  double worst = 0;
+  for (int k = 1; k <= stops; ++k) {
+    const Ending ending = analysis.advanceTo(c.endTime * k / stops);
+    EXPECT_EQ(ending, k == stops ? Ending::Complete : Ending::Running);
+    worst = std::max(worst, std::abs(analysis.energies().balance() / start - 1));
+  }
+  return worst;
+}
+
+TEST_F(Physics, EnergyIsBalancedAndItsErrorFallsWithTheSquareOfTheIncrement) {
+  const Mesh mesh = box({4, 4, 24}, {1, 1, 6});
+  EXPECT_LT(worstBalance(mesh, twistingColumn(0.1), 40), 0.01);
+  Case c = twistingColumn(0.02);
+  c.linearViscosity = c.quadraticViscosity = 0;
+  c.safetyFactor = 0.8;
+  const double coarse = worstBalance(mesh, c, 10);
+  c.safetyFactor = 0.4;
+  const double fine = worstBalance(mesh, c, 10);
+  EXPECT_LT(coarse, 0.005);
+  EXPECT_LT(fine, 0.35 * coarse);
+}
+
+TEST_F(Physics, GravityAndReactions) {
+  // a block that hangs and is let go of slowly enough: reactions carry the weight, the balance knows the work of gravity
+  const Mesh mesh = box({2, 2, 4}, {0.2, 0.2, 0.4});
+  Case c = caseOf(neoHooke(1e6, 0.3, 1000), 0.4);
+  c.gravity = {0, 0, -9.81};
+  fix(c, "z1", "xyz");
+  c.linearViscosity = 0.5;
+  Analysis analysis(mesh, c, 1);
+  double mean = 0;
+  const int stops = 400;
+  for (int k = 1; k <= stops; ++k) {
+    analysis.advanceTo(c.endTime * k / stops);
+    const auto reaction = analysis.fields().reaction;
+    double sum = 0;
+    for (size_t i = 2; i < reaction.size(); i += 3) sum += reaction[i];
+    mean += sum / stops;
+    EXPECT_NEAR(analysis.energies().balance(), 0, 2e-3 * std::abs(analysis.energies().external) + 1e-6);
+  }
+  EXPECT_NEAR(mean / (0.016 * 1000 * 9.81), 1, 0.02);
+  EXPECT_GT(analysis.energies().external, 0);
+}
+
+TEST_F(Physics, RefinementChangesTheAnswerLessEachTime) {
+  std::vector<double> twist;
+  for (int n : {2, 4, 8}) {
+    const Mesh mesh = box({n, n, 3 * n}, {1, 1, 3});
+    Case c = twistingColumn(0.03);
+    c.initialVelocities[0].rate = 40;
+    c.initialVelocities[0].profileLength = 6;
+    Analysis analysis(mesh, c, 2);
+    ASSERT_EQ(analysis.advanceTo(c.endTime), Ending::Complete);
+    const auto u = analysis.fields().displacement;
+    const int32_t corner = mesh.findGroup("z1")->nodes.front(); // at (0, 0)
+    twist.push_back(std::atan2(-0.5 + u[3 * corner + 1], -0.5 + u[3 * corner]) - std::atan2(-0.5, -0.5));
+  }
+  EXPECT_GT(std::abs(twist[2]), 0.3);
+  EXPECT_LT(std::abs(twist[2] - twist[1]), 0.6 * std::abs(twist[1] - twist[0]));
+}
+
+TEST_F(Physics, SameBitsForAnyNumberOfThreads) {
+  Mesh mesh = box({5, 6, 30}, {1, 1, 6});
+  distort(mesh, 0.02, 73);
+  Case c = twistingColumn(0.02);
+  c.gravity = {0.1, 0.2, -9.81};
+  std::vector<std::vector<double>> results;
+  for (int threads : {1, 2, 3, 5}) {
+    Analysis analysis(mesh, c, threads);
+    std::vector<double> all;
+    for (int k = 1; k <= 3; ++k) {
+      analysis.advanceTo(c.endTime * k / 3);
+      const solver::Fields f = analysis.fields();
+      for (const auto& field : {f.displacement, f.velocity, f.reaction, f.stress, f.strainEnergy, f.mask})
+        all.insert(all.end(), field.begin(), field.end());
+      const solver::Energies e = analysis.energies();
+      all.insert(all.end(),
+                 {e.kinetic, e.strain, e.hourglass, e.viscous, e.external, analysis.progress().stableIncrement});
+      for (double momentum : analysis.angularMomentum()) all.push_back(momentum);
+    }
+    EXPECT_GT(analysis.progress().increment, 30);
+    results.push_back(all);
+  }
+  for (const auto& other : results)
+    EXPECT_EQ(std::memcmp(results[0].data(), other.data(), other.size() * sizeof(double)), 0);
+}
+
+TEST_F(Physics, ModelsThatCannotStart) {
+  const auto message = [](const Mesh& mesh, const Case& c) {
+    try {
+      Analysis analysis(mesh, c, 1);
+    } catch (const solver::InputError& error) {
+      return std::string(error.what());
+    }
+    return std::string();
+  };
+  const Mesh good = box({2, 2, 2}, {1, 1, 1});
+  const Case c = caseOf(neoHooke(1e6, 0.3, 1000), 1);
+  EXPECT_EQ(message(good, c), "");
+  Mesh inverted = good;
+  for (int corner = 0; corner < 4; ++corner)
+    std::swap(inverted.connectivity[24 + corner], inverted.connectivity[28 + corner]);
+  EXPECT_NE(message(inverted, c).find("zero or negative volume: 4 (1 in all)"), std::string::npos)
+      << message(inverted, c);
+  Case unknown = c;
+  fix(unknown, "nowhere", "x");
+  EXPECT_NE(message(good, unknown).find("\"nowhere\""), std::string::npos);
+  Case contradiction = c;
+  fix(contradiction, "x0", "x");
+  fix(contradiction, "y0", "xy");
+  EXPECT_EQ(message(good, contradiction), "") << "the same motion twice is no contradiction";
+  contradiction.motions[1].velocity[0] = constant(2);
+  EXPECT_NE(message(good, contradiction).find("\"x0\" and \"y0\""), std::string::npos);
+  Case bare = c;
+  bare.sections.clear();
+  EXPECT_NE(message(good, bare).find("belongs to no section"), std::string::npos);
+}
+
+TEST_F(Physics, CollapseAndInvertedBricksEndTheAnalysis) {
+  // a plate that is driven through its opposite face
+  const Mesh mesh = box({2, 2, 2}, {1, 1, 1});
+  Case c = caseOf(neoHooke(1e5, 0.0, 1000), 1);
+  fix(c, "z0", "xyz");
+  solver::PrescribedMotion push;
+  push.group = "z1";
+  push.velocity[2] = constant(-50);
+  c.motions.push_back(push);
+  Analysis analysis(mesh, c, 1);
+  const Ending ending = analysis.advanceTo(c.endTime);
+  EXPECT_TRUE(ending == Ending::Distorted || ending == Ending::IncrementCollapsed);
+  EXPECT_EQ(ending == Ending::Distorted, !analysis.distortedElements().empty());
+  EXPECT_EQ(analysis.advanceTo(c.endTime), ending);
+  EXPECT_LT(analysis.progress().time, c.endTime);
+}
+
+} // namespace

@@ -1,0 +1,369 @@
+// The program on ranks: the same results to the last bit, errors that end everyone, and the program that compares.
+#include "solver/results/digest.h"
+#include "tests/solver/files.h"
+#include "solver/results/results.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <future>
+#include <sys/wait.h>
+#include <thread>
+
+namespace {
+
+using namespace sharedanalysis;
+using namespace sharedanalysis::test;
+
+struct Outcome {
+  int code;
+  std::string out, err;
+};
+
+Outcome shell(const std::string& command) {
+  const int status = std::system((command + " >out.txt 2>err.txt </dev/null").c_str());
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : 1000, readFile("out.txt"), readFile("err.txt")};
+}
+
+class RanksTest : public testing::Test {
+protected:
+  void SetUp() override {
+    if (std::system("command -v mpirun >/dev/null 2>&1") != 0 || !std::filesystem::exists(SA_MPI_LIBRARY))
+      GTEST_SKIP() << "no mpirun or no MPI library";
+    setenv("OMPI_ALLOW_RUN_AS_ROOT", "1", 1);
+    setenv("OMPI_ALLOW_RUN_AS_ROOT_CONFIRM", "1", 1);
+    setenv("OMP_WAIT_POLICY", "PASSIVE", 1); // more threads than cores must not wait in loops
+    setenv("OMPI_MCA_btl_vader_single_copy_mechanism", "none", 1);
+  }
+  static Outcome run(int ranks, int threads, const std::string& arguments) {
+    const std::string launcher = "timeout 60 mpirun --oversubscribe -n " + std::to_string(ranks) + " ";
+    return shell((ranks > 1 ? launcher : "") + SA_SOLVER_PROGRAM " " + arguments + " -t " + std::to_string(threads));
+  }
+  // A case for each rank.
+  static Outcome runApart(const std::vector<std::string>& arguments) {
+    std::string command = "timeout 60 mpirun --oversubscribe";
+    for (std::size_t k = 0; k < arguments.size(); ++k)
+      command += (k > 0 ? " : -n 1 " : " -n 1 ") + std::string(SA_SOLVER_PROGRAM " ") + arguments[k];
+    return shell(command);
+  }
+  static int count(const std::string& text, const std::string& part) {
+    int number = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++number;
+    return number;
+  }
+  static void expectError(const Outcome& outcome, int code, const std::string& text) {
+    EXPECT_EQ(outcome.code, code) << outcome.err;
+    EXPECT_EQ(count(outcome.err, "error: "), 1) << outcome.err;
+    EXPECT_EQ(count(outcome.err, "error: " + text), 1) << outcome.err;
+  }
+  static Outcome compare(const std::string& a, const std::string& b) {
+    return shell(SA_COMPARE_PROGRAM " " + a + " " + b);
+  }
+
+  // The twisting column, so shortened that it takes a moment.
+  static void writeColumn() {
+    std::string text = readFile(SA_EXAMPLES "/twisting_column/column.toml");
+    text = replaced(text, "\"column.msh\"", "\"" SA_EXAMPLES "/twisting_column/column.msh\"");
+    text = replaced(text, "end_time = 0.25", "end_time = 0.003");
+    text = replaced(text, "interval = 0.01 ", "interval = 0.001 ");
+    writeFile("column.toml", text);
+  }
+  // A box whose nodes are moved at random, with gravity, viscosity and a prescribed motion.
+  static void writeIrregular() {
+    solver::Mesh mesh = box({7, 5, 6}, {1, 0.8, 1.1});
+    uint32_t state = 1;
+    for (double& x : mesh.coordinates) {
+      state = 1664525U * state + 1013904223U;
+      x += 0.03 * (static_cast<double>(state >> 8) / (1U << 24) - 0.5);
+    }
+    writeFile("irregular.msh", meshText(mesh));
+    writeFile("irregular.toml", R"(mesh = "irregular.msh"
+[gravity]
+acceleration = [0.0, 1.0, -9.81]
+[[material]]
+name = "rubber"
+density = 1000.0
+C10 = 1.0e6
+C01 = 2.0e5
+D1 = 1.0e-7
+[[section]]
+group = "all"
+material = "rubber"
+[[fix]]
+group = "z0"
+components = ["x", "y", "z"]
+[[velocity]]
+group = "z1"
+component = "x"
+time = [0.0, 0.002]
+value = [0.0, 20.0]
+[control]
+end_time = 0.004
+[output]
+interval = 0.001
+)");
+  }
+
+private:
+  WorkingDirectory directory_;
+};
+
+TEST_F(RanksTest, ResultsAreTheSameToTheLastBit) {
+  writeColumn();
+  writeIrregular();
+  for (const std::string job : {"column", "irregular"}) {
+    const Outcome alone = run(1, 1, job + ".toml --digest -q -o " + job + "1x1");
+    ASSERT_EQ(alone.code, 0) << alone.err;
+    for (const auto& [ranks, threads] : {std::pair{1, 2}, {2, 1}, {2, 2}, {4, 1}, {4, 2}}) {
+      const std::string directory = job + std::to_string(ranks) + "x" + std::to_string(threads);
+      const Outcome outcome = run(ranks, threads, job + ".toml --digest -q -o " + directory);
+      ASSERT_EQ(outcome.code, 0) << outcome.err;
+      EXPECT_EQ(outcome.out, "");
+      const Outcome compared = compare(job + "1x1", directory);
+      EXPECT_EQ(compared.code, 0) << compared.out;
+      EXPECT_EQ(readFile(job + "1x1/" + job + ".csv"), readFile(directory + "/" + job + ".csv"));
+    }
+  }
+}
+
+TEST_F(RanksTest, MoreRanksThanTheModelNeeds) {
+  writeFile("tiny.msh", meshText(box({1, 1, 1}, {1, 1, 1})));
+  writeIrregular();
+  writeFile("tiny.toml", replaced(readFile("irregular.toml"), "irregular.msh", "tiny.msh"));
+  ASSERT_EQ(run(1, 1, "tiny.toml --digest -q -o one").code, 0);
+  const Outcome outcome = run(6, 2, "tiny.toml --digest -o six");
+  ASSERT_EQ(outcome.code, 0) << outcome.err;
+  EXPECT_NE(outcome.out.find("6 ranks of 2 threads"), std::string::npos) << outcome.out;
+  EXPECT_EQ(compare("one", "six/tiny.digest").code, 0);
+}
+
+TEST_F(RanksTest, OneThreadEachUnlessToldOtherwise) {
+  writeIrregular();
+  const auto check = [](const std::string& environment) {
+    return shell(environment + " timeout 60 mpirun --oversubscribe -n 2 " SA_SOLVER_PROGRAM " irregular.toml --check")
+        .out;
+  };
+  EXPECT_NE(check("env -u OMP_NUM_THREADS").find(", 2 ranks of 1 thread\n"), std::string::npos);
+  EXPECT_NE(check("OMP_NUM_THREADS=3").find(", 2 ranks of 3 threads\n"), std::string::npos);
+  // launchers pretend that they are terminals: nothing is drawn over itself
+  const Outcome outcome = run(2, 1, "irregular.toml -o out");
+  EXPECT_EQ(outcome.out.find('\033'), std::string::npos) << outcome.out;
+  EXPECT_NE(outcome.out.find("100 %  time"), std::string::npos) << outcome.out;
+}
+
+TEST_F(RanksTest, InputErrorsEndEveryRankAndAreToldOnce) {
+  writeIrregular();
+  writeFile("unknown.toml", replaced(readFile("irregular.toml"), "\"z1\"", "\"nowhere\""));
+  expectError(run(3, 1, "unknown.toml -o out"), 1, "unknown.toml:");
+  EXPECT_FALSE(std::filesystem::exists("out"));
+
+  // one rank alone finds nothing to read, or something else
+  expectError(runApart({"irregular.toml", "missing.toml", "irregular.toml"}), 1,
+              "rank 1: missing.toml: cannot be opened");
+  expectError(runApart({"missing.toml", "irregular.toml"}), 1, "missing.toml: cannot be opened");
+  writeFile("other.toml", replaced(readFile("irregular.toml"), "20.0", "20.1"));
+  expectError(runApart({"irregular.toml", "other.toml"}), 1, "rank 1 has read another case or mesh than rank 0");
+  EXPECT_FALSE(std::filesystem::exists("irregular.msg"));
+
+  // a brick turned inside out belongs to some rank; all end, with its number
+  solver::Mesh mesh = box({4, 4, 8}, {1, 1, 2});
+  std::swap(mesh.connectivity[8 * 100], mesh.connectivity[8 * 100 + 6]);
+  writeFile("irregular.msh", meshText(mesh));
+  const Outcome outcome = run(3, 1, "irregular.toml -o out");
+  expectError(outcome, 1, "irregular.toml, mesh irregular.msh: bricks with zero or negative volume");
+  EXPECT_NE(outcome.err.find(std::to_string(mesh.elementNumbers[100])), std::string::npos) << outcome.err;
+}
+
+// A device that is always full stands for a full disk.
+TEST_F(RanksTest, WriteErrorsOfAnyRankEndEveryRank) {
+  writeIrregular();
+  const std::string names[] = {"irregular", "irregular.rank1", "irregular.rank2"};
+  for (int rank = 0; rank < 3; ++rank) {
+    const std::string said = rank == 0 ? "" : "rank " + std::to_string(rank) + ": ";
+    std::filesystem::remove_all("out");
+    std::filesystem::create_directory("out");
+    std::filesystem::create_symlink("/dev/full", "out/" + names[rank] + ".sta");
+    expectError(run(3, 1, "irregular.toml -o out"), 3,
+                said + "cannot write out/" + names[rank] + ".sta: No space left");
+    for (const std::string& name : names) {
+      EXPECT_NE(readFile("out/" + name + ".msg").find("***ERROR: " + said), std::string::npos) << name;
+      if (name != names[rank]) {
+        EXPECT_NE(readFile("out/" + name + ".sta").find("Aborted"), std::string::npos) << name;
+      }
+    }
+    EXPECT_TRUE(std::filesystem::exists("out/irregular.exo.partial"));
+    EXPECT_FALSE(std::filesystem::exists("out/irregular.exo"));
+  }
+  std::filesystem::remove_all("out");
+  std::filesystem::create_directories("out/irregular.rank1.msg");
+  expectError(run(3, 1, "irregular.toml -o out"), 3, "rank 1: cannot open out/irregular.rank1.msg: Is a directory");
+  writeFile("file", "");
+  expectError(run(3, 1, "irregular.toml -o file/out"), 3, "file/out could not be written");
+}
+
+TEST_F(RanksTest, FilesOfRanksThatAreNoMoreAreRemoved) {
+  writeIrregular();
+  ASSERT_EQ(run(3, 1, "irregular.toml -q -o out").code, 0);
+  EXPECT_TRUE(std::filesystem::exists("out/irregular.rank2.msg"));
+  ASSERT_EQ(run(2, 1, "irregular.toml -q -o out").code, 0);
+  EXPECT_TRUE(std::filesystem::exists("out/irregular.rank1.msg"));
+  EXPECT_FALSE(std::filesystem::exists("out/irregular.rank2.msg"));
+}
+
+// Signals a rank that works in the present directory; false when there is none.
+bool signalRank(int rank, int number) {
+  const std::string wanted = "OMPI_COMM_WORLD_RANK=" + std::to_string(rank);
+  const auto here = std::filesystem::current_path();
+  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+    const int process = std::atoi(entry.path().filename().c_str());
+    std::error_code error;
+    if (process == 0 || std::filesystem::read_symlink(entry.path() / "cwd", error) != here || error) continue;
+    std::ifstream environment(entry.path() / "environ", std::ios::binary);
+    for (std::string variable; std::getline(environment, variable, '\0');)
+      if (variable == wanted) return kill(process, number) == 0;
+  }
+  return false;
+}
+
+TEST_F(RanksTest, ASignalToOneRankEndsAllOfThemInOrder) {
+  writeIrregular();
+  writeFile("irregular.toml", replaced(readFile("irregular.toml"), "end_time = 0.004", "end_time = 50"));
+  for (const int rank : {0, 2}) {
+    std::filesystem::remove_all("out");
+    auto ended = std::async(std::launch::async, [] { return run(3, 1, "irregular.toml -q --digest -o out"); });
+    // it runs when the second time of fields is there
+    const auto start = std::chrono::steady_clock::now();
+    const auto isRunning = [] {
+      return std::filesystem::exists("out/irregular.sta") && count(readFile("out/irregular.sta"), "Status ") > 1;
+    };
+    while (!isRunning() && std::chrono::steady_clock::now() - start < std::chrono::seconds(30))
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_TRUE(signalRank(rank, SIGTERM));
+    expectError(ended.get(), 130, "interrupted at time");
+    for (const char* name : {"irregular", "irregular.rank1", "irregular.rank2"})
+      EXPECT_NE(readFile("out/" + std::string(name) + ".sta").find("Interrupted"), std::string::npos) << name;
+    EXPECT_EQ(compare("out", "out").code, 0) << "the digest of what was computed is whole";
+  }
+}
+
+// Bricks collapse: eight messages, all of them stored at the root, the right status on every rank.
+TEST_F(RanksTest, CollapseIsRecordedByTheRoot) {
+  const Outcome outcome = run(4, 1, SA_EXAMPLES "/crushed_column/crush.toml -q -o out");
+  EXPECT_EQ(outcome.code, 2);
+  EXPECT_NE(outcome.err.find("error: 20 bricks distorted beyond computing"), std::string::npos) << outcome.err;
+  int messages = 0;
+  for (const std::string name : {"crush", "crush.rank1", "crush.rank2", "crush.rank3"}) {
+    const std::string text = readFile("out/" + name + ".msg"), status = readFile("out/" + name + ".sta");
+    int own = 0;
+    for (std::size_t at = text.find("Excessive distortion"); at != std::string::npos;
+         at = text.find("Excessive distortion", at + 1))
+      ++own;
+    EXPECT_LE(own, 8);
+    messages += own;
+    EXPECT_NE(status.find("Aborted"), std::string::npos) << name;
+  }
+  EXPECT_GE(messages, 8);
+  const Outcome listed = shell(SA_DIAGNOSTICS_PROGRAM " out/crush.diagnostics.sqlite --json");
+  EXPECT_EQ(listed.code, 0) << listed.err;
+  EXPECT_NE(listed.out.find("\"count\": 20"), std::string::npos) << listed.out;
+}
+
+TEST_F(RanksTest, ComparisonNamesTheFirstDifference) {
+  writeIrregular();
+  ASSERT_EQ(run(1, 1, "irregular.toml --digest -q -o a").code, 0);
+  Outcome outcome = compare("a", "a/irregular.digest");
+  EXPECT_EQ(outcome.code, 0);
+  EXPECT_TRUE(outcome.out.starts_with("the same: 5 outputs from increment 0, time 0 s, to increment ")) << outcome.out;
+
+  writeFile("irregular.toml", replaced(readFile("irregular.toml"), "C10 = 1.0e6", "C10 = 1.0000000001e6"));
+  ASSERT_EQ(run(1, 1, "irregular.toml --digest -q -o b").code, 0);
+  outcome = compare("a", "b");
+  EXPECT_EQ(outcome.code, 1);
+  EXPECT_TRUE(outcome.out.starts_with("different: output ")) << outcome.out;
+  for (const char* part : {"increment ", "time ", "array ", " of node ", " in a/irregular.digest and "})
+    EXPECT_NE(outcome.out.find(part), std::string::npos) << outcome.out;
+  // without the fields the chunk is all that is known
+  std::filesystem::remove("b/irregular.exo");
+  outcome = compare("a", "b");
+  EXPECT_EQ(outcome.code, 1);
+  EXPECT_NE(outcome.out.find("a value of nodes 1 to "), std::string::npos) << outcome.out;
+  // other meshes are no matter of values
+  solver::Mesh mesh = box({7, 5, 6}, {1, 0.8, 1.1});
+  writeFile("irregular.msh", meshText(mesh));
+  ASSERT_EQ(run(1, 1, "irregular.toml --digest -q -o c").code, 0);
+  EXPECT_EQ(compare("a", "c").code, 1);
+  EXPECT_TRUE(compare("a", "c").out.starts_with("different: the meshes have other numbers")) << compare("a", "c").out;
+}
+
+// One value of one run has another last bit, in fields and digest: node, component and both values are told.
+TEST_F(RanksTest, ComparisonFindsOneBit) {
+  solver::Mesh mesh = numberedBox({3, 3, 20}, {1, 1, 7});
+  const std::vector<double> zeros(3 * mesh.nodeNumbers.size()), stress(6 * mesh.elementNumbers.size());
+  const std::vector<double> scalars(mesh.elementNumbers.size());
+  std::vector<double> velocity = zeros;
+  solver::Case definition = caseOf(neoHooke(1e6, 0.3, 1000), 1);
+  definition.sections = {{"upper", 0}, {"lower", 0}}; // blocks that are not in the order of the mesh
+  const auto write = [&](const std::string& directory) {
+    std::filesystem::create_directory(directory);
+    solver::ResultsFile fields(directory + "/run.exo", mesh, definition, {});
+    solver::DigestFile digest(directory + "/run.digest", "run", mesh);
+    for (const double time : {0.0, 0.5}) {
+      const solver::Fields values{zeros, velocity, zeros, stress, scalars, scalars};
+      fields.write(time, values, {});
+      digest.write({time, 0.1, time > 0 ? 7 : 0}, values, {});
+    }
+    fields.close();
+    digest.close();
+    fields.file().complete();
+    digest.file().complete();
+  };
+  write("a");
+  velocity[3 * 123 + 2] = -0.0;
+  write("b");
+  Outcome outcome = compare("a", "b");
+  EXPECT_EQ(outcome.code, 1);
+  EXPECT_EQ(outcome.out, "different: output 1, increment 0, time 0 s, array velocity\nvelocity_z of node " +
+                             std::to_string(mesh.nodeNumbers[123]) +
+                             " is 0 (0) in a/run.digest and -0 (8000000000000000) in b/run.digest\n"
+                             "arrays that differ in this output: velocity\n");
+}
+
+TEST_F(RanksTest, ComparisonSaysWhatIsMissing) {
+  writeIrregular();
+  ASSERT_EQ(run(1, 1, "irregular.toml --digest -q -o a").code, 0);
+  const std::string digest = readFile("a/irregular.digest");
+  const std::size_t last = digest.rfind("increment "), end = digest.rfind("end ");
+  const std::size_t hash = digest.find("node displacement ") + 18;
+  const struct {
+    const char *name, *text;
+    std::string digest;
+  } files[] = {
+      {"other", "this is no digest", "something else\n"},
+      {"short", " is missing in ", digest.substr(0, last) + "end 4\n"},
+      {"count", "outputs are missing", digest.substr(0, last) + "end 5\n"},
+      {"cut", "is cut off", digest.substr(0, last)},
+      {"end", "is cut off", digest.substr(0, end)},
+      {"line", "is cut off", digest.substr(0, digest.size() - 40)},
+      {"chunk", "does not belong to those of its chunks",
+       digest.substr(0, hash) + "0000000000000000" + digest.substr(hash + 16)},
+      {"empty", "this is no digest", ""},
+  };
+  for (const auto& file : files) {
+    writeFile(std::string(file.name) + ".digest", file.digest);
+    const Outcome outcome = compare("a", std::string(file.name) + ".digest");
+    EXPECT_EQ(outcome.code, 2) << file.name;
+    EXPECT_TRUE(outcome.err.starts_with("incomplete: ") && outcome.err.find(file.text) != std::string::npos)
+        << file.name << ": " << outcome.err;
+  }
+  for (const auto& [place, text] : {std::pair{"nowhere", "no such file"}, {".", "has 8 digests"}, {"b", "no digest"}}) {
+    std::filesystem::create_directory("b");
+    const Outcome outcome = compare(place, "a");
+    EXPECT_EQ(outcome.code, 2) << place;
+    EXPECT_NE(outcome.err.find(text), std::string::npos) << outcome.err;
+  }
+  EXPECT_EQ(shell(SA_COMPARE_PROGRAM " a").code, 2);
+}
+
+} // namespace

@@ -1,0 +1,307 @@
+// Hyperelastic materials in the solver and in the driver: closed forms of tests, work and energy, cases of every model.
+#include "solver/input/case_reader.h"
+#include "solver/results/drawing.h"
+#include "tests/solver/files.h"
+#include "glo.h"
+#include "solver/program/material_path.h"
+#include "tests/solver/models.h"
+#include "reference_host.h"
+#include "solver/model/text.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace sharedanalysis;
+using namespace sharedanalysis::test;
+using solver::Material;
+using solver::MaterialPath;
+using solver::Model;
+using solver::PathPoint;
+
+Material material(Model model, std::vector<double> constants) {
+  Material m;
+  m.name = "rubber";
+  m.model = model;
+  m.density = 1000;
+  m.constants = std::move(constants);
+  return m;
+}
+// Six terms of rubber or foam from the first ones.
+Material powers(Model model, const std::vector<std::array<double, 3>>& terms, double rD) {
+  Material m = material(model, std::vector<double>(18, 0.0));
+  for (std::size_t t = 0; t < 6; ++t) {
+    const bool isThere = t < terms.size();
+    m.constants[2 * t] = isThere ? terms[t][0] : 0;
+    m.constants[2 * t + 1] = isThere ? terms[t][1] : 1;
+    if (model == Model::Foam) m.constants[12 + t] = isThere ? terms[t][2] : 0;
+  }
+  if (model == Model::Ogden) m.constants[12] = rD;
+  return m;
+}
+
+// The same rubber, nearly, by every model; G about 0.4 MPa, K = 200 MPa.
+std::vector<Material> everyModel() {
+  std::vector<double> long6(33, 0.0);
+  long6[0] = 0.15e6, long6[1] = 0.05e6, long6[2] = 1e3, long6[27] = 1e8;
+  Material curve = material(Model::TestCurve, {1e8});
+  curve.curveStretch = {1, 1.2, 1.5, 2, 3, 4};
+  curve.curveStress = {0, 0.2e6, 0.4e6, 0.65e6, 1.0e6, 1.4e6};
+  return {material(Model::Polynomial, {0.15e6, 0.05e6, 0, 0, 0, 1e8, 0}),
+          material(Model::Polynomial6, long6),
+          material(Model::ArrudaBoyce, {0.4e6, 5, 1e-8}),
+          material(Model::VanDerWaals, {0.4e6, 10, 0.2, 0.01, 1e-8}),
+          powers(Model::Ogden, {{0.4095e6, 1.3, 0}, {0.003e6, 5, 0}, {0.01e6, -2, 0}}, 1e8),
+          powers(Model::Foam, {{0.3e6, 4, 0.5}, {0.1e6, -2, 0.2}}, 0),
+          curve};
+}
+
+class Materials : public testing::Test {
+protected:
+  void SetUp() override { Shared_Analysis_XP_initialize(&counter_); }
+  void TearDown() override { Shared_Analysis_XP_finalize(&counter_); }
+
+private:
+  WorkingDirectory directory_;
+  int32_t counter_ = 0;
+};
+
+std::vector<PathPoint> pathOf(const Material& m, solver::Mode mode, std::vector<double> turns, bool byStress = false,
+                              int steps = 400) {
+  MaterialPath path;
+  path.name = "path";
+  path.mode = mode;
+  path.turns = std::move(turns);
+  path.byStress = byStress;
+  path.steps = steps;
+  return solver::follow(path, m);
+}
+
+// Work of the nominal stress up to each point, by the rule of trapezoids.
+std::vector<double> workAlong(const std::vector<PathPoint>& points, double directions) {
+  std::vector<double> work{0};
+  for (std::size_t k = 1; k < points.size(); ++k)
+    work.push_back(work.back() + directions * 0.5 * (points[k].nominal + points[k - 1].nominal) *
+                                     (points[k].stretch - points[k - 1].stretch));
+  return work;
+}
+
+TEST_F(Materials, WorkOfEveryModelIsItsEnergyInEveryMode) {
+  for (const Material& m : everyModel())
+    for (const auto& [mode, end, directions] : {std::tuple{solver::Mode::Uniaxial, 2.0, 1},
+                                                {solver::Mode::Uniaxial, 0.6, 1},
+                                                {solver::Mode::Equibiaxial, 1.6, 2},
+                                                {solver::Mode::Planar, 1.8, 1},
+                                                {solver::Mode::Volumetric, 1.02, 3},
+                                                {solver::Mode::Shear, 0.8, 1}}) {
+      if (m.model == Model::TestCurve && end == 0.6) continue; // its tests are in tension
+      const std::vector<PathPoint> points = pathOf(m, mode, {end, mode == solver::Mode::Shear ? 0.0 : 1.0});
+      const std::vector<double> work = workAlong(points, directions);
+      const double most = points[400].stored;
+      EXPECT_GT(most, 0);
+      for (const std::size_t k : {200U, 400U, 700U})
+        EXPECT_NEAR(work[k], points[k].stored, 3e-3 * most) << solver::modelNames()[static_cast<std::size_t>(m.model)];
+      EXPECT_NEAR(points.back().stored, 0, 1e-9 * most);
+    }
+}
+
+TEST_F(Materials, SmallStrainAndTestsComeBack) {
+  for (const Material& m : everyModel()) {
+    const double G = m.shearModulus(), K = m.bulkModulus(), E = 9 * K * G / (3 * K + G);
+    const std::vector<PathPoint> points = pathOf(m, solver::Mode::Uniaxial, {1.0001}, false, 1);
+    EXPECT_NEAR(points[1].nominal / 1e-4, E, 2e-3 * E);
+    EXPECT_NEAR((1 - points[1].free) / 1e-4, (3 * K - 2 * G) / (2 * (3 * K + G)), 1e-3);
+  }
+  const Material curve = everyModel().back();
+  for (std::size_t k = 1; k < curve.curveStretch.size(); ++k) {
+    const PathPoint p = pathOf(curve, solver::Mode::Uniaxial, {curve.curveStretch[k]}, false, 1)[1];
+    EXPECT_NEAR(p.nominal, curve.curveStress[k], 1e-2 * curve.curveStress[k]) << "a bar gives its own test back";
+  }
+}
+
+TEST_F(Materials, SofteningLosesWhatTheLoopEncloses) {
+  for (Material m : everyModel()) {
+    m.mullins = solver::Mullins{2, 0.1e6, 0.1};
+    const std::vector<PathPoint> points = pathOf(m, solver::Mode::Uniaxial, {1.8, 1.0, 1.8});
+    const std::vector<double> work = workAlong(points, 1);
+    EXPECT_NEAR(work[400], points[400].stored + points[400].lost, 3e-3 * work[400]) << "on the primary path";
+    EXPECT_NEAR(work[600], points[600].stored + points[600].lost, 3e-3 * work[400]) << "half way back";
+    EXPECT_NEAR(points[800].stored, 0, 1e-3 * work[400]);
+    EXPECT_NEAR(work[800], points[800].lost, 5e-3 * work[400]);
+    EXPECT_GT(points[800].lost, 0.05 * work[400]);
+    EXPECT_LT(points[600].nominal, points[200].nominal);
+    EXPECT_NEAR(points[1000].nominal, points[600].nominal, 1e-6 * points[400].nominal) << "reloading as unloading";
+    EXPECT_NEAR(points[1200].nominal, points[400].nominal, 1e-6 * points[400].nominal);
+  }
+}
+
+TEST_F(Materials, StressIsReachedOrTheProgramSaysSo) {
+  const Material m = everyModel()[0];
+  const std::vector<PathPoint> points = pathOf(m, solver::Mode::Uniaxial, {0.5e6, -0.5e6}, true, 10);
+  EXPECT_NEAR(points[10].nominal, 0.5e6, 1);
+  EXPECT_NEAR(points[20].nominal, -0.5e6, 1);
+  const PathPoint back = pathOf(m, solver::Mode::Uniaxial, {points[10].stretch}, false, 1)[1];
+  EXPECT_NEAR(back.nominal, 0.5e6, 10);
+  try {
+    pathOf(material(Model::Polynomial, {0.2e6, 0, -0.05e6, 0, 0, 1e8, 0}), solver::Mode::Uniaxial, {5e6}, true, 10);
+    FAIL() << "no such stress";
+  } catch (const solver::InputError& error) {
+    EXPECT_NE(std::string(error.what()).find("is not reached"), std::string::npos) << error.what();
+  }
+}
+
+// ---- on a mesh
+
+TEST_F(Materials, TwistedBlocksOfEveryModelKeepTheirEnergy) {
+  const solver::Mesh mesh = box({3, 3, 6}, {0.1, 0.1, 0.2});
+  for (Material m : everyModel()) {
+    for (const bool softens : {false, true}) {
+      if (softens) m.mullins = solver::Mullins{2, 0.05e6, 0.1};
+      solver::Case c = caseOf(m, 0.03);
+      fix(c, "z0", "xyz");
+      solver::InitialVelocity spin;
+      spin.rate = 60, spin.origin = {0.05, 0.05, 0}, spin.profileLength = 0.4;
+      c.initialVelocities = {spin};
+      solver::Analysis analysis(mesh, c, 2);
+      const double start = analysis.energies().total();
+      ASSERT_EQ(analysis.advanceTo(c.endTime), solver::Ending::Complete);
+      const solver::Energies e = analysis.energies();
+      EXPECT_NEAR(e.total(), start, 0.01 * start) << solver::modelNames()[static_cast<std::size_t>(m.model)];
+      EXPECT_GT(e.kinetic + e.strain, 0.2 * start);
+      if (softens) {
+        EXPECT_GT(e.damage, 0.01 * start);
+      } else {
+        EXPECT_EQ(e.damage, 0);
+      }
+    }
+  }
+}
+
+TEST_F(Materials, FailedBricksLeaveAndTheirEnergyIsCounted) {
+  const solver::Mesh mesh = box({2, 2, 8}, {0.02, 0.02, 0.08});
+  Material m = everyModel()[0];
+  m.failure = solver::DuctileFailure{.d1 = 0.3, .d2 = 0.4, .d3 = -1.5};
+  solver::Case c = caseOf(m, 0.009);
+  fix(c, "z0", "xyz");
+  solver::PrescribedMotion pull{"z1", {}};
+  pull.velocity[2] = constant(5);
+  c.motions.push_back(pull);
+  solver::Analysis one(mesh, c, 1), two(mesh, c, 2);
+  ASSERT_EQ(one.advanceTo(c.endTime), solver::Ending::Complete);
+  ASSERT_EQ(two.advanceTo(c.endTime), solver::Ending::Complete);
+  const solver::Fields fields = one.fields();
+  int failed = 0;
+  for (std::size_t e = 0; e < fields.mask.size(); ++e)
+    if (fields.mask[e] != 0) {
+      ++failed;
+      for (int k = 0; k < 6; ++k) EXPECT_EQ(fields.stress[6 * e + k], 0);
+    }
+  EXPECT_GT(failed, 0);
+  EXPECT_LT(failed, 32);
+  const solver::Energies e = one.energies();
+  EXPECT_GT(e.damage, 0);
+  EXPECT_NEAR(e.balance(), 0, 0.02 * e.external);
+  EXPECT_EQ(two.energies().values(), e.values()) << "the same on two threads";
+}
+
+TEST_F(Materials, LockingEndsTheAnalysis) {
+  host::openJob("locking", ".");
+  const solver::Mesh mesh = box({1, 1, 2}, {0.01, 0.01, 0.02});
+  solver::Case c = caseOf(material(Model::VanDerWaals, {0.4e6, 2.0, 0, 0, 1e-8}), 0.05);
+  fix(c, "z0", "z");
+  solver::PrescribedMotion pull{"z1", {}};
+  pull.velocity[2] = constant(200); // an increment goes from below the locking stretch to beyond it
+  c.motions.push_back(pull);
+  solver::Analysis analysis(mesh, c, 1);
+  EXPECT_EQ(analysis.advanceTo(c.endTime), solver::Ending::Stopped);
+  EXPECT_LT(analysis.progress().time, c.endTime);
+  host::closeJob();
+  EXPECT_NE(readFile("locking.msg").find("The locking stretch is reached"), std::string::npos);
+  host::openJob("next", "."); // takes the mark of the error away
+  host::closeJob();
+}
+
+// ---- cases
+
+std::string answer(const std::string& text) {
+  writeFile("paths.toml", text);
+  try {
+    const solver::PathCase c = solver::readPathCase("paths.toml");
+    return "sound: G " + solver::shortNumber(c.materials[0].shearModulus()) + ", K " +
+           solver::shortNumber(c.materials[0].bulkModulus());
+  } catch (const solver::InputError& error) {
+    return error.what();
+  }
+}
+
+TEST_F(Materials, CasesOfEveryModelAndTheirMistakes) {
+  const auto with = [](const std::string& lines) {
+    return answer("[[material]]\nname = \"a\"\ndensity = 1.0\n" + lines +
+                  "\n[[path]]\nname = \"p\"\nmode = \"shear\"\nstretch = [0.1]\n");
+  };
+  EXPECT_EQ(with("C10 = 1.0\nD1 = 0.1"), "sound: G 2, K 20");
+  EXPECT_EQ(with("model = \"polynomial6\"\nC10 = 1.0\nC33 = 2.0\nD1 = 0.1\nD6 = 1.0"), "sound: G 2, K 20");
+  EXPECT_EQ(with("model = \"van-der-waals\"\nmu = 3.0\nlambda_m = 8.0\nD = 0.1"), "sound: G 3, K 20");
+  EXPECT_EQ(with("model = \"ogden\"\nmu = [1.0, 2.0]\nalpha = [2.0, -2.0]\nD = [0.1]"), "sound: G 3, K 20");
+  EXPECT_EQ(with("model = \"hyperfoam\"\nmu = [3.0]\nalpha = [2.0]\nbeta = [1.0]"), "sound: G 3, K 8");
+  EXPECT_EQ(with("model = \"marlow\"\nstretch = [1.5]\nstress = [3.0]\nD = 0.1"), "sound: G 2, K 20");
+  EXPECT_EQ(with("model = \"ogden\"\nmu = [1.0, 2.0]\nalpha = [2.0]\nD = [0.1]"),
+            "paths.toml:6:9: alpha has 1 number and mu has 2, expected as many of both");
+  EXPECT_EQ(with("model = \"ogdn\"\nD1 = 0.1"),
+            "paths.toml:4:9: no model \"ogdn\", expected one of polynomial, polynomial6, arruda-boyce, van-der-waals, "
+            "ogden, hyperfoam, marlow, user");
+  EXPECT_EQ(with("model = \"arruda-boyce\"\nmu = 1.0\nlambda_m = 3.0\nD1 = 0.1").substr(0, 29),
+            "paths.toml:7:1: unknown key \"");
+  EXPECT_EQ(with("model = \"ogden\"\nmu = [1.0, -2.0]\nalpha = [2.0, 2.0]\nD = [0.1]").substr(0, 47),
+            "paths.toml:1:1: material \"a\" has a shear modulu");
+  EXPECT_EQ(with("C10 = 1.0\nD1 = 0.1\n[material.mullins]\nr = 2.0\nm = 0.0"),
+            "paths.toml:8:5: m and beta are both 0, expected one of them to be positive");
+  for (const char* r : {"0.5", "1.0", "-2.0"}) { // more than all the stress would be taken
+    const std::string said = with("C10 = 1.0\nD1 = 0.1\n[material.mullins]\nr = " + std::string(r) + "\nm = 1.0");
+    EXPECT_EQ(said.find("paths.toml:7:5: "), 0U) << said;
+    EXPECT_NE(said.find("expected a number above 1"), std::string::npos) << said;
+  }
+  EXPECT_EQ(
+      with(
+          "C10 = 1.0\nD1 = 0.1\n[material.failure]\nd1 = 2.0\ntransition_temperature = 5.0\nmelting_temperature = 4.0"),
+      "paths.toml:9:23: melting_temperature is not above transition_temperature, expected K above it");
+}
+
+TEST_F(Materials, PathsEndAtWhatIsNoNumber) {
+  solver::Material steep;
+  steep.name = "steep", steep.model = solver::Model::Ogden, steep.density = 1000;
+  steep.constants = {1e6, 400, 0, 1, 0, 1, 0, 1, 0, 1, 0, 1, 1e9, 0, 0, 0, 0, 0};
+  MaterialPath path;
+  path.name = "far", path.mode = solver::Mode::Confined, path.turns = {2, 100}, path.steps = 2;
+  try {
+    solver::follow(path, steep);
+    FAIL() << "powers of 400 overflow";
+  } catch (const solver::InputError& error) {
+    EXPECT_NE(std::string(error.what()).find("no finite number"), std::string::npos) << error.what();
+  }
+}
+
+TEST_F(Materials, ProgramWritesTableAndPicture) {
+  solver::PathCase c;
+  c.title = "Rubber & steel <test>";
+  c.materials = {everyModel()[0]};
+  c.paths.resize(2);
+  c.paths[0].name = "tension", c.paths[0].turns = {2}, c.paths[0].steps = 4;
+  c.paths[0].data = {{1.5, 2}, {0.3e6, 0.5e6}};
+  c.paths[1].name = "shear", c.paths[1].mode = solver::Mode::Shear, c.paths[1].turns = {-0.5}, c.paths[1].steps = 2;
+  std::vector<std::vector<PathPoint>> results;
+  for (const MaterialPath& path : c.paths) results.push_back(solver::follow(path, c.materials[0]));
+  solver::writeTable("t.csv", c, results);
+  solver::writeDrawing("t.svg", c, results);
+  const std::string table = readFile("t.csv"), picture = readFile("t.svg");
+  EXPECT_EQ(std::count(table.begin(), table.end(), '\n'), 1 + 5 + 3);
+  EXPECT_EQ(table.find("path,stretch,free_stretch,volume_ratio,nominal_stress"), 0U);
+  EXPECT_NE(picture.find("Rubber &amp; steel &lt;test>"), std::string::npos);
+  EXPECT_NE(picture.find("tension (circles: test)"), std::string::npos);
+  std::size_t circles = 0;
+  for (std::size_t at = picture.find("<circle"); at != std::string::npos; at = picture.find("<circle", at + 1))
+    ++circles;
+  EXPECT_EQ(circles, 2U);
+}
+
+} // namespace
