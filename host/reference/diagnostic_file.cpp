@@ -109,7 +109,7 @@ void removeDatabase(const std::filesystem::path& path) {
     if (!std::filesystem::remove(file, error) && error) fail(error, "");
 }
 
-// Under another name until the tables are complete: whoever finds the file finds a database.
+// Created as .partial and renamed when its tables exist: readers never see half a database.
 void DiagnosticFile::create(const std::filesystem::path& path, const RunRecord& run) {
   const std::filesystem::path partial = besides(path, ".partial");
   connection_.open(partial.string(), kReadWrite | SQLITE_OPEN_CREATE);
@@ -132,8 +132,8 @@ DiagnosticFile::DiagnosticFile(const std::filesystem::path& path, const RunRecor
   create(path, run);
   connection_.open(path.string(), kReadWrite);
   connection_.setBusyTimeout(10000);
-  // Rows name rows that the writer has made itself: SQLite need not look them up.  A checkpoint comes every 32 MB, so that
-  // short increments do not wait for the disk.
+  // Foreign keys are sound by construction: no check.  A checkpoint comes every 32 MB, so that short increments do not wait
+  // for the disk.
   connection_.run("PRAGMA synchronous = NORMAL; PRAGMA foreign_keys = OFF; PRAGMA wal_autocheckpoint = 8192;"
                   " PRAGMA cache_size = -65536");
   begin_ = connection_.prepare("BEGIN");
@@ -157,8 +157,8 @@ void DiagnosticFile::begin() {
   if (!connection_.inTransaction()) begin_.run();
 }
 
-// A statement by the address of its text, prepared on first use.
-sqlite::Statement& DiagnosticFile::statement(const char* sql) {
+// A statement by its text, prepared on first use.  The text is a literal: the map keeps a view of it.
+sqlite::Statement& DiagnosticFile::statement(std::string_view sql) {
   begin();
   const auto found = statements_.find(sql);
   if (found != statements_.end()) return found->second;
@@ -220,7 +220,32 @@ int64_t DiagnosticFile::addContactIteration(int64_t increment, Id iteration, int
   return lastContactIteration_;
 }
 
-void DiagnosticFile::setFlag(const char* update, int64_t id, bool value) { statement(update).run(value, id); }
+void DiagnosticFile::setFlag(Flag flag, int64_t id, bool value) {
+  const auto update = [flag]() -> std::string_view {
+    switch (flag) {
+    case Flag::AttemptEnded:
+      return "UPDATE attempts SET ended = ? WHERE id = ?";
+    case Flag::AttemptNeedsReordering:
+      return "UPDATE attempts SET needs_reordering = ? WHERE id = ?";
+    case Flag::IterationEnded:
+      return "UPDATE iterations SET ended = ? WHERE id = ?";
+    case Flag::IterationConverged:
+      return "UPDATE iterations SET converged = ? WHERE id = ?";
+    case Flag::IterationSevereDiscontinuity:
+      return "UPDATE iterations SET severe_discontinuity = ? WHERE id = ?";
+    case Flag::IterationPenetrationExceeded:
+      return "UPDATE iterations SET penetration_exceeded = ? WHERE id = ?";
+    case Flag::IterationSeparationTooLarge:
+      return "UPDATE iterations SET separation_too_large = ? WHERE id = ?";
+    case Flag::ContactIterationEnded:
+      return "UPDATE contact_iterations SET ended = ? WHERE id = ?";
+    case Flag::ContactIterationConverged:
+      return "UPDATE contact_iterations SET converged = ? WHERE id = ?";
+    }
+    return "";
+  };
+  statement(update()).run(value, id);
+}
 
 // ---- diagnostics
 
@@ -247,7 +272,7 @@ DiagnosticFile::Code& DiagnosticFile::codeOf(DiagnosticClass diagnosticClass, in
   return codes_.emplace(key, Code{id, detail, isPlain}).first->second;
 }
 
-// What stands in the text column: nothing where the detail says it all.
+// The text column: NULL where the detail of the code has no placeholder.
 std::optional<std::string> DiagnosticFile::textOf(const Code& code, const DiagnosticRecord& d) {
   switch (d.diagnosticClass) {
   case DiagnosticClass::Residual:

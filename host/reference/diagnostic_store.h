@@ -123,8 +123,8 @@ private:
   void inCourse(Solver solver, Body body);
   template <class Begin>
   void beginLevel(Solver solver, Level Course::*level, Begin begin);
-  void endLevel(Solver solver, Level Course::*level, const char* update);
-  void setFlag(Solver solver, Level Course::*level, const char* update, bool value);
+  void endLevel(Solver solver, Level Course::*level, Flag ended);
+  void setFlag(Solver solver, Level Course::*level, Flag flag, bool value);
   void createFile();
   void commit();
   void commitSoon();

@@ -1,7 +1,7 @@
 #include "solver/analysis/block.h"
 
-#include "solver/analysis/block_kernels.h"
 #include "glo.h"
+#include "solver/analysis/block_kernels.h"
 #include "spx.h"
 
 #include <algorithm>

@@ -8,6 +8,9 @@
 
 namespace sharedanalysis::solver {
 
+// Bricks of a block at most.
+inline constexpr int kBlockLength = 128;
+
 // F = sum over the nodes of x (x) B0, component (i,j) at 3i + j; its cofactors; and b = F F' in S33 order.
 void deformationGradient(int n, int ld, const double* x, const double* B0, double* F, double* cofactors, double* b);
 

@@ -8,8 +8,8 @@
 // nothing but nodal motion.
 #pragma once
 
-#include "solver/model/model.h"
 #include "solver/analysis/ranks.h"
+#include "solver/model/model.h"
 
 #include <cstdint>
 #include <vector>

@@ -18,6 +18,15 @@ inline std::string joined(const std::vector<std::string>& parts, const std::stri
   return text;
 }
 
+// The shortest text that reads back as the same double.
+std::string exactNumber(double value);
+
+// Appends exactNumber(value) to a line of cells, behind a comma unless it is the first.
+void appendCell(std::string& line, double value);
+
+// `with` before the text up to a width.
+std::string padded(const std::string& text, std::size_t width, char with = ' ');
+
 // Four significant digits, the shorter of fixed and scientific notation: for people, not for files.
 std::string shortNumber(double value);
 

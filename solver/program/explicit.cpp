@@ -1,8 +1,8 @@
 // sharedanalysis-explicit: explicit dynamics of hyperelastic solids on the kernels of SharedAnalysis.
 #include "glo.h"
 #include "host_services.h"
-#include "solver/program/job.h"
 #include "reference_host.h"
+#include "solver/program/job.h"
 
 #include <CLI/CLI.hpp>
 #include <csignal>

@@ -1,279 +1,41 @@
+// One run: input, analysis, outputs at their times, and the end in order on all ranks.
 #include "solver/program/job.h"
 
-#include "solver/analysis/analysis.h"
-#include "solver/input/case_reader.h"
-#include "solver/program/diagnostics.h"
-#include "solver/results/digest.h"
 #include "glo.h"
-#include "solver/results/hash.h"
-#include "solver/results/history.h"
-#include "solver/input/mesh_reader.h"
-#include "solver/analysis/ranks.h"
 #include "reference_host.h"
-#include "solver/results/results.h"
-#include "solver/program/terminal.h"
+#include "solver/analysis/analysis.h"
+#include "solver/analysis/ranks.h"
+#include "solver/input/case_reader.h"
+#include "solver/input/mesh_reader.h"
 #include "solver/model/text.h"
+#include "solver/program/description.h"
+#include "solver/program/diagnostics.h"
+#include "solver/program/failure.h"
+#include "solver/program/messages.h"
+#include "solver/program/output.h"
+#include "solver/program/terminal.h"
+#include "solver/results/hash.h"
 
-#include <algorithm>
+#include <chrono>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
-#include <exception>
-#include <initializer_list>
 #include <limits>
 #include <memory>
 #include <omp.h>
-#include <optional>
 
 namespace sharedanalysis::solver {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int32_t noChannel = 0, messageFile = -6;
-constexpr int32_t exitErrors = 20, exitErrorsElsewhere = 21, exitPhaseComplete = 22; // codes of GLO_UTI_EXIT
-constexpr int32_t statusCompleted = 1;                                               // what it tells the host
+constexpr int32_t statusCompleted = 1; // of host::jobStatus
 
-// A message of the analysis to the message file, or to the status file when it is a "Status" or an "Error".
-void message(const char* type, const char* text, const std::vector<std::string>& strings = {},
-             std::initializer_list<double> reals = {}) {
-  std::vector<const char*> pointers;
-  for (const std::string& string : strings) pointers.push_back(string.c_str());
-  const bool status = std::string(type) == "Status";
-  glo_uti_CWrite(status ? noChannel : messageFile, 1, type, text, nullptr, reals.begin(), pointers.data());
-}
-
-void endAnalysis(int32_t code) { GLO_UTI_EXIT(&code); }
-
-double elasticModulus(const Material& material) {
-  const double G = material.shearModulus(), K = material.bulkModulus();
-  return 9 * K * G / (3 * K + G);
-}
-
-double poissonRatio(const Material& material) {
-  const double G = material.shearModulus(), K = material.bulkModulus();
-  return (3 * K - 2 * G) / (2 * (3 * K + G));
-}
-
-double dilatationalSpeed(const Material& material) {
-  return std::sqrt((material.bulkModulus() + 4 * material.shearModulus() / 3) / material.density);
-}
-
-// What is run, as lines for the terminal and for the results.
-std::vector<std::string> describe(const Case& definition, const Mesh& mesh, const Ranks& ranks, int threads,
-                                  double stableIncrement) {
-  std::vector<std::string> lines{"job " + definition.job + ": " + definition.title,
-                                 "mesh " + definition.meshFile.string() + ": " + std::to_string(mesh.nodes()) +
-                                     " nodes, " + std::to_string(mesh.elements()) + " bricks"};
-  std::vector<std::string> groups;
-  for (const Group& group : mesh.groups)
-    groups.push_back(
-        group.name + " (" +
-        (group.dimension == 3 ? counted(group.elements.size(), "brick") : counted(group.nodes.size(), "node")) + ")");
-  lines.push_back("groups " + joined(groups, ", "));
-  for (const Material& material : definition.materials)
-    lines.push_back("material " + material.name + ": E " + shortNumber(elasticModulus(material) / 1e6) + " MPa, nu " +
-                    shortNumber(poissonRatio(material)) + ", density " + shortNumber(material.density) +
-                    " kg/m3, wave speed " + shortNumber(dilatationalSpeed(material)) + " m/s");
-  lines.push_back("end time " + shortNumber(definition.endTime) + " s, first stable increment " +
-                  shortNumber(stableIncrement) + " s, " +
-                  (ranks.areSeveral() ? counted(static_cast<std::size_t>(ranks.size()), "rank") + " of " : "") +
-                  counted(static_cast<std::size_t>(threads), "thread"));
-  return lines;
-}
-
-// Times at which something is written: multiples of an interval that never pile up rounding, and the end.
-class Schedule {
-public:
-  Schedule(double interval, double end) : interval_(interval), end_(end) {}
-  // The first time after the last one that was passed; one that falls a rounding error before the end is the end.
-  double next() const {
-    const double time = static_cast<double>(passed_ + 1) * interval_;
-    return time < end_ - 1e-6 * interval_ ? time : end_;
-  }
-  // Whether `time` meets the next time; then the one after it is next.
-  bool reach(double time) {
-    if (time < next() - 1e-6 * interval_) return false;
-    ++passed_;
-    return true;
-  }
-
-private:
-  double interval_, end_;
-  int64_t passed_ = 0;
-};
-
-// The change of total - external since the start, and its size beside the largest energy so far.
-class EnergyCheck {
-public:
-  void update(const Energies& energies) {
-    if (!started_) first_ = energies.balance();
-    started_ = true;
-    error_ = energies.balance() - first_;
-    largest_ = std::max({largest_, energies.total(), std::abs(energies.external)});
-  }
-  double error() const { return error_; }
-  double relative() const { return largest_ > 0 ? std::abs(error_) / largest_ : 0; }
-
-private:
-  bool started_ = false;
-  double first_ = 0, error_ = 0, largest_ = 0;
-};
-
-constexpr const char *historyExtension = ".csv", *fieldsExtension = ".exo", *digestExtension = ".digest";
-
-std::filesystem::path resultFile(const Case& definition, const char* extension) {
-  return definition.outputDirectory / (definition.job + extension);
-}
-
-// The result files of a run that goes on.  The root has them; the other ranks bring it what it writes: every rank calls the
-// members.
-class Output {
-public:
-  Output(const Case& definition, const Mesh& mesh, const std::vector<std::string>& info, const Ranks& ranks,
-         bool digest)
-      : fieldsPath_(resultFile(definition, fieldsExtension)), historyPath_(resultFile(definition, historyExtension)) {
-    if (!ranks.isRoot()) return;
-    history_.emplace(historyPath_, definition.historyFilter);
-    results_.emplace(fieldsPath_, mesh, definition, info);
-    if (digest) digest_.emplace(resultFile(definition, digestExtension), definition.job, mesh);
-  }
-
-  void filterHistory(const Analysis& analysis) {
-    analysis.energies(); // every rank has a part in them
-    if (history_) history_->filter(analysis);
-  }
-
-  void writeHistory(const Analysis& analysis) {
-    check_.update(analysis.energies());
-    if (history_) history_->write(analysis, check_.error());
-  }
-
-  void writeFields(const Analysis& analysis) {
-    const Progress now = analysis.progress();
-    const Energies energies = analysis.energies();
-    if (results_) {
-      const Fields fields = analysis.fields();
-      results_->write(now.time, fields, energies);
-      if (digest_) digest_->write(now, fields, energies);
-      message("Status", "increment %S time %R stable increment %R kinetic energy %R total energy %R energy error %R",
-              {std::to_string(now.increment)},
-              {now.time, now.stableIncrement, energies.kinetic, energies.total(), check_.error()});
-    }
-    if (const std::error_code error = host::writeError())
-      throw std::system_error(error, "a message, status or diagnostics file could not be written");
-  }
-
-  void close() {
-    if (history_) history_->close();
-    if (results_) results_->close();
-    if (digest_) digest_->close();
-  }
-
-  void complete() const {
-    if (history_) history_->file().complete();
-    if (results_) results_->file().complete();
-    if (digest_) digest_->file().complete();
-  }
-
-  const EnergyCheck& energy() const { return check_; }
-  int count() const { return results_ ? results_->count() : 0; }
-  // Where results of a run that did not come to its end are.
-  std::string leftovers() const { return fieldsPath_.string() + ".partial and " + historyPath_.string() + ".partial"; }
-  std::string fieldsName() const { return fieldsPath_.string(); }
-  std::string historyName() const { return historyPath_.string(); }
-
-private:
-  std::filesystem::path fieldsPath_, historyPath_;
-  EnergyCheck check_;
-  std::optional<HistoryFile> history_;
-  std::optional<ResultsFile> results_;
-  std::optional<DigestFile> digest_;
-};
-
-// What all ranks must have read alike.
+// Of the input, which must be the same on all ranks.
 uint64_t inputHash(const CaseFile& caseFile, const Mesh& mesh) {
   Hash hash;
   for (const std::string& line : caseFile.lines) hash.add(line);
   hash.add(mesh);
   return hash.value();
-}
-
-// An error that all ranks end with.
-class JobFailed : public std::runtime_error {
-public:
-  explicit JobFailed(RankFailure failure) : std::runtime_error(failure.text), failure_(std::move(failure)) {}
-  const RankFailure& failure() const { return failure_; }
-
-private:
-  RankFailure failure_;
-};
-
-// The exception that is being handled, as an exit code and a text.
-RankFailure describeException() {
-  try {
-    throw;
-  } catch (const InputError& error) {
-    return {0, exitInput, error.what()};
-  } catch (const WriteError& error) {
-    return {0, exitNotWritten, error.what()};
-  } catch (const std::system_error& error) {
-    return {0, exitNotWritten, error.what()};
-  } catch (const std::bad_alloc&) {
-    return {0, exitEndedEarly, "the memory does not suffice for this model"};
-  } catch (const std::exception& error) {
-    return {0, exitEndedEarly, error.what()};
-  }
-}
-
-std::string withRank(int32_t rank, const std::string& text) {
-  return rank == 0 ? text : "rank " + std::to_string(rank) + ": " + text;
-}
-
-// The failure that ends all ranks, for the exception that is being handled on this one.
-RankFailure failureOfAll(const Ranks& ranks) {
-  try {
-    try {
-      throw;
-    } catch (const RankFailed& error) {
-      return ranks.settle(error.failure(), error.teller());
-    } catch (const RankLost&) {
-      throw;
-    } catch (...) {
-      const RankFailure failure = describeException();
-      return ranks.settle({ranks.rank(), failure.code, withRank(ranks.rank(), failure.text)}, ranks.rank());
-    }
-  } catch (const RankLost& error) {
-    // there is nobody to settle it with
-    reportError(error.what());
-    host::abortRanks(exitEndedEarly);
-    return {ranks.rank(), exitEndedEarly, error.what()};
-  }
-}
-
-// The early end of an analysis in words.
-std::string describeEnding(Ending ending, const Analysis& analysis, const Case& definition, double firstIncrement) {
-  const Progress now = analysis.progress();
-  const std::string at = " at time " + shortNumber(now.time) + " s, increment " + std::to_string(now.increment);
-  switch (ending) {
-  case Ending::Distorted: {
-    constexpr std::size_t shown = 8;
-    const std::vector<int64_t>& bricks = analysis.distortedElements();
-    std::vector<std::string> numbers;
-    for (std::size_t k = 0; k < std::min(shown, bricks.size()); ++k) numbers.push_back(std::to_string(bricks[k]));
-    return counted(bricks.size(), "brick") + " distorted beyond computing" + at + ": number " + joined(numbers, ", ") +
-           (bricks.size() > shown ? ", ..." : "");
-  }
-  case Ending::IncrementCollapsed:
-    return "the stable increment fell to " + shortNumber(now.stableIncrement) + " s" + at + ", below " +
-           shortNumber(definition.smallestIncrementRatio) + " of the first one (" + shortNumber(firstIncrement) + " s)";
-  case Ending::Stopped:
-    return "a material could not go on" + at + "; the message file says why";
-  case Ending::NotFinite:
-    return "a position, velocity or energy is no longer a finite number" + at;
-  default:
-    return "interrupted" + at;
-  }
 }
 
 class Job {
@@ -299,7 +61,7 @@ public:
     try {
       return analyse(analysis);
     } catch (const std::exception&) {
-      // the job ends in order on all ranks, then the error goes on
+      // end the job in order on all ranks, then rethrow
       RankFailure failure = failureOfAll(ranks_);
       message("Error", "%S", {failure.text});
       endAnalysis(failure.rank == ranks_.rank() ? exitErrors : exitErrorsElsewhere);
@@ -309,8 +71,8 @@ public:
   }
 
 private:
-  // Asked before the mesh is read: Gmsh sets OpenMP to one thread.  Several ranks share their machine: each takes more than
-  // one thread only when it is told to.
+  // Called before the mesh is read: Gmsh sets OpenMP to one thread.  Several ranks share a machine: one thread each unless
+  // set otherwise.
   static int threadsOf(const JobOptions& options, const Ranks& ranks) {
     if (options.threads > 0) return options.threads;
     if (ranks.areSeveral() && !std::getenv("OMP_NUM_THREADS")) return 1;
@@ -332,7 +94,7 @@ private:
                          definition_.file.string() + " and " + definition_.meshFile.string());
   }
 
-  // What is wrong between case and mesh is told with the names of both.
+  // Errors of case against mesh name both files.
   std::unique_ptr<Analysis> makeAnalysis() const {
     try {
       return std::make_unique<Analysis>(mesh_, definition_, threads_);
@@ -346,7 +108,7 @@ private:
     return definition_.job + (rank == 0 ? "" : ".rank" + std::to_string(rank));
   }
 
-  // Whatever fails from here on, nothing of an earlier run passes for a part of this one.
+  // So that no file of an earlier run can be taken for one of this run.
   void removeEarlierFiles() const {
     for (const char* extension : {historyExtension, fieldsExtension, digestExtension})
       PartialFile::removeEarlier(resultFile(definition_, extension));
@@ -381,7 +143,7 @@ private:
     for (const std::string& line : description_) message("Table", "%S", {line});
   }
 
-  // The message file is of no use to tell about its own failure.
+  // Failures of the message file itself go to standard error.
   static void closeJobFiles() noexcept {
     try {
       host::closeJob();
@@ -390,7 +152,7 @@ private:
     }
   }
 
-  // Closing tells which file of the host could not be written: that is then what has failed.
+  // closeJob reports the file that could not be written; the run then fails with that error.
   void closeAfter(RankFailure& failure) const noexcept {
     try {
       host::closeJob();
@@ -416,7 +178,7 @@ private:
     const Ending ending = advance(analysis, output);
     terminal_.endProgress();
     output.close();
-    // from here on no rank waits for one that has failed; a signal to one rank is one to all of them
+    // no rank can fail from here on; a signal to one rank counts for all
     if (!ranks_.allAgree(ending != Ending::Killed && !host::killSignal())) host::requestKill();
     return ending == Ending::Complete ? complete(analysis, output, course) : endEarly(analysis, ending, output, course);
   }
@@ -426,7 +188,7 @@ private:
     message("Note", "The analysis is complete after %S increments; its energy balance is off by %R of the energy.",
             {std::to_string(analysis.progress().increment)}, {output.energy().relative()});
     endAnalysis(exitPhaseComplete);
-    // a signal that came after the last increment has made the job an interrupted one; the root knows
+    // a signal after the last increment interrupts the job; the root decides
     const bool completed = ranks_.allAgree(!ranks_.isRoot() || host::jobStatus() == statusCompleted);
     host::closeJob();
     ranks_.synchronise();
@@ -437,7 +199,7 @@ private:
     return exitComplete;
   }
 
-  // History and fields are written on the way and, whatever the ending, for the last state that has numbers.
+  // Writes history and fields at their times, and for the last finite state whatever the ending.
   Ending advance(Analysis& analysis, Output& output) {
     Schedule fields(definition_.outputInterval, definition_.endTime);
     Schedule history(definition_.historyInterval, definition_.endTime);
@@ -474,7 +236,7 @@ private:
       return reportInterruption(analysis, output);
     }
     message("Error", "%S", {reason});
-    if (ending != Ending::Stopped || !host::threadError()) endAnalysis(exitErrors); // else it is ended
+    if (ending != Ending::Stopped || !host::threadError()) endAnalysis(exitErrors); // otherwise the kernel has ended it
     closeJobFiles();
     if (ranks_.isRoot()) reportError(reason + "; what was computed is in " + output.leftovers());
     return exitEndedEarly;
@@ -515,11 +277,6 @@ private:
 };
 
 } // namespace
-
-void reportError(const std::string& text) {
-  const std::string line = "error: " + text + '\n';
-  std::fwrite(line.data(), 1, line.size(), stderr);
-}
 
 ExitCode runJob(const JobOptions& options) {
   const Ranks ranks;

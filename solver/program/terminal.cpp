@@ -23,10 +23,6 @@ std::size_t columns() {
   return known ? size.ws_col : 80;
 }
 
-std::string padded(const std::string& text, std::size_t width, char with = ' ') {
-  return std::string(width - std::min(width, text.size()), with) + text;
-}
-
 } // namespace
 
 std::string clockText(double seconds) {
