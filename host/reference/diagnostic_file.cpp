@@ -54,7 +54,7 @@ std::string compatibilityText(int32_t constraint, const DiagnosticRecord& d) {
                                      d.values);
 }
 
-// The details of errors and warnings of all kinds, and the reasons of cutbacks; null where there is none.
+// The detail text of an error or warning, or the reason of a cutback; null without one.
 const std::string* detailOf(DiagnosticClass diagnosticClass, int32_t code) {
   switch (diagnosticClass) {
   case DiagnosticClass::Residual:
@@ -103,7 +103,7 @@ void removeDatabase(const std::filesystem::path& path) {
   const bool exists = std::filesystem::exists(path, error);
   if (exists && !(std::filesystem::is_regular_file(path, error) && isOurs(path)))
     fail(std::make_error_code(std::errc::file_exists), ", which is no diagnostic database");
-  // the log first: without its database it would be taken for part of the new one
+  // the log first: SQLite would apply a stale log to the new database
   for (const auto& file : {besides(path, "-wal"), besides(path, "-shm"), besides(path, "-journal"), path,
                            besides(path, ".partial"), besides(path, ".partial-wal"), besides(path, ".partial-shm")})
     if (!std::filesystem::remove(file, error) && error) fail(error, "");
@@ -132,8 +132,8 @@ DiagnosticFile::DiagnosticFile(const std::filesystem::path& path, const RunRecor
   create(path, run);
   connection_.open(path.string(), kReadWrite);
   connection_.setBusyTimeout(10000);
-  // Foreign keys are sound by construction: no check.  A checkpoint comes every 32 MB, so that short increments do not wait
-  // for the disk.
+  // Foreign keys are sound by construction: no check.  A checkpoint comes every 32 MB, so that short increments do not
+  // wait for the disk.
   connection_.run("PRAGMA synchronous = NORMAL; PRAGMA foreign_keys = OFF; PRAGMA wal_autocheckpoint = 8192;"
                   " PRAGMA cache_size = -65536");
   begin_ = connection_.prepare("BEGIN");
@@ -366,7 +366,7 @@ void DiagnosticFile::finish(const RunRecord& run, bool lost) {
   setRun(run);
   statement("UPDATE run SET ended = ?, elapsed = ?, incomplete = ?").run(utcNow(), wall(), lost);
   commit();
-  // Without the log the file can be read where nothing can be written.  Not while somebody reads: the log then stays.
+  // Leave WAL mode, so that the file can be read on read-only media.  Fails while there are readers; WAL mode stays.
   try {
     connection_.setBusyTimeout(0);
     connection_.run("PRAGMA journal_mode = DELETE");

@@ -62,7 +62,7 @@ enum class Flag {
   ContactIterationConverged,
 };
 
-// Where in the course of the analysis something happens.
+// The open step, increment, attempt and iterations at the time of a record.
 struct Place {
   Id step, increment, attempt, iteration, contactIteration;
 };
@@ -103,7 +103,7 @@ public:
   void addMark(const ResourceMark& mark);
   void setRun(const RunRecord& run);
 
-  // Puts what has been recorded into the file, for readers and for after a crash.
+  // Ends the transaction: its records are visible to readers and survive a crash.
   void commit();
   void rollBack();
   bool inTransaction() const { return connection_.inTransaction(); }

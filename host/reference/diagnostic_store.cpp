@@ -106,7 +106,7 @@ std::filesystem::path DiagnosticStore::path() {
 
 // ---- writing
 
-// The transaction is lost and with it ids that later rows would name: nothing is stored from here on.
+// The lost transaction held ids that later rows refer to: stops recording.
 void DiagnosticStore::fail(const sqlite::Error& error) {
   if (!error_) error_ = errorCodeOf(error);
   try {
@@ -147,7 +147,7 @@ void DiagnosticStore::commitSoon() {
   commit();
 }
 
-// A program that ends without closing its job keeps what it has recorded.
+// A program that exits without closing its job keeps its records.
 void DiagnosticStore::commitAtExit() noexcept {
   guarded([&] {
     // another thread may have been stopped in the middle of a record
@@ -180,7 +180,7 @@ int32_t DiagnosticStore::executionCode(Solver solver) {
   return courseOf(solver).executionCode;
 }
 
-// The end of the analysis: what follows may be the end of the process.
+// The process may end after this call: commits.
 void DiagnosticStore::setStatus(int32_t status) {
   const std::lock_guard lock(mutex_);
   run_.status = status;
@@ -239,7 +239,7 @@ void DiagnosticStore::beginIncrement(Solver solver, int32_t number, double timeI
   if (!records(solver)) return;
   createFile();
   Course& course = courseOf(solver);
-  // what was recorded since the last increment shares the transaction of this one unless it waits for long
+  // records since the last increment share the transaction of this one unless they wait for long
   if (course.increment) {
     leaveIncrement(course);
     commit();
@@ -276,7 +276,7 @@ void DiagnosticStore::endLevel(Solver solver, Level Course::*level, Flag ended) 
   });
 }
 
-// A flag may come when its attempt or iteration has already ended.
+// A flag may be set after its attempt or iteration has ended.
 void DiagnosticStore::setFlag(Solver solver, Level Course::*level, Flag flag, bool value) {
   inCourse(solver, [&](Course& course, DiagnosticFile& file) {
     if ((course.*level).id) file.setFlag(flag, *(course.*level).id, value);

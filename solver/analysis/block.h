@@ -14,7 +14,7 @@ namespace sharedanalysis::solver {
 
 static_assert(kBlockLength <= kMostPoints && kBlockLength % 8 == 0);
 
-// Work arrays of one thread; a block needs them only while it is evaluated.
+// Work arrays of one thread, shared by its blocks.
 struct BlockWork {
   std::vector<double> x, velocity, B, gamma, hgdiag, hgstiff, vol, rvol, work;
   std::vector<double> F, cofactors, b, V, bound, bulk, force, ratio, rate, power, failureStrain;

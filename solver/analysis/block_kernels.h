@@ -1,4 +1,4 @@
-// The solver's own vector loops over one block of bricks: what stands between the library's kernels.
+// The solver's own vector loops over one block of bricks, between the calls of the library's kernels.
 //
 // Block arrays (ld, 8, 3) hold the brick fastest, then the node, then the direction, as the library's operators take them;
 // tensors and other arrays of the block have no gaps: component k of brick e at k*n + e.

@@ -101,7 +101,7 @@ Energies sumEnergies(const Layout& layout, const NodeState& nodes, const Prescri
     for (size_t c = 0; c < 3; ++c)
       sum.external += mass[i] * layout.definition.gravity[c] * (collected.x[at + c] - nodes.X[at + c]);
   }
-  // up to the present time: the last half increment is still to be counted
+  // work up to the present time: add the last half increment
   for (const size_t k : prescribed.order)
     sum.external +=
         collected.work[k] + 0.5 * collected.reactions[k] * collected.prescribedSpeed[k] * course.lastIncrement;

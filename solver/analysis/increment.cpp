@@ -11,7 +11,7 @@
 namespace sharedanalysis::solver {
 namespace {
 
-constexpr double kGrowth = 1.05; // of the increment from one step to the next
+constexpr double kGrowth = 1.05; // largest ratio of an increment to the one before
 
 // NaN when either is, whichever comes first.
 double smallerOf(double a, double b) { return b < a || b != b ? b : a; }

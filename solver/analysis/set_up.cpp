@@ -58,7 +58,7 @@ std::vector<DomainState> makeDomainStates(const Layout& layout, const std::vecto
     state.force.resize(3 * static_cast<size_t>(state.domain.touched()));
     const std::span<const int32_t> elements(state.domain.elements);
     for (size_t first = 0, count = 0; first < elements.size(); first += count) {
-      // a run of bricks of one material; the order of the bricks stays
+      // consecutive bricks of one material; their order is kept
       const int32_t own = material[elements[first]];
       const size_t most = std::min<size_t>(kBlockLength, elements.size() - first);
       for (count = 1; count < most && material[elements[first + count]] == own;) ++count;
@@ -93,7 +93,7 @@ void setMasses(const Layout& layout, const std::vector<DomainState>& domains, No
     for (int corner = 0; corner < 8; ++corner) mass[layout.numbering.connectivity[8 * e + corner]] += ofBrick[e] / 8.0;
   layout.ranks.gatherRanges(mass, layout.numbering.firstOfRank);
   rMass.resize(mass.size());
-  // a node of no brick has nothing to move it
+  // a node without bricks has no mass and does not accelerate
   for (size_t i = 0; i < mass.size(); ++i) rMass[i] = mass[i] > 0.0 ? 1.0 / mass[i] : 0.0;
 }
 

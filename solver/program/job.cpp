@@ -71,8 +71,8 @@ public:
   }
 
 private:
-  // Called before the mesh is read: Gmsh sets OpenMP to one thread.  Several ranks share a machine: one thread each unless
-  // set otherwise.
+  // Called before the mesh is read: Gmsh sets OpenMP to one thread.  Several ranks share a machine: one thread each
+  // unless set otherwise.
   static int threadsOf(const JobOptions& options, const Ranks& ranks) {
     if (options.threads > 0) return options.threads;
     if (ranks.areSeveral() && !std::getenv("OMP_NUM_THREADS")) return 1;
@@ -280,9 +280,9 @@ private:
 
 ExitCode runJob(const JobOptions& options) {
   const Ranks ranks;
-  // launchers pass on what ranks show, and pretend to be a terminal
+  // launchers forward the output of the ranks through a pseudo-terminal: no progress bar
   Terminal terminal(options.quiet || !ranks.isRoot(), ranks.areSeveral());
-  // told once, by the rank where it began
+  // reported once, by the rank on which it occurred
   const auto fail = [&](const RankFailure& failure) {
     terminal.endProgress();
     if (failure.rank == ranks.rank()) reportError(failure.text);

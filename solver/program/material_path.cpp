@@ -19,7 +19,7 @@ namespace {
 using Stretch = std::array<double, 6>;  // left stretch, S33
 using Gradient = std::array<double, 9>; // deformation gradient, row by row
 
-// The material at one point; evaluations leave no trace until the point is told to remember.
+// The material at one point.  Evaluations do not change its state until remember() is called.
 class Point {
 public:
   Point(const Material& material, double stepTime) : points_(material, 1), stepTime_(stepTime) {}
@@ -133,7 +133,7 @@ private:
     throw InputError("path \"" + path_.name + "\" at stretch " + shortNumber(stretch_) + ": " + what);
   }
 
-  // The free stretch without stress, from the one before; NaN where there is none.
+  // The free stretch at which its stress is zero, by iteration from the last one; NaN if it is not found.
   double close(double s) {
     if (freeDirections(path_.mode) == 0) return 1;
     double a = free_ > 0 ? free_ : isochoric(path_.mode, s);

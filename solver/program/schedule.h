@@ -9,16 +9,16 @@
 
 namespace sharedanalysis::solver {
 
-// Times at which something is written: multiples of an interval that never pile up rounding, and the end.
+// Output times: exact multiples of an interval (no accumulated rounding), and the end time.
 class Schedule {
 public:
   Schedule(double interval, double end) : interval_(interval), end_(end) {}
-  // The first time after the last one that was passed; one that falls a rounding error before the end is the end.
+  // The next output time; one within rounding of the end is the end.
   double next() const {
     const double time = static_cast<double>(passed_ + 1) * interval_;
     return time < end_ - 1e-6 * interval_ ? time : end_;
   }
-  // Whether `time` meets the next time; then the one after it is next.
+  // Returns whether `time` has reached the next output time, and advances to the one after it.
   bool reach(double time) {
     if (time < next() - 1e-6 * interval_) return false;
     ++passed_;
@@ -30,7 +30,7 @@ private:
   int64_t passed_ = 0;
 };
 
-// The change of total - external since the start, and its size beside the largest energy so far.
+// The change of total - external energy since the start, also relative to the largest energy so far.
 class EnergyCheck {
 public:
   void update(const Energies& energies) {

@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view digestExtension = ".digest", fieldsExtension = ".exo", partialExtension = ".partial";
 
-// With its bits, which tell apart what looks alike: zeros of either sign, one NaN from another.
+// With its bits, which distinguish the two zeros and NaNs.
 std::string withBits(double value) {
   std::array<char, 16> text;
   const auto end = std::to_chars(text.data(), text.data() + text.size(), std::bit_cast<uint64_t>(value), 16).ptr;
@@ -53,7 +53,7 @@ fs::path fieldsBeside(const fs::path& digest) {
   return fs::exists(fields) ? fields : fs::path();
 }
 
-// What a file of fields tells about a value that a digest found to differ.
+// Finds in a file of fields the value that differs by its digest.
 class FieldReader {
 public:
   explicit FieldReader(const fs::path& file) {
@@ -151,7 +151,7 @@ private:
     return {all[static_cast<std::size_t>(number) - 1]};
   }
 
-  // The mesh has its entities in the order of their numbers.
+  // Meshes are sorted by entity number.
   std::vector<double> inMeshOrder(const std::vector<double>& values, Entity entity) const {
     const std::vector<int64_t> numbers = inFile(entity);
     if (numbers.size() != values.size()) return {};
@@ -201,7 +201,7 @@ std::optional<std::string> firstValue(const Run& a, const Run& b, std::size_t ou
   return std::nullopt;
 }
 
-// Where the fields do not help: the first chunk whose hashes differ.
+// Without fields: the first chunk whose hashes differ.
 std::string firstChunk(const Run& a, const ArrayDigest& one, const ArrayDigest& other) {
   const Entity entity = one.name->entity;
   if (entity == Entity::Model) return "one of its values differs";

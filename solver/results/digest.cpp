@@ -88,7 +88,7 @@ public:
   }
 
   const std::string& text() const { return text_; }
-  // What follows the first word.
+  // The rest of the line after its first word.
   std::string rest() const { return text_.substr(std::min(text_.find(' ') + 1, text_.size())); }
 
   bool atEnd() const { return word_ == words_.size(); }
