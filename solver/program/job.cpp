@@ -1,27 +1,23 @@
 // One run: input, analysis, outputs at their times, and the end in order on all ranks.
 #include "solver/program/job.h"
 
-#include "glo.h"
 #include "reference_host.h"
 #include "solver/analysis/analysis.h"
 #include "solver/analysis/ranks.h"
-#include "solver/input/case_reader.h"
-#include "solver/input/mesh_reader.h"
 #include "solver/model/text.h"
 #include "solver/program/description.h"
 #include "solver/program/diagnostics.h"
 #include "solver/program/failure.h"
+#include "solver/program/job_files.h"
+#include "solver/program/job_input.h"
 #include "solver/program/messages.h"
 #include "solver/program/output.h"
 #include "solver/program/terminal.h"
-#include "solver/results/hash.h"
 
 #include <chrono>
 #include <cmath>
-#include <cstdlib>
 #include <limits>
 #include <memory>
-#include <omp.h>
 
 namespace sharedanalysis::solver {
 namespace {
@@ -30,34 +26,23 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int32_t statusCompleted = 1; // of host::jobStatus
 
-// Of the input, which must be the same on all ranks.
-uint64_t inputHash(const CaseFile& caseFile, const Mesh& mesh) {
-  Hash hash;
-  for (const std::string& line : caseFile.lines) hash.add(line);
-  hash.add(mesh);
-  return hash.value();
-}
-
 class Job {
 public:
   Job(const JobOptions& options, const Ranks& ranks, Terminal& terminal)
-      : options_(options), terminal_(terminal), ranks_(ranks), threads_(threadsOf(options, ranks)),
-        caseFile_(readInput(options)), definition_(caseFile_.definition), mesh_(readMesh(definition_.meshFile)) {
-    checkGroups(caseFile_, mesh_);
-    checkSameInput();
-  }
+      : options_(options), terminal_(terminal), ranks_(ranks), input_(options, ranks),
+        definition_(input_.caseFile.definition), mesh_(input_.mesh) {}
 
   ExitCode run() {
     const std::unique_ptr<Analysis> model = makeAnalysis();
     Analysis& analysis = *model;
     firstIncrement_ = analysis.progress().stableIncrement;
-    description_ = describe(definition_, mesh_, ranks_, threads_, firstIncrement_);
+    description_ = describe(definition_, mesh_, ranks_, input_.threads, firstIncrement_);
     for (const std::string& line : description_) terminal_.line(line);
     if (options_.checkOnly) {
       terminal_.line("the input is sound; nothing was run");
       return exitComplete;
     }
-    openFiles();
+    openJobFiles(definition_, ranks_, description_);
     try {
       return analyse(analysis);
     } catch (const std::exception&) {
@@ -65,108 +50,24 @@ public:
       RankFailure failure = failureOfAll(ranks_);
       message("Error", "%S", {failure.text});
       endAnalysis(failure.rank == ranks_.rank() ? exitErrors : exitErrorsElsewhere);
-      closeAfter(failure);
+      closeJobFiles(failure, ranks_);
       throw JobFailed(failure);
     }
   }
 
 private:
-  // Called before the mesh is read: Gmsh sets OpenMP to one thread.  Several ranks share a machine: one thread each
-  // unless set otherwise.
-  static int threadsOf(const JobOptions& options, const Ranks& ranks) {
-    if (options.threads > 0) return options.threads;
-    if (ranks.areSeveral() && !std::getenv("OMP_NUM_THREADS")) return 1;
-    return std::min(omp_get_max_threads(), 1024);
-  }
-
-  static CaseFile readInput(const JobOptions& options) {
-    CaseFile caseFile = readCase(options.caseFile);
-    if (options.outputDirectory) caseFile.definition.outputDirectory = *options.outputDirectory;
-    return caseFile;
-  }
-
-  void checkSameInput() const {
-    if (!ranks_.areSeveral()) return;
-    const std::vector<int64_t> hashes = ranks_.joined({static_cast<int64_t>(inputHash(caseFile_, mesh_))});
-    for (std::size_t rank = 1; rank < hashes.size(); ++rank)
-      if (hashes[rank] != hashes[0])
-        throw InputError("rank " + std::to_string(rank) + " has read another case or mesh than rank 0 from " +
-                         definition_.file.string() + " and " + definition_.meshFile.string());
-  }
-
   // Errors of case against mesh name both files.
   std::unique_ptr<Analysis> makeAnalysis() const {
     try {
-      return std::make_unique<Analysis>(mesh_, definition_, threads_);
+      return std::make_unique<Analysis>(mesh_, definition_, input_.threads);
     } catch (const InputError& error) {
       throw InputError(definition_.file.string() + ", mesh " + definition_.meshFile.string() + ": " + error.what());
     }
   }
 
-  // The root has the name of the job, the other ranks have their number in it.
-  std::string nameOfRank(int32_t rank) const {
-    return definition_.job + (rank == 0 ? "" : ".rank" + std::to_string(rank));
-  }
-
-  // So that no file of an earlier run can be taken for one of this run.
-  void removeEarlierFiles() const {
-    for (const char* extension : {historyExtension, fieldsExtension, digestExtension})
-      PartialFile::removeEarlier(resultFile(definition_, extension));
-    const auto removeFilesOf = [&](int32_t rank) {
-      bool found = false;
-      for (const char* extension : {".msg", ".log", ".sta"}) {
-        const std::filesystem::path file = definition_.outputDirectory / (nameOfRank(rank) + extension);
-        std::error_code error;
-        found = std::filesystem::remove(file, error) || found;
-        if (error) throw WriteError(file, "the older file cannot be removed: " + error.message());
-      }
-      return found;
-    };
-    for (int32_t rank = ranks_.size(); removeFilesOf(rank);) ++rank;
-  }
-
-  // The root makes the directory; every rank has message, status and log files of its own.
-  void openFiles() {
-    if (ranks_.isRoot()) {
-      std::error_code error;
-      std::filesystem::create_directories(definition_.outputDirectory, error);
-      if (error) throw WriteError(definition_.outputDirectory, "the directory cannot be made: " + error.message());
-      removeEarlierFiles();
-    }
-    ranks_.synchronise();
-    host::installSignalHandlers();
-    host::openJob(nameOfRank(ranks_.rank()), definition_.outputDirectory);
-    std::string banner(79, ' ');
-    GLO_UTI_GETVERSIONDATETIME(banner.data(), static_cast<int64_t>(banner.size()));
-    message("Table", "%S", {banner});
-    message("Step", "EXPLICIT DYNAMICS, JOB %S", {definition_.job});
-    for (const std::string& line : description_) message("Table", "%S", {line});
-  }
-
-  // Failures of the message file itself go to standard error.
-  static void closeJobFiles() noexcept {
-    try {
-      host::closeJob();
-    } catch (const std::exception& error) {
-      reportError(error.what());
-    }
-  }
-
-  // closeJob reports the file that could not be written; the run then fails with that error.
-  void closeAfter(RankFailure& failure) const noexcept {
-    try {
-      host::closeJob();
-    } catch (const std::system_error& error) {
-      if (failure.code == exitNotWritten && failure.rank == ranks_.rank())
-        failure.text = withRank(failure.rank, error.what());
-      else
-        reportError(withRank(ranks_.rank(), error.what()));
-    }
-  }
-
   ExitCode analyse(Analysis& analysis) {
     std::vector<std::string> info = description_;
-    info.insert(info.end(), caseFile_.lines.begin(), caseFile_.lines.end());
+    info.insert(info.end(), input_.caseFile.lines.begin(), input_.caseFile.lines.end());
     Output output(definition_, mesh_, info, ranks_, options_.digest);
     DiagnosticCourse course(definition_, ranks_);
     analysis.setObserver([&](const Progress& now, double increment) { course.increment(now, increment); });
@@ -267,10 +168,9 @@ private:
   const JobOptions& options_;
   Terminal& terminal_;
   const Ranks& ranks_;
-  int threads_;
-  CaseFile caseFile_;
+  JobInput input_;
   const Case& definition_;
-  Mesh mesh_;
+  const Mesh& mesh_;
   double firstIncrement_ = 0;
   std::vector<std::string> description_;
   std::chrono::duration<double> computing_{0};

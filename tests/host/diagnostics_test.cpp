@@ -985,22 +985,18 @@ TEST_F(DiagnosticsProgram, SpeaksJson) {
     return r.value("SELECT json_extract(output, '" + path + "') FROM (SELECT '" +
                    std::regex_replace(result.out, std::regex("'"), "''") + "' AS output)");
   };
-  EXPECT_EQ(at("$.format"), "1");
-  EXPECT_EQ(at("$.run.job"), "json");
-  EXPECT_EQ(at("$.run.in_parts"), "1");
-  EXPECT_EQ(at("$.run.domains"), "NULL");
-  EXPECT_EQ(at("$.steps[0].increments"), "12");
-  EXPECT_EQ(at("$.steps[0].attributes[0]"), "large displacements");
-  EXPECT_EQ(at("$.increments[0].last"), "12");
-  EXPECT_EQ(at("$.increments[1].state"), "not converged");
-  EXPECT_EQ(at("$.problems[1].name"), "ExcessiveDistortion");
-  EXPECT_EQ(at("$.problems[1].code"), std::to_string(codes::ExcessiveDistortion));
-  EXPECT_EQ(at("$.problems[1].count"), "14");
-  EXPECT_EQ(at("$.problems[1].place_count"), "6");
-  EXPECT_EQ(at("$.problems[1].places[0].label"), "301");
-  EXPECT_EQ(at("$.problems[1].places[0].count"), "4");
-  EXPECT_EQ(at("$.problems[1].first.increment"), "1");
-  EXPECT_EQ(at("$.messages"), "[]");
+  // clang-format off
+  const std::vector<std::pair<std::string, std::string>> expected = {
+      {"$.format", "1"}, {"$.run.job", "json"}, {"$.run.in_parts", "1"}, {"$.run.domains", "NULL"},
+      {"$.steps[0].increments", "12"}, {"$.steps[0].attributes[0]", "large displacements"},
+      {"$.increments[0].last", "12"}, {"$.increments[1].state", "not converged"},
+      {"$.problems[1].name", "ExcessiveDistortion"},
+      {"$.problems[1].code", std::to_string(codes::ExcessiveDistortion)}, {"$.problems[1].count", "14"},
+      {"$.problems[1].place_count", "6"}, {"$.problems[1].places[0].label", "301"},
+      {"$.problems[1].places[0].count", "4"}, {"$.problems[1].first.increment", "1"}, {"$.messages", "[]"},
+  };
+  // clang-format on
+  for (const auto& [path, value] : expected) EXPECT_EQ(at(path), value) << path;
 }
 
 TEST_F(DiagnosticsProgram, ReadsRunningAndCrashedAnalyses) {
