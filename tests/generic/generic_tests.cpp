@@ -1,6 +1,6 @@
 // Runs one check on every kernel of the headers.
 //
-//   generic_tests LIB writes|empty|pieces|spoiled|threads|reach|hard [--needs LEVEL]
+//   generic_tests LIB writes|lists|empty|pieces|spoiled|threads|reach|hard [--needs LEVEL]
 //   generic_tests LIB hashes FILE [--write] [--needs LEVEL]
 //   generic_tests LIB torture [--inputs N] [--hours H] [--seed S] [--from PASS] [--shard K/M] [--only KERNEL] [--case C]
 //
@@ -92,6 +92,7 @@ HardCases hardCases(std::uint64_t seed, std::uint64_t first, std::uint64_t count
 
 Findings runCheck(const std::string& check, GuardedMemory& memory, const Kernel& kernel) {
   if (check == "writes") return checkWrites(memory, kernel);
+  if (check == "lists") return checkLists(memory, kernel);
   if (check == "empty") return checkEmpty(memory, kernel);
   if (check == "pieces") return checkPieces(memory, kernel);
   if (check == "spoiled") return checkSpoiledPoint(memory, kernel);
