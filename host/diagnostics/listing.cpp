@@ -1,4 +1,5 @@
 #include "output.h"
+#include "words.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -6,6 +7,9 @@
 
 namespace sharedanalysis::diagnostics {
 namespace {
+
+using host::counted;
+using host::joined;
 
 constexpr std::string_view kNoInstance = "";
 
@@ -26,22 +30,9 @@ std::string seconds(double value) {
 
 std::string number(const std::optional<double>& value) { return value ? number(*value) : "-"; }
 
-std::string counted(int64_t count, const std::string& word) {
-  return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
-}
-
 // Adds "3 errors" to a list, unless the count is 0.
 void addCount(std::vector<std::string>& words, int64_t count, const std::string& word) {
   if (count > 0) words.push_back(counted(count, word));
-}
-
-std::string joined(const std::vector<std::string>& words, std::string_view between = ", ") {
-  std::string text;
-  for (const std::string& word : words) {
-    if (!text.empty()) text += between;
-    text += word;
-  }
-  return text;
 }
 
 std::string range(const std::optional<double>& smallest, const std::optional<double>& largest) {

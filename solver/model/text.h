@@ -1,22 +1,16 @@
 // Pieces of messages.
 #pragma once
 
+#include "words.h"
+
 #include <cstddef>
 #include <string>
 #include <vector>
 
 namespace sharedanalysis::solver {
 
-// "1 brick", "12 bricks"
-inline std::string counted(std::size_t count, const std::string& noun) {
-  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
-
-inline std::string joined(const std::vector<std::string>& parts, const std::string& separator) {
-  std::string text;
-  for (const std::string& part : parts) text += (text.empty() ? "" : separator) + part;
-  return text;
-}
+using host::counted;
+using host::joined;
 
 // The shortest text that reads back as the same double.
 std::string exactNumber(double value);
