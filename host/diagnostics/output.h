@@ -8,7 +8,7 @@
 namespace sharedanalysis::diagnostics {
 
 struct Terminal {
-  std::size_t width = SIZE_MAX; // columns; unlimited where nobody reads lines
+  std::size_t width = SIZE_MAX; // columns; unlimited if the output is no terminal
   bool colours = false;
 };
 

@@ -400,7 +400,7 @@ Record readRecord(const std::filesystem::path& file, const Selection& selection)
     open(database, file);
     database.setBusyTimeout(5000);
     checkFormat(database, file);
-    // one state of the file, whatever is written meanwhile
+    // a snapshot of the file while it is being written
     database.run("BEGIN");
     const std::string condition = choose(database, selection);
     record.run = readRun(database);

@@ -1,4 +1,4 @@
-// Messages over MPI, in a library of its own: only processes that were launched on ranks load it.
+// Messages over MPI.  A separate library, loaded by processes that a launcher has started only.
 #include "communicator.h"
 
 #include <algorithm>

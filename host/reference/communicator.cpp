@@ -1,4 +1,4 @@
-// Ranks: the communicator that the library sees, over whatever transport the process has.
+// The communicator of the library, over the transport of the process.
 #include "communicator.h"
 
 #include "dmpC_CommContainer.h"

@@ -1,4 +1,4 @@
-// The diagnostics of the open job: what both extractors and the resource monitor record, on its way to the database.
+// The diagnostics of the open job: writes the records of both extractors and the resource monitor to the database.
 #pragma once
 
 #include "diagnostic_file.h"

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int32_t kAborted = 2;
 
-// Blanks at the end of a line are of no use in a file.
+// Strips trailing blanks.
 void writeLine(int32_t unit, int32_t message, std::string_view line) {
   guarded([&] { thisThread().addLine(unit, message, withoutTrailingBlanks(line)); });
 }

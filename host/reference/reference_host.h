@@ -27,7 +27,7 @@ struct JobFiles {
 SA_HOST_SERVICE JobFiles openJob(const std::string& job, const std::filesystem::path& directory);
 
 // Brings all files up to date and closes them.  Throws std::system_error naming the file if anything was lost on the way,
-// for instance on a full disk; the job is closed all the same.  Does nothing when no job is open.
+// for instance on a full disk; the job is then closed as well.  Does nothing when no job is open.
 SA_HOST_SERVICE void closeJob();
 
 // The first write error of the open job, or no error.  Messages never fail; what could not be written is known here.

@@ -48,7 +48,7 @@ public:
   Analysis& operator=(const Analysis&) = delete;
 
   // Advances until `time` (the last increments are cut so that it is met exactly) or until the analysis ends early.
-  // Afterwards displacement, stress and energies belong to the same time.  Stops after so many increments all the same; going on
+  // Afterwards displacement, stress and energies belong to the same time.  Returns after `increments` of them at the latest; going on
   // towards the same time then makes the same increments.
   Ending advanceTo(double time, int64_t increments = std::numeric_limits<int64_t>::max());
 

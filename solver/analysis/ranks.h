@@ -1,6 +1,6 @@
 // Communication between the ranks of a job.  With one rank nothing is sent and every result is the caller's own.
 //
-// A rank that fails tells all others, and waits until every one of them has failed as well: whoever waits for a message of a
+// A rank that fails notifies all others and waits until each has failed as well: a rank that waits for a message of a
 // failed rank learns of it.  So the ranks end together, none waits for another forever, and no message is left behind.
 #pragma once
 

@@ -29,7 +29,7 @@ public:
   bool has(const char* key) const;
   bool isArray(const char* key) const;
 
-  // The place of a value, or of the table when the value is not there.
+  // The place of a value, or of the table if it has no such key.
   std::string place(const char* key = nullptr) const;
 
   [[noreturn]] void fail(const char* key, const std::string& text) const;
@@ -46,7 +46,7 @@ public:
   std::string text(const char* key, const std::string& otherwise) const;
   Names texts(const char* key, const std::string& expected) const;
 
-  // [name]; an empty table when it is not there.
+  // [name]; an empty table if there is none.
   Table table(const char* key, const Names& keys) const;
   // [[name]], any number of them.
   std::vector<Table> tables(const char* key, const Names& keys) const;

@@ -1,4 +1,4 @@
-// How a failure on one rank ends all of them, and what the user is told.
+// A failure on one rank ends all of them, with one message to the user.
 #pragma once
 
 #include "solver/analysis/ranks.h"
