@@ -1,6 +1,6 @@
 // Runs one check on every kernel of the headers.
 //
-//   generic_tests LIB writes|lists|empty|pieces|spoiled|threads|reach|hard [--needs LEVEL]
+//   generic_tests LIB writes|lists|empty|pieces|threads|reach|hard [--needs LEVEL]
 //   generic_tests LIB hashes FILE [--write] [--needs LEVEL]
 //   generic_tests LIB torture [--inputs N] [--hours H] [--seed S] [--from PASS] [--shard K/M] [--only KERNEL] [--case C]
 //
@@ -109,7 +109,6 @@ Findings runCheck(const std::string& check, GuardedMemory& memory, const Kernel&
   if (check == "lists") return checkLists(memory, kernel);
   if (check == "empty") return checkEmpty(memory, kernel);
   if (check == "pieces") return checkPieces(memory, kernel);
-  if (check == "spoiled") return checkSpoiledPoint(memory, kernel);
   if (check == "threads") return checkThreads(kernel);
   if (check == "reach") return checkReach(memory, kernel);
   if (check == "hard") return checkSomeHard(memory, kernel);
