@@ -1,18 +1,18 @@
 #include "solver/program/job.h"
 
-#include "solver/analysis/analysis.h"
-#include "solver/input/case_reader.h"
-#include "solver/program/diagnostics.h"
-#include "solver/results/digest.h"
 #include "glo.h"
+#include "reference_host.h"
+#include "solver/analysis/analysis.h"
+#include "solver/analysis/ranks.h"
+#include "solver/input/case_reader.h"
+#include "solver/input/mesh_reader.h"
+#include "solver/model/text.h"
+#include "solver/program/diagnostics.h"
+#include "solver/program/terminal.h"
+#include "solver/results/digest.h"
 #include "solver/results/hash.h"
 #include "solver/results/history.h"
-#include "solver/input/mesh_reader.h"
-#include "solver/analysis/ranks.h"
-#include "reference_host.h"
 #include "solver/results/results.h"
-#include "solver/program/terminal.h"
-#include "solver/model/text.h"
 
 #include <algorithm>
 #include <cmath>
@@ -30,9 +30,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int32_t noChannel = 0, messageFile = -6;
-constexpr int32_t exitErrors = 20, exitErrorsElsewhere = 21, exitPhaseComplete = 22; // codes of GLO_UTI_EXIT
-constexpr int32_t statusCompleted = 1;                                               // what it tells the host
+constexpr int32_t noChannel = 0;
+constexpr int32_t statusCompleted = 1; // what GLO_UTI_EXIT tells the host of a complete phase
 
 // A message of the analysis to the message file, or to the status file when it is a "Status" or an "Error".
 void message(const char* type, const char* text, const std::vector<std::string>& strings = {},
@@ -40,7 +39,7 @@ void message(const char* type, const char* text, const std::vector<std::string>&
   std::vector<const char*> pointers;
   for (const std::string& string : strings) pointers.push_back(string.c_str());
   const bool status = std::string(type) == "Status";
-  glo_uti_CWrite(status ? noChannel : messageFile, 1, type, text, nullptr, reals.begin(), pointers.data());
+  glo_uti_CWrite(status ? noChannel : GLO_UNIT_MESSAGE_FILE, 1, type, text, nullptr, reals.begin(), pointers.data());
 }
 
 void endAnalysis(int32_t code) { GLO_UTI_EXIT(&code); }
@@ -302,7 +301,7 @@ public:
       // the job ends in order on all ranks, then the error goes on
       RankFailure failure = failureOfAll(ranks_);
       message("Error", "%S", {failure.text});
-      endAnalysis(failure.rank == ranks_.rank() ? exitErrors : exitErrorsElsewhere);
+      endAnalysis(failure.rank == ranks_.rank() ? GLO_EXIT_ERRORS : GLO_EXIT_ERRORS_ELSEWHERE);
       closeAfter(failure);
       throw JobFailed(failure);
     }
@@ -425,7 +424,7 @@ private:
     course.end();
     message("Note", "The analysis is complete after %S increments; its energy balance is off by %R of the energy.",
             {std::to_string(analysis.progress().increment)}, {output.energy().relative()});
-    endAnalysis(exitPhaseComplete);
+    endAnalysis(GLO_EXIT_PHASE_COMPLETE);
     // a signal that came after the last increment has made the job an interrupted one; the root knows
     const bool completed = ranks_.allAgree(!ranks_.isRoot() || host::jobStatus() == statusCompleted);
     host::closeJob();
@@ -469,12 +468,12 @@ private:
     course.end();
     if (ending == Ending::Killed) {
       message("Warning", "%S", {reason});
-      endAnalysis(exitPhaseComplete);
+      endAnalysis(GLO_EXIT_PHASE_COMPLETE);
       closeJobFiles();
       return reportInterruption(analysis, output);
     }
     message("Error", "%S", {reason});
-    if (ending != Ending::Stopped || !host::threadError()) endAnalysis(exitErrors); // else it is ended
+    if (ending != Ending::Stopped || !host::threadError()) endAnalysis(GLO_EXIT_ERRORS); // else it is ended
     closeJobFiles();
     if (ranks_.isRoot()) reportError(reason + "; what was computed is in " + output.leftovers());
     return exitEndedEarly;

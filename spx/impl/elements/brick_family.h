@@ -55,6 +55,12 @@ SA_INLINE void replaceInfinite(int n, int64_t ld, int columns, double value, con
     });
 }
 
+// The power of two that brings a positive number near 1; the largest or smallest that is normal where there is none.
+SA_INLINE double reciprocalPower(double x) {
+  const uint64_t exponent = __builtin_bit_cast(uint64_t, x) >> 52;
+  return __builtin_bit_cast(double, (exponent < 2 ? 2045 : exponent > 2044 ? 1 : 2046 - exponent) << 52);
+}
+
 // ---- fully integrated brick
 
 // du/dxi, du/deta, du/dzeta of one coordinate u.  At any point the derivatives of the two nodes of an edge along xi differ
