@@ -130,7 +130,12 @@ SA_INLINE Vector nodeOf(const double* x, int64_t ld, int node) {
   return {x[(node - 1) * ld], x[(node + 7) * ld], x[(node + 15) * ld]};
 }
 // The smaller one; NaN where either is.
-SA_INLINE double smaller(double a, double b) { return a < b || a != a ? a : b; }
+SA_INLINE double smaller(double a, double b) { return (a < b) | (a != a) ? a : b; }
+
+SA_INLINE double thickness(const double* t, int64_t ld) {
+  const double thinnest = smaller(smaller(t[0], t[ld]), smaller(t[2 * ld], t[3 * ld]));
+  return thinnest < 0.0 ? 0.0 : thinnest;
+}
 
 // Edges round a face; the corner normal is the product of the edge that comes and the one that goes.
 struct ShellFace {
@@ -212,30 +217,33 @@ SA_KERNEL(SPX_OPE_SC3DDISTORTIONCHECK,
           (const int32_t* nblock, const double* t, const double* a, const double* b, const double* X, double* flags),
           (nblock, t, a, b, X, flags)) {
   const int64_t N = *nblock;
-  const auto thickness = [=](int64_t e) SA_POINT {
-    const double thinnest = smaller(smaller(t[e], t[e + N]), smaller(t[e + 2 * N], t[e + 3 * N]));
-    return thinnest < 0.0 ? 0.0 : thinnest;
-  };
   forPieces(*nblock, [=](int start, int n) SA_POINT {
-    brick::Column marks;
-    forPoints(n, [=, &marks](int i) SA_POINT {
+    brick::Column marks, diagonal13, diagonal24;
+    forPoints(n, [=, &diagonal13, &diagonal24](int i) SA_POINT {
+      const double* x = X + start + i;
+      const Vector x1 = nodeOf(x, N, 1), x2 = nodeOf(x, N, 2), x3 = nodeOf(x, N, 3), x4 = nodeOf(x, N, 4);
+      const Vector x5 = nodeOf(x, N, 5), x6 = nodeOf(x, N, 6), x7 = nodeOf(x, N, 7), x8 = nodeOf(x, N, 8);
+      const Vector b12 = x2 - x1, b23 = x3 - x2, b34 = x4 - x3, b41 = x1 - x4;
+      const Vector t56 = x6 - x5, t67 = x7 - x6, t78 = x8 - x7, t85 = x5 - x8;
+      diagonal13[i] = dot(cross(b41, b12), cross(t85, t56)) + dot(cross(b23, b34), cross(t67, t78));
+      diagonal24[i] = dot(cross(b12, b23), cross(t56, t67)) + dot(cross(b34, b41), cross(t78, t85));
+    });
+    forPoints(n, [=, &marks, &diagonal13, &diagonal24](int i) SA_POINT {
       const int e = start + i;
-      const double h = thickness(e), area = a[e] * b[e];
-      const ShellFace bottom = edgesOf(X + e, N, 1), top = edgesOf(X + e, N, 5);
-      const double diagonal13 = dot(cross(bottom.e41, bottom.e12), cross(top.e41, top.e12)) +
-                                dot(cross(bottom.e23, bottom.e34), cross(top.e23, top.e34));
-      const double diagonal24 = dot(cross(bottom.e12, bottom.e23), cross(top.e12, top.e23)) +
-                                dot(cross(bottom.e34, bottom.e41), cross(top.e34, top.e41));
+      const double d13 = diagonal13[i], d24 = diagonal24[i], area = a[e] * b[e], h = thickness(t + e, N),
+                   old = flags[e];
       const double collapsed = area * 1e-6 <= h * h ? 0.0 : 1.0;
-      const double turned1 = diagonal13 > 0.0 ? 0.0 : 1.0, turned2 = diagonal24 > 0.0 ? 0.0 : 1.0;
-      const double outside = brick::markOutside(__builtin_fabs(diagonal13), 0.0) +
-                             brick::markOutside(__builtin_fabs(diagonal24), 0.0) + brick::markOutside(area, 0.0);
+      const double turned1 = d13 > 0.0 ? 0.0 : 1.0, turned2 = d24 > 0.0 ? 0.0 : 1.0;
+      const double outside = brick::markOutside(__builtin_fabs(d13), 0.0) +
+                             brick::markOutside(__builtin_fabs(d24), 0.0) + brick::markOutside(area, 0.0);
+      const double distorted = outside == 0.0 ? collapsed + turned1 + turned2 : 0.0;
       marks[i] = outside;
-      flags[e] = outside == 0.0 && collapsed + turned1 + turned2 > 0.0 ? 1.0 : flags[e];
+      flags[e] = distorted > 0.0 ? 1.0 : old;
     });
     if (!brick::anyMarked(n, marks)) return;
     for (int i = 0; i < n; ++i)
-      if (marks[i] != 0.0 && isDistortedShell(X + start + i, N, thickness(start + i), a[start + i], b[start + i]))
+      if (marks[i] != 0.0 &&
+          isDistortedShell(X + start + i, N, thickness(t + start + i, N), a[start + i], b[start + i]))
         flags[start + i] = 1.0;
   });
 }

@@ -341,12 +341,14 @@ SA_INLINE void newtonSteps(int n, FreeScratch& f, const double (&residual)[kScra
                            const double (&slope)[kScratchPoints]) {
   forPoints(n, [&](int i) SA_POINT {
     const double r = residual[i], D = slope[i], now = f.free[i], start = f.isochoric[i], moving = f.moving[i];
-    const bool isMoving = moving != 0.0, isNumber = vm::abs(r) < vm::kInfinity && vm::abs(D) < vm::kInfinity;
-    const double step = isMoving ? stretchStep(r, D) : 0.0, next = now * vm::expClamped(-step);
-    const bool returns = isMoving && !isNumber, ends = !returns && !(vm::abs(step) > 1e-8);
-    const bool fails = returns && !(now != start);
-    f.free[i] = fails ? vm::kNaN : returns ? start : isMoving ? next : now;
-    f.moving[i] = isMoving && !ends && !fails ? 1.0 : 0.0;
+    // without && and ||: a branch would keep the loop from being vectorised
+    const bool isMoving = moving != 0.0, isNumber = (vm::abs(r) < vm::kInfinity) & (vm::abs(D) < vm::kInfinity);
+    const double newton = stretchStep(r, D), step = vm::select(isMoving, newton, 0.0);
+    const double next = vm::select(isMoving, now * vm::expClamped(-step), now);
+    const bool returns = isMoving & !isNumber, ends = !returns & !(vm::abs(step) > 1e-8);
+    const bool fails = returns & !(now != start);
+    f.free[i] = vm::select(fails, vm::kNaN, vm::select(returns, start, next));
+    f.moving[i] = vm::select(isMoving & !ends & !fails, 1.0, 0.0);
   });
 }
 
