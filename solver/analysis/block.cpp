@@ -71,7 +71,7 @@ Block::Outcome Block::evaluate(const std::vector<double>& x, const std::vector<d
   points_.respond(w.V.data(), w.F.data(), lastIncrement, stress_.data(), w.bound.data(), w.bulk.data(), w.material);
   points_.remember();
   if (material_->failure) fail(x, lastIncrement, w);
-  if (material_->model == Model::User) remove(x, w);
+  if (material_->model->isUser()) remove(x, w);
   // a mean deformation without volume takes its brick out as an inverted brick does
   const std::vector<double>& flag = points_.flag();
   for (int32_t e = 0; e < n_; ++e) mask_[e] = flag[e] != 0.0 ? 1.0 : mask_[e];

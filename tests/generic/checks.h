@@ -12,16 +12,22 @@ namespace sa::test {
 struct Kernel {
   const RoutineInfo* info = nullptr;
   void* address = nullptr;
+  // The routine that does for all points what this one does for those of a list, or this one.
+  const RoutineInfo* wholeInfo = nullptr;
+  void* wholeAddress = nullptr;
 };
 
 // Findings of one check on one kernel; equal ones count once.
 using Findings = std::set<std::string>;
 
 // Blocks of many lengths: nothing is touched outside the arrays, inputs keep their bits, every output of the processed
-// points is written, and nothing else.
+// points is written, and nothing else; a cursor moves by the records of the call.
 Findings checkWrites(GuardedMemory& memory, const Kernel& kernel);
 // Lengths 0 and -1 and empty lists touch nothing.
 Findings checkEmpty(GuardedMemory& memory, const Kernel& kernel);
+// A list or set of points gives what a call for all points gives there: of NAME for NAMEINDX, NAMEELSET and the like, of the
+// routine itself where it has no such form.
+Findings checkLists(GuardedMemory& memory, const Kernel& kernel);
 // A block at once, in pieces and point by point: the same bits.
 Findings checkPieces(GuardedMemory& memory, const Kernel& kernel);
 // NaN, infinities, huge and tiny values in one point: all others keep their bits, and the call returns.

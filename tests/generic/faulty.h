@@ -2,8 +2,8 @@
  *  Kernels that are wrong on purpose, one fault each, and sound ones beside them.
  *
  *  CONTENTS
- *    Faulty kernels                     FAULTY_...                                            23
- *    Sound kernels                      SOUND_...                                              3
+ *    Faulty kernels                     FAULTY_...                                            27
+ *    Sound kernels                      SOUND_...                                              4
  */
 #include <stdint.h>
 
@@ -118,6 +118,29 @@ void FAULTY_IGNORES_PLACE(const int32_t* n, const int32_t* blockNumber, const in
                           const int32_t* groupNumber, const int32_t* groupSize, const int32_t* last, const int32_t* set,
                           int32_t* cursor, const double* x, double* y);
 
+/** Writes the first part of each record, whichever is meant.
+ *  @like SOUND_PART
+ */
+void FAULTY_FIRST_PART(const int32_t* n, const int32_t* parts, const int32_t* part, int32_t* cursor, const double* x,
+                       double* y);
+
+/** Sound: FAULTY_NEXT_POINTINDX is held against it.
+ *  @like FAULTY_WRITES_PAST_END
+ */
+void FAULTY_NEXT_POINT(const int32_t* n, const double* x, double* y);
+
+/** Gives listed points the values of their neighbours.
+ *  @like FAULTY_IGNORES_LIST
+ */
+void FAULTY_NEXT_POINTINDX(const int32_t* n, const int32_t* count, const int32_t* list, const double* x, double* y);
+
+/** Gives members the values of the first points.
+ *  @like SOUND_SET
+ */
+void FAULTY_COUNTS_MEMBERS(const int32_t* n, const int32_t* blockNumber, const int32_t* blockSize,
+                           const int32_t* groupNumber, const int32_t* groupSize, const int32_t* last,
+                           const int32_t* set, int32_t* cursor, const double* x, double* y);
+
 /** Scales up what is tiny, the smallest number for ever.
  *  @like FAULTY_WRITES_PAST_END
  */
@@ -181,6 +204,15 @@ void SOUND_RANGE(const int32_t* first, const int32_t* last, const int32_t* map, 
 void SOUND_SET(const int32_t* n, const int32_t* blockNumber, const int32_t* blockSize, const int32_t* groupNumber,
                const int32_t* groupSize, const int32_t* last, const int32_t* set, int32_t* cursor, const double* x,
                double* y);
+
+/** y = 2 x in one part of each record.
+ *  @like FAULTY_RECORD_FROM_ZERO
+ *  @param[in]     parts  (1), count: parts of a record
+ *  @param[in]     part   (1), 1..parts: the part written here
+ *  @param[out]    y      (1, parts, *), record: output
+ */
+void SOUND_PART(const int32_t* n, const int32_t* parts, const int32_t* part, int32_t* cursor, const double* x,
+                double* y);
 
 #ifdef __cplusplus
 }

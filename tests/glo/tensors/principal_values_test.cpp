@@ -108,23 +108,6 @@ TEST(BoundedJacobi, EveryDirectionStaysNearestItsAxisAndDiagonalsStayPut) {
   }
 }
 
-TEST(BoundedJacobi, ListsLeaveOtherPointsAlone) {
-  const KnownTensors t(33);
-  std::vector<double> P(3 * t.n), V(9 * t.n), Pl(P.size(), -7), Vl(V.size(), -7);
-  std::vector<int32_t> list;
-  for (int i = t.n; i >= 1; i -= 3) list.push_back(i);
-  const int32_t count = static_cast<int32_t>(list.size()), none = 0;
-  GLO_UTI_PRINCS33INDX(&t.n, &none, list.data(), t.S.data(), Pl.data(), Vl.data());
-  EXPECT_EQ(Pl[t.n - 1], -7);
-  GLO_UTI_PRINCS33(&t.n, t.S.data(), P.data(), V.data());
-  GLO_UTI_PRINCS33INDX(&t.n, &count, list.data(), t.S.data(), Pl.data(), Vl.data());
-  for (int i = 0; i < t.n; ++i) {
-    const bool listed = (t.n - 1 - i) % 3 == 0;
-    for (int k = 0; k < 3; ++k) EXPECT_EQ(Pl[k * t.n + i], listed ? P[k * t.n + i] : -7);
-    for (int k = 0; k < 9; ++k) EXPECT_EQ(Vl[k * t.n + i], listed ? V[k * t.n + i] : -7);
-  }
-}
-
 TEST(JacobiFamily, NumbersThatAreNoneEndAndSpoilOnePoint) {
   const int n = 5;
   for (double bad : {kNaN, kInf, -kInf})
