@@ -3,8 +3,8 @@
 #pragma once
 
 #include "glo/kernel/kernel.h"
-#include "glo/tensors/tensor.h"
 #include "glo/kernel/vmath.h"
+#include "glo/tensors/tensor.h"
 
 #include <cstdint>
 #include <initializer_list>
