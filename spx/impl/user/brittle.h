@@ -164,6 +164,7 @@ struct BrittleScratch {
   double intact[kScratchPoints], fractured[kScratchPoints], failureStrain[kScratchPoints];
   double damageBefore[kScratchPoints], before[kScratchPoints], q[kScratchPoints], plasticStrain[kScratchPoints],
       damage[kScratchPoints], growth[kScratchPoints], open[kScratchPoints]; // one of the three above
+  double low[kScratchPoints], high[kScratchPoints];                         // bounds of the growth of damage
 };
 
 // Pressure, trial stress and rate.
@@ -236,6 +237,8 @@ SA_INLINE void returnToSurfaces(const Block& b, const Model& model, int start, i
     w.plasticStrain[k] = r.plasticStrain;
     w.damage[k] = r.damage;
     w.growth[k] = 0.0;
+    w.low[k] = 0.0;
+    w.high[k] = 1.0 - D;
     w.open[k] = vm::select(r.damage > damageOld, moves * kind, kSettled);
   });
 }
@@ -254,14 +257,15 @@ SA_INLINE int pack(const BrittleScratch& w, double kind, int length, int* place)
 //   strength(P(d), D + d) + 3 G ef d = trial stress,
 // P(d) with the bulking of what the damage takes at the pressure before it, or at the limit of tension that it leaves.  The
 // strength grows with the pressure and the pressure with d, so that the left side rises and there is one solution: Newton's
-// steps from the side of no growth, between bounds; where even d = 1 - D is too little, the point breaks.
-constexpr int kDamageSteps = 60;
+// steps from the damage at the pressure before, between bounds; where even d = 1 - D is too little, the point breaks.  After
+// some steps the points that go on are packed anew; true while there are any.
+constexpr int kDamageSteps = 2, kDamageRounds = 30;
 template <class Model>
-SA_INLINE void settleDamage(const Model& model, int length, BrittleScratch& w) {
+SA_INLINE bool settleDamage(const Model& model, int length, BrittleScratch& w) {
   const Model m = model;
   int place[kScratchPoints];
   const int count = pack(w, kMoving, length, place);
-  if (count == 0) return;
+  if (count == 0) return false;
   double trial[kScratchPoints], damage[kScratchPoints], factor[kScratchPoints], pressure[kScratchPoints],
       arm[kScratchPoints], G3ef[kScratchPoints], before[kScratchPoints], drop[kScratchPoints];
   double x[kScratchPoints], low[kScratchPoints], high[kScratchPoints], runs[kScratchPoints], growth[kScratchPoints];
@@ -270,14 +274,9 @@ SA_INLINE void settleDamage(const Model& model, int length, BrittleScratch& w) {
     trial[j] = w.trial[k], damage[j] = w.damageBefore[k], factor[j] = w.rate[k], pressure[j] = w.pressure[k];
     G3ef[j] = 3.0 * m.G * w.failureStrain[k], before[j] = w.before[k], drop[j] = w.intact[k] - w.fractured[k];
     arm[j] = m.K1 * w.mu[k] + w.history[k];
-    x[j] = w.damage[k] - w.damageBefore[k]; // not known to lie on any side
-  }
-  forPoints(count, [=, &damage, &x, &low, &high, &runs](int j) SA_POINT {
-    low[j] = 0.0;
-    high[j] = 1.0 - damage[j];
-    x[j] = vm::min(x[j], high[j]);
+    x[j] = w.damage[k] - w.damageBefore[k], low[j] = w.low[k], high[j] = w.high[k];
     runs[j] = 1.0;
-  });
+  }
   const auto bulkingOf = [=, &before, &drop, &arm](int j, double d) SA_POINT {
     if constexpr (Model::kBulks) {
       const double left = vm::max(0.0, before[j] - drop[j] * d);
@@ -286,11 +285,11 @@ SA_INLINE void settleDamage(const Model& model, int length, BrittleScratch& w) {
       return 0.0;
     }
   };
-  double running = 1.0;
-  for (int step = 0; step < kDamageSteps && running > 0.0; ++step) {
+  for (int step = 0; step < kDamageSteps; ++step) {
     forPoints(count, [=, &trial, &damage, &factor, &pressure, &arm, &G3ef, &before, &drop, &x, &low, &high,
                       &runs](int j) SA_POINT {
-      const double d = x[j], D = damage[j] + d, lowOld = low[j], highOld = high[j], ran = runs[j];
+      const double d = vm::min(x[j], 1.0 - damage[j]), D = damage[j] + d, lowOld = low[j], highOld = high[j],
+                   ran = runs[j];
       const double rise = bulkingOf(j, d), limit = -m.T * (1.0 - D), free = pressure[j] + rise;
       const double p = vm::max(limit, free);
       const Strength s = m.strength(p, factor[j]);
@@ -312,21 +311,21 @@ SA_INLINE void settleDamage(const Model& model, int length, BrittleScratch& w) {
       x[j] = vm::select(moves, next, d);
       low[j] = vm::select(moves, lower, lowOld);
       high[j] = vm::select(moves, upper, highOld);
-      runs[j] = vm::select(moves & (vm::abs(next - d) > 1e-8 * next), 1.0, 0.0);
+      runs[j] = vm::select(moves & (vm::abs(next - d) > 1e-7 * next), 1.0, 0.0);
     });
-    running = 0.0;
-    for (int j = 0; j < count; ++j) running += runs[j];
   }
   forPoints(count, [=, &x, &growth](int j) SA_POINT { growth[j] = bulkingOf(j, x[j]); });
   for (int j = 0; j < count; ++j) {
     const int k = place[j];
     const double D = damage[j] + x[j];
-    w.open[k] = D >= 1.0 ? kBroken : kSettled;
-    w.damage[k] = D >= 1.0 ? 1.0 : D;
+    w.low[k] = low[j], w.high[k] = high[j];
+    w.open[k] = runs[j] > 0.0 ? kMoving : D >= 1.0 ? kBroken : kSettled;
+    w.damage[k] = D;
     w.growth[k] = growth[j];
     w.plasticStrain[k] = x[j] * w.failureStrain[k];
     w.q[k] = trial[j] - G3ef[j] * x[j];
   }
+  return true;
 }
 
 // Points that break: bulking takes what the whole fall sets free, and the strength is the fractured one at the pressure then.
@@ -435,7 +434,9 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
     findTrial<Storage>(b, model, start, length, w);
     findSurfaces(b, model, start, length, w);
     returnToSurfaces(b, model, start, length, w);
-    if constexpr (Model::kGradual) settleDamage(model, length, w);
+    if constexpr (Model::kGradual)
+      for (int round = 0; round < kDamageRounds && settleDamage(model, length, w); ++round) {
+      }
     settleBroken(model, length, w);
     storeEnd<Storage>(b, model, start, length, w);
   });

@@ -80,7 +80,8 @@ struct Hjc : BrittleConstants {
     const double perModulus = 1.0 / u.modulus;
     const double from = vm::max(mu, u.zero - limit * perModulus), x = (from - u.zero) / (1.0 + u.zero);
     const VolumeEnergy e = volumeEnergy(x);
-    const double cubicPart = vm::select(u.isDense & (x > 0.0), perDense * (K2 * e.square + K3 * e.cube), 0.0);
+    const double inTheCubic = vm::select(x > 0.0, perDense * (K2 * e.square + K3 * e.cube), 0.0);
+    const double cubicPart = vm::select(largest > denseFrom, inTheCubic, 0.0);
     return {u.modulus * e.linear + cubicPart + limit * (1.0 / (1.0 + mu) - 1.0 / (1.0 + from)), u.zero, perModulus};
   }
   // Per undeformed volume and largest mu: what moves the line of unloading takes from the work of the pressure on it.
