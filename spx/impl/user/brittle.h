@@ -256,19 +256,21 @@ SA_INLINE int pack(const BrittleScratch& w, double kind, int length, int* place)
 // Damage and pressure that move each other.  The growth d of damage solves
 //   strength(P(d), D + d) + 3 G ef d = trial stress,
 // P(d) with the bulking of what the damage takes at the pressure before it, or at the limit of tension that it leaves.  The
-// strength grows with the pressure and the pressure with d, so that the left side rises and there is one solution: Newton's
-// steps from the damage at the pressure before, between bounds; where even d = 1 - D is too little, the point breaks.  After
-// some steps the points that go on are packed anew; true while there are any.
+// strength grows with the pressure and the pressure with d, so that the left side rises and there is one solution.  From
+// the damage at the pressure before on, a parabola through d = 0 with the value and the slope of the moment gives the next d,
+// between bounds; where even d = 1 - D is too little, the point breaks.  After the first step and after each few more the points
+// that go on are packed anew; false when there are none.
 constexpr int kDamageSteps = 2, kDamageRounds = 30;
 template <class Model>
-SA_INLINE bool settleDamage(const Model& model, int length, BrittleScratch& w) {
+SA_INLINE bool settleDamage(const Model& model, int length, BrittleScratch& w, int steps) {
   const Model m = model;
   int place[kScratchPoints];
   const int count = pack(w, kMoving, length, place);
   if (count == 0) return false;
   double trial[kScratchPoints], damage[kScratchPoints], factor[kScratchPoints], pressure[kScratchPoints],
       arm[kScratchPoints], G3ef[kScratchPoints], before[kScratchPoints], drop[kScratchPoints];
-  double x[kScratchPoints], low[kScratchPoints], high[kScratchPoints], runs[kScratchPoints], growth[kScratchPoints];
+  double x[kScratchPoints], low[kScratchPoints], high[kScratchPoints], runs[kScratchPoints], growth[kScratchPoints],
+      strength[kScratchPoints], atEnd[kScratchPoints];
   for (int j = 0; j < count; ++j) {
     const int k = place[j];
     trial[j] = w.trial[k], damage[j] = w.damageBefore[k], factor[j] = w.rate[k], pressure[j] = w.pressure[k];
@@ -285,9 +287,9 @@ SA_INLINE bool settleDamage(const Model& model, int length, BrittleScratch& w) {
       return 0.0;
     }
   };
-  for (int step = 0; step < kDamageSteps; ++step) {
-    forPoints(count, [=, &trial, &damage, &factor, &pressure, &arm, &G3ef, &before, &drop, &x, &low, &high,
-                      &runs](int j) SA_POINT {
+  for (int step = 0; step < steps; ++step) {
+    forPoints(count, [=, &trial, &damage, &factor, &pressure, &arm, &G3ef, &before, &drop, &x, &low, &high, &runs,
+                      &strength, &atEnd](int j) SA_POINT {
       const double d = vm::min(x[j], 1.0 - damage[j]), D = damage[j] + d, lowOld = low[j], highOld = high[j],
                    ran = runs[j];
       const double rise = bulkingOf(j, d), limit = -m.T * (1.0 - D), free = pressure[j] + rise;
@@ -305,10 +307,15 @@ SA_INLINE bool settleDamage(const Model& model, int length, BrittleScratch& w) {
       const double error = q + G3ef[j] * d - trial[j],
                    slope = G3ef[j] + vm::select(q == line, withPressure - fall, 0.0);
       const double lower = vm::select(error < 0.0, d, lowOld), upper = vm::select(error > 0.0, d, highOld);
-      const double newton = d - error / slope;
-      const double next = vm::select((newton >= lower) & (newton <= upper), newton, 0.5 * (lower + upper));
+      const double atZero = before[j] - trial[j], bend = (slope * d - (error - atZero)) / (d * d + 1e-300),
+                   slopeAtZero = slope - 2.0 * bend * d;
+      const double root =
+          -2.0 * atZero / (slopeAtZero + vm::sqrt(vm::max(0.0, slopeAtZero * slopeAtZero - 4.0 * bend * atZero)));
+      const double next = vm::select((root >= lower) & (root <= upper), root, 0.5 * (lower + upper));
       const bool moves = ran > 0.0;
       x[j] = vm::select(moves, next, d);
+      strength[j] = q;
+      atEnd[j] = vm::select(next == d, 1.0, 0.0);
       low[j] = vm::select(moves, lower, lowOld);
       high[j] = vm::select(moves, upper, highOld);
       runs[j] = vm::select(moves & (vm::abs(next - d) > 1e-7 * next), 1.0, 0.0);
@@ -324,6 +331,12 @@ SA_INLINE bool settleDamage(const Model& model, int length, BrittleScratch& w) {
     w.growth[k] = growth[j];
     w.plasticStrain[k] = x[j] * w.failureStrain[k];
     w.q[k] = trial[j] - G3ef[j] * x[j];
+    if (w.open[k] == kBroken && atEnd[j] > 0.0) { // the strength there is known
+      w.open[k] = kSettled;
+      w.q[k] = strength[j] < trial[j] ? strength[j] : trial[j];
+      w.plasticStrain[k] = (trial[j] - w.q[k]) * m.perG3;
+      w.damage[k] = 1.0;
+    }
   }
   return true;
 }
@@ -435,7 +448,8 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
     findSurfaces(b, model, start, length, w);
     returnToSurfaces(b, model, start, length, w);
     if constexpr (Model::kGradual)
-      for (int round = 0; round < kDamageRounds && settleDamage(model, length, w); ++round) {
+      for (int round = 0; round < kDamageRounds && settleDamage(model, length, w, round == 0 ? 1 : kDamageSteps);
+           ++round) {
       }
     settleBroken(model, length, w);
     storeEnd<Storage>(b, model, start, length, w);
