@@ -1,6 +1,7 @@
 // One run: input, analysis, outputs at their times, and the end in order on all ranks.
 #include "solver/program/job.h"
 
+#include "glo.h"
 #include "reference_host.h"
 #include "solver/analysis/analysis.h"
 #include "solver/analysis/ranks.h"
@@ -49,7 +50,7 @@ public:
       // end the job in order on all ranks, then rethrow
       RankFailure failure = failureOfAll(ranks_);
       message("Error", "%S", {failure.text});
-      endAnalysis(failure.rank == ranks_.rank() ? exitErrors : exitErrorsElsewhere);
+      endAnalysis(failure.rank == ranks_.rank() ? GLO_EXIT_ERRORS : GLO_EXIT_ERRORS_ELSEWHERE);
       closeJobFiles(failure, ranks_);
       throw JobFailed(failure);
     }
@@ -88,7 +89,7 @@ private:
     course.end();
     message("Note", "The analysis is complete after %S increments; its energy balance is off by %R of the energy.",
             {std::to_string(analysis.progress().increment)}, {output.energy().relative()});
-    endAnalysis(exitPhaseComplete);
+    endAnalysis(GLO_EXIT_PHASE_COMPLETE);
     // a signal after the last increment interrupts the job; the root decides
     const bool completed = ranks_.allAgree(!ranks_.isRoot() || host::jobStatus() == statusCompleted);
     host::closeJob();
@@ -132,12 +133,12 @@ private:
     course.end();
     if (ending == Ending::Killed) {
       message("Warning", "%S", {reason});
-      endAnalysis(exitPhaseComplete);
+      endAnalysis(GLO_EXIT_PHASE_COMPLETE);
       closeJobFiles();
       return reportInterruption(analysis, output);
     }
     message("Error", "%S", {reason});
-    if (ending != Ending::Stopped || !host::threadError()) endAnalysis(exitErrors); // otherwise the kernel has ended it
+    if (ending != Ending::Stopped || !host::threadError()) endAnalysis(GLO_EXIT_ERRORS); // otherwise the kernel has ended it
     closeJobFiles();
     if (ranks_.isRoot()) reportError(reason + "; what was computed is in " + output.leftovers());
     return exitEndedEarly;

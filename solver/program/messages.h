@@ -8,13 +8,11 @@
 
 namespace sharedanalysis::solver {
 
-// Codes of GLO_UTI_EXIT.
-enum EndCode : int32_t { exitErrors = 20, exitErrorsElsewhere = 21, exitPhaseComplete = 22 };
-
 // To the message file, or to the status file when the type is "Status".
 void message(const char* type, const char* text, const std::vector<std::string>& strings = {},
              std::initializer_list<double> reals = {});
 
-void endAnalysis(EndCode code);
+// By GLO_UTI_EXIT, with one of its codes.
+void endAnalysis(int32_t code);
 
 } // namespace sharedanalysis::solver

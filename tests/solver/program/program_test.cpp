@@ -197,9 +197,13 @@ TEST_F(ProgramTest, FilteredHistory) {
   }
 
   // nothing else changes by it, on any number of threads
-  const std::string coarse = "0.02\n[output]\nhistory_interval = 0.005";
+  const std::string coarse = "0.02\n[output]\nhistory_interval = 0.000273972602739726";
   writeCase("0.05", coarse);
   ASSERT_EQ(run({"in/bar.toml", "-o", "plain"}).code, 0);
+  const std::vector<double> times = readHistory("plain/bar.csv")["time"];
+  ASSERT_LT(73 * 0.000273972602739726, 0.02);
+  EXPECT_EQ(times.size(), 74U) << "the last multiple, a rounding error before the end, is the end";
+  EXPECT_EQ(times.back(), 0.02);
   writeCase("0.05", coarse + "\nfilter_cutoff = 300");
   ASSERT_EQ(run({"in/bar.toml", "-o", "one", "-t", "1"}).code, 0);
   ASSERT_EQ(run({"in/bar.toml", "-o", "two", "-t", "2"}).code, 0);
