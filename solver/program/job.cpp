@@ -138,7 +138,8 @@ private:
       return reportInterruption(analysis, output);
     }
     message("Error", "%S", {reason});
-    if (ending != Ending::Stopped || !host::threadError()) endAnalysis(GLO_EXIT_ERRORS); // otherwise the kernel has ended it
+    if (ending != Ending::Stopped || !host::threadError())
+      endAnalysis(GLO_EXIT_ERRORS); // otherwise the kernel has ended it
     closeJobFiles();
     if (ranks_.isRoot()) reportError(reason + "; what was computed is in " + output.leftovers());
     return exitEndedEarly;
