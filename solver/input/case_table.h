@@ -23,7 +23,7 @@ public:
   // Parses the file.  Throws InputError with file:line:column of a syntax error, and of a key that is not in the list.
   Table(const std::filesystem::path& file, const std::string& text, const Names& keys);
 
-  // Refuses keys that are not in the list.
+  // Throws InputError for a key that is not in the list.
   void checkKeys(const Names& keys) const;
 
   bool has(const char* key) const;
@@ -60,7 +60,7 @@ private:
   std::function<double(const std::vector<double>&)> pick_;
 };
 
-// The whole file.  Throws InputError where it cannot be read.
+// The contents of a file.  Throws InputError if it cannot be read.
 std::string readText(const std::filesystem::path& file);
 
 } // namespace sharedanalysis::solver

@@ -7,16 +7,11 @@
 #include <algorithm>
 
 namespace sharedanalysis::solver {
-namespace {
-
-constexpr int kMost = 136;
-
-} // namespace
 
 MaterialWork::MaterialWork()
-    : principal(3 * kMost), axes(9 * kMost), dU(3 * kMost), ddU(6 * kMost), volume(kMost), slope(kMost), U(kMost),
-      rJ(kMost), eta(kMost), detaDU(kMost), rest(kMost), lost(kMost), first(kMost, 1.0), second(kMost), I1(kMost),
-      I2(kMost) {}
+    : principal(3 * kMostPoints), axes(9 * kMostPoints), dU(3 * kMostPoints), ddU(6 * kMostPoints), volume(kMostPoints),
+      slope(kMostPoints), U(kMostPoints), rJ(kMostPoints), eta(kMostPoints), detaDU(kMostPoints), rest(kMostPoints),
+      lost(kMostPoints), first(kMostPoints, 1.0), second(kMostPoints), I1(kMostPoints), I2(kMostPoints) {}
 
 MaterialPoints::MaterialPoints(const Material& material, int32_t n)
     : material_(&material), n_(n), constants_(material.constants.size() * static_cast<std::size_t>(n)),

@@ -44,7 +44,10 @@ struct Material {
 // A point whose volume ratio falls below it is marked, and its brick taken out.
 inline constexpr double kSmallestVolume = 1e-9;
 
-// Work arrays for the response of up to 136 points.
+// Points of one call at most.
+inline constexpr int kMostPoints = 136;
+
+// Work arrays for the response of up to kMostPoints points.
 struct MaterialWork {
   std::vector<double> principal, axes, dU, ddU, volume, slope, U, rJ, eta, detaDU, rest, lost, first, second, I1, I2;
   MaterialWork();

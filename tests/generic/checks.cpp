@@ -1,7 +1,6 @@
 #include "checks.h"
 
 #include <algorithm>
-#include <limits>
 #include <mutex>
 #include <thread>
 
@@ -86,7 +85,18 @@ void compareWrites(const KernelCase& before, const Array& old, const Array& now,
   }
 }
 
-// The case with another value in one component of one point against the case as it was.
+} // namespace
+
+void compareOutputs(const KernelCase& expected, const KernelCase& got, const std::string& what, Findings& findings) {
+  for (std::size_t a = 0; a < expected.arrays.size(); ++a) {
+    const Array& e = expected.arrays[a];
+    if (!e.info->isWritten() || e.bytes == got.arrays[a].bytes) continue;
+    for (std::size_t line = 0; line < e.lineCount; ++line)
+      if (!isSameLine(e, got.arrays[a], line)) findings.insert(what + " changes the bits of " + name(e));
+  }
+  if (expected.result != got.result) findings.insert(what + " changes the result");
+}
+
 void compareOtherPoints(const KernelCase& sound, const KernelCase& spoiled, int point, Findings& findings) {
   for (std::size_t a = 0; a < sound.arrays.size(); ++a) {
     const Array& s = sound.arrays[a];
@@ -98,18 +108,6 @@ void compareOtherPoints(const KernelCase& sound, const KernelCase& spoiled, int 
       if (!isOwn && !isSameLine(s, spoiled.arrays[a], line)) findings.insert("spoils other points in " + name(s));
     }
   }
-}
-
-} // namespace
-
-void compareOutputs(const KernelCase& expected, const KernelCase& got, const std::string& what, Findings& findings) {
-  for (std::size_t a = 0; a < expected.arrays.size(); ++a) {
-    const Array& e = expected.arrays[a];
-    if (!e.info->isWritten() || e.bytes == got.arrays[a].bytes) continue;
-    for (std::size_t line = 0; line < e.lineCount; ++line)
-      if (!isSameLine(e, got.arrays[a], line)) findings.insert(what + " changes the bits of " + name(e));
-  }
-  if (expected.result != got.result) findings.insert(what + " changes the result");
 }
 
 KernelCase runInPieces(GuardedMemory& memory, const Kernel& kernel, const KernelCase& start,
@@ -166,8 +164,8 @@ Findings checkEmpty(GuardedMemory& memory, const Kernel& kernel) {
 Findings checkLists(GuardedMemory& memory, const Kernel& kernel) {
   Findings findings;
   if (!kernel.info->hasRole("list") && !kernel.info->hasRole("set")) return findings;
-  forCases(kernel, [&](const KernelCase& start) {
-    KernelCase listed = start, whole = start.forAllPoints(*kernel.wholeInfo);
+  const auto compare = [&](const KernelCase& start, KernelCase whole) {
+    KernelCase listed = start;
     if (!memory.call(kernel.address, listed, into(findings))) return;
     if (!memory.call(kernel.wholeAddress, whole, into(findings))) return;
     const std::vector<int> records = start.recordsOfPoints(), wholeRecords = whole.recordsOfPoints();
@@ -182,6 +180,10 @@ Findings checkLists(GuardedMemory& memory, const Kernel& kernel) {
           findings.insert("gives listed points other values of " + name(got) + " than a call for all");
       }
     }
+  };
+  forCases(kernel, [&](const KernelCase& start) {
+    compare(start, start.forAllPoints(*kernel.wholeInfo));
+    compare(start.forAllPoints(*kernel.info, true), start.forAllPoints(*kernel.wholeInfo));
   });
   return findings;
 }
@@ -197,35 +199,6 @@ Findings checkPieces(GuardedMemory& memory, const Kernel& kernel) {
     const KernelCase points = runInPieces(memory, kernel, start, {1}, findings);
     compareOutputs(atOnce, points, "going point by point", findings);
   });
-  return findings;
-}
-
-Findings checkSpoiledPoint(GuardedMemory& memory, const Kernel& kernel) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  constexpr double kValues[] = {std::numeric_limits<double>::quiet_NaN(), kInfinity, -kInfinity, 1e300, 5e-324};
-  constexpr int kPoints = 21; // full vectors and a rest in every instruction set
-  Findings findings;
-  for (int v = 0; v < std::min(4, variantCount(*kernel.info)); ++v) {
-    const KernelCase start = makeCase(*kernel.info, kPoints, v);
-    KernelCase sound = start;
-    if (!memory.call(kernel.address, sound, into(findings))) continue;
-    int point = 0;
-    for (std::size_t a = 0; a < start.arrays.size(); ++a) {
-      const Array& input = start.arrays[a];
-      if (input.lines != Lines::points || !input.info->isReal() || input.info->isOnlyWritten()) continue;
-      for (std::size_t c = 0; c < input.components(); ++c) {
-        for (double value : kValues) {
-          point = (point + 8) % kPoints;
-          const int line = start.first + point;
-          KernelCase spoiled = start;
-          spoiled.arrays[a].setReal(input.index(static_cast<std::size_t>(line), c), value);
-          // In an array that is treated as a whole, only the fences and the return count.
-          if (memory.call(kernel.address, spoiled, into(findings)) && !kernel.info->hasRole("length"))
-            compareOtherPoints(sound, spoiled, line, findings);
-        }
-      }
-    }
-  }
   return findings;
 }
 

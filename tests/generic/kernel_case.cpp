@@ -557,13 +557,13 @@ int KernelCase::recordsBefore(int point) const {
   return static_cast<int>(std::count_if(records.begin(), records.begin() + point, [](int r) { return r >= 0; }));
 }
 
-KernelCase KernelCase::forAllPoints(const RoutineInfo& form) const {
+KernelCase KernelCase::forAllPoints(const RoutineInfo& form, bool isReversed) const {
   KernelCase all = *this;
   all.routine = &form;
   all.arrays.clear();
   std::vector<int> list;
   std::string listLength;
-  for (int p = 1; p <= points; ++p) list.push_back(p);
+  for (int p = 1; p <= points; ++p) list.push_back(isReversed ? points + 1 - p : p);
   for (int i = 0; i < form.argumentCount(); ++i) {
     const ArgumentInfo& info = form.arguments[i];
     const Array* own = find(info.name);

@@ -22,7 +22,7 @@ const Expectation kExpectations[] = {
     {"FAULTY_STOPS_AT_SCRATCH", "writes", "leaves values of y unwritten"},
     {"FAULTY_WORKS_ON_EMPTY", "empty", "length 0 changes y"},
     {"FAULTY_DEPENDS_ON_PLACE", "pieces", "going point by point changes the bits of y"},
-    {"FAULTY_LEAKS_NAN", "spoiled", "spoils other points in y"},
+    {"FAULTY_LEAKS_NAN", "reach", "spoils other points in y"},
     {"FAULTY_SHARES_SCRATCH", "threads", "another thread changes the bits of y"},
     {"FAULTY_READS_UNREAD", "writes", "touches memory past the end of an argument: unused"},
     {"FAULTY_IGNORES_LIST", "writes", "changes values of other points in y"},
@@ -54,10 +54,10 @@ const Expectation kExpectations[] = {
 
 std::map<std::string, Findings> allFindings(GuardedMemory& memory, const Kernel& kernel) {
   HardCases hard{1, 0, 48, 0, {}};
-  return {{"writes", checkWrites(memory, kernel)},        {"lists", checkLists(memory, kernel)},
-          {"empty", checkEmpty(memory, kernel)},          {"pieces", checkPieces(memory, kernel)},
-          {"spoiled", checkSpoiledPoint(memory, kernel)}, {"hard", checkHard(memory, kernel, hard)},
-          {"reach", checkReach(memory, kernel)},          {"threads", checkThreads(kernel)}};
+  return {{"writes", checkWrites(memory, kernel)},   {"lists", checkLists(memory, kernel)},
+          {"empty", checkEmpty(memory, kernel)},     {"pieces", checkPieces(memory, kernel)},
+          {"hard", checkHard(memory, kernel, hard)}, {"reach", checkReach(memory, kernel)},
+          {"threads", checkThreads(kernel)}};
 }
 
 bool isAsExpected(const Expectation& expected, std::map<std::string, Findings>& findings) {

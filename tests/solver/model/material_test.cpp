@@ -297,10 +297,7 @@ TEST_F(Materials, ProgramWritesTableAndPicture) {
   EXPECT_EQ(table.find("path,stretch,free_stretch,volume_ratio,nominal_stress"), 0U);
   EXPECT_NE(picture.find("Rubber &amp; steel &lt;test>"), std::string::npos);
   EXPECT_NE(picture.find("tension (circles: test)"), std::string::npos);
-  std::size_t circles = 0;
-  for (std::size_t at = picture.find("<circle"); at != std::string::npos; at = picture.find("<circle", at + 1))
-    ++circles;
-  EXPECT_EQ(circles, 2U);
+  EXPECT_EQ(countOf("<circle", picture), 2);
 }
 
 } // namespace
