@@ -248,4 +248,8 @@ SA_KERNEL(SPX_OPE_SC3DDISTORTIONCHECK,
   });
 }
 
+#undef SA_ADVICE
+#undef SA_REPORT
+#undef SA_FAMILY_REPORT
+
 } // namespace sa

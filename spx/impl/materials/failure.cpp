@@ -184,4 +184,8 @@ SA_KERNEL(SPX_MAT_JCSHRFAILEXP,
   });
 }
 
+#undef SA_TRIAXIALITY
+#undef SA_TRIAXIALITY_LIST
+#undef SA_SHEAR_RATIO_LIST
+
 } // namespace sa

@@ -252,4 +252,21 @@ SA_KERNEL(SPX_MAT_HYPERINITSTRETCHYYEXP, (const int32_t* nblock, const double* V
   });
 }
 
+#undef SA_IN
+#undef SA_OUT
+#undef SA_ENERGY
+#undef SA_STRESS
+#undef SA_MODULI
+#undef SA_LOCKING
+#undef SA_LOCKING_STRESS
+#undef SA_LOCKING_MODULI
+#undef SA_PLANE
+#undef SA_AXIAL
+#undef SA_GIVEN_STRESS
+#undef SA_HEATED_STRESS
+#undef SA_CURVE_STRESS
+#undef SA_CURVE_MODULI
+#undef SA_INVARIANTS
+#undef SA_CORRECTION
+
 } // namespace sa

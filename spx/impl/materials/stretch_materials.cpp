@@ -131,4 +131,11 @@ SA_KERNEL(SPX_MAT_HYPERELASUNI,
       bulk);
 }
 
+#undef SA_POWER_ENERGY
+#undef SA_POWER_DERIVATIVE
+#undef SA_POWER_RESULT
+#undef SA_POWER_CLOSED
+#undef SA_POWER_MODULI
+#undef SA_ELASTIC
+
 } // namespace sa

@@ -106,4 +106,7 @@ SA_ORIENTATIONS(SPX_ODB_ORIENTCNE2D, SA_COHESIVE, SA_COHESIVE_NAMES, CohesiveSid
 SA_ORIENTATIONS(SPX_ODB_ORIENTCNE3D, SA_COHESIVE, SA_COHESIVE_NAMES, CohesiveSides<SpatialCosines>{matrices},
                 LocalOrientations<Quaternion>{*width, *columns, *count, map, indices, table})
 
+#undef SA_COHESIVE
+#undef SA_COHESIVE_NAMES
+
 } // namespace sa

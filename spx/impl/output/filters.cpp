@@ -214,4 +214,7 @@ SA_FIELD(SPX_OPE_ONLYOPERFILTERTIME, SPX_OPE_ONLYOPERFILTERTIMEELS,
          (ncomp, operation, field, state, time, times),
          (operateField<true>(point, n, N, ncomp, operation, field, state, time, times);))
 
+#undef SA_LIST
+#undef SA_FIELD
+
 } // namespace sa

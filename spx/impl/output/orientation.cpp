@@ -77,4 +77,11 @@ SA_KERNEL(SPX_ODB_ORIENT2DL3BEAMELSET,
   writeOrientations(SA_WALK_SET, Interleaved(nsub, isub, 2), out, PlaneIdentity{});
 }
 
+#undef SA_SUB
+#undef SA_INVERSE
+#undef SA_INVERSE_NAMES
+#undef SA_INVERSE_SET
+#undef SA_INVERSE_SET_NAMES
+#undef SA_UNREAD_COORDINATES
+
 } // namespace sa

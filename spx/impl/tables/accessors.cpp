@@ -45,4 +45,6 @@ SA_KERNEL(SPX_GET_CONSTCONDUCTIVITY3D,
   fillConductivity<3>(*nblock, *ncons, constants, K);
 }
 
+#undef SA_IDENTIFIER
+
 } // namespace sa

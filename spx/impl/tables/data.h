@@ -3,7 +3,7 @@
 // The positions are those of the section "Material tables" of spx.h; everything is read in place.
 #pragma once
 
-#include "glo/kernel/kernel.h"
+#include "glo/kernel/points.h"
 #include "glo/kernel/vmath.h"
 
 #include <cstdint>
@@ -114,17 +114,6 @@ struct PerPoint {
     if (code == 0) return {temperature, temperatureDerivative};
     return {fields + column * nblock, fieldDerivatives == nullptr ? nullptr : fieldDerivatives + column * nblock};
   }
-};
-
-// Which points of the block: all of them, or those of a list.
-struct WholeBlock {
-  int count;
-  SA_INLINE int64_t operator()(int i) const { return i; }
-};
-struct Listed {
-  int count;
-  const int32_t* list;
-  SA_INLINE int64_t operator()(int i) const { return static_cast<int64_t>(list[i]) - 1; }
 };
 
 } // namespace sa::table

@@ -26,10 +26,10 @@ using namespace table;
     name##_clones(table, points, place);                                                                               \
   }
 
-SA_GENERAL(tableValue, Value, WholeBlock)
-SA_GENERAL(tableValueListed, Value, Listed)
-SA_GENERAL(tableIntegral, Integral, WholeBlock)
-SA_GENERAL(tableIntegralListed, Integral, Listed)
+SA_GENERAL(tableValue, Value, AllPoints)
+SA_GENERAL(tableValueListed, Value, ListedPoints)
+SA_GENERAL(tableIntegral, Integral, AllPoints)
+SA_GENERAL(tableIntegralListed, Integral, ListedPoints)
 
 #define SA_REGULAR(variables)                                                                                          \
   SA_CLONES                                                                                                            \
@@ -112,13 +112,13 @@ void lookUp(const Pools& pools, int32_t option, const PerPoint& points, const Pl
 #define SA_TABLE(name, Quantity, unsupported)                                                                          \
   SA_EXPORT void name(const int32_t* derivatives, SA_TABLE_PARAMETERS, SA_DERIVATIVE_PARAMETERS) {                     \
     const OwnArithmetic arithmetic;                                                                                    \
-    lookUp<Quantity>({ints, reals, header}, *option, SA_POINTS, WholeBlock{*nblock}, unsupported);                     \
+    lookUp<Quantity>({ints, reals, header}, *option, SA_POINTS, AllPoints{*nblock}, unsupported);                      \
   }
 #define SA_TABLE_LISTED(name, Quantity, unsupported)                                                                   \
   SA_EXPORT void name(const int32_t* derivatives, SA_TABLE_PARAMETERS, SA_DERIVATIVE_PARAMETERS, const int32_t* count, \
                       const int32_t* list) {                                                                           \
     const OwnArithmetic arithmetic;                                                                                    \
-    const Listed place = {*nblock < 1 ? 0 : *count, list};                                                             \
+    const ListedPoints place = {*nblock < 1 ? 0 : *count, list};                                                       \
     lookUp<Quantity>({ints, reals, header}, *option, SA_POINTS, place, unsupported);                                   \
   }
 
@@ -151,7 +151,7 @@ SA_EXPORT void SPX_GET_GETTAB(const int32_t* derivatives, const int32_t* ints, c
     (void)nstates;
     for (int64_t i = 0; points.fieldDerivatives != nullptr && i < columns * points.nblock; ++i)
       fieldDerivatives[i] = 0.0;
-    evaluateGeneral<Value>(General(pools), points, WholeBlock{*nblock}, kUnsupported);
+    evaluateGeneral<Value>(General(pools), points, AllPoints{*nblock}, kUnsupported);
     return;
   }
   const Source field1 = points.source(1), field2 = points.source(2), heat = points.source(0);
@@ -181,5 +181,13 @@ SA_EXPORT void SPX_GET_SEGFIND(const int32_t* lo, const int32_t* hi, const doubl
   *i1 = static_cast<int32_t>(found.lower);
   *i2 = static_cast<int32_t>(found.upper);
 }
+
+#undef SA_GENERAL
+#undef SA_REGULAR
+#undef SA_TABLE_PARAMETERS
+#undef SA_DERIVATIVE_PARAMETERS
+#undef SA_POINTS
+#undef SA_TABLE
+#undef SA_TABLE_LISTED
 
 } // namespace sa
