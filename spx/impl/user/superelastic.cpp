@@ -33,6 +33,7 @@ struct Superelastic {
   double workTension, workCompression, risingTension, risingCompression, fallingTension, fallingCompression;
 
   static bool isRefused(const Block& b);
+  bool isWrong(const Block&) const { return false; }
   explicit Superelastic(const Block& block) : kind(kindOf(block.name)) {
     const double* p = block.props;
     const auto shear = [](double e, double nu) { return e / (2.0 * (1.0 + nu)); };
