@@ -58,12 +58,12 @@ SA_INLINE void fill(Points point, int n, int64_t nblock, int64_t first, Source s
 
 template <class Walk, class Source>
 SA_INLINE void copyRecords(Walk walk, Source source, RecordArray out) {
-  const int64_t N = *walk.nblock;
+  const int64_t N = walk.points.count;
   walk(true, [=](auto point, int n, int64_t first) SA_POINT { fill(point, n, N, first, source, out); });
 }
 template <class Walk, class Values, class Directions>
 SA_INLINE void copyRecords(Walk walk, Values values, Directions directions, RecordArray P, RecordArray Q) {
-  const int64_t N = *walk.nblock;
+  const int64_t N = walk.points.count;
   walk(true, [=](auto point, int n, int64_t first) SA_POINT {
     fill(point, n, N, first, values, P);
     fill(point, n, N, first, directions, Q);
@@ -80,8 +80,8 @@ SA_INLINE void copyRecords(Walk walk, Values values, Directions directions, Reco
 #define SA_WHOLE_NAMES nblock, cursor, S
 #define SA_SET_NAMES nblock, SA_BLOCK_PLACE_NAMES, set, cursor, S
 
-#define SA_WHOLE_BLOCK (WholeBlock{nblock, cursor})
-#define SA_ELEMENT_SET (ElementSet{nblock, SA_ELEMENTS_BEFORE, set, last, cursor})
+#define SA_WHOLE_BLOCK (Walk{AllPoints{*nblock}, cursor})
+#define SA_ELEMENT_SET (Walk{SetMembers{*nblock, SA_ELEMENTS_BEFORE, set, *last}, cursor})
 #define SA_P (RecordArray{P, *ldp})
 #define SA_Q (RecordArray{Q, *ldq})
 

@@ -166,7 +166,7 @@ struct InOrientedAxes {
 
 template <class Scratch, class Walk>
 SA_INLINE void principalRecords(Walk walk, const double* S, const Records& out, auto orient) {
-  const int64_t N = *walk.nblock, ldp = *out.ldp, ldq = *out.ldq;
+  const int64_t N = walk.points.count, ldp = *out.ldp, ldq = *out.ldq;
   double *P = out.P, *Q = out.Q;
   walk(true, [=](auto point, int n, int64_t first) SA_POINT {
     Scratch s;
@@ -196,8 +196,8 @@ SA_INLINE void principalRecords(Walk walk, const double* S, const Records& out, 
 #define SA_ELSET_NAMES (nblock, SA_BLOCK_PLACE_NAMES, set, cursor, S, ldp, ldq, P, Q, last)
 #define SA_EMULT_NAMES (nblock, SA_BLOCK_PLACE_NAMES, set, cursor, S, O, ldp, ldq, P, Q, last)
 
-#define SA_WHOLE_BLOCK (WholeBlock{nblock, cursor})
-#define SA_ELEMENT_SET (ElementSet{nblock, SA_ELEMENTS_BEFORE, set, last, cursor})
+#define SA_WHOLE_BLOCK (Walk{AllPoints{*nblock}, cursor})
+#define SA_ELEMENT_SET (Walk{SetMembers{*nblock, SA_ELEMENTS_BEFORE, set, *last}, cursor})
 
 // The four forms of a code.
 #define SA_PRINCIPAL_OUTPUT(code, Scratch)                                                                             \

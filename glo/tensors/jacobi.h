@@ -10,22 +10,13 @@
 #pragma once
 
 #include "glo/kernel/kernel.h"
+#include "glo/kernel/points.h"
 #include "glo/tensors/scale.h"
 
 #include <cstdint>
 #include <limits>
 
 namespace sa {
-
-// Point numbers in the block of the points of a piece, from 0.
-struct Consecutive {
-  int start;
-  SA_INLINE int operator()(int i) const { return start + i; }
-};
-struct Listed {
-  const int32_t* list;
-  SA_INLINE int operator()(int i) const { return list[i] - 1; }
-};
 
 // The active points of a piece: matrices, directions and the place of each point in the piece.
 template <bool kDirections>

@@ -1,8 +1,8 @@
 // What the routines of principal values share: the points that a member treats, and its four kinds of argument list.
 #pragma once
 
-#include "glo/tensors/jacobi.h"
 #include "glo/kernel/kernel.h"
+#include "glo/tensors/jacobi.h"
 
 namespace sa {
 
@@ -11,7 +11,7 @@ namespace sa {
 // piece(point, length) over the whole block, or over a list of its points, in pieces that fit the scratch.
 template <class Piece>
 SA_INLINE void forBlock(int64_t nblock, Piece piece) {
-  forPieces(static_cast<int>(nblock), [=](int start, int n) SA_POINT { piece(Consecutive{start}, n); });
+  forPieces(static_cast<int>(nblock), [=](int start, int n) SA_POINT { piece(AllPoints{n, start}, n); });
 }
 template <class Piece>
 SA_INLINE void forList(int64_t nblock, int count, const int32_t* list, Piece piece) {
@@ -19,7 +19,7 @@ SA_INLINE void forList(int64_t nblock, int count, const int32_t* list, Piece pie
   bool whole = count == nblock; // a list of all points in order runs with unit stride
   for (int i = 0; whole && i < count; ++i) whole = list[i] == i + 1;
   if (whole) return forBlock(nblock, piece);
-  forPieces(count, [=](int start, int n) SA_POINT { piece(Listed{list + start}, n); });
+  forPieces(count, [=](int start, int n) SA_POINT { piece(ListedPoints{n, list + start}, n); });
 }
 
 // ---- tensors into the scratch of the rotations

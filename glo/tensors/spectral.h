@@ -1,9 +1,9 @@
 // Principal values and directions to machine precision, waiting in a scratch for a last, vectorised pass.
 #pragma once
 
-#include "glo/tensors/jacobi.h"
 #include "glo/kernel/kernel.h"
 #include "glo/kernel/vmath.h"
+#include "glo/tensors/jacobi.h"
 
 namespace sa {
 

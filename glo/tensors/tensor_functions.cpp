@@ -24,7 +24,7 @@ SA_KERNEL(GLO_UTI_SQRTV, (const int32_t* nblock, const double* S, double* V), (n
   const int64_t N = *nblock;
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     JacobiScratch<true> w, done;
-    diagonalise(n, w, done, loadS33(Consecutive{start}, N, S, w));
+    diagonalise(n, w, done, loadS33(AllPoints{n, start}, N, S, w));
     forPoints(n, [=, &done](int i) SA_POINT {
       const double l1 = done.a11[i], l2 = done.a22[i], l3 = done.a33[i];
       const double l12 = l1 > l2 ? l1 : l2, largest = l12 > l3 ? l12 : l3, lowest = -kRounding * largest;
@@ -43,7 +43,7 @@ SA_KERNEL(GLO_UTI_LOGV, (const int32_t* nblock, const double* S, double* L), (nb
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     JacobiScratch<true> w, done;
     double shift[kScratchPoints];
-    diagonaliseAboutOne(n, w, done, shift, loadS33(Consecutive{start}, N, S, w));
+    diagonaliseAboutOne(n, w, done, shift, loadS33(AllPoints{n, start}, N, S, w));
     const auto logarithms = [n, &shift, &done](double(&x)[kScratchPoints]) SA_POINT {
       forPoints(n, [&x, &shift, &done](int i) SA_POINT { x[i] = logOfValue(x[i], shift[i], done.back[i]); });
     };

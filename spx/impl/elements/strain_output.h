@@ -5,9 +5,9 @@
 #pragma once
 
 #include "glo/kernel/kernel.h"
+#include "glo/kernel/vmath.h"
 #include "glo/tensors/principal.h"
 #include "glo/tensors/spectral.h"
-#include "glo/kernel/vmath.h"
 
 namespace sa::strain {
 
@@ -123,7 +123,7 @@ SA_INLINE void stretchStrain(int n, int selector, int64_t ldC, const double* C, 
                              const double* rotation, int64_t ld, double* E) {
   JacobiScratch<true> scratch, done;
   double shift[kScratchPoints];
-  diagonaliseAboutOne(n, scratch, done, shift, loadS33(Consecutive{0}, ldC, C, scratch));
+  diagonaliseAboutOne(n, scratch, done, shift, loadS33(AllPoints{n}, ldC, C, scratch));
   unscale(n, done);
   const auto apply = [n, &done, &shift](auto measure) SA_POINT {
     const auto values = [n, &shift, measure](double(&x)[kScratchPoints]) SA_POINT {
@@ -160,7 +160,7 @@ SA_INLINE void strainOutput(int n, int selector, bool hasStretch, int64_t ld, co
 // Values of a symmetric tensor in decreasing order.
 SA_INLINE void sortedValues(int n, int64_t ld, const double* S, double* P) {
   JacobiScratch<false> scratch, done;
-  diagonalise(n, scratch, done, loadS33(Consecutive{0}, ld, S, scratch));
+  diagonalise(n, scratch, done, loadS33(AllPoints{n}, ld, S, scratch));
   forPoints(n, [=, &done](int i) SA_POINT {
     const double a = done.a11[i], b = done.a22[i], c = done.a33[i], bad = spoiled(a, b, c), back = done.back[i];
     const double high = vm::max(a, b), low = vm::min(a, b);

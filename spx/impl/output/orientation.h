@@ -84,7 +84,7 @@ template <class Walk, class Place, class Orientation, class Finish = NothingMore
 SA_INLINE void writeOrientations(Walk walk, Place place, double* out, Orientation orientation, Finish finish = {}) {
   using Record = decltype(orientation(int64_t{}, int64_t{}));
   constexpr int kReals = kRealsOf<Record>;
-  const int64_t N = *walk.nblock;
+  const int64_t N = walk.points.count;
   walk(place.isLast, [=](auto point, int n, int64_t first) SA_POINT {
     if (!place.isWritten) return;
     double* records = out + kReals * (place.offset + place.distance * first);
@@ -99,8 +99,8 @@ SA_INLINE void writeOrientations(Walk walk, Place place, double* out, Orientatio
 // Argument lists.  Element sets stand directly behind the counter.
 #define SA_ELEMENT_SET SA_BLOCK_PLACE, const int32_t *last, const int32_t *set
 #define SA_ELEMENT_SET_NAMES SA_BLOCK_PLACE_NAMES, last, set
-#define SA_WALK_BLOCK (WholeBlock{nblock, counter})
-#define SA_WALK_SET (ElementSet{nblock, SA_ELEMENTS_BEFORE, set, last, counter})
+#define SA_WALK_BLOCK (Walk{AllPoints{*nblock}, counter})
+#define SA_WALK_SET (Walk{SetMembers{*nblock, SA_ELEMENTS_BEFORE, set, *last}, counter})
 
 // A member and its form for element sets: name, arguments behind the counter with and without types, conversion.
 #define SA_UNWRAP(...) __VA_ARGS__
