@@ -25,6 +25,7 @@ struct CeramicConstants : BrittleConstants {
     const double cut = limit * (1.0 / (1.0 + mu) - per);
     return {line + vm::select(from > 0.0, rest, 0.0) + bulkingPressure * w + cut, zero, perK1};
   }
+  bool isWrong(const Block&) const { return false; }
   double elasticBulkModulus() const { return K1; }
 };
 

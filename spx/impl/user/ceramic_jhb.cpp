@@ -39,7 +39,9 @@ struct Jhb : CeramicConstants {
                             "Subroutine VUMAT for the Johnson-Holmquist-Beissel ceramic material requires "
                             "the specification of %I material properties. Check the "
                             "*USER MATERIAL option for material %S.") ||
-           refuseValues(b, {1, 3, 4, 5, 9, 10, 14});
+           refuseValues(b, {1, 3, 4, 5, 9, 10, 14}) ||
+           refuseUnless(b, b.props[1] > -b.props[9],
+                        "Pi of material %S, property 2, must be greater than -T, T its property 10.");
   }
   explicit Jhb(const Block& block) : Jhb(block.props) {}
   explicit Jhb(const double* p)

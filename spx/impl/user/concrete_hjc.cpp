@@ -55,6 +55,16 @@ struct Hjc : BrittleConstants {
                         recoverable(denseFrom, denseFrom * (1.0 + 1e-15), 0.0).energy;
     crushedShare = lineLoss > 0.0 && loss > 0.0 ? loss / lineLoss : 1.0;
   }
+  bool isWrong(const Block& b) const {
+    const double lockPressure = b.props[12], reached = cubic((denseFrom - denseStrain) / (1.0 + denseStrain));
+    return refuseUnless(
+               b, vm::abs(reached - lockPressure) <= 1e-6 * lockPressure,
+               "K1 m + K2 m^2 + K3 m^3 of material %S, properties 17 to 19, never reaches its Pl, property 13.") ||
+           refuseUnless(
+               b, denseFrom > crushStrain,
+               "The compression at which material %S reaches its Pl, property 13, must be greater than its muc, "
+               "property 12.");
+  }
   // The line of unloading from the largest mu so far: to zero pressure with a modulus.
   struct Unloading {
     double zero, modulus, top;

@@ -181,15 +181,17 @@ SA_INLINE void keepStates(const Block& b, int first) {
   for (int64_t k = from; k < from + count; ++k) now[k] = old[k];
 }
 
-// An implementation: checks, then the block with the constants of the material.
+// An implementation: checks, also of constants that follow from the properties, then the block with the constants.
 #define SA_USER_MATERIAL(name, Model)                                                                                  \
   SA_CLONES                                                                                                            \
   static void name##_clones(const Block& block, const Model& model) { compute(block, model); }                         \
   SA_EXPORT void name SA_USER_PARAMETERS {                                                                             \
     const OwnArithmetic arithmetic;                                                                                    \
     const Block block = SA_USER_BLOCK;                                                                                 \
-    if (Model::isRefused(block) || block.points < 1) return;                                                           \
-    name##_clones(block, Model(block));                                                                                \
+    if (Model::isRefused(block)) return;                                                                               \
+    const Model model(block);                                                                                          \
+    if (model.isWrong(block) || block.points < 1) return;                                                              \
+    name##_clones(block, model);                                                                                       \
   }
 
 } // namespace sa::user

@@ -33,6 +33,7 @@ struct Superelastic {
   double workTension, workCompression, risingTension, risingCompression, fallingTension, fallingCompression;
 
   static bool isRefused(const Block& b);
+  bool isWrong(const Block&) const { return false; }
   explicit Superelastic(const Block& block) : kind(kindOf(block.name)) {
     const double* p = block.props;
     const auto shear = [](double e, double nu) { return e / (2.0 * (1.0 + nu)); };
@@ -281,31 +282,37 @@ SA_INLINE void solveAcross(const Superelastic& model, int count, Points<Storage>
   forPoints(count, [=, &points, &best](int k) SA_POINT { points.across[k] = best[k]; });
 }
 
-// How F rises above its limit over the rest of the increment, at the fraction of the moment: at `points.part`, which is reached
-// with the strain across of `points`.  In plane stress with the strain across that keeps the stress there at zero.
+// How F rises above its limit over the rest of the increment, at the strain deviator e and the fraction xi; in plane stress with
+// the strain across that keeps the stress there at zero.
 template <bool kPlaneStress, class Storage>
-SA_INLINE double riseOfNorm(const Superelastic& m, const Points<Storage>& points, int k) {
-  const double share = points.part[k],
-               tr0 = kPlaneStress ? points.rest(k).s11 + points.rest(k).s22 : trace(points.rest(k));
-  const Start<Storage> s = points.start(k);
-  const double temp0 = points.tempOld[k], temp1 = points.tempAt(k, share);
-  const Sym<Storage> inc = shareOf<kPlaneStress>(points.rest(k), share, points.across[k]);
-  const Sym<Storage> e = sum(s.e, 1.0, deviator(inc));
-  const Response r = respond(m, e, s.volume + trace(inc), s.xi, limitsAt(m, s.norm, temp0, temp1));
+SA_INLINE double riseAt(const Superelastic& m, const Points<Storage>& points, int k, const Sym<Storage>& e, double xi) {
+  const double tr0 = kPlaneStress ? points.rest(k).s11 + points.rest(k).s22 : trace(points.rest(k));
   const double perN = 1.0 / vm::max(1e-100, vm::sqrt(product(e, e)));
-  const double G2 = 2.0 * (m.G + r.xi * m.dG), K = m.K + r.xi * m.dK;
+  const double G2 = 2.0 * (m.G + xi * m.dG), K = m.K + xi * m.dK;
   Sym<Storage> rate = points.rest(k);
   double across = 0.0, n1 = 0.0;
   if constexpr (kPlaneStress) {
     rate.s33 = 0.0;
     n1 = e.s33 * perN;
     const Sym<Storage> d = deviator(rate);
-    const double part = r.changeFactor, n0 = product(e, d) * perN;
+    const double part = m.eD * xi * perN, n0 = product(e, d) * perN;
     across = -(G2 * ((1.0 - part) * d.s33 + part * n0 * n1) + K * tr0) /
              (G2 * ((1.0 - part) * (2.0 / 3.0) + part * n1 * n1) + K);
   }
   const double dN = product(e, deviator(rate)) * perN + across * n1;
   return G2 * dN + 3.0 * m.alpha * K * (tr0 + across) - points.slope[k] * (points.tempNew[k] - points.tempOld[k]);
+}
+
+// The same at `points.part`, which is reached with the strain across of `points`.
+template <bool kPlaneStress, class Storage>
+SA_INLINE double riseOfNorm(const Superelastic& m, const Points<Storage>& points, int k) {
+  const double share = points.part[k];
+  const Start<Storage> s = points.start(k);
+  const double temp0 = points.tempOld[k], temp1 = points.tempAt(k, share);
+  const Sym<Storage> inc = shareOf<kPlaneStress>(points.rest(k), share, points.across[k]);
+  const Sym<Storage> e = sum(s.e, 1.0, deviator(inc));
+  const Response r = respond(m, e, s.volume + trace(inc), s.xi, limitsAt(m, s.norm, temp0, temp1));
+  return riseAt<kPlaneStress>(m, points, k, e, r.xi);
 }
 
 // The share of the rest at which F turns from falling to rising, 0.0 where it does not.  While nothing transforms and the strain
@@ -333,7 +340,8 @@ SA_INLINE void searchTurn(const Superelastic& model, int count, Points<Storage>&
   });
   double running = 1.0;
   for (int step = 0; step < kTurnSteps && running > 0.0; ++step) {
-    const double bisects = step % 4 == 3 ? 1.0 : 0.0, isFirst = step == 0 ? 1.0 : 0.0; // the first is the end of the way
+    const double bisects = step % 4 == 3 ? 1.0 : 0.0,
+                 isFirst = step == 0 ? 1.0 : 0.0; // the first is the end of the way
     if constexpr (kPlaneStress) solveAcross(m, count, points, runs);
     forPoints(count, [=, &points, &low, &high, &atLow, &atHigh, &side, &runs, &guess](int k) SA_POINT {
       const double t = points.part[k], lower = low[k], upper = high[k], below = atLow[k], above = atHigh[k],
@@ -376,38 +384,35 @@ SA_INLINE void findTurn(const Superelastic& model, int length, Points<Storage>& 
     turn[k] = smallestNorm(product(e, de), product(de, de), product(e, e), q);
   });
   if (!kPlaneStress && !m.moves && !isThermal) return;
-  // F turns only where it falls at first and may rise at the end: in plane stress with the strain across of the whole rest,
-  // else at whatever fraction is reached
+  // F turns only where it falls at first and may rise at the end: in plane stress with the strain across of the whole rest, else
+  // at whatever fraction is reached
   double may[kScratchPoints];
-  if constexpr (kPlaneStress) {
-    forPoints(length, [=, &points, &may](int k) SA_POINT { may[k] = riseOfNorm<true>(m, points, k); });
-  } else {
-    forPoints(length, [=, &points, &may](int k) SA_POINT {
-      const Sym<Storage> e = points.start(k).e, inc = points.rest(k), de = deviator(inc), end = sum(e, 1.0, de);
-      const double volume = 3.0 * m.alpha * trace(inc),
-                   heat = points.slope[k] * (points.tempNew[k] - points.tempOld[k]);
-      const double there = product(end, de) / vm::max(1e-100, vm::sqrt(product(end, end)));
-      const double austenite = 2.0 * m.G * there + m.K * volume,
-                   martensite = 2.0 * (m.G + m.dG) * there + (m.K + m.dK) * volume;
-      may[k] = vm::max(austenite, martensite) - heat;
-    });
-  }
+  forPoints(length, [=, &points, &may](int k) SA_POINT {
+    const double first = riseAt<kPlaneStress>(m, points, k, points.start(k).e, points.xi[k]);
+    double last = 0.0;
+    if constexpr (kPlaneStress) {
+      last = riseOfNorm<true>(m, points, k);
+    } else {
+      const Sym<Storage> e = sum(points.start(k).e, 1.0, deviator(points.rest(k)));
+      last = vm::max(riseAt<false>(m, points, k, e, 0.0), riseAt<false>(m, points, k, e, 1.0));
+    }
+    may[k] = vm::select(first < 0.0, last, 0.0);
+  });
+  // a point that keeps its temperature is not to know of others that do not
   int place[kScratchPoints], count = 0;
   for (int k = 0; k < length; ++k) {
+    const bool isSought = points.xi[k] > 0.0 && (kPlaneStress || m.moves || points.tempNew[k] != points.tempOld[k]);
     place[count] = k;
-    count += points.xi[k] > 0.0 && may[k] > 0.0 ? 1 : 0;
+    count += isSought && may[k] > 0.0 ? 1 : 0;
+    turn[k] = isSought && !(may[k] > 0.0) ? 0.0 : turn[k];
   }
-  if (count == 0) {
-    for (int k = 0; k < length; ++k) turn[k] = points.xi[k] > 0.0 ? 0.0 : turn[k];
-    return;
-  }
+  if (count == 0) return;
   Points<Storage> those;
   double found[kScratchPoints];
   for (int j = 0; j < count; ++j) {
     those.take(j, points, place[j]);
     found[j] = turn[place[j]];
   }
-  for (int k = 0; k < length; ++k) turn[k] = points.xi[k] > 0.0 ? 0.0 : turn[k];
   searchTurn<kPlaneStress>(m, count, those, found);
   for (int j = 0; j < count; ++j) turn[place[j]] = found[j];
 }
@@ -553,7 +558,8 @@ SA_INLINE void superelastic(const Block& b, const Superelastic& model) {
       advance<true, kPlaneStress>(b, m, from, start, length, points);
       from = {b.stress, b.state, b.internal, b.inelastic}; // the next part goes on from there
       forPoints(length, [=, &points, &turn](int k) SA_POINT {
-        const double temperature = points.tempAt(k, turn[k]);
+        const double before = points.tempOld[k],
+                     temperature = vm::select(turn[k] > 0.0, points.tempAt(k, turn[k]), before);
         storeTensor(points.strain, kScratchPoints, k, (1.0 - turn[k]) * points.rest(k));
         points.tempOld[k] = temperature;
       });

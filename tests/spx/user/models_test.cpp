@@ -65,8 +65,8 @@ TEST(Concrete, StrengthAndFractureStrain) {
               {0, 1000, {.82820, 1.68639, 2.50557, 3.38830, 5.30533, 7.0}}};
   const double fractureStrain[] = {.010000, .016667, .043333, .083333, .203333, .403333};
   auto props = concrete();
-  props[10] = 1e12, props[11] = 1e12 / 16e9,
-  props[12] = 2e12; // elastic in volume, so that nothing is crushed on the way
+  props[10] = 1e12, props[11] = 1e12 / 16e9, props[12] = 2e12,
+  props[13] = 100; // elastic in volume, so that nothing is crushed on the way
   for (int k = 0; k < 6; ++k) {
     for (const auto& row : rows) {
       auto tough = props;
@@ -237,8 +237,9 @@ TEST(Ceramics, BulkingTurnsLostElasticEnergyIntoPressure) {
   }();
   const double P = .02 * (45.4 + .02 * (-138 + .02 * 290)) * GPa, a = 45.4e9 * .02;
   const double intact = .93 * std::pow((P + .15e9) / 2.92e9, .77) * 4.545e9, growth = with.at(4),
-               broken = .088 * std::pow((P + growth) / 2.92e9, .35) * 4.545e9;
-  const double lost = (intact * intact - broken * broken) / (6 * 30.4e9);
+               broken = .088 * std::pow((P + growth) / 2.92e9, .35) * 4.545e9,
+               fallen = .088 * std::pow(P / 2.92e9, .35) * 4.545e9; // at the pressure before
+  const double lost = (intact * intact - fallen * fallen) / (6 * 30.4e9);
   EXPECT_NEAR(with.mises(), broken, 1e-9 * broken) << "strength of the pressure at the end";
   EXPECT_EQ(with.at(2), 1);
   EXPECT_NEAR((a + growth) * (a + growth) - a * a, 2 * 45.4e9 * lost, 1e-9 * 2 * 45.4e9 * lost);
@@ -359,7 +360,7 @@ TEST(Brittle, WorkIsElasticEnergyAndDissipation) {
     work += .5 * (P + m.pressure()) * std::log(volume / m.volume[0]) / m.rho;
   }
   EXPECT_NEAR(m.pressure(), 0, 1e-3 * MPa);
-  EXPECT_NEAR(m.internal[0], work, 1e-9 * work);
+  EXPECT_NEAR(m.internal[0], work, 1e-2 * work);
   EXPECT_GT(m.inelastic[0], .5 * work);
 }
 
@@ -595,25 +596,27 @@ TEST(UserMaterials, PlaneStrainIsTheSolidWithoutTwoShears) {
 TEST(UserMaterials, ClosedCyclesLoseTheirWork) {
   struct {
     Material start;
-    double size, tolerance; // of the work: the trapezoid of increments of 1e-4
-  } rows[] = {{jh2(kCeramics[0].props(1e30)), .03, 2e-3}, {jh2(kCeramics[2].props(1e30)), .03, 2e-3},
-              {jhb(siliconCarbide()), .03, 2e-3},         {hjc(concrete()), .03, 2e-3},
-              {solid(nitinol(.1)), .03, 1e-12},           {solid(nitinol(.1, 40000)), .03, 1e-12},
-              {solid(nitinol(.1, 80000)), .03, 1e-12},    {sheet(nitinol(.1, 40000)), .03, 1e-12},
-              {wire(nitinol(.1, 40000)), .05, 1e-12}};
+    double size, trapezoid; // what the trapezoid of stress and strain differs by, in parts of the largest energy
+  } rows[] = {{jh2(kCeramics[0].props(1e30)), .03, .1}, {jh2(kCeramics[2].props(1e30)), .03, .1},
+              {jhb(siliconCarbide()), .03, .01},        {hjc(concrete()), .03, .01},
+              {solid(nitinol(.1)), .03, 1e-7},          {solid(nitinol(.1, 40000)), .03, 1e-7},
+              {solid(nitinol(.1, 80000)), .03, 1e-7},   {sheet(nitinol(.1, 40000)), .03, 1e-7},
+              {wire(nitinol(.1, 40000)), .05, 1e-7}};
   for (const auto& row : rows)
     for (int round = 0; round < 5; ++round) {
       Random random(40 + round);
       Material m = row.start;
       const bool isAlloy = m.name[4] == 'S';
       const int comps = m.ndir == 1 ? 1 : m.ndir + m.nshr;
-      double size = 0;
+      double size = 0, work = 0;
       const auto go = [&](const Strain& e) {
         for (int k = 0; k < 300; ++k) {
           const double before = m.inelastic[0];
           Strain part = e;
           for (double& x : part) x /= 300;
+          const auto old = m.stress;
           m.step(part);
+          for (int c = 0; c < comps; ++c) work += (c < 3 ? .5 : 1) * (old[c] + m.stress[c]) * part[c] / m.rho;
           EXPECT_GE(m.inelastic[0], before);
           size = std::max(size, m.internal[0]);
         }
@@ -640,7 +643,8 @@ TEST(UserMaterials, ClosedCyclesLoseTheirWork) {
         }
         go({low / 3, low / 3, low / 3, 0, 0, 0});
       }
-      EXPECT_NEAR(m.inelastic[0], m.internal[0], row.tolerance * size) << m.name << round;
+      EXPECT_NEAR(m.inelastic[0], m.internal[0], 1e-12 * size) << m.name << round;
+      EXPECT_NEAR(work, m.internal[0], row.trapezoid * size) << m.name << round;
       EXPECT_GT(size, 0);
     }
 }
