@@ -135,8 +135,8 @@ SA_INLINE PlaneAxes planeAxes(auto scaled, double s11, double s22, double s12) {
   const double h = r.t * a12, p = a11 + h, q = a22 - h;
   const Axis a{p * scale.back, r.c, r.s, 0.0}, b{q * scale.back, -r.s, r.c, 0.0};
   const bool swap = b.value < a.value;
-  const Axis first = select(swap, b, a), second{swap ? a.value : b.value, -first.y, first.x, 0.0};
-  return {first, second, spoiled(p, q, 0.0), isBeyondSums(largest)};
+  const Axis turned{a.value, -a.x, -a.y, 0.0};
+  return {select(swap, b, a), select(swap, turned, b), spoiled(p, q, 0.0), isBeyondSums(largest)};
 }
 
 SA_INLINE PlaneAxes planeAxesS31(auto scaled, int k, int64_t nblock, const double* S) {
