@@ -147,38 +147,27 @@ SA_INLINE Axes sortedInSpace(const PlaneAxes& p, double s33) {
   const Axis third{s33, 0.0, 0.0, 1.0};
   return sorted<Order::Increasing>(p.first, p.second, third);
 }
-// body(scaled, k) for the points k of a piece, with scaling if any needs it.  A look at the components beforehand: g++ leaves
-// these long bodies scalar in the loop of forPointsOfAnyScale.
-template <class Points>
-SA_INLINE void forTensorsS31(Points point, int n, int64_t nblock, const double* S, auto body) {
-  uint64_t beyond = 0;
-#pragma omp simd reduction(| : beyond)
-  for (int i = 0; i < n; ++i) {
-    const int k = point(i);
-    beyond |= isBeyondSums(magnitude(S[k], S[k + nblock], S[k + 3 * nblock]));
-  }
-  if (beyond != 0)
-    forPoints(n, [=](int i) SA_POINT { body(std::true_type{}, point(i)); });
-  else
-    forPoints(n, [=](int i) SA_POINT { body(std::false_type{}, point(i)); });
-}
 template <class Points>
 SA_INLINE void axesS31(Points point, int n, int64_t nblock, const double* S, double* P, double* V) {
-  forTensorsS31(point, n, nblock, S, [=](auto scaled, int k) SA_POINT {
+  forPointsOfAnyScale(n, [=](auto scaled, int i) SA_POINT {
+    const int k = point(i);
     const double s33 = S[k + 2 * nblock];
     const PlaneAxes p = planeAxesS31(scaled, k, nblock, S);
     const Axes axes = sortedInSpace(p, s33);
     const double bad = p.bad + spoiled(s33, 0.0, 0.0);
     storeValues(axes, bad, 1.0, P, nblock, k);
     storeDirections(axes, bad, V, nblock, k);
+    return p.isBeyond;
   });
 }
 template <class Points>
 SA_INLINE void valuesS31Sorted(Points point, int n, int64_t nblock, const double* S, double* P) {
-  forTensorsS31(point, n, nblock, S, [=](auto scaled, int k) SA_POINT {
+  forPointsOfAnyScale(n, [=](auto scaled, int i) SA_POINT {
+    const int k = point(i);
     const double s33 = S[k + 2 * nblock];
     const PlaneAxes p = planeAxesS31(scaled, k, nblock, S);
     storeValues(sortedInSpace(p, s33), p.bad + spoiled(s33, 0.0, 0.0), 1.0, P, nblock, k);
+    return p.isBeyond;
   });
 }
 
