@@ -7,8 +7,6 @@
 namespace sa {
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
 // A value with its direction.
 struct Axis {
   double value, x, y, z;
@@ -229,9 +227,9 @@ SA_INLINE void loadPairs(int start, int n, int64_t N, const double* A, const dou
   forPointsOfAnyScale(n, [=, &c, &w](auto scaled, int i) SA_POINT {
     const int k = start + i;
     const auto [b11, b22, b33, b12, b23, b13, scaleB, isBeyondB] = loadScaled(scaled, B, N, k);
-    const double l11 = b11 > 0.0 ? __builtin_sqrt(b11) : kNaN, l21 = b12 / l11, l31 = b13 / l11;
-    const double d2 = b22 - l21 * l21, l22 = d2 > 0.0 ? __builtin_sqrt(d2) : kNaN, l32 = (b23 - l31 * l21) / l22;
-    const double d3 = b33 - l31 * l31 - l32 * l32, l33 = d3 > 0.0 ? __builtin_sqrt(d3) : kNaN;
+    const double l11 = b11 > 0.0 ? __builtin_sqrt(b11) : vm::kNaN, l21 = b12 / l11, l31 = b13 / l11;
+    const double d2 = b22 - l21 * l21, l22 = d2 > 0.0 ? __builtin_sqrt(d2) : vm::kNaN, l32 = (b23 - l31 * l21) / l22;
+    const double d3 = b33 - l31 * l31 - l32 * l32, l33 = d3 > 0.0 ? __builtin_sqrt(d3) : vm::kNaN;
     // Y = inv(L) A column by column, then C = Y inv(L')
     const auto [a11, a22, a33, a12, a23, a13, scaleA, isBeyondA] = loadScaled(scaled, A, N, k);
     const double y11 = a11 / l11, y12 = a12 / l11, y13 = a13 / l11;

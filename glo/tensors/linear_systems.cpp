@@ -27,9 +27,8 @@ SA_INLINE Equation eliminate(const Equation& row, double factor, const Equation&
 }
 // Each row divided by its largest coefficient: pivots compare as if all equations had one scale.
 SA_INLINE Equation scaled(const Equation& row) {
-  constexpr double kTiny = std::numeric_limits<double>::min();
   const double largest = magnitude(row.a, row.b, row.c);
-  const double g = largest <= kTiny ? 1.0 : 0.0, f = (1.0 - g) / (largest + g);
+  const double g = largest <= vm::kSmallestNormal ? 1.0 : 0.0, f = (1.0 - g) / (largest + g);
   return {row.a * f, row.b * f, row.c * f, row.r * f};
 }
 

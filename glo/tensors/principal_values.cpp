@@ -47,9 +47,9 @@ SA_INLINE void sortedValuesS33(Points point, int n, int64_t nblock, const double
         const double d12 = d1 > d2 ? d1 : d2, largest = d12 > d3 ? d12 : d3;
         // the pair that remains without the largest; of equal ones the last counts as the largest
         double x = d1, y = d2;
-        if (__builtin_fabs(largest - d1) <= kTiny) x = d2, y = d3;
-        if (__builtin_fabs(largest - d2) <= kTiny) x = d1, y = d3;
-        if (__builtin_fabs(largest - d3) <= kTiny) x = d1, y = d2;
+        if (__builtin_fabs(largest - d1) <= vm::kSmallestNormal) x = d2, y = d3;
+        if (__builtin_fabs(largest - d2) <= vm::kSmallestNormal) x = d1, y = d3;
+        if (__builtin_fabs(largest - d3) <= vm::kSmallestNormal) x = d1, y = d2;
         P[k] = bad ? vm::kNaN : (x < y ? x : y) * back;
         P[k + nblock] = bad ? vm::kNaN : (x < y ? y : x) * back;
         P[k + 2 * nblock] = bad ? vm::kNaN : largest * back;

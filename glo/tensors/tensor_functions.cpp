@@ -7,8 +7,6 @@
 namespace sa {
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
 // ln of a principal value of point i, x and `shift` as diagonaliseAboutOne leaves them.  A value that was scaled by 2^600 or
 // 2^-4 (glo/tensors/scale.h) may have lost digits at its own scale: its logarithm is corrected by 600 or 4 ln 2 instead.
 SA_INLINE double logOfValue(double x, double shift, double back) {
@@ -31,9 +29,9 @@ SA_KERNEL(GLO_UTI_SQRTV, (const int32_t* nblock, const double* S, double* V), (n
       const double l12 = l1 > l2 ? l1 : l2, largest = l12 > l3 ? l12 : l3, lowest = -kRounding * largest;
       const bool bad = spoiled(l1, l2, l3) != 0.0 || l1 < lowest || l2 < lowest || l3 < lowest;
       const double back = w.back[i];
-      const double r1 = bad ? kNaN : __builtin_sqrt(l1 > 0.0 ? l1 : 0.0) * back;
-      const double r2 = bad ? kNaN : __builtin_sqrt(l2 > 0.0 ? l2 : 0.0) * back;
-      const double r3 = bad ? kNaN : __builtin_sqrt(l3 > 0.0 ? l3 : 0.0) * back;
+      const double r1 = bad ? vm::kNaN : __builtin_sqrt(l1 > 0.0 ? l1 : 0.0) * back;
+      const double r2 = bad ? vm::kNaN : __builtin_sqrt(l2 > 0.0 ? l2 : 0.0) * back;
+      const double r3 = bad ? vm::kNaN : __builtin_sqrt(l3 > 0.0 ? l3 : 0.0) * back;
       compose(done, i, r1, r2, r3, V, N, start + i);
     });
   });
@@ -55,7 +53,7 @@ SA_KERNEL(GLO_UTI_LOGV, (const int32_t* nblock, const double* S, double* L), (nb
     forPoints(n, [=, &done](int i) SA_POINT {
       const double l1 = done.a11[i], l2 = done.a22[i], l3 = done.a33[i];
       const bool bad = spoiled(l1, l2, l3) != 0.0;
-      compose(done, i, bad ? kNaN : l1, bad ? kNaN : l2, bad ? kNaN : l3, L, N, start + i);
+      compose(done, i, bad ? vm::kNaN : l1, bad ? vm::kNaN : l2, bad ? vm::kNaN : l3, L, N, start + i);
     });
   });
 }
