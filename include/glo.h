@@ -36,7 +36,7 @@
  *                rows        leading dimension of an entity array, at least the largest entity number used
  *                stride      leading dimension of block arrays, at least nblock
  *                entity of G a number 1.. of a row or record of G   list     point numbers 1..nblock, each at most once
- *                1..x        a number from 1 to x                   code a|b the values that are told apart
+ *                1..x        1 to x, or which of x parts of records code a|b the values that are told apart
  *                first,last  a range of points, ends included       unread   part of the list, never read
  *                stretch     a stretch tensor                       mask     0.0 takes part, 1.0 does not
  *                plane stretch    one of the plane, S21             flag     0.0 or 1.0

@@ -306,6 +306,12 @@ Header readHeader(const std::string& file, const std::string& text, std::vector<
       advance(text.find('{', at) + 1);
     } else if (text[at] == '}') {
       advance(at + 1);
+    } else if (startsWith(text.substr(at, 5), "enum ")) { // constants of the interface
+      const std::size_t end = text.find("};", at);
+      if (end == std::string::npos) throw std::runtime_error(file + ": an enumeration does not end");
+      if (comment.empty()) report(file, line, "an enumeration without a comment");
+      comment.clear();
+      advance(end + 2);
     } else {
       const std::size_t end = text.find(';', at);
       if (end == std::string::npos) throw std::runtime_error(file + ": a declaration does not end");

@@ -1,7 +1,7 @@
 // The record of the end of the analysis.
 #include "glo.h"
-#include "glo/kernel/kernel.h"
 #include "glo/frame/text.h"
+#include "glo/kernel/kernel.h"
 #include "host_services.h"
 #include "ipm_MessageTransmit.h"
 #include "thr_ErrorInThread.h"
@@ -11,8 +11,7 @@
 namespace sa {
 namespace {
 
-constexpr int32_t kMessageFile = -6, kSecondChannel = -7;
-constexpr int32_t kLocalErrors = 20, kRemoteErrors = 21, kPhaseComplete = 22;
+constexpr int32_t kMessageFile = GLO_UNIT_MESSAGE_FILE, kSecondChannel = GLO_UNIT_SECOND_CHANNEL;
 
 struct Ending {
   std::string_view type, message;
@@ -22,10 +21,10 @@ struct Ending {
 Ending endingOf(int32_t code, bool killed) {
   if (killed) return {"Interrupted", "Analysis terminated by external signal", 3};
   switch (code) {
-  case kLocalErrors:
-  case kRemoteErrors:
+  case GLO_EXIT_ERRORS:
+  case GLO_EXIT_ERRORS_ELSEWHERE:
     return {"Aborted", "Analysis failed due to Errors", 2};
-  case kPhaseComplete:
+  case GLO_EXIT_PHASE_COMPLETE:
     return {"Completed", "Phase complete", 1};
   default:
     return {"", "Invalid Termination Message: Status unknown", 0};
@@ -53,8 +52,8 @@ SA_EXPORT void GLO_UTI_EXIT(const int32_t* code) {
   LFC_XUT_XPLMSGFLUSH(&sa::kSecondChannel);
   ipm_MessageTransmit::Instance().SetClosing(true);
 
-  if (*code == sa::kLocalErrors || *code == sa::kRemoteErrors) {
-    const int32_t termination = *code == sa::kLocalErrors ? 1 : -1;
+  if (*code == GLO_EXIT_ERRORS || *code == GLO_EXIT_ERRORS_ELSEWHERE) {
+    const int32_t termination = *code == GLO_EXIT_ERRORS ? 1 : -1;
     DMPC_TERMINATECOMM(&termination);
     thr_ErrorInThread(1);
   }

@@ -113,7 +113,7 @@ std::string json(const Record& record) {
                       {"problems", listOf(record.problems)},
                       {"message_count", record.messageCount},
                       {"messages", listOf(record.messages)}};
-  // what a solver wrote need not be UTF-8
+  // texts of solvers may be invalid UTF-8
   return whole.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

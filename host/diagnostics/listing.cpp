@@ -1,4 +1,5 @@
 #include "output.h"
+#include "words.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -6,6 +7,9 @@
 
 namespace sharedanalysis::diagnostics {
 namespace {
+
+using host::counted;
+using host::joined;
 
 constexpr std::string_view kNoInstance = "";
 
@@ -26,22 +30,9 @@ std::string seconds(double value) {
 
 std::string number(const std::optional<double>& value) { return value ? number(*value) : "-"; }
 
-std::string counted(int64_t count, const std::string& word) {
-  return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
-}
-
-// Adds "3 errors" to a list; nothing for none.
+// Adds "3 errors" to a list, unless the count is 0.
 void addCount(std::vector<std::string>& words, int64_t count, const std::string& word) {
   if (count > 0) words.push_back(counted(count, word));
-}
-
-std::string joined(const std::vector<std::string>& words, std::string_view between = ", ") {
-  std::string text;
-  for (const std::string& word : words) {
-    if (!text.empty()) text += between;
-    text += word;
-  }
-  return text;
 }
 
 std::string range(const std::optional<double>& smallest, const std::optional<double>& largest) {
@@ -56,7 +47,7 @@ std::string words(const Occurrence& where) {
   return list.empty() ? "outside of steps" : joined(list, " ");
 }
 
-// Texts come from solvers: nothing of them may steer a terminal.
+// Replaces control characters: texts come from solvers and must not control the terminal.
 std::string printable(std::string text) {
   const auto code = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
   for (std::size_t k = 0; k < text.size(); ++k) {
@@ -161,7 +152,7 @@ std::string padded(const std::string& text, std::size_t width, Cells kind) {
   return kind == Cells::Texts ? text + blanks : blanks + text;
 }
 
-// Columns that say nothing are left out.  Where the terminal is narrower than the table each row is a paragraph.
+// Omits columns without information.  On a terminal narrower than the table each row is a paragraph.
 void table(Page& page, std::vector<Column> columns) {
   std::erase_if(columns, isBlank);
   if (columns.empty()) return;

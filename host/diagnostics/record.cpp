@@ -64,7 +64,7 @@ void open(Connection& database, const std::filesystem::path& file) {
 
 // ---- selection
 
-// "0x42010020" or "1107361824"; nothing when the text is no number.
+// "0x42010020" or "1107361824"; empty for other text.
 std::optional<int64_t> codeNumber(const std::string& text) {
   const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
   const char *const begin = text.data() + (hexadecimal ? 2 : 0), *const end = text.data() + text.size();
@@ -100,7 +100,7 @@ std::string choose(Connection& database, const Selection& selection) {
 
 // ---- run and steps
 
-// Whether the process that writes the file lives; nothing when it is on another machine.
+// Whether the writing process is alive; empty when it runs on another machine.
 std::optional<bool> lives(const Run& run) {
   std::array<char, 256> name{};
   if (gethostname(name.data(), name.size() - 1) != 0 || run.host != name.data()) return std::nullopt;
@@ -212,7 +212,7 @@ bool belongs(const IncrementGroup& group, const IncrementGroup& next) {
          flags(group) == flags(next);
 }
 
-// A damaged file may hold any numbers: a sum that no integer holds stays at the nearest one that does.
+// Saturating sum: a damaged file may hold any numbers.
 void add(int64_t& sum, int64_t count) {
   if (__builtin_add_overflow(sum, count, &sum))
     sum = count < 0 ? std::numeric_limits<int64_t>::min() : std::numeric_limits<int64_t>::max();

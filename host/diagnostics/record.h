@@ -1,4 +1,4 @@
-// What a diagnostic database holds, as far as it is shown.
+// The part of a diagnostic database that is shown.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// Marks in the course of an analysis, for those who watch its use of time and memory.
+// Marks in the course of an analysis, for records of time and memory.
 #pragma once
 
 #include "host_service.h"

@@ -1,4 +1,4 @@
-// What is known about the codes of diagnostics.
+// Properties of the codes of diagnostics.
 #pragma once
 
 #include "host_service.h"

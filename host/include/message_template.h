@@ -12,7 +12,7 @@ namespace sharedanalysis::host {
 // Characters that a formatted message holds.
 constexpr std::size_t kMessageCapacity = 1000;
 
-// What a blank value leaves in a message.
+// The text of a blank value in a message.
 constexpr std::string_view kBlankValue = "        ";
 
 inline std::string_view withoutTrailingBlanks(std::string_view text) {

@@ -1,4 +1,4 @@
-// Routines that release what a thread owns.
+// Routines that release per-thread objects.
 #pragma once
 
 #include "host_service.h"

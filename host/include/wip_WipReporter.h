@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-// Carries a text that was to be reported to whoever can act on it.
+// Carries the text of an error to the handler.
 class aio_TextException : public std::runtime_error {
 public:
   aio_TextException(const std::string& text, const char* file, int line)

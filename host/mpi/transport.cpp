@@ -17,7 +17,7 @@ void check(int result, const char* what) {
   if (result != MPI_SUCCESS) throw std::runtime_error(std::string("MPI: ") + what + " failed");
 }
 
-// What a message is called: MPI's own tags have not room for both numbers.
+// Key of a message: type and tag do not both fit an MPI tag.
 struct Name {
   int32_t type, tag;
   bool operator==(const Name&) const = default;
@@ -40,7 +40,7 @@ public:
     arrived_.resize(static_cast<std::size_t>(size_));
   }
 
-  // What is on its way arrives before the end: everyone finishes together.
+  // Collective: waits for pending messages of all ranks.
   ~MpiTransport() override {
     for (Message& message : sent_) MPI_Wait(&message.request, MPI_STATUS_IGNORE);
     MPI_Comm_free(&world_);
@@ -70,7 +70,7 @@ public:
     std::list<Bytes>& queue = arrived_[static_cast<std::size_t>(source)];
     auto wanted =
         std::find_if(queue.begin(), queue.end(), [&](const Bytes& message) { return nameOf(message) == name; });
-    // messages that are asked for later stay in the order in which they were sent
+    // messages with other keys stay queued in the order of sending
     while (wanted == queue.end()) {
       if (!takeNext(source)) return -1;
       if (nameOf(queue.back()) == name) wanted = std::prev(queue.end());

@@ -44,7 +44,7 @@ void* loadMpi() {
   if (dladdr(reinterpret_cast<void*>(&launchedRanks), &own) != 0 && own.dli_fname != nullptr) {
     const std::filesystem::path beside = std::filesystem::path(own.dli_fname).parent_path() / kName;
     std::error_code error;
-    // one that is there and cannot be loaded tells why
+    // the library exists but cannot be loaded: report why
     if (std::filesystem::exists(beside, error)) return dlopen(beside.c_str(), RTLD_NOW | RTLD_GLOBAL);
   }
   return dlopen(kName, RTLD_NOW | RTLD_GLOBAL);

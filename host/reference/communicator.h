@@ -1,4 +1,4 @@
-// How messages travel between the processes of a job; one process alone needs nothing.
+// Transport of messages between the processes of a job; one process alone has none.
 #pragma once
 
 #include "host_service.h"

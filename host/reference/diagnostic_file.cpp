@@ -54,7 +54,7 @@ std::string compatibilityText(int32_t constraint, const DiagnosticRecord& d) {
                                      d.values);
 }
 
-// The details of errors and warnings of all kinds, and the reasons of cutbacks; null where there is none.
+// The detail text of an error or warning, or the reason of a cutback; null without one.
 const std::string* detailOf(DiagnosticClass diagnosticClass, int32_t code) {
   switch (diagnosticClass) {
   case DiagnosticClass::Residual:
@@ -103,13 +103,13 @@ void removeDatabase(const std::filesystem::path& path) {
   const bool exists = std::filesystem::exists(path, error);
   if (exists && !(std::filesystem::is_regular_file(path, error) && isOurs(path)))
     fail(std::make_error_code(std::errc::file_exists), ", which is no diagnostic database");
-  // the log first: without its database it would be taken for part of the new one
+  // the log first: SQLite would apply a stale log to the new database
   for (const auto& file : {besides(path, "-wal"), besides(path, "-shm"), besides(path, "-journal"), path,
                            besides(path, ".partial"), besides(path, ".partial-wal"), besides(path, ".partial-shm")})
     if (!std::filesystem::remove(file, error) && error) fail(error, "");
 }
 
-// Under another name until the tables are complete: whoever finds the file finds a database.
+// Created as .partial and renamed when its tables exist: readers never see half a database.
 void DiagnosticFile::create(const std::filesystem::path& path, const RunRecord& run) {
   const std::filesystem::path partial = besides(path, ".partial");
   connection_.open(partial.string(), kReadWrite | SQLITE_OPEN_CREATE);
@@ -132,8 +132,8 @@ DiagnosticFile::DiagnosticFile(const std::filesystem::path& path, const RunRecor
   create(path, run);
   connection_.open(path.string(), kReadWrite);
   connection_.setBusyTimeout(10000);
-  // Rows name rows that the writer has made itself: SQLite need not look them up.  A checkpoint comes every 32 MB, so that
-  // short increments do not wait for the disk.
+  // Foreign keys are sound by construction: no check.  A checkpoint comes every 32 MB, so that short increments do not
+  // wait for the disk.
   connection_.run("PRAGMA synchronous = NORMAL; PRAGMA foreign_keys = OFF; PRAGMA wal_autocheckpoint = 8192;"
                   " PRAGMA cache_size = -65536");
   begin_ = connection_.prepare("BEGIN");
@@ -157,8 +157,8 @@ void DiagnosticFile::begin() {
   if (!connection_.inTransaction()) begin_.run();
 }
 
-// A statement by the address of its text, prepared on first use.
-sqlite::Statement& DiagnosticFile::statement(const char* sql) {
+// A statement by its text, prepared on first use.  The text is a literal: the map keeps a view of it.
+sqlite::Statement& DiagnosticFile::statement(std::string_view sql) {
   begin();
   const auto found = statements_.find(sql);
   if (found != statements_.end()) return found->second;
@@ -220,7 +220,32 @@ int64_t DiagnosticFile::addContactIteration(int64_t increment, Id iteration, int
   return lastContactIteration_;
 }
 
-void DiagnosticFile::setFlag(const char* update, int64_t id, bool value) { statement(update).run(value, id); }
+void DiagnosticFile::setFlag(Flag flag, int64_t id, bool value) {
+  const auto update = [flag]() -> std::string_view {
+    switch (flag) {
+    case Flag::AttemptEnded:
+      return "UPDATE attempts SET ended = ? WHERE id = ?";
+    case Flag::AttemptNeedsReordering:
+      return "UPDATE attempts SET needs_reordering = ? WHERE id = ?";
+    case Flag::IterationEnded:
+      return "UPDATE iterations SET ended = ? WHERE id = ?";
+    case Flag::IterationConverged:
+      return "UPDATE iterations SET converged = ? WHERE id = ?";
+    case Flag::IterationSevereDiscontinuity:
+      return "UPDATE iterations SET severe_discontinuity = ? WHERE id = ?";
+    case Flag::IterationPenetrationExceeded:
+      return "UPDATE iterations SET penetration_exceeded = ? WHERE id = ?";
+    case Flag::IterationSeparationTooLarge:
+      return "UPDATE iterations SET separation_too_large = ? WHERE id = ?";
+    case Flag::ContactIterationEnded:
+      return "UPDATE contact_iterations SET ended = ? WHERE id = ?";
+    case Flag::ContactIterationConverged:
+      return "UPDATE contact_iterations SET converged = ? WHERE id = ?";
+    }
+    return "";
+  };
+  statement(update()).run(value, id);
+}
 
 // ---- diagnostics
 
@@ -247,7 +272,7 @@ DiagnosticFile::Code& DiagnosticFile::codeOf(DiagnosticClass diagnosticClass, in
   return codes_.emplace(key, Code{id, detail, isPlain}).first->second;
 }
 
-// What stands in the text column: nothing where the detail says it all.
+// The text column: NULL where the detail of the code has no placeholder.
 std::optional<std::string> DiagnosticFile::textOf(const Code& code, const DiagnosticRecord& d) {
   switch (d.diagnosticClass) {
   case DiagnosticClass::Residual:
@@ -341,7 +366,7 @@ void DiagnosticFile::finish(const RunRecord& run, bool lost) {
   setRun(run);
   statement("UPDATE run SET ended = ?, elapsed = ?, incomplete = ?").run(utcNow(), wall(), lost);
   commit();
-  // Without the log the file can be read where nothing can be written.  Not while somebody reads: the log then stays.
+  // Leave WAL mode, so that the file can be read on read-only media.  Fails while there are readers; WAL mode stays.
   try {
     connection_.setBusyTimeout(0);
     connection_.run("PRAGMA journal_mode = DELETE");

@@ -49,7 +49,20 @@ struct IncrementCounts {
   int32_t attempts = 0, iterations = 0, cutbacks = 0, errors = 0, warnings = 0;
 };
 
-// Where in the course of the analysis something happens.
+// Flags of attempts, iterations and contact iterations, each a column of the table.
+enum class Flag {
+  AttemptEnded,
+  AttemptNeedsReordering,
+  IterationEnded,
+  IterationConverged,
+  IterationSevereDiscontinuity,
+  IterationPenetrationExceeded,
+  IterationSeparationTooLarge,
+  ContactIterationEnded,
+  ContactIterationConverged,
+};
+
+// The open step, increment, attempt and iterations at the time of a record.
 struct Place {
   Id step, increment, attempt, iteration, contactIteration;
 };
@@ -82,15 +95,15 @@ public:
   int64_t addAttempt(int64_t increment, int32_t number, double timeIncrement);
   int64_t addIteration(int64_t increment, Id attempt, int32_t number);
   int64_t addContactIteration(int64_t increment, Id iteration, int32_t number);
-  // Sets a flag of an attempt, iteration or contact iteration with an update of a flag and an id.
-  void setFlag(const char* update, int64_t id, bool value);
+  // Sets a flag of an attempt, iteration or contact iteration.
+  void setFlag(Flag flag, int64_t id, bool value);
 
   void addDiagnostic(const DiagnosticRecord& diagnostic, const Place& place);
   void addStatus(const Place& place, int32_t status, const dia_Entity& node, const std::array<double, 9>& reals);
   void addMark(const ResourceMark& mark);
   void setRun(const RunRecord& run);
 
-  // Puts what has been recorded into the file, for readers and for after a crash.
+  // Ends the transaction: its records are visible to readers and survive a crash.
   void commit();
   void rollBack();
   bool inTransaction() const { return connection_.inTransaction(); }
@@ -110,7 +123,7 @@ private:
 
   void create(const std::filesystem::path& path, const RunRecord& run);
   void begin();
-  sqlite::Statement& statement(const char* sql);
+  sqlite::Statement& statement(std::string_view sql);
   int64_t nameId(const std::string& name);
   Code& codeOf(DiagnosticClass diagnosticClass, int32_t code);
   std::optional<std::string> textOf(const Code& code, const DiagnosticRecord& diagnostic);
@@ -122,7 +135,7 @@ private:
   std::chrono::steady_clock::time_point opened_;
   // before the statements, which it outlives
   sqlite::Connection connection_;
-  std::map<const char*, sqlite::Statement> statements_;
+  std::unordered_map<std::string_view, sqlite::Statement> statements_; // by their texts, which are literals
   sqlite::Statement begin_, commit_, addDiagnostic_, addInt_, addReal_, addString_, addNode_, addElement_;
   std::unordered_map<std::string, int64_t> names_;
   std::map<CodeKey, Code> codes_;

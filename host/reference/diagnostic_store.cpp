@@ -106,7 +106,7 @@ std::filesystem::path DiagnosticStore::path() {
 
 // ---- writing
 
-// The transaction is lost and with it ids that later rows would name: nothing is stored from here on.
+// The lost transaction held ids that later rows refer to: stops recording.
 void DiagnosticStore::fail(const sqlite::Error& error) {
   if (!error_) error_ = errorCodeOf(error);
   try {
@@ -147,7 +147,7 @@ void DiagnosticStore::commitSoon() {
   commit();
 }
 
-// A program that ends without closing its job keeps what it has recorded.
+// A program that exits without closing its job keeps its records.
 void DiagnosticStore::commitAtExit() noexcept {
   guarded([&] {
     // another thread may have been stopped in the middle of a record
@@ -180,7 +180,7 @@ int32_t DiagnosticStore::executionCode(Solver solver) {
   return courseOf(solver).executionCode;
 }
 
-// The end of the analysis: what follows may be the end of the process.
+// The process may end after this call: commits.
 void DiagnosticStore::setStatus(int32_t status) {
   const std::lock_guard lock(mutex_);
   run_.status = status;
@@ -203,7 +203,7 @@ void DiagnosticStore::forgetIncrement(Course& course) {
   course.attempt = course.iteration = course.contactIteration = {};
 }
 
-// The increment stays without an end.
+// Leaves the end columns of the increment NULL.
 void DiagnosticStore::leaveIncrement(Course& course) {
   if (course.increment) store([&](DiagnosticFile& file) { file.setIncrementCounts(*course.increment, course.counts); });
   forgetIncrement(course);
@@ -239,7 +239,7 @@ void DiagnosticStore::beginIncrement(Solver solver, int32_t number, double timeI
   if (!records(solver)) return;
   createFile();
   Course& course = courseOf(solver);
-  // what was recorded since the last increment shares the transaction of this one unless it waits for long
+  // records since the last increment share the transaction of this one unless they wait for long
   if (course.increment) {
     leaveIncrement(course);
     commit();
@@ -268,18 +268,18 @@ void DiagnosticStore::beginLevel(Solver solver, Level Course::*level, Begin begi
   });
 }
 
-void DiagnosticStore::endLevel(Solver solver, Level Course::*level, const char* update) {
+void DiagnosticStore::endLevel(Solver solver, Level Course::*level, Flag ended) {
   inCourse(solver, [&](Course& course, DiagnosticFile& file) {
     Level& own = course.*level;
-    if (own.isOpen) file.setFlag(update, *own.id, true);
+    if (own.isOpen) file.setFlag(ended, *own.id, true);
     own.isOpen = false;
   });
 }
 
-// A flag may come when its attempt or iteration has already ended.
-void DiagnosticStore::setFlag(Solver solver, Level Course::*level, const char* update, bool value) {
+// A flag may be set after its attempt or iteration has ended.
+void DiagnosticStore::setFlag(Solver solver, Level Course::*level, Flag flag, bool value) {
   inCourse(solver, [&](Course& course, DiagnosticFile& file) {
-    if ((course.*level).id) file.setFlag(update, *(course.*level).id, value);
+    if ((course.*level).id) file.setFlag(flag, *(course.*level).id, value);
   });
 }
 
@@ -305,26 +305,21 @@ void DiagnosticStore::beginContactIteration(Solver solver) {
   });
 }
 
-void DiagnosticStore::endAttempt(Solver solver) {
-  endLevel(solver, &Course::attempt, "UPDATE attempts SET ended = ? WHERE id = ?");
-}
-void DiagnosticStore::endIteration(Solver solver) {
-  endLevel(solver, &Course::iteration, "UPDATE iterations SET ended = ? WHERE id = ?");
-}
+void DiagnosticStore::endAttempt(Solver solver) { endLevel(solver, &Course::attempt, Flag::AttemptEnded); }
+void DiagnosticStore::endIteration(Solver solver) { endLevel(solver, &Course::iteration, Flag::IterationEnded); }
 void DiagnosticStore::endContactIteration(Solver solver) {
-  endLevel(solver, &Course::contactIteration, "UPDATE contact_iterations SET ended = ? WHERE id = ?");
+  endLevel(solver, &Course::contactIteration, Flag::ContactIterationEnded);
 }
 
-#define SA_SET_FLAG(function, level, table, column)                                                                    \
-  void DiagnosticStore::function(Solver solver, bool value) {                                                          \
-    setFlag(solver, &Course::level, "UPDATE " table " SET " column " = ? WHERE id = ?", value);                        \
-  }
-SA_SET_FLAG(setAttemptNeedsReordering, attempt, "attempts", "needs_reordering")
-SA_SET_FLAG(setIterationConverged, iteration, "iterations", "converged")
-SA_SET_FLAG(setIterationSevereDiscontinuity, iteration, "iterations", "severe_discontinuity")
-SA_SET_FLAG(setIterationPenetrationExceeded, iteration, "iterations", "penetration_exceeded")
-SA_SET_FLAG(setIterationSeparationTooLarge, iteration, "iterations", "separation_too_large")
-SA_SET_FLAG(setContactIterationConverged, contactIteration, "contact_iterations", "converged")
+#define SA_SET_FLAG(level, flag)                                                                                       \
+  void DiagnosticStore::set##flag(Solver solver, bool value) { setFlag(solver, &Course::level, Flag::flag, value); }
+SA_SET_FLAG(attempt, AttemptNeedsReordering)
+SA_SET_FLAG(iteration, IterationConverged)
+SA_SET_FLAG(iteration, IterationSevereDiscontinuity)
+SA_SET_FLAG(iteration, IterationPenetrationExceeded)
+SA_SET_FLAG(iteration, IterationSeparationTooLarge)
+SA_SET_FLAG(contactIteration, ContactIterationConverged)
+#undef SA_SET_FLAG
 
 // ---- diagnostics
 
@@ -346,7 +341,7 @@ void DiagnosticStore::count(Course& course, const DiagnosticRecord& d) {
   }
 }
 
-// Whether a record is to be stored; without a job it counts as unfiled.
+// Whether to store a record.  Without an open job counts it as unfiled.
 bool DiagnosticStore::accepts(Solver solver) {
   if (!jobIsOpen_ && courseOf(solver).enabled) ++job().unfiled;
   if (records(solver)) createFile();

@@ -81,7 +81,7 @@ public:
   std::vector<ResourceMark> marks();
 
 private:
-  // An attempt, iteration or contact iteration: the open one or the last one of what is around it.
+  // The open or last attempt, iteration or contact iteration within the level above.
   struct Level {
     Id id;
     bool isOpen = false;
@@ -109,7 +109,7 @@ private:
   bool accepts(Solver solver);
   bool records(Solver solver) { return jobIsOpen_ && courseOf(solver).enabled; }
 
-  // body(file), if there is one that can be written.
+  // Runs body(file) unless there is no file or an earlier write has failed.
   template <class Body>
   void store(Body body) {
     if (!file_ || error_) return;
@@ -123,8 +123,8 @@ private:
   void inCourse(Solver solver, Body body);
   template <class Begin>
   void beginLevel(Solver solver, Level Course::*level, Begin begin);
-  void endLevel(Solver solver, Level Course::*level, const char* update);
-  void setFlag(Solver solver, Level Course::*level, const char* update, bool value);
+  void endLevel(Solver solver, Level Course::*level, Flag ended);
+  void setFlag(Solver solver, Level Course::*level, Flag flag, bool value);
   void createFile();
   void commit();
   void commitSoon();
@@ -148,7 +148,7 @@ private:
   std::error_code error_;
   std::array<Course, 2> courses_;
 
-  // Marks come from any thread at any time and do not wait for the database.
+  // Marks may come from any thread at any time; they have a mutex of their own and do not wait for the database.
   std::mutex marksMutex_;
   std::deque<ResourceMark> lastMarks_, waitingMarks_;
 };

@@ -27,6 +27,22 @@ AnalogueSection prototype(const LowPass& filter, int k) {
   return {real / squared, 1 / squared, c * c};
 }
 
+// a + b and the rounding error of that sum, exactly (Knuth's two-sum).
+struct Sum {
+  double value, error;
+};
+Sum sumOf(double a, double b) {
+  const double value = a + b, part = value - a;
+  return {value, (a - (value - part)) + (b - part)};
+}
+
+// b1 = 1 + a1 + a2 - 2 b0, so that the gain at zero, (2 b0 + b1) / (1 + a1 + a2), is 1 for the coefficients as they are rounded.
+// Rounding errors are carried: the terms nearly cancel at a low cut-off.
+double numerator(double a1, double a2, double b0) {
+  const Sum first = sumOf(1, a1), second = sumOf(first.value, a2), third = sumOf(second.value, -2 * b0);
+  return third.value + (first.error + second.error + third.error);
+}
+
 void check(const LowPass& filter, double increment) {
   const auto require = [](bool holds, const char* text) {
     if (!holds) throw std::invalid_argument(text);
@@ -52,8 +68,7 @@ std::vector<double> lowPassCoefficients(const LowPass& filter, double increment)
     const double m = section.m, high = m * section.inverseZeroSquared * c * c, scale = c * (c + 2 * section.a) + m;
     const double a1 = 2 * (m - c * c) / scale, a2 = (c * (c - 2 * section.a) + m) / scale;
     const double b0 = (m + high) / scale;
-    // The gain at zero, (2 b0 + b1) / (1 + a1 + a2), is 1 for the coefficients as they are rounded.
-    const double b1 = static_cast<double>(1.0L + a1 + a2 - 2.0L * b0);
+    const double b1 = numerator(a1, a2, b0);
     coefficients.insert(coefficients.end(), {b0, b1, b0, a1, a2});
   }
   return coefficients;

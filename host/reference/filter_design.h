@@ -1,4 +1,4 @@
-// Coefficients of low-pass filters for SPX_OPE_FILTERFLD, from what an engineer asks for.
+// Coefficients of low-pass filters for SPX_OPE_FILTERFLD, from type, order and cut-off frequency.
 #pragma once
 
 #include "host_service.h"

@@ -1,11 +1,11 @@
-// Services never throw.
+// Runs a service and turns bad_alloc into one more unfiled record.
 #pragma once
 
 #include "job.h"
 
 namespace sharedanalysis::host {
 
-// What cannot be written for want of memory counts as unfiled.
+// Only bad_alloc can occur.
 template <class Body>
 void guarded(Body body) noexcept {
   try {

@@ -1,6 +1,7 @@
 // The open job: its files and what the library has said about its end.
 #pragma once
 
+#include "glo/messages.h"
 #include "reference_host.h"
 #include "text_file.h"
 
@@ -11,7 +12,7 @@
 
 namespace sharedanalysis::host {
 
-constexpr int32_t kMessageFile = -6, kSecondChannel = -7, kPrintedUnit = 7;
+constexpr int32_t kMessageFile = GLO_UNIT_MESSAGE_FILE, kSecondChannel = GLO_UNIT_SECOND_CHANNEL, kPrintedUnit = 7;
 
 class Job {
 public:

@@ -1,4 +1,4 @@
-// Metadata of diagnostics, and what is done with their codes and texts.
+// Metadata of diagnostics; properties of codes, and substitution in texts.
 #include "metadata.h"
 
 #include "dia_Codes.h"
@@ -175,7 +175,7 @@ std::string dia_FormatUtils::Substitute(const std::string& text, const dia_Value
     if (percent == std::string::npos || percent + 1 == text.size()) break;
     result.append(text, begin, percent - begin);
     const bool replaced = substitution.append(result, text[percent + 1]);
-    // what is no placeholder stays: the percent sign here, the rest with the next piece
+    // not a placeholder: keep the '%' and go on behind it
     if (!replaced) result += '%';
     begin = percent + (replaced ? 2 : 1);
   }

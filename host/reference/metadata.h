@@ -1,4 +1,4 @@
-// What the metadata of the reference host hold beyond the platform interface.
+// Metadata of the reference host beyond the platform interface.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// The reference host: what a program does with it.  The library talks to it through the platform interface.
+// The reference host, as a program uses it.  The library calls it through the platform interface.
 //
 // One job at a time.  Messages that arrive while no job is open go nowhere and are counted.  All functions may be called
 // from any thread except openJob and closeJob, which belong to one thread; messages of other threads may arrive meanwhile.
@@ -46,7 +46,7 @@ SA_HOST_SERVICE int32_t jobStatus();
 // Whether thr_ErrorInThread or LFC_XUT_ABORT was called on any thread.
 SA_HOST_SERVICE bool threadError();
 
-// Whether the library said that the end of the analysis has come.
+// Whether the library has ended the analysis.
 SA_HOST_SERVICE bool transmitterClosing();
 
 // Makes SIGINT and SIGTERM a kill request, once each: the second signal of a kind has its usual effect.

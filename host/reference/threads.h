@@ -1,4 +1,4 @@
-// What the host keeps for each thread.
+// Per-thread data of the host.
 #pragma once
 
 #include "dsm_ker_ThreadData.h"

@@ -40,8 +40,21 @@ extern "C" {
  * number.
  * ------------------------------------------------------------------------------------------------------------------ */
 
+/** Channels that the library names to the writer and to the host; other numbers are the caller's own. */
+enum {
+  GLO_UNIT_MESSAGE_FILE = -6,  /* the message file */
+  GLO_UNIT_SECOND_CHANNEL = -7 /* flushed with it at the end of the analysis */
+};
+
+/** Codes of GLO_UTI_EXIT. */
+enum {
+  GLO_EXIT_ERRORS = 20,           /* errors in this process */
+  GLO_EXIT_ERRORS_ELSEWHERE = 21, /* errors in another process */
+  GLO_EXIT_PHASE_COMPLETE = 22
+};
+
 /** Writes one message under a fresh message number.  The type matches as a blank-padded text ("Errors" is not "Error").
- *  @param[in] unit             (1), -: host channel, -6 is the message file; 0 writes to no channel
+ *  @param[in] unit             (1), -: host channel, such as GLO_UNIT_MESSAGE_FILE; 0 writes to no channel
  *  @param[in] statusFlag       (1), -: nonzero also sends the message to the host's status channel
  *  @param[in] type             (typeLength), text: message type, padded with blanks
  *  @param[in] messageTemplate  (templateLength), text: the message with its %-codes
@@ -81,7 +94,7 @@ void glo_uti_CWrite(int32_t unit, int32_t statusFlag, const char* type, const ch
  *  "Completed" and 1, any other code status 0 and a blank type, which leaves no record on the status channel.  Codes 20
  *  and 21 also end the communication between processes (with 1 and -1) and raise the thread-error state of the host; the
  *  call returns in any case and the process goes on.
- *  @param[in] code  (1), -: 20 or 21 errors, 22 phase complete
+ *  @param[in] code  (1), -: GLO_EXIT_ERRORS, GLO_EXIT_ERRORS_ELSEWHERE, GLO_EXIT_PHASE_COMPLETE
  */
 void GLO_UTI_EXIT(const int32_t* code);
 

@@ -17,7 +17,7 @@ extern "C" {
  * Records for a results database: P holds values, Q the unit quaternion of their directions; record k starts at
  * P((k-1)*ldp + 1) and Q((k-1)*ldq + 1).  What a record holds besides is left alone, so P and Q may be parts of one array of
  * longer records.  A quaternion turns the global axes into the principal ones: rotated by it, axis k is the direction of value
- * k.  In space it is x y z w, in the plane z w (Quaternions, above), of unit length and either sign.
+ * k.  In space it is x y z w, in the plane z w (rotations.h), of unit length and either sign.
  *
  * Members without a list write every point.  The cursor is the record of the block's first point and moves on by nblock.
  *

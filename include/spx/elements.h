@@ -348,7 +348,9 @@ void SPX_ELE_SEXCESSROT(const int32_t* nblock, int32_t* counter, const int32_t* 
  *      A face that is turned over has all its corner normals reversed and both sums negative, whatever its shape; a face
  *      that is folded along a diagonal reverses the corners off the fold; stretching and turning both faces alike changes no
  *      sign.
- *  A NaN in any thickness, length or coordinate marks the element.
+ *  Elements of any size: products that overflow or vanish are formed with exponents of their own.  The answer means nothing
+ *  where one component of an edge is more than 1e300 times another.  A NaN in any thickness, length or coordinate marks the
+ *  element.
  *  @param[in]     nblock  (1), block: elements
  *  @param[in]     t       (nblock, 4), m: thickness at the four corners
  *  @param[in]     a       (nblock), m: length of the element in its plane

@@ -25,8 +25,8 @@ extern "C" {
  *   500     general, with a logarithmic variable     6 position of its reference value in the reals
  *                                                    7 number of the square-root variable, 0 none; 300 only
  *           all of them                              2, 3, 4 numbers of field variables, state variables and temperatures
- *   400     is rejected, and so is any other, and a general table with fewer than one variable: an "Error" is written, GLO_UTI_EXIT ends the analysis with code 20, and the
- *           outputs are left alone.  That does not depend on nblock.
+ *   400     is rejected, and so is any other, and a general table with fewer than one variable: an "Error" is written,
+ *           GLO_UTI_EXIT ends the analysis with code 20, and the outputs are left alone.  That does not depend on nblock.
  *
  *   record  1 rows   2 position of the rows in the reals   3 position of the groups in the integers   4 of the source codes
  *           5 variables   6 position of their columns in the integers   7 position of the running integrals in the reals, 0

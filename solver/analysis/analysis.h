@@ -52,7 +52,7 @@ public:
   // towards the same time then makes the same increments.
   Ending advanceTo(double time, int64_t increments = std::numeric_limits<int64_t>::max());
 
-  // Called after every increment, on every rank, with its size; throws nothing.
+  // The observer is called after every increment, on every rank, with its size; it must not throw.
   void setObserver(std::function<void(const Progress&, double)> observer);
 
   // Brings what results are made of to the root.  Energies, momenta and fields do so by themselves: every rank calls this, or

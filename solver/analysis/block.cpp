@@ -1,7 +1,7 @@
 #include "solver/analysis/block.h"
 
-#include "solver/analysis/block_kernels.h"
 #include "glo.h"
+#include "solver/analysis/block_kernels.h"
 #include "spx.h"
 
 #include <algorithm>
@@ -32,7 +32,7 @@ Block::Block(std::span<const int32_t> bricks, const Numbering& numbering, const 
       stress_(6 * n_), mask_(ld_), viscousStress_(n_), viscousEnergy_(n_), omega_(n_), failed_(n_), lostEnergy_(n_) {
   for (int32_t e = 0; e < ld_; ++e)
     for (int corner = 0; corner < 8; ++corner) {
-      // places behind the last brick repeat it, so that one gather fills the whole array
+      // pad with the last brick, so that one gather fills the whole array
       const int32_t brick = bricks_[std::min(e, n_ - 1)];
       const int32_t node = numbering.connectivity[8 * static_cast<size_t>(brick) + corner];
       gatherMap_[corner * ld_ + e] = node + 1;
@@ -71,8 +71,8 @@ Block::Outcome Block::evaluate(const std::vector<double>& x, const std::vector<d
   points_.respond(w.V.data(), w.F.data(), lastIncrement, stress_.data(), w.bound.data(), w.bulk.data(), w.material);
   points_.remember();
   if (material_->failure) fail(x, lastIncrement, w);
-  if (material_->model == Model::User) remove(x, w);
-  // a mean deformation without volume takes its brick out as an inverted brick does
+  if (material_->model->isUser()) remove(x, w);
+  // a brick whose mean deformation has no volume is masked like an inverted one
   const std::vector<double>& flag = points_.flag();
   for (int32_t e = 0; e < n_; ++e) mask_[e] = flag[e] != 0.0 ? 1.0 : mask_[e];
   int32_t masked = 0, failed = 0;
@@ -95,7 +95,7 @@ Block::Outcome Block::evaluate(const std::vector<double>& x, const std::vector<d
 // energy that such a brick holds leaves the model with it.
 void Block::fail(const std::vector<double>& x, double lastIncrement, BlockWork& w) {
   const DuctileFailure& f = *material_->failure;
-  const double d3 = -f.d3, perReference = 1 / f.referenceRate; // the kernel has d3 of the other sign
+  const double d3 = -f.d3, perReference = 1 / f.referenceRate; // the kernel takes d3 with the opposite sign
   deviatoricRate(n_, ld_, w.velocity.data(), w.B.data(), stress_.data(), w.rate.data(), w.power.data());
   SPX_MAT_STRESSRATIO3DEXP(&n_, stress_.data(), w.ratio.data());
   int32_t list[kBlockLength];

@@ -1,8 +1,9 @@
 // A block of bricks of one material: what it keeps over the analysis, and one evaluation of its forces.
 #pragma once
 
-#include "solver/model/model.h"
+#include "solver/analysis/block_kernels.h"
 #include "solver/analysis/partition.h"
+#include "solver/model/model.h"
 
 #include <array>
 #include <cstdint>
@@ -11,9 +12,9 @@
 
 namespace sharedanalysis::solver {
 
-constexpr int kBlockLength = 128;
+static_assert(kBlockLength <= kMostPoints && kBlockLength % 8 == 0);
 
-// Work arrays of one thread; a block needs them only while it is evaluated.
+// Work arrays of one thread, shared by its blocks.
 struct BlockWork {
   std::vector<double> x, velocity, B, gamma, hgdiag, hgstiff, vol, rvol, work;
   std::vector<double> F, cofactors, b, V, bound, bulk, force, ratio, rate, power, failureStrain;

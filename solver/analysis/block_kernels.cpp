@@ -1,5 +1,7 @@
 #include "solver/analysis/block_kernels.h"
 
+#include "solver/model/s33.h"
+
 #include <limits>
 
 // Compiled for several instruction sets and chosen at load, as the library's kernels are; no operation is fused or reordered,
@@ -61,7 +63,7 @@ SOLVER_CLONES static double viscosityLoops(const ViscosityInput& in, double* str
   const double *v = in.velocity, *B = in.B, *vol = in.vol, *hgstiff = in.hgstiff, *mass = in.mass;
   const double *hourglass = in.hourglass, *bound = in.bound, *bulk = in.bulk, *mask = in.mask;
   const double b1 = in.linear, b2 = in.quadratic, lastIncrement = in.lastIncrement;
-  double rate[256]; // 1 / stable increment; blocks are shorter
+  double rate[kBlockLength]; // 1 / stable increment
 #pragma omp simd
   for (int e = 0; e < n; ++e) {
     double divergence = 0.0;
@@ -86,7 +88,8 @@ SOLVER_CLONES static double viscosityLoops(const ViscosityInput& in, double* str
   return fastest > 0.0 ? 1.0 / fastest : (fastest == 0.0 ? std::numeric_limits<double>::infinity() : fastest);
 }
 
-SOLVER_INLINE double overNodes(const double* v, const double* b, int ld) {
+// Sum over the nodes of a nodal value times a weight: a velocity gradient, or the amplitude of an hourglass pattern.
+SOLVER_INLINE double sumOverNodes(const double* v, const double* b, int ld) {
   return ((v[0] * b[0] + v[ld] * b[ld]) + (v[2 * ld] * b[2 * ld] + v[3 * ld] * b[3 * ld])) +
          ((v[4 * ld] * b[4 * ld] + v[5 * ld] * b[5 * ld]) + (v[6 * ld] * b[6 * ld] + v[7 * ld] * b[7 * ld]));
 }
@@ -96,10 +99,10 @@ SOLVER_CLONES static void deviatoricRateLoops(int n, int ld, const double* v, co
 #pragma omp simd
   for (int e = 0; e < n; ++e) {
     const double *vx = v + e, *vy = vx + 8 * ld, *vz = vy + 8 * ld, *bx = B + e, *by = bx + 8 * ld, *bz = by + 8 * ld;
-    const double xx = overNodes(vx, bx, ld), yy = overNodes(vy, by, ld), zz = overNodes(vz, bz, ld);
-    const double xy = 0.5 * (overNodes(vx, by, ld) + overNodes(vy, bx, ld));
-    const double yz = 0.5 * (overNodes(vy, bz, ld) + overNodes(vz, by, ld));
-    const double xz = 0.5 * (overNodes(vx, bz, ld) + overNodes(vz, bx, ld));
+    const double xx = sumOverNodes(vx, bx, ld), yy = sumOverNodes(vy, by, ld), zz = sumOverNodes(vz, bz, ld);
+    const double xy = 0.5 * (sumOverNodes(vx, by, ld) + sumOverNodes(vy, bx, ld));
+    const double yz = 0.5 * (sumOverNodes(vy, bz, ld) + sumOverNodes(vz, by, ld));
+    const double xz = 0.5 * (sumOverNodes(vx, bz, ld) + sumOverNodes(vz, bx, ld));
     const double mean = (xx + yy + zz) * 0.3333333333333333, dx = xx - mean, dy = yy - mean, dz = zz - mean;
     const double shear = xy * xy + yz * yz + xz * xz;
     rate[e] = __builtin_sqrt(0.6666666666666666 * (dx * dx + dy * dy + dz * dz + 2.0 * shear));
@@ -108,20 +111,13 @@ SOLVER_CLONES static void deviatoricRateLoops(int n, int ld, const double* v, co
   }
 }
 
-// q of one pattern in one direction: gamma0 . x over the nodes.
-SOLVER_INLINE double patternAmplitude(const double* g, const double* x, int ld) {
-  return ((g[0] * x[0] + g[ld] * x[ld]) + (g[2 * ld] * x[2 * ld] + g[3 * ld] * x[3 * ld])) +
-         ((g[4 * ld] * x[4 * ld] + g[5 * ld] * x[5 * ld]) + (g[6 * ld] * x[6 * ld] + g[7 * ld] * x[7 * ld]));
-}
-
 SOLVER_CLONES static void nodalForceLoops(const ForceInput& in, double* work, double* force) {
   const int n = in.n, ld = in.ld;
   const double *B0 = in.B0, *gamma0 = in.gamma0, *B = in.B, *C = in.cofactors, *S = in.stress;
   const double *V0 = in.V0, *hourglass = in.hourglass, *mask = in.mask, *vol = in.vol, *viscous = in.viscousStress;
-  constexpr int kRow[3][3] = {{0, 3, 5}, {3, 1, 4}, {5, 4, 2}}; // S33 components of each row of the stress
   for (int i = 0; i < 3; ++i) {
     const double *x = in.x + 8 * i * ld, *b = B + 8 * i * ld;
-    const double *s1 = S + kRow[i][0] * n, *s2 = S + kRow[i][1] * n, *s3 = S + kRow[i][2] * n;
+    const double *s1 = S + kS33[i][0] * n, *s2 = S + kS33[i][1] * n, *s3 = S + kS33[i][2] * n;
     double* f = work + 8 * i * ld;
 #pragma omp simd
     for (int e = 0; e < n; ++e) {
@@ -135,10 +131,10 @@ SOLVER_CLONES static void nodalForceLoops(const ForceInput& in, double* work, do
       const double p3 = a1 * C[e + 2 * n] + a2 * C[e + 5 * n] + a3 * C[e + 8 * n];
       const double p4 = active ? vol[e] * viscous[e] : 0.0;
       const double k = active ? hourglass[e] : 0.0;
-      const double q1 = k * patternAmplitude(gamma0 + e, x + e, ld);
-      const double q2 = k * patternAmplitude(gamma0 + 8 * ld + e, x + e, ld);
-      const double q3 = k * patternAmplitude(gamma0 + 16 * ld + e, x + e, ld);
-      const double q4 = k * patternAmplitude(gamma0 + 24 * ld + e, x + e, ld);
+      const double q1 = k * sumOverNodes(gamma0 + e, x + e, ld);
+      const double q2 = k * sumOverNodes(gamma0 + 8 * ld + e, x + e, ld);
+      const double q3 = k * sumOverNodes(gamma0 + 16 * ld + e, x + e, ld);
+      const double q4 = k * sumOverNodes(gamma0 + 24 * ld + e, x + e, ld);
       const double *g = gamma0 + e, *r = B0 + e;
 #pragma GCC unroll 8
       for (int node = 0; node < 8; ++node) {
@@ -165,7 +161,7 @@ SOLVER_CLONES static void hourglassEnergyLoops(int n, int ld, const double* x, c
     for (int k = 0; k < 4; ++k) {
 #pragma GCC unroll 3
       for (int i = 0; i < 3; ++i) {
-        const double q = patternAmplitude(gamma0 + 8 * k * ld + e, x + 8 * i * ld + e, ld);
+        const double q = sumOverNodes(gamma0 + 8 * k * ld + e, x + 8 * i * ld + e, ld);
         squares += q * q;
       }
     }

@@ -1,4 +1,4 @@
-// The solver's own vector loops over one block of bricks: what stands between the library's kernels.
+// The solver's own vector loops over one block of bricks, between the calls of the library's kernels.
 //
 // Block arrays (ld, 8, 3) hold the brick fastest, then the node, then the direction, as the library's operators take them;
 // tensors and other arrays of the block have no gaps: component k of brick e at k*n + e.
@@ -7,6 +7,9 @@
 #include <cstdint>
 
 namespace sharedanalysis::solver {
+
+// Bricks of a block at most.
+inline constexpr int kBlockLength = 128;
 
 // F = sum over the nodes of x (x) B0, component (i,j) at 3i + j; its cofactors; and b = F F' in S33 order.
 void deformationGradient(int n, int ld, const double* x, const double* B0, double* F, double* cofactors, double* b);

@@ -1,7 +1,8 @@
 #include "solver/analysis/derived_fields.h"
 
-#include "solver/analysis/block_kernels.h"
 #include "glo.h"
+#include "solver/analysis/block_kernels.h"
+#include "solver/model/s33.h"
 #include "spx.h"
 
 #include <algorithm>
@@ -44,9 +45,9 @@ public:
     std::vector<double> F(9 * n), cofactors(9 * n), b(6 * n), V(6 * n), full(9 * n), inverse(9 * n), singular(n);
     deformationGradient(n_, n_, x.data(), B.data(), F.data(), cofactors.data(), b.data());
     GLO_UTI_SQRTV(&n_, b.data(), V.data());
-    constexpr std::size_t s33[3][3] = {{0, 3, 5}, {3, 1, 4}, {5, 4, 2}};
     for (std::size_t i = 0; i < 3; ++i)
-      for (std::size_t j = 0; j < 3; ++j) std::copy_n(&V[s33[i][j] * n], n, &full[(3 * j + i) * n]);
+      for (std::size_t j = 0; j < 3; ++j)
+        std::copy_n(&V[static_cast<std::size_t>(kS33[i][j]) * n], n, &full[(3 * j + i) * n]);
     GLO_UTI_INVERSER(&n_, full.data(), inverse.data(), singular.data());
     std::vector<double> axes(9 * n);
     for (std::size_t i = 0; i < 3; ++i)

@@ -68,7 +68,7 @@ std::vector<int32_t> ranksOfNodes(const Numbering& alone, const Ranks& ranks) {
   std::vector<int32_t> result(alone.nodes.size(), 0);
   if (!ranks.areSeveral()) return result;
   if (ranks.isRoot()) {
-    // nodes of no brick come last and stay with the root
+    // nodes without bricks come last and belong to the root
     const auto highest = std::max_element(alone.connectivity.begin(), alone.connectivity.end());
     idx_t bricks = static_cast<idx_t>(alone.elements.size()), used = *highest + 1, parts = ranks.size(), cut = 0;
     std::vector<idx_t> begins(alone.elements.size() + 1), corners(alone.connectivity.begin(), alone.connectivity.end());

@@ -8,8 +8,8 @@
 // nothing but nodal motion.
 #pragma once
 
-#include "solver/model/model.h"
 #include "solver/analysis/ranks.h"
+#include "solver/model/model.h"
 
 #include <cstdint>
 #include <vector>
@@ -43,7 +43,7 @@ struct Domain {
 // At most `count` domains of a rank, fewer for small models; together they own every node of the rank once.
 std::vector<Domain> makeDomains(const Numbering& numbering, int32_t rank, int count);
 
-// Nodes whose motion two ranks exchange.
+// Nodes whose motion is exchanged with one other rank.
 struct Neighbour {
   int32_t rank;
   std::vector<int32_t> sent, received; // internal nodes: own ones that it needs, its own that are needed here

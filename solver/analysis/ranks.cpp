@@ -34,7 +34,7 @@ int64_t receiveMessage(void* data, int64_t capacity, int32_t source) {
   return bytes;
 }
 
-// What follows the heading of a failure.
+// The rest of a failure message after its header.
 RankFailure receiveFailure(const Heading& heading, int32_t source) {
   RankFailure failure{heading.rank, heading.code, std::string(static_cast<std::size_t>(heading.textBytes), ' ')};
   if (receiveMessage(failure.text.data(), heading.textBytes, source) != heading.textBytes)

@@ -1,4 +1,4 @@
-// What the ranks of a job tell each other.  With one rank nothing is sent and every result is the caller's own.
+// Communication between the ranks of a job.  With one rank nothing is sent and every result is the caller's own.
 //
 // A rank that fails tells all others, and waits until every one of them has failed as well: whoever waits for a message of a
 // failed rank learns of it.  So the ranks end together, none waits for another forever, and no message is left behind.
@@ -60,7 +60,7 @@ public:
   // Element by element, of all ranks: the smallest, NaN where one is NaN.
   void smallest(std::vector<double>& values) const;
   bool allAgree(bool own) const;
-  // Everyone has come here.
+  // Barrier.
   void synchronise() const { allAgree(true); }
 
   // A rank that fails calls this once, and sends nothing afterwards.  `teller` is the rank from which the failure is known,

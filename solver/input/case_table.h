@@ -2,6 +2,7 @@
 #pragma once
 
 #include "solver/model/model.h"
+#include "solver/model/range.h"
 #include "solver/model/text.h"
 
 #include <array>
@@ -15,29 +16,14 @@ namespace sharedanalysis::solver {
 
 using Names = std::vector<std::string>;
 
-// What a number must be, in words and as a test.
-struct Range {
-  const char* expected;
-  bool (*holds)(double);
-};
-
-inline constexpr Range anyNumber{"a finite number", [](double) { return true; }};
-inline constexpr Range positive{"a positive number", [](double x) { return x > 0; }};
-inline constexpr Range notNegative{"a number that is not negative", [](double x) { return x >= 0; }};
-inline constexpr Range fraction{"a number above 0 and not above 1", [](double x) { return x > 0 && x <= 1; }};
-inline constexpr Range aboveOne{"a number above 1", [](double x) { return x > 1; }};
-inline constexpr Range aboveRootThree{"a number above 1.7321", [](double x) { return x * x > 3; }};
-inline constexpr Range stepCount{"a number from 1 to 100000", [](double x) { return x >= 1 && x <= 100000; }};
-inline constexpr Range zeroToOne{"a number from 0 to 1", [](double x) { return x >= 0 && x <= 1; }};
-
 // One table of the file; tables share what was read.  The parser is known to the source file alone: its header takes a
 // second to compile.
 class Table {
 public:
-  // The table of the whole file.  Throws InputError with the place of what is no TOML, and of a key that is not in the list.
+  // Parses the file.  Throws InputError with file:line:column of a syntax error, and of a key that is not in the list.
   Table(const std::filesystem::path& file, const std::string& text, const Names& keys);
 
-  // Refuses keys that are not in the list.
+  // Throws InputError for a key that is not in the list.
   void checkKeys(const Names& keys) const;
 
   bool has(const char* key) const;
@@ -74,7 +60,7 @@ private:
   std::function<double(const std::vector<double>&)> pick_;
 };
 
-// The whole file.  Throws InputError where it cannot be read.
+// The contents of a file.  Throws InputError if it cannot be read.
 std::string readText(const std::filesystem::path& file);
 
 } // namespace sharedanalysis::solver

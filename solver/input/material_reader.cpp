@@ -6,51 +6,16 @@
 namespace sharedanalysis::solver {
 namespace {
 
-std::string numbered(const char* letter, int i) { return std::string(letter).append(std::to_string(i)); }
-
-// C10, C01, C20, ... by total order, then by falling power of the first invariant.
-Names coefficientNames(int order) {
-  Names names;
-  for (int total = 1; total <= order; ++total)
-    for (int i = total; i >= 0; --i)
-      names.push_back(numbered(i == 0 ? "C0" : "C", i == 0 ? total : 10 * i + (total - i)));
-  return names;
-}
-
-// The keys of the constants of a model.
-Names constantKeys(Model model) {
-  switch (model) {
-  case Model::Polynomial:
-  case Model::Polynomial6: {
-    const bool isLong = model == Model::Polynomial6;
-    Names names = coefficientNames(isLong ? 6 : 2);
-    for (int i = 1; i <= (isLong ? 6 : 2); ++i) names.push_back(numbered("D", i));
-    return names;
-  }
-  case Model::ArrudaBoyce:
-    return {"mu", "lambda_m", "D"};
-  case Model::VanDerWaals:
-    return {"mu", "lambda_m", "a", "beta", "D"};
-  case Model::Ogden:
-    return {"mu", "alpha", "D"};
-  case Model::Foam:
-    return {"mu", "alpha", "beta"};
-  case Model::TestCurve:
-    return {"stretch", "stress", "D"};
-  case Model::User:
-    return {"user", "properties", "temperature"};
-  }
-  return {};
-}
+const Names kCommonKeys{"name", "model", "density", "temperatures", "mullins", "failure"};
 
 } // namespace
 
 const Names& materialKeys() {
   static const Names names = [] {
-    Names all{"name", "model", "density", "temperatures", "mullins", "failure"};
-    for (std::size_t k = 0; k < modelNames().size(); ++k)
-      for (std::string& key : constantKeys(static_cast<Model>(k)))
-        if (std::find(all.begin(), all.end(), key) == all.end()) all.push_back(std::move(key));
+    Names all = kCommonKeys;
+    for (const SolverModel& model : models())
+      for (const ConstantKey& key : model.keys)
+        if (std::find(all.begin(), all.end(), key.key) == all.end()) all.push_back(key.key);
     return all;
   }();
   return names;
@@ -58,47 +23,54 @@ const Names& materialKeys() {
 
 namespace {
 
-// 1/D for each D that is there; a missing one after the first is no stiffness.
-void addReciprocals(const Table& table, const std::vector<double>& D, const char* key, std::size_t count,
+// 1/D of up to `count` values, 0 for a value of 0 and for those beyond the last.
+void addReciprocals(const Table& table, const std::vector<double>& D, const std::string& key, std::size_t count,
                     Material& material) {
   for (std::size_t i = 0; i < count; ++i) {
     const double r = i < D.size() && D[i] > 0 ? 1 / D[i] : 0;
     if (!std::isfinite(r))
-      table.fail(key, std::string(key) + " of material \"" + material.name + "\" is too small for its reciprocal");
+      table.fail(key.c_str(), key + " of material \"" + material.name + "\" is too small for its reciprocal");
     material.constants.push_back(r);
   }
 }
 
-void readPolynomial(const Table& table, int order, Material& material) {
-  for (const std::string& key : coefficientNames(order))
-    material.constants.push_back(table.real(key.c_str(), anyNumber, "Pa", 0));
-  std::vector<double> D{table.real("D1", positive, "1/Pa")};
-  for (int i = 2; i <= order; ++i) D.push_back(table.real(numbered("D", i).c_str(), notNegative, "1/Pa", 0));
-  addReciprocals(table, D, "D1", D.size(), material);
+double readNumber(const Table& table, const ConstantKey& key) {
+  return key.otherwise ? table.real(key.key.c_str(), key.range, key.unit, *key.otherwise)
+                       : table.real(key.key.c_str(), key.range, key.unit);
 }
 
-// Up to six terms: the constants of each, nothing for those that are not there.
-void readTerms(const Table& table, const char* third, Material& material) {
-  constexpr std::size_t most = 6;
+// Reciprocals stand behind the other constants.
+void readNumbers(const Table& table, Material& material) {
+  std::vector<double> reciprocals;
+  const std::string* first = nullptr;
+  for (const ConstantKey& key : material.model->keys) {
+    (key.isReciprocal ? reciprocals : material.constants).push_back(readNumber(table, key));
+    if (key.isReciprocal && first == nullptr) first = &key.key;
+  }
+  if (first != nullptr) addReciprocals(table, reciprocals, *first, reciprocals.size(), material);
+}
+
+void readTerms(const Table& table, Material& material) {
+  const ConstantKey& third = material.model->keys[2];
   const std::vector<double> mu = table.reals("mu", "Pa"), alpha = table.reals("alpha", "");
-  const bool isFoam = material.model == Model::Foam;
-  const std::vector<double> last = table.reals(third, isFoam ? "" : "1/Pa");
-  if (mu.size() > most) table.fail("mu", "mu has " + counted(mu.size(), "number") + ", expected at most 6");
-  if (alpha.size() != mu.size())
-    table.fail("alpha", "alpha has " + counted(alpha.size(), "number") + " and mu has " + std::to_string(mu.size()) +
-                            ", expected as many of both");
-  if (isFoam ? last.size() != mu.size() : last.size() > most || !(last[0] > 0))
-    table.fail(third, isFoam ? "beta has " + counted(last.size(), "number") + " and mu has " +
-                                   std::to_string(mu.size()) + ", expected as many of both"
-                             : "D is not an array of 1 to 6 numbers in 1/Pa, the first one positive");
-  for (std::size_t t = 0; t < most; ++t) {
+  const std::vector<double> last = table.reals(third.key.c_str(), third.unit);
+  const auto expectAsMany = [&](const std::string& key, const std::vector<double>& values) {
+    if (values.size() != mu.size())
+      table.fail(key.c_str(), key + " has " + counted(values.size(), "number") + " and mu has " +
+                                  std::to_string(mu.size()) + ", expected as many of both");
+  };
+  if (mu.size() > kMostTerms) table.fail("mu", "mu has " + counted(mu.size(), "number") + ", expected at most 6");
+  expectAsMany("alpha", alpha);
+  if (!third.isReciprocal)
+    expectAsMany(third.key, last);
+  else if (last.size() > kMostTerms || !(last[0] > 0))
+    table.fail(third.key.c_str(), third.key + " is not an array of 1 to 6 numbers in 1/Pa, the first one positive");
+  for (std::size_t t = 0; t < kMostTerms; ++t) {
     material.constants.push_back(t < mu.size() ? mu[t] : 0);
     material.constants.push_back(t < mu.size() ? alpha[t] : 1);
   }
-  if (isFoam)
-    for (std::size_t t = 0; t < most; ++t) material.constants.push_back(t < last.size() ? last[t] : 0);
-  else
-    addReciprocals(table, last, third, most, material);
+  if (third.isReciprocal) return addReciprocals(table, last, third.key, kMostTerms, material);
+  for (std::size_t t = 0; t < kMostTerms; ++t) material.constants.push_back(t < last.size() ? last[t] : 0);
 }
 
 void readTestCurve(const Table& table, Material& material) {
@@ -118,7 +90,7 @@ void readTestCurve(const Table& table, Material& material) {
   if (!isSound)
     table.fail("stretch", "stretch and stress of material \"" + material.name +
                               "\" are no test in tension, expected both to increase from stretch 1 and stress 0");
-  addReciprocals(table, {table.real("D", positive, "1/Pa")}, "D", 1, material);
+  addReciprocals(table, {readNumber(table, material.model->keys[2])}, "D", 1, material);
 }
 
 void readUser(const Table& table, Material& material) {
@@ -134,8 +106,21 @@ void readUser(const Table& table, Material& material) {
   if (material.constants.size() != model->properties)
     table.fail("properties", "properties has " + counted(material.constants.size(), "number") + ", expected " +
                                  std::to_string(model->properties) + " for " + model->key);
-  material.temperature = table.real("temperature", anyNumber, "K", 293.15);
+  material.temperature = readNumber(table, material.model->keys[2]);
   if (table.has("mullins")) table.fail("mullins", "mullins does not go with a user material");
+}
+
+void readConstants(const Table& table, Material& material) {
+  switch (material.model->reading) {
+  case Reading::Numbers:
+    return readNumbers(table, material);
+  case Reading::Terms:
+    return readTerms(table, material);
+  case Reading::TestCurve:
+    return readTestCurve(table, material);
+  case Reading::User:
+    return readUser(table, material);
+  }
 }
 
 Mullins readMullins(const Table& table) {
@@ -160,10 +145,6 @@ DuctileFailure readFailure(const Table& table) {
     table.fail("melting_temperature", "melting_temperature is not above transition_temperature, expected K above it");
   return f;
 }
-
-} // namespace
-
-namespace {
 
 // Straight lines between the temperatures, the first and last value beyond them.
 double lookUp(const std::vector<double>& temperatures, const std::vector<double>& values, double temperature) {
@@ -204,50 +185,25 @@ Material readMaterial(const Table& given, std::optional<double> temperature) {
   const Table table = isTabulated(given) ? at(given, temperature) : given;
   Material material;
   material.name = table.text("name");
-  const std::string model = table.text("model", modelNames().front());
-  const auto known = std::find(modelNames().begin(), modelNames().end(), model);
-  if (known == modelNames().end())
-    table.fail("model", "no model \"" + model + "\", expected one of " + joined(modelNames(), ", "));
-  material.model = static_cast<Model>(known - modelNames().begin());
-  Names keys{"name", "model", "density", "temperatures", "mullins", "failure"};
-  for (const std::string& key : constantKeys(material.model)) keys.push_back(key);
+  const std::string model = table.text("model", models().front().name);
+  material.model = findModel(model);
+  if (material.model == nullptr) {
+    Names names;
+    for (const SolverModel& known : models()) names.emplace_back(known.name);
+    table.fail("model", "no model \"" + model + "\", expected one of " + joined(names, ", "));
+  }
+  Names keys = kCommonKeys;
+  for (const ConstantKey& key : material.model->keys) keys.push_back(key.key);
   table.checkKeys(keys);
   material.density = table.real("density", positive, "kg/m3");
-  switch (material.model) {
-  case Model::Polynomial:
-    readPolynomial(table, 2, material);
-    break;
-  case Model::Polynomial6:
-    readPolynomial(table, 6, material);
-    break;
-  case Model::ArrudaBoyce:
-    material.constants = {table.real("mu", positive, "Pa"), table.real("lambda_m", positive, ""),
-                          table.real("D", positive, "1/Pa")};
-    break;
-  case Model::VanDerWaals:
-    material.constants = {table.real("mu", positive, "Pa"), table.real("lambda_m", aboveRootThree, ""),
-                          table.real("a", anyNumber, "", 0), table.real("beta", zeroToOne, "", 0),
-                          table.real("D", positive, "1/Pa")};
-    break;
-  case Model::Ogden:
-    readTerms(table, "D", material);
-    break;
-  case Model::Foam:
-    readTerms(table, "beta", material);
-    break;
-  case Model::TestCurve:
-    readTestCurve(table, material);
-    break;
-  case Model::User:
-    readUser(table, material);
-    break;
-  }
+  readConstants(table, material);
   const double G = material.shearModulus(), K = material.bulkModulus();
-  const bool isPolynomial = material.model == Model::Polynomial || material.model == Model::Polynomial6;
-  if (!(G > 0) && isPolynomial)
-    table.fail(table.has("C10") ? "C10" : nullptr, "C10 + C01 of material \"" + material.name + "\" is " +
-                                                       shortNumber(G / 2) +
-                                                       ", expected a positive number in Pa (half the shear modulus)");
+  if (const char* sum = material.model->halfShear; !(G > 0) && sum != nullptr) {
+    const std::string& first = material.model->keys[0].key;
+    table.fail(table.has(first.c_str()) ? first.c_str() : nullptr,
+               std::string(sum) + " of material \"" + material.name + "\" is " + shortNumber(G / 2) +
+                   ", expected a positive number in Pa (half the shear modulus)");
+  }
   if (!(G > 0) || !(K > 0) || !std::isfinite(G) || !std::isfinite(K))
     table.fail(nullptr, "material \"" + material.name + "\" has a shear modulus of " + shortNumber(G) +
                             " Pa and a bulk modulus of " + shortNumber(K) +

@@ -13,7 +13,7 @@ const Names& materialKeys();
 // A material whose constants depend on temperature has the key `temperatures`.
 bool isTabulated(const Table& table);
 
-// A tabulated material is read as it is at a temperature in K; without one that is an error.
+// Evaluates a tabulated material at a temperature in K; InputError without one.
 Material readMaterial(const Table& table, std::optional<double> temperature = {});
 
 } // namespace sharedanalysis::solver

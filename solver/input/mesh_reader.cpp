@@ -32,7 +32,7 @@ public:
     try {
       gmsh::finalize();
     } catch (...) {
-      // nothing is left to be lost: the mesh is read or the error is on its way
+      // the mesh is read or an exception is under way: ignore errors
     }
   }
   GmshSession(const GmshSession&) = delete;
@@ -167,7 +167,7 @@ void storeNodes(const std::filesystem::path& file, const Tags& brickNodeNumbers,
     fail(file, "node " + std::to_string(used[static_cast<std::size_t>(missing - found.begin())]) + " is not defined");
 }
 
-// Counted from 0 in the order of `sorted`; numbers that are not there are left out.
+// Counted from 0 in the order of `sorted`; numbers that are missing are skipped.
 std::vector<int32_t> indicesOf(Tags numbers, const std::vector<int64_t>& sorted) {
   std::sort(numbers.begin(), numbers.end());
   numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());

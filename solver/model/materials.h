@@ -1,6 +1,7 @@
 // Materials of the solver: their constants as a case gives them, and the response of a block of points to their left stretch.
 #pragma once
 
+#include "solver/model/models.h"
 #include "solver/model/user_materials.h"
 
 #include <cstdint>
@@ -9,8 +10,6 @@
 #include <vector>
 
 namespace sharedanalysis::solver {
-
-enum class Model { Polynomial, Polynomial6, ArrudaBoyce, VanDerWaals, Ogden, Foam, TestCurve, User };
 
 // Softening on unloading: SPX_MAT_ORMULLINS.
 struct Mullins {
@@ -28,9 +27,9 @@ struct DuctileFailure {
 struct Material {
   std::string name;
   double density = 0;
-  Model model = Model::Polynomial;
-  // In the order of the arguments of the stress kernel of the model, reciprocals of D where it takes them.  Rubber and foam in
-  // the stretches have six terms, the unused ones nothing.  A test curve has D alone.  Of a user material the properties.
+  const SolverModel* model = &models().front();
+  // In the order of the arguments of the stress kernel, reciprocals of D where it takes them.  Ogden and foam: six terms, unused
+  // ones 0 (exponent 1).  Test curve: 1/D only.  User material: its properties.
   std::vector<double> constants;
   std::vector<double> curveStretch, curveStress; // nominal stress of a bar in tension, from (1, 0) on
   std::string userName;                          // of a user material: the key that selects it, and what may follow
@@ -42,38 +41,38 @@ struct Material {
   double bulkModulus() const;
 };
 
-// One name of a case file for each model, in the order of Model.
-const std::vector<std::string>& modelNames();
+// A point whose volume ratio falls below it is marked, and its brick taken out.
+inline constexpr double kSmallestVolume = 1e-9;
 
-// Work arrays for the response of up to 136 points.
+// Points of one call at most.
+inline constexpr int kMostPoints = 136;
+
+// Work arrays for the response of up to kMostPoints points.
 struct MaterialWork {
   std::vector<double> principal, axes, dU, ddU, volume, slope, U, rJ, eta, detaDU, rest, lost, first, second, I1, I2;
   MaterialWork();
 };
 
-// n points of one material with what they remember.
+// n points of one material with their history.
 class MaterialPoints {
 public:
   MaterialPoints(const Material& material, int32_t n);
 
-  // Cauchy stress (n, 6) and the two moduli for the stable increment at left stretches V (n, 6); updates the guard of the
-  // volume.  What the points remember changes with `remember` alone.  Deformation gradient F, component (i, j) at (3 i + j) n,
-  // and time since the remembered state are for materials that remember more than softening.
+  // Cauchy stress (n, 6) and the two moduli for the stable increment at left stretches V (n, 6); sets the flag
+  // of points without volume.  The history changes with `remember` only.  Deformation gradient F, component (i, j) at
+  // (3 i + j) n, and the time since the remembered state are read by user materials only.
   void respond(const double* V, const double* F, double increment, double* stress, double* bound, double* bulk,
                MaterialWork& work);
   void remember();
-  // Energies per undeformed volume: what the stretch would give back, and what softening has taken.
+  // Energies per undeformed volume: recoverable, and lost to softening or inelastic strain.
   void energies(const double* V, double* stored, double* lost, MaterialWork& work);
 
   const std::vector<double>& flag() const { return flag_; }
-  // A user material that keeps a status has given the point up.
+  // The status of a user material says that the point has failed.
   bool isDeleted(int32_t i) const { return user_ && user_->isDeleted(i); }
 
 private:
-  void principalStress(const double* V, double* stress, double* bound, double* bulk, MaterialWork& work);
-  void curveStress(const double* V, double* stress, double* bound, double* bulk, MaterialWork& work);
-  void isochoricEnergy(const double* V, MaterialWork& work);
-  double volumetricEnergy(int32_t i, double J, double logJ) const;
+  PointBlock block(const double* V, MaterialWork& work);
 
   const Material* material_;
   int32_t n_;

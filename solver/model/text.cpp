@@ -1,3 +1,4 @@
+// Numbers and names in messages and files.
 #include "solver/model/text.h"
 
 #include <algorithm>
@@ -25,6 +26,20 @@ std::size_t editDistance(const std::string& a, const std::string& b) {
 }
 
 } // namespace
+
+std::string exactNumber(double value) {
+  std::array<char, 32> text;
+  return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
+}
+
+void appendCell(std::string& line, double value) {
+  if (!line.empty()) line += ',';
+  line += exactNumber(value);
+}
+
+std::string padded(const std::string& text, std::size_t width, char with) {
+  return std::string(width - std::min(width, text.size()), with) + text;
+}
 
 std::string shortNumber(double value) {
   std::array<char, 32> text;

@@ -1,6 +1,8 @@
+// The table of user materials, and the rotated frame in which their points are advanced.
 #include "solver/model/user_materials.h"
 
 #include "solver/model/materials.h"
+#include "solver/model/s33.h"
 #include "spx.h"
 
 #include <algorithm>
@@ -10,7 +12,6 @@ namespace sharedanalysis::solver {
 namespace {
 
 constexpr int32_t kDirect = 3, kShear = 3, kNone = 0;
-constexpr int kS33[3][3] = {{0, 3, 5}, {3, 1, 4}, {5, 4, 2}};
 constexpr int kGradient[3][3] = {{0, 3, 8}, {6, 1, 4}, {5, 7, 2}}; // 11 22 33 12 23 31 21 32 13
 
 using Matrix = std::array<std::array<double, 3>, 3>;
@@ -51,11 +52,27 @@ void storeSymmetric(const Matrix& m, double* block, int32_t n, int32_t i) {
     for (std::size_t b = a; b < 3; ++b) block[kS33[a][b] * n + i] = 0.5 * (m[a][b] + m[b][a]);
 }
 
+// ---- moduli for the stable increment, from the properties p
+
+// The stiffer of austenite (E, nu at 0) and martensite (at 2).
+Moduli superelasticModuli(const double* p) {
+  const double E = std::max(p[0], p[2]), nu = p[0] > p[2] ? p[1] : p[3];
+  return {E / (2 * (1 + nu)), E / (3 * (1 - 2 * nu))};
+}
+// G and the first coefficient of the pressure, K1.
+Moduli ceramicModuli(const double* p) { return {p[0], p[13]}; }
+// The stiffer of crushing begin (pressure over strain) and dense concrete, K1.
+Moduli concreteModuli(const double* p) { return {p[0], std::max(p[10] / p[11], p[16])}; }
+
 } // namespace
 
 const std::vector<UserModel>& userModels() {
   static const std::vector<UserModel> models = {
-      {"TVK_SUPER_ELASTIC_N3D", 8, 14}, {"TVK_JH2", 4, 18}, {"TVK_JHB", 4, 18}, {"TVK_HJC_CONCRETE", 5, 21}};
+      {"TVK_SUPER_ELASTIC_N3D", 8, 14, superelasticModuli, {}, {}},
+      {"TVK_JH2", 4, 18, ceramicModuli, 2, 13},
+      {"TVK_JHB", 4, 18, ceramicModuli, 2, 13},
+      {"TVK_HJC_CONCRETE", 5, 21, concreteModuli, 2, 16},
+  };
   return models;
 }
 
@@ -66,25 +83,18 @@ const UserModel* userModelOf(const std::string& name) {
 }
 
 Moduli userModuli(const Material& material) {
-  const std::vector<double>& p = material.constants;
-  if (material.userName.starts_with("TVK_SUPER")) {
-    const double E = std::max(p[0], p[2]), nu = p[0] > p[2] ? p[1] : p[3];
-    return {E / (2 * (1 + nu)), E / (3 * (1 - 2 * nu))};
-  }
-  if (material.userName.starts_with("TVK_HJC")) return {p[0], std::max(p[10] / p[11], p[16])};
-  return {p[0], p[13]};
+  return userModelOf(material.userName)->moduli(material.constants.data());
 }
 
 UserPoints::UserPoints(const Material& material, int32_t n)
-    : material_(&material), n_(n), states_(userModelOf(material.userName)->states), statusAt_(states_ == 8 ? 0 : 2),
-      name_(material.userName) {
+    : material_(&material), model_(userModelOf(material.userName)), n_(n), name_(material.userName) {
   name_.resize(80, ' ');
   const auto size = static_cast<std::size_t>(n);
   old_.stretch.assign(6 * size, 0.0);
   old_.F.assign(9 * size, 0.0);
   for (std::size_t k = 0; k < 3 * size; ++k) old_.stretch[k] = old_.F[k] = 1.0;
   old_.stress.assign(6 * size, 0.0);
-  old_.state.assign(static_cast<std::size_t>(states_) * size, 0.0);
+  old_.state.assign(static_cast<std::size_t>(model_->states) * size, 0.0);
   old_.internal.assign(size, 0.0);
   old_.inelastic.assign(size, 0.0);
   now_ = old_;
@@ -99,7 +109,7 @@ UserPoints::UserPoints(const Material& material, int32_t n)
 void UserPoints::respond(const double* V, const double* F, double increment, double* stress, double* bound,
                          double* bulk) {
   const int32_t n = n_, properties = static_cast<int32_t>(material_->constants.size());
-  const Moduli moduli = userModuli(*material_);
+  const Moduli moduli = model_->moduli(material_->constants.data());
   for (int32_t i = 0; i < n; ++i) {
     Matrix f{};
     for (std::size_t a = 0; a < 3; ++a)
@@ -122,11 +132,11 @@ void UserPoints::respond(const double* V, const double* F, double increment, dou
                      v[0][1] * (v[0][1] * v[2][2] - v[1][2] * v[0][2]) +
                      v[0][2] * (v[0][1] * v[1][2] - v[1][1] * v[0][2]);
     density_[static_cast<std::size_t>(i)] = material_->density / J;
-    // compression makes ceramics and dense concrete stiffer: by the slope of the cubic of the pressure, K2 and K3 behind K1
+    // slope of the pressure K1 mu + K2 mu^2 + K3 mu^3 of ceramics and dense concrete in compression
     const double mu = std::max(0.0, 1 / J - 1);
     double K = moduli.bulk;
-    if (statusAt_ != 0) {
-      const double* k = material_->constants.data() + (states_ == 5 ? 16 : 13);
+    if (model_->pressureAt) {
+      const double* k = material_->constants.data() + *model_->pressureAt;
       K = std::max(K, k[0] + mu * (2 * k[1] + 3 * mu * k[2]));
     }
     bound[i] = 4.0 / 3 * moduli.shear;
@@ -134,12 +144,12 @@ void UserPoints::respond(const double* V, const double* F, double increment, dou
   }
   increment_ = increment;
   const double time = time_ + increment;
-  SPX_USR_BUILTINVUMAT(&kNone, &n, &kDirect, &kShear, &states_, &kNone, &properties, &kNone, &time, &time, &increment,
-                       name_.data(), length_.data(), length_.data(), material_->constants.data(), density_.data(),
-                       strain_.data(), spin_.data(), temperature_.data(), old_.stretch.data(), old_.F.data(), nullptr,
-                       old_.stress.data(), old_.state.data(), old_.internal.data(), old_.inelastic.data(),
-                       temperature_.data(), now_.stretch.data(), now_.F.data(), nullptr, now_.stress.data(),
-                       now_.state.data(), now_.internal.data(), now_.inelastic.data(),
+  SPX_USR_BUILTINVUMAT(&kNone, &n, &kDirect, &kShear, &model_->states, &kNone, &properties, &kNone, &time, &time,
+                       &increment, name_.data(), length_.data(), length_.data(), material_->constants.data(),
+                       density_.data(), strain_.data(), spin_.data(), temperature_.data(), old_.stretch.data(),
+                       old_.F.data(), nullptr, old_.stress.data(), old_.state.data(), old_.internal.data(),
+                       old_.inelastic.data(), temperature_.data(), now_.stretch.data(), now_.F.data(), nullptr,
+                       now_.stress.data(), now_.state.data(), now_.internal.data(), now_.inelastic.data(),
                        static_cast<int64_t>(name_.size()));
   for (int32_t i = 0; i < n; ++i) {
     Matrix R{};

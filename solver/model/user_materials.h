@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,19 +11,23 @@ namespace sharedanalysis::solver {
 
 struct Material;
 
+struct Moduli {
+  double shear, bulk;
+};
+
 // A model that a case may name; further characters may follow the key.
 struct UserModel {
   std::string key;
-  int32_t states;
-  std::size_t properties;
+  int32_t states;                             // state variables of a point
+  std::size_t properties;                     // numbers that a case gives
+  Moduli (*moduli)(const double* properties); // upper bounds without strain
+  std::optional<int32_t> statusAt;            // the state variable that is 0 for a point that has failed
+  std::optional<std::size_t> pressureAt;      // the first of three properties K1, K2, K3 of a cubic pressure
 };
 const std::vector<UserModel>& userModels();
 // The model of a name, or null.
 const UserModel* userModelOf(const std::string& name);
 
-struct Moduli {
-  double shear, bulk;
-};
 Moduli userModuli(const Material& material);
 
 // Points that keep stress, state variables and energies in the axes of their rotation R, F = R U.
@@ -36,7 +41,7 @@ public:
   void remember();
   // Per undeformed volume, of the state that was computed last.
   void energies(double* stored, double* lost) const;
-  bool isDeleted(int32_t i) const { return statusAt_ != 0 && time_ > 0 && now_.state[statusAt_ * n_ + i] == 0; }
+  bool isDeleted(int32_t i) const { return model_->statusAt && time_ > 0 && state(*model_->statusAt, i) == 0; }
   double state(int32_t variable, int32_t i) const { return now_.state[static_cast<std::size_t>(variable * n_ + i)]; }
 
 private:
@@ -46,7 +51,8 @@ private:
   };
 
   const Material* material_;
-  int32_t n_, states_, statusAt_; // 0: no status
+  const UserModel* model_;
+  int32_t n_;
   double time_ = 0, increment_ = 0;
   std::string name_;
   State old_, now_;

@@ -34,7 +34,7 @@ void DiagnosticCourse::reportDistortion(const std::vector<int64_t>& bricks) {
   const int32_t count = static_cast<int32_t>(numbers.size());
   int32_t counter = 0;
   SPX_ERR_DISTORTED(&count, &counter, numbers.data(), flags.data());
-  // the writer records what it writes about
+  // the message writer records the bricks that it names
   constexpr std::size_t written = 8;
   for (std::size_t k = written; k < numbers.size(); ++k)
     acd_error_xpl_c(dia_Codes::ExcessiveDistortion, ranks_.rank(), nullptr, nullptr, nullptr, nullptr, &numbers[k]);

@@ -18,7 +18,7 @@ public:
   void increment(const Progress& now, double timeIncrement);
   // Bricks of this rank, by their numbers in the mesh: eight messages at most, all of them recorded.
   void reportDistortion(const std::vector<int64_t>& bricks);
-  // Endings that no brick is to blame for.
+  // Endings other than distorted bricks.
   void reportEnding(Ending ending, const std::string& reason);
   // Brings what all ranks have recorded to the root and ends the step.  Every rank calls it.
   void end();

@@ -1,15 +1,15 @@
 // sharedanalysis-explicit: explicit dynamics of hyperelastic solids on the kernels of SharedAnalysis.
 #include "glo.h"
 #include "host_services.h"
-#include "solver/program/job.h"
 #include "reference_host.h"
+#include "solver/program/job.h"
 
 #include <CLI/CLI.hpp>
 #include <csignal>
 
 namespace {
 
-// The library runs between the two.
+// Initialises the library, finalises it at the end.
 class Library {
 public:
   Library() { Shared_Analysis_XP_initialize(&components_); }
@@ -21,7 +21,7 @@ private:
   int32_t components_ = 0;
 };
 
-// The ranks of the job are connected between the two.
+// Connects the ranks, disconnects them at the end.
 class Connection {
 public:
   Connection() { sharedanalysis::host::connectRanks(); }
@@ -35,7 +35,7 @@ public:
 
 int main(int argc, char** argv) {
   using namespace sharedanalysis::solver;
-  // a file-size limit and a closed pipe come back as errors of the write
+  // turn a file-size limit and a closed pipe into errors of the write
   std::signal(SIGXFSZ, SIG_IGN);
   std::signal(SIGPIPE, SIG_IGN);
 

@@ -1,7 +1,7 @@
 // sharedanalysis-material: one point of a material along the paths of tests, before a mesh is run.
-#include "solver/program/material_path.h"
 #include "reference_host.h"
 #include "solver/model/text.h"
+#include "solver/program/material_path.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

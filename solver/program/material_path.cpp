@@ -1,11 +1,11 @@
 #include "solver/program/material_path.h"
 
-#include "solver/results/drawing.h"
 #include "glo.h"
+#include "reference_host.h"
 #include "solver/input/material_reader.h"
 #include "solver/model/materials.h"
+#include "solver/results/drawing.h"
 #include "solver/results/partial_file.h"
-#include "reference_host.h"
 
 #include <array>
 #include <charconv>
@@ -19,7 +19,7 @@ namespace {
 using Stretch = std::array<double, 6>;  // left stretch, S33
 using Gradient = std::array<double, 9>; // deformation gradient, row by row
 
-// The material at one point; evaluations leave no trace until the point is told to remember.
+// The material at one point.  Evaluations do not change its state until remember() is called.
 class Point {
 public:
   Point(const Material& material, double stepTime) : points_(material, 1), stepTime_(stepTime) {}
@@ -133,7 +133,7 @@ private:
     throw InputError("path \"" + path_.name + "\" at stretch " + shortNumber(stretch_) + ": " + what);
   }
 
-  // The free stretch without stress, from the one before; NaN where there is none.
+  // The free stretch at which its stress is zero, by iteration from the last one; NaN if it is not found.
   double close(double s) {
     if (freeDirections(path_.mode) == 0) return 1;
     double a = free_ > 0 ? free_ : isochoric(path_.mode, s);
@@ -232,12 +232,6 @@ MaterialPath readPath(const Table& table, const std::vector<Material>& materials
   return path;
 }
 
-void append(std::string& line, double value) {
-  char text[32];
-  const auto end = std::to_chars(text, text + sizeof text, value).ptr;
-  line.append(line.empty() ? 0 : 1, ',').append(text, end);
-}
-
 } // namespace
 
 const std::vector<std::string>& modeNames() {
@@ -281,7 +275,7 @@ void writeTable(const std::filesystem::path& name, const PathCase& definition,
       std::string line = '"' + definition.paths[k].name + '"';
       for (const double value :
            {p.stretch, p.free, p.J, p.nominal, p.cauchy[0], p.cauchy[1], p.cauchy[2], p.cauchy[3], p.stored, p.lost})
-        append(line, value);
+        appendCell(line, value);
       file.put(line);
     }
   file.close();

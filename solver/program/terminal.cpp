@@ -23,10 +23,6 @@ std::size_t columns() {
   return known ? size.ws_col : 80;
 }
 
-std::string padded(const std::string& text, std::size_t width, char with = ' ') {
-  return std::string(width - std::min(width, text.size()), with) + text;
-}
-
 } // namespace
 
 std::string clockText(double seconds) {
@@ -61,7 +57,7 @@ void Terminal::progress(const State& state) {
     if (!live_) return;
   }
   const double done = state.time / state.endTime;
-  // a tenth that was met but for a rounding error counts as met
+  // tolerate a rounding error just below a tenth
   const int percent = static_cast<int>(100 * done + 1e-9);
   const std::string text = padded(std::to_string(percent), 3) + " %  time " + padded(shortNumber(state.time), 9) +
                            " s  increment " + std::to_string(state.increment) + "  step " +
@@ -74,7 +70,7 @@ void Terminal::progress(const State& state) {
     put(text + '\n');
     return;
   }
-  // the bar takes what the text leaves, up to 40 characters; on a narrow terminal the text is cut
+  // the bar fills the rest of the line, up to 40 characters; on a narrow terminal the text is cut
   const std::size_t room = columns() - 1, used = text.size() + left.size() + 3;
   const std::size_t length = std::min<std::size_t>(room > used ? room - used : 0, 40);
   std::string bar;

@@ -8,10 +8,10 @@
 namespace sharedanalysis::solver {
 
 // Lines of text, and progress: one bar that is drawn over itself on a terminal, a line for each tenth of the run elsewhere.
-// Nothing that is shown here is a result: a reader that has gone away or a full disk do not end the run.
+// Output for people, not results: a closed pipe or a full disk does not end the run.
 class Terminal {
 public:
-  // plain: lines alone, also on what looks like a terminal.
+  // plain: lines only, even on a terminal.
   Terminal(bool quiet, bool plain);
 
   struct State {
@@ -21,7 +21,7 @@ public:
 
   void line(const std::string& text);
   void progress(const State& state);
-  // Leaves the bar as it is; later lines come below.
+  // Ends the bar; later lines start below it.
   void endProgress();
 
 private:

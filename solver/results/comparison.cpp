@@ -1,7 +1,7 @@
 #include "solver/results/comparison.h"
 
-#include "solver/results/digest.h"
 #include "solver/model/text.h"
+#include "solver/results/digest.h"
 
 #include <algorithm>
 #include <bit>
@@ -17,16 +17,11 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view digestExtension = ".digest", fieldsExtension = ".exo", partialExtension = ".partial";
 
-std::string exact(double value) {
-  std::array<char, 32> text;
-  return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
-}
-
-// With its bits, which tell apart what looks alike: zeros of either sign, one NaN from another.
+// With its bits, which distinguish the two zeros and NaNs.
 std::string withBits(double value) {
   std::array<char, 16> text;
   const auto end = std::to_chars(text.data(), text.data() + text.size(), std::bit_cast<uint64_t>(value), 16).ptr;
-  return exact(value) + " (" + std::string(text.data(), end) + ")";
+  return exactNumber(value) + " (" + std::string(text.data(), end) + ")";
 }
 
 fs::path withoutPartial(const fs::path& file) {
@@ -58,7 +53,7 @@ fs::path fieldsBeside(const fs::path& digest) {
   return fs::exists(fields) ? fields : fs::path();
 }
 
-// What a file of fields tells about a value that a digest found to differ.
+// Finds in a file of fields the value that differs by its digest.
 class FieldReader {
 public:
   explicit FieldReader(const fs::path& file) {
@@ -156,7 +151,7 @@ private:
     return {all[static_cast<std::size_t>(number) - 1]};
   }
 
-  // The mesh has its entities in the order of their numbers.
+  // Meshes are sorted by entity number.
   std::vector<double> inMeshOrder(const std::vector<double>& values, Entity entity) const {
     const std::vector<int64_t> numbers = inFile(entity);
     if (numbers.size() != values.size()) return {};
@@ -184,7 +179,7 @@ std::string entityWord(Entity entity) { return entity == Entity::Node ? "node" :
 
 std::string placeOf(std::size_t output, const OutputDigest& digest) {
   return "output " + std::to_string(output + 1) + ", increment " + std::to_string(digest.increment) + ", time " +
-         exact(digest.time) + " s";
+         exactNumber(digest.time) + " s";
 }
 
 // The first value of an array that differs, from the fields of both runs: "displacement_z of node 17 is 1 (...) in a and
@@ -206,7 +201,7 @@ std::optional<std::string> firstValue(const Run& a, const Run& b, std::size_t ou
   return std::nullopt;
 }
 
-// Where the fields do not help: the first chunk whose hashes differ.
+// Without fields: the first chunk whose hashes differ.
 std::string firstChunk(const Run& a, const ArrayDigest& one, const ArrayDigest& other) {
   const Entity entity = one.name->entity;
   if (entity == Entity::Model) return "one of its values differs";
@@ -275,8 +270,8 @@ Comparison compare(const Run& a, const Run& b) {
   for (const FieldName& name : fieldNames) names.emplace_back(name.array);
   return {Verdict::Same,
           "the same: " + counted(common, "output") + " from increment " + std::to_string(mine.front().increment) +
-              ", time " + exact(mine.front().time) + " s, to increment " + std::to_string(mine.back().increment) +
-              ", time " + exact(mine.back().time) + " s\neach with " + joined(names, ", ") + " of " +
+              ", time " + exactNumber(mine.front().time) + " s, to increment " + std::to_string(mine.back().increment) +
+              ", time " + exactNumber(mine.back().time) + " s\neach with " + joined(names, ", ") + " of " +
               std::to_string(a.digest.nodes) + " nodes and " + std::to_string(a.digest.elements) + " elements"};
 }
 

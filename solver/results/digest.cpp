@@ -1,5 +1,6 @@
 #include "solver/results/digest.h"
 
+#include "solver/model/text.h"
 #include "solver/results/hash.h"
 
 #include <algorithm>
@@ -24,11 +25,6 @@ std::string hexadecimal(uint64_t value) {
   const auto end = std::to_chars(text.data(), text.data() + text.size(), value, 16).ptr;
   std::copy_backward(text.data(), end, digits.end());
   return {digits.data(), digits.size()};
-}
-
-std::string exact(double value) {
-  std::array<char, 32> text;
-  return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
 }
 
 ArrayDigest digestOf(const FieldName& name, std::span<const double> values) {
@@ -92,7 +88,7 @@ public:
   }
 
   const std::string& text() const { return text_; }
-  // What follows the first word.
+  // The rest of the line after its first word.
   std::string rest() const { return text_.substr(std::min(text_.find(' ') + 1, text_.size())); }
 
   bool atEnd() const { return word_ == words_.size(); }
@@ -236,7 +232,7 @@ void DigestFile::write(const Progress& progress, const Fields& fields, const Ene
   const std::array<std::span<const double>, fieldNames.size()> values{
       globals, fields.displacement, fields.velocity, fields.reaction, fields.stress, fields.strainEnergy, fields.mask};
   ++outputs_;
-  std::string text = "increment " + std::to_string(progress.increment) + " time " + exact(progress.time);
+  std::string text = "increment " + std::to_string(progress.increment) + " time " + exactNumber(progress.time);
   for (std::size_t k = 0; k < fieldNames.size(); ++k) {
     const FieldName& name = fieldNames[k];
     const ArrayDigest array = digestOf(name, values[k]);

@@ -58,7 +58,7 @@ public:
   DigestFile(const std::filesystem::path& name, const std::string& job, const Mesh& mesh);
 
   void write(const Progress& progress, const Fields& fields, const Energies& energies);
-  // Nothing can be written afterwards; a file that was not closed counts as cut off.
+  // The last call.  A file without its end line counts as cut off.
   void close();
   const PartialFile& file() const { return file_; }
 

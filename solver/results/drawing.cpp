@@ -12,7 +12,7 @@ namespace sharedanalysis::solver {
 namespace {
 
 constexpr double kWidth = 800, kHeight = 520, kLeft = 80, kRight = 20, kTop = 46, kBottom = 56;
-// Told apart by readers who see few colours, too.
+// Distinguishable with colour-vision deficiency.
 constexpr std::array<const char*, 7> kColours = {"#0072b2", "#d55e00", "#009e73", "#cc79a7",
                                                  "#e69f00", "#56b4e9", "#000000"};
 

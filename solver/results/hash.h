@@ -9,7 +9,7 @@
 
 namespace sharedanalysis::solver {
 
-// Every step is one to one in the word and in what came before: one changed word always changes the result.
+// Each step is a bijection of the word and of the state: a change of one word always changes the hash.
 class Hash {
 public:
   void add(uint64_t word) {

@@ -1,22 +1,15 @@
 #include "solver/results/history.h"
 
+#include "solver/model/text.h"
 #include "spx.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 
 namespace sharedanalysis::solver {
 namespace {
-
-void append(std::string& line, double value) {
-  std::array<char, 32> text;
-  const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
-  if (!line.empty()) line += ',';
-  line.append(text.data(), end);
-}
 
 const std::array filteredNames{"kinetic_energy",    "strain_energy", "hourglass_energy",   "viscous_energy",
                                "damage_energy",     "external_work", "total_energy",       "momentum_x",
@@ -75,14 +68,14 @@ void HistoryFile::write(const Analysis& analysis, double balanceError) {
   const Progress progress = analysis.progress();
   const Energies energies = analysis.energies();
   std::string line;
-  append(line, progress.time);
+  appendCell(line, progress.time);
   line += ',' + std::to_string(progress.increment);
   for (const double value : {progress.stableIncrement, energies.kinetic, energies.strain, energies.hourglass,
                              energies.viscous, energies.damage, energies.external, energies.total(), balanceError})
-    append(line, value);
-  for (const double value : analysis.linearMomentum()) append(line, value);
-  for (const double value : analysis.angularMomentum()) append(line, value);
-  for (const double value : filtered_) append(line, value);
+    appendCell(line, value);
+  for (const double value : analysis.linearMomentum()) appendCell(line, value);
+  for (const double value : analysis.angularMomentum()) appendCell(line, value);
+  for (const double value : filtered_) appendCell(line, value);
   file_.put(line);
 }
 

@@ -1,4 +1,4 @@
-// Files that carry their name only when they are whole.
+// Files that get their final name when they are complete.
 #pragma once
 
 #include <cstdio>
@@ -26,7 +26,7 @@ public:
   const std::filesystem::path& path() const { return partial_; }
   const std::filesystem::path& name() const { return name_; }
 
-  // Has the closed file written through to the device.
+  // Syncs the closed file to the device.
   void synchronise() const;
   // Gives the closed file its name.
   void complete() const;
@@ -35,13 +35,13 @@ private:
   std::filesystem::path name_, partial_;
 };
 
-// One that is written line by line, each of them at once.
+// A text file, flushed after every line.
 class PartialTextFile : public PartialFile {
 public:
   explicit PartialTextFile(const std::filesystem::path& name);
 
   void put(const std::string& line);
-  // No line can be written afterwards; the file is on the device.
+  // Closes and syncs the file; no put() afterwards.
   void close();
 
 private:

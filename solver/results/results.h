@@ -23,7 +23,7 @@ public:
   ResultsFile& operator=(const ResultsFile&) = delete;
 
   void write(double time, const Fields& fields, const Energies& energies);
-  // Nothing can be written afterwards.
+  // No write() afterwards.
   void close();
   const PartialFile& file() const { return file_; }
   int count() const { return count_; }

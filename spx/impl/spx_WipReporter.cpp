@@ -9,7 +9,6 @@ namespace {
 
 constexpr const char* kSource = "spx_WipReporter";
 constexpr std::size_t kLongest = 475;
-constexpr int32_t kMessageFile = -6;
 
 // What is written of a text, and whether something was left out.
 struct Cut {
@@ -38,7 +37,7 @@ std::string templateOf(const std::string& text) {
 }
 
 void write(const char* type, int32_t status, const std::string& text) {
-  glo_uti_CWrite(kMessageFile, status, type, templateOf(text).c_str(), nullptr, nullptr, nullptr);
+  glo_uti_CWrite(GLO_UNIT_MESSAGE_FILE, status, type, templateOf(text).c_str(), nullptr, nullptr, nullptr);
 }
 
 void writeCut(const char* type, const Cut& message, const char* remark) {

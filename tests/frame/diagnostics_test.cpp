@@ -27,14 +27,7 @@ protected:
     call();
     return recordingDiagnostics().calls;
   }
-  static Calls printed() {
-    Calls lines;
-    for (const RecordedLine& line : recordingHost().lines) {
-      EXPECT_EQ(line.unit, 7);
-      lines.push_back(line.text);
-    }
-    return lines;
-  }
+  static Calls printed() { return takeLines(7); }
 };
 
 const int32_t kInts[] = {7, -8, 9}, kNode[] = {1005}, kElement[] = {2077}, kNodes[] = {1001, 1002};
@@ -259,7 +252,6 @@ TEST_F(Diagnostics, PrintedWhileTheExecutionCodeIsOne) {
             "ipm_message_c|Error|message=%s|Error 7 of -8");
   EXPECT_EQ(recordingHost().calls, (Calls{"LFC_XUT_XPLMSGFLUSH 7"}));
 
-  recordingHost().lines.clear();
   const std::string text(" " + std::string(60, 'a') + " " + std::string(30, 'b'));
   const char* const strings[] = {text.c_str()};
   acd_warning_c(codes::Warning, nullptr, nullptr, strings, nullptr, kElement, 1);
@@ -270,7 +262,6 @@ TEST_F(Diagnostics, PrintedWhileTheExecutionCodeIsOne) {
   EXPECT_EQ(recordingHost().statuses.size(), 2u);
 
   // without the print flag, which is 1 and nothing else, the status channel still hears of it
-  recordingHost().lines.clear();
   for (int32_t print : {0, 2, -1, 256, 257})
     acd_warning_c(codes::Warning, nullptr, nullptr, strings, nullptr, kElement, print);
   EXPECT_TRUE(recordingHost().lines.empty());
@@ -318,13 +309,11 @@ TEST_F(Diagnostics, CutbackNotesAreBrokenAtTheLastBlankThatFits) {
   const int32_t two = 2, one = 1, three = 3;
   ACD_CUTBACK_DIAGNOSTIC(&two, &one);
   EXPECT_EQ(printed(), (Calls{" ", "***NOTE: THE SOLUTION APPEARS TO BE DIVERGING. CONVERGENCE IS JUDGED UNLIKELY."}));
-  recordingHost().lines.clear();
   ACD_CUTBACK_DIAGNOSTIC(&three, &one);
   EXPECT_EQ(printed(), (Calls{" ", "***NOTE: THE SOLUTION FAILS TO CONVERGE IN THE MAXIMUM NUMBER OF EQUILIBRIUM ",
                               "         ITERATIONS ALLOWED."}));
   EXPECT_EQ(recordingDiagnostics().calls, (Calls{"AddCutbackDiagnostic 2", "AddCutbackDiagnostic 2",
                                                  "AddCutbackDiagnostic 2", "AddCutbackDiagnostic 3"}));
-  recordingHost().lines.clear();
   for (int32_t outside : {0, 19, -1}) acd_cutback_diagnostic_c(outside, 1);
   EXPECT_EQ(printed(), (Calls{" ", "***NOTE: ", " ", "***NOTE: ", " ", "***NOTE: "}));
 }

@@ -27,19 +27,12 @@ protected:
   }
 };
 
-const char* const kComponents[] = {"QRLBasCoreUtils",
-                                   "QRLAbuBasicUtils",
-                                   "UTI_CaeUtils",
-                                   "DDB_Communications",
-                                   "UTI_RfmInterface",
-                                   "DDB_ROM",
-                                   "DDB_DiagnosticExtractor",
-                                   "UTI_DMP_Core",
-                                   "DDB_AnalysisSupport",
-                                   "DDB_CoreGeometry",
-                                   "DDB_GeometricAttributes",
-                                   "DDB_Core",
-                                   "Shared_Analysis_SubComp"};
+// clang-format off
+const char* const kComponents[] = {
+    "QRLBasCoreUtils", "QRLAbuBasicUtils", "UTI_CaeUtils", "DDB_Communications", "UTI_RfmInterface", "DDB_ROM",
+    "DDB_DiagnosticExtractor", "UTI_DMP_Core", "DDB_AnalysisSupport", "DDB_CoreGeometry", "DDB_GeometricAttributes",
+    "DDB_Core", "Shared_Analysis_SubComp"};
+// clang-format on
 
 TEST_F(Frame, StartsOnceInOrderAndStopsInReverse) {
   // The recorded number is the counter that the component found: 10 before, one more for each live component.

@@ -55,26 +55,22 @@ protected:
                    arguments.reals.data(), strings.data());
   }
 
-  static std::vector<std::string> takeLines() {
-    std::vector<std::string> lines;
-    for (const RecordedLine& line : recordingHost().lines) lines.push_back(line.text);
-    recordingHost().lines.clear();
-    return lines;
-  }
   static std::vector<RecordedStatus> takeStatuses() {
     std::vector<RecordedStatus> statuses;
     statuses.swap(recordingHost().statuses);
     return statuses;
   }
-  static std::string table(const std::string& text, const Arguments& arguments = {}) {
-    write("Table", text, arguments);
+  static std::string onlyLine() {
     const auto lines = takeLines();
     return lines.size() == 1 ? lines[0] : std::to_string(lines.size()) + " lines";
   }
+  static std::string table(const std::string& text, const Arguments& arguments = {}) {
+    write("Table", text, arguments);
+    return onlyLine();
+  }
   static std::string cTable(const std::string& text, const Arguments& arguments = {}) {
     cWrite("Table", text, arguments);
-    const auto lines = takeLines();
-    return lines.size() == 1 ? lines[0] : std::to_string(lines.size()) + " lines";
+    return onlyLine();
   }
 };
 

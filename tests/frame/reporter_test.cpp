@@ -18,25 +18,6 @@ struct Stream : aio_ostream {
 class Reporter : public testing::Test {
 protected:
   void SetUp() override { resetRecordingHost(); }
-  // Messages of the message file, their lines joined: header and text.
-  static std::vector<std::string> messages() {
-    std::vector<std::string> result;
-    for (const RecordedLine& line : recordingHost().lines) {
-      EXPECT_EQ(line.unit, -6);
-      if (line.text == " ") continue;
-      if (line.text.starts_with("***"))
-        result.push_back(line.text);
-      else
-        result.back() += line.text.substr(line.text.find_first_not_of(' '));
-    }
-    recordingHost().lines.clear();
-    return result;
-  }
-  static std::vector<std::string> lines() {
-    std::vector<std::string> result;
-    for (const RecordedLine& line : recordingHost().lines) result.push_back(line.text);
-    return result;
-  }
   static std::string thrown(const auto& call) {
     try {
       call();
@@ -58,65 +39,64 @@ const std::string kCutError = "***WARNING: Error message is too long. It has bee
 TEST_F(Reporter, LongTextsAreCutAtTheirLastBlank) {
   const std::string words = std::string(400, 'a') + " " + std::string(73, 'b') + " "; // 475 characters
   reporter_.Error(words.substr(0, 474) + "c", 1);
-  Messages written = messages();
+  Messages written = takeMessages();
   ASSERT_EQ(written.size(), 1u);
   EXPECT_EQ(written[0].back(), 'c');
   reporter_.Error(words + "c", 0);
-  written = messages();
+  written = takeMessages();
   ASSERT_EQ(written.size(), 2u);
   EXPECT_EQ(written[0].substr(written[0].size() - 73), std::string(73, 'b'));
   EXPECT_EQ(written[1], kCutError);
   reporter_.Warning(std::string(600, 'x'));
-  written = messages();
+  written = takeMessages();
   ASSERT_EQ(written.size(), 2u);
   EXPECT_EQ(written[0], "***WARNING: " + std::string(475, 'x'));
   EXPECT_EQ(written[1], "***WARNING: Warning message is too long. It has been truncated.");
   reporter_.Error("  " + std::string(600, 'y'), 0);
-  EXPECT_EQ(lines()[1].substr(0, 12), "***ERROR:   ") << "blanks before the first word are no place to cut";
-  written = messages();
+  EXPECT_EQ(recordingHost().lines[1].text.substr(0, 12), "***ERROR:   ")
+      << "blanks before the first word are no place to cut";
+  written = takeMessages();
   EXPECT_EQ(std::count(written[0].begin(), written[0].end(), 'y'), 473);
 }
 
 TEST_F(Reporter, ModesDecideWhetherAnErrorIsWrittenOrRaised) {
   for (int mode : {0, 1, 2}) EXPECT_EQ(thrown([&] { reporter_.Error("one", mode); }), "nothing");
-  EXPECT_EQ(messages(), (Messages{"***ERROR: one", "***ERROR: one", "***ERROR: one"}));
+  EXPECT_EQ(takeMessages(), (Messages{"***ERROR: one", "***ERROR: one", "***ERROR: one"}));
   EXPECT_EQ(recordingHost().statuses.size(), 3u);
   EXPECT_EQ(thrown([&] { reporter_.Error(std::string(500, 'y'), 3); }), std::string(475, 'y'));
 
   const std::vector<std::string> texts{"one", "two"};
   const std::string multiple = "Multiple error messages.";
   EXPECT_EQ(thrown([&] { reporter_.Errors(texts, 1); }), "nothing");
-  EXPECT_EQ(messages(), (Messages{"***ERROR: one", "***ERROR: two"}));
+  EXPECT_EQ(takeMessages(), (Messages{"***ERROR: one", "***ERROR: two"}));
   EXPECT_EQ(thrown([&] { reporter_.Errors(texts, 0); }), multiple);
-  EXPECT_EQ(messages(), (Messages{"***ERROR: one", "***ERROR: two"}));
+  EXPECT_EQ(takeMessages(), (Messages{"***ERROR: one", "***ERROR: two"}));
   EXPECT_EQ(thrown([&] { reporter_.Errors(texts, 2); }), multiple);
   EXPECT_EQ(thrown([&] { reporter_.Errors(texts, 7); }), "one");
   EXPECT_EQ(thrown([&] { reporter_.Errors({}, 7); }), multiple);
-  EXPECT_EQ(messages(), Messages());
+  EXPECT_EQ(takeMessages(), Messages());
 }
 
 TEST_F(Reporter, TextsAreNoTemplates) {
   reporter_.Error("100 %I of %S", 0);
   reporter_.Warnings({"50 %", "%R"});
   reporter_.Note("%%");
-  EXPECT_EQ(messages(), (Messages{"***ERROR: 100 %I of %S", "***WARNING: 50 %", "***WARNING: %R", "***NOTE: %%"}));
+  EXPECT_EQ(takeMessages(), (Messages{"***ERROR: 100 %I of %S", "***WARNING: 50 %", "***WARNING: %R", "***NOTE: %%"}));
   // with percent signs texts are as without, whatever their length: leading blanks, ends, zero bytes
   for (const std::string& text : {std::string("  led by blanks"), std::string(1200, 'n') + " end", std::string(),
                                   std::string("ends with "), std::string("a\0b", 3)}) {
     reporter_.Note(text);
-    const std::vector<std::string> plain = lines();
-    recordingHost().lines.clear();
+    const std::vector<std::string> plain = takeLines();
     std::string signs = text;
     std::replace(signs.begin(), signs.end(), 'n', '%');
     reporter_.Note(signs);
-    std::vector<std::string> written = lines();
+    std::vector<std::string> written = takeLines();
     ASSERT_EQ(written.size(), plain.size());
     for (std::string& line : written) std::replace(line.begin(), line.end(), '%', 'n');
     EXPECT_EQ(written, plain);
-    recordingHost().lines.clear();
   }
   reporter_.Note(std::string("a\0%b", 4));
-  EXPECT_EQ(messages(), Messages{"***NOTE: a %b"});
+  EXPECT_EQ(takeMessages(), Messages{"***NOTE: a %b"});
   // notes do not reach the status channel
   ASSERT_EQ(recordingHost().statuses.size(), 3u);
   EXPECT_EQ(recordingHost().statuses[0].firstString.find("***"), std::string::npos);
@@ -132,7 +112,7 @@ TEST_F(Reporter, OperationsOfInteractiveProgramsAreAssertions) {
   base.BeginPhase("p"), base.EndPhase("p"), base.Milestone("m", 1, 2), base.Progress(0.5);
   base.FacilityMessage("solver", "started");
   EXPECT_EQ(stream_.text, "solver: started\n");
-  EXPECT_EQ(messages(), Messages());
+  EXPECT_EQ(takeMessages(), Messages());
 }
 
 } // namespace

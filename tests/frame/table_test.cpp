@@ -332,39 +332,25 @@ TEST(Tables, AMillionRows) {
   }
 }
 
-TEST(Tables, OnlyListedPointsAreTouched) {
+TEST(Tables, ConstantsAndLookupsByOtherNames) {
   Pools pools;
-  const Table constant = addConstant(pools, 4.5, 2);
-  const Table two = addTable(pools, {{kTemperature}, {field(1)}}, {{1, 0, 0}, {2, 1, 0}, {3, 0, 1}, {5, 1, 1}});
-  const Table one = addTable(pools, {{field(1)}}, {{1, 0}, {2, 1}});
-  Random random(9);
-  std::vector<int32_t> list;
-  for (int32_t i = 300; i > 0; i -= random.integer(1, 3)) list.push_back(i);
-  const std::pair<Points::ListedLookup, Points::Lookup> pairs[] = {{SPX_GET_GETVALUEINDX, SPX_GET_GETVALUE},
-                                                                   {SPX_TAB_GETVALUEINDX, SPX_TAB_GETVALUE},
-                                                                   {SPX_GET_GETVALUEINDX, SPX_GET_GETVALUEDBL},
-                                                                   {SPX_GET_INTEGRATEINDX, SPX_GET_INTEGRATE}};
-  for (const auto& [listed, whole] : pairs)
-    for (const Table& table : {constant, one, two}) {
-      if (whole == SPX_GET_INTEGRATE && table.option == 100) continue;
-      Points points(300);
-      for (double& x : points.temperature) x = random.uniform(0, 1);
-      for (double& x : points.fields) x = random.uniform(0, 1);
-      Points all = points;
-      all.look(whole, pools, table);
-      points.look(listed, pools, table, list);
-      for (int32_t i = 1; i <= 300; ++i) {
-        const bool isListed = std::find(list.begin(), list.end(), i) != list.end();
-        const auto k = static_cast<std::size_t>(i - 1);
-        EXPECT_EQ(points.value[k], isListed ? all.value[k] : -77);
-        EXPECT_EQ(points.dField[k], isListed ? all.dField[k] : -77);
-        EXPECT_EQ(points.dTemperature[k], isListed ? all.dTemperature[k] : -77);
-        if (table.option == 100) {
-          EXPECT_EQ(all.value[k], 4.5);
-          EXPECT_TRUE(all.dField[k] == 0 && all.dField[k + 300] == 0 && all.dTemperature[k] == 0);
-        }
-      }
+  const Table constant = addConstant(pools, 4.5, 2), line = addTable(pools, {{field(1)}}, {{1, 0}, {2, 1}});
+  for (const Table& table : {constant, line}) {
+    Points points(300);
+    for (int32_t i = 0; i < points.n; ++i) points.at(field(1), i) = i / 250.0;
+    Points others[] = {points, points};
+    points.look(SPX_GET_GETVALUE, pools, table);
+    others[0].look(SPX_GET_GETVALUEDBL, pools, table), others[1].look(SPX_TAB_GETVALUE, pools, table);
+    for (const Points& other : others) {
+      EXPECT_EQ(other.value, points.value);
+      EXPECT_EQ(other.dField, points.dField);
+      EXPECT_EQ(other.dTemperature, points.dTemperature);
     }
+    for (int32_t i = 0; i < points.n && table.option == 100; ++i) {
+      EXPECT_EQ(points.value[static_cast<std::size_t>(i)], 4.5);
+      for (int32_t source : {kTemperature, field(1), field(2)}) EXPECT_EQ(points.derivative(source, i), 0);
+    }
+  }
 }
 
 // ---- transforms and integrals

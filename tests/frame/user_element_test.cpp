@@ -32,14 +32,8 @@ struct Block {
   std::vector<std::string> messages(Checker checker) const {
     resetRecordingHost();
     checker(&n, &ndof, &nodes, nodeDofs.data(), elements.data(), M.data());
-    std::vector<std::string> texts;
-    for (const RecordedLine& line : recordingHost().lines) {
-      EXPECT_EQ(line.unit, -6);
-      if (line.text.starts_with("***ERROR: "))
-        texts.push_back(line.text.substr(10));
-      else if (line.text != " ")
-        texts.back() += line.text.substr(10); // continued under the text, behind the blanks of the header
-    }
+    std::vector<std::string> texts = takeMessages();
+    for (std::string& text : texts) text = text.starts_with("***ERROR: ") ? text.substr(10) : "no error: " + text;
     EXPECT_EQ(recordingHost().statuses.size(), texts.size());
     return texts;
   }

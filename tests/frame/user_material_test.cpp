@@ -136,6 +136,7 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
     p.insert(p.end(), values);
     return p;
   };
+  // clang-format off
   const struct {
     const char* name;
     int ndir, nshr, states;
@@ -146,11 +147,7 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
       // several faults at once: the first in order is told
       {"TVK_JH2", 1, 0, 0, {}, jh2 + "only supports 3D and plane strain elements."},
       {"TVK_JH2", 3, 1, 3, {}, jh2 + "requires the " + shown, "4"},
-      {"TVK_JH2",
-       3,
-       1,
-       4,
-       {},
+      {"TVK_JH2", 3, 1, 4, {},
        jh2 + "requires the specification of %I material properties. Check the *USER MATERIAL option for material %S.",
        "18"},
       {"TVK_JH2", 3, 3, 4, with(kGlass, {{7, 0}, {8, -1}}), "Property %I of material %S must be greater than zero.",
@@ -161,81 +158,45 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
        "Pl of material %S, property 13, must be greater than its Pc, property 11."},
       {"TVK_SUPER_ELASTIC_N3D", 3, 3, 8, with(kAlloy, {{4, .5}}),
        "Poisson's ratios of material %S, properties 2 and 4, must lie between -1 and 0.5."},
-      {"TVK_SUPER_ELASTIC_N3D", 3, 3, 8, with(kAlloy, {{7, 500e6}}),
-       "The start of the transformation to martensite of material %S, property 6, must not be greater than its finish, "
-       "property 7: they are 5.20000E+08 and 5.00000E+08."},
-      {"TVK_SUPER_ELASTIC_N2D", 3, 1, 8, with(kAlloy, {{9, 310e6}}),
-       "The finish of the transformation to austenite of material %S, property 9, must not be greater than its start, "
-       "property 8: they are 3.10000E+08 and 3.00000E+08."},
-      {"TVK_SUPER_ELASTIC_N1D", 1, 0, 8, with(kAlloy, {{8, 550e6}, {9, 530e6}}),
-       "The finish of the transformation to austenite of material %S, property 9, must not be greater than the start "
-       "of "
-       "that to martensite, property 6: they are 5.30000E+08 and 5.20000E+08."},
-      {"TVK_SUPER_ELASTIC_N3D", 3, 3, 8, with(kAlloy, {{8, 650e6}}),
-       "The start of the transformation to austenite of material %S, property 8, must not be greater than the finish "
-       "of "
-       "that to martensite, property 7: they are 6.50000E+08 and 6.00000E+08."},
-      {"TVK_SUPER_ELASTIC_N3D", 3, 3, 8, with(kAlloy, {{14, .2}}),
-       "The volume change of material %S, property 14, must be less than 1.5 times its transformation strain, property "
-       "5: they are 2.00000E-01 and 7.50000E-02."},
+      {"TVK_SUPER_ELASTIC_N3D", 3, 3, 8, with(kAlloy, {{7, 500e6}}), "The start of the transformation to martensite of "
+       "material %S, property 6, must not be greater than its finish, property 7: they are 5.20000E+08 and "
+       "5.00000E+08."},
+      {"TVK_SUPER_ELASTIC_N2D", 3, 1, 8, with(kAlloy, {{9, 310e6}}), "The finish of the transformation to austenite of "
+       "material %S, property 9, must not be greater than its start, property 8: they are 3.10000E+08 and "
+       "3.00000E+08."},
+      {"TVK_SUPER_ELASTIC_N1D", 1, 0, 8, with(kAlloy, {{8, 550e6}, {9, 530e6}}), "The finish of the transformation to "
+       "austenite of material %S, property 9, must not be greater than the start of that to martensite, property 6: "
+       "they are 5.30000E+08 and 5.20000E+08."},
+      {"TVK_SUPER_ELASTIC_N3D", 3, 3, 8, with(kAlloy, {{8, 650e6}}), "The start of the transformation to austenite of "
+       "material %S, property 8, must not be greater than the finish of that to martensite, property 7: they are "
+       "6.50000E+08 and 6.00000E+08."},
+      {"TVK_SUPER_ELASTIC_N3D", 3, 3, 8, with(kAlloy, {{14, .2}}), "The volume change of material %S, property 14, "
+       "must be less than 1.5 times its transformation strain, property 5: they are 2.00000E-01 and 7.50000E-02."},
       {"TVK_JHB", 1, 1, 0, {}, jhb + "only supports 3D and plane strain elements."},
       {"TVK_JHB", 3, 3, 3, {}, jhb + "requires the " + shown, "4"},
       {"TVK_HJC_CONCRETE", 2, 1, 0, {}, "Subroutine VUMAT for  " + hjc + "only supports 3D and plane strain elements."},
-      {"TVK_HJC_CONCRETE",
-       3,
-       3,
-       4,
-       {},
-       "Subroutine VUMAT for " + hjc + "requires the specification of %I state variables. " + kDepvar,
-       "5"},
+      {"TVK_HJC_CONCRETE", 3, 3, 4, {},
+       "Subroutine VUMAT for " + hjc + "requires the specification of %I state variables. " + kDepvar, "5"},
       {"TVK_HJC_CONCRETE", 3, 3, 5, with(kConcrete, {{14, std::nan("")}}),
        "Property %I of material %S must be greater than zero.", "14"},
-      {"TVK_SUPER_ELASTIC",
-       3,
-       3,
-       0,
-       {},
-       "The material name used with the VUMAT for superelastic materials must start with one of the strings "
-       "TVK_SUPER_ELASTIC_N1D, TVK_SUPER_ELASTIC_N2D, or TVK_SUPER_ELASTIC_N3D"},
-      {"TVK_SUPER_ELASTIC_N2D",
-       3,
-       3,
-       0,
-       {},
-       "The elements of material %S do not have the stress components that its name asks for: TVK_SUPER_ELASTIC_N1D "
-       "needs one direct component, TVK_SUPER_ELASTIC_N2D needs plane stress elements, and TVK_SUPER_ELASTIC_N3D needs "
-       "solid or plane strain elements."},
+      {"TVK_SUPER_ELASTIC", 3, 3, 0, {}, "The material name used with the VUMAT for superelastic materials must start "
+       "with one of the strings TVK_SUPER_ELASTIC_N1D, TVK_SUPER_ELASTIC_N2D, or TVK_SUPER_ELASTIC_N3D"},
+      {"TVK_SUPER_ELASTIC_N2D", 3, 3, 0, {}, "The elements of material %S do not have the stress components that its "
+       "name asks for: TVK_SUPER_ELASTIC_N1D needs one direct component, TVK_SUPER_ELASTIC_N2D needs plane stress "
+       "elements, and TVK_SUPER_ELASTIC_N3D needs solid or plane strain elements."},
       {"TVK_SUPER_ELASTIC_N1D", 1, 0, 0, std::vector<double>(15, 1.0),
        "Subroutine VUMAT for superelastic materials should be used with 14 material  properties."},
       {"TVK_SUPER_ELASTIC_N3D", 3, 1, 7, kAlloy, "Subroutine VUMAT for superelastic materials requires the " + shown,
        "8"},
-      {"TVK_PLY_FABRIC",
-       3,
-       3,
-       0,
-       {},
+      {"TVK_PLY_FABRIC", 3, 3, 0, {},
        "Subroutine VUMAT for fabric reinforced composite materials only supports plane stress elements."},
-      {"TVK_PLY_FABRIC",
-       3,
-       1,
-       15,
-       {},
-       "Subroutine VUMAT for fabric reinforced composite materials requires the " + shown,
-       "16"},
-      {"TVK_FABRIC",
-       3,
-       3,
-       0,
-       {},
+      {"TVK_PLY_FABRIC", 3, 1, 15, {},
+       "Subroutine VUMAT for fabric reinforced composite materials requires the " + shown, "16"},
+      {"TVK_FABRIC", 3, 3, 0, {},
        "Subroutine VUMAT for fabric material is implemented only for plane stress elements (ndir=3 and nshr=1)"},
       {"TVK_FABRIC", 3, 1, 7, {}, fabric + ". " + kDepvar, "8"},
-      {"TVK_FABRIC_INITENER",
-       3,
-       1,
-       8,
-       {},
-       fabric + " when used in combination with option to ramp initial stresses. " + kDepvar,
-       "12"},
+      {"TVK_FABRIC_INITENER", 3, 1, 8, {},
+       fabric + " when used in combination with option to ramp initial stresses. " + kDepvar, "12"},
       {"TVK_FABRIC", 3, 1, 8, curves({2, 0, 0, 0}, {0, .1, 1, .1}),
        "The loading stress-strain curve for fiber 1" + curve},
       {"TVK_FABRIC", 3, 1, 8, curves({1, 2, 0, 0}, {0, .1, 0, .1, 1, 0}),
@@ -247,18 +208,10 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
       {"TVK_FABRIC", 3, 1, 8, curves({1e9, 0, 0, 2}, {0, .1}),
        "The properties of material %S end before its tables do."},
       {"TVK_FABRIC", 3, 1, 8, curves({-1, 0}, {}), "The properties of material %S end before its tables do."},
-      {"TVK_MOLDED_PLASTIC",
-       1,
-       0,
-       0,
-       {},
+      {"TVK_MOLDED_PLASTIC", 1, 0, 0, {},
        molded + "only supports solid, plane stress, and generalized plane strain elements."},
       {"TVK_MOLDED_PLASTIC", 3, 1, 13, {}, molded + "requires the " + shown, "14"},
-      {"TVK_MOLDED_PLASTIC",
-       3,
-       1,
-       14,
-       {},
+      {"TVK_MOLDED_PLASTIC", 3, 1, 14, {},
        molded + "requires the specification of uniaxial tension or compression data."},
       {"TVK_MOLDED_PLASTIC", 3, 3, 14, with(plastic(), {{4, 0}, {21, 0}}),
        "The yield ratios must be greater than zero."},
@@ -278,54 +231,25 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
       {"TVK_MOLDED_PLASTIC", 3, 3, 14, with(plastic(), {{29, 0}}),
        rated + "shear" + inTerms + "possitive strain rates"},
       {"TVK_MOLDED_PLASTIC", 3, 3, 14, with(plastic(), {{15, -1}}), carries("molded plastic")},
-      {"TVK_THERMOPLASTIC",
-       2,
-       1,
-       14,
-       {},
+      {"TVK_THERMOPLASTIC", 2, 1, 14, {},
        thermo + "only supports solid, plane stress, and generalized plane strain elements."},
       {"TVK_THERMOPLASTIC", 3, 3, 13, {}, thermo + "requires the " + shown, "14"},
-      {"TVK_THERMOPLASTIC",
-       3,
-       3,
-       14,
-       {},
+      {"TVK_THERMOPLASTIC", 3, 3, 14, {},
        thermo + "requires the specification of uniaxial tension or compression data."},
       {"TVK_THERMOPLASTIC", 3, 3, 14, with(plastic(), {{16, -1}}),
        "Coefficients f3 and f5 for the thermoplastic material cannot be negative"},
-      {"TVK_HONEYCOMB",
-       3,
-       3,
-       0,
-       {},
-       "The honeycomb user material requires the specification of %I material in the *USER MATERIAL option for "
-       "material %S.",
-       "11"},
-      {"TVK_HONEYCOMB", 3, 3, 0, std::vector<double>(11),
-       "The honeycomb user material requires the specification of %I state variables. Check the definition of *DEPVAR "
-       "for material %S.",
-       "1"},
-      {"TVK_HONEYCOMB", 3, 3, 1, std::vector<double>(11, .2),
-       "The honeycomb user material requires the specification of %I state variables when a tensile strain for element "
-       "deletion is defined in the model. Check the definition of *DEPVAR for material %S.",
-       "2"},
-      {"TVK_RATE_SENSITIVE_FOAM",
-       3,
-       3,
-       1,
-       {},
-       "The rate sensitive foam user material requires the specification of %I state variables. Check the definition "
-       "of  *DEPVAR in the input file.",
-       "2"},
-      {"TVK_RATE_SENSITIVE_FOAM",
-       3,
-       3,
-       7,
-       {1, 0, .1},
-       std::string("The rate sensitive foam user material requires the specification of %I state variables when beta "
-                   "damping is specified. ") +
-           kDepvar,
-       "8"}};
+      {"TVK_HONEYCOMB", 3, 3, 0, {}, "The honeycomb user material requires the specification of %I material in the "
+       "*USER MATERIAL option for material %S.", "11"},
+      {"TVK_HONEYCOMB", 3, 3, 0, std::vector<double>(11), "The honeycomb user material requires the specification of "
+       "%I state variables. Check the definition of *DEPVAR for material %S.", "1"},
+      {"TVK_HONEYCOMB", 3, 3, 1, std::vector<double>(11, .2), "The honeycomb user material requires the specification "
+       "of %I state variables when a tensile strain for element deletion is defined in the model. Check the definition "
+       "of *DEPVAR for material %S.", "2"},
+      {"TVK_RATE_SENSITIVE_FOAM", 3, 3, 1, {}, "The rate sensitive foam user material requires the specification of %I "
+       "state variables. Check the definition of  *DEPVAR in the input file.", "2"},
+      {"TVK_RATE_SENSITIVE_FOAM", 3, 3, 7, {1, 0, .1}, std::string("The rate sensitive foam user material requires the "
+       "specification of %I state variables when beta damping is specified. ") + kDepvar, "8"}};
+  // clang-format on
   for (const auto& c : cases) {
     Call call{c.name, c.ndir, c.nshr, c.states, c.props};
     EXPECT_EQ(call.run(), "Error: " + call.filled(c.text, c.number) + "|");

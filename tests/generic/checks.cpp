@@ -1,7 +1,6 @@
 #include "checks.h"
 
 #include <algorithm>
-#include <limits>
 #include <mutex>
 #include <thread>
 
@@ -28,11 +27,12 @@ void forCases(const Kernel& kernel, Run run) {
   }
 }
 
-bool isSameLine(const Array& a, const Array& b, std::size_t line) {
+bool isSameLine(const Array& a, const Array& b, std::size_t line, std::size_t lineOfB) {
   for (std::size_t c = 0; c < a.components(); ++c)
-    if (a.canonicalBits(a.index(line, c)) != b.canonicalBits(b.index(line, c))) return false;
+    if (a.canonicalBits(a.index(line, c)) != b.canonicalBits(b.index(lineOfB, c))) return false;
   return true;
 }
+bool isSameLine(const Array& a, const Array& b, std::size_t line) { return isSameLine(a, b, line, line); }
 
 // Records of nothing but results; others have components of more than one call.
 bool isFullRecord(const Array& array) {
@@ -41,33 +41,46 @@ bool isFullRecord(const Array& array) {
   return array.info->is("record");
 }
 
+// One sub-record of many: which of the parts of a record the call writes, and of how many; 0 of 1 for others.
+struct Part {
+  std::size_t number = 0, count = 1;
+};
+Part partOf(const KernelCase& data, const Array& array) {
+  const int dimension = array.info->rank() - 2;
+  if (!array.info->is("record") || dimension < 0) return {};
+  const std::string parts = array.info->shape[dimension];
+  for (const Array& index : data.arrays)
+    if (index.info->is("index") && index.info->unit == "1.." + parts)
+      return {static_cast<std::size_t>(index.integer(0) - 1), static_cast<std::size_t>(data.find(parts)->integer(0))};
+  return {};
+}
+
+// Moved by the records of the points, by the last of their sub-records.
+void compareCursor(const KernelCase& before, const Array& now, Findings& findings) {
+  Part part;
+  for (const Array& array : before.arrays)
+    if (array.info->is("record")) part = partOf(before, array);
+  const int records = part.number + 1 == part.count ? before.recordsBefore(before.points) : 0;
+  if (now.integer(0) != before.cursor + records) findings.insert("leaves " + name(now) + " at another record");
+}
+
 // Written where it must be, untouched elsewhere.
 void compareWrites(const KernelCase& before, const Array& old, const Array& now, Findings& findings) {
+  if (old.info->is("cursor")) return compareCursor(before, now, findings);
   const bool isMapped = before.isMapped(old);
   const std::vector<bool> reached = before.reachedEntities(old);
+  const Part part = partOf(before, old);
   for (std::size_t line = 0; line < old.lineCount; ++line) {
     const bool isProcessed = old.lines != Lines::points || before.isProcessed(line);
     const bool mayChange = isProcessed && (old.lines != Lines::entities || !isMapped || reached[line]);
     for (std::size_t c = 0; c < old.components(); ++c) {
       const std::size_t at = old.index(line, c);
       if (!mayChange && now.bits(at) != old.bits(at)) findings.insert("changes values of other points in " + name(old));
+      if (c * part.count / old.components() != part.number && now.bits(at) != old.bits(at))
+        findings.insert("changes other parts of records in " + name(old));
       const bool isWhole = old.lines != Lines::entities || (isFullRecord(old) && reached[line]);
       if (old.info->isOnlyWritten() && isWhole && isProcessed && now.isPoisoned(at))
         findings.insert("leaves values of " + name(old) + " unwritten");
-    }
-  }
-}
-
-// The case with another value in one component of one point against the case as it was.
-void compareOtherPoints(const KernelCase& sound, const KernelCase& spoiled, int point, Findings& findings) {
-  for (std::size_t a = 0; a < sound.arrays.size(); ++a) {
-    const Array& s = sound.arrays[a];
-    if (!s.info->isWritten() || s.lines == Lines::none) continue;
-    const std::vector<bool> reached = sound.reachedEntities(s, point);
-    for (std::size_t line = 0; line < s.lineCount; ++line) {
-      const bool isOwn =
-          s.lines == Lines::points ? static_cast<int>(line) == point : line < reached.size() && reached[line];
-      if (!isOwn && !isSameLine(s, spoiled.arrays[a], line)) findings.insert("spoils other points in " + name(s));
     }
   }
 }
@@ -82,6 +95,19 @@ void compareOutputs(const KernelCase& expected, const KernelCase& got, const std
       if (!isSameLine(e, got.arrays[a], line)) findings.insert(what + " changes the bits of " + name(e));
   }
   if (expected.result != got.result) findings.insert(what + " changes the result");
+}
+
+void compareOtherPoints(const KernelCase& sound, const KernelCase& spoiled, int point, Findings& findings) {
+  for (std::size_t a = 0; a < sound.arrays.size(); ++a) {
+    const Array& s = sound.arrays[a];
+    if (!s.info->isWritten() || s.lines == Lines::none) continue;
+    const std::vector<bool> reached = sound.reachedEntities(s, point);
+    for (std::size_t line = 0; line < s.lineCount; ++line) {
+      const bool isOwn =
+          s.lines == Lines::points ? static_cast<int>(line) == point : line < reached.size() && reached[line];
+      if (!isOwn && !isSameLine(s, spoiled.arrays[a], line)) findings.insert("spoils other points in " + name(s));
+    }
+  }
 }
 
 KernelCase runInPieces(GuardedMemory& memory, const Kernel& kernel, const KernelCase& start,
@@ -135,6 +161,33 @@ Findings checkEmpty(GuardedMemory& memory, const Kernel& kernel) {
   return findings;
 }
 
+Findings checkLists(GuardedMemory& memory, const Kernel& kernel) {
+  Findings findings;
+  if (!kernel.info->hasRole("list") && !kernel.info->hasRole("set")) return findings;
+  const auto compare = [&](const KernelCase& start, KernelCase whole) {
+    KernelCase listed = start;
+    if (!memory.call(kernel.address, listed, into(findings))) return;
+    if (!memory.call(kernel.wholeAddress, whole, into(findings))) return;
+    const std::vector<int> records = start.recordsOfPoints(), wholeRecords = whole.recordsOfPoints();
+    for (const Array& got : listed.arrays) {
+      if (!got.info->isWritten() || got.info->is("cursor")) continue;
+      const Array* wanted = whole.find(got.info->name);
+      for (std::size_t p = 0; p < records.size(); ++p) {
+        const bool isRecord = got.info->is("record");
+        if (isRecord ? records[p] < 0 : !start.isProcessed(p)) continue;
+        const std::size_t line = isRecord ? static_cast<std::size_t>(records[p]) : p;
+        if (!isSameLine(got, *wanted, line, isRecord ? static_cast<std::size_t>(wholeRecords[p]) : p))
+          findings.insert("gives listed points other values of " + name(got) + " than a call for all");
+      }
+    }
+  };
+  forCases(kernel, [&](const KernelCase& start) {
+    compare(start, start.forAllPoints(*kernel.wholeInfo));
+    compare(start.forAllPoints(*kernel.info, true), start.forAllPoints(*kernel.wholeInfo));
+  });
+  return findings;
+}
+
 Findings checkPieces(GuardedMemory& memory, const Kernel& kernel) {
   Findings findings;
   if (kernel.info->hasRole("length")) return findings; // an array treated as a whole
@@ -146,35 +199,6 @@ Findings checkPieces(GuardedMemory& memory, const Kernel& kernel) {
     const KernelCase points = runInPieces(memory, kernel, start, {1}, findings);
     compareOutputs(atOnce, points, "going point by point", findings);
   });
-  return findings;
-}
-
-Findings checkSpoiledPoint(GuardedMemory& memory, const Kernel& kernel) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  constexpr double kValues[] = {std::numeric_limits<double>::quiet_NaN(), kInfinity, -kInfinity, 1e300, 5e-324};
-  constexpr int kPoints = 21; // full vectors and a rest in every instruction set
-  Findings findings;
-  for (int v = 0; v < std::min(4, variantCount(*kernel.info)); ++v) {
-    const KernelCase start = makeCase(*kernel.info, kPoints, v);
-    KernelCase sound = start;
-    if (!memory.call(kernel.address, sound, into(findings))) continue;
-    int point = 0;
-    for (std::size_t a = 0; a < start.arrays.size(); ++a) {
-      const Array& input = start.arrays[a];
-      if (input.lines != Lines::points || !input.info->isReal() || input.info->isOnlyWritten()) continue;
-      for (std::size_t c = 0; c < input.components(); ++c) {
-        for (double value : kValues) {
-          point = (point + 8) % kPoints;
-          const int line = start.first + point;
-          KernelCase spoiled = start;
-          spoiled.arrays[a].setReal(input.index(static_cast<std::size_t>(line), c), value);
-          // In an array that is treated as a whole, only the fences and the return count.
-          if (memory.call(kernel.address, spoiled, into(findings)) && !kernel.info->hasRole("length"))
-            compareOtherPoints(sound, spoiled, line, findings);
-        }
-      }
-    }
-  }
   return findings;
 }
 

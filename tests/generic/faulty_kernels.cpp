@@ -87,6 +87,27 @@ void FAULTY_KEEPS_CURSOR(const int32_t* n, int32_t* cursor, const double* x, dou
   if (*n > 0) ++*cursor;
 }
 
+void FAULTY_FIRST_PART(const int32_t* n, const int32_t* parts, const int32_t*, int32_t* cursor, const double* x,
+                       double* y) {
+  for (int i = 0; i < *n; ++i) y[(*cursor)++ * *parts - *parts] = 2.0 * x[i];
+}
+
+void SOUND_PART(const int32_t* n, const int32_t* parts, const int32_t* part, int32_t* cursor, const double* x,
+                double* y) {
+  const sa::OwnArithmetic arithmetic;
+  for (int i = 0; i < *n; ++i) y[(*cursor - 1 + i) * *parts + *part - 1] = 2.0 * x[i];
+  if (*part == *parts && *n > 0) *cursor += *n;
+}
+
+void FAULTY_NEXT_POINT(const int32_t* n, const double* x, double* y) {
+  const sa::OwnArithmetic arithmetic;
+  for (int i = 0; i < *n; ++i) y[i] = 2.0 * x[i];
+}
+
+void FAULTY_NEXT_POINTINDX(const int32_t* n, const int32_t* count, const int32_t* list, const double* x, double* y) {
+  for (int k = 0; k<*count&& * n> 0; ++k) y[list[k] - 1] = 2.0 * x[list[k] % *n];
+}
+
 void FAULTY_DOES_NOT_RETURN(const int32_t* n, const double* x, double* y) {
   const sa::OwnArithmetic arithmetic;
   for (int i = 0; i < *n; ++i) {
@@ -126,10 +147,12 @@ void FAULTY_SWALLOWS_NAN(const int32_t* n, const double* x, double* y) {
 
 namespace {
 
-void writeMembers(int before, int n, int last, const int32_t* set, int32_t* cursor, const double* x, double* y) {
-  for (; *cursor <= last && set[*cursor - 1] - before <= n; ++*cursor) {
+// With the values of the members' points, or of the first points in their place.
+void writeMembers(int before, int n, int last, const int32_t* set, int32_t* cursor, const double* x, double* y,
+                  bool ofFirst = false) {
+  for (int first = 0; *cursor <= last && set[*cursor - 1] - before <= n; ++*cursor) {
     const int point = set[*cursor - 1] - before;
-    if (point >= 1) y[*cursor - 1] = 2.0 * x[point - 1];
+    if (point >= 1) y[*cursor - 1] = 2.0 * x[ofFirst ? first++ : point - 1];
   }
 }
 
@@ -139,6 +162,13 @@ void FAULTY_IGNORES_PLACE(const int32_t* n, const int32_t* blockNumber, const in
                           const int32_t*, const int32_t* last, const int32_t* set, int32_t* cursor, const double* x,
                           double* y) {
   if (*n > 0) writeMembers((*blockNumber - 1) * *blockSize, *n, *last, set, cursor, x, y);
+}
+
+void FAULTY_COUNTS_MEMBERS(const int32_t* n, const int32_t* blockNumber, const int32_t* blockSize,
+                           const int32_t* groupNumber, const int32_t* groupSize, const int32_t* last,
+                           const int32_t* set, int32_t* cursor, const double* x, double* y) {
+  const int before = (*blockNumber - 1) * *blockSize + (*groupNumber - 1) * *groupSize;
+  if (*n > 0) writeMembers(before, *n, *last, set, cursor, x, y, true);
 }
 
 void SOUND_SET(const int32_t* n, const int32_t* blockNumber, const int32_t* blockSize, const int32_t* groupNumber,

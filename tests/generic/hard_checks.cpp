@@ -17,6 +17,7 @@ namespace {
 // with another kind of material table.
 constexpr std::uint64_t kCasesOfOne = 8;
 constexpr int kLengths[] = {128, 137, 126};
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 std::uint64_t mix(std::uint64_t a, std::uint64_t b) { // the finaliser of splitmix64
   std::uint64_t x = a + 0x9e3779b97f4a7c15ULL * (b + 1);
@@ -257,40 +258,61 @@ Findings unusedExceptions() {
 }
 
 Findings checkReach(GuardedMemory& memory, const Kernel& kernel) {
-  constexpr int kPoints = 6;
   Findings findings;
   const Complain complain = [&findings](const std::string& text) { findings.insert(text); };
-  for (int turn = 0; turn < std::max(6, variantCount(*kernel.info)); ++turn) {
-    KernelCase start = makeCase(*kernel.info, kPoints, turn % variantCount(*kernel.info));
-    const auto point = static_cast<std::size_t>(start.first + turn % kPoints);
-    for (Shear shear : {Shear::any, Shear::none, Shear::isotropic}) {
-      straighten(start, point, shear);
-      KernelCase sound = start, other = start, spoiled = start;
-      if (!memory.call(kernel.address, sound, complain)) return findings;
-      for (std::size_t a = 0; a < start.arrays.size(); ++a) {
-        const Array& input = start.arrays[a];
-        if (!isNumber(input) || isMark(input) || std::string_view(input.info->unit) == "properties") continue;
-        const bool isOfPoint = input.lines == Lines::points;
-        for (std::size_t k = 0; k < (isOfPoint ? input.components() : input.elements()); ++k) {
-          const std::size_t at = isOfPoint ? input.index(point, k) : k;
-          const double value = input.real(at);
-          other = spoiled = start;
-          other.arrays[a].setReal(at, value == 0.0 ? 0.3 : 2.0 * value);
-          spoiled.arrays[a].setReal(at, std::numeric_limits<double>::quiet_NaN());
-          if (!memory.call(kernel.address, other, complain) || !memory.call(kernel.address, spoiled, complain))
-            return findings;
-          if (isMarked(spoiled, point)) continue; // the caller is told
-          for (std::size_t b = 0; b < sound.arrays.size(); ++b) {
-            const Array& output = sound.arrays[b];
-            if (!output.info->isWritten() || !output.info->isReal() || isMark(output)) continue;
-            for (std::size_t line = 0; line < output.lineCount; ++line)
-              if (isSwallowed(output, other.arrays[b], spoiled.arrays[b], line) &&
-                  !isExcepted(kernel.info->name, input.info->name, output.info->name))
-                complain(std::string("NaN in ") + input.info->name + " does not reach " + output.info->name);
-          }
-        }
+  // Calls with another value in each place of each input of one point, or in each scalar and list.
+  const auto forPlaces = [&](const KernelCase& start, std::size_t point, const auto& run) {
+    for (std::size_t a = 0; a < start.arrays.size(); ++a) {
+      const Array& input = start.arrays[a];
+      if (!isNumber(input)) continue;
+      const bool isOfPoint = input.lines == Lines::points;
+      for (std::size_t k = 0; k < (isOfPoint ? input.components() : input.elements()); ++k) {
+        const std::size_t at = isOfPoint ? input.index(point, k) : k;
+        run(input, input.real(at), [&, a, at](double value) {
+          KernelCase data = start;
+          data.arrays[a].setReal(at, value);
+          memory.call(kernel.address, data, complain);
+          return data;
+        });
       }
     }
+  };
+  const int variants = variantCount(*kernel.info);
+  for (int turn = 0; turn < std::max(6, variants); ++turn) {
+    KernelCase start = makeCase(*kernel.info, 6, turn % variants);
+    const auto point = static_cast<std::size_t>(start.first + turn % 6);
+    for (Shear shear : {Shear::any, Shear::none, Shear::isotropic}) {
+      straighten(start, point, shear);
+      KernelCase sound = start;
+      if (!memory.call(kernel.address, sound, complain)) return findings;
+      forPlaces(start, point, [&](const Array& input, double old, const auto& with) {
+        if (isMark(input) || std::string_view(input.info->unit) == "properties") return;
+        const KernelCase other = with(old == 0.0 ? 0.3 : 2.0 * old), spoiled = with(kNaN);
+        if (isMarked(spoiled, point)) return; // the caller is told
+        for (std::size_t b = 0; b < sound.arrays.size(); ++b) {
+          const Array& output = sound.arrays[b];
+          if (!output.info->isWritten() || !output.info->isReal() || isMark(output)) continue;
+          for (std::size_t line = 0; line < output.lineCount; ++line)
+            if (isSwallowed(output, other.arrays[b], spoiled.arrays[b], line) &&
+                !isExcepted(kernel.info->name, input.info->name, output.info->name))
+              complain(std::string("NaN in ") + input.info->name + " does not reach " + output.info->name);
+        }
+      });
+    }
+  }
+  for (int v = 0; v < std::min(4, variants); ++v) {
+    const KernelCase start = makeCase(*kernel.info, 21, v); // full vectors and a rest in every instruction set
+    const int point = start.first + 8 * (v + 1) % 21;
+    KernelCase sound = start;
+    if (!memory.call(kernel.address, sound, complain)) return findings;
+    forPlaces(start, static_cast<std::size_t>(point), [&](const Array& input, double, const auto& with) {
+      if (input.lines != Lines::points) return;
+      for (double value : {kNaN, HUGE_VAL, -HUGE_VAL, 1e300, 5e-324}) {
+        const KernelCase spoiled = with(value);
+        // In an array that is treated as a whole, only the fences and the return count.
+        if (!kernel.info->hasRole("length")) compareOtherPoints(sound, spoiled, point, findings);
+      }
+    });
   }
   return findings;
 }

@@ -557,6 +557,29 @@ int KernelCase::recordsBefore(int point) const {
   return static_cast<int>(std::count_if(records.begin(), records.begin() + point, [](int r) { return r >= 0; }));
 }
 
+KernelCase KernelCase::forAllPoints(const RoutineInfo& form, bool isReversed) const {
+  KernelCase all = *this;
+  all.routine = &form;
+  all.arrays.clear();
+  std::vector<int> list;
+  std::string listLength;
+  for (int p = 1; p <= points; ++p) list.push_back(isReversed ? points + 1 - p : p);
+  for (int i = 0; i < form.argumentCount(); ++i) {
+    const ArgumentInfo& info = form.arguments[i];
+    const Array* own = find(info.name);
+    if (own == nullptr) throw std::logic_error(std::string(routine->name) + " has no " + info.name);
+    all.arrays.push_back(*own);
+    all.arrays.back().info = &info;
+    if (!info.is("list") && !info.is("set")) continue;
+    if (info.is("set")) list = makeSet(list, points);
+    setList(all.arrays.back(), list);
+    listLength = info.shape[0];
+  }
+  for (Array& array : all.arrays)
+    if (listLength == array.info->name) array.setInteger(0, static_cast<int>(list.size()));
+  return all;
+}
+
 KernelCase KernelCase::piece(int begin, int end) const {
   KernelCase cut = *this;
   const int length = end - begin;

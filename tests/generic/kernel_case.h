@@ -80,6 +80,8 @@ struct KernelCase {
 
   // Says that the block has fewer points than the arrays were made for.
   void setPoints(int n);
+  // The same call for every point of the block, by a routine that has no list or by this one; lists may run backwards.
+  KernelCase forAllPoints(const RoutineInfo& form, bool isReversed = false) const;
   // The points begin .. end - 1 of this call as a call of their own, and its outputs put back.
   KernelCase piece(int begin, int end) const;
   void putBack(const KernelCase& piece, int begin);

@@ -19,6 +19,20 @@ void onAlarm(int) {
   _exit(3);
 }
 
+// NAME of NAMEINDX, NAMEELSET and the like.
+void setWholeForm(Kernel& kernel, const std::vector<Kernel>& kernels) {
+  static constexpr std::string_view kForms[][2] = {
+      {"INDX", ""}, {"FLDELSET", "ORFLD"}, {"ELSET", ""}, {"EMULT", "MULT"}, {"ELS", ""}};
+  for (const auto& [ending, replacement] : kForms) {
+    std::string wanted = kernel.info->name;
+    const std::size_t at = wanted.rfind(ending);
+    if (at == std::string::npos) continue;
+    wanted.replace(at, ending.size(), replacement);
+    for (const Kernel& other : kernels)
+      if (other.info->name == wanted) kernel.wholeInfo = other.info, kernel.wholeAddress = other.address;
+  }
+}
+
 } // namespace
 
 std::vector<Kernel> openKernels(const std::string& library) {
@@ -30,9 +44,10 @@ std::vector<Kernel> openKernels(const std::string& library) {
   for (const RoutineInfo* info : kernelsOfRegistry()) {
     void* address = dlsym(handle, info->name);
     if (address == nullptr) missing += std::string(" ") + info->name;
-    kernels.push_back({info, address});
+    kernels.push_back({info, address, info, address});
   }
   if (!missing.empty()) throw std::runtime_error("the library misses" + missing);
+  for (Kernel& kernel : kernels) setWholeForm(kernel, kernels);
   return kernels;
 }
 

@@ -3,15 +3,15 @@
 #include "dmpC_DataHandler.h"
 #include "host_services.h"
 #include "reference_host.h"
+#include "tests/support/files.h"
+#include "tests/support/program.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <string>
-#include <unistd.h>
 
 namespace {
 
@@ -80,27 +80,25 @@ TEST(DataHandler, BlocksAreTakenOutAndDeleted) {
 
 #ifdef SA_RANKS_PROGRAM
 TEST(Ranks, OrderLargeMessagesAndAMillionDiagnostics) {
-  if (std::system("command -v mpirun >/dev/null 2>&1") != 0) GTEST_SKIP() << "mpirun not found";
-  setenv("OMPI_ALLOW_RUN_AS_ROOT", "1", 1);
-  setenv("OMPI_ALLOW_RUN_AS_ROOT_CONFIRM", "1", 1);
-  setenv("OMPI_MCA_btl_vader_single_copy_mechanism", "none", 1); // containers forbid it, with a warning
+  if (!test::setUpRanks()) GTEST_SKIP() << "mpirun not found";
+  const test::TemporaryDirectory directory;
   for (const char* ranks : {"2", "4"}) {
-    const std::string command = std::string("timeout 100 mpirun --oversubscribe -n ") + ranks + " " SA_RANKS_PROGRAM;
-    EXPECT_EQ(std::system(command.c_str()), 0) << command;
+    const test::Outcome outcome = test::shell(std::string("timeout 100 mpirun --oversubscribe -n ") + ranks +
+                                              " " SA_RANKS_PROGRAM " " + directory.path().string());
+    EXPECT_EQ(outcome.code, 0) << ranks << " ranks: " << outcome.err;
+    std::fputs(outcome.out.c_str(), stdout);
   }
 }
 
 // A host library that stands alone, as on a machine that has no MPI.
 TEST(Ranks, WithoutTheMpiLibraryALaunchSaysWhatIsMissing) {
-  const auto directory = std::filesystem::temp_directory_path() / ("sharedanalysis-alone-" + std::to_string(getpid()));
-  std::filesystem::create_directory(directory);
-  std::filesystem::copy(SA_HOST_LIBRARY, directory);
-  const std::string start = "LD_LIBRARY_PATH=" + directory.string() + " ";
-  const std::string program = SA_RANKS_PROGRAM " 2>" + (directory / "err").string();
+  const test::TemporaryDirectory directory;
+  std::filesystem::copy(SA_HOST_LIBRARY, directory.path());
   const auto answer = [&](const std::string& environment) {
-    EXPECT_EQ(std::system((environment + start + program).c_str()) >> 8, 2) << environment;
-    std::ifstream file(directory / "err");
-    return std::string{std::istreambuf_iterator<char>(file), {}};
+    const test::Outcome outcome =
+        test::shell(environment + "LD_LIBRARY_PATH=" + directory.path().string() + " " SA_RANKS_PROGRAM " .");
+    EXPECT_EQ(outcome.code, 2) << environment;
+    return outcome.err;
   };
   EXPECT_EQ(answer("OMPI_COMM_WORLD_SIZE=3 ")
                 .find("this process was launched on 3 ranks, but libSharedAnalysisMpi.so "
@@ -108,7 +106,6 @@ TEST(Ranks, WithoutTheMpiLibraryALaunchSaysWhatIsMissing) {
             0U);
   EXPECT_EQ(answer("PMIX_RANK=0 ").find("this process was launched on ranks, but "), 0U);
   EXPECT_EQ(answer("OMPI_COMM_WORLD_SIZE=1 "), "not on ranks\n");
-  std::filesystem::remove_all(directory);
 }
 #endif
 

@@ -12,6 +12,9 @@
 #include "host_services.h"
 #include "inpM_SolverPartMap.h"
 #include "reference_host.h"
+#include "tests/support/database.h"
+#include "tests/support/files.h"
+#include "tests/support/program.h"
 #include "thr_GlobalLock.h"
 #include "thr_ThrSingletonRegistry.h"
 
@@ -32,7 +35,6 @@
 #include <random>
 #include <regex>
 #include <set>
-#include <sqlite3.h>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -46,45 +48,12 @@ namespace {
 
 using namespace sharedanalysis::host;
 namespace fs = std::filesystem;
-using Row = std::vector<std::string>;
-using Rows = std::vector<Row>;
+using namespace sharedanalysis::test;
 
 dxt_DiagnosticExtractor& implicitExtractor() { return dxt_DiagnosticExtractor::Instance(); }
 dxt_DiagnosticExtractorXpl& explicitExtractor() { return dxt_DiagnosticExtractorXpl::Instance(); }
 
-// A database, read by SQLite alone.
-class Reader {
-public:
-  explicit Reader(const fs::path& file, int flags = SQLITE_OPEN_READONLY) {
-    if (sqlite3_open_v2(file.c_str(), &database_, flags, nullptr) != SQLITE_OK)
-      throw std::runtime_error(sqlite3_errmsg(database_));
-  }
-  ~Reader() { sqlite3_close(database_); }
-  Reader(const Reader&) = delete;
-  Reader& operator=(const Reader&) = delete;
-
-  Rows rows(const std::string& sql) {
-    Rows all;
-    const auto keep = [](void* to, int columns, char** values, char**) {
-      Row& row = static_cast<Rows*>(to)->emplace_back();
-      for (int k = 0; k < columns; ++k) row.emplace_back(values[k] == nullptr ? "NULL" : values[k]);
-      return 0;
-    };
-    if (sqlite3_exec(database_, sql.c_str(), keep, &all, nullptr) != SQLITE_OK)
-      throw std::runtime_error(sqlite3_errmsg(database_));
-    return all;
-  }
-  std::string value(const std::string& sql) {
-    const Rows all = rows(sql);
-    return all.size() == 1 && all[0].size() == 1 ? all[0][0] : std::to_string(all.size()) + " rows";
-  }
-  int64_t number(const std::string& sql) { return std::stoll(value(sql)); }
-
-private:
-  sqlite3* database_ = nullptr;
-};
-
-void expectSound(Reader& reader) {
+void expectSound(Database& reader) {
   EXPECT_EQ(reader.value("PRAGMA integrity_check"), "ok");
   EXPECT_EQ(reader.rows("PRAGMA foreign_key_check"), Rows());
   EXPECT_EQ(reader.rows("SELECT c.id FROM codes c WHERE c.count <> (SELECT count(*) FROM diagnostics d WHERE "
@@ -93,13 +62,13 @@ void expectSound(Reader& reader) {
       << "counts of codes";
 }
 
+// The rest of a SELECT and its rows: columns parted by bars, rows by semicolons.
+void expectRows(Database& r, const std::vector<std::pair<std::string, std::string>>& table) {
+  for (const auto& [query, expected] : table) EXPECT_EQ(r.text("SELECT " + query), expected) << query;
+}
+
 class DiagnosticDatabase : public testing::Test {
 protected:
-  void SetUp() override {
-    std::string name = (fs::temp_directory_path() / "sharedanalysis-diagnostics-XXXXXX").string();
-    ASSERT_NE(mkdtemp(name.data()), nullptr);
-    directory = name;
-  }
   void TearDown() override {
     closeJob();
     setModel({});
@@ -107,11 +76,11 @@ protected:
     explicitExtractor().Enable();
     implicitExtractor().SetExecutionCode(0);
     explicitExtractor().SetExecutionCode(0);
-    fs::remove_all(directory);
   }
   fs::path database(const std::string& job) const { return directory / (job + ".diagnostics.sqlite"); }
 
-  fs::path directory;
+  const TemporaryDirectory temporary;
+  const fs::path& directory = temporary.path();
 };
 
 dia_Values atElement(const dia_Entity& element) {
@@ -172,41 +141,34 @@ TEST_F(DiagnosticDatabase, HoldsTheCourseOfAnImplicitAnalysis) {
   x.BeginIncrement(1, 1.0);
   closeJob();
 
-  Reader r(database("course"));
+  Database r(database("course"));
   expectSound(r);
-  EXPECT_EQ(r.rows("SELECT number, name, solver, procedure, flag1, flag2, incrementation, control1, control4, "
-                   "control_count, equation_solver, extrapolation, characteristic_length, unsymmetric, nlgeom, "
-                   "stabilize_factor, ended >= began FROM steps"),
-            (Rows{{"1", "Press", "implicit", "4", "1", "0", "3", "0.1", "0.5", "100", "1", "2", "0.25", "1", "1",
-                   "0.0002", "1"},
-                  {"2", "Twist", "implicit", "5", "0", "1", "NULL", "NULL", "NULL", "NULL", "0", "NULL", "NULL", "0",
-                   "0", "NULL", "1"}}));
-  EXPECT_EQ(r.rows("SELECT step, number, time_increment, time, converged, attempts, iterations, cutbacks, errors, "
-                   "warnings, ended IS NULL FROM increments"),
-            (Rows{{"1", "1", "0.5", "0.125", "1", "2", "2", "1", "0", "0", "0"},
-                  {"2", "1", "1.0", "NULL", "NULL", "0", "0", "0", "0", "0", "1"}}))
-      << "an increment that did not end says so";
-  EXPECT_EQ(r.rows("SELECT increment, number, time_increment, needs_reordering, ended FROM attempts"),
-            (Rows{{"1", "1", "0.5", "1", "1"}, {"1", "2", "0.125", "NULL", "1"}}));
-  EXPECT_EQ(r.rows("SELECT increment, attempt, number, converged, severe_discontinuity, penetration_exceeded, "
-                   "separation_too_large, ended FROM iterations"),
-            (Rows{{"1", "1", "1", "0", "1", "1", "0", "1"}, {"1", "2", "1", "1", "NULL", "NULL", "NULL", "1"}}));
-  EXPECT_EQ(r.rows("SELECT iteration, number, converged, ended FROM contact_iterations"),
-            (Rows{{"1", "1", "0", "1"}, {"1", "2", "1", "1"}}));
-  EXPECT_EQ(
-      r.rows("SELECT m.class, m.code, d.kind, m.step, m.increment, m.attempt, m.iteration, m.time, m.text "
-             "FROM messages m JOIN diagnostics d USING (id)"),
-      (Rows{{"cutback", "4", "NULL", "1", "1", "1", "NULL", "0.125", "Too many iterations with severe discontinuities"},
-            {"residual", "2", "7", "1", "1", "2", "1", "0.125",
-             "Field 2, kind 7: average force 1.00000e+01, largest residual 5.00000e-01, largest increment "
-             "1.00000e-03, largest correction 2.00000e-04"},
-            {"compatibility", "3", "NULL", "1", "1", "2", "1", "0.125",
-             "Constraint 3: largest error 1.00000e-06, allowed 1.00000e-05"}}));
-  EXPECT_EQ(r.rows("SELECT step, increment, attempt, time_increment, iterations, cutback FROM attempt_summary"),
-            (Rows{{"1", "1", "1", "0.5", "1", "Too many iterations with severe discontinuities"},
-                  {"1", "1", "2", "0.125", "1", "NULL"}}));
-  EXPECT_EQ(r.rows("SELECT step, increments, attempts, iterations, cutbacks, time FROM step_summary"),
-            (Rows{{"1", "1", "2", "2", "1", "0.125"}, {"2", "1", "0", "0", "0", "NULL"}}));
+  // clang-format off
+  expectRows(r, {
+    {"number, name, solver, procedure, flag1, flag2, incrementation, control1, control4, control_count, "
+      "equation_solver, extrapolation, characteristic_length, unsymmetric, nlgeom, stabilize_factor, ended >= began "
+      "FROM steps",
+     "1|Press|implicit|4|1|0|3|0.1|0.5|100|1|2|0.25|1|1|0.0002|1; "
+      "2|Twist|implicit|5|0|1|NULL|NULL|NULL|NULL|0|NULL|NULL|0|0|NULL|1"},
+    {"step, number, time_increment, time, converged, attempts, iterations, cutbacks, errors, warnings, ended IS "
+      "NULL FROM increments",
+     "1|1|0.5|0.125|1|2|2|1|0|0|0; 2|1|1.0|NULL|NULL|0|0|0|0|0|1"},
+    {"increment, number, time_increment, needs_reordering, ended FROM attempts", "1|1|0.5|1|1; 1|2|0.125|NULL|1"},
+    {"increment, attempt, number, converged, severe_discontinuity, penetration_exceeded, separation_too_large, "
+      "ended FROM iterations",
+     "1|1|1|0|1|1|0|1; 1|2|1|1|NULL|NULL|NULL|1"},
+    {"iteration, number, converged, ended FROM contact_iterations", "1|1|0|1; 1|2|1|1"},
+    {"m.class, m.code, d.kind, m.step, m.increment, m.attempt, m.iteration, m.time, m.text FROM messages m JOIN "
+      "diagnostics d USING (id)",
+     "cutback|4|NULL|1|1|1|NULL|0.125|Too many iterations with severe discontinuities; "
+      "residual|2|7|1|1|2|1|0.125|Field 2, kind 7: average force 1.00000e+01, largest residual 5.00000e-01, largest "
+      "increment 1.00000e-03, largest correction 2.00000e-04; compatibility|3|NULL|1|1|2|1|0.125|Constraint 3: "
+      "largest error 1.00000e-06, allowed 1.00000e-05"},
+    {"step, increment, attempt, time_increment, iterations, cutback FROM attempt_summary",
+     "1|1|1|0.5|1|Too many iterations with severe discontinuities; 1|1|2|0.125|1|NULL"},
+    {"step, increments, attempts, iterations, cutbacks, time FROM step_summary", "1|1|2|2|1|0.125; 2|1|0|0|0|NULL"},
+  });
+  // clang-format on
 }
 
 TEST_F(DiagnosticDatabase, HoldsDiagnosticsWithAllTheirValues) {
@@ -246,32 +208,26 @@ TEST_F(DiagnosticDatabase, HoldsDiagnosticsWithAllTheirValues) {
   DXT_SETJOBSTATUS_XPL(&completed);
   closeJob();
 
-  Reader r(database("values"));
+  Database r(database("values"));
   expectSound(r);
-  EXPECT_EQ(r.rows("SELECT class, name, is_error, domain, step, increment, text FROM messages ORDER BY id"),
-            (Rows{{"error", "UserError", "1", "3", "1", "1",
-                   "it's \"100 %\" \xC3\xA4 (3, -4, -2147483648; 5.00000e-01, nan, -inf)"},
-                  {"element", "ExcessiveDistortion", "1", "1", "1", "1",
-                   "Element 303 instance TYRE-1 is distorted excessively"},
-                  {"contact", "Overclosure", "0", "2", "1", "1",
-                   "Node 7 instance TYRE-1 of surface TREAD is inside surface ROAD by 1.00000e-02"},
-                  {"warning", "HourglassEnergyLarge", "0", "0", "1", "1",
-                   "The hourglass energy is 2.00000e-01 of the internal energy"},
-                  {"internal", "InternalError", "1", "NULL", "1", "1", "lost a block"}}));
-  EXPECT_EQ(r.rows("SELECT position, value FROM int_values WHERE diagnostic = 1"),
-            (Rows{{"1", "3"}, {"2", "-4"}, {"3", "-2147483648"}}));
-  EXPECT_EQ(r.rows("SELECT position, value FROM real_values WHERE diagnostic = 1"),
-            (Rows{{"1", "0.5"}, {"2", "NULL"}, {"3", "-Inf"}}));
-  EXPECT_EQ(
-      r.rows("SELECT diagnostic, position, value FROM string_values"),
-      (Rows{
-          {"1", "1", "it's \"100 %\" \xC3\xA4"}, {"3", "1", "TREAD"}, {"3", "2", "ROAD"}, {"5", "1", "lost a block"}}));
-  EXPECT_EQ(r.rows("SELECT * FROM places"), (Rows{{"2", "element", "TYRE-1", "303"}, {"3", "node", "TYRE-1", "7"}}));
-  EXPECT_EQ(r.rows("SELECT s.step, s.increment, s.status, n.name, s.label, s.value1, s.value9 FROM status_records s "
-                   "JOIN names n ON n.id = s.instance"),
-            (Rows{{"1", "1", "5", "TYRE-1", "7", "1.0", "9.0"}}));
-  EXPECT_EQ(r.value("SELECT group_concat(active) FROM (SELECT active FROM active_status ORDER BY position)"),
-            "1,0,1,0,0,0,0,0,2");
+  // clang-format off
+  expectRows(r, {
+    {"class, name, is_error, domain, step, increment, text FROM messages ORDER BY id",
+     "error|UserError|1|3|1|1|it's \"100 %\" ä (3, -4, -2147483648; 5.00000e-01, nan, -inf); "
+      "element|ExcessiveDistortion|1|1|1|1|Element 303 instance TYRE-1 is distorted excessively; "
+      "contact|Overclosure|0|2|1|1|Node 7 instance TYRE-1 of surface TREAD is inside surface ROAD by 1.00000e-02; "
+      "warning|HourglassEnergyLarge|0|0|1|1|The hourglass energy is 2.00000e-01 of the internal energy; "
+      "internal|InternalError|1|NULL|1|1|lost a block"},
+    {"position, value FROM int_values WHERE diagnostic = 1", "1|3; 2|-4; 3|-2147483648"},
+    {"position, value FROM real_values WHERE diagnostic = 1", "1|0.5; 2|NULL; 3|-Inf"},
+    {"diagnostic, position, value FROM string_values", "1|1|it's \"100 %\" ä; 3|1|TREAD; 3|2|ROAD; 5|1|lost a block"},
+    {"* FROM places", "2|element|TYRE-1|303; 3|node|TYRE-1|7"},
+    {"s.step, s.increment, s.status, n.name, s.label, s.value1, s.value9 FROM status_records s JOIN names n ON "
+      "n.id = s.instance",
+     "1|1|5|TYRE-1|7|1.0|9.0"},
+    {"group_concat(active) FROM (SELECT active FROM active_status ORDER BY position)", "1,0,1,0,0,0,0,0,2"},
+  });
+  // clang-format on
   EXPECT_EQ(
       r.rows("SELECT job, process, domains, double_precision, renumbered, valid, in_parts, execution_code, status, "
              "incomplete, ended >= started FROM run"),
@@ -304,7 +260,7 @@ TEST_F(DiagnosticDatabase, TakesWhatTheLibraryReports) {
   for (int32_t converged : {2, 0, -1}) acd_begin_increment_c(2, 0.1), acd_end_increment_c(0.2, converged);
   closeJob();
 
-  Reader r(database("library"));
+  Database r(database("library"));
   expectSound(r);
   EXPECT_EQ(
       r.rows("SELECT class, text FROM messages ORDER BY id"),
@@ -324,7 +280,8 @@ TEST_F(DiagnosticDatabase, KnowsOfAnAbort) {
   openJob("abort", directory);
   implicitExtractor().BeginStep(1, "", 4, false, false);
   LFC_XUT_ABORT();
-  EXPECT_EQ(Reader(database("abort")).value("SELECT s.name FROM run r JOIN statuses s ON s.id = r.status"), "aborted");
+  EXPECT_EQ(Database(database("abort")).value("SELECT s.name FROM run r JOIN statuses s ON s.id = r.status"),
+            "aborted");
 }
 
 TEST_F(DiagnosticDatabase, PutsCallsOutOfPlaceWhereTheyMakeSense) {
@@ -354,7 +311,7 @@ TEST_F(DiagnosticDatabase, PutsCallsOutOfPlaceWhereTheyMakeSense) {
   closeJob();
   closeJob();
 
-  Reader r(database("odd"));
+  Database r(database("odd"));
   expectSound(r);
   EXPECT_EQ(r.rows("SELECT step, number, converged, iterations FROM increments"),
             (Rows{{"NULL", "7", "0", "1"}, {"1", "1", "NULL", "0"}, {"1", "2", "NULL", "0"}}));
@@ -426,7 +383,7 @@ TEST_F(DiagnosticDatabase, CountsRecordsWithoutAJobAndIgnoresThoseOfADisabledExt
   EXPECT_EQ(explicitExtractor().GetNumberOfErrors(), 1);
   closeJob();
   EXPECT_EQ(unfiledRecords(), before + 2);
-  Reader r(database("silent"));
+  Database r(database("silent"));
   EXPECT_EQ(r.value("SELECT text FROM messages"), "stored");
   EXPECT_EQ(r.value("SELECT domains FROM run"), "2") << "settings count all the same";
 }
@@ -447,7 +404,7 @@ TEST_F(DiagnosticDatabase, KeepsResourceMarks) {
   EXPECT_EQ(marks.back().text, "Work");
   EXPECT_GT(marks.back().peakMemory, 1 << 20);
   closeJob();
-  Reader r(database("marks"));
+  Database r(database("marks"));
   expectSound(r);
   EXPECT_EQ(r.value("SELECT group_concat(DISTINCT n.name) FROM resource_marks m JOIN names n ON n.id = m.name"),
             "Start,Work");
@@ -482,7 +439,7 @@ TEST_F(DiagnosticDatabase, LosesNothingAmongAMillion) {
   EXPECT_EQ(x.GetNumberOfWarnings(), kIncrements * kEach);
   closeJob();
 
-  Reader r(database("million"));
+  Database r(database("million"));
   EXPECT_EQ(r.value("PRAGMA integrity_check"), "ok");
   EXPECT_EQ(r.rows("SELECT count(*), min(id), max(id) FROM diagnostics"), (Rows{{"1000000", "1", "1000000"}}));
   EXPECT_EQ(r.rows("SELECT count(*), sum(e.label) FROM elements e JOIN diagnostics d ON d.id = e.diagnostic WHERE "
@@ -517,7 +474,7 @@ TEST_F(DiagnosticDatabase, MayBeCalledFromSeveralThreads) {
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(explicitExtractor().GetNumberOfErrors(), kThreads * kEach / 20);
   closeJob();
-  Reader r(database("threads"));
+  Database r(database("threads"));
   expectSound(r);
   EXPECT_EQ(r.rows("SELECT count(*), count(DISTINCT e.label), max(e.label) FROM elements e"),
             (Rows{{"12000", "12000", "12000"}}));
@@ -542,7 +499,7 @@ TEST_F(DiagnosticDatabase, CanBeReadWhileItIsWritten) {
   openJob("live", directory);
   dxt_DiagnosticExtractor& x = implicitExtractor();
   x.BeginStep(1, "Press", 4, false, false);
-  Reader r(database("live"));
+  Database r(database("live"));
   for (int k = 1; k <= 3; ++k) {
     x.BeginIncrement(k, 0.1);
     x.AddWarning(codes::NegativeEigenvalues, {{k}, {}, {}, {}, {}});
@@ -610,7 +567,7 @@ TEST_F(DiagnosticDatabase, ReportsAFullDisk) {
   EXPECT_TRUE(first == EFBIG || first == ENOSPC) << first;
   EXPECT_EQ(atClose, first);
   EXPECT_NE(what.find(database("full").string()), std::string::npos) << what;
-  Reader r(database("full"), SQLITE_OPEN_READWRITE);
+  Database r(database("full"), SQLITE_OPEN_READWRITE);
   expectSound(r);
   EXPECT_EQ(r.number("SELECT count(*) FROM increments WHERE converged"), finished) << "what was finished is there";
   EXPECT_EQ(r.number("SELECT count(*) FROM diagnostics"), 100 * finished);
@@ -662,7 +619,7 @@ TEST_F(DiagnosticDatabase, SurvivesAKillAtAnyMoment) {
       continue;
     }
 
-    Reader r(database(job));
+    Database r(database(job));
     expectSound(r);
     EXPECT_EQ(r.value("SELECT job FROM run"), job);
     const int64_t finished = r.number("SELECT count(*) FROM increments WHERE converged");
@@ -688,7 +645,7 @@ TEST_F(DiagnosticDatabase, KeepsWhatAProgramRecordedThatExitsWithoutClosing) {
     std::exit(7);
   });
   EXPECT_EQ(WEXITSTATUS(status), 7);
-  Reader r(database("exit"));
+  Database r(database("exit"));
   EXPECT_EQ(r.value("SELECT count(*) FROM diagnostics"), "1");
 }
 
@@ -870,29 +827,15 @@ std::string quoted(const fs::path& path) { return std::string("'").append(path.s
 
 class DiagnosticsProgram : public DiagnosticDatabase {
 protected:
-  struct Result {
-    int exitCode;
-    std::string output;
-  };
-
   void SetUp() override {
-    DiagnosticDatabase::SetUp();
-    program = fs::read_symlink("/proc/self/exe").parent_path() / "sharedanalysis-diagnostics";
     if (!fs::exists(program)) GTEST_SKIP() << "the program is not built";
   }
 
   // Standard output and standard error of the program.
-  Result run(const std::string& arguments, const std::string& after = " 2>&1") const {
-    const std::string command = quoted(program) + " " + arguments + after;
-    std::FILE* const pipe = popen(command.c_str(), "r");
-    Result result{-1, ""};
-    std::array<char, 4096> buffer{};
-    for (std::size_t bytes = 0; (bytes = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;)
-      result.output.append(buffer.data(), bytes);
-    result.exitCode = WEXITSTATUS(pclose(pipe));
-    return result;
+  Outcome run(const std::string& arguments, const std::string& after = " 2>&1") const {
+    return shell(quoted(program) + " " + arguments + after);
   }
-  Result runOn(const std::string& job, const std::string& arguments = "") const {
+  Outcome runOn(const std::string& job, const std::string& arguments = "") const {
     return run(quoted(database(job)) + " " + arguments);
   }
 
@@ -924,7 +867,7 @@ protected:
     x.EndIncrement(0, false);
   }
 
-  fs::path program;
+  const fs::path program = fs::read_symlink("/proc/self/exe").parent_path() / "sharedanalysis-diagnostics";
 };
 
 TEST_F(DiagnosticsProgram, ListsWhatAnAnalystAsksFor) {
@@ -932,12 +875,11 @@ TEST_F(DiagnosticsProgram, ListsWhatAnAnalystAsksFor) {
   const int32_t aborted = 2;
   DXT_SETJOBSTATUS_XPL(&aborted);
   closeJob();
-  const Result result = runOn("fails");
-  EXPECT_EQ(result.exitCode, 0);
+  const Outcome result = runOn("fails");
+  EXPECT_EQ(result.code, 0);
   // times of the wall differ from run to run
-  const std::string output =
-      std::regex_replace(std::regex_replace(result.output, std::regex("took [^ ]+ s"), "took T s"),
-                         std::regex("started .* on .*, took"), "started S on H, took");
+  const std::string output = std::regex_replace(std::regex_replace(result.out, std::regex("took [^ ]+ s"), "took T s"),
+                                                std::regex("started .* on .*, took"), "started S on H, took");
   EXPECT_EQ(output, R"(fails: aborted
   started S on H, took T s
 
@@ -978,8 +920,8 @@ TEST_F(DiagnosticsProgram, IncrementsThatDoNotFollowEachOtherStandOnTheirOwn) {
     x.EndIncrement(0.5 * k, true);
   }
   closeJob();
-  EXPECT_NE(runOn("gap").output.find("     1        1-2  0.5   1\n     1          4  0.5   2\n"), std::string::npos)
-      << runOn("gap").output;
+  EXPECT_TRUE(contains(runOn("gap").out, "     1        1-2  0.5   1\n     1          4  0.5   2\n"))
+      << runOn("gap").out;
 }
 
 TEST_F(DiagnosticsProgram, FitsANarrowTerminal) {
@@ -1005,84 +947,80 @@ TEST_F(DiagnosticsProgram, FitsANarrowTerminal) {
   EXPECT_EQ(status, 0);
   std::istringstream lines(std::regex_replace(output, std::regex("\r"), ""));
   for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), kColumns) << line;
-  EXPECT_NE(output.find("step 1, increment 1-12"), std::string::npos) << output;
+  EXPECT_TRUE(contains(output, "step 1, increment 1-12")) << output;
 }
 
 TEST_F(DiagnosticsProgram, NarrowsItsLists) {
   recordFailure("narrow");
   closeJob();
-  const std::string all = runOn("narrow").output;
-  const std::string byName = runOn("narrow", "--code excessivedistortion --limit 2").output;
-  EXPECT_NE(byName.find("301 (4 times), 302 (2 times) of TYRE-1 and 4 more"), std::string::npos) << byName;
-  EXPECT_NE(byName.find("2 step 2 increment 1 time 0 attempt 1: ExcessiveDistortion: Element 301"), std::string::npos);
+  const std::string all = runOn("narrow").out;
+  const std::string byName = runOn("narrow", "--code excessivedistortion --limit 2").out;
+  EXPECT_TRUE(contains(byName, "301 (4 times), 302 (2 times) of TYRE-1 and 4 more")) << byName;
+  EXPECT_TRUE(contains(byName, "2 step 2 increment 1 time 0 attempt 1: ExcessiveDistortion: Element 301"));
   EXPECT_NE(byName.find("(12 more; --all shows them)"), std::string::npos);
-  EXPECT_EQ(byName.find("TooManyAttempts"), std::string::npos);
-  EXPECT_EQ(runOn("narrow", "--code 0x42010020 --limit 2").output, byName);
-  EXPECT_EQ(runOn("narrow", "--code 1107361824 --limit 2").output, byName);
-  const std::string whole = runOn("narrow", "--code ExcessiveDistortion --all").output;
-  EXPECT_NE(whole.find("306 (2 times) of TYRE-1\n"), std::string::npos) << whole;
-  EXPECT_EQ(whole.find("more"), std::string::npos);
+  EXPECT_FALSE(contains(byName, "TooManyAttempts"));
+  EXPECT_EQ(runOn("narrow", "--code 0x42010020 --limit 2").out, byName);
+  EXPECT_EQ(runOn("narrow", "--code 1107361824 --limit 2").out, byName);
+  const std::string whole = runOn("narrow", "--code ExcessiveDistortion --all").out;
+  EXPECT_TRUE(contains(whole, "306 (2 times) of TYRE-1\n")) << whole;
+  EXPECT_FALSE(contains(whole, "more"));
 
-  const std::string good = runOn("narrow", "--increment 1:2-3").output;
-  EXPECT_NE(good.find("     1          2  0.1"), std::string::npos) << good;
-  EXPECT_NE(good.find("(none of these)"), std::string::npos);
-  EXPECT_EQ(good.find("not converged"), std::string::npos);
-  const std::string bad = runOn("narrow", "--increment 1").output;
-  EXPECT_NE(bad.find("ExcessiveDistortion (0x42010020), 14 times"), std::string::npos) << bad;
-  EXPECT_NE(runOn("narrow", "--code nothing").output.find("(none of these)"), std::string::npos);
+  const std::string good = runOn("narrow", "--increment 1:2-3").out;
+  EXPECT_TRUE(contains(good, "     1          2  0.1")) << good;
+  EXPECT_TRUE(contains(good, "(none of these)"));
+  EXPECT_FALSE(contains(good, "not converged"));
+  const std::string bad = runOn("narrow", "--increment 1").out;
+  EXPECT_TRUE(contains(bad, "ExcessiveDistortion (0x42010020), 14 times")) << bad;
+  EXPECT_TRUE(contains(runOn("narrow", "--code nothing").out, "(none of these)"));
 }
 
 TEST_F(DiagnosticsProgram, SpeaksJson) {
   recordFailure("json");
   closeJob();
-  const Result result = runOn("json", "--json");
-  EXPECT_EQ(result.exitCode, 0);
+  const Outcome result = runOn("json", "--json");
+  EXPECT_EQ(result.code, 0);
   // SQLite knows JSON as well
-  Reader r(":memory:", SQLITE_OPEN_READWRITE);
+  Database r(":memory:", SQLITE_OPEN_READWRITE);
   const auto at = [&](const std::string& path) {
     return r.value("SELECT json_extract(output, '" + path + "') FROM (SELECT '" +
-                   std::regex_replace(result.output, std::regex("'"), "''") + "' AS output)");
+                   std::regex_replace(result.out, std::regex("'"), "''") + "' AS output)");
   };
-  EXPECT_EQ(at("$.format"), "1");
-  EXPECT_EQ(at("$.run.job"), "json");
-  EXPECT_EQ(at("$.run.in_parts"), "1");
-  EXPECT_EQ(at("$.run.domains"), "NULL");
-  EXPECT_EQ(at("$.steps[0].increments"), "12");
-  EXPECT_EQ(at("$.steps[0].attributes[0]"), "large displacements");
-  EXPECT_EQ(at("$.increments[0].last"), "12");
-  EXPECT_EQ(at("$.increments[1].state"), "not converged");
-  EXPECT_EQ(at("$.problems[1].name"), "ExcessiveDistortion");
-  EXPECT_EQ(at("$.problems[1].code"), std::to_string(codes::ExcessiveDistortion));
-  EXPECT_EQ(at("$.problems[1].count"), "14");
-  EXPECT_EQ(at("$.problems[1].place_count"), "6");
-  EXPECT_EQ(at("$.problems[1].places[0].label"), "301");
-  EXPECT_EQ(at("$.problems[1].places[0].count"), "4");
-  EXPECT_EQ(at("$.problems[1].first.increment"), "1");
-  EXPECT_EQ(at("$.messages"), "[]");
+  // clang-format off
+  const std::vector<std::pair<std::string, std::string>> expected = {
+      {"$.format", "1"}, {"$.run.job", "json"}, {"$.run.in_parts", "1"}, {"$.run.domains", "NULL"},
+      {"$.steps[0].increments", "12"}, {"$.steps[0].attributes[0]", "large displacements"},
+      {"$.increments[0].last", "12"}, {"$.increments[1].state", "not converged"},
+      {"$.problems[1].name", "ExcessiveDistortion"},
+      {"$.problems[1].code", std::to_string(codes::ExcessiveDistortion)}, {"$.problems[1].count", "14"},
+      {"$.problems[1].place_count", "6"}, {"$.problems[1].places[0].label", "301"},
+      {"$.problems[1].places[0].count", "4"}, {"$.problems[1].first.increment", "1"}, {"$.messages", "[]"},
+  };
+  // clang-format on
+  for (const auto& [path, value] : expected) EXPECT_EQ(at(path), value) << path;
 }
 
 TEST_F(DiagnosticsProgram, ReadsRunningAndCrashedAnalyses) {
   recordFailure("running");
-  EXPECT_EQ(runOn("running").output.find("running: running\n"), 0u);
+  EXPECT_EQ(runOn("running").out.find("running: running\n"), 0u);
   closeJob();
-  EXPECT_EQ(runOn("running").output.find("running: ended without a status\n"), 0u);
+  EXPECT_EQ(runOn("running").out.find("running: ended without a status\n"), 0u);
 
   const int status = inChild([&] {
     recordFailure("crashed");
     raise(SIGKILL);
   });
   EXPECT_TRUE(WIFSIGNALED(status));
-  const Result crashed = runOn("crashed");
-  EXPECT_EQ(crashed.exitCode, 0);
-  EXPECT_EQ(crashed.output.find("crashed: ended without closing the file\n"), 0u) << crashed.output;
-  EXPECT_NE(crashed.output.find("TooManyAttempts"), std::string::npos);
+  const Outcome crashed = runOn("crashed");
+  EXPECT_EQ(crashed.code, 0);
+  EXPECT_EQ(crashed.out.find("crashed: ended without closing the file\n"), 0u) << crashed.out;
+  EXPECT_TRUE(contains(crashed.out, "TooManyAttempts"));
 }
 
 TEST_F(DiagnosticsProgram, ExitCodesTellWhatIsWrong) {
-  const auto expect = [&](const Result& result, int exitCode, const std::string& words) {
-    EXPECT_EQ(result.exitCode, exitCode) << result.output;
-    EXPECT_NE(result.output.find(words), std::string::npos) << result.output;
-    EXPECT_EQ(std::count(result.output.begin(), result.output.end(), '\n'), 1) << result.output;
+  const auto expect = [&](const Outcome& result, int exitCode, const std::string& words) {
+    EXPECT_EQ(result.code, exitCode) << result.out;
+    EXPECT_TRUE(contains(result.out, words)) << result.out;
+    EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 1) << result.out;
   };
   expect(run(""), 2, "DATABASE is required");
   expect(run("x --what"), 2, "--what");
@@ -1095,14 +1033,14 @@ TEST_F(DiagnosticsProgram, ExitCodesTellWhatIsWrong) {
 
   recordFailure("good");
   closeJob();
-  EXPECT_EQ(runOn("good", "> /dev/null").exitCode, 0);
+  EXPECT_EQ(runOn("good", "> /dev/null").code, 0);
   expect(runOn("good", "--increment 3-x"), 2, "--increment 3-x");
   expect(runOn("good", "--limit 0"), 2, "--limit");
   expect(runOn("good", "--limit 3 --all"), 2, "--limit");
   if (fs::exists("/dev/full")) expect(run(quoted(database("good")), " 2>&1 >/dev/full"), 1, "written");
   const auto changed = [&](const std::string& sql) {
     fs::copy_file(database("good"), directory / "changed", fs::copy_options::overwrite_existing);
-    Reader(directory / "changed", SQLITE_OPEN_READWRITE).rows(sql);
+    Database(directory / "changed", SQLITE_OPEN_READWRITE).rows(sql);
     return run(quoted(directory / "changed"));
   };
   expect(changed("PRAGMA application_id = 1"), 4, "not of diagnostics");
@@ -1110,15 +1048,15 @@ TEST_F(DiagnosticsProgram, ExitCodesTellWhatIsWrong) {
   expect(changed("PRAGMA user_version = 0"), 6, "nothing was recorded");
   expect(changed("DROP TABLE increments"), 6, "no such table");
   // numbers that no sum holds, and texts that steer a terminal
-  const Result hostile =
+  const Outcome hostile =
       changed("UPDATE increments SET attempts = 9223372036854775807, iterations = -9223372036854775807 - 1, "
               "number = number + 9223372036854775795 WHERE step = 1; UPDATE increments SET step = 1, converged = 1, "
               "cutbacks = 0, errors = 0, warnings = 0, number = -9223372036854775807 - 1 WHERE step = 2; "
               "UPDATE run SET elapsed = 1e300, job = 'a' || char(155) || char(27) || 'b'");
-  EXPECT_EQ(hostile.exitCode, 0);
+  EXPECT_EQ(hostile.code, 0);
   for (const char* words : {"a   b: ", "took 1e+300 s", "9223372036854775796-9223372036854775807",
                             "9223372036854775807", "-9223372036854775808"})
-    EXPECT_NE(hostile.output.find(words), std::string::npos) << words << '\n' << hostile.output;
+    EXPECT_TRUE(contains(hostile.out, words)) << words << '\n' << hostile.out;
   fs::resize_file(directory / "changed", 20000);
   expect(run(quoted(directory / "changed")), 6, "cannot be read");
 }
@@ -1128,8 +1066,8 @@ TEST_F(DiagnosticsProgram, EndsQuietlyWhenNobodyReadsOn) {
   implicitExtractor().BeginStep(1, "", 4, false, false);
   for (int k = 0; k < 20000; ++k) implicitExtractor().AddWarning(codes::NegativeEigenvalues, {{k}, {}, {}, {}, {}});
   closeJob();
-  const Result result = run(quoted(database("pipe")) + " --code warning --all", " 2>&1 | head -n 1");
-  EXPECT_EQ(result.output, "pipe: ended without a status\n");
+  const Outcome result = run(quoted(database("pipe")) + " --code warning --all", " 2>&1 | head -n 1");
+  EXPECT_EQ(result.out, "pipe: ended without a status\n");
 }
 
 } // namespace

@@ -1,16 +1,16 @@
-// Run on ranks by a test: messages keep their order and size; of a million diagnostics none is lost.
+// Run on ranks by a test, in a directory of its own: messages keep their order and size; no diagnostic of a million is lost.
 #include "acd.h"
 #include "dia_Codes.h"
 #include "dmpC_CommContainer.h"
 #include "glo.h"
 #include "host_services.h"
 #include "reference_host.h"
+#include "tests/support/database.h"
 
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <sqlite3.h>
 #include <string>
 #include <vector>
 
@@ -63,24 +63,9 @@ void exchange() {
   expect(!communicator.Send(&rank, 4, size, 3, 0) && !communicator.Send(&rank, 4, -1, 3, 0), "sent to nobody");
 }
 
-int64_t stored(const std::string& path, const std::string& sql) {
-  sqlite3* database = nullptr;
-  sqlite3_stmt* statement = nullptr;
-  int64_t value = -1;
-  if (sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK &&
-      sqlite3_prepare_v2(database, sql.c_str(), -1, &statement, nullptr) == SQLITE_OK &&
-      sqlite3_step(statement) == SQLITE_ROW)
-    value = sqlite3_column_int64(statement, 0);
-  sqlite3_finalize(statement);
-  sqlite3_close(database);
-  return value;
-}
-
-void diagnose() {
+void diagnose(const std::filesystem::path& directory) {
   const int32_t rank = dmpC_CommContainer::GetCommunicator().GetRank();
   const int32_t size = dmpC_CommContainer::GetCommunicator().GetSize();
-  const auto directory = std::filesystem::temp_directory_path() / "sharedanalysis-ranks-test";
-  std::filesystem::create_directories(directory);
   const host::JobFiles files = host::openJob("ranks" + std::to_string(rank), directory);
   int32_t components = 0;
   Shared_Analysis_XP_initialize(&components);
@@ -103,20 +88,19 @@ void diagnose() {
   expect(text.find("A message of 3221225472 bytes to rank") != std::string::npos,
          "a message that is too long is not told");
   if (rank != 0) return;
-  const std::string database = (directory / "ranks0.diagnostics.sqlite").string();
-  expect(stored(database, "SELECT count(*) FROM diagnostics") == all, "the database has not all of them");
+  test::Database database(directory / "ranks0.diagnostics.sqlite");
+  expect(database.number("SELECT count(*) FROM diagnostics") == all, "the database has not all of them");
   for (int32_t other = 0; other < size; ++other)
-    expect(stored(database,
-                  "SELECT sum(label) FROM elements e JOIN diagnostics d ON d.id = e.diagnostic WHERE d.domain = " +
-                      std::to_string(other)) == static_cast<int64_t>(own) * (own + 1) / 2,
+    expect(database.number(
+               "SELECT sum(label) FROM elements e JOIN diagnostics d ON d.id = e.diagnostic WHERE d.domain = " +
+               std::to_string(other)) == static_cast<int64_t>(own) * (own + 1) / 2,
            "elements of a rank are wrong");
   // ranks follow each other, each in the order of recording
-  expect(stored(database,
-                "SELECT count(*) FROM (SELECT domain, lag(domain) OVER (ORDER BY id) AS before FROM diagnostics) "
-                "WHERE domain < before") == 0,
-         "the order of the ranks is wrong");
+  expect(
+      database.number("SELECT count(*) FROM (SELECT domain, lag(domain) OVER (ORDER BY id) AS before FROM diagnostics) "
+                      "WHERE domain < before") == 0,
+      "the order of the ranks is wrong");
   std::printf("%d diagnostics of %d ranks recorded and stored in %.2f s\n", all, size, spent.count());
-  std::filesystem::remove_all(directory);
 }
 
 // After the end of communication nothing is sent, and what has arrived stays where it is.
@@ -132,15 +116,16 @@ void endCommunication() {
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
   try {
+    if (argc != 2) throw std::runtime_error("usage: ranks_program DIRECTORY");
     if (host::connectRanks() < 2) throw std::runtime_error("not on ranks");
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s\n", error.what());
     return 2;
   }
   exchange();
-  diagnose();
+  diagnose(argv[1]);
   endCommunication();
   host::disconnectRanks();
   return faults == 0 ? 0 : 1;

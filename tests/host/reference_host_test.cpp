@@ -6,6 +6,7 @@
 #include "host_services.h"
 #include "kprC_Step.h"
 #include "reference_host.h"
+#include "tests/support/files.h"
 
 #include <gtest/gtest.h>
 
@@ -26,6 +27,7 @@
 namespace {
 
 using namespace sharedanalysis::host;
+using namespace sharedanalysis::test;
 namespace fs = std::filesystem;
 
 void write(const std::string& type, const std::string& text, int32_t unit = -6, int32_t status = 0) {
@@ -33,33 +35,16 @@ void write(const std::string& type, const std::string& text, int32_t unit = -6, 
                 static_cast<int64_t>(type.size()), static_cast<int64_t>(text.size()), 0);
 }
 
-std::string contents(const fs::path& path) {
-  std::ifstream file(path);
-  std::stringstream text;
-  text << file.rdbuf();
-  return text.str();
-}
-
-std::vector<std::string> lines(const fs::path& path) {
-  std::ifstream file(path);
-  std::vector<std::string> all;
-  for (std::string line; std::getline(file, line);) all.push_back(line);
-  return all;
-}
+std::vector<std::string> lines(const fs::path& path) { return linesOf(readFile(path)); }
 
 class ReferenceHost : public testing::Test {
 protected:
-  void SetUp() override {
-    std::string name = (fs::temp_directory_path() / "sharedanalysis-host-XXXXXX").string();
-    ASSERT_NE(mkdtemp(name.data()), nullptr);
-    directory = name;
-  }
   void TearDown() override {
     closeJob();
     withdrawKill();
-    fs::remove_all(directory);
   }
-  fs::path directory;
+  const TemporaryDirectory temporary;
+  const fs::path& directory = temporary.path();
 };
 
 TEST_F(ReferenceHost, FilesMessagesByChannel) {
@@ -84,9 +69,9 @@ TEST_F(ReferenceHost, FilesMessagesByChannel) {
   const int64_t unfiled = unfiledRecords();
   closeJob();
 
-  EXPECT_EQ(contents(files.message), "\n***ERROR: Element %\n\n");
-  EXPECT_EQ(contents(files.log), "\nSTEP 1\n\n");
-  EXPECT_EQ(contents(files.status),
+  EXPECT_EQ(readFile(files.message), "\n***ERROR: Element %\n\n");
+  EXPECT_EQ(readFile(files.log), "\nSTEP 1\n\n");
+  EXPECT_EQ(readFile(files.status),
             "Error message=Element %\nIncrement 12 at 5.00000e-01 of TIP TOE\nStateFrame message=" + full +
                 "\nError message=" + longer + "\nStep 100%s\n");
 
@@ -97,18 +82,18 @@ TEST_F(ReferenceHost, FilesMessagesByChannel) {
 TEST_F(ReferenceHost, StatusRecordsAndFlushesBringFilesUpToDate) {
   const JobFiles files = openJob("live", directory);
   write("Warning", "hot", -6, 1);
-  EXPECT_EQ(contents(files.status), "Warning message=hot\n");
-  EXPECT_EQ(contents(files.message), "\n***WARNING: hot\n\n");
+  EXPECT_EQ(readFile(files.status), "Warning message=hot\n");
+  EXPECT_EQ(readFile(files.message), "\n***WARNING: hot\n\n");
   // a template takes its values on the status channel, with the exponent letter of the entry
   const int32_t none = 0, status = 1;
   const double half = 0.5;
   GLO_UTI_WRITE(&none, &status, "Status", "x %R", nullptr, &half, nullptr, 6, 4, 0);
   glo_uti_CWrite(none, status, "Status", "x %R", nullptr, &half, nullptr);
-  EXPECT_EQ(contents(files.status), "Warning message=hot\nStatus x 5.00000E-01\nStatus x 5.00000e-01\n");
+  EXPECT_EQ(readFile(files.status), "Warning message=hot\nStatus x 5.00000E-01\nStatus x 5.00000e-01\n");
   write("Table", "row");
   const int32_t messageFile = -6;
   LFC_XUT_XPLMSGFLUSH(&messageFile);
-  EXPECT_EQ(contents(files.message), "\n***WARNING: hot\n\nrow\n");
+  EXPECT_EQ(readFile(files.message), "\n***WARNING: hot\n\nrow\n");
 }
 
 TEST_F(ReferenceHost, MessagesOfThreadsStayWholeAndTogether) {
@@ -197,15 +182,15 @@ TEST_F(ReferenceHost, AMessageMayGoOnInAnotherFile) {
   const int32_t log = -7, status = 0;
   GLO_UTI_WRITECONT(&log, &status, "Table", "to the log", nullptr, nullptr, nullptr, 5, 10, 0);
   closeJob();
-  EXPECT_EQ(contents(files.message), "to the message file\n");
-  EXPECT_EQ(contents(files.log), "to the log\n");
+  EXPECT_EQ(readFile(files.message), "to the message file\n");
+  EXPECT_EQ(readFile(files.log), "to the log\n");
 }
 
 TEST_F(ReferenceHost, LinesOfAnEndedThreadAreKept) {
   const JobFiles files = openJob("ended", directory);
   std::thread([] { write("Table", "last words"); }).join();
   closeJob();
-  EXPECT_EQ(contents(files.message), "last words\n");
+  EXPECT_EQ(readFile(files.message), "last words\n");
 }
 
 TEST_F(ReferenceHost, ReportsWhatItCannotOpenAndWhatItLost) {
@@ -232,7 +217,7 @@ TEST_F(ReferenceHost, ReportsWhatItCannotOpenAndWhatItLost) {
     EXPECT_EQ(error.code().value(), ENOSPC);
     EXPECT_NE(std::string(error.what()).find(files.message.string()), std::string::npos);
   }
-  EXPECT_EQ(contents(files.status), "Warning message=still running\n") << "the other files are complete";
+  EXPECT_EQ(readFile(files.status), "Warning message=still running\n") << "the other files are complete";
   openJob("fresh", directory);
   EXPECT_FALSE(writeError());
 }
@@ -253,7 +238,7 @@ TEST_F(ReferenceHost, EndOfAnalysisLeavesItsMark) {
   code = 22;
   GLO_UTI_EXIT(&code);
   EXPECT_EQ(jobStatus(), 3);
-  EXPECT_EQ(contents(files.status), "Completed message=Phase complete\n"
+  EXPECT_EQ(readFile(files.status), "Completed message=Phase complete\n"
                                     "Aborted message=Analysis failed due to Errors\n"
                                     "Interrupted message=Analysis terminated by external signal\n");
   openJob("again", directory);
@@ -290,7 +275,7 @@ TEST_F(ReferenceHost, AbortEndsTheJobAndNotTheProcess) {
   GLO_GETPROCEDURETYPE(&id, keyword, sizeof keyword);
   EXPECT_EQ(std::string(keyword, sizeof keyword), "Unknown   ");
   closeJob();
-  EXPECT_EQ(contents(files.message), "\n***ERROR: A negative storage request value is not allowed.\n\n"
+  EXPECT_EQ(readFile(files.message), "\n***ERROR: A negative storage request value is not allowed.\n\n"
                                      "\n***ERROR: UNKNOWN PROCEDURE TYPE ID: 14\n\n");
 }
 

@@ -1,67 +1,14 @@
-// Files of the tests: a directory of its own for each test, meshes as text, and a case that others are made from.
+// Meshes as text, and a case that others are made from.
 #pragma once
 
 #include "tests/solver/models.h"
+#include "tests/support/files.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <set>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 
 namespace sharedanalysis::test {
-
-// The working directory of one test, empty at first and gone with the test.
-class WorkingDirectory {
-public:
-  WorkingDirectory() : before_(std::filesystem::current_path()) {
-    std::string pattern = (std::filesystem::temp_directory_path() / "solver_test_XXXXXX").string();
-    if (!mkdtemp(pattern.data())) throw std::runtime_error("no temporary directory");
-    path_ = pattern;
-    std::filesystem::current_path(path_);
-  }
-  ~WorkingDirectory() {
-    std::error_code ignored;
-    std::filesystem::current_path(before_, ignored);
-    std::filesystem::remove_all(path_, ignored);
-  }
-  WorkingDirectory(const WorkingDirectory&) = delete;
-  WorkingDirectory& operator=(const WorkingDirectory&) = delete;
-
-private:
-  std::filesystem::path before_, path_;
-};
-
-inline void writeFile(const std::filesystem::path& file, const std::string& text) {
-  std::ofstream stream(file, std::ios::binary);
-  stream << text;
-  stream.close();
-  if (!stream) throw std::runtime_error("cannot write " + file.string());
-}
-
-inline std::string readFile(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  if (!stream) throw std::runtime_error("cannot read " + file.string());
-  std::ostringstream text;
-  text << stream.rdbuf();
-  return text.str();
-}
-
-// Names of the files in a directory.
-inline std::set<std::string> filesIn(const std::filesystem::path& directory) {
-  std::set<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(directory)) names.insert(entry.path().filename());
-  return names;
-}
-
-// The first `from` in a text becomes `to`; it must be there.
-inline std::string replaced(std::string text, const std::string& from, const std::string& to) {
-  const std::size_t at = text.find(from);
-  if (at == std::string::npos) throw std::invalid_argument("nothing to replace: " + from);
-  return text.replace(at, from.size(), to);
-}
 
 // A mesh in Gmsh's text format 2.2: a quadrilateral for each brick face whose corners are all in a group of faces, and
 // the bricks, each in the one volume group that has it.

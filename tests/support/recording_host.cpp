@@ -9,6 +9,8 @@
 #include "utl_getDate.h"
 #include "utl_getTime.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <mutex>
 
@@ -44,6 +46,25 @@ RecordingHost& recordingHost() { return host; }
 void resetRecordingHost() {
   host = RecordingHost();
   threadData = {7, 500};
+}
+
+std::vector<std::string> takeLines(int32_t unit) {
+  std::vector<std::string> texts;
+  for (const RecordedLine& line : host.lines) {
+    EXPECT_TRUE(unit == 0 || line.unit == unit) << line.unit;
+    texts.push_back(line.text);
+  }
+  host.lines.clear();
+  return texts;
+}
+std::vector<std::string> takeMessages() {
+  std::vector<std::string> messages;
+  for (const std::string& line : takeLines(-6))
+    if (line.starts_with("***"))
+      messages.push_back(line);
+    else if (line != " ")
+      messages.back() += line.substr(line.find_first_not_of(' '));
+  return messages;
 }
 
 } // namespace sharedanalysis::test

@@ -37,5 +37,9 @@ struct RecordingHost {
 // Records are made under a lock; read them when no other thread is inside the library.
 RecordingHost& recordingHost();
 void resetRecordingHost();
+// Texts of the lines so far, all on one channel where it is given.  What is taken is no longer there.
+std::vector<std::string> takeLines(int32_t unit = 0);
+// Messages of the message file, each as one text: the header, and without their blanks the lines that are continued under it.
+std::vector<std::string> takeMessages();
 
 } // namespace sharedanalysis::test

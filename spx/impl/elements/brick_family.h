@@ -55,6 +55,12 @@ SA_INLINE void replaceInfinite(int n, int64_t ld, int columns, double value, con
     });
 }
 
+// The power of two that brings a positive number near 1; the largest or smallest that is normal where there is none.
+SA_INLINE double reciprocalPower(double x) {
+  const uint64_t exponent = __builtin_bit_cast(uint64_t, x) >> 52;
+  return __builtin_bit_cast(double, (exponent < 2 ? 2045 : exponent > 2044 ? 1 : 2046 - exponent) << 52);
+}
+
 // ---- fully integrated brick
 
 // du/dxi, du/deta, du/dzeta of one coordinate u.  At any point the derivatives of the two nodes of an edge along xi differ
@@ -184,6 +190,7 @@ SA_INLINE double nodalSum(const double* B, int64_t ld, Value value) {
 // a: xi, eta, zeta; h: eta zeta, xi zeta, xi eta, xi eta zeta, the hourglass patterns 1 to 4.
 struct Modes {
   Column a1, a2, a3, h1, h2, h3, h4;
+  Column hourglass; // h1 + h2 + h3 + h4: not finite, or huge, where one of them is
 };
 
 // Sums over edges, differences first: a brick far from the origin loses nothing.
@@ -200,6 +207,7 @@ SA_INLINE void projectModes(int n, int64_t ld, const double* x, Modes& m) {
     m.h4[e] = (p4 - p3) - (p2 - p1);
     m.a2[e] = (q1 + q2) + (q3 + q4);
     m.h1[e] = (q3 + q4) - (q1 + q2);
+    m.hourglass[e] = (m.h1[e] + m.h2[e]) + (m.h3[e] + m.h4[e]);
     m.a3[e] = (r1 + r2) + (r3 + r4);
   });
 }
@@ -294,10 +302,7 @@ struct OnePoint {
     return w > kSmallestVolume && w < kLargestVolume && mask == 0.0 ? w : 0.0;
   }
   // Sum of the hourglass patterns of the coordinates: not finite, or huge, where one of them is.
-  SA_INLINE double patterns(int e) const {
-    return ((x.h1[e] + x.h2[e]) + (x.h3[e] + x.h4[e])) + ((y.h1[e] + y.h2[e]) + (y.h3[e] + y.h4[e])) +
-           ((z.h1[e] + z.h2[e]) + (z.h3[e] + z.h4[e]));
-  }
+  SA_INLINE double patterns(int e) const { return x.hourglass[e] + y.hourglass[e] + z.hourglass[e]; }
 };
 
 SA_INLINE void onePointModes(int n, int64_t ld, const double* X, OnePoint& brick) {

@@ -12,7 +12,7 @@ namespace sa {
 
 inline void writeMessage(std::string_view type, std::string_view text, const int32_t* ints = nullptr,
                          const char* strings = nullptr, int64_t stringLength = 0) {
-  constexpr int32_t kMessageFile = -6, kStatus = 1;
+  constexpr int32_t kMessageFile = GLO_UNIT_MESSAGE_FILE, kStatus = 1;
   GLO_UTI_WRITE(&kMessageFile, &kStatus, type.data(), text.data(), ints, nullptr, strings,
                 static_cast<int64_t>(type.size()), static_cast<int64_t>(text.size()), stringLength);
 }

@@ -5,9 +5,9 @@
 #pragma once
 
 #include "glo/kernel/kernel.h"
+#include "glo/kernel/vmath.h"
 #include "glo/tensors/principal.h"
 #include "glo/tensors/spectral.h"
-#include "glo/kernel/vmath.h"
 
 namespace sa::strain {
 

@@ -1,6 +1,6 @@
 // Checks of the mass matrices of user elements, and copies between elements and their category.
-#include "glo/movement/data_movement.h"
 #include "glo/kernel/vmath.h"
+#include "glo/movement/data_movement.h"
 #include "spx.h"
 #include "spx/impl/elements/element_message.h"
 

@@ -14,15 +14,14 @@ SA_INLINE bool reaches(double b, double a) { return kNormal * 0x1p500 * b >= a *
 
 // ---- stress of point k; components that a state does not store are zero
 
-struct SolidStress {
+template <class Storage>
+struct StressIn {
   const double* S;
   int64_t n;
-  SA_INLINE Sym<S33> operator()(int64_t k) const { return loadTensor<S33>(S, n, k); }
-};
-struct PlaneStrainStress {
-  const double* S;
-  int64_t n;
-  SA_INLINE Sym<S33> operator()(int64_t k) const { return {S[k], S[k + n], S[k + 2 * n], S[k + 3 * n], 0.0, 0.0}; }
+  SA_INLINE Sym<S33> operator()(int64_t k) const {
+    const Sym<Storage> t = loadTensor<Storage>(S, n, k);
+    return {t.s11, t.s22, t.s33, t.s12, t.s23, t.s13};
+  }
 };
 struct PlaneStress {
   const double* S;
@@ -103,18 +102,18 @@ SA_INLINE double shearRatio(const Sym<S33>& s, double ks, double P1, double P2, 
   }
 
 // clang-format off
-SA_TRIAXIALITY(SPX_MAT_STRESSRATIO3DEXP,            SolidStress)
-SA_TRIAXIALITY(SPX_MAT_STRESSRATIOGPEEXP,           PlaneStrainStress)
+SA_TRIAXIALITY(SPX_MAT_STRESSRATIO3DEXP,            StressIn<S33>)
+SA_TRIAXIALITY(SPX_MAT_STRESSRATIOGPEEXP,           StressIn<S31>)
 SA_TRIAXIALITY(SPX_MAT_STRESSRATIOPSEXP,            PlaneStress)
 SA_TRIAXIALITY(SPX_MAT_STRESSRATIOBEAMEXP,          BeamStress)
 SA_TRIAXIALITY(SPX_MAT_STRESSRATIOUNIEXP,           AxialStress)
-SA_TRIAXIALITY_LIST(SPX_MAT_DUCTSTRESSRATIO3DEXP,   SolidStress)
-SA_TRIAXIALITY_LIST(SPX_MAT_DUCTSTRESSRATIOGPEEXP,  PlaneStrainStress)
+SA_TRIAXIALITY_LIST(SPX_MAT_DUCTSTRESSRATIO3DEXP,   StressIn<S33>)
+SA_TRIAXIALITY_LIST(SPX_MAT_DUCTSTRESSRATIOGPEEXP,  StressIn<S31>)
 SA_TRIAXIALITY_LIST(SPX_MAT_DUCTSTRESSRATIOPSEXP,   PlaneStress)
 SA_TRIAXIALITY_LIST(SPX_MAT_DUCTSTRESSRATIOBEAMEXP, BeamStress)
 SA_TRIAXIALITY_LIST(SPX_MAT_DUCTSTRESSRATIOUNIEXP,  AxialStress)
-SA_SHEAR_RATIO_LIST(SPX_MAT_SHRSTRESSRATIO3DEXP,    SolidStress)
-SA_SHEAR_RATIO_LIST(SPX_MAT_SHRSTRESSRATIOGPEEXP,   PlaneStrainStress)
+SA_SHEAR_RATIO_LIST(SPX_MAT_SHRSTRESSRATIO3DEXP,    StressIn<S33>)
+SA_SHEAR_RATIO_LIST(SPX_MAT_SHRSTRESSRATIOGPEEXP,   StressIn<S31>)
 SA_SHEAR_RATIO_LIST(SPX_MAT_SHRSTRESSRATIOPSEXP,    PlaneStress)
 SA_SHEAR_RATIO_LIST(SPX_MAT_SHRSTRESSRATIOBEAMEXP,  BeamStress)
 SA_SHEAR_RATIO_LIST(SPX_MAT_SHRSTRESSRATIOUNIEXP,   AxialStress)

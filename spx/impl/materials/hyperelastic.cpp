@@ -11,8 +11,8 @@ namespace {
 
 // The chains of a point are stretched out: the block is complete with the largest stretch that they have, and the analysis ends.
 void reportLocking() {
-  constexpr int32_t kMessageFile = -6, kStatus = 1, kErrors = 20;
-  glo_uti_CWrite(kMessageFile, kStatus, "Error",
+  constexpr int32_t kStatus = 1, kErrors = GLO_EXIT_ERRORS;
+  glo_uti_CWrite(GLO_UNIT_MESSAGE_FILE, kStatus, "Error",
                  "The locking stretch is reached, the resulting ETA is over 0.99999, which is too close to one.",
                  nullptr, nullptr, nullptr);
   GLO_UTI_EXIT(&kErrors);
@@ -238,7 +238,7 @@ SA_KERNEL(SPX_MAT_HYPERBINVRNT30INDX,
 #define SA_CORRECTION(name)                                                                                            \
   SA_KERNEL(name, (const int32_t* nblock, const double* residual, const double* slope, double* stretch),               \
             (nblock, residual, slope, stretch)) {                                                                      \
-    forPoints(*nblock, [=](int i) SA_POINT { stretch[i] *= vm::exp(-stretchStep(residual[i], slope[i])); });           \
+    forPoints(*nblock, [=](int i) SA_POINT { stretch[i] *= vm::expClamped(-stretchStep(residual[i], slope[i])); });           \
   }
 SA_CORRECTION(SPX_MAT_HYPERPSCORRECTION)
 SA_CORRECTION(SPX_MAT_HYPERUNICORRECTION)

@@ -82,7 +82,7 @@ SA_INLINE void takeLogarithms(int start, int n, Stretch stretch, double* flag, S
   } else {
     forPoints(n, [=, &w](int i) SA_POINT { w.L[i] = vm::log(vm::abs(w.J[i])); });
     forPoints(n, [=, &w](int i) SA_POINT {
-      const double factor = vm::exp(-0.6666666666666666 * w.L[i]);
+      const double factor = vm::expClamped(-0.6666666666666666 * w.L[i]);
       const Stretches s = stretch(i, start + i);
       w.x1[i] = s.l1 * s.l1 * factor;
       w.x2[i] = s.l2 * s.l2 * factor;
@@ -341,12 +341,14 @@ SA_INLINE void newtonSteps(int n, FreeScratch& f, const double (&residual)[kScra
                            const double (&slope)[kScratchPoints]) {
   forPoints(n, [&](int i) SA_POINT {
     const double r = residual[i], D = slope[i], now = f.free[i], start = f.isochoric[i], moving = f.moving[i];
-    const bool isMoving = moving != 0.0, isNumber = vm::abs(r) < vm::kInfinity && vm::abs(D) < vm::kInfinity;
-    const double step = isMoving ? stretchStep(r, D) : 0.0, next = now * vm::exp(-step);
-    const bool returns = isMoving && !isNumber, ends = !returns && !(vm::abs(step) > 1e-8);
-    const bool fails = returns && !(now != start);
-    f.free[i] = fails ? vm::kNaN : returns ? start : isMoving ? next : now;
-    f.moving[i] = isMoving && !ends && !fails ? 1.0 : 0.0;
+    // without && and ||: a branch would keep the loop from being vectorised
+    const bool isMoving = moving != 0.0, isNumber = (vm::abs(r) < vm::kInfinity) & (vm::abs(D) < vm::kInfinity);
+    const double newton = stretchStep(r, D), step = vm::select(isMoving, newton, 0.0);
+    const double next = vm::select(isMoving, now * vm::expClamped(-step), now);
+    const bool returns = isMoving & !isNumber, ends = !returns & !(vm::abs(step) > 1e-8);
+    const bool fails = returns & !(now != start);
+    f.free[i] = vm::select(fails, vm::kNaN, vm::select(returns, start, next));
+    f.moving[i] = vm::select(isMoving & !ends & !fails, 1.0, 0.0);
   });
 }
 
@@ -358,7 +360,7 @@ SA_INLINE void beginBrackets(int n, FreeScratch& f) {
   forPoints(n, [&](int i) SA_POINT {
     const double y = vm::log(f.free[i]), bounded = vm::max(-kMostLogOfStretch, vm::min(kMostLogOfStretch, y));
     f.y[i] = bounded;
-    f.free[i] = f.moving[i] != 0.0 && y != bounded ? vm::exp(bounded) : f.free[i];
+    f.free[i] = f.moving[i] != 0.0 && y != bounded ? vm::expClamped(bounded) : f.free[i];
     f.low[i] = -vm::kInfinity, f.high[i] = vm::kInfinity;
     f.lowNumber[i] = f.highNumber[i] = 1.0;
     f.last[i] = f.before[i] = vm::kInfinity;
@@ -396,7 +398,7 @@ SA_INLINE void bracketedSteps(int n, FreeScratch& f, const double (&residual)[kS
     f.stride[i] = isClosed ? stride : 2.0 * stride;
     const double to = found ? (r == 0.0 ? y : inside) : next;
     f.y[i] = to;
-    f.free[i] = !isMoving ? now : fails ? vm::kNaN : vm::exp(to);
+    f.free[i] = !isMoving ? now : fails ? vm::kNaN : vm::expClamped(to);
     f.moving[i] = isMoving && !found && !isNarrow && !fails ? 1.0 : 0.0;
   });
 }

@@ -365,9 +365,15 @@ SA_INLINE double sumOfRows(const General& t, const PerPoint& points, int64_t poi
   return sum;
 }
 
+// An integral over a root takes the factor 2.
+template <class Quantity>
+SA_INLINE double rootFactor(const General& t) {
+  return Quantity::kIsIntegral && t.rootVariable == 1 ? 2.0 : 1.0;
+}
+
 template <class Quantity, class Place>
 SA_INLINE void evaluateBeyondTree(const General& t, const PerPoint& points, const Place& place) {
-  const double scale = Quantity::kIsIntegral && t.rootVariable == 1 ? 2.0 : 1.0;
+  const double scale = rootFactor<Quantity>(t);
   const bool differentiates = points.fieldDerivatives != nullptr || points.temperatureDerivative != nullptr;
   for (int i = 0; i < place.count; ++i) {
     const int64_t point = place(i);
@@ -387,7 +393,7 @@ SA_INLINE void evaluateBeyondTree(const General& t, const PerPoint& points, cons
 template <class Quantity, class Place>
 SA_INLINE void evaluateManyVariables(const General& t, const PerPoint& points, const Place& place) {
   const int variables = t.variables;
-  const double scale = Quantity::kIsIntegral && t.rootVariable == 1 ? 2.0 : 1.0;
+  const double scale = rootFactor<Quantity>(t);
   Tree tree(variables);
   for (int64_t from = 0; from < place.count; from += tree.points) {
     const int start = static_cast<int>(from), rest = place.count - start, n = rest < tree.points ? rest : tree.points;

@@ -52,9 +52,9 @@ constexpr std::string_view kUnsupportedObject = "Unsupported table option in the
 constexpr std::string_view kSeparableText = "Separable table format not yet implemented.";
 
 void endWith(std::string_view text) {
-  constexpr int32_t kLocalErrors = 20;
+  constexpr int32_t kErrors = GLO_EXIT_ERRORS;
   writeMessage("Error", text);
-  GLO_UTI_EXIT(&kLocalErrors);
+  GLO_UTI_EXIT(&kErrors);
 }
 
 template <class Place>

@@ -3,9 +3,11 @@
 // A model gives, for one point,
 //   pressure(mu, history)   pressure of the compression mu, and the history variable that goes with it
 //   strength(P, rate)       the two surfaces between which damage moves the strength, and the plastic strain that damages fully
-//   recoverable(mu, history, limit)   per undeformed volume, the work of the pressure on the way from here to where it is zero,
-//                           tension being no larger than the limit
-//   isSudden(strength)      strength falls at once, not with the plastic strain (where kBulks)
+//   slopes(P, strength)     how both surfaces move with the pressure (where kGradual)
+//   recoverable(mu, history, limit)   the work of the pressure on the way from here to where it is zero, tension being no
+//                           larger than the limit, and the line of that way
+//   crushed(before, now)    what the closing of pores takes while the largest mu grows (where kCompacts); both per undeformed
+//                           volume
 // and says by constants
 //   kGradual     strength goes with damage in a straight line from intact to fractured, else it stays intact until D = 1
 //   kCapped      strength never exceeds model.cap
@@ -25,6 +27,15 @@ struct Pressure {
 struct Strength {
   double intact, fractured; // von Mises stress
   double failureStrain;     // plastic strain from D = 0 to D = 1
+};
+
+// How intact and fractured strength move with the pressure.
+struct StrengthSlopes {
+  double intact, fractured;
+};
+// What the pressure can still give back, and its line of unloading: zero pressure at `zero`, modulus 1/perModulus.
+struct Recoverable {
+  double energy, zero, perModulus;
 };
 
 // State variables, from 0.
@@ -142,60 +153,18 @@ SA_INLINE double bulking(double a, double betaK1, double energy) {
   return vm::select(a >= 0.0, growth, 0.0);
 }
 
-// Where a point stands before its return, and what its answer at a pressure needs.
-struct BeforeReturn {
-  double trial, damage, rateFactor;
-  double pressure;      // before the limit of tension, without the bulking of the increment
-  double limited;       // not below the largest tension that the damage at the start leaves
-  double bulkingArm;    // K1 mu + dP
-  double failureStrain; // at that
-  double fallsFrom;     // the strength that a sudden failure leaves, 0.0 where there is none
-};
-// The end of the increment, if the strength is that of one pressure; the pressure that follows is larger by bulking or because
-// damage lowers the limit of tension.
-struct AtPressure {
-  Returned returned;
-  double growth, pressure;
-  double sudden; // 1.0 where the strength falls at once
-};
-
-template <class Model>
-SA_INLINE AtPressure finish(const Model& m, const BeforeReturn& point, const Strength& s, const Returned& r) {
-  double growth = 0.0;
-  if constexpr (Model::kBulks) {
-    // what damage takes of the elastic energy at this pressure
-    const double before =
-        vm::select(point.fallsFrom > 0.0, point.fallsFrom, vm::min(point.trial, strengthAt(m, s, point.damage)));
-    const double lost = vm::select(r.damage > point.damage, (before * before - r.q * r.q) * (0.5 * m.perG3), 0.0);
-    growth = bulking(point.bulkingArm, m.beta * m.K1, lost);
-  }
-  double sudden = 0.0;
-  if constexpr (Model::kBulks) sudden = vm::select((r.damage >= 1.0) & (point.damage < 1.0) & m.isSudden(s), 1.0, 0.0);
-  return {r, growth, vm::max(-tensionLimit(m, r.damage), point.pressure + growth), sudden};
-}
-
-// A failure that was sudden stays one.
-template <class Model>
-SA_INLINE AtPressure atPressure(const Model& m, const BeforeReturn& point, double p) {
-  Strength s = m.strength(p, point.rateFactor);
-  s.failureStrain = point.failureStrain;
-  const Returned r = returnTo(m, s, point.trial, point.damage);
-  const double broken = vm::min(point.trial, strengthAt(m, s, 1.0));
-  const bool falls = point.fallsFrom > 0.0;
-  return finish(m, point, s,
-                Returned{vm::select(falls, broken, r.q),
-                         vm::select(falls, (point.trial - broken) * m.perG3, r.plasticStrain),
-                         vm::select(falls, 1.0, r.damage)});
-}
+// What the end of an increment asks for beyond the return at the pressure without it: nothing, damage and pressure that move
+// each other, or the pressure of a point that is broken.
+constexpr double kSettled = 0.0, kMoving = 1.0, kBroken = 2.0;
 
 // What the passes over a piece hand on.
 struct BrittleScratch {
   double mu[kScratchPoints], pressure[kScratchPoints], history[kScratchPoints], compaction[kScratchPoints],
       trial[kScratchPoints], rate[kScratchPoints]; // the rate, then its factor
   double intact[kScratchPoints], fractured[kScratchPoints], failureStrain[kScratchPoints];
-  double damageBefore[kScratchPoints], q[kScratchPoints], plasticStrain[kScratchPoints], damage[kScratchPoints],
-      growth[kScratchPoints], fallsFrom[kScratchPoints], before[kScratchPoints], limited[kScratchPoints],
-      rise[kScratchPoints];
+  double damageBefore[kScratchPoints], before[kScratchPoints], q[kScratchPoints], plasticStrain[kScratchPoints],
+      damage[kScratchPoints], growth[kScratchPoints], open[kScratchPoints]; // one of the three above
+  double low[kScratchPoints], high[kScratchPoints];                         // bounds of the growth of damage
 };
 
 // Pressure, trial stress and rate.
@@ -204,7 +173,7 @@ SA_INLINE void findTrial(const Block& b, const Model& model, int start, int leng
   const Model m = model;
   const int64_t N = b.points;
   const double *strainInc = b.strainInc, *defgrad = b.defgrad, *stressOld = b.stressOld, *stateOld = b.stateOld;
-  const double perTime = b.dt <= 0.0 ? 0.0 : 1.0 / b.dt;
+  const double perTime = b.dt <= 0.0 ? 0.0 : 1.0 / b.dt; // that of a NaN is a NaN
   forPoints(length, [=, &w](int k) SA_POINT {
     const int i = start + k;
     const Sym<Storage> e = deviator(loadTensor<Storage>(strainInc, N, i));
@@ -229,7 +198,6 @@ SA_INLINE void findSurfaces(const Block& b, const Model& model, int start, int l
     const double p = vm::max(-tensionLimit(m, damageOld[start + k]), w.pressure[k]);
     const double factor = 1.0 + m.C * vm::logPositive(vm::max(1.0, w.rate[k] * m.perReferenceRate));
     const Strength s = m.strength(p, factor);
-    w.limited[k] = p;
     w.rate[k] = vm::select(w.rate[k] == w.rate[k], factor, vm::kNaN);
     w.intact[k] = s.intact;
     w.fractured[k] = s.fractured;
@@ -237,7 +205,7 @@ SA_INLINE void findSurfaces(const Block& b, const Model& model, int start, int l
   });
 }
 
-// Return to those surfaces, and by how much the pressure rises with it.
+// Return to those surfaces, and whether the pressure moves with it: bulking, or damage that lowers the limit of tension.
 template <class Model>
 SA_INLINE void returnToSurfaces(const Block& b, const Model& model, int start, int length, BrittleScratch& w) {
   const Model m = model;
@@ -245,114 +213,164 @@ SA_INLINE void returnToSurfaces(const Block& b, const Model& model, int start, i
   const double* stateOld = b.stateOld;
   forPoints(length, [=, &w](int k) SA_POINT {
     const int i = start + k;
-    const double intact = w.intact[k], fractured = w.fractured[k], failureStrain = w.failureStrain[k];
-    const double trial = w.trial[k], factor = w.rate[k], pressure = w.pressure[k], limited = w.limited[k];
-    const double arm = m.K1 * w.mu[k] + w.history[k];
-    const Strength s{intact, fractured, failureStrain};
+    const Strength s{w.intact[k], w.fractured[k], w.failureStrain[k]};
+    const double trial = w.trial[k], pressure = w.pressure[k], damageOld = stateOld[i + kDamage * N];
     // compaction damages by itself, then the plastic strain does
-    double D = stateOld[i + kDamage * N];
+    double D = damageOld;
     if constexpr (Model::kCompacts)
       D = vm::min(1.0, D + vm::max(0.0, w.compaction[k] - stateOld[i + kCompaction * N]) / s.failureStrain);
     const Returned r = returnTo(m, s, trial, D);
-    double falls = 0.0;
-    if constexpr (Model::kBulks)
-      falls = vm::select((r.damage >= 1.0) & (D < 1.0) & m.isSudden(s), strengthAt(m, s, D), 0.0);
-    const AtPressure end =
-        finish(m, BeforeReturn{trial, D, factor, pressure, limited, arm, failureStrain, falls}, s, r);
+    const double arm = m.K1 * w.mu[k] + w.history[k], before = strengthAt(m, s, D);
+    const double cut = vm::select(pressure < -tensionLimit(m, r.damage), 1.0, 0.0);
+    double moves = cut;
+    if constexpr (Model::kBulks) moves = vm::select((m.beta > 0.0) & (arm >= 0.0) & (before > r.q), 1.0, moves);
+    double kind = kBroken;
+    if constexpr (Model::kGradual) {
+      const double slope = 3.0 * m.G * s.failureStrain - (s.intact - s.fractured);
+      kind = vm::select(slope > 0.0, kMoving, kBroken);
+    } else {
+      moves = vm::select(r.damage >= 1.0, moves, 0.0);
+    }
     w.damageBefore[k] = D;
+    w.before[k] = before;
     w.q[k] = r.q;
     w.plasticStrain[k] = r.plasticStrain;
     w.damage[k] = r.damage;
-    w.growth[k] = end.growth;
-    w.fallsFrom[k] = falls;
-    w.before[k] = strengthAt(m, s, D);
-    w.rise[k] = end.pressure - limited;
+    w.growth[k] = 0.0;
+    w.low[k] = 0.0;
+    w.high[k] = 1.0 - D;
+    w.open[k] = vm::select(r.damage > damageOld, moves * kind, kSettled);
   });
 }
 
-// Strength and pressure of the end belong together: the rise x of the pressure solves rise(limited + x) = x, which lies between
-// 0 and what the whole elastic energy would give.  False position with halved weights (Illinois), with a bisection every fourth
-// step.  Where strength falls at once at a pressure on the way, the point falls from what it had at the start of the way.  The
-// points with a rise stand side by side, so that the others cost nothing; each stops by itself.
-constexpr int kRiseSteps = 30;
-template <class Model>
-SA_INLINE void balancePressure(const Model& model, int length, BrittleScratch& w) {
-  const Model m = model;
-  int place[kScratchPoints], count = 0;
+// The points of one kind, side by side.
+SA_INLINE int pack(const BrittleScratch& w, double kind, int length, int* place) {
+  int count = 0;
   for (int k = 0; k < length; ++k) {
     place[count] = k;
-    count += w.rise[k] > 0.0 ? 1 : 0;
+    count += w.open[k] == kind ? 1 : 0;
   }
-  if (count == 0) return;
+  return count;
+}
+
+// Damage and pressure that move each other.  The growth d of damage solves
+//   strength(P(d), D + d) + 3 G ef d = trial stress,
+// P(d) with the bulking of what the damage takes at the pressure before it, or at the limit of tension that it leaves.  The
+// strength grows with the pressure and the pressure with d, so that the left side rises and there is one solution.  From
+// the damage at the pressure before on, a parabola through d = 0 with the value and the slope of the moment gives the next d,
+// between bounds; where even d = 1 - D is too little, the point breaks.  After the first step and after each few more the points
+// that go on are packed anew; false when there are none.
+constexpr int kDamageSteps = 2, kDamageRounds = 30;
+template <class Model>
+SA_INLINE bool settleDamage(const Model& model, int length, BrittleScratch& w, int steps) {
+  const Model m = model;
+  int place[kScratchPoints];
+  const int count = pack(w, kMoving, length, place);
+  if (count == 0) return false;
   double trial[kScratchPoints], damage[kScratchPoints], factor[kScratchPoints], pressure[kScratchPoints],
-      limited[kScratchPoints], arm[kScratchPoints], failureStrain[kScratchPoints], falls[kScratchPoints],
-      before[kScratchPoints];
-  double x[kScratchPoints], low[kScratchPoints], high[kScratchPoints], atLow[kScratchPoints], atHigh[kScratchPoints],
-      side[kScratchPoints], runs[kScratchPoints], bounds[kScratchPoints];
+      arm[kScratchPoints], G3ef[kScratchPoints], before[kScratchPoints], drop[kScratchPoints];
+  double x[kScratchPoints], low[kScratchPoints], high[kScratchPoints], runs[kScratchPoints], growth[kScratchPoints],
+      strength[kScratchPoints], atEnd[kScratchPoints];
   for (int j = 0; j < count; ++j) {
     const int k = place[j];
     trial[j] = w.trial[k], damage[j] = w.damageBefore[k], factor[j] = w.rate[k], pressure[j] = w.pressure[k];
-    limited[j] = w.limited[k], failureStrain[j] = w.failureStrain[k], falls[j] = w.fallsFrom[k],
-    before[j] = w.before[k];
+    G3ef[j] = 3.0 * m.G * w.failureStrain[k], before[j] = w.before[k], drop[j] = w.intact[k] - w.fractured[k];
     arm[j] = m.K1 * w.mu[k] + w.history[k];
-    x[j] = atLow[j] = w.rise[k];
-  }
-  const auto point = [&](int j) SA_POINT {
-    return BeforeReturn{trial[j], damage[j], factor[j], pressure[j], limited[j], arm[j], failureStrain[j], falls[j]};
-  };
-  forPoints(count, [=, &limited, &arm, &trial, &x, &low, &high, &atHigh, &side, &runs, &bounds](int j) SA_POINT {
-    double bound = vm::max(0.0, -limited[j]);
-    if constexpr (Model::kBulks) bound += bulking(arm[j], m.beta * m.K1, trial[j] * trial[j] * (0.5 * m.perG3));
-    x[j] = vm::min(x[j], bound);
-    low[j] = 0.0;
-    high[j] = bound;
-    bounds[j] = bound;
-    atHigh[j] = -bound;
-    side[j] = 0.0;
+    x[j] = w.damage[k] - w.damageBefore[k], low[j] = w.low[k], high[j] = w.high[k];
     runs[j] = 1.0;
-  });
-  double running = 1.0;
-  for (int step = 0; step < kRiseSteps && running > 0.0; ++step) {
-    const bool bisects = step % 4 == 3;
-    forPoints(count, [=, &point, &x, &low, &high, &atLow, &atHigh, &side, &runs, &falls, &before,
-                      &bounds](int j) SA_POINT {
-      const BeforeReturn at = point(j);
-      const double rise = x[j], lower = low[j], upper = high[j], below = atLow[j], above = atHigh[j], last = side[j];
-      const AtPressure end = atPressure(m, at, at.limited + rise);
-      const double left = end.pressure - at.limited - rise;
-      const bool isLow = left > 0.0;
-      const double a = vm::select(isLow, rise, lower), b = vm::select(isLow, upper, rise);
-      const double fa = vm::select(isLow, left, below * vm::select(last < 0.0, 0.5, 1.0)),
-                   fb = vm::select(isLow, above * vm::select(last > 0.0, 0.5, 1.0), left);
-      const double middle = 0.5 * (a + b), secant = (a * fb - b * fa) / vm::select(fb < fa, fb - fa, -1e-300);
-      const double next = vm::select(!bisects & (secant >= a) & (secant <= b), secant, middle);
-      const double scale = 1e-14 * (m.T + vm::abs(at.limited) + rise);
-      const bool goes = (vm::abs(left) > scale) & (b - a > scale) & (runs[j] > 0.0);
-      // what was found before a sudden fall does not hold behind it
-      const bool turns = (end.sudden > 0.0) & !(at.fallsFrom > 0.0) & (runs[j] > 0.0);
-      falls[j] = vm::select(turns, before[j], at.fallsFrom);
-      x[j] = vm::select(goes & !turns, next, rise);
-      low[j] = vm::select(turns, 0.0, vm::select(goes, a, lower));
-      high[j] = vm::select(turns, bounds[j], vm::select(goes, b, upper));
-      atLow[j] = vm::select(turns, bounds[j], vm::select(goes, fa, below));
-      atHigh[j] = vm::select(turns, -bounds[j], vm::select(goes, fb, above));
-      side[j] = vm::select(isLow, 1.0, -1.0);
-      runs[j] = vm::select(goes | turns, 1.0, 0.0);
-    });
-    running = 0.0;
-    for (int j = 0; j < count; ++j) running += runs[j];
   }
-  forPoints(count, [=, &point, &x, &low, &high, &atLow, &atHigh](int j) SA_POINT {
-    const BeforeReturn at = point(j);
-    const AtPressure end = atPressure(m, at, at.limited + x[j]);
-    low[j] = end.returned.q;
-    high[j] = end.returned.plasticStrain;
-    atLow[j] = end.returned.damage;
-    atHigh[j] = end.growth;
+  const auto bulkingOf = [=, &before, &drop, &arm](int j, double d) SA_POINT {
+    if constexpr (Model::kBulks) {
+      const double left = vm::max(0.0, before[j] - drop[j] * d);
+      return bulking(arm[j], m.beta * m.K1, (before[j] - left) * (before[j] + left) * (0.5 * m.perG3));
+    } else {
+      return 0.0;
+    }
+  };
+  for (int step = 0; step < steps; ++step) {
+    forPoints(count, [=, &trial, &damage, &factor, &pressure, &arm, &G3ef, &before, &drop, &x, &low, &high, &runs,
+                      &strength, &atEnd](int j) SA_POINT {
+      const double d = vm::min(x[j], 1.0 - damage[j]), D = damage[j] + d, lowOld = low[j], highOld = high[j],
+                   ran = runs[j];
+      const double rise = bulkingOf(j, d), limit = -m.T * (1.0 - D), free = pressure[j] + rise;
+      const double p = vm::max(limit, free);
+      const Strength s = m.strength(p, factor[j]);
+      const StrengthSlopes ds = m.slopes(p, s);
+      const double fall = s.intact - s.fractured, line = s.intact - D * fall, q = strengthAt(m, s, D);
+      double perDamage = 0.0;
+      if constexpr (Model::kBulks) {
+        const double left = vm::max(0.0, before[j] - drop[j] * d);
+        perDamage = vm::select(arm[j] >= 0.0, m.beta * m.K1 * m.perG3 * left * drop[j] / (arm[j] + rise + 1e-300), 0.0);
+      }
+      const double withPressure =
+          (ds.intact - D * (ds.intact - ds.fractured)) * vm::select(free > limit, perDamage, m.T);
+      const double error = q + G3ef[j] * d - trial[j],
+                   slope = G3ef[j] + vm::select(q == line, withPressure - fall, 0.0);
+      const double lower = vm::select(error < 0.0, d, lowOld), upper = vm::select(error > 0.0, d, highOld);
+      const double atZero = before[j] - trial[j], bend = (slope * d - (error - atZero)) / (d * d + 1e-300),
+                   slopeAtZero = slope - 2.0 * bend * d;
+      const double root =
+          -2.0 * atZero / (slopeAtZero + vm::sqrt(vm::max(0.0, slopeAtZero * slopeAtZero - 4.0 * bend * atZero)));
+      const double next = vm::select((root >= lower) & (root <= upper), root, 0.5 * (lower + upper));
+      const bool moves = ran > 0.0;
+      x[j] = vm::select(moves, next, d);
+      strength[j] = q;
+      atEnd[j] = vm::select(next == d, 1.0, 0.0);
+      low[j] = vm::select(moves, lower, lowOld);
+      high[j] = vm::select(moves, upper, highOld);
+      runs[j] = vm::select(moves & (vm::abs(next - d) > 1e-7 * next), 1.0, 0.0);
+    });
+  }
+  forPoints(count, [=, &x, &growth](int j) SA_POINT { growth[j] = bulkingOf(j, x[j]); });
+  for (int j = 0; j < count; ++j) {
+    const int k = place[j];
+    const double D = damage[j] + x[j];
+    w.low[k] = low[j], w.high[k] = high[j];
+    w.open[k] = runs[j] > 0.0 ? kMoving : D >= 1.0 ? kBroken : kSettled;
+    w.damage[k] = D;
+    w.growth[k] = growth[j];
+    w.plasticStrain[k] = x[j] * w.failureStrain[k];
+    w.q[k] = trial[j] - G3ef[j] * x[j];
+    if (w.open[k] == kBroken && atEnd[j] > 0.0) { // the strength there is known
+      w.open[k] = kSettled;
+      w.q[k] = strength[j] < trial[j] ? strength[j] : trial[j];
+      w.plasticStrain[k] = (trial[j] - w.q[k]) * m.perG3;
+      w.damage[k] = 1.0;
+    }
+  }
+  return true;
+}
+
+// Points that break: bulking takes what the whole fall sets free, and the strength is the fractured one at the pressure then.
+template <class Model>
+SA_INLINE void settleBroken(const Model& model, int length, BrittleScratch& w) {
+  const Model m = model;
+  int place[kScratchPoints];
+  const int count = pack(w, kBroken, length, place);
+  if (count == 0) return;
+  double trial[kScratchPoints], factor[kScratchPoints], pressure[kScratchPoints], arm[kScratchPoints],
+      before[kScratchPoints], after[kScratchPoints], q[kScratchPoints], growth[kScratchPoints];
+  for (int j = 0; j < count; ++j) {
+    const int k = place[j];
+    trial[j] = w.trial[k], factor[j] = w.rate[k], pressure[j] = w.pressure[k], before[j] = w.before[k];
+    after[j] = w.fractured[k], arm[j] = m.K1 * w.mu[k] + w.history[k];
+  }
+  forPoints(count, [=, &trial, &factor, &pressure, &arm, &before, &after, &q, &growth](int j) SA_POINT {
+    double rise = 0.0;
+    if constexpr (Model::kBulks) {
+      const double left = vm::max(0.0, after[j]);
+      rise = bulking(arm[j], m.beta * m.K1, (before[j] - left) * (before[j] + left) * (0.5 * m.perG3));
+    }
+    const Strength s = m.strength(vm::max(0.0, pressure[j] + rise), factor[j]);
+    growth[j] = rise;
+    q[j] = vm::min(trial[j], strengthAt(m, s, 1.0));
   });
   for (int j = 0; j < count; ++j) {
     const int k = place[j];
-    w.q[k] = low[j], w.plasticStrain[k] = high[j], w.damage[k] = atLow[j], w.growth[k] = atHigh[j];
+    w.q[k] = q[j];
+    w.plasticStrain[k] = (trial[j] - q[j]) * m.perG3;
+    w.damage[k] = 1.0;
+    w.growth[k] = growth[j];
   }
 }
 
@@ -393,14 +411,32 @@ SA_INLINE void storeEnd(const Block& b, const Model& model, int start, int lengt
       state[i + kCompaction * N] = vm::select(wasAlive, vm::max(w.compaction[k], crushedOld), crushedOld);
     }
 
-    // lost is what the stress has worked and the point does not give back on its way to zero stress
-    const double left = keep * trial, volume = 1.0 + w.mu[k];
-    const double elastic = left * left * (0.5 * m.perG3) + m.recoverable(w.mu[k], h, limit) * volume;
-    const double work = 0.5 * (product(old, strain) + product(now, strain));
-    const double internalNow = intOld + work * perDensity;
-    const double lost = vm::max(inelOld, internalNow - vm::select(isAlive, elastic, 0.0) * perDensity);
+    // What is lost, at least nothing: flow at the stress of the end, the strength on its way down from that before, what damage
+    // takes of cut tension and compaction of pores, less what bulking gives to the pressure.
+    const double left = keep * trial, volume = 1.0 + w.mu[k], dep = w.plasticStrain[k], fall = w.before[k] - q;
+    const Recoverable r = m.recoverable(w.mu[k], h, limit);
+    const double toFailure = w.failureStrain[k] * (1.0 - w.damageBefore[k]);
+    double lost = q * dep;
+    if constexpr (Model::kGradual)
+      lost += 0.5 * fall * vm::min(dep, vm::max(toFailure, fall * m.perG3));
+    else
+      lost += fall * vm::min(dep, toFailure + 0.5 * fall * m.perG3);
+    const double lowered = tensionLimit(m, damageOld) - limit;
+    const double halfway = 1.0 + vm::max(-0.9, r.zero - (limit + 0.5 * lowered) * r.perModulus);
+    lost += lowered * vm::max(0.0, 1.0 - volume / halfway);
+    if constexpr (Model::kBulks) {
+      const double growth = w.growth[k], emptied = 1.0 - vm::min(0.5, (h - 0.5 * growth) * m.perK1);
+      lost -= growth * (volume / emptied - 1.0);
+    }
+    if constexpr (Model::kCompacts) lost += m.crushed(historyOld, h) * volume;
+    lost = vm::select(lost < 0.0, 0.0, lost);
+
+    // The internal energy is what was lost and what can come back; nothing comes back from a point that is deleted.
+    const double elastic = (left * left * (0.5 * m.perG3) + r.energy * volume) * perDensity;
+    const double inelasticNow = inelOld + lost * perDensity + vm::select(isAlive, 0.0, elastic);
+    const double internalNow = inelasticNow + vm::select(isAlive, elastic, 0.0);
     internal[i] = vm::select(wasAlive, internalNow, intOld);
-    inelastic[i] = vm::select(wasAlive, lost, inelOld);
+    inelastic[i] = vm::select(wasAlive, inelasticNow, inelOld);
   });
 }
 
@@ -411,7 +447,11 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
     findTrial<Storage>(b, model, start, length, w);
     findSurfaces(b, model, start, length, w);
     returnToSurfaces(b, model, start, length, w);
-    balancePressure(model, length, w);
+    if constexpr (Model::kGradual)
+      for (int round = 0; round < kDamageRounds && settleDamage(model, length, w, round == 0 ? 1 : kDamageSteps);
+           ++round) {
+      }
+    settleBroken(model, length, w);
     storeEnd<Storage>(b, model, start, length, w);
   });
   keepStates(b, Model::kStates);

@@ -40,13 +40,15 @@ struct Jh2 : CeramicConstants {
     perPressure = 1.0 / elasticPressure;
     elasticStrength = 1.5 * (limit - elasticPressure);
   }
-  SA_INLINE bool isSudden(const Strength& s) const {
-    return 3.0 * G * vm::max(1e-30, s.failureStrain) <= s.intact - s.fractured;
-  }
   SA_INLINE Strength strength(double p, double rateFactor) const {
     const double ratio = p * perPressure, shifted = (p + T) * perPressure, scale = elasticStrength * rateFactor;
     const double fractured = vm::min(largestFractured * elasticStrength, scale * B * power(ratio, M));
     return {scale * A * power(shifted, N), vm::select(p > 0.0, fractured, 0.0), D1 * power(shifted, D2)};
+  }
+  SA_INLINE StrengthSlopes slopes(double p, const Strength& s) const {
+    const bool isBelowCap = s.fractured < largestFractured * elasticStrength;
+    return {N * s.intact / vm::max(1e-12 * T, p + T),
+            vm::select((p > 0.0) & isBelowCap, M * s.fractured / vm::max(1e-12 * T, p), 0.0)};
   }
 };
 

@@ -48,7 +48,6 @@ struct Jhb : CeramicConstants {
     G = p[0], perG3 = 1.0 / (3.0 * G), C = p[7], perReferenceRate = 1.0 / p[8], T = p[9];
     K1 = p[13], perK1 = 1.0 / p[13], K2 = p[14], K3 = p[15], beta = p[16], deletionStrain = strainOrNone(p[17]);
   }
-  SA_INLINE bool isSudden(const Strength&) const { return true; }
   SA_INLINE Strength strength(double p, double rateFactor) const {
     const double failureStrain = D1 * power((p + T) * perLargest, exponent);
     return {rateFactor * intact(p), rateFactor * failed(p), vm::min(largestFailureStrain, failureStrain)};

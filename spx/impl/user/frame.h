@@ -3,8 +3,8 @@
 #pragma once
 
 #include "glo/kernel/kernel.h"
-#include "glo/tensors/tensor.h"
 #include "glo/kernel/vmath.h"
+#include "glo/tensors/tensor.h"
 
 #include <cstdint>
 #include <initializer_list>
@@ -152,6 +152,9 @@ SA_INLINE double volumeRatio(const double* F, int64_t n, int64_t i) {
 
 // x^y for x >= 0; y = 0 gives 1 also at x = 0.
 SA_INLINE double power(double x, double y) { return vm::exp(y * vm::logPositive(vm::max(1e-300, x))); }
+
+// What never falls; a NaN of either stays one.
+SA_INLINE double grown(double old, double now) { return vm::select(now < old, old, now + (old - old)); }
 
 // The answer of the first call: linear elastic, from the bulk and the shear modulus; energies stay.
 template <class Storage>

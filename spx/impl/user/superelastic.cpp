@@ -225,11 +225,12 @@ SA_INLINE Sym<Storage> shareOf(const Sym<Storage>& rest, double share, double ac
   return inc;
 }
 
-// The strain across that leaves no stress there, to the round-off of the stress.  The stress rises with it; Newton's steps are
-// kept between bounds that hold for any fraction, and a step that does not halve the stress gives way to a bisection.
+// The strain across that leaves no stress there, to the round-off of the stress, for points with active > 0; the others are
+// left alone.  The stress rises with it; Newton's steps are kept between bounds that hold for any fraction, and a step that does
+// not halve the stress gives way to a bisection.  From 1e-11 of the stress one more step of Newton's is all that it takes.
 constexpr int kAcrossSteps = 64;
 template <class Storage>
-SA_INLINE void solveAcross(const Superelastic& model, int count, Points<Storage>& points) {
+SA_INLINE void solveAcross(const Superelastic& model, int count, Points<Storage>& points, const double* active) {
   const Superelastic m = model;
   double low[kScratchPoints], high[kScratchPoints], last[kScratchPoints], best[kScratchPoints], runs[kScratchPoints];
   forPoints(count, [=, &points, &low, &high, &last, &best, &runs](int k) SA_POINT {
@@ -241,9 +242,10 @@ SA_INLINE void solveAcross(const Superelastic& model, int count, Points<Storage>
     high[k] = bound;
     last[k] = vm::kInfinity;
     best[k] = points.across[k];
-    runs[k] = 1.0;
+    runs[k] = active[k];
   });
-  double running = 1.0;
+  double running = 0.0;
+  for (int k = 0; k < count; ++k) running += runs[k];
   for (int step = 0; step < kAcrossSteps && running > 0.0; ++step) {
     forPoints(count, [=, &points, &low, &high, &last, &best, &runs](int k) SA_POINT {
       const double x = points.across[k], lowOld = low[k], highOld = high[k], lastOld = last[k], bestOld = best[k],
@@ -262,13 +264,15 @@ SA_INLINE void solveAcross(const Superelastic& model, int count, Points<Storage>
       const double next = x - value / slope;
       const double lower = vm::select(value < 0.0, x, lowOld), upper = vm::select(value > 0.0, x, highOld);
       const bool isGood = (next >= lower) & (next <= upper) & (size <= 0.5 * lastOld);
-      const double tolerance = 1e-15 * (G2 * N + K * vm::abs(volume));
-      const bool isBest = size < lastOld, goes = (size > tolerance) & (upper - lower > 0.0) & (ran > 0.0);
+      const double scale = G2 * N + K * vm::abs(volume);
+      const bool isClose = size <= 1e-11 * scale, goes = (size > 1e-11 * scale) & (upper - lower > 0.0) & (ran > 0.0);
+      const double polished = vm::max(lower, vm::min(upper, next));
+      const double bestNow = vm::select(isClose, polished, vm::select(size < lastOld, x, bestOld));
       points.across[k] = vm::select(goes, vm::select(isGood, next, 0.5 * (lower + upper)), x);
       low[k] = lower;
       high[k] = upper;
-      last[k] = vm::select(isBest, size, lastOld);
-      best[k] = vm::select(isBest, x, bestOld);
+      last[k] = vm::select(size < lastOld, size, lastOld);
+      best[k] = vm::select(ran > 0.0, bestNow, bestOld);
       runs[k] = vm::select(goes, 1.0, 0.0);
     });
     running = 0.0;
@@ -329,26 +333,27 @@ SA_INLINE void searchTurn(const Superelastic& model, int count, Points<Storage>&
   });
   double running = 1.0;
   for (int step = 0; step < kTurnSteps && running > 0.0; ++step) {
-    const bool bisects = step % 4 == 3, isFirst = step == 0; // the first is the end of the way
-    if constexpr (kPlaneStress) solveAcross(m, count, points);
+    const double bisects = step % 4 == 3 ? 1.0 : 0.0, isFirst = step == 0 ? 1.0 : 0.0; // the first is the end of the way
+    if constexpr (kPlaneStress) solveAcross(m, count, points, runs);
     forPoints(count, [=, &points, &low, &high, &atLow, &atHigh, &side, &runs, &guess](int k) SA_POINT {
       const double t = points.part[k], lower = low[k], upper = high[k], below = atLow[k], above = atHigh[k],
                    last = side[k], known = guess[k];
       const double value = riseOfNorm<kPlaneStress>(m, points, k);
-      const bool turns = (!isFirst) | ((below < 0.0) & (value > 0.0));
+      const double signs = vm::select(below < 0.0, value, -1.0);
+      const bool turns = vm::max(1.0 - isFirst, signs) > 0.0;
       const bool isLow = value < 0.0, ran = (runs[k] > 0.0) & turns;
       const double a = vm::select(isLow, t, lower), b = vm::select(isLow, upper, t);
       const double fa = vm::select(isLow, value, below * vm::select(last < 0.0, 0.5, 1.0)),
                    fb = vm::select(isLow, above * vm::select(last > 0.0, 0.5, 1.0), value);
       const double secant = (a * fb - b * fa) / vm::select(fb > fa, fb - fa, 1e-300);
-      const double inside = vm::select(!bisects & (secant >= a) & (secant <= b), secant, 0.5 * (a + b));
-      const double next = vm::select(isFirst & (known > 0.0), known, inside);
+      const double inside = vm::select((secant - bisects >= a) & (secant <= b), secant, 0.5 * (a + b));
+      const double next = vm::select(isFirst * known > 0.0, known, inside);
       const bool goes = ran & (vm::abs(next - t) > 1e-14) & (b - a > 1e-14) & (value != 0.0);
       low[k] = vm::select(goes, a, lower);
       high[k] = vm::select(goes, b, upper);
       atLow[k] = vm::select(goes, fa, below);
       atHigh[k] = vm::select(goes, fb, above);
-      side[k] = vm::select(isFirst, 0.0, vm::select(isLow, 1.0, -1.0));
+      side[k] = vm::select(isLow, 1.0, -1.0) * (1.0 - isFirst);
       runs[k] = vm::select(goes, 1.0, 0.0);
       settle(k, vm::select(turns, vm::select(goes, next, t), 0.0));
     });
@@ -371,18 +376,38 @@ SA_INLINE void findTurn(const Superelastic& model, int length, Points<Storage>& 
     turn[k] = smallestNorm(product(e, de), product(de, de), product(e, e), q);
   });
   if (!kPlaneStress && !m.moves && !isThermal) return;
+  // F turns only where it falls at first and may rise at the end: in plane stress with the strain across of the whole rest,
+  // else at whatever fraction is reached
+  double may[kScratchPoints];
+  if constexpr (kPlaneStress) {
+    forPoints(length, [=, &points, &may](int k) SA_POINT { may[k] = riseOfNorm<true>(m, points, k); });
+  } else {
+    forPoints(length, [=, &points, &may](int k) SA_POINT {
+      const Sym<Storage> e = points.start(k).e, inc = points.rest(k), de = deviator(inc), end = sum(e, 1.0, de);
+      const double volume = 3.0 * m.alpha * trace(inc),
+                   heat = points.slope[k] * (points.tempNew[k] - points.tempOld[k]);
+      const double there = product(end, de) / vm::max(1e-100, vm::sqrt(product(end, end)));
+      const double austenite = 2.0 * m.G * there + m.K * volume,
+                   martensite = 2.0 * (m.G + m.dG) * there + (m.K + m.dK) * volume;
+      may[k] = vm::max(austenite, martensite) - heat;
+    });
+  }
   int place[kScratchPoints], count = 0;
   for (int k = 0; k < length; ++k) {
     place[count] = k;
-    count += points.xi[k] > 0.0 ? 1 : 0;
+    count += points.xi[k] > 0.0 && may[k] > 0.0 ? 1 : 0;
   }
-  if (count == 0) return;
+  if (count == 0) {
+    for (int k = 0; k < length; ++k) turn[k] = points.xi[k] > 0.0 ? 0.0 : turn[k];
+    return;
+  }
   Points<Storage> those;
   double found[kScratchPoints];
   for (int j = 0; j < count; ++j) {
     those.take(j, points, place[j]);
     found[j] = turn[place[j]];
   }
+  for (int k = 0; k < length; ++k) turn[k] = points.xi[k] > 0.0 ? 0.0 : turn[k];
   searchTurn<kPlaneStress>(m, count, those, found);
   for (int j = 0; j < count; ++j) turn[place[j]] = found[j];
 }
@@ -415,8 +440,6 @@ SA_INLINE void advance(const Block& b, const Superelastic& model, const Arrays& 
   const double *density = b.density, *stressOld = from.stress, *stateOld = from.state, *internalOld = from.internal,
                *inelasticOld = from.inelastic;
   double *stress = b.stress, *state = b.state, *internal = b.internal, *inelastic = b.inelastic;
-  if constexpr (kPlaneStress) solveAcross(m, length, points);
-
   forPoints(length, [=, &points](int k) SA_POINT {
     const int i = start + k;
     const double intOld = internalOld[i], inelOld = inelasticOld[i], perDensity = 1.0 / density[i];
@@ -434,7 +457,7 @@ SA_INLINE void advance(const Block& b, const Superelastic& model, const Arrays& 
     // lost is what the stress has worked and the point can not give back
     const double internalNow = intOld + 0.5 * (product(old, inc) + product(now, inc)) * perDensity;
     const double stored = r.elasticEnergy + r.xi * m.storedPerXi(temperature);
-    const double inelasticNow = vm::max(inelOld, internalNow - stored * perDensity);
+    const double inelasticNow = grown(inelOld, internalNow - stored * perDensity);
     if constexpr (kFirstPart) {
       const bool moves = share > 0.0;
       internal[i] = vm::select(moves, internalNow, intOld);
@@ -467,7 +490,8 @@ SA_INLINE void superelastic(const Block& b, const Superelastic& model) {
     const double factor = kRoot + m.alpha, slopeAM = factor * m.slopeAM, slopeMA = factor * m.slopeMA;
     const double *strainInc = b.strainInc, *tempOld = b.tempOld, *tempNew = b.tempNew;
     Points<Storage> points;
-    double turn[kScratchPoints], second[kScratchPoints] = {};
+    double turn[kScratchPoints], second[kScratchPoints] = {},
+                                 open[kScratchPoints]; // open: the strain across is to be found
     Arrays from{b.stressOld, b.stateOld, b.internalOld, b.inelasticOld};
     double heated = 0.0;
     for (int k = 0; k < length; ++k) heated += tempNew[start + k] != tempOld[start + k] ? 1.0 : 0.0;
@@ -484,7 +508,18 @@ SA_INLINE void superelastic(const Block& b, const Superelastic& model) {
     findStart(b, m, from, start, length, points);
     // where limits move with temperature in two ways, both turns are looked for: the nearer comes first, and then the other is
     // looked for again
-    for (int round = 0; round < (turnsTwice ? 3 : 1); ++round) {
+    const int rounds = turnsTwice ? 3 : 1;
+    for (int k = 0; k < length; ++k) open[k] = 1.0;
+    for (int round = 0;; ++round) {
+      forPoints(length, [=, &points, &open](int k) SA_POINT {
+        points.part[k] = 1.0;
+        if constexpr (kPlaneStress)
+          points.across[k] =
+              vm::select(open[k] > 0.0, elasticAcross(m, points.xi[k], points.rest(k)), points.across[k]);
+      });
+      if constexpr (kPlaneStress) solveAcross(m, length, points, open);
+      if (round == rounds) break;
+      for (int k = 0; k < length; ++k) open[k] = 0.0;
       double found[kScratchPoints];
       findTurn<kPlaneStress>(m, length, points, found, isThermal);
       if (round == 0 && turnsTwice) {
@@ -507,10 +542,14 @@ SA_INLINE void superelastic(const Block& b, const Superelastic& model) {
       double turns = 0.0;
       for (int k = 0; k < length; ++k) turns += turn[k] > 0.0 ? 1.0 : 0.0;
       if (!(turns > 0.0)) continue;
-      forPoints(length, [=, &points, &turn](int k) SA_POINT {
+      forPoints(length, [=, &points, &turn, &open](int k) SA_POINT {
         points.part[k] = turn[k];
-        if constexpr (kPlaneStress) points.across[k] = turn[k] * elasticAcross(m, points.xi[k], points.rest(k));
+        open[k] = vm::select(turn[k] > 0.0, 1.0, 0.0);
+        if constexpr (kPlaneStress)
+          points.across[k] =
+              vm::select(turn[k] > 0.0, turn[k] * elasticAcross(m, points.xi[k], points.rest(k)), points.across[k]);
       });
+      if constexpr (kPlaneStress) solveAcross(m, length, points, open);
       advance<true, kPlaneStress>(b, m, from, start, length, points);
       from = {b.stress, b.state, b.internal, b.inelastic}; // the next part goes on from there
       forPoints(length, [=, &points, &turn](int k) SA_POINT {
@@ -520,10 +559,6 @@ SA_INLINE void superelastic(const Block& b, const Superelastic& model) {
       });
       findStart(b, m, from, start, length, points);
     }
-    forPoints(length, [=, &points](int k) SA_POINT {
-      points.part[k] = 1.0;
-      if constexpr (kPlaneStress) points.across[k] = elasticAcross(m, points.xi[k], points.rest(k));
-    });
     advance<false, kPlaneStress>(b, m, from, start, length, points);
   });
   keepStates(b, Superelastic::kStates);
@@ -603,7 +638,7 @@ SA_INLINE void uniaxial(const Block& b, const Superelastic& model) {
     const double internalNow = intOld + work * perDensity;
     internal[i] = internalNow;
     // lost is what the stress has worked and the point can not give back
-    inelastic[i] = vm::max(inelOld, internalNow - stored * perDensity);
+    inelastic[i] = grown(inelOld, internalNow - stored * perDensity);
   });
   keepStates(b, Superelastic::kStates);
 }

@@ -1,4 +1,4 @@
-// Records of tensors: tensors are rebuilt from the written values and quaternions, and every walk is held against the others.
+// Records of tensors: tensors are rebuilt from the written values and quaternions; lists begin and end where they should.
 #include "glo.h"
 #include "tests/support/turns.h"
 
@@ -15,28 +15,20 @@ using Reals = std::vector<double>;
 
 constexpr double kUntouched = -77;
 
-// The four argument lists of a code.
+// The two argument lists of a code for whole blocks.
 using Whole = void (*)(const int32_t*, int32_t*, const double*, const int32_t*, const int32_t*, double*, double*);
 using Oriented = void (*)(const int32_t*, int32_t*, const double*, const double*, const int32_t*, const int32_t*,
                           double*, double*);
-using Listed = void (*)(const int32_t*, const int32_t*, const int32_t*, const int32_t*, const int32_t*, const int32_t*,
-                        int32_t*, const double*, const int32_t*, const int32_t*, double*, double*, const int32_t*);
-using OrientedListed = void (*)(const int32_t*, const int32_t*, const int32_t*, const int32_t*, const int32_t*,
-                                const int32_t*, int32_t*, const double*, const double*, const int32_t*, const int32_t*,
-                                double*, double*, const int32_t*);
 
 // A code: its members, components, values and reals of its quaternion; where component (a, b) lies, -1 where there is none.
 struct Code {
   const char* name;
   Whole whole;
-  Listed listed;
   Oriented oriented;
-  OrientedListed orientedListed;
   int components, values, quaternion;
   int place[3][3];
 };
-#define MEMBERS(stem)                                                                                                  \
-#stem, GLO_UTI_##stem##QUAT, GLO_UTI_##stem##QUATELSET, GLO_UTI_##stem##QUATMULT, GLO_UTI_##stem##QUATEMULT
+#define MEMBERS(stem) #stem, GLO_UTI_##stem##QUAT, GLO_UTI_##stem##QUATMULT
 const Code kCodes[] = {
     {MEMBERS(ODBPRINC11), 2, 2, 2, {{0, 1, -1}, {1, -1, -1}, {-1, -1, -1}}},
     {MEMBERS(ODBPRINC21), 3, 2, 2, {{0, 2, -1}, {2, 1, -1}, {-1, -1, -1}}},
@@ -47,9 +39,7 @@ const Code kCodes[] = {
     {MEMBERS(ODBGENPRINC33), 6, 3, 4, {{0, 3, 5}, {3, 1, 4}, {5, 4, 2}}},
 };
 // Directional copies of n values: no shear, the identity or the orientation itself.
-#define COPIES(n, dim)                                                                                                 \
-  "ODBDIRCOPY" #n #dim, GLO_UTI_ODBDIRCOPY##n, GLO_UTI_ODBDIRCOPY##n##ELSET, GLO_UTI_ODBDIRCOPY##n##MULT##dim,         \
-      GLO_UTI_ODBDIRCOPY##n##EMULT##dim
+#define COPIES(n, dim) "ODBDIRCOPY" #n #dim, GLO_UTI_ODBDIRCOPY##n, GLO_UTI_ODBDIRCOPY##n##MULT##dim
 struct Copy {
   Code members;
   bool isPlain; // its plain forms have a quaternion of the same kind
@@ -249,87 +239,14 @@ TEST(PrincipalOutput, WhatIsNotFiniteStaysInItsRecord) {
 
 // ---- element lists
 
-// A list walked through all blocks of a model in groups, against the plain member on each block.
-void checkList(const Code& code, const std::vector<int32_t>& list, bool oriented) {
-  constexpr int32_t kBlockSize = 150, kBlocks = 3, kGroupSize = 1000, kGroups = 2;
-  constexpr int kLengths[kGroups][kBlocks] = {{150, 150, 20}, {150, 1, 140}};
-  const int32_t last = static_cast<int32_t>(list.size());
-  Output out(last + 1);
-  std::vector<bool> isWritten(list.size(), false);
-  int32_t cursor = 1;
-  for (int32_t group = 1; group <= kGroups; ++group)
-    for (int32_t number = 1; number <= kBlocks; ++number) {
-      const int length = kLengths[group - 1][number - 1], before = (number - 1) * kBlockSize + (group - 1) * kGroupSize;
-      const Block block(code, length, static_cast<uint64_t>(10 * group + number));
-      Output all(length);
-      int32_t plainCursor = 1;
-      const int32_t cursorBefore = cursor;
-      const Reals untouched = out.P;
-      if (oriented) {
-        code.oriented(&block.n, &plainCursor, block.S.data(), block.O.data(), &all.ldp, &all.ldq, all.P.data(),
-                      all.Q.data());
-        code.orientedListed(&block.n, &number, &kBlockSize, &group, &kGroupSize, list.data(), &cursor, block.S.data(),
-                            block.O.data(), &out.ldp, &out.ldq, out.P.data(), out.Q.data(), &last);
-      } else {
-        code.whole(&block.n, &plainCursor, block.S.data(), &all.ldp, &all.ldq, all.P.data(), all.Q.data());
-        code.listed(&block.n, &number, &kBlockSize, &group, &kGroupSize, list.data(), &cursor, block.S.data(), &out.ldp,
-                    &out.ldq, out.P.data(), out.Q.data(), &last);
-      }
-      int members = 0;
-      for (int32_t k = 1; k <= last; ++k) {
-        const int point = list[k - 1] - before;
-        if (point < 1 || point > length) continue;
-        ++members;
-        isWritten[k - 1] = true;
-        EXPECT_TRUE(std::equal(out.p(k), out.p(k) + out.ldp, all.p(point))) << code.name << " entry " << list[k - 1];
-        EXPECT_TRUE(std::equal(out.q(k), out.q(k) + out.ldq, all.q(point))) << code.name << " entry " << list[k - 1];
-      }
-      EXPECT_TRUE(members > 0 || out.P == untouched);
-      // what lies beyond the block waits
-      EXPECT_TRUE(cursor > last || list[cursor - 1] > before + length);
-      EXPECT_GE(cursor, cursorBefore + members);
-    }
-  EXPECT_EQ(cursor, last + 1);
-  for (int32_t k = 1; k <= last + 1; ++k) {
-    if (k <= last && isWritten[k - 1]) continue;
-    EXPECT_EQ(out.p(k)[0], kUntouched);
-    EXPECT_EQ(out.q(k)[0], kUntouched);
-  }
-}
-
-TEST(OutputLists, BlocksTakeTheirEntriesInTurn) {
-  std::vector<int32_t> all, some, everyThird;
-  Random random(11);
-  for (int32_t base : {0, 150, 300, 1000, 1150, 1300})
-    for (int32_t e = 1; e <= (base == 300 ? 20 : base == 1150 ? 1 : base == 1300 ? 140 : 150); ++e) {
-      all.push_back(base + e);
-      if (random.integer(0, 2) == 0) some.push_back(base + e);
-      if (e % 3 == 0 && base != 150) everyThird.push_back(base + e); // skips a block
-    }
-  const std::vector<int32_t> lists[] = {all,          some,
-                                        everyThird,   {},
-                                        {1},          {150},
-                                        {151},        {320},
-                                        {1000 + 151}, {1440},
-                                        {1301},       {150, 151, 1001},
-                                        {5, 5, 7},    {148, 149, 150, 400, 1001}}; // 400 lies in no block
-  for (const Code& code : kCodes)
-    for (const auto& list : lists)
-      for (bool oriented : {false, true}) checkList(code, list, oriented);
-  for (const Copy& copy : kCopies)
-    for (const auto& list : lists)
-      for (bool oriented : {false, true})
-        if (oriented || copy.isPlain) checkList(copy.members, list, oriented);
-}
-
 TEST(OutputLists, EndAtTheLastPositionAndBeginAtTheCursor) {
   const Code& code = kCodes[2];
   const Block block(code, 10, 5);
   const std::vector<int32_t> list = {2, 4, 6, 8, 10};
   const int32_t one = 1, size = 10;
   const auto run = [&](int32_t first, int32_t last, int32_t blockNumber, Output& out) {
-    code.listed(&block.n, &blockNumber, &size, &one, &size, list.data(), &first, block.S.data(), &out.ldp, &out.ldq,
-                out.P.data(), out.Q.data(), &last);
+    GLO_UTI_ODBPRINC31QUATELSET(&block.n, &blockNumber, &size, &one, &size, list.data(), &first, block.S.data(),
+                                &out.ldp, &out.ldq, out.P.data(), out.Q.data(), &last);
     return first;
   };
   Output out(6);

@@ -12,8 +12,6 @@ namespace {
 
 using namespace sharedanalysis::test;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN(), kInf = std::numeric_limits<double>::infinity();
-
 // Tensors with known values: spread, nearly equal, graded and zero ones, at several scales.
 struct KnownTensors {
   int n = 0;
@@ -106,42 +104,6 @@ TEST(BoundedJacobi, EveryDirectionStaysNearestItsAxisAndDiagonalsStayPut) {
     EXPECT_NEAR(v[1], s, 3e-8 + 1e-15 / std::abs(a - b));
     EXPECT_NEAR(v[3], -s, 3e-8 + 1e-15 / std::abs(a - b));
   }
-}
-
-TEST(BoundedJacobi, ListsLeaveOtherPointsAlone) {
-  const KnownTensors t(33);
-  std::vector<double> P(3 * t.n), V(9 * t.n), Pl(P.size(), -7), Vl(V.size(), -7);
-  std::vector<int32_t> list;
-  for (int i = t.n; i >= 1; i -= 3) list.push_back(i);
-  const int32_t count = static_cast<int32_t>(list.size()), none = 0;
-  GLO_UTI_PRINCS33INDX(&t.n, &none, list.data(), t.S.data(), Pl.data(), Vl.data());
-  EXPECT_EQ(Pl[t.n - 1], -7);
-  GLO_UTI_PRINCS33(&t.n, t.S.data(), P.data(), V.data());
-  GLO_UTI_PRINCS33INDX(&t.n, &count, list.data(), t.S.data(), Pl.data(), Vl.data());
-  for (int i = 0; i < t.n; ++i) {
-    const bool listed = (t.n - 1 - i) % 3 == 0;
-    for (int k = 0; k < 3; ++k) EXPECT_EQ(Pl[k * t.n + i], listed ? P[k * t.n + i] : -7);
-    for (int k = 0; k < 9; ++k) EXPECT_EQ(Vl[k * t.n + i], listed ? V[k * t.n + i] : -7);
-  }
-}
-
-TEST(JacobiFamily, NumbersThatAreNoneEndAndSpoilOnePoint) {
-  const int n = 5;
-  for (double bad : {kNaN, kInf, -kInf})
-    for (int component = 0; component < 6; ++component) {
-      std::vector<double> S(6 * n), P(3 * n), V(9 * n), sorted(3 * n), root(6 * n);
-      for (int i = 0; i < n; ++i)
-        for (int k = 0; k < 6; ++k) S[k * n + i] = k < 3 ? 4 + k : 0.5 + 0.1 * k;
-      S[component * n + 2] = bad;
-      GLO_UTI_PRINCS33(&n, S.data(), P.data(), V.data());
-      GLO_UTI_EIG33VECTOR(&n, S.data(), sorted.data());
-      GLO_UTI_SQRTV(&n, S.data(), root.data());
-      for (int k = 0; k < 9; ++k) EXPECT_TRUE(std::isnan(V[k * n + 2]));
-      for (int k = 0; k < 3; ++k) EXPECT_TRUE(std::isnan(P[k * n + 2]) && std::isnan(sorted[k * n + 2]));
-      for (int k = 0; k < 6; ++k) EXPECT_TRUE(std::isnan(root[k * n + 2]));
-      for (int k = 0; k < 3; ++k)
-        for (int i : {0, 1, 3}) EXPECT_EQ(P[k * n + i], P[k * n + 4]);
-    }
 }
 
 TEST(SortedJacobi, IncreasingValuesAtEveryScale) {

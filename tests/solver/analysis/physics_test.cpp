@@ -126,6 +126,24 @@ TEST_F(Physics, FreeFlightAndSpinKeepTheirMomenta) {
     EXPECT_NEAR(p1[k], p0[k], 1e-12 * size);
     EXPECT_NEAR(l1[k], l0[k], 1e-12 * turn);
   }
+  c.linearViscosity = 0;
+  Analysis quadratic(mesh, c, 1);
+  ASSERT_EQ(quadratic.advanceTo(c.endTime), Ending::Complete);
+  EXPECT_GT(quadratic.energies().viscous, 0) << "viscosity takes energy";
+}
+
+// Springs k of the hourglass modes of a brick of mass m make omega^2 = 64 k/m; here k = h G 3 a/16 for cubes of edge a.
+TEST_F(Physics, StiffHourglassSpringsBoundTheIncrement) {
+  const double G = 1e6 / 2.6, rho = 1000, a = 0.5;
+  const Mesh mesh = box({2, 2, 2}, {2 * a, 2 * a, 2 * a});
+  Case c = caseOf(neoHooke(1e6, 0.3, rho), 1);
+  c.linearViscosity = c.quadraticViscosity = 0;
+  const auto increment = [&](double h) {
+    c.hourglassCoefficient = h;
+    return Analysis(mesh, c, 1).progress().stableIncrement;
+  };
+  for (const double h : {100.0, 1000.0}) EXPECT_NEAR(increment(h) / (a * std::sqrt(rho / (3 * h * G))), 1, 1e-12) << h;
+  EXPECT_EQ(increment(0.1), increment(0.2)) << "the elastic bound";
 }
 
 TEST_F(Physics, TranslationCausesNoStress) {

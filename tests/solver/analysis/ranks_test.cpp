@@ -1,15 +1,14 @@
 // The program on ranks: the same results to the last bit, errors that end everyone, and the program that compares.
 #include "solver/results/digest.h"
-#include "tests/solver/files.h"
 #include "solver/results/results.h"
+#include "tests/solver/files.h"
+#include "tests/support/program.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <future>
-#include <sys/wait.h>
 #include <thread>
 
 namespace {
@@ -17,25 +16,10 @@ namespace {
 using namespace sharedanalysis;
 using namespace sharedanalysis::test;
 
-struct Outcome {
-  int code;
-  std::string out, err;
-};
-
-Outcome shell(const std::string& command) {
-  const int status = std::system((command + " >out.txt 2>err.txt </dev/null").c_str());
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : 1000, readFile("out.txt"), readFile("err.txt")};
-}
-
 class RanksTest : public testing::Test {
 protected:
   void SetUp() override {
-    if (std::system("command -v mpirun >/dev/null 2>&1") != 0 || !std::filesystem::exists(SA_MPI_LIBRARY))
-      GTEST_SKIP() << "no mpirun or no MPI library";
-    setenv("OMPI_ALLOW_RUN_AS_ROOT", "1", 1);
-    setenv("OMPI_ALLOW_RUN_AS_ROOT_CONFIRM", "1", 1);
-    setenv("OMP_WAIT_POLICY", "PASSIVE", 1); // more threads than cores must not wait in loops
-    setenv("OMPI_MCA_btl_vader_single_copy_mechanism", "none", 1);
+    if (!setUpRanks() || !std::filesystem::exists(SA_MPI_LIBRARY)) GTEST_SKIP() << "no mpirun or no MPI library";
   }
   static Outcome run(int ranks, int threads, const std::string& arguments) {
     const std::string launcher = "timeout 60 mpirun --oversubscribe -n " + std::to_string(ranks) + " ";
@@ -48,15 +32,10 @@ protected:
       command += (k > 0 ? " : -n 1 " : " -n 1 ") + std::string(SA_SOLVER_PROGRAM " ") + arguments[k];
     return shell(command);
   }
-  static int count(const std::string& text, const std::string& part) {
-    int number = 0;
-    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++number;
-    return number;
-  }
   static void expectError(const Outcome& outcome, int code, const std::string& text) {
     EXPECT_EQ(outcome.code, code) << outcome.err;
-    EXPECT_EQ(count(outcome.err, "error: "), 1) << outcome.err;
-    EXPECT_EQ(count(outcome.err, "error: " + text), 1) << outcome.err;
+    EXPECT_EQ(countOf("error: ", outcome.err), 1) << outcome.err;
+    EXPECT_EQ(countOf("error: " + text, outcome.err), 1) << outcome.err;
   }
   static Outcome compare(const std::string& a, const std::string& b) {
     return shell(SA_COMPARE_PROGRAM " " + a + " " + b);
@@ -135,7 +114,7 @@ TEST_F(RanksTest, MoreRanksThanTheModelNeeds) {
   ASSERT_EQ(run(1, 1, "tiny.toml --digest -q -o one").code, 0);
   const Outcome outcome = run(6, 2, "tiny.toml --digest -o six");
   ASSERT_EQ(outcome.code, 0) << outcome.err;
-  EXPECT_NE(outcome.out.find("6 ranks of 2 threads"), std::string::npos) << outcome.out;
+  EXPECT_TRUE(contains(outcome.out, "6 ranks of 2 threads")) << outcome.out;
   EXPECT_EQ(compare("one", "six/tiny.digest").code, 0);
 }
 
@@ -145,12 +124,12 @@ TEST_F(RanksTest, OneThreadEachUnlessToldOtherwise) {
     return shell(environment + " timeout 60 mpirun --oversubscribe -n 2 " SA_SOLVER_PROGRAM " irregular.toml --check")
         .out;
   };
-  EXPECT_NE(check("env -u OMP_NUM_THREADS").find(", 2 ranks of 1 thread\n"), std::string::npos);
-  EXPECT_NE(check("OMP_NUM_THREADS=3").find(", 2 ranks of 3 threads\n"), std::string::npos);
+  EXPECT_TRUE(contains(check("env -u OMP_NUM_THREADS"), ", 2 ranks of 1 thread\n"));
+  EXPECT_TRUE(contains(check("OMP_NUM_THREADS=3"), ", 2 ranks of 3 threads\n"));
   // launchers pretend that they are terminals: nothing is drawn over itself
   const Outcome outcome = run(2, 1, "irregular.toml -o out");
   EXPECT_EQ(outcome.out.find('\033'), std::string::npos) << outcome.out;
-  EXPECT_NE(outcome.out.find("100 %  time"), std::string::npos) << outcome.out;
+  EXPECT_TRUE(contains(outcome.out, "100 %  time")) << outcome.out;
 }
 
 TEST_F(RanksTest, InputErrorsEndEveryRankAndAreToldOnce) {
@@ -173,7 +152,7 @@ TEST_F(RanksTest, InputErrorsEndEveryRankAndAreToldOnce) {
   writeFile("irregular.msh", meshText(mesh));
   const Outcome outcome = run(3, 1, "irregular.toml -o out");
   expectError(outcome, 1, "irregular.toml, mesh irregular.msh: bricks with zero or negative volume");
-  EXPECT_NE(outcome.err.find(std::to_string(mesh.elementNumbers[100])), std::string::npos) << outcome.err;
+  EXPECT_TRUE(contains(outcome.err, std::to_string(mesh.elementNumbers[100]))) << outcome.err;
 }
 
 // A device that is always full stands for a full disk.
@@ -188,9 +167,9 @@ TEST_F(RanksTest, WriteErrorsOfAnyRankEndEveryRank) {
     expectError(run(3, 1, "irregular.toml -o out"), 3,
                 said + "cannot write out/" + names[rank] + ".sta: No space left");
     for (const std::string& name : names) {
-      EXPECT_NE(readFile("out/" + name + ".msg").find("***ERROR: " + said), std::string::npos) << name;
+      EXPECT_TRUE(contains(readFile("out/" + name + ".msg"), "***ERROR: " + said)) << name;
       if (name != names[rank]) {
-        EXPECT_NE(readFile("out/" + name + ".sta").find("Aborted"), std::string::npos) << name;
+        EXPECT_TRUE(contains(readFile("out/" + name + ".sta"), "Aborted")) << name;
       }
     }
     EXPECT_TRUE(std::filesystem::exists("out/irregular.exo.partial"));
@@ -236,14 +215,14 @@ TEST_F(RanksTest, ASignalToOneRankEndsAllOfThemInOrder) {
     // it runs when the second time of fields is there
     const auto start = std::chrono::steady_clock::now();
     const auto isRunning = [] {
-      return std::filesystem::exists("out/irregular.sta") && count(readFile("out/irregular.sta"), "Status ") > 1;
+      return std::filesystem::exists("out/irregular.sta") && countOf("Status ", readFile("out/irregular.sta")) > 1;
     };
     while (!isRunning() && std::chrono::steady_clock::now() - start < std::chrono::seconds(30))
       std::this_thread::sleep_for(std::chrono::milliseconds(20));
     EXPECT_TRUE(signalRank(rank, SIGTERM));
     expectError(ended.get(), 130, "interrupted at time");
     for (const char* name : {"irregular", "irregular.rank1", "irregular.rank2"})
-      EXPECT_NE(readFile("out/" + std::string(name) + ".sta").find("Interrupted"), std::string::npos) << name;
+      EXPECT_TRUE(contains(readFile("out/" + std::string(name) + ".sta"), "Interrupted")) << name;
     EXPECT_EQ(compare("out", "out").code, 0) << "the digest of what was computed is whole";
   }
 }
@@ -252,22 +231,19 @@ TEST_F(RanksTest, ASignalToOneRankEndsAllOfThemInOrder) {
 TEST_F(RanksTest, CollapseIsRecordedByTheRoot) {
   const Outcome outcome = run(4, 1, SA_EXAMPLES "/crushed_column/crush.toml -q -o out");
   EXPECT_EQ(outcome.code, 2);
-  EXPECT_NE(outcome.err.find("error: 20 bricks distorted beyond computing"), std::string::npos) << outcome.err;
+  EXPECT_TRUE(contains(outcome.err, "error: 20 bricks distorted beyond computing")) << outcome.err;
   int messages = 0;
   for (const std::string name : {"crush", "crush.rank1", "crush.rank2", "crush.rank3"}) {
     const std::string text = readFile("out/" + name + ".msg"), status = readFile("out/" + name + ".sta");
-    int own = 0;
-    for (std::size_t at = text.find("Excessive distortion"); at != std::string::npos;
-         at = text.find("Excessive distortion", at + 1))
-      ++own;
+    const int own = countOf("Excessive distortion", text);
     EXPECT_LE(own, 8);
     messages += own;
-    EXPECT_NE(status.find("Aborted"), std::string::npos) << name;
+    EXPECT_TRUE(contains(status, "Aborted")) << name;
   }
   EXPECT_GE(messages, 8);
   const Outcome listed = shell(SA_DIAGNOSTICS_PROGRAM " out/crush.diagnostics.sqlite --json");
   EXPECT_EQ(listed.code, 0) << listed.err;
-  EXPECT_NE(listed.out.find("\"count\": 20"), std::string::npos) << listed.out;
+  EXPECT_TRUE(contains(listed.out, "\"count\": 20")) << listed.out;
 }
 
 TEST_F(RanksTest, ComparisonNamesTheFirstDifference) {
@@ -283,12 +259,12 @@ TEST_F(RanksTest, ComparisonNamesTheFirstDifference) {
   EXPECT_EQ(outcome.code, 1);
   EXPECT_TRUE(outcome.out.starts_with("different: output ")) << outcome.out;
   for (const char* part : {"increment ", "time ", "array ", " of node ", " in a/irregular.digest and "})
-    EXPECT_NE(outcome.out.find(part), std::string::npos) << outcome.out;
+    EXPECT_TRUE(contains(outcome.out, part)) << outcome.out;
   // without the fields the chunk is all that is known
   std::filesystem::remove("b/irregular.exo");
   outcome = compare("a", "b");
   EXPECT_EQ(outcome.code, 1);
-  EXPECT_NE(outcome.out.find("a value of nodes 1 to "), std::string::npos) << outcome.out;
+  EXPECT_TRUE(contains(outcome.out, "a value of nodes 1 to ")) << outcome.out;
   // other meshes are no matter of values
   solver::Mesh mesh = box({7, 5, 6}, {1, 0.8, 1.1});
   writeFile("irregular.msh", meshText(mesh));
@@ -361,7 +337,7 @@ TEST_F(RanksTest, ComparisonSaysWhatIsMissing) {
     std::filesystem::create_directory("b");
     const Outcome outcome = compare(place, "a");
     EXPECT_EQ(outcome.code, 2) << place;
-    EXPECT_NE(outcome.err.find(text), std::string::npos) << outcome.err;
+    EXPECT_TRUE(contains(outcome.err, text)) << outcome.err;
   }
   EXPECT_EQ(shell(SA_COMPARE_PROGRAM " a").code, 2);
 }

@@ -1,8 +1,8 @@
 // What the program answers to input that is wrong: the exit code, and a text that leads to the mistake.
-#include "solver/input/case_reader.h"
-#include "tests/solver/files.h"
 #include "glo.h"
+#include "solver/input/case_reader.h"
 #include "solver/program/job.h"
+#include "tests/solver/files.h"
 
 #include <gtest/gtest.h>
 

@@ -14,7 +14,7 @@ using namespace sharedanalysis::test;
 solver::Material alloy() {
   solver::Material m;
   m.name = m.userName = "TVK_SUPER_ELASTIC_N3D";
-  m.model = solver::Model::User;
+  m.model = solver::findModel("user");
   m.density = 6500;
   m.constants = {60e9, .3, 60e9, .3, .075, 520e6, 600e6, 300e6, 200e6, 754.06e6, 300, 0, 0, -1};
   return m;
@@ -22,7 +22,7 @@ solver::Material alloy() {
 solver::Material glass(double deletionStrain) {
   solver::Material m;
   m.name = m.userName = "TVK_JH2";
-  m.model = solver::Model::User;
+  m.model = solver::findModel("user");
   m.density = 2530;
   m.constants = {30.4e9, .93,    .088, .003, .35,    .77,    1,     .15e9, .5,
                  5.95e9, 2.92e9, .053, .85,  45.4e9, -138e9, 290e9, 1,     deletionStrain};

@@ -1,23 +1,18 @@
 // The program as its user sees it: what it shows, what it writes, and what is left of a run that ends early.
+#include "filter_design.h"
 #include "solver/analysis/derived_fields.h"
 #include "tests/solver/files.h"
-#include "filter_design.h"
+#include "tests/support/fields.h"
+#include "tests/support/program.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <cstring>
-#include <exodusII.h>
-#include <fcntl.h>
 #include <map>
 #include <numeric>
-#include <optional>
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 namespace {
 
@@ -26,101 +21,10 @@ using namespace sharedanalysis::test;
 using Strings = std::vector<std::string>;
 using Files = std::set<std::string>;
 
-struct Outcome {
-  int code; // 1000 + signal when one has ended the program
-  std::string out, err;
-};
-
-struct Surroundings {
-  std::optional<rlim_t> fileSize; // largest file in bytes
-  const char* threads = "1";      // OMP_NUM_THREADS
-  const char* output = nullptr;   // where standard output goes, instead of here
-};
-
-// The program while it runs; what it shows must fit into a pipe.  A program that hangs is ended by its alarm.
-class Program {
-public:
-  explicit Program(Strings arguments, const Surroundings& surroundings = {}) {
-    arguments.insert(arguments.begin(), SA_SOLVER_PROGRAM);
-    std::vector<char*> argv, envp;
-    for (std::string& argument : arguments) argv.push_back(argument.data());
-    argv.push_back(nullptr);
-    std::string threads = std::string("OMP_NUM_THREADS=") + surroundings.threads;
-    for (char** variable = environ; *variable; ++variable)
-      if (!std::string_view(*variable).starts_with("OMP_")) envp.push_back(*variable);
-    envp.push_back(threads.data());
-    std::string policy = "OMP_WAIT_POLICY=PASSIVE"; // more threads than cores must not wait in loops
-    envp.push_back(policy.data());
-    envp.push_back(nullptr);
-
-    int out[2], err[2];
-    if (pipe(out) != 0 || pipe(err) != 0) throw std::runtime_error("no pipe");
-    process_ = fork();
-    if (process_ < 0) throw std::runtime_error("no process");
-    if (process_ == 0) {
-      constexpr unsigned longest = 60; // s
-      dup2(surroundings.output ? open(surroundings.output, O_WRONLY) : out[1], STDOUT_FILENO);
-      dup2(err[1], STDERR_FILENO);
-      for (int end : {out[0], out[1], err[0], err[1]}) close(end);
-      if (surroundings.fileSize) {
-        const rlimit limit{*surroundings.fileSize, *surroundings.fileSize};
-        setrlimit(RLIMIT_FSIZE, &limit);
-      }
-      alarm(longest);
-      execve(argv[0], argv.data(), envp.data());
-      _exit(127);
-    }
-    close(out[1]);
-    close(err[1]);
-    out_ = out[0];
-    err_ = err[0];
-  }
-  ~Program() {
-    if (process_ > 0) {
-      kill(process_, SIGKILL);
-      wait();
-    }
-  }
-  Program(const Program&) = delete;
-  Program& operator=(const Program&) = delete;
-
-  void signal(int number) const { kill(process_, number); }
-
-  Outcome wait() {
-    Outcome outcome{0, readAll(out_), readAll(err_)};
-    int status = 0;
-    waitpid(process_, &status, 0);
-    process_ = -1;
-    outcome.code = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
-    return outcome;
-  }
-
-private:
-  static std::string readAll(int pipe) {
-    std::string text;
-    std::array<char, 4096> piece;
-    for (ssize_t count; (count = read(pipe, piece.data(), piece.size())) > 0;)
-      text.append(piece.data(), static_cast<std::size_t>(count));
-    close(pipe);
-    return text;
-  }
-
-  pid_t process_ = -1;
-  int out_ = -1, err_ = -1;
-};
-
-Outcome run(const Strings& arguments, const Surroundings& surroundings = {}) {
-  return Program(arguments, surroundings).wait();
+Outcome run(Strings arguments, const Surroundings& surroundings = {}) {
+  arguments.insert(arguments.begin(), SA_SOLVER_PROGRAM);
+  return Program(std::move(arguments), surroundings).wait();
 }
-
-Strings linesOf(const std::string& text) {
-  Strings lines;
-  std::istringstream stream(text);
-  for (std::string line; std::getline(stream, line);) lines.push_back(line);
-  return lines;
-}
-
-bool contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
 // Columns of a history by their names.
 std::map<std::string, std::vector<double>> readHistory(const std::filesystem::path& file) {
@@ -140,121 +44,6 @@ std::map<std::string, std::vector<double>> readHistory(const std::filesystem::pa
   }
   return columns;
 }
-
-// Everything that is read back from a file of fields.
-class FieldFile {
-public:
-  explicit FieldFile(const std::filesystem::path& file) {
-    int memoryWord = sizeof(double), fileWord = 0;
-    float version = 0;
-    id_ = ex_open(file.c_str(), EX_READ, &memoryWord, &fileWord, &version);
-    if (id_ < 0) throw std::runtime_error("no Exodus file: " + file.string());
-    EXPECT_EQ(fileWord, 8) << "double precision";
-    std::array<char, MAX_LINE_LENGTH + 1> text{};
-    int dimensions = 0, sides = 0;
-    ex_get_init(id_, text.data(), &dimensions, &nodes, &elements, &blocks, &sets, &sides);
-    title = text.data();
-    times.resize(static_cast<std::size_t>(ex_inquire_int(id_, EX_INQ_TIME)));
-    if (!times.empty()) ex_get_all_times(id_, times.data());
-  }
-  ~FieldFile() { ex_close(id_); }
-  FieldFile(const FieldFile&) = delete;
-  FieldFile& operator=(const FieldFile&) = delete;
-
-  std::vector<int> numbers(ex_entity_type map) const {
-    std::vector<int> values(static_cast<std::size_t>(map == EX_NODE_MAP ? nodes : elements));
-    ex_get_id_map(id_, map, values.data());
-    return values;
-  }
-  Strings variables(ex_entity_type type) const {
-    int count = 0;
-    ex_get_variable_param(id_, type, &count);
-    return names(count, [&](int k, char* name) { ex_get_variable_name(id_, type, k, name); });
-  }
-  Strings entities(ex_entity_type type) const {
-    return names(type == EX_NODE_SET ? sets : blocks, [&](int k, char* name) { ex_get_name(id_, type, k, name); });
-  }
-  std::vector<int> nodeSet(int set) const {
-    int count = 0, factors = 0;
-    ex_get_set_param(id_, EX_NODE_SET, set, &count, &factors);
-    std::vector<int> members(static_cast<std::size_t>(count));
-    ex_get_set(id_, EX_NODE_SET, set, members.data(), nullptr);
-    return members;
-  }
-  std::vector<double> coordinates() const {
-    const std::size_t n = static_cast<std::size_t>(nodes);
-    std::vector<double> values(3 * n);
-    ex_get_coord(id_, &values[0], &values[n], &values[2 * n]);
-    return values;
-  }
-  std::vector<int> connectivity(int block) const {
-    std::vector<int> values(8 * blockSize(block));
-    ex_get_conn(id_, EX_ELEM_BLOCK, block, values.data(), nullptr, nullptr);
-    return values;
-  }
-  // One variable at one time, steps and variables counted from 1; of all blocks in their order.
-  std::vector<double> values(ex_entity_type type, int step, int variable) const {
-    std::vector<double> all;
-    if (type == EX_GLOBAL) all.resize(variables(EX_GLOBAL).size());
-    if (type == EX_NODAL) all.resize(static_cast<std::size_t>(nodes));
-    if (type == EX_GLOBAL)
-      ex_get_var(id_, step, type, 1, 1, static_cast<int64_t>(all.size()), all.data());
-    else if (type == EX_NODAL)
-      ex_get_var(id_, step, type, variable, 1, nodes, all.data());
-    else
-      for (int block = 1; block <= blocks; ++block) {
-        std::vector<double> part(blockSize(block));
-        ex_get_var(id_, step, type, variable, block, static_cast<int64_t>(part.size()), part.data());
-        all.insert(all.end(), part.begin(), part.end());
-      }
-    return all;
-  }
-  std::vector<double> values(ex_entity_type type, int step, const std::string& name) const {
-    const Strings known = variables(type);
-    for (std::size_t k = 0; k < known.size(); ++k)
-      if (known[k] == name) return values(type, step, static_cast<int>(k) + 1);
-    throw std::invalid_argument("no variable " + name);
-  }
-  // Every number of the file that a run has computed.
-  std::vector<double> everything() const {
-    std::vector<double> all = times;
-    for (int step = 1; step <= static_cast<int>(times.size()); ++step)
-      for (ex_entity_type type : {EX_GLOBAL, EX_NODAL, EX_ELEM_BLOCK}) {
-        const int count = type == EX_GLOBAL ? 1 : static_cast<int>(variables(type).size());
-        for (int variable = 1; variable <= count; ++variable) {
-          const std::vector<double> part = values(type, step, variable);
-          all.insert(all.end(), part.begin(), part.end());
-        }
-      }
-    return all;
-  }
-
-  std::string title;
-  int nodes = 0, elements = 0, blocks = 0, sets = 0;
-  std::vector<double> times;
-
-private:
-  template <class Get>
-  static Strings names(int count, Get get) {
-    Strings result;
-    for (int k = 1; k <= count; ++k) {
-      std::array<char, 256> name{};
-      get(k, name.data());
-      result.emplace_back(name.data());
-    }
-    return result;
-  }
-  std::size_t blockSize(int block) const {
-    std::array<char, MAX_STR_LENGTH + 1> kind{};
-    int count = 0, corners = 0, edges = 0, faces = 0, attributes = 0;
-    ex_get_block(id_, EX_ELEM_BLOCK, block, kind.data(), &count, &corners, &edges, &faces, &attributes);
-    EXPECT_STREQ(kind.data(), "HEX8");
-    EXPECT_EQ(corners, 8);
-    return static_cast<std::size_t>(count);
-  }
-
-  int id_ = -1;
-};
 
 class ProgramTest : public testing::Test {
 protected:
@@ -408,9 +197,13 @@ TEST_F(ProgramTest, FilteredHistory) {
   }
 
   // nothing else changes by it, on any number of threads
-  const std::string coarse = "0.02\n[output]\nhistory_interval = 0.005";
+  const std::string coarse = "0.02\n[output]\nhistory_interval = 0.000273972602739726";
   writeCase("0.05", coarse);
   ASSERT_EQ(run({"in/bar.toml", "-o", "plain"}).code, 0);
+  const std::vector<double> times = readHistory("plain/bar.csv")["time"];
+  ASSERT_LT(73 * 0.000273972602739726, 0.02);
+  EXPECT_EQ(times.size(), 74U) << "the last multiple, a rounding error before the end, is the end";
+  EXPECT_EQ(times.back(), 0.02);
   writeCase("0.05", coarse + "\nfilter_cutoff = 300");
   ASSERT_EQ(run({"in/bar.toml", "-o", "one", "-t", "1"}).code, 0);
   ASSERT_EQ(run({"in/bar.toml", "-o", "two", "-t", "2"}).code, 0);
@@ -623,7 +416,7 @@ TEST_F(ProgramTest, SignalsEndTheRunInOrder) {
     std::filesystem::remove_all("out"); // with the status file that is waited for
     writeCase("0.05", "1e6\n[output]\ninterval = 50");
     writeStaleResults();
-    Program program({"in/bar.toml", "-o", "out", "-q"});
+    Program program({SA_SOLVER_PROGRAM, "in/bar.toml", "-o", "out", "-q"});
     // it runs when the second time of fields is there
     const auto start = std::chrono::steady_clock::now();
     std::size_t records = 0;

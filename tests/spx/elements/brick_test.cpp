@@ -16,12 +16,8 @@ struct OnePoint {
   std::vector<double> X, B, hgdiag, hgstiff, vol, rvol, gamma, mask;
 
   explicit OnePoint(const std::vector<Brick>& bricks, int spare = 3)
-      : n(static_cast<int>(bricks.size())), ld(n + spare), X(24 * ld), B(24 * ld, -7), hgdiag(ld, -7), hgstiff(ld, -7),
-        vol(ld, -7), rvol(ld, -7), gamma(32 * ld, -7), mask(ld) {
-    for (int e = 0; e < n; ++e)
-      for (int node = 0; node < 8; ++node)
-        for (int c = 0; c < 3; ++c) X[(c * 8 + node) * ld + e] = bricks[e][node][c];
-  }
+      : n(static_cast<int>(bricks.size())), ld(n + spare), X(coordinates(bricks, ld)), B(24 * ld, -7), hgdiag(ld, -7),
+        hgstiff(ld, -7), vol(ld, -7), rvol(ld, -7), gamma(32 * ld, -7), mask(ld) {}
   void run() {
     SPX_OPE_C3D8ROPER2(&n, &ld, X.data(), B.data(), hgdiag.data(), hgstiff.data(), vol.data(), rvol.data(),
                        gamma.data(), mask.data());
@@ -149,10 +145,7 @@ TEST(FullyIntegratedBrick, JacobianAndGradientAtEachPoint) {
   for (int e = 0; e < n; ++e) bricks.push_back(distorted(random, 0.12));
   const int maskedOnEntry = 5, inverted = 9, spoiled = 17;
   for (int node = 0; node < 4; ++node) std::swap(bricks[inverted][node], bricks[inverted][node + 4]);
-  std::vector<double> X(24 * n), B(24 * n), det(n), rdet(n);
-  for (int e = 0; e < n; ++e)
-    for (int node = 0; node < 8; ++node)
-      for (int c = 0; c < 3; ++c) X[(c * 8 + node) * n + e] = bricks[e][node][c];
+  std::vector<double> X = coordinates(bricks, n), B(24 * n), det(n), rdet(n);
   X[spoiled] = std::numeric_limits<double>::quiet_NaN();
   for (int32_t ipt = 1; ipt <= nipt; ++ipt) {
     std::vector<double> mask(n);

@@ -208,6 +208,23 @@ TEST(Powers, StressAndModuliOfTheSolid) {
   }
 }
 
+// The shear modulus between stretches that nearly meet is (t1 - t2) coth(x1 - x2), x = ln l: its limit may serve up to 1e-5.
+TEST(Powers, ShearModulusOfStretchesThatNearlyMeet) {
+  const Terms terms{{1, 0, 0}, {9, 1, 1}, {}, {}};
+  for (const double apart : {4e-6, 3e-5, 1e-3, 9e-3}) {
+    Points p(terms, {{1.1 * (1 + apart), 1.1, 0.8}});
+    p.run();
+    const double none = 0, axes[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
+    double stress[6], bound = 0, bulk = 0;
+    SPX_MAT_HYPERELAS3D(&p.n, p.dU.data(), p.ddU.data(), &none, &none, p.l.data(), axes, p.rJ.data(), stress, &bound,
+                        &bulk);
+    const auto [l1, l2, l3] = p.at(0);
+    const long double J = l1 * l2 * l3, t = 2 * (std::pow(l1, 9.0L) - std::pow(l2, 9.0L)) / 9 / (J * J * J);
+    const double coth = static_cast<double>(t * (l1 * l1 + l2 * l2) / (l1 * l1 - l2 * l2) / J);
+    EXPECT_NEAR(bound, coth, (apart > 1e-5 ? 4e-15 / apart : 1e-9) * coth) << apart;
+  }
+}
+
 TEST(Powers, GuardsOfTheVolumeAndOfTheExponents) {
   Points rubber(Terms{{0.4, 2, 1}, {0, 0, 2}, {}, {}}, {{1, 0, 1}, {1.3, 0.8, 1.1}, {1e-200, 1e-200, 1}});
   rubber.run();

@@ -1,4 +1,4 @@
-// Output filters: the difference equation, the responses of designed filters, operators and lists.
+// Output filters: the difference equation, the responses of designed filters, operators.
 #include "filter_design.h"
 #include "spx.h"
 #include "tests/support/random.h"
@@ -247,41 +247,13 @@ TEST(Operators, RunningMaximumMinimumMagnitudeAndTheirTimes) {
   }
 }
 
-TEST(ElementSets, AreTheWholeBlockAtTheirPointsAndLeaveTheOthers) {
-  Random random(42);
-  const int32_t n = 300, ncomp = 2, K = 2, mode = 2, operation = 3, unread = 0;
-  const Values coef = randomValues(random, 5 * K), value = randomValues(random, n * ncomp), untouched(n * ncomp, -7);
-  std::vector<int32_t> list;
-  for (int32_t p = n; p > 0; --p)
-    if (random.integer(0, 2) == 0) list.push_back(p);
-  const auto count = static_cast<int32_t>(list.size());
-  Values hist(n * ncomp * 6), state(n * ncomp), listedHist(hist.size(), -7), listedState = untouched;
-  SPX_OPE_INIFILTEROPERFLD(&n, &mode, &ncomp, &K, &operation, untouched.data(), value.data(), hist.data(),
-                           state.data());
-  for (std::size_t k = 0; k < hist.size(); ++k) EXPECT_EQ(hist[k], value[k % value.size()]);
-  for (int k = 0; k < n * ncomp; ++k) EXPECT_EQ(state[k], std::abs(value[k]));
-  SPX_OPE_INIFILTEROPERFLDELSET(&n, &count, list.data(), &mode, &ncomp, &K, &operation, untouched.data(), value.data(),
-                                listedHist.data(), listedState.data());
-  std::vector<bool> isListed(n);
-  for (int32_t p : list) isListed[p - 1] = true;
-  for (int step = 0; step < 4; ++step) {
-    const Values raw = randomValues(random, n * ncomp);
-    Values field = raw, listedField = raw;
-    if (step % 2 == 0) {
-      SPX_OPE_FILTERFLD(&n, &ncomp, &unread, &K, field.data(), &unread, coef.data(), hist.data());
-      SPX_OPE_FILTERFLDELSET(&n, &count, list.data(), &ncomp, &unread, &K, listedField.data(), &unread, coef.data(),
-                             listedHist.data());
-    } else {
-      SPX_OPE_FILTEROPERFLD(&n, &ncomp, &operation, &K, field.data(), state.data(), coef.data(), hist.data());
-      SPX_OPE_FILTEROPERFLDELSET(&n, &count, list.data(), &ncomp, &operation, &K, listedField.data(),
-                                 listedState.data(), coef.data(), listedHist.data());
-    }
-    for (int k = 0; k < n * ncomp; ++k) {
-      EXPECT_EQ(listedField[k], isListed[k % n] ? field[k] : raw[k]);
-      EXPECT_EQ(listedState[k], isListed[k % n] ? state[k] : -7);
-    }
-    for (std::size_t k = 0; k < hist.size(); ++k) EXPECT_EQ(listedHist[k], isListed[k % n] ? hist[k] : -7);
-  }
+TEST(Operators, BeginWithOtherValuesWhereThatIsAskedFor) {
+  const int32_t n = 2, ncomp = 1, K = 2, mode = 2, magnitude = 3;
+  const Values field = {7, 8}, value = {-3, 4};
+  Values hist(n * 6), state(n);
+  SPX_OPE_INIFILTEROPERFLD(&n, &mode, &ncomp, &K, &magnitude, field.data(), value.data(), hist.data(), state.data());
+  EXPECT_EQ(hist, (Values{-3, 4, -3, 4, -3, 4, -3, 4, -3, 4, -3, 4}));
+  EXPECT_EQ(state, (Values{3, 4}));
 }
 
 } // namespace

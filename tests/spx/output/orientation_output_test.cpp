@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 #include <vector>
 
 namespace {
@@ -272,135 +271,31 @@ TEST(OrientationOutput, DirectionsMayHaveAnyLength) {
   }
 }
 
-// ---- where records lie: several blocks, sub-records, sets
+// ---- where records lie
 
-// A member with its inputs bound: block of n points, counter, sub-records, set; without a set the plain form runs.
-struct SetOfElements {
-  int32_t blockNumber, blockSize, groupNumber, groupSize, last;
-  const int32_t* list;
-};
-using Run =
-    std::function<void(int32_t n, int32_t* counter, int32_t nsub, int32_t isub, const SetOfElements*, double* out)>;
-
-// Inputs that differ from point to point, long enough for every member.
-const Reals& inputs() {
-  static const Reals values = [] {
-    Random random(7);
-    Reals v(40 * 18);
-    for (double& x : v) x = random.uniform(-1, 1);
-    return v;
-  }();
-  return values;
-}
-const double* const in = inputs().data();
-
-#define PLACE(s) &s->blockNumber, &s->blockSize, &s->groupNumber, &s->groupSize, &s->last, s->list
-#define RUN(name, ...)                                                                                                 \
-  [](int32_t n, int32_t* counter, [[maybe_unused]] int32_t nsub, [[maybe_unused]] int32_t isub,                        \
-     const SetOfElements* s, double* out) {                                                                            \
-    if (s == nullptr)                                                                                                  \
-      name(&n, counter, __VA_ARGS__, out);                                                                             \
-    else                                                                                                               \
-      name##ELSET(&n, counter, PLACE(s), __VA_ARGS__, out);                                                            \
-  }
-#define RUN_INVERSE(plain, elset)                                                                                      \
-  [](int32_t n, int32_t* counter, int32_t nsub, int32_t isub, const SetOfElements* s, double* out) {                   \
-    if (s == nullptr)                                                                                                  \
-      plain(&n, &nsub, &isub, counter, in, out);                                                                       \
-    else                                                                                                               \
-      elset(&n, &nsub, &isub, counter, PLACE(s), in, out);                                                             \
-  }
-struct Member {
-  const char* name;
-  Run run;
-  int length; // reals of a record, both sides together
-  bool isInterleaved;
-  int written; // sub-records that are written at all
-};
-const int32_t kNone = 0;
-const Member kMembers[] = {
-    {"ORIENT2D", RUN(SPX_ODB_ORIENT2D, nullptr), 2, false, 1},
-    {"ORIENT2DBEAM", RUN(SPX_ODB_ORIENT2DBEAM, in, &kOne), 2, false, 1},
-    {"ORIENT2DL3BEAM", RUN(SPX_ODB_ORIENT2DL3BEAM, &nsub, &isub, nullptr, nullptr), 2, true, 2},
-    {"ORIENT3D", RUN(SPX_ODB_ORIENT3D, in), 4, false, 1},
-    {"ORIENT3DL3", RUN(SPX_ODB_ORIENT3DL3, &nsub, &isub, in), 4, true, 9},
-    {"ORIENT3DINVERT", RUN_INVERSE(SPX_ODB_ORIENT3DINVERT, SPX_ODB_ORIENT3DELSETINVERT), 4, true, 9},
-    {"ORIENT3DL3INVERT", RUN_INVERSE(SPX_ODB_ORIENT3DL3INVERT, SPX_ODB_ORIENT3DL3ELSETINVERT), 4, true, 9},
-    {"ORIENTCNE2D", RUN(SPX_ODB_ORIENTCNE2D, &kOne, &kOne, &kNone, nullptr, nullptr, nullptr, in), 4, false, 1},
-    {"ORIENTCNE3D", RUN(SPX_ODB_ORIENTCNE3D, &kOne, &kOne, &kNone, nullptr, nullptr, nullptr, in), 8, false, 1},
-    {"ORIENTREBAR", RUN(SPX_ODB_ORIENTREBAR, in), 4, false, 1},
-    {"ORIENTREBSHELL", RUN(SPX_ODB_ORIENTREBSHELL, in, in + 200), 4, false, 1},
-    {"ORIENTREBAXSHELL", RUN(SPX_ODB_ORIENTREBAXSHELL, in, &kOne, in + 200), 4, false, 1},
-};
-
-// The record of point `point` of a block of n, alone.
-Reals alone(const Member& m, int32_t n, int point) {
-  Reals out(static_cast<std::size_t>(m.length) * 40, kUntouched);
-  int32_t counter = 1;
-  m.run(n, &counter, 1, 1, nullptr, out.data());
-  EXPECT_EQ(counter, n + 1) << m.name;
-  return {out.begin() + m.length * (point - 1), out.begin() + m.length * point};
-}
-
-TEST(OrientationRecords, FillTheBufferBlockByBlock) {
-  for (const Member& m : kMembers)
-    for (const int32_t nsub : {1, 3}) {
-      if (!m.isInterleaved && nsub > 1) continue;
-      const int32_t lengths[] = {5, 1, 12, 7};
-      Reals out(static_cast<std::size_t>(m.length * nsub) * 40, kUntouched), wanted = out;
-      int32_t counter = 4, element = 4;
-      for (const int32_t n : lengths) {
-        for (int32_t isub = 1; isub <= nsub; ++isub) {
-          EXPECT_EQ(counter, element);
-          m.run(n, &counter, nsub, isub, nullptr, out.data());
-          for (int32_t i = 1; i <= n && isub <= m.written; ++i) {
-            const Reals one = alone(m, n, i);
-            std::copy(one.begin(), one.end(), wanted.begin() + m.length * (isub - 1 + nsub * (element + i - 2)));
-          }
-        }
-        element += n;
-        EXPECT_EQ(counter, element) << m.name;
-      }
-      EXPECT_EQ(out, wanted) << m.name;
+// Two parts of three are defined for these beams.  114 lies in no block, and none of the set in the second block.
+TEST(OrientationRecords, PartsOfBeamsBlockByBlock) {
+  const int32_t lengths[] = {4, 3, 4}, after[] = {3, 3, 5}, set[] = {101, 104, 114, 124};
+  const int32_t size = 10, group = 2, groupSize = 100, last = 4, parts = 3;
+  Reals plain(6 * 11, kUntouched), ofSet(6 * 4, kUntouched);
+  int32_t counter = 1, position = 1;
+  for (int32_t block = 1; block <= 3; ++block) {
+    const int32_t n = lengths[block - 1], counterBefore = counter, positionBefore = position;
+    for (int32_t part = 1; part <= parts; ++part) {
+      EXPECT_EQ(counter, counterBefore);
+      EXPECT_EQ(position, positionBefore);
+      SPX_ODB_ORIENT2DL3BEAM(&n, &counter, &parts, &part, nullptr, nullptr, plain.data());
+      SPX_ODB_ORIENT2DL3BEAMELSET(&n, &position, &block, &size, &group, &groupSize, &last, set, &parts, &part, nullptr,
+                                  nullptr, ofSet.data());
     }
-}
-
-TEST(OrientationRecords, SetsTakeTheirMembersBlockByBlock) {
-  // blocks of 10 in groups of 100; the last of each group is shorter
-  constexpr int32_t kSize = 10, kGroup = 100, kLengths[2][3] = {{10, 10, 3}, {10, 1, 9}};
-  std::vector<int32_t> all;
-  for (int32_t g = 0; g < 2; ++g)
-    for (int32_t b = 0; b < 3; ++b)
-      for (int32_t e = 1; e <= kLengths[g][b]; ++e) all.push_back(g * kGroup + b * kSize + e);
-  const std::vector<int32_t> sets[] = {all,          {}, {1}, {10}, {11}, {129}, {1, 9, 10, 11, 23, 101, 111, 121},
-                                       {3, 105, 106}};
-  for (const Member& m : kMembers)
-    for (const int32_t nsub : {1, 3}) {
-      if (!m.isInterleaved && nsub > 1) continue;
-      for (const std::vector<int32_t>& list : sets) {
-        Reals out(static_cast<std::size_t>(m.length * nsub) * (list.size() + 1), kUntouched), wanted = out;
-        int32_t counter = 1;
-        for (int32_t g = 0; g < 2; ++g)
-          for (int32_t b = 0; b < 3; ++b) {
-            const int32_t n = kLengths[g][b], before = g * kGroup + b * kSize, start = counter;
-            const SetOfElements set{b + 1, kSize, g + 1, kGroup, static_cast<int32_t>(list.size()), list.data()};
-            int members = 0;
-            for (std::size_t k = 0; k < list.size(); ++k) {
-              if (list[k] <= before || list[k] > before + n) continue;
-              ++members;
-              const Reals one = alone(m, n, list[k] - before);
-              for (int32_t isub = 1; isub <= std::min(nsub, m.written); ++isub)
-                std::copy(one.begin(), one.end(), wanted.begin() + m.length * (isub - 1 + nsub * static_cast<int>(k)));
-            }
-            for (int32_t isub = 1; isub <= nsub; ++isub) {
-              EXPECT_EQ(counter, start) << m.name;
-              m.run(n, &counter, nsub, isub, &set, out.data());
-            }
-            EXPECT_EQ(counter, start + members) << m.name;
-          }
-        EXPECT_EQ(out, wanted) << m.name << " set of " << list.size();
-      }
-    }
+    EXPECT_EQ(counter, counterBefore + n);
+    EXPECT_EQ(position, after[block - 1]);
+  }
+  for (std::size_t k = 0; k < plain.size(); ++k) {
+    const double wanted = k % 6 > 3 ? kUntouched : k % 2 == 0 ? 0 : 1;
+    EXPECT_EQ(plain[k], wanted) << k;
+    EXPECT_EQ(k < ofSet.size() ? ofSet[k] : wanted, k / 6 == 2 && k < ofSet.size() ? kUntouched : wanted) << k;
+  }
 }
 
 } // namespace

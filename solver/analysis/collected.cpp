@@ -1,0 +1,200 @@
+#include "solver/analysis/collected.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace sharedanalysis::solver {
+namespace {
+
+// (kBrickValues, bricks) of the bricks for which the domains of this rank speak.
+std::vector<double> brickValues(const Layout& layout, const std::vector<double>& x, std::vector<DomainState>& domains) {
+  std::vector<double> values(kBrickValues * static_cast<size_t>(layout.bricks()));
+  const int count = static_cast<int>(domains.size());
+#pragma omp parallel for num_threads(count) schedule(static, 1)
+  for (int k = 0; k < count; ++k) {
+    DomainState& state = domains[k];
+    double density[kBlockLength], spring[kBlockLength], damage[kBlockLength];
+    for (Block& block : state.blocks) {
+      block.energies(x, state.work, density, spring, damage);
+      for (int e = 0; e < block.count(); ++e) {
+        const int32_t brick = block.bricks()[e];
+        if (!state.speaksFor(layout, brick)) continue;
+        double* own = &values[kBrickValues * static_cast<size_t>(brick)];
+        const double first[] = {block.volume(e),        density[e], spring[e],
+                                block.viscousEnergy(e), damage[e],  block.mask(e)};
+        std::copy(std::begin(first), std::end(first), own);
+        for (int c = 0; c < 6; ++c) own[6 + c] = block.mask(e) == 0.0 ? block.stress(c, e) : 0.0;
+      }
+    }
+  }
+  return values;
+}
+
+// The bricks of each rank, in increasing order, to the root.
+void collectBricks(const Layout& layout, std::vector<double>& bricks) {
+  const Ranks& ranks = layout.ranks;
+  for (int32_t rank = 1; rank < ranks.size(); ++rank) {
+    if (!ranks.isRoot() && rank != layout.ranks.rank()) continue;
+    std::vector<int64_t> theirs;
+    for (int64_t e = 0; e < layout.bricks(); ++e) {
+      const int64_t node = layout.numbering.lowestNode(e);
+      if (node >= layout.numbering.firstOfRank[static_cast<size_t>(rank)] &&
+          node < layout.numbering.firstOfRank[static_cast<size_t>(rank) + 1])
+        theirs.push_back(e);
+    }
+    std::vector<double> values(kBrickValues * theirs.size());
+    const auto each = [&](auto copy) {
+      for (size_t k = 0; k < theirs.size(); ++k)
+        for (int c = 0; c < kBrickValues; ++c)
+          copy(values[kBrickValues * k + c], bricks[kBrickValues * static_cast<size_t>(theirs[k]) + c]);
+    };
+    if (ranks.isRoot()) {
+      ranks.receive(values, rank);
+      each([](double received, double& kept) { kept = received; });
+    } else {
+      each([](double& sent, double own) { sent = own; });
+      ranks.send(values, 0);
+    }
+  }
+}
+
+// At the present time, half an increment beyond the last half step; prescribed components follow their history.
+std::vector<double> velocitiesNow(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed,
+                                  const Course& course, const std::vector<DomainState>& domains) {
+  const std::vector<double>& v = nodes.v;
+  std::vector<double> now(v.size());
+  for (const DomainState& state : domains)
+    for (int64_t i = state.domain.firstNode; i < state.domain.endNode; ++i)
+      for (int c = 0; c < 3; ++c) {
+        const double f = state.force[3 * (i - state.domain.firstNode) + c];
+        now[3 * i + c] =
+            v[3 * i + c] + 0.5 * course.lastIncrement * (layout.definition.gravity[c] - f * nodes.rMass[i]);
+      }
+  for (const PrescribedComponent& p : prescribed.components) now[p.position] = valueAt(*p.history, course.time);
+  return now;
+}
+
+// At the present time, with the acceleration that the histories have there.
+std::vector<double> reactionsNow(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed,
+                                 const Course& course, const std::vector<DomainState>& domains) {
+  std::vector<double> now(prescribed.components.size());
+  const double h = 0.5 * (course.lastIncrement > 0 ? course.lastIncrement : course.stable);
+  for (const DomainState& state : domains)
+    for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) {
+      const PrescribedComponent& p = prescribed.components[k];
+      const double a = (valueAt(*p.history, course.time + h) - valueAt(*p.history, course.time - h)) / (2 * h);
+      now[k] = state.force[p.position - 3 * state.domain.firstNode] +
+               nodes.mass[p.position / 3] * (a - layout.definition.gravity[p.position % 3]);
+    }
+  return now;
+}
+
+// Sums run in the order of one rank and domain, so that they have one value for any number of them.
+Energies sumEnergies(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed, const Course& course,
+                     const Collected& collected) {
+  const std::vector<double>& mass = nodes.mass;
+  Energies sum;
+  for (const int32_t i : layout.numbering.order) {
+    const size_t at = 3 * static_cast<size_t>(i);
+    const double* w = &collected.velocity[at];
+    sum.kinetic += 0.5 * mass[i] * (w[0] * w[0] + w[1] * w[1] + w[2] * w[2]);
+    for (size_t c = 0; c < 3; ++c)
+      sum.external += mass[i] * layout.definition.gravity[c] * (collected.x[at + c] - nodes.X[at + c]);
+  }
+  // work up to the present time: add the last half increment
+  for (const size_t k : prescribed.order)
+    sum.external +=
+        collected.work[k] + 0.5 * collected.reactions[k] * collected.prescribedSpeed[k] * course.lastIncrement;
+  for (int64_t e = 0; e < layout.bricks(); ++e) {
+    const double* brick = &collected.bricks[kBrickValues * static_cast<size_t>(e)];
+    sum.strain += brick[0] * brick[1];
+    sum.hourglass += brick[2];
+    sum.viscous += brick[3];
+    sum.damage += brick[4];
+  }
+  return sum;
+}
+
+} // namespace
+
+Collected collect(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed, const Course& course,
+                  std::vector<DomainState>& domains) {
+  const Ranks& ranks = layout.ranks;
+  Collected collected;
+  const auto ofNodes = [&](std::vector<double>& values) {
+    std::vector<int64_t> first = layout.numbering.firstOfRank;
+    for (int64_t& node : first) node *= 3;
+    ranks.gatherRanges(values, first);
+  };
+  collected.x = nodes.x;
+  collected.velocity = velocitiesNow(layout, nodes, prescribed, course, domains);
+  ofNodes(collected.x);
+  ofNodes(collected.velocity);
+  collected.reactions = reactionsNow(layout, nodes, prescribed, course, domains);
+  for (const PrescribedComponent& p : prescribed.components) {
+    collected.work.push_back(p.work);
+    collected.prescribedSpeed.push_back(nodes.v[p.position]);
+  }
+  for (std::vector<double>* values : {&collected.reactions, &collected.work, &collected.prescribedSpeed})
+    ranks.gatherRanges(*values, prescribed.firstOfRank);
+
+  collected.bricks = brickValues(layout, nodes.x, domains);
+  if (ranks.areSeveral()) collectBricks(layout, collected.bricks);
+  std::vector<double> sums(6);
+  if (ranks.isRoot()) {
+    const Energies all = sumEnergies(layout, nodes, prescribed, course, collected);
+    sums = {all.kinetic, all.strain, all.hourglass, all.viscous, all.damage, all.external};
+  }
+  ranks.broadcast(sums);
+  collected.energies = {sums[0], sums[1], sums[2], sums[3], sums[4], sums[5]};
+  return collected;
+}
+
+std::array<double, 3> linearMomentum(const Layout& layout, const NodeState& nodes, const Collected& collected) {
+  std::array<double, 3> sum{};
+  for (const int32_t i : layout.numbering.order)
+    for (size_t c = 0; c < 3; ++c) sum[c] += nodes.mass[i] * collected.velocity[3 * static_cast<size_t>(i) + c];
+  return sum;
+}
+
+std::array<double, 3> angularMomentum(const Layout& layout, const NodeState& nodes, const Collected& collected) {
+  std::array<double, 3> sum{};
+  for (const int32_t i : layout.numbering.order) {
+    const double *x = &collected.x[3 * static_cast<size_t>(i)], *w = &collected.velocity[3 * static_cast<size_t>(i)];
+    for (int c = 0; c < 3; ++c) {
+      const int c1 = (c + 1) % 3, c2 = (c + 2) % 3;
+      sum[c] += nodes.mass[i] * (x[c1] * w[c2] - x[c2] * w[c1]);
+    }
+  }
+  return sum;
+}
+
+void FieldArrays::fill(const Layout& layout, const std::vector<double>& X, const Prescribed& prescribed,
+                       const Collected& collected) {
+  const size_t nodes = static_cast<size_t>(layout.nodes()), bricks = static_cast<size_t>(layout.bricks());
+  displacement.resize(3 * nodes);
+  velocity.resize(3 * nodes);
+  reaction.assign(3 * nodes, 0.0);
+  stress.resize(6 * bricks);
+  elementEnergy.resize(bricks);
+  elementMask.resize(bricks);
+  for (size_t i = 0; i < nodes; ++i)
+    for (size_t c = 0; c < 3; ++c) {
+      const size_t at = 3 * static_cast<size_t>(layout.numbering.nodes[i]) + c;
+      displacement[at] = collected.x[3 * i + c] - X[3 * i + c];
+      velocity[at] = collected.velocity[3 * i + c];
+    }
+  for (size_t k = 0; k < prescribed.components.size(); ++k) {
+    const int64_t position = prescribed.components[k].position;
+    reaction[3 * static_cast<size_t>(layout.numbering.nodes[position / 3]) + position % 3] = collected.reactions[k];
+  }
+  for (size_t e = 0; e < bricks; ++e) {
+    const double* brick = &collected.bricks[kBrickValues * e];
+    const size_t at = static_cast<size_t>(layout.numbering.elements[e]);
+    elementEnergy[at] = brick[1];
+    elementMask[at] = brick[5];
+    for (size_t k = 0; k < 6; ++k) stress[6 * at + k] = brick[6 + k];
+  }
+}
+
+} // namespace sharedanalysis::solver

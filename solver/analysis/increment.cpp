@@ -1,0 +1,125 @@
+#include "solver/analysis/increment.h"
+
+#include "glo.h"
+#include "host_services.h"
+#include "reference_host.h"
+#include "solver/analysis/block_kernels.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace sharedanalysis::solver {
+namespace {
+
+constexpr double kGrowth = 1.05; // largest ratio of an increment to the one before
+
+// NaN when either is, whichever comes first.
+double smallerOf(double a, double b) { return b < a || b != b ? b : a; }
+
+} // namespace
+
+void evaluateForces(const Case& definition, const NodeState& nodes, double step, DomainState& state) {
+  const int32_t values = static_cast<int32_t>(state.force.size());
+  GLO_UTI_BROADCAST0D(&values, state.force.data());
+  state.stableIncrement = kInfinity;
+  state.masked = 0;
+  for (Block& block : state.blocks) {
+    const Block::Outcome outcome = block.evaluate(nodes.x, nodes.v, step, definition, state.work, state.force.data());
+    state.stableIncrement = smallerOf(state.stableIncrement, outcome.stableIncrement);
+    state.masked += outcome.masked;
+  }
+}
+
+void move(const Case& definition, const Course& course, double step, const DomainState& state, NodeState& nodes,
+          Prescribed& prescribed) {
+  const double lastIncrement = course.lastIncrement;
+  std::vector<PrescribedComponent>& components = prescribed.components;
+  std::vector<double>& v = nodes.v;
+  const Domain& domain = state.domain;
+  const double between = 0.5 * (lastIncrement + step);
+  const double gravity[3] = {definition.gravity[0], definition.gravity[1], definition.gravity[2]};
+  std::vector<double> before;
+  before.reserve(state.endPrescribed - state.firstPrescribed);
+  for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) before.push_back(v[components[k].position]);
+  kick(domain.firstNode, domain.endNode, state.force.data(), domain.firstNode, nodes.rMass.data(), gravity, between,
+       v.data());
+  for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) {
+    PrescribedComponent& p = components[k];
+    const double old = before[k - state.firstPrescribed], now = valueAt(*p.history, course.time + 0.5 * step);
+    const int64_t node = p.position / 3;
+    const int c = static_cast<int>(p.position % 3);
+    p.reaction =
+        state.force[p.position - 3 * domain.firstNode] + nodes.mass[node] * ((now - old) / between - gravity[c]);
+    p.work += p.reaction * 0.5 * (old * lastIncrement + now * step);
+    v[p.position] = now;
+  }
+  drift(domain.firstNode, domain.endNode, v.data(), step, nodes.x.data());
+}
+
+double nextIncrement(const Course& course, double end) {
+  const double step = std::min(course.stable, std::max(kGrowth * course.lastIncrement, 0.5 * course.stable)),
+               rest = end - course.time;
+  if (rest <= step) return rest;
+  return rest < 2 * step ? 0.5 * rest : step;
+}
+
+void exchangeMotion(const Layout& layout, NodeState& nodes) {
+  const auto packed = [&](const std::vector<int32_t>& list) {
+    std::vector<double> values;
+    values.reserve(6 * list.size());
+    for (const int32_t node : list)
+      for (const std::vector<double>* field : {&nodes.x, &nodes.v})
+        for (int c = 0; c < 3; ++c) values.push_back((*field)[3 * static_cast<size_t>(node) + c]);
+    return values;
+  };
+  for (const Neighbour& neighbour : layout.neighbours) layout.ranks.send(packed(neighbour.sent), neighbour.rank);
+  for (const Neighbour& neighbour : layout.neighbours) {
+    std::vector<double> values(6 * neighbour.received.size());
+    layout.ranks.receive(values, neighbour.rank);
+    const double* next = values.data();
+    for (const int32_t node : neighbour.received)
+      for (std::vector<double>* field : {&nodes.x, &nodes.v})
+        for (int c = 0; c < 3; ++c) (*field)[3 * static_cast<size_t>(node) + c] = *next++;
+  }
+}
+
+Outcome outcomeOf(const Ranks& ranks, const std::vector<DomainState>& domains) {
+  Outcome own;
+  own.killed = ELI_GETKILLSIGNAL() != 0;
+  own.stopped = host::threadError();
+  for (const DomainState& state : domains) {
+    own.masked = own.masked || state.masked > 0;
+    own.smallest = smallerOf(own.smallest, state.stableIncrement);
+  }
+  std::vector<double> all{own.smallest, own.masked ? 0.0 : 1.0, own.killed ? 0.0 : 1.0, own.stopped ? 0.0 : 1.0};
+  ranks.smallest(all);
+  return {all[0], all[1] == 0.0, all[2] == 0.0, all[3] == 0.0};
+}
+
+Ending findEnding(const Layout& layout, const NodeState& nodes, const std::vector<DomainState>& domains,
+                  const Outcome& all, Course& course, Distortion& distortion) {
+  course.stable = all.smallest * layout.definition.safetyFactor;
+  if (all.stopped) return Ending::Stopped;
+  if (all.masked) {
+    bool finite = true;
+    for (const DomainState& state : domains)
+      for (int64_t k = 3 * state.domain.firstNode; k < 3 * state.domain.endNode; ++k)
+        finite = finite && std::isfinite(nodes.x[static_cast<size_t>(k)]);
+    distortion.own.clear();
+    for (const DomainState& state : domains)
+      for (const Block& block : state.blocks)
+        for (int e = 0; e < block.count(); ++e)
+          if (block.isDistorted(e) && state.speaksFor(layout, block.bricks()[e]))
+            distortion.own.push_back(layout.mesh.elementNumbers[layout.numbering.elements[block.bricks()[e]]]);
+    std::sort(distortion.own.begin(), distortion.own.end());
+    distortion.all = layout.ranks.joined(distortion.own);
+    std::sort(distortion.all.begin(), distortion.all.end());
+    return layout.ranks.allAgree(finite) ? Ending::Distorted : Ending::NotFinite;
+  }
+  if (std::isnan(all.smallest)) return Ending::NotFinite;
+  if (course.firstStable > 0 && course.stable < layout.definition.smallestIncrementRatio * course.firstStable)
+    return Ending::IncrementCollapsed;
+  return Ending::Running;
+}
+
+} // namespace sharedanalysis::solver

@@ -1,0 +1,179 @@
+#include "solver/analysis/set_up.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <numbers>
+#include <numeric>
+
+namespace sharedanalysis::solver {
+namespace {
+
+const Group& groupOf(const Mesh& mesh, const std::string& name, const char* what) {
+  const Group* group = mesh.findGroup(name);
+  if (group == nullptr) throw InputError(std::string(what) + ": the mesh has no group \"" + name + "\"");
+  return *group;
+}
+
+// The material of each brick, in internal numbering.
+std::vector<int32_t> materialsOf(const Layout& layout) {
+  std::vector<int32_t> ofMeshBrick(layout.mesh.elements(), -1), result(layout.mesh.elements());
+  for (const Section& section : layout.definition.sections) {
+    for (int32_t e : groupOf(layout.mesh, section.group, "section").elements) {
+      if (ofMeshBrick[e] >= 0)
+        throw InputError("brick " + std::to_string(layout.mesh.elementNumbers[e]) +
+                         " belongs to two sections, the second one of group \"" + section.group + "\"");
+      ofMeshBrick[e] = static_cast<int32_t>(section.material);
+    }
+  }
+  const auto bare = std::find(ofMeshBrick.begin(), ofMeshBrick.end(), -1);
+  if (bare != ofMeshBrick.end())
+    throw InputError("brick " + std::to_string(layout.mesh.elementNumbers[bare - ofMeshBrick.begin()]) +
+                     " belongs to no section; " + std::to_string(std::count(bare, ofMeshBrick.end(), -1)) +
+                     " bricks have none");
+  for (int64_t e = 0; e < layout.bricks(); ++e) result[e] = ofMeshBrick[layout.numbering.elements[e]];
+  return result;
+}
+
+} // namespace
+
+NodeState referenceNodes(const Layout& layout) {
+  NodeState nodes;
+  nodes.X.resize(layout.mesh.coordinates.size());
+  for (int64_t i = 0; i < layout.nodes(); ++i)
+    for (int c = 0; c < 3; ++c)
+      nodes.X[3 * i + c] = layout.mesh.coordinates[3 * static_cast<size_t>(layout.numbering.nodes[i]) + c];
+  nodes.x = nodes.X;
+  return nodes;
+}
+
+std::vector<DomainState> makeDomainStates(const Layout& layout, const std::vector<double>& X, int threads) {
+  const std::vector<int32_t> material = materialsOf(layout);
+  const std::vector<Domain> parts = makeDomains(layout.numbering, layout.ranks.rank(), threads);
+  std::vector<DomainState> domains(parts.size());
+  std::vector<int64_t> bad;
+  for (size_t d = 0; d < parts.size(); ++d) {
+    DomainState& state = domains[d];
+    state.domain = parts[d];
+    state.force.resize(3 * static_cast<size_t>(state.domain.touched()));
+    const std::span<const int32_t> elements(state.domain.elements);
+    for (size_t first = 0, count = 0; first < elements.size(); first += count) {
+      // consecutive bricks of one material; their order is kept
+      const int32_t own = material[elements[first]];
+      const size_t most = std::min<size_t>(kBlockLength, elements.size() - first);
+      for (count = 1; count < most && material[elements[first + count]] == own;) ++count;
+      state.blocks.emplace_back(elements.subspan(first, count), layout.numbering, layout.definition.materials[own],
+                                layout.definition, state.domain);
+      Block& block = state.blocks.back();
+      block.setReference(X, state.work);
+      for (int e = 0; e < block.count(); ++e)
+        if (block.mask(e) != 0.0)
+          bad.push_back(layout.mesh.elementNumbers[layout.numbering.elements[block.bricks()[e]]]);
+    }
+  }
+  bad = layout.ranks.joined(bad);
+  if (!bad.empty()) {
+    std::sort(bad.begin(), bad.end());
+    bad.erase(std::unique(bad.begin(), bad.end()), bad.end());
+    std::string text = "bricks with zero or negative volume: ";
+    for (size_t k = 0; k < bad.size() && k < 8; ++k) text += (k > 0 ? ", " : "") + std::to_string(bad[k]);
+    throw InputError(text + (bad.size() > 8 ? ", ..." : "") + " (" + std::to_string(bad.size()) + " in all)");
+  }
+  return domains;
+}
+
+void setMasses(const Layout& layout, const std::vector<DomainState>& domains, NodeState& nodes) {
+  std::vector<double>&mass = nodes.mass, &rMass = nodes.rMass;
+  std::vector<double> ofBrick(static_cast<size_t>(layout.bricks()));
+  for (const DomainState& state : domains)
+    for (const Block& block : state.blocks)
+      for (int e = 0; e < block.count(); ++e) ofBrick[block.bricks()[e]] = block.mass(e);
+  mass.assign(static_cast<size_t>(layout.nodes()), 0.0);
+  for (int64_t e = 0; e < layout.bricks(); ++e)
+    for (int corner = 0; corner < 8; ++corner) mass[layout.numbering.connectivity[8 * e + corner]] += ofBrick[e] / 8.0;
+  layout.ranks.gatherRanges(mass, layout.numbering.firstOfRank);
+  rMass.resize(mass.size());
+  // a node without bricks has no mass and does not accelerate
+  for (size_t i = 0; i < mass.size(); ++i) rMass[i] = mass[i] > 0.0 ? 1.0 / mass[i] : 0.0;
+}
+
+Prescribed makePrescribed(const Layout& layout, std::vector<DomainState>& domains) {
+  Prescribed result;
+  std::vector<PrescribedComponent>& prescribed = result.components;
+  struct Origin {
+    const History* history;
+    const std::string* group;
+  };
+  std::map<int64_t, Origin> components;
+  for (const PrescribedMotion& motion : layout.definition.motions)
+    for (int32_t node : groupOf(layout.mesh, motion.group, "prescribed motion").nodes)
+      for (int c = 0; c < 3; ++c) {
+        if (!motion.velocity[c]) continue;
+        const History& history = *motion.velocity[c];
+        const auto [found, isNew] = components.try_emplace(
+            3 * static_cast<int64_t>(layout.numbering.internalNodes[node]) + c, Origin{&history, &motion.group});
+        const History& other = *found->second.history;
+        if (!isNew && (other.time != history.time || other.value != history.value))
+          throw InputError("groups \"" + *found->second.group + "\" and \"" + motion.group +
+                           "\" prescribe different motion of component " + "xyz"[c] + " of node " +
+                           std::to_string(layout.mesh.nodeNumbers[node]));
+      }
+  for (const auto& [position, origin] : components) prescribed.push_back({position, origin.history});
+  const auto at = [&](int64_t node) {
+    return static_cast<size_t>(
+        std::lower_bound(prescribed.begin(), prescribed.end(), 3 * node,
+                         [](const PrescribedComponent& p, int64_t position) { return p.position < position; }) -
+        prescribed.begin());
+  };
+  for (DomainState& state : domains) {
+    state.firstPrescribed = at(state.domain.firstNode);
+    state.endPrescribed = at(state.domain.endNode);
+  }
+  std::vector<int64_t> alone(layout.numbering.order.size());
+  for (size_t k = 0; k < alone.size(); ++k) alone[layout.numbering.order[k]] = static_cast<int64_t>(k);
+  result.order.resize(prescribed.size());
+  std::iota(result.order.begin(), result.order.end(), size_t{0});
+  const auto placeOf = [&](size_t k) { return 3 * alone[prescribed[k].position / 3] + prescribed[k].position % 3; };
+  std::sort(result.order.begin(), result.order.end(), [&](size_t a, size_t b) { return placeOf(a) < placeOf(b); });
+  for (const int64_t node : layout.numbering.firstOfRank) result.firstOfRank.push_back(static_cast<int64_t>(at(node)));
+  return result;
+}
+
+void setVelocities(const Layout& layout, const Prescribed& prescribed, NodeState& nodes) {
+  std::vector<double>& v = nodes.v;
+  v.assign(3 * static_cast<size_t>(layout.nodes()), 0.0);
+  for (const InitialVelocity& initial : layout.definition.initialVelocities) {
+    std::vector<int32_t> all;
+    if (initial.group.empty()) {
+      all.resize(layout.mesh.nodes());
+      for (int32_t i = 0; i < layout.mesh.nodes(); ++i) all[i] = i;
+    }
+    const double length = std::hypot(initial.axis[0], initial.axis[1], initial.axis[2]);
+    const std::array<double, 3> a = {initial.axis[0] / length, initial.axis[1] / length, initial.axis[2] / length};
+    for (int32_t node : initial.group.empty() ? all : groupOf(layout.mesh, initial.group, "initial velocity").nodes) {
+      std::array<double, 3> r;
+      for (int c = 0; c < 3; ++c) r[c] = layout.mesh.coordinates[3 * static_cast<size_t>(node) + c] - initial.origin[c];
+      const double s = a[0] * r[0] + a[1] * r[1] + a[2] * r[2];
+      const double rate =
+          initial.profileLength ? initial.rate * std::sin(std::numbers::pi * s / *initial.profileLength) : initial.rate;
+      double* velocityOfNode = &v[3 * static_cast<size_t>(layout.numbering.internalNodes[node])];
+      for (int c = 0; c < 3; ++c) {
+        const int c1 = (c + 1) % 3, c2 = (c + 2) % 3;
+        velocityOfNode[c] = initial.velocity[c] + (rate == 0.0 ? 0.0 : rate * (a[c1] * r[c2] - a[c2] * r[c1]));
+      }
+    }
+  }
+  for (const PrescribedComponent& p : prescribed.components) v[p.position] = valueAt(*p.history, 0.0);
+}
+
+double valueAt(const History& history, double time) {
+  const auto& t = history.time;
+  if (t.empty()) return 0;
+  const auto after = std::upper_bound(t.begin(), t.end(), time) - t.begin();
+  if (after == 0) return history.value.front();
+  if (after == static_cast<std::ptrdiff_t>(t.size())) return history.value.back();
+  const double part = (time - t[after - 1]) / (t[after] - t[after - 1]);
+  return history.value[after - 1] + part * (history.value[after] - history.value[after - 1]);
+}
+
+} // namespace sharedanalysis::solver

@@ -1,0 +1,80 @@
+// What the analysis keeps, in parts: the model as it is numbered, its nodes, domains, prescribed motion, and the course of time.
+#pragma once
+
+#include "solver/analysis/analysis.h"
+#include "solver/analysis/block.h"
+#include "solver/analysis/partition.h"
+#include "solver/analysis/ranks.h"
+
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+namespace sharedanalysis::solver {
+
+inline constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+// The model in the internal numbering of this rank; fixed after set-up.
+struct Layout {
+  const Mesh& mesh;
+  const Case& definition;
+  Ranks ranks;
+  Numbering numbering;
+  std::vector<Neighbour> neighbours;
+
+  Layout(const Mesh& m, const Case& c)
+      : mesh(m), definition(c), numbering(numberModel(m, ranks)), neighbours(findNeighbours(numbering, ranks)) {}
+  int64_t nodes() const { return static_cast<int64_t>(numbering.nodes.size()); }
+  int64_t bricks() const { return static_cast<int64_t>(numbering.elements.size()); }
+};
+
+// (3, nodes) and (nodes) in internal numbering.
+struct NodeState {
+  std::vector<double> X, x, v; // v at the last half step
+  std::vector<double> mass, rMass;
+};
+
+// One prescribed component of one node, and the work of its reaction.
+struct PrescribedComponent {
+  int64_t position; // in (3, nodes), internal numbering
+  const History* history;
+  double reaction = 0, work = 0;
+};
+struct Prescribed {
+  std::vector<PrescribedComponent> components; // by position
+  std::vector<std::size_t> order;              // that of one rank alone, in which sums run
+  std::vector<int64_t> firstOfRank;
+};
+
+// The work of one thread: a domain's blocks, its force array and its prescribed components.
+struct DomainState {
+  Domain domain;
+  std::vector<Block> blocks;
+  std::vector<double> force; // records of the nodes that it touches, its own first
+  std::size_t firstPrescribed = 0, endPrescribed = 0;
+  BlockWork work;
+  double stableIncrement = kInfinity;
+  int64_t masked = 0;
+
+  // Of bricks that several domains compute, the owner of the lowest node reports.
+  bool speaksFor(const Layout& layout, int32_t brick) const {
+    const int32_t node = layout.numbering.lowestNode(brick);
+    return node >= domain.firstNode && node < domain.endNode;
+  }
+};
+
+struct Course {
+  double time = 0, lastIncrement = 0;
+  double stable = 0, firstStable = 0; // stable increment times the safety factor
+  int64_t increment = 0;
+};
+
+// Mesh numbers of the bricks that were masked in the last increment: of all ranks and of this one.
+struct Distortion {
+  std::vector<int64_t> all, own;
+};
+
+// Piecewise linear, constant outside; 0 without points.
+double valueAt(const History& history, double time);
+
+} // namespace sharedanalysis::solver

@@ -1,0 +1,73 @@
+#include "solver/program/description.h"
+
+#include "solver/model/text.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace sharedanalysis::solver {
+namespace {
+
+double elasticModulus(const Material& material) {
+  const double G = material.shearModulus(), K = material.bulkModulus();
+  return 9 * K * G / (3 * K + G);
+}
+
+double poissonRatio(const Material& material) {
+  const double G = material.shearModulus(), K = material.bulkModulus();
+  return (3 * K - 2 * G) / (2 * (3 * K + G));
+}
+
+double dilatationalSpeed(const Material& material) {
+  return std::sqrt((material.bulkModulus() + 4 * material.shearModulus() / 3) / material.density);
+}
+
+} // namespace
+
+std::vector<std::string> describe(const Case& definition, const Mesh& mesh, const Ranks& ranks, int threads,
+                                  double stableIncrement) {
+  std::vector<std::string> lines{"job " + definition.job + ": " + definition.title,
+                                 "mesh " + definition.meshFile.string() + ": " + std::to_string(mesh.nodes()) +
+                                     " nodes, " + std::to_string(mesh.elements()) + " bricks"};
+  std::vector<std::string> groups;
+  for (const Group& group : mesh.groups)
+    groups.push_back(
+        group.name + " (" +
+        (group.dimension == 3 ? counted(group.elements.size(), "brick") : counted(group.nodes.size(), "node")) + ")");
+  lines.push_back("groups " + joined(groups, ", "));
+  for (const Material& material : definition.materials)
+    lines.push_back("material " + material.name + ": E " + shortNumber(elasticModulus(material) / 1e6) + " MPa, nu " +
+                    shortNumber(poissonRatio(material)) + ", density " + shortNumber(material.density) +
+                    " kg/m3, wave speed " + shortNumber(dilatationalSpeed(material)) + " m/s");
+  lines.push_back("end time " + shortNumber(definition.endTime) + " s, first stable increment " +
+                  shortNumber(stableIncrement) + " s, " +
+                  (ranks.areSeveral() ? counted(static_cast<std::size_t>(ranks.size()), "rank") + " of " : "") +
+                  counted(static_cast<std::size_t>(threads), "thread"));
+  return lines;
+}
+
+std::string describeEnding(Ending ending, const Analysis& analysis, const Case& definition, double firstIncrement) {
+  const Progress now = analysis.progress();
+  const std::string at = " at time " + shortNumber(now.time) + " s, increment " + std::to_string(now.increment);
+  switch (ending) {
+  case Ending::Distorted: {
+    constexpr std::size_t shown = 8;
+    const std::vector<int64_t>& bricks = analysis.distortedElements();
+    std::vector<std::string> numbers;
+    for (std::size_t k = 0; k < std::min(shown, bricks.size()); ++k) numbers.push_back(std::to_string(bricks[k]));
+    return counted(bricks.size(), "brick") + " distorted beyond computing" + at + ": number " + joined(numbers, ", ") +
+           (bricks.size() > shown ? ", ..." : "");
+  }
+  case Ending::IncrementCollapsed:
+    return "the stable increment fell to " + shortNumber(now.stableIncrement) + " s" + at + ", below " +
+           shortNumber(definition.smallestIncrementRatio) + " of the first one (" + shortNumber(firstIncrement) + " s)";
+  case Ending::Stopped:
+    return "a material could not go on" + at + "; the message file says why";
+  case Ending::NotFinite:
+    return "a position, velocity or energy is no longer a finite number" + at;
+  default:
+    return "interrupted" + at;
+  }
+}
+
+} // namespace sharedanalysis::solver

@@ -1,0 +1,19 @@
+// A run in words: what is run, and why it ended early.
+#pragma once
+
+#include "solver/analysis/analysis.h"
+#include "solver/analysis/ranks.h"
+
+#include <string>
+#include <vector>
+
+namespace sharedanalysis::solver {
+
+// Lines for the terminal and for the results.
+std::vector<std::string> describe(const Case& definition, const Mesh& mesh, const Ranks& ranks, int threads,
+                                  double stableIncrement);
+
+// The early end of an analysis.
+std::string describeEnding(Ending ending, const Analysis& analysis, const Case& definition, double firstIncrement);
+
+} // namespace sharedanalysis::solver

@@ -1,0 +1,26 @@
+// How a failure on one rank ends all of them, and what the user is told.
+#pragma once
+
+#include "solver/analysis/ranks.h"
+
+#include <stdexcept>
+#include <string>
+
+namespace sharedanalysis::solver {
+
+// An error that all ranks end with.
+class JobFailed : public std::runtime_error {
+public:
+  explicit JobFailed(RankFailure failure) : std::runtime_error(failure.text), failure_(std::move(failure)) {}
+  const RankFailure& failure() const { return failure_; }
+
+private:
+  RankFailure failure_;
+};
+
+std::string withRank(int32_t rank, const std::string& text);
+
+// The failure that ends all ranks, for the exception that is being handled on this one.
+RankFailure failureOfAll(const Ranks& ranks);
+
+} // namespace sharedanalysis::solver

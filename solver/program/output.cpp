@@ -1,0 +1,60 @@
+#include "solver/program/output.h"
+
+#include "reference_host.h"
+#include "solver/program/messages.h"
+
+#include <system_error>
+
+namespace sharedanalysis::solver {
+
+std::filesystem::path resultFile(const Case& definition, const char* extension) {
+  return definition.outputDirectory / (definition.job + extension);
+}
+
+Output::Output(const Case& definition, const Mesh& mesh, const std::vector<std::string>& info, const Ranks& ranks,
+               bool digest)
+    : fieldsPath_(resultFile(definition, fieldsExtension)), historyPath_(resultFile(definition, historyExtension)) {
+  if (!ranks.isRoot()) return;
+  history_.emplace(historyPath_, definition.historyFilter);
+  results_.emplace(fieldsPath_, mesh, definition, info);
+  if (digest) digest_.emplace(resultFile(definition, digestExtension), definition.job, mesh);
+}
+
+void Output::filterHistory(const Analysis& analysis) {
+  analysis.energies(); // every rank has a part in them
+  if (history_) history_->filter(analysis);
+}
+
+void Output::writeHistory(const Analysis& analysis) {
+  check_.update(analysis.energies());
+  if (history_) history_->write(analysis, check_.error());
+}
+
+void Output::writeFields(const Analysis& analysis) {
+  const Progress now = analysis.progress();
+  const Energies energies = analysis.energies();
+  if (results_) {
+    const Fields fields = analysis.fields();
+    results_->write(now.time, fields, energies);
+    if (digest_) digest_->write(now, fields, energies);
+    message("Status", "increment %S time %R stable increment %R kinetic energy %R total energy %R energy error %R",
+            {std::to_string(now.increment)},
+            {now.time, now.stableIncrement, energies.kinetic, energies.total(), check_.error()});
+  }
+  if (const std::error_code error = host::writeError())
+    throw std::system_error(error, "a message, status or diagnostics file could not be written");
+}
+
+void Output::close() {
+  if (history_) history_->close();
+  if (results_) results_->close();
+  if (digest_) digest_->close();
+}
+
+void Output::complete() const {
+  if (history_) history_->file().complete();
+  if (results_) results_->file().complete();
+  if (digest_) digest_->file().complete();
+}
+
+} // namespace sharedanalysis::solver

@@ -1,0 +1,50 @@
+// The result files of a run: history, fields and digest.
+#pragma once
+
+#include "solver/analysis/ranks.h"
+#include "solver/program/schedule.h"
+#include "solver/results/digest.h"
+#include "solver/results/history.h"
+#include "solver/results/results.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace sharedanalysis::solver {
+
+// Extensions of the files, each behind the name of the job.
+inline constexpr const char *historyExtension = ".csv", *fieldsExtension = ".exo", *digestExtension = ".digest";
+
+std::filesystem::path resultFile(const Case& definition, const char* extension);
+
+// The root writes the files from values that all ranks send: every rank calls the members.
+class Output {
+public:
+  Output(const Case& definition, const Mesh& mesh, const std::vector<std::string>& info, const Ranks& ranks,
+         bool digest);
+
+  void filterHistory(const Analysis& analysis);
+  void writeHistory(const Analysis& analysis);
+  void writeFields(const Analysis& analysis);
+  void close();
+  // Gives the closed files their names.
+  void complete() const;
+
+  const EnergyCheck& energy() const { return check_; }
+  int count() const { return results_ ? results_->count() : 0; }
+  // The files that a run leaves when it ends early.
+  std::string leftovers() const { return fieldsPath_.string() + ".partial and " + historyPath_.string() + ".partial"; }
+  std::string fieldsName() const { return fieldsPath_.string(); }
+  std::string historyName() const { return historyPath_.string(); }
+
+private:
+  std::filesystem::path fieldsPath_, historyPath_;
+  EnergyCheck check_;
+  std::optional<HistoryFile> history_;
+  std::optional<ResultsFile> results_;
+  std::optional<DigestFile> digest_;
+};
+
+} // namespace sharedanalysis::solver

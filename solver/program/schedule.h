@@ -1,0 +1,50 @@
+// The times of output, and the energy error that goes with them.
+#pragma once
+
+#include "solver/analysis/analysis.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+namespace sharedanalysis::solver {
+
+// Output times: exact multiples of an interval (no accumulated rounding), and the end time.
+class Schedule {
+public:
+  Schedule(double interval, double end) : interval_(interval), end_(end) {}
+  // The next output time; one within rounding of the end is the end.
+  double next() const {
+    const double time = static_cast<double>(passed_ + 1) * interval_;
+    return time < end_ - 1e-6 * interval_ ? time : end_;
+  }
+  // Returns whether `time` has reached the next output time, and advances to the one after it.
+  bool reach(double time) {
+    if (time < next() - 1e-6 * interval_) return false;
+    ++passed_;
+    return true;
+  }
+
+private:
+  double interval_, end_;
+  int64_t passed_ = 0;
+};
+
+// The change of total - external energy since the start, also relative to the largest energy so far.
+class EnergyCheck {
+public:
+  void update(const Energies& energies) {
+    if (!started_) first_ = energies.balance();
+    started_ = true;
+    error_ = energies.balance() - first_;
+    largest_ = std::max({largest_, energies.total(), std::abs(energies.external)});
+  }
+  double error() const { return error_; }
+  double relative() const { return largest_ > 0 ? std::abs(error_) / largest_ : 0; }
+
+private:
+  bool started_ = false;
+  double first_ = 0, error_ = 0, largest_ = 0;
+};
+
+} // namespace sharedanalysis::solver

@@ -1,0 +1,74 @@
+// The end of the analysis that a hyperelastic material asks for.
+#include "glo.h"
+#include "spx.h"
+#include "tests/support/recording_host.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+using namespace sharedanalysis::test;
+
+// Bars of chains with lambdaM = 3, stretched to eta = sqrt((I1 - 3)/6).
+struct Bars {
+  int n;
+  std::vector<double> mu, lambdaM, a, beta, D, V, flag, energy, rJ, stress, bound, bulk;
+
+  explicit Bars(const std::vector<double>& etas)
+      : n(static_cast<int>(etas.size())), mu(n, 1), lambdaM(n, 3), a(n), beta(n), D(n, 0.1), V(6 * n), flag(n),
+        energy(n), rJ(n), stress(6 * n), bound(n), bulk(n) {
+    for (int i = 0; i < n; ++i) {
+      const double I1 = 3 + 6 * etas[i] * etas[i];
+      double s = 2.5; // s^2 + 2/s = I1
+      for (int k = 0; k < 60; ++k) s -= (s * s + 2 / s - I1) / (2 * s - 2 / (s * s));
+      V[i] = s, V[n + i] = V[2 * n + i] = 1 / std::sqrt(s);
+    }
+  }
+  void run(int kernel) {
+    resetRecordingHost();
+    const double *m = mu.data(), *l = lambdaM.data(), *c = a.data(), *b = beta.data(), *d = D.data(), *v = V.data();
+    double *f = flag.data(), *s = stress.data(), *B = bound.data(), *K = bulk.data();
+    if (kernel == 0) SPX_MAT_HYPERVDWS33(&n, m, l, c, b, energy.data(), rJ.data(), v);
+    if (kernel == 1) SPX_MAT_HYPERVDW3DEXP(&n, m, l, c, b, d, v, s, f, B, K);
+    if (kernel == 2) SPX_MAT_HYPERVDWGPEEXP(&n, m, l, c, b, d, v, s, f, B, K);
+    if (kernel == 3) SPX_MAT_HYPERVDWMODULIEXP(&n, m, l, c, b, d, v, f, B, K);
+  }
+};
+
+TEST(VanDerWaals, EndsTheAnalysisBeyondLockingAlone) {
+  for (int kernel = 0; kernel < 4; ++kernel) {
+    SCOPED_TRACE(kernel);
+    Bars sound({0.3, 0.999, 0.99998, 0.7}), locked({0.3, 0.999, 1.5, 0.7});
+    sound.run(kernel);
+    EXPECT_TRUE(recordingHost().lines.empty() && recordingHost().statuses.empty() && recordingHost().calls.empty());
+    locked.run(kernel);
+    if (kernel == 0) { // energies keep the largest eta without a word
+      EXPECT_TRUE(recordingHost().lines.empty() && recordingHost().calls.empty());
+      EXPECT_NEAR(locked.energy[1], -6 * (std::log(0.001) + 0.999), 1e-9);
+      EXPECT_NEAR(locked.energy[2], -6 * (std::log(0.00001) + 0.99999), 1e-9);
+    } else {
+      std::string text;
+      for (const RecordedLine& line : recordingHost().lines) {
+        EXPECT_EQ(line.unit, GLO_UNIT_MESSAGE_FILE);
+        if (line.text != " ") text += line.text.substr(line.text.find_first_not_of(' '));
+      }
+      EXPECT_EQ(text, "***ERROR: The locking stretch is reached, the resulting ETA is over 0.99999, which is too close "
+                      "to one.");
+      ASSERT_EQ(recordingHost().statuses.size(), 2U);
+      EXPECT_EQ(recordingHost().statuses[1].type.substr(0, 7), "Aborted");
+      const auto& calls = recordingHost().calls;
+      EXPECT_EQ(std::count(calls.begin(), calls.end(), "DMPC_TERMINATECOMM 1"), 1) << "exit code 20";
+      EXPECT_TRUE(std::isfinite(locked.bound[2]) && locked.bound[2] > sound.bound[2]) << "the block is complete";
+    }
+    for (auto values : {&Bars::energy, &Bars::rJ, &Bars::stress, &Bars::bound, &Bars::bulk, &Bars::flag})
+      for (std::size_t k = 0; k < (sound.*values).size(); ++k)
+        if (k % 4 != 2) {
+          EXPECT_EQ((locked.*values)[k], (sound.*values)[k]) << k;
+        }
+  }
+}
+
+} // namespace
