@@ -30,6 +30,15 @@
   SA_CLONES                                                                                                            \
   static void name##_clones parameters
 
+// A kernel that only moves bits: no operation of it looks at the floating-point environment or raises a flag, so that it is
+// spared the guard, which would cost a short copy a sixth of its time.
+#define SA_MOVE(name, parameters, arguments)                                                                           \
+  SA_CLONES                                                                                                            \
+  static void name##_clones parameters;                                                                                \
+  SA_EXPORT void name parameters { name##_clones arguments; }                                                          \
+  SA_CLONES                                                                                                            \
+  static void name##_clones parameters
+
 // An argument that is part of a routine's list and that no member reads.
 #define SA_UNREAD [[maybe_unused]] const int32_t*
 

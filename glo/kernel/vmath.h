@@ -45,6 +45,7 @@ SA_INLINE double blend(uint64_t mask, double a, double b) { return fromBits((toB
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kSmallestNormal = std::numeric_limits<double>::min();
 
 // ---- parts that the functions share
 

@@ -113,14 +113,14 @@ struct SpatialScratch {
     JacobiScratch<true> w, done;
     diagonalise(n, w, done, loadS33(point, nblock, S, w));
     SpatialScratch& out = *this;
-    forPoints(n, [&out, &done](int j) SA_POINT {
+    forPoints(n, [&out, &w, &done](int j) SA_POINT {
       const double d1 = done.a11[j], d2 = done.a22[j], d3 = done.a33[j];
       Principal a{d1, done.v[0][j], done.v[1][j], done.v[2][j]};
       Principal b{d2, done.v[3][j], done.v[4][j], done.v[5][j]};
       Principal c{d3, done.v[6][j], done.v[7][j], done.v[8][j]};
       order(a, b), order(b, c), order(a, b);
       const Quaternion q = quaternionOf({a.x, a.y, a.z, b.x, b.y, b.z, c.x, c.y, c.z});
-      const double bad = spoiled(d1, d2, d3), back = done.back[j]; // a zero that changes no sign is subtracted
+      const double bad = spoiled(d1, d2, d3), back = w.back[j]; // a zero that changes no sign is subtracted
       out.values.column[0][j] = a.value * back - bad;
       out.values.column[1][j] = b.value * back - bad;
       out.values.column[2][j] = c.value * back - bad;

@@ -7,8 +7,6 @@
 namespace sa {
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
 // A value with its direction.
 struct Axis {
   double value, x, y, z;
@@ -17,13 +15,12 @@ SA_INLINE Axis select(bool first, const Axis& a, const Axis& b) {
   return {first ? a.value : b.value, first ? a.x : b.x, first ? a.y : b.y, first ? a.z : b.z};
 }
 
-SA_INLINE Axis reversed(const Axis& a) { return {a.value, 0.0 - a.x, 0.0 - a.y, 0.0 - a.z}; }
-
 enum class Order { Increasing, Decreasing };
 
-// Three axes in order, right-handed; equal values keep their places.
+// Three axes in order; equal values keep their places.  The third is right-handed when multiplied by `hand`, 1 or -1.
 struct Axes {
   Axis first, second, third;
+  double hand;
 };
 template <Order order>
 SA_INLINE bool precedes(const Axis& a, const Axis& b) {
@@ -36,7 +33,7 @@ SA_INLINE Axes sorted(const Axis& a, const Axis& b, const Axis& c) {
   const bool s2 = precedes<order>(c, q);
   const Axis r = select(s2, c, q), last = select(s2, q, c);
   const bool s3 = precedes<order>(r, p), odd = s1 != (s2 != s3); // each exchange makes a reflection of a rotation
-  return {select(s3, r, p), select(s3, p, r), select(odd, reversed(last), last)};
+  return {select(s3, r, p), select(s3, p, r), last, odd ? -1.0 : 1.0};
 }
 
 SA_INLINE double notFinite(const Axes& a) { return spoiled(a.first.value, a.second.value, a.third.value); }
@@ -55,18 +52,19 @@ SA_INLINE void storeDirections(const Axes& a, double bad, double* V, int64_t n, 
   V[k + 3 * n] = a.second.x + bad;
   V[k + 4 * n] = a.second.y + bad;
   V[k + 5 * n] = a.second.z + bad;
-  V[k + 6 * n] = a.third.x + bad;
-  V[k + 7 * n] = a.third.y + bad;
-  V[k + 8 * n] = a.third.z + bad;
+  V[k + 6 * n] = a.third.x * a.hand + bad; // adding 0.0 leaves no negative zero
+  V[k + 7 * n] = a.third.y * a.hand + bad;
+  V[k + 8 * n] = a.third.z * a.hand + bad;
 }
 
 SA_INLINE Axes axesOf(const JacobiScratch<true>& d, int i) {
   return {{d.a11[i], d.v[0][i], d.v[1][i], d.v[2][i]},
           {d.a22[i], d.v[3][i], d.v[4][i], d.v[5][i]},
-          {d.a33[i], d.v[6][i], d.v[7][i], d.v[8][i]}};
+          {d.a33[i], d.v[6][i], d.v[7][i], d.v[8][i]},
+          1.0};
 }
 SA_INLINE Axes axesOf(const JacobiScratch<false>& d, int i) {
-  return {{d.a11[i], 0.0, 0.0, 0.0}, {d.a22[i], 0.0, 0.0, 0.0}, {d.a33[i], 0.0, 0.0, 0.0}};
+  return {{d.a11[i], 0.0, 0.0, 0.0}, {d.a22[i], 0.0, 0.0, 0.0}, {d.a33[i], 0.0, 0.0, 0.0}, 1.0};
 }
 template <Order order>
 SA_INLINE Axes sorted(const Axes& a) {
@@ -79,19 +77,19 @@ template <Order order, class Points>
 SA_INLINE void valuesInSpace(Points point, int n, int64_t nblock, const double* S, double* P) {
   JacobiScratch<false> w, done;
   diagonalise(n, w, done, loadS33(point, nblock, S, w));
-  forPoints(n, [=, &done](int i) SA_POINT {
+  forPoints(n, [=, &w, &done](int i) SA_POINT {
     const Axes axes = axesOf(done, i);
-    storeValues(sorted<order>(axes), notFinite(axes), done.back[i], P, nblock, point(i));
+    storeValues(sorted<order>(axes), notFinite(axes), w.back[i], P, nblock, point(i));
   });
 }
 template <class Points>
 SA_INLINE void axesInSpace(Points point, int n, int64_t nblock, const double* S, double* P, double* V) {
   JacobiScratch<true> w, done;
   diagonalise(n, w, done, loadS33(point, nblock, S, w));
-  forPoints(n, [=, &done](int i) SA_POINT {
+  forPoints(n, [=, &w, &done](int i) SA_POINT {
     const Axes axes = sorted<Order::Increasing>(axesOf(done, i));
     const double bad = notFinite(axes);
-    storeValues(axes, bad, done.back[i], P, nblock, point(i));
+    storeValues(axes, bad, w.back[i], P, nblock, point(i));
     storeDirections(axes, bad, V, nblock, point(i));
   });
 }
@@ -106,15 +104,16 @@ SA_INLINE void trigonometricAxes(Points point, int n, int64_t nblock, const doub
     const int k = point(i);
     const double p1 = P[k], p2 = P[k + nblock], p3 = P[k + 2 * nblock];
     const Axes a = sorted<Order::Increasing>(axesOf(done, i));
+    const Axis last{a.third.value, a.third.x * a.hand, a.third.y * a.hand, a.third.z * a.hand};
     // smaller values, and equal ones before it, count up the rank
     const double rank1 = (p2 < p1 ? 1.0 : 0.0) + (p3 < p1 ? 1.0 : 0.0);
     const double rank2 = (p1 <= p2 ? 1.0 : 0.0) + (p3 < p2 ? 1.0 : 0.0);
     const double rank3 = (p1 <= p3 ? 1.0 : 0.0) + (p2 <= p3 ? 1.0 : 0.0);
-    const Axis d1 = select(rank1 == 0.0, a.first, select(rank1 == 1.0, a.second, a.third));
-    const Axis d2 = select(rank2 == 0.0, a.first, select(rank2 == 1.0, a.second, a.third));
-    const Axis d3 = select(rank3 == 0.0, a.first, select(rank3 == 1.0, a.second, a.third));
+    const Axis d1 = select(rank1 == 0.0, a.first, select(rank1 == 1.0, a.second, last));
+    const Axis d2 = select(rank2 == 0.0, a.first, select(rank2 == 1.0, a.second, last));
+    const Axis d3 = select(rank3 == 0.0, a.first, select(rank3 == 1.0, a.second, last));
     const bool odd = (rank1 > rank2) != ((rank1 > rank3) != (rank2 > rank3));
-    storeDirections({d1, d2, select(odd, reversed(d3), d3)}, notFinite(a), V, nblock, k);
+    storeDirections({d1, d2, d3, odd ? -1.0 : 1.0}, notFinite(a), V, nblock, k);
   });
 }
 
@@ -123,39 +122,50 @@ SA_INLINE void trigonometricAxes(Points point, int n, int64_t nblock, const doub
 struct PlaneAxes {
   Axis first, second; // in increasing order, a rotation
   double bad;         // NaN for a spoiled point, else 0
+  uint64_t isBeyond;  // whether the point is to be scaled
 };
-SA_INLINE PlaneAxes planeAxes(double s11, double s22, double s12) {
-  const Scale scale = scaleForSums(magnitude(s11, s22, s12));
+// `scaled` as in forPointsOfAnyScale.
+SA_INLINE PlaneAxes planeAxes(auto scaled, double s11, double s22, double s12) {
+  const double largest = magnitude(s11, s22, s12);
+  const Scale scale = scaled ? scaleForSums(largest) : Scale{1.0, 1.0};
   const double a11 = s11 * scale.factor, a22 = s22 * scale.factor, a12 = s12 * scale.factor;
   const PlaneAngle r = PreciseRotation::angle(a11, a22, a12);
   const double h = r.t * a12, p = a11 + h, q = a22 - h;
   const Axis a{p * scale.back, r.c, r.s, 0.0}, b{q * scale.back, -r.s, r.c, 0.0};
   const bool swap = b.value < a.value;
-  return {select(swap, b, a), select(swap, reversed(a), b), spoiled(p, q, 0.0)};
+  const Axis turned{a.value, -a.x, -a.y, 0.0};
+  return {select(swap, b, a), select(swap, turned, b), spoiled(p, q, 0.0), isBeyondSums(largest)};
 }
 
-struct SpaceAxes {
-  Axes axes;
-  double bad;
-};
-SA_INLINE SpaceAxes loadS31(int k, int64_t nblock, const double* S) {
-  const double s33 = S[k + 2 * nblock];
-  const PlaneAxes p = planeAxes(S[k], S[k + nblock], S[k + 3 * nblock]);
-  return {sorted<Order::Increasing>(p.first, p.second, {s33, 0.0, 0.0, 1.0}), p.bad + spoiled(s33, 0.0, 0.0)};
+SA_INLINE PlaneAxes planeAxesS31(auto scaled, int k, int64_t nblock, const double* S) {
+  return planeAxes(scaled, S[k], S[k + nblock], S[k + 3 * nblock]);
+}
+// With direction 3 as the third axis.
+SA_INLINE Axes sortedInSpace(const PlaneAxes& p, double s33) {
+  const Axis third{s33, 0.0, 0.0, 1.0};
+  return sorted<Order::Increasing>(p.first, p.second, third);
 }
 template <class Points>
 SA_INLINE void axesS31(Points point, int n, int64_t nblock, const double* S, double* P, double* V) {
-  forPoints(n, [=](int i) SA_POINT {
-    const auto [axes, bad] = loadS31(point(i), nblock, S);
-    storeValues(axes, bad, 1.0, P, nblock, point(i));
-    storeDirections(axes, bad, V, nblock, point(i));
+  forPointsOfAnyScale(n, [=](auto scaled, int i) SA_POINT {
+    const int k = point(i);
+    const double s33 = S[k + 2 * nblock];
+    const PlaneAxes p = planeAxesS31(scaled, k, nblock, S);
+    const Axes axes = sortedInSpace(p, s33);
+    const double bad = p.bad + spoiled(s33, 0.0, 0.0);
+    storeValues(axes, bad, 1.0, P, nblock, k);
+    storeDirections(axes, bad, V, nblock, k);
+    return p.isBeyond;
   });
 }
 template <class Points>
 SA_INLINE void valuesS31Sorted(Points point, int n, int64_t nblock, const double* S, double* P) {
-  forPoints(n, [=](int i) SA_POINT {
-    const auto [axes, bad] = loadS31(point(i), nblock, S);
-    storeValues(axes, bad, 1.0, P, nblock, point(i));
+  forPointsOfAnyScale(n, [=](auto scaled, int i) SA_POINT {
+    const int k = point(i);
+    const double s33 = S[k + 2 * nblock];
+    const PlaneAxes p = planeAxesS31(scaled, k, nblock, S);
+    storeValues(sortedInSpace(p, s33), p.bad + spoiled(s33, 0.0, 0.0), 1.0, P, nblock, k);
+    return p.isBeyond;
   });
 }
 
@@ -165,23 +175,25 @@ SA_INLINE void storePair(double first, double second, double bad, double* P, int
 }
 template <Order order, class Points>
 SA_INLINE void valuesS21(Points point, int n, int64_t nblock, const double* S, double* P) {
-  forPoints(n, [=](int i) SA_POINT {
+  forPointsOfAnyScale(n, [=](auto scaled, int i) SA_POINT {
     const int k = point(i);
-    const PlaneAxes a = planeAxes(S[k], S[k + nblock], S[k + 2 * nblock]);
+    const PlaneAxes a = planeAxes(scaled, S[k], S[k + nblock], S[k + 2 * nblock]);
     const bool rising = order == Order::Increasing;
     storePair(rising ? a.first.value : a.second.value, rising ? a.second.value : a.first.value, a.bad, P, nblock, k);
+    return a.isBeyond;
   });
 }
 template <class Points>
 SA_INLINE void axesS21(Points point, int n, int64_t nblock, const double* S, double* P, double* V) {
-  forPoints(n, [=](int i) SA_POINT {
+  forPointsOfAnyScale(n, [=](auto scaled, int i) SA_POINT {
     const int k = point(i);
-    const PlaneAxes a = planeAxes(S[k], S[k + nblock], S[k + 2 * nblock]);
+    const PlaneAxes a = planeAxes(scaled, S[k], S[k + nblock], S[k + 2 * nblock]);
     storePair(a.first.value, a.second.value, a.bad, P, nblock, k);
     V[k] = a.first.x + a.bad;
     V[k + nblock] = a.first.y + a.bad;
     V[k + 2 * nblock] = a.second.x + a.bad;
     V[k + 3 * nblock] = a.second.y + a.bad;
+    return a.isBeyond;
   });
 }
 
@@ -197,26 +209,29 @@ struct Cholesky {
 struct ScaledTensor {
   double s11, s22, s33, s12, s23, s13;
   Scale scale;
+  uint64_t isBeyond;
 };
-SA_INLINE ScaledTensor loadScaled(const double* S, int64_t n, int k) {
+SA_INLINE ScaledTensor loadScaled(auto scaled, const double* S, int64_t n, int k) {
   const double s11 = S[k], s22 = S[k + n], s33 = S[k + 2 * n], s12 = S[k + 3 * n], s23 = S[k + 4 * n],
                s13 = S[k + 5 * n];
-  const Scale f = scaleForSums(vm::max(magnitude(s11, s22, s33), magnitude(s12, s23, s13)));
-  return {s11 * f.factor, s22 * f.factor, s33 * f.factor, s12 * f.factor, s23 * f.factor, s13 * f.factor, f};
+  const double largest = vm::max(magnitude(s11, s22, s33), magnitude(s12, s23, s13));
+  const Scale f = scaled ? scaleForSums(largest) : Scale{1.0, 1.0};
+  return {s11 * f.factor,       s22 * f.factor, s33 * f.factor, s12 * f.factor, s23 * f.factor, s13 * f.factor, f,
+          isBeyondSums(largest)};
 }
 
 // Leaves inv(L) A inv(L') in the scratch; NaN where B is not positive definite.
 template <bool kDirections>
-SA_INLINE auto loadPair(int start, int64_t N, const double* A, const double* B, Cholesky& c,
-                        JacobiScratch<kDirections>& w) {
-  return [=, &c, &w](int i) SA_POINT {
+SA_INLINE void loadPairs(int start, int n, int64_t N, const double* A, const double* B, Cholesky& c,
+                         JacobiScratch<kDirections>& w) {
+  forPointsOfAnyScale(n, [=, &c, &w](auto scaled, int i) SA_POINT {
     const int k = start + i;
-    const auto [b11, b22, b33, b12, b23, b13, scaleB] = loadScaled(B, N, k);
-    const double l11 = b11 > 0.0 ? __builtin_sqrt(b11) : kNaN, l21 = b12 / l11, l31 = b13 / l11;
-    const double d2 = b22 - l21 * l21, l22 = d2 > 0.0 ? __builtin_sqrt(d2) : kNaN, l32 = (b23 - l31 * l21) / l22;
-    const double d3 = b33 - l31 * l31 - l32 * l32, l33 = d3 > 0.0 ? __builtin_sqrt(d3) : kNaN;
+    const auto [b11, b22, b33, b12, b23, b13, scaleB, isBeyondB] = loadScaled(scaled, B, N, k);
+    const double l11 = b11 > 0.0 ? __builtin_sqrt(b11) : vm::kNaN, l21 = b12 / l11, l31 = b13 / l11;
+    const double d2 = b22 - l21 * l21, l22 = d2 > 0.0 ? __builtin_sqrt(d2) : vm::kNaN, l32 = (b23 - l31 * l21) / l22;
+    const double d3 = b33 - l31 * l31 - l32 * l32, l33 = d3 > 0.0 ? __builtin_sqrt(d3) : vm::kNaN;
     // Y = inv(L) A column by column, then C = Y inv(L')
-    const auto [a11, a22, a33, a12, a23, a13, scaleA] = loadScaled(A, N, k);
+    const auto [a11, a22, a33, a12, a23, a13, scaleA, isBeyondA] = loadScaled(scaled, A, N, k);
     const double y11 = a11 / l11, y12 = a12 / l11, y13 = a13 / l11;
     const double y21 = (a12 - l21 * y11) / l22, y22 = (a22 - l21 * y12) / l22, y23 = (a23 - l21 * y13) / l22;
     const double y31 = (a13 - l31 * y11 - l32 * y21) / l33, y32 = (a23 - l31 * y12 - l32 * y22) / l33;
@@ -229,7 +244,8 @@ SA_INLINE auto loadPair(int start, int64_t N, const double* A, const double* B, 
     c.l11[i] = l11, c.l21[i] = l21, c.l31[i] = l31;
     c.l22[i] = l22, c.l32[i] = l32, c.l33[i] = l33;
     c.back[i] = scaleA.back * scaleB.factor;
-  };
+    return isBeyondA | isBeyondB;
+  });
 }
 
 // x = inv(L') y, of unit length.
@@ -261,12 +277,13 @@ SA_KERNEL(GLO_UTI_GENEIG33, (const int32_t* nblock, const double* A, const doubl
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     JacobiScratch<true> w, done;
     Cholesky c;
-    diagonalise(n, w, done, loadPair(start, N, A, B, c, w));
-    forPoints(n, [=, &c, &done](int i) SA_POINT {
+    loadPairs(start, n, N, A, B, c, w);
+    diagonalise(n, w, done, [](int) SA_POINT {});
+    forPoints(n, [=, &c, &w, &done](int i) SA_POINT {
       const Axes y = sorted<Order::Increasing>(axesOf(done, i));
       const double bad = notFinite(y);
-      storeValues(y, bad, done.back[i] * c.back[i], P, N, start + i);
-      storeDirections({backward(c, i, y.first), backward(c, i, y.second), backward(c, i, y.third)}, bad, V, N,
+      storeValues(y, bad, w.back[i] * c.back[i], P, N, start + i);
+      storeDirections({backward(c, i, y.first), backward(c, i, y.second), backward(c, i, y.third), y.hand}, bad, V, N,
                       start + i);
     });
   });
@@ -278,10 +295,11 @@ SA_KERNEL(GLO_UTI_GENEIG33VECTOR, (const int32_t* nblock, const double* A, const
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     JacobiScratch<false> w, done;
     Cholesky c;
-    diagonalise(n, w, done, loadPair(start, N, A, B, c, w));
-    forPoints(n, [=, &c, &done](int i) SA_POINT {
+    loadPairs(start, n, N, A, B, c, w);
+    diagonalise(n, w, done, [](int) SA_POINT {});
+    forPoints(n, [=, &c, &w, &done](int i) SA_POINT {
       const Axes y = sorted<Order::Increasing>(axesOf(done, i));
-      storeValues(y, notFinite(y), done.back[i] * c.back[i], P, N, start + i);
+      storeValues(y, notFinite(y), w.back[i] * c.back[i], P, N, start + i);
     });
   });
 }

@@ -6,7 +6,7 @@
 //
 // Tensors beyond the middle of the range of doubles are scaled by a power of two on the way in: products of sines with numbers
 // near the smallest double would be rounded to whole multiples of it, so that rotations undo each other and never end, and sums
-// near the largest one would overflow.  Whoever takes values out of the scratch multiplies them by `back` of their point.
+// near the largest one would overflow.  Values taken from the scratch are to be multiplied by `back` of their point.
 #pragma once
 
 #include "glo/kernel/kernel.h"
@@ -27,8 +27,8 @@ struct JacobiScratch {
   double c[kScratchPoints], s[kScratchPoints], t[kScratchPoints];
   double moving[kScratchPoints];
   int place[kScratchPoints];
-  double
-      back[kScratchPoints]; // times a value of the scratch: the value of the tensor; by place in the piece, not packed
+  double back[kScratchPoints]; // value of the tensor / value in the scratch, by place in the piece: not packed
+  bool isScaled;               // some `back` is not 1
 };
 
 // The angle of one rotation in plane (p, q).  `t` is handed on to the update of the matrix; who needs none leaves it 0.
@@ -189,17 +189,15 @@ SA_INLINE void scaleTensor(JacobiScratch<kDirections>& w, int i) {
 template <class Rotation, bool kDirections, class Load, class Store>
 SA_INLINE void jacobi(int n, JacobiScratch<kDirections>& w, Load load, Store store) {
   forPoints(n, load);
-  forPoints(n, [&w](int i) SA_POINT {
-    w.place[i] = i;
-    w.back[i] = 1.0;
-  });
-  int beyond = 0; // pieces of ordinary tensors are spared the scaling, which would change none of their bits
+  forPoints(n, [&w](int i) SA_POINT { w.place[i] = i; });
+  uint64_t beyond = 0; // pieces of ordinary tensors are not scaled: it would change none of their bits
 #pragma omp simd reduction(| : beyond)
   for (int i = 0; i < n; ++i) {
-    const double largest = vm::max(magnitude(w.a11[i], w.a22[i], w.a33[i]), magnitude(w.a12[i], w.a23[i], w.a13[i]));
-    beyond |= static_cast<int>(largest < 0x1p-500) | static_cast<int>(largest > 0x1p+1019);
+    w.back[i] = 1.0;
+    beyond |= isBeyondSums(vm::max(magnitude(w.a11[i], w.a22[i], w.a33[i]), magnitude(w.a12[i], w.a23[i], w.a13[i])));
   }
-  if (beyond != 0) forPoints(n, [&w](int i) SA_POINT { scaleTensor(w, i); });
+  w.isScaled = beyond != 0;
+  if (w.isScaled) forPoints(n, [&w](int i) SA_POINT { scaleTensor(w, i); });
   if constexpr (kDirections)
     for (int k = 0; k < 9; ++k) {
       const double unit = k % 4 == 0 ? 1.0 : 0.0;
@@ -216,8 +214,9 @@ SA_INLINE void jacobi(int n, JacobiScratch<kDirections>& w, Load load, Store sto
 
     int kept[kScratchPoints], finished[kScratchPoints];
     int keptCount = 0, finishedCount = 0;
+    const double still = sweep < kMostSweeps ? 0.0 : 1.0; // `moving` is 0 or 1
     for (int i = 0; i < active; ++i) {
-      const int moves = w.moving[i] != 0.0 && sweep < kMostSweeps;
+      const int moves = w.moving[i] > still;
       kept[keptCount] = i;
       finished[finishedCount] = i;
       keptCount += moves;

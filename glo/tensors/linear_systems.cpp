@@ -27,9 +27,8 @@ SA_INLINE Equation eliminate(const Equation& row, double factor, const Equation&
 }
 // Each row divided by its largest coefficient: pivots compare as if all equations had one scale.
 SA_INLINE Equation scaled(const Equation& row) {
-  constexpr double kTiny = std::numeric_limits<double>::min();
   const double largest = magnitude(row.a, row.b, row.c);
-  const double g = largest <= kTiny ? 1.0 : 0.0, f = (1.0 - g) / (largest + g);
+  const double g = largest <= vm::kSmallestNormal ? 1.0 : 0.0, f = (1.0 - g) / (largest + g);
   return {row.a * f, row.b * f, row.c * f, row.r * f};
 }
 
@@ -42,8 +41,6 @@ struct Solution {
 SA_INLINE Solution solve(Equation p, Equation q, Equation r) {
   constexpr double kRounding = 4.0 * 0x1p-52;
   p = scaled(p), q = scaled(q), r = scaled(r);
-  // 0 or NaN: a scaled infinity is NaN
-  const double bad = 0.0 * __builtin_fabs((p.a + p.b + p.c) + (q.a + q.b + q.c) + (r.a + r.b + r.c));
   const bool qLarger = __builtin_fabs(q.a) > __builtin_fabs(p.a);
   const Equation p1 = blend(qLarger, q, p), q1 = blend(qLarger, p, q);
   const bool rLarger = __builtin_fabs(r.a) > __builtin_fabs(p1.a);
@@ -55,6 +52,8 @@ SA_INLINE Solution solve(Equation p, Equation q, Equation r) {
   const double noPivot2 = __builtin_fabs(q3.b) > kRounding ? 0.0 : 1.0, second = 1.0 / (q3.b + noPivot2);
   const Equation r4 = eliminate(r3, r3.b * second, q3);
   const double noPivot3 = __builtin_fabs(r4.c) > kRounding ? 0.0 : 1.0;
+  // A scaled infinity is NaN, and a NaN among the coefficients reaches the last pivot, as every step takes part in it.
+  const double bad = 0.0 * __builtin_fabs(r4.c);
   const double z = r4.r / (r4.c + noPivot3), y = (q3.r - q3.c * z) * second;
   const double x = (p2.r - p2.b * y - p2.c * z) * first;
   const bool singular = noPivot1 + noPivot2 + noPivot3 > 0.0;

@@ -13,7 +13,7 @@ struct PlaneCircle {
 };
 SA_INLINE PlaneCircle planeCircle(double s11, double s22, double s12) {
   const double h = (s11 - s22) * 0.5, length = __builtin_sqrt(s12 * s12 + h * h), radius = h < 0.0 ? -length : length;
-  return {h, radius, __builtin_fabs(radius) <= kTiny};
+  return {h, radius, __builtin_fabs(radius) <= vm::kSmallestNormal};
 }
 
 // Cosine and sine of the rotation into principal axes, and the sine of twice its angle.

@@ -7,21 +7,29 @@
 namespace sa {
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+// put(scaled) with whether values have to be brought to the scale of their tensors as a compile-time constant.
+SA_INLINE void putValues(bool isScaled, auto put) {
+  if (isScaled)
+    put(std::true_type{});
+  else
+    put(std::false_type{});
+}
 
 template <class Points>
 SA_INLINE void principalS33(Points point, int n, int64_t nblock, const double* S, double* P, double* V) {
   JacobiScratch<true> w;
   jacobi<BoundedRotation>(n, w, loadS33(point, nblock, S, w), [=](int count, const int* finished, auto& done) SA_POINT {
-    for (int j = 0; j < count; ++j) {
-      const int f = finished[j], place = done.place[f], k = point(place);
-      const bool bad = spoiled(done.a11[f], done.a22[f], done.a33[f]) != 0.0;
-      const double back = done.back[place];
-      P[k] = bad ? kNaN : done.a11[f] * back;
-      P[k + nblock] = bad ? kNaN : done.a22[f] * back;
-      P[k + 2 * nblock] = bad ? kNaN : done.a33[f] * back;
-      for (int d = 0; d < 9; ++d) V[k + d * nblock] = bad ? kNaN : done.v[d][f];
-    }
+    putValues(done.isScaled, [=, &done](auto scaled) SA_POINT {
+      for (int j = 0; j < count; ++j) {
+        const int f = finished[j], place = done.place[f], k = point(place);
+        const bool bad = spoiled(done.a11[f], done.a22[f], done.a33[f]) != 0.0;
+        const double back = scaled ? done.back[place] : 1.0;
+        P[k] = bad ? vm::kNaN : done.a11[f] * back;
+        P[k + nblock] = bad ? vm::kNaN : done.a22[f] * back;
+        P[k + 2 * nblock] = bad ? vm::kNaN : done.a33[f] * back;
+        for (int d = 0; d < 9; ++d) V[k + d * nblock] = bad ? vm::kNaN : done.v[d][f];
+      }
+    });
   });
 }
 
@@ -29,22 +37,24 @@ template <class Points>
 SA_INLINE void sortedValuesS33(Points point, int n, int64_t nblock, const double* S, double* P) {
   JacobiScratch<false> w;
   jacobi<ClassicRotation>(n, w, loadS33(point, nblock, S, w), [=](int count, const int* finished, auto& done) SA_POINT {
-    for (int j = 0; j < count; ++j) {
-      // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.Assign): the first count entries are there
-      const int f = finished[j], place = done.place[f], k = point(place);
-      const double d1 = done.a11[f], d2 = done.a22[f], d3 = done.a33[f];
-      const bool bad = spoiled(d1, d2, d3) != 0.0;
-      const double back = done.back[place];
-      const double d12 = d1 > d2 ? d1 : d2, largest = d12 > d3 ? d12 : d3;
-      // the pair that is left when the largest is taken away; of equal ones the last is taken
-      double x = d1, y = d2;
-      if (__builtin_fabs(largest - d1) <= kTiny) x = d2, y = d3;
-      if (__builtin_fabs(largest - d2) <= kTiny) x = d1, y = d3;
-      if (__builtin_fabs(largest - d3) <= kTiny) x = d1, y = d2;
-      P[k] = bad ? kNaN : (x < y ? x : y) * back;
-      P[k + nblock] = bad ? kNaN : (x < y ? y : x) * back;
-      P[k + 2 * nblock] = bad ? kNaN : largest * back;
-    }
+    putValues(done.isScaled, [=, &done](auto scaled) SA_POINT {
+      for (int j = 0; j < count; ++j) {
+        // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.Assign): the first count entries are there
+        const int f = finished[j], place = done.place[f], k = point(place);
+        const double d1 = done.a11[f], d2 = done.a22[f], d3 = done.a33[f];
+        const bool bad = spoiled(d1, d2, d3) != 0.0;
+        const double back = scaled ? done.back[place] : 1.0;
+        const double d12 = d1 > d2 ? d1 : d2, largest = d12 > d3 ? d12 : d3;
+        // the pair that remains without the largest; of equal ones the last counts as the largest
+        double x = d1, y = d2;
+        if (__builtin_fabs(largest - d1) <= vm::kSmallestNormal) x = d2, y = d3;
+        if (__builtin_fabs(largest - d2) <= vm::kSmallestNormal) x = d1, y = d3;
+        if (__builtin_fabs(largest - d3) <= vm::kSmallestNormal) x = d1, y = d2;
+        P[k] = bad ? vm::kNaN : (x < y ? x : y) * back;
+        P[k + nblock] = bad ? vm::kNaN : (x < y ? y : x) * back;
+        P[k + 2 * nblock] = bad ? vm::kNaN : largest * back;
+      }
+    });
   });
 }
 

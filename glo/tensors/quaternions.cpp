@@ -3,8 +3,8 @@
 // A spatial quaternion is x, y, z, w, the scalar last; a plane one, about axis 3, keeps z and w.
 #include "glo.h"
 #include "glo/kernel/kernel.h"
-#include "glo/tensors/quaternion.h"
 #include "glo/kernel/vmath.h"
+#include "glo/tensors/quaternion.h"
 
 namespace sa {
 namespace {

@@ -1,9 +1,11 @@
 // Exact scaling by powers of two.  A formula whose squares or sums would overflow, or whose products would sink into the
-// subnormal numbers, takes its data times `factor` and gives its results times `back`.  Ordinary data have the factor 1, so
-// that they keep their bits; what is not finite stays so.
+// subnormal numbers, takes its data times `factor` and multiplies its results by `back`.  Ordinary data have the factor 1, so
+// that they keep their bits; infinities and NaN stay what they are.
 #pragma once
 
 #include "glo/kernel/vmath.h"
+
+#include <type_traits>
 
 namespace sa {
 
@@ -25,6 +27,24 @@ SA_INLINE Scale scaleForSums(double largest) {
 SA_INLINE Scale scaleForSquares(double largest) {
   const bool tiny = largest<0x1p-500, huge = largest> 0x1p+500;
   return {tiny ? 0x1p+600 : (huge ? 0x1p-520 : 1.0), tiny ? 0x1p-600 : (huge ? 0x1p+520 : 1.0)};
+}
+
+// 1 where scaling changes a result: outside the ordinary range of sums, or of squares, and not zero.
+SA_INLINE uint64_t isBeyondSums(double largest) {
+  return static_cast<uint64_t>((largest < 0x1p-500) & (largest > 0.0)) | static_cast<uint64_t>(largest > 0x1p+1019);
+}
+SA_INLINE uint64_t isBeyondSquares(double largest) {
+  return static_cast<uint64_t>((largest < 0x1p-500) & (largest > 0.0)) | static_cast<uint64_t>(largest > 0x1p+500);
+}
+
+// body(scaled, i) for the points i = 0 .. n - 1: without scaling first, where body returns 1 for a point that needs it, and
+// once more with scaling if any does.  Both ways give an ordinary point the same bits.
+template <class Body>
+SA_INLINE void forPointsOfAnyScale(int n, Body body) {
+  uint64_t beyond = 0;
+#pragma omp simd reduction(| : beyond)
+  for (int i = 0; i < n; ++i) beyond |= body(std::false_type{}, i);
+  if (beyond != 0) forPoints(n, [=](int i) SA_POINT { body(std::true_type{}, i); });
 }
 
 // 0 where all three are finite, else NaN.

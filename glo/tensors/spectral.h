@@ -7,7 +7,7 @@
 
 namespace sa {
 
-// Diagonalises what load(i) leaves in the scratch `w` for the n points of a piece; done.a11, a22, a33 times done.back are the
+// Diagonalises what load(i) leaves in the scratch `w` for the n points of a piece; done.a11, a22, a33 times w.back are the
 // values and done.v[3*b + a] component a of direction b of point i of the piece.
 template <bool kDirections, class Load>
 SA_INLINE void diagonalise(int n, JacobiScratch<kDirections>& w, JacobiScratch<kDirections>& done, Load load) {
@@ -20,21 +20,21 @@ SA_INLINE void diagonalise(int n, JacobiScratch<kDirections>& w, JacobiScratch<k
     if constexpr (kDirections)
       for (int d = 0; d < 9; ++d) keep(from.v[d], done.v[d]);
   });
-  forPoints(n, [&w, &done](int i) SA_POINT { done.back[i] = w.back[i]; });
 }
 
 // Brings the values to the scale of their tensors.
 template <bool kDirections>
-SA_INLINE void unscale(int n, JacobiScratch<kDirections>& done) {
-  forPoints(n, [&done](int i) SA_POINT {
-    done.a11[i] *= done.back[i];
-    done.a22[i] *= done.back[i];
-    done.a33[i] *= done.back[i];
+SA_INLINE void unscale(int n, const JacobiScratch<kDirections>& w, JacobiScratch<kDirections>& done) {
+  if (!w.isScaled) return;
+  forPoints(n, [&w, &done](int i) SA_POINT {
+    done.a11[i] *= w.back[i];
+    done.a22[i] *= w.back[i];
+    done.a33[i] *= w.back[i];
   });
 }
 
 // diagonalise for tensors that may be near the identity: there the values are those of S - 1, whose direct components are exact
-// differences, so that they keep the digits that 1 + small loses.  The value itself is shift + done.a11 times done.back and so
+// differences, so that they keep the digits that 1 + small loses.  The value itself is shift + done.a11 times w.back and so
 // on.
 template <bool kDirections, class Load>
 SA_INLINE void diagonaliseAboutOne(int n, JacobiScratch<kDirections>& w, JacobiScratch<kDirections>& done,

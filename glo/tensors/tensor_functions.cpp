@@ -1,13 +1,11 @@
 // Functions of symmetric tensors through their principal values.
 #include "glo.h"
+#include "glo/kernel/vmath.h"
 #include "glo/tensors/principal.h"
 #include "glo/tensors/spectral.h"
-#include "glo/kernel/vmath.h"
 
 namespace sa {
 namespace {
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 // ln of a principal value of point i, x and `shift` as diagonaliseAboutOne leaves them.  A value that was scaled by 2^600 or
 // 2^-4 (glo/tensors/scale.h) may have lost digits at its own scale: its logarithm is corrected by 600 or 4 ln 2 instead.
@@ -25,14 +23,15 @@ SA_KERNEL(GLO_UTI_SQRTV, (const int32_t* nblock, const double* S, double* V), (n
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     JacobiScratch<true> w, done;
     diagonalise(n, w, done, loadS33(AllPoints{n, start}, N, S, w));
-    forPoints(n, [=, &done](int i) SA_POINT {
+    if (w.isScaled) forPoints(n, [&w](int i) SA_POINT { w.back[i] = __builtin_sqrt(w.back[i]); }); // even powers of 2
+    forPoints(n, [=, &w, &done](int i) SA_POINT {
       const double l1 = done.a11[i], l2 = done.a22[i], l3 = done.a33[i];
       const double l12 = l1 > l2 ? l1 : l2, largest = l12 > l3 ? l12 : l3, lowest = -kRounding * largest;
       const bool bad = spoiled(l1, l2, l3) != 0.0 || l1 < lowest || l2 < lowest || l3 < lowest;
-      const double back = __builtin_sqrt(done.back[i]); // an even power of two
-      const double r1 = bad ? kNaN : __builtin_sqrt(l1 > 0.0 ? l1 : 0.0) * back;
-      const double r2 = bad ? kNaN : __builtin_sqrt(l2 > 0.0 ? l2 : 0.0) * back;
-      const double r3 = bad ? kNaN : __builtin_sqrt(l3 > 0.0 ? l3 : 0.0) * back;
+      const double back = w.back[i];
+      const double r1 = bad ? vm::kNaN : __builtin_sqrt(l1 > 0.0 ? l1 : 0.0) * back;
+      const double r2 = bad ? vm::kNaN : __builtin_sqrt(l2 > 0.0 ? l2 : 0.0) * back;
+      const double r3 = bad ? vm::kNaN : __builtin_sqrt(l3 > 0.0 ? l3 : 0.0) * back;
       compose(done, i, r1, r2, r3, V, N, start + i);
     });
   });
@@ -44,14 +43,17 @@ SA_KERNEL(GLO_UTI_LOGV, (const int32_t* nblock, const double* S, double* L), (nb
     JacobiScratch<true> w, done;
     double shift[kScratchPoints];
     diagonaliseAboutOne(n, w, done, shift, loadS33(AllPoints{n, start}, N, S, w));
-    const auto logarithms = [n, &shift, &done](double(&x)[kScratchPoints]) SA_POINT {
-      forPoints(n, [&x, &shift, &done](int i) SA_POINT { x[i] = logOfValue(x[i], shift[i], done.back[i]); });
+    const auto logarithms = [n, &shift, &w](double(&x)[kScratchPoints]) SA_POINT {
+      if (w.isScaled)
+        forPoints(n, [&x, &shift, &w](int i) SA_POINT { x[i] = logOfValue(x[i], shift[i], w.back[i]); });
+      else
+        forPoints(n, [&x, &shift](int i) SA_POINT { x[i] = logAboutOne(x[i], shift[i]); });
     };
     logarithms(done.a11), logarithms(done.a22), logarithms(done.a33);
     forPoints(n, [=, &done](int i) SA_POINT {
       const double l1 = done.a11[i], l2 = done.a22[i], l3 = done.a33[i];
       const bool bad = spoiled(l1, l2, l3) != 0.0;
-      compose(done, i, bad ? kNaN : l1, bad ? kNaN : l2, bad ? kNaN : l3, L, N, start + i);
+      compose(done, i, bad ? vm::kNaN : l1, bad ? vm::kNaN : l2, bad ? vm::kNaN : l3, L, N, start + i);
     });
   });
 }
@@ -67,17 +69,18 @@ SA_KERNEL(GLO_UTI_EXPS31, (const int32_t* nblock, const double* S, double* E), (
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     double half[kScratchPoints], radius[kScratchPoints], third[kScratchPoints];
     double growing[kScratchPoints], falling[kScratchPoints]; // half a and half b, then the roots of their exponentials
-    forPoints(n, [=, &half, &radius, &growing, &falling](int i) SA_POINT {
+    forPointsOfAnyScale(n, [=, &half, &radius, &growing, &falling](auto scaled, int i) SA_POINT {
       const int k = start + i;
       const double s11 = S[k], s22 = S[k + N], s12 = S[k + 3 * N];
-      const double mean = 0.5 * s11 + 0.5 * s22, h = 0.5 * s11 - 0.5 * s22;
-      const Scale scale = scaleForSquares(magnitude(h, s12));
+      const double mean = 0.5 * s11 + 0.5 * s22, h = 0.5 * s11 - 0.5 * s22, largest = magnitude(h, s12);
+      const Scale scale = scaled ? scaleForSquares(largest) : Scale{1.0, 1.0};
       const double x = h * scale.factor, y = s12 * scale.factor, r = __builtin_sqrt(x * x + y * y) * scale.back;
       const bool diagonal = s12 == 0.0;
       half[i] = h;
       radius[i] = r;
       growing[i] = 0.5 * (diagonal ? vm::max(s11, s22) : mean + r);
       falling[i] = 0.5 * (diagonal ? vm::min(s11, s22) : mean - r);
+      return isBeyondSquares(largest);
     });
     forPoints(n, [&growing](int i) SA_POINT { growing[i] = vm::exp(growing[i]); });
     forPoints(n, [&falling](int i) SA_POINT { falling[i] = vm::exp(falling[i]); });

@@ -7,8 +7,6 @@
 
 namespace sa {
 
-constexpr double kTiny = 2.2250738585072014e-308; // the smallest normal double
-
 // What the passes of the trigonometric solution hand on.
 struct TrigonometricScratch {
   double mean[kScratchPoints], radius[kScratchPoints]; // of the tensor scaled by its largest component
@@ -32,7 +30,7 @@ SA_INLINE void trigonometricValues(Points point, int n, Load load, int64_t nbloc
     const double direct = vm::max(vm::max(__builtin_fabs(s11), __builtin_fabs(s22)), __builtin_fabs(s33));
     const double shear = vm::max(vm::max(__builtin_fabs(s12), __builtin_fabs(s23)), __builtin_fabs(s13));
     const double largest = vm::max(direct, shear);
-    const bool nothing = largest <= kTiny;
+    const bool nothing = largest <= vm::kSmallestNormal;
     const double f = nothing ? 0.0 : 1.0 / (largest + (nothing ? 1.0 : 0.0));
 
     const double b11 = f * s11, b22 = f * s22, b33 = f * s33, b12 = f * s12, b23 = f * s23, b13 = f * s13;
@@ -57,7 +55,7 @@ SA_INLINE void trigonometricValues(Points point, int n, Load load, int64_t nbloc
   forPoints(n, [=, &w](int i) SA_POINT { w.k1[i] = vm::cos(w.angle[i]); });
   forPoints(n, [=, &w](int i) SA_POINT { w.k2[i] = vm::cos(w.angle[i] + 2.094395102393195); });
   forPoints(n, [=, &w](int i) SA_POINT {
-    // At both ends two values are equal and the angle is lost in rounding.
+    // At x = 1 and -1 two values coincide and acos loses all digits: they are set exactly.
     const bool upper = w.x[i] >= 0.9999999999999999, lower = w.x[i] <= -0.9999999999999999;
     const double k1 = upper ? -0.5 : (lower ? -1.0 : w.k1[i]);
     const double k2 = upper ? -0.5 : (lower ? 0.5 : w.k2[i]);

@@ -124,7 +124,7 @@ SA_INLINE void stretchStrain(int n, int selector, int64_t ldC, const double* C, 
   JacobiScratch<true> scratch, done;
   double shift[kScratchPoints];
   diagonaliseAboutOne(n, scratch, done, shift, loadS33(AllPoints{n}, ldC, C, scratch));
-  unscale(n, done);
+  unscale(n, scratch, done);
   const auto apply = [n, &done, &shift](auto measure) SA_POINT {
     const auto values = [n, &shift, measure](double(&x)[kScratchPoints]) SA_POINT {
       forPoints(n, [&x, &shift, measure](int i) SA_POINT { x[i] = measure(x[i], shift[i]); });
@@ -161,8 +161,8 @@ SA_INLINE void strainOutput(int n, int selector, bool hasStretch, int64_t ld, co
 SA_INLINE void sortedValues(int n, int64_t ld, const double* S, double* P) {
   JacobiScratch<false> scratch, done;
   diagonalise(n, scratch, done, loadS33(AllPoints{n}, ld, S, scratch));
-  forPoints(n, [=, &done](int i) SA_POINT {
-    const double a = done.a11[i], b = done.a22[i], c = done.a33[i], bad = spoiled(a, b, c), back = done.back[i];
+  forPoints(n, [=, &scratch, &done](int i) SA_POINT {
+    const double a = done.a11[i], b = done.a22[i], c = done.a33[i], bad = spoiled(a, b, c), back = scratch.back[i];
     const double high = vm::max(a, b), low = vm::min(a, b);
     P[i] = vm::max(high, c) * back + bad;
     P[i + ld] = vm::max(low, vm::min(high, c)) * back + bad;

@@ -17,7 +17,7 @@ struct PlaneCosines { // 11 22 12 21
   SA_INLINE static Q convert(const double* m, int64_t n, int64_t k) {
     const double v1 = m[k], v2 = m[k + n], v3 = m[k + 2 * n], v4 = m[k + 3 * n];
     const double s = (0.0 - v1 - v2) * 0.25 + 0.5;
-    const bool none = s <= kTiny;
+    const bool none = s <= vm::kSmallestNormal;
     const double z = __builtin_sqrt(none ? 1.0 : s), w = (v4 - v3) / (4.0 * z);
     return {none ? 0.0 : z, none ? 1.0 : w};
   }
@@ -34,7 +34,7 @@ struct SpatialCosines { // 11 22 33 12 23 31 21 32 13
     // ties go to 3, then to 2
     const bool is3 = d == a3, is2 = !is3 && d == a2;
     const double s = (1.0 - a1 - a2 - a3) * 0.25 + d * 0.5;
-    const bool none = s <= kTiny;
+    const bool none = s <= vm::kSmallestNormal;
     const double r = __builtin_sqrt(none ? 1.0 : s), f = 1.0 / (4.0 * r);
     const double xy = (a4 + a7) * f, xz = (a6 + a9) * f, yz = (a8 + a5) * f;
     const double x = is3 ? xz : is2 ? xy : r, y = is3 ? yz : is2 ? r : xy, z = is3 ? r : is2 ? yz : xz;
