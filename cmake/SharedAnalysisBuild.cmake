@@ -12,6 +12,7 @@ endif()
 add_library(sa_numerics INTERFACE)
 target_compile_options(sa_numerics INTERFACE
   -ffp-contract=off -fno-math-errno -fno-trapping-math -fopenmp-simd)
+target_include_directories(sa_numerics INTERFACE ${CMAKE_BINARY_DIR}/generated) # what is written from the headers
 
 if(SA_SANITIZE)
   add_compile_options(-fsanitize=${SA_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)

@@ -4,6 +4,7 @@
 //   sa_interface table PAGE HEADERS...       holds a page's table of families against the headers; --write brings it up to date
 //   sa_interface version-script HEADERS...   the linker's version script
 //   sa_interface registry HEADERS...         a C++ table of all routines and arguments
+//   sa_interface arguments HEADERS...        macros with the argument lists without types, for the definitions of kernels
 //   sa_interface symbols LIB HEADERS...      holds the exported symbols of a library against the headers
 //   sa_interface exported LIB                the exported symbols of a library with their versions, sorted
 //   sa_interface keeps LIB LIST              whether a library still exports all of such a list
@@ -573,6 +574,16 @@ void writeRegistry(const Interface& interface) {
   }
 }
 
+void writeArguments(const Interface& interface) {
+  std::cout << "// Written from the headers: the arguments of each routine, without types.\n#pragma once\n";
+  for (const Routine& routine : interface.routines) {
+    std::cout << "#define SA_ARGUMENTS_" << routine.name << " (";
+    for (std::size_t k = 0; k < routine.arguments.size(); ++k)
+      std::cout << (k == 0 ? "" : ", ") << routine.arguments[k].name;
+    std::cout << ")\n";
+  }
+}
+
 // The dynamic symbols that a library defines, with their versions; throws when nm cannot tell.
 std::map<std::string, std::string> exportedSymbols(const std::string& library) {
   const std::string command = "nm -D --defined-only '" + library + "'";
@@ -673,9 +684,9 @@ int run(std::vector<std::string> words) {
     return findings == 0 ? 0 : 1;
   }
   const std::size_t firstHeader = command == "symbols" || command == "table" ? 2 : 1;
-  static const std::set<std::string> kCommands = {"check", "version-script", "registry", "symbols", "table"};
+  static const std::set<std::string> kCommands = {"check", "version-script", "registry", "arguments", "symbols", "table"};
   if (kCommands.count(command) == 0 || words.size() <= firstHeader) {
-    std::cerr << "usage: sa_interface check|version-script|registry HEADERS...\n"
+    std::cerr << "usage: sa_interface check|version-script|registry|arguments HEADERS...\n"
                  "       sa_interface symbols LIB HEADERS...\n"
                  "       sa_interface exported LIB\n"
                  "       sa_interface keeps LIB LIST\n"
@@ -687,6 +698,7 @@ int run(std::vector<std::string> words) {
   if (command == "check") check(interface);
   if (findings == 0 && command == "version-script") writeVersionScript(interface);
   if (findings == 0 && command == "registry") writeRegistry(interface);
+  if (findings == 0 && command == "arguments") writeArguments(interface);
   if (command == "symbols") compareSymbols(words[1], interface);
   if (command == "table") compareTable(words[1], interface, isWritten);
   if (findings == 0 && (command == "check" || command == "symbols"))

@@ -1,7 +1,7 @@
 // Names of procedures, the version banner, and the flush of the standard streams.
 #include "glo.h"
-#include "glo/kernel/kernel.h"
 #include "glo/frame/text.h"
+#include "glo/kernel/kernel.h"
 #include "host_services.h"
 #include "kprC_Step.h"
 #include "utl_Version.h"

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "glo/kernel/arithmetic.h"
+#include "kernel_arguments.h" // written from the headers
 
 #include <cstdint>
 
@@ -18,24 +19,25 @@
 #endif
 
 // A kernel is a static body that is cloned and a thin exported wrapper: one compiler exports a clone under another name, and
-// the dispatch must not show at the boundary.  `parameters` and `arguments` are the same list with and without types:
-//   SA_KERNEL(GLO_UTI_X, (const int32_t* n, double* x), (n, x)) { forPoints(*n, [=](int i) SA_POINT { ... }); }
-#define SA_KERNEL(name, parameters, arguments)                                                                         \
+// the dispatch must not show at the boundary.  The parameters have the names of the declaration, from which the interface tool
+// writes SA_ARGUMENTS_GLO_UTI_X, the same list without types:
+//   SA_KERNEL(GLO_UTI_X, (const int32_t* n, double* x)) { forPoints(*n, [=](int i) SA_POINT { ... }); }
+#define SA_KERNEL(name, parameters)                                                                                    \
   SA_CLONES                                                                                                            \
   static void name##_clones parameters;                                                                                \
   SA_EXPORT void name parameters {                                                                                     \
     const sa::OwnArithmetic arithmetic;                                                                                \
-    name##_clones arguments;                                                                                           \
+    name##_clones SA_ARGUMENTS_##name;                                                                                 \
   }                                                                                                                    \
   SA_CLONES                                                                                                            \
   static void name##_clones parameters
 
 // A kernel that only moves bits: no operation of it looks at the floating-point environment or raises a flag, so that it is
 // spared the guard, which would cost a short copy a sixth of its time.
-#define SA_MOVE(name, parameters, arguments)                                                                           \
+#define SA_MOVE(name, parameters)                                                                                      \
   SA_CLONES                                                                                                            \
   static void name##_clones parameters;                                                                                \
-  SA_EXPORT void name parameters { name##_clones arguments; }                                                          \
+  SA_EXPORT void name parameters { name##_clones SA_ARGUMENTS_##name; }                                                \
   SA_CLONES                                                                                                            \
   static void name##_clones parameters
 

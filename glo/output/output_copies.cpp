@@ -77,8 +77,6 @@ SA_INLINE void copyRecords(Walk walk, Values values, Directions directions, Reco
 #define SA_RECORDS const int32_t *ldp, const int32_t *ldq, double *P, double *Q
 #define SA_WHOLE const int32_t *nblock, int32_t *cursor, const double *S
 #define SA_SET const int32_t *nblock, SA_BLOCK_PLACE, const int32_t *set, int32_t *cursor, const double *S
-#define SA_WHOLE_NAMES nblock, cursor, S
-#define SA_SET_NAMES nblock, SA_BLOCK_PLACE_NAMES, set, cursor, S
 
 #define SA_WHOLE_BLOCK (Walk{AllPoints{*nblock}, cursor})
 #define SA_ELEMENT_SET (Walk{SetMembers{*nblock, SA_ELEMENTS_BEFORE, set, *last}, cursor})
@@ -87,20 +85,17 @@ SA_INLINE void copyRecords(Walk walk, Values values, Directions directions, Reco
 
 // Copies of n values, in global axes and in the axes of plane and spatial orientations.
 #define SA_ORIENTED_COPIES(n, suffix, reals)                                                                           \
-  SA_KERNEL(GLO_UTI_ODBDIRCOPY##n##MULT##suffix, (SA_WHOLE, const double* O, SA_RECORDS),                              \
-            (SA_WHOLE_NAMES, O, ldp, ldq, P, Q)) {                                                                     \
+  SA_KERNEL(GLO_UTI_ODBDIRCOPY##n##MULT##suffix, (SA_WHOLE, const double* O, SA_RECORDS)) {                            \
     copyRecords(SA_WHOLE_BLOCK, FromBlock<n>{S}, FromBlock<reals>{O}, SA_P, SA_Q);                                     \
   }                                                                                                                    \
-  SA_KERNEL(GLO_UTI_ODBDIRCOPY##n##EMULT##suffix, (SA_SET, const double* O, SA_RECORDS, const int32_t* last),          \
-            (SA_SET_NAMES, O, ldp, ldq, P, Q, last)) {                                                                 \
+  SA_KERNEL(GLO_UTI_ODBDIRCOPY##n##EMULT##suffix, (SA_SET, const double* O, SA_RECORDS, const int32_t* last)) {        \
     copyRecords(SA_ELEMENT_SET, FromBlock<n>{S}, FromBlock<reals>{O}, SA_P, SA_Q);                                     \
   }
 #define SA_DIRECTIONAL_COPIES(n, Identity)                                                                             \
-  SA_KERNEL(GLO_UTI_ODBDIRCOPY##n, (SA_WHOLE, SA_RECORDS), (SA_WHOLE_NAMES, ldp, ldq, P, Q)) {                         \
+  SA_KERNEL(GLO_UTI_ODBDIRCOPY##n, (SA_WHOLE, SA_RECORDS)) {                                                           \
     copyRecords(SA_WHOLE_BLOCK, FromBlock<n>{S}, Identity{}, SA_P, SA_Q);                                              \
   }                                                                                                                    \
-  SA_KERNEL(GLO_UTI_ODBDIRCOPY##n##ELSET, (SA_SET, SA_RECORDS, const int32_t* last),                                   \
-            (SA_SET_NAMES, ldp, ldq, P, Q, last)) {                                                                    \
+  SA_KERNEL(GLO_UTI_ODBDIRCOPY##n##ELSET, (SA_SET, SA_RECORDS, const int32_t* last)) {                                 \
     copyRecords(SA_ELEMENT_SET, FromBlock<n>{S}, Identity{}, SA_P, SA_Q);                                              \
   }                                                                                                                    \
   SA_ORIENTED_COPIES(n, 2D, 2)                                                                                         \
@@ -113,25 +108,19 @@ SA_DIRECTIONAL_COPIES(3, SpatialIdentity)
 // One array of records, for sets and whole blocks; the members for general records share the bodies.
 #define SA_PLAIN_WHOLE (SA_WHOLE, const int32_t* ldp, double* P)
 #define SA_PLAIN_SET (SA_SET, const int32_t* ldp, double* P, const int32_t* last)
-#define SA_PLAIN_WHOLE_NAMES (SA_WHOLE_NAMES, ldp, P)
-#define SA_PLAIN_SET_NAMES (SA_SET_NAMES, ldp, P, last)
 
-SA_KERNEL(GLO_UTI_ODBDIRCOPYSCALARELSET, SA_PLAIN_SET, SA_PLAIN_SET_NAMES) {
-  copyRecords(SA_ELEMENT_SET, FromBlock<1>{S}, SA_P);
-}
-SA_SAME_KERNEL(GLO_UTI_ODBGENDIRCPSCALARELSET, GLO_UTI_ODBDIRCOPYSCALARELSET, SA_PLAIN_SET, SA_PLAIN_SET_NAMES)
+SA_KERNEL(GLO_UTI_ODBDIRCOPYSCALARELSET, SA_PLAIN_SET) { copyRecords(SA_ELEMENT_SET, FromBlock<1>{S}, SA_P); }
+SA_SAME_KERNEL(GLO_UTI_ODBGENDIRCPSCALARELSET, GLO_UTI_ODBDIRCOPYSCALARELSET, SA_PLAIN_SET)
 
 #define SA_STRAINS(dimension, components)                                                                              \
-  SA_KERNEL(GLO_UTI_ODB##dimension##STRAIN, SA_PLAIN_WHOLE, SA_PLAIN_WHOLE_NAMES) {                                    \
+  SA_KERNEL(GLO_UTI_ODB##dimension##STRAIN, SA_PLAIN_WHOLE) {                                                          \
     copyRecords(SA_WHOLE_BLOCK, EngineeringStrain<components, 3>{S}, SA_P);                                            \
   }                                                                                                                    \
-  SA_KERNEL(GLO_UTI_ODB##dimension##STRAINELSET, SA_PLAIN_SET, SA_PLAIN_SET_NAMES) {                                   \
+  SA_KERNEL(GLO_UTI_ODB##dimension##STRAINELSET, SA_PLAIN_SET) {                                                       \
     copyRecords(SA_ELEMENT_SET, EngineeringStrain<components, 3>{S}, SA_P);                                            \
   }                                                                                                                    \
-  SA_SAME_KERNEL(GLO_UTI_ODBGEN##dimension##STRAIN, GLO_UTI_ODB##dimension##STRAIN, SA_PLAIN_WHOLE,                    \
-                 SA_PLAIN_WHOLE_NAMES)                                                                                 \
-  SA_SAME_KERNEL(GLO_UTI_ODBGEN##dimension##STRAINELSET, GLO_UTI_ODB##dimension##STRAINELSET, SA_PLAIN_SET,            \
-                 SA_PLAIN_SET_NAMES)
+  SA_SAME_KERNEL(GLO_UTI_ODBGEN##dimension##STRAIN, GLO_UTI_ODB##dimension##STRAIN, SA_PLAIN_WHOLE)                    \
+  SA_SAME_KERNEL(GLO_UTI_ODBGEN##dimension##STRAINELSET, GLO_UTI_ODB##dimension##STRAINELSET, SA_PLAIN_SET)
 SA_STRAINS(2D, 4)
 SA_STRAINS(3D, 6)
 

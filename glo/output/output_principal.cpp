@@ -191,35 +191,30 @@ SA_INLINE void principalRecords(Walk walk, const double* S, const Records& out, 
   (const int32_t* nblock, SA_BLOCK_PLACE, const int32_t* set, int32_t* cursor, const double* S, const double* O,       \
    SA_RECORDS, const int32_t* last)
 
-#define SA_QUAT_NAMES (nblock, cursor, S, ldp, ldq, P, Q)
-#define SA_MULT_NAMES (nblock, cursor, S, O, ldp, ldq, P, Q)
-#define SA_ELSET_NAMES (nblock, SA_BLOCK_PLACE_NAMES, set, cursor, S, ldp, ldq, P, Q, last)
-#define SA_EMULT_NAMES (nblock, SA_BLOCK_PLACE_NAMES, set, cursor, S, O, ldp, ldq, P, Q, last)
-
 #define SA_WHOLE_BLOCK (Walk{AllPoints{*nblock}, cursor})
 #define SA_ELEMENT_SET (Walk{SetMembers{*nblock, SA_ELEMENTS_BEFORE, set, *last}, cursor})
 
 // The four forms of a code.
 #define SA_PRINCIPAL_OUTPUT(code, Scratch)                                                                             \
-  SA_KERNEL(GLO_UTI_ODBPRINC##code##QUAT, SA_QUAT, SA_QUAT_NAMES) {                                                    \
+  SA_KERNEL(GLO_UTI_ODBPRINC##code##QUAT, SA_QUAT) {                                                                   \
     principalRecords<Scratch>(SA_WHOLE_BLOCK, S, {ldp, ldq, P, Q}, InGlobalAxes{});                                    \
   }                                                                                                                    \
-  SA_KERNEL(GLO_UTI_ODBPRINC##code##QUATELSET, SA_ELSET, SA_ELSET_NAMES) {                                             \
+  SA_KERNEL(GLO_UTI_ODBPRINC##code##QUATELSET, SA_ELSET) {                                                             \
     principalRecords<Scratch>(SA_ELEMENT_SET, S, {ldp, ldq, P, Q}, InGlobalAxes{});                                    \
   }                                                                                                                    \
-  SA_KERNEL(GLO_UTI_ODBPRINC##code##QUATMULT, SA_MULT, SA_MULT_NAMES) {                                                \
+  SA_KERNEL(GLO_UTI_ODBPRINC##code##QUATMULT, SA_MULT) {                                                               \
     principalRecords<Scratch>(SA_WHOLE_BLOCK, S, {ldp, ldq, P, Q}, InOrientedAxes{O});                                 \
   }                                                                                                                    \
-  SA_KERNEL(GLO_UTI_ODBPRINC##code##QUATEMULT, SA_EMULT, SA_EMULT_NAMES) {                                             \
+  SA_KERNEL(GLO_UTI_ODBPRINC##code##QUATEMULT, SA_EMULT) {                                                             \
     principalRecords<Scratch>(SA_ELEMENT_SET, S, {ldp, ldq, P, Q}, InOrientedAxes{O});                                 \
   }
 
 // Records of a general output are filled in the same way.
 #define SA_GENERAL_PRINCIPAL_OUTPUT(code)                                                                              \
-  SA_SAME_KERNEL(GLO_UTI_ODBGENPRINC##code##QUAT, GLO_UTI_ODBPRINC##code##QUAT, SA_QUAT, SA_QUAT_NAMES)                \
-  SA_SAME_KERNEL(GLO_UTI_ODBGENPRINC##code##QUATELSET, GLO_UTI_ODBPRINC##code##QUATELSET, SA_ELSET, SA_ELSET_NAMES)    \
-  SA_SAME_KERNEL(GLO_UTI_ODBGENPRINC##code##QUATMULT, GLO_UTI_ODBPRINC##code##QUATMULT, SA_MULT, SA_MULT_NAMES)        \
-  SA_SAME_KERNEL(GLO_UTI_ODBGENPRINC##code##QUATEMULT, GLO_UTI_ODBPRINC##code##QUATEMULT, SA_EMULT, SA_EMULT_NAMES)
+  SA_SAME_KERNEL(GLO_UTI_ODBGENPRINC##code##QUAT, GLO_UTI_ODBPRINC##code##QUAT, SA_QUAT)                               \
+  SA_SAME_KERNEL(GLO_UTI_ODBGENPRINC##code##QUATELSET, GLO_UTI_ODBPRINC##code##QUATELSET, SA_ELSET)                    \
+  SA_SAME_KERNEL(GLO_UTI_ODBGENPRINC##code##QUATMULT, GLO_UTI_ODBPRINC##code##QUATMULT, SA_MULT)                       \
+  SA_SAME_KERNEL(GLO_UTI_ODBGENPRINC##code##QUATEMULT, GLO_UTI_ODBPRINC##code##QUATEMULT, SA_EMULT)
 
 SA_PRINCIPAL_OUTPUT(11, PlaneScratch<Code11>)
 SA_PRINCIPAL_OUTPUT(21, PlaneScratch<Code21>)

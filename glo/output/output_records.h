@@ -59,14 +59,13 @@ SA_INLINE void writeRecords(int n, const RecordScratch<kReals>& from, double* ou
 // ---- argument lists
 
 // A second name of a kernel of the same file.
-#define SA_SAME_KERNEL(name, kernel, parameters, arguments)                                                            \
+#define SA_SAME_KERNEL(name, kernel, parameters)                                                                       \
   SA_EXPORT void name parameters {                                                                                     \
     const OwnArithmetic arithmetic;                                                                                    \
-    kernel##_clones arguments;                                                                                         \
+    kernel##_clones SA_ARGUMENTS_##name;                                                                               \
   }
 
 // Where a block stands among the elements that sets name.
 #define SA_BLOCK_PLACE                                                                                                 \
   const int32_t *blockNumber, const int32_t *blockSize, const int32_t *groupNumber, const int32_t *groupSize
-#define SA_BLOCK_PLACE_NAMES blockNumber, blockSize, groupNumber, groupSize
 #define SA_ELEMENTS_BEFORE elementsBefore(blockNumber, blockSize, groupNumber, groupSize)

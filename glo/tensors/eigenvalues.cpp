@@ -271,8 +271,7 @@ SA_PRINCIPAL(GLO_UTI_EIG21V, axesS21)
 SA_VALUES(GLO_UTI_EIG21VECTOR, valuesS21<Order::Increasing>)
 SA_VALUES_LIST(GLO_UTI_EIG21VECTORINDX, valuesS21<Order::Increasing>)
 
-SA_KERNEL(GLO_UTI_GENEIG33, (const int32_t* nblock, const double* A, const double* B, double* P, double* V),
-          (nblock, A, B, P, V)) {
+SA_KERNEL(GLO_UTI_GENEIG33, (const int32_t* nblock, const double* A, const double* B, double* P, double* V)) {
   const int64_t N = *nblock;
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     JacobiScratch<true> w, done;
@@ -289,8 +288,7 @@ SA_KERNEL(GLO_UTI_GENEIG33, (const int32_t* nblock, const double* A, const doubl
   });
 }
 
-SA_KERNEL(GLO_UTI_GENEIG33VECTOR, (const int32_t* nblock, const double* A, const double* B, double* P),
-          (nblock, A, B, P)) {
+SA_KERNEL(GLO_UTI_GENEIG33VECTOR, (const int32_t* nblock, const double* A, const double* B, double* P)) {
   const int64_t N = *nblock;
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     JacobiScratch<false> w, done;

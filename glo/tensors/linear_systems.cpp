@@ -78,24 +78,18 @@ SA_INLINE void solveBlock(int nblock, const double* A, const double* b, double* 
 
 } // namespace
 
-SA_KERNEL(GLO_UTI_DET33, (const int32_t* nblock, const double* S, double* det), (nblock, S, det)) {
-  determinants<S33>(*nblock, S, det);
-}
-SA_KERNEL(GLO_UTI_DET31, (const int32_t* nblock, const double* S, double* det), (nblock, S, det)) {
-  determinants<S31>(*nblock, S, det);
-}
+SA_KERNEL(GLO_UTI_DET33, (const int32_t* nblock, const double* S, double* det)) { determinants<S33>(*nblock, S, det); }
+SA_KERNEL(GLO_UTI_DET31, (const int32_t* nblock, const double* S, double* det)) { determinants<S31>(*nblock, S, det); }
 
 #define SA_SOLVE(name)                                                                                                 \
-  SA_KERNEL(name, (const int32_t* nblock, const double* A, const double* b, double* x, double* singular),              \
-            (nblock, A, b, x, singular)) {                                                                             \
+  SA_KERNEL(name, (const int32_t* nblock, const double* A, const double* b, double* x, double* singular)) {            \
     solveBlock(*nblock, A, b, x, singular);                                                                            \
   }
 SA_SOLVE(GLO_UTI_VSOLVE)
 SA_SOLVE(GLO_UTI_VSOLVEDBL)
 
 // Column by column: the solutions for the unit vectors.
-SA_KERNEL(GLO_UTI_INVERSER, (const int32_t* nblock, const double* A, double* B, double* singular),
-          (nblock, A, B, singular)) {
+SA_KERNEL(GLO_UTI_INVERSER, (const int32_t* nblock, const double* A, double* B, double* singular)) {
   const int64_t N = *nblock;
   for (int column = 0; column < 3; ++column) {
     const double e1 = column == 0 ? 1.0 : 0.0, e2 = column == 1 ? 1.0 : 0.0, e3 = column == 2 ? 1.0 : 0.0;

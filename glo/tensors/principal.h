@@ -43,25 +43,23 @@ SA_INLINE auto loadS33(Points point, int64_t nblock, const double* S, JacobiScra
 
 // The four kinds of member: whole block or list, with directions or values alone.
 #define SA_PRINCIPAL(name, body)                                                                                       \
-  SA_KERNEL(name, (const int32_t* nblock, const double* S, double* P, double* V), (nblock, S, P, V)) {                 \
+  SA_KERNEL(name, (const int32_t* nblock, const double* S, double* P, double* V)) {                                    \
     const int64_t N = *nblock;                                                                                         \
     forBlock(N, [=](auto point, int n) SA_POINT { body(point, n, N, S, P, V); });                                      \
   }
 #define SA_PRINCIPAL_LIST(name, body)                                                                                  \
-  SA_KERNEL(name,                                                                                                      \
-            (const int32_t* nblock, const int32_t* count, const int32_t* list, const double* S, double* P, double* V), \
-            (nblock, count, list, S, P, V)) {                                                                          \
+  SA_KERNEL(name, (const int32_t* nblock, const int32_t* count, const int32_t* list, const double* S, double* P,       \
+                   double* V)) {                                                                                       \
     const int64_t N = *nblock;                                                                                         \
     forList(N, *count, list, [=](auto point, int n) SA_POINT { body(point, n, N, S, P, V); });                         \
   }
 #define SA_VALUES(name, body)                                                                                          \
-  SA_KERNEL(name, (const int32_t* nblock, const double* S, double* P), (nblock, S, P)) {                               \
+  SA_KERNEL(name, (const int32_t* nblock, const double* S, double* P)) {                                               \
     const int64_t N = *nblock;                                                                                         \
     forBlock(N, [=](auto point, int n) SA_POINT { body(point, n, N, S, P); });                                         \
   }
 #define SA_VALUES_LIST(name, body)                                                                                     \
-  SA_KERNEL(name, (const int32_t* nblock, const int32_t* count, const int32_t* list, const double* S, double* P),      \
-            (nblock, count, list, S, P)) {                                                                             \
+  SA_KERNEL(name, (const int32_t* nblock, const int32_t* count, const int32_t* list, const double* S, double* P)) {    \
     const int64_t N = *nblock;                                                                                         \
     forList(N, *count, list, [=](auto point, int n) SA_POINT { body(point, n, N, S, P); });                            \
   }

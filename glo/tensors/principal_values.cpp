@@ -109,7 +109,7 @@ SA_VALUES(GLO_UTI_EIG31ANAL, valuesS31)
 SA_VALUES_LIST(GLO_UTI_EIG31ANALINDX, valuesS31)
 SA_VALUES(GLO_UTI_EIG33VECTOR, sortedValuesS33)
 
-SA_KERNEL(GLO_UTI_PRINCS21, (const int32_t* nblock, const double* S, double* P, double* V), (nblock, S, P, V)) {
+SA_KERNEL(GLO_UTI_PRINCS21, (const int32_t* nblock, const double* S, double* P, double* V)) {
   const int64_t N = *nblock;
   forPoints(*nblock, [=](int k) SA_POINT {
     const PlanePrincipal r = planePrincipal(S[k], S[k + N], S[k + 2 * N]);

@@ -89,13 +89,11 @@ SA_INLINE void rotationVectors(int nblock, double* out, Load loadPoint) {
 } // namespace
 
 SA_KERNEL(GLO_UTI_QUAT3DALGEBRA,
-          (const int32_t* nblock, const int32_t* op, double* Q, const double* A, const double* B),
-          (nblock, op, Q, A, B)) {
+          (const int32_t* nblock, const int32_t* op, double* Q, const double* A, const double* B)) {
   algebra<Quaternion>(*nblock, *op, Q, A, B);
 }
 SA_KERNEL(GLO_UTI_QUAT2DALGEBRA,
-          (const int32_t* nblock, const int32_t* op, double* Q, const double* A, const double* B),
-          (nblock, op, Q, A, B)) {
+          (const int32_t* nblock, const int32_t* op, double* Q, const double* A, const double* B)) {
   algebra<PlaneQuaternion>(*nblock, *op, Q, A, B);
 }
 
@@ -118,8 +116,7 @@ SA_EXPORT void GLO_UTI_GENMULT2DQUAT(const int32_t* op, double* out, const doubl
 
 // The direction changes the sign of the angle, not the loop.
 SA_KERNEL(GLO_UTI_QUATROTVECT2D,
-          (const int32_t* nblock, const int32_t* flag, double* W, const double* Q, const double* V),
-          (nblock, flag, W, Q, V)) {
+          (const int32_t* nblock, const int32_t* flag, double* W, const double* Q, const double* V)) {
   const int64_t N = *nblock;
   const double sign = *flag == 0 ? -1.0 : 1.0;
   forPoints(*nblock, [=](int i) SA_POINT {
@@ -130,25 +127,25 @@ SA_KERNEL(GLO_UTI_QUATROTVECT2D,
   });
 }
 
-SA_KERNEL(GLO_UTI_COMPROTINC, (const int32_t* nblock, double* Q, const double* A, const double* B), (nblock, Q, A, B)) {
+SA_KERNEL(GLO_UTI_COMPROTINC, (const int32_t* nblock, double* Q, const double* A, const double* B)) {
   const int64_t N = *nblock;
   forPoints(*nblock, [=](int i) SA_POINT {
     store(Q, N, i, increment(load<Quaternion>(A, N, i), load<Quaternion>(B, N, i)), 1.0, 1.0);
   });
 }
 
-SA_KERNEL(GLO_UTI_COMPROTVEC, (const int32_t* nblock, double* R, const double* A, const double* B), (nblock, R, A, B)) {
+SA_KERNEL(GLO_UTI_COMPROTVEC, (const int32_t* nblock, double* R, const double* A, const double* B)) {
   const int64_t N = *nblock;
   rotationVectors(*nblock, R,
                   [=](int i) SA_POINT { return increment(load<Quaternion>(A, N, i), load<Quaternion>(B, N, i)); });
 }
 
-SA_KERNEL(GLO_UTI_ANGLESFROMQUATERNIONS, (const int32_t* nblock, const double* Q, double* R), (nblock, Q, R)) {
+SA_KERNEL(GLO_UTI_ANGLESFROMQUATERNIONS, (const int32_t* nblock, const double* Q, double* R)) {
   const int64_t N = *nblock;
   rotationVectors(*nblock, R, [=](int i) SA_POINT { return rotationOf(load<Quaternion>(Q, N, i)); });
 }
 
-SA_KERNEL(GLO_UTI_INITROTATIONMATRIX, (const int32_t* nblock, double* R), (nblock, R)) {
+SA_KERNEL(GLO_UTI_INITROTATIONMATRIX, (const int32_t* nblock, double* R)) {
   const int64_t N = *nblock;
   for (int k = 0; k < 9; ++k) {
     const double value = k % 4 == 0 ? 1.0 : 0.0;

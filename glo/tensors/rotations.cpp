@@ -72,8 +72,7 @@ SA_INLINE void withDirection(int32_t flag, Body body) {
 
 #define SA_ROTATION(name)                                                                                              \
   SA_KERNEL(name,                                                                                                      \
-            (const int32_t* n, const int32_t* ld, const int32_t* flag, const double* R, const double* S, double* T),   \
-            (n, ld, flag, R, S, T))
+            (const int32_t* n, const int32_t* ld, const int32_t* flag, const double* R, const double* S, double* T))
 
 SA_ROTATION(GLO_UTI_ROTATES21) {
   const int64_t L = *ld;

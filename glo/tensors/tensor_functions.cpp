@@ -17,7 +17,7 @@ SA_INLINE double logOfValue(double x, double shift, double back) {
 
 } // namespace
 
-SA_KERNEL(GLO_UTI_SQRTV, (const int32_t* nblock, const double* S, double* V), (nblock, S, V)) {
+SA_KERNEL(GLO_UTI_SQRTV, (const int32_t* nblock, const double* S, double* V)) {
   constexpr double kRounding = 1e-14; // a value this far below zero, relative to the largest, is a zero
   const int64_t N = *nblock;
   forPieces(*nblock, [=](int start, int n) SA_POINT {
@@ -37,7 +37,7 @@ SA_KERNEL(GLO_UTI_SQRTV, (const int32_t* nblock, const double* S, double* V), (n
   });
 }
 
-SA_KERNEL(GLO_UTI_LOGV, (const int32_t* nblock, const double* S, double* L), (nblock, S, L)) {
+SA_KERNEL(GLO_UTI_LOGV, (const int32_t* nblock, const double* S, double* L)) {
   const int64_t N = *nblock;
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     JacobiScratch<true> w, done;
@@ -58,13 +58,13 @@ SA_KERNEL(GLO_UTI_LOGV, (const int32_t* nblock, const double* S, double* L), (nb
   });
 }
 
-SA_KERNEL(GLO_UTI_EXPS30, (const int32_t* nblock, const double* S, double* E), (nblock, S, E)) {
+SA_KERNEL(GLO_UTI_EXPS30, (const int32_t* nblock, const double* S, double* E)) {
   forPoints(3 * static_cast<int64_t>(*nblock), [=](int64_t i) SA_POINT { E[i] = vm::exp(S[i]); });
 }
 
 // exp of the plane part is e^a d d' + e^b (1 - d d'), a >= b its principal values and d the direction of a.  Both exponentials
 // are kept as squares of their roots, which overflow only where a result does.
-SA_KERNEL(GLO_UTI_EXPS31, (const int32_t* nblock, const double* S, double* E), (nblock, S, E)) {
+SA_KERNEL(GLO_UTI_EXPS31, (const int32_t* nblock, const double* S, double* E)) {
   const int64_t N = *nblock;
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     double half[kScratchPoints], radius[kScratchPoints], third[kScratchPoints];

@@ -14,15 +14,15 @@ SA_INLINE void fill(int n, T value, T* array) {
 
 } // namespace
 
-SA_MOVE(GLO_UTI_COPYR, (const int32_t* n, const double* source, double* destination), (n, source, destination)) {
+SA_MOVE(GLO_UTI_COPYR, (const int32_t* n, const double* source, double* destination)) {
   if (source == destination) return;
   forPoints(*n, [=](int i) SA_POINT { destination[i] = source[i]; });
 }
 
 #define SA_FILL(name, T)                                                                                               \
-  SA_MOVE(name, (const int32_t* n, const T* value, T* array), (n, value, array)) { fill(*n, *value, array); }
+  SA_MOVE(name, (const int32_t* n, const T* value, T* array)) { fill(*n, *value, array); }
 #define SA_FILL_WITH(name, T, constant)                                                                                \
-  SA_MOVE(name, (const int32_t* n, T* array), (n, array)) { fill<T>(*n, constant, array); }
+  SA_MOVE(name, (const int32_t* n, T* array)) { fill<T>(*n, constant, array); }
 
 SA_FILL(GLO_UTI_BROADCASTR, double)
 SA_FILL(GLO_UTI_BROADCASTRDBL, double)
@@ -42,20 +42,18 @@ SA_EXPORT void GLO_UTI_BROADCASTC(const int32_t* n, const char* value, char* arr
   for (int64_t i = 0; i < count; ++i) array[i] = character;
 }
 
-SA_MOVE(GLO_UTI_BROADCAST2R, (const int32_t* n, const double* value, double* array1, double* array2),
-        (n, value, array1, array2)) {
+SA_MOVE(GLO_UTI_BROADCAST2R, (const int32_t* n, const double* value, double* array1, double* array2)) {
   fill(*n, *value, array1);
   fill(*n, *value, array2);
 }
 
-SA_MOVE(GLO_UTI_BROADCASTR3D, (const int32_t* nblock, const double* value, double* array), (nblock, value, array)) {
+SA_MOVE(GLO_UTI_BROADCASTR3D, (const int32_t* nblock, const double* value, double* array)) {
   const int64_t N = *nblock;
   for (int k = 0; k < 3; ++k) fill(*nblock, value[k], array + k * N);
 }
 
 SA_MOVE(GLO_UTI_GENBROADCASTR,
-        (const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const double* value, double* array),
-        (nblock, ncomp, ld, value, array)) {
+        (const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const double* value, double* array)) {
   const int64_t L = *ld;
   for (int k = 0; k < *ncomp; ++k) fill(*nblock, *value, array + k * L);
 }

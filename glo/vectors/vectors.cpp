@@ -79,7 +79,7 @@ SA_INLINE void normalise(int nblock, double* V) {
 // ---- one value after the other
 
 #define SA_VECTOR_2(name, formula)                                                                                     \
-  SA_KERNEL(name, (const int32_t* n, double* result, const double* a, const double* b), (n, result, a, b)) {           \
+  SA_KERNEL(name, (const int32_t* n, double* result, const double* a, const double* b)) {                              \
     forPoints(*n, [=](int i) SA_POINT { result[i] = formula; });                                                       \
   }
 SA_VECTOR_2(GLO_UTI_VADDR, a[i] + b[i])
@@ -89,42 +89,38 @@ SA_VECTOR_2(GLO_UTI_VMULTADDR, result[i] + a[i] * b[i])
 SA_VECTOR_2(GLO_UTI_MAXR, winner<Greater>(a[i], b[i]))
 SA_VECTOR_2(GLO_UTI_MINR, winner<Less>(a[i], b[i]))
 
-SA_KERNEL(GLO_UTI_VDIRECTMULTR, (const int32_t* n, double* a, const double* b), (n, a, b)) {
+SA_KERNEL(GLO_UTI_VDIRECTMULTR, (const int32_t* n, double* a, const double* b)) {
   forPoints(*n, [=](int i) SA_POINT { a[i] = a[i] * b[i]; });
 }
 SA_KERNEL(GLO_UTI_V2MULTADDR,
-          (const int32_t* n, double* result, const double* a, const double* b, const double* c, const double* d),
-          (n, result, a, b, c, d)) {
+          (const int32_t* n, double* result, const double* a, const double* b, const double* c, const double* d)) {
   forPoints(*n, [=](int i) SA_POINT { result[i] = result[i] + a[i] * b[i] + c[i] * d[i]; });
 }
 
-#define SA_VECTOR_SCALAR(name, formula)                                                                                \
-  SA_KERNEL(name, (const int32_t* n, double* result, const double* factor, const double* a), (n, result, factor, a)) { \
-    const double s = *factor;                                                                                          \
+#define SA_VECTOR_SCALAR(name, scalar, formula)                                                                        \
+  SA_KERNEL(name, (const int32_t* n, double* result, const double* scalar, const double* a)) {                         \
+    const double s = *scalar;                                                                                          \
     forPoints(*n, [=](int i) SA_POINT { result[i] = formula; });                                                       \
   }
-SA_VECTOR_SCALAR(GLO_UTI_VSCALER, s* a[i])
-SA_VECTOR_SCALAR(GLO_UTI_VSCALEADDR, result[i] + s * a[i])
-SA_VECTOR_SCALAR(GLO_UTI_VADDC, a[i] + s)
+SA_VECTOR_SCALAR(GLO_UTI_VSCALER, factor, s* a[i])
+SA_VECTOR_SCALAR(GLO_UTI_VSCALEADDR, factor, result[i] + s * a[i])
+SA_VECTOR_SCALAR(GLO_UTI_VADDC, constant, a[i] + s)
 
-SA_KERNEL(GLO_UTI_VECTOREQUATION,
-          (const int32_t* n, double* result, const double* alpha, const double* a, const double* beta, const double* b),
-          (n, result, alpha, a, beta, b)) {
+SA_KERNEL(GLO_UTI_VECTOREQUATION, (const int32_t* n, double* result, const double* alpha, const double* a,
+                                   const double* beta, const double* b)) {
   const double s = *alpha, t = *beta;
   forPoints(*n, [=](int i) SA_POINT { result[i] = s * a[i] + t * b[i]; });
 }
 
-SA_KERNEL(GLO_UTI_VCOPYRINDX,
-          (const int32_t* nblock, const int32_t* count, const int32_t* list, const double* source, double* destination),
-          (nblock, count, list, source, destination)) {
+SA_KERNEL(GLO_UTI_VCOPYRINDX, (const int32_t* nblock, const int32_t* count, const int32_t* list, const double* source,
+                               double* destination)) {
   if (*nblock < 1) return;
   for (int i = 0; i < *count; ++i) destination[list[i] - 1] = source[list[i] - 1];
 }
 
 // ---- blocks of vectors
 
-SA_KERNEL(GLO_UTI_VMULTR3D, (const int32_t* nblock, double* result, const double* s, const double* A),
-          (nblock, result, s, A)) {
+SA_KERNEL(GLO_UTI_VMULTR3D, (const int32_t* nblock, double* result, const double* s, const double* A)) {
   const int64_t N = *nblock;
   forPoints(*nblock, [=](int i) SA_POINT {
     const double f = s[i], x = A[i], y = A[i + N], z = A[i + 2 * N];
@@ -133,42 +129,40 @@ SA_KERNEL(GLO_UTI_VMULTR3D, (const int32_t* nblock, double* result, const double
     result[i + 2 * N] = f * z;
   });
 }
-SA_KERNEL(GLO_UTI_VECTORDOTPRODUCT2D, (const int32_t* nblock, double* result, const double* A, const double* B),
-          (nblock, result, A, B)) {
+SA_KERNEL(GLO_UTI_VECTORDOTPRODUCT2D, (const int32_t* nblock, double* result, const double* A, const double* B)) {
   const int64_t N = *nblock;
   forPoints(*nblock, [=](int i) SA_POINT { result[i] = A[i] * B[i] + A[i + N] * B[i + N]; });
 }
-SA_KERNEL(GLO_UTI_VECTORDOTPRODUCT3D, (const int32_t* nblock, double* result, const double* A, const double* B),
-          (nblock, result, A, B)) {
+SA_KERNEL(GLO_UTI_VECTORDOTPRODUCT3D, (const int32_t* nblock, double* result, const double* A, const double* B)) {
   const int64_t N = *nblock;
   forPoints(*nblock,
             [=](int i) SA_POINT { result[i] = A[i] * B[i] + A[i + N] * B[i + N] + A[i + 2 * N] * B[i + 2 * N]; });
 }
-SA_KERNEL(GLO_UTI_VNORMALIZE, (const int32_t* nblock, double* V), (nblock, V)) { normalise<3>(*nblock, V); }
-SA_KERNEL(GLO_UTI_VNORMALIZE2, (const int32_t* nblock, double* V), (nblock, V)) { normalise<2>(*nblock, V); }
+SA_KERNEL(GLO_UTI_VNORMALIZE, (const int32_t* nblock, double* V)) { normalise<3>(*nblock, V); }
+SA_KERNEL(GLO_UTI_VNORMALIZE2, (const int32_t* nblock, double* V)) { normalise<2>(*nblock, V); }
 
 // ---- one number of an array
 
-SA_KERNEL(GLO_UTI_VSUMI, (const int32_t* n, int32_t* sum, const int32_t* a), (n, sum, a)) {
+SA_KERNEL(GLO_UTI_VSUMI, (const int32_t* n, int32_t* sum, const int32_t* a)) {
   if (*n < 1) return;
   uint32_t total = 0; // wraps as integers of the machine do
   for (int i = 0; i < *n; ++i) total += static_cast<uint32_t>(a[i]);
   *sum = static_cast<int32_t>(total);
 }
-SA_KERNEL(GLO_UTI_VSUMR, (const int32_t* n, double* sum, const double* a), (n, sum, a)) {
+SA_KERNEL(GLO_UTI_VSUMR, (const int32_t* n, double* sum, const double* a)) {
   if (*n >= 1) *sum = sumOf(*n, a);
 }
-SA_KERNEL(GLO_UTI_VSUMR1, (const int32_t* n, double* sum, const double* a), (n, sum, a)) {
+SA_KERNEL(GLO_UTI_VSUMR1, (const int32_t* n, double* sum, const double* a)) {
   if (*n >= 1) *sum += sumOf(*n, a);
 }
 
-SA_KERNEL(GLO_UTI_MAXARRAYR, (const int32_t* n, const double* a, double* result), (n, a, result)) {
+SA_KERNEL(GLO_UTI_MAXARRAYR, (const int32_t* n, const double* a, double* result)) {
   if (*n >= 1) *result = extremeOf<Greater>(*n, a[0], [a](int64_t i) SA_POINT { return a[i]; });
 }
-SA_KERNEL(GLO_UTI_MINARRAYR, (const int32_t* n, const double* a, double* result), (n, a, result)) {
+SA_KERNEL(GLO_UTI_MINARRAYR, (const int32_t* n, const double* a, double* result)) {
   if (*n >= 1) *result = extremeOf<Less>(*n, a[0], [a](int64_t i) SA_POINT { return a[i]; });
 }
-SA_KERNEL(GLO_UTI_MINNONZEROR, (const int32_t* n, const double* a, double* result), (n, a, result)) {
+SA_KERNEL(GLO_UTI_MINNONZEROR, (const int32_t* n, const double* a, double* result)) {
   constexpr double kNone = std::numeric_limits<double>::infinity();
   double any = 0.0;
   for (int i = 0; i < *n; ++i) any = a[i] != 0.0 ? 1.0 : any;

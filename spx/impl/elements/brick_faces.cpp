@@ -94,10 +94,8 @@ SA_INLINE FaceArea scaledFaceArea(const FaceNodes& nodes, int64_t e) {
 
 } // namespace
 
-SA_KERNEL(SPX_OPE_C3D8FACEAREA,
-          (const int32_t* nblock, const int32_t* ld, const int32_t* face, const double* X, double* area, double* normal,
-           const double* mask),
-          (nblock, ld, face, X, area, normal, mask)) {
+SA_KERNEL(SPX_OPE_C3D8FACEAREA, (const int32_t* nblock, const int32_t* ld, const int32_t* face, const double* X,
+                                 double* area, double* normal, const double* mask)) {
   const int64_t L = *ld;
   const int number = *face;
   if (number < 1 || number > 6) return;

@@ -9,8 +9,7 @@ using namespace brick;
 
 SA_KERNEL(SPX_OPE_C3DH8OPER,
           (const int32_t* nblock, const int32_t* ld, const double* X, double* dVdX, double* B, double* hgdiag,
-           double* hgstiff, double* vol, double* rvol, double* h, double* gamma, double* mask),
-          (nblock, ld, X, dVdX, B, hgdiag, hgstiff, vol, rvol, h, gamma, mask)) {
+           double* hgstiff, double* vol, double* rvol, double* h, double* gamma, double* mask)) {
   const int64_t L = *ld;
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     double *v = vol + start, *rv = rvol + start, *diag = hgdiag + start, *stiff = hgstiff + start, *m = mask + start;
@@ -70,11 +69,9 @@ SA_KERNEL(SPX_OPE_C3DH8OPER,
   });
 }
 
-SA_KERNEL(SPX_OPE_C3D8IOPER,
-          (const int32_t* nblock, const int32_t* ipt, const int32_t* nipt, const double* dNdxi, const double* dNdeta,
-           const double* dNdzeta, const double* X, double* Bdet, double* detJ, double* rdetJ, double* B, double* vol,
-           double* rvol, double* mask),
-          (nblock, ipt, nipt, dNdxi, dNdeta, dNdzeta, X, Bdet, detJ, rdetJ, B, vol, rvol, mask)) {
+SA_KERNEL(SPX_OPE_C3D8IOPER, (const int32_t* nblock, const int32_t* ipt, const int32_t* nipt, const double* dNdxi,
+                              const double* dNdeta, const double* dNdzeta, const double* X, double* Bdet, double* detJ,
+                              double* rdetJ, double* B, double* vol, double* rvol, double* mask)) {
   const int64_t N = *nblock;
   const int wanted = *ipt - 1, points = *nipt;
   forPieces(*nblock, [=](int start, int n) SA_POINT {

@@ -92,15 +92,13 @@ SA_INLINE void heatFlows(int n, int64_t N, const OnePoint& brick, const HeatFlow
 } // namespace
 
 SA_KERNEL(SPX_OPE_C3DH8TGRAD,
-          (const int32_t* nblock, const int32_t* ld, const double* B, const double* T, double* gradT),
-          (nblock, ld, B, T, gradT)) {
+          (const int32_t* nblock, const int32_t* ld, const double* B, const double* T, double* gradT)) {
   const int64_t L = *ld;
   for (int i = 0; i < 3; ++i)
     forPoints(*nblock, [=, b = B + 8 * i * L, out = gradT + i * L](int e) SA_POINT { out[e] = nodalSum(b, T, L, e); });
 }
 
-SA_KERNEL(SPX_OPE_C3DH8DIVER, (const int32_t* nblock, const double* B, const double* u, double* divergence),
-          (nblock, B, u, divergence)) {
+SA_KERNEL(SPX_OPE_C3DH8DIVER, (const int32_t* nblock, const double* B, const double* u, double* divergence)) {
   const int64_t N = *nblock;
   forPoints(*nblock, [=](int e) SA_POINT {
     divergence[e] =
@@ -108,10 +106,8 @@ SA_KERNEL(SPX_OPE_C3DH8DIVER, (const int32_t* nblock, const double* B, const dou
   });
 }
 
-SA_KERNEL(SPX_ASM_C3D8RTDIVER,
-          (const int32_t* nblock, const double* X, const double* T, const double* flux, const double* conductivity,
-           double* R, double* mask),
-          (nblock, X, T, flux, conductivity, R, mask)) {
+SA_KERNEL(SPX_ASM_C3D8RTDIVER, (const int32_t* nblock, const double* X, const double* T, const double* flux,
+                                const double* conductivity, double* R, double* mask)) {
   const int64_t N = *nblock;
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     double *m = mask + start, *r = R + start;

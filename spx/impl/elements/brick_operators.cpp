@@ -9,8 +9,7 @@ using namespace brick;
 
 SA_KERNEL(SPX_OPE_C3D8OPER,
           (const int32_t* nblock, const int32_t* ipt, SA_UNREAD nipt, const double* dNdxi, const double* dNdeta,
-           const double* dNdzeta, const double* X, double* Bdet, double* detJ, double* rdetJ, double* mask),
-          (nblock, ipt, nipt, dNdxi, dNdeta, dNdzeta, X, Bdet, detJ, rdetJ, mask)) {
+           const double* dNdzeta, const double* X, double* Bdet, double* detJ, double* rdetJ, double* mask)) {
   const int64_t ld = *nblock, column = 8 * (static_cast<int64_t>(*ipt) - 1);
   const double *a = dNdxi + column, *b = dNdeta + column, *c = dNdzeta + column;
   forPieces(*nblock, [=](int start, int n) SA_POINT {
@@ -22,10 +21,8 @@ SA_KERNEL(SPX_OPE_C3D8OPER,
   });
 }
 
-SA_KERNEL(SPX_OPE_C3D8ROPER2,
-          (const int32_t* nblock, const int32_t* ld, const double* X, double* B, double* hgdiag, double* hgstiff,
-           double* vol, double* rvol, double* gamma, double* mask),
-          (nblock, ld, X, B, hgdiag, hgstiff, vol, rvol, gamma, mask)) {
+SA_KERNEL(SPX_OPE_C3D8ROPER2, (const int32_t* nblock, const int32_t* ld, const double* X, double* B, double* hgdiag,
+                               double* hgstiff, double* vol, double* rvol, double* gamma, double* mask)) {
   const int64_t L = *ld;
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     double *v = vol + start, *rv = rvol + start, *diag = hgdiag + start, *stiff = hgstiff + start, *m = mask + start;
@@ -64,8 +61,7 @@ SA_KERNEL(SPX_OPE_C3D8ROPER2,
   });
 }
 
-SA_KERNEL(SPX_OPE_C3DSYMGRAD, (const int32_t* nblock, const double* G, double* sym, double* skew),
-          (nblock, G, sym, skew)) {
+SA_KERNEL(SPX_OPE_C3DSYMGRAD, (const int32_t* nblock, const double* G, double* sym, double* skew)) {
   const int64_t n = *nblock;
   forPoints(*nblock, [=](int e) SA_POINT {
     const double g11 = G[e], g21 = G[e + n], g31 = G[e + 2 * n], g12 = G[e + 3 * n], g22 = G[e + 4 * n];

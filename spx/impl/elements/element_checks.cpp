@@ -214,8 +214,7 @@ SA_INLINE bool isDistortedShell(const double* X, int64_t ld, double h, double a,
 } // namespace
 
 SA_KERNEL(SPX_OPE_SC3DDISTORTIONCHECK,
-          (const int32_t* nblock, const double* t, const double* a, const double* b, const double* X, double* flags),
-          (nblock, t, a, b, X, flags)) {
+          (const int32_t* nblock, const double* t, const double* a, const double* b, const double* X, double* flags)) {
   const int64_t N = *nblock;
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     brick::Column marks, diagonal13, diagonal24;

@@ -8,18 +8,16 @@ namespace sa {
 
 using namespace strain;
 
-SA_KERNEL(SPX_OPE_INVINISTRETCH3DH8, (const int32_t* nblock, const double* stretch0, double* F),
-          (nblock, stretch0, F)) {
+SA_KERNEL(SPX_OPE_INVINISTRETCH3DH8, (const int32_t* nblock, const double* stretch0, double* F)) {
   removeStretch(*nblock, *nblock, stretch0, *nblock, F);
 }
 
-SA_KERNEL(SPX_OPE_GREENSTRAIN3DH8, (const int32_t* nblock, const double* C, double* strain), (nblock, C, strain)) {
+SA_KERNEL(SPX_OPE_GREENSTRAIN3DH8, (const int32_t* nblock, const double* C, double* strain)) {
   greenStrain(*nblock, *nblock, C, *nblock, strain);
 }
 
 SA_KERNEL(SPX_OPE_STRETCHSTRAIN3DH8,
-          (const int32_t* nblock, const int32_t* selector, const double* C, const double* rotation, double* strain),
-          (nblock, selector, C, rotation, strain)) {
+          (const int32_t* nblock, const int32_t* selector, const double* C, const double* rotation, double* strain)) {
   const int64_t N = *nblock;
   const int measure = *selector;
   forPieces(*nblock, [=](int start, int n)
@@ -30,9 +28,7 @@ SA_KERNEL(SPX_OPE_C3DH8STRAINOUTPUT,
           (const int32_t* nblock, const int32_t* ld, const int32_t* selector, const int32_t* hasStretch,
            const int32_t* ipt, SA_UNREAD nipt, SA_UNREAD nhist, const int32_t* irot, const double* F,
            const double* stretch0, const double* hist, double* G, double* C, double* J, double* strain,
-           double* principal, const double* mask),
-          (nblock, ld, selector, hasStretch, ipt, nipt, nhist, irot, F, stretch0, hist, G, C, J, strain, principal,
-           mask)) {
+           double* principal, const double* mask)) {
   const int64_t L = *ld;
   const int measure = *selector;
   const bool initial = *hasStretch != 0;
@@ -57,9 +53,7 @@ SA_KERNEL(SPX_OPE_C3DH8STRAINOUTPUT,
 SA_KERNEL(SPX_OPE_C3DH8LINSTRAINOUTPUT,
           (const int32_t* nblock, const int32_t* ld, const int32_t* hasStretch, const int32_t* ipt, SA_UNREAD nipt,
            const double* F, const double* stretch0, double* H, double* volumetric, double* strain, double* spin,
-           double* deviator, double* equivalent, double* principal, const double* mask),
-          (nblock, ld, hasStretch, ipt, nipt, F, stretch0, H, volumetric, strain, spin, deviator, equivalent, principal,
-           mask)) {
+           double* deviator, double* equivalent, double* principal, const double* mask)) {
   const int64_t L = *ld;
   const bool initial = *hasStretch != 0;
   const double* gradients = F + 9 * L * (*ipt - 1);
@@ -109,8 +103,7 @@ SA_KERNEL(SPX_OPE_C3DH8LINSTRAINOUTPUT,
 SA_KERNEL(SPX_OPE_C3D8RCSTRAINOUTPUT,
           (const int32_t* nblock, const int32_t* ld, const int32_t* selector, const double* dNdxi, const double* dNdeta,
            const double* dNdzeta, const double* X, const double* x, const double* stretch0, const double* rotation,
-           double* F, double* strain, double* mask),
-          (nblock, ld, selector, dNdxi, dNdeta, dNdzeta, X, x, stretch0, rotation, F, strain, mask)) {
+           double* F, double* strain, double* mask)) {
   const int64_t L = *ld;
   const int measure = *selector;
   forPieces(*nblock, [=](int start, int n) SA_POINT {

@@ -125,26 +125,20 @@ SA_EXPORT void SPX_OPE_USERELEMPROCESSROTINERT(const int32_t* nblock, const int3
 
 // ---- copies
 
-SA_KERNEL(SPX_OPE_USERELEMTOCAT,
-          (const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map, const double* own,
-           double* category),
-          (nblock, ncomp, ld, map, own, category)) {
+SA_KERNEL(SPX_OPE_USERELEMTOCAT, (const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map,
+                                  const double* own, double* category)) {
   scatter<Set>(0, *nblock, *ncomp, Mapped{map}, category, Record{*ld}, Local{own, Column{*nblock}});
 }
 
 // The diagonal of a matrix of ndof columns: each entry is ndof + 1 columns after the last.
-SA_KERNEL(SPX_OPE_USERELEMTOCATMASS,
-          (const int32_t* nblock, const int32_t* ndof, const int32_t* ld, const int32_t* map, const double* mass,
-           double* category),
-          (nblock, ndof, ld, map, mass, category)) {
+SA_KERNEL(SPX_OPE_USERELEMTOCATMASS, (const int32_t* nblock, const int32_t* ndof, const int32_t* ld, const int32_t* map,
+                                      const double* mass, double* category)) {
   const Column diagonal = {*nblock * (int64_t{*ndof} + 1)};
   scatter<Set>(0, *nblock, *ndof, Mapped{map}, category, Record{*ld}, Local{mass, diagonal});
 }
 
-SA_KERNEL(SPX_OPE_USERELEMFROMCAT,
-          (const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map, double* own,
-           const double* category),
-          (nblock, ncomp, ld, map, own, category)) {
+SA_KERNEL(SPX_OPE_USERELEMFROMCAT, (const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map,
+                                    double* own, const double* category)) {
   gather(*nblock, *ncomp, map, own, Column{*nblock}, category, Record{*ld});
 }
 

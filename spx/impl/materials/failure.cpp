@@ -71,24 +71,21 @@ SA_INLINE double shearRatio(const Sym<S33>& s, double ks, double P1, double P2, 
 } // namespace
 
 #define SA_TRIAXIALITY(name, State)                                                                                    \
-  SA_KERNEL(name, (const int32_t* nblock, const double* stress, double* ratio), (nblock, stress, ratio)) {             \
+  SA_KERNEL(name, (const int32_t* nblock, const double* stress, double* ratio)) {                                      \
     const State s{stress, *nblock};                                                                                    \
     forPoints(*nblock, [=](int i) SA_POINT { ratio[i] = triaxiality(s(i)); });                                         \
   }
 #define SA_TRIAXIALITY_LIST(name, State)                                                                               \
   SA_KERNEL(name,                                                                                                      \
-            (const int32_t* nblock, const int32_t* count, const int32_t* list, const double* stress, double* ratio),   \
-            (nblock, count, list, stress, ratio)) {                                                                    \
+            (const int32_t* nblock, const int32_t* count, const int32_t* list, const double* stress, double* ratio)) { \
     const State s{stress, *nblock};                                                                                    \
     forList(*nblock, *count, list, [=](auto point, int n) SA_POINT {                                                   \
       forPoints(n, [=](int i) SA_POINT { ratio[point(i)] = triaxiality(s(point(i))); });                               \
     });                                                                                                                \
   }
 #define SA_SHEAR_RATIO_LIST(name, State)                                                                               \
-  SA_KERNEL(name,                                                                                                      \
-            (const int32_t* nblock, const int32_t* count, const int32_t* list, const double* stress, const double* ks, \
-             double* P, double* ratio),                                                                                \
-            (nblock, count, list, stress, ks, P, ratio)) {                                                             \
+  SA_KERNEL(name, (const int32_t* nblock, const int32_t* count, const int32_t* list, const double* stress,             \
+                   const double* ks, double* P, double* ratio)) {                                                      \
     const int64_t N = *nblock;                                                                                         \
     const double factor = *ks;                                                                                         \
     const State s{stress, N};                                                                                          \
@@ -119,10 +116,8 @@ SA_SHEAR_RATIO_LIST(SPX_MAT_SHRSTRESSRATIOBEAMEXP,  BeamStress)
 SA_SHEAR_RATIO_LIST(SPX_MAT_SHRSTRESSRATIOUNIEXP,   AxialStress)
 // clang-format on
 
-SA_KERNEL(SPX_MAT_DUCTSHRFAILUREEXP,
-          (const int32_t* nblock, const int32_t* count, const int32_t* list, double* omega,
-           const double* strainIncrement, const double* failureStrain),
-          (nblock, count, list, omega, strainIncrement, failureStrain)) {
+SA_KERNEL(SPX_MAT_DUCTSHRFAILUREEXP, (const int32_t* nblock, const int32_t* count, const int32_t* list, double* omega,
+                                      const double* strainIncrement, const double* failureStrain)) {
   forList(*nblock, *count, list, [=](auto point, int n) SA_POINT {
     forPoints(n, [=](int i) SA_POINT {
       const int k = point(i);
@@ -135,9 +130,7 @@ SA_KERNEL(SPX_MAT_JCFAILURESTRAIN,
           (const int32_t* nblock, const int32_t* count, const int32_t* list, double* failureStrain, const double* rate,
            const double* triaxiality, const double* temperature, const double* d1, const double* d2, const double* d3,
            const double* d4, const double* d5, const double* melting, const double* transition,
-           const double* rateFactor),
-          (nblock, count, list, failureStrain, rate, triaxiality, temperature, d1, d2, d3, d4, d5, melting, transition,
-           rateFactor)) {
+           const double* rateFactor)) {
   constexpr double kFloor = 2.2250738585072014e-306;
   const double c1 = *d1, c2 = *d2, c3 = *d3, c4 = *d4, c5 = *d5, hot = *melting, cold = *transition;
   const double perReference = *rateFactor, range = hot == cold ? 1.0 : hot - cold;
@@ -160,10 +153,8 @@ SA_KERNEL(SPX_MAT_JCFAILURESTRAIN,
   });
 }
 
-SA_KERNEL(SPX_MAT_JCSHRFAILEXP,
-          (const int32_t* nblock, const double* properties, const double* x, const double* rate, const double* y,
-           double* rStrain),
-          (nblock, properties, x, rate, y, rStrain)) {
+SA_KERNEL(SPX_MAT_JCSHRFAILEXP, (const int32_t* nblock, const double* properties, const double* x, const double* rate,
+                                 const double* y, double* rStrain)) {
   if (*nblock < 1) return;
   const double P8 = properties[7], P9 = properties[8], P10 = properties[9], P11 = properties[10];
   const double P12 = properties[11], P13 = properties[12];

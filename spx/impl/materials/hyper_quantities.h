@@ -5,8 +5,8 @@
 #pragma once
 
 #include "glo/kernel/kernel.h"
-#include "glo/tensors/tensor.h"
 #include "glo/kernel/vmath.h"
+#include "glo/tensors/tensor.h"
 #include "spx/impl/materials/hyper_models.h"
 #include "spx/impl/materials/hyper_states.h"
 

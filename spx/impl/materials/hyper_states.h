@@ -7,8 +7,8 @@
 #pragma once
 
 #include "glo/kernel/kernel.h"
-#include "glo/tensors/tensor.h"
 #include "glo/kernel/vmath.h"
+#include "glo/tensors/tensor.h"
 
 namespace sa {
 

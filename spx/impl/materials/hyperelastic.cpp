@@ -3,8 +3,8 @@
 #include "glo/kernel/kernel.h"
 #include "glo/tensors/principal.h"
 #include "spx.h"
-#include "spx/impl/materials/model_tables.h"
 #include "spx/impl/materials/hyper_quantities.h"
+#include "spx/impl/materials/model_tables.h"
 
 namespace sa {
 namespace {
@@ -27,49 +27,40 @@ void reportLocking() {
 
 // Entries of one kind share their argument list; each line below names what is particular.
 #define SA_ENERGY(name, Model, CONSTANTS, Storage)                                                                     \
-  SA_KERNEL(name, (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) double* energy, double* rJ, const double* V),     \
-            (nblock, CONSTANTS(SA_AS_ARGUMENT) energy, rJ, V)) {                                                       \
+  SA_KERNEL(name, (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) double* energy, double* rJ, const double* V)) {   \
     isochoricEnergy(*nblock, SA_IN(Storage), SA_MODEL(Model, CONSTANTS), energy, rJ);                                  \
   }
 #define SA_STRESS(name, Model, CONSTANTS, Storage)                                                                     \
-  SA_KERNEL(name,                                                                                                      \
-            (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) const double* V, double* stress, double* flag,          \
-             double* bound, double* bulk),                                                                             \
-            (nblock, CONSTANTS(SA_AS_ARGUMENT) V, stress, flag, bound, bulk)) {                                        \
+  SA_KERNEL(name, (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) const double* V, double* stress, double* flag,    \
+                   double* bound, double* bulk)) {                                                                     \
     stressAndModuli(*nblock, SA_IN(Storage), VolumeFlag{flag}, SA_MODEL(Model, CONSTANTS), SA_OUT(Storage), bound,     \
                     bulk);                                                                                             \
   }
 #define SA_MODULI(name, Model, CONSTANTS, Storage)                                                                     \
-  SA_KERNEL(                                                                                                           \
-      name,                                                                                                            \
-      (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) const double* V, double* flag, double* bound, double* bulk),  \
-      (nblock, CONSTANTS(SA_AS_ARGUMENT) V, flag, bound, bulk)) {                                                      \
+  SA_KERNEL(name, (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) const double* V, double* flag, double* bound,     \
+                   double* bulk)) {                                                                                    \
     stressAndModuli(*nblock, SA_IN(Storage), VolumeFlag{flag}, SA_MODEL(Model, CONSTANTS), NoStress{}, bound, bulk);   \
   }
 
 // The same of a model that locks: the clones say whether a point did, the wrapper reports it when the block is complete.
-#define SA_LOCKING(name, parameters, arguments)                                                                        \
+#define SA_LOCKING(name, parameters)                                                                                   \
   SA_CLONES                                                                                                            \
   static bool name##_clones parameters;                                                                                \
   SA_EXPORT void name parameters {                                                                                     \
     const OwnArithmetic arithmetic;                                                                                    \
-    if (name##_clones arguments) reportLocking();                                                                      \
+    if (name##_clones SA_ARGUMENTS_##name) reportLocking();                                                            \
   }                                                                                                                    \
   SA_CLONES                                                                                                            \
   static bool name##_clones parameters
 #define SA_LOCKING_STRESS(name, Model, CONSTANTS, Storage)                                                             \
-  SA_LOCKING(name,                                                                                                     \
-             (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) const double* V, double* stress, double* flag,         \
-              double* bound, double* bulk),                                                                            \
-             (nblock, CONSTANTS(SA_AS_ARGUMENT) V, stress, flag, bound, bulk)) {                                       \
+  SA_LOCKING(name, (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) const double* V, double* stress, double* flag,   \
+                    double* bound, double* bulk)) {                                                                    \
     return stressAndModuli(*nblock, SA_IN(Storage), VolumeFlag{flag}, SA_MODEL(Model, CONSTANTS), SA_OUT(Storage),     \
                            bound, bulk);                                                                               \
   }
 #define SA_LOCKING_MODULI(name, Model, CONSTANTS, Storage)                                                             \
-  SA_LOCKING(                                                                                                          \
-      name,                                                                                                            \
-      (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) const double* V, double* flag, double* bound, double* bulk),  \
-      (nblock, CONSTANTS(SA_AS_ARGUMENT) V, flag, bound, bulk)) {                                                      \
+  SA_LOCKING(name, (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) const double* V, double* flag, double* bound,    \
+                    double* bulk)) {                                                                                   \
     return stressAndModuli(*nblock, SA_IN(Storage), VolumeFlag{flag}, SA_MODEL(Model, CONSTANTS), NoStress{}, bound,   \
                            bulk);                                                                                      \
   }
@@ -113,29 +104,24 @@ constexpr AddOne kCurveGuard{1.1102230246251565e-16};
 
 #define SA_GIVEN_STRESS(name, Storage)                                                                                 \
   SA_KERNEL(name,                                                                                                      \
-            (const int32_t* nblock, SA_GIVEN_FIRST(SA_AS_PARAMETER) const double* V, double* stress, double* flag),    \
-            (nblock, SA_GIVEN_FIRST(SA_AS_ARGUMENT) V, stress, flag)) {                                                \
+            (const int32_t* nblock, SA_GIVEN_FIRST(SA_AS_PARAMETER) const double* V, double* stress, double* flag)) {  \
     isochoricStress(*nblock, SA_IN(Storage), VolumeFlag{flag}, SA_MODEL(GivenDerivatives, SA_GIVEN_FIRST),             \
                     SA_OUT(Storage));                                                                                  \
   }
 #define SA_HEATED_STRESS(name, Storage)                                                                                \
-  SA_KERNEL(name,                                                                                                      \
-            (const int32_t* nblock, SA_GIVEN_FIRST(SA_AS_PARAMETER) const double* expansion, const double* V,          \
-             double* stress, double* flag),                                                                            \
-            (nblock, SA_GIVEN_FIRST(SA_AS_ARGUMENT) expansion, V, stress, flag)) {                                     \
+  SA_KERNEL(name, (const int32_t* nblock, SA_GIVEN_FIRST(SA_AS_PARAMETER) const double* expansion, const double* V,    \
+                   double* stress, double* flag)) {                                                                    \
     isochoricStress(*nblock, HeatedIn<StretchIn<Storage>>{SA_IN(Storage), expansion}, VolumeFlag{flag},                \
                     SA_MODEL(GivenDerivatives, SA_GIVEN_FIRST), SA_OUT(Storage));                                      \
   }
 #define SA_CURVE_STRESS(name, Storage)                                                                                 \
-  SA_KERNEL(name, (const int32_t* nblock, SA_CURVE_FIRST(SA_AS_PARAMETER) const double* V, double* stress),            \
-            (nblock, SA_CURVE_FIRST(SA_AS_ARGUMENT) V, stress)) {                                                      \
+  SA_KERNEL(name, (const int32_t* nblock, SA_CURVE_FIRST(SA_AS_PARAMETER) const double* V, double* stress)) {          \
     isochoricStress(*nblock, SA_IN(Storage), kCurveGuard, SA_MODEL(CurveDerivatives, SA_CURVE_FIRST),                  \
                     SA_OUT(Storage));                                                                                  \
   }
 #define SA_CURVE_MODULI(name, Storage)                                                                                 \
   SA_KERNEL(name,                                                                                                      \
-            (const int32_t* nblock, SA_CURVE_SECOND(SA_AS_PARAMETER) const double* V, double* bound, double* bulk),    \
-            (nblock, SA_CURVE_SECOND(SA_AS_ARGUMENT) V, bound, bulk)) {                                                \
+            (const int32_t* nblock, SA_CURVE_SECOND(SA_AS_PARAMETER) const double* V, double* bound, double* bulk)) {  \
     stressAndModuli(*nblock, SA_IN(Storage), kCurveGuard, SA_MODEL(CurveDerivatives, SA_CURVE_SECOND), NoStress{},     \
                     bound, bulk);                                                                                      \
   }
@@ -155,57 +141,45 @@ SA_MODULI(SPX_MAT_HYPERMODULI2DEXP,         GivenDerivatives, SA_GIVEN_SECOND, S
 SA_MODULI(SPX_MAT_HYPERMODULIUNIEXP,        GivenDerivatives, SA_GIVEN_SECOND, S30)
 // clang-format on
 
-SA_KERNEL(SPX_MAT_HYPERPSTHERMAL,
-          (const int32_t* nblock, const double* U1, const double* U2, const double* expansion, const double* V,
-           const double* thickness, double* stress, double* flag),
-          (nblock, U1, U2, expansion, V, thickness, stress, flag)) {
+SA_KERNEL(SPX_MAT_HYPERPSTHERMAL, (const int32_t* nblock, const double* U1, const double* U2, const double* expansion,
+                                   const double* V, const double* thickness, double* stress, double* flag)) {
   isochoricStress(*nblock, HeatedIn<PlaneStretchIn>{SA_PLANE, expansion}, VolumeFlag{flag},
                   SA_MODEL(GivenDerivatives, SA_GIVEN_ISOCHORIC), PlaneStressOut{stress, *nblock});
 }
-SA_KERNEL(SPX_MAT_HYPERUNITHERMAL,
-          (const int32_t* nblock, const double* U1, const double* U2, const double* expansion, const double* axial,
-           const double* lateral, double* stress, double* flag),
-          (nblock, U1, U2, expansion, axial, lateral, stress, flag)) {
+SA_KERNEL(SPX_MAT_HYPERUNITHERMAL, (const int32_t* nblock, const double* U1, const double* U2, const double* expansion,
+                                    const double* axial, const double* lateral, double* stress, double* flag)) {
   isochoricStress(*nblock, HeatedIn<AxialStretchIn>{SA_AXIAL, expansion}, VolumeFlag{flag},
                   SA_MODEL(GivenDerivatives, SA_GIVEN_ISOCHORIC), AxialStressOut{stress});
 }
 SA_KERNEL(SPX_MAT_HYPERMARLOWPSEXP,
-          (const int32_t* nblock, const double* U1, const double* V, const double* thickness, double* stress),
-          (nblock, U1, V, thickness, stress)) {
+          (const int32_t* nblock, const double* U1, const double* V, const double* thickness, double* stress)) {
   isochoricStress(*nblock, SA_PLANE, kCurveGuard, SA_MODEL(CurveDerivatives, SA_CURVE_ISOCHORIC),
                   PlaneStressOut{stress, *nblock});
 }
 SA_KERNEL(SPX_MAT_HYPERMARLOWUNIEXP,
-          (const int32_t* nblock, const double* U1, const double* axial, const double* lateral, double* stress),
-          (nblock, U1, axial, lateral, stress)) {
+          (const int32_t* nblock, const double* U1, const double* axial, const double* lateral, double* stress)) {
   isochoricStress(*nblock, SA_AXIAL, kCurveGuard, SA_MODEL(CurveDerivatives, SA_CURVE_ISOCHORIC),
                   AxialStressOut{stress});
 }
-SA_KERNEL(SPX_MAT_MARLOWPSRESULT,
-          (const int32_t* nblock, SA_CURVE_SECOND(SA_AS_PARAMETER) const double* V, const double* thickness,
-           double* residual, double* slope),
-          (nblock, SA_CURVE_SECOND(SA_AS_ARGUMENT) V, thickness, residual, slope)) {
+SA_KERNEL(SPX_MAT_MARLOWPSRESULT, (const int32_t* nblock, SA_CURVE_SECOND(SA_AS_PARAMETER) const double* V,
+                                   const double* thickness, double* residual, double* slope)) {
   freeStress<1>(*nblock, SA_PLANE, kCurveGuard, SA_MODEL(CurveDerivatives, SA_CURVE_SECOND), residual, slope);
 }
-SA_KERNEL(SPX_MAT_MARLOWUNIRESULT,
-          (const int32_t* nblock, SA_CURVE_SECOND(SA_AS_PARAMETER) const double* axial, const double* lateral,
-           double* residual, double* slope),
-          (nblock, SA_CURVE_SECOND(SA_AS_ARGUMENT) axial, lateral, residual, slope)) {
+SA_KERNEL(SPX_MAT_MARLOWUNIRESULT, (const int32_t* nblock, SA_CURVE_SECOND(SA_AS_PARAMETER) const double* axial,
+                                    const double* lateral, double* residual, double* slope)) {
   freeStress<2>(*nblock, SA_AXIAL, kCurveGuard, SA_MODEL(CurveDerivatives, SA_CURVE_SECOND), residual, slope);
 }
 
 // ---- invariants, corrections
 
 #define SA_INVARIANTS(name, Storage)                                                                                   \
-  SA_KERNEL(name, (const int32_t* nblock, double* I1, double* I2, double* rJ, const double* V),                        \
-            (nblock, I1, I2, rJ, V)) {                                                                                 \
+  SA_KERNEL(name, (const int32_t* nblock, double* I1, double* I2, double* rJ, const double* V)) {                      \
     isochoricInvariants(*nblock, SA_IN(Storage), AddOne{kSmallestNormal}, I1, I2, rJ);                                 \
   }
 SA_INVARIANTS(SPX_MAT_HYPERINVS33, S33)
 SA_INVARIANTS(SPX_MAT_HYPERINVS31, S31)
 SA_INVARIANTS(SPX_MAT_HYPERINVS30, S30)
-SA_KERNEL(SPX_MAT_HYPERINVS20, (const int32_t* nblock, double* I1, double* I2, double* rJ, const double* V),
-          (nblock, I1, I2, rJ, V)) {
+SA_KERNEL(SPX_MAT_HYPERINVS20, (const int32_t* nblock, double* I1, double* I2, double* rJ, const double* V)) {
   isochoricInvariants(*nblock, MembraneIn{V, *nblock}, Isochoric{}, I1, I2, rJ);
 }
 
@@ -213,22 +187,20 @@ template <class In>
 SA_INLINE double secondInvariantOfB(In stretch, int64_t k) {
   return secondInvariant(square(stretch(k)));
 }
-SA_KERNEL(SPX_MAT_HYPERBINVRNT3D, (const int32_t* nblock, const double* V, double* I2), (nblock, V, I2)) {
+SA_KERNEL(SPX_MAT_HYPERBINVRNT3D, (const int32_t* nblock, const double* V, double* I2)) {
   const auto stretch = SA_IN(S33);
   forPoints(*nblock, [=](int i) SA_POINT { I2[i] = secondInvariantOfB(stretch, i); });
 }
-SA_KERNEL(SPX_MAT_HYPERBINVRNTGPE, (const int32_t* nblock, const double* V, double* I2), (nblock, V, I2)) {
+SA_KERNEL(SPX_MAT_HYPERBINVRNTGPE, (const int32_t* nblock, const double* V, double* I2)) {
   const auto stretch = SA_IN(S31);
   forPoints(*nblock, [=](int i) SA_POINT { I2[i] = secondInvariantOfB(stretch, i); });
 }
-SA_KERNEL(SPX_MAT_HYPERBINVRNTUNI, (const int32_t* nblock, const double* axial, const double* lateral, double* I2),
-          (nblock, axial, lateral, I2)) {
+SA_KERNEL(SPX_MAT_HYPERBINVRNTUNI, (const int32_t* nblock, const double* axial, const double* lateral, double* I2)) {
   const auto stretch = SA_AXIAL;
   forPoints(*nblock, [=](int i) SA_POINT { I2[i] = secondInvariantOfB(stretch, i); });
 }
 SA_KERNEL(SPX_MAT_HYPERBINVRNT30INDX,
-          (const int32_t* nblock, const int32_t* count, const int32_t* list, const double* V, double* I2),
-          (nblock, count, list, V, I2)) {
+          (const int32_t* nblock, const int32_t* count, const int32_t* list, const double* V, double* I2)) {
   const auto stretch = SA_IN(S30);
   forList(*nblock, *count, list, [=](auto point, int n) SA_POINT {
     forPoints(n, [=](int i) SA_POINT { I2[point(i)] = secondInvariantOfB(stretch, point(i)); });
@@ -236,15 +208,13 @@ SA_KERNEL(SPX_MAT_HYPERBINVRNT30INDX,
 }
 
 #define SA_CORRECTION(name)                                                                                            \
-  SA_KERNEL(name, (const int32_t* nblock, const double* residual, const double* slope, double* stretch),               \
-            (nblock, residual, slope, stretch)) {                                                                      \
-    forPoints(*nblock, [=](int i) SA_POINT { stretch[i] *= vm::expClamped(-stretchStep(residual[i], slope[i])); });           \
+  SA_KERNEL(name, (const int32_t* nblock, const double* residual, const double* slope, double* stretch)) {             \
+    forPoints(*nblock, [=](int i) SA_POINT { stretch[i] *= vm::expClamped(-stretchStep(residual[i], slope[i])); });    \
   }
 SA_CORRECTION(SPX_MAT_HYPERPSCORRECTION)
 SA_CORRECTION(SPX_MAT_HYPERUNICORRECTION)
 
-SA_KERNEL(SPX_MAT_HYPERINITSTRETCHYYEXP, (const int32_t* nblock, const double* V, double* stretch),
-          (nblock, V, stretch)) {
+SA_KERNEL(SPX_MAT_HYPERINITSTRETCHYYEXP, (const int32_t* nblock, const double* V, double* stretch)) {
   const int64_t N = *nblock;
   forPoints(*nblock, [=](int i) SA_POINT {
     const double v12 = V[i + 2 * N], area = V[i] * V[i + N] - v12 * v12;

@@ -1,6 +1,6 @@
 // What a thread keeps for the kernels deep in a material's call chain.
-#include "glo/kernel/kernel.h"
 #include "glo/frame/thread_slot.h"
+#include "glo/kernel/kernel.h"
 #include "spx.h"
 
 #include <algorithm>

@@ -3,6 +3,5 @@
 #pragma once
 
 #define SA_AS_PARAMETER(c) const double *c,
-#define SA_AS_ARGUMENT(c) c,
 #define SA_AS_VALUE(c) c[i],
 #define SA_MODEL(Model, CONSTANTS) [=](int i) SA_POINT { return Model{CONSTANTS(SA_AS_VALUE)}; }

@@ -1,27 +1,22 @@
 // Softening on unloading, alone and round the stress of rubber and foam.
 #include "spx/impl/materials/mullins.h"
 #include "spx.h"
-#include "spx/impl/materials/model_tables.h"
 #include "spx/impl/materials/hyper_quantities.h"
-#include "spx/impl/materials/stretch_tables.h"
+#include "spx/impl/materials/model_tables.h"
 #include "spx/impl/materials/stretch_quantities.h"
+#include "spx/impl/materials/stretch_tables.h"
 
 namespace sa {
 
 #define SA_SOFTENING_PARAMETERS                                                                                        \
   const int32_t *nblock, const double *r, const double *m, const double *beta, double *UmNew, const double *UmOld,     \
       double *U, double *eta, double *slope
-#define SA_SOFTENING_ARGUMENTS nblock, r, m, beta, UmNew, UmOld, U, eta, slope
 #define SA_SOFTENING (Softening{r, m, beta, UmNew, UmOld, U, eta, slope})
 
-SA_KERNEL(SPX_MAT_ORMULLINS, (SA_SOFTENING_PARAMETERS), (SA_SOFTENING_ARGUMENTS)) {
-  softenBlock(*nblock, SA_SOFTENING);
-}
+SA_KERNEL(SPX_MAT_ORMULLINS, (SA_SOFTENING_PARAMETERS)) { softenBlock(*nblock, SA_SOFTENING); }
 
-SA_KERNEL(SPX_MAT_MULLINSDAMAGEENER,
-          (const int32_t* nblock, const double* r, const double* m, const double* beta, const double* Um,
-           const double* s, const double* q, double* damage),
-          (nblock, r, m, beta, Um, s, q, damage)) {
+SA_KERNEL(SPX_MAT_MULLINSDAMAGEENER, (const int32_t* nblock, const double* r, const double* m, const double* beta,
+                                      const double* Um, const double* s, const double* q, double* damage)) {
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     double z[kScratchPoints], bell[kScratchPoints], erf[kScratchPoints];
     forPoints(n, [=, &z](int i) SA_POINT {
@@ -39,7 +34,7 @@ SA_KERNEL(SPX_MAT_MULLINSDAMAGEENER,
 }
 
 #define SA_DEGRADATION(name, direct, shear)                                                                            \
-  SA_KERNEL(name, (const int32_t* nblock, const double* eta, double* stress), (nblock, eta, stress)) {                 \
+  SA_KERNEL(name, (const int32_t* nblock, const double* eta, double* stress)) {                                        \
     degrade<direct, shear>(0, *nblock, *nblock, eta, stress);                                                          \
   }
 SA_DEGRADATION(SPX_MAT_MULLINSSTRESSDEGR3D, 3, 3)
@@ -53,10 +48,8 @@ SA_DEGRADATION(SPX_MAT_MULLINSSTRESSDEGRUNI, 1, 0)
 #define SA_PLANE_STRETCH(X) X(V) X(thickness)
 #define SA_AXIAL_STRETCH(X) X(axial) X(lateral)
 #define SA_MULLINS(name, CONSTANTS, STRETCH, In, Out, direct, shear)                                                   \
-  SA_KERNEL(                                                                                                           \
-      name,                                                                                                            \
-      (SA_SOFTENING_PARAMETERS, CONSTANTS(SA_AS_PARAMETER) STRETCH(SA_AS_PARAMETER) double* stress, double* flag),     \
-      (SA_SOFTENING_ARGUMENTS, CONSTANTS(SA_AS_ARGUMENT) STRETCH(SA_AS_ARGUMENT) stress, flag)) {                      \
+  SA_KERNEL(name, (SA_SOFTENING_PARAMETERS, CONSTANTS(SA_AS_PARAMETER) STRETCH(SA_AS_PARAMETER) double* stress,        \
+                   double* flag)) {                                                                                    \
     const int64_t N = *nblock;                                                                                         \
     softenBlock(*nblock, SA_SOFTENING);                                                                                \
     isochoricStress(*nblock, In, VolumeFlag{flag}, SA_MODEL(GivenDerivatives, CONSTANTS), Out);                        \
@@ -91,10 +84,8 @@ SA_INLINE void softenFoam(int start, int n, const Terms& terms, const StretchLog
 } // namespace
 
 #define SA_FOAM_MULLINS(name, Storage, shear)                                                                          \
-  SA_KERNEL(name,                                                                                                      \
-            (SA_SOFTENING_PARAMETERS, SA_FOAM3(SA_AS_PARAMETER) const double* V, const double* axes, double* stress,   \
-             double* flag),                                                                                            \
-            (SA_SOFTENING_ARGUMENTS, SA_FOAM3(SA_AS_ARGUMENT) V, axes, stress, flag)) {                                \
+  SA_KERNEL(name, (SA_SOFTENING_PARAMETERS, SA_FOAM3(SA_AS_PARAMETER) const double* V, const double* axes,             \
+                   double* stress, double* flag)) {                                                                    \
     const int64_t N = *nblock;                                                                                         \
     const Softening softening = SA_SOFTENING;                                                                          \
     const auto terms = SA_FOAM3_TERMS;                                                                                 \
@@ -117,10 +108,8 @@ SA_FOAM_MULLINS(SPX_MAT_HFOAMMULLINS3DEXP, S33, 3)
 SA_FOAM_MULLINS(SPX_MAT_HFOAMMULLINSGPEEXP, S31, 1)
 
 #define SA_FOAM_MULLINS_CLOSED(name, free, direct, shear)                                                              \
-  SA_KERNEL(name,                                                                                                      \
-            (SA_SOFTENING_PARAMETERS, SA_FOAM3(SA_AS_PARAMETER) const double* V, double* freeStretch, double* stress,  \
-             double* flag),                                                                                            \
-            (SA_SOFTENING_ARGUMENTS, SA_FOAM3(SA_AS_ARGUMENT) V, freeStretch, stress, flag)) {                         \
+  SA_KERNEL(name, (SA_SOFTENING_PARAMETERS, SA_FOAM3(SA_AS_PARAMETER) const double* V, double* freeStretch,            \
+                   double* stress, double* flag)) {                                                                    \
     const int64_t N = *nblock;                                                                                         \
     const Softening softening = SA_SOFTENING;                                                                          \
     const auto terms = SA_FOAM3_TERMS;                                                                                 \
@@ -137,10 +126,8 @@ SA_FOAM_MULLINS_CLOSED(SPX_MAT_HFOAMMULLINSUNIEXP, 2, 1, 0)
 
 // ---- effective moduli
 
-SA_KERNEL(SPX_OPT_MULLINSEFFMOD,
-          (const int32_t* nblock, const int32_t* code, const double* eta, const double* slope, const double* q,
-           const double* modulus, double* effective),
-          (nblock, code, eta, slope, q, modulus, effective)) {
+SA_KERNEL(SPX_OPT_MULLINSEFFMOD, (const int32_t* nblock, const int32_t* code, const double* eta, const double* slope,
+                                  const double* q, const double* modulus, double* effective)) {
   constexpr int32_t kSecant = 100, kUnloading = 200, kPresent = 300;
   const int32_t c = *code;
   if (c != kSecant && c != kUnloading && c != kPresent) return;
@@ -152,7 +139,6 @@ SA_KERNEL(SPX_OPT_MULLINSEFFMOD,
 }
 
 #undef SA_SOFTENING_PARAMETERS
-#undef SA_SOFTENING_ARGUMENTS
 #undef SA_SOFTENING
 #undef SA_DEGRADATION
 #undef SA_SOLID_STRETCH

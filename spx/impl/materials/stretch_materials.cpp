@@ -1,42 +1,33 @@
 // The table of kernels of rubber (Ogden) and foam in the principal stretches.
 #include "spx.h"
 #include "spx/impl/materials/model_tables.h"
-#include "spx/impl/materials/stretch_tables.h"
 #include "spx/impl/materials/stretch_quantities.h"
+#include "spx/impl/materials/stretch_tables.h"
 
 namespace sa {
 
 #define SA_POWER_ENERGY(name, CONSTANTS, TERMS)                                                                        \
-  SA_KERNEL(                                                                                                           \
-      name,                                                                                                            \
-      (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) double* energy, double* rJ, const double* V, double* flag),   \
-      (nblock, CONSTANTS(SA_AS_ARGUMENT) energy, rJ, V, flag)) {                                                       \
+  SA_KERNEL(name, (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) double* energy, double* rJ, const double* V,      \
+                   double* flag)) {                                                                                    \
     powerEnergy(*nblock, TERMS, energy, rJ, V, flag);                                                                  \
   }
-#define SA_POWER_DERIVATIVE(name, derivative, CONSTANTS, TERMS)                                                        \
-  SA_KERNEL(name, (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) double* dU, const double* V, double* flag),       \
-            (nblock, CONSTANTS(SA_AS_ARGUMENT) dU, V, flag)) {                                                         \
-    derivative(*nblock, TERMS, dU, V, flag);                                                                           \
+#define SA_POWER_DERIVATIVE(name, derivative, out, CONSTANTS, TERMS)                                                   \
+  SA_KERNEL(name, (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) double* out, const double* V, double* flag)) {    \
+    derivative(*nblock, TERMS, out, V, flag);                                                                          \
   }
 #define SA_POWER_RESULT(name, free, CONSTANTS, TERMS)                                                                  \
-  SA_KERNEL(name,                                                                                                      \
-            (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) const double* V, double* flag, double* residual,        \
-             double* slope),                                                                                           \
-            (nblock, CONSTANTS(SA_AS_ARGUMENT) V, flag, residual, slope)) {                                            \
+  SA_KERNEL(name, (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) const double* V, double* flag, double* residual,  \
+                   double* slope)) {                                                                                   \
     powerResult<free>(*nblock, TERMS, V, flag, residual, slope);                                                       \
   }
 #define SA_POWER_CLOSED(name, free, CONSTANTS, TERMS)                                                                  \
-  SA_KERNEL(name,                                                                                                      \
-            (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) const double* V, double* freeStretch, double* flag,     \
-             double* stress, double* bound, double* bulk),                                                             \
-            (nblock, CONSTANTS(SA_AS_ARGUMENT) V, freeStretch, flag, stress, bound, bulk)) {                           \
+  SA_KERNEL(name, (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) const double* V, double* freeStretch,             \
+                   double* flag, double* stress, double* bound, double* bulk)) {                                       \
     closedStress<free>(*nblock, TERMS, V, freeStretch, flag, stress, bound, bulk);                                     \
   }
 #define SA_POWER_MODULI(name, CONSTANTS, TERMS)                                                                        \
-  SA_KERNEL(                                                                                                           \
-      name,                                                                                                            \
-      (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) const double* V, double* flag, double* bound, double* bulk),  \
-      (nblock, CONSTANTS(SA_AS_ARGUMENT) V, flag, bound, bulk)) {                                                      \
+  SA_KERNEL(name, (const int32_t* nblock, CONSTANTS(SA_AS_PARAMETER) const double* V, double* flag, double* bound,     \
+                   double* bulk)) {                                                                                    \
     powerModuli(*nblock, TERMS, V, flag, bound, bulk);                                                                 \
   }
 
@@ -45,14 +36,14 @@ SA_POWER_ENERGY(SPX_MAT_OGDEN,                                 SA_RUBBER3,      
 SA_POWER_ENERGY(SPX_MAT_OGDEN6,                                SA_RUBBER6,        SA_RUBBER6_TERMS)
 SA_POWER_ENERGY(SPX_MAT_HFOAM,                                 SA_FOAM3,          SA_FOAM3_TERMS)
 SA_POWER_ENERGY(SPX_MAT_HFOAM6,                                SA_FOAM6,          SA_FOAM6_TERMS)
-SA_POWER_DERIVATIVE(SPX_MAT_OGDENDERIVATIVE1,     powerFirst,  SA_RUBBER3,        SA_RUBBER3_TERMS)
-SA_POWER_DERIVATIVE(SPX_MAT_OGDENDERIVATIVE2,     powerSecond, SA_RUBBER3,        SA_RUBBER3_TERMS)
-SA_POWER_DERIVATIVE(SPX_MAT_OGDEN6DERIVATIVE1,    powerFirst,  SA_RUBBER6,        SA_RUBBER6_TERMS)
-SA_POWER_DERIVATIVE(SPX_MAT_OGDEN6DERIVATIVE2,    powerSecond, SA_RUBBER6,        SA_RUBBER6_TERMS)
-SA_POWER_DERIVATIVE(SPX_MAT_HFOAMDERIVATIVE1,     powerFirst,  SA_FOAM3,          SA_FOAM3_TERMS)
-SA_POWER_DERIVATIVE(SPX_MAT_HFOAMDERIVATIVE2,     powerSecond, SA_FOAM3,          SA_FOAM3_TERMS)
-SA_POWER_DERIVATIVE(SPX_MAT_HFOAM6DERIVATIVE1,    powerFirst,  SA_FOAM6,          SA_FOAM6_TERMS)
-SA_POWER_DERIVATIVE(SPX_MAT_HFOAM6DERIVATIVE2,    powerSecond, SA_FOAM6,          SA_FOAM6_TERMS)
+SA_POWER_DERIVATIVE(SPX_MAT_OGDENDERIVATIVE1,     powerFirst, dU,  SA_RUBBER3,        SA_RUBBER3_TERMS)
+SA_POWER_DERIVATIVE(SPX_MAT_OGDENDERIVATIVE2,     powerSecond, ddU, SA_RUBBER3,        SA_RUBBER3_TERMS)
+SA_POWER_DERIVATIVE(SPX_MAT_OGDEN6DERIVATIVE1,    powerFirst, dU,  SA_RUBBER6,        SA_RUBBER6_TERMS)
+SA_POWER_DERIVATIVE(SPX_MAT_OGDEN6DERIVATIVE2,    powerSecond, ddU, SA_RUBBER6,        SA_RUBBER6_TERMS)
+SA_POWER_DERIVATIVE(SPX_MAT_HFOAMDERIVATIVE1,     powerFirst, dU,  SA_FOAM3,          SA_FOAM3_TERMS)
+SA_POWER_DERIVATIVE(SPX_MAT_HFOAMDERIVATIVE2,     powerSecond, ddU, SA_FOAM3,          SA_FOAM3_TERMS)
+SA_POWER_DERIVATIVE(SPX_MAT_HFOAM6DERIVATIVE1,    powerFirst, dU,  SA_FOAM6,          SA_FOAM6_TERMS)
+SA_POWER_DERIVATIVE(SPX_MAT_HFOAM6DERIVATIVE2,    powerSecond, ddU, SA_FOAM6,          SA_FOAM6_TERMS)
 SA_POWER_RESULT(SPX_MAT_OGDENPSRESULT,            1,           SA_RUBBER3_VOLUME, SA_RUBBER3_SOLID)
 SA_POWER_RESULT(SPX_MAT_OGDENUNIRESULT,           2,           SA_RUBBER3_VOLUME, SA_RUBBER3_SOLID)
 SA_POWER_RESULT(SPX_MAT_OGDEN6PSRESULT,           1,           SA_RUBBER6_VOLUME, SA_RUBBER6_SOLID)
@@ -97,8 +88,7 @@ SA_INLINE void addMean(Sym<S33>& t, double p) {
 #define SA_ELASTIC(name, PUT)                                                                                          \
   SA_KERNEL(name,                                                                                                      \
             (const int32_t* nblock, const double* dU, const double* ddU, const double* p, const double* dp,            \
-             const double* V, const double* axes, const double* rJ, double* stress, double* bound, double* bulk),      \
-            (nblock, dU, ddU, p, dp, V, axes, rJ, stress, bound, bulk)) {                                              \
+             const double* V, const double* axes, const double* rJ, double* stress, double* bound, double* bulk)) {    \
     const int64_t N = *nblock;                                                                                         \
     elasticStress(                                                                                                     \
         *nblock, dU, ddU, p, dp, V, rJ,                                                                                \
@@ -123,8 +113,7 @@ SA_ELASTIC(SPX_MAT_HYPERELASPS, {
 
 SA_KERNEL(SPX_MAT_HYPERELASUNI,
           (const int32_t* nblock, const double* dU, const double* ddU, const double* p, const double* dp,
-           const double* V, const double* rJ, double* stress, double* bound, double* bulk),
-          (nblock, dU, ddU, p, dp, V, rJ, stress, bound, bulk)) {
+           const double* V, const double* rJ, double* stress, double* bound, double* bulk)) {
   elasticStress(
       *nblock, dU, ddU, p, dp, V, rJ,
       [=](int64_t k, double t1, double t2, double, double r, double) SA_POINT { stress[k] = r * (t1 - t2); }, bound,

@@ -9,9 +9,9 @@
 // D_kl = dtau_k/d(ln lambda_l), both without the volumetric energy of rubber.
 #pragma once
 
-#include "glo/tensors/jacobi.h"
 #include "glo/kernel/kernel.h"
 #include "glo/kernel/vmath.h"
+#include "glo/tensors/jacobi.h"
 #include "spx/impl/materials/hyper_models.h"
 #include "spx/impl/materials/hyper_states.h"
 

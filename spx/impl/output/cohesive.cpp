@@ -100,13 +100,11 @@ private:
 #define SA_COHESIVE                                                                                                    \
   (const int32_t* width, const int32_t* columns, const int32_t* count, const int32_t* map, const int32_t* indices,     \
    const double* table, const double* matrices)
-#define SA_COHESIVE_NAMES (width, columns, count, map, indices, table, matrices)
-SA_ORIENTATIONS(SPX_ODB_ORIENTCNE2D, SA_COHESIVE, SA_COHESIVE_NAMES, CohesiveSides<PlaneCosines>{matrices},
+SA_ORIENTATIONS(SPX_ODB_ORIENTCNE2D, SA_COHESIVE, CohesiveSides<PlaneCosines>{matrices},
                 LocalOrientations<PlaneQuaternion>{*width, *columns, *count, map, indices, table})
-SA_ORIENTATIONS(SPX_ODB_ORIENTCNE3D, SA_COHESIVE, SA_COHESIVE_NAMES, CohesiveSides<SpatialCosines>{matrices},
+SA_ORIENTATIONS(SPX_ODB_ORIENTCNE3D, SA_COHESIVE, CohesiveSides<SpatialCosines>{matrices},
                 LocalOrientations<Quaternion>{*width, *columns, *count, map, indices, table})
 
 #undef SA_COHESIVE
-#undef SA_COHESIVE_NAMES
 
 } // namespace sa

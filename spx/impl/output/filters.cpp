@@ -155,13 +155,12 @@ SA_INLINE void startField(Points point, int n, int64_t N, const int32_t* mode, c
 
 // The member of the whole block and the one of a list of its points; `body` sees the points of a piece as (point, n).
 #define SA_LIST(...) __VA_ARGS__
-#define SA_FIELD(plain, listed, parameters, arguments, body)                                                           \
-  SA_KERNEL(plain, (const int32_t* nblock, SA_LIST parameters), (nblock, SA_LIST arguments)) {                         \
+#define SA_FIELD(plain, listed, parameters, body)                                                                      \
+  SA_KERNEL(plain, (const int32_t* nblock, SA_LIST parameters)) {                                                      \
     const int64_t N = *nblock;                                                                                         \
     forBlock(N, [=](auto point, int n) SA_POINT { SA_LIST body });                                                     \
   }                                                                                                                    \
-  SA_KERNEL(listed, (const int32_t* nblock, const int32_t* count, const int32_t* list, SA_LIST parameters),            \
-            (nblock, count, list, SA_LIST arguments)) {                                                                \
+  SA_KERNEL(listed, (const int32_t* nblock, const int32_t* count, const int32_t* list, SA_LIST parameters)) {          \
     const int64_t N = *nblock;                                                                                         \
     forList(N, *count, list, [=](auto point, int n) SA_POINT { SA_LIST body });                                        \
   }
@@ -169,49 +168,43 @@ SA_INLINE void startField(Points point, int n, int64_t N, const int32_t* mode, c
 SA_FIELD(SPX_OPE_FILTERFLD, SPX_OPE_FILTERFLDELSET,
          (const int32_t* ncomp, SA_UNREAD spare, const int32_t* filterdef, double* field, SA_UNREAD spare2,
           const double* coef, double* hist),
-         (ncomp, spare, filterdef, field, spare2, coef, hist),
          (filter(point, n, N, ncomp, filterdef, field, coef, hist);))
 
 SA_FIELD(SPX_OPE_INIFILTERFLD, SPX_OPE_INIFILTERFLDELSET,
          (const int32_t* mode, const int32_t* ncomp, const int32_t* K, SA_UNREAD spare, const double* field,
           const double* value, double* hist),
-         (mode, ncomp, K, spare, field, value, hist), (startFilter(point, n, N, mode, ncomp, K, field, value, hist);))
+         (startFilter(point, n, N, mode, ncomp, K, field, value, hist);))
 
 SA_FIELD(SPX_OPE_FILTEROPERFLD, SPX_OPE_FILTEROPERFLDELSET,
          (const int32_t* ncomp, const int32_t* operation, const int32_t* filterdef, double* field, double* state,
           const double* coef, double* hist),
-         (ncomp, operation, filterdef, field, state, coef, hist),
          (filter(point, n, N, ncomp, filterdef, field, coef, hist);
           operateField<false>(point, n, N, ncomp, operation, field, state);))
 
 SA_FIELD(SPX_OPE_INIFILTEROPERFLD, SPX_OPE_INIFILTEROPERFLDELSET,
          (const int32_t* mode, const int32_t* ncomp, const int32_t* K, const int32_t* operation, const double* field,
           const double* value, double* hist, double* state),
-         (mode, ncomp, K, operation, field, value, hist, state),
          (startFilter(point, n, N, mode, ncomp, K, field, value, hist);
           startField(point, n, N, mode, ncomp, operation, field, value, state);))
 
 SA_FIELD(SPX_OPE_ONLYOPERATORFLD, SPX_OPE_ONLYOPERATFLDELSET,
          (const int32_t* ncomp, const int32_t* operation, double* field, double* state),
-         (ncomp, operation, field, state), (operateField<false>(point, n, N, ncomp, operation, field, state);))
+         (operateField<false>(point, n, N, ncomp, operation, field, state);))
 
 SA_FIELD(SPX_OPE_INIONLYOPERATORFLD, SPX_OPE_INIONLYOPERATFLDELSET,
          (const int32_t* mode, const int32_t* ncomp, const int32_t* operation, const double* field, const double* value,
           double* state),
-         (mode, ncomp, operation, field, value, state),
          (startField(point, n, N, mode, ncomp, operation, field, value, state);))
 
 SA_FIELD(SPX_OPE_OPERFILTERTIME, SPX_OPE_OPERFILTERTIMEELS,
          (const int32_t* ncomp, const int32_t* operation, const int32_t* filterdef, double* field, double* state,
           const double* coef, double* hist, const double* time, double* times),
-         (ncomp, operation, filterdef, field, state, coef, hist, time, times),
          (filter(point, n, N, ncomp, filterdef, field, coef, hist);
           operateField<true>(point, n, N, ncomp, operation, field, state, time, times);))
 
 SA_FIELD(SPX_OPE_ONLYOPERFILTERTIME, SPX_OPE_ONLYOPERFILTERTIMEELS,
          (const int32_t* ncomp, const int32_t* operation, double* field, double* state, const double* time,
           double* times),
-         (ncomp, operation, field, state, time, times),
          (operateField<true>(point, n, N, ncomp, operation, field, state, time, times);))
 
 #undef SA_LIST

@@ -33,55 +33,48 @@ struct Inverse {
 
 } // namespace
 
-SA_ORIENTATIONS(SPX_ODB_ORIENT2D, ([[maybe_unused]] const double* q), (q), PlaneIdentity{})
-SA_ORIENTATIONS(SPX_ODB_ORIENT3D, (const double* q), (q), QuarterTurned{q})
+SA_ORIENTATIONS(SPX_ODB_ORIENT2D, ([[maybe_unused]] const double* q), PlaneIdentity{})
+SA_ORIENTATIONS(SPX_ODB_ORIENT3D, (const double* q), QuarterTurned{q})
 SA_ORIENTATIONS(SPX_ODB_ORIENT2DBEAM, (const double* coordinates, const int32_t* firstColumn),
-                (coordinates, firstColumn), PlaneDirection(coordinates, firstColumn, nblock))
+                PlaneDirection(coordinates, firstColumn, nblock))
 
 // ---- interleaved with the other records of an element
 
 #define SA_SUB const int32_t *nsub, const int32_t *isub
-SA_KERNEL(SPX_ODB_ORIENT3DL3, (const int32_t* nblock, int32_t* counter, SA_SUB, const double* q, double* out),
-          (nblock, counter, nsub, isub, q, out)) {
+SA_KERNEL(SPX_ODB_ORIENT3DL3, (const int32_t* nblock, int32_t* counter, SA_SUB, const double* q, double* out)) {
   writeOrientations(SA_WALK_BLOCK, Interleaved(nsub, isub, *nsub), out, QuarterTurned{q});
 }
 SA_KERNEL(SPX_ODB_ORIENT3DL3ELSET,
-          (const int32_t* nblock, int32_t* counter, SA_ELEMENT_SET, SA_SUB, const double* q, double* out),
-          (nblock, counter, SA_ELEMENT_SET_NAMES, nsub, isub, q, out)) {
+          (const int32_t* nblock, int32_t* counter, SA_ELEMENT_SET, SA_SUB, const double* q, double* out)) {
   writeOrientations(SA_WALK_SET, Interleaved(nsub, isub, *nsub), out, QuarterTurned{q});
 }
 
 // The inverse members have the counter behind the sub-records.
 #define SA_INVERSE (const int32_t* nblock, SA_SUB, int32_t* counter, const double* q, double* out)
-#define SA_INVERSE_NAMES (nblock, nsub, isub, counter, q, out)
 #define SA_INVERSE_SET (const int32_t* nblock, SA_SUB, int32_t* counter, SA_ELEMENT_SET, const double* q, double* out)
-#define SA_INVERSE_SET_NAMES (nblock, nsub, isub, counter, SA_ELEMENT_SET_NAMES, q, out)
-SA_KERNEL(SPX_ODB_ORIENT3DINVERT, SA_INVERSE, SA_INVERSE_NAMES) {
+SA_KERNEL(SPX_ODB_ORIENT3DINVERT, SA_INVERSE) {
   writeOrientations(SA_WALK_BLOCK, Interleaved(nsub, isub, *nsub), out, Inverse{q});
 }
-SA_KERNEL(SPX_ODB_ORIENT3DELSETINVERT, SA_INVERSE_SET, SA_INVERSE_SET_NAMES) {
+SA_KERNEL(SPX_ODB_ORIENT3DELSETINVERT, SA_INVERSE_SET) {
   writeOrientations(SA_WALK_SET, Interleaved(nsub, isub, *nsub), out, Inverse{q});
 }
-SA_SAME_KERNEL(SPX_ODB_ORIENT3DL3INVERT, SPX_ODB_ORIENT3DINVERT, SA_INVERSE, SA_INVERSE_NAMES)
-SA_SAME_KERNEL(SPX_ODB_ORIENT3DL3ELSETINVERT, SPX_ODB_ORIENT3DELSETINVERT, SA_INVERSE_SET, SA_INVERSE_SET_NAMES)
+SA_SAME_KERNEL(SPX_ODB_ORIENT3DL3INVERT, SPX_ODB_ORIENT3DINVERT, SA_INVERSE)
+SA_SAME_KERNEL(SPX_ODB_ORIENT3DL3ELSETINVERT, SPX_ODB_ORIENT3DELSETINVERT, SA_INVERSE_SET)
 
 // Only the first two records of these beams are defined: the others are passed over.
 #define SA_UNREAD_COORDINATES [[maybe_unused]] const double *coordinates, SA_UNREAD firstColumn
-SA_KERNEL(SPX_ODB_ORIENT2DL3BEAM, (const int32_t* nblock, int32_t* counter, SA_SUB, SA_UNREAD_COORDINATES, double* out),
-          (nblock, counter, nsub, isub, coordinates, firstColumn, out)) {
+SA_KERNEL(SPX_ODB_ORIENT2DL3BEAM,
+          (const int32_t* nblock, int32_t* counter, SA_SUB, SA_UNREAD_COORDINATES, double* out)) {
   writeOrientations(SA_WALK_BLOCK, Interleaved(nsub, isub, 2), out, PlaneIdentity{});
 }
 SA_KERNEL(SPX_ODB_ORIENT2DL3BEAMELSET,
-          (const int32_t* nblock, int32_t* counter, SA_ELEMENT_SET, SA_SUB, SA_UNREAD_COORDINATES, double* out),
-          (nblock, counter, SA_ELEMENT_SET_NAMES, nsub, isub, coordinates, firstColumn, out)) {
+          (const int32_t* nblock, int32_t* counter, SA_ELEMENT_SET, SA_SUB, SA_UNREAD_COORDINATES, double* out)) {
   writeOrientations(SA_WALK_SET, Interleaved(nsub, isub, 2), out, PlaneIdentity{});
 }
 
 #undef SA_SUB
 #undef SA_INVERSE
-#undef SA_INVERSE_NAMES
 #undef SA_INVERSE_SET
-#undef SA_INVERSE_SET_NAMES
 #undef SA_UNREAD_COORDINATES
 
 } // namespace sa

@@ -98,18 +98,16 @@ SA_INLINE void writeOrientations(Walk walk, Place place, double* out, Orientatio
 
 // Argument lists.  Element sets stand directly behind the counter.
 #define SA_ELEMENT_SET SA_BLOCK_PLACE, const int32_t *last, const int32_t *set
-#define SA_ELEMENT_SET_NAMES SA_BLOCK_PLACE_NAMES, last, set
 #define SA_WALK_BLOCK (Walk{AllPoints{*nblock}, counter})
 #define SA_WALK_SET (Walk{SetMembers{*nblock, SA_ELEMENTS_BEFORE, set, *last}, counter})
 
 // A member and its form for element sets: name, arguments behind the counter with and without types, conversion.
 #define SA_UNWRAP(...) __VA_ARGS__
-#define SA_ORIENTATIONS(name, parameters, arguments, ...)                                                              \
-  SA_KERNEL(name, (const int32_t* nblock, int32_t* counter, SA_UNWRAP parameters, double* out),                        \
-            (nblock, counter, SA_UNWRAP arguments, out)) {                                                             \
+#define SA_ORIENTATIONS(name, parameters, ...)                                                                         \
+  SA_KERNEL(name, (const int32_t* nblock, int32_t* counter, SA_UNWRAP parameters, double* out)) {                      \
     writeOrientations(SA_WALK_BLOCK, Appended{}, out, __VA_ARGS__);                                                    \
   }                                                                                                                    \
-  SA_KERNEL(name##ELSET, (const int32_t* nblock, int32_t* counter, SA_ELEMENT_SET, SA_UNWRAP parameters, double* out), \
-            (nblock, counter, SA_ELEMENT_SET_NAMES, SA_UNWRAP arguments, out)) {                                       \
+  SA_KERNEL(name##ELSET,                                                                                               \
+            (const int32_t* nblock, int32_t* counter, SA_ELEMENT_SET, SA_UNWRAP parameters, double* out)) {            \
     writeOrientations(SA_WALK_SET, Appended{}, out, __VA_ARGS__);                                                      \
   }

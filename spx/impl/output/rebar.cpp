@@ -47,12 +47,10 @@ struct BarsInAxisymmetricShell {
 
 } // namespace
 
-SA_ORIENTATIONS(SPX_ODB_ORIENTREBAR, (const double* axes), (axes), BarAxes{axes})
-SA_ORIENTATIONS(SPX_ODB_ORIENTREBSHELL, (const double* q, const double* direction), (q, direction),
-                BarsInShell{q, direction})
+SA_ORIENTATIONS(SPX_ODB_ORIENTREBAR, (const double* axes), BarAxes{axes})
+SA_ORIENTATIONS(SPX_ODB_ORIENTREBSHELL, (const double* q, const double* direction), BarsInShell{q, direction})
 SA_ORIENTATIONS(SPX_ODB_ORIENTREBAXSHELL,
                 (const double* coordinates, const int32_t* firstColumn, const double* direction),
-                (coordinates, firstColumn, direction),
                 BarsInAxisymmetricShell{PlaneDirection(coordinates, firstColumn, nblock), direction})
 
 } // namespace sa

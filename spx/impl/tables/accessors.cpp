@@ -34,14 +34,12 @@ SA_INLINE void fillConductivity(int n, int ncons, const double* constants, doubl
 } // namespace
 
 SA_KERNEL(SPX_GET_CONSTCONDUCTIVITY2D,
-          (const int32_t* nblock, const int32_t* ncons, const double* constants, double* K),
-          (nblock, ncons, constants, K)) {
+          (const int32_t* nblock, const int32_t* ncons, const double* constants, double* K)) {
   fillConductivity<2>(*nblock, *ncons, constants, K);
 }
 
 SA_KERNEL(SPX_GET_CONSTCONDUCTIVITY3D,
-          (const int32_t* nblock, const int32_t* ncons, const double* constants, double* K),
-          (nblock, ncons, constants, K)) {
+          (const int32_t* nblock, const int32_t* ncons, const double* constants, double* K)) {
   fillConductivity<3>(*nblock, *ncons, constants, K);
 }
 

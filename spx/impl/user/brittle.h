@@ -4,10 +4,8 @@
 //   pressure(mu, history)   pressure of the compression mu, and the history variable that goes with it
 //   strength(P, rate)       the two surfaces between which damage moves the strength, and the plastic strain that damages fully
 //   slopes(P, strength)     how both surfaces move with the pressure (where kGradual)
-//   recoverable(mu, history, limit)   the work of the pressure on the way from here to where it is zero, tension being no
-//                           larger than the limit, and the line of that way
-//   crushed(before, now)    what the closing of pores takes while the largest mu grows (where kCompacts); both per undeformed
-//                           volume
+//   recoverable(mu, history, limit)   per undeformed volume, the work of the pressure on the way from here to where it is zero,
+//                           tension being no larger than the limit, and the line of that way
 // and says by constants
 //   kGradual     strength goes with damage in a straight line from intact to fractured, else it stays intact until D = 1
 //   kCapped      strength never exceeds model.cap
@@ -32,10 +30,6 @@ struct Strength {
 // How intact and fractured strength move with the pressure.
 struct StrengthSlopes {
   double intact, fractured;
-};
-// What the pressure can still give back, and its line of unloading: zero pressure at `zero`, modulus 1/perModulus.
-struct Recoverable {
-  double energy, zero, perModulus;
 };
 
 // State variables, from 0.
@@ -411,30 +405,16 @@ SA_INLINE void storeEnd(const Block& b, const Model& model, int start, int lengt
       state[i + kCompaction * N] = vm::select(wasAlive, vm::max(w.compaction[k], crushedOld), crushedOld);
     }
 
-    // What is lost, at least nothing: flow at the stress of the end, the strength on its way down from that before, what damage
-    // takes of cut tension and compaction of pores, less what bulking gives to the pressure.
-    const double left = keep * trial, volume = 1.0 + w.mu[k], dep = w.plasticStrain[k], fall = w.before[k] - q;
-    const Recoverable r = m.recoverable(w.mu[k], h, limit);
-    const double toFailure = w.failureStrain[k] * (1.0 - w.damageBefore[k]);
-    double lost = q * dep;
-    if constexpr (Model::kGradual)
-      lost += 0.5 * fall * vm::min(dep, vm::max(toFailure, fall * m.perG3));
-    else
-      lost += fall * vm::min(dep, toFailure + 0.5 * fall * m.perG3);
-    const double lowered = tensionLimit(m, damageOld) - limit;
-    const double halfway = 1.0 + vm::max(-0.9, r.zero - (limit + 0.5 * lowered) * r.perModulus);
-    lost += lowered * vm::max(0.0, 1.0 - volume / halfway);
-    if constexpr (Model::kBulks) {
-      const double growth = w.growth[k], emptied = 1.0 - vm::min(0.5, (h - 0.5 * growth) * m.perK1);
-      lost -= growth * (volume / emptied - 1.0);
-    }
-    if constexpr (Model::kCompacts) lost += m.crushed(historyOld, h) * volume;
-    lost = vm::select(lost < 0.0, 0.0, lost);
-
-    // The internal energy is what was lost and what can come back; nothing comes back from a point that is deleted.
-    const double elastic = (left * left * (0.5 * m.perG3) + r.energy * volume) * perDensity;
-    const double inelasticNow = inelOld + lost * perDensity + vm::select(isAlive, 0.0, elastic);
-    const double internalNow = inelasticNow + vm::select(isAlive, elastic, 0.0);
+    // What is lost where something has yielded: the work of the mean stress less what can come back, at least nothing.  An
+    // elastic increment loses nothing and stores exactly, so the internal energy is always what was lost and what can come back.
+    const double left = keep * trial, volume = 1.0 + w.mu[k];
+    const double elastic = vm::select(
+        isAlive, (left * left * (0.5 * m.perG3) + m.recoverable(w.mu[k], h, limit) * volume) * perDensity, 0.0);
+    const double work = 0.5 * (product(old, strain) + product(now, strain)) * perDensity;
+    const double yielded = w.plasticStrain[k] + (D - damageOld) + (h - historyOld) + vm::select(isAlive, 0.0, 1.0);
+    const double lost = vm::select(yielded == 0.0, 0.0, work - (elastic - (intOld - inelOld)));
+    const double inelasticNow = inelOld + vm::select(lost < 0.0, 0.0, lost);
+    const double internalNow = inelasticNow + elastic;
     internal[i] = vm::select(wasAlive, internalNow, intOld);
     inelastic[i] = vm::select(wasAlive, inelasticNow, inelOld);
   });

@@ -14,7 +14,7 @@ struct CeramicConstants : BrittleConstants {
     return {vm::select(mu > 0.0, cubic(mu), K1 * mu) + bulkingPressure, bulkingPressure, 0.0};
   }
   // From zero pressure, which bulking moves into tension, along K1 mu + dP and in compression the cubic.
-  SA_INLINE Recoverable recoverable(double mu, double bulkingPressure, double limit) const {
+  SA_INLINE double recoverable(double mu, double bulkingPressure, double limit) const {
     const double zero = vm::max(-0.5, -bulkingPressure * perK1),
                  from = vm::max(mu, vm::max(-0.9, zero - limit * perK1));
     const double per = 1.0 / (1.0 + from), c = vm::max(0.0, from), w = c * per;
@@ -23,7 +23,7 @@ struct CeramicConstants : BrittleConstants {
     const double line = K1 * ((L - fromZero) - vm::select(from > 0.0, w - zero, (from - zero) * per));
     const double rest = K2 * ((c - 2.0 * L) + w) + K3 * (c * (0.5 * c - 2.0) + (3.0 * L - w));
     const double cut = limit * (1.0 / (1.0 + mu) - per);
-    return {line + vm::select(from > 0.0, rest, 0.0) + bulkingPressure * w + cut, zero, perK1};
+    return line + vm::select(from > 0.0, rest, 0.0) + bulkingPressure * w + cut;
   }
   bool isWrong(const Block&) const { return false; }
   double elasticBulkModulus() const { return K1; }

@@ -10,7 +10,6 @@ struct Hjc : BrittleConstants {
   static constexpr int kProperties = 21, kStates = 5;
   double A, B, N, fc, perStrength, perTension, smallestFailureStrain, cap, D1, D2;
   double crushStrain, crushPressure, elasticModulus, crushSlope, stiffening; // d(unloading modulus)/d(largest mu)
-  double crushedShare = 1.0;
   double denseFrom, denseStrain, perDense; // mu at which all pores are closed; their part
 
   static bool isRefused(const Block& b) {
@@ -44,16 +43,6 @@ struct Hjc : BrittleConstants {
     perDense = 1.0 / (1.0 + denseStrain);
     crushSlope = (lockPressure - crushPressure) / (denseFrom - crushStrain);
     stiffening = (K1 - elasticModulus) / (denseFrom - crushStrain);
-    // the whole crushing loses what its work leaves beside the energy of the cubic, which is not that of the last straight line
-    const double closed = 1.0 / (1.0 + crushStrain) - 1.0 / (1.0 + denseFrom);
-    const double work =
-        crushPressure * closed +
-        crushSlope * (vm::logPositive((1.0 + denseFrom) / (1.0 + crushStrain)) - (1.0 + crushStrain) * closed);
-    const double lineLoss = work + recoverable(crushStrain, crushStrain, 0.0).energy -
-                            recoverable(denseFrom, denseFrom, 0.0).energy,
-                 loss = lineLoss + recoverable(denseFrom, denseFrom, 0.0).energy -
-                        recoverable(denseFrom, denseFrom * (1.0 + 1e-15), 0.0).energy;
-    crushedShare = lineLoss > 0.0 && loss > 0.0 ? loss / lineLoss : 1.0;
   }
   bool isWrong(const Block& b) const {
     const double lockPressure = b.props[12], reached = cubic((denseFrom - denseStrain) / (1.0 + denseStrain));
@@ -85,31 +74,13 @@ struct Hjc : BrittleConstants {
     // the cubic leaves a little less than the last of the straight lines: no more than that is permanent on any way
     return {vm::select(u.isDense, full, crushing), largest, vm::min(denseStrain, u.zero)};
   }
-  SA_INLINE Recoverable recoverable(double mu, double largest, double limit) const {
+  SA_INLINE double recoverable(double mu, double largest, double limit) const {
     const Unloading u = unloading(largest);
-    const double perModulus = 1.0 / u.modulus;
-    const double from = vm::max(mu, u.zero - limit * perModulus), x = (from - u.zero) / (1.0 + u.zero);
+    const double from = vm::max(mu, u.zero - limit / u.modulus), x = (from - u.zero) / (1.0 + u.zero);
     const VolumeEnergy e = volumeEnergy(x);
     const double inTheCubic = vm::select(x > 0.0, perDense * (K2 * e.square + K3 * e.cube), 0.0);
     const double cubicPart = vm::select(largest > denseFrom, inTheCubic, 0.0);
-    return {u.modulus * e.linear + cubicPart + limit * (1.0 / (1.0 + mu) - 1.0 / (1.0 + from)), u.zero, perModulus};
-  }
-  // Per undeformed volume and largest mu: what moves the line of unloading takes from the work of the pressure on it.
-  SA_INLINE double crushedPerStrain(double largest) const {
-    const double beyond = largest - crushStrain, top = crushPressure + crushSlope * beyond,
-                 modulus = elasticModulus + stiffening * beyond, perModulus = 1.0 / modulus, strain = top * perModulus;
-    const double zero = largest - strain, zeroMoves = 1.0 - (crushSlope - strain * stiffening) * perModulus;
-    const double w = strain / (1.0 + largest);
-    return modulus * zeroMoves * w / (1.0 + zero) - stiffening * w * w * (0.5 + w * (1.0 / 3.0 + 0.25 * w));
-  }
-  // Gauss's rule of two points over the part of the growth that crushes, in proportion to what is left at the dense material.
-  SA_INLINE double crushed(double before, double now) const {
-    const double from = vm::max(crushStrain, vm::min(before, denseFrom)),
-                 to = vm::max(crushStrain, vm::min(now, denseFrom));
-    constexpr double kPlace = 0x1.279a74590331cp-1; // 1/sqrt(3)
-    const double middle = 0.5 * (from + to), half = 0.5 * (to - from);
-    const double both = crushedPerStrain(middle - kPlace * half) + crushedPerStrain(middle + kPlace * half);
-    return vm::select(now > before, both * half * crushedShare, 0.0);
+    return u.modulus * e.linear + cubicPart + limit * (1.0 / (1.0 + mu) - 1.0 / (1.0 + from));
   }
   SA_INLINE Strength strength(double p, double rateFactor) const {
     const double scale = fc * rateFactor, cohesion = scale * A, friction = scale * B * power(p * perStrength, N);

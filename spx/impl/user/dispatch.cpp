@@ -34,6 +34,6 @@ SA_EXPORT void SPX_USR_BUILTINVUMAT SA_USER_PARAMETERS {
   const sa::OwnArithmetic arithmetic;
   const std::string_view name = sa::user::nameOf(materialName, materialNameLength);
   for (const sa::user::Entry& entry : sa::user::kEntries)
-    if (name.starts_with(entry.key)) return entry.implementation SA_USER_ARGUMENTS;
+    if (name.starts_with(entry.key)) return entry.implementation SA_ARGUMENTS_SPX_USR_BUILTINVUMAT;
   sa::user::refuse(SA_USER_BLOCK, "Material %S is not supported as a built-in user material");
 }

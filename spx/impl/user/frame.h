@@ -25,11 +25,6 @@ namespace sa::user {
    const double* enerInternOld, const double* enerInelasOld, const double* tempNew,                                    \
    [[maybe_unused]] const double* stretchNew, const double* defgradNew, [[maybe_unused]] const double* fieldNew,       \
    double* stressNew, double* stateNew, double* enerInternNew, double* enerInelasNew, int64_t materialNameLength)
-#define SA_USER_ARGUMENTS                                                                                              \
-  (callInfo, nblock, ndir, nshr, nstatev, nfieldv, nprops, annealing, stepTime, totalTime, dt, materialName,           \
-   coordinates, characteristicLength, props, density, strainInc, relSpinInc, tempOld, stretchOld, defgradOld,          \
-   fieldOld, stressOld, stateOld, enerInternOld, enerInelasOld, tempNew, stretchNew, defgradNew, fieldNew, stressNew,  \
-   stateNew, enerInternNew, enerInelasNew, materialNameLength)
 
 // What the models read and write of it.
 struct Block {
