@@ -6,8 +6,8 @@
 #include "acd/succeeds.h"
 #include "dia_MetadataTable.h"
 #include "dmpC_CommContainer.h"
-#include "glo/kernel/kernel.h"
 #include "glo/frame/thread_slot.h"
+#include "glo/kernel/kernel.h"
 
 #include <cstring>
 #include <new>

@@ -1,7 +1,7 @@
 // Element updates of the explicit solver: whole increments of the twisting column, everything included, on one and two
 // threads in turn.
-#include "solver/analysis/analysis.h"
 #include "glo.h"
+#include "solver/analysis/analysis.h"
 #include "tests/solver/models.h"
 
 #include <algorithm>

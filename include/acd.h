@@ -47,9 +47,12 @@
 #ifndef SHAREDANALYSIS_ACD_H
 #define SHAREDANALYSIS_ACD_H
 
+/* in the order of the contents */
+/* clang-format off */
 #include "acd/lifecycle.h"
 #include "acd/analysis.h"
 #include "acd/diagnostics.h"
 #include "acd/processes.h"
+/* clang-format on */
 
 #endif

@@ -71,6 +71,8 @@
 #ifndef SHAREDANALYSIS_GLO_H
 #define SHAREDANALYSIS_GLO_H
 
+/* in the order of the contents */
+/* clang-format off */
 #include "glo/lifecycle.h"
 #include "glo/messages.h"
 #include "glo/storage.h"
@@ -84,5 +86,6 @@
 #include "glo/assembly.h"
 #include "glo/output_principal.h"
 #include "glo/output_copies.h"
+/* clang-format on */
 
 #endif

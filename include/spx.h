@@ -29,6 +29,8 @@
 #ifndef SHAREDANALYSIS_SPX_H
 #define SHAREDANALYSIS_SPX_H
 
+/* in the order of the contents */
+/* clang-format off */
 #include "spx/lifecycle.h"
 #include "spx/elements.h"
 #include "spx/filters.h"
@@ -43,5 +45,6 @@
 #include "spx/user_materials.h"
 #include "spx/tables.h"
 #include "spx/user_elements.h"
+/* clang-format on */
 
 #endif

@@ -684,7 +684,8 @@ int run(std::vector<std::string> words) {
     return findings == 0 ? 0 : 1;
   }
   const std::size_t firstHeader = command == "symbols" || command == "table" ? 2 : 1;
-  static const std::set<std::string> kCommands = {"check", "version-script", "registry", "arguments", "symbols", "table"};
+  static const std::set<std::string> kCommands = {"check",     "version-script", "registry",
+                                                  "arguments", "symbols",        "table"};
   if (kCommands.count(command) == 0 || words.size() <= firstHeader) {
     std::cerr << "usage: sa_interface check|version-script|registry|arguments HEADERS...\n"
                  "       sa_interface symbols LIB HEADERS...\n"

@@ -52,6 +52,7 @@ namespace sa {
 // Points that an iterative kernel, or one that works in several passes, treats at a time in its scratch.  Longer blocks are
 // worked off in pieces of this length.
 constexpr int kScratchPoints = 136;
+using Lane = double[kScratchPoints]; // one value for each point of a piece
 
 // body(i) for the points i = 0 .. n - 1, vectorised; numbers of more than 32 bits where n has them.
 template <class Count, class Body>

@@ -66,3 +66,5 @@ SA_KERNEL(GLO_OPE_GENASSEMCONTSHELL, (const int32_t* nblock, const int32_t* ncom
 }
 
 } // namespace sa
+
+#undef SA_ASSEMBLE_PART

@@ -125,3 +125,16 @@ SA_STRAINS(2D, 4)
 SA_STRAINS(3D, 6)
 
 } // namespace sa
+
+#undef SA_RECORDS
+#undef SA_WHOLE
+#undef SA_SET
+#undef SA_WHOLE_BLOCK
+#undef SA_ELEMENT_SET
+#undef SA_P
+#undef SA_Q
+#undef SA_ORIENTED_COPIES
+#undef SA_DIRECTIONAL_COPIES
+#undef SA_PLAIN_WHOLE
+#undef SA_PLAIN_SET
+#undef SA_STRAINS

@@ -105,3 +105,5 @@ SA_KERNEL(GLO_UTI_INVERSER, (const int32_t* nblock, const double* A, double* B, 
 }
 
 } // namespace sa
+
+#undef SA_SOLVE

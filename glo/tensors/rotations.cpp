@@ -158,3 +158,5 @@ SA_ROTATION(GLO_UTI_ROTATES30S33) {
 }
 
 } // namespace sa
+
+#undef SA_ROTATION

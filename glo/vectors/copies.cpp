@@ -59,3 +59,6 @@ SA_MOVE(GLO_UTI_GENBROADCASTR,
 }
 
 } // namespace sa
+
+#undef SA_FILL
+#undef SA_FILL_WITH

@@ -1,6 +1,7 @@
 // Vectors: sums, products, lengths, extrema.
 #include "glo.h"
 #include "glo/kernel/kernel.h"
+#include "glo/kernel/vmath.h"
 
 #include <limits>
 
@@ -59,13 +60,12 @@ SA_INLINE double extremeOf(int n, double start, Value value) {
 // 1 / length of each vector, scaled by its largest component, so that no square overflows or vanishes; 0 for a zero vector.
 template <int dimension>
 SA_INLINE void normalise(int nblock, double* V) {
-  constexpr double kTiny = std::numeric_limits<double>::min();
   const int64_t N = nblock;
   forPoints(nblock, [=](int i) SA_POINT {
     const double x = V[i], y = V[i + N], z = dimension == 3 ? V[i + (dimension - 1) * N] : 0.0;
     const double ax = __builtin_fabs(x), ay = __builtin_fabs(y), az = __builtin_fabs(z);
     const double axy = ax > ay ? ax : ay, largest = axy > az ? axy : az;
-    const double g = largest <= kTiny ? 1.0 : 0.0, f = (1.0 - g) / (largest + g);
+    const double g = largest <= vm::kSmallestNormal ? 1.0 : 0.0, f = (1.0 - g) / (largest + g);
     const double p = x * f, q = y * f, r = z * f;
     const double length = __builtin_sqrt(p * p + q * q + r * r), scale = (1.0 - g) / (length + g);
     V[i] = p * scale;
@@ -170,3 +170,6 @@ SA_KERNEL(GLO_UTI_MINNONZEROR, (const int32_t* n, const double* a, double* resul
 }
 
 } // namespace sa
+
+#undef SA_VECTOR_2
+#undef SA_VECTOR_SCALAR

@@ -81,8 +81,7 @@ inline double scaled(const Variable& variable, double x) {
 }
 
 inline void check(const std::vector<Variable>& variables, const std::vector<Row>& rows) {
-  if (variables.empty())
-    throw std::invalid_argument("a material table without variables");
+  if (variables.empty()) throw std::invalid_argument("a material table without variables");
   if (rows.empty()) throw std::invalid_argument("a material table without rows");
   for (const Scale once : {Scale::Logarithm, Scale::Root})
     if (std::count_if(variables.begin(), variables.end(), [=](const Variable& v) { return v.scale == once; }) > 1)

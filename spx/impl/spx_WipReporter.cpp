@@ -87,3 +87,5 @@ void spx_WipReporter::Verbose(const std::string&) { SA_UNIMPLEMENTED("Verbose");
 void spx_WipReporter::Display(const std::string&) { SA_UNIMPLEMENTED("Display"); }
 void spx_WipReporter::Interrupted() { SA_UNIMPLEMENTED("Interrupted"); }
 void spx_WipReporter::CommandDone() { SA_UNIMPLEMENTED("CommandDone"); }
+
+#undef SA_UNIMPLEMENTED

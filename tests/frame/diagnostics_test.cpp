@@ -252,7 +252,7 @@ TEST_F(Diagnostics, PrintedWhileTheExecutionCodeIsOne) {
             "ipm_message_c|Error|message=%s|Error 7 of -8");
   EXPECT_EQ(recordingHost().calls, (Calls{"LFC_XUT_XPLMSGFLUSH 7"}));
 
-  const std::string text(" " + std::string(60, 'a') + " " + std::string(30, 'b'));
+  const std::string text = std::string(1, ' ').append(60, 'a').append(1, ' ').append(30, 'b');
   const char* const strings[] = {text.c_str()};
   acd_warning_c(codes::Warning, nullptr, nullptr, strings, nullptr, kElement, 1);
   // the warning header with its blank is one longer than the writer's

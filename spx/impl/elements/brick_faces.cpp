@@ -109,7 +109,7 @@ SA_KERNEL(SPX_OPE_C3D8FACEAREA, (const int32_t* nblock, const int32_t* ld, const
     normal[e + 2 * L] = off ? 0.0 : f.z;
   };
   forPieces(*nblock, [=](int start, int n) SA_POINT {
-    Column marks;
+    Lane marks;
     forPoints(n, [=, &marks](int i) SA_POINT {
       const int e = start + i;
       const FaceArea f = faceArea(nodes.terms(e, 1.0));

@@ -16,7 +16,7 @@ SA_KERNEL(SPX_OPE_C3DH8OPER,
     double *dV = dVdX + start, *b = B + start;
     OnePoint brick;
     onePointModes(n, L, X + start, brick);
-    Column scale, squares, marks;
+    Lane scale, squares, marks;
     forPoints(n, [=, &brick, &scale](int e) SA_POINT {
       const double W = brick.twelveVolumes(e, m[e]), masked = W == 0.0 ? 1.0 : m[e];
       const double s = (1.0 - masked) * 0.08333333333333333, volume = W * s + masked;
@@ -45,7 +45,7 @@ SA_KERNEL(SPX_OPE_C3DH8OPER,
     hourglassVectors(n, L, brick, scale, b, gamma + start);
 
     forPoints(n, [=, &brick, &squares, &marks](int e) SA_POINT {
-      const double sum = squares[e], q = sum > kTiny ? sum : sum + (kTiny + m[e]);
+      const double sum = squares[e], q = sum > vm::kSmallestNormal ? sum : sum + (vm::kSmallestNormal + m[e]);
       const double extent = __builtin_fabs(brick.patterns(e));
       diag[e] = v[e] * 0.5 / q;
       stiff[e] = 2.0 * q * rv[e];
@@ -59,7 +59,7 @@ SA_KERNEL(SPX_OPE_C3DH8OPER,
     // a sum of squares that vanishes leaves no scale for the stiffness
     forPoints(n, [&squares, &marks](int e) SA_POINT {
       const double old = marks[e];
-      marks[e] = old != 0.0 && !(squares[e] > kTiny) ? 2.0 : old;
+      marks[e] = old != 0.0 && !(squares[e] > vm::kSmallestNormal) ? 2.0 : old;
     });
     replaceInfinite(n, L, 24, 0.0, marks, dV), replaceInfinite(n, L, 24, 0.0, marks, b);
     replaceInfinite(n, L, 12, 0.0, marks, hourglass), replaceInfinite(n, L, 32, 0.0, marks, g);
@@ -77,10 +77,10 @@ SA_KERNEL(SPX_OPE_C3D8IOPER, (const int32_t* nblock, const int32_t* ipt, const i
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     double *det = detJ + start, *rdet = rdetJ + start, *m = mask + start, *v = vol + start, *rv = rvol + start;
     double *bdet = Bdet + start, *b = B + start;
-    Column volume;
+    Lane volume;
     integrateGradient(n, N, points, dNdxi, dNdeta, dNdzeta, X + start, m, N, b, volume,
                       [=](int p, const double* x, const double* y, const double* z, const Cofactors& C,
-                          const Column& atPoint) SA_POINT {
+                          const Lane& atPoint) SA_POINT {
                         if (p != wanted) return;
                         pointGradient<false>(n, N, x, y, z, C, bdet);
                         forPoints(n, [=, &atPoint](int e) SA_POINT { det[e] = atPoint[e]; });
@@ -101,7 +101,7 @@ SA_KERNEL(SPX_OPE_C3D8IOPER, (const int32_t* nblock, const int32_t* ipt, const i
         out[e] = off ? 0.0 : mean;
         at[e] = off ? 0.0 : product;
       });
-    Column marks;
+    Lane marks;
     forPoints(n, [=, &marks](int e) SA_POINT { marks[e] = 1.0 - m[e]; });
     findInfinite(n, N, 24, b, marks);
     if (!anyInfinite(n, marks)) return;

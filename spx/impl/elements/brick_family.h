@@ -6,14 +6,11 @@
 #pragma once
 
 #include "glo/kernel/kernel.h"
+#include "glo/kernel/vmath.h"
 
 namespace sa::brick {
 
-constexpr double kTiny = 2.2250738585072014e-308; // the smallest normal double
-
 constexpr double kInfinite = 1e300; // sums of a few products below this stay finite
-
-using Column = double[kScratchPoints]; // one value for each element of a piece
 
 // ---- bricks whose numbers no double holds
 
@@ -22,7 +19,7 @@ using Column = double[kScratchPoints]; // one value for each element of a piece
 // once more, value by value; no element of another piece costs anything.
 constexpr double kLeast = 1e-100, kMost = 1e100;
 
-SA_INLINE bool anyMarked(int n, const Column& marks) {
+SA_INLINE bool anyMarked(int n, const Lane& marks) {
   uint64_t any = 0;
 #pragma omp simd reduction(| : any)
   for (int e = 0; e < n; ++e) any |= __builtin_bit_cast(uint64_t, marks[e]);
@@ -34,20 +31,20 @@ SA_INLINE double markOutside(double value, double mask) {
 }
 
 // Elements among the marked ones that hold an infinity or NaN in `columns` columns become 2.0.
-SA_INLINE void findInfinite(int n, int64_t ld, int columns, const double* A, Column& marks) {
+SA_INLINE void findInfinite(int n, int64_t ld, int columns, const double* A, Lane& marks) {
   for (int k = 0; k < columns; ++k)
     forPoints(n, [a = A + k * ld, &marks](int e) SA_POINT {
       const double old = marks[e];
       marks[e] = old != 0.0 && !(__builtin_fabs(a[e]) <= 1.7976931348623157e308) ? 2.0 : old;
     });
 }
-SA_INLINE bool anyInfinite(int n, const Column& marks) {
-  Column found;
+SA_INLINE bool anyInfinite(int n, const Lane& marks) {
+  Lane found;
   forPoints(n, [&](int e) SA_POINT { found[e] = marks[e] == 2.0 ? 1.0 : 0.0; });
   return anyMarked(n, found);
 }
 // Their values are those of a masked element.
-SA_INLINE void replaceInfinite(int n, int64_t ld, int columns, double value, const Column& marks, double* A) {
+SA_INLINE void replaceInfinite(int n, int64_t ld, int columns, double value, const Lane& marks, double* A) {
   for (int k = 0; k < columns; ++k)
     forPoints(n, [=, a = A + k * ld, &marks](int e) SA_POINT {
       const double old = a[e];
@@ -66,7 +63,7 @@ SA_INLINE double reciprocalPower(double x) {
 // du/dxi, du/deta, du/dzeta of one coordinate u.  At any point the derivatives of the two nodes of an edge along xi differ
 // by their sign alone, so four of them times four differences give du/dxi; likewise for eta and zeta.
 SA_INLINE void jacobianRow(int n, int64_t ld, const double* a, const double* b, const double* c, const double* u,
-                           Column& uXi, Column& uEta, Column& uZeta) {
+                           Lane& uXi, Lane& uEta, Lane& uZeta) {
   const double a1 = a[0], a3 = a[2], a5 = a[4], a7 = a[6];
   const double b1 = b[0], b2 = b[1], b5 = b[4], b6 = b[5];
   const double c1 = c[0], c2 = c[1], c3 = c[2], c4 = c[3];
@@ -81,7 +78,7 @@ SA_INLINE void jacobianRow(int n, int64_t ld, const double* a, const double* b, 
 
 // The nine cofactors of the Jacobian; before they are found, its entries dx/dxi, dx/deta, dx/dzeta, dy/dxi, ...
 struct Cofactors {
-  Column xXi, xEta, xZeta, yXi, yEta, yZeta, zXi, zEta, zZeta;
+  Lane xXi, xEta, xZeta, yXi, yEta, yZeta, zXi, zEta, zZeta;
 };
 
 // Cofactors and determinant at the point whose derivative columns are a, b, c.  An element that is masked on entry has no
@@ -105,7 +102,7 @@ SA_INLINE void pointJacobian(int n, int64_t ld, const double* a, const double* b
     // with d they are finite all: d holds the cofactors of the first column
     const double others = ((rx2 + rx3) + (ry2 + ry3)) + (rz2 + rz3);
     const bool isFinite = __builtin_fabs(d) < kInfinite && __builtin_fabs(others) < kInfinite;
-    const bool off = mask[e] != 0.0 || !isFinite, degenerate = off || !(d >= kTiny);
+    const bool off = mask[e] != 0.0 || !isFinite, degenerate = off || !(d >= vm::kSmallestNormal);
     C.xXi[e] = off ? 0.0 : rx1, C.xEta[e] = off ? 0.0 : rx2, C.xZeta[e] = off ? 0.0 : rx3;
     C.yXi[e] = off ? 0.0 : ry1, C.yEta[e] = off ? 0.0 : ry2, C.yZeta[e] = off ? 0.0 : ry3;
     C.zXi[e] = off ? 0.0 : rz1, C.zEta[e] = off ? 0.0 : rz2, C.zZeta[e] = off ? 0.0 : rz3;
@@ -116,8 +113,8 @@ SA_INLINE void pointJacobian(int n, int64_t ld, const double* a, const double* b
 
 // det * dN/du of the eight nodes, from the cofactors of one coordinate u; added to what B holds, or in its place.
 template <bool kAdd>
-SA_INLINE void gradientColumns(int n, int64_t ld, const double* a, const double* b, const double* c, const Column& cXi,
-                               const Column& cEta, const Column& cZeta, double* B) {
+SA_INLINE void gradientColumns(int n, int64_t ld, const double* a, const double* b, const double* c, const Lane& cXi,
+                               const Lane& cEta, const Lane& cZeta, double* B) {
   for (int node = 0; node < 8; ++node) {
     const double aI = a[node], bI = b[node], cI = c[node];
     double* out = B + node * ld;
@@ -144,7 +141,7 @@ SA_INLINE void pointGradient(int n, int64_t ld, const double* a, const double* b
 template <class AtPoint>
 SA_INLINE void integrateGradient(int n, int64_t ld, int nipt, const double* dNdxi, const double* dNdeta,
                                  const double* dNdzeta, const double* X, double* mask, int64_t ldB, double* B,
-                                 Column& volume, AtPoint atPoint) {
+                                 Lane& volume, AtPoint atPoint) {
   for (int column = 0; column < 24; ++column) {
     double* out = B + column * ldB;
     forPoints(n, [=](int e) SA_POINT { out[e] = 0.0; });
@@ -159,7 +156,7 @@ SA_INLINE void integrateGradient(int n, int64_t ld, int nipt, const double* dNdx
       c[node] = 0.125 * dNdzeta[first + node];
     }
     Cofactors C;
-    Column det;
+    Lane det;
     pointJacobian(n, ld, a, b, c, X, mask, C, det);
     pointGradient<true>(n, ldB, a, b, c, C, B);
     forPoints(n, [&volume, &det](int e) SA_POINT { volume[e] += det[e]; });
@@ -189,8 +186,8 @@ SA_INLINE double nodalSum(const double* B, int64_t ld, Value value) {
 // The coordinates of a brick written in the eight sign patterns of its nodes; the constant one is not needed.
 // a: xi, eta, zeta; h: eta zeta, xi zeta, xi eta, xi eta zeta, the hourglass patterns 1 to 4.
 struct Modes {
-  Column a1, a2, a3, h1, h2, h3, h4;
-  Column hourglass; // h1 + h2 + h3 + h4: not finite, or huge, where one of them is
+  Lane a1, a2, a3, h1, h2, h3, h4;
+  Lane hourglass; // h1 + h2 + h3 + h4: not finite, or huge, where one of them is
 };
 
 // Sums over edges, differences first: a brick far from the origin loses nothing.
@@ -259,7 +256,7 @@ SA_INLINE void toNodes(double* out, int64_t ld, double a1, double a2, double a3,
 
 // Nodal values of a field given by its modes, times scale; adds 8 times the squares of the scaled modes, which is the sum of
 // the squares of the nodal values, to squares.
-SA_INLINE void nodalValues(int n, int64_t ld, const Modes& d, const Column& scale, double* B, Column& squares) {
+SA_INLINE void nodalValues(int n, int64_t ld, const Modes& d, const Lane& scale, double* B, Lane& squares) {
   forPoints(n, [=, &d, &scale, &squares](int e) SA_POINT {
     const double s = scale[e];
     const bool masked = s == 0.0; // then the modes need not be finite
@@ -271,8 +268,8 @@ SA_INLINE void nodalValues(int n, int64_t ld, const Modes& d, const Column& scal
 }
 
 // gamma_k = Gamma_k - (h_kx B_x + h_ky B_y + h_kz B_z) for one hourglass pattern; signs holds Gamma_k.
-SA_INLINE void hourglassVector(int n, int64_t ld, const double (&signs)[8], const Column& hx, const Column& hy,
-                               const Column& hz, const Column& scale, const double* B, double* gamma) {
+SA_INLINE void hourglassVector(int n, int64_t ld, const double (&signs)[8], const Lane& hx, const Lane& hy,
+                               const Lane& hz, const Lane& scale, const double* B, double* gamma) {
   for (int node = 0; node < 8; ++node) {
     const double sign = signs[node];
     const double *bx = B + node * ld, *by = bx + 8 * ld, *bz = by + 8 * ld;
@@ -321,8 +318,7 @@ SA_INLINE double refinedReciprocal(double v, double mask) {
 }
 
 // The derivatives of 12 V times scale, and the sum of the squares of the 24 values.
-SA_INLINE void onePointGradient(int n, int64_t ld, const OnePoint& brick, const Column& scale, double* B,
-                                Column& squares) {
+SA_INLINE void onePointGradient(int n, int64_t ld, const OnePoint& brick, const Lane& scale, double* B, Lane& squares) {
   forPoints(n, [&squares](int e) SA_POINT { squares[e] = 0.0; });
   nodalValues(n, ld, brick.dx, scale, B, squares);
   nodalValues(n, ld, brick.dy, scale, B + 8 * ld, squares);
@@ -330,7 +326,7 @@ SA_INLINE void onePointGradient(int n, int64_t ld, const OnePoint& brick, const 
 }
 
 // The four hourglass shape vectors; those of elements with scale 0 are 0.
-SA_INLINE void hourglassVectors(int n, int64_t ld, const OnePoint& brick, const Column& scale, const double* B,
+SA_INLINE void hourglassVectors(int n, int64_t ld, const OnePoint& brick, const Lane& scale, const double* B,
                                 double* gamma) {
   const Modes &x = brick.x, &y = brick.y, &z = brick.z;
   hourglassVector(n, ld, kHourglass[0], x.h1, y.h1, z.h1, scale, B, gamma);

@@ -25,15 +25,15 @@ SA_INLINE double modalSum(const Modes& d, const Modes& t, int e) {
 // and the hourglass values g_k = t_k - h_k.gradT; the nodal flows have the modes s d.(V q + c g_k h_k), less c g_k in mode k.
 
 struct HeatFlow {
-  Column scale, weight;  // s, and c without the hourglass values
-  Column qx, qy, qz;     // flux times volume; with the hourglass part after its pass
-  Column gx, gy, gz;     // gradient
-  Column g1, g2, g3, g4; // hourglass values times their weight
+  Lane scale, weight;  // s, and c without the hourglass values
+  Lane qx, qy, qz;     // flux times volume; with the hourglass part after its pass
+  Lane gx, gy, gz;     // gradient
+  Lane g1, g2, g3, g4; // hourglass values times their weight
 };
 
 // Scale, weights, fluxes and gradient.  Elements without volume are masked.
 SA_INLINE void heatGradient(int n, int64_t N, const OnePoint& brick, const Modes& t, const double* q, const double* k,
-                            double* m, HeatFlow& h, Column& marks) {
+                            double* m, HeatFlow& h, Lane& marks) {
   forPoints(n, [=, &brick, &t, &h, &marks](int e) SA_POINT {
     const double W = brick.twelveVolumes(e, m[e]), masked = W == 0.0 ? 1.0 : m[e];
     const double s = (1.0 - masked) * refinedReciprocal(W + masked, masked), volume = W * 0.08333333333333333;
@@ -118,7 +118,7 @@ SA_KERNEL(SPX_ASM_C3D8RTDIVER, (const int32_t* nblock, const double* X, const do
     projectModes(n, N, T + start, t);
 
     HeatFlow flow;
-    Column marks;
+    Lane marks;
     heatGradient(n, N, brick, t, q, k, m, flow, marks);
     heatHourglass(n, brick, t, flow);
     heatFlows(n, N, brick, flow, r);

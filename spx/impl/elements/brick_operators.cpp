@@ -31,7 +31,7 @@ SA_KERNEL(SPX_OPE_C3D8ROPER2, (const int32_t* nblock, const int32_t* ld, const d
     onePointModes(n, L, X + start, brick);
 
     // W = 12 V, then the reciprocal with one Newton step.
-    Column scale, squares, marks;
+    Lane scale, squares, marks;
     forPoints(n, [=, &brick, &scale](int e) SA_POINT {
       const double W = brick.twelveVolumes(e, m[e]), masked = W == 0.0 ? 1.0 : m[e];
       const double volume12 = W + masked, reciprocal = refinedReciprocal(volume12, masked);
@@ -44,7 +44,7 @@ SA_KERNEL(SPX_OPE_C3D8ROPER2, (const int32_t* nblock, const int32_t* ld, const d
     hourglassVectors(n, L, brick, scale, b, g);
 
     forPoints(n, [=, &brick, &squares, &marks](int e) SA_POINT {
-      const double product = v[e] * squares[e], q = product > kTiny ? product : product + m[e];
+      const double product = v[e] * squares[e], q = product > vm::kSmallestNormal ? product : product + m[e];
       const double extent = __builtin_fabs(brick.patterns(e));
       diag[e] = 6.0 / q;
       stiff[e] = q / 6.0;

@@ -217,7 +217,7 @@ SA_KERNEL(SPX_OPE_SC3DDISTORTIONCHECK,
           (const int32_t* nblock, const double* t, const double* a, const double* b, const double* X, double* flags)) {
   const int64_t N = *nblock;
   forPieces(*nblock, [=](int start, int n) SA_POINT {
-    brick::Column marks, diagonal13, diagonal24;
+    Lane marks, diagonal13, diagonal24;
     forPoints(n, [=, &diagonal13, &diagonal24](int i) SA_POINT {
       const double* x = X + start + i;
       const Vector x1 = nodeOf(x, N, 1), x2 = nodeOf(x, N, 2), x3 = nodeOf(x, N, 3), x4 = nodeOf(x, N, 4);

@@ -109,7 +109,7 @@ SA_KERNEL(SPX_OPE_C3D8RCSTRAINOUTPUT,
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     double *f = F + start, *e = strain + start, *m = mask + start;
     double B[24 * kScratchPoints], C[6 * kScratchPoints];
-    brick::Column volume;
+    Lane volume;
     brick::integrateGradient(n, L, 8, dNdxi, dNdeta, dNdzeta, X + start, m, kScratchPoints, B, volume,
                              [](auto...) SA_POINT {});
     for (int j = 0; j < 3; ++j)

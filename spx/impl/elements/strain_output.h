@@ -11,8 +11,6 @@
 
 namespace sa::strain {
 
-constexpr double kTiny = 2.2250738585072014e-308; // the smallest normal double
-
 enum Selector { kGreen = 1, kNominal = 2, kLogarithmic = 3, kAlmansi = 4 };
 
 // Keeps the products of the columns finite: a gradient whose first three components reach beyond the limit is scaled down to it.
@@ -35,7 +33,7 @@ SA_INLINE void removeStretch(int n, int64_t ldU, const double* U, int64_t ld, do
     const double c11 = u22 * u33 - u23 * u23, c12 = u23 * u13 - u12 * u33, c13 = u12 * u23 - u22 * u13;
     const double c22 = u11 * u33 - u13 * u13, c23 = u12 * u13 - u11 * u23, c33 = u11 * u22 - u12 * u12;
     const double d = u11 * c11 + u12 * c12 + u13 * c13;
-    const double g = __builtin_fabs(d) <= kTiny ? 1.0 : 0.0, r = (1.0 - g) / (d + g);
+    const double g = __builtin_fabs(d) <= vm::kSmallestNormal ? 1.0 : 0.0, r = (1.0 - g) / (d + g);
     const double i11 = r * c11 + g, i22 = r * c22 + g, i33 = r * c33 + g, i12 = r * c12, i23 = r * c23, i13 = r * c13;
     const auto correct = [=](double* row) SA_POINT {
       const double f1 = row[0], f2 = row[3 * ld], f3 = row[6 * ld];
@@ -79,11 +77,11 @@ SA_INLINE double nominalStrain(double x, double shift) {
 }
 SA_INLINE double logarithmicStrain(double x, double shift) {
   const bool far = shift == 0.0;
-  return 0.5 * logAboutOne(far && x <= kTiny ? kTiny : x, shift);
+  return 0.5 * logAboutOne(far && x <= vm::kSmallestNormal ? vm::kSmallestNormal : x, shift);
 }
 SA_INLINE double almansiStrain(double x, double shift) {
   const double l = shift + x;
-  return 0.5 * (x - (1.0 - shift)) / (l <= kTiny ? kTiny : l);
+  return 0.5 * (x - (1.0 - shift)) / (l <= vm::kSmallestNormal ? vm::kSmallestNormal : l);
 }
 
 // sin(h) / h, |h| below 1e5: the series near 0, the cosine of the complement elsewhere.

@@ -21,16 +21,14 @@ struct Matrices {
   SA_INLINE const double* at(int64_t i, int64_t j) const { return entries + (i + j * ndof) * nblock; }
 };
 
-using Flags = double[kScratchPoints];
-
 // The flags become 1.0 where an entry fails.  Entries are compared as they are; NaN differs from everything.
-SA_INLINE void flagDifferent(int n, const double* a, const double* b, Flags& flags) {
+SA_INLINE void flagDifferent(int n, const double* a, const double* b, Lane& flags) {
   forPoints(n, [=, &flags](int e) SA_POINT {
     const double old = flags[e];
     flags[e] = vm::select(a[e] != b[e], 1.0, old);
   });
 }
-SA_INLINE void flagNonzero(int n, const double* a, const double* b, Flags& flags) {
+SA_INLINE void flagNonzero(int n, const double* a, const double* b, Lane& flags) {
   forPoints(n, [=, &flags](int e) SA_POINT {
     const double old = flags[e];
     flags[e] = vm::select((a[e] != 0.0) | (b[e] != 0.0), 1.0, old);
@@ -38,7 +36,7 @@ SA_INLINE void flagNonzero(int n, const double* a, const double* b, Flags& flags
 }
 
 // The elements start .. start + n - 1 of the block that fail a check.
-SA_INLINE void flagFailing(Check check, const Matrices& m, int64_t start, int n, Flags& flags) {
+SA_INLINE void flagFailing(Check check, const Matrices& m, int64_t start, int n, Lane& flags) {
   const auto entry = [&](int64_t i, int64_t j) SA_POINT { return m.at(i, j) + start; };
   for (int e = 0; e < n; ++e) flags[e] = 0.0;
   int64_t first = 0;
@@ -58,7 +56,7 @@ SA_INLINE void flagFailing(Check check, const Matrices& m, int64_t start, int n,
 }
 
 SA_CLONES
-static void massCheck_clones(Check check, const Matrices& m, int64_t start, int n, Flags& flags) {
+static void massCheck_clones(Check check, const Matrices& m, int64_t start, int n, Lane& flags) {
   flagFailing(check, m, start, n, flags);
 }
 
@@ -91,7 +89,7 @@ constexpr ElementMessage kInvalidOffDiagonal = {
 void run(Check check, const ElementMessage& message, const Matrices& m, const int32_t* elements) {
   bool knowsModel = false, inInstances = false;
   forPieces(static_cast<int>(m.nblock), [&](int start, int n) SA_POINT {
-    Flags flags;
+    Lane flags;
     massCheck_clones(check, m, start, n, flags);
     for (int e = 0; e < n; ++e) {
       if (flags[e] == 0.0) continue;

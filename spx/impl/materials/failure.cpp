@@ -6,11 +6,11 @@
 namespace sa {
 namespace {
 
-constexpr double kThird = 0.3333333333333333, kNormal = 2.2250738585072014e-308;
+constexpr double kThird = 0.3333333333333333;
 
-// a > kNormal b, and kNormal b >= a, without a product in the subnormal range, where processors are slow.
-SA_INLINE bool exceeds(double a, double b) { return a * 0x1p500 > kNormal * 0x1p500 * b; }
-SA_INLINE bool reaches(double b, double a) { return kNormal * 0x1p500 * b >= a * 0x1p500; }
+// a > vm::kSmallestNormal b, and vm::kSmallestNormal b >= a, without a product in the subnormal range, where processors are slow.
+SA_INLINE bool exceeds(double a, double b) { return a * 0x1p500 > vm::kSmallestNormal * 0x1p500 * b; }
+SA_INLINE bool reaches(double b, double a) { return vm::kSmallestNormal * 0x1p500 * b >= a * 0x1p500; }
 
 // ---- stress of point k; components that a state does not store are zero
 
@@ -51,7 +51,7 @@ SA_INLINE MeanAndMises meanAndMises(const Sym<S33>& s) {
 // Mean stress over Mises stress, kept within 100 either way.
 SA_INLINE double triaxiality(const Sym<S33>& s) {
   const MeanAndMises q = meanAndMises(s);
-  const bool sheared = exceeds(q.mises, vm::abs(q.mean)), nothing = vm::abs(q.mean) <= kNormal;
+  const bool sheared = exceeds(q.mises, vm::abs(q.mean)), nothing = vm::abs(q.mean) <= vm::kSmallestNormal;
   const double ratio = q.mean / vm::select(sheared, q.mises, 1.0);
   const double inside = vm::select(vm::abs(ratio) > 100.0, vm::copysign(100.0, ratio), ratio);
   const double hydrostatic = vm::select(nothing, 0.0, vm::copysign(100.0, q.mean));
@@ -167,10 +167,10 @@ SA_KERNEL(SPX_MAT_JCSHRFAILEXP, (const int32_t* nblock, const double* properties
       const double a = P9 * scale * heat, b = P10 * scale * heat, k = P11 * x[start + i];
       const double above = b + a * e[i], below = a + b * e[i];
       // without b the exponential cancels, also where its product with a has underflowed: the limit
-      const bool negative = k < 0.0, vanished = b == 0.0 && vm::abs(above) < kNormal;
+      const bool negative = k < 0.0, vanished = b == 0.0 && vm::abs(above) < vm::kSmallestNormal;
       const double numerator = vm::select(negative || vanished, 1.0, e[i]);
       const double denominator = vm::select(negative, below, vm::select(vanished, a, above));
-      rStrain[start + i] = vm::select(negative && below <= kNormal, 0.0, numerator / denominator);
+      rStrain[start + i] = vm::select(negative && below <= vm::kSmallestNormal, 0.0, numerator / denominator);
     });
   });
 }

@@ -155,7 +155,7 @@ struct ArrudaBoyce {
 // eta is kept from reaching one.
 struct VanDerWaals {
   static constexpr bool kLocks = true;
-  static constexpr double kNormal = 2.2250738585072014e-308, kLargestEta = 0.99999;
+  static constexpr double kLargestEta = 0.99999;
   double mu, lambdaM, a, beta, D = 0.0;
 
   struct State {
@@ -165,7 +165,7 @@ struct VanDerWaals {
   };
   SA_INLINE State state(double I1, double I2) const { return stateOf((1.0 - beta) * I1 + beta * I2 - 3.0); }
   SA_INLINE State stateOf(double t) const {
-    const bool deformed = !(t <= kNormal); // a NaN is kept
+    const bool deformed = !(t <= vm::kSmallestNormal); // a NaN is kept
     const double s = vm::select(deformed, t, 0.0), root = vm::sqrt(s), range = vm::sqrt(lambdaM * lambdaM - 3.0);
     const double eta = root / range;
     const bool beyond = eta > kLargestEta;

@@ -37,7 +37,7 @@ SA_INLINE bool forDeformations(int nblock, In stretch, Guard guard, Body body) {
 // Isochoric energy and 1/J.
 template <class In, class Model>
 SA_INLINE void isochoricEnergy(int nblock, In stretch, Model model, double* energy, double* rJ) {
-  forDeformations(nblock, stretch, AddOne{kSmallestNormal}, [=](int k, double J, const auto& Bbar) SA_POINT {
+  forDeformations(nblock, stretch, AddOne{vm::kSmallestNormal}, [=](int k, double J, const auto& Bbar) SA_POINT {
     energy[k] = model(k).energy(trace(Bbar), secondInvariant(Bbar));
     rJ[k] = 1.0 / J;
     return 0.0;

@@ -12,11 +12,9 @@
 
 namespace sa {
 
-constexpr double kSmallestNormal = 2.2250738585072014e-308;
-
 // The stretch of the thickness that keeps the volume of a plane area ratio; 1 where the area is nothing or turned over.
 SA_INLINE double isochoricThickness(double area) {
-  const bool sound = area > kSmallestNormal;
+  const bool sound = area > vm::kSmallestNormal;
   const double r = 1.0 / (sound ? area : 1.0);
   return area != area ? area : r;
 }
@@ -109,7 +107,7 @@ struct AxialStressOut {
 // Newton's step in the logarithm of a free stretch, at most a half either way.  Where the material has no stiffness the step is
 // a quarter against the residual: a direction in tension contracts.
 SA_INLINE double stretchStep(double residual, double slope) {
-  const bool stiff = slope > kSmallestNormal;
+  const bool stiff = slope > vm::kSmallestNormal;
   const double step = residual / vm::select(stiff, slope, 1.0);
   const double against = vm::select(residual == 0.0, 0.0, vm::copysign(0.25, residual) + 0.0 * residual); // NaN stays
   const double chosen = vm::select(stiff, vm::max(-0.5, vm::min(0.5, step)), against);

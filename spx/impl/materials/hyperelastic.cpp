@@ -174,7 +174,7 @@ SA_KERNEL(SPX_MAT_MARLOWUNIRESULT, (const int32_t* nblock, SA_CURVE_SECOND(SA_AS
 
 #define SA_INVARIANTS(name, Storage)                                                                                   \
   SA_KERNEL(name, (const int32_t* nblock, double* I1, double* I2, double* rJ, const double* V)) {                      \
-    isochoricInvariants(*nblock, SA_IN(Storage), AddOne{kSmallestNormal}, I1, I2, rJ);                                 \
+    isochoricInvariants(*nblock, SA_IN(Storage), AddOne{vm::kSmallestNormal}, I1, I2, rJ);                             \
   }
 SA_INVARIANTS(SPX_MAT_HYPERINVS33, S33)
 SA_INVARIANTS(SPX_MAT_HYPERINVS31, S31)

@@ -8,7 +8,7 @@ namespace sa {
 
 // 1/d; 0 where d vanishes.
 SA_INLINE double guardedReciprocal(double d) {
-  const double g = vm::abs(d) <= 2.2250738585072014e-308 ? 1.0 : 0.0;
+  const double g = vm::abs(d) <= vm::kSmallestNormal ? 1.0 : 0.0;
   return (1.0 - g) / (d + g);
 }
 

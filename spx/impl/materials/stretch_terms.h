@@ -66,7 +66,7 @@ SA_INLINE void takeLogarithms(int start, int n, Stretch stretch, double* flag, S
   forPoints(n, [=, &w](int i) SA_POINT {
     const int k = start + i;
     const Stretches s = stretch(i, k);
-    const double product = s.l1 * s.l2 * s.l3, old = flag[k], guard = product < kSmallestNormal ? 1.0 : old;
+    const double product = s.l1 * s.l2 * s.l3, old = flag[k], guard = product < vm::kSmallestNormal ? 1.0 : old;
     flag[k] = guard;
     w.guard[i] = guard;
     w.J[i] = guard + (1.0 - guard) * product;
@@ -110,7 +110,7 @@ SA_INLINE double isSmallTerm(double alpha) { return vm::abs(alpha) < kSmallAlpha
 // A term whose alpha^2/4 is below the smallest normal number vanishes.
 SA_INLINE double termIsOn(double alpha) {
   const double half = 0.5 * alpha;
-  return vm::abs(half * half) < kSmallestNormal ? 0.0 : 1.0;
+  return vm::abs(half * half) < vm::kSmallestNormal ? 0.0 : 1.0;
 }
 
 struct TermFactors {
@@ -156,7 +156,7 @@ SA_INLINE void forTerms(int start, int n, const Terms& terms, const StretchLogs&
       const double* beta = terms.beta[t] + start;
       double volume[kScratchPoints];
       forPoints(n, [=, &w, &volume](int i) SA_POINT {
-        const double b = beta[i], g = vm::abs(b) < kSmallestNormal ? 1.0 : 0.0, exponent = alpha[i] * w.L[i];
+        const double b = beta[i], g = vm::abs(b) < vm::kSmallestNormal ? 1.0 : 0.0, exponent = alpha[i] * w.L[i];
         volume[i] = vm::expm1(-(exponent * b)) * (1.0 - g) / (b + g) - g * exponent;
       });
       forPoints(n, [=, &w, &volume](int i) SA_POINT {
@@ -261,7 +261,7 @@ SA_INLINE Tangent<Terms> tangentOf(const StressSums& s, int i) {
 
 // 1/lambda; 0 for a stretch of zero, where the powers have lost their meaning.
 SA_INLINE double reciprocalStretch(double lambda) {
-  const double g = vm::abs(lambda) < kSmallestNormal ? 1.0 : 0.0;
+  const double g = vm::abs(lambda) < vm::kSmallestNormal ? 1.0 : 0.0;
   return (1.0 - g) / (lambda + g);
 }
 
@@ -382,7 +382,7 @@ SA_INLINE void bracketedSteps(int n, FreeScratch& f, const double (&residual)[kS
     high = isHigh ? y : high, highNumber = isHigh ? (isNumber ? 1.0 : 0.0) : highNumber;
 
     const double stride = f.stride[i], width = high - low;
-    const bool isClosed = width < vm::kInfinity, stiff = isNumber && D > kSmallestNormal;
+    const bool isClosed = width < vm::kInfinity, stiff = isNumber && D > vm::kSmallestNormal;
     const double step = stiff ? r / (stiff ? D : 1.0) : vm::kInfinity, inside = y - step;
     const bool newton = stiff && inside > low && inside < high && vm::abs(step) <= 0.5 * f.before[i];
     const double outward = vm::max(-kMostLogOfStretch, vm::min(kMostLogOfStretch, y + (isLow ? stride : -stride)));

@@ -54,15 +54,13 @@ SA_INLINE double before(const General& t, int64_t first, int64_t row) {
 
 // ---- one variable
 
-using Scratch = double[kScratchPoints];
-
 // Lines of the intervals in which the points lie; what lies outside the table gets the first or last one.
 struct Lines {
   int64_t lower[kScratchPoints]; // rows, from 1
-  Scratch x1, f1, slope;
+  Lane x1, f1, slope;
 };
 
-SA_INLINE void findLinesInLongTable(int n, const General& t, const Scratch& x, Lines& lines) {
+SA_INLINE void findLinesInLongTable(int n, const General& t, const Lane& x, Lines& lines) {
   const int64_t length = t.rowLength, column = t.columns[0] - 1;
   const double* abscissas = t.rows + column;
   const auto abscissa = [=](int64_t row) SA_POINT { return abscissas[(row - 1) * length]; };
@@ -71,7 +69,7 @@ SA_INLINE void findLinesInLongTable(int n, const General& t, const Scratch& x, L
   for (; first + kAtATime <= n; first += kAtATime)
     findLowerRows<kAtATime>(1, t.rowCount, x + first, lines.lower + first, abscissa);
   for (; first < n; ++first) findLowerRows<1>(1, t.rowCount, x + first, lines.lower + first, abscissa);
-  Scratch x2, f2;
+  Lane x2, f2;
   for (int i = 0; i < n; ++i) {
     const double* row = t.rows + (lines.lower[i] - 1) * length;
     lines.x1[i] = row[column], x2[i] = row[column + length];
@@ -103,8 +101,8 @@ struct ShortTable {
   }
 };
 
-SA_INLINE void findLinesInShortTable(int n, const General& t, const ShortTable& table, const Scratch& x, Lines& lines) {
-  Scratch row;
+SA_INLINE void findLinesInShortTable(int n, const General& t, const ShortTable& table, const Lane& x, Lines& lines) {
+  Lane row;
   forPoints(n, [=, &row](int i) SA_POINT { row[i] = 1.0; });
   for (int64_t r = 2; r < t.rowCount; ++r) {
     const double breakpoint = table.x1[r - 1];
@@ -119,8 +117,7 @@ SA_INLINE void findLinesInShortTable(int n, const General& t, const ShortTable& 
 
 // Value and derivative, by the variable as transformed, for the n points of a piece.
 template <class Quantity>
-SA_INLINE void evaluatePiece(int n, const General& t, const ShortTable* shortTable, const Scratch& x, Scratch& y,
-                             Scratch& d) {
+SA_INLINE void evaluatePiece(int n, const General& t, const ShortTable* shortTable, const Lane& x, Lane& y, Lane& d) {
   const int64_t rows = t.rowCount;
   const double firstX = t.abscissa(1, 1), firstF = t.value(1), lastX = t.abscissa(rows, 1), lastF = t.value(rows);
   if (rows == 1) {
@@ -133,7 +130,7 @@ SA_INLINE void evaluatePiece(int n, const General& t, const ShortTable* shortTab
   const bool holdsBelow = !t.extrapolatesBelow(1), holdsAbove = !t.extrapolatesAbove(1);
   const double whole = before<Quantity>(t, 1, rows);
   Lines lines;
-  Scratch sum;
+  Lane sum;
   if (shortTable != nullptr)
     findLinesInShortTable(n, t, *shortTable, x, lines);
   else
@@ -165,7 +162,7 @@ SA_INLINE void evaluateOneVariable(const General& t, const PerPoint& points, con
   const bool isShort = t.rowCount <= kMostRowsCompared && place.count >= 8 && lineTable.layOut(t);
 
   forPieces(place.count, [=, &t, &place, &points, &lineTable](int start, int n) SA_POINT {
-    Scratch raw, x, y, d;
+    Lane raw, x, y, d;
     for (int i = 0; i < n; ++i) x[i] = raw[i] = source.x[place(start + i)];
     if (isLogarithmic) forPoints(n, [=, &x](int i) SA_POINT { x[i] = logarithm(x[i]); });
     if (isRoot) forPoints(n, [=, &x](int i) SA_POINT { x[i] = vm::sqrt(x[i]); });

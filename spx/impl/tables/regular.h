@@ -29,13 +29,11 @@ struct Regular {
   }
 };
 
-using Scratch = double[kScratchPoints];
-
 // Where the points stand on one axis: rows counted from 0, in strides, and the weight of the upper one.  A pool holds no more
 // values than a 32-bit integer counts.
 struct Position {
   int32_t lower[kScratchPoints], upper[kScratchPoints];
-  Scratch weight; // NaN where the abscissa is
+  Lane weight; // NaN where the abscissa is
 };
 
 // Integer part of a number from 1 to 2^31, without a conversion: loops that mix integers and reals are not vectorised.
@@ -46,7 +44,7 @@ SA_INLINE double integerPart(double x) {
 
 SA_INLINE void locate(int n, const Axis& axis, const double* x, Position& at) {
   const double x0 = axis.first, rdx = axis.reciprocalSpacing, last = axis.points, stride = axis.stride;
-  Scratch lower, upper;
+  Lane lower, upper;
   forPoints(n, [=, &at, &lower, &upper](int i) SA_POINT {
     const double X = x[i], s = (X - x0) * rdx + 2.0;
     const double p = vm::min(vm::max(s - 1.0, 1.0), last), q = vm::min(vm::max(s, 1.0), last); // a NaN gives 1
@@ -63,7 +61,7 @@ template <int variables>
 struct Cells {
   Position at[variables];
   double reciprocalSpacing[variables];
-  Scratch corner[1 << variables]; // bit v of the index says upper for variable v, counted from 0
+  Lane corner[1 << variables]; // bit v of the index says upper for variable v, counted from 0
 };
 
 constexpr int kNone = -1; // no variable is differenced: the value itself

@@ -230,3 +230,8 @@ SA_REFUSE(SPX_USR_THERMOPLASTIC, checkThermoplastic, "thermoplastic")
 SA_REFUSE(SPX_USR_MOLDEDPLASTIC, checkMoldedPlastic, "molded plastic")
 SA_REFUSE(SPX_USR_FABRIC, checkFabric, "fabric")
 SA_REFUSE(SPX_USR_PLYFABRIC, checkPlyFabric, "fabric-reinforced composite ply")
+
+#undef SA_CHECK_DEPVAR
+#undef SA_CURVE
+#undef SA_PLASTIC_TEXTS
+#undef SA_REFUSE
