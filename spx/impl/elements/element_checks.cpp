@@ -130,7 +130,7 @@ SA_INLINE Vector nodeOf(const double* x, int64_t ld, int node) {
   return {x[(node - 1) * ld], x[(node + 7) * ld], x[(node + 15) * ld]};
 }
 // The smaller one; NaN where either is.
-SA_INLINE double smaller(double a, double b) { return (a < b) | (a != a) ? a : b; }
+SA_INLINE double smaller(double a, double b) { return ((a < b) | (a != a)) ? a : b; }
 
 SA_INLINE double thickness(const double* t, int64_t ld) {
   const double thinnest = smaller(smaller(t[0], t[ld]), smaller(t[2 * ld], t[3 * ld]));
