@@ -342,10 +342,12 @@ SA_INLINE void newtonSteps(int n, FreeScratch& f, const double (&residual)[kScra
   forPoints(n, [&](int i) SA_POINT {
     const double r = residual[i], D = slope[i], now = f.free[i], start = f.isochoric[i], moving = f.moving[i];
     // without && and ||: a branch would keep the loop from being vectorised
-    const bool isMoving = moving != 0.0, isNumber = (vm::abs(r) < vm::kInfinity) & (vm::abs(D) < vm::kInfinity);
+    const bool isMoving = moving != 0.0, hasResidual = vm::abs(r) < vm::kInfinity,
+               hasSlope = vm::abs(D) < vm::kInfinity;
+    const bool isNumber = hasResidual & hasSlope;
     const double newton = stretchStep(r, D), step = vm::select(isMoving, newton, 0.0);
     const double next = vm::select(isMoving, now * vm::expClamped(-step), now);
-    const bool returns = isMoving & !isNumber, ends = !returns & !(vm::abs(step) > 1e-8);
+    const bool returns = isMoving & !isNumber, isLong = vm::abs(step) > 1e-8, ends = !returns & !isLong;
     const bool fails = returns & !(now != start);
     f.free[i] = vm::select(fails, vm::kNaN, vm::select(returns, start, next));
     f.moving[i] = vm::select(isMoving & !ends & !fails, 1.0, 0.0);
