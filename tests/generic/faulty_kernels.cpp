@@ -111,7 +111,8 @@ void FAULTY_NEXT_POINTINDX(const int32_t* n, const int32_t* count, const int32_t
 void FAULTY_DOES_NOT_RETURN(const int32_t* n, const double* x, double* y) {
   const sa::OwnArithmetic arithmetic;
   for (int i = 0; i < *n; ++i) {
-    for (double tiny = std::fabs(x[i]); tiny > 0.0 && tiny < 1e-300;) tiny *= 1.4;
+    for (volatile double tiny = std::fabs(x[i]); tiny > 0.0 && tiny < 1e-300;)
+      tiny = tiny * 1.4; // kept by the optimiser
     y[i] = 2.0 * x[i];
   }
 }
