@@ -24,7 +24,7 @@ extern "C" {
  * (groupNumber - 1) groupSize of the block.  The counter is a position in the sorted set and the number of the member in
  * the buffer; members are taken from there on up to the first that lies beyond the block, which waits for its own block, or
  * up to the last position.  A member that lies before the block is passed over without a record.  A block that holds no
- * member writes nothing and leaves the counter alone.
+ * member writes nothing; its counter moves past members that lie before the block and no further.
  *
  * Interleaved forms (nsub, isub) write record isub of the nsub records of each element; the call with isub = nsub moves the
  * counter.  The order of isub and counter differs between L3 and INVERT members and is meant.

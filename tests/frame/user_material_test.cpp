@@ -250,10 +250,10 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
        "Coefficients f3 and f5 for the thermoplastic material cannot be negative"},
       {"TVK_HONEYCOMB", 3, 3, 0, {}, "The honeycomb user material requires the specification of %I material in the "
        "*USER MATERIAL option for material %S.", "11"},
-      {"TVK_HONEYCOMB", 3, 3, 0, std::vector<double>(11), "The honeycomb user material requires the specification of "
-       "%I state variables. Check the definition of *DEPVAR for material %S.", "1"},
-      {"TVK_HONEYCOMB", 3, 3, 1, std::vector<double>(11, .2), "The honeycomb user material requires the specification "
-       "of %I state variables when a tensile strain for element deletion is defined in the model. Check the definition "
+      {"TVK_HONEYCOMB", 3, 3, 0, std::vector<double>(11), "The honeycomb user material requires the "
+       "specification of %I state variables. Check the definition of *DEPVAR for material %S.", "1"},
+      {"TVK_HONEYCOMB", 3, 3, 1, std::vector<double>(11, .2), "The honeycomb user material requires the "
+       "specification of %I state variables when a tensile strain for element deletion is defined in the model. Check the definition "
        "of *DEPVAR for material %S.", "2"},
       {"TVK_RATE_SENSITIVE_FOAM", 3, 3, 1, {}, "The rate sensitive foam user material requires the specification of %I "
        "state variables. Check the definition of  *DEPVAR in the input file.", "2"},
