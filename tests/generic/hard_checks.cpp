@@ -36,8 +36,11 @@ std::string bitsOf(const Array& array, std::size_t line) {
   char number[48];
   for (std::size_t c = 0; c < array.components(); ++c) {
     const std::size_t at = array.index(line, c);
-    std::snprintf(number, sizeof number, " %.17g=%016llx", array.real(at),
-                  static_cast<unsigned long long>(array.bits(at)));
+    if (array.elementSize == sizeof(double))
+      std::snprintf(number, sizeof number, " %.17g=%016llx", array.real(at),
+                    static_cast<unsigned long long>(array.bits(at)));
+    else
+      std::snprintf(number, sizeof number, " %d", array.integer(at));
     text += number;
   }
   return text;

@@ -46,7 +46,7 @@ struct Array {
   }
   double real(std::size_t element) const {
     double value = 0;
-    std::memcpy(&value, &bytes[element * sizeof value], sizeof value);
+    std::memcpy(&value, &bytes[element * elementSize], sizeof value);
     return value;
   }
   void setReal(std::size_t element, double value) { std::memcpy(&bytes[element * elementSize], &value, sizeof value); }
