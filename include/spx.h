@@ -21,7 +21,10 @@
  *    softening.h           Mullins effect                      SPX_MAT_...MULLINS..., SPX_OPT_...                     15
  *    failure.h             Ductile and shear failure           SPX_MAT_...STRESSRATIO..., JC...                       18
  *    orientations.h        Output of orientations              SPX_ODB_ORIENT...                                      24
- *    user_materials.h      Built-in user materials             SPX_USR_...                                            14
+ *    user_materials.h      Built-in user materials             SPX_USR_...                                             5
+ *    user_foams.h          User materials: foams, cores         SPX_USR_...FOAM, SPX_USR_HONEYCOMB                      5
+ *    user_plastics.h       User materials: plastics            SPX_USR_...PLASTIC                                      2
+ *    user_fabrics.h        User materials: fabrics             SPX_USR_...FABRIC                                       2
  *    tables.h              Material tables                     SPX_GET_GETVALUE..., SPX_TAB_..., INTEGRATE, SEGFIND   10
  *    tables.h              Nodal forces and conductivity       SPX_GET_...NFORCID, SPX_GET_CONSTCONDUCTIVITY...        6
  *    user_elements.h       User elements                       SPX_OPE_USERELEM...                                     5
@@ -43,6 +46,9 @@
 #include "spx/failure.h"
 #include "spx/orientations.h"
 #include "spx/user_materials.h"
+#include "spx/user_foams.h"
+#include "spx/user_plastics.h"
+#include "spx/user_fabrics.h"
 #include "spx/tables.h"
 #include "spx/user_elements.h"
 /* clang-format on */

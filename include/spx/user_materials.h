@@ -59,7 +59,7 @@ extern "C" {
 /** The material of this name, for one block.  The first key of the table above, in the order of its first column and then
  *  of its second, that the name begins with selects the implementation; whatever follows the key is free.  A name without a
  *  key is an "Error" that shows it in full length and ends the analysis.
- *  @param[in]  callInfo              (*), -: of the call; passed on, read by no model of this build
+ *  @param[in]  callInfo              (*), -: of the call; its first number is read by the plastics of plane elements, nothing else
  *  @param[in]  nblock                (1), count: points
  *  @param[in]  ndir                  (1), count: direct components
  *  @param[in]  nshr                  (1), count: shear components
@@ -72,13 +72,13 @@ extern "C" {
  *  @param[in]  dt                    (1), s: time increment
  *  @param[in]  materialName          (materialNameLength), text: name, padded with blanks
  *  @param[in]  coordinates           (nblock, *), m: of the points; read by no model of this build
- *  @param[in]  characteristicLength  (nblock), m: of the elements; read by no model of this build
+ *  @param[in]  characteristicLength  (nblock), m: of the elements; read by the ply fabric
  *  @param[in]  props                 (nprops), properties: those of the material, for the whole block
  *  @param[in]  density               (nblock), kg/m3: current density, for the energies
  *  @param[in]  strainInc             (nblock, ndir+nshr), strain: strain increment
  *  @param[in]  relSpinInc            (nblock, nshr), strain: relative spin increment; read by no model of this build
  *  @param[in]  tempOld               (nblock), K: temperature at the start of the increment
- *  @param[in]  stretchOld            (nblock, ndir+nshr), stretch: right stretch; read by no model of this build
+ *  @param[in]  stretchOld            (nblock, ndir+nshr), stretch: right stretch U; read by foams, honeycomb and fabric
  *  @param[in]  defgradOld            (nblock, ndir+nshr+nshr), deformation gradient: at the start; read by no model of this build
  *  @param[in]  fieldOld              (nblock, nfieldv), any: field variables; read by no model of this build
  *  @param[in]  stressOld             (nblock, ndir+nshr), Pa: stress
@@ -86,7 +86,7 @@ extern "C" {
  *  @param[in]  enerInternOld         (nblock), J/kg: internal energy
  *  @param[in]  enerInelasOld         (nblock), J/kg: inelastic energy
  *  @param[in]  tempNew               (nblock), K: temperature at the end of the increment
- *  @param[in]  stretchNew            (nblock, ndir+nshr), stretch: right stretch; read by no model of this build
+ *  @param[in]  stretchNew            (nblock, ndir+nshr), stretch: right stretch U; read by foams, honeycomb and fabric
  *  @param[in]  defgradNew            (nblock, ndir+nshr+nshr), deformation gradient: at the end; its determinant is the volume ratio
  *  @param[in]  fieldNew              (nblock, nfieldv), any: field variables; read by no model of this build
  *  @param[out] stressNew             (nblock, ndir+nshr), Pa: stress
@@ -253,136 +253,6 @@ void SPX_USR_HJCCONCRETE(const int32_t* callInfo, const int32_t* nblock, const i
                          const double* enerInternOld, const double* enerInelasOld, const double* tempNew,
                          const double* stretchNew, const double* defgradNew, const double* fieldNew, double* stressNew,
                          double* stateNew, double* enerInternNew, double* enerInelasNew, int64_t materialNameLength);
-
-/** Rate-sensitive foam; this build has its checks and no model: the call ends the analysis.
- *  @like SPX_USR_BUILTINVUMAT
- */
-void SPX_USR_RATESENSFOAM(const int32_t* callInfo, const int32_t* nblock, const int32_t* ndir, const int32_t* nshr,
-                          const int32_t* nstatev, const int32_t* nfieldv, const int32_t* nprops,
-                          const int32_t* annealing, const double* stepTime, const double* totalTime, const double* dt,
-                          const char* materialName, const double* coordinates, const double* characteristicLength,
-                          const double* props, const double* density, const double* strainInc, const double* relSpinInc,
-                          const double* tempOld, const double* stretchOld, const double* defgradOld,
-                          const double* fieldOld, const double* stressOld, const double* stateOld,
-                          const double* enerInternOld, const double* enerInelasOld, const double* tempNew,
-                          const double* stretchNew, const double* defgradNew, const double* fieldNew, double* stressNew,
-                          double* stateNew, double* enerInternNew, double* enerInelasNew, int64_t materialNameLength);
-
-/** Viscous foam; no model in this build, as SPX_USR_RATESENSFOAM.
- *  @like SPX_USR_BUILTINVUMAT
- */
-void SPX_USR_VISCOUSFOAM(const int32_t* callInfo, const int32_t* nblock, const int32_t* ndir, const int32_t* nshr,
-                         const int32_t* nstatev, const int32_t* nfieldv, const int32_t* nprops,
-                         const int32_t* annealing, const double* stepTime, const double* totalTime, const double* dt,
-                         const char* materialName, const double* coordinates, const double* characteristicLength,
-                         const double* props, const double* density, const double* strainInc, const double* relSpinInc,
-                         const double* tempOld, const double* stretchOld, const double* defgradOld,
-                         const double* fieldOld, const double* stressOld, const double* stateOld,
-                         const double* enerInternOld, const double* enerInelasOld, const double* tempNew,
-                         const double* stretchNew, const double* defgradNew, const double* fieldNew, double* stressNew,
-                         double* stateNew, double* enerInternNew, double* enerInelasNew, int64_t materialNameLength);
-
-/** Fu-Chang isotropic foam; no model in this build, as SPX_USR_RATESENSFOAM.
- *  @like SPX_USR_BUILTINVUMAT
- */
-void SPX_USR_FUCHANGISOFOAM(const int32_t* callInfo, const int32_t* nblock, const int32_t* ndir, const int32_t* nshr,
-                            const int32_t* nstatev, const int32_t* nfieldv, const int32_t* nprops,
-                            const int32_t* annealing, const double* stepTime, const double* totalTime, const double* dt,
-                            const char* materialName, const double* coordinates, const double* characteristicLength,
-                            const double* props, const double* density, const double* strainInc,
-                            const double* relSpinInc, const double* tempOld, const double* stretchOld,
-                            const double* defgradOld, const double* fieldOld, const double* stressOld,
-                            const double* stateOld, const double* enerInternOld, const double* enerInelasOld,
-                            const double* tempNew, const double* stretchNew, const double* defgradNew,
-                            const double* fieldNew, double* stressNew, double* stateNew, double* enerInternNew,
-                            double* enerInelasNew, int64_t materialNameLength);
-
-/** Fu-Chang anisotropic foam; no model in this build, as SPX_USR_RATESENSFOAM.
- *  @like SPX_USR_BUILTINVUMAT
- */
-void SPX_USR_FUCHANGANISOFOAM(const int32_t* callInfo, const int32_t* nblock, const int32_t* ndir, const int32_t* nshr,
-                              const int32_t* nstatev, const int32_t* nfieldv, const int32_t* nprops,
-                              const int32_t* annealing, const double* stepTime, const double* totalTime,
-                              const double* dt, const char* materialName, const double* coordinates,
-                              const double* characteristicLength, const double* props, const double* density,
-                              const double* strainInc, const double* relSpinInc, const double* tempOld,
-                              const double* stretchOld, const double* defgradOld, const double* fieldOld,
-                              const double* stressOld, const double* stateOld, const double* enerInternOld,
-                              const double* enerInelasOld, const double* tempNew, const double* stretchNew,
-                              const double* defgradNew, const double* fieldNew, double* stressNew, double* stateNew,
-                              double* enerInternNew, double* enerInelasNew, int64_t materialNameLength);
-
-/** Honeycomb; no model in this build, as SPX_USR_RATESENSFOAM.
- *  @like SPX_USR_BUILTINVUMAT
- */
-void SPX_USR_HONEYCOMB(const int32_t* callInfo, const int32_t* nblock, const int32_t* ndir, const int32_t* nshr,
-                       const int32_t* nstatev, const int32_t* nfieldv, const int32_t* nprops, const int32_t* annealing,
-                       const double* stepTime, const double* totalTime, const double* dt, const char* materialName,
-                       const double* coordinates, const double* characteristicLength, const double* props,
-                       const double* density, const double* strainInc, const double* relSpinInc, const double* tempOld,
-                       const double* stretchOld, const double* defgradOld, const double* fieldOld,
-                       const double* stressOld, const double* stateOld, const double* enerInternOld,
-                       const double* enerInelasOld, const double* tempNew, const double* stretchNew,
-                       const double* defgradNew, const double* fieldNew, double* stressNew, double* stateNew,
-                       double* enerInternNew, double* enerInelasNew, int64_t materialNameLength);
-
-/** Thermoplastic, for solids, plane stress and generalised plane strain; no model in this build, as SPX_USR_RATESENSFOAM.
- *  @like SPX_USR_BUILTINVUMAT
- */
-void SPX_USR_THERMOPLASTIC(const int32_t* callInfo, const int32_t* nblock, const int32_t* ndir, const int32_t* nshr,
-                           const int32_t* nstatev, const int32_t* nfieldv, const int32_t* nprops,
-                           const int32_t* annealing, const double* stepTime, const double* totalTime, const double* dt,
-                           const char* materialName, const double* coordinates, const double* characteristicLength,
-                           const double* props, const double* density, const double* strainInc,
-                           const double* relSpinInc, const double* tempOld, const double* stretchOld,
-                           const double* defgradOld, const double* fieldOld, const double* stressOld,
-                           const double* stateOld, const double* enerInternOld, const double* enerInelasOld,
-                           const double* tempNew, const double* stretchNew, const double* defgradNew,
-                           const double* fieldNew, double* stressNew, double* stateNew, double* enerInternNew,
-                           double* enerInelasNew, int64_t materialNameLength);
-
-/** Molded plastic, for solids, plane stress and generalised plane strain; no model in this build, as SPX_USR_RATESENSFOAM.
- *  @like SPX_USR_BUILTINVUMAT
- */
-void SPX_USR_MOLDEDPLASTIC(const int32_t* callInfo, const int32_t* nblock, const int32_t* ndir, const int32_t* nshr,
-                           const int32_t* nstatev, const int32_t* nfieldv, const int32_t* nprops,
-                           const int32_t* annealing, const double* stepTime, const double* totalTime, const double* dt,
-                           const char* materialName, const double* coordinates, const double* characteristicLength,
-                           const double* props, const double* density, const double* strainInc,
-                           const double* relSpinInc, const double* tempOld, const double* stretchOld,
-                           const double* defgradOld, const double* fieldOld, const double* stressOld,
-                           const double* stateOld, const double* enerInternOld, const double* enerInelasOld,
-                           const double* tempNew, const double* stretchNew, const double* defgradNew,
-                           const double* fieldNew, double* stressNew, double* stateNew, double* enerInternNew,
-                           double* enerInelasNew, int64_t materialNameLength);
-
-/** Fabric, for plane stress; no model in this build, as SPX_USR_RATESENSFOAM.
- *  @like SPX_USR_BUILTINVUMAT
- */
-void SPX_USR_FABRIC(const int32_t* callInfo, const int32_t* nblock, const int32_t* ndir, const int32_t* nshr,
-                    const int32_t* nstatev, const int32_t* nfieldv, const int32_t* nprops, const int32_t* annealing,
-                    const double* stepTime, const double* totalTime, const double* dt, const char* materialName,
-                    const double* coordinates, const double* characteristicLength, const double* props,
-                    const double* density, const double* strainInc, const double* relSpinInc, const double* tempOld,
-                    const double* stretchOld, const double* defgradOld, const double* fieldOld, const double* stressOld,
-                    const double* stateOld, const double* enerInternOld, const double* enerInelasOld,
-                    const double* tempNew, const double* stretchNew, const double* defgradNew, const double* fieldNew,
-                    double* stressNew, double* stateNew, double* enerInternNew, double* enerInelasNew,
-                    int64_t materialNameLength);
-
-/** Fabric-reinforced composite ply, for plane stress; no model in this build, as SPX_USR_RATESENSFOAM.
- *  @like SPX_USR_BUILTINVUMAT
- */
-void SPX_USR_PLYFABRIC(const int32_t* callInfo, const int32_t* nblock, const int32_t* ndir, const int32_t* nshr,
-                       const int32_t* nstatev, const int32_t* nfieldv, const int32_t* nprops, const int32_t* annealing,
-                       const double* stepTime, const double* totalTime, const double* dt, const char* materialName,
-                       const double* coordinates, const double* characteristicLength, const double* props,
-                       const double* density, const double* strainInc, const double* relSpinInc, const double* tempOld,
-                       const double* stretchOld, const double* defgradOld, const double* fieldOld,
-                       const double* stressOld, const double* stateOld, const double* enerInternOld,
-                       const double* enerInelasOld, const double* tempNew, const double* stretchNew,
-                       const double* defgradNew, const double* fieldNew, double* stressNew, double* stateNew,
-                       double* enerInternNew, double* enerInelasNew, int64_t materialNameLength);
 
 #ifdef __cplusplus
 }

@@ -13,14 +13,17 @@ namespace sharedanalysis::test {
 using Strain = std::array<double, 6>;
 inline const double kRoot = std::sqrt(2.0 / 3.0);
 
-// A block of like points that is led along a path of strain.  Only the volume ratio counts of the deformation gradient.
+// A block of like points that is led along a path, of strain or of stretch.  Of the deformation gradient only the volume ratio
+// counts.
 struct UserMaterial {
   std::string name;
   std::vector<double> props;
   int states, ndir = 3, nshr = 3, n = 1;
-  double dt = 1, time = 0, rho = 2500, temperature = 300;
+  double dt = 1, time = 0, rho = 2500, temperature = 300, characteristicLength = 1;
   bool massStays = false; // the density follows the volume, else it stays
   std::vector<double> stress, state, internal, inelastic, volume;
+  std::vector<double> stretch, stretchOld; // of paths of stretch, else 1
+  std::array<int, 4> callInfo = {};
 
   UserMaterial(std::string key, std::vector<double> properties, int stateCount, int direct = 3, int shear = 3,
                int points = 1)
@@ -28,27 +31,77 @@ struct UserMaterial {
     name.resize(80, ' ');
     stress.resize(n * (ndir + nshr)), state.resize(n * states), internal.resize(n), inelastic.resize(n);
     volume.assign(n, 1.0);
+    stretch.resize(stress.size());
+    for (int k = 0; k < n * ndir; ++k) stretch[k] = 1;
+    stretchOld = stretch;
+  }
+  // Of all points to the stretch U; the strain increment is the rate of deformation over the middle of the increment.
+  void stretchTo(const Strain& U) {
+    const auto full = [this](const std::vector<double>& from) {
+      Strain t = {1, 1, 1, 0, 0, 0};
+      for (int c = 0; c < ndir + nshr; ++c) t[c] = from[c * n];
+      return t;
+    };
+    const Strain before = full(stretch);
+    const auto at = [](const Strain& t, int i, int j) { return t[i == j ? i : i + j == 1 ? 3 : i + j == 3 ? 4 : 5]; };
+    double middle[3][3], inverse[3][3], det = 0;
+    for (int i = 0; i < 3; ++i)
+      for (int j = 0; j < 3; ++j) middle[i][j] = .5 * (at(U, i, j) + at(before, i, j));
+    for (int i = 0; i < 3; ++i)
+      for (int j = 0; j < 3; ++j) {
+        const int a = (i + 1) % 3, b = (i + 2) % 3, c = (j + 1) % 3, d = (j + 2) % 3;
+        inverse[j][i] = middle[a][c] * middle[b][d] - middle[a][d] * middle[b][c];
+        if (i == 0) det += middle[0][j] * inverse[j][0];
+      }
+    const auto part = [&](int i, int j) {
+      double sum = 0;
+      for (int k = 0; k < 3; ++k) sum += (at(U, i, k) - at(before, i, k)) * inverse[k][j] / det;
+      return sum;
+    };
+    Strain inc;
+    for (const auto& [c, i, j] : {std::array{0, 0, 0}, {1, 1, 1}, {2, 2, 2}, {3, 0, 1}, {4, 1, 2}, {5, 0, 2}})
+      inc[c] = .5 * (part(i, j) + part(j, i));
+    stretchOld = stretch;
+    for (int c = 0; c < ndir + nshr; ++c) std::fill_n(stretch.begin() + c * n, n, U[c]);
+    const double J =
+        U[0] * (U[1] * U[2] - U[4] * U[4]) - U[3] * (U[3] * U[2] - U[4] * U[5]) + U[5] * (U[3] * U[4] - U[1] * U[5]);
+    call(std::vector<Strain>(n, inc), std::vector<double>(n, J));
+  }
+  // In equal parts of the stretch.
+  void stretchSteps(const Strain& U, int count) {
+    Strain from = {1, 1, 1, 0, 0, 0}, now;
+    for (int c = 0; c < ndir + nshr; ++c) from[c] = stretch[c * n];
+    for (int k = 1; k <= count; ++k) {
+      for (int c = 0; c < 6; ++c) now[c] = from[c] + (U[c] - from[c]) * k / count;
+      stretchTo(now);
+    }
   }
   // An increment of all points, or of each its own.
   void step(const Strain& inc) { stepAll(std::vector<Strain>(n, inc)); }
   void stepAll(const std::vector<Strain>& increments, double newTemperature = 300) {
+    auto J = volume;
+    for (int i = 0; i < n; ++i) J[i] *= std::exp(increments[i][0] + increments[i][1] + increments[i][2]);
+    call(increments, J, newTemperature);
+  }
+  void call(const std::vector<Strain>& increments, const std::vector<double>& newVolume, double newTemperature = 300) {
     const int comps = ndir + nshr, zero = 0, props32 = static_cast<int>(props.size());
     std::vector<double> strain(n * comps), F(n * (ndir + 2 * nshr)), density(n), told(n, temperature),
         tnew(n, newTemperature);
     const auto oldStress = stress, oldState = state, oldInternal = internal, oldInelastic = inelastic;
     for (int i = 0; i < n; ++i) {
       for (int c = 0; c < comps; ++c) strain[c * n + i] = increments[i][c];
-      volume[i] *= std::exp(increments[i][0] + increments[i][1] + increments[i][2]);
+      volume[i] = newVolume[i];
       F[i] = volume[i];
       for (int c = 1; c < ndir; ++c) F[c * n + i] = 1;
       density[i] = massStays ? rho / volume[i] : rho;
     }
     time += dt;
-    SPX_USR_BUILTINVUMAT(&zero, &n, &ndir, &nshr, &states, &zero, &props32, &zero, &time, &time, &dt, name.data(),
-                         nullptr, nullptr, props.data(), density.data(), strain.data(), nullptr, told.data(), nullptr,
-                         nullptr, nullptr, oldStress.data(), oldState.data(), oldInternal.data(), oldInelastic.data(),
-                         tnew.data(), nullptr, F.data(), nullptr, stress.data(), state.data(), internal.data(),
-                         inelastic.data(), 80);
+    const std::vector<double> length(n, characteristicLength);
+    SPX_USR_BUILTINVUMAT(callInfo.data(), &n, &ndir, &nshr, &states, &zero, &props32, &zero, &time, &time, &dt,
+                         name.data(), nullptr, length.data(), props.data(), density.data(), strain.data(), nullptr,
+                         told.data(), stretchOld.data(), nullptr, nullptr, oldStress.data(), oldState.data(),
+                         oldInternal.data(), oldInelastic.data(), tnew.data(), stretch.data(), F.data(), nullptr,
+                         stress.data(), state.data(), internal.data(), inelastic.data(), 80);
     temperature = newTemperature;
   }
   void steps(Strain total, int count) {

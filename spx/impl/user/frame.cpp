@@ -22,7 +22,9 @@ bool refuse(const Block& block, std::string_view text, int32_t value, const doub
   return true;
 }
 
-void warn(const Block& block, std::string_view text) { write("Warning", block, text, 0, nullptr); }
+void warn(const Block& block, std::string_view text) {
+  if (block.isDataCheck) write("Warning", block, text, 0, nullptr);
+}
 
 bool refuseValues(const Block& block, std::initializer_list<int32_t> positive) {
   for (const int32_t number : positive)

@@ -32,7 +32,8 @@ struct Block {
   bool isDataCheck; // the host's first call, at time zero: it asks for the elastic answer
   double dt;
   std::string_view name;
-  const double *props, *density, *strainInc, *tempOld, *tempNew, *defgrad;
+  const int32_t* callInfo;
+  const double *props, *length, *density, *strainInc, *tempOld, *tempNew, *stretchOld, *stretch, *defgrad;
   const double *stressOld, *stateOld, *internalOld, *inelasticOld;
   double *stress, *state, *internal, *inelastic;
 
@@ -43,8 +44,9 @@ struct Block {
 #define SA_USER_BLOCK                                                                                                  \
   sa::user::Block {                                                                                                    \
     *nblock, *ndir, *nshr, *nstatev, *nprops, *stepTime == 0.0 && *totalTime == 0.0, *dt,                              \
-        sa::user::nameOf(materialName, materialNameLength), props, density, strainInc, tempOld, tempNew, defgradNew,   \
-        stressOld, stateOld, enerInternOld, enerInelasOld, stressNew, stateNew, enerInternNew, enerInelasNew           \
+        sa::user::nameOf(materialName, materialNameLength), callInfo, props, characteristicLength, density, strainInc, \
+        tempOld, tempNew, stretchOld, stretchNew, defgradNew, stressOld, stateOld, enerInternOld, enerInelasOld,       \
+        stressNew, stateNew, enerInternNew, enerInelasNew                                                              \
   }
 
 inline std::string_view nameOf(const char* text, int64_t length) {
@@ -56,6 +58,7 @@ inline std::string_view nameOf(const char* text, int64_t length) {
 // Writes an "Error" and ends the analysis; true, so that a check can return it.  The host may return from the end of the
 // analysis, so the caller leaves at once.
 bool refuse(const Block& block, std::string_view text, int32_t value = 0, const double* reals = nullptr);
+// Only in the host's first call: the block of every increment would repeat it.
 void warn(const Block& block, std::string_view text);
 
 // ---- checks: true when the analysis was ended
@@ -143,6 +146,14 @@ SA_INLINE double volumeRatio(const double* F, int64_t n, int64_t i) {
     const double F21 = F[i + 4 * n];
     return F33 * (F11 * F22 - F12 * F21);
   }
+}
+
+// Work of the stress per mass over an increment, from the Kirchhoff stresses at both ends; for models with large changes of
+// volume, whose density is that at the end.
+template <class Storage>
+SA_INLINE double kirchhoffWork(double volumeOld, const Sym<Storage>& old, double volume, const Sym<Storage>& now,
+                               const Sym<Storage>& strain, double density) {
+  return 0.5 * (volumeOld * product(old, strain) + volume * product(now, strain)) / (density * volume);
 }
 
 // x^y for x >= 0; y = 0 gives 1 also at x = 0.
