@@ -32,7 +32,7 @@ SA_KERNEL(SPX_OPE_C3DH8STRAINOUTPUT,
   const int64_t L = *ld;
   const int measure = *selector;
   const bool initial = *hasStretch != 0;
-  const double *gradients = F + 9 * L * (*ipt - 1), *rotations = hist + L * (*irot - 1);
+  const double *gradients = F + 9 * L * (*ipt - 1), *rotations = hist == nullptr ? hist : hist + L * (*irot - 1);
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     const double *f = gradients + start, *m = mask + start;
     double *g = G + start, *c = C + start, *j = J + start, *e = strain + start, *p = principal + start;
