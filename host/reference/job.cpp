@@ -21,6 +21,7 @@ JobFiles Job::open(const std::string& name, const std::filesystem::path& directo
   JobFiles files{file(".msg"), file(".log"), file(".sta")};
 
   const std::lock_guard lock(mutex_);
+  lastError_.clear();
   status = -1;
   threadError = false;
   transmitterClosing = false;
@@ -60,7 +61,9 @@ void Job::write(int32_t unit, std::string_view lines, int64_t count) {
 }
 
 void Job::writeStatus(std::string_view line) {
+  constexpr std::string_view kError = "Error ";
   const std::lock_guard lock(mutex_);
+  if (line.starts_with(kError)) lastError_ = line.substr(kError.size(), line.size() - kError.size() - 1);
   if (!status_.isOpen()) {
     ++unfiled;
     return;
@@ -72,6 +75,11 @@ void Job::writeStatus(std::string_view line) {
 void Job::flush(int32_t unit) {
   const std::lock_guard lock(mutex_);
   if (TextFile* file = fileOf(unit)) file->flush();
+}
+
+std::string Job::lastError() {
+  const std::lock_guard lock(mutex_);
+  return lastError_;
 }
 
 TextFile* Job::fileOf(int32_t unit) {
@@ -103,6 +111,8 @@ void closeJob() {
   job().close();
   if (error) throw std::system_error(error, "cannot write " + database.string());
 }
+
+std::string lastError() { return job().lastError(); }
 
 std::error_code writeError() {
   const std::error_code error = job().error();

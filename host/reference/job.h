@@ -8,6 +8,7 @@
 #include <array>
 #include <atomic>
 #include <mutex>
+#include <string>
 #include <string_view>
 
 namespace sharedanalysis::host {
@@ -25,6 +26,7 @@ public:
   // One line of the status file; everything written so far can be read from outside afterwards.
   void writeStatus(std::string_view line);
   void flush(int32_t unit);
+  std::string lastError();
 
   std::atomic<int64_t> unfiled{0};
   std::atomic<int32_t> status{-1};
@@ -37,6 +39,7 @@ private:
 
   std::mutex mutex_;
   TextFile message_, log_, status_;
+  std::string lastError_;
   const std::array<TextFile*, 3> files_{&message_, &log_, &status_};
 };
 

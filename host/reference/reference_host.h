@@ -46,6 +46,9 @@ SA_HOST_SERVICE int32_t jobStatus();
 // Whether thr_ErrorInThread or LFC_XUT_ABORT was called on any thread.
 SA_HOST_SERVICE bool threadError();
 
+// The text of the last error that reached the status channel, on one line, whether or not a job was open; openJob forgets it.
+SA_HOST_SERVICE std::string lastError();
+
 // Whether the library has ended the analysis.
 SA_HOST_SERVICE bool transmitterClosing();
 

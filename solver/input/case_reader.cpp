@@ -137,8 +137,16 @@ private:
       if (isTabulated(table))
         for (double temperature : table.reals("temperatures", "K")) readMaterial(table, temperature); // is it sound?
       else
-        add(names_.size() - 1, 0, readMaterial(table));
+        add(names_.size() - 1, 0, solidMaterial(table));
     }
+  }
+
+  static Material solidMaterial(const Table& table) {
+    Material material = readMaterial(table);
+    if (material.isSheet())
+      table.fail("user",
+                 "user material \"" + material.userName + "\" is one of plane stress, bricks need one of solids");
+    return material;
   }
 
   std::size_t add(std::size_t table, double temperature, Material material) {

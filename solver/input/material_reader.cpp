@@ -103,9 +103,11 @@ void readUser(const Table& table, Material& material) {
                            joined(keys, ", "));
   }
   material.constants = table.reals("properties", "");
-  if (material.constants.size() != model->properties)
-    table.fail("properties", "properties has " + counted(material.constants.size(), "number") + ", expected " +
-                                 std::to_string(model->properties) + " for " + model->key);
+  const std::size_t given = material.constants.size();
+  if (given < model->properties || (given > model->properties && !model->hasTables))
+    table.fail("properties", "properties has " + counted(given, "number") + ", expected " +
+                                 (model->hasTables ? "at least " : "") + std::to_string(model->properties) + " for " +
+                                 model->key);
   material.temperature = readNumber(table, material.model->keys[2]);
   if (table.has("mullins")) table.fail("mullins", "mullins does not go with a user material");
 }

@@ -1,17 +1,21 @@
 // The table of user materials, and the rotated frame in which their points are advanced.
 #include "solver/model/user_materials.h"
 
+#include "glo.h"
+#include "reference_host.h"
 #include "solver/model/materials.h"
+#include "solver/model/model.h"
 #include "solver/model/s33.h"
 #include "spx.h"
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace sharedanalysis::solver {
 namespace {
 
-constexpr int32_t kDirect = 3, kShear = 3, kNone = 0;
+constexpr int32_t kDirect = 3, kShear = 3, kSheetShear = 1, kNone = 0, kPlaneStress = 1;
 constexpr int kGradient[3][3] = {{0, 3, 8}, {6, 1, 4}, {5, 7, 2}}; // 11 22 33 12 23 31 21 32 13
 
 using Matrix = std::array<std::array<double, 3>, 3>;
@@ -54,24 +58,159 @@ void storeSymmetric(const Matrix& m, double* block, int32_t n, int32_t i) {
 
 // ---- moduli for the stable increment, from the properties p
 
+Moduli isotropic(double E, double nu) { return {E / (2 * (1 + nu)), E / (3 * (1 - 2 * nu))}; }
+
 // The stiffer of austenite (E, nu at 0) and martensite (at 2).
-Moduli superelasticModuli(const double* p) {
-  const double E = std::max(p[0], p[2]), nu = p[0] > p[2] ? p[1] : p[3];
-  return {E / (2 * (1 + nu)), E / (3 * (1 - 2 * nu))};
-}
+Moduli superelasticModuli(const Properties& p) { return isotropic(std::max(p[0], p[2]), p[0] > p[2] ? p[1] : p[3]); }
 // G and the first coefficient of the pressure, K1.
-Moduli ceramicModuli(const double* p) { return {p[0], p[13]}; }
+Moduli ceramicModuli(const Properties& p) { return {p[0], p[13]}; }
 // The stiffer of crushing begin (pressure over strain) and dense concrete, K1.
-Moduli concreteModuli(const double* p) { return {p[0], std::max(p[10] / p[11], p[16])}; }
+Moduli concreteModuli(const Properties& p) { return {p[0], std::max(p[10] / p[11], p[16])}; }
+Moduli plasticModuli(const Properties& p) { return isotropic(p[0], p[1]); }
+// E without lateral contraction.
+Moduli tabulatedFoamModuli(const Properties& p) { return isotropic(p[0], 0.0); }
+// Two terms mu, alpha, beta, and the modulus of the viscous branch.
+Moduli viscousFoamModuli(const Properties& p) {
+  return {p[0] + p[3] + p[6] / 2, 2 * p[0] * (p[2] + 1.0 / 3) + 2 * p[3] * (p[5] + 1.0 / 3) + p[6] / 3};
+}
+// The stiffest of the uncoupled directions, which have no lateral contraction.
+Moduli honeycombModuli(const Properties& p) {
+  return {*std::max_element(&p[7], &p[10]), *std::max_element(&p[4], &p[7]) / 3};
+}
+// For the table of a driver alone: sheets are no bricks.
+Moduli fabricModuli(const Properties& p) { return {p[6] + p[9], p[6] + p[9]}; }
+Moduli plyModuli(const Properties& p) { return isotropic(std::max(p[0], p[1]), p[2]); }
+
+// ---- the steepest slope of curves of (stress, strain)
+
+double steepest(const double* rows, std::size_t count) {
+  double slope = 0;
+  for (std::size_t r = 1; r < count; ++r)
+    slope = std::max(slope, (rows[2 * r] - rows[2 * r - 2]) / (rows[2 * r + 1] - rows[2 * r - 1]));
+  return slope;
+}
+// Of a family at `at`: `count` rows of rate and number of rows, then the curves; `at` moves behind it.  Numbers that end too
+// early are the library's to refuse.
+double steepestOfFamily(const Properties& p, std::size_t& at, double count) {
+  const auto isRoom = [&p](std::size_t from, double rows) {
+    return rows >= 0 && from <= p.size() && 2 * rows <= static_cast<double>(p.size() - from);
+  };
+  if (!isRoom(at, count)) return 0;
+  const std::size_t rates = at;
+  at += 2 * static_cast<std::size_t>(count);
+  double slope = 0;
+  for (std::size_t k = 0; k < static_cast<std::size_t>(count); ++k) {
+    const double rows = p[rates + 2 * k + 1];
+    if (!isRoom(at, rows)) break;
+    slope = std::max(slope, steepest(&p[at], static_cast<std::size_t>(rows)));
+    at += 2 * static_cast<std::size_t>(rows);
+  }
+  return slope;
+}
+double rateSensitiveSlope(const Properties& p) {
+  std::size_t at = 7;
+  return std::max(p[0], steepestOfFamily(p, at, p[6]));
+}
+double fuChangSlope(const Properties& p) {
+  std::size_t at = 6;
+  return std::max(p[0], steepestOfFamily(p, at, p[5]));
+}
+double orthotropicFuChangSlope(const Properties& p) {
+  std::size_t at = 11;
+  double slope = p[0];
+  for (std::size_t family = 5; family < 11; ++family) slope = std::max(slope, steepestOfFamily(p, at, p[family]));
+  return slope;
+}
+
+// ---- stiffness where the point stands
+
+// Of nominal stress over nominal strain: the spatial modulus is the slope times l^2/J.
+double tabulatedFoamStiffness(const UserState& s) { return s.slope * s.longest * s.longest / s.J; }
+double viscousFoamStiffness(const UserState& s) {
+  const double* p = s.properties;
+  double sum = p[6];
+  for (const double* term : {p, p + 3}) {
+    const double largest = std::max(std::pow(s.shortest, term[1]), std::pow(s.longest, term[1]));
+    sum += 2 * term[0] * (largest + std::max(0.0, term[2]) * std::pow(s.J, -term[1] * term[2]));
+  }
+  return sum / s.J;
+}
+// The open cells, and what compaction has made of them: state variable 1 leads to the dense metal.
+double honeycombStiffness(const UserState& s) {
+  const double* p = s.properties;
+  const Moduli dense = isotropic(p[0], p[1]);
+  return *std::max_element(p + 4, p + 7) + s.variables[0] * (dense.bulk + 4.0 / 3 * dense.shear);
+}
+
+// A status record is "message=" and its text.
+std::string textOf(const std::string& record) { return record.substr(record.find('=') + 1); }
 
 } // namespace
 
 const std::vector<UserModel>& userModels() {
   static const std::vector<UserModel> models = {
-      {"TVK_SUPER_ELASTIC_N3D", 8, 14, superelasticModuli, {}, {}},
-      {"TVK_JH2", 4, 18, ceramicModuli, 2, 13},
-      {"TVK_JHB", 4, 18, ceramicModuli, 2, 13},
-      {"TVK_HJC_CONCRETE", 5, 21, concreteModuli, 2, 16},
+      {.key = "TVK_SUPER_ELASTIC_N3D", .states = 8, .properties = 14, .moduli = superelasticModuli},
+      {.key = "TVK_JH2", .states = 4, .properties = 18, .moduli = ceramicModuli, .statusAt = 2, .pressureAt = 13},
+      {.key = "TVK_JHB",
+       .states = 5,
+       .properties = 18,
+       .hasTables = true,
+       .moduli = ceramicModuli,
+       .statusAt = 2,
+       .pressureAt = 13},
+      {.key = "TVK_HJC_CONCRETE",
+       .states = 5,
+       .properties = 21,
+       .moduli = concreteModuli,
+       .statusAt = 2,
+       .pressureAt = 16},
+      {.key = "TVK_MOLDED_PLASTIC",
+       .states = 14,
+       .properties = 21,
+       .hasTables = true,
+       .moduli = plasticModuli,
+       .statusAt = 13},
+      {.key = "TVK_THERMOPLASTIC",
+       .states = 14,
+       .properties = 21,
+       .hasTables = true,
+       .moduli = plasticModuli,
+       .statusAt = 13},
+      {.key = "TVK_VISCOUS_FOAM",
+       .states = 6,
+       .properties = 10,
+       .moduli = viscousFoamModuli,
+       .stiffness = viscousFoamStiffness},
+      {.key = "TVK_RATE_SENSITIVE_FOAM",
+       .states = 8,
+       .properties = 7,
+       .hasTables = true,
+       .moduli = tabulatedFoamModuli,
+       .stiffness = tabulatedFoamStiffness,
+       .slope = rateSensitiveSlope},
+      {.key = "TVK_FU_CHANG_ISO_FOAM",
+       .states = 7,
+       .properties = 6,
+       .hasTables = true,
+       .moduli = tabulatedFoamModuli,
+       .stiffness = tabulatedFoamStiffness,
+       .slope = fuChangSlope},
+      {.key = "TVK_FU_CHANG_ANISO_FOAM",
+       .states = 12,
+       .properties = 11,
+       .hasTables = true,
+       .moduli = tabulatedFoamModuli,
+       .stiffness = tabulatedFoamStiffness,
+       .slope = orthotropicFuChangSlope},
+      {.key = "TVK_HONEYCOMB",
+       .states = 3,
+       .properties = 18,
+       .hasTables = true,
+       .moduli = honeycombModuli,
+       .statusAt = 2,
+       .stiffness = honeycombStiffness},
+      {.key = "TVK_FABRIC", .states = 12, .properties = 14, .hasTables = true, .moduli = fabricModuli, .isSheet = true},
+      {.key = "TVK_PLY_FABRIC", .states = 16, .properties = 21, .moduli = plyModuli, .statusAt = 15, .isSheet = true},
   };
   return models;
 }
@@ -82,12 +221,18 @@ const UserModel* userModelOf(const std::string& name) {
   return nullptr;
 }
 
-Moduli userModuli(const Material& material) {
-  return userModelOf(material.userName)->moduli(material.constants.data());
+Moduli userModuli(const Material& material) { return userModelOf(material.userName)->moduli(material.constants); }
+
+bool Material::isSheet() const { return model->isUser() && userModelOf(userName)->isSheet; }
+
+void checkData(const Material& material) {
+  if (material.model->isUser() && !UserPoints(material, 1).isAccepted())
+    throw InputError("material \"" + material.name + "\": " + textOf(host::lastError()));
 }
 
 UserPoints::UserPoints(const Material& material, int32_t n)
-    : material_(&material), model_(userModelOf(material.userName)), n_(n), name_(material.userName) {
+    : material_(&material), model_(userModelOf(material.userName)), n_(n), name_(material.userName),
+      slope_(model_->slope != nullptr ? model_->slope(material.constants) : 0.0) {
   name_.resize(80, ' ');
   const auto size = static_cast<std::size_t>(n);
   old_.stretch.assign(6 * size, 0.0);
@@ -104,34 +249,74 @@ UserPoints::UserPoints(const Material& material, int32_t n)
   temperature_.assign(size, material.temperature);
   length_.assign(3 * size, 1.0);
   rotation_.resize(9 * size);
+  principal_.resize(3 * size);
 }
 
 void UserPoints::respond(const double* V, const double* F, double increment, double* stress, double* bound,
                          double* bulk) {
-  const int32_t n = n_, properties = static_cast<int32_t>(material_->constants.size());
-  const Moduli moduli = model_->moduli(material_->constants.data());
-  for (int32_t i = 0; i < n; ++i) {
+  const auto n = static_cast<std::size_t>(n_);
+  for (std::size_t i = 0; i < n; ++i) {
     Matrix f{};
     for (std::size_t a = 0; a < 3; ++a)
       for (std::size_t b = 0; b < 3; ++b) {
-        f[a][b] = F[static_cast<std::size_t>(n) * (3 * a + b) + static_cast<std::size_t>(i)];
-        now_.F[static_cast<std::size_t>(kGradient[a][b] * n + i)] = f[a][b];
+        f[a][b] = F[n * (3 * a + b) + i];
+        now_.F[static_cast<std::size_t>(kGradient[a][b]) * n + i] = f[a][b];
       }
-    const Matrix v = loadSymmetric(V, n, i), R = product(inverse(v), f), Rt = transposed(R);
+    if (model_->isSheet) now_.F[4 * n + i] = f[1][0]; // 11 22 33 12 21
+    const Matrix v = loadSymmetric(V, n_, static_cast<int32_t>(i)), R = product(inverse(v), f), Rt = transposed(R);
     for (std::size_t a = 0; a < 3; ++a)
-      for (std::size_t b = 0; b < 3; ++b) rotation_[9 * static_cast<std::size_t>(i) + 3 * a + b] = R[a][b];
-    const Matrix U = product(Rt, product(v, R)), before = loadSymmetric(old_.stretch.data(), n, i);
-    storeSymmetric(U, now_.stretch.data(), n, i);
+      for (std::size_t b = 0; b < 3; ++b) rotation_[9 * i + 3 * a + b] = R[a][b];
+    const Matrix U = product(Rt, product(v, R)),
+                 before = loadSymmetric(old_.stretch.data(), n_, static_cast<int32_t>(i));
+    storeSymmetric(U, now_.stretch.data(), n_, static_cast<int32_t>(i));
     // rate of deformation in the turned axes, over the middle of the increment
     Matrix change{}, middle{};
     for (std::size_t a = 0; a < 3; ++a)
       for (std::size_t b = 0; b < 3; ++b)
         change[a][b] = U[a][b] - before[a][b], middle[a][b] = 0.5 * (U[a][b] + before[a][b]);
-    storeSymmetric(product(change, inverse(middle)), strain_.data(), n, i);
+    storeSymmetric(product(change, inverse(middle)), strain_.data(), n_, static_cast<int32_t>(i));
     const double J = v[0][0] * (v[1][1] * v[2][2] - v[1][2] * v[1][2]) -
                      v[0][1] * (v[0][1] * v[2][2] - v[1][2] * v[0][2]) +
                      v[0][2] * (v[0][1] * v[1][2] - v[1][1] * v[0][2]);
-    density_[static_cast<std::size_t>(i)] = material_->density / J;
+    density_[i] = material_->density / J;
+  }
+  increment_ = increment;
+  call(time_ + increment);
+  boundStiffness(bound, bulk);
+  for (int32_t i = 0; i < n_; ++i) {
+    Matrix R{};
+    for (std::size_t a = 0; a < 3; ++a)
+      for (std::size_t b = 0; b < 3; ++b) R[a][b] = rotation_[9 * static_cast<std::size_t>(i) + 3 * a + b];
+    const Matrix s = loadSymmetric(now_.stress.data(), n_, i);
+    storeSymmetric(product(R, product(s, transposed(R))), stress, n_, i);
+  }
+}
+
+// A sheet is given the first four of the six components.
+void UserPoints::call(double time) {
+  const int32_t properties = static_cast<int32_t>(material_->constants.size());
+  SPX_USR_BUILTINVUMAT(&kPlaneStress, &n_, &kDirect, model_->isSheet ? &kSheetShear : &kShear, &model_->states, &kNone,
+                       &properties, &kNone, &time, &time, &increment_, name_.data(), length_.data(), length_.data(),
+                       material_->constants.data(), density_.data(), strain_.data(), spin_.data(), temperature_.data(),
+                       old_.stretch.data(), old_.F.data(), nullptr, old_.stress.data(), old_.state.data(),
+                       old_.internal.data(), old_.inelastic.data(), temperature_.data(), now_.stretch.data(),
+                       now_.F.data(), nullptr, now_.stress.data(), now_.state.data(), now_.internal.data(),
+                       now_.inelastic.data(), static_cast<int64_t>(name_.size()));
+}
+
+// What the wave speed is bounded by at the end: bound + bulk/3.
+void UserPoints::boundStiffness(double* bound, double* bulk) {
+  const Moduli moduli = model_->moduli(material_->constants);
+  const auto n = static_cast<std::size_t>(n_);
+  if (model_->stiffness != nullptr) GLO_UTI_EIG33(&n_, now_.stretch.data(), principal_.data());
+  for (std::size_t i = 0; i < n; ++i) {
+    const double J = material_->density / density_[i];
+    if (model_->stiffness != nullptr) {
+      const auto [low, high] = std::minmax({principal_[i], principal_[i + n], principal_[i + 2 * n]});
+      bound[i] = 0;
+      bulk[i] = 3 * model_->stiffness({material_->constants.data(), slope_, low, high, J, &now_.state[i], n});
+      continue;
+    }
     // slope of the pressure K1 mu + K2 mu^2 + K3 mu^3 of ceramics and dense concrete in compression
     const double mu = std::max(0.0, 1 / J - 1);
     double K = moduli.bulk;
@@ -142,22 +327,14 @@ void UserPoints::respond(const double* V, const double* F, double increment, dou
     bound[i] = 4.0 / 3 * moduli.shear;
     bulk[i] = 3 * K / J;
   }
-  increment_ = increment;
-  const double time = time_ + increment;
-  SPX_USR_BUILTINVUMAT(&kNone, &n, &kDirect, &kShear, &model_->states, &kNone, &properties, &kNone, &time, &time,
-                       &increment, name_.data(), length_.data(), length_.data(), material_->constants.data(),
-                       density_.data(), strain_.data(), spin_.data(), temperature_.data(), old_.stretch.data(),
-                       old_.F.data(), nullptr, old_.stress.data(), old_.state.data(), old_.internal.data(),
-                       old_.inelastic.data(), temperature_.data(), now_.stretch.data(), now_.F.data(), nullptr,
-                       now_.stress.data(), now_.state.data(), now_.internal.data(), now_.inelastic.data(),
-                       static_cast<int64_t>(name_.size()));
-  for (int32_t i = 0; i < n; ++i) {
-    Matrix R{};
-    for (std::size_t a = 0; a < 3; ++a)
-      for (std::size_t b = 0; b < 3; ++b) R[a][b] = rotation_[9 * static_cast<std::size_t>(i) + 3 * a + b];
-    const Matrix s = loadSymmetric(now_.stress.data(), n, i);
-    storeSymmetric(product(R, product(s, transposed(R))), stress, n, i);
-  }
+}
+
+bool UserPoints::isAccepted() {
+  std::fill(density_.begin(), density_.end(), material_->density);
+  std::fill(strain_.begin(), strain_.end(), 0.0);
+  call(0.0);
+  now_ = old_;
+  return !host::threadError();
 }
 
 void UserPoints::remember() {

@@ -15,20 +15,39 @@ struct Moduli {
   double shear, bulk;
 };
 
+// Where a point of a user material stands, for the bound of its stiffness.
+struct UserState {
+  const double* properties;
+  double slope;             // of the material's curves, the steepest
+  double shortest, longest; // principal stretches
+  double J;                 // volume ratio
+  const double* variables;  // state variables, `stride` apart
+  std::size_t stride;
+};
+
+using Properties = std::vector<double>;
+
 // A model that a case may name; further characters may follow the key.
 struct UserModel {
   std::string key;
-  int32_t states;                             // state variables of a point
-  std::size_t properties;                     // numbers that a case gives
-  Moduli (*moduli)(const double* properties); // upper bounds without strain
-  std::optional<int32_t> statusAt;            // the state variable that is 0 for a point that has failed
-  std::optional<std::size_t> pressureAt;      // the first of three properties K1, K2, K3 of a cubic pressure
+  int32_t states;                                  // state variables of a point
+  std::size_t properties;                          // numbers that a case gives
+  bool hasTables = false;                          // and more behind them, which the library checks
+  Moduli (*moduli)(const Properties&);             // upper bounds without strain
+  std::optional<int32_t> statusAt = {};            // the state variable that is 0 for a point that has failed
+  std::optional<std::size_t> pressureAt = {};      // the first of three properties K1, K2, K3 of a cubic pressure
+  double (*stiffness)(const UserState&) = nullptr; // bounds the wave speed instead of the moduli: stress per strain
+  double (*slope)(const Properties&) = nullptr;    // goes into UserState
+  bool isSheet = false;                            // plane stress: not for bricks
 };
 const std::vector<UserModel>& userModels();
 // The model of a name, or null.
 const UserModel* userModelOf(const std::string& name);
 
 Moduli userModuli(const Material& material);
+// Asks the library whether it takes the data of a user material, as the first call of an analysis does; its warnings and errors
+// go where its messages go.  Throws InputError when it ends the analysis.
+void checkData(const Material& material);
 
 // Points that keep stress, state variables and energies in the axes of their rotation R, F = R U.
 class UserPoints {
@@ -39,6 +58,7 @@ public:
   // seconds: Cauchy stress (n, 6) in the axes of space and moduli for the stable increment.
   void respond(const double* V, const double* F, double increment, double* stress, double* bound, double* bulk);
   void remember();
+  bool isAccepted(); // the data, by a first call
   // Per undeformed volume, of the state that was computed last.
   void energies(double* stored, double* lost) const;
   bool isDeleted(int32_t i) const { return model_->statusAt && time_ > 0 && state(*model_->statusAt, i) == 0; }
@@ -50,13 +70,17 @@ private:
     std::vector<double> stretch, F, stress, state, internal, inelastic;
   };
 
+  void call(double time);
+  void boundStiffness(double* bound, double* bulk);
+
   const Material* material_;
   const UserModel* model_;
   int32_t n_;
   double time_ = 0, increment_ = 0;
   std::string name_;
   State old_, now_;
-  std::vector<double> strain_, spin_, density_, temperature_, length_, rotation_;
+  double slope_;
+  std::vector<double> strain_, spin_, density_, temperature_, length_, rotation_, principal_;
 };
 
 } // namespace sharedanalysis::solver

@@ -47,6 +47,7 @@ void checkSame(const JobInput& input, const Ranks& ranks) {
 JobInput::JobInput(const JobOptions& options, const Ranks& ranks)
     : threads(threadsOf(options, ranks)), caseFile(readInput(options)), mesh(readMesh(caseFile.definition.meshFile)) {
   checkGroups(caseFile, mesh);
+  for (const Material& material : caseFile.definition.materials) checkData(material);
   checkSame(*this, ranks);
 }
 

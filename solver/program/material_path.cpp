@@ -4,6 +4,7 @@
 #include "reference_host.h"
 #include "solver/input/material_reader.h"
 #include "solver/model/materials.h"
+#include "solver/model/user_materials.h"
 #include "solver/results/drawing.h"
 #include "solver/results/partial_file.h"
 
@@ -43,14 +44,16 @@ private:
   double stepTime_;
 };
 
-int freeDirections(Mode mode) {
-  return mode == Mode::Uniaxial ? 2 : mode == Mode::Equibiaxial || mode == Mode::Planar ? 1 : 0;
+// A sheet, whose model knows no stress across, keeps its thickness.
+int freeDirections(Mode mode, bool isSheet) {
+  const int free = mode == Mode::Uniaxial ? 2 : mode == Mode::Equibiaxial || mode == Mode::Planar ? 1 : 0;
+  return std::max(0, free - (isSheet ? 1 : 0));
 }
 
-Stretch stretchOf(Mode mode, double s, double free) {
+Stretch stretchOf(Mode mode, double s, double free, bool isSheet) {
   switch (mode) {
   case Mode::Uniaxial:
-    return {s, free, free, 0, 0, 0};
+    return {s, free, isSheet ? 1 : free, 0, 0, 0};
   case Mode::Equibiaxial:
     return {s, s, free, 0, 0, 0};
   case Mode::Planar:
@@ -106,7 +109,8 @@ bool findRoot(Function f, double& x, double growth) {
 
 class Follower {
 public:
-  Follower(const MaterialPath& path, const Material& material) : path_(path), point_(material, path.stepTime) {}
+  Follower(const MaterialPath& path, const Material& material)
+      : path_(path), point_(material, path.stepTime), isSheet_(material.isSheet()) {}
 
   std::vector<PathPoint> run() {
     const double start = path_.mode == Mode::Shear ? 0.0 : 1.0;
@@ -135,21 +139,21 @@ private:
 
   // The free stretch at which its stress is zero, by iteration from the last one; NaN if it is not found.
   double close(double s) {
-    if (freeDirections(path_.mode) == 0) return 1;
+    if (freeDirections(path_.mode, isSheet_) == 0) return 1;
     double a = free_ > 0 ? free_ : isochoric(path_.mode, s);
-    const auto left = [&](double trial) { return stressAt(s, trial)[2]; };
+    const auto left = [&](double trial) { return stressAt(s, trial)[isSheet_ ? 1 : 2]; };
     return findRoot(left, a, 1.01) ? a : std::numeric_limits<double>::quiet_NaN();
   }
 
   double nominalAt(double s, double a) { return nominal(s, a, stressAt(s, a)); }
   std::array<double, 6> stressAt(double s, double a) {
-    const Stretch V = stretchOf(path_.mode, s, a);
+    const Stretch V = stretchOf(path_.mode, s, a, isSheet_);
     return point_.stress(V, gradientOf(path_.mode, s, V));
   }
   double nominal(double s, double a, const std::array<double, 6>& t) const {
     switch (path_.mode) {
     case Mode::Uniaxial:
-      return t[0] * a * a;
+      return t[0] * a * (isSheet_ ? 1 : a);
     case Mode::Equibiaxial:
       return t[0] * s * a;
     case Mode::Planar:
@@ -180,7 +184,7 @@ private:
     p.stretch = stretch_;
     p.free = free_ = close(stretch_);
     if (free_ != free_) fail("no free stretch leaves its direction without stress");
-    const Stretch V = stretchOf(path_.mode, stretch_, free_);
+    const Stretch V = stretchOf(path_.mode, stretch_, free_, isSheet_);
     const Gradient F = gradientOf(path_.mode, stretch_, V);
     const std::array<double, 6> t = point_.stress(V, F);
     if (point_.isFlat()) fail("there is no volume left");
@@ -196,6 +200,7 @@ private:
 
   const MaterialPath& path_;
   Point point_;
+  bool isSheet_;
   double stretch_ = 1, free_ = 1;
 };
 
@@ -261,6 +266,7 @@ PathCase readPathCase(const std::filesystem::path& file) {
 }
 
 std::vector<PathPoint> follow(const MaterialPath& path, const Material& material) {
+  checkData(material);
   return Follower(path, material).run();
 }
 

@@ -24,6 +24,9 @@ SA_KERNEL(SPX_OPE_STRETCHSTRAIN3DH8,
                          SA_POINT { stretchStrain(n, measure, N, C + start, N, rotation + start, N, strain + start); });
 }
 
+// A place in an array that a caller may leave out.
+SA_INLINE const double* givenAt(const double* array, int64_t place) { return array == nullptr ? array : array + place; }
+
 SA_KERNEL(SPX_OPE_C3DH8STRAINOUTPUT,
           (const int32_t* nblock, const int32_t* ld, const int32_t* selector, const int32_t* hasStretch,
            const int32_t* ipt, SA_UNREAD nipt, SA_UNREAD nhist, const int32_t* irot, const double* F,
@@ -32,13 +35,13 @@ SA_KERNEL(SPX_OPE_C3DH8STRAINOUTPUT,
   const int64_t L = *ld;
   const int measure = *selector;
   const bool initial = *hasStretch != 0;
-  const double *gradients = F + 9 * L * (*ipt - 1), *rotations = hist == nullptr ? hist : hist + L * (*irot - 1);
+  const double *gradients = F + 9 * L * (*ipt - 1), *rotations = givenAt(hist, L * (*irot - 1));
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     const double *f = gradients + start, *m = mask + start;
     double *g = G + start, *c = C + start, *j = J + start, *e = strain + start, *p = principal + start;
     for (int k = 0; k < 9; ++k)
       forPoints(n, [=, from = f + k * L, to = g + k * L](int i) SA_POINT { to[i] = from[i]; });
-    strainOutput(n, measure, initial, L, stretch0 + start, rotations + start, g, L, c, e);
+    strainOutput(n, measure, initial, L, givenAt(stretch0, start), givenAt(rotations, start), g, L, c, e);
     forPoints(n, [=](int i) SA_POINT {
       const double f11 = g[i], f21 = g[i + L], f31 = g[i + 2 * L], f12 = g[i + 3 * L], f22 = g[i + 4 * L];
       const double f32 = g[i + 5 * L], f13 = g[i + 6 * L], f23 = g[i + 7 * L], f33 = g[i + 8 * L];

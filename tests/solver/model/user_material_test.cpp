@@ -53,6 +53,20 @@ TEST_F(UserMaterials, DriverFindsThePlateaus) {
   EXPECT_GT(points.back().lost, 0);
 }
 
+TEST_F(UserMaterials, DataThatTheLibraryRefusesAreInputErrors) {
+  solver::checkData(alloy());
+  solver::Material bad = alloy();
+  bad.constants[4] = 0;
+  bad.constants[13] = .1;
+  try {
+    solver::checkData(bad);
+    ADD_FAILURE();
+  } catch (const solver::InputError& error) {
+    EXPECT_EQ(std::string(error.what()).substr(0, 94),
+              "material \"TVK_SUPER_ELASTIC_N3D\": The volume change of material TVK_SUPER_ELASTIC_N3D, property");
+  }
+}
+
 TEST_F(UserMaterials, StressTurnsWithItsPoint) {
   const solver::Material material = alloy();
   Random random(31);
