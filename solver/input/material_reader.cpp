@@ -109,6 +109,7 @@ void readUser(const Table& table, Material& material) {
                                  (model->hasTables ? "at least " : "") + std::to_string(model->properties) + " for " +
                                  model->key);
   material.temperature = readNumber(table, material.model->keys[2]);
+  material.length = readNumber(table, material.model->keys[3]);
   if (table.has("mullins")) table.fail("mullins", "mullins does not go with a user material");
 }
 

@@ -34,6 +34,7 @@ struct Material {
   std::vector<double> curveStretch, curveStress; // nominal stress of a bar in tension, from (1, 0) on
   std::string userName;                          // of a user material: the key that selects it, and what may follow
   double temperature = 0;                        // of a user material, K
+  double length = 1;                             // of a user material: characteristic length of the elements, m
   std::optional<Mullins> mullins;
   std::optional<DuctileFailure> failure;
 

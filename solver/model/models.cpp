@@ -256,7 +256,7 @@ const std::vector<SolverModel>& models() {
        .energy = curveEnergy},
       {.name = "user",
        .reading = Reading::User,
-       .keys = {{"user"}, {"properties"}, {"temperature", anyNumber, "K", 293.15}},
+       .keys = {{"user"}, {"properties"}, {"temperature", anyNumber, "K", 293.15}, {"length", positive, "m", 1e-3}},
        .volume = {},
        .shearModulus = userShear,
        .bulkModulus = userBulk}};

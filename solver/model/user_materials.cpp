@@ -247,7 +247,7 @@ UserPoints::UserPoints(const Material& material, int32_t n)
   spin_.assign(3 * size, 0.0);
   density_.resize(size);
   temperature_.assign(size, material.temperature);
-  length_.assign(3 * size, 1.0);
+  length_.assign(3 * size, material.length);
   rotation_.resize(9 * size);
   principal_.resize(3 * size);
 }
