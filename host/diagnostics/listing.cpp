@@ -10,6 +10,7 @@ namespace {
 
 using host::counted;
 using host::joined;
+using host::printable;
 
 constexpr std::string_view kNoInstance = "";
 
@@ -45,18 +46,6 @@ std::string words(const Occurrence& where) {
   if (where.increment) list.push_back("increment " + std::to_string(*where.increment));
   if (where.time) list.push_back("time " + number(*where.time));
   return list.empty() ? "outside of steps" : joined(list, " ");
-}
-
-// Replaces control characters: texts come from solvers and must not control the terminal.
-std::string printable(std::string text) {
-  const auto code = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
-  for (std::size_t k = 0; k < text.size(); ++k) {
-    // U+0080 to U+009F, which UTF-8 writes as C2 80 to C2 9F, are control characters as well
-    const bool isSecond = k > 0 && code(k - 1) == 0xC2 && code(k) >= 0x80 && code(k) < 0xA0;
-    if (isSecond) text[k - 1] = ' ';
-    if (isSecond || code(k) < ' ' || code(k) == 127) text[k] = ' ';
-  }
-  return text;
 }
 
 // Characters of a UTF-8 text.

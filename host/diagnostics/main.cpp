@@ -1,5 +1,6 @@
 // sharedanalysis-diagnostics: what went wrong in an analysis, from its diagnostic database.
 #include "output.h"
+#include "words.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -13,6 +14,7 @@
 namespace {
 
 using namespace sharedanalysis::diagnostics;
+using sharedanalysis::host::printable;
 
 struct Options {
   std::string file, code, increment;
@@ -48,7 +50,7 @@ void write(const std::string& text) {
 }
 
 int reportError(ExitCode code, const std::string& text) {
-  std::fprintf(stderr, "sharedanalysis-diagnostics: %s\n", text.c_str());
+  std::fprintf(stderr, "sharedanalysis-diagnostics: %s\n", printable(text).c_str());
   return code;
 }
 

@@ -203,6 +203,10 @@ std::vector<Table> Table::tables(const char* key, const Names& keys) const {
 }
 
 std::string readText(const std::filesystem::path& file) {
+  std::error_code unknown;
+  const std::filesystem::file_status status = std::filesystem::status(file, unknown);
+  if (!unknown && std::filesystem::is_other(status)) // it would be waited for
+    throw InputError(file.string() + ": is a pipe or a device, expected a case file");
   errno = 0;
   std::ifstream stream(file, std::ios::binary);
   if (!stream) throw InputError(file.string() + ": cannot be opened: " + std::strerror(errno));

@@ -1,16 +1,22 @@
 #include "solver/input/mesh_reader.h"
 
+#include "solver/input/apart.h"
 #include "solver/model/text.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstring>
+#include <fcntl.h>
 #include <fstream>
 #include <gmsh.h>
+#include <iomanip>
 #include <iterator>
 #include <limits>
 #include <numeric>
+#include <sstream>
+#include <string_view>
+#include <unistd.h>
 
 namespace sharedanalysis::solver {
 namespace {
@@ -43,6 +49,37 @@ public:
   throw InputError(file.string() + ": " + text);
 }
 
+// How a mesh may begin; anything else that begins with $ is a picture of results or a script.
+constexpr std::string_view kHeads[] = {"$MeshFormat", "$NOD", "$Comments"};
+constexpr int kLongestHead = 20;
+
+// A section of text has one line an entry, and its first line counts them: a count that is too small would hide the rest.
+//   version 2      count
+//   version 4      blocks, count; a line for each block; of nodes, from 4.1 on, first the numbers and then the coordinates
+void checkCounts(const std::filesystem::path& file, std::istream& stream) {
+  stream.clear();
+  stream.seekg(0);
+  double version = 0;
+  int isBinary = 0;
+  for (std::string line, word; std::getline(stream, line);) {
+    std::istringstream words(line);
+    if (!(words >> word) || word[0] != '$' || word.starts_with("$End")) continue;
+    std::getline(stream, line);
+    std::istringstream first(line);
+    if (word == "$MeshFormat") first >> version >> isBinary;
+    if (isBinary != 0 || (word != "$Nodes" && word != "$Elements")) continue;
+    std::int64_t blocks = 0, count = 0, lines = 0;
+    if (version >= 4) first >> blocks;
+    if (!(first >> count)) continue;
+    const std::string end = "$End" + word.substr(1);
+    while (std::getline(stream, line) && !line.starts_with(end)) lines += line.find_first_not_of(" \t\r") != line.npos;
+    const std::int64_t expected = blocks + count * (version >= 4.1 && word == "$Nodes" ? 2 : 1);
+    if (lines != expected)
+      fail(file,
+           word + " has " + std::to_string(lines) + " lines, its first one announces " + std::to_string(expected));
+  }
+}
+
 // A section ends with $End and its name.  In a file that is cut off within the last number Gmsh reads what is left of
 // the number.
 void checkEnd(const std::filesystem::path& file, std::istream& stream) {
@@ -56,23 +93,50 @@ void checkEnd(const std::filesystem::path& file, std::istream& stream) {
     fail(file, "is cut off, its last line is no end of a section ($End...)");
 }
 
-// Gmsh takes a file that does not look like one of its formats for a script and would run it.
+// Gmsh takes a file that does not look like one of its formats for a script and would run it.  A pipe or a device would be
+// waited for.
 void checkFormat(const std::filesystem::path& file) {
+  std::error_code unknown;
+  const std::filesystem::file_status status = std::filesystem::status(file, unknown);
+  if (!unknown && std::filesystem::is_other(status)) fail(file, "is no file with a mesh but a pipe or a device");
   errno = 0;
   std::ifstream stream(file, std::ios::binary);
   if (!stream) fail(file, std::string("cannot be opened: ") + std::strerror(errno));
-  char first = 0;
-  if (std::filesystem::is_directory(file) || !(stream >> first) || first != '$')
+  std::string first;
+  if (std::filesystem::is_directory(status) || !(stream >> std::setw(kLongestHead) >> first) ||
+      std::find(std::begin(kHeads), std::end(kHeads), first) == std::end(kHeads))
     fail(file, "is not a Gmsh mesh file (.msh), which begins with $MeshFormat");
   checkEnd(file, stream);
+  checkCounts(file, stream);
 }
 
+// By a name under which nothing can stand beside it: Gmsh would run the commands of a file of options beside a mesh.
+class OpenFile {
+public:
+  explicit OpenFile(const std::filesystem::path& file) : descriptor_(::open(file.c_str(), O_RDONLY | O_CLOEXEC)) {
+    if (descriptor_ < 0) fail(file, std::string("cannot be opened: ") + std::strerror(errno));
+  }
+  ~OpenFile() { close(descriptor_); }
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
+  std::string name() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
+
+private:
+  int descriptor_;
+};
+
 void open(const std::filesystem::path& file) {
+  const OpenFile opened(file);
   try {
-    gmsh::open(file.string());
+    gmsh::merge(opened.name());
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (...) {
     std::string reason;
     gmsh::logger::getLastError(reason);
+    // the name that it was given says nothing to a reader
+    for (std::size_t at; (at = reason.find(opened.name())) != std::string::npos;)
+      reason.replace(at, opened.name().size(), file.string());
     fail(file,
          "Gmsh cannot read this mesh, it is broken or not whole" + (reason.empty() ? std::string() : ": " + reason));
   }
@@ -225,10 +289,31 @@ void checkCoverage(const std::filesystem::path& file, const Mesh& mesh) {
                  " in no physical volume, the first is number " + std::to_string(mesh.elementNumbers[first]));
 }
 
-} // namespace
+void handOver(const Mesh& mesh, Sink& sink) {
+  sink.put(mesh.coordinates), sink.put(mesh.nodeNumbers), sink.put(mesh.connectivity), sink.put(mesh.elementNumbers);
+  sink.put(std::vector<std::uint64_t>{mesh.groups.size()});
+  for (const Group& group : mesh.groups) {
+    sink.put(group.name);
+    sink.put(std::vector<int>{group.dimension});
+    sink.put(group.nodes), sink.put(group.elements);
+  }
+}
+Mesh takeOver(Source source) {
+  Mesh mesh;
+  std::vector<std::uint64_t> groups;
+  source.take(mesh.coordinates), source.take(mesh.nodeNumbers), source.take(mesh.connectivity);
+  source.take(mesh.elementNumbers), source.take(groups);
+  for (std::uint64_t k = 0; k < groups.at(0); ++k) {
+    Group group;
+    std::vector<int> dimension;
+    source.take(group.name), source.take(dimension), source.take(group.nodes), source.take(group.elements);
+    group.dimension = dimension.at(0);
+    mesh.groups.push_back(std::move(group));
+  }
+  return mesh;
+}
 
-Mesh readMesh(const std::filesystem::path& file) {
-  checkFormat(file);
+Mesh readByGmsh(const std::filesystem::path& file) {
   const GmshSession session;
   open(file);
   Mesh mesh;
@@ -236,7 +321,65 @@ Mesh readMesh(const std::filesystem::path& file) {
   storeBricks(file, readBricks(file), mesh, brickNodeNumbers);
   storeNodes(file, brickNodeNumbers, mesh);
   readGroups(file, mesh);
+  return mesh;
+}
+
+// Bricks on the same eight nodes, whatever their order.
+void checkTwins(const std::filesystem::path& file, const Mesh& mesh) {
+  using Corners = std::array<int32_t, 8>;
+  const auto bricks = static_cast<std::size_t>(mesh.elements());
+  std::vector<std::pair<Corners, std::size_t>> sorted(bricks);
+  for (std::size_t e = 0; e < bricks; ++e) {
+    sorted[e].second = e;
+    std::copy_n(mesh.connectivity.begin() + static_cast<std::ptrdiff_t>(8 * e), 8, sorted[e].first.begin());
+    std::sort(sorted[e].first.begin(), sorted[e].first.end());
+  }
+  std::sort(sorted.begin(), sorted.end());
+  const auto twin =
+      std::adjacent_find(sorted.begin(), sorted.end(), [](const auto& a, const auto& b) { return a.first == b.first; });
+  if (twin != sorted.end())
+    fail(file, "bricks " + std::to_string(mesh.elementNumbers[twin->second]) + " and " +
+                   std::to_string(mesh.elementNumbers[(twin + 1)->second]) + " have the same nodes");
+}
+
+// A brick that has a volume and is turned over at a corner all the same; the kernels look at its volume alone.
+void checkCorners(const std::filesystem::path& file, const Mesh& mesh) {
+  // the neighbours of each corner, so that their edges are a right-handed triple
+  constexpr int kNeighbours[8][3] = {{1, 3, 4}, {2, 0, 5}, {3, 1, 6}, {0, 2, 7},
+                                     {7, 5, 0}, {4, 6, 1}, {5, 7, 2}, {6, 4, 3}};
+  constexpr double kRoundOff = 1e-12;
+  for (std::size_t e = 0; e < mesh.elementNumbers.size(); ++e) {
+    const int32_t* nodes = &mesh.connectivity[8 * e];
+    double volume = 0, size = 0;
+    std::array<double, 8> corner{};
+    for (std::size_t c = 0; c < 8; ++c) {
+      double edge[3][3];
+      for (std::size_t k = 0; k < 3; ++k)
+        for (std::size_t x = 0; x < 3; ++x)
+          edge[k][x] = mesh.coordinates[3 * static_cast<std::size_t>(nodes[kNeighbours[c][k]]) + x] -
+                       mesh.coordinates[3 * static_cast<std::size_t>(nodes[c]) + x];
+      corner[c] = edge[0][0] * (edge[1][1] * edge[2][2] - edge[1][2] * edge[2][1]) -
+                  edge[0][1] * (edge[1][0] * edge[2][2] - edge[1][2] * edge[2][0]) +
+                  edge[0][2] * (edge[1][0] * edge[2][1] - edge[1][1] * edge[2][0]);
+      volume += corner[c] / 8;
+      size = std::max(size, std::abs(corner[c]));
+    }
+    const auto worst = std::min_element(corner.begin(), corner.end());
+    if (volume > 0 && *worst < -kRoundOff * size)
+      fail(file, "brick " + std::to_string(mesh.elementNumbers[e]) + " is turned over at its node " +
+                     std::to_string(mesh.nodeNumbers[static_cast<std::size_t>(nodes[worst - corner.begin()])]));
+  }
+}
+
+} // namespace
+
+Mesh readMesh(const std::filesystem::path& file) {
+  checkFormat(file);
+  const std::vector<char> bytes = runApart(file, "Gmsh", [&](Sink& sink) { handOver(readByGmsh(file), sink); });
+  Mesh mesh = takeOver(Source(bytes));
   checkCoverage(file, mesh);
+  checkTwins(file, mesh);
+  checkCorners(file, mesh);
   return mesh;
 }
 

@@ -11,6 +11,7 @@ namespace sharedanalysis::solver {
 
 using host::counted;
 using host::joined;
+using host::printable;
 
 // The shortest text that reads back as the same double.
 std::string exactNumber(double value);

@@ -1,8 +1,10 @@
 // sharedanalysis-compare: whether two runs of sharedanalysis-explicit are the same to the last bit.
+#include "solver/model/text.h"
 #include "solver/results/comparison.h"
 
 #include <CLI/CLI.hpp>
 #include <iostream>
+#include <sstream>
 
 int main(int argc, char** argv) {
   using namespace sharedanalysis::solver;
@@ -19,15 +21,17 @@ int main(int argc, char** argv) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return app.exit(error);
-    std::cerr << "error: " << error.what() << " (--help lists the options)\n";
+    std::cerr << "error: " << printable(error.what()) << " (--help lists the options)\n";
     return incomplete;
   }
   try {
     const Comparison comparison = compareRuns(a, b);
-    if (!quiet) (comparison.verdict == Verdict::Incomplete ? std::cerr : std::cout) << comparison.text << '\n';
+    std::istringstream lines(quiet ? std::string() : comparison.text);
+    for (std::string line; std::getline(lines, line);)
+      (comparison.verdict == Verdict::Incomplete ? std::cerr : std::cout) << printable(line) << '\n';
     return static_cast<int>(comparison.verdict);
   } catch (const std::exception& error) {
-    std::cerr << "error: " << error.what() << '\n';
+    std::cerr << "error: " << printable(error.what()) << '\n';
     return incomplete;
   }
 }

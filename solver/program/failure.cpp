@@ -2,6 +2,7 @@
 
 #include "reference_host.h"
 #include "solver/model/model.h"
+#include "solver/model/text.h"
 #include "solver/program/job.h"
 #include "solver/results/partial_file.h"
 
@@ -56,7 +57,7 @@ RankFailure failureOfAll(const Ranks& ranks) {
 }
 
 void reportError(const std::string& text) {
-  const std::string line = "error: " + text + '\n';
+  const std::string line = "error: " + printable(text) + '\n';
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 

@@ -16,26 +16,26 @@ void run(const std::filesystem::path& file, const std::filesystem::path& directo
   if (!directory.empty()) definition.outputDirectory = directory;
   std::filesystem::create_directories(definition.outputDirectory);
   sharedanalysis::host::openJob(definition.job, definition.outputDirectory); // a kernel may have something to say
-  std::cout << definition.title << '\n';
+  std::cout << printable(definition.title) << '\n';
   for (const Material& material : definition.materials) {
     const double G = material.shearModulus(), K = material.bulkModulus();
-    std::cout << "material " << material.name << ": shear modulus " << shortNumber(G / 1e6) << " MPa, bulk modulus "
-              << shortNumber(K / 1e6) << " MPa, Poisson's ratio " << shortNumber((3 * K - 2 * G) / (2 * (3 * K + G)))
-              << " at small strain\n";
+    std::cout << "material " << printable(material.name) << ": shear modulus " << shortNumber(G / 1e6)
+              << " MPa, bulk modulus " << shortNumber(K / 1e6) << " MPa, Poisson's ratio "
+              << shortNumber((3 * K - 2 * G) / (2 * (3 * K + G))) << " at small strain\n";
   }
   std::vector<std::vector<PathPoint>> results;
   for (const MaterialPath& path : definition.paths) {
     results.push_back(follow(path, definition.materials[path.material]));
     const auto [low, high] = std::minmax_element(results.back().begin(), results.back().end(),
                                                  [](const auto& a, const auto& b) { return a.nominal < b.nominal; });
-    std::cout << "path " << path.name << ": " << results.back().size() << " states, nominal stress "
+    std::cout << "path " << printable(path.name) << ": " << results.back().size() << " states, nominal stress "
               << shortNumber(low->nominal / 1e6) << " to " << shortNumber(high->nominal / 1e6) << " MPa\n";
   }
   const auto output = [&](const char* extension) { return definition.outputDirectory / (definition.job + extension); };
   writeTable(output(".csv"), definition, results);
   writeDrawing(output(".svg"), definition, results);
   sharedanalysis::host::closeJob();
-  std::cout << "wrote " << output(".csv").string() << " and " << output(".svg").string() << '\n';
+  std::cout << "wrote " << printable(output(".csv").string() + " and " + output(".svg").string()) << '\n';
 }
 
 } // namespace
@@ -51,17 +51,17 @@ int main(int argc, char** argv) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return app.exit(error);
-    std::cerr << "error: " << error.what() << " (--help lists the options)\n";
+    std::cerr << "error: " << printable(error.what()) << " (--help lists the options)\n";
     return 2;
   }
   try {
     run(file, directory);
     return 0;
   } catch (const InputError& error) {
-    std::cerr << "error: " << error.what() << '\n';
+    std::cerr << "error: " << printable(error.what()) << '\n';
     return 2;
   } catch (const std::exception& error) {
-    std::cerr << "error: " << error.what() << '\n';
+    std::cerr << "error: " << printable(error.what()) << '\n';
     return 1;
   }
 }

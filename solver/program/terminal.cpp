@@ -42,7 +42,7 @@ void Terminal::put(const std::string& text) const {
 void Terminal::line(const std::string& text) {
   if (quiet_) return;
   endProgress();
-  put(text + '\n');
+  put(printable(text) + '\n');
 }
 
 std::string Terminal::timeLeft(const State& state) const {

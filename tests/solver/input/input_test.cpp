@@ -5,6 +5,7 @@
 #include "tests/solver/files.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -362,6 +363,30 @@ TEST_F(Input, BricksThatCannotBeUsed) {
 
   EXPECT_EQ(answerToMesh(replaced(meshText(sound), "\n106 5 2 7 7", "\n106 5 2 0 9")),
             "box.msh: 1 brick of 4 in no physical volume, the first is number 106");
+}
+
+// What stands beside a mesh is not run, what is no file is not waited for, and what Gmsh cannot bear ends as an error.
+TEST_F(Input, HostileMeshes) {
+  const std::string sound = meshText(numberedBox({1, 1, 4}, {1, 1, 4}));
+  writeFile("box.msh.opt", "SystemCall \"touch ran\";\n");
+  ASSERT_EQ(mkfifo("pipe.msh", 0600), 0);
+  EXPECT_EQ(answer(replaced(barCase, "box.msh", "pipe.msh")),
+            "pipe.msh: is no file with a mesh but a pipe or a device");
+
+  Mesh turned = numberedBox({1, 1, 4}, {1, 1, 4}); // a corner pushed through the opposite edge of its face
+  turned.coordinates[3 * 16] = turned.coordinates[3 * 16 + 1] = .7;
+  Mesh twins = numberedBox({1, 1, 4}, {1, 1, 4});
+  std::copy_n(twins.connectivity.begin(), 8, twins.connectivity.begin() + 8);
+  const struct {
+    std::string mesh, answer;
+  } rows[] = {
+      {meshText(turned), "box.msh: brick 112 is turned over at its node "},
+      {meshText(twins), "box.msh: bricks 103 and 106 have the same nodes"},
+      {replaced(sound, "$Nodes\n20\n", "$Nodes\n19\n"), "box.msh: $Nodes has 20 lines, its first one announces 19"},
+      {replaced(sound, "$Nodes\n20\n", "$Nodes\n99999999999\n"), "box.msh: $Nodes has 20 lines"},
+      {replaced(sound, "106 5 2 7 7", "106 5 999999999 7 7"), "box.msh: "}};
+  for (const auto& row : rows) EXPECT_TRUE(answerToMesh(row.mesh).starts_with(row.answer)) << answerToMesh(row.mesh);
+  EXPECT_FALSE(std::filesystem::exists("ran")) << "commands beside the mesh";
 }
 
 } // namespace

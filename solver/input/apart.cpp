@@ -1,0 +1,147 @@
+#include "solver/input/apart.h"
+
+#include "solver/model/model.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <fstream>
+#include <stdexcept>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <system_error>
+#include <unistd.h>
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define SA_HAS_SHADOW_MEMORY 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define SA_HAS_SHADOW_MEMORY 1
+#endif
+#endif
+
+namespace sharedanalysis::solver {
+namespace {
+
+// Beside what the process has already: a mesh library takes about 20 bytes for each byte of a text.
+constexpr rlim_t kMemory = 1'000'000'000, kMemoryPerByte = 64; // bytes
+constexpr rlim_t kSeconds = 30, kBytesPerSecond = 1'000'000;
+
+constexpr int kDone = 0, kInputError = 3;
+
+rlim_t addressSpaceInUse() {
+  rlim_t pages = 0;
+  std::ifstream("/proc/self/statm") >> pages;
+  return pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE));
+}
+
+void limit(int resource, rlim_t value) {
+  rlimit now{};
+  if (getrlimit(static_cast<__rlimit_resource>(resource), &now) != 0) return;
+  now.rlim_cur = std::min(now.rlim_max, value);
+  setrlimit(static_cast<__rlimit_resource>(resource), &now);
+}
+
+void limitTo(std::uintmax_t fileSize) {
+  const auto size = static_cast<rlim_t>(fileSize);
+  limit(RLIMIT_CORE, 0);
+  limit(RLIMIT_CPU, kSeconds + size / kBytesPerSecond);
+#ifndef SA_HAS_SHADOW_MEMORY
+  limit(RLIMIT_AS, addressSpaceInUse() + kMemory + kMemoryPerByte * size);
+#endif
+}
+
+// The child: its exit code says whether the pipe holds the work or the text of an error.
+[[noreturn]] void runChild(int descriptor, pid_t parent, std::uintmax_t fileSize,
+                           const std::function<void(Sink&)>& work) {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != parent) _exit(1); // it died meanwhile
+  for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, SIG_DFL);
+  limitTo(fileSize);
+  Sink sink(descriptor);
+  int code = kDone;
+  try {
+    work(sink);
+  } catch (const InputError& error) {
+    sink.put(std::string(error.what()));
+    code = kInputError;
+  } catch (const std::bad_alloc&) {
+    code = ENOMEM;
+  } catch (...) {
+    code = 1;
+  }
+  _exit(code);
+}
+
+std::vector<char> readAll(int descriptor) {
+  std::vector<char> bytes;
+  std::vector<char> part(1 << 20);
+  for (;;) {
+    const ssize_t count = read(descriptor, part.data(), part.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return bytes;
+    bytes.insert(bytes.end(), part.begin(), part.begin() + count);
+  }
+}
+
+std::string ending(int status) {
+  if (WIFSIGNALED(status) && WTERMSIG(status) == SIGXCPU) return "takes too much time over it";
+  if (WIFSIGNALED(status)) return std::string("ends by a signal over it: ") + strsignal(WTERMSIG(status));
+  if (WEXITSTATUS(status) == ENOMEM) return "needs more memory for it than its size justifies";
+  return "ends over it with exit code " + std::to_string(WEXITSTATUS(status));
+}
+
+} // namespace
+
+void Sink::write(const void* bytes, std::size_t count) const {
+  const auto* next = static_cast<const char*>(bytes);
+  while (count > 0) {
+    const ssize_t written = ::write(descriptor_, next, count);
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) throw std::system_error(errno, std::generic_category(), "cannot hand over what was read");
+    next += written;
+    count -= static_cast<std::size_t>(written);
+  }
+}
+
+void Source::read(void* bytes, std::size_t count) {
+  if (count > bytes_.size()) fail();
+  if (count > 0) std::memcpy(bytes, bytes_.data(), count);
+  bytes_ = bytes_.subspan(count);
+}
+
+void Source::fail() { throw std::runtime_error("what a reading process handed over is not whole"); }
+
+std::vector<char> runApart(const std::filesystem::path& file, const std::string& reader,
+                           const std::function<void(Sink&)>& work) {
+  std::error_code noSize;
+  const std::uintmax_t size = std::filesystem::file_size(file, noSize);
+  int ends[2];
+  if (pipe(ends) != 0) throw std::system_error(errno, std::generic_category(), "cannot make a pipe");
+  const pid_t parent = getpid(), child = fork();
+  if (child == 0) {
+    close(ends[0]);
+    runChild(ends[1], parent, noSize ? 0 : size, work);
+  }
+  close(ends[1]);
+  if (child < 0) {
+    close(ends[0]);
+    throw std::system_error(errno, std::generic_category(), "cannot start a process");
+  }
+  std::vector<char> bytes = readAll(ends[0]);
+  close(ends[0]);
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  if (WIFEXITED(status) && WEXITSTATUS(status) == kDone) return bytes;
+  if (WIFEXITED(status) && WEXITSTATUS(status) == kInputError) {
+    std::string text;
+    Source(bytes).take(text);
+    throw InputError(text);
+  }
+  throw InputError(file.string() + ": is broken: " + reader + " " + ending(status));
+}
+
+} // namespace sharedanalysis::solver
