@@ -21,7 +21,7 @@ struct JobFiles {
   std::filesystem::path status;  // <job>.sta: one line for each record of the status channel: type, then text
 };
 
-// Opens the files of a job, emptying older ones of the name; a job that is still open is closed first.  Job status, thread
+// Opens the files of a job in the place of older ones of the name; a job that is still open is closed first.  Job status, thread
 // error, error status, the counter blocks and the numbers of stored diagnostics start afresh; a kill request stays.
 // Throws std::system_error naming the file; then no job is open.
 SA_HOST_SERVICE JobFiles openJob(const std::string& job, const std::filesystem::path& directory);

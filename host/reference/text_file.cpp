@@ -1,6 +1,8 @@
 #include "text_file.h"
 
 #include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace sharedanalysis::host {
 
@@ -8,7 +10,11 @@ void TextFile::open(const std::filesystem::path& path) {
   close();
   error_.clear();
   path_ = path;
-  file_ = std::fopen(path.c_str(), "w");
+  // a new file in the place of an older one: behind a link is somebody else's, and a pipe would wait for a reader
+  std::error_code gone;
+  std::filesystem::remove(path, gone);
+  const int descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  file_ = descriptor < 0 ? nullptr : ::fdopen(descriptor, "w");
   if (file_ == nullptr) throw std::system_error(errno, std::generic_category(), "cannot open " + path.string());
 }
 

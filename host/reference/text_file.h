@@ -16,7 +16,7 @@ public:
   TextFile(const TextFile&) = delete;
   TextFile& operator=(const TextFile&) = delete;
 
-  // Empties an older file.  Throws std::system_error naming the file.
+  // In the place of an older file or link, which is removed.  Throws std::system_error naming the file.
   void open(const std::filesystem::path& path);
   bool isOpen() const { return file_ != nullptr; }
   void write(std::string_view text);

@@ -43,7 +43,7 @@ public:
       terminal_.line("the input is sound; nothing was run");
       return exitComplete;
     }
-    openJobFiles(definition_, ranks_, description_);
+    lock_ = openJobFiles(definition_, ranks_, description_);
     try {
       return analyse(analysis);
     } catch (const std::exception&) {
@@ -173,6 +173,7 @@ private:
   JobInput input_;
   const Case& definition_;
   const Mesh& mesh_;
+  std::unique_ptr<JobLock> lock_;
   double firstIncrement_ = 0;
   std::vector<std::string> description_;
   std::chrono::duration<double> computing_{0};

@@ -8,8 +8,14 @@
 #include "solver/program/output.h"
 #include "solver/results/partial_file.h"
 
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
 #include <filesystem>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
 
 namespace sharedanalysis::solver {
 
@@ -39,21 +45,50 @@ void removeEarlierFiles(const Case& definition, const Ranks& ranks) {
 
 } // namespace
 
-void openJobFiles(const Case& definition, const Ranks& ranks, const std::vector<std::string>& description) {
+JobLock::JobLock(const Case& definition) : file_(definition.outputDirectory / (definition.job + ".lock")) {
+  // a run that ends removes the file under its lock: what was locked then is no longer the file of the name
+  for (bool isOfTheName = false; !isOfTheName;) {
+    descriptor_ = ::open(file_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
+    if (descriptor_ < 0) throw WriteError(file_, std::strerror(errno));
+    struct stat locked = {}, named = {};
+    if (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
+      const int reason = errno;
+      ::close(descriptor_);
+      throw WriteError(file_, reason == EWOULDBLOCK
+                                  ? "another run of job \"" + definition.job + "\" writes into this directory"
+                                  : std::strerror(reason));
+    }
+    isOfTheName = ::fstat(descriptor_, &locked) == 0 && ::stat(file_.c_str(), &named) == 0 &&
+                  locked.st_ino == named.st_ino && locked.st_dev == named.st_dev;
+    if (!isOfTheName) ::close(descriptor_);
+  }
+}
+
+JobLock::~JobLock() {
+  ::unlink(file_.c_str());
+  ::close(descriptor_);
+}
+
+std::unique_ptr<JobLock> openJobFiles(const Case& definition, const Ranks& ranks,
+                                      const std::vector<std::string>& description) {
+  std::unique_ptr<JobLock> lock;
   if (ranks.isRoot()) {
     std::error_code error;
     std::filesystem::create_directories(definition.outputDirectory, error);
     if (error) throw WriteError(definition.outputDirectory, "the directory cannot be made: " + error.message());
-    removeEarlierFiles(definition, ranks);
+    lock = std::make_unique<JobLock>(definition);
   }
   ranks.synchronise();
   host::installSignalHandlers();
   host::openJob(nameOfRank(definition, ranks.rank()), definition.outputDirectory);
+  ranks.synchronise();
+  if (ranks.isRoot()) removeEarlierFiles(definition, ranks);
   std::string banner(79, ' ');
   GLO_UTI_GETVERSIONDATETIME(banner.data(), static_cast<int64_t>(banner.size()));
   message("Table", "%S", {banner});
   message("Step", "EXPLICIT DYNAMICS, JOB %S", {definition.job});
   for (const std::string& line : description) message("Table", "%S", {line});
+  return lock;
 }
 
 void closeJobFiles() noexcept {

@@ -4,14 +4,31 @@
 #include "solver/analysis/ranks.h"
 #include "solver/model/model.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace sharedanalysis::solver {
 
-// Makes the directory, removes files of earlier runs, opens those of this rank and writes their first lines.  Every rank
-// calls it.  Throws WriteError.
-void openJobFiles(const Case& definition, const Ranks& ranks, const std::vector<std::string>& description);
+// Keeps a second run of a job out of its directory, until it goes or its process ends, however that ends: a locked file
+// <job>.lock, which goes with it; one that a killed run has left locks nobody out.
+class JobLock {
+public:
+  // Throws WriteError when another run has it.
+  explicit JobLock(const Case& definition);
+  ~JobLock();
+  JobLock(const JobLock&) = delete;
+  JobLock& operator=(const JobLock&) = delete;
+
+private:
+  std::filesystem::path file_;
+  int descriptor_ = -1;
+};
+
+// Makes the directory and locks the job in it, opens the files of this rank and writes their first lines; when all ranks have
+// theirs, results of earlier runs are removed.  Every rank calls it; the root has the lock.  Throws WriteError.
+std::unique_ptr<JobLock> openJobFiles(const Case& definition, const Ranks& ranks,
+                                      const std::vector<std::string>& description);
 
 // Failures of the message file itself go to standard error.
 void closeJobFiles() noexcept;

@@ -40,7 +40,7 @@ void PartialFile::complete() const {
 }
 
 PartialTextFile::PartialTextFile(const std::filesystem::path& name)
-    : PartialFile(name), stream_(std::fopen(path().c_str(), "we")) {
+    : PartialFile(name), stream_(std::fopen(path().c_str(), "wxe")) {
   if (!stream_) throw WriteError(path(), std::strerror(errno));
 }
 
