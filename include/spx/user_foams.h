@@ -78,8 +78,28 @@ void SPX_USR_RATESENSFOAM(const int32_t* callInfo, const int32_t* nblock, const 
                           const double* stretchNew, const double* defgradNew, const double* fieldNew, double* stressNew,
                           double* stateNew, double* enerInternNew, double* enerInelasNew, int64_t materialNameLength);
 
-/** Viscous foam; no model in this build, as SPX_USR_HONEYCOMB.
- *  @like SPX_USR_BUILTINVUMAT
+/** Viscous foam: slow-recovering flexible foam, for padding.  An elastic skeleton, and air and polymer that resist the more, the
+ *  denser the foam is.  With the principal stretches l_a, J their product and D = strainInc/dt:
+ *    skeleton  J sigma_a = sum of (2 mu/alpha)(l_a^alpha - J^(-alpha beta)) over one or two terms, with the energy W, the sum of
+ *              (2 mu/alpha^2)(l_1^alpha + l_2^alpha + l_3^alpha - 3 + (J^(-alpha beta) - 1)/beta)
+ *    branch    J sigma += q, dq/dt = E_v D - q/theta, theta = eta/E_v, eta = min(eta0 J^(-m), largest): a spring and a dashpot in
+ *              series without lateral effect, in closed form for increments of any size; of no time, elastic
+ *    loss      q:q/eta over the increment, with eta in the middle, in closed form: exact for m = 0.0.  This is what inelastic energy
+ *              grows by, and psi = W + q:q/(2 E_v); with m of 2.0 and 100 increments to a stretch of 0.4 both are right to 0.3 %,
+ *              and the error falls with the square of the increment
+ *    properties, 10: 1 mu1+, 2 alpha1, 3 beta1 above -1/3, 4 mu2 >= 0 (0.0: one term), 5 alpha2, 6 beta2 above -1/3, 7 E_v >= 0,
+ *      8 eta0 >= 0, stress by time (E_v or eta0 of 0.0: no branch), 9 m >= 0, 10 largest eta >= 0 (0.0: 1e100); no alpha of 0.0
+ *    state variables, 6: q, a Kirchhoff stress, 11 22 33 12 23 13; kept where there is no branch
+ *    first call: G = mu1 + mu2 + E_v/2, K = sum of 2 mu (beta + 1/3) + E_v/3, the branch being a spring at once.
+ *      c2 = ((largest over a of the sum of 2 mu (l_a^alpha + beta J^(-alpha beta))) + E_v)/J
+ *  Own choices of this library: the power of J, a branch without lateral effect, negative mu2 refused.
+ *  Pitfalls: without a largest eta J^(-m) is huge in elements that are pressed flat.  One time of relaxation at a given J; no plateau,
+ *  which two terms only imitate; tension is as stiff as the terms say.
+ *  Sources: R. Hill, Adv. Appl. Mech. 18 (1978) 1; B. Storakers, J. Mech. Phys. Solids 34 (1986) 125; viscosity that rises with
+ *  compaction: A. N. Gent, K. C. Rusch, Rubber Chem. Technol. 39 (1966) 389.
+ *  @like SPX_USR_RATESENSFOAM
+ *  @param[in]  nstatev  (1), count>=6: state variables of a point
+ *  @param[in]  nprops   (1), count>=10: properties
  */
 void SPX_USR_VISCOUSFOAM(const int32_t* callInfo, const int32_t* nblock, const int32_t* ndir, const int32_t* nshr,
                          const int32_t* nstatev, const int32_t* nfieldv, const int32_t* nprops,
@@ -155,8 +175,33 @@ void SPX_USR_FUCHANGANISOFOAM(const int32_t* callInfo, const int32_t* nblock, co
                               const double* defgradNew, const double* fieldNew, double* stressNew, double* stateNew,
                               double* enerInternNew, double* enerInelasNew, int64_t materialNameLength);
 
-/** Honeycomb; no model in this build.
- *  @like SPX_USR_BUILTINVUMAT
+/** Honeycomb: crushable cores and barriers.  The six components of stress are crushed on their own until the cells are closed, then
+ *  the block is a dense metal.
+ *    compaction  b = largest so far of (1 - J)/(1 - Vf), 0 to 1, J = det U
+ *    cells       sigma = sigmaOld + M strainInc, no larger than Y; M from the loose moduli (E_ii, 2 G_ij) to the dense ones (E, 2 G)
+ *                in a straight line with b; Y = min(curve(1 - J) factor, sy), shear sy/sqrt(3), with the factor of the rate
+ *                sqrt(2/3 strainInc:strainInc)/dt, straight in its logarithm and held outside; a curve below zero counts as zero
+ *    metal       from the increment after b has reached 1.0: isotropic, von Mises with sy, elastic in volume; for good
+ *    deletion    where the largest U_ii - 1 has ever reached property 11: no stress from then on, energies and states kept, half of
+ *                J_old stressOld : strainInc being counted in the increment of deletion
+ *    properties, 18 and tables: 1 E+, 2 nu, -1 to 0.5, 3 sy+ of the dense metal, 4 Vf, 0 to 1, the relative volume when dense, 5 to
+ *      7 E11+ E22+ E33+ and 8 to 10 G12+ G23+ G13+ of the loose cells, 11 strain of deletion >= 0 (0.0: none), 12 to 17 number of
+ *      rows of the curves 11 22 33 12 23 13, where 0.0 takes the curve of the component before and 11 must be given, 18 number of
+ *      rows of the factors (0.0: none); then the tables: rows of stress and 1 - J, which increases, and whose negative values are
+ *      tension, the end slopes going on; rows of factor+ and rate+, which increases
+ *    state variables, 1: b; with deletion 3: 2 largest U_ii - 1, 3 status, 1.0 active and 0.0 deleted, never read
+ *    energy: psi = sum of sigma^2/(2 M), shear sigma^2/M, per volume; of the metal q^2/(6 G) + p^2/(2 K)
+ *    first call: the loose moduli, uncoupled.  c2 = largest of E11, E22, E33 + b (K + 4/3 G), K and G of the dense metal
+ *  Too few state variables are told after too few properties.  Own choices of this library: mixing of the moduli, psi, the strain
+ *  of deletion.
+ *  Pitfalls: curves must rise to about sy before 1 - J = 1 - Vf, else locking is a jump; the stable increment falls as b grows; the axes
+ *  are those of the cells, and a wrong orientation is a factor of 10 or more.  Crush modes do not move each other, where real
+ *  blocks are weaker in combined loading.  What is dense stays metal, also when it is pulled apart.
+ *  Sources: R. K. McFarland, AIAA J. 1 (1963) 1380; T. Wierzbicki, Int. J. Impact Engrg 1 (1983) 157; D. Mohr, M. Doyoyo, Int. J.
+ *  Solids Struct. 41 (2004) 4435.
+ *  @like SPX_USR_RATESENSFOAM
+ *  @param[in]  nstatev  (1), count>=1: state variables of a point; 3 with deletion
+ *  @param[in]  nprops   (1), count>=18: properties, with the tables
  */
 void SPX_USR_HONEYCOMB(const int32_t* callInfo, const int32_t* nblock, const int32_t* ndir, const int32_t* nshr,
                        const int32_t* nstatev, const int32_t* nfieldv, const int32_t* nprops, const int32_t* annealing,

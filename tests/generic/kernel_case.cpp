@@ -343,7 +343,14 @@ constexpr MaterialData kMaterials[] = {
      {8, 1, 0.3, 2, 0.1, 2, 1, 0, 2,   0, 0, 0.01, 3, 2, 3, -2, -0.3, 0, 0,   3, 0.6, -3, -1, 0,
       0, 9, 0.9, 1, 2,   0, 0, 2, 0.5, 1, 3, 2,    2, 0, 0, 1,  0.4,  3, 0.5, 0, 0,   3,  0.5},
      12,
-     47}};
+     47},
+    {"SPX_USR_VISCOUSFOAM", "TVK_VISCOUS_FOAM", {2, 6, 0.1, 1, -3, 0, 20, 5, 2, 8}},
+    {"SPX_USR_HONEYCOMB",
+     "TVK_HONEYCOMB",
+     {700, 0.3, 8, 0.3, 20, 5,   5, 6, 2, 3,   0.6, 4, 0, 2,   3, 0,   0, 2,   3, -0.5,
+      4,   0,   1, 0.2, 9,  0.7, 1, 0, 5, 0.7, 2,   0, 1, 0.3, 6, 0.7, 1, 0.1, 2, 10},
+     3,
+     40}};
 
 void setMaterialSizes(const RoutineInfo& routine, Sizes& sizes, int variant) {
   for (const MaterialData& material : kMaterials) {

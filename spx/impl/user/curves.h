@@ -57,8 +57,9 @@ SA_INLINE void strainAt(const Table& curve, int n, const double* stress, double*
 
 // How far the logarithm of a rate has gone from that of one row to that of the next; held outside.
 SA_INLINE double rateWeight(double logRate, double logFrom, double logTo) {
-  const double span = logTo - logFrom, weight = (logRate - logFrom) / vm::select(span > 0.0, span, 1e-300); // neighbours
-  return vm::select(weight > 0.0, vm::min(1.0, weight), weight + (0.0 - weight)); // a NaN stays one
+  const double span = logTo - logFrom,
+               weight = (logRate - logFrom) / vm::select(span > 0.0, span, 1e-300); // neighbours
+  return vm::select(weight > 0.0, vm::min(1.0, weight), weight + (0.0 - weight));   // a NaN stays one
 }
 
 // Curves at several rates, straight in the logarithm of the rate and held outside: `rates` has rows of (rate, number of rows),
