@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 
 namespace {
 
@@ -73,61 +72,41 @@ Strain stretchOf(int axis, double l) {
 double perVolume(const Values& energy) { return energy[0] * 2500; } // undeformed
 double psi(const Material& m) { return perVolume(m.internal) - perVolume(m.inelastic); }
 
-// Stress along an axis that is taken to a stretch, sides held, in one increment at a rate.
-struct Uniaxial {
-  int axis;
-  double stretch, rate, stress;
-};
-void expectUniaxial(const std::function<Material(double, int)>& make, const std::vector<Uniaxial>& rows) {
-  for (const Uniaxial& row : rows)
-    for (int shears : {3, 1}) {
-      Material m = make(std::abs(row.stretch - 1) / row.rate, shears);
-      m.stretchTo(stretchOf(row.axis, row.stretch));
-      for (int c = 0; c < 3 + shears; ++c)
-        EXPECT_NEAR(m.stress[c], c == row.axis ? row.stress : 0, 1e-9 * std::abs(row.stress))
-            << m.name << row.stretch << " " << row.rate;
-    }
-}
-
 TEST(Foams, StressOfEachRate) {
-  expectUniaxial([](double dt, int shears) { return sensitive(dt, .2, 0, 0, shears); }, {{0, .5, 1e-5, -60e3},
-                                                                                         {1, .5, .01, -60e3},
-                                                                                         {2, .5, .1, -72e3},
-                                                                                         {0, .5, 1, -84e3},
-                                                                                         {0, .5, 10, -102e3},
-                                                                                         {0, .5, 100, -120e3},
-                                                                                         {0, .5, 1e5, -120e3},
-                                                                                         {0, 1.05, 1, 20e3},
-                                                                                         {1, 1.125, 1, 50e3},
-                                                                                         {2, 1.5, 1, 50e3}});
-  expectUniaxial([](double dt, int shears) { return isotropic(dt, .2, 0, shears); }, {{0, .5, .01, -60e3},
-                                                                                      {1, .5, .1, -72e3},
-                                                                                      {2, .5, 10, -102e3},
-                                                                                      {0, 1.1, .01, 50e3},
-                                                                                      {1, 1.1, 1, 60e3},
-                                                                                      {2, 1.1, 10, 67.5e3},
-                                                                                      {0, 1.1, 1e4, 75e3},
-                                                                                      {0, 1.3, .01, 75e3}});
-  expectUniaxial([](double dt, int shears) { return anisotropic(dt, .2, 0, shears); }, {{0, .5, .01, -60e3},
-                                                                                        {0, .5, .1, -72e3},
-                                                                                        {0, .5, 100, -120e3},
-                                                                                        {1, .5, .01, -36e3},
-                                                                                        {1, .5, .1, -43.2e3},
-                                                                                        {1, .5, 100, -72e3},
-                                                                                        {2, .5, .01, -18e3},
-                                                                                        {2, .5, .1, -21.6e3},
-                                                                                        {2, .5, 100, -36e3}});
-  // several directions at once: one rate for all, or each its own
+  // along an axis that is taken to a stretch in one increment, sides held
+  // clang-format off
+  const struct {
+    int foam, axis;
+    double l, rate, stress;
+  } rows[] = {
+      {0, 0, .5, 1e-5, -60e3}, {0, 1, .5, .01, -60e3}, {0, 2, .5, .1, -72e3}, {0, 0, .5, 1, -84e3}, {0, 0, .5, 10, -102e3},
+      {0, 0, .5, 100, -120e3}, {0, 0, .5, 1e5, -120e3}, {0, 0, 1.05, 1, 20e3}, {0, 1, 1.125, 1, 50e3}, {0, 2, 1.5, 1, 50e3},
+      {1, 0, .5, .01, -60e3}, {1, 1, .5, .1, -72e3}, {1, 2, .5, 10, -102e3}, {1, 0, 1.1, .01, 50e3}, {1, 1, 1.1, 1, 60e3},
+      {1, 2, 1.1, 10, 67.5e3}, {1, 0, 1.1, 1e4, 75e3}, {1, 0, 1.3, .01, 75e3},
+      {2, 0, .5, .01, -60e3}, {2, 0, .5, .1, -72e3}, {2, 0, .5, 100, -120e3}, {2, 1, .5, .01, -36e3}, {2, 1, .5, .1, -43.2e3},
+      {2, 1, .5, 100, -72e3}, {2, 2, .5, .01, -18e3}, {2, 2, .5, .1, -21.6e3}, {2, 2, .5, 100, -36e3}};
+  // clang-format on
+  for (const auto& row : rows) {
+    int number = 0;
+    forTabulated(std::abs(row.l - 1) / row.rate, .2, 0, [&](Material m) {
+      if (number++ % 3 != row.foam) return;
+      m.stretchTo(stretchOf(row.axis, row.l));
+      for (int c = 0; c < 3 + m.nshr; ++c)
+        EXPECT_NEAR(m.stress[c], c == row.axis ? row.stress : 0, 1e-9 * std::abs(row.stress)) << row.l << row.rate;
+    });
+  }
+  // several directions at once: one rate for all, or each its own; shear by component
   const struct {
     Material m;
-    Strain U;
-    double stress[3];
-  } rows[] = {{sensitive(.5), {.5, .8, 1.1}, {-95665.45334, -72887.96445, 100000}},
-              {isotropic(.1), {.5, .9, 1}, {-107312.733, -64000, 0}}};
-  for (const auto& row : rows) {
+    Strain U, stress;
+  } more[] = {{sensitive(.5), {.5, .8, 1.1}, {-95665.45334, -72887.96445, 100000}},
+              {isotropic(.1), {.5, .9, 1}, {-107312.733, -64000, 0}},
+              {anisotropic(kSlow), {1, 1, 1, .15}, {1918.15857, 1918.15857, 0, 12787.72379}},
+              {anisotropic(kSlow, .2, 0, 1), {1, 1, 1, -.15}, {1918.15857, 1918.15857, 0, -12787.72379}}};
+  for (const auto& row : more) {
     Material m = row.m;
     m.stretchTo(row.U);
-    for (int c = 0; c < 3; ++c) EXPECT_NEAR(m.stress[c], row.stress[c], 1e-3);
+    for (int c = 0; c < 3 + m.nshr; ++c) EXPECT_NEAR(m.stress[c], row.stress[c], 1e-3);
   }
 }
 
@@ -158,16 +137,13 @@ TEST(Foams, SlowLoopLosesWhatTheHysteresisTakes) {
   Material m = isotropic(kSlow);
   for (double l : {.4, 1., 1.3, 1.}) m.stretchSteps(stretchOf(0, l), 1000);
   EXPECT_NEAR(perVolume(m.inelastic), 13800, .5);
-  // stored in tension; work at a high rate
-  const struct {
-    double l, rate, work;
-  } stored[] = {{1.05, 1e-9, 500}, {1.125, 1e-9, 3125}, {1.5, 1e-9, 21875}, {.4, 50, 43922.893}};
-  for (const auto& row : stored) {
-    Material t = sensitive(std::abs(row.l - 1) / row.rate / 4000, 1);
-    t.stretchSteps(stretchOf(0, row.l), 4000);
-    EXPECT_NEAR(perVolume(t.internal), row.work, 1e-5 * row.work);
-    EXPECT_NEAR(psi(t), row.l < 1 ? 23000 : row.work, 1e-5 * row.work)
-        << "what is faster than the slowest curve is lost";
+  // stored in tension; work at a high rate, of which the slowest curve is stored
+  for (const auto& [l, rate, work] :
+       {std::array{1.05, 1e-9, 500.}, {1.125, 1e-9, 3125}, {1.5, 1e-9, 21875}, {.4, 50, 43922.893}}) {
+    Material t = sensitive(std::abs(l - 1) / rate / 4000, 1);
+    t.stretchSteps(stretchOf(0, l), 4000);
+    EXPECT_NEAR(perVolume(t.internal), work, 1e-5 * work);
+    EXPECT_NEAR(psi(t), l < 1 ? 23000 : work, 1e-5 * work);
   }
 }
 
@@ -187,68 +163,16 @@ TEST(Foams, FilterAndDamping) {
   EXPECT_NEAR(psi(m), psi(free), 1e-12) << "damping stores nothing";
 }
 
-TEST(Foams, ShearByComponent) {
-  for (int shears : {3, 1})
-    for (double side : {1., -1.}) {
-      Material m = anisotropic(kSlow, .2, 0, shears);
-      m.stretchTo({1, 1, 1, side * .15, 0, 0});
-      const double expected[] = {1918.15857, 1918.15857, 0, side * 12787.72379};
-      for (int c = 0; c < 4; ++c) EXPECT_NEAR(m.stress[c], expected[c], 1e-5);
-    }
-  // sigma from (S U + U S)/2 = T, sigma = U S U/J, for all components at once
-  Material m = anisotropic(.02);
-  const Strain U = {.7, 1.15, .85, .12, -.2, .07};
-  m.stretchTo(U);
-  double u[3][3], inv[3][3], s[3][3];
-  const int place[3][3] = {{0, 3, 5}, {3, 1, 4}, {5, 4, 2}};
-  for (int i = 0; i < 3; ++i)
-    for (int j = 0; j < 3; ++j) u[i][j] = U[place[i][j]], s[i][j] = m.stress[place[i][j]];
-  double J = 0;
-  for (int i = 0; i < 3; ++i)
-    for (int j = 0; j < 3; ++j) {
-      const int a = (i + 1) % 3, b = (i + 2) % 3, c = (j + 1) % 3, d = (j + 2) % 3;
-      inv[j][i] = u[a][c] * u[b][d] - u[a][d] * u[b][c];
-      if (i == 0) J += u[0][j] * inv[j][0];
-    }
-  // T = J (U^-1 sigma + sigma U^-1)/2 with the stresses of each component alone
-  const double x[] = {.3, -.15, .15, .24, .4, .14};
-  const double part[] = {1, .6, .3, 1, 1, 1};
-  for (int i = 0; i < 3; ++i)
-    for (int j = i; j < 3; ++j) {
-      double T = 0;
-      for (int k = 0; k < 3; ++k) T += .5 * (inv[i][k] * s[k][j] + s[i][k] * inv[k][j]);
-      const int c = place[i][j];
-      double expected;
-      if (c < 3) {
-        const double rate = std::abs(x[c]) / .02;
-        const double slow = x[c] < 0 ? 50 * (1 + (-x[c] - .1) / .4) : 20 + 20 * (x[c] - .05) / .35;
-        const double w = std::log(rate) / std::log(100.), one = x[c] < 0 ? 1.2 : 1.4, two = x[c] < 0 ? 1.5 : 2;
-        expected = -std::copysign(1e3, x[c]) * part[c] * slow * (one + w * (two - one));
-      } else {
-        expected = std::copysign(1e3, U[c]) * (10 + 5 * (x[c] - .1) / .4);
-      }
-      EXPECT_NEAR(T, expected, 1e-8 * std::abs(expected)) << c;
-    }
-  EXPECT_NEAR(J, m.volume[0], 1e-15);
-}
-
 TEST(Foams, SimpleShearOfTheIsotropicOne) {
-  // F = 1 + .5 e1 e2: U by its principal stretches l and 1/l
-  const double g = .5, l = .5 * (g + std::sqrt(4 + g * g)), t = std::sqrt(4 + g * g);
-  Material m = isotropic(kSlow, 1);
-  m.stretchTo({2 / t, (2 + g * g) / t, 1, g / t, 0, 0});
-  // in the axes of the shear, which the rotation of F = R U has turned by atan(g/2)
-  const double c = 2 / t, s = g / t, s11 = m.stress[0], s22 = m.stress[1], s12 = m.stress[3];
-  EXPECT_NEAR(s11, 20822.717, .01);
-  EXPECT_NEAR(s22, 48992.299, .01);
-  EXPECT_NEAR(s12, 56339.165, .01);
-  EXPECT_NEAR(c * c + s * s, 1, 1e-15);
-  const double tension = 50e3 * .1 / 2 + (l - 1 - .1) * (50e3 + 50e3 / .4 * .5 * (l - 1.1)), e = 1 - 1 / l,
-               crush = 500 + (e - .05) * (20e3 + 20e3 / .35 * .5 * (e - .05));
-  Material steps = isotropic(kSlow, 1);
-  steps.stretchSteps({2 / t, (2 + g * g) / t, 1, g / t, 0, 0}, 2000);
-  EXPECT_NEAR(perVolume(steps.internal), 18283.988, .05);
-  EXPECT_NEAR(tension + crush, 18283.988, .01);
+  // F = 1 + .5 e1 e2; in the axes that turn with R
+  const double g = .5, t = std::sqrt(4 + g * g);
+  for (int count : {1, 2000}) {
+    Material m = isotropic(kSlow, 1);
+    m.stretchSteps({2 / t, (2 + g * g) / t, 1, g / t, 0, 0}, count);
+    const double expected[] = {20822.717, 48992.299, 0, 56339.165};
+    for (int c = 0; c < 4; ++c) EXPECT_NEAR(m.stress[c], expected[c], .01);
+    EXPECT_NEAR(psi(m), 18283.988, count > 1 ? .05 : 5e3) << "the energy is a sum over increments";
+  }
 }
 
 // U = sum of stretches along turned directions
@@ -294,30 +218,20 @@ TEST(Foams, TurnedAxesAndNeighboursInTime) {
   });
 }
 
-TEST(Foams, EnergyOnRandomPaths) {
+TEST(Foams, EnergyOnClosedRandomPaths) {
   Random random(11);
   for (double HU : {1., .3})
-    forTabulated(HU < 1 ? .00125 : kSlow, HU, 0, [&](const Material& make) {
-      Material m = make;
-      const int shears = m.nshr;
-      double lost = 0, most = 0;
+    forTabulated(HU < 1 ? .00125 : kSlow, HU, 0, [&](Material m) {
+      double most = 0;
       for (int turn = 0; turn < 6; ++turn) {
-        const Strain to = turn < 5 ? randomStretch(random, .3, shears) : kRest;
-        for (int k = 0; k < 10; ++k) {
-          Strain now;
-          for (int c = 0; c < 6; ++c) now[c] = (c < 3 + shears ? m.stretch[c] : 0);
-          for (int c = 0; c < 6; ++c) now[c] += (to[c] - now[c]) / (10 - k);
-          m.stretchSteps(now, 40);
-          EXPECT_GE(m.inelastic[0], lost) << "never falls";
-          lost = m.inelastic[0], most = std::max(most, m.internal[0]);
-        }
+        m.stretchSteps(turn < 5 ? randomStretch(random, .3, m.nshr) : kRest, 400);
+        most = std::max(most, m.internal[0]);
       }
-      if (HU == 1) {
-        EXPECT_LT(std::abs(m.internal[0]), 2e-4 * most) << m.name << shears << ": work is psi without hysteresis";
-      }
+      // work is psi without hysteresis
+      EXPECT_LT(HU == 1 ? std::abs(m.internal[0]) : 0, 2e-4 * most) << m.name;
       // at rates, the stress falls where loading turns; foams of one rate for all directions give a part of what it adds back
       const double left = HU == 1 ? 1e-5 : m.states == 2 ? 1e-2 : 5e-4;
-      EXPECT_NEAR(m.internal[0], m.inelastic[0], left * most) << m.name << shears << ": a closed path keeps nothing";
+      EXPECT_NEAR(m.internal[0], m.inelastic[0], left * most) << m.name;
     });
 }
 
@@ -348,18 +262,17 @@ TEST(ViscousFoam, SkeletonAndBranch) {
       EXPECT_NEAR(m.stress[0], stress, 1e-5);
       EXPECT_NEAR(m.stress[1], 2 * 20e3 / 8 * (1 - 1) / l, 1e-9);
     }
-  // two terms with beta: the stress is the slope of the energy
+  // two terms with beta: the stress is the slope of an energy
   Material two("TVK_VISCOUS_FOAM", {20e3, 8, .3, 5e3, -3, 1e-9, 0, 0, 0, 0}, 6);
   two.massStays = true;
   two.stretchSteps({.6, 1.2, .9, .1, .05, -.2}, 2000);
-  EXPECT_EQ(two.inelastic[0], 0);
-  Material one("TVK_VISCOUS_FOAM", two.props, 6);
-  one.stretchTo({.6, 1.2, .9, .1, .05, -.2});
-  for (int c = 0; c < 6; ++c) EXPECT_NEAR(one.stress[c], two.stress[c], 1e-9);
-  const double back = two.internal[0];
+  const double energy = two.internal[0];
   two.stretchSteps({1.1, .8, .7, 0, .1, 0}, 2000);
+  EXPECT_GT(std::abs(two.internal[0] - energy), .1 * energy);
   two.stretchSteps({.6, 1.2, .9, .1, .05, -.2}, 2000);
-  EXPECT_NEAR(two.internal[0], back, 1e-5 * back);
+  EXPECT_NEAR(two.internal[0], energy, 1e-5 * energy);
+  two.stretchSteps(kRest, 2000);
+  EXPECT_NEAR(two.internal[0], 0, 1e-5 * energy);
   for (int count : {1, 7, 1000}) {
     Material m = viscous();
     logarithmicSteps(m, std::exp(-.5), 10, count);
@@ -447,13 +360,9 @@ TEST(Honeycomb, CrushesAndLocks) {
 TEST(Honeycomb, RateAndDeletion) {
   for (const auto& [rate, factor] : {std::pair{.1, 1.}, {1., 1.}, {10., 1.5}, {1e4, 2.}}) {
     Material m = honeycomb(0, {1, 1, 2, 100});
+    m.dt = std::sqrt(2. / 3) * .5 / rate; // .4 over a mean length of .8
     m.stretchTo(stretchOf(0, .6));
-    const double strain = .4 / .8;
-    m.dt = std::sqrt(2. / 3) * strain / rate;
-    Material fresh = honeycomb(0, {1, 1, 2, 100});
-    fresh.dt = m.dt;
-    fresh.stretchTo(stretchOf(0, .6));
-    EXPECT_NEAR(fresh.stress[0] / MPa, -factor, 1e-9) << rate;
+    EXPECT_NEAR(m.stress[0] / MPa, -factor, 1e-9) << rate;
   }
   Material m = honeycomb(.5);
   m.stretchTo(stretchOf(1, 1.49));
