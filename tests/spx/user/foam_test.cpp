@@ -235,6 +235,22 @@ TEST(Foams, EnergyOnClosedRandomPaths) {
     });
 }
 
+TEST(Foams, UnloadingIsStifferThanTheCurves) {
+  const double slope = 750e3 / .1, factor = 1 + 2 * 3 * (1 - .2); // as the declarations give c2
+  forTabulated(kSlow, .2, 0, [=](const Material& make) {
+    double largest = 0;
+    for (double l : {.97, .8, .5, .3, .2, .15, .12}) {
+      Material m = make;
+      m.stretchTo(stretchOf(0, l));
+      const double before = m.stress[0];
+      m.stretchTo(stretchOf(0, l + 1e-7));
+      largest = std::max(largest, (m.stress[0] - before) / 1e-7);
+    }
+    EXPECT_GT(largest, 3.9 * slope);
+    EXPECT_LT(largest, factor * slope);
+  });
+}
+
 // ---- viscous foam: mu 20 kPa, alpha 8, beta 0
 
 Material viscous(double E = 1e6, double eta = 2e3, double exponent = 0, double largest = 0, int shears = 3) {
