@@ -29,8 +29,8 @@ struct Call {
     std::string padded = name;
     padded.resize(80, ' ');
     routine(&zero, &n, &ndir, &nshr, &states, &zero, &nprops, &zero, &time, &time, &time, padded.data(), nullptr,
-            nullptr, props.data(), ones, zeros.data(), nullptr, zeros.data(), nullptr, nullptr, nullptr, zeros.data(),
-            zeros.data(), zeros.data(), zeros.data(), zeros.data(), nullptr, ones, nullptr, stress.data(), state.data(),
+            nullptr, props.data(), ones, zeros.data(), nullptr, zeros.data(), ones, nullptr, nullptr, zeros.data(),
+            zeros.data(), zeros.data(), zeros.data(), zeros.data(), ones, ones, nullptr, stress.data(), state.data(),
             energy.data(), energy.data() + 1, 80);
     untouched = true;
     for (const auto* values : {&stress, &state, &energy})
@@ -65,6 +65,13 @@ const std::vector<double> kBeissel = {193e9, 1.5e9, 5e9, 12e9,  .5e9,  .2e9, .2e
                                       .16,   1,     0,   220e9, 361e9, 0,    1,    0,    0, 0};
 const std::vector<double> kConcrete = {15e9, .79, 1.6, .007, .61, 48e6, 4e6,    1,     .01, 7, 16e6,
                                        .001, 8e8, .10, .04,  1,   85e9, -171e9, 208e9, 0,   0};
+const std::vector<double> kViscous = {2e4, 8, 0, 0, 0, 0, 1e6, 2e3, 2, 0},
+                          kCells = {7e10, .3, 2e8, .2, 1e9, 1e8, 1e8, 3e8, 5e7, 2e8, 0, 2,
+                                    0,    0,  0,   0,  0,   1,   1e6, 0,   2e8, .8,  1, 1};
+// One curve each: pressed only, with tension, and with tension for the axes and none for shear.
+const std::vector<double> kSensitive = {4e5, 5e4, 0, .2, 3, 0, 1, 1, 2, 0, 0, 1e5, 1},
+                          kFuChang = {4e5, 5e4, .2, 3, 0, 1, 1, 2, -1e5, -1, 1e5, 1},
+                          kBlock = {4e5, 5e4, .2, 3, 0, 1, 0, 0, 1, 0, 0, 1, 2, -1e5, -1, 1e5, 1, 1, 2, 0, 0, 1e5, 1};
 // Yield ratios of one, a tension curve of two rows, two rows of each failure.
 std::vector<double> plastic() {
   std::vector<double> p = {2e9, .35, 1, 1, 1, 1, 1, 1, 0, 0, 2, 0, 2, 2, 0, 0};
@@ -86,11 +93,11 @@ TEST(UserMaterialDispatch, EachKeyAndAnySuffixReachesItsImplementation) {
     int nshr;
     std::vector<double> props;
     std::string refusal; // empty where there is a model
-  } cases[] = {{"TVK_VISCOUS_FOAM", 3, {}, carries("viscous foam")},
-               {"TVK_RATE_SENSITIVE_FOAM", 3, {}, carries("rate-sensitive foam")},
-               {"TVK_FU_CHANG_ISO_FOAM", 3, {}, carries("Fu-Chang isotropic foam")},
-               {"TVK_FU_CHANG_ANISO_FOAM", 3, {}, carries("Fu-Chang anisotropic foam")},
-               {"TVK_HONEYCOMB", 3, std::vector<double>(11), carries("honeycomb")},
+  } cases[] = {{"TVK_VISCOUS_FOAM", 3, kViscous, ""},
+               {"TVK_RATE_SENSITIVE_FOAM", 3, kSensitive, ""},
+               {"TVK_FU_CHANG_ISO_FOAM", 1, kFuChang, ""},
+               {"TVK_FU_CHANG_ANISO_FOAM", 3, kBlock, ""},
+               {"TVK_HONEYCOMB", 3, kCells, ""},
                {"TVK_SUPER_ELASTIC_N3D", 3, kAlloy, ""},
                {"TVK_SUPER_ELASTIC_N2D", 1, kAlloy, ""},
                {"TVK_THERMOPLASTIC", 3, plastic(), carries("thermoplastic")},
@@ -130,6 +137,10 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
                     thermo = "Subroutine VUMAT for thermoplastic materials ",
                     shown = "specification of %I state variables. Check the definition of *DEPVAR in the input file.",
                     curve = " of material %S must be specified using increasing strain values",
+                    foam = "The stress-strain curves of material %S must be ",
+                    threeD = " user material only supports 3D, plane strain and axisymmetric elements.",
+                    needs = " user material requires the specification of %I material properties in the *USER "
+                            "MATERIAL option for material %S.",
                     rated = "Rate-dependent ", inTerms = " failure properties must be specified in terms of ";
   const auto curves = [](std::initializer_list<double> counts, std::initializer_list<double> values) {
     std::vector<double> p = counts;
@@ -249,16 +260,58 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
       {"TVK_THERMOPLASTIC", 3, 3, 14, with(plastic(), {{16, -1}}),
        "Coefficients f3 and f5 for the thermoplastic material cannot be negative"},
       {"TVK_HONEYCOMB", 3, 3, 0, {}, "The honeycomb user material requires the specification of %I material in the "
-       "*USER MATERIAL option for material %S.", "11"},
-      {"TVK_HONEYCOMB", 3, 3, 0, std::vector<double>(11), "The honeycomb user material requires the "
+       "*USER MATERIAL option for material %S.", "18"},
+      {"TVK_HONEYCOMB", 3, 3, 0, std::vector<double>(18), "The honeycomb user material requires the "
        "specification of %I state variables. Check the definition of *DEPVAR for material %S.", "1"},
-      {"TVK_HONEYCOMB", 3, 3, 1, std::vector<double>(11, .2), "The honeycomb user material requires the "
+      {"TVK_HONEYCOMB", 3, 3, 2, std::vector<double>(18, .2), "The honeycomb user material requires the "
        "specification of %I state variables when a tensile strain for element deletion is defined in the model. Check the definition "
-       "of *DEPVAR for material %S.", "2"},
+       "of *DEPVAR for material %S.", "3"},
       {"TVK_RATE_SENSITIVE_FOAM", 3, 3, 1, {}, "The rate sensitive foam user material requires the specification of %I "
        "state variables. Check the definition of  *DEPVAR in the input file.", "2"},
       {"TVK_RATE_SENSITIVE_FOAM", 3, 3, 7, {1, 0, .1}, std::string("The rate sensitive foam user material requires the "
-       "specification of %I state variables when beta damping is specified. ") + kDepvar, "8"}};
+       "specification of %I state variables when beta damping is specified. ") + kDepvar, "8"},
+      {"TVK_HONEYCOMB", 2, 1, 0, {}, "The honeycomb" + threeD},
+      {"TVK_HONEYCOMB", 3, 3, 1, with(kCells, {{18, 2}}), "The properties of material %S end before its tables do."},
+      {"TVK_HONEYCOMB", 3, 3, 1, with(kCells, {{12, 0}}), "Material %S needs a crush curve for component 11."},
+      {"TVK_HONEYCOMB", 3, 3, 1, with(kCells, {{22, 0}}), "The crush curves of material %S must be finite and specified "
+       "using increasing values of 1 - J."},
+      {"TVK_HONEYCOMB", 3, 3, 1, with(kCells, {{24, 0}}), "The strength factors of material %S must be positive, for "
+       "positive and increasing strain rates."},
+      {"TVK_HONEYCOMB", 3, 3, 1, with(kCells, {{9, 0}}), "Property %I of material %S must be greater than zero.", "9"},
+      {"TVK_HONEYCOMB", 3, 3, 1, with(kCells, {{4, 1}}), "Property %I of material %S must be greater than 0.00000E+00 "
+       "and less than 1.00000E+00: it is 1.00000E+00.", "4"},
+      {"TVK_VISCOUS_FOAM", 1, 1, 0, {}, "The viscous foam" + threeD},
+      {"TVK_VISCOUS_FOAM", 3, 1, 5, {}, "The viscous foam user material requires the " + shown, "6"},
+      {"TVK_VISCOUS_FOAM", 3, 1, 6, {}, "The viscous foam" + needs, "10"},
+      {"TVK_VISCOUS_FOAM", 3, 1, 6, with(kViscous, {{4, 1}}), "An exponent alpha of material %S, property 2 or 5, is "
+       "zero."},
+      {"TVK_VISCOUS_FOAM", 3, 1, 6, with(kViscous, {{3, -.5}}), "Beta of a term of material %S, property %I, must be "
+       "greater than -1/3: it is -5.00000E-01.", "3"},
+      {"TVK_RATE_SENSITIVE_FOAM", 1, 0, 0, {}, "The rate sensitive foam" + threeD},
+      {"TVK_FU_CHANG_ISO_FOAM", 3, 3, 6, {}, "The Fu-Chang isotropic foam user material requires the " + shown, "7"},
+      {"TVK_FU_CHANG_ANISO_FOAM", 3, 3, 11, {}, "The Fu-Chang anisotropic foam user material requires the " + shown, "12"},
+      {"TVK_FU_CHANG_ANISO_FOAM", 3, 3, 12, {}, "The Fu-Chang anisotropic foam" + needs, "11"},
+      {"TVK_RATE_SENSITIVE_FOAM", 3, 3, 2, with(kSensitive, {{9, 3}}), "The properties of material %S end before its "
+       "tables do."},
+      {"TVK_FU_CHANG_ISO_FOAM", 3, 1, 7, with(kFuChang, {{6, 0}}), "Material %S needs a stress-strain curve of at least "
+       "one row for each strain rate."},
+      {"TVK_FU_CHANG_ISO_FOAM", 3, 1, 7, with(kFuChang, {{12, -1}}), foam + "specified using increasing strain values."},
+      {"TVK_FU_CHANG_ISO_FOAM", 3, 1, 7, with(kFuChang, {{11, 2e5}}), foam + "finite and either begin with zero strain "
+       "and zero stress or begin in tension and pass through zero stress at zero strain."},
+      {"TVK_RATE_SENSITIVE_FOAM", 3, 3, 2, with(kSensitive, {{11, -1}}), foam + "finite and begin with zero strain and "
+       "zero stress."},
+      {"TVK_FU_CHANG_ANISO_FOAM", 3, 3, 12, with(kBlock, {{21, -1}, {20, -1e5}}), foam + "finite and begin with zero "
+       "strain and zero stress."},
+      {"TVK_FU_CHANG_ISO_FOAM", 3, 3, 7, {4e5, 0, 1, 1, 0, 2, 1, 2, 1, 1, -1, -1, 1, 1, 0, 0}, "The strain rates of the "
+       "curves of material %S must be positive and increasing."},
+      {"TVK_FU_CHANG_ISO_FOAM", 3, 3, 7, {4e5, 0, 1, 1, 0, 2, 1, 2, 2, 1, -1, -1, 1, 1, 0, 0}, "Either all or none of "
+       "the stress-strain curves of one family of material %S must begin in tension."},
+      {"TVK_RATE_SENSITIVE_FOAM", 3, 3, 2, with(kSensitive, {{1, 0}}), "Property %I of material %S must be greater than "
+       "zero.", "1"},
+      {"TVK_RATE_SENSITIVE_FOAM", 3, 3, 2, with(kSensitive, {{4, 1.5}}), "Property %I of material %S must lie between "
+       "0.00000E+00 and 1.00000E+00: it is 1.50000E+00.", "4"},
+      {"TVK_RATE_SENSITIVE_FOAM", 3, 3, 2, with(kSensitive, {{6, -1}}), "Property %I of material %S must be finite and "
+       "not less than 0.00000E+00: it is -1.00000E+00.", "6"}};
   // clang-format on
   for (const auto& c : cases) {
     Call call{c.name, c.ndir, c.nshr, c.states, c.props};

@@ -317,7 +317,8 @@ void setList(Array& array, const std::vector<int>& list) {
 // Materials with properties of the size of the stresses that are made up; surplus properties are 0.0.
 struct MaterialData {
   std::string_view routine, name;
-  double props[24];
+  double props[80];
+  int states = 0, properties = 0; // where it takes more than its declaration asks for at least
 };
 constexpr MaterialData kMaterials[] = {
     {"SPX_USR_SUPERELASTIC", "TVK_SUPER_ELASTIC_N", {900, 0.3, 600, 0.35, 0.06, 3, 6, 2, 1, 4, 0.5, 0.3, 0.4, -1}},
@@ -326,7 +327,38 @@ constexpr MaterialData kMaterials[] = {
      {30, 0.93, 0.4, 0.003, 0.35, 0.77, 1, 0.5, 0.5, 6, 3, 0.053, 0.85, 45, -138, 290, 1, 0.4}},
     {"SPX_USR_JHB", "TVK_JHB", {193, 1.5, 4.9, 12.2, 1, 0.4, 1, 0.009, 1, 0.75, 0.16, 1, 1, 220, 361, 0, 1, 0.4}},
     {"SPX_USR_HJCCONCRETE", "TVK_HJC_CONCRETE", {150,  0.79, 1.6, 0.007, 0.61, 2,   0.5,   1,    0.01, 7, 1,
-                                                 0.01, 20,   0.1, 0.04,  1,    850, -1710, 2080, 0.4,  1}}};
+                                                 0.01, 20,   0.1, 0.04,  1,    850, -1710, 2080, 0.4,  1}},
+    {"SPX_USR_RATESENSFOAM",
+     "TVK_RATE_SENSITIVE_FOAM",
+     {8, 1, 0.02, 0.3, 2, 0.1, 2, 0.01, 3, 2, 4, 0, 0, 1, 0.1, 3, 0.6, 0, 0, 1.5, 0.1, 4, 0.6, 9, 0.9},
+     8,
+     25},
+    {"SPX_USR_FUCHANGISOFOAM",
+     "TVK_FU_CHANG_ISO_FOAM",
+     {8, 1, 0.3, 2, 0.1, 2, 0.01, 3, 2, 4, -2, -0.3, 0, 0, 3, 0.6, -3, -0.4, 0, 0, 1.5, 0.1, 9, 0.9},
+     7,
+     24},
+    {"SPX_USR_FUCHANGANISOFOAM",
+     "TVK_FU_CHANG_ANISO_FOAM",
+     {8, 1, 0.3, 2, 0.1, 2, 1, 0, 2,   0, 0, 0.01, 3, 2, 3, -2, -0.3, 0, 0,   3, 0.6, -3, -1, 0,
+      0, 9, 0.9, 1, 2,   0, 0, 2, 0.5, 1, 3, 2,    2, 0, 0, 1,  0.4,  3, 0.5, 0, 0,   3,  0.5},
+     12,
+     47},
+    {"SPX_USR_VISCOUSFOAM", "TVK_VISCOUS_FOAM", {2, 6, 0.1, 1, -3, 0, 20, 5, 2, 8}},
+    {"SPX_USR_HONEYCOMB",
+     "TVK_HONEYCOMB",
+     {700, 0.3, 8, 0.3, 20, 5,   5, 6, 2, 3,   0.6, 4, 0, 2,   3, 0,   0, 2,   3, -0.5,
+      4,   0,   1, 0.2, 9,  0.7, 1, 0, 5, 0.7, 2,   0, 1, 0.3, 6, 0.7, 1, 0.1, 2, 10},
+     3,
+     40}};
+
+void setMaterialSizes(const RoutineInfo& routine, Sizes& sizes, int variant) {
+  for (const MaterialData& material : kMaterials) {
+    if (material.routine != routine.name || material.properties == 0) continue;
+    sizes.set("nstatev", material.states + variant % 3);
+    sizes.set("nprops", material.properties + variant / 3 % 2);
+  }
+}
 
 // Name and properties of the material that a routine computes.
 void fillMaterial(const RoutineInfo& routine, Array& array, Sizes& sizes, int variant) {
@@ -426,6 +458,7 @@ int variantCount(const RoutineInfo& routine) {
 
 KernelCase makeCase(const RoutineInfo& routine, int points, int variant) {
   Sizes sizes(routine, points, variant);
+  setMaterialSizes(routine, sizes, variant);
   KernelCase result;
   result.routine = &routine;
   result.points = points;

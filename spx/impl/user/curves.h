@@ -57,8 +57,9 @@ SA_INLINE void strainAt(const Table& curve, int n, const double* stress, double*
 
 // How far the logarithm of a rate has gone from that of one row to that of the next; held outside.
 SA_INLINE double rateWeight(double logRate, double logFrom, double logTo) {
-  const double weight = (logRate - logFrom) / (logTo - logFrom);
-  return vm::select(weight > 0.0, vm::min(1.0, weight), weight + (0.0 - weight)); // a NaN stays one
+  const double span = logTo - logFrom,
+               weight = (logRate - logFrom) / vm::select(span > 0.0, span, 1e-300); // neighbours
+  return vm::select(weight > 0.0, vm::min(1.0, weight), weight + (0.0 - weight));   // a NaN stays one
 }
 
 // Curves at several rates, straight in the logarithm of the rate and held outside: `rates` has rows of (rate, number of rows),
@@ -73,9 +74,9 @@ struct RateFamily {
   Table slowest() const { return curve(0, curves); }
 };
 
-// Stress of the family at (strain, rate); a rate below the first counts as the first.
-SA_INLINE void stressAt(const RateFamily& family, int n, const double* strain, const double* rate, double* stress) {
-  stressAt(family.slowest(), n, strain, stress);
+// From the stress of the slowest curve at the strain, which `stress` holds, to that of the family at (strain, rate); a rate
+// below the first counts as the first.
+SA_INLINE void raiseToRate(const RateFamily& family, int n, const double* strain, const double* rate, double* stress) {
   if (family.rates.rows < 2) {
     forPoints(n, [=](int i) SA_POINT { stress[i] += rate[i] - rate[i]; }); // a NaN spoils its point
     return;
@@ -98,6 +99,12 @@ SA_INLINE void stressAt(const RateFamily& family, int n, const double* strain, c
       below[i] = a;
     });
   }
+}
+
+// Stress of the family at (strain, rate).
+SA_INLINE void stressAt(const RateFamily& family, int n, const double* strain, const double* rate, double* stress) {
+  stressAt(family.slowest(), n, strain, stress);
+  raiseToRate(family, n, strain, rate, stress);
 }
 
 // The part of the way to a rate that a first-order filter goes in an increment: exact for a constant rate, whole without a

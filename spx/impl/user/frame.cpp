@@ -38,4 +38,12 @@ bool refuseAbove(const Block& block, int32_t smaller, int32_t larger, std::strin
   return !(given[0] <= given[1]) && refuse(block, text, 0, given);
 }
 
+bool refuseOutside(const Block& block, int32_t number, double least, double most) {
+  const double x = block.props[number - 1], told[] = {least, vm::select(most < vm::kInfinity, most, x), x};
+  if (x >= least && x <= most && vm::abs(x) < vm::kInfinity) return false;
+  if (most < vm::kInfinity)
+    return refuse(block, "Property %I of material %S must lie between %R and %R: it is %R.", number, told);
+  return refuse(block, "Property %I of material %S must be finite and not less than %R: it is %R.", number, told);
+}
+
 } // namespace sa::user

@@ -78,6 +78,9 @@ bool refuseValues(const Block& block, std::initializer_list<int32_t> positive);
 // A property that is greater than another, or either of them not a number.
 bool refuseAbove(const Block& block, int32_t smaller, int32_t larger, std::string_view text);
 
+// A property, numbered from 1, that is less than the least, more than the most or not a number; `most` may be infinite.
+bool refuseOutside(const Block& block, int32_t number, double least, double most = vm::kInfinity);
+
 // ---- tensors of one point, with the components that its elements have
 
 template <class Storage>
@@ -177,15 +180,17 @@ SA_INLINE void elasticAnswer(const Block& b, double K, double G) {
   });
 }
 
-// State variables from `first` (counted from 0) on that a model does not use keep their values.
-SA_INLINE void keepStates(const Block& b, int first) {
-  const int64_t N = b.points, from = first * N, count = (b.states - first) * N;
+// State variables from `first` (counted from 0) to before `end` that a model does not use keep their values.
+SA_INLINE void keepStates(const Block& b, int first, int end) {
+  const int64_t N = b.points, from = first * N, count = (end - first) * N;
   const double* old = b.stateOld;
   double* now = b.state;
   if (count <= 0) return;
 #pragma omp simd
   for (int64_t k = from; k < from + count; ++k) now[k] = old[k];
 }
+// All from `first` on.
+SA_INLINE void keepStates(const Block& b, int first) { keepStates(b, first, b.states); }
 
 // An implementation: checks, also of constants that follow from the properties, then the block with the constants.
 #define SA_USER_MATERIAL(name, Model)                                                                                  \

@@ -47,40 +47,6 @@ bool isPositive(const double* values, int rows, int64_t columns, int column) {
   return true;
 }
 
-// ---- foams and honeycomb
-
-bool checkNothing(const Block&) { return false; }
-
-bool checkRateSensitiveFoam(const Block& block) {
-  constexpr int32_t kStates = 2, kDampedStates = 8, kBetaDamping = 3;
-  if (property(block, kBetaDamping) != 0.0)
-    return refuseStates(block, kDampedStates,
-                        "The rate sensitive foam user material requires the specification of %I "
-                        "state variables when beta damping is specified. " SA_CHECK_DEPVAR);
-  return refuseStates(block, kStates,
-                      "The rate sensitive foam user material requires the specification of %I "
-                      "state variables. Check the definition of  "
-                      "*DEPVAR in the input file.");
-}
-
-bool checkHoneycomb(const Block& block) {
-  constexpr int32_t kProperties = 11, kTensileStrain = 11, kStates = 1, kStatesWithDeletion = 2;
-  if (refuseProperties(block, kProperties,
-                       "The honeycomb user material requires the specification of %I material "
-                       "in the *USER MATERIAL option for material %S."))
-    return true;
-  if (property(block, kTensileStrain) != 0.0)
-    return refuseStates(block, kStatesWithDeletion,
-                        "The honeycomb user material requires the specification of %I state "
-                        "variables when a tensile strain for element "
-                        "deletion is defined in the model. Check the "
-                        "definition of *DEPVAR for material %S.");
-  return refuseStates(block, kStates,
-                      "The honeycomb user material requires the specification of %I state "
-                      "variables. Check the definition of "
-                      "*DEPVAR for material %S.");
-}
-
 // ---- fabrics
 
 bool checkFabric(const Block& block) {
@@ -221,11 +187,6 @@ bool checkThermoplastic(const Block& block) { return checkPlastic(block, kThermo
                             "\", of which this build of the library carries no model.");                               \
   }
 
-SA_REFUSE(SPX_USR_VISCOUSFOAM, checkNothing, "viscous foam")
-SA_REFUSE(SPX_USR_RATESENSFOAM, checkRateSensitiveFoam, "rate-sensitive foam")
-SA_REFUSE(SPX_USR_FUCHANGISOFOAM, checkNothing, "Fu-Chang isotropic foam")
-SA_REFUSE(SPX_USR_FUCHANGANISOFOAM, checkNothing, "Fu-Chang anisotropic foam")
-SA_REFUSE(SPX_USR_HONEYCOMB, checkHoneycomb, "honeycomb")
 SA_REFUSE(SPX_USR_THERMOPLASTIC, checkThermoplastic, "thermoplastic")
 SA_REFUSE(SPX_USR_MOLDEDPLASTIC, checkMoldedPlastic, "molded plastic")
 SA_REFUSE(SPX_USR_FABRIC, checkFabric, "fabric")
