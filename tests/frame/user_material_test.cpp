@@ -28,10 +28,10 @@ struct Call {
     const int zero = 0, nprops = static_cast<int>(props.size());
     std::string padded = name;
     padded.resize(80, ' ');
-    routine(&zero, &n, &ndir, &nshr, &states, &zero, &nprops, &zero, &time, &time, &time, padded.data(), nullptr,
-            nullptr, props.data(), ones, zeros.data(), nullptr, zeros.data(), nullptr, nullptr, nullptr, zeros.data(),
-            zeros.data(), zeros.data(), zeros.data(), zeros.data(), nullptr, ones, nullptr, stress.data(), state.data(),
-            energy.data(), energy.data() + 1, 80);
+    routine(&zero, &n, &ndir, &nshr, &states, &zero, &nprops, &zero, &time, &time, &time, padded.data(), nullptr, ones,
+            props.data(), ones, zeros.data(), nullptr, zeros.data(), ones, nullptr, nullptr, zeros.data(), zeros.data(),
+            zeros.data(), zeros.data(), zeros.data(), ones, ones, nullptr, stress.data(), state.data(), energy.data(),
+            energy.data() + 1, 80);
     untouched = true;
     for (const auto* values : {&stress, &state, &energy})
       untouched = untouched && std::all_of(values->begin(), values->end(), [](double x) { return x == -7; });
@@ -71,6 +71,12 @@ std::vector<double> plastic() {
   for (double x : {1e7, 0., 2e7, .1, .5, .6, 1., .4, .5, 10., .5, .6, 1., .4, .5, 10.}) p.push_back(x);
   return p;
 }
+// Loading curves of two rows.
+std::vector<double> woven(std::initializer_list<double> curves = {0, 0, 1e7, .1, 0, 0, 1e7, .1}) {
+  std::vector<double> p = {2, 2, 0, 0, 0, 90, 1e6, 0, 0, 0, 0, 0, 0, 0};
+  p.insert(p.end(), curves);
+  return p;
+}
 std::vector<double> with(std::vector<double> p, std::initializer_list<std::pair<int, double>> changes) {
   for (const auto& [number, value] : changes) p[static_cast<std::size_t>(number - 1)] = value;
   return p;
@@ -95,7 +101,7 @@ TEST(UserMaterialDispatch, EachKeyAndAnySuffixReachesItsImplementation) {
                {"TVK_SUPER_ELASTIC_N2D", 1, kAlloy, ""},
                {"TVK_THERMOPLASTIC", 3, plastic(), carries("thermoplastic")},
                {"TVK_MOLDED_PLASTIC", 1, plastic(), carries("molded plastic")},
-               {"TVK_FABRIC", 1, std::vector<double>(4), carries("fabric")},
+               {"TVK_FABRIC", 1, woven(), ""},
                {"TVK_PLY_FABRIC", 1, {}, carries("fabric-reinforced composite ply")},
                {"TVK_JH2", 3, kGlass, ""},
                {"TVK_JHB", 3, kBeissel, ""},
@@ -131,11 +137,6 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
                     shown = "specification of %I state variables. Check the definition of *DEPVAR in the input file.",
                     curve = " of material %S must be specified using increasing strain values",
                     rated = "Rate-dependent ", inTerms = " failure properties must be specified in terms of ";
-  const auto curves = [](std::initializer_list<double> counts, std::initializer_list<double> values) {
-    std::vector<double> p = counts;
-    p.insert(p.end(), values);
-    return p;
-  };
   // clang-format off
   const struct {
     const char* name;
@@ -207,17 +208,29 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
       {"TVK_FABRIC", 3, 1, 7, {}, fabric + ". " + kDepvar, "8"},
       {"TVK_FABRIC_INITENER", 3, 1, 8, {},
        fabric + " when used in combination with option to ramp initial stresses. " + kDepvar, "12"},
-      {"TVK_FABRIC", 3, 1, 8, curves({2, 0, 0, 0}, {0, .1, 1, .1}),
-       "The loading stress-strain curve for fiber 1" + curve},
-      {"TVK_FABRIC", 3, 1, 8, curves({1, 2, 0, 0}, {0, .1, 0, .1, 1, 0}),
+      {"TVK_FABRIC", 3, 1, 8, std::vector<double>(13), "Subroutine VUMAT for fabric material requires the specification "
+       "of %I material properties. Check the *USER MATERIAL option for material %S.", "14"},
+      {"TVK_FABRIC", 3, 1, 8, woven({0, .1, 1, .1}), "The loading stress-strain curve for fiber 1" + curve},
+      {"TVK_FABRIC", 3, 1, 8, with(woven({0, .1, 0, .1, 1, 0}), {{1, 1}}),
        "The loading stress-strain curve for fiber 2" + curve},
-      {"TVK_FABRIC", 3, 1, 8, curves({1, 1, 2, 0}, {0, .1, 0, .1, 0, .3, 1, 0}),
+      {"TVK_FABRIC", 3, 1, 8, with(woven({0, .1, 0, .1, 0, .3, 1, 0}), {{1, 1}, {2, 1}, {3, 2}}),
        "The unloading stress-strain curve for fiber 1" + curve},
-      {"TVK_FABRIC", 3, 1, 8, curves({1, 0, 0, 2}, {0, .1, 0, .1, 0, std::nan("")}),
+      {"TVK_FABRIC", 3, 1, 8, with(woven({0, .1, 0, .1, 0, std::nan("")}), {{1, 1}, {2, 0}, {4, 2}}),
        "The unloading stress-strain curve for fiber 2" + curve},
-      {"TVK_FABRIC", 3, 1, 8, curves({1e9, 0, 0, 2}, {0, .1}),
+      {"TVK_FABRIC", 3, 1, 8, with(woven({0, .1}), {{1, 1e9}, {4, 2}}),
        "The properties of material %S end before its tables do."},
-      {"TVK_FABRIC", 3, 1, 8, curves({-1, 0}, {}), "The properties of material %S end before its tables do."},
+      {"TVK_FABRIC", 3, 1, 8, with(woven({}), {{1, -1}}), "The properties of material %S end before its tables do."},
+      {"TVK_FABRIC", 3, 1, 8, woven({0, 0, 1, .1, 1, 0, 2, .1}), "The loading stress-strain curve for fiber 2 of "
+       "material %S must start at zero stress and strain, with a second row or more behind"},
+      {"TVK_FABRIC", 3, 1, 8, with(woven({0, 0, 1, .1, 0, 0, 1, .1, 0, 0}), {{3, 1}}), "The unloading stress-strain "
+       "curve for fiber 1 of material %S must start at zero stress and strain, with a second row or more behind"},
+      {"TVK_FABRIC", 3, 1, 8, with(woven({0, 0, 1, .1, 0, 0, 1, .1, 0, 0, 0, 1}), {{4, 2}}), "The unloading "
+       "stress-strain curve for fiber 2 of material %S must be specified using increasing stress values"},
+      {"TVK_FABRIC", 3, 1, 8, with(woven(), {{9, -1}}), "Property %I of material %S must not be negative.", "9"},
+      {"TVK_FABRIC", 3, 1, 8, with(woven(), {{12, 2}}),
+       "The stiffness in compression of material %S, property 12, must not be greater than 1."},
+      {"TVK_FABRIC", 3, 1, 8, with(woven(), {{5, -90}}),
+       "The fibers of material %S must cross: their angles, properties 5 and 6, are the same."},
       {"TVK_MOLDED_PLASTIC", 1, 0, 0, {},
        molded + "only supports solid, plane stress, and generalized plane strain elements."},
       {"TVK_MOLDED_PLASTIC", 3, 1, 13, {}, molded + "requires the " + shown, "14"},

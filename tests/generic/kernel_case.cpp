@@ -317,7 +317,8 @@ void setList(Array& array, const std::vector<int>& list) {
 // Materials with properties of the size of the stresses that are made up; surplus properties are 0.0.
 struct MaterialData {
   std::string_view routine, name;
-  double props[24];
+  double props[48];
+  int count = 0; // of properties, where tables make them more than the declaration's least
 };
 constexpr MaterialData kMaterials[] = {
     {"SPX_USR_SUPERELASTIC", "TVK_SUPER_ELASTIC_N", {900, 0.3, 600, 0.35, 0.06, 3, 6, 2, 1, 4, 0.5, 0.3, 0.4, -1}},
@@ -326,7 +327,12 @@ constexpr MaterialData kMaterials[] = {
      {30, 0.93, 0.4, 0.003, 0.35, 0.77, 1, 0.5, 0.5, 6, 3, 0.053, 0.85, 45, -138, 290, 1, 0.4}},
     {"SPX_USR_JHB", "TVK_JHB", {193, 1.5, 4.9, 12.2, 1, 0.4, 1, 0.009, 1, 0.75, 0.16, 1, 1, 220, 361, 0, 1, 0.4}},
     {"SPX_USR_HJCCONCRETE", "TVK_HJC_CONCRETE", {150,  0.79, 1.6, 0.007, 0.61, 2,   0.5,   1,    0.01, 7, 1,
-                                                 0.01, 20,   0.1, 0.04,  1,    850, -1710, 2080, 0.4,  1}}};
+                                                 0.01, 20,   0.1, 0.04,  1,    850, -1710, 2080, 0.4,  1}},
+    {"SPX_USR_FABRIC",
+     "TVK_FABRIC",
+     {3, 2, 2, 3,   10, 80,  4, 5, 30, 8,   1, 0.2, 0, 0.6, // curves:
+      0, 0, 3, 0.1, 9,  0.2, 0, 0, 5,  0.1, 0, 0,   9, 0.1, 0, 0, 2, 0.05, 9, 0.1},
+     34}};
 
 // Name and properties of the material that a routine computes.
 void fillMaterial(const RoutineInfo& routine, Array& array, Sizes& sizes, int variant) {
@@ -426,6 +432,8 @@ int variantCount(const RoutineInfo& routine) {
 
 KernelCase makeCase(const RoutineInfo& routine, int points, int variant) {
   Sizes sizes(routine, points, variant);
+  for (const MaterialData& material : kMaterials)
+    if (material.routine == routine.name && material.count > 0) sizes.set("nprops", material.count);
   KernelCase result;
   result.routine = &routine;
   result.points = points;
