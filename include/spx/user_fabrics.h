@@ -73,8 +73,46 @@ void SPX_USR_FABRIC(const int32_t* callInfo, const int32_t* nblock, const int32_
                     double* stressNew, double* stateNew, double* enerInternNew, double* enerInelasNew,
                     int64_t materialNameLength);
 
-/** Fabric-reinforced composite ply, for plane stress; no model in this build, as SPX_USR_RATESENSFOAM.
+/** Fabric-reinforced composite ply, for plane stress: elastic fibres in both directions that soften one by one in tension and in
+ *  compression, and a matrix that yields and is damaged in shear.  Strain adds up; with nu21 = nu12 E2/E1,
+ *    fibres   s11 = (1 - d1) E1 (e11 + (1 - d2) nu21 e22)/D, s22 likewise, D = 1 - (1 - d1)(1 - d2) nu12 nu21; d1 is d1t or d1c
+ *             by the sign of s11; r the largest |s11/(1 - d1)|/X of that sign so far; d = 1 - exp(-A (r - 1))/r beyond r = 1,
+ *             no larger than property 19; A = 2 g0 L/(Gf - g0 L), g0 = X^2/(2 E), so that an element of length L (the
+ *             characteristic one) loses Gf per area, whatever its size; with Gf = 0.0 d is the largest at once
+ *    shear    t = 2 G (e12 - e12p), |t| no larger than sy + C epsp^p; r12 the largest |t|/S0 so far,
+ *             d12 = alpha12 ln r12, no larger than property 15; s12 = (1 - d12) t
+ *  The sign is that of the stress itself, so that stress goes through zero without a jump where the damages of both signs differ.
+ *  Damage and stress of both directions are settled in three sweeps: one increment and 2000 differ by 5e-5 at strains of 0.02
+ *  in two directions; shear of any increment is on the curve to round-off.  First call: linear elastic, orthotropic.
+ *    properties, 21: 1 E1+, 2 E2+, 3 nu12, 4 G12+, 5 X1t+, 6 X1c+, 7 X2t+, 8 X2c+ (strengths, all positive), 9 to 12 their Gf
+ *      in J/m2 (0.0: brittle), 13 S0+, 14 alpha12, 15 largest d12 below 1, 16 sy+, 17 C, 18 p in (0, 1]+, 19 largest d below 1
+ *      (0.0: 0.999), 20 deletion when d is the largest, 0.0 never, 1.0 in either direction, 2.0 in both, 21 plastic shear
+ *      strain of deletion (0.0: none)
+ *    state variables, 16: 1 to 4 d1t d1c d2t d2c, 5 d12, 6 plastic shear strain epsp (tensor), 7 to 10 r of 1 to 4, 11 r12,
+ *      12 e12p, 13 to 15 strain 11 22 12, 16 status, 1.0 active and 0.0 deleted
+ *    a point with 6 to 15 all 0.0 starts from the elastic strain of stressOld
+ *    energies: internal += (stressOld + stressNew)/2 : strainInc/density; psi = stress : (strain - plastic strain)/2; of the
+ *      initial stress no energy is known, so that loss is counted once it has grown beyond it
+ *    stable increment: c2 = max(E1, E2)/(1 - nu12 nu21) + G12, in any state
+ *  A deleted point has no stress and keeps its energies and state; in the increment of deletion stressOld does half its work.
+ *  Take care: elements longer than Gf/g0 (a few centimetres) cannot soften slowly enough; A stays at 500 there and they lose
+ *  more than Gf, about g0 L: the first call warns.  Softening belongs to one row of elements across the crack.  The host's 33
+ *  components are not read, that of stress is 0.0.  nu12 nu21 is meant to be small; unidirectional plies are not meant.
+ *  Not in the model: shear that weakens fibres or fibres that weaken shear, delamination, rate, kinks apart from crushing;
+ *  cracks close by the sign alone, and in compression the whole stiffness is there again.
+ *  Refused beyond the documented messages: fewer than 21 properties, 9 to 12, 14, 15, 17 or 19 to 21 below 0.0, nu12 nu21,
+ *  15 or 19 of 1 or more, p above 1, deletion other than 0, 1, 2.  Own choices of this library: deletion, the sign that selects
+ *  the damage, the start from initial stress.
+ *  Sources: P. Ladeveze, E. Le Dantec, Compos. Sci. Technol. 43 (1992) 257; A. F. Johnson, Composites A 32 (2001) 1197;
+ *  A. F. Johnson, A. K. Pickett, P. Rozycki, Compos. Sci. Technol. 61 (2001) 2183; A. Matzenmiller, J. Lubliner, R. L. Taylor,
+ *  Mech. Mater. 20 (1995) 125 (stiffness with both damages); Z. P. Bazant, B. H. Oh, Mater. Struct. 16 (1983) 155 and P. Maimi
+ *  and others, Mech. Mater. 39 (2007) 897 (softening that keeps the fracture energy).
  *  @like SPX_USR_BUILTINVUMAT
+ *  @param[in]  nblock   (1), block: points
+ *  @param[in]  ndir     (1), code 3: direct components
+ *  @param[in]  nshr     (1), code 1: shear components
+ *  @param[in]  nstatev  (1), count>=16: state variables of a point
+ *  @param[in]  nprops   (1), count>=21: properties
  */
 void SPX_USR_PLYFABRIC(const int32_t* callInfo, const int32_t* nblock, const int32_t* ndir, const int32_t* nshr,
                        const int32_t* nstatev, const int32_t* nfieldv, const int32_t* nprops, const int32_t* annealing,

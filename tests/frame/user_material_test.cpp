@@ -65,6 +65,8 @@ const std::vector<double> kBeissel = {193e9, 1.5e9, 5e9, 12e9,  .5e9,  .2e9, .2e
                                       .16,   1,     0,   220e9, 361e9, 0,    1,    0,    0, 0};
 const std::vector<double> kConcrete = {15e9, .79, 1.6, .007, .61, 48e6, 4e6,    1,     .01, 7, 16e6,
                                        .001, 8e8, .10, .04,  1,   85e9, -171e9, 208e9, 0,   0};
+const std::vector<double> kPly = {55e9, 53e9, .05, 4e9, 6e8,  6e8, 6e8, 6e8, 1e5, 1e5, 1e5,
+                                  0,    35e6, .2,  .9,  30e6, 9e8, .5,  0,   2,   0};
 // Yield ratios of one, a tension curve of two rows, two rows of each failure.
 std::vector<double> plastic() {
   std::vector<double> p = {2e9, .35, 1, 1, 1, 1, 1, 1, 0, 0, 2, 0, 2, 2, 0, 0};
@@ -102,7 +104,7 @@ TEST(UserMaterialDispatch, EachKeyAndAnySuffixReachesItsImplementation) {
                {"TVK_THERMOPLASTIC", 3, plastic(), carries("thermoplastic")},
                {"TVK_MOLDED_PLASTIC", 1, plastic(), carries("molded plastic")},
                {"TVK_FABRIC", 1, woven(), ""},
-               {"TVK_PLY_FABRIC", 1, {}, carries("fabric-reinforced composite ply")},
+               {"TVK_PLY_FABRIC", 1, kPly, ""},
                {"TVK_JH2", 3, kGlass, ""},
                {"TVK_JHB", 3, kBeissel, ""},
                {"TVK_HJC_CONCRETE", 3, kConcrete, ""}};
@@ -203,6 +205,18 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
        "Subroutine VUMAT for fabric reinforced composite materials only supports plane stress elements."},
       {"TVK_PLY_FABRIC", 3, 1, 15, {},
        "Subroutine VUMAT for fabric reinforced composite materials requires the " + shown, "16"},
+      {"TVK_PLY_FABRIC", 3, 1, 16, std::vector<double>(20), "Subroutine VUMAT for fabric reinforced composite materials "
+       "requires the specification of %I material properties. Check the *USER MATERIAL option for material %S.", "21"},
+      {"TVK_PLY_FABRIC", 3, 1, 16, with(kPly, {{8, 0}, {9, -1}}), "Property %I of material %S must be greater than zero.",
+       "8"},
+      {"TVK_PLY_FABRIC", 3, 1, 16, with(kPly, {{3, -1.1}}),
+       "nu12 nu21 of material %S must be less than 1: nu12 is property 3, nu21 = nu12 E2/E1."},
+      {"TVK_PLY_FABRIC", 3, 1, 16, with(kPly, {{19, 1}}),
+       "The largest damages of material %S, properties 15 and 19, must be less than 1."},
+      {"TVK_PLY_FABRIC", 3, 1, 16, with(kPly, {{18, 1.5}}),
+       "The hardening exponent of material %S, property 18, must not be greater than 1."},
+      {"TVK_PLY_FABRIC", 3, 1, 16, with(kPly, {{20, 3}}),
+       "The deletion of material %S, property 20, must be 0, 1 or 2."},
       {"TVK_FABRIC", 3, 3, 0, {},
        "Subroutine VUMAT for fabric material is implemented only for plane stress elements (ndir=3 and nshr=1)"},
       {"TVK_FABRIC", 3, 1, 7, {}, fabric + ". " + kDepvar, "8"},

@@ -332,7 +332,9 @@ constexpr MaterialData kMaterials[] = {
      "TVK_FABRIC",
      {3, 2, 2, 3,   10, 80,  4, 5, 30, 8,   1, 0.2, 0, 0.6, // curves:
       0, 0, 3, 0.1, 9,  0.2, 0, 0, 5,  0.1, 0, 0,   9, 0.1, 0, 0, 2, 0.05, 9, 0.1},
-     34}};
+     34},
+    {"SPX_USR_PLYFABRIC", "TVK_PLY_FABRIC", {80,  70, 0.2, 30,  4, 3, 3.5, 2.5,  0.2, 0,  0.5,
+                                             0.1, 2,  0.3, 0.9, 3, 8, 0.5, 0.95, 2,   0.9}}};
 
 // Name and properties of the material that a routine computes.
 void fillMaterial(const RoutineInfo& routine, Array& array, Sizes& sizes, int variant) {

@@ -81,19 +81,6 @@ bool checkHoneycomb(const Block& block) {
                       "*DEPVAR for material %S.");
 }
 
-// ---- fabrics
-
-bool checkPlyFabric(const Block& block) {
-  constexpr int32_t kStates = 16;
-  return refuseUnless(block, block.isPlane(),
-                      "Subroutine VUMAT for fabric reinforced composite materials only supports "
-                      "plane stress elements.") ||
-         refuseStates(block, kStates,
-                      "Subroutine VUMAT for fabric reinforced composite materials requires the "
-                      "specification of %I state variables. Check the "
-                      "definition of *DEPVAR in the input file.");
-}
-
 // ---- molded plastic and thermoplastic
 
 // Failure strains for tension and compression and the rate they hold for: strains positive, rates increasing and positive.
@@ -193,7 +180,6 @@ SA_REFUSE(SPX_USR_FUCHANGANISOFOAM, checkNothing, "Fu-Chang anisotropic foam")
 SA_REFUSE(SPX_USR_HONEYCOMB, checkHoneycomb, "honeycomb")
 SA_REFUSE(SPX_USR_THERMOPLASTIC, checkThermoplastic, "thermoplastic")
 SA_REFUSE(SPX_USR_MOLDEDPLASTIC, checkMoldedPlastic, "molded plastic")
-SA_REFUSE(SPX_USR_PLYFABRIC, checkPlyFabric, "fabric-reinforced composite ply")
 
 #undef SA_CHECK_DEPVAR
 #undef SA_PLASTIC_TEXTS

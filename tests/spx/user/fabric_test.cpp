@@ -281,4 +281,207 @@ TEST(Fabric, StiffnessForTheStableIncrement) {
   EXPECT_GT(closest, .5);
 }
 
+// ---- ply
+
+struct Ply {
+  double nu = .05, sy = 30 * MPa, alpha = .22, largest = 0, deletion = 0, deletionStrain = 0;
+  double fracture[4] = {80e3, 100e3, 75e3, 95e3};
+
+  Material make(int points = 1) const {
+    Material m{"TVK_PLY_FABRIC",
+               {55 * GPa,  53 * GPa,    nu,          4.2 * GPa,   620 * MPa,   570 * MPa, 600 * MPa,
+                550 * MPa, fracture[0], fracture[1], fracture[2], fracture[3], 35 * MPa,  alpha,
+                .9,        sy,          900 * MPa,   .5,          largest,     deletion,  deletionStrain},
+               16,
+               3,
+               1,
+               points};
+    m.characteristicLength = 1e-3;
+    return m;
+  }
+};
+const struct {
+  int direction;
+  double sign, E, X, fracture, A;
+} kModes[] = {{0, 1, 55e9, 620e6, 80e3, .0913542},
+              {0, -1, 55e9, 570e6, 100e3, .0608706},
+              {1, 1, 53e9, 600e6, 75e3, .0948617},
+              {1, -1, 53e9, 550e6, 95e3, .0619401}};
+// Along one direction, the other strained so much.
+Strain along(int direction, double strain, double other = 0) {
+  return direction == 0 ? Strain{strain, other, 0, 0, 0, 0} : Strain{other, strain, 0, 0, 0, 0};
+}
+
+TEST(PlyFabric, SoftensWithItsStrengthAndFractureEnergy) {
+  for (const auto& mode : kModes) {
+    Ply ply;
+    ply.nu = 0, ply.largest = 1 - 1e-12;
+    Material m = ply.make();
+    const double start = mode.sign * mode.X / mode.E;
+    double most = 0;
+    for (int k = 0; k < 3000; ++k) {
+      m.step(along(mode.direction, start * .1));
+      most = std::max(most, mode.sign * m.stress[mode.direction]);
+    }
+    EXPECT_NEAR(most / mode.X, 1, 1e-4);
+    EXPECT_NEAR(m.internal[0] * m.rho / (mode.fracture / 1e-3), 1, 1e-4);
+    EXPECT_NEAR(m.inelastic[0] / m.internal[0], 1, 1e-6);
+    // one step to 1/e of the strength, the sides free
+    ply.nu = .05;
+    Material once = ply.make();
+    const double r = 1 + 1 / mode.A, d = 1 - std::exp(-1) / r, nu = mode.direction == 0 ? .05 : .05 * 53 / 55;
+    once.step(along(mode.direction, r * start, -(1 - d) * nu * r * start));
+    EXPECT_NEAR(once.stress[mode.direction], mode.sign * mode.X * std::exp(-1), 2e-6 * mode.X);
+    EXPECT_NEAR(once.stress[1 - mode.direction] / MPa, 0, 2e-4);
+    const int number = 2 * mode.direction + (mode.sign < 0 ? 2 : 1);
+    for (int k = 1; k <= 4; ++k) EXPECT_NEAR(once.at(k), k == number ? d : 0, 1e-6);
+    // to 1.2 times the strain at the strength, half way back, and to the other sign
+    Material back = (ply.nu = 0, ply.make());
+    back.step(along(mode.direction, 1.2 * start));
+    const double A = mode.A, damage = 1 - std::exp(-A * .2) / 1.2, stress = back.stress[mode.direction];
+    EXPECT_NEAR(back.at(number), damage, 1e-7);
+    EXPECT_NEAR(damage, number == 1 ? .18175411 : damage, 1e-7);
+    back.step(along(mode.direction, -.6 * start));
+    EXPECT_NEAR(back.stress[mode.direction], stress / 2, 1e-4);
+    back.step(along(mode.direction, -1.1 * start));
+    EXPECT_NEAR(back.stress[mode.direction], -.5 * start * mode.E, 1e-4);
+  }
+  // without a fracture energy all goes at once
+  Ply brittle;
+  brittle.fracture[0] = 0, brittle.nu = 0;
+  Material m = brittle.make();
+  m.step(along(0, 1.001 * 620 / 55e3));
+  EXPECT_EQ(m.at(1), .999);
+}
+
+TEST(PlyFabric, ShearYieldsHardensAndIsDamaged) {
+  const double strain[] = {.002, .005, .01, .02, .05}, stress[] = {16.8, 39.417820, 58.425865, 80.594447, 115.826978},
+               plastic[] = {0, .00014379, .00183673, .00728420, .02837917},
+               damage[] = {0, .03369119, .14795614, .24546044, .36223907};
+  for (const double sign : {1., -1.})
+    for (int k = 0; k < 5; ++k)
+      for (int count : {1, 50}) {
+        Material m = Ply{}.make();
+        m.steps({0, 0, 0, sign * strain[k], 0, 0}, count);
+        EXPECT_NEAR(sign * m.stress[3] / MPa, stress[k], 1e-6);
+        EXPECT_NEAR(m.at(6), plastic[k], 1e-8);
+        EXPECT_NEAR(m.at(12), sign * plastic[k], 1e-8);
+        EXPECT_NEAR(m.at(5), damage[k], 1e-8);
+        const double before = m.stress[3];
+        m.step({0, 0, 0, -sign * .001, 0, 0});
+        EXPECT_NEAR(before - m.stress[3], sign * 2 * (1 - m.at(5)) * 4.2 * GPa * .001, 1);
+      }
+  // any exponent and hardening: the stress at the end is on the curve
+  for (double exponent : {1., .3, .05, .02})
+    for (double hardening : {0., 1e3, 1e8, 1e10})
+      for (double amount : {.0036, .01, 1., 10.}) {
+        Material m = (Ply{.alpha = 0}).make();
+        m.props[16] = hardening, m.props[17] = exponent;
+        m.step({0, 0, 0, amount, 0, 0});
+        const double d = m.at(6), trial = 8.4 * GPa * amount;
+        EXPECT_NEAR(m.stress[3], trial - 8.4 * GPa * d, 1e-12 * trial);
+        const double onCurve = 30 * MPa + hardening * std::pow(d, exponent);
+        EXPECT_NEAR(d > 0 ? m.stress[3] / onCurve : 1, 1, 1e-7) << exponent << " " << hardening << " " << amount;
+        EXPECT_LE(m.stress[3], onCurve * 1.000001);
+      }
+}
+
+TEST(PlyFabric, OneStepIsManyInTwoDirections) {
+  const double ends[][3] = {{.008, .004, 0}, {.02, .015, 0}, {.012, -.014, .01}}, tolerance[] = {1e-13, 5e-5, 5e-5};
+  for (int k = 0; k < 3; ++k) {
+    Material once = Ply{}.make(), many = Ply{}.make();
+    const Strain end = {ends[k][0], ends[k][1], 0, ends[k][2], 0, 0};
+    once.step(end);
+    many.steps(end, 2000);
+    for (int c : {0, 1, 3}) EXPECT_NEAR(once.stress[c], many.stress[c], tolerance[k] * std::abs(many.stress[0]) + 1e-6);
+  }
+}
+
+TEST(PlyFabric, AnyPathLosesEnergyAndKeepsDamageInItsRange) {
+  Random random(17);
+  for (double size : {1e-3, .1, 10.}) {
+    Ply ply;
+    ply.largest = .999;
+    for (int path = 0; path < 20; ++path) {
+      Material m = ply.make();
+      m.dt = path % 3 == 0 ? 1e-9 : path % 3 == 1 ? 1e9 : 0, m.time = 1;
+      for (int step = 0; step < 60; ++step) {
+        const double lost = m.inelastic[0];
+        const auto past = m.state;
+        m.step({random.uniform(-size, size), random.uniform(-size, size), 0, random.uniform(-size, size), 0, 0});
+        for (const auto* values : {&m.stress, &m.state, &m.internal, &m.inelastic})
+          for (double x : *values) ASSERT_TRUE(std::isfinite(x)) << step;
+        EXPECT_GE(m.inelastic[0], lost);
+        for (int k : {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}) EXPECT_GE(m.at(k), past[k - 1]);
+        for (int k = 1; k <= 5; ++k) EXPECT_LE(m.at(k), k == 5 ? .9 : .999);
+        EXPECT_EQ(m.at(16), 1);
+      }
+    }
+  }
+  // what is left of the internal energy can come back
+  Material m = Ply{}.make();
+  m.steps({.013, .006, 0, .01, 0, 0}, 500);
+  const double stored = .5 * (m.stress[0] * m.at(13) + m.stress[1] * m.at(14)) + m.stress[3] * (m.at(15) - m.at(12));
+  EXPECT_NEAR((m.internal[0] - m.inelastic[0]) * m.rho, stored, 1e-9 * stored);
+  m.steps({-m.at(13), -m.at(14), 0, m.at(12) - m.at(15), 0, 0}, 500);
+  EXPECT_NEAR(m.internal[0], m.inelastic[0], 1e-6 * m.internal[0]);
+}
+
+// Stress goes on through zero and through the change of sign of a direction whose damages differ.
+TEST(PlyFabric, StressHasNoJumps) {
+  Material m = Ply{}.make();
+  m.step({.05, -.02, 0, 0, 0, 0}), m.step({-.06, .05, 0, 0, 0, 0}), m.step({.01, -.03, 0, 0, 0, 0});
+  double last[2] = {m.stress[0], m.stress[1]}, largest = 0;
+  for (int k = 0; k < 20000; ++k) {
+    const double a = 2 * std::numbers::pi * k / 20000, step = .01 * 2 * std::numbers::pi / 20000;
+    m.step({-step * std::sin(a), step * std::cos(a), 0, 0, 0, 0});
+    for (int c : {0, 1}) largest = std::max(largest, std::abs(m.stress[c] - last[c])), last[c] = m.stress[c];
+  }
+  EXPECT_LT(largest, 60e9 * .01 * 2 * std::numbers::pi / 20000);
+}
+
+TEST(PlyFabric, DeletionStartAndFirstCall) {
+  for (int deletion : {0, 1, 2}) {
+    Material m = Ply{.largest = .9, .deletion = double(deletion)}.make();
+    m.step(along(0, .5));
+    EXPECT_EQ(m.at(1), .9);
+    EXPECT_EQ(m.at(16), deletion == 1 ? 0 : 1);
+    const double before = m.stress[1], internal = m.internal[0];
+    m.step(along(1, -.5));
+    EXPECT_EQ(m.at(16), deletion > 0 ? 0 : 1);
+    if (deletion == 1) {
+      EXPECT_EQ(m.internal[0], internal);
+    }
+    if (deletion == 2) {
+      EXPECT_NEAR(m.internal[0], internal - .25 * before / m.rho, 1e-9 * std::abs(internal));
+      EXPECT_EQ(m.inelastic[0], m.internal[0]);
+    }
+    const auto state = m.state;
+    m.step({.1, .1, 0, .1, 0, 0});
+    if (deletion > 0) {
+      EXPECT_EQ(m.state, state);
+      EXPECT_EQ(m.stress, std::vector<double>(4));
+    }
+  }
+  Material sheared = Ply{.deletionStrain = .02}.make();
+  sheared.step({0, 0, 0, .03, 0, 0});
+  EXPECT_EQ(sheared.at(16), 1);
+  sheared.step({0, 0, 0, .03, 0, 0});
+  EXPECT_EQ(sheared.at(16), 0);
+  // a point with initial stress goes on from there
+  Material stressed = Ply{}.make(), first = Ply{}.make();
+  stressed.stress = {100 * MPa, -50 * MPa, 0, 10 * MPa};
+  stressed.step({});
+  EXPECT_NEAR(stressed.stress[0] / MPa, 100, 1e-12);
+  EXPECT_NEAR(stressed.stress[1] / MPa, -50, 1e-12);
+  EXPECT_NEAR(stressed.stress[3] / MPa, 10, 1e-12);
+  first.dt = 0;
+  first.step({.02, .01, 0, .02, 0, 0});
+  const double D = 1 - .05 * .05 * 53 / 55, nu21 = .05 * 53 / 55;
+  EXPECT_NEAR(first.stress[0] / GPa, 55 * (.02 + nu21 * .01) / D, 1e-12);
+  EXPECT_NEAR(first.stress[1] / GPa, 53 * (.01 + .05 * .02) / D, 1e-12);
+  EXPECT_NEAR(first.stress[3] / GPa, 8.4 * .02, 1e-12);
+  EXPECT_EQ(first.state, std::vector<double>(16));
+}
+
 } // namespace
