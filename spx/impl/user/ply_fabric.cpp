@@ -23,11 +23,6 @@ struct Softening {
   }
 };
 
-// The largest part of its strength that one direction has reached, and its damage, in tension and in compression.
-struct Direction {
-  double reached[kSigns], damage[kSigns];
-};
-
 struct PlyFabric {
   static constexpr int kProperties = 21, kStates = 16;
   double E1, E2, G2, nu12, nu21, coupling; // 2 G12; nu12 nu21
@@ -91,6 +86,8 @@ struct PlyScratch {
   Lane e11, e22, e12, t;      // strains at the end; effective shear stress
   Lane open, hardened, y;     // of the return: stress to spend, plastic strain so far, (plastic strain)^p
   Lane plasticShear, plastic; // at the end
+  // of the fibres: steepness, r and damage of the four modes, and of both directions the sign and the effective stress
+  Lane steepness[kModes], reached[kModes], damage[kModes], tension[kDirections], effective[kDirections];
 };
 
 // A virgin point starts from the strain of the stress that it has.
@@ -162,130 +159,133 @@ SA_INLINE void returnShear(const Block& b, const PlyFabric& m, int start, int n,
   });
 }
 
-// Of both directions: damage of the sign that acts, effective stress, and how far that is beyond the strengths.
-struct FiberStress {
-  double damage1, damage2, effective1, effective2;
-  bool isTension1, isTension2;
-};
-// The sign of one direction may hang on the damage of the other, through nu; of the undamaged signs that of the larger
-// stretching is right always, and so the other one is in the second look.
-SA_INLINE FiberStress fiberStress(const PlyFabric& m, double e11, double e22, const Direction& one,
-                                  const Direction& two) {
-  FiberStress s{};
-  s.isTension1 = e11 + m.nu21 * e22 >= 0.0;
-  s.isTension2 = e22 + m.nu12 * e11 >= 0.0;
-  for (int look = 0; look < 2; ++look) {
-    s.damage1 = vm::select(s.isTension1, one.damage[0], one.damage[1]);
-    s.damage2 = vm::select(s.isTension2, two.damage[0], two.damage[1]);
-    const double x1 = e11 + (1.0 - s.damage2) * m.nu21 * e22, x2 = e22 + (1.0 - s.damage1) * m.nu12 * e11;
-    const double perD = 1.0 / (1.0 - (1.0 - s.damage1) * (1.0 - s.damage2) * m.coupling);
-    s.isTension1 = x1 >= 0.0;
-    s.isTension2 = x2 >= 0.0;
-    s.effective1 = m.E1 * x1 * perD;
-    s.effective2 = m.E2 * x2 * perD;
-  }
-  return s;
-}
-// The direction at the end under an effective stress: of the sign that acts, what it was or more.
-SA_INLINE Direction damaged(const Softening* modes, const double* steepness, double largest, double effective,
-                            bool isTension, const Direction& old) {
-  const auto acting = [=](double tension, double compression)
-                          SA_POINT { return vm::select(isTension, tension, compression); };
-  const double perStrength = acting(modes[0].perStrength, modes[1].perStrength),
-               energy = acting(modes[0].fractureEnergy, modes[1].fractureEnergy),
-               A = acting(steepness[0], steepness[1]);
-  const double r = grown(acting(old.reached[0], old.reached[1]), vm::abs(effective) * perStrength);
-  const double soft = vm::min(largest, 1.0 - vm::exp(-A * (r - 1.0)) / vm::max(1.0, r));
-  const double now = vm::select(r > 1.0, vm::select(energy > 0.0, soft, largest), r - r);
-  const double d = grown(acting(old.damage[0], old.damage[1]), now);
-  const double spoil = d - d; // that of a NaN spoils both signs: which one acts next is chosen by comparisons
-  return {{acting(r, old.reached[0]), acting(old.reached[1], r)},
-          {acting(d, old.damage[0] + spoil), acting(old.damage[1] + spoil, d)}};
+// Signs and effective stresses of both directions, of the damages of the signs that act.  The sign of one may hang on the damage
+// of the other, through nu; of the undamaged signs that of the larger stretching is right always, and so the other one is in
+// the second look.
+SA_INLINE void findFiberStress(const PlyFabric& m, int n, PlyScratch& w) {
+  const double E1 = m.E1, E2 = m.E2, nu12 = m.nu12, nu21 = m.nu21, coupling = m.coupling;
+  forPoints(n, [=, &w](int j) SA_POINT {
+    const double e11 = w.e11[j], e22 = w.e22[j], d1t = w.damage[0][j], d1c = w.damage[1][j], d2t = w.damage[2][j],
+                 d2c = w.damage[3][j];
+    const double left1 = 1.0 - vm::select(e11 + nu21 * e22 >= 0.0, d1t, d1c),
+                 left2 = 1.0 - vm::select(e22 + nu12 * e11 >= 0.0, d2t, d2c);
+    const double is1 = vm::select(e11 + left2 * nu21 * e22 >= 0.0, 1.0, 0.0),
+                 is2 = vm::select(e22 + left1 * nu12 * e11 >= 0.0, 1.0, 0.0);
+    const double now1 = 1.0 - vm::select(is1 > 0.0, d1t, d1c), now2 = 1.0 - vm::select(is2 > 0.0, d2t, d2c);
+    const double perD = 1.0 / (1.0 - now1 * now2 * coupling);
+    w.tension[0][j] = is1;
+    w.tension[1][j] = is2;
+    w.effective[0][j] = E1 * (e11 + now2 * nu21 * e22) * perD;
+    w.effective[1][j] = E2 * (e22 + now1 * nu12 * e11) * perD;
+  });
 }
 
-SA_INLINE bool isDeleted(const PlyFabric& m, const Direction& one, const Direction& two, double plastic) {
-  const double failed = vm::select((one.damage[0] >= m.largest) | (one.damage[1] >= m.largest), 1.0, 0.0) +
-                        vm::select((two.damage[0] >= m.largest) | (two.damage[1] >= m.largest), 1.0, 0.0);
-  const double all = (one.damage[0] + one.damage[1]) + (two.damage[0] + two.damage[1]);
+// r and damage of one direction at the end under an effective stress: of the sign that acts, what it was or more.
+SA_INLINE void damageDirection(const Block& b, const PlyFabric& m, int direction, int start, int n, PlyScratch& w) {
+  const int64_t N = b.points;
+  const int t = kSigns * direction, c = t + 1;
+  const double *damageOld = b.stateOld + (kDamage + t) * N, *reachedOld = b.stateOld + (kReached + t) * N;
+  const double perTension = m.modes[t].perStrength, perCompression = m.modes[c].perStrength,
+               tensionEnergy = m.modes[t].fractureEnergy, compressionEnergy = m.modes[c].fractureEnergy,
+               largest = m.largest;
+  Lane &effective = w.effective[direction], &tension = w.tension[direction];
+  Lane &steepT = w.steepness[t], &steepC = w.steepness[c], &reachedT = w.reached[t], &reachedC = w.reached[c],
+       &damageT = w.damage[t], &damageC = w.damage[c];
+  forPoints(n, [=, &effective, &tension, &steepT, &steepC, &reachedT, &reachedC, &damageT, &damageC](int j) SA_POINT {
+    const int i = start + j;
+    const bool isTension = tension[j] > 0.0;
+    const double rT = reachedOld[i], rC = reachedOld[i + N], dT = damageOld[i], dC = damageOld[i + N], A1 = steepT[j],
+                 A2 = steepC[j];
+    const double A = vm::select(isTension, A1, A2), perStrength = vm::select(isTension, perTension, perCompression),
+                 energy = vm::select(isTension, tensionEnergy, compressionEnergy);
+    const double r = grown(vm::select(isTension, rT, rC), vm::abs(effective[j]) * perStrength);
+    const double soft = vm::min(largest, 1.0 - vm::exp(-A * (r - 1.0)) / vm::max(1.0, r));
+    const double now = vm::select(r > 1.0, vm::select(energy > 0.0, soft, largest), r - r);
+    const double d = grown(vm::select(isTension, dT, dC), now);
+    const double spoil = d - d; // that of a NaN spoils both signs: which one acts next is chosen by comparisons
+    reachedT[j] = vm::select(isTension, r, rT);
+    reachedC[j] = vm::select(isTension, rC, r);
+    damageT[j] = vm::select(isTension, d, dT + spoil);
+    damageC[j] = vm::select(isTension, dC + spoil, d);
+  });
+}
+
+// Damage and stress of the fibres hang on each other through nu alone, so that sweeps settle them: each begins with the past,
+// under the stress that the damage of the one before leaves.
+constexpr int kSweeps = 3;
+SA_INLINE void damageFibers(const Block& b, const PlyFabric& m, int start, int n, PlyScratch& w) {
+  const double* lengths = b.length;
+  for (int k = 0; k < kModes; ++k) {
+    const double* damageOld = b.stateOld + (kDamage + k) * int64_t{b.points};
+    const Softening mode = m.modes[k];
+    Lane &steepness = w.steepness[k], &damage = w.damage[k];
+    forPoints(n, [=, &steepness, &damage](int j) SA_POINT {
+      steepness[j] = mode.steepness(vm::max(0.0, lengths[start + j]));
+      damage[j] = damageOld[start + j];
+    });
+  }
+  for (int sweep = 0; sweep < kSweeps; ++sweep) {
+    findFiberStress(m, n, w);
+    damageDirection(b, m, 0, start, n, w);
+    damageDirection(b, m, 1, start, n, w);
+  }
+  findFiberStress(m, n, w);
+}
+
+SA_INLINE bool isDeleted(const PlyFabric& m, double d1t, double d1c, double d2t, double d2c, double plastic) {
+  const double failed = vm::select((d1t >= m.largest) | (d1c >= m.largest), 1.0, 0.0) +
+                        vm::select((d2t >= m.largest) | (d2c >= m.largest), 1.0, 0.0);
+  const double all = (d1t + d1c) + (d2t + d2c);
   return ((failed >= m.failedToDelete) | (plastic >= m.deletionStrain)) & (all == all); // a NaN is to be seen
 }
 
-SA_INLINE Direction loadDirection(const double* state, int64_t N, int64_t i, int direction) {
-  Direction d{};
-  for (int sign = 0; sign < kSigns; ++sign) {
-    d.damage[sign] = state[i + (kDamage + kSigns * direction + sign) * N];
-    d.reached[sign] = state[i + (kReached + kSigns * direction + sign) * N];
-  }
-  return d;
-}
-SA_INLINE void storeDirection(const Direction& d, double* state, int64_t N, int64_t i, int direction) {
-  for (int sign = 0; sign < kSigns; ++sign) {
-    state[i + (kDamage + kSigns * direction + sign) * N] = d.damage[sign];
-    state[i + (kReached + kSigns * direction + sign) * N] = d.reached[sign];
-  }
-}
-
-// Stress, state and energies at the end.  Stress and damage of the fibres hang on each other through nu alone, so that sweeps
-// settle them: each begins with the past, under the stress that the damage of the one before leaves.
-constexpr int kSweeps = 3;
-SA_INLINE void damagePly(const Block& b, const PlyFabric& ply, int start, int n, const PlyScratch& w) {
+// Stress, state and energies at the end.
+SA_INLINE void storePly(const Block& b, const PlyFabric& ply, int start, int n, const PlyScratch& w) {
   const int64_t N = b.points;
   const PlyFabric m = ply;
-  const double *lengths = b.length, *strainInc = b.strainInc, *stressOld = b.stressOld, *stateOld = b.stateOld,
-               *internalOld = b.internalOld, *inelasticOld = b.inelasticOld, *density = b.density;
+  const double *strainInc = b.strainInc, *stressOld = b.stressOld, *stateOld = b.stateOld, *internalOld = b.internalOld,
+               *inelasticOld = b.inelasticOld, *density = b.density;
   double *stress = b.stress, *state = b.state, *internal = b.internal, *inelastic = b.inelastic;
   forPoints(n, [=, &w](int j) SA_POINT {
     const int i = start + j;
-    const double e11 = w.e11[j], e22 = w.e22[j], e12 = w.e12[j], t = w.t[j], length = vm::max(0.0, lengths[i]);
-    const Direction oneOld = loadDirection(stateOld, N, i, 0), twoOld = loadDirection(stateOld, N, i, 1);
-    const double shearDamageOld = stateOld[i + kShearDamage * N], shearReachedOld = stateOld[i + kShearReached * N],
-                 plasticOld = stateOld[i + kPlasticStrain * N];
-    Direction one = oneOld, two = twoOld;
-    double steepness[kModes];
-    for (int k = 0; k < kModes; ++k) steepness[k] = m.modes[k].steepness(length);
-    for (int sweep = 0; sweep < kSweeps; ++sweep) {
-      const FiberStress s = fiberStress(m, e11, e22, one, two);
-      one = damaged(&m.modes[0], &steepness[0], m.largest, s.effective1, s.isTension1, oneOld);
-      two = damaged(&m.modes[kSigns], &steepness[kSigns], m.largest, s.effective2, s.isTension2, twoOld);
-    }
-    const FiberStress s = fiberStress(m, e11, e22, one, two);
+    const double d1tOld = stateOld[i], d1cOld = stateOld[i + N], d2tOld = stateOld[i + 2 * N],
+                 d2cOld = stateOld[i + 3 * N], plasticOld = stateOld[i + kPlasticStrain * N];
+    const double d1t = w.damage[0][j], d1c = w.damage[1][j], d2t = w.damage[2][j], d2c = w.damage[3][j],
+                 plastic = w.plastic[j], t = w.t[j];
+    const double shearDamageOld = stateOld[i + kShearDamage * N], shearReachedOld = stateOld[i + kShearReached * N];
     const double reached = grown(shearReachedOld, vm::abs(t) * m.perShearStrength);
     const double growth = m.alpha * vm::log(vm::max(1.0, reached));
     const double shearDamage = grown(shearDamageOld, vm::min(m.largestShearDamage, growth));
 
-    const bool wasAlive = !isDeleted(m, oneOld, twoOld, plasticOld),
-               isAlive = wasAlive & !isDeleted(m, one, two, w.plastic[j]);
+    const bool wasAlive = !isDeleted(m, d1tOld, d1cOld, d2tOld, d2cOld, plasticOld),
+               isAlive = wasAlive & !isDeleted(m, d1t, d1c, d2t, d2c, plastic);
     // a NaN in the damage of the other sign would only have kept the point from being deleted
-    const double past = (oneOld.damage[0] + oneOld.damage[1]) + (twoOld.damage[0] + twoOld.damage[1]),
-                 spoil = past - past;
-    const double s11 = vm::select(isAlive, (1.0 - s.damage1) * s.effective1 + spoil, 0.0),
-                 s22 = vm::select(isAlive, (1.0 - s.damage2) * s.effective2, 0.0),
+    const double past = (d1tOld + d1cOld) + (d2tOld + d2cOld), spoil = past - past;
+    const double left1 = 1.0 - vm::select(w.tension[0][j] > 0.0, d1t, d1c),
+                 left2 = 1.0 - vm::select(w.tension[1][j] > 0.0, d2t, d2c);
+    const double s11 = vm::select(isAlive, left1 * w.effective[0][j] + spoil, 0.0),
+                 s22 = vm::select(isAlive, left2 * w.effective[1][j], 0.0),
                  s12 = vm::select(isAlive, (1.0 - shearDamage) * t, 0.0);
-    const double plasticShear = w.plasticShear[j];
-    const auto keep = [=](double now, double old) SA_POINT { return vm::select(wasAlive, now, old); };
-    for (int k = 0; k < kSigns; ++k) {
-      one.damage[k] = keep(one.damage[k], oneOld.damage[k]), one.reached[k] = keep(one.reached[k], oneOld.reached[k]);
-      two.damage[k] = keep(two.damage[k], twoOld.damage[k]), two.reached[k] = keep(two.reached[k], twoOld.reached[k]);
-    }
+    const double e11 = w.e11[j], e22 = w.e22[j], e12 = w.e12[j], plasticShear = w.plasticShear[j];
     const double perDensity = 1.0 / density[i], intOld = internalOld[i], inelOld = inelasticOld[i];
     const double work = 0.5 * ((stressOld[i] + s11) * strainInc[i] + (stressOld[i + N] + s22) * strainInc[i + N]) +
                         (stressOld[i + 3 * N] + s12) * strainInc[i + 3 * N];
     const double stored = 0.5 * (s11 * e11 + s22 * e22) + s12 * (e12 - plasticShear);
-    const double internalNow = intOld + work * perDensity;
-    internal[i] = keep(internalNow, intOld);
-    inelastic[i] = keep(grown(inelOld, internalNow - stored * perDensity), inelOld);
-    const double plasticShearOld = stateOld[i + kPlasticShear * N], was11 = stateOld[i + kStrain * N],
-                 was22 = stateOld[i + (kStrain + 1) * N], was12 = stateOld[i + (kStrain + 2) * N];
+    const double internalNow = intOld + work * perDensity,
+                 inelasticNow = grown(inelOld, internalNow - stored * perDensity);
+    internal[i] = vm::select(wasAlive, internalNow, intOld);
+    inelastic[i] = vm::select(wasAlive, inelasticNow, inelOld);
     stress[i] = s11, stress[i + N] = s22, stress[i + 2 * N] = 0.0, stress[i + 3 * N] = s12;
-    storeDirection(one, state, N, i, 0);
-    storeDirection(two, state, N, i, 1);
-    state[i + kShearDamage * N] = keep(shearDamage, shearDamageOld);
-    state[i + kPlasticStrain * N] = keep(w.plastic[j], plasticOld);
-    state[i + kShearReached * N] = keep(reached, shearReachedOld);
-    state[i + kPlasticShear * N] = keep(plasticShear, plasticShearOld);
-    state[i + kStrain * N] = keep(e11, was11);
-    state[i + (kStrain + 1) * N] = keep(e22, was22);
-    state[i + (kStrain + 2) * N] = keep(e12, was12);
+    const auto keep = [=](int k, double now) SA_POINT {
+      const double old = stateOld[i + k * N];
+      state[i + k * N] = vm::select(wasAlive, now, old);
+    };
+    keep(kDamage, d1t), keep(kDamage + 1, d1c), keep(kDamage + 2, d2t), keep(kDamage + 3, d2c);
+    keep(kReached, w.reached[0][j]), keep(kReached + 1, w.reached[1][j]);
+    keep(kReached + 2, w.reached[2][j]), keep(kReached + 3, w.reached[3][j]);
+    keep(kShearDamage, shearDamage), keep(kShearReached, reached);
+    keep(kPlasticStrain, plastic), keep(kPlasticShear, plasticShear);
+    keep(kStrain, e11), keep(kStrain + 1, e22), keep(kStrain + 2, e12);
     state[i + kStatus * N] = vm::select(isAlive, 1.0, 0.0);
   });
 }
@@ -315,7 +315,8 @@ SA_INLINE void compute(const Block& b, const PlyFabric& m) {
     PlyScratch w;
     addStrain(b, m, start, n, w);
     returnShear(b, m, start, n, w);
-    damagePly(b, m, start, n, w);
+    damageFibers(b, m, start, n, w);
+    storePly(b, m, start, n, w);
   });
   keepStates(b, PlyFabric::kStates);
 }
