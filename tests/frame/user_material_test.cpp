@@ -79,6 +79,11 @@ std::vector<double> woven(std::initializer_list<double> curves = {0, 0, 1e7, .1,
   p.insert(p.end(), curves);
   return p;
 }
+std::vector<double> phases(double P1, double mu2) {
+  std::vector<double> p(kBeissel.begin(), kBeissel.begin() + 18);
+  p.insert(p.end(), {P1, mu2, 300e9, 200e9, 0, .2});
+  return p;
+}
 std::vector<double> with(std::vector<double> p, std::initializer_list<std::pair<int, double>> changes) {
   for (const auto& [number, value] : changes) p[static_cast<std::size_t>(number - 1)] = value;
   return p;
@@ -187,6 +192,16 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
        "must be less than 1.5 times its transformation strain, property 5: they are 2.00000E-01 and 7.50000E-02."},
       {"TVK_JHB", 1, 1, 0, {}, jhb + "only supports 3D and plane strain elements."},
       {"TVK_JHB", 3, 3, 3, {}, jhb + "requires the " + shown, "4"},
+      {"TVK_JHB", 3, 3, 4, phases(16e9, .36), jhb + "requires the " + shown, "5"},
+      {"TVK_JHB", 3, 3, 5, with(kBeissel, {{19, 16e9}}), jhb + "requires the specification of %I material properties. "
+       "Check the *USER MATERIAL option for material %S.", "24"},
+      {"TVK_JHB", 3, 3, 5, phases(-1, .36), "Property %I of material %S must be greater than zero.", "19"},
+      {"TVK_JHB", 3, 3, 5, with(phases(16e9, .36), {{15, -1e12}}), "K1 mu + K2 mu^2 + K3 mu^3 of material %S, properties "
+       "14 to 16, never reaches its P1, property 19."},
+      {"TVK_JHB", 3, 3, 5, phases(16e9, .05), "mu2 of material %S, property 20, must be greater than the compression at "
+       "which it reaches its P1, property 19."},
+      {"TVK_JHB", 3, 3, 5, phases(16e9, .22), "The pressure of the dense phase of material %S at mu2, property 20, must be "
+       "greater than its P1, property 19."},
       {"TVK_HJC_CONCRETE", 2, 1, 0, {}, "Subroutine VUMAT for  " + hjc + "only supports 3D and plane strain elements."},
       {"TVK_HJC_CONCRETE", 3, 3, 4, {},
        "Subroutine VUMAT for " + hjc + "requires the specification of %I state variables. " + kDepvar, "5"},
