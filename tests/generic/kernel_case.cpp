@@ -317,8 +317,8 @@ void setList(Array& array, const std::vector<int>& list) {
 // Materials with properties of the size of the stresses that are made up; surplus properties are 0.0.
 struct MaterialData {
   std::string_view routine, name;
-  double props[48];
-  int count = 0; // of properties, where tables make them more than the declaration's least
+  double props[80];
+  int states = 0, properties = 0; // where it takes more than its declaration asks for at least
 };
 constexpr MaterialData kMaterials[] = {
     {"SPX_USR_SUPERELASTIC", "TVK_SUPER_ELASTIC_N", {900, 0.3, 600, 0.35, 0.06, 3, 6, 2, 1, 4, 0.5, 0.3, 0.4, -1}},
@@ -329,12 +329,21 @@ constexpr MaterialData kMaterials[] = {
     {"SPX_USR_HJCCONCRETE", "TVK_HJC_CONCRETE", {150,  0.79, 1.6, 0.007, 0.61, 2,   0.5,   1,    0.01, 7, 1,
                                                  0.01, 20,   0.1, 0.04,  1,    850, -1710, 2080, 0.4,  1}},
     {"SPX_USR_FABRIC",
-     "TVK_FABRIC",
-     {3, 2, 2, 3,   10, 80,  4, 5, 30, 8,   1, 0.2, 0, 0.6, // curves:
+     "TVK_FABRIC_INITENER",
+     {3, 2, 2, 3,   10, 80,  4, 5, 30, 8,   1, 0.2, 3, 0.6, // curves:
       0, 0, 3, 0.1, 9,  0.2, 0, 0, 5,  0.1, 0, 0,   9, 0.1, 0, 0, 2, 0.05, 9, 0.1},
+     12,
      34},
     {"SPX_USR_PLYFABRIC", "TVK_PLY_FABRIC", {80,  70, 0.2, 30,  4, 3, 3.5, 2.5,  0.2, 0,  0.5,
                                              0.1, 2,  0.3, 0.9, 3, 8, 0.5, 0.95, 2,   0.9}}};
+
+void setMaterialSizes(const RoutineInfo& routine, Sizes& sizes, int variant) {
+  for (const MaterialData& material : kMaterials) {
+    if (material.routine != routine.name || material.properties == 0) continue;
+    sizes.set("nstatev", material.states + variant % 3);
+    sizes.set("nprops", material.properties + variant / 3 % 2);
+  }
+}
 
 // Name and properties of the material that a routine computes.
 void fillMaterial(const RoutineInfo& routine, Array& array, Sizes& sizes, int variant) {
@@ -434,8 +443,7 @@ int variantCount(const RoutineInfo& routine) {
 
 KernelCase makeCase(const RoutineInfo& routine, int points, int variant) {
   Sizes sizes(routine, points, variant);
-  for (const MaterialData& material : kMaterials)
-    if (material.routine == routine.name && material.count > 0) sizes.set("nprops", material.count);
+  setMaterialSizes(routine, sizes, variant);
   KernelCase result;
   result.routine = &routine;
   result.points = points;

@@ -390,29 +390,43 @@ SA_INLINE void settleBroken(const Model& model, int length, BrittleScratch& w) {
   }
 }
 
-// Where release from the largest compression ends: at zero pressure, and where tension reaches its limit, if the point is beyond.
+// Where release from the largest compression has the pressure p, which is what bulking adds and the limit of tension.
+template <class Model>
+SA_INLINE void findOnWay(const Model& m, int length, const Lane& largest, const Lane& mu, const Lane& pressure,
+                         double* root) {
+  const Model model = m;
+  Bracket b;
+  Lane fraction, constant;
+  forPoints(length, [=, &largest, &mu, &pressure, &fraction, &constant, &b](int k) SA_POINT {
+    const double top = largest[k], f = model.fraction(top), c = model.offset(top, f) - pressure[k];
+    const double low = -0.9, high = vm::max(mu[k], top);
+    const double below = model.mix(low, f) + c, above = model.mix(high, f) + c;
+    const double end = vm::select(below < 0.0, high, low); // where it has one sign everywhere
+    const double start = vm::select(below < 0.0, vm::select(above > 0.0, low, end), end);
+    const double halt = vm::select(below < 0.0, vm::select(above > 0.0, high, end), end);
+    fraction[k] = f;
+    constant[k] = c;
+    b.low[k] = start;
+    b.high[k] = halt;
+    b.atLow[k] = vm::select(start < halt, below, 0.0);
+    b.atHigh[k] = vm::select(start < halt, above, 0.0);
+  });
+  solveBracketed(length, b, 1e-15 * model.K1, [=, &fraction, &constant](const Lane& x, Lane& value) SA_POINT {
+    forPoints(length, [=, &x, &value, &fraction, &constant](int k)
+                          SA_POINT { value[k] = model.mix(x[k], fraction[k]) + constant[k]; });
+  });
+  forPoints(length, [=, &b](int k) SA_POINT { root[k] = b.root[k]; });
+}
+
+// Where release ends: at zero pressure, and where tension reaches its limit, if the point is beyond.
 template <class Model>
 SA_INLINE void findWayBack(const Model& model, int length, BrittleScratch& w) {
   const Model m = model;
-  const auto find = [&](double* root, auto pressureThere) SA_POINT {
-    Bracket b;
-    forPoints(length, [=, &w, &b](int k) SA_POINT {
-      const double top = w.compaction[k], low = -0.9, high = vm::max(w.mu[k], top);
-      const double below = m.onWay(low, top) - pressureThere(k), above = m.onWay(high, top) - pressureThere(k);
-      const bool isBetween = (below < 0.0) & (above > 0.0);
-      b.low[k] = vm::select(isBetween | (below >= 0.0), low, high);
-      b.high[k] = vm::select(isBetween, high, b.low[k]);
-      b.atLow[k] = vm::select(isBetween, below, 0.0);
-      b.atHigh[k] = vm::select(isBetween, above, 0.0);
-    });
-    solveBracketed(length, b, 1e-15 * m.K1, [=, &w](const Lane& x, Lane& value) SA_POINT {
-      forPoints(length,
-                [=, &w, &x, &value](int k) SA_POINT { value[k] = m.onWay(x[k], w.compaction[k]) - pressureThere(k); });
-    });
-    forPoints(length, [=, &b](int k) SA_POINT { root[k] = b.root[k]; });
-  };
-  find(w.zero, [&w](int k) SA_POINT { return -(w.history[k] + w.growth[k]); });
-  find(w.from, [m, &w](int k) SA_POINT { return -(w.history[k] + w.growth[k]) - tensionLimit(m, w.damage[k]); });
+  Lane pressure;
+  forPoints(length, [&w, &pressure](int k) SA_POINT { pressure[k] = -(w.history[k] + w.growth[k]); });
+  findOnWay(m, length, w.compaction, w.mu, pressure, w.zero);
+  forPoints(length, [m, &w, &pressure](int k) SA_POINT { pressure[k] -= tensionLimit(m, w.damage[k]); });
+  findOnWay(m, length, w.compaction, w.mu, pressure, w.from);
   forPoints(length, [&w](int k) SA_POINT { w.from[k] = vm::max(w.mu[k], w.from[k]); });
 }
 

@@ -99,7 +99,8 @@ struct JhbOfPhases : Jhb {
   SA_INLINE double mix(double mu, double f) const { return (1.0 - f) * low(mu) + f * dense(mu); }
   // What both curves together lie apart from the straight line between P1 and P2, at the largest compression.
   SA_INLINE double offset(double top, double f) const {
-    return vm::select((f > 0.0) & (f < 1.0), (P1 + f * rise) - mix(top, f), f - f);
+    const double between = (P1 + f * rise) - mix(top, f);
+    return vm::select(f > 0.0, vm::select(f < 1.0, between, 0.0), 0.0);
   }
   // The pressure without bulking at mu, on the way from the largest compression.
   SA_INLINE double onWay(double mu, double top) const {
