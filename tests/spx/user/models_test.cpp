@@ -278,6 +278,9 @@ TEST(CeramicJhb, ChangeOfPhaseRaisesThePressureAndStays) {
     EXPECT_GT(with.at(4), 0);
     EXPECT_NEAR(with.pressure(), without.pressure() + with.at(4), 1e-9 * with.pressure());
     EXPECT_EQ(with.at(5), without.at(5));
+    const double intact = 12.2 - 7.28 * std::exp(-4.92 / 1.5 / 7.28 * (without.pressure() / GPa - 1.5)),
+                 elastic = 201 * (mu - .2 * std::clamp((mu - mu1) / (.36 - mu1), 0., 1.)), growth = with.at(4) / GPa;
+    EXPECT_NEAR(growth * (growth + 2 * elastic), 2 * 201 * (intact * intact - .04) / (6 * 193), 1e-6);
     const double lost = with.inelastic[0];
     with.compress(-.1);
     EXPECT_NEAR(with.internal[0], with.inelastic[0], 1e-9 * with.internal[0]);
