@@ -195,10 +195,22 @@ void SPX_USR_JH2(const int32_t* callInfo, const int32_t* nblock, const int32_t* 
  *    failed   q = sf P/Pf to P = Pf, then sf + (sfmax - sf)(1 - exp(-af (P - Pf))), continuous in slope
  *    both times r = 1 + C ln max(1, rate/rate0); intact until D = 1, failed from then on
  *    damage   dD = dep/ef, ef = min(D1 ((P + T)/simax)^n, efmax)
- *  Pi must be greater than -T.  Pressure, bulking, deletion and energies as in SPX_USR_JH2; the change of phase of the publication is left out.
+ *  Pi must be greater than -T.  Pressure, bulking, deletion and energies as in SPX_USR_JH2.  Change of phase, with property 19
+ *  and on a path of its own choice of this library, where the publication has two phases with a pressure curve each:
+ *    top  the largest mu so far; f = (top - mu1)/(mu2 - mu1) between 0 and 1 is dense and stays so; the curve of JH2 has P1 at mu1
+ *    P    to mu1 that curve, low; from mu2 on dense, K1' m + K2' m^2 + K3' m^3, m = (mu - mu0)/(1 + mu0), K1' m in tension;
+ *         between them a straight line in top from P1 to P2, dense at mu2; release and return P(top) + (1 - f) (low(mu) -
+ *         low(top)) + f (dense(mu) - dense(top)); the limit of tension cuts it, so that release does not reach mu = 0
+ *    bulking adds to P and does not enter top; its K1 mu + dP is that of mu - f mu0
+ *    psi is the work of P along this way to zero, so that a closed cycle loses what it has cost
  *    properties, 18: 1 G+, 2 Pi, 3 si+, 4 simax+, 5 Pf+, 6 sf, 7 sfmax, 8 C, 9 rate0+, 10 T+, 11 D1, 12 n, 13 efmax
  *      (0.0: none), 14 K1+, 15 K2, 16 K3, 17 beta, 18 plastic strain of deletion (0.0: none)
- *    state variables, 4: as in SPX_USR_JH2
+ *      and with a change of phase 24: 19 P1 (0.0 or not given: none), 20 mu2 above mu1, 21 K1'+, 22 K2', 23 K3', 24 mu0
+ *    state variables, 4: as in SPX_USR_JH2; with a change of phase 5 top
+ *    stable increment with phases: c2 = (1 + mu) times the largest of low'(top), dense'(top) and, between mu1 and mu2, (P2 -
+ *      P1)/(mu2 - mu1), the slopes per mu, + 4/3 G, where both curves get steeper with mu
+ *    the phases do not change the strength and have no rate; f never falls.  Refused beyond the checks of single values: a
+ *      curve that never reaches P1, mu2 not above mu1, P2 not above P1, mu0 below 0.0
  *  Source: G. R. Johnson, T. J. Holmquist, S. R. Beissel, J. Appl. Phys. 94 (2003) 1639.
  *  @like SPX_USR_BUILTINVUMAT
  *  @param[in]  nblock   (1), block: points

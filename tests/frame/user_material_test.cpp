@@ -28,10 +28,10 @@ struct Call {
     const int zero = 0, nprops = static_cast<int>(props.size());
     std::string padded = name;
     padded.resize(80, ' ');
-    routine(&zero, &n, &ndir, &nshr, &states, &zero, &nprops, &zero, &time, &time, &time, padded.data(), nullptr,
-            nullptr, props.data(), ones, zeros.data(), nullptr, zeros.data(), ones, nullptr, nullptr, zeros.data(),
-            zeros.data(), zeros.data(), zeros.data(), zeros.data(), ones, ones, nullptr, stress.data(), state.data(),
-            energy.data(), energy.data() + 1, 80);
+    routine(&zero, &n, &ndir, &nshr, &states, &zero, &nprops, &zero, &time, &time, &time, padded.data(), nullptr, ones,
+            props.data(), ones, zeros.data(), nullptr, zeros.data(), ones, nullptr, nullptr, zeros.data(), zeros.data(),
+            zeros.data(), zeros.data(), zeros.data(), ones, ones, nullptr, stress.data(), state.data(), energy.data(),
+            energy.data() + 1, 80);
     untouched = true;
     for (const auto* values : {&stress, &state, &energy})
       untouched = untouched && std::all_of(values->begin(), values->end(), [](double x) { return x == -7; });
@@ -72,10 +72,23 @@ const std::vector<double> kViscous = {2e4, 8, 0, 0, 0, 0, 1e6, 2e3, 2, 0},
 const std::vector<double> kSensitive = {4e5, 5e4, 0, .2, 3, 0, 1, 1, 2, 0, 0, 1e5, 1},
                           kFuChang = {4e5, 5e4, .2, 3, 0, 1, 1, 2, -1e5, -1, 1e5, 1},
                           kBlock = {4e5, 5e4, .2, 3, 0, 1, 0, 0, 1, 0, 0, 1, 2, -1e5, -1, 1e5, 1, 1, 2, 0, 0, 1e5, 1};
+const std::vector<double> kPly = {55e9, 53e9, .05, 4e9, 6e8,  6e8, 6e8, 6e8, 1e5, 1e5, 1e5,
+                                  0,    35e6, .2,  .9,  30e6, 9e8, .5,  0,   2,   0};
 // Yield ratios of one, a tension curve of two rows, two rows of each failure.
 std::vector<double> plastic() {
   std::vector<double> p = {2e9, .35, 1, 1, 1, 1, 1, 1, 0, 0, 2, 0, 2, 2, 0, 0};
   for (double x : {1e7, 0., 2e7, .1, .5, .6, 1., .4, .5, 10., .5, .6, 1., .4, .5, 10.}) p.push_back(x);
+  return p;
+}
+// Loading curves of two rows.
+std::vector<double> woven(std::initializer_list<double> curves = {0, 0, 1e7, .1, 0, 0, 1e7, .1}) {
+  std::vector<double> p = {2, 2, 0, 0, 0, 90, 1e6, 0, 0, 0, 0, 0, 0, 0};
+  p.insert(p.end(), curves);
+  return p;
+}
+std::vector<double> phases(double P1, double mu2) {
+  std::vector<double> p(kBeissel.begin(), kBeissel.begin() + 18);
+  p.insert(p.end(), {P1, mu2, 300e9, 200e9, 0, .2});
   return p;
 }
 std::vector<double> with(std::vector<double> p, std::initializer_list<std::pair<int, double>> changes) {
@@ -102,8 +115,8 @@ TEST(UserMaterialDispatch, EachKeyAndAnySuffixReachesItsImplementation) {
                {"TVK_SUPER_ELASTIC_N2D", 1, kAlloy, ""},
                {"TVK_THERMOPLASTIC", 3, plastic(), carries("thermoplastic")},
                {"TVK_MOLDED_PLASTIC", 1, plastic(), carries("molded plastic")},
-               {"TVK_FABRIC", 1, std::vector<double>(4), carries("fabric")},
-               {"TVK_PLY_FABRIC", 1, {}, carries("fabric-reinforced composite ply")},
+               {"TVK_FABRIC", 1, woven(), ""},
+               {"TVK_PLY_FABRIC", 1, kPly, ""},
                {"TVK_JH2", 3, kGlass, ""},
                {"TVK_JHB", 3, kBeissel, ""},
                {"TVK_HJC_CONCRETE", 3, kConcrete, ""}};
@@ -142,11 +155,6 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
                     needs = " user material requires the specification of %I material properties in the *USER "
                             "MATERIAL option for material %S.",
                     rated = "Rate-dependent ", inTerms = " failure properties must be specified in terms of ";
-  const auto curves = [](std::initializer_list<double> counts, std::initializer_list<double> values) {
-    std::vector<double> p = counts;
-    p.insert(p.end(), values);
-    return p;
-  };
   // clang-format off
   const struct {
     const char* name;
@@ -195,6 +203,16 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
        "must be less than 1.5 times its transformation strain, property 5: they are 2.00000E-01 and 7.50000E-02."},
       {"TVK_JHB", 1, 1, 0, {}, jhb + "only supports 3D and plane strain elements."},
       {"TVK_JHB", 3, 3, 3, {}, jhb + "requires the " + shown, "4"},
+      {"TVK_JHB", 3, 3, 4, phases(16e9, .36), jhb + "requires the " + shown, "5"},
+      {"TVK_JHB", 3, 3, 5, with(kBeissel, {{19, 16e9}}), jhb + "requires the specification of %I material properties. "
+       "Check the *USER MATERIAL option for material %S.", "24"},
+      {"TVK_JHB", 3, 3, 5, phases(-1, .36), "Property %I of material %S must be greater than zero.", "19"},
+      {"TVK_JHB", 3, 3, 5, with(phases(16e9, .36), {{15, -1e12}}), "K1 mu + K2 mu^2 + K3 mu^3 of material %S, properties "
+       "14 to 16, never reaches its P1, property 19."},
+      {"TVK_JHB", 3, 3, 5, phases(16e9, .05), "mu2 of material %S, property 20, must be greater than the compression at "
+       "which it reaches its P1, property 19."},
+      {"TVK_JHB", 3, 3, 5, phases(16e9, .22), "The pressure of the dense phase of material %S at mu2, property 20, must be "
+       "greater than its P1, property 19."},
       {"TVK_HJC_CONCRETE", 2, 1, 0, {}, "Subroutine VUMAT for  " + hjc + "only supports 3D and plane strain elements."},
       {"TVK_HJC_CONCRETE", 3, 3, 4, {},
        "Subroutine VUMAT for " + hjc + "requires the specification of %I state variables. " + kDepvar, "5"},
@@ -213,22 +231,46 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
        "Subroutine VUMAT for fabric reinforced composite materials only supports plane stress elements."},
       {"TVK_PLY_FABRIC", 3, 1, 15, {},
        "Subroutine VUMAT for fabric reinforced composite materials requires the " + shown, "16"},
+      {"TVK_PLY_FABRIC", 3, 1, 16, std::vector<double>(20), "Subroutine VUMAT for fabric reinforced composite materials "
+       "requires the specification of %I material properties. Check the *USER MATERIAL option for material %S.", "21"},
+      {"TVK_PLY_FABRIC", 3, 1, 16, with(kPly, {{8, 0}, {9, -1}}), "Property %I of material %S must be greater than zero.",
+       "8"},
+      {"TVK_PLY_FABRIC", 3, 1, 16, with(kPly, {{3, -1.1}}),
+       "nu12 nu21 of material %S must be less than 1: nu12 is property 3, nu21 = nu12 E2/E1."},
+      {"TVK_PLY_FABRIC", 3, 1, 16, with(kPly, {{19, 1}}),
+       "The largest damages of material %S, properties 15 and 19, must be less than 1."},
+      {"TVK_PLY_FABRIC", 3, 1, 16, with(kPly, {{18, 1.5}}),
+       "The hardening exponent of material %S, property 18, must not be greater than 1."},
+      {"TVK_PLY_FABRIC", 3, 1, 16, with(kPly, {{20, 3}}),
+       "The deletion of material %S, property 20, must be 0, 1 or 2."},
       {"TVK_FABRIC", 3, 3, 0, {},
        "Subroutine VUMAT for fabric material is implemented only for plane stress elements (ndir=3 and nshr=1)"},
       {"TVK_FABRIC", 3, 1, 7, {}, fabric + ". " + kDepvar, "8"},
       {"TVK_FABRIC_INITENER", 3, 1, 8, {},
        fabric + " when used in combination with option to ramp initial stresses. " + kDepvar, "12"},
-      {"TVK_FABRIC", 3, 1, 8, curves({2, 0, 0, 0}, {0, .1, 1, .1}),
-       "The loading stress-strain curve for fiber 1" + curve},
-      {"TVK_FABRIC", 3, 1, 8, curves({1, 2, 0, 0}, {0, .1, 0, .1, 1, 0}),
+      {"TVK_FABRIC", 3, 1, 8, std::vector<double>(13), "Subroutine VUMAT for fabric material requires the specification "
+       "of %I material properties. Check the *USER MATERIAL option for material %S.", "14"},
+      {"TVK_FABRIC", 3, 1, 8, woven({0, .1, 1, .1}), "The loading stress-strain curve for fiber 1" + curve},
+      {"TVK_FABRIC", 3, 1, 8, with(woven({0, .1, 0, .1, 1, 0}), {{1, 1}}),
        "The loading stress-strain curve for fiber 2" + curve},
-      {"TVK_FABRIC", 3, 1, 8, curves({1, 1, 2, 0}, {0, .1, 0, .1, 0, .3, 1, 0}),
+      {"TVK_FABRIC", 3, 1, 8, with(woven({0, .1, 0, .1, 0, .3, 1, 0}), {{1, 1}, {2, 1}, {3, 2}}),
        "The unloading stress-strain curve for fiber 1" + curve},
-      {"TVK_FABRIC", 3, 1, 8, curves({1, 0, 0, 2}, {0, .1, 0, .1, 0, std::nan("")}),
+      {"TVK_FABRIC", 3, 1, 8, with(woven({0, .1, 0, .1, 0, std::nan("")}), {{1, 1}, {2, 0}, {4, 2}}),
        "The unloading stress-strain curve for fiber 2" + curve},
-      {"TVK_FABRIC", 3, 1, 8, curves({1e9, 0, 0, 2}, {0, .1}),
+      {"TVK_FABRIC", 3, 1, 8, with(woven({0, .1}), {{1, 1e9}, {4, 2}}),
        "The properties of material %S end before its tables do."},
-      {"TVK_FABRIC", 3, 1, 8, curves({-1, 0}, {}), "The properties of material %S end before its tables do."},
+      {"TVK_FABRIC", 3, 1, 8, with(woven({}), {{1, -1}}), "The properties of material %S end before its tables do."},
+      {"TVK_FABRIC", 3, 1, 8, woven({0, 0, 1, .1, 1, 0, 2, .1}), "The loading stress-strain curve for fiber 2 of "
+       "material %S must start at zero stress and strain, with a second row or more behind"},
+      {"TVK_FABRIC", 3, 1, 8, with(woven({0, 0, 1, .1, 0, 0, 1, .1, 0, 0}), {{3, 1}}), "The unloading stress-strain "
+       "curve for fiber 1 of material %S must start at zero stress and strain, with a second row or more behind"},
+      {"TVK_FABRIC", 3, 1, 8, with(woven({0, 0, 1, .1, 0, 0, 1, .1, 0, 0, 0, 1}), {{4, 2}}), "The unloading "
+       "stress-strain curve for fiber 2 of material %S must be specified using increasing stress values"},
+      {"TVK_FABRIC", 3, 1, 8, with(woven(), {{9, -1}}), "Property %I of material %S must not be negative.", "9"},
+      {"TVK_FABRIC", 3, 1, 8, with(woven(), {{12, 2}}),
+       "The stiffness in compression of material %S, property 12, must not be greater than 1."},
+      {"TVK_FABRIC", 3, 1, 8, with(woven(), {{5, -90}}),
+       "The fibers of material %S must cross: their angles, properties 5 and 6, are the same."},
       {"TVK_MOLDED_PLASTIC", 1, 0, 0, {},
        molded + "only supports solid, plane stress, and generalized plane strain elements."},
       {"TVK_MOLDED_PLASTIC", 3, 1, 13, {}, molded + "requires the " + shown, "14"},

@@ -350,7 +350,15 @@ constexpr MaterialData kMaterials[] = {
      {700, 0.3, 8, 0.3, 20, 5,   5, 6, 2, 3,   0.6, 4, 0, 2,   3, 0,   0, 2,   3, -0.5,
       4,   0,   1, 0.2, 9,  0.7, 1, 0, 5, 0.7, 2,   0, 1, 0.3, 6, 0.7, 1, 0.1, 2, 10},
      3,
-     40}};
+     40},
+    {"SPX_USR_FABRIC",
+     "TVK_FABRIC_INITENER",
+     {3, 2, 2, 3,   10, 80,  4, 5, 30, 8,   1, 0.2, 3, 0.6, // curves:
+      0, 0, 3, 0.1, 9,  0.2, 0, 0, 5,  0.1, 0, 0,   9, 0.1, 0, 0, 2, 0.05, 9, 0.1},
+     12,
+     34},
+    {"SPX_USR_PLYFABRIC", "TVK_PLY_FABRIC", {80,  70, 0.2, 30,  4, 3, 3.5, 2.5,  0.2, 0,  0.5,
+                                             0.1, 2,  0.3, 0.9, 3, 8, 0.5, 0.95, 2,   0.9}}};
 
 void setMaterialSizes(const RoutineInfo& routine, Sizes& sizes, int variant) {
   for (const MaterialData& material : kMaterials) {

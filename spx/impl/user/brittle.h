@@ -11,8 +11,11 @@
 //   kCapped      strength never exceeds model.cap
 //   kBulks       elastic energy that damage sets free becomes pressure (model.beta, model.K1); the history is that pressure
 //   kCompacts    the history is the largest mu so far; one more state variable is the permanent compaction
+//   kTransforms  one more state variable is the largest mu so far, which bulking does not enter; the pressure and the way to
+//                zero hang on it: pressure(mu, history, top), recoverable(mu, top, offset, zero, from, limit)
 #pragma once
 
+#include "spx/impl/user/bracket.h"
 #include "spx/impl/user/frame.h"
 
 namespace sa::user {
@@ -20,7 +23,7 @@ namespace sa::user {
 struct Pressure {
   double p;          // before the limit of tension
   double history;    // at the end of the increment
-  double compaction; // permanent part of mu; 0.0 where the model has none
+  double compaction; // permanent part of mu, or where the model transforms the largest mu; 0.0 where it does neither
 };
 struct Strength {
   double intact, fractured; // von Mises stress
@@ -33,7 +36,7 @@ struct StrengthSlopes {
 };
 
 // State variables, from 0.
-constexpr int kPlasticStrain = 0, kDamage = 1, kStatus = 2, kHistory = 3, kCompaction = 4;
+constexpr int kPlasticStrain = 0, kDamage = 1, kStatus = 2, kHistory = 3, kCompaction = 4, kTop = 4;
 
 // Constants that all have.
 struct BrittleConstants {
@@ -159,7 +162,26 @@ struct BrittleScratch {
   double damageBefore[kScratchPoints], before[kScratchPoints], q[kScratchPoints], plasticStrain[kScratchPoints],
       damage[kScratchPoints], growth[kScratchPoints], open[kScratchPoints]; // one of the three above
   double low[kScratchPoints], high[kScratchPoints];                         // bounds of the growth of damage
+  double zero[kScratchPoints],
+      from[kScratchPoints]; // where the model transforms: mu without pressure, and at the limit
 };
+
+template <class Model>
+SA_INLINE Pressure pressureAt(const Model& m, double mu, const double* stateOld, int64_t N, int64_t i) {
+  if constexpr (Model::kTransforms)
+    return m.pressure(mu, stateOld[i + kHistory * N], stateOld[i + kTop * N]);
+  else
+    return m.pressure(mu, stateOld[i + kHistory * N]);
+}
+
+// K1 mu + dP, of what is compressed elastically.
+template <class Model>
+SA_INLINE double armAt(const Model& m, const BrittleScratch& w, int k) {
+  if constexpr (Model::kTransforms)
+    return m.K1 * (w.mu[k] - m.compactionAt(w.compaction[k])) + w.history[k];
+  else
+    return m.K1 * w.mu[k] + w.history[k];
+}
 
 // Pressure, trial stress and rate.
 template <class Storage, class Model>
@@ -176,7 +198,7 @@ SA_INLINE void findTrial(const Block& b, const Model& model, int start, int leng
     w.rate[k] = vm::sqrt(2.0 / 3.0 * product(e, e)) * perTime;
     // an element that is turned inside out is for others to report: here it counts as compressed to a millionth
     w.mu[k] = 1.0 / vm::max(1e-6, volumeRatio<Storage>(defgrad, N, i)) - 1.0;
-    const Pressure p = m.pressure(w.mu[k], stateOld[i + kHistory * N]);
+    const Pressure p = pressureAt(m, w.mu[k], stateOld, N, i);
     w.pressure[k] = p.p;
     w.history[k] = p.history;
     w.compaction[k] = p.compaction;
@@ -214,7 +236,7 @@ SA_INLINE void returnToSurfaces(const Block& b, const Model& model, int start, i
     if constexpr (Model::kCompacts)
       D = vm::min(1.0, D + vm::max(0.0, w.compaction[k] - stateOld[i + kCompaction * N]) / s.failureStrain);
     const Returned r = returnTo(m, s, trial, D);
-    const double arm = m.K1 * w.mu[k] + w.history[k], before = strengthAt(m, s, D);
+    const double arm = armAt(m, w, k), before = strengthAt(m, s, D);
     const double cut = vm::select(pressure < -tensionLimit(m, r.damage), 1.0, 0.0);
     double moves = cut;
     if constexpr (Model::kBulks) moves = vm::select((m.beta > 0.0) & (arm >= 0.0) & (before > r.q), 1.0, moves);
@@ -269,7 +291,7 @@ SA_INLINE bool settleDamage(const Model& model, int length, BrittleScratch& w, i
     const int k = place[j];
     trial[j] = w.trial[k], damage[j] = w.damageBefore[k], factor[j] = w.rate[k], pressure[j] = w.pressure[k];
     G3ef[j] = 3.0 * m.G * w.failureStrain[k], before[j] = w.before[k], drop[j] = w.intact[k] - w.fractured[k];
-    arm[j] = m.K1 * w.mu[k] + w.history[k];
+    arm[j] = armAt(m, w, k);
     x[j] = w.damage[k] - w.damageBefore[k], low[j] = w.low[k], high[j] = w.high[k];
     runs[j] = 1.0;
   }
@@ -347,7 +369,7 @@ SA_INLINE void settleBroken(const Model& model, int length, BrittleScratch& w) {
   for (int j = 0; j < count; ++j) {
     const int k = place[j];
     trial[j] = w.trial[k], factor[j] = w.rate[k], pressure[j] = w.pressure[k], before[j] = w.before[k];
-    after[j] = w.fractured[k], arm[j] = m.K1 * w.mu[k] + w.history[k];
+    after[j] = w.fractured[k], arm[j] = armAt(m, w, k);
   }
   forPoints(count, [=, &trial, &factor, &pressure, &arm, &before, &after, &q, &growth](int j) SA_POINT {
     double rise = 0.0;
@@ -368,6 +390,46 @@ SA_INLINE void settleBroken(const Model& model, int length, BrittleScratch& w) {
   }
 }
 
+// Where release from the largest compression has the pressure p, which is what bulking adds and the limit of tension.
+template <class Model>
+SA_INLINE void findOnWay(const Model& m, int length, const Lane& largest, const Lane& mu, const Lane& pressure,
+                         double* root) {
+  const Model model = m;
+  Bracket b;
+  Lane fraction, constant;
+  forPoints(length, [=, &largest, &mu, &pressure, &fraction, &constant, &b](int k) SA_POINT {
+    const double top = largest[k], f = model.fraction(top), c = model.offset(top, f) - pressure[k];
+    const double low = -0.9, high = vm::max(mu[k], top);
+    const double below = model.mix(low, f) + c, above = model.mix(high, f) + c;
+    const double end = vm::select(below < 0.0, high, low); // where it has one sign everywhere
+    const double start = vm::select(below < 0.0, vm::select(above > 0.0, low, end), end);
+    const double halt = vm::select(below < 0.0, vm::select(above > 0.0, high, end), end);
+    fraction[k] = f;
+    constant[k] = c;
+    b.low[k] = start;
+    b.high[k] = halt;
+    b.atLow[k] = vm::select(start < halt, below, 0.0);
+    b.atHigh[k] = vm::select(start < halt, above, 0.0);
+  });
+  solveBracketed(length, b, 1e-15 * model.K1, [=, &fraction, &constant](const Lane& x, Lane& value) SA_POINT {
+    forPoints(length, [=, &x, &value, &fraction, &constant](int k)
+                          SA_POINT { value[k] = model.mix(x[k], fraction[k]) + constant[k]; });
+  });
+  forPoints(length, [=, &b](int k) SA_POINT { root[k] = b.root[k]; });
+}
+
+// Where release ends: at zero pressure, and where tension reaches its limit, if the point is beyond.
+template <class Model>
+SA_INLINE void findWayBack(const Model& model, int length, BrittleScratch& w) {
+  const Model m = model;
+  Lane pressure;
+  forPoints(length, [&w, &pressure](int k) SA_POINT { pressure[k] = -(w.history[k] + w.growth[k]); });
+  findOnWay(m, length, w.compaction, w.mu, pressure, w.zero);
+  forPoints(length, [m, &w, &pressure](int k) SA_POINT { pressure[k] -= tensionLimit(m, w.damage[k]); });
+  findOnWay(m, length, w.compaction, w.mu, pressure, w.from);
+  forPoints(length, [&w](int k) SA_POINT { w.from[k] = vm::max(w.mu[k], w.from[k]); });
+}
+
 // Stress, state variables and energies at the end.
 template <class Storage, class Model>
 SA_INLINE void storeEnd(const Block& b, const Model& model, int start, int length, BrittleScratch& w) {
@@ -383,7 +445,7 @@ SA_INLINE void storeEnd(const Block& b, const Model& model, int start, int lengt
     const double intOld = internalOld[i], inelOld = inelasticOld[i], perDensity = 1.0 / density[i];
     // strengths and limits are chosen by comparisons, which a NaN passes: it spoils stress and state of its point here
     double crushedOld = 0.0;
-    if constexpr (Model::kCompacts) crushedOld = stateOld[i + kCompaction * N];
+    if constexpr (Model::kCompacts || Model::kTransforms) crushedOld = stateOld[i + kCompaction * N];
     const double read = strainOld + damageOld + historyOld + crushedOld + w.mu[k] + w.trial[k] + w.rate[k];
     const auto spoil = [read](double x) SA_POINT { return vm::select(read == read, x, vm::kNaN); };
     const double trial = w.trial[k], q = w.q[k], D = spoil(w.damage[k]), h = spoil(w.history[k] + w.growth[k]);
@@ -401,17 +463,24 @@ SA_INLINE void storeEnd(const Block& b, const Model& model, int start, int lengt
     state[i + kDamage * N] = vm::select(wasAlive, D, damageOld);
     state[i + kStatus * N] = vm::select(isAlive, 1.0, 0.0);
     state[i + kHistory * N] = vm::select(wasAlive, h, historyOld);
-    if constexpr (Model::kCompacts) {
+    if constexpr (Model::kCompacts || Model::kTransforms) {
       state[i + kCompaction * N] = vm::select(wasAlive, vm::max(w.compaction[k], crushedOld), crushedOld);
     }
 
     // What is lost where something has yielded: the work of the mean stress less what can come back, at least nothing.  An
     // elastic increment loses nothing and stores exactly, so the internal energy is always what was lost and what can come back.
     const double left = keep * trial, volume = 1.0 + w.mu[k];
-    const double elastic = vm::select(
-        isAlive, (left * left * (0.5 * m.perG3) + m.recoverable(w.mu[k], h, limit) * volume) * perDensity, 0.0);
+    double backwards = 0.0, transformed = 0.0;
+    if constexpr (Model::kTransforms) {
+      backwards = m.recoverable(w.mu[k], w.compaction[k], h, w.zero[k], w.from[k], limit);
+      transformed = m.fraction(w.compaction[k]) - m.fraction(crushedOld);
+    } else {
+      backwards = m.recoverable(w.mu[k], h, limit);
+    }
+    const double elastic = vm::select(isAlive, (left * left * (0.5 * m.perG3) + backwards * volume) * perDensity, 0.0);
     const double work = 0.5 * (product(old, strain) + product(now, strain)) * perDensity;
-    const double yielded = w.plasticStrain[k] + (D - damageOld) + (h - historyOld) + vm::select(isAlive, 0.0, 1.0);
+    double yielded = w.plasticStrain[k] + (D - damageOld) + (h - historyOld) + vm::select(isAlive, 0.0, 1.0);
+    if constexpr (Model::kTransforms) yielded += transformed;
     const double lost = vm::select(yielded == 0.0, 0.0, work - (elastic - (intOld - inelOld)));
     const double inelasticNow = inelOld + vm::select(lost < 0.0, 0.0, lost);
     const double internalNow = inelasticNow + elastic;
@@ -432,6 +501,7 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
            ++round) {
       }
     settleBroken(model, length, w);
+    if constexpr (Model::kTransforms) findWayBack(model, length, w);
     storeEnd<Storage>(b, model, start, length, w);
   });
   keepStates(b, Model::kStates);

@@ -6,7 +6,7 @@
 namespace sa::user {
 
 struct CeramicConstants : BrittleConstants {
-  static constexpr bool kBulks = true, kCompacts = false, kCapped = false;
+  static constexpr bool kBulks = true, kCompacts = false, kTransforms = false, kCapped = false;
   static constexpr int kStates = 4;
   double beta, perK1;
 

@@ -6,7 +6,7 @@ namespace sa::user {
 namespace {
 
 struct Hjc : BrittleConstants {
-  static constexpr bool kGradual = true, kBulks = false, kCompacts = true, kCapped = true;
+  static constexpr bool kGradual = true, kBulks = false, kCompacts = true, kTransforms = false, kCapped = true;
   static constexpr int kProperties = 21, kStates = 5;
   double A, B, N, fc, perStrength, perTension, smallestFailureStrain, cap, D1, D2;
   double crushStrain, crushPressure, elasticModulus, crushSlope, stiffening; // d(unloading modulus)/d(largest mu)

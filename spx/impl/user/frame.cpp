@@ -33,6 +33,13 @@ bool refuseValues(const Block& block, std::initializer_list<int32_t> positive) {
   return false;
 }
 
+bool refuseNegative(const Block& block, std::initializer_list<int32_t> numbers) {
+  for (const int32_t number : numbers)
+    if (!(block.props[number - 1] >= 0.0))
+      return refuse(block, "Property %I of material %S must not be negative.", number);
+  return false;
+}
+
 bool refuseAbove(const Block& block, int32_t smaller, int32_t larger, std::string_view text) {
   const double given[] = {block.props[smaller - 1], block.props[larger - 1]};
   return !(given[0] <= given[1]) && refuse(block, text, 0, given);

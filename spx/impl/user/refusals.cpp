@@ -47,52 +47,6 @@ bool isPositive(const double* values, int rows, int64_t columns, int column) {
   return true;
 }
 
-// ---- fabrics
-
-bool checkFabric(const Block& block) {
-  constexpr int32_t kStates = 8, kStatesWithInitialStress = 12;
-  constexpr int kConstants = 4, kStrain = 1, kColumns = 2;
-  if (refuseUnless(block, block.isPlane(),
-                   "Subroutine VUMAT for fabric material is implemented only for plane stress "
-                   "elements (ndir=3 and nshr=1)"))
-    return true;
-  if (block.name.find("_INITENER") != std::string_view::npos) {
-    if (refuseStates(block, kStatesWithInitialStress,
-                     "Subroutine VUMAT for fabric material requires the specification of %I "
-                     "state variables when used in combination "
-                     "with option to ramp initial stresses. " SA_CHECK_DEPVAR))
-      return true;
-  } else if (refuseStates(block, kStates,
-                          "Subroutine VUMAT for fabric material requires the specification of %I "
-                          "state variables. Check the definition of *DEPVAR "
-                          "in the input file.")) {
-    return true;
-  }
-#define SA_CURVE(kind, fiber)                                                                                          \
-  "The " kind " stress-strain curve for fiber " fiber " of material %S must be specified "                             \
-  "using increasing strain values"
-  constexpr std::array<std::string_view, 4> kCurves = {SA_CURVE("loading", "1"), SA_CURVE("loading", "2"),
-                                                       SA_CURVE("unloading", "1"), SA_CURVE("unloading", "2")};
-  Tables tables(block, kConstants);
-  int curve = 0;
-  for (const std::string_view text : kCurves) {
-    const double* values = nullptr;
-    int rows = 0;
-    if (!tables.take(++curve, kColumns, values, rows)) return refuse(block, kTablesCutOff);
-    if (!isIncreasing(values, rows, kColumns, kStrain)) return refuse(block, text);
-  }
-  return false;
-}
-
-bool checkPlyFabric(const Block& block) {
-  constexpr int32_t kStates = 16;
-  return refuseUnless(block, block.isPlane(),
-                      "Subroutine VUMAT for fabric reinforced composite materials only supports "
-                      "plane stress elements.") ||
-         refuseStates(block, kStates,
-                      "Subroutine VUMAT for fabric reinforced composite materials requires the "
-                      "specification of %I state variables. Check the "
-                      "definition of *DEPVAR in the input file.");
 }
 
 // ---- molded plastic and thermoplastic
@@ -189,10 +143,7 @@ bool checkThermoplastic(const Block& block) { return checkPlastic(block, kThermo
 
 SA_REFUSE(SPX_USR_THERMOPLASTIC, checkThermoplastic, "thermoplastic")
 SA_REFUSE(SPX_USR_MOLDEDPLASTIC, checkMoldedPlastic, "molded plastic")
-SA_REFUSE(SPX_USR_FABRIC, checkFabric, "fabric")
-SA_REFUSE(SPX_USR_PLYFABRIC, checkPlyFabric, "fabric-reinforced composite ply")
 
 #undef SA_CHECK_DEPVAR
-#undef SA_CURVE
 #undef SA_PLASTIC_TEXTS
 #undef SA_REFUSE

@@ -222,6 +222,78 @@ TEST(CeramicJhb, SurfacesWithContinuousSlope) {
   EXPECT_NEAR(step * 1e-3 * 2 / std::sqrt(3.), ef + q / (3 * 193), 2e-3);
 }
 
+// Made-up phases, in GPa: K 201, 260, 0 to P1 16; dense from mu2 .36 on with K' 300, 200, 0 and mu0 .2.
+Material twoPhases(double beta = 0) {
+  auto props = siliconCarbide();
+  props.resize(18);
+  props[9] = 1e-9 * GPa, props[13] = 201 * GPa, props[14] = 260 * GPa, props[16] = beta;
+  for (double x : {16 * GPa, .36, 300 * GPa, 200 * GPa, 0., .2}) props.push_back(x);
+  Material m{"TVK_JHB", props, 5};
+  m.massStays = true;
+  return m;
+}
+
+TEST(CeramicJhb, ChangeOfPhaseRaisesThePressureAndStays) {
+  const double mu1 = .0727549564, middle = .5 * (mu1 + .36);
+  const struct {
+    double mu, P, modulus, left, lost; // modulus and mu without pressure of the release, loss per undeformed volume
+  } rows[] = {{.03, 6.264, 216.6, 0, 0},
+              {middle, 29.7777778, 284.0328, .1050384, 1.830939},
+              {.36, 43.5555556, 294.4445, .2, 4.174956},
+              {.4, 55.5555556, 305.5556, .2, 4.174956}};
+  for (const auto& row : rows) {
+    for (int count : {1, 50}) {
+      Material m = twoPhases();
+      m.compress(row.mu, count);
+      EXPECT_NEAR(m.pressure() / GPa, row.P, 1e-7);
+      EXPECT_NEAR(m.at(5), row.mu, 1e-14);
+      const double h = 1e-7, P = m.pressure();
+      m.compress(row.mu - h);
+      EXPECT_NEAR((P - m.pressure()) / h / GPa, row.modulus, 1e-3);
+      m.compress(row.left);
+      EXPECT_NEAR(m.pressure() / GPa, 0, 2e-5);
+      EXPECT_NEAR(m.at(5), row.mu, 1e-14);
+      m.compress(row.mu);
+      EXPECT_NEAR(m.pressure(), P, 1e-9 * P) << "the way back";
+    }
+    // what it holds is the work of its release; what it has lost is the rest
+    Material m = twoPhases();
+    m.compress(row.mu, 5000);
+    const double held = (m.internal[0] - m.inelastic[0]) * m.rho;
+    double work = 0, before = m.pressure();
+    for (int k = 1; k <= 5000; ++k) {
+      const double from = row.mu + (row.left - row.mu) * (k - 1) / 5000, to = row.mu + (row.left - row.mu) * k / 5000;
+      m.compress(to);
+      work += .5 * (before + m.pressure()) * (1 / (1 + to) - 1 / (1 + from));
+      before = m.pressure();
+    }
+    EXPECT_NEAR(held / work, 1, 1e-6);
+    EXPECT_NEAR(m.inelastic[0] * m.rho / GPa, row.lost, 1e-3 * row.lost + 1e-12);
+    EXPECT_NEAR(m.internal[0], m.inelastic[0], 1e-6 * held / m.rho);
+  }
+  // bulking adds to the pressure and not to the largest compression
+  for (double mu : {.05, .2, .4}) {
+    Material with = twoPhases(1), without = twoPhases();
+    for (Material* m : {&with, &without}) m->state[1] = .999999, m->compress(mu), shear(*m, 1);
+    EXPECT_GT(with.at(4), 0);
+    EXPECT_NEAR(with.pressure(), without.pressure() + with.at(4), 1e-9 * with.pressure());
+    EXPECT_EQ(with.at(5), without.at(5));
+    const double intact = 12.2 - 7.28 * std::exp(-4.92 / 1.5 / 7.28 * (without.pressure() / GPa - 1.5)),
+                 elastic = 201 * (mu - .2 * std::clamp((mu - mu1) / (.36 - mu1), 0., 1.)), growth = with.at(4) / GPa;
+    EXPECT_NEAR(growth * (growth + 2 * elastic), 2 * 201 * (intact * intact - .04) / (6 * 193), 1e-6);
+    const double lost = with.inelastic[0];
+    with.compress(-.1);
+    EXPECT_NEAR(with.internal[0], with.inelastic[0], 1e-9 * with.internal[0]);
+    EXPECT_GE(with.inelastic[0], lost);
+  }
+  // without P1 it is the material of one phase
+  Material one = twoPhases(1), plain = jhb(siliconCarbide());
+  one.props[18] = 0, plain.props = one.props, plain.massStays = true;
+  for (Material* m : {&one, &plain}) m->compress(.4, 3), shear(*m, .5), m->compress(.1);
+  EXPECT_EQ(one.stress, plain.stress);
+  EXPECT_EQ(one.inelastic, plain.inelastic);
+}
+
 TEST(Ceramics, BulkingTurnsLostElasticEnergyIntoPressure) {
   const auto run = [](Material m) {
     m.compress(.02);
