@@ -75,6 +75,40 @@ int choices(const ArgumentInfo& argument) {
 
 constexpr int kTextLength = 80;
 
+// Materials with properties of the size of the stresses that are made up; surplus properties are 0.0.
+struct MaterialData {
+  std::string_view routine, name;
+  double props[64];
+  int count() const { // of those that are given
+    int number = static_cast<int>(std::size(props));
+    while (number > 0 && props[number - 1] == 0.0) --number;
+    return number;
+  }
+};
+constexpr MaterialData kMaterials[] = {
+    {"SPX_USR_SUPERELASTIC", "TVK_SUPER_ELASTIC_N", {900, 0.3, 600, 0.35, 0.06, 3, 6, 2, 1, 4, 0.5, 0.3, 0.4, -1}},
+    {"SPX_USR_JH2",
+     "TVK_JH2",
+     {30, 0.93, 0.4, 0.003, 0.35, 0.77, 1, 0.5, 0.5, 6, 3, 0.053, 0.85, 45, -138, 290, 1, 0.4}},
+    {"SPX_USR_JHB", "TVK_JHB", {193, 1.5, 4.9, 12.2, 1, 0.4, 1, 0.009, 1, 0.75, 0.16, 1, 1, 220, 361, 0, 1, 0.4}},
+    {"SPX_USR_HJCCONCRETE", "TVK_HJC_CONCRETE", {150,  0.79, 1.6, 0.007, 0.61, 2,   0.5,   1,    0.01, 7, 1,
+                                                 0.01, 20,   0.1, 0.04,  1,    850, -1710, 2080, 0.4,  1}},
+    {"SPX_USR_MOLDEDPLASTIC", "TVK_MOLDED_PLASTIC", {18,  0.38, 1,   0.9,  1.1, 0.95, 1,   1,   0.4,  -0.2, 3,   2,
+                                                     2,   2,    0,   0,    0.5, 0.15, 1.5, 0.1, 2,    2,    0,   4,
+                                                     0.5, 3.5,  1,   3,    0,   4,    1,   0.5, 1,    0.01, 0.8, 1.5,
+                                                     2,   0.6,  0.8, 0.01, 0.7, 0.9,  2,   1,   0.01, 1.5,  1}},
+    {"SPX_USR_THERMOPLASTIC", "TVK_THERMOPLASTIC", {18,  0.38, 1,   0.9,  1.1, 0.95, 1,   1,   0.4,  -0.2, 3,   2,
+                                                    2,   2,    0.5, 1.2,  0.5, 0.15, 1.5, 0.1, 2,    2,    0,   4,
+                                                    0.5, 3.5,  1,   3,    0,   4,    1,   0.5, 1,    0.01, 0.8, 1.5,
+                                                    2,   0.6,  0.8, 0.01, 0.7, 0.9,  2,   1,   0.01, 1.5,  1}}};
+
+// So many properties at least go with a routine that computes a material with tables.
+int leastProperties(const RoutineInfo& routine, const ArgumentInfo& argument) {
+  for (const MaterialData& material : kMaterials)
+    if (material.routine == routine.name && std::string_view(argument.name) == "nprops") return material.count();
+  return 0;
+}
+
 // Values of the integer scalars that fix the sizes, by name.
 class Sizes {
 public:
@@ -141,7 +175,7 @@ private:
     const std::string unit = a.unit;
     if (isPointCount(routine_, a)) return std::min(kCounts[choice], entities_);
     if (unit == "count") return kCounts[choice];
-    if (startsWith(unit, "count>=")) return (*this)(unit.substr(7)) + choice;
+    if (startsWith(unit, "count>=")) return std::max((*this)(unit.substr(7)), leastProperties(routine_, a)) + choice;
     if (a.is("index")) {
       const int high = (*this)(unit.substr(3));
       return choice == 0 ? high : choice == 1 ? 1 : (high + 1) / 2;
@@ -313,20 +347,6 @@ void setList(Array& array, const std::vector<int>& list) {
   array.bytes.assign(list.size() * array.elementSize, 0);
   for (std::size_t k = 0; k < list.size(); ++k) array.setInteger(k, list[k]);
 }
-
-// Materials with properties of the size of the stresses that are made up; surplus properties are 0.0.
-struct MaterialData {
-  std::string_view routine, name;
-  double props[24];
-};
-constexpr MaterialData kMaterials[] = {
-    {"SPX_USR_SUPERELASTIC", "TVK_SUPER_ELASTIC_N", {900, 0.3, 600, 0.35, 0.06, 3, 6, 2, 1, 4, 0.5, 0.3, 0.4, -1}},
-    {"SPX_USR_JH2",
-     "TVK_JH2",
-     {30, 0.93, 0.4, 0.003, 0.35, 0.77, 1, 0.5, 0.5, 6, 3, 0.053, 0.85, 45, -138, 290, 1, 0.4}},
-    {"SPX_USR_JHB", "TVK_JHB", {193, 1.5, 4.9, 12.2, 1, 0.4, 1, 0.009, 1, 0.75, 0.16, 1, 1, 220, 361, 0, 1, 0.4}},
-    {"SPX_USR_HJCCONCRETE", "TVK_HJC_CONCRETE", {150,  0.79, 1.6, 0.007, 0.61, 2,   0.5,   1,    0.01, 7, 1,
-                                                 0.01, 20,   0.1, 0.04,  1,    850, -1710, 2080, 0.4,  1}}};
 
 // Name and properties of the material that a routine computes.
 void fillMaterial(const RoutineInfo& routine, Array& array, Sizes& sizes, int variant) {

@@ -33,10 +33,12 @@ SA_INLINE void solveBracketed(int n, Bracket& b, double tolerance, Evaluate eval
       const double low = b.low[i], high = b.high[i], below = b.atLow[i], above = b.atHigh[i];
       const double middle = 0.5 * (low + high), difference = above - below;
       const double secant = (low * above - high * below) / vm::select(difference == 0.0, 1.0, difference);
-      const bool isInside = (secant > vm::min(low, high)) & (secant < vm::max(low, high));
-      x[i] = vm::select((!halves) & isInside, secant, middle);
+      const double least = vm::min(low, high), most = vm::max(low, high);
+      const bool isInside = (secant > least) & (secant < most);
+      x[i] = vm::select(halves, middle, vm::select(isInside, secant, middle));
       const double size = vm::abs(high - low), round = 0x1p-52 * vm::max(vm::abs(low), vm::abs(high));
-      runs[i] = vm::select((vm::abs(b.atRoot[i]) > tolerance) & (size > round), 1.0, 0.0);
+      const double error = vm::abs(b.atRoot[i]);
+      runs[i] = vm::select((error > tolerance) & (size > round), 1.0, 0.0);
     });
     for (int i = 0; i < n; ++i) running += runs[i];
     if (running == 0.0) return;
@@ -45,7 +47,8 @@ SA_INLINE void solveBracketed(int n, Bracket& b, double tolerance, Evaluate eval
       const double low = b.low[i], high = b.high[i], below = b.atLow[i], above = b.atHigh[i], at = x[i], v = value[i];
       const double lastSide = side[i], root = b.root[i], atRoot = b.atRoot[i];
       const bool moves = runs[i] > 0.0;
-      const bool isBest = moves & (vm::abs(v) < vm::abs(atRoot));
+      const double size = vm::abs(v), least = vm::abs(atRoot);
+      const bool isBest = moves & (size < least);
       b.root[i] = vm::select(isBest, at, root);
       b.atRoot[i] = vm::select(isBest, v, atRoot);
       // the new place takes the end of its sign; the other end, where it stays twice, counts half

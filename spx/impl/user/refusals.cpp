@@ -41,12 +41,6 @@ bool isIncreasing(const double* values, int rows, int64_t columns, int column) {
     if (!(values[r * columns + column] > values[(r - 1) * columns + column])) return false;
   return true;
 }
-bool isPositive(const double* values, int rows, int64_t columns, int column) {
-  for (int r = 0; r < rows; ++r)
-    if (!(values[r * columns + column] > 0.0)) return false;
-  return true;
-}
-
 // ---- foams and honeycomb
 
 bool checkNothing(const Block&) { return false; }
@@ -129,86 +123,6 @@ bool checkPlyFabric(const Block& block) {
                       "definition of *DEPVAR in the input file.");
 }
 
-// ---- molded plastic and thermoplastic
-
-// Failure strains for tension and compression and the rate they hold for: strains positive, rates increasing and positive.
-// One row alone holds for every rate.
-struct FailureTexts {
-  std::string_view strains, increasing, positive;
-};
-bool checkFailure(const Block& block, const double* values, int rows, const FailureTexts& texts) {
-  constexpr int kTension = 0, kCompression = 1, kRate = 2, kColumns = 3;
-  if (!isPositive(values, rows, kColumns, kTension) || !isPositive(values, rows, kColumns, kCompression))
-    return refuse(block, texts.strains);
-  if (rows < 2) return false;
-  if (!isIncreasing(values, rows, kColumns, kRate)) return refuse(block, texts.increasing);
-  return !isPositive(values, rows, kColumns, kRate) && refuse(block, texts.positive);
-}
-
-struct PlasticTexts {
-  std::string_view elements, states, data;
-};
-#define SA_PLASTIC_TEXTS(material)                                                                                     \
-  {                                                                                                                    \
-    "Subroutine VUMAT for " material " materials only supports solid, plane stress, "                                  \
-    "and generalized plane strain elements.",                                                                          \
-        "Subroutine VUMAT for " material " materials requires the specification of %I "                                \
-        "state variables. Check the definition of *DEPVAR "                                                            \
-        "in the input file.",                                                                                          \
-        "Subroutine VUMAT for " material " materials requires the specification of uniaxial "                          \
-        "tension or compression data."                                                                                 \
-  }
-constexpr PlasticTexts kMoldedPlastic = SA_PLASTIC_TEXTS("molded plastic");
-constexpr PlasticTexts kThermoplastic = SA_PLASTIC_TEXTS("thermoplastic");
-
-constexpr FailureTexts kDuctile = {
-    "The values of the ductile failure strains, eps_T+ and eps_T-, must be greater than zero",
-    "Rate-dependent ductile failure properties must be specified in terms of increasing strain rates",
-    "Rate-dependent ductile failure properties must be specified in terms of possitive strain rates"};
-constexpr FailureTexts kShear = {
-    "The values of the shear failure strains, eps_S+ and eps_S-, must be greater than zero",
-    "Rate-dependent shear failure properties must be specified in terms of increasing strain rates",
-    "Rate-dependent shear failure properties must be specified in terms of possitive strain rates"};
-
-bool checkPlastic(const Block& block, const PlasticTexts& texts, bool isThermoplastic) {
-  constexpr int32_t kStates = 14;
-  constexpr int kFirstRatio = 3, kRatios = 6, kK1 = 9, kK2 = 10, kTension = 11, kCompression = 12, kDuctileRows = 13,
-                kShearRows = 14, kF3 = 15, kF5 = 16, kConstants = 16;
-  if (refuseUnless(block, block.isSolid() || block.isPlane(), texts.elements)) return true;
-  if (refuseStates(block, kStates, texts.states)) return true;
-
-  const double *curve = nullptr, *ductile = nullptr, *shear = nullptr;
-  int tensionRows = 0, compressionRows = 0, ductileRows = 0, shearRows = 0;
-  Tables tables(block, kConstants < block.properties ? kConstants : block.properties);
-  if (!tables.take(kTension, 2, curve, tensionRows) || !tables.take(kCompression, 2, curve, compressionRows) ||
-      !tables.take(kDuctileRows, 3, ductile, ductileRows) || !tables.take(kShearRows, 3, shear, shearRows))
-    return refuse(block, kTablesCutOff);
-  if (tensionRows == 0 && compressionRows == 0) return refuse(block, texts.data);
-
-  bool isOrthotropic = false;
-  for (int k = 0; k < kRatios; ++k) {
-    const double ratio = property(block, kFirstRatio + k);
-    if (!(ratio > 0.0)) return refuse(block, "The yield ratios must be greater than zero.");
-    isOrthotropic = isOrthotropic || ratio != 1.0;
-  }
-  if (checkFailure(block, ductile, ductileRows, kDuctile) || checkFailure(block, shear, shearRows, kShear)) return true;
-  if (isThermoplastic && !(property(block, kF3) >= 0.0 && property(block, kF5) >= 0.0))
-    return refuse(block, "Coefficients f3 and f5 for the thermoplastic material cannot be negative");
-
-  if (isOrthotropic && block.isSolid())
-    warn(block, "The orthotropic plasticity option is only supported for elements with plane stress state. "
-                "All yield ratios will be assumed to be equal "
-                "to one.");
-  if ((property(block, kK1) != 0.0 || property(block, kK2) != 0.0) && block.isSolid())
-    warn(block, "The orientation-dependent orthotropic ductile failure criterion is not "
-                "supported for 3D solid elements. The values of "
-                "coefficients k1 and k2 will be ignored.");
-  return false;
-}
-
-bool checkMoldedPlastic(const Block& block) { return checkPlastic(block, kMoldedPlastic, false); }
-bool checkThermoplastic(const Block& block) { return checkPlastic(block, kThermoplastic, true); }
-
 } // namespace
 } // namespace sa::user
 
@@ -226,12 +140,9 @@ SA_REFUSE(SPX_USR_RATESENSFOAM, checkRateSensitiveFoam, "rate-sensitive foam")
 SA_REFUSE(SPX_USR_FUCHANGISOFOAM, checkNothing, "Fu-Chang isotropic foam")
 SA_REFUSE(SPX_USR_FUCHANGANISOFOAM, checkNothing, "Fu-Chang anisotropic foam")
 SA_REFUSE(SPX_USR_HONEYCOMB, checkHoneycomb, "honeycomb")
-SA_REFUSE(SPX_USR_THERMOPLASTIC, checkThermoplastic, "thermoplastic")
-SA_REFUSE(SPX_USR_MOLDEDPLASTIC, checkMoldedPlastic, "molded plastic")
 SA_REFUSE(SPX_USR_FABRIC, checkFabric, "fabric")
 SA_REFUSE(SPX_USR_PLYFABRIC, checkPlyFabric, "fabric-reinforced composite ply")
 
 #undef SA_CHECK_DEPVAR
 #undef SA_CURVE
-#undef SA_PLASTIC_TEXTS
 #undef SA_REFUSE

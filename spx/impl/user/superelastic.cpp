@@ -666,25 +666,6 @@ SA_INLINE void uniaxialElasticAnswer(const Block& b, const Superelastic& m) {
   if (hasShear) forPoints(b.points, [=](int i) SA_POINT { stress[i + n] = stressOld[i + n] + G2 * strainInc[i + n]; });
 }
 
-// Plane stress has the modulus K - 2/3 G lowered to lambda' = lambda 2 G/(lambda + 2 G), and no stress across.
-SA_INLINE void planeStressElasticAnswer(const Block& b, const Superelastic& m) {
-  const int64_t n = b.points;
-  const double lambda = m.K - 2.0 / 3.0 * m.G, G2 = 2.0 * m.G, reduced = lambda * G2 / (lambda + G2);
-  const double *strainInc = b.strainInc, *stressOld = b.stressOld, *internalOld = b.internalOld,
-               *inelasticOld = b.inelasticOld;
-  double *stress = b.stress, *internal = b.internal, *inelastic = b.inelastic;
-  forPoints(b.points, [=](int i) SA_POINT {
-    const double e11 = strainInc[i], e22 = strainInc[i + n], e12 = strainInc[i + 3 * n], volume = e11 + e22;
-    const double s11 = stressOld[i], s22 = stressOld[i + n], s12 = stressOld[i + 3 * n];
-    stress[i] = s11 + G2 * e11 + reduced * volume;
-    stress[i + n] = s22 + G2 * e22 + reduced * volume;
-    stress[i + 2 * n] = 0.0;
-    stress[i + 3 * n] = s12 + G2 * e12;
-    internal[i] = internalOld[i];
-    inelastic[i] = inelasticOld[i];
-  });
-}
-
 // ---- checks, and the choice of the dimensions
 
 bool isPoissonsRatio(double nu) { return nu > -1.0 && nu < 0.5; }
@@ -745,7 +726,7 @@ SA_INLINE void compute(const Block& b, const Superelastic& m) {
     if (kind == Kind::uniaxial)
       uniaxialElasticAnswer(b, m);
     else if (kind == Kind::planeStress)
-      planeStressElasticAnswer(b, m);
+      planeStressElasticAnswer(b, m.K, m.G);
     else if (b.isSolid())
       elasticAnswer<S33>(b, m.K, m.G);
     else
