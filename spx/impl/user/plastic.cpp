@@ -249,9 +249,9 @@ SA_INLINE void growDuctile(const Plastic& model, int length, PlasticScratch& w) 
   valueAtRate(m.ductile, Plastic::kInTension, Plastic::kFailureRate, length, w.logRate, 0.0, inTension);
   valueAtRate(m.ductile, Plastic::kInCompression, Plastic::kFailureRate, length, w.logRate, 0.0, inCompression);
   forPoints(length, [=, &w, &inTension, &inCompression](int k) SA_POINT {
-    const double eta = triaxiality(w.p[k], w.q[k]), b = m.ductileBend;
+    const double eta = triaxiality(w.p[k], w.q[k]);
     double strain =
-        inTension[k] * sinhRatio(0.25 * (2.0 + eta), b) + inCompression[k] * sinhRatio(0.25 * (2.0 - eta), b);
+        inTension[k] * m.ductileBend(0.25 * (2.0 + eta)) + inCompression[k] * m.ductileBend(0.25 * (2.0 - eta));
     if constexpr (kPlaneStress) {
       // a is the angle from axis 1 to the larger stress
       const double s11 = w.stress[k], s22 = w.stress[k + kScratchPoints], s12 = w.stress[k + 3 * kScratchPoints];

@@ -5,6 +5,16 @@
 
 namespace sa::user {
 
+// sinh(b u)/sinh(b) for b > 0.
+struct SinhRatio {
+  double b, perWidth; // 1/(exp(-2 b) - 1)
+  explicit SinhRatio(double value = 1.0) : b(value), perWidth(1.0 / vm::expm1(-2.0 * value)) {}
+  SA_INLINE double operator()(double u) const {
+    const double size = vm::abs(u);
+    return vm::copysign(vm::exp(b * (size - 1.0)) * (vm::expm1(-2.0 * b * size) * perWidth), u);
+  }
+};
+
 // With q the von Mises stress (of plane stress: Hill's) and p the pressure, positive in compression,
 //   surface   sqrt(q^2 + f3 p^2) = root(f1 + f2 p),  f1 = k st sc,  f2 = 3 k (sc - st),  k = 1 + f3/9,
 //   flow      along the derivative of g^2 = q^2 + f5 p^2 by the stress, of the amount h,
@@ -30,7 +40,7 @@ struct Plastic {
   double C11, C12, M11, M22, M12, N, Q11, Q22, Q12; // plane stress: elasticity, Hill's ellipse, that of the flow
   double B11, B12, B21, B22, B33;                   // elasticity times the flow, in parts of 3 G
   double k1, k2, kS;
-  double ductileBend, shearBend; // 4 k0 and 8 f kS, at least so much that a straight line has its digits
+  SinhRatio ductileBend, shearBend; // 4 k0 and 8 f kS, at least so much that a straight line has its digits
   double thetaStart, thetaScale; // from theta to its part of the way from 2 + 4 kS to 2 - 4 kS; all of it where kS = 0
   double share;                  // of the way of the filter to the rate of the increment
 
@@ -42,15 +52,9 @@ struct Plastic {
   SA_INLINE double shearFailure(double inTension, double inCompression, double theta) const;
 };
 
-// sinh(b u)/sinh(b) for b > 0.
-SA_INLINE double sinhRatio(double u, double b) {
-  const double size = vm::abs(u);
-  return vm::copysign(vm::exp(b * (size - 1.0)) * (vm::expm1(-2.0 * b * size) / vm::expm1(-2.0 * b)), u);
-}
-
 SA_INLINE double Plastic::shearFailure(double inTension, double inCompression, double theta) const {
   const double u = thetaStart - thetaScale * theta;
-  return inTension * sinhRatio(u, shearBend) + inCompression * sinhRatio(1.0 - u, shearBend);
+  return inTension * shearBend(u) + inCompression * shearBend(1.0 - u);
 }
 
 // Thermoplastic reads f3 and f5.

@@ -146,7 +146,8 @@ Plastic::Plastic(const Block& block, bool isThermoplastic) {
   k = 1.0 + f3 / 9.0, volumetric = K * f5 * perG3, uniaxial = vm::sqrt(1.0 + f5 / 9.0) * perG3;
   k1 = get(kK1), k2 = get(kK2), kS = get(kKS);
   constexpr double kStraight = 1e-8; // sinh(b) = b to round-off
-  ductileBend = vm::max(kStraight, 4.0 * get(kK0)), shearBend = vm::max(kStraight, 8.0 * get(kF) * vm::abs(kS));
+  ductileBend = SinhRatio(vm::max(kStraight, 4.0 * get(kK0)));
+  shearBend = SinhRatio(vm::max(kStraight, 8.0 * get(kF) * vm::abs(kS)));
   thetaStart = kS == 0.0 ? 1.0 : (2.0 + 4.0 * kS) / (8.0 * kS), thetaScale = kS == 0.0 ? 0.0 : 1.0 / (8.0 * kS);
   share = filterShare(block.dt, get(kTau));
 
