@@ -352,14 +352,17 @@ void setList(Array& array, const std::vector<int>& list) {
 void fillMaterial(const RoutineInfo& routine, Array& array, Sizes& sizes, int variant) {
   for (const MaterialData& material : kMaterials) {
     if (material.routine != routine.name) continue;
+    // of two laws of one routine; the last property of the exponential one is to be positive
+    const bool isExponential = material.name.ends_with("_N") && variant / 2 % 3 == 2;
     if (array.info->is("text")) {
       std::string name(material.name);
       if (name.back() == 'N')
         name += sizes("ndir") == 1 ? "1D" : sizes("nshr") == 1 && variant / 4 % 2 == 0 ? "2D" : "3D";
+      if (isExponential) name += "_EXP";
       name.resize(array.bytes.size(), ' ');
       std::copy(name.begin(), name.end(), array.bytes.begin());
     } else {
-      for (std::size_t k = 0; k < array.elements(); ++k) array.setReal(k, material.props[k]);
+      for (std::size_t k = 0; k < array.elements(); ++k) array.setReal(k, isExponential ? std::abs(material.props[k]) : material.props[k]);
     }
     return;
   }

@@ -58,14 +58,24 @@ struct LinearLaw : Superelastic {
     return {vm::select(w.left > 0.0, vm::max(0.0, vm::min(1.0, root.xi)), w.end),
             vm::select(w.left > 0.0, w.weight / root.perNorm, 0.0)};
   }
+  static SA_INLINE double choose(bool condition, double a, double b) { return vm::select(condition, a, b); }
 };
+
+// As often, written out: a loop inside would keep that over the points from being vectorised.
+template <int kTimes, class Step>
+SA_INLINE void repeat(Step step) {
+  if constexpr (kTimes > 0) {
+    step();
+    repeat<kTimes - 1>(step);
+  }
+}
 
 // With the rest y = |x - end|/|xi0 - end| and the distance u = |finish - F(x)|, u0 at F0: ln y = speed (1/u0 - 1/u).  In
 // t = ln y this is u(t) = speed/(speed/u0 - t), which both sides bend the same way where F is nearly straight in xi: Newton's
 // steps from above come down to the root, from where one of the two sides alone would put it.  Where they would leave the
 // bounds there is a bisection.
 struct ExponentialLaw : Superelastic {
-  static constexpr int kSteps = 16;
+  static constexpr int kSteps = 12;
   explicit ExponentialLaw(const Superelastic& m) : Superelastic(m) {}
   SA_INLINE Fraction along(const Norm& F, const Way& w) const {
     const bool isInside = (w.left > 0.0) & (w.width > 0.0);
@@ -78,7 +88,7 @@ struct ExponentialLaw : Superelastic {
     const double least = -745.0;
     double low = least, high = 0.0;
     double t = vm::max(least, vm::min(vm::min(0.0, start - speed / u1), vm::logPositive(vm::max(1e-300, ratio))));
-    for (int k = 0; k < kSteps; ++k) {
+    repeat<kSteps>([&]() SA_POINT {
       const double y = vm::exp(t), per = 1.0 / (start - t);
       const double error = (u1 + y * (m1 + y * m2)) - speed * per,
                    slope = y * (m1 + 2.0 * y * m2) - speed * (per * per);
@@ -86,9 +96,14 @@ struct ExponentialLaw : Superelastic {
       high = vm::select(error < 0.0, t, high);
       const double next = t - error / slope;
       t = vm::select((next >= low) & (next <= high), next, 0.5 * (low + high));
-    }
+    });
     const double y = vm::exp(t), x = w.end + whole * y, rest = speed * (w.weight * y), u = u1 + y * (m1 + y * m2);
-    return {vm::select(isInside, x, w.end), vm::select(isInside, rest / (u * u - rest * (F.c1 + 2.0 * F.c2 * x)), 0.0)};
+    return {choose(isInside, x, w.end), choose(isInside, rest / (u * u - rest * (F.c1 + 2.0 * F.c2 * x)), 0.0)};
+  }
+  // By factors: behind a condition the compiler would put all steps, and not vectorise them.  Both are finite.
+  static SA_INLINE double choose(bool condition, double a, double b) {
+    const double first = condition ? 1.0 : 0.0;
+    return first * a + (1.0 - first) * b;
   }
 };
 
@@ -106,7 +121,7 @@ SA_INLINE Fraction transform(const Law& m, const Norm& F, double xi, const Limit
   const Fraction moved = m.along(F, {xi, end, finish, width, left, weight, isToM});
   const double moves = vm::max(toM, toA), spoiled = toM + toA; // a NaN moves nowhere, but is no state to stay in
   const double stays = vm::select(spoiled == spoiled, xi, vm::kNaN);
-  return {vm::select(moves > 0.0, moved.xi, stays), vm::select(moves > 0.0, moved.perNorm, 0.0)};
+  return {Law::choose(moves > 0.0, moved.xi, stays), Law::choose(moves > 0.0, moved.perNorm, 0.0)};
 }
 
 // The place 0..1 on a straight path of strain where |e0 + t de| + q t is smallest, q = (3 alpha K dTheta - C dT)/(2 G): before
