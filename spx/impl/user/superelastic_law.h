@@ -79,8 +79,8 @@ struct ExponentialLaw : Superelastic {
   explicit ExponentialLaw(const Superelastic& m) : Superelastic(m) {}
   SA_INLINE Fraction along(const Norm& F, const Way& w) const {
     const bool isInside = (w.left > 0.0) & (w.width > 0.0);
-    const double speed = vm::select(w.isToMartensite, speedAM, speedMA), side = vm::select(w.isToMartensite, 1.0, -1.0);
-    const double u1 = vm::select(isInside, w.left, 1.0), start = speed / vm::select(isInside, w.width, 1.0);
+    const double speed = choose(w.isToMartensite, speedAM, speedMA), side = choose(w.isToMartensite, 1.0, -1.0);
+    const double u1 = choose(isInside, w.left, 1.0), start = speed / choose(isInside, w.width, 1.0);
     // u = u1 + y (m1 + y m2), falling in y
     const double whole = w.xi - w.end, m1 = -side * whole * (F.c1 + 2.0 * F.c2 * w.end),
                  m2 = -side * F.c2 * (whole * whole);
@@ -115,9 +115,9 @@ SA_INLINE Fraction transform(const Law& m, const Norm& F, double xi, const Limit
   // how far F has gone beyond where each begins, and what is left to transform: one of the two at most is positive
   const double toM = vm::select(xi < 1.0, trial - fromAM, 0.0), toA = vm::select(xi > 0.0, fromMA - trial, 0.0);
   const bool isToM = toM > 0.0;
-  const double weight = vm::select(isToM, 1.0 - xi, xi), width = vm::select(isToM, widthAM, widthMA);
-  const double finish = vm::select(isToM, l.finishAM, l.finishMA), end = vm::select(isToM, 1.0, 0.0);
-  const double atEnd = F(end) - finish, left = vm::select(isToM, -atEnd, atEnd);
+  const double weight = Law::choose(isToM, 1.0 - xi, xi), width = Law::choose(isToM, widthAM, widthMA);
+  const double finish = Law::choose(isToM, l.finishAM, l.finishMA), end = Law::choose(isToM, 1.0, 0.0);
+  const double atEnd = F(end) - finish, left = Law::choose(isToM, -atEnd, atEnd);
   const Fraction moved = m.along(F, {xi, end, finish, width, left, weight, isToM});
   const double moves = vm::max(toM, toA), spoiled = toM + toA; // a NaN moves nowhere, but is no state to stay in
   const double stays = vm::select(spoiled == spoiled, xi, vm::kNaN);
