@@ -134,7 +134,7 @@ void SPX_USR_BUILTINVUMAT(const int32_t* callInfo, const int32_t* nblock, const 
  *  instead, from 13 bAM+ and 14 bMA+ as uniaxial stresses; e_V is that of flow normal to F.  Integrated in closed form too, so
  *  that all that is said of increments holds; xi from one equation by 12 steps of Newton's, to 1e-14, for martensite less than
  *  3.5 times as stiff as austenite.  All is transformed only where F reaches R_f.  Start = finish is refused: it would be a
- *  jump.  Ten to fifty times the time of the linear law.
+ *  jump.  It takes six to thirteen times the time of the linear law.
  *    inelastic energy: psi = elastic energy + xi w, w the larger of the works on one xi, in tension and in compression, under
  *      the stress at which it goes back to austenite, but no more than the least that is spent on the way there: over a closed
  *      cycle at one temperature the area of the hysteresis.  Heat is not counted.  With unlike moduli and a pressure of several

@@ -95,6 +95,7 @@ TEST(UserMaterialDispatch, EachKeyAndAnySuffixReachesItsImplementation) {
                {"TVK_HONEYCOMB", 3, std::vector<double>(11), carries("honeycomb")},
                {"TVK_SUPER_ELASTIC_N3D", 3, kAlloy, ""},
                {"TVK_SUPER_ELASTIC_N2D", 1, kAlloy, ""},
+               {"TVK_SUPER_ELASTIC_N2D_EXPORT", 1, kAlloy, ""},
                {"TVK_THERMOPLASTIC", 3, plastic(), ""},
                {"TVK_MOLDED_PLASTIC", 1, plastic(), ""},
                {"TVK_FABRIC", 1, std::vector<double>(4), carries("fabric")},
@@ -184,6 +185,10 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
        "6.50000E+08 and 6.00000E+08."},
       {"TVK_SUPER_ELASTIC_N3D", 3, 3, 8, with(kAlloy, {{14, .2}}), "The volume change of material %S, property 14, "
        "must be less than 1.5 times its transformation strain, property 5: they are 2.00000E-01 and 7.50000E-02."},
+      {"TVK_SUPER_ELASTIC_N3D_EXP", 3, 3, 8, kAlloy, "Property %I of material %S must be greater than zero.", "13"},
+      {"TVK_SUPER_ELASTIC_N1D_A_EXP 2", 1, 0, 8, with(kAlloy, {{7, 520e6}, {13, 1}, {14, 1}}), "The exponential law of "
+       "material %S needs a start of the transformation to martensite, property 6, below its finish, property 7: they are "
+       "5.20000E+08 and 5.20000E+08."},
       {"TVK_JHB", 1, 1, 0, {}, jhb + "only supports 3D and plane strain elements."},
       {"TVK_JHB", 3, 3, 3, {}, jhb + "requires the " + shown, "4"},
       {"TVK_HJC_CONCRETE", 2, 1, 0, {}, "Subroutine VUMAT for  " + hjc + "only supports 3D and plane strain elements."},
