@@ -362,7 +362,8 @@ void fillMaterial(const RoutineInfo& routine, Array& array, Sizes& sizes, int va
       name.resize(array.bytes.size(), ' ');
       std::copy(name.begin(), name.end(), array.bytes.begin());
     } else {
-      for (std::size_t k = 0; k < array.elements(); ++k) array.setReal(k, isExponential ? std::abs(material.props[k]) : material.props[k]);
+      for (std::size_t k = 0; k < array.elements(); ++k)
+        array.setReal(k, isExponential ? std::abs(material.props[k]) : material.props[k]);
     }
     return;
   }
