@@ -128,12 +128,19 @@ void SPX_USR_BUILTINVUMAT(const int32_t* callInfo, const int32_t* nblock, const 
  *      C of martensite to austenite, 14 volume change e_V (below 0.0: that of flow normal to F, 3 alpha e_D)
  *    state variables, 8: 1 martensite fraction xi, 2 to 7 transformation strain 11 22 33 12 23 13, 8 equivalent
  *      uniaxial stress F/(sqrt(2/3) + alpha)
+ *  Exponential law: a name that carries the word _EXP (TVK_SUPER_ELASTIC_N3D_EXP, _N1D_STENT_EXP), not followed by a letter or a
+ *  digit, has, with C of both directions as property 12,
+ *    austenite to martensite  d xi = bAM (1 - xi) dF/(F - R_f)^2,  martensite to austenite  d xi = bMA xi dF/(F - R_f)^2
+ *  instead, from 13 bAM+ and 14 bMA+ as uniaxial stresses; e_V is that of flow normal to F.  Integrated in closed form too, so
+ *  that all that is said of increments holds; xi from one equation by 12 steps of Newton's, to 1e-14, for martensite less than
+ *  3.5 times as stiff as austenite.  All is transformed only where F reaches R_f.  Start = finish is refused: it would be a
+ *  jump.  It takes six to thirteen times the time of the linear law.
  *    inelastic energy: psi = elastic energy + xi w, w the larger of the works on one xi, in tension and in compression, under
  *      the stress at which it goes back to austenite, but no more than the least that is spent on the way there: over a closed
  *      cycle at one temperature the area of the hysteresis.  Heat is not counted.  With unlike moduli and a pressure of several
  *      GPa the law itself can give back more than w (3 % of a cycle with 9 % change of volume): the loss then stays too large.
- *  Sources: F. Auricchio, R. L. Taylor, Comput. Methods Appl. Mech. Engrg 143 (1997) 175; F. Auricchio, Int. J. Plasticity 17
- *  (2001) 971.
+ *  Sources: F. Auricchio, R. L. Taylor, Comput. Methods Appl. Mech. Engrg 143 (1997) 175; F. Auricchio, R. L. Taylor, J.
+ *  Lubliner, same journal 146 (1997) 281; F. Auricchio, Int. J. Plasticity 17 (2001) 971.
  *  @like SPX_USR_BUILTINVUMAT
  *  @param[in]  nblock   (1), block: points
  *  @param[in]  ndir     (1), code 3|1: direct components

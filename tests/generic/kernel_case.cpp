@@ -75,6 +75,83 @@ int choices(const ArgumentInfo& argument) {
 
 constexpr int kTextLength = 80;
 
+// Materials with properties of the size of the stresses that are made up; surplus properties are 0.0.  Of two rows of one
+// routine the second is taken in a third of the variants.  A star in the name stands for the dimension.
+struct MaterialData {
+  std::string_view routine, name;
+  double props[64];
+  int states = 0;     // where it takes more than its declaration asks for at least
+  int count() const { // of those that are given
+    int number = static_cast<int>(std::size(props));
+    while (number > 0 && props[number - 1] == 0.0) --number;
+    return number;
+  }
+};
+constexpr MaterialData kMaterials[] = {
+    {"SPX_USR_SUPERELASTIC", "TVK_SUPER_ELASTIC_N*", {900, 0.3, 600, 0.35, 0.06, 3, 6, 2, 1, 4, 0.5, 0.3, 0.4, -1}},
+    {"SPX_USR_SUPERELASTIC", "TVK_SUPER_ELASTIC_N*_EXP", {900, 0.3, 600, 0.35, 0.06, 3, 6, 2, 1, 4, 0.5, 0.3, 0.4, 1}},
+    {"SPX_USR_JH2",
+     "TVK_JH2",
+     {30, 0.93, 0.4, 0.003, 0.35, 0.77, 1, 0.5, 0.5, 6, 3, 0.053, 0.85, 45, -138, 290, 1, 0.4}},
+    {"SPX_USR_JHB", "TVK_JHB", {193, 1.5, 4.9, 12.2, 1, 0.4, 1, 0.009, 1, 0.75, 0.16, 1, 1, 220, 361, 0, 1, 0.4}},
+    {"SPX_USR_JHB",
+     "TVK_JHB",
+     {193, 1.5, 4.9, 12.2, 1, 0.4, 1, 0.009, 1, 0.75, 0.16, 1, 1, 220, 361, 0, 1, 0.4, 20, 0.3, 300, 200, 0, 0.1},
+     5},
+    {"SPX_USR_HJCCONCRETE", "TVK_HJC_CONCRETE", {150,  0.79, 1.6, 0.007, 0.61, 2,   0.5,   1,    0.01, 7, 1,
+                                                 0.01, 20,   0.1, 0.04,  1,    850, -1710, 2080, 0.4,  1}},
+    {"SPX_USR_MOLDEDPLASTIC", "TVK_MOLDED_PLASTIC", {18,  0.38, 1,   0.9,  1.1, 0.95, 1,   1,   0.4,  -0.2, 3,   2,
+                                                     2,   2,    0,   0,    0.5, 0.15, 1.5, 0.1, 2,    2,    0,   4,
+                                                     0.5, 3.5,  1,   3,    0,   4,    1,   0.5, 1,    0.01, 0.8, 1.5,
+                                                     2,   0.6,  0.8, 0.01, 0.7, 0.9,  2,   1,   0.01, 1.5,  1}},
+    {"SPX_USR_THERMOPLASTIC", "TVK_THERMOPLASTIC", {18,  0.38, 1,   0.9,  1.1, 0.95, 1,   1,   0.4,  -0.2, 3,   2,
+                                                    2,   2,    0.5, 1.2,  0.5, 0.15, 1.5, 0.1, 2,    2,    0,   4,
+                                                    0.5, 3.5,  1,   3,    0,   4,    1,   0.5, 1,    0.01, 0.8, 1.5,
+                                                    2,   0.6,  0.8, 0.01, 0.7, 0.9,  2,   1,   0.01, 1.5,  1}},
+    {"SPX_USR_RATESENSFOAM",
+     "TVK_RATE_SENSITIVE_FOAM",
+     {8, 1, 0.02, 0.3, 2, 0.1, 2, 0.01, 3, 2, 4, 0, 0, 1, 0.1, 3, 0.6, 0, 0, 1.5, 0.1, 4, 0.6, 9, 0.9},
+     8},
+    {"SPX_USR_FUCHANGISOFOAM",
+     "TVK_FU_CHANG_ISO_FOAM",
+     {8, 1, 0.3, 2, 0.1, 2, 0.01, 3, 2, 4, -2, -0.3, 0, 0, 3, 0.6, -3, -0.4, 0, 0, 1.5, 0.1, 9, 0.9},
+     7},
+    {"SPX_USR_FUCHANGANISOFOAM",
+     "TVK_FU_CHANG_ANISO_FOAM",
+     {8, 1, 0.3, 2, 0.1, 2, 1, 0, 2,   0, 0, 0.01, 3, 2, 3, -2, -0.3, 0, 0,   3, 0.6, -3, -1, 0,
+      0, 9, 0.9, 1, 2,   0, 0, 2, 0.5, 1, 3, 2,    2, 0, 0, 1,  0.4,  3, 0.5, 0, 0,   3,  0.5},
+     12},
+    {"SPX_USR_VISCOUSFOAM", "TVK_VISCOUS_FOAM", {2, 6, 0.1, 1, -3, 0, 20, 5, 2, 8}},
+    {"SPX_USR_HONEYCOMB",
+     "TVK_HONEYCOMB",
+     {700, 0.3, 8, 0.3, 20, 5,   5, 6, 2, 3,   0.6, 4, 0, 2,   3, 0,   0, 2,   3, -0.5,
+      4,   0,   1, 0.2, 9,  0.7, 1, 0, 5, 0.7, 2,   0, 1, 0.3, 6, 0.7, 1, 0.1, 2, 10},
+     3},
+    {"SPX_USR_FABRIC",
+     "TVK_FABRIC_INITENER",
+     {3, 2, 2, 3,   10, 80,  4, 5, 30, 8,   1, 0.2, 3, 0.6, // curves:
+      0, 0, 3, 0.1, 9,  0.2, 0, 0, 5,  0.1, 0, 0,   9, 0.1, 0, 0, 2, 0.05, 9, 0.1},
+     12},
+    {"SPX_USR_PLYFABRIC", "TVK_PLY_FABRIC", {80,  70, 0.2, 30,  4, 3, 3.5, 2.5,  0.2, 0,  0.5,
+                                             0.1, 2,  0.3, 0.9, 3, 8, 0.5, 0.95, 2,   0.9}}};
+
+const MaterialData& materialOf(const RoutineInfo& routine, int variant) {
+  const MaterialData* found = nullptr;
+  for (const MaterialData& material : kMaterials)
+    if (material.routine == routine.name && (found == nullptr || variant / 2 % 3 == 2)) found = &material;
+  if (found == nullptr) throw std::logic_error(std::string(routine.name) + ": no material");
+  return *found;
+}
+
+// What the materials of a routine ask for, beyond its declaration.
+int leastCount(const RoutineInfo& routine, std::string_view argument) {
+  int least = 0;
+  for (const MaterialData& material : kMaterials)
+    if (material.routine == routine.name)
+      least = std::max(least, argument == "nprops" ? material.count() : argument == "nstatev" ? material.states : 0);
+  return least;
+}
+
 // Values of the integer scalars that fix the sizes, by name.
 class Sizes {
 public:
@@ -141,7 +218,7 @@ private:
     const std::string unit = a.unit;
     if (isPointCount(routine_, a)) return std::min(kCounts[choice], entities_);
     if (unit == "count") return kCounts[choice];
-    if (startsWith(unit, "count>=")) return (*this)(unit.substr(7)) + choice;
+    if (startsWith(unit, "count>=")) return std::max((*this)(unit.substr(7)), leastCount(routine_, a.name)) + choice;
     if (a.is("index")) {
       const int high = (*this)(unit.substr(3));
       return choice == 0 ? high : choice == 1 ? 1 : (high + 1) / 2;
@@ -314,76 +391,18 @@ void setList(Array& array, const std::vector<int>& list) {
   for (std::size_t k = 0; k < list.size(); ++k) array.setInteger(k, list[k]);
 }
 
-// Materials with properties of the size of the stresses that are made up; surplus properties are 0.0.
-struct MaterialData {
-  std::string_view routine, name;
-  double props[80];
-  int states = 0, properties = 0; // where it takes more than its declaration asks for at least
-};
-constexpr MaterialData kMaterials[] = {
-    {"SPX_USR_SUPERELASTIC", "TVK_SUPER_ELASTIC_N", {900, 0.3, 600, 0.35, 0.06, 3, 6, 2, 1, 4, 0.5, 0.3, 0.4, -1}},
-    {"SPX_USR_JH2",
-     "TVK_JH2",
-     {30, 0.93, 0.4, 0.003, 0.35, 0.77, 1, 0.5, 0.5, 6, 3, 0.053, 0.85, 45, -138, 290, 1, 0.4}},
-    {"SPX_USR_JHB", "TVK_JHB", {193, 1.5, 4.9, 12.2, 1, 0.4, 1, 0.009, 1, 0.75, 0.16, 1, 1, 220, 361, 0, 1, 0.4}},
-    {"SPX_USR_HJCCONCRETE", "TVK_HJC_CONCRETE", {150,  0.79, 1.6, 0.007, 0.61, 2,   0.5,   1,    0.01, 7, 1,
-                                                 0.01, 20,   0.1, 0.04,  1,    850, -1710, 2080, 0.4,  1}},
-    {"SPX_USR_RATESENSFOAM",
-     "TVK_RATE_SENSITIVE_FOAM",
-     {8, 1, 0.02, 0.3, 2, 0.1, 2, 0.01, 3, 2, 4, 0, 0, 1, 0.1, 3, 0.6, 0, 0, 1.5, 0.1, 4, 0.6, 9, 0.9},
-     8,
-     25},
-    {"SPX_USR_FUCHANGISOFOAM",
-     "TVK_FU_CHANG_ISO_FOAM",
-     {8, 1, 0.3, 2, 0.1, 2, 0.01, 3, 2, 4, -2, -0.3, 0, 0, 3, 0.6, -3, -0.4, 0, 0, 1.5, 0.1, 9, 0.9},
-     7,
-     24},
-    {"SPX_USR_FUCHANGANISOFOAM",
-     "TVK_FU_CHANG_ANISO_FOAM",
-     {8, 1, 0.3, 2, 0.1, 2, 1, 0, 2,   0, 0, 0.01, 3, 2, 3, -2, -0.3, 0, 0,   3, 0.6, -3, -1, 0,
-      0, 9, 0.9, 1, 2,   0, 0, 2, 0.5, 1, 3, 2,    2, 0, 0, 1,  0.4,  3, 0.5, 0, 0,   3,  0.5},
-     12,
-     47},
-    {"SPX_USR_VISCOUSFOAM", "TVK_VISCOUS_FOAM", {2, 6, 0.1, 1, -3, 0, 20, 5, 2, 8}},
-    {"SPX_USR_HONEYCOMB",
-     "TVK_HONEYCOMB",
-     {700, 0.3, 8, 0.3, 20, 5,   5, 6, 2, 3,   0.6, 4, 0, 2,   3, 0,   0, 2,   3, -0.5,
-      4,   0,   1, 0.2, 9,  0.7, 1, 0, 5, 0.7, 2,   0, 1, 0.3, 6, 0.7, 1, 0.1, 2, 10},
-     3,
-     40},
-    {"SPX_USR_FABRIC",
-     "TVK_FABRIC_INITENER",
-     {3, 2, 2, 3,   10, 80,  4, 5, 30, 8,   1, 0.2, 3, 0.6, // curves:
-      0, 0, 3, 0.1, 9,  0.2, 0, 0, 5,  0.1, 0, 0,   9, 0.1, 0, 0, 2, 0.05, 9, 0.1},
-     12,
-     34},
-    {"SPX_USR_PLYFABRIC", "TVK_PLY_FABRIC", {80,  70, 0.2, 30,  4, 3, 3.5, 2.5,  0.2, 0,  0.5,
-                                             0.1, 2,  0.3, 0.9, 3, 8, 0.5, 0.95, 2,   0.9}}};
-
-void setMaterialSizes(const RoutineInfo& routine, Sizes& sizes, int variant) {
-  for (const MaterialData& material : kMaterials) {
-    if (material.routine != routine.name || material.properties == 0) continue;
-    sizes.set("nstatev", material.states + variant % 3);
-    sizes.set("nprops", material.properties + variant / 3 % 2);
-  }
-}
-
 // Name and properties of the material that a routine computes.
 void fillMaterial(const RoutineInfo& routine, Array& array, Sizes& sizes, int variant) {
-  for (const MaterialData& material : kMaterials) {
-    if (material.routine != routine.name) continue;
-    if (array.info->is("text")) {
-      std::string name(material.name);
-      if (name.back() == 'N')
-        name += sizes("ndir") == 1 ? "1D" : sizes("nshr") == 1 && variant / 4 % 2 == 0 ? "2D" : "3D";
-      name.resize(array.bytes.size(), ' ');
-      std::copy(name.begin(), name.end(), array.bytes.begin());
-    } else {
-      for (std::size_t k = 0; k < array.elements(); ++k) array.setReal(k, material.props[k]);
-    }
+  const MaterialData& material = materialOf(routine, variant);
+  if (!array.info->is("text")) {
+    for (std::size_t k = 0; k < array.elements(); ++k) array.setReal(k, material.props[k]);
     return;
   }
-  throw std::logic_error(std::string(routine.name) + ": no material for " + array.info->name);
+  std::string name(material.name);
+  if (const std::size_t star = name.find('*'); star != std::string::npos)
+    name.replace(star, 1, sizes("ndir") == 1 ? "1D" : sizes("nshr") == 1 && variant / 4 % 2 == 0 ? "2D" : "3D");
+  name.resize(array.bytes.size(), ' ');
+  std::copy(name.begin(), name.end(), array.bytes.begin());
 }
 
 // Material tables of every kind, by the option code and the number of points: constant, regular, and general ones of one
@@ -466,7 +485,6 @@ int variantCount(const RoutineInfo& routine) {
 
 KernelCase makeCase(const RoutineInfo& routine, int points, int variant) {
   Sizes sizes(routine, points, variant);
-  setMaterialSizes(routine, sizes, variant);
   KernelCase result;
   result.routine = &routine;
   result.points = points;

@@ -62,6 +62,19 @@ SA_INLINE double rateWeight(double logRate, double logFrom, double logTo) {
   return vm::select(weight > 0.0, vm::min(1.0, weight), weight + (0.0 - weight));   // a NaN stays one
 }
 
+// A column of a table with a column of rates, straight in the logarithm of the rate and held outside; no rows: `none`.  One row
+// holds for every rate, and then the logarithm is not read.
+SA_INLINE void valueAtRate(const Table& table, int column, int rateColumn, int n, const double* logRate, double none,
+                           double* value) {
+  const double first = table.rows > 0 ? table.at(0, column) : none;
+  forPoints(n, [=](int i) SA_POINT { value[i] = first; });
+  for (int r = 1; r < table.rows; ++r) {
+    const double from = vm::log(table.at(r - 1, rateColumn)), to = vm::log(table.at(r, rateColumn));
+    const double rise = table.at(r, column) - table.at(r - 1, column);
+    forPoints(n, [=](int i) SA_POINT { value[i] += rateWeight(logRate[i], from, to) * rise; });
+  }
+}
+
 // Curves at several rates, straight in the logarithm of the rate and held outside: `rates` has rows of (rate, number of rows),
 // the curves follow one another.
 struct RateFamily {

@@ -182,6 +182,25 @@ SA_INLINE void elasticAnswer(const Block& b, double K, double G) {
   });
 }
 
+// Plane stress has the modulus K - 2/3 G lowered to lambda' = lambda 2 G/(lambda + 2 G), and no stress across.
+SA_INLINE void planeStressElasticAnswer(const Block& b, double K, double G) {
+  const int64_t n = b.points;
+  const double lambda = K - 2.0 / 3.0 * G, G2 = 2.0 * G, reduced = lambda * G2 / (lambda + G2);
+  const double *strainInc = b.strainInc, *stressOld = b.stressOld, *internalOld = b.internalOld,
+               *inelasticOld = b.inelasticOld;
+  double *stress = b.stress, *internal = b.internal, *inelastic = b.inelastic;
+  forPoints(b.points, [=](int i) SA_POINT {
+    const double e11 = strainInc[i], e22 = strainInc[i + n], e12 = strainInc[i + 3 * n], volume = e11 + e22;
+    const double s11 = stressOld[i], s22 = stressOld[i + n], s12 = stressOld[i + 3 * n];
+    stress[i] = s11 + G2 * e11 + reduced * volume;
+    stress[i + n] = s22 + G2 * e22 + reduced * volume;
+    stress[i + 2 * n] = 0.0;
+    stress[i + 3 * n] = s12 + G2 * e12;
+    internal[i] = internalOld[i];
+    inelastic[i] = inelasticOld[i];
+  });
+}
+
 // State variables from `first` (counted from 0) to before `end` that a model does not use keep their values.
 SA_INLINE void keepStates(const Block& b, int first, int end) {
   const int64_t N = b.points, from = first * N, count = (end - first) * N;
@@ -194,17 +213,20 @@ SA_INLINE void keepStates(const Block& b, int first, int end) {
 // All from `first` on.
 SA_INLINE void keepStates(const Block& b, int first) { keepStates(b, first, b.states); }
 
-// An implementation: checks, also of constants that follow from the properties, then the block with the constants.
-#define SA_USER_MATERIAL(name, Model)                                                                                  \
-  SA_CLONES                                                                                                            \
-  static void name##_clones(const Block& block, const Model& model) { compute(block, model); }                         \
+// An implementation: checks, also of constants that follow from the properties, then the block with the constants.  Those of
+// one body share its clones.
+#define SA_USER_ENTRY(name, Model, clones)                                                                             \
   SA_EXPORT void name SA_USER_PARAMETERS {                                                                             \
     const OwnArithmetic arithmetic;                                                                                    \
     const Block block = SA_USER_BLOCK;                                                                                 \
     if (Model::isRefused(block)) return;                                                                               \
     const Model model(block);                                                                                          \
     if (model.isWrong(block) || block.points < 1) return;                                                              \
-    name##_clones(block, model);                                                                                       \
+    clones(block, model);                                                                                              \
   }
+#define SA_USER_MATERIAL(name, Model)                                                                                  \
+  SA_CLONES                                                                                                            \
+  static void name##_clones(const Block& block, const Model& model) { compute(block, model); }                         \
+  SA_USER_ENTRY(name, Model, name##_clones)
 
 } // namespace sa::user
