@@ -146,6 +146,9 @@ private:
     if (material.isSheet())
       table.fail("user",
                  "user material \"" + material.userName + "\" is one of plane stress, bricks need one of solids");
+    if (material.isDamped())
+      table.fail("properties", "user material \"" + material.userName +
+                                   "\" has damping, which the stable increment does not know of, expected 0");
     return material;
   }
 

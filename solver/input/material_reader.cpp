@@ -104,9 +104,9 @@ void readUser(const Table& table, Material& material) {
   }
   material.constants = table.reals("properties", "");
   const std::size_t given = material.constants.size();
-  if (given < model->properties || (given > model->properties && !model->hasTables))
+  if (given < model->properties || (given > model->properties && !model->takesMore))
     table.fail("properties", "properties has " + counted(given, "number") + ", expected " +
-                                 (model->hasTables ? "at least " : "") + std::to_string(model->properties) + " for " +
+                                 (model->takesMore ? "at least " : "") + std::to_string(model->properties) + " for " +
                                  model->key);
   material.temperature = readNumber(table, material.model->keys[2]);
   material.length = readNumber(table, material.model->keys[3]);

@@ -40,7 +40,8 @@ struct Material {
 
   double shearModulus() const; // at small strain
   double bulkModulus() const;
-  bool isSheet() const; // a model of plane stress, which bricks cannot have
+  bool isDamped() const; // by a user material, beyond what a stable increment knows of
+  bool isSheet() const;  // a model of plane stress, which bricks cannot have
 };
 
 // A point whose volume ratio falls below it is marked, and its brick taken out.

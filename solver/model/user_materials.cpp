@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
+#include <tuple>
 
 namespace sharedanalysis::solver {
 namespace {
@@ -124,22 +126,62 @@ double orthotropicFuChangSlope(const Properties& p) {
 
 // ---- stiffness where the point stands
 
-// Of nominal stress over nominal strain: the spatial modulus is the slope times l^2/J.
-double tabulatedFoamStiffness(const UserState& s) { return s.slope * s.longest * s.longest / s.J; }
+// K1 mu + K2 mu^2 + K3 mu^3 with the coefficients from `at` on.
+double cubicSlope(const Properties& p, std::size_t at, double mu) {
+  return p[at] + mu * (2 * p[at + 1] + 3 * mu * p[at + 2]);
+}
+double compressionOf(const UserState& s) { return std::max(0.0, 1 / s.J - 1); }
+double ceramicSlope(const UserState& s) { return cubicSlope(s.properties, 13, compressionOf(s)); }
+double concreteSlope(const UserState& s) { return cubicSlope(s.properties, 16, compressionOf(s)); }
+
+// With a change of phase (P1, mu2, K1' K2' K3', mu0 from property 19 on): the compression at which it begins, else none.
+double phaseBegin(const Properties& p) {
+  if (p.size() < 24 || !(p[18] > 0)) return std::numeric_limits<double>::infinity();
+  const auto pressure = [&p](double mu) { return mu * (p[13] + mu * (p[14] + mu * p[15])); };
+  double low = 0, high = p[19];
+  for (int k = 0; k < 60; ++k) (pressure(0.5 * (low + high)) < p[18] ? low : high) = 0.5 * (low + high);
+  return high;
+}
+// The stiffest of both phases at the largest compression, state variable 5, and of the way between.
+double phasesSlope(const UserState& s) {
+  const Properties& p = s.properties;
+  double slope = ceramicSlope(s);
+  if (!std::isfinite(s.derived)) return slope;
+  const double top = std::max(compressionOf(s), s.variables[4 * s.stride]), m = (top - p[23]) / (1 + p[23]);
+  slope = std::max({slope, cubicSlope(p, 13, top), cubicSlope(p, 20, m) / (1 + p[23])});
+  if (top > s.derived && top < p[19]) {
+    const double end = (p[19] - p[23]) / (1 + p[23]), P2 = end * (p[20] + end * (p[21] + end * p[22]));
+    slope = std::max(slope, (P2 - p[18]) / (p[19] - s.derived));
+  }
+  return slope;
+}
+
+// Of nominal stress over nominal strain: the spatial modulus is the slope times l^2/J.  Unloading by the hysteresis HU, p is
+// steeper than the curves.
+double tabulatedFoamStiffness(const UserState& s, double HU, double p) {
+  const double exponent = p == 0 ? 1 : p, kept = HU == 0 ? 1 : HU;
+  return s.derived * (1 + 2 * exponent * (1 - kept)) * s.longest * s.longest / s.J;
+}
+double rateSensitiveStiffness(const UserState& s) {
+  return tabulatedFoamStiffness(s, s.properties[3], s.properties[4]);
+}
+double fuChangStiffness(const UserState& s) { return tabulatedFoamStiffness(s, s.properties[2], s.properties[3]); }
+double orthotropicFuChangStiffness(const UserState& s) { return 2 * fuChangStiffness(s); }
+
 double viscousFoamStiffness(const UserState& s) {
-  const double* p = s.properties;
-  double sum = p[6];
+  const double* p = s.properties.data();
+  double sum = p[7] > 0 ? p[6] : 0;
   for (const double* term : {p, p + 3}) {
     const double largest = std::max(std::pow(s.shortest, term[1]), std::pow(s.longest, term[1]));
     sum += 2 * term[0] * (largest + std::max(0.0, term[2]) * std::pow(s.J, -term[1] * term[2]));
   }
-  return sum / s.J;
+  return sum / s.J + s.compression;
 }
-// The open cells, and what compaction has made of them: state variable 1 leads to the dense metal.
+// The open cells, and what compaction, state variable 1, has made of them on the way to the dense metal.
 double honeycombStiffness(const UserState& s) {
-  const double* p = s.properties;
+  const Properties& p = s.properties;
   const Moduli dense = isotropic(p[0], p[1]);
-  return *std::max_element(p + 4, p + 7) + s.variables[0] * (dense.bulk + 4.0 / 3 * dense.shear);
+  return std::max({p[4], p[5], p[6]}) + s.variables[0] * (dense.bulk + 4.0 / 3 * dense.shear);
 }
 
 // A status record is "message=" and its text.
@@ -150,30 +192,31 @@ std::string textOf(const std::string& record) { return record.substr(record.find
 const std::vector<UserModel>& userModels() {
   static const std::vector<UserModel> models = {
       {.key = "TVK_SUPER_ELASTIC_N3D", .states = 8, .properties = 14, .moduli = superelasticModuli},
-      {.key = "TVK_JH2", .states = 4, .properties = 18, .moduli = ceramicModuli, .statusAt = 2, .pressureAt = 13},
+      {.key = "TVK_JH2", .states = 4, .properties = 18, .moduli = ceramicModuli, .statusAt = 2, .bulk = ceramicSlope},
       {.key = "TVK_JHB",
        .states = 5,
        .properties = 18,
-       .hasTables = true,
+       .takesMore = true,
        .moduli = ceramicModuli,
        .statusAt = 2,
-       .pressureAt = 13},
+       .derived = phaseBegin,
+       .bulk = phasesSlope},
       {.key = "TVK_HJC_CONCRETE",
        .states = 5,
        .properties = 21,
        .moduli = concreteModuli,
        .statusAt = 2,
-       .pressureAt = 16},
+       .bulk = concreteSlope},
       {.key = "TVK_MOLDED_PLASTIC",
        .states = 14,
        .properties = 21,
-       .hasTables = true,
+       .takesMore = true,
        .moduli = plasticModuli,
        .statusAt = 13},
       {.key = "TVK_THERMOPLASTIC",
        .states = 14,
        .properties = 21,
-       .hasTables = true,
+       .takesMore = true,
        .moduli = plasticModuli,
        .statusAt = 13},
       {.key = "TVK_VISCOUS_FOAM",
@@ -184,32 +227,34 @@ const std::vector<UserModel>& userModels() {
       {.key = "TVK_RATE_SENSITIVE_FOAM",
        .states = 8,
        .properties = 7,
-       .hasTables = true,
+       .takesMore = true,
        .moduli = tabulatedFoamModuli,
-       .stiffness = tabulatedFoamStiffness,
-       .slope = rateSensitiveSlope},
+       .derived = rateSensitiveSlope,
+       .stiffness = rateSensitiveStiffness,
+       .dampingAt = 2},
       {.key = "TVK_FU_CHANG_ISO_FOAM",
        .states = 7,
        .properties = 6,
-       .hasTables = true,
+       .takesMore = true,
        .moduli = tabulatedFoamModuli,
-       .stiffness = tabulatedFoamStiffness,
-       .slope = fuChangSlope},
+       .derived = fuChangSlope,
+       .stiffness = fuChangStiffness},
       {.key = "TVK_FU_CHANG_ANISO_FOAM",
        .states = 12,
        .properties = 11,
-       .hasTables = true,
+       .takesMore = true,
        .moduli = tabulatedFoamModuli,
-       .stiffness = tabulatedFoamStiffness,
-       .slope = orthotropicFuChangSlope},
+       .derived = orthotropicFuChangSlope,
+       .stiffness = orthotropicFuChangStiffness},
       {.key = "TVK_HONEYCOMB",
        .states = 3,
        .properties = 18,
-       .hasTables = true,
+       .takesMore = true,
        .moduli = honeycombModuli,
        .statusAt = 2,
+       .statusBy = 10,
        .stiffness = honeycombStiffness},
-      {.key = "TVK_FABRIC", .states = 12, .properties = 14, .hasTables = true, .moduli = fabricModuli, .isSheet = true},
+      {.key = "TVK_FABRIC", .states = 12, .properties = 14, .takesMore = true, .moduli = fabricModuli, .isSheet = true},
       {.key = "TVK_PLY_FABRIC", .states = 16, .properties = 21, .moduli = plyModuli, .statusAt = 15, .isSheet = true},
   };
   return models;
@@ -223,6 +268,10 @@ const UserModel* userModelOf(const std::string& name) {
 
 Moduli userModuli(const Material& material) { return userModelOf(material.userName)->moduli(material.constants); }
 
+bool Material::isDamped() const {
+  const UserModel* user = model->isUser() ? userModelOf(userName) : nullptr;
+  return user != nullptr && user->dampingAt && constants[*user->dampingAt] != 0;
+}
 bool Material::isSheet() const { return model->isUser() && userModelOf(userName)->isSheet; }
 
 void checkData(const Material& material) {
@@ -232,7 +281,8 @@ void checkData(const Material& material) {
 
 UserPoints::UserPoints(const Material& material, int32_t n)
     : material_(&material), model_(userModelOf(material.userName)), n_(n), name_(material.userName),
-      slope_(model_->slope != nullptr ? model_->slope(material.constants) : 0.0) {
+      derived_(model_->derived != nullptr ? model_->derived(material.constants) : 0.0),
+      hasStatus_(model_->statusAt && (!model_->statusBy || material.constants[*model_->statusBy] != 0)) {
   name_.resize(80, ' ');
   const auto size = static_cast<std::size_t>(n);
   old_.stretch.assign(6 * size, 0.0);
@@ -310,22 +360,19 @@ void UserPoints::boundStiffness(double* bound, double* bulk) {
   const auto n = static_cast<std::size_t>(n_);
   if (model_->stiffness != nullptr) GLO_UTI_EIG33(&n_, now_.stretch.data(), principal_.data());
   for (std::size_t i = 0; i < n; ++i) {
-    const double J = material_->density / density_[i];
+    UserState state{material_->constants, derived_, 1, 1, material_->density / density_[i], 0, &now_.state[i], n};
     if (model_->stiffness != nullptr) {
-      const auto [low, high] = std::minmax({principal_[i], principal_[i + n], principal_[i + 2 * n]});
+      std::tie(state.shortest, state.longest) = std::minmax({principal_[i], principal_[i + n], principal_[i + 2 * n]});
+      const double* s = &now_.stress[i];
+      state.compression =
+          std::max({0.0, -s[0], -s[n], -s[2 * n]}) + std::abs(s[3 * n]) + std::abs(s[4 * n]) + std::abs(s[5 * n]);
       bound[i] = 0;
-      bulk[i] = 3 * model_->stiffness({material_->constants.data(), slope_, low, high, J, &now_.state[i], n});
-      continue;
+      bulk[i] = 3 * model_->stiffness(state);
+    } else {
+      const double K = model_->bulk != nullptr ? std::max(moduli.bulk, model_->bulk(state)) : moduli.bulk;
+      bound[i] = 4.0 / 3 * moduli.shear;
+      bulk[i] = 3 * K / state.J;
     }
-    // slope of the pressure K1 mu + K2 mu^2 + K3 mu^3 of ceramics and dense concrete in compression
-    const double mu = std::max(0.0, 1 / J - 1);
-    double K = moduli.bulk;
-    if (model_->pressureAt) {
-      const double* k = material_->constants.data() + *model_->pressureAt;
-      K = std::max(K, k[0] + mu * (2 * k[1] + 3 * mu * k[2]));
-    }
-    bound[i] = 4.0 / 3 * moduli.shear;
-    bulk[i] = 3 * K / J;
   }
 }
 

@@ -15,29 +15,32 @@ struct Moduli {
   double shear, bulk;
 };
 
+using Properties = std::vector<double>;
+
 // Where a point of a user material stands, for the bound of its stiffness.
 struct UserState {
-  const double* properties;
-  double slope;             // of the material's curves, the steepest
+  const Properties& properties;
+  double derived;           // what the model has derived from the properties
   double shortest, longest; // principal stretches
   double J;                 // volume ratio
+  double compression;       // bounds the compressive stress
   const double* variables;  // state variables, `stride` apart
   std::size_t stride;
 };
-
-using Properties = std::vector<double>;
 
 // A model that a case may name; further characters may follow the key.
 struct UserModel {
   std::string key;
   int32_t states;                                  // state variables of a point
   std::size_t properties;                          // numbers that a case gives
-  bool hasTables = false;                          // and more behind them, which the library checks
+  bool takesMore = false;                          // and tables or options behind them, which the library checks
   Moduli (*moduli)(const Properties&);             // upper bounds without strain
   std::optional<int32_t> statusAt = {};            // the state variable that is 0 for a point that has failed
-  std::optional<std::size_t> pressureAt = {};      // the first of three properties K1, K2, K3 of a cubic pressure
-  double (*stiffness)(const UserState&) = nullptr; // bounds the wave speed instead of the moduli: stress per strain
-  double (*slope)(const Properties&) = nullptr;    // goes into UserState
+  std::optional<std::size_t> statusBy = {};        // a property without which there is none
+  double (*derived)(const Properties&) = nullptr;  // for UserState
+  double (*bulk)(const UserState&) = nullptr;      // slope of the pressure over mu, where it grows with compression
+  double (*stiffness)(const UserState&) = nullptr; // bounds density times wave speed squared in place of the moduli
+  std::optional<std::size_t> dampingAt = {};       // a property that the stable increment would have to know of
   bool isSheet = false;                            // plane stress: not for bricks
 };
 const std::vector<UserModel>& userModels();
@@ -61,7 +64,7 @@ public:
   bool isAccepted(); // the data, by a first call
   // Per undeformed volume, of the state that was computed last.
   void energies(double* stored, double* lost) const;
-  bool isDeleted(int32_t i) const { return model_->statusAt && time_ > 0 && state(*model_->statusAt, i) == 0; }
+  bool isDeleted(int32_t i) const { return hasStatus_ && time_ > 0 && state(*model_->statusAt, i) == 0; }
   double state(int32_t variable, int32_t i) const { return now_.state[static_cast<std::size_t>(variable * n_ + i)]; }
 
 private:
@@ -79,7 +82,8 @@ private:
   double time_ = 0, increment_ = 0;
   std::string name_;
   State old_, now_;
-  double slope_;
+  double derived_;
+  bool hasStatus_;
   std::vector<double> strain_, spin_, density_, temperature_, length_, rotation_, principal_;
 };
 
