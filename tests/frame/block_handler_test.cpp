@@ -80,7 +80,7 @@ TEST_F(BlockHandler, RecordsHaveTheirBytes) {
     // 5 bytes of text are followed by 3 bytes of zero
     const std::string second =
         word(24) + word(codes::Warning) + word(0) + word(0) + word(2077) + std::string("four\0\0\0\0", 8);
-    EXPECT_EQ(std::string(handler.GetBlock(0), static_cast<std::size_t>(handler.GetBlockSize(0))), first + second);
+    EXPECT_EQ(std::string(handler.GetBlock(0), handler.GetBlockSize(0)), first + second);
   });
   EXPECT_EQ(recordingDiagnostics().calls, (Calls{"setErrorCode -2"})); // the extractor has heard nothing
   EXPECT_EQ(CLINES[18], 1);
@@ -188,7 +188,7 @@ TEST_F(BlockHandler, RandomDiagnosticsArriveAsTheyWere) {
       // now and then a text that fills a block, or more than one
       const auto text = [&] {
         const int length = random.integer(0, 500) == 0 ? random.integer(200000, 400000) : random.integer(0, 40);
-        return std::string(static_cast<std::size_t>(length), static_cast<char>(random.integer(33, 126)));
+        return std::string(length, static_cast<char>(random.integer(33, 126)));
       };
       const std::string texts[] = {text(), text()};
       const char* const strings[] = {texts[0].c_str(), texts[1].c_str()};
@@ -233,8 +233,7 @@ TEST_F(BlockHandler, ConsolidationGathersTheThreadsOfAProcess) {
   deliver();
   const Calls calls = ownerCalls();
   ASSERT_EQ(calls.size(), 8u);
-  for (int k = 1; k <= 4; ++k)
-    EXPECT_EQ(calls[2 * static_cast<std::size_t>(k) - 1].find("Xpl AddError 41000100 1 ( i" + std::to_string(k)), 0u);
+  for (int k = 1; k <= 4; ++k) EXPECT_EQ(calls[2 * k - 1].find("Xpl AddError 41000100 1 ( i" + std::to_string(k)), 0u);
 
   // a gatherer that does not collect files at once, under its own rank
   recordingDiagnostics().calls.clear();
@@ -319,9 +318,8 @@ TEST_F(BlockHandler, AnyBytesEndInOrder) {
       for (int message = random.integer(1, 4); message > 0; --message) {
         std::string block = random.integer(0, 4) == 0 ? word(-1) : sound;
         for (int faults = random.integer(0, 3); faults > 0; --faults)
-          block[static_cast<std::size_t>(random.integer(0, static_cast<int>(block.size()) - 1))] =
-              static_cast<char>(random.integer(-128, 127));
-        block.resize(block.size() - static_cast<std::size_t>(random.integer(0, 3) == 0 ? random.integer(0, 3) : 0));
+          block[random.integer(0, static_cast<int>(block.size()) - 1)] = static_cast<char>(random.integer(-128, 127));
+        block.resize(block.size() - (random.integer(0, 3) == 0 ? random.integer(0, 3) : 0));
         bytes += static_cast<char>(random.integer(0, 1));
         bytes += static_cast<char>(block.size());
         bytes += '\0';

@@ -37,7 +37,7 @@ protected:
 TEST_F(Distortion, EightMessagesOfACounterAndAllOfThemCounted) {
   std::vector<int32_t> elements(12);
   std::vector<double> flags(12, 1.0);
-  for (int e = 0; e < 12; ++e) elements[static_cast<std::size_t>(e)] = 2001 + e;
+  for (int e = 0; e < 12; ++e) elements[e] = 2001 + e;
   flags[0] = flags[5] = 0.0;
   flags[1] = -1.0, flags[2] = kNaN;
   int32_t counter = 0, n = 12;
@@ -160,7 +160,7 @@ struct Shell {
     Shell result = *this;
     for (int node = first; node < end; ++node) {
       const std::array<double, 3> x = map(X[node][0], X[node][1], X[node][2]);
-      for (int c = 0; c < 3; ++c) result.X[node][c] = x[static_cast<std::size_t>(c)];
+      for (int c = 0; c < 3; ++c) result.X[node][c] = x[c];
     }
     return result;
   }

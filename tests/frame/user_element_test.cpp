@@ -20,13 +20,13 @@ struct Block {
   int32_t n, ndof = 7, nodes = 3;
   std::vector<double> M;
 
-  explicit Block(int32_t count) : elements(static_cast<std::size_t>(count)), n(count) {
-    M.assign(static_cast<std::size_t>(count) * 49, 0.0);
+  explicit Block(int32_t count) : elements(count), n(count) {
+    M.assign(count * 49, 0.0);
     std::iota(elements.begin(), elements.end(), 2001);
     for (int e = 0; e < n; ++e)
       for (int i = 1; i <= ndof; ++i) at(e, i, i) = i <= 3 ? 0.3 : i == 4 ? 2.5 : -1.0;
   }
-  double& at(int e, int i, int j) { return M[static_cast<std::size_t>((i - 1 + (j - 1) * ndof) * n + e)]; }
+  double& at(int e, int i, int j) { return M[(i - 1 + (j - 1) * ndof) * n + e]; }
   using Checker = decltype(&SPX_OPE_USERELEMPROCESSMASS);
   // The messages, each as one text.
   std::vector<std::string> messages(Checker checker) const {
@@ -140,8 +140,7 @@ TEST_F(UserElements, CategoriesHoldElementsOfSeveralTypes) {
   for (double& x : block.M) x = random.uniform(0, 1);
   SPX_OPE_USERELEMTOCATMASS(&block.n, &block.ndof, &ld, map0, block.M.data(), category.data());
   for (int e = 0; e < 3; ++e)
-    for (int i = 1; i <= 7; ++i)
-      EXPECT_EQ(category[static_cast<std::size_t>(8 * (map0[e] - 1) + i - 1)], block.at(e, i, i));
+    for (int i = 1; i <= 7; ++i) EXPECT_EQ(category[8 * (map0[e] - 1) + i - 1], block.at(e, i, i));
   EXPECT_EQ(category[7], -1);
 }
 

@@ -32,7 +32,7 @@ TEST(Communicator, OneProcessHasNobodyToTalkTo) {
 }
 
 std::string blockOf(const dmpC_DataHandler& handler, int32_t block) {
-  return {handler.GetBlock(block), static_cast<std::size_t>(handler.GetBlockSize(block))};
+  return {handler.GetBlock(block), handler.GetBlock(block) + handler.GetBlockSize(block)};
 }
 
 TEST(DataHandler, PiecesNeverCrossBlocks) {

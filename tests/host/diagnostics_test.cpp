@@ -594,14 +594,14 @@ TEST(DiagnosticMetadata, IsCompleteAndConsistent) {
     EXPECT_EQ((std::array{known.ints, known.reals, known.strings, known.nodes, known.elements}),
               (std::array{counts.ints, counts.reals, counts.strings, counts.nodes, counts.elements}));
     EXPECT_EQ(table.GetNumStringValues(code), counts.strings);
-    EXPECT_EQ(table.GetDetailStrings(code).size(), static_cast<std::size_t>(texts));
+    EXPECT_EQ(table.GetDetailStrings(code).size(), texts);
     // with as many values as the code has, no placeholder is left
     dia_Values values;
-    values.ints.resize(static_cast<std::size_t>(counts.ints));
-    values.reals.resize(static_cast<std::size_t>(counts.reals));
-    values.strings.resize(static_cast<std::size_t>(counts.strings));
-    values.nodes.resize(static_cast<std::size_t>(counts.nodes));
-    values.elements.resize(static_cast<std::size_t>(counts.elements));
+    values.ints.resize(counts.ints);
+    values.reals.resize(counts.reals);
+    values.strings.resize(counts.strings);
+    values.nodes.resize(counts.nodes);
+    values.elements.resize(counts.elements);
     for (const std::string& text : table.GetDetailStrings(code))
       EXPECT_FALSE(contains(dia_FormatUtils::Substitute(text, values), "%")) << text;
   };

@@ -139,7 +139,7 @@ TEST_F(ReferenceHost, MessagesOfThreadsStayWholeAndTogether) {
     int thread = -1, number = -1;
     ASSERT_EQ(all[line], "");
     ASSERT_EQ(std::sscanf(all[line + 1].c_str(), "***ERROR: from %d number %d", &thread, &number), 2) << all[line + 1];
-    ASSERT_EQ(number, next.at(static_cast<std::size_t>(thread))++);
+    ASSERT_EQ(number, next.at(thread)++);
     const std::string which = std::to_string(thread) + " number " + std::to_string(number);
     ASSERT_EQ(all[line + 1], "***ERROR: from " + which);
     ASSERT_EQ(all[line + 2], std::string(10, ' ') + std::string(60, 'x') + " again");
@@ -153,7 +153,7 @@ TEST_F(ReferenceHost, MessagesOfThreadsStayWholeAndTogether) {
   }
   EXPECT_EQ(next, std::vector<int>(kThreads, kMessages));
   EXPECT_EQ(apart, kThreads * kMessages / 10);
-  EXPECT_EQ(lines(files.status).size(), static_cast<std::size_t>(kThreads * kMessages / 10));
+  EXPECT_EQ(lines(files.status).size(), kThreads * kMessages / 10);
 }
 
 TEST_F(ReferenceHost, ThreadsAndMessagesAreNumbered) {

@@ -20,15 +20,14 @@ inline std::string meshText(const solver::Mesh& mesh) {
   const auto element = [&](int64_t number, int type, std::size_t group, int32_t brick, auto corners) {
     ++count;
     elements << number << ' ' << type << " 2 " << group + 1 << ' ' << group + 1;
-    for (int corner : corners)
-      elements << ' ' << mesh.nodeNumbers[static_cast<std::size_t>(mesh.connectivity[8 * brick + corner])];
+    for (int corner : corners) elements << ' ' << mesh.nodeNumbers[mesh.connectivity[8 * brick + corner]];
     elements << '\n';
   };
   for (std::size_t g = 0; g < mesh.groups.size(); ++g) {
     const solver::Group& group = mesh.groups[g];
     names << group.dimension << ' ' << g + 1 << " \"" << group.name << "\"\n";
     for (int32_t brick : group.elements)
-      element(mesh.elementNumbers[static_cast<std::size_t>(brick)], 5, g, brick, std::array{0, 1, 2, 3, 4, 5, 6, 7});
+      element(mesh.elementNumbers[brick], 5, g, brick, std::array{0, 1, 2, 3, 4, 5, 6, 7});
     if (group.dimension != 2) continue;
     const std::set<int32_t> nodes(group.nodes.begin(), group.nodes.end());
     for (int32_t brick = 0; brick < mesh.elements(); ++brick)

@@ -77,8 +77,7 @@ public:
   static std::string readAll(int pipe) {
     std::string text;
     std::array<char, 4096> piece;
-    for (ssize_t count; (count = read(pipe, piece.data(), piece.size())) > 0;)
-      text.append(piece.data(), static_cast<std::size_t>(count));
+    for (ssize_t count; (count = read(pipe, piece.data(), piece.size())) > 0;) text.append(piece.data(), count);
     close(pipe);
     return text;
   }

@@ -293,8 +293,7 @@ int32_t dmpC_Communicator::GetRank() const { return host.rank; }
 int32_t dmpC_Communicator::GetSize() const { return host.ranks; }
 bool dmpC_Communicator::Send(const void* data, int64_t bytes, int32_t destination, int32_t type, int32_t tag) {
   if (host.failSends) return false;
-  host.sent.push_back(
-      {destination, type, tag, std::string(static_cast<const char*>(data), static_cast<std::size_t>(bytes))});
+  host.sent.push_back({destination, type, tag, std::string(static_cast<const char*>(data), bytes)});
   return true;
 }
 int64_t dmpC_Communicator::Receive(void* data, int64_t capacity, int32_t source, int32_t, int32_t) {

@@ -26,7 +26,7 @@ void record(std::string call) {
   host.calls.push_back(std::move(call));
 }
 
-std::string text(const char* start, int64_t length) { return {start, static_cast<std::size_t>(length)}; }
+std::string text(const char* start, int64_t length) { return {start, start + length}; }
 
 int32_t copyField(const std::string& field, char* destination, int32_t capacity) {
   const auto length = std::min(static_cast<int32_t>(field.size()), capacity);
@@ -66,6 +66,15 @@ std::vector<std::string> takeMessages() {
       messages.back() += line.substr(line.find_first_not_of(' '));
   return messages;
 }
+void expectEnd(const std::string& text) {
+  EXPECT_TRUE(host.lines.size() >= 3 && host.lines.front().text == " " && host.lines.back().text == " ");
+  EXPECT_EQ(takeMessages(), std::vector<std::string>{"***ERROR: " + text});
+  EXPECT_EQ(host.statuses.size(), 2u);
+  EXPECT_TRUE(!host.statuses.empty() && host.statuses.back().type.starts_with("Aborted"));
+  EXPECT_EQ(std::count(host.calls.begin(), host.calls.end(), "DMPC_TERMINATECOMM 1"), 1);
+  resetRecordingHost();
+}
+void expectSilence() { EXPECT_TRUE(host.lines.empty() && host.statuses.empty() && host.calls.empty()); }
 
 } // namespace sharedanalysis::test
 

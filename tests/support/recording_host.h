@@ -41,5 +41,8 @@ void resetRecordingHost();
 std::vector<std::string> takeLines(int32_t unit = 0);
 // Messages of the message file, each as one text: the header, and without their blanks the lines that are continued under it.
 std::vector<std::string> takeMessages();
+// One error, between blank lines, has ended the analysis by the exit code of errors.  The host forgets all.
+void expectEnd(const std::string& text);
+void expectSilence();
 
 } // namespace sharedanalysis::test

@@ -292,7 +292,7 @@ TEST_F(CompleteRun, ModelInTheFieldFile) {
   const std::vector<double> X = file.coordinates();
   const std::size_t nodes = mesh_.nodeNumbers.size();
   ASSERT_EQ(X.size(), 3 * nodes);
-  for (int node : foot) EXPECT_EQ(X[2 * nodes + static_cast<std::size_t>(node) - 1], 0);
+  for (int node : foot) EXPECT_EQ(X[2 * nodes + node - 1], 0);
   for (std::size_t n = 0; n < nodes; ++n)
     for (std::size_t c = 0; c < 3; ++c) EXPECT_EQ(X[c * nodes + n], mesh_.coordinates[3 * n + c]);
   std::vector<int> corners = file.connectivity(1), upper = file.connectivity(2);
@@ -320,9 +320,9 @@ TEST_F(CompleteRun, Fields) {
 
   const double brick = 1.0 / 8; // m3
   std::vector<double> mass(mesh_.nodeNumbers.size(), 0);
-  for (int32_t corner : mesh_.connectivity) mass[static_cast<std::size_t>(corner)] += 1000 * brick / 8;
+  for (int32_t corner : mesh_.connectivity) mass[corner] += 1000 * brick / 8;
   std::vector<bool> held(mass.size(), false);
-  for (int node : file.nodeSet(5)) held[static_cast<std::size_t>(node) - 1] = true;
+  for (int node : file.nodeSet(5)) held[node - 1] = true;
   for (int step = 1; step <= 4; ++step) {
     double kinetic = 0, momentum = 0, strain = 0;
     for (const std::string c : {"x", "y", "z"}) {
@@ -344,7 +344,7 @@ TEST_F(CompleteRun, Fields) {
     }
     for (double density : file.values(EX_ELEM_BLOCK, step, "strain_energy_density")) strain += brick * density;
     for (double mask : file.values(EX_ELEM_BLOCK, step, "mask")) EXPECT_EQ(mask, 0);
-    const std::size_t row = step == 4 ? 10 : 4 * static_cast<std::size_t>(step - 1);
+    const std::size_t row = step == 4 ? 10 : 4 * (step - 1);
     EXPECT_NEAR(kinetic, history["kinetic_energy"][row], 1e-9 * kinetic) << step;
     EXPECT_NEAR(momentum, history["momentum_z"][row], 1e-9 * std::abs(momentum)) << step;
     EXPECT_NEAR(strain, history["strain_energy"][row], 1e-9 * strain + 1e-9) << step;
