@@ -107,12 +107,6 @@ void resetRecordingDiagnostics() {
   std::fill_n(CLINES, 20, 0);
 }
 
-std::string word(int32_t value) {
-  char bytes[sizeof value];
-  std::memcpy(bytes, &value, sizeof value);
-  return {bytes, sizeof value};
-}
-
 } // namespace sharedanalysis::test
 
 using namespace sharedanalysis::test;
