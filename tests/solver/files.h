@@ -4,9 +4,8 @@
 #include "tests/solver/models.h"
 #include "tests/support/files.h"
 
-#include <set>
-#include <sstream>
-#include <string>
+#include <chrono>
+#include <thread>
 
 namespace sharedanalysis::test {
 
@@ -88,5 +87,14 @@ velocity = [0, 0, -1]
 [control]
 end_time = 0.05
 )";
+
+// Waits for the second time of fields; false when it does not come.
+inline bool isUnderWay(const std::filesystem::path& statusFile) {
+  for (int wait = 0; wait < 3000; ++wait) {
+    if (std::filesystem::exists(statusFile) && countOf("Status ", readFile(statusFile)) > 1) return true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return false;
+}
 
 } // namespace sharedanalysis::test
