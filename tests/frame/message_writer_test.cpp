@@ -133,13 +133,13 @@ TEST_F(MessageWriter, BreaksAtBlanksOrAtTheFullWidth) {
                                            {"Warning", "***WARNING: ", 67},
                                            {"Note", "***NOTE: ", 70},
                                            {"Info", "  ", 77}}) {
-    const std::string first = header, indent(first.size(), ' '), a(room, 'a'), rest = a.substr(1),
+    const std::string kind = type, first = header, indent(first.size(), ' '), a(room, 'a'), rest = a.substr(1),
                       full = "z " + a.substr(2);
     const auto expect = [&](const std::string& text, const Lines& pieces, const char* what) {
       Lines lines{" "};
       for (const std::string& piece : pieces) lines.push_back((lines.size() == 1 ? first : indent) + piece);
       lines.emplace_back(" ");
-      EXPECT_EQ(linesOf(type, text), lines) << what;
+      EXPECT_EQ(linesOf(kind, text), lines) << what;
     };
     expect(a, {a}, "just fits in one line of 79");
     expect(full, {full}, "no break where the rest fits");

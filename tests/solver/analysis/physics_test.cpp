@@ -111,6 +111,13 @@ TEST_F(Physics, FreeFlightAndSpinKeepTheirMomenta) {
     EXPECT_NEAR(p1[k], p0[k], 1e-12 * size);
     EXPECT_NEAR(l1[k], l0[k], 1e-12 * turn);
   }
+  c.endTime = 1e-3;
+  c.initialVelocities[0].rate = 0;
+  Analysis flight(mesh, c, 1);
+  ASSERT_TRUE(runsToTheEnd(flight, c));
+  for (double stress : flight.fields().stress) EXPECT_NEAR(stress, 0, 1e-8) << "translation alone";
+  EXPECT_NEAR(flight.energies().strain + flight.energies().viscous, 0, 1e-9);
+  c.endTime = 0.05, c.initialVelocities = {start};
   c.linearViscosity = 0;
   Analysis quadratic(mesh, c, 1);
   ASSERT_TRUE(runsToTheEnd(quadratic, c));

@@ -213,7 +213,7 @@ TEST_F(ProgramTest, FilteredHistory) {
 TEST_F(ProgramTest, SameResultsOnAnyNumberOfThreads) {
   writeCase("0.05", "0.02\n[output]\ninterval = 0.01\nhistory_interval = 0.0005", numberedBox({4, 4, 30}, {1, 1, 6}));
   std::vector<double> fields;
-  for (const std::string threads : {"1", "2", "3"}) { // the option counts, not the environment
+  for (const std::string threads : {"1", "2", "3", "5"}) { // the option counts, not the environment
     const Outcome outcome =
         run({"in/bar.toml", "-o", threads, "-t", threads}, 0, threads == "1" ? twoThreads : oneThread);
     EXPECT_TRUE(contains(outcome.out, ", " + threads + (threads == "1" ? " thread\n" : " threads\n"))) << outcome.out;
