@@ -63,21 +63,17 @@ public:
     ex_get_conn(id_, EX_ELEM_BLOCK, block, values.data(), nullptr, nullptr);
     return values;
   }
-  // One variable at one time, steps and variables counted from 1; of all blocks in their order.
+  // One variable at one time, steps and variables counted from 1; of all blocks in their order.  Of the model, all variables.
   std::vector<double> values(ex_entity_type type, int step, int variable) const {
     std::vector<double> all;
-    if (type == EX_GLOBAL) all.resize(variables(EX_GLOBAL).size());
-    if (type == EX_NODAL) all.resize(nodes);
-    if (type == EX_GLOBAL)
-      ex_get_var(id_, step, type, 1, 1, static_cast<int64_t>(all.size()), all.data());
-    else if (type == EX_NODAL)
-      ex_get_var(id_, step, type, variable, 1, nodes, all.data());
-    else
-      for (int block = 1; block <= blocks; ++block) {
-        std::vector<double> part(blockSize(block));
-        ex_get_var(id_, step, type, variable, block, static_cast<int64_t>(part.size()), part.data());
-        all.insert(all.end(), part.begin(), part.end());
-      }
+    const auto add = [&](int entity, std::size_t count) {
+      std::vector<double> part(count);
+      ex_get_var(id_, step, type, variable, entity, static_cast<int64_t>(count), part.data());
+      all.insert(all.end(), part.begin(), part.end());
+    };
+    if (type == EX_GLOBAL) add(1, variables(EX_GLOBAL).size());
+    if (type == EX_NODAL) add(1, nodes);
+    for (int block = 1; block <= blocks && type == EX_ELEM_BLOCK; ++block) add(block, blockSize(block));
     return all;
   }
   std::vector<double> values(ex_entity_type type, int step, const std::string& name) const {

@@ -69,12 +69,7 @@ std::vector<PathPoint> pathOf(const Material& m, solver::Mode mode, std::vector<
 }
 // What ends a path.
 std::string failureOf(const Material& m, const MaterialPath& p) {
-  try {
-    solver::follow(p, m);
-  } catch (const solver::InputError& error) {
-    return error.what();
-  }
-  return "nothing";
+  return thrown<solver::InputError>([&] { solver::follow(p, m); });
 }
 
 // Work of the nominal stress up to each point, by the rule of trapezoids.
