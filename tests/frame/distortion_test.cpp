@@ -109,33 +109,33 @@ TEST_F(Distortion, FamiliesFindTheirFlagsInTheWorkArray) {
 
 // ---- continuum shell
 
+// Four thicknesses, two lengths and the coordinates x, y, z of eight corners.
 struct Shell {
-  double t[4] = {0.1, 0.1, 0.1, 0.1}, a = 1, b = 1;
-  double X[8][3] = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0, 0, 0.1}, {1, 0, 0.1}, {1, 1, 0.1}, {0, 1, 0.1}};
+  std::array<double, 30> values = {0.1,       0.1, 0.1, 0.1, 1, 1, /* x */ 0, 1, 1,         0, 0, 1, 1,   0,
+                                   /* y */ 0, 0,   1,   1,   0, 0, 1,         1, /* z */ 0, 0, 0, 0, 0.1, 0.1,
+                                   0.1,       0.1};
   // Whether the test marks it, in the middle of a block of sound elements.
   bool marked(double flag = 0.0) const {
     constexpr int n = 5, at = 2;
-    std::vector<double> thickness(4 * n), lengths(2 * n), X8(24 * n), flags(n, 0.0);
-    const Shell sound;
-    for (int e = 0; e < n; ++e) {
-      const Shell& s = e == at ? *this : sound;
-      for (int k = 0; k < 4; ++k) thickness[k * n + e] = s.t[k];
-      lengths[e] = s.a, lengths[n + e] = s.b;
-      for (int c = 0; c < 3; ++c)
-        for (int node = 0; node < 8; ++node) X8[(8 * c + node) * n + e] = s.X[node][c];
-    }
+    std::vector<double> all(30 * n), flags(n, 0.0);
+    for (int k = 0; k < 30 * n; ++k) all[k] = (k % n == at ? *this : Shell()).values[k / n];
     flags[at] = flag;
-    SPX_OPE_SC3DDISTORTIONCHECK(&n, thickness.data(), lengths.data(), lengths.data() + n, X8.data(), flags.data());
+    SPX_OPE_SC3DDISTORTIONCHECK(&n, &all[0], &all[4 * n], &all[5 * n], &all[6 * n], flags.data());
     for (int e = 0; e < n; ++e) EXPECT_TRUE(e == at || flags[e] == 0.0);
     EXPECT_TRUE(flags[at] == 0.0 || flags[at] == 1.0 || flags[at] == flag);
     return flags[at] != 0.0;
+  }
+  Shell with(int k, double value) const {
+    Shell result = *this;
+    result.values[k] = value;
+    return result;
   }
   template <class Map>
   Shell moved(int first, int end, Map map) const {
     Shell result = *this;
     for (int node = first; node < end; ++node) {
-      const std::array<double, 3> x = map(X[node][0], X[node][1], X[node][2]);
-      for (int c = 0; c < 3; ++c) result.X[node][c] = x[c];
+      const std::array<double, 3> x = map(values[6 + node], values[14 + node], values[22 + node]);
+      for (int c = 0; c < 3; ++c) result.values[6 + 8 * c + node] = x[c];
     }
     return result;
   }
@@ -146,18 +146,9 @@ TEST(ContinuumShell, ThinAndTurnedOverElementsAreMarked) {
   EXPECT_FALSE(sound.marked());
   EXPECT_TRUE(sound.marked(1.0)); // a flag is never cleared
   EXPECT_TRUE(sound.marked(-3.0));
-  const auto with = [](double& (*part)(Shell&, int), int k, double value) {
-    Shell shell;
-    part(shell, k) = value;
-    return shell.marked();
-  };
-  const auto corner = [](Shell& s, int k) -> double& { return s.t[k]; };
-  for (double t : {0.0011, 0.0009, 0.0, -0.1}) EXPECT_EQ(with(corner, 3, t), t < 0.001); // a thousandth of the lengths
-  for (int k = 0; k < 4; ++k) EXPECT_TRUE(with(corner, k, kNaN)) << k;
-  for (int k = 0; k < 2; ++k)
-    EXPECT_TRUE(with([](Shell& s, int length) -> double& { return length == 0 ? s.a : s.b; }, k, kNaN)) << k;
-  for (int k = 0; k < 24; ++k)
-    EXPECT_TRUE(with([](Shell& s, int c) -> double& { return s.X[c / 3][c % 3]; }, k, kNaN)) << k;
+  for (double t : {0.0011, 0.0009, 0.0, -0.1}) // against a thousandth of the lengths
+    EXPECT_EQ(sound.with(3, t).marked(), t < 0.001) << t;
+  for (int k = 0; k < 30; ++k) EXPECT_TRUE(sound.with(k, kNaN).marked()) << k;
   // the top face turned over, about every axis of its plane
   for (double angle = 0; angle < 3.14; angle += 0.05) {
     const double c = std::cos(2 * angle), s = std::sin(2 * angle);

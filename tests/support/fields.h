@@ -63,7 +63,7 @@ public:
     ex_get_conn(id_, EX_ELEM_BLOCK, block, values.data(), nullptr, nullptr);
     return values;
   }
-  // One variable at one time, steps and variables counted from 1; of all blocks in their order.  Of the model, all variables.
+  // One variable at one time, steps and variables counted from 1; of all blocks in their order, or all of the model.
   std::vector<double> values(ex_entity_type type, int step, int variable) const {
     std::vector<double> all;
     const auto add = [&](int entity, std::size_t count) {

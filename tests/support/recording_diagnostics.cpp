@@ -186,7 +186,7 @@ void INPM_GETPARTINFOI(const int32_t* element, char* instance, int32_t* local, i
 #define SA_RECORD_BOTH(...) SA_RECORD(__VA_ARGS__) SA_RECORD_XPL(__VA_ARGS__)
 #define SA_RECORD_CODES(method)                                                                                      \
   SA_RECORD(method, (int32_t code, const dia_Values& values), hexadecimal(code), text(values))                       \
-  SA_RECORD_XPL(method, (int32_t code, int32_t domain, const dia_Values& values), hexadecimal(code), domain, text(values))
+  SA_RECORD_XPL(method, (int32_t code, int32_t domain, const dia_Values& v), hexadecimal(code), domain, text(v))
 #define SA_EXTRACTOR(Class, code)                                                                                    \
   Class& Class::Instance() {                                                                                         \
     static Class extractor;                                                                                          \
