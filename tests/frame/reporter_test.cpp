@@ -33,73 +33,67 @@ protected:
   spx_WipReporter reporter_{stream_};
 };
 
-using Messages = std::vector<std::string>;
 const std::string kCutError = "***WARNING: Error message is too long. It has been truncated.";
 
 TEST_F(Reporter, LongTextsAreCutAtTheirLastBlank) {
   const std::string words = std::string(400, 'a') + " " + std::string(73, 'b') + " "; // 475 characters
   reporter_.Error(words.substr(0, 474) + "c", 1);
-  Messages written = takeMessages();
+  Calls written = takeMessages();
   ASSERT_EQ(written.size(), 1u);
   EXPECT_EQ(written[0].back(), 'c');
   reporter_.Error(words + "c", 0);
   written = takeMessages();
   ASSERT_EQ(written.size(), 2u);
-  EXPECT_EQ(written[0].substr(written[0].size() - 73), std::string(73, 'b'));
-  EXPECT_EQ(written[1], kCutError);
+  EXPECT_TRUE(written[0].ends_with(std::string(73, 'b')));
+  EXPECT_EQ(written[1], "***WARNING: Error message is too long. It has been truncated.");
   reporter_.Warning(std::string(600, 'x'));
-  written = takeMessages();
-  ASSERT_EQ(written.size(), 2u);
-  EXPECT_EQ(written[0], "***WARNING: " + std::string(475, 'x'));
-  EXPECT_EQ(written[1], "***WARNING: Warning message is too long. It has been truncated.");
+  EXPECT_EQ(takeMessages(), (Calls{"***WARNING: " + std::string(475, 'x'),
+                                   "***WARNING: Warning message is too long. It has been truncated."}));
   reporter_.Error("  " + std::string(600, 'y'), 0);
-  EXPECT_EQ(recordingHost().lines[1].text.substr(0, 12), "***ERROR:   ")
-      << "blanks before the first word are no place to cut";
+  EXPECT_TRUE(recordingHost().lines[1].text.starts_with("***ERROR:   ")) << "leading blanks are no place to cut";
   written = takeMessages();
   EXPECT_EQ(std::count(written[0].begin(), written[0].end(), 'y'), 473);
 }
 
 TEST_F(Reporter, ModesDecideWhetherAnErrorIsWrittenOrRaised) {
   for (int mode : {0, 1, 2}) EXPECT_EQ(thrown([&] { reporter_.Error("one", mode); }), "nothing");
-  EXPECT_EQ(takeMessages(), (Messages{"***ERROR: one", "***ERROR: one", "***ERROR: one"}));
+  EXPECT_EQ(takeMessages(), (Calls{"***ERROR: one", "***ERROR: one", "***ERROR: one"}));
   EXPECT_EQ(recordingHost().statuses.size(), 3u);
   EXPECT_EQ(thrown([&] { reporter_.Error(std::string(500, 'y'), 3); }), std::string(475, 'y'));
 
   const std::vector<std::string> texts{"one", "two"};
   const std::string multiple = "Multiple error messages.";
   EXPECT_EQ(thrown([&] { reporter_.Errors(texts, 1); }), "nothing");
-  EXPECT_EQ(takeMessages(), (Messages{"***ERROR: one", "***ERROR: two"}));
+  EXPECT_EQ(takeMessages(), (Calls{"***ERROR: one", "***ERROR: two"}));
   EXPECT_EQ(thrown([&] { reporter_.Errors(texts, 0); }), multiple);
-  EXPECT_EQ(takeMessages(), (Messages{"***ERROR: one", "***ERROR: two"}));
+  EXPECT_EQ(takeMessages(), (Calls{"***ERROR: one", "***ERROR: two"}));
   EXPECT_EQ(thrown([&] { reporter_.Errors(texts, 2); }), multiple);
   EXPECT_EQ(thrown([&] { reporter_.Errors(texts, 7); }), "one");
   EXPECT_EQ(thrown([&] { reporter_.Errors({}, 7); }), multiple);
-  EXPECT_EQ(takeMessages(), Messages());
+  EXPECT_EQ(takeMessages(), Calls());
 }
 
 TEST_F(Reporter, TextsAreNoTemplates) {
   reporter_.Error("100 %I of %S", 0);
   reporter_.Warnings({"50 %", "%R"});
   reporter_.Note("%%");
-  EXPECT_EQ(takeMessages(), (Messages{"***ERROR: 100 %I of %S", "***WARNING: 50 %", "***WARNING: %R", "***NOTE: %%"}));
+  EXPECT_EQ(takeMessages(), (Calls{"***ERROR: 100 %I of %S", "***WARNING: 50 %", "***WARNING: %R", "***NOTE: %%"}));
   // with percent signs texts are as without, whatever their length: leading blanks, ends, zero bytes
   for (const std::string& text : {std::string("  led by blanks"), std::string(1200, 'n') + " end", std::string(),
                                   std::string("ends with "), std::string("a\0b", 3)}) {
     reporter_.Note(text);
-    const std::vector<std::string> plain = takeLines();
+    const Calls plain = takeLines();
     std::string signs = text;
     std::replace(signs.begin(), signs.end(), 'n', '%');
     reporter_.Note(signs);
-    std::vector<std::string> written = takeLines();
-    ASSERT_EQ(written.size(), plain.size());
+    Calls written = takeLines();
     for (std::string& line : written) std::replace(line.begin(), line.end(), '%', 'n');
     EXPECT_EQ(written, plain);
   }
   reporter_.Note(std::string("a\0%b", 4));
-  EXPECT_EQ(takeMessages(), Messages{"***NOTE: a %b"});
+  EXPECT_EQ(takeMessages(), Calls{"***NOTE: a %b"});
   // notes do not reach the status channel
-  ASSERT_EQ(recordingHost().statuses.size(), 3u);
-  EXPECT_EQ(recordingHost().statuses[0].firstString.find("***"), std::string::npos);
+  EXPECT_EQ(takeStatuses().size(), 3u);
 }
 
 TEST_F(Reporter, OperationsOfInteractiveProgramsAreAssertions) {
@@ -112,7 +106,7 @@ TEST_F(Reporter, OperationsOfInteractiveProgramsAreAssertions) {
   base.BeginPhase("p"), base.EndPhase("p"), base.Milestone("m", 1, 2), base.Progress(0.5);
   base.FacilityMessage("solver", "started");
   EXPECT_EQ(stream_.text, "solver: started\n");
-  EXPECT_EQ(takeMessages(), Messages());
+  EXPECT_EQ(takeMessages(), Calls());
 }
 
 } // namespace

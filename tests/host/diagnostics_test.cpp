@@ -15,34 +15,18 @@
 #include "tests/support/database.h"
 #include "tests/support/files.h"
 #include "tests/support/program.h"
+#include "tests/support/threads.h"
 #include "thr_GlobalLock.h"
 #include "thr_ThrSingletonRegistry.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
-#include <atomic>
 #include <cerrno>
-#include <chrono>
 #include <cmath>
-#include <csignal>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <limits>
 #include <pty.h>
 #include <random>
 #include <regex>
-#include <set>
-#include <sstream>
-#include <stdexcept>
-#include <string>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <thread>
-#include <unistd.h>
-#include <vector>
 
 namespace {
 
@@ -53,18 +37,21 @@ using namespace sharedanalysis::test;
 dxt_DiagnosticExtractor& implicitExtractor() { return dxt_DiagnosticExtractor::Instance(); }
 dxt_DiagnosticExtractorXpl& explicitExtractor() { return dxt_DiagnosticExtractorXpl::Instance(); }
 
-void expectSound(Database& reader) {
-  EXPECT_EQ(reader.value("PRAGMA integrity_check"), "ok");
-  EXPECT_EQ(reader.rows("PRAGMA foreign_key_check"), Rows());
-  EXPECT_EQ(reader.rows("SELECT c.id FROM codes c WHERE c.count <> (SELECT count(*) FROM diagnostics d WHERE "
-                        "d.code = c.id)"),
-            Rows())
-      << "counts of codes";
+dia_Values atElement(const dia_Entity& element) {
+  dia_Values values;
+  values.elements = {element};
+  return values;
 }
+void warn(int32_t number) { implicitExtractor().AddWarning(codes::NegativeEigenvalues, {{number}, {}, {}, {}, {}}); }
 
-// The rest of a SELECT and its rows: columns parted by bars, rows by semicolons.
+// What follows SELECT, and its rows: columns parted by bars, rows by semicolons.
 void expectRows(Database& r, const std::vector<std::pair<std::string, std::string>>& table) {
   for (const auto& [query, expected] : table) EXPECT_EQ(r.text("SELECT " + query), expected) << query;
+}
+void expectSound(Database& r) {
+  EXPECT_EQ(r.value("PRAGMA integrity_check"), "ok");
+  EXPECT_EQ(r.text("PRAGMA foreign_key_check"), "");
+  expectRows(r, {{"id FROM codes c WHERE count <> (SELECT count(*) FROM diagnostics d WHERE d.code = c.id)", ""}});
 }
 
 class DiagnosticDatabase : public testing::Test {
@@ -78,16 +65,17 @@ protected:
     explicitExtractor().SetExecutionCode(0);
   }
   fs::path database(const std::string& job) const { return directory / (job + ".diagnostics.sqlite"); }
+  // The job that is open, when it is closed.
+  void expectStored(const std::string& job, const std::vector<std::pair<std::string, std::string>>& table) const {
+    closeJob();
+    Database r(database(job));
+    expectSound(r);
+    expectRows(r, table);
+  }
 
   const TemporaryDirectory temporary;
   const fs::path& directory = temporary.path();
 };
-
-dia_Values atElement(const dia_Entity& element) {
-  dia_Values values;
-  values.elements = {element};
-  return values;
-}
 
 Model wheelAndTyre() {
   return {{{"WHEEL-1", {{1, 100, 1}}, {{1, 50, 1}}}, {"TYRE-1", {{101, 20, 1}}, {{51, 10, 301}}}}, {{" L1", "BORE"}}};
@@ -125,12 +113,8 @@ TEST_F(DiagnosticDatabase, HoldsTheCourseOfAnImplicitAnalysis) {
   x.EndAttempt();
   x.BeginAttempt(0.125);
   x.BeginIteration();
-  dia_Values residual;
-  residual.reals = {10, 0.5, 1e-3, 2e-4};
-  x.AddResidualDiagnostic(2, 7, residual);
-  dia_Values error;
-  error.reals = {1e-6, 1e-5};
-  x.AddCompatibilityDiagnostic(3, error);
+  x.AddResidualDiagnostic(2, 7, {{}, {10, 0.5, 1e-3, 2e-4}, {}, {}, {}});
+  x.AddCompatibilityDiagnostic(3, {{}, {1e-6, 1e-5}, {}, {}, {}});
   x.SetIterationConverged(true);
   x.EndIteration();
   x.EndAttempt();
@@ -139,12 +123,8 @@ TEST_F(DiagnosticDatabase, HoldsTheCourseOfAnImplicitAnalysis) {
   x.SetStepSolver(0);
   x.BeginStep(2, "Twist", 5, false, true);
   x.BeginIncrement(1, 1.0);
-  closeJob();
-
-  Database r(database("course"));
-  expectSound(r);
   // clang-format off
-  expectRows(r, {
+  expectStored("course", {
     {"number, name, solver, procedure, flag1, flag2, incrementation, control1, control4, control_count, "
       "equation_solver, extrapolation, characteristic_length, unsymmetric, nlgeom, stabilize_factor, ended >= began "
       "FROM steps",
@@ -173,31 +153,21 @@ TEST_F(DiagnosticDatabase, HoldsTheCourseOfAnImplicitAnalysis) {
 
 TEST_F(DiagnosticDatabase, HoldsDiagnosticsWithAllTheirValues) {
   setModel(wheelAndTyre());
-  openJob("values", directory);
   dxt_DiagnosticExtractorXpl& x = explicitExtractor();
+  x.SetExecutionCode(2);
+  openJob("values", directory); // which a job before it leaves as it is
   x.SetNumDomains(4);
   x.SetXplDoublePrecision(true);
-  x.SetExecutionCode(2);
   x.SetValid(true);
   x.SetRenumbered(false);
   x.BeginStep(1, "Roll", 17);
   x.BeginIncrement(1, 1e-6);
-  dia_Values values;
-  values.ints = {3, -4, std::numeric_limits<int32_t>::min()};
-  values.reals = {0.5, std::nan(""), -std::numeric_limits<double>::infinity()};
-  values.strings = {"it's \"100 %\" \xC3\xA4"};
-  x.AddError(codes::UserError, 3, values);
+  x.AddError(codes::UserError, 3, {{3, -4, INT32_MIN}, {0.5, NAN, -INFINITY}, {"it's \"100 %\" \xC3\xA4"}, {}, {}});
   x.AddElementDiagnostic(dia_Codes::ExcessiveDistortion, 1, atElement({"TYRE-1", 303}));
-  dia_Values contact;
-  contact.reals = {0.01};
-  contact.strings = {"TREAD", "ROAD"};
-  contact.nodes = {{"TYRE-1", 7}};
-  x.AddContactDiagnostic(codes::Overclosure, 2, contact);
-  x.AddWarning(codes::HourglassEnergyLarge, 0,
-               {.ints = {}, .reals = {0.2}, .strings = {}, .nodes = {}, .elements = {}});
+  x.AddContactDiagnostic(codes::Overclosure, 2, {{}, {0.01}, {"TREAD", "ROAD"}, {{"TYRE-1", 7}}, {}});
+  x.AddWarning(codes::HourglassEnergyLarge, 0, {{}, {0.2}, {}, {}, {}});
   x.AddInternalError("lost a block");
-  const std::array<double, 9> status = {1, 2, 3, 4, 5, 6, 7, 8, 9};
-  x.AddXplStatus(5, 7, "TYRE-1", status);
+  x.AddXplStatus(5, 7, "TYRE-1", {1, 2, 3, 4, 5, 6, 7, 8, 9});
   x.SetActiveXplStatus({1, 0, 1, 0, 0, 0, 0, 0, 2});
   x.EndIncrement(1e-6, true);
   EXPECT_EQ(x.GetNumberOfErrors(), 2) << "with the internal one";
@@ -206,12 +176,8 @@ TEST_F(DiagnosticDatabase, HoldsDiagnosticsWithAllTheirValues) {
   EXPECT_EQ(x.GetExecutionCode(), 2);
   const int32_t completed = 1;
   DXT_SETJOBSTATUS_XPL(&completed);
-  closeJob();
-
-  Database r(database("values"));
-  expectSound(r);
   // clang-format off
-  expectRows(r, {
+  expectStored("values", {
     {"class, name, is_error, domain, step, increment, text FROM messages ORDER BY id",
      "error|UserError|1|3|1|1|it's \"100 %\" ä (3, -4, -2147483648; 5.00000e-01, nan, -inf); "
       "element|ExcessiveDistortion|1|1|1|1|Element 303 instance TYRE-1 is distorted excessively; "
@@ -222,22 +188,18 @@ TEST_F(DiagnosticDatabase, HoldsDiagnosticsWithAllTheirValues) {
     {"position, value FROM real_values WHERE diagnostic = 1", "1|0.5; 2|NULL; 3|-Inf"},
     {"diagnostic, position, value FROM string_values", "1|1|it's \"100 %\" ä; 3|1|TREAD; 3|2|ROAD; 5|1|lost a block"},
     {"* FROM places", "2|element|TYRE-1|303; 3|node|TYRE-1|7"},
-    {"s.step, s.increment, s.status, n.name, s.label, s.value1, s.value9 FROM status_records s JOIN names n ON "
-      "n.id = s.instance",
-     "1|1|5|TYRE-1|7|1.0|9.0"},
-    {"group_concat(active) FROM (SELECT active FROM active_status ORDER BY position)", "1,0,1,0,0,0,0,0,2"},
+    {"s.step, s.increment, s.status, n.name, s.label, s.value1, s.value2, s.value3, s.value4, s.value5, s.value6, "
+      "s.value7, s.value8, s.value9 FROM status_records s JOIN names n ON n.id = s.instance",
+     "1|1|5|TYRE-1|7|1.0|2.0|3.0|4.0|5.0|6.0|7.0|8.0|9.0"},
+    {"position, active FROM active_status WHERE active ORDER BY position", "1|1; 3|1; 9|2"},
+    {"job, process, domains, double_precision, renumbered, valid, in_parts, execution_code, status, incomplete, "
+      "ended >= started FROM run",
+     "values|" + std::to_string(getpid()) + "|4|1|0|1|1|2|1|0|1"},
+    {"class, name, count, first_step, first_increment, last_increment FROM problems",
+     "error|UserError|1|1|1|1; internal|InternalError|1|1|1|1; element|ExcessiveDistortion|1|1|1|1; "
+      "warning|HourglassEnergyLarge|1|1|1|1; contact|Overclosure|1|1|1|1"},
   });
   // clang-format on
-  EXPECT_EQ(
-      r.rows("SELECT job, process, domains, double_precision, renumbered, valid, in_parts, execution_code, status, "
-             "incomplete, ended >= started FROM run"),
-      (Rows{{"values", std::to_string(getpid()), "4", "1", "0", "1", "1", "2", "1", "0", "1"}}));
-  EXPECT_EQ(r.rows("SELECT class, name, count, first_step, first_increment, last_increment FROM problems"),
-            (Rows{{"error", "UserError", "1", "1", "1", "1"},
-                  {"internal", "InternalError", "1", "1", "1", "1"},
-                  {"element", "ExcessiveDistortion", "1", "1", "1", "1"},
-                  {"warning", "HourglassEnergyLarge", "1", "1", "1", "1"},
-                  {"contact", "Overclosure", "1", "1", "1", "1"}}));
 }
 
 TEST_F(DiagnosticDatabase, TakesWhatTheLibraryReports) {
@@ -258,30 +220,23 @@ TEST_F(DiagnosticDatabase, TakesWhatTheLibraryReports) {
   EXPECT_EQ(CLINES[18], 1);
   acd_end_increment_c(0.1, 1);
   for (int32_t converged : {2, 0, -1}) acd_begin_increment_c(2, 0.1), acd_end_increment_c(0.2, converged);
-  closeJob();
-
-  Database r(database("library"));
-  expectSound(r);
-  EXPECT_EQ(
-      r.rows("SELECT class, text FROM messages ORDER BY id"),
-      (Rows{{"warning", "Numerical singularity at node 5 instance TYRE-1, degree of freedom 2: ratio 1.00000e-12"},
-            {"error", "Rigid body BORE with reference node 5 instance TYRE-1 has no mass"},
-            {"element", "Element 303 instance TYRE-1 has failed and was removed"},
-            {"internal", "Invalid error code in call to acd_error"}}));
-  EXPECT_EQ(r.rows("SELECT instance, label FROM places WHERE kind = 'element'"), (Rows{{"TYRE-1", "303"}}));
-  EXPECT_EQ(r.value("SELECT group_concat(converged) FROM (SELECT converged FROM increments ORDER BY id)"), "1,1,0,0");
+  LFC_XUT_ABORT();
+  // clang-format off
+  expectStored("library", {
+    {"class, text FROM messages ORDER BY id",
+     "warning|Numerical singularity at node 5 instance TYRE-1, degree of freedom 2: ratio 1.00000e-12; "
+      "error|Rigid body BORE with reference node 5 instance TYRE-1 has no mass; "
+      "element|Element 303 instance TYRE-1 has failed and was removed; "
+      "internal|Invalid error code in call to acd_error"},
+    {"instance, label FROM places WHERE kind = 'element'", "TYRE-1|303"},
+    {"converged FROM increments ORDER BY id", "1; 1; 0; 0"},
+    {"s.name FROM run r JOIN statuses s ON s.id = r.status", "aborted"},
+  });
+  // clang-format on
 
   openJob("next", directory);
   EXPECT_EQ(bcu_ErrorStatus::getErrorCode(), 0);
   EXPECT_EQ(CLINES[16] + CLINES[18] + CWARN[0] + CWARN[1], 0);
-}
-
-TEST_F(DiagnosticDatabase, KnowsOfAnAbort) {
-  openJob("abort", directory);
-  implicitExtractor().BeginStep(1, "", 4, false, false);
-  LFC_XUT_ABORT();
-  EXPECT_EQ(Database(database("abort")).value("SELECT s.name FROM run r JOIN statuses s ON s.id = r.status"),
-            "aborted");
 }
 
 TEST_F(DiagnosticDatabase, PutsCallsOutOfPlaceWhereTheyMakeSense) {
@@ -294,10 +249,10 @@ TEST_F(DiagnosticDatabase, PutsCallsOutOfPlaceWhereTheyMakeSense) {
   x.EndContactIteration();
   x.SetIterationConverged(true);
   EXPECT_FALSE(fs::exists(database("odd"))) << "nothing to record so far";
-  x.AddWarning(codes::NegativeEigenvalues, {{2}, {}, {}, {}, {}}); // before any step
-  x.BeginAttempt(1);                                               // of no increment
-  x.BeginIncrement(7, 0.1);                                        // of no step
-  x.BeginIteration();                                              // of no attempt
+  warn(2);                  // before any step
+  x.BeginAttempt(1);        // of no increment
+  x.BeginIncrement(7, 0.1); // of no step
+  x.BeginIteration();       // of no attempt
   x.BeginContactIteration();
   x.EndIncrement(0.1, false); // ends what is in it
   x.EndIteration();
@@ -309,83 +264,77 @@ TEST_F(DiagnosticDatabase, PutsCallsOutOfPlaceWhereTheyMakeSense) {
   x.AddInternalError(nullptr);
   x.AddCutbackDiagnostic(99);
   closeJob();
-  closeJob();
-
-  Database r(database("odd"));
-  expectSound(r);
-  EXPECT_EQ(r.rows("SELECT step, number, converged, iterations FROM increments"),
-            (Rows{{"NULL", "7", "0", "1"}, {"1", "1", "NULL", "0"}, {"1", "2", "NULL", "0"}}));
-  EXPECT_EQ(r.value("SELECT count(*) FROM attempts"), "0");
-  EXPECT_EQ(r.rows("SELECT increment, attempt, ended FROM iterations"), (Rows{{"1", "NULL", "0"}}));
-  EXPECT_EQ(r.rows("SELECT name, ended IS NULL FROM steps"), (Rows{{"", "0"}, {"Second", "0"}}));
-  EXPECT_EQ(r.rows("SELECT class, step, increment, text FROM messages"),
-            (Rows{{"warning", "NULL", "NULL", "The system matrix has 2 negative eigenvalues"},
-                  {"error", "2", "NULL", ""},
-                  {"internal", "2", "NULL", ""},
-                  {"cutback", "2", "NULL", ""}}));
+  // clang-format off
+  expectStored("odd", {
+    {"step, number, converged, iterations FROM increments", "NULL|7|0|1; 1|1|NULL|0; 1|2|NULL|0"},
+    {"count(*) FROM attempts", "0"},
+    {"increment, attempt, ended FROM iterations", "1|NULL|0"},
+    {"name, ended IS NULL FROM steps", "|0; Second|0"},
+    {"class, step, increment, text FROM messages",
+     "warning|NULL|NULL|The system matrix has 2 negative eigenvalues; error|2|NULL|; internal|2|NULL|; cutback|2|NULL|"},
+  });
+  // clang-format on
 }
 
 TEST_F(DiagnosticDatabase, IsMadeAtTheFirstRecordUnderTheNameThatIsSet) {
-  const JobFiles files = openJob("empty", directory);
+  openJob("empty", directory);
   EXPECT_EQ(diagnosticDatabase(), database("empty"));
   closeJob();
   EXPECT_FALSE(fs::exists(database("empty")));
   EXPECT_EQ(diagnosticDatabase(), fs::path());
 
+  dxt_DiagnosticExtractorXpl& x = explicitExtractor();
   openJob("named", directory);
-  explicitExtractor().SetDdbName("own name.db");
+  x.SetDdbName("own name.db");
   EXPECT_EQ(diagnosticDatabase(), directory / "own name.db");
-  explicitExtractor().BeginStep(1, "", 17);
-  explicitExtractor().SetDdbName("too late.db");
+  x.BeginStep(1, "", 17);
+  x.SetDdbName("too late.db");
   closeJob();
-  EXPECT_TRUE(fs::exists(directory / "own name.db"));
-  EXPECT_FALSE(fs::exists(database("named")));
-  EXPECT_FALSE(fs::exists(directory / "too late.db"));
+  EXPECT_EQ(filesIn(directory), (std::set<std::string>{"empty.log", "empty.msg", "empty.sta", "named.log", "named.msg",
+                                                       "named.sta", "own name.db"}));
 
   // the next job of the name begins anew, also after a crash that left the log of the file
-  explicitExtractor().SetDdbName("");
+  x.SetDdbName("");
   openJob("again", directory);
-  explicitExtractor().BeginStep(1, "", 17);
+  x.BeginStep(1, "", 17);
   closeJob();
-  std::ofstream(database("again").string() + "-wal") << "of another file";
+  writeFile(database("again").string() + "-wal", "of another file");
   openJob("again", directory);
   EXPECT_FALSE(fs::exists(database("again")));
   EXPECT_FALSE(fs::exists(database("again").string() + "-wal"));
   closeJob();
 
-  std::ofstream(database("foreign")) << "a letter";
+  writeFile(database("foreign"), "a letter");
   EXPECT_THROW(openJob("foreign", directory), std::system_error) << "what is no database of ours is not removed";
-  EXPECT_EQ(fs::file_size(database("foreign")), 8u);
+  EXPECT_EQ(readFile(database("foreign")), "a letter");
   openJob("other", directory);
-  explicitExtractor().SetDdbName("foreign.diagnostics.sqlite");
-  explicitExtractor().BeginStep(1, "", 17);
+  x.SetDdbName("foreign.diagnostics.sqlite");
+  x.BeginStep(1, "", 17);
   EXPECT_EQ(writeError().value(), EEXIST);
   EXPECT_THROW(closeJob(), std::system_error);
-  EXPECT_EQ(fs::file_size(database("foreign")), 8u);
+  EXPECT_EQ(readFile(database("foreign")), "a letter");
 }
 
 TEST_F(DiagnosticDatabase, CountsRecordsWithoutAJobAndIgnoresThoseOfADisabledExtractor) {
+  dxt_DiagnosticExtractorXpl& x = explicitExtractor();
   const int64_t before = unfiledRecords();
   implicitExtractor().AddInternalError("nobody listens");
-  explicitExtractor().AddXplStatus(1, 1, "", {});
+  x.AddXplStatus(1, 1, "", {});
   EXPECT_EQ(unfiledRecords(), before + 2);
 
   openJob("silent", directory);
-  explicitExtractor().Disable();
-  explicitExtractor().BeginStep(1, "", 17);
-  explicitExtractor().AddInternalError("not stored");
-  explicitExtractor().SetNumDomains(2);
-  EXPECT_EQ(explicitExtractor().GetNumberOfErrors(), 0);
+  x.Disable();
+  x.BeginStep(1, "", 17);
+  x.AddInternalError("not stored");
+  x.SetNumDomains(2);
+  EXPECT_EQ(x.GetNumberOfErrors(), 0);
   EXPECT_FALSE(fs::exists(database("silent")));
   implicitExtractor().BeginStep(1, "", 4, false, false);
-  explicitExtractor().Enable();
-  explicitExtractor().AddInternalError("stored");
-  EXPECT_EQ(explicitExtractor().GetNumberOfErrors(), 1);
-  closeJob();
+  x.Enable();
+  x.AddInternalError("stored");
+  EXPECT_EQ(x.GetNumberOfErrors(), 1);
+  expectStored("silent", {{"text FROM messages", "stored"}, {"domains FROM run", "2"}}); // settings count all the same
   EXPECT_EQ(unfiledRecords(), before + 2);
-  Database r(database("silent"));
-  EXPECT_EQ(r.value("SELECT text FROM messages"), "stored");
-  EXPECT_EQ(r.value("SELECT domains FROM run"), "2") << "settings count all the same";
 }
 
 TEST_F(DiagnosticDatabase, KeepsResourceMarks) {
@@ -399,57 +348,48 @@ TEST_F(DiagnosticDatabase, KeepsResourceMarks) {
     for (int k = 0; k < 100000; ++k) work = work + 1.0 / (k + 1);
     bcu_ResourceMonitor::Mark("Work");
   }
-  const std::vector<ResourceMark> marks = resourceMarks();
-  ASSERT_GE(marks.size(), 3u);
-  EXPECT_EQ(marks.back().text, "Work");
-  EXPECT_GT(marks.back().peakMemory, 1 << 20);
-  closeJob();
-  Database r(database("marks"));
-  expectSound(r);
-  EXPECT_EQ(r.value("SELECT group_concat(DISTINCT n.name) FROM resource_marks m JOIN names n ON n.id = m.name"),
-            "Start,Work");
-  EXPECT_EQ(r.value("SELECT count(*) FROM resource_marks a JOIN resource_marks b ON b.id = a.id + 1 "
-                    "WHERE b.elapsed < a.elapsed OR b.processor < a.processor OR b.peak_memory < a.peak_memory"),
-            "0");
-  EXPECT_EQ(r.rows("SELECT mark FROM phases WHERE mark = 'Start'"), (Rows{{"Start"}}));
+  ASSERT_GE(resourceMarks().size(), 3u);
+  EXPECT_EQ(resourceMarks().back().text, "Work");
+  EXPECT_GT(resourceMarks().back().peakMemory, 1 << 20);
+  // clang-format off
+  expectStored("marks", {
+    {"group_concat(DISTINCT n.name) FROM resource_marks m JOIN names n ON n.id = m.name", "Start,Work"},
+    {"count(*) FROM resource_marks a JOIN resource_marks b ON b.id = a.id + 1 WHERE b.elapsed < a.elapsed OR "
+      "b.processor < a.processor OR b.peak_memory < a.peak_memory", "0"},
+    {"mark FROM phases WHERE mark = 'Start'", "Start"},
+  });
+  // clang-format on
 }
 
 // ---- amount, threads, errors, crashes
 
 TEST_F(DiagnosticDatabase, LosesNothingAmongAMillion) {
-  constexpr int kIncrements = 1000, kEach = 1000;
   openJob("million", directory);
   dxt_DiagnosticExtractorXpl& x = explicitExtractor();
   x.BeginStep(1, "Impact", 17);
   dia_Values values = atElement({"PART-1-1", 0});
   values.reals = {1.5};
-  const auto start = std::chrono::steady_clock::now();
-  for (int increment = 1; increment <= kIncrements; ++increment) {
+  for (int increment = 1; increment <= 1000; ++increment) {
     x.BeginIncrement(increment, 1e-6);
-    for (int k = 1; k <= kEach; ++k) {
+    for (int k = 1; k <= 1000; ++k) {
       values.elements[0].label = k;
       values.reals[0] = increment + 1e-3 * k;
       x.AddWarning(codes::WaveSpeedExceeded, 0, values);
     }
     x.EndIncrement(1e-6 * increment, true);
   }
-  const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  RecordProperty("diagnostics_per_second", static_cast<int>(kIncrements * kEach / seconds));
-  std::printf("%.0f diagnostics a second\n", kIncrements * kEach / seconds);
-  EXPECT_EQ(x.GetNumberOfWarnings(), kIncrements * kEach);
-  closeJob();
-
-  Database r(database("million"));
-  EXPECT_EQ(r.value("PRAGMA integrity_check"), "ok");
-  EXPECT_EQ(r.rows("SELECT count(*), min(id), max(id) FROM diagnostics"), (Rows{{"1000000", "1", "1000000"}}));
-  EXPECT_EQ(r.rows("SELECT count(*), sum(e.label) FROM elements e JOIN diagnostics d ON d.id = e.diagnostic WHERE "
-                   "d.increment = (e.diagnostic - 1) / 1000 + 1 AND e.label = (e.diagnostic - 1) % 1000 + 1"),
-            (Rows{{"1000000", "500500000"}}));
-  EXPECT_EQ(r.value("SELECT count(*) FROM real_values v JOIN elements e USING (diagnostic) JOIN diagnostics d "
-                    "ON d.id = v.diagnostic WHERE v.value = d.increment + 1e-3 * e.label"),
-            "1000000");
-  EXPECT_EQ(r.rows("SELECT count, first_increment, last_increment FROM problems"), (Rows{{"1000000", "1", "1000"}}));
-  EXPECT_EQ(r.value("SELECT min(warnings) || ' ' || max(warnings) FROM increments"), "1000 1000");
+  EXPECT_EQ(x.GetNumberOfWarnings(), 1000000);
+  // clang-format off
+  expectStored("million", {
+    {"count(*), min(id), max(id) FROM diagnostics", "1000000|1|1000000"},
+    {"count(*), sum(e.label) FROM elements e JOIN diagnostics d ON d.id = e.diagnostic WHERE "
+      "d.increment = (e.diagnostic - 1) / 1000 + 1 AND e.label = (e.diagnostic - 1) % 1000 + 1", "1000000|500500000"},
+    {"count(*) FROM real_values v JOIN elements e USING (diagnostic) JOIN diagnostics d ON d.id = v.diagnostic "
+      "WHERE v.value = d.increment + 1e-3 * e.label", "1000000"},
+    {"count, first_increment, last_increment FROM problems", "1000000|1|1000"},
+    {"min(warnings), max(warnings) FROM increments", "1000|1000"},
+  });
+  // clang-format on
 }
 
 TEST_F(DiagnosticDatabase, MayBeCalledFromSeveralThreads) {
@@ -458,41 +398,30 @@ TEST_F(DiagnosticDatabase, MayBeCalledFromSeveralThreads) {
   explicitExtractor().SetExecutionCode(1);
   explicitExtractor().BeginStep(1, "", 17);
   implicitExtractor().BeginStep(1, "", 4, false, false);
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t)
-    threads.emplace_back([t] {
-      for (int k = 1; k <= kEach; ++k) {
-        explicitExtractor().AddElementDiagnostic(codes::ElementDeleted, t, atElement({"PART-1-1", t * kEach + k}));
-        bcu_ResourceMonitor::Mark("Mark");
-        // through the library, as threads of the owner do; printed and counted as well
-        if (k % 20 == 0) acd_error_xpl_c(codes::TooManyIncrements, t, &k, nullptr, nullptr, nullptr, nullptr);
-        if (t == 0) implicitExtractor().BeginIncrement(k, 0.1);
-        if (t == 0) implicitExtractor().EndIncrement(0.1 * k, true);
-        if (t == 1) implicitExtractor().AddWarning(codes::NegativeEigenvalues, {{k}, {}, {}, {}, {}});
-      }
-    });
-  for (std::thread& thread : threads) thread.join();
+  runThreads(kThreads, [](int t) {
+    for (int k = 1; k <= kEach; ++k) {
+      explicitExtractor().AddElementDiagnostic(codes::ElementDeleted, t, atElement({"PART-1-1", t * kEach + k}));
+      bcu_ResourceMonitor::Mark("Mark");
+      // through the library, as threads of the owner do; printed and counted as well
+      if (k % 20 == 0) acd_error_xpl_c(codes::TooManyIncrements, t, &k, nullptr, nullptr, nullptr, nullptr);
+      if (t == 0) implicitExtractor().BeginIncrement(k, 0.1);
+      if (t == 0) implicitExtractor().EndIncrement(0.1 * k, true);
+      if (t == 1) warn(k);
+    }
+  });
   EXPECT_EQ(explicitExtractor().GetNumberOfErrors(), kThreads * kEach / 20);
-  closeJob();
-  Database r(database("threads"));
-  expectSound(r);
-  EXPECT_EQ(r.rows("SELECT count(*), count(DISTINCT e.label), max(e.label) FROM elements e"),
-            (Rows{{"12000", "12000", "12000"}}));
-  EXPECT_EQ(r.rows("SELECT name, count FROM codes ORDER BY count"),
-            (Rows{{"TooManyIncrements", "600"}, {"NegativeEigenvalues", "2000"}, {"ElementDeleted", "12000"}}));
+  // clang-format off
+  expectStored("threads", {
+    {"count(*), count(DISTINCT label), max(label) FROM elements", "12000|12000|12000"},
+    {"name, count FROM codes ORDER BY count", "TooManyIncrements|600; NegativeEigenvalues|2000; ElementDeleted|12000"},
+    {"count(*) FROM (SELECT e.label, lag(e.label) OVER (PARTITION BY d.domain ORDER BY d.id) AS before FROM "
+      "diagnostics d JOIN elements e ON e.diagnostic = d.id) WHERE label <= before", "0"}, // each in its own order
+    {"count(*) FROM resource_marks", "12000"},
+  });
+  // clang-format on
   EXPECT_EQ(CLINES[18], 600);
-  for (const auto& [file, beginning] : {std::pair(files.log, "***ERROR: THE STEP IS NOT COMPLETE"),
-                                        std::pair(files.status, "Error message=The step is not complete")}) {
-    std::ifstream printed(file);
-    int count = 0;
-    for (std::string line; std::getline(printed, line);) count += line.starts_with(beginning) ? 1 : 0;
-    EXPECT_EQ(count, 600) << file;
-  }
-  EXPECT_EQ(r.value("SELECT count(*) FROM (SELECT e.label, lag(e.label) OVER (PARTITION BY d.domain ORDER BY d.id) AS "
-                    "before FROM diagnostics d JOIN elements e ON e.diagnostic = d.id) WHERE label <= before"),
-            "0")
-      << "each thread in its own order";
-  EXPECT_EQ(r.value("SELECT count(*) FROM resource_marks"), std::to_string(kThreads * kEach));
+  EXPECT_EQ(countOf("\n***ERROR: THE STEP IS NOT COMPLETE", readFile(files.log)), 600);
+  EXPECT_EQ(countOf("Error message=The step is not complete", readFile(files.status)), 600);
 }
 
 TEST_F(DiagnosticDatabase, CanBeReadWhileItIsWritten) {
@@ -502,7 +431,7 @@ TEST_F(DiagnosticDatabase, CanBeReadWhileItIsWritten) {
   Database r(database("live"));
   for (int k = 1; k <= 3; ++k) {
     x.BeginIncrement(k, 0.1);
-    x.AddWarning(codes::NegativeEigenvalues, {{k}, {}, {}, {}, {}});
+    warn(k);
     EXPECT_EQ(r.number("SELECT count(*) FROM diagnostics"), k - 1) << "one transaction for an increment";
     x.EndIncrement(0.1 * k, true);
     EXPECT_EQ(r.number("SELECT count(*) FROM diagnostics"), k);
@@ -511,10 +440,9 @@ TEST_F(DiagnosticDatabase, CanBeReadWhileItIsWritten) {
   x.AddInternalError("perhaps the last words");
   EXPECT_EQ(r.value("SELECT class FROM messages ORDER BY id DESC LIMIT 1"), "internal") << "an error is there at once";
   const int32_t aborted = 2;
-  x.AddWarning(codes::NegativeEigenvalues, {{4}, {}, {}, {}, {}});
+  warn(4);
   DXT_SETJOBSTATUS_XPL(&aborted);
-  EXPECT_EQ(r.rows("SELECT status, ended FROM run"), (Rows{{"2", "NULL"}}));
-  EXPECT_EQ(r.number("SELECT count(*) FROM diagnostics"), 5) << "with the status comes all that was recorded";
+  expectRows(r, {{"status, ended FROM run", "2|NULL"}, {"count(*) FROM diagnostics", "5"}}); // with it comes the rest
 }
 
 // Runs `work` in a process of its own; answers its exit status as of waitpid.
@@ -537,23 +465,22 @@ TEST_F(DiagnosticDatabase, ReportsAFullDisk) {
     const rlimit limit = {1 << 20, 1 << 20};
     setrlimit(RLIMIT_FSIZE, &limit);
     openJob("full", directory);
-    explicitExtractor().BeginStep(1, "", 17);
+    dxt_DiagnosticExtractorXpl& x = explicitExtractor();
+    x.BeginStep(1, "", 17);
     int finished = 0;
     for (int k = 1; k <= 1000 && !writeError(); ++k) {
-      explicitExtractor().BeginIncrement(k, 1e-6);
-      for (int e = 1; e <= 100; ++e)
-        explicitExtractor().AddElementDiagnostic(codes::ElementDeleted, 0, atElement({"PART-1-1", e}));
-      explicitExtractor().EndIncrement(1e-6 * k, true);
+      x.BeginIncrement(k, 1e-6);
+      for (int e = 1; e <= 100; ++e) x.AddElementDiagnostic(codes::ElementDeleted, 0, atElement({"PART-1-1", e}));
+      x.EndIncrement(1e-6 * k, true);
       if (!writeError()) finished = k;
     }
     std::ofstream out(verdict);
-    out << finished << '\n' << writeError().value() << '\n';
-    explicitExtractor().AddInternalError("after the error");
+    out << finished << ' ' << writeError().value() << ' ';
+    x.AddInternalError("after the error");
     try {
       closeJob();
-      out << "closed without a word\n";
     } catch (const std::system_error& error) {
-      out << error.code().value() << '\n' << error.what() << '\n';
+      out << error.code().value() << ' ' << error.what();
     }
     out.flush();
   });
@@ -561,12 +488,11 @@ TEST_F(DiagnosticDatabase, ReportsAFullDisk) {
   std::ifstream in(verdict);
   int finished = 0, first = 0, atClose = 0;
   std::string what;
-  ASSERT_TRUE(in >> finished >> first >> atClose && std::getline(in >> std::ws, what));
-  EXPECT_GT(finished, 0);
-  EXPECT_LT(finished, 1000);
+  ASSERT_TRUE(in >> finished >> first >> atClose && std::getline(in, what)) << "closed without a word";
+  EXPECT_TRUE(finished > 0 && finished < 1000) << finished;
   EXPECT_TRUE(first == EFBIG || first == ENOSPC) << first;
   EXPECT_EQ(atClose, first);
-  EXPECT_NE(what.find(database("full").string()), std::string::npos) << what;
+  EXPECT_TRUE(contains(what, database("full").string())) << what;
   Database r(database("full"), SQLITE_OPEN_READWRITE);
   expectSound(r);
   EXPECT_EQ(r.number("SELECT count(*) FROM increments WHERE converged"), finished) << "what was finished is there";
@@ -618,19 +544,17 @@ TEST_F(DiagnosticDatabase, SurvivesAKillAtAnyMoment) {
       EXPECT_EQ(announced, 0);
       continue;
     }
-
     Database r(database(job));
     expectSound(r);
-    EXPECT_EQ(r.value("SELECT job FROM run"), job);
     const int64_t finished = r.number("SELECT count(*) FROM increments WHERE converged");
     EXPECT_GE(finished, announced);
     EXPECT_LE(finished, announced + 1) << "at most one that could not be announced any more";
-    EXPECT_EQ(r.number("SELECT count(*) FROM (SELECT d.increment FROM diagnostics d JOIN elements e ON e.diagnostic = "
-                       "d.id JOIN increments i ON i.id = d.increment WHERE i.converged AND e.label = i.number GROUP BY "
-                       "d.increment HAVING count(*) = 40)"),
-              finished)
-        << "with all that was recorded in them";
-    EXPECT_EQ(r.value("SELECT ended FROM run"), "NULL");
+    // with all that was recorded in them
+    expectRows(r, {{"count(*) FROM (SELECT d.increment FROM diagnostics d JOIN elements e ON e.diagnostic = d.id JOIN "
+                    "increments i ON i.id = d.increment WHERE i.converged AND e.label = i.number GROUP BY d.increment "
+                    "HAVING count(*) = 40)",
+                    std::to_string(finished)},
+                   {"job, ended FROM run", job + "|NULL"}});
     kept += finished;
   }
   EXPECT_GT(kept, 0) << "no child lived long enough to finish an increment";
@@ -641,12 +565,11 @@ TEST_F(DiagnosticDatabase, KeepsWhatAProgramRecordedThatExitsWithoutClosing) {
     openJob("exit", directory);
     implicitExtractor().BeginStep(1, "", 4, false, false);
     implicitExtractor().BeginIncrement(1, 0.1);
-    implicitExtractor().AddWarning(codes::NegativeEigenvalues, {{1}, {}, {}, {}, {}});
+    warn(1);
     std::exit(7);
   });
   EXPECT_EQ(WEXITSTATUS(status), 7);
-  Database r(database("exit"));
-  EXPECT_EQ(r.value("SELECT count(*) FROM diagnostics"), "1");
+  EXPECT_EQ(Database(database("exit")).number("SELECT count(*) FROM diagnostics"), 1);
 }
 
 // ---- metadata, model, threads of the platform interface
@@ -655,71 +578,45 @@ TEST(DiagnosticMetadata, IsCompleteAndConsistent) {
   const dia_MetadataTable &general = dia_MetadataTable::Instance(0), &contact = dia_MetadataTable::Instance(1);
   EXPECT_EQ(&dia_MetadataTable::Instance(7), &general);
   EXPECT_NE(&contact, &general);
-
-  struct Expected {
-    const dia_MetadataTable& table;
-    int32_t code;
-    bool isError;
-    int32_t family, group, number;
-    dia_Counts counts;
-    std::size_t texts;
+  std::set<int32_t> seen;
+  const auto expect = [&](int32_t code, const dia_MetadataTable& table, bool isError, std::array<int, 3> place,
+                          const dia_Counts& counts, int32_t texts) {
+    SCOPED_TRACE(code);
+    EXPECT_TRUE(seen.insert(code).second);
+    EXPECT_EQ(code, isError << 30 | place[0] << 24 | place[1] << 16 | place[2] << 5);
+    EXPECT_EQ(place[0] == 3, &table == &contact);
+    EXPECT_EQ(dia_TypeCodeUtils::IsError(code), isError);
+    EXPECT_TRUE(table.IsValid(code) && table.IsValid(code + texts - 1));
+    EXPECT_FALSE((&table == &general ? contact : general).IsValid(code));
+    EXPECT_FALSE(table.IsValid(code + texts)) << "a variation without a text";
+    EXPECT_EQ(dia_TypeCodeUtils::GetVariationNumber(code + texts - 1), texts - 1);
+    const dia_Counts known = table.GetCounts(code);
+    EXPECT_EQ((std::array{known.ints, known.reals, known.strings, known.nodes, known.elements}),
+              (std::array{counts.ints, counts.reals, counts.strings, counts.nodes, counts.elements}));
+    EXPECT_EQ(table.GetNumStringValues(code), counts.strings);
+    EXPECT_EQ(table.GetDetailStrings(code).size(), texts);
+    // with as many values as the code has, no placeholder is left
+    dia_Values values;
+    values.ints.resize(counts.ints);
+    values.reals.resize(counts.reals);
+    values.strings.resize(counts.strings);
+    values.nodes.resize(counts.nodes);
+    values.elements.resize(counts.elements);
+    for (const std::string& text : table.GetDetailStrings(code))
+      EXPECT_FALSE(contains(dia_FormatUtils::Substitute(text, values), "%")) << text;
   };
-  std::vector<Expected> all;
 #define SA_EXPECTED(table, name, severity, family, group, number, ints, reals, strings, nodes, elements, status, ...)  \
-  all.push_back({table,                                                                                                \
-                 codes::name,                                                                                          \
-                 codes::severity == codes::Error,                                                                      \
-                 family,                                                                                               \
-                 group,                                                                                                \
-                 number,                                                                                               \
-                 {ints, reals, strings, nodes, elements},                                                              \
-                 std::vector<const char*>{__VA_ARGS__}.size()});
+  expect(codes::name, table, codes::severity == codes::Error, {family, group, number},                                 \
+         {ints, reals, strings, nodes, elements}, static_cast<int32_t>(std::vector<const char*>{__VA_ARGS__}.size()));
 #define SA_EXPECTED_GENERAL(...) SA_EXPECTED(general, __VA_ARGS__)
 #define SA_EXPECTED_CONTACT(...) SA_EXPECTED(contact, __VA_ARGS__)
   SA_HOST_GENERAL_CODES(SA_EXPECTED_GENERAL)
   SA_HOST_CONTACT_CODES(SA_EXPECTED_CONTACT)
-
-  std::set<int32_t> seen;
-  for (const Expected& e : all) {
-    EXPECT_TRUE(seen.insert(e.code).second) << std::hex << e.code;
-    EXPECT_EQ(e.code >> 30 & 1, e.isError);
-    EXPECT_EQ(e.code >> 24 & 0x3F, e.family);
-    EXPECT_EQ(e.code >> 16 & 0xFF, e.group);
-    EXPECT_EQ(e.code >> 5 & 0x7FF, e.number);
-    EXPECT_EQ(e.code & 0x1F, 0);
-    EXPECT_EQ(e.family == 3, &e.table == &contact);
-    EXPECT_EQ(dia_TypeCodeUtils::IsError(e.code), e.isError);
-    EXPECT_TRUE(e.table.IsValid(e.code));
-    EXPECT_FALSE((&e.table == &general ? contact : general).IsValid(e.code));
-    const auto texts = static_cast<int32_t>(e.texts);
-    EXPECT_TRUE(e.table.IsValid(e.code + texts - 1));
-    EXPECT_FALSE(e.table.IsValid(e.code + texts)) << "a variation without a text";
-    EXPECT_EQ(dia_TypeCodeUtils::GetVariationNumber(e.code + texts - 1), texts - 1);
-    const dia_Counts counts = e.table.GetCounts(e.code);
-    EXPECT_EQ(counts.ints, e.counts.ints);
-    EXPECT_EQ(counts.reals, e.counts.reals);
-    EXPECT_EQ(counts.strings, e.counts.strings);
-    EXPECT_EQ(counts.strings, e.table.GetNumStringValues(e.code));
-    EXPECT_EQ(counts.nodes, e.counts.nodes);
-    EXPECT_EQ(counts.elements, e.counts.elements);
-    ASSERT_EQ(e.table.GetDetailStrings(e.code).size(), e.texts);
-
-    // with as many values as the code has, no placeholder is left
-    dia_Values values;
-    values.ints.assign(static_cast<std::size_t>(counts.ints), 1);
-    values.reals.assign(static_cast<std::size_t>(counts.reals), 1);
-    values.strings.assign(static_cast<std::size_t>(counts.strings), "s");
-    values.nodes.assign(static_cast<std::size_t>(counts.nodes), {"P", 1});
-    values.elements.assign(static_cast<std::size_t>(counts.elements), {"P", 1});
-    for (const std::string& text : e.table.GetDetailStrings(e.code))
-      EXPECT_EQ(dia_FormatUtils::Substitute(text, values).find('%'), std::string::npos) << text;
-  }
-  EXPECT_GE(all.size(), 18u);
+  EXPECT_GE(seen.size(), 18u);
   EXPECT_TRUE(general.IsForStatusChannel(dia_Codes::InternalError));
-  EXPECT_FALSE(general.IsForStatusChannel(codes::NegativeEigenvalues));
+  EXPECT_FALSE(general.IsForStatusChannel(codes::NegativeEigenvalues) || general.IsForStatusChannel(12));
   EXPECT_EQ(general.GetCounts(12).ints, 0);
   EXPECT_TRUE(general.GetDetailStrings(12).empty());
-  EXPECT_FALSE(general.IsForStatusChannel(12));
 }
 
 TEST_F(DiagnosticDatabase, TextsTakeTheirValuesInOrder) {
@@ -735,71 +632,57 @@ TEST_F(DiagnosticDatabase, TextsTakeTheirValuesInOrder) {
 
 TEST_F(DiagnosticDatabase, NumbersOfTheSolverBecomeLabelsOfInstances) {
   const inpM_SolverPartMap& map = inpM_SolverPartMap::Instance();
-  const int32_t hasInstances = SA_HOST_VARIABLE_HAS_INSTANCES, otherVariable = 2;
   const auto partOf = [](int32_t element, std::size_t room = 10) {
     std::string name(room, '?');
     int32_t label = -1;
     INPM_GETPARTINFOI(&element, name.data(), &label, static_cast<int64_t>(room));
     return name + std::to_string(label);
   };
-  EXPECT_EQ(DSM_VAR_GETI(&hasInstances), 0);
+  const auto textOf = [](const dia_Entity& entity) { return entity.instance + " " + std::to_string(entity.label); };
+  const auto node = [&](int32_t number) { return textOf(map.ConstGetInstanceNodeIdPair(number)); };
+  const auto element = [&](int32_t number) { return textOf(map.ConstGetInstanceElementIdPair(number)); };
+  const auto variable = [](int32_t number) { return DSM_VAR_GETI(&number); };
+  EXPECT_EQ(variable(SA_HOST_VARIABLE_HAS_INSTANCES), 0);
   EXPECT_FALSE(implicitExtractor().IsModelInParts());
-  EXPECT_EQ(map.ConstGetInstanceNodeIdPair(12).label, 12);
-  EXPECT_EQ(map.ConstGetInstanceNodeIdPair(12).instance, "");
+  EXPECT_EQ(node(12), " 12");
   EXPECT_EQ(partOf(12), "          12");
 
   setModel(wheelAndTyre());
-  EXPECT_EQ(DSM_VAR_GETI(&hasInstances), 1);
-  EXPECT_EQ(DSM_VAR_GETI(&otherVariable), 0);
+  EXPECT_EQ(variable(SA_HOST_VARIABLE_HAS_INSTANCES), 1);
+  EXPECT_EQ(variable(2), 0) << "another variable";
   EXPECT_TRUE(explicitExtractor().IsModelInParts());
-  EXPECT_EQ(map.ConstGetInstanceNodeIdPair(100).instance, "WHEEL-1");
-  EXPECT_EQ(map.ConstGetInstanceNodeIdPair(101).instance, "TYRE-1");
-  EXPECT_EQ(map.ConstGetInstanceNodeIdPair(101).label, 1);
-  EXPECT_EQ(map.ConstGetInstanceElementIdPair(60).label, 310);
-  for (int32_t unknown : {0, -1, 61, std::numeric_limits<int32_t>::max()}) {
-    EXPECT_EQ(map.ConstGetInstanceElementIdPair(unknown).instance, "");
-    EXPECT_EQ(map.ConstGetInstanceElementIdPair(unknown).label, unknown);
-  }
+  EXPECT_EQ(node(100), "WHEEL-1 100");
+  EXPECT_EQ(node(101), "TYRE-1 1");
+  EXPECT_EQ(element(60), "TYRE-1 310");
+  for (int32_t unknown : {0, -1, 61, INT32_MAX}) EXPECT_EQ(element(unknown), " " + std::to_string(unknown));
   EXPECT_EQ(partOf(52), "TYRE-1    302");
   EXPECT_EQ(partOf(52, 3), "TYR302");
   EXPECT_EQ(partOf(61), "          61");
-  EXPECT_EQ(map.GetLabelName(" L1"), "BORE");
-  EXPECT_EQ(map.GetLabelName(" L2"), " L2");
+  EXPECT_EQ(map.GetLabelName(" L1") + map.GetLabelName(" L2"), "BORE L2");
 
   const std::vector<NumberRange> ranges = numberRanges({5, 6, 7, 3, 9}, {50, 51, 60, 61, 62});
-  ASSERT_EQ(ranges.size(), 4u);
+  EXPECT_EQ(ranges.size(), 4u);
   setModel({{{"A", {}, ranges}}, {}});
-  for (const auto& [number, label] :
-       std::vector<std::pair<int32_t, int32_t>>{{5, 50}, {6, 51}, {7, 60}, {3, 61}, {9, 62}})
-    EXPECT_EQ(map.ConstGetInstanceElementIdPair(number).label, label);
-  EXPECT_EQ(map.ConstGetInstanceElementIdPair(8).instance, "");
+  EXPECT_EQ(element(5) + element(6) + element(7) + element(3) + element(9) + element(8), "A 50A 51A 60A 61A 62 8");
   EXPECT_THROW(numberRanges({1}, {}), std::invalid_argument);
   EXPECT_THROW(setModel({{{"A", {{1, 5, 1}}, {}}, {"B", {{5, 1, 1}}, {}}}, {}}), std::invalid_argument);
-  EXPECT_EQ(map.ConstGetInstanceElementIdPair(9).label, 62) << "the model stays";
+  EXPECT_EQ(element(9), "A 62") << "the model stays";
 }
 
-std::atomic<int> released{0};
 std::string releaseOrder;
 
 TEST(ThreadRegistry, ReleasesOnceAtTheEndOfTheThread) {
-  released = 0;
-  releaseOrder.clear();
   std::thread([] {
     thr_ThrSingletonRegistry::Register([] { releaseOrder += 'a'; });
-    const auto twice = [] {
-      ++released;
-      releaseOrder += 'b';
-    };
+    const auto twice = [] { releaseOrder += 'b'; };
     thr_ThrSingletonRegistry::Register(twice);
     thr_ThrSingletonRegistry::Register(twice);
     thr_ThrSingletonRegistry::Register([] { thr_ThrSingletonRegistry::Register([] { releaseOrder += 'c'; }); });
-    EXPECT_EQ(released, 0);
+    EXPECT_EQ(releaseOrder, "");
   }).join();
-  EXPECT_EQ(released, 1);
   EXPECT_EQ(releaseOrder, "cba") << "the last first, with what a release registers";
   std::thread([] {}).join();
-  EXPECT_EQ(released, 1);
-
+  EXPECT_EQ(releaseOrder, "cba");
   const int status = inChild([] {
     thr_ThrSingletonRegistry::Register([] { _exit(5); });
     std::exit(0);
@@ -809,21 +692,18 @@ TEST(ThreadRegistry, ReleasesOnceAtTheEndOfTheThread) {
 
 TEST(ThreadRegistry, OneLockForAll) {
   int count = 0;
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t)
-    threads.emplace_back([&] {
-      for (int k = 0; k < 10000; ++k) {
-        const thr_GlobalLock lock;
-        ++count;
-      }
-    });
-  for (std::thread& thread : threads) thread.join();
+  runThreads(4, [&](int) {
+    for (int k = 0; k < 10000; ++k) {
+      const thr_GlobalLock lock;
+      ++count;
+    }
+  });
   EXPECT_EQ(count, 40000);
 }
 
 // ---- the program
 
-std::string quoted(const fs::path& path) { return std::string("'").append(path.string()).append("'"); }
+std::string quoted(const fs::path& path) { return "'" + path.string() + "'"; }
 
 class DiagnosticsProgram : public DiagnosticDatabase {
 protected:
@@ -854,7 +734,7 @@ protected:
     }
     x.BeginStep(2, "Twist", 4, false, false);
     x.BeginIncrement(1, 0.5);
-    x.AddWarning(codes::NegativeEigenvalues, {{3}, {}, {}, {}, {}});
+    warn(3);
     for (double size : {0.5, 0.125}) {
       x.BeginAttempt(size);
       for (int32_t element : {51, 52, 53, 54, 55, 56, 51})
@@ -877,9 +757,8 @@ TEST_F(DiagnosticsProgram, ListsWhatAnAnalystAsksFor) {
   closeJob();
   const Outcome result = runOn("fails");
   EXPECT_EQ(result.code, 0);
-  // times of the wall differ from run to run
-  const std::string output = std::regex_replace(std::regex_replace(result.out, std::regex("took [^ ]+ s"), "took T s"),
-                                                std::regex("started .* on .*, took"), "started S on H, took");
+  const std::string timeless = std::regex_replace(result.out, std::regex("took [^ ]+ s"), "took T s");
+  const std::string output = std::regex_replace(timeless, std::regex("started .* on .*, took"), "started S on H, took");
   EXPECT_EQ(output, R"(fails: aborted
   started S on H, took T s
 
@@ -913,15 +792,15 @@ Problems
 
 TEST_F(DiagnosticsProgram, IncrementsThatDoNotFollowEachOtherStandOnTheirOwn) {
   openJob("gap", directory);
-  dxt_DiagnosticExtractorXpl& x = dxt_DiagnosticExtractorXpl::Instance();
+  dxt_DiagnosticExtractorXpl& x = explicitExtractor();
   x.BeginStep(1, "Fall", 17);
   for (int k : {1, 2, 4}) {
     x.BeginIncrement(k, 0.5);
     x.EndIncrement(0.5 * k, true);
   }
   closeJob();
-  EXPECT_TRUE(contains(runOn("gap").out, "     1        1-2  0.5   1\n     1          4  0.5   2\n"))
-      << runOn("gap").out;
+  const std::string out = runOn("gap").out;
+  EXPECT_TRUE(contains(out, "     1        1-2  0.5   1\n     1          4  0.5   2\n")) << out;
 }
 
 TEST_F(DiagnosticsProgram, FitsANarrowTerminal) {
@@ -937,41 +816,42 @@ TEST_F(DiagnosticsProgram, FitsANarrowTerminal) {
     execl(program.c_str(), program.c_str(), database("narrow").c_str(), nullptr);
     _exit(127);
   }
-  std::string output;
-  std::array<char, 4096> buffer{};
-  for (ssize_t bytes = 0; (bytes = read(terminal, buffer.data(), buffer.size())) > 0;)
-    output.append(buffer.data(), static_cast<std::size_t>(bytes));
-  close(terminal);
+  const std::string output = Program::readAll(terminal);
   int status = -1;
   waitpid(child, &status, 0);
   EXPECT_EQ(status, 0);
-  std::istringstream lines(std::regex_replace(output, std::regex("\r"), ""));
-  for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), kColumns) << line;
+  for (const std::string& line : linesOf(std::regex_replace(output, std::regex("\r"), "")))
+    EXPECT_LE(line.size(), kColumns) << line;
   EXPECT_TRUE(contains(output, "step 1, increment 1-12")) << output;
 }
 
 TEST_F(DiagnosticsProgram, NarrowsItsLists) {
   recordFailure("narrow");
   closeJob();
-  const std::string all = runOn("narrow").out;
-  const std::string byName = runOn("narrow", "--code excessivedistortion --limit 2").out;
-  EXPECT_TRUE(contains(byName, "301 (4 times), 302 (2 times) of TYRE-1 and 4 more")) << byName;
-  EXPECT_TRUE(contains(byName, "2 step 2 increment 1 time 0 attempt 1: ExcessiveDistortion: Element 301"));
-  EXPECT_NE(byName.find("(12 more; --all shows them)"), std::string::npos);
-  EXPECT_FALSE(contains(byName, "TooManyAttempts"));
-  EXPECT_EQ(runOn("narrow", "--code 0x42010020 --limit 2").out, byName);
-  EXPECT_EQ(runOn("narrow", "--code 1107361824 --limit 2").out, byName);
-  const std::string whole = runOn("narrow", "--code ExcessiveDistortion --all").out;
-  EXPECT_TRUE(contains(whole, "306 (2 times) of TYRE-1\n")) << whole;
-  EXPECT_FALSE(contains(whole, "more"));
-
-  const std::string good = runOn("narrow", "--increment 1:2-3").out;
-  EXPECT_TRUE(contains(good, "     1          2  0.1")) << good;
-  EXPECT_TRUE(contains(good, "(none of these)"));
-  EXPECT_FALSE(contains(good, "not converged"));
-  const std::string bad = runOn("narrow", "--increment 1").out;
-  EXPECT_TRUE(contains(bad, "ExcessiveDistortion (0x42010020), 14 times")) << bad;
-  EXPECT_TRUE(contains(runOn("narrow", "--code nothing").out, "(none of these)"));
+  // clang-format off
+  const struct {
+    const char* options;
+    std::vector<const char*> there, notThere;
+  } cases[] = {
+      {"--code excessivedistortion --limit 2",
+       {"301 (4 times), 302 (2 times) of TYRE-1 and 4 more", "(12 more; --all shows them)",
+        "2 step 2 increment 1 time 0 attempt 1: ExcessiveDistortion: Element 301"},
+       {"TooManyAttempts"}},
+      {"--code ExcessiveDistortion --all", {"306 (2 times) of TYRE-1\n"}, {"more"}},
+      {"--increment 1:2-3", {"     1          2  0.1", "     1          3  0.1", "(none of these)"},
+       {"not converged", "     1          4  0.1"}},
+      {"--increment 1:2", {"     1          2  0.1"}, {"     1          3  0.1"}},
+      {"--increment 1", {"ExcessiveDistortion (0x42010020), 14 times"}, {}},
+      {"--code nothing", {"(none of these)"}, {}}};
+  // clang-format on
+  for (const auto& c : cases) {
+    const std::string out = runOn("narrow", c.options).out;
+    for (const char* words : c.there) EXPECT_TRUE(contains(out, words)) << c.options << ": " << words << '\n' << out;
+    for (const char* words : c.notThere) EXPECT_FALSE(contains(out, words)) << c.options << ": " << words;
+  }
+  const std::string byName = runOn("narrow", cases[0].options).out;
+  for (const char* code : {"0x42010020", "0X42010020", "1107361824"})
+    EXPECT_EQ(runOn("narrow", std::string("--limit 2 --code ") + code).out, byName) << code;
 }
 
 TEST_F(DiagnosticsProgram, SpeaksJson) {
@@ -979,31 +859,26 @@ TEST_F(DiagnosticsProgram, SpeaksJson) {
   closeJob();
   const Outcome result = runOn("json", "--json");
   EXPECT_EQ(result.code, 0);
-  // SQLite knows JSON as well
-  Database r(":memory:", SQLITE_OPEN_READWRITE);
-  const auto at = [&](const std::string& path) {
-    return r.value("SELECT json_extract(output, '" + path + "') FROM (SELECT '" +
-                   std::regex_replace(result.out, std::regex("'"), "''") + "' AS output)");
-  };
+  const std::string code = std::to_string(codes::ExcessiveDistortion);
+  Database r(":memory:", SQLITE_OPEN_READWRITE); // SQLite knows JSON as well
   // clang-format off
-  const std::vector<std::pair<std::string, std::string>> expected = {
-      {"$.format", "1"}, {"$.run.job", "json"}, {"$.run.in_parts", "1"}, {"$.run.domains", "NULL"},
-      {"$.steps[0].increments", "12"}, {"$.steps[0].attributes[0]", "large displacements"},
-      {"$.increments[0].last", "12"}, {"$.increments[1].state", "not converged"},
-      {"$.problems[1].name", "ExcessiveDistortion"},
-      {"$.problems[1].code", std::to_string(codes::ExcessiveDistortion)}, {"$.problems[1].count", "14"},
-      {"$.problems[1].place_count", "6"}, {"$.problems[1].places[0].label", "301"},
-      {"$.problems[1].places[0].count", "4"}, {"$.problems[1].first.increment", "1"}, {"$.messages", "[]"},
-  };
+  for (const auto& [path, value] : std::initializer_list<std::pair<const char*, std::string>>{
+           {"format", "1"}, {"run.job", "json"}, {"run.in_parts", "1"}, {"run.domains", "NULL"},
+           {"steps[0].increments", "12"}, {"steps[0].attributes[0]", "large displacements"},
+           {"increments[0].last", "12"}, {"increments[1].state", "not converged"},
+           {"problems[1].name", "ExcessiveDistortion"}, {"problems[1].code", code}, {"problems[1].count", "14"},
+           {"problems[1].place_count", "6"}, {"problems[1].places[0].label", "301"},
+           {"problems[1].places[0].count", "4"}, {"problems[1].first.increment", "1"}, {"messages", "[]"}})
+    EXPECT_EQ(r.value("SELECT json_extract('" + std::regex_replace(result.out, std::regex("'"), "''") + "', '$." +
+                      path + "')"), value) << path;
   // clang-format on
-  for (const auto& [path, value] : expected) EXPECT_EQ(at(path), value) << path;
 }
 
 TEST_F(DiagnosticsProgram, ReadsRunningAndCrashedAnalyses) {
   recordFailure("running");
-  EXPECT_EQ(runOn("running").out.find("running: running\n"), 0u);
+  EXPECT_TRUE(runOn("running").out.starts_with("running: running\n"));
   closeJob();
-  EXPECT_EQ(runOn("running").out.find("running: ended without a status\n"), 0u);
+  EXPECT_TRUE(runOn("running").out.starts_with("running: ended without a status\n"));
 
   const int status = inChild([&] {
     recordFailure("crashed");
@@ -1012,7 +887,7 @@ TEST_F(DiagnosticsProgram, ReadsRunningAndCrashedAnalyses) {
   EXPECT_TRUE(WIFSIGNALED(status));
   const Outcome crashed = runOn("crashed");
   EXPECT_EQ(crashed.code, 0);
-  EXPECT_EQ(crashed.out.find("crashed: ended without closing the file\n"), 0u) << crashed.out;
+  EXPECT_TRUE(crashed.out.starts_with("crashed: ended without closing the file\n")) << crashed.out;
   EXPECT_TRUE(contains(crashed.out, "TooManyAttempts"));
 }
 
@@ -1020,24 +895,22 @@ TEST_F(DiagnosticsProgram, ExitCodesTellWhatIsWrong) {
   const auto expect = [&](const Outcome& result, int exitCode, const std::string& words) {
     EXPECT_EQ(result.code, exitCode) << result.out;
     EXPECT_TRUE(contains(result.out, words)) << result.out;
-    EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 1) << result.out;
+    EXPECT_EQ(linesOf(result.out).size(), 1u) << result.out;
   };
+  writeFile(directory / "letter", std::string(5000, 'x'));
+  writeFile(directory / "nothing", "");
+  recordFailure("good");
+  closeJob();
   expect(run(""), 2, "DATABASE is required");
   expect(run("x --what"), 2, "--what");
   expect(run(quoted(directory / "none")), 3, "there is no such file");
   expect(run(quoted(directory)), 3, "is a directory");
-  std::ofstream(directory / "letter") << std::string(5000, 'x');
   expect(run(quoted(directory / "letter")), 4, "is not a database");
-  std::ofstream(directory / "nothing").flush();
   expect(run(quoted(directory / "nothing")), 4, "not of diagnostics");
-
-  recordFailure("good");
-  closeJob();
-  EXPECT_EQ(runOn("good", "> /dev/null").code, 0);
   expect(runOn("good", "--increment 3-x"), 2, "--increment 3-x");
   expect(runOn("good", "--limit 0"), 2, "--limit");
   expect(runOn("good", "--limit 3 --all"), 2, "--limit");
-  if (fs::exists("/dev/full")) expect(run(quoted(database("good")), " 2>&1 >/dev/full"), 1, "written");
+  expect(run(quoted(database("good")), " 2>&1 >/dev/full"), 1, "written");
   const auto changed = [&](const std::string& sql) {
     fs::copy_file(database("good"), directory / "changed", fs::copy_options::overwrite_existing);
     Database(directory / "changed", SQLITE_OPEN_READWRITE).rows(sql);
@@ -1064,7 +937,7 @@ TEST_F(DiagnosticsProgram, ExitCodesTellWhatIsWrong) {
 TEST_F(DiagnosticsProgram, EndsQuietlyWhenNobodyReadsOn) {
   openJob("pipe", directory);
   implicitExtractor().BeginStep(1, "", 4, false, false);
-  for (int k = 0; k < 20000; ++k) implicitExtractor().AddWarning(codes::NegativeEigenvalues, {{k}, {}, {}, {}, {}});
+  for (int k = 0; k < 20000; ++k) warn(k);
   closeJob();
   const Outcome result = run(quoted(database("pipe")) + " --code warning --all", " 2>&1 | head -n 1");
   EXPECT_EQ(result.out, "pipe: ended without a status\n");

@@ -7,22 +7,13 @@
 #include "kprC_Step.h"
 #include "reference_host.h"
 #include "tests/support/files.h"
+#include "tests/support/threads.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <csignal>
-#include <cstdio>
 #include <ctime>
-#include <filesystem>
-#include <fstream>
-#include <limits>
-#include <set>
-#include <sstream>
-#include <string>
 #include <thread>
-#include <unistd.h>
-#include <vector>
 
 namespace {
 
@@ -35,7 +26,21 @@ void write(const std::string& type, const std::string& text, int32_t unit = -6, 
                 static_cast<int64_t>(type.size()), static_cast<int64_t>(text.size()), 0);
 }
 
-std::vector<std::string> lines(const fs::path& path) { return linesOf(readFile(path)); }
+void expectThrown(const auto& call, int code, const fs::path& file) {
+  try {
+    call();
+    FAIL() << "nothing was said of " << file;
+  } catch (const std::system_error& error) {
+    EXPECT_EQ(error.code().value(), code);
+    EXPECT_TRUE(contains(error.what(), file.string())) << error.what();
+  }
+}
+void exitWith(int32_t code) { GLO_UTI_EXIT(&code); }
+std::string procedureType(int32_t id, std::size_t length) {
+  std::string keyword(length, '#');
+  GLO_GETPROCEDURETYPE(&id, keyword.data(), static_cast<int64_t>(length));
+  return keyword;
+}
 
 class ReferenceHost : public testing::Test {
 protected:
@@ -100,36 +105,28 @@ TEST_F(ReferenceHost, MessagesOfThreadsStayWholeAndTogether) {
   constexpr int kThreads = 6, kMessages = 150;
   const JobFiles files = openJob("threads", directory);
   const int64_t unfiled = unfiledRecords();
-  std::vector<std::thread> threads;
-  threads.reserve(kThreads);
-  std::atomic<int> ready{0};
-  for (int t = 0; t < kThreads; ++t)
-    threads.emplace_back([t, &ready] {
-      ++ready;
-      while (ready < kThreads) std::this_thread::yield();
-      for (int k = 0; k < kMessages; ++k) {
-        const int32_t unit = -6, status = k % 10 == 0, ints[] = {t, k, t, k};
-        const std::string text = "from %I number %I " + std::string(60, 'x') + " again from %I number %I";
-        if (k % 2 == 0) {
-          GLO_UTI_WRITE(&unit, &status, "Error", text.c_str(), ints, nullptr, nullptr, 5,
-                        static_cast<int64_t>(text.size()), 0);
-          GLO_UTI_WRITECONT(&unit, &status, "Table", "continued %I %I", ints, nullptr, nullptr, 5, 15, 0);
-        } else {
-          glo_uti_CWrite(unit, status, "Error", text.c_str(), ints, nullptr, nullptr);
-        }
+  runThreads(kThreads, [](int t) {
+    const std::string text = "from %I number %I " + std::string(60, 'x') + " again from %I number %I";
+    for (int k = 0; k < kMessages; ++k) {
+      const int32_t unit = -6, status = k % 10 == 0, ints[] = {t, k, t, k};
+      if (k % 2 == 0) {
+        GLO_UTI_WRITE(&unit, &status, "Error", text.c_str(), ints, nullptr, nullptr, 5,
+                      static_cast<int64_t>(text.size()), 0);
+        GLO_UTI_WRITECONT(&unit, &status, "Table", "continued %I %I", ints, nullptr, nullptr, 5, 15, 0);
+      } else {
+        glo_uti_CWrite(unit, status, "Error", text.c_str(), ints, nullptr, nullptr);
       }
-    });
-  for (std::thread& thread : threads) thread.join();
+    }
+  });
   closeJob();
   EXPECT_EQ(unfiledRecords(), unfiled);
 
   // Every message is a run of undisturbed lines, and each thread's come in its own order.  A status record may
   // bring the lines of its own message out early, never those of another one.
-  const std::vector<std::string> all = lines(files.message);
+  const std::vector<std::string> all = linesOf(readFile(files.message));
   std::vector<int> next(kThreads, 0);
-  std::size_t line = 0;
   int apart = 0;
-  while (line < all.size()) {
+  for (std::size_t line = 0; line < all.size();) {
     if (all[line].starts_with("continued")) { // came out after its status record
       ++apart;
       ++line;
@@ -137,23 +134,18 @@ TEST_F(ReferenceHost, MessagesOfThreadsStayWholeAndTogether) {
     }
     ASSERT_LE(line + 5, all.size());
     int thread = -1, number = -1;
-    ASSERT_EQ(all[line], "");
     ASSERT_EQ(std::sscanf(all[line + 1].c_str(), "***ERROR: from %d number %d", &thread, &number), 2) << all[line + 1];
-    ASSERT_EQ(number, next.at(static_cast<std::size_t>(thread))++);
-    const std::string which = std::to_string(thread) + " number " + std::to_string(number);
-    ASSERT_EQ(all[line + 1], "***ERROR: from " + which);
-    ASSERT_EQ(all[line + 2], std::string(10, ' ') + std::string(60, 'x') + " again");
-    ASSERT_EQ(all[line + 3], std::string(10, ' ') + "from " + which);
-    ASSERT_EQ(all[line + 4], "");
-    line += 5;
-    if (number % 2 == 0 && number % 10 != 0) {
-      ASSERT_LT(line, all.size());
-      ASSERT_EQ(all[line++], "continued " + std::to_string(thread) + " " + std::to_string(number));
-    }
+    ASSERT_EQ(number, next.at(thread)++);
+    const std::string which = std::to_string(thread) + " number " + std::to_string(number), indent(10, ' ');
+    std::vector<std::string> message{"", "***ERROR: from " + which, indent + std::string(60, 'x') + " again",
+                                     indent + "from " + which, ""};
+    if (number % 2 == 0 && number % 10 != 0)
+      message.push_back("continued " + std::to_string(thread) + " " + std::to_string(number));
+    for (const std::string& expected : message) ASSERT_EQ(line < all.size() ? all[line++] : "nothing", expected);
   }
   EXPECT_EQ(next, std::vector<int>(kThreads, kMessages));
   EXPECT_EQ(apart, kThreads * kMessages / 10);
-  EXPECT_EQ(lines(files.status).size(), static_cast<std::size_t>(kThreads * kMessages / 10));
+  EXPECT_EQ(linesOf(readFile(files.status)).size(), static_cast<std::size_t>(kThreads * kMessages / 10));
 }
 
 TEST_F(ReferenceHost, ThreadsAndMessagesAreNumbered) {
@@ -194,13 +186,7 @@ TEST_F(ReferenceHost, LinesOfAnEndedThreadAreKept) {
 }
 
 TEST_F(ReferenceHost, ReportsWhatItCannotOpenAndWhatItLost) {
-  try {
-    openJob("job", directory / "nowhere");
-    FAIL() << "opened files in a directory that does not exist";
-  } catch (const std::system_error& error) {
-    EXPECT_EQ(error.code().value(), ENOENT);
-    EXPECT_NE(std::string(error.what()).find((directory / "nowhere" / "job.msg").string()), std::string::npos);
-  }
+  expectThrown([&] { openJob("job", directory / "nowhere"); }, ENOENT, directory / "nowhere" / "job.msg");
   closeJob(); // nothing is open
 
   if (!fs::exists("/dev/full")) GTEST_SKIP() << "no full device here";
@@ -210,13 +196,7 @@ TEST_F(ReferenceHost, ReportsWhatItCannotOpenAndWhatItLost) {
   write("Info", std::string(500, 'x'));
   write("Warning", "still running", -6, 1);
   EXPECT_EQ(writeError().value(), ENOSPC);
-  try {
-    closeJob();
-    FAIL() << "lost messages without a word";
-  } catch (const std::system_error& error) {
-    EXPECT_EQ(error.code().value(), ENOSPC);
-    EXPECT_NE(std::string(error.what()).find(files.message.string()), std::string::npos);
-  }
+  expectThrown(closeJob, ENOSPC, files.message);
   EXPECT_EQ(readFile(files.status), "Warning message=still running\n") << "the other files are complete";
   openJob("fresh", directory);
   EXPECT_FALSE(writeError());
@@ -225,42 +205,33 @@ TEST_F(ReferenceHost, ReportsWhatItCannotOpenAndWhatItLost) {
 TEST_F(ReferenceHost, EndOfAnalysisLeavesItsMark) {
   const JobFiles files = openJob("end", directory);
   EXPECT_EQ(jobStatus(), -1);
-  int32_t code = 22;
-  GLO_UTI_EXIT(&code);
+  exitWith(22);
   EXPECT_EQ(jobStatus(), 1);
   EXPECT_FALSE(threadError());
   EXPECT_TRUE(transmitterClosing());
-  code = 20;
-  GLO_UTI_EXIT(&code);
+  exitWith(20);
   EXPECT_EQ(jobStatus(), 2);
   EXPECT_TRUE(threadError());
   requestKill();
-  code = 22;
-  GLO_UTI_EXIT(&code);
+  exitWith(22);
   EXPECT_EQ(jobStatus(), 3);
   EXPECT_EQ(readFile(files.status), "Completed message=Phase complete\n"
                                     "Aborted message=Analysis failed due to Errors\n"
                                     "Interrupted message=Analysis terminated by external signal\n");
   openJob("again", directory);
   EXPECT_EQ(jobStatus(), -1);
-  EXPECT_FALSE(threadError());
-  EXPECT_FALSE(transmitterClosing());
+  EXPECT_FALSE(threadError() || transmitterClosing());
   EXPECT_TRUE(killSignal()) << "a request that came before the job stands";
 }
 
 TEST_F(ReferenceHost, ThreadsMayEndTheAnalysisAtOnce) {
   const JobFiles files = openJob("ends", directory);
   constexpr int kThreads = 4;
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t)
-    threads.emplace_back([] {
-      const int32_t code = 20;
-      GLO_UTI_EXIT(&code);
-    });
-  for (std::thread& thread : threads) thread.join();
+  runThreads(kThreads, [](int) { exitWith(20); });
   EXPECT_EQ(jobStatus(), 2);
   EXPECT_TRUE(threadError());
-  EXPECT_EQ(lines(files.status), std::vector<std::string>(kThreads, "Aborted message=Analysis failed due to Errors"));
+  EXPECT_EQ(linesOf(readFile(files.status)),
+            std::vector<std::string>(kThreads, "Aborted message=Analysis failed due to Errors"));
 }
 
 TEST_F(ReferenceHost, AbortEndsTheJobAndNotTheProcess) {
@@ -270,10 +241,7 @@ TEST_F(ReferenceHost, AbortEndsTheJobAndNotTheProcess) {
   GLO_UTI_ALLO(&offset, &position, &size);
   EXPECT_EQ(jobStatus(), 2);
   EXPECT_TRUE(threadError());
-  const int32_t id = 14;
-  char keyword[10];
-  GLO_GETPROCEDURETYPE(&id, keyword, sizeof keyword);
-  EXPECT_EQ(std::string(keyword, sizeof keyword), "Unknown   ");
+  EXPECT_EQ(procedureType(14, 10), "Unknown   ");
   closeJob();
   EXPECT_EQ(readFile(files.message), "\n***ERROR: A negative storage request value is not allowed.\n\n"
                                      "\n***ERROR: UNKNOWN PROCEDURE TYPE ID: 14\n\n");
@@ -322,10 +290,7 @@ TEST_F(ReferenceHost, NamesItselfAndItsSteps) {
   EXPECT_EQ(year, today.tm_year + 1900);
   EXPECT_TRUE(1 <= day && day <= 31 && hour >= 0 && hour < 24 && minute < 60 && second <= 60) << banner;
 
-  const int32_t explicitDynamics = 17;
-  char keyword[18];
-  GLO_GETPROCEDURETYPE(&explicitDynamics, keyword, sizeof keyword);
-  EXPECT_EQ(std::string(keyword, sizeof keyword), "*DYNAMIC, EXPLICIT");
+  EXPECT_EQ(procedureType(17, 18), "*DYNAMIC, EXPLICIT");
 #define SA_KEYWORD(step) step::constructorCmd(),
   const std::set<std::string> keywords = {SA_HOST_STEPS(SA_KEYWORD)};
 #undef SA_KEYWORD
@@ -343,10 +308,9 @@ TEST_F(ReferenceHost, PrintedDiagnosticsReachLogAndStatusFile) {
   acd_cutback_diagnostic_c(7, 1);
   acd_set_execode_c(0);
   closeJob();
-  EXPECT_EQ(lines(files.log), (std::vector<std::string>{
-                                  "", "***ERROR: THE SPRING IS MISSING", "",
-                                  "***NOTE: ELEMENTS ARE DISTORTING EXCESSIVELY. CONVERGENCE IS JUDGED UNLIKELY."}));
-  EXPECT_EQ(lines(files.status), (std::vector<std::string>{"Error message=the spring is missing"}));
+  EXPECT_EQ(readFile(files.log), "\n***ERROR: THE SPRING IS MISSING\n\n***NOTE: ELEMENTS ARE DISTORTING EXCESSIVELY. "
+                                 "CONVERGENCE IS JUDGED UNLIKELY.\n");
+  EXPECT_EQ(readFile(files.status), "Error message=the spring is missing\n");
 }
 
 } // namespace

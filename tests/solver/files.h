@@ -4,9 +4,8 @@
 #include "tests/solver/models.h"
 #include "tests/support/files.h"
 
-#include <set>
-#include <sstream>
-#include <string>
+#include <chrono>
+#include <thread>
 
 namespace sharedanalysis::test {
 
@@ -20,15 +19,14 @@ inline std::string meshText(const solver::Mesh& mesh) {
   const auto element = [&](int64_t number, int type, std::size_t group, int32_t brick, auto corners) {
     ++count;
     elements << number << ' ' << type << " 2 " << group + 1 << ' ' << group + 1;
-    for (int corner : corners)
-      elements << ' ' << mesh.nodeNumbers[static_cast<std::size_t>(mesh.connectivity[8 * brick + corner])];
+    for (int corner : corners) elements << ' ' << mesh.nodeNumbers[mesh.connectivity[8 * brick + corner]];
     elements << '\n';
   };
   for (std::size_t g = 0; g < mesh.groups.size(); ++g) {
     const solver::Group& group = mesh.groups[g];
     names << group.dimension << ' ' << g + 1 << " \"" << group.name << "\"\n";
     for (int32_t brick : group.elements)
-      element(mesh.elementNumbers[static_cast<std::size_t>(brick)], 5, g, brick, std::array{0, 1, 2, 3, 4, 5, 6, 7});
+      element(mesh.elementNumbers[brick], 5, g, brick, std::array{0, 1, 2, 3, 4, 5, 6, 7});
     if (group.dimension != 2) continue;
     const std::set<int32_t> nodes(group.nodes.begin(), group.nodes.end());
     for (int32_t brick = 0; brick < mesh.elements(); ++brick)
@@ -89,5 +87,14 @@ velocity = [0, 0, -1]
 [control]
 end_time = 0.05
 )";
+
+// Waits for the second time of fields; false when it does not come.
+inline bool isUnderWay(const std::filesystem::path& statusFile) {
+  for (int wait = 0; wait < 3000; ++wait) {
+    if (std::filesystem::exists(statusFile) && countOf("Status ", readFile(statusFile)) > 1) return true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return false;
+}
 
 } // namespace sharedanalysis::test

@@ -1,48 +1,51 @@
 // Models made in code: boxes of bricks and the materials of the tests.
 #pragma once
 
+#include "glo.h"
 #include "solver/analysis/analysis.h"
 #include "tests/support/random.h"
 
+#include <gtest/gtest.h>
+
 #include <array>
 #include <cmath>
-#include <functional>
 
 namespace sharedanalysis::test {
+
+// Tests of the solver while the library is there.
+class SolverTest : public testing::Test {
+protected:
+  void SetUp() override { Shared_Analysis_XP_initialize(&components_); }
+  void TearDown() override { Shared_Analysis_XP_finalize(&components_); }
+
+private:
+  int32_t components_ = 0;
+};
 
 // A box of nx x ny x nz bricks with groups "all" and the six faces "x0", "x1", "y0", ... and "surface"; numbers count from 1.
 inline solver::Mesh box(std::array<int, 3> bricks, std::array<double, 3> size) {
   solver::Mesh mesh;
   const int nx = bricks[0] + 1, ny = bricks[1] + 1, nz = bricks[2] + 1;
-  const auto at = [=](int i, int j, int k) { return (k * ny + j) * nx + i; };
   std::array<solver::Group, 6> faces;
   for (int f = 0; f < 6; ++f) faces[f] = {std::string(1, "xyz"[f / 2]) + "01" [f % 2], 2, {}, {}};
   solver::Group surface{"surface", 2, {}, {}}, all{"all", 3, {}, {}};
-  for (int k = 0; k < nz; ++k)
-    for (int j = 0; j < ny; ++j)
-      for (int i = 0; i < nx; ++i) {
-        const int32_t node = at(i, j, k);
-        const int index[3] = {i, j, k};
-        bool outside = false;
-        for (int c = 0; c < 3; ++c) {
-          mesh.coordinates.push_back(size[c] * index[c] / bricks[c]);
-          if (index[c] == 0) faces[2 * c].nodes.push_back(node);
-          if (index[c] == bricks[c]) faces[2 * c + 1].nodes.push_back(node);
-          outside = outside || index[c] == 0 || index[c] == bricks[c];
-        }
-        if (outside) surface.nodes.push_back(node);
-        all.nodes.push_back(node);
-        mesh.nodeNumbers.push_back(node + 1);
-      }
-  for (int k = 0; k + 1 < nz; ++k)
-    for (int j = 0; j + 1 < ny; ++j)
-      for (int i = 0; i + 1 < nx; ++i) {
-        for (int32_t node : {at(i, j, k), at(i + 1, j, k), at(i + 1, j + 1, k), at(i, j + 1, k), at(i, j, k + 1),
-                             at(i + 1, j, k + 1), at(i + 1, j + 1, k + 1), at(i, j + 1, k + 1)})
-          mesh.connectivity.push_back(node);
-        all.elements.push_back(mesh.elements());
-        mesh.elementNumbers.push_back(mesh.elements() + 1);
-      }
+  for (int32_t node = 0; node < nx * ny * nz; ++node) {
+    const int index[3] = {node % nx, node / nx % ny, node / (nx * ny)};
+    bool outside = false;
+    for (int c = 0; c < 3; ++c) {
+      mesh.coordinates.push_back(size[c] * index[c] / bricks[c]);
+      for (const int end : {0, 1})
+        if (index[c] == end * bricks[c]) faces[2 * c + end].nodes.push_back(node), outside = true;
+    }
+    if (outside) surface.nodes.push_back(node);
+    all.nodes.push_back(node);
+    mesh.nodeNumbers.push_back(node + 1);
+    if (index[0] == bricks[0] || index[1] == bricks[1] || index[2] == bricks[2]) continue;
+    for (const int corner : {0, 1, nx + 1, nx}) mesh.connectivity.push_back(node + corner);
+    for (const int corner : {0, 1, nx + 1, nx}) mesh.connectivity.push_back(node + nx * ny + corner);
+    all.elements.push_back(static_cast<int32_t>(mesh.elementNumbers.size()));
+    mesh.elementNumbers.push_back(all.elements.back() + 1);
+  }
   mesh.groups = {all, surface};
   mesh.groups.insert(mesh.groups.end(), faces.begin(), faces.end());
   return mesh;
@@ -67,11 +70,23 @@ inline solver::Case caseOf(const solver::Material& material, double endTime) {
 
 inline solver::History constant(double value) { return {{0.0}, {value}}; }
 
-inline void fix(solver::Case& c, const std::string& group, const std::string& components) {
+// All these components of a group move with a constant velocity; fixed, they do not.
+inline void move(solver::Case& c, const std::string& group, const std::string& components, double velocity) {
   solver::PrescribedMotion motion;
   motion.group = group;
-  for (char component : components) motion.velocity[component - 'x'] = constant(0);
+  for (char component : components) motion.velocity[component - 'x'] = constant(velocity);
   c.motions.push_back(motion);
+}
+inline void fix(solver::Case& c, const std::string& group, const std::string& components) {
+  move(c, group, components, 0);
+}
+inline void start(solver::Case& c, std::array<double, 3> velocity) {
+  solver::InitialVelocity all;
+  all.velocity = velocity;
+  c.initialVelocities = {all};
+}
+inline bool runsToTheEnd(solver::Analysis& analysis, const solver::Case& c) {
+  return analysis.advanceTo(c.endTime) == solver::Ending::Complete;
 }
 
 } // namespace sharedanalysis::test

@@ -25,7 +25,7 @@ public:
     int dimensions = 0, sides = 0;
     ex_get_init(id_, text.data(), &dimensions, &nodes, &elements, &blocks, &sets, &sides);
     title = text.data();
-    times.resize(static_cast<std::size_t>(ex_inquire_int(id_, EX_INQ_TIME)));
+    times.resize(ex_inquire_int(id_, EX_INQ_TIME));
     if (!times.empty()) ex_get_all_times(id_, times.data());
   }
   ~FieldFile() { ex_close(id_); }
@@ -33,7 +33,7 @@ public:
   FieldFile& operator=(const FieldFile&) = delete;
 
   std::vector<int> numbers(ex_entity_type map) const {
-    std::vector<int> values(static_cast<std::size_t>(map == EX_NODE_MAP ? nodes : elements));
+    std::vector<int> values(map == EX_NODE_MAP ? nodes : elements);
     ex_get_id_map(id_, map, values.data());
     return values;
   }
@@ -48,12 +48,12 @@ public:
   std::vector<int> nodeSet(int set) const {
     int count = 0, factors = 0;
     ex_get_set_param(id_, EX_NODE_SET, set, &count, &factors);
-    std::vector<int> members(static_cast<std::size_t>(count));
+    std::vector<int> members(count);
     ex_get_set(id_, EX_NODE_SET, set, members.data(), nullptr);
     return members;
   }
   std::vector<double> coordinates() const {
-    const std::size_t n = static_cast<std::size_t>(nodes);
+    const std::size_t n = nodes;
     std::vector<double> values(3 * n);
     ex_get_coord(id_, &values[0], &values[n], &values[2 * n]);
     return values;
@@ -63,21 +63,17 @@ public:
     ex_get_conn(id_, EX_ELEM_BLOCK, block, values.data(), nullptr, nullptr);
     return values;
   }
-  // One variable at one time, steps and variables counted from 1; of all blocks in their order.
+  // One variable at one time, steps and variables counted from 1; of all blocks in their order, or all of the model.
   std::vector<double> values(ex_entity_type type, int step, int variable) const {
     std::vector<double> all;
-    if (type == EX_GLOBAL) all.resize(variables(EX_GLOBAL).size());
-    if (type == EX_NODAL) all.resize(static_cast<std::size_t>(nodes));
-    if (type == EX_GLOBAL)
-      ex_get_var(id_, step, type, 1, 1, static_cast<int64_t>(all.size()), all.data());
-    else if (type == EX_NODAL)
-      ex_get_var(id_, step, type, variable, 1, nodes, all.data());
-    else
-      for (int block = 1; block <= blocks; ++block) {
-        std::vector<double> part(blockSize(block));
-        ex_get_var(id_, step, type, variable, block, static_cast<int64_t>(part.size()), part.data());
-        all.insert(all.end(), part.begin(), part.end());
-      }
+    const auto add = [&](int entity, std::size_t count) {
+      std::vector<double> part(count);
+      ex_get_var(id_, step, type, variable, entity, static_cast<int64_t>(count), part.data());
+      all.insert(all.end(), part.begin(), part.end());
+    };
+    if (type == EX_GLOBAL) add(1, variables(EX_GLOBAL).size());
+    if (type == EX_NODAL) add(1, nodes);
+    for (int block = 1; block <= blocks && type == EX_ELEM_BLOCK; ++block) add(block, blockSize(block));
     return all;
   }
   std::vector<double> values(ex_entity_type type, int step, const std::string& name) const {
@@ -121,7 +117,7 @@ private:
     ex_get_block(id_, EX_ELEM_BLOCK, block, kind.data(), &count, &corners, &edges, &faces, &attributes);
     EXPECT_STREQ(kind.data(), "HEX8");
     EXPECT_EQ(corners, 8);
-    return static_cast<std::size_t>(count);
+    return count;
   }
 
   int id_ = -1;

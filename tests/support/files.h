@@ -81,6 +81,17 @@ inline std::vector<std::string> linesOf(const std::string& text) {
   return lines;
 }
 
+// What a call says that fails with such an error; "nothing" when it does not fail.
+template <class Error>
+std::string thrown(const auto& call) {
+  try {
+    call();
+  } catch (const Error& error) {
+    return error.what();
+  }
+  return "nothing";
+}
+
 inline bool contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
 inline int countOf(const std::string& part, const std::string& text) {

@@ -73,6 +73,14 @@ public:
   Program(const Program&) = delete;
   Program& operator=(const Program&) = delete;
 
+  // Up to the end, and closes it.
+  static std::string readAll(int pipe) {
+    std::string text;
+    std::array<char, 4096> piece;
+    for (ssize_t count; (count = read(pipe, piece.data(), piece.size())) > 0;) text.append(piece.data(), count);
+    close(pipe);
+    return text;
+  }
   void signal(int number) const { kill(process_, number); }
 
   Outcome wait() {
@@ -85,15 +93,6 @@ public:
   }
 
 private:
-  static std::string readAll(int pipe) {
-    std::string text;
-    std::array<char, 4096> piece;
-    for (ssize_t count; (count = read(pipe, piece.data(), piece.size())) > 0;)
-      text.append(piece.data(), static_cast<std::size_t>(count));
-    close(pipe);
-    return text;
-  }
-
   pid_t process_ = -1;
   int out_ = -1, err_ = -1;
 };

@@ -26,17 +26,11 @@ namespace {
 std::recursive_mutex mutex;
 RecordingDiagnostics host;
 
-void append(std::ostringstream&) {}
-template <class First, class... Rest>
-void append(std::ostringstream& stream, const First& first, const Rest&... rest) {
-  stream << ' ' << first;
-  append(stream, rest...);
-}
 template <class... Values>
 void record(const char* call, const Values&... values) {
   std::ostringstream stream;
   stream << call;
-  append(stream, values...);
+  ((stream << ' ' << values), ...);
   const std::lock_guard lock(mutex);
   host.calls.push_back(stream.str());
 }
@@ -105,12 +99,6 @@ void resetRecordingDiagnostics() {
   host.releases = releases; // what lives in a thread stays registered
   std::fill_n(CWARN, 2, 0);
   std::fill_n(CLINES, 20, 0);
-}
-
-std::string word(int32_t value) {
-  char bytes[sizeof value];
-  std::memcpy(bytes, &value, sizeof value);
-  return {bytes, sizeof value};
 }
 
 } // namespace sharedanalysis::test
@@ -190,95 +178,72 @@ void INPM_GETPARTINFOI(const int32_t* element, char* instance, int32_t* local, i
 
 // ---- extractors
 
-#define SA_RECORD(Class, method, parameters, ...)                                                                      \
-  void Class::method parameters { record(#method __VA_OPT__(, ) __VA_ARGS__); }
-dxt_DiagnosticExtractor& dxt_DiagnosticExtractor::Instance() {
-  static dxt_DiagnosticExtractor extractor;
-  return extractor;
-}
-SA_RECORD(dxt_DiagnosticExtractor, Enable, ())
-SA_RECORD(dxt_DiagnosticExtractor, Disable, ())
-SA_RECORD(dxt_DiagnosticExtractor, SetDdbName, (const char* name), name)
-void dxt_DiagnosticExtractor::SetExecutionCode(int32_t code) { host.executionCode = code; }
-int32_t dxt_DiagnosticExtractor::GetExecutionCode() const { return host.executionCode; }
-bool dxt_DiagnosticExtractor::IsModelInParts() const { return host.inParts; }
-SA_RECORD(dxt_DiagnosticExtractor, BeginStep,
-          (int32_t number, const char* name, int32_t procedure, bool flag1, bool flag2), number, name, procedure, flag1,
-          flag2)
-SA_RECORD(dxt_DiagnosticExtractor, EndStep, ())
-SA_RECORD(dxt_DiagnosticExtractor, BeginIncrement, (int32_t number, double increment), number, increment)
-SA_RECORD(dxt_DiagnosticExtractor, EndIncrement, (double time, bool converged), time, converged)
-SA_RECORD(dxt_DiagnosticExtractor, BeginAttempt, (double increment), increment)
-SA_RECORD(dxt_DiagnosticExtractor, EndAttempt, ())
-SA_RECORD(dxt_DiagnosticExtractor, BeginIteration, ())
-SA_RECORD(dxt_DiagnosticExtractor, EndIteration, ())
-SA_RECORD(dxt_DiagnosticExtractor, BeginContactIteration, ())
-SA_RECORD(dxt_DiagnosticExtractor, EndContactIteration, ())
-SA_RECORD(dxt_DiagnosticExtractor, SetIterationConverged, (bool flag), flag)
-SA_RECORD(dxt_DiagnosticExtractor, SetContactIterationConverged, (bool flag), flag)
-SA_RECORD(dxt_DiagnosticExtractor, SetAttemptNeedsReordering, (bool flag), flag)
-SA_RECORD(dxt_DiagnosticExtractor, SetIterationSevereDiscontinuity, (bool flag), flag)
-SA_RECORD(dxt_DiagnosticExtractor, SetIterationPenetrationToleranceExceeded, (bool flag), flag)
-SA_RECORD(dxt_DiagnosticExtractor, SetIterationSeparationToleranceTooLarge, (bool flag), flag)
-SA_RECORD(dxt_DiagnosticExtractor, SetRenumbered, (bool flag), flag)
-SA_RECORD(dxt_DiagnosticExtractor, SetStepIncrementationControls,
-          (int32_t mode, double r1, double r2, double r3, double r4, int32_t n), mode, r1, r2, r3, r4, n)
-SA_RECORD(dxt_DiagnosticExtractor, SetStepSolver, (int32_t solver), solver)
-SA_RECORD(dxt_DiagnosticExtractor, SetStepExtrapolation, (int32_t extrapolation), extrapolation)
-SA_RECORD(dxt_DiagnosticExtractor, SetStepCharacteristicElementLength, (double length), length)
-SA_RECORD(dxt_DiagnosticExtractor, SetStepUnsymm, ())
-SA_RECORD(dxt_DiagnosticExtractor, SetStepNlgeom, ())
-SA_RECORD(dxt_DiagnosticExtractor, SetStepStabilizeFactor, (double factor), factor)
-SA_RECORD(dxt_DiagnosticExtractor, AddError, (int32_t code, const dia_Values& values), hexadecimal(code), text(values))
-SA_RECORD(dxt_DiagnosticExtractor, AddWarning, (int32_t code, const dia_Values& values), hexadecimal(code),
-          text(values))
-SA_RECORD(dxt_DiagnosticExtractor, AddElementDiagnostic, (int32_t code, const dia_Values& values), hexadecimal(code),
-          text(values))
-SA_RECORD(dxt_DiagnosticExtractor, AddContactDiagnostic, (int32_t code, const dia_Values& values), hexadecimal(code),
-          text(values))
-SA_RECORD(dxt_DiagnosticExtractor, AddResidualDiagnostic, (int32_t field, int32_t kind, const dia_Values& values),
-          field, kind, text(values))
-SA_RECORD(dxt_DiagnosticExtractor, AddCompatibilityDiagnostic, (int32_t constraint, const dia_Values& values),
-          constraint, text(values))
-SA_RECORD(dxt_DiagnosticExtractor, AddCutbackDiagnostic, (int32_t code), code)
-SA_RECORD(dxt_DiagnosticExtractor, AddInternalError, (const char* message), message)
-
-#define SA_RECORD_XPL(method, parameters, ...)                                                                         \
+// clang-format off
+#define SA_RECORD(method, parameters, ...)                                                                           \
+  void dxt_DiagnosticExtractor::method parameters { record(#method __VA_OPT__(, ) __VA_ARGS__); }
+#define SA_RECORD_XPL(method, parameters, ...)                                                                       \
   void dxt_DiagnosticExtractorXpl::method parameters { record("Xpl " #method __VA_OPT__(, ) __VA_ARGS__); }
-dxt_DiagnosticExtractorXpl& dxt_DiagnosticExtractorXpl::Instance() {
-  static dxt_DiagnosticExtractorXpl extractor;
-  return extractor;
-}
-SA_RECORD_XPL(Enable, ())
-SA_RECORD_XPL(Disable, ())
-SA_RECORD_XPL(SetDdbName, (const char* name), name)
-void dxt_DiagnosticExtractorXpl::SetExecutionCode(int32_t code) { host.executionCodeXpl = code; }
-int32_t dxt_DiagnosticExtractorXpl::GetExecutionCode() const { return host.executionCodeXpl; }
-bool dxt_DiagnosticExtractorXpl::IsModelInParts() const { return host.inParts; }
+#define SA_RECORD_BOTH(...) SA_RECORD(__VA_ARGS__) SA_RECORD_XPL(__VA_ARGS__)
+#define SA_RECORD_CODES(method)                                                                                      \
+  SA_RECORD(method, (int32_t code, const dia_Values& values), hexadecimal(code), text(values))                       \
+  SA_RECORD_XPL(method, (int32_t code, int32_t domain, const dia_Values& v), hexadecimal(code), domain, text(v))
+#define SA_EXTRACTOR(Class, code)                                                                                    \
+  Class& Class::Instance() {                                                                                         \
+    static Class extractor;                                                                                          \
+    return extractor;                                                                                                \
+  }                                                                                                                  \
+  void Class::SetExecutionCode(int32_t value) { code = value; }                                                      \
+  int32_t Class::GetExecutionCode() const { return code; }                                                           \
+  bool Class::IsModelInParts() const { return host.inParts; }
+SA_EXTRACTOR(dxt_DiagnosticExtractor, host.executionCode)
+SA_EXTRACTOR(dxt_DiagnosticExtractorXpl, host.executionCodeXpl)
+SA_RECORD_BOTH(Enable, ())
+SA_RECORD_BOTH(Disable, ())
+SA_RECORD_BOTH(SetDdbName, (const char* name), name)
+SA_RECORD_BOTH(SetRenumbered, (bool flag), flag)
+SA_RECORD_BOTH(EndStep, ())
+SA_RECORD_BOTH(BeginIncrement, (int32_t number, double increment), number, increment)
+SA_RECORD_BOTH(EndIncrement, (double time, bool converged), time, converged)
+SA_RECORD_BOTH(AddInternalError, (const char* message), message)
+SA_RECORD_CODES(AddError)
+SA_RECORD_CODES(AddWarning)
+SA_RECORD_CODES(AddElementDiagnostic)
+SA_RECORD_CODES(AddContactDiagnostic)
+SA_RECORD(BeginStep, (int32_t number, const char* name, int32_t procedure, bool flag1, bool flag2),
+          number, name, procedure, flag1, flag2)
+SA_RECORD(BeginAttempt, (double increment), increment)
+SA_RECORD(EndAttempt, ())
+SA_RECORD(BeginIteration, ())
+SA_RECORD(EndIteration, ())
+SA_RECORD(BeginContactIteration, ())
+SA_RECORD(EndContactIteration, ())
+SA_RECORD(SetIterationConverged, (bool flag), flag)
+SA_RECORD(SetContactIterationConverged, (bool flag), flag)
+SA_RECORD(SetAttemptNeedsReordering, (bool flag), flag)
+SA_RECORD(SetIterationSevereDiscontinuity, (bool flag), flag)
+SA_RECORD(SetIterationPenetrationToleranceExceeded, (bool flag), flag)
+SA_RECORD(SetIterationSeparationToleranceTooLarge, (bool flag), flag)
+SA_RECORD(SetStepIncrementationControls, (int32_t mode, double r1, double r2, double r3, double r4, int32_t n),
+          mode, r1, r2, r3, r4, n)
+SA_RECORD(SetStepSolver, (int32_t solver), solver)
+SA_RECORD(SetStepExtrapolation, (int32_t extrapolation), extrapolation)
+SA_RECORD(SetStepCharacteristicElementLength, (double length), length)
+SA_RECORD(SetStepUnsymm, ())
+SA_RECORD(SetStepNlgeom, ())
+SA_RECORD(SetStepStabilizeFactor, (double factor), factor)
+SA_RECORD(AddResidualDiagnostic, (int32_t field, int32_t kind, const dia_Values& values), field, kind, text(values))
+SA_RECORD(AddCompatibilityDiagnostic, (int32_t constraint, const dia_Values& values), constraint, text(values))
+SA_RECORD(AddCutbackDiagnostic, (int32_t code), code)
 SA_RECORD_XPL(SetNumDomains, (int32_t domains), domains)
 SA_RECORD_XPL(SetXplDoublePrecision, (bool flag), flag)
-SA_RECORD_XPL(SetRenumbered, (bool flag), flag)
 SA_RECORD_XPL(SetValid, (bool flag), flag)
 SA_RECORD_XPL(BeginStep, (int32_t number, const char* name, int32_t procedure), number, name, procedure)
-SA_RECORD_XPL(EndStep, ())
-SA_RECORD_XPL(BeginIncrement, (int32_t number, double increment), number, increment)
-SA_RECORD_XPL(EndIncrement, (double time, bool flag), time, flag)
-SA_RECORD_XPL(AddError, (int32_t code, int32_t domain, const dia_Values& values), hexadecimal(code), domain,
-              text(values))
-SA_RECORD_XPL(AddWarning, (int32_t code, int32_t domain, const dia_Values& values), hexadecimal(code), domain,
-              text(values))
-SA_RECORD_XPL(AddElementDiagnostic, (int32_t code, int32_t domain, const dia_Values& values), hexadecimal(code), domain,
-              text(values))
-SA_RECORD_XPL(AddContactDiagnostic, (int32_t code, int32_t domain, const dia_Values& values), hexadecimal(code), domain,
-              text(values))
-SA_RECORD_XPL(AddInternalError, (const char* message), message)
-void dxt_DiagnosticExtractorXpl::AddXplStatus(int32_t status, int32_t node, const std::string& instance,
-                                              const std::array<double, 9>& reals) {
-  record("Xpl AddXplStatus", status, node, instance, reals.front(), reals.back());
-}
-void dxt_DiagnosticExtractorXpl::SetActiveXplStatus(const std::array<int32_t, 9>& active) {
-  record("Xpl SetActiveXplStatus", active.front(), active.back());
-}
+using StatusReals = std::array<double, 9>;
+using StatusFlags = std::array<int32_t, 9>;
+SA_RECORD_XPL(AddXplStatus, (int32_t status, int32_t node, const std::string& instance, const StatusReals& reals),
+              status, node, instance, reals.front(), reals.back())
+SA_RECORD_XPL(SetActiveXplStatus, (const StatusFlags& active), active.front(), active.back())
+// clang-format on
 int32_t dxt_DiagnosticExtractorXpl::GetNumberOfErrors() const { return 11; }
 int32_t dxt_DiagnosticExtractorXpl::GetNumberOfWarnings() const { return 12; }
 int32_t dxt_DiagnosticExtractorXpl::GetNumberOfElementDiagnostics() const { return 13; }
@@ -293,8 +258,7 @@ int32_t dmpC_Communicator::GetRank() const { return host.rank; }
 int32_t dmpC_Communicator::GetSize() const { return host.ranks; }
 bool dmpC_Communicator::Send(const void* data, int64_t bytes, int32_t destination, int32_t type, int32_t tag) {
   if (host.failSends) return false;
-  host.sent.push_back(
-      {destination, type, tag, std::string(static_cast<const char*>(data), static_cast<std::size_t>(bytes))});
+  host.sent.push_back({destination, type, tag, std::string(static_cast<const char*>(data), bytes)});
   return true;
 }
 int64_t dmpC_Communicator::Receive(void* data, int64_t capacity, int32_t source, int32_t, int32_t) {

@@ -2,6 +2,10 @@
 // messages a test writes and reads.
 #pragma once
 
+#include "recording_host.h"
+
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <deque>
 #include <map>
@@ -12,7 +16,7 @@
 namespace sharedanalysis::test {
 
 struct RecordingDiagnostics {
-  std::vector<std::string> calls; // of both extractors, the resource monitor and the error status, in order
+  Calls calls; // of both extractors, the resource monitor and the error status, in order
 
   // what the services answer
   bool inParts = false;
@@ -34,6 +38,21 @@ struct RecordingDiagnostics {
 RecordingDiagnostics& recordingDiagnostics();
 void resetRecordingDiagnostics();
 
+// Tests that begin with both hosts as they are at the start.
+class RecordedDiagnostics : public testing::Test {
+protected:
+  void SetUp() override {
+    resetRecordingHost();
+    resetRecordingDiagnostics();
+  }
+  template <class Body>
+  static Calls callsOf(Body body) {
+    recordingDiagnostics().calls.clear();
+    body();
+    return recordingDiagnostics().calls;
+  }
+};
+
 // Codes of the recorder's metadata.
 namespace codes {
 constexpr int32_t Error = 0x41000100;        // 3 integers, 2 reals, 1 node; goes to the status channel
@@ -44,6 +63,10 @@ constexpr int32_t Contact = 0x03000500;      // table 1: 1 real, 2 nodes
 constexpr int32_t Unknown = 0x01000600;
 } // namespace codes
 
-std::string word(int32_t value); // its bytes
+// The bytes of a number.
+template <class Number>
+std::string word(Number value) {
+  return {reinterpret_cast<const char*>(&value), sizeof value};
+}
 
 } // namespace sharedanalysis::test

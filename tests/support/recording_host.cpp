@@ -26,7 +26,7 @@ void record(std::string call) {
   host.calls.push_back(std::move(call));
 }
 
-std::string text(const char* start, int64_t length) { return {start, static_cast<std::size_t>(length)}; }
+std::string text(const char* start, int64_t length) { return {start, start + length}; }
 
 int32_t copyField(const std::string& field, char* destination, int32_t capacity) {
   const auto length = std::min(static_cast<int32_t>(field.size()), capacity);
@@ -48,8 +48,8 @@ void resetRecordingHost() {
   threadData = {7, 500};
 }
 
-std::vector<std::string> takeLines(int32_t unit) {
-  std::vector<std::string> texts;
+Calls takeLines(int32_t unit) {
+  Calls texts;
   for (const RecordedLine& line : host.lines) {
     EXPECT_TRUE(unit == 0 || line.unit == unit) << line.unit;
     texts.push_back(line.text);
@@ -57,8 +57,8 @@ std::vector<std::string> takeLines(int32_t unit) {
   host.lines.clear();
   return texts;
 }
-std::vector<std::string> takeMessages() {
-  std::vector<std::string> messages;
+Calls takeMessages() {
+  Calls messages;
   for (const std::string& line : takeLines(-6))
     if (line.starts_with("***"))
       messages.push_back(line);
@@ -66,6 +66,23 @@ std::vector<std::string> takeMessages() {
       messages.back() += line.substr(line.find_first_not_of(' '));
   return messages;
 }
+Calls takeStatuses() {
+  Calls texts;
+  for (const RecordedStatus& s : host.statuses)
+    texts.push_back(s.service + "|" + s.type + "|" + s.text + "|" + s.firstString);
+  host.statuses.clear();
+  return texts;
+}
+Calls takeCalls() { return std::exchange(host.calls, {}); }
+void expectEnd(const std::string& text) {
+  EXPECT_TRUE(host.lines.size() >= 3 && host.lines.front().text == " " && host.lines.back().text == " ");
+  EXPECT_EQ(takeMessages(), Calls{"***ERROR: " + text});
+  EXPECT_EQ(host.statuses.size(), 2u);
+  EXPECT_TRUE(!host.statuses.empty() && host.statuses.back().type.starts_with("Aborted"));
+  EXPECT_EQ(std::count(host.calls.begin(), host.calls.end(), "DMPC_TERMINATECOMM 1"), 1);
+  resetRecordingHost();
+}
+void expectSilence() { EXPECT_TRUE(host.lines.empty() && host.statuses.empty() && host.calls.empty()); }
 
 } // namespace sharedanalysis::test
 

@@ -7,6 +7,8 @@
 
 namespace sharedanalysis::test {
 
+using Calls = std::vector<std::string>; // and lines, and messages
+
 // One line of a channel.
 struct RecordedLine {
   std::string service, text;
@@ -26,7 +28,7 @@ struct RecordedStatus {
 struct RecordingHost {
   std::vector<RecordedLine> lines;
   std::vector<RecordedStatus> statuses;
-  std::vector<std::string> calls; // every other service with its arguments, in order
+  Calls calls; // every other service with its arguments, in order
 
   // what the services answer
   int32_t rank = 0, killSignal = 0;
@@ -38,8 +40,14 @@ struct RecordingHost {
 RecordingHost& recordingHost();
 void resetRecordingHost();
 // Texts of the lines so far, all on one channel where it is given.  What is taken is no longer there.
-std::vector<std::string> takeLines(int32_t unit = 0);
+Calls takeLines(int32_t unit = 0);
 // Messages of the message file, each as one text: the header, and without their blanks the lines that are continued under it.
-std::vector<std::string> takeMessages();
+Calls takeMessages();
+// "service|type|text|first string" of the records of the status channel so far, and every other call so far.
+Calls takeStatuses();
+Calls takeCalls();
+// One error, between blank lines, has ended the analysis by the exit code of errors.  The host forgets all.
+void expectEnd(const std::string& text);
+void expectSilence();
 
 } // namespace sharedanalysis::test

@@ -34,7 +34,7 @@ TEST(DerivedFields, PrincipalStressesAndOrientationsOfSomeBricks) {
       displacement[3 * n + i] = 7 - mesh.coordinates[3 * n + i];
       for (std::size_t j = 0; j < 3; ++j) displacement[3 * n + i] += F[i][j] * mesh.coordinates[3 * n + j];
     }
-  const std::size_t bricks = static_cast<std::size_t>(mesh.elements());
+  const std::size_t bricks = mesh.elements();
   Reals stress(6 * bricks), energy(bricks), mask(bricks);
   for (double& s : stress) s = random.uniform(-1e6, 1e6);
   // bricks of every block, one of them masked
@@ -42,14 +42,14 @@ TEST(DerivedFields, PrincipalStressesAndOrientationsOfSomeBricks) {
   for (int32_t e = 3; e < mesh.elements(); ++e)
     if (e < 60 || e > 255 || e % 7 == 0) elements.push_back(e);
   const std::size_t masked = 40;
-  mask[static_cast<std::size_t>(elements[masked])] = 1;
+  mask[elements[masked]] = 1;
 
   const solver::Fields fields{displacement, {}, {}, stress, energy, mask};
   const Reals values = solver::derivedFields(mesh, elements, fields);
   ASSERT_EQ(values.size(), solver::derivedFieldNames.size() * elements.size());
   for (std::size_t e = 0; e < elements.size(); ++e) {
     const auto value = [&](std::size_t field) { return values[field * elements.size() + e]; };
-    const double* S = &stress[6 * static_cast<std::size_t>(elements[e])];
+    const double* S = &stress[6 * elements[e]];
     const double p[] = {value(0), value(1), value(2)};
     EXPECT_TRUE(p[0] >= p[1] && p[1] >= p[2]);
     EXPECT_NEAR(p[0] + p[1] + p[2], S[0] + S[1] + S[2], 1e-8);

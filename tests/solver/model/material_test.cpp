@@ -1,5 +1,4 @@
 // Hyperelastic materials in the solver and in the driver: closed forms of tests, work and energy, cases of every model.
-#include "glo.h"
 #include "reference_host.h"
 #include "solver/input/case_reader.h"
 #include "solver/model/text.h"
@@ -28,13 +27,9 @@ Material material(const char* model, std::vector<double> constants) {
 }
 // Six terms of rubber or foam from the first ones.
 Material powers(const char* model, const std::vector<std::array<double, 3>>& terms, double rD) {
-  Material m = material(model, std::vector<double>(18, 0.0));
-  for (std::size_t t = 0; t < 6; ++t) {
-    const bool isThere = t < terms.size();
-    m.constants[2 * t] = isThere ? terms[t][0] : 0;
-    m.constants[2 * t + 1] = isThere ? terms[t][1] : 1;
-    m.constants[12 + t] = isThere ? terms[t][2] : 0;
-  }
+  Material m = material(model, {0, 1, 0, 1, 0, 1, 0, 1, 0, 1, 0, 1, 0, 0, 0, 0, 0, 0});
+  for (std::size_t t = 0; t < terms.size(); ++t)
+    m.constants[2 * t] = terms[t][0], m.constants[2 * t + 1] = terms[t][1], m.constants[12 + t] = terms[t][2];
   if (rD > 0) m.constants[12] = rD;
   return m;
 }
@@ -55,25 +50,26 @@ std::vector<Material> everyModel() {
           curve};
 }
 
-class Materials : public testing::Test {
-protected:
-  void SetUp() override { Shared_Analysis_XP_initialize(&counter_); }
-  void TearDown() override { Shared_Analysis_XP_finalize(&counter_); }
-
-private:
+class Materials : public SolverTest {
   WorkingDirectory directory_;
-  int32_t counter_ = 0;
 };
 
+MaterialPath path(solver::Mode mode, std::vector<double> turns, int steps, bool byStress = false) {
+  MaterialPath p;
+  p.name = "path";
+  p.mode = mode;
+  p.turns = std::move(turns);
+  p.byStress = byStress;
+  p.steps = steps;
+  return p;
+}
 std::vector<PathPoint> pathOf(const Material& m, solver::Mode mode, std::vector<double> turns, bool byStress = false,
                               int steps = 400) {
-  MaterialPath path;
-  path.name = "path";
-  path.mode = mode;
-  path.turns = std::move(turns);
-  path.byStress = byStress;
-  path.steps = steps;
-  return solver::follow(path, m);
+  return solver::follow(path(mode, std::move(turns), steps, byStress), m);
+}
+// What ends a path.
+std::string failureOf(const Material& m, const MaterialPath& p) {
+  return thrown<solver::InputError>([&] { solver::follow(p, m); });
 }
 
 // Work of the nominal stress up to each point, by the rule of trapezoids.
@@ -141,12 +137,12 @@ TEST_F(Materials, StressIsReachedOrTheProgramSaysSo) {
   EXPECT_NEAR(points[20].nominal, -0.5e6, 1);
   const PathPoint back = pathOf(m, solver::Mode::Uniaxial, {points[10].stretch}, false, 1)[1];
   EXPECT_NEAR(back.nominal, 0.5e6, 10);
-  try {
-    pathOf(material("polynomial", {0.2e6, 0, -0.05e6, 0, 0, 1e8, 0}), solver::Mode::Uniaxial, {5e6}, true, 10);
-    FAIL() << "no such stress";
-  } catch (const solver::InputError& error) {
-    EXPECT_NE(std::string(error.what()).find("is not reached"), std::string::npos) << error.what();
-  }
+  const std::string never = failureOf(material("polynomial", {0.2e6, 0, -0.05e6, 0, 0, 1e8, 0}),
+                                      path(solver::Mode::Uniaxial, {5e6}, 10, true));
+  EXPECT_TRUE(contains(never, "is not reached")) << never;
+  // powers of 400 overflow
+  const std::string far = failureOf(powers("ogden", {{1e6, 400, 0}}, 1e9), path(solver::Mode::Confined, {2, 100}, 2));
+  EXPECT_TRUE(contains(far, "no finite number")) << far;
 }
 
 // ---- on a mesh
@@ -163,7 +159,7 @@ TEST_F(Materials, TwistedBlocksOfEveryModelKeepTheirEnergy) {
       c.initialVelocities = {spin};
       solver::Analysis analysis(mesh, c, 2);
       const double start = analysis.energies().total();
-      ASSERT_EQ(analysis.advanceTo(c.endTime), solver::Ending::Complete);
+      ASSERT_TRUE(runsToTheEnd(analysis, c));
       const solver::Energies e = analysis.energies();
       EXPECT_NEAR(e.total(), start, 0.01 * start) << m.model->name;
       EXPECT_GT(e.kinetic + e.strain, 0.2 * start);
@@ -182,12 +178,10 @@ TEST_F(Materials, FailedBricksLeaveAndTheirEnergyIsCounted) {
   m.failure = solver::DuctileFailure{.d1 = 0.3, .d2 = 0.4, .d3 = -1.5};
   solver::Case c = caseOf(m, 0.009);
   fix(c, "z0", "xyz");
-  solver::PrescribedMotion pull{"z1", {}};
-  pull.velocity[2] = constant(5);
-  c.motions.push_back(pull);
+  move(c, "z1", "z", 5);
   solver::Analysis one(mesh, c, 1), two(mesh, c, 2);
-  ASSERT_EQ(one.advanceTo(c.endTime), solver::Ending::Complete);
-  ASSERT_EQ(two.advanceTo(c.endTime), solver::Ending::Complete);
+  ASSERT_TRUE(runsToTheEnd(one, c));
+  ASSERT_TRUE(runsToTheEnd(two, c));
   const solver::Fields fields = one.fields();
   int failed = 0;
   for (std::size_t e = 0; e < fields.mask.size(); ++e)
@@ -208,14 +202,12 @@ TEST_F(Materials, LockingEndsTheAnalysis) {
   const solver::Mesh mesh = box({1, 1, 2}, {0.01, 0.01, 0.02});
   solver::Case c = caseOf(material("van-der-waals", {0.4e6, 2.0, 0, 0, 1e-8}), 0.05);
   fix(c, "z0", "z");
-  solver::PrescribedMotion pull{"z1", {}};
-  pull.velocity[2] = constant(200); // an increment goes from below the locking stretch to beyond it
-  c.motions.push_back(pull);
+  move(c, "z1", "z", 200); // an increment goes from below the locking stretch to beyond it
   solver::Analysis analysis(mesh, c, 1);
   EXPECT_EQ(analysis.advanceTo(c.endTime), solver::Ending::Stopped);
   EXPECT_LT(analysis.progress().time, c.endTime);
   host::closeJob();
-  EXPECT_NE(readFile("locking.msg").find("The locking stretch is reached"), std::string::npos);
+  EXPECT_TRUE(contains(readFile("locking.msg"), "The locking stretch is reached"));
   host::openJob("next", "."); // takes the mark of the error away
   host::closeJob();
 }
@@ -238,45 +230,35 @@ TEST_F(Materials, CasesOfEveryModelAndTheirMistakes) {
     return answer("[[material]]\nname = \"a\"\ndensity = 1.0\n" + lines +
                   "\n[[path]]\nname = \"p\"\nmode = \"shear\"\nstretch = [0.1]\n");
   };
-  EXPECT_EQ(with("C10 = 1.0\nD1 = 0.1"), "sound: G 2, K 20");
-  EXPECT_EQ(with("model = \"polynomial6\"\nC10 = 1.0\nC33 = 2.0\nD1 = 0.1\nD6 = 1.0"), "sound: G 2, K 20");
-  EXPECT_EQ(with("model = \"van-der-waals\"\nmu = 3.0\nlambda_m = 8.0\nD = 0.1"), "sound: G 3, K 20");
-  EXPECT_EQ(with("model = \"ogden\"\nmu = [1.0, 2.0]\nalpha = [2.0, -2.0]\nD = [0.1]"), "sound: G 3, K 20");
-  EXPECT_EQ(with("model = \"hyperfoam\"\nmu = [3.0]\nalpha = [2.0]\nbeta = [1.0]"), "sound: G 3, K 8");
-  EXPECT_EQ(with("model = \"marlow\"\nstretch = [1.5]\nstress = [3.0]\nD = 0.1"), "sound: G 2, K 20");
-  EXPECT_EQ(with("model = \"ogden\"\nmu = [1.0, 2.0]\nalpha = [2.0]\nD = [0.1]"),
-            "paths.toml:6:9: alpha has 1 number and mu has 2, expected as many of both");
-  EXPECT_EQ(with("model = \"ogdn\"\nD1 = 0.1"),
-            "paths.toml:4:9: no model \"ogdn\", expected one of polynomial, polynomial6, arruda-boyce, van-der-waals, "
-            "ogden, hyperfoam, marlow, user");
-  EXPECT_EQ(with("model = \"arruda-boyce\"\nmu = 1.0\nlambda_m = 3.0\nD1 = 0.1").substr(0, 29),
-            "paths.toml:7:1: unknown key \"");
-  EXPECT_EQ(with("model = \"ogden\"\nmu = [1.0, -2.0]\nalpha = [2.0, 2.0]\nD = [0.1]").substr(0, 47),
-            "paths.toml:1:1: material \"a\" has a shear modulu");
-  EXPECT_EQ(with("C10 = 1.0\nD1 = 0.1\n[material.mullins]\nr = 2.0\nm = 0.0"),
-            "paths.toml:8:5: m and beta are both 0, expected one of them to be positive");
+  // clang-format off
+  for (const auto& [lines, said] : std::initializer_list<std::pair<const char*, const char*>>{
+           {"C10 = 1.0\nD1 = 0.1", "sound: G 2, K 20"},
+           {"model = \"polynomial6\"\nC10 = 1.0\nC33 = 2.0\nD1 = 0.1\nD6 = 1.0", "sound: G 2, K 20"},
+           {"model = \"van-der-waals\"\nmu = 3.0\nlambda_m = 8.0\nD = 0.1", "sound: G 3, K 20"},
+           {"model = \"ogden\"\nmu = [1.0, 2.0]\nalpha = [2.0, -2.0]\nD = [0.1]", "sound: G 3, K 20"},
+           {"model = \"hyperfoam\"\nmu = [3.0]\nalpha = [2.0]\nbeta = [1.0]", "sound: G 3, K 8"},
+           {"model = \"marlow\"\nstretch = [1.5]\nstress = [3.0]\nD = 0.1", "sound: G 2, K 20"},
+           {"model = \"ogden\"\nmu = [1.0, 2.0]\nalpha = [2.0]\nD = [0.1]",
+            "paths.toml:6:9: alpha has 1 number and mu has 2, expected as many of both"},
+           {"model = \"ogdn\"\nD1 = 0.1",
+            "paths.toml:4:9: no model \"ogdn\", expected one of polynomial, polynomial6, arruda-boyce, "
+            "van-der-waals, ogden, hyperfoam, marlow, user"},
+           {"model = \"arruda-boyce\"\nmu = 1.0\nlambda_m = 3.0\nD1 = 0.1", "paths.toml:7:1: unknown key \""},
+           {"model = \"ogden\"\nmu = [1.0, -2.0]\nalpha = [2.0, 2.0]\nD = [0.1]",
+            "paths.toml:1:1: material \"a\" has a shear modulu"},
+           {"C10 = 1.0\nD1 = 0.1\n[material.mullins]\nr = 2.0\nm = 0.0",
+            "paths.toml:8:5: m and beta are both 0, expected one of them to be positive"},
+           {"C10 = 1.0\nD1 = 0.1\n[material.failure]\nd1 = 2.0\ntransition_temperature = 5.0\n"
+            "melting_temperature = 4.0",
+            "paths.toml:9:23: melting_temperature is not above transition_temperature, expected K above it"},
+           {"C10 = 1.0\nD1 = 0.1\n[material.failure]\nd1 = 2.0\ntransition_temperature = 5.0\n"
+            "melting_temperature = 5.0",
+            "paths.toml:9:23: melting_temperature is not above transition_temperature, expected K above it"}})
+    EXPECT_EQ(with(lines).substr(0, std::string(said).size()), said) << lines;
+  // clang-format on
   for (const char* r : {"0.5", "1.0", "-2.0"}) { // more than all the stress would be taken
     const std::string said = with("C10 = 1.0\nD1 = 0.1\n[material.mullins]\nr = " + std::string(r) + "\nm = 1.0");
-    EXPECT_EQ(said.find("paths.toml:7:5: "), 0U) << said;
-    EXPECT_NE(said.find("expected a number above 1"), std::string::npos) << said;
-  }
-  EXPECT_EQ(
-      with(
-          "C10 = 1.0\nD1 = 0.1\n[material.failure]\nd1 = 2.0\ntransition_temperature = 5.0\nmelting_temperature = 4.0"),
-      "paths.toml:9:23: melting_temperature is not above transition_temperature, expected K above it");
-}
-
-TEST_F(Materials, PathsEndAtWhatIsNoNumber) {
-  solver::Material steep;
-  steep.name = "steep", steep.model = solver::findModel("ogden"), steep.density = 1000;
-  steep.constants = {1e6, 400, 0, 1, 0, 1, 0, 1, 0, 1, 0, 1, 1e9, 0, 0, 0, 0, 0};
-  MaterialPath path;
-  path.name = "far", path.mode = solver::Mode::Confined, path.turns = {2, 100}, path.steps = 2;
-  try {
-    solver::follow(path, steep);
-    FAIL() << "powers of 400 overflow";
-  } catch (const solver::InputError& error) {
-    EXPECT_NE(std::string(error.what()).find("no finite number"), std::string::npos) << error.what();
+    EXPECT_TRUE(said.starts_with("paths.toml:7:5: ") && contains(said, "expected a number above 1")) << said;
   }
 }
 
@@ -284,19 +266,16 @@ TEST_F(Materials, ProgramWritesTableAndPicture) {
   solver::PathCase c;
   c.title = "Rubber & steel <test>";
   c.materials = {everyModel()[0]};
-  c.paths.resize(2);
-  c.paths[0].name = "tension", c.paths[0].turns = {2}, c.paths[0].steps = 4;
-  c.paths[0].data = {{1.5, 2}, {0.3e6, 0.5e6}};
-  c.paths[1].name = "shear", c.paths[1].mode = solver::Mode::Shear, c.paths[1].turns = {-0.5}, c.paths[1].steps = 2;
+  c.paths = {path(solver::Mode::Uniaxial, {2}, 4), path(solver::Mode::Shear, {-0.5}, 2)};
+  c.paths[0].name = "tension", c.paths[0].data = {{1.5, 2}, {0.3e6, 0.5e6}};
   std::vector<std::vector<PathPoint>> results;
   for (const MaterialPath& path : c.paths) results.push_back(solver::follow(path, c.materials[0]));
   solver::writeTable("t.csv", c, results);
   solver::writeDrawing("t.svg", c, results);
   const std::string table = readFile("t.csv"), picture = readFile("t.svg");
-  EXPECT_EQ(std::count(table.begin(), table.end(), '\n'), 1 + 5 + 3);
-  EXPECT_EQ(table.find("path,stretch,free_stretch,volume_ratio,nominal_stress"), 0U);
-  EXPECT_NE(picture.find("Rubber &amp; steel &lt;test>"), std::string::npos);
-  EXPECT_NE(picture.find("tension (circles: test)"), std::string::npos);
+  EXPECT_EQ(linesOf(table).size(), 1u + 5 + 3);
+  EXPECT_TRUE(table.starts_with("path,stretch,free_stretch,volume_ratio,nominal_stress")) << table;
+  EXPECT_TRUE(contains(picture, "Rubber &amp; steel &lt;test>") && contains(picture, "tension (circles: test)"));
   EXPECT_EQ(countOf("<circle", picture), 2);
 }
 

@@ -2,8 +2,7 @@
 #include "reference_host.h"
 #include "solver/program/material_path.h"
 #include "tests/solver/models.h"
-
-#include "glo.h"
+#include "tests/support/turns.h"
 
 #include <gtest/gtest.h>
 
@@ -12,32 +11,25 @@ namespace {
 using namespace sharedanalysis;
 using namespace sharedanalysis::test;
 
-solver::Material alloy() {
+solver::Material userMaterial(const char* name, double density, std::vector<double> constants) {
   solver::Material m;
-  m.name = m.userName = "TVK_SUPER_ELASTIC_N3D";
+  m.name = m.userName = name;
   m.model = solver::findModel("user");
-  m.density = 6500;
-  m.constants = {60e9, .3, 60e9, .3, .075, 520e6, 600e6, 300e6, 200e6, 754.06e6, 300, 0, 0, -1};
+  m.density = density;
+  m.constants = std::move(constants);
   return m;
+}
+solver::Material alloy() {
+  return userMaterial("TVK_SUPER_ELASTIC_N3D", 6500,
+                      {60e9, .3, 60e9, .3, .075, 520e6, 600e6, 300e6, 200e6, 754.06e6, 300, 0, 0, -1});
 }
 solver::Material glass(double deletionStrain) {
-  solver::Material m;
-  m.name = m.userName = "TVK_JH2";
-  m.model = solver::findModel("user");
-  m.density = 2530;
-  m.constants = {30.4e9, .93,    .088, .003, .35,    .77,    1,     .15e9, .5,
-                 5.95e9, 2.92e9, .053, .85,  45.4e9, -138e9, 290e9, 1,     deletionStrain};
-  return m;
+  return userMaterial("TVK_JH2", 2530,
+                      {30.4e9, .93, .088, .003, .35, .77, 1, .15e9, .5, 5.95e9, 2.92e9, .053, .85, 45.4e9, -138e9,
+                       290e9, 1, deletionStrain});
 }
 
-class UserMaterials : public testing::Test {
-protected:
-  void SetUp() override { Shared_Analysis_XP_initialize(&counter_); }
-  void TearDown() override { Shared_Analysis_XP_finalize(&counter_); }
-
-private:
-  int32_t counter_ = 0;
-};
+using UserMaterials = SolverTest;
 
 TEST_F(UserMaterials, DriverFindsThePlateaus) {
   solver::MaterialPath path;
@@ -77,32 +69,27 @@ TEST_F(UserMaterials, StressTurnsWithItsPoint) {
     solver::UserPoints still(material, 1), turned(material, 1);
     for (int step = 0; step < 20; ++step) {
       // U grows along a path of its own; the other point turns anew in every step
-      double U[3][3], V[6], F[9], Vt[6], Ft[9], stress[6], stressTurned[6], bound, bulk;
+      double V[6], F[9], Vt[6], Ft[9], stress[6], stressTurned[6], bound, bulk;
+      Matrix U, R, Rt, RU, V3, s, turnedStress;
       for (int a = 0; a < 3; ++a)
         for (int b = a; b < 3; ++b) U[a][b] = U[b][a] = (a == b) + .002 * step * std::sin(round + 3 * a + b);
-      Matrix R;
       randomRotation(random, R);
+      for (int a = 0; a < 3; ++a)
+        for (int b = 0; b < 3; ++b) Rt[a][b] = R[b][a];
+      multiply(R, U, RU), multiply(RU, Rt, V3);
       for (int a = 0; a < 3; ++a)
         for (int b = 0; b < 3; ++b) {
           V[kS33[a][b]] = F[3 * a + b] = U[a][b];
-          Ft[3 * a + b] = 0;
-          double v = 0;
-          for (int c = 0; c < 3; ++c) {
-            Ft[3 * a + b] += R[a][c] * U[c][b];
-            for (int d = 0; d < 3; ++d) v += R[a][c] * U[c][d] * R[b][d];
-          }
-          Vt[kS33[a][b]] = v;
+          Vt[kS33[a][b]] = V3[a][b], Ft[3 * a + b] = RU[a][b];
         }
       still.respond(V, F, 1, stress, &bound, &bulk);
       turned.respond(Vt, Ft, 1, stressTurned, &bound, &bulk);
       still.remember(), turned.remember();
       for (int a = 0; a < 3; ++a)
-        for (int b = 0; b < 3; ++b) {
-          double expected = 0;
-          for (int c = 0; c < 3; ++c)
-            for (int d = 0; d < 3; ++d) expected += R[a][c] * stress[kS33[c][d]] * R[b][d];
-          EXPECT_NEAR(stressTurned[kS33[a][b]], expected, 1e-2);
-        }
+        for (int b = 0; b < 3; ++b) s[a][b] = stress[kS33[a][b]];
+      multiply(R, s, RU), multiply(RU, Rt, turnedStress);
+      for (int a = 0; a < 3; ++a)
+        for (int b = 0; b < 3; ++b) EXPECT_NEAR(stressTurned[kS33[a][b]], turnedStress[a][b], 1e-2);
       EXPECT_NEAR(turned.state(0, 0), still.state(0, 0), 1e-10);
     }
     EXPECT_GT(still.state(0, 0), 0) << "martensite";
@@ -115,10 +102,7 @@ solver::Case pulledBar(const solver::Material& material, double speed, double en
   fix(c, "x0", "x");
   fix(c, "y0", "y");
   fix(c, "z0", "z");
-  solver::PrescribedMotion pull;
-  pull.group = "x1";
-  pull.velocity[0] = constant(speed);
-  c.motions.push_back(pull);
+  move(c, "x1", "x", speed);
   return c;
 }
 
@@ -126,7 +110,7 @@ TEST_F(UserMaterials, BarOfAlloyReachesItsPlateauAndBalancesItsEnergy) {
   const solver::Mesh mesh = box({4, 1, 1}, {.04, .01, .01});
   const solver::Case c = pulledBar(alloy(), 2, .04 * .03 / 2);
   solver::Analysis analysis(mesh, c, 2);
-  ASSERT_EQ(analysis.advanceTo(c.endTime), solver::Ending::Complete);
+  ASSERT_TRUE(runsToTheEnd(analysis, c));
   const solver::Fields fields = analysis.fields();
   double mean = 0;
   for (int e = 0; e < 4; ++e) mean += fields.stress[6 * e] / 4;
@@ -140,7 +124,7 @@ TEST_F(UserMaterials, BrokenBricksLeaveTheModel) {
   const solver::Mesh mesh = box({4, 1, 1}, {.04, .01, .01});
   const solver::Case c = pulledBar(glass(1e-3), 4, 1e-4);
   solver::Analysis analysis(mesh, c, 1);
-  ASSERT_EQ(analysis.advanceTo(c.endTime), solver::Ending::Complete);
+  ASSERT_TRUE(runsToTheEnd(analysis, c));
   int gone = 0;
   const solver::Fields fields = analysis.fields();
   for (const double mask : fields.mask) gone += mask != 0 ? 1 : 0;

@@ -8,11 +8,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstring>
 #include <map>
 #include <numeric>
-#include <thread>
 
 namespace {
 
@@ -21,9 +19,12 @@ using namespace sharedanalysis::test;
 using Strings = std::vector<std::string>;
 using Files = std::set<std::string>;
 
-Outcome run(Strings arguments, const Surroundings& surroundings = {}) {
+// A run that is to end with a code.
+Outcome run(Strings arguments, int code = 0, const Surroundings& surroundings = {}) {
   arguments.insert(arguments.begin(), SA_SOLVER_PROGRAM);
-  return Program(std::move(arguments), surroundings).wait();
+  Outcome outcome = Program(std::move(arguments), surroundings).wait();
+  EXPECT_EQ(outcome.code, code) << outcome.err;
+  return outcome;
 }
 
 // Columns of a history by their names.
@@ -45,6 +46,13 @@ std::map<std::string, std::vector<double>> readHistory(const std::filesystem::pa
   return columns;
 }
 
+// Of a run that has begun its diagnostics, or not.
+Files filesOf(const std::string& job, const std::string& ending = "", bool diagnostics = true) {
+  Files files{job + ".csv" + ending, job + ".exo" + ending, job + ".log", job + ".msg", job + ".sta"};
+  if (diagnostics) files.insert(job + ".diagnostics.sqlite");
+  return files;
+}
+
 class ProgramTest : public testing::Test {
 protected:
   // The case with a change, in a directory of its own; results go to "out".
@@ -56,23 +64,18 @@ protected:
   static void writeCase(const std::string& from = "end_time", const std::string& to = "end_time") {
     writeCase(from, to, numberedBox({1, 1, 4}, {1, 1, 4}));
   }
+  static constexpr Surroundings oneThread{}, twoThreads{.fileSize = {}, .threads = "2"};
   // What earlier runs of the same job might have left.
   static void writeStaleResults() {
     std::filesystem::create_directory("out");
     for (const char* name : {"bar.exo", "bar.csv", "bar.exo.partial", "bar.csv.partial"})
       writeFile(std::filesystem::path("out") / name, "stale");
   }
-  static inline const Files whole{"bar.csv", "bar.diagnostics.sqlite", "bar.exo", "bar.log", "bar.msg", "bar.sta"};
-  static inline const Files partial{
-      "bar.csv.partial", "bar.diagnostics.sqlite", "bar.exo.partial", "bar.log", "bar.msg", "bar.sta"};
-  // Of a run that ended before its diagnostics began.
-  static inline const Files partialWithoutDiagnostics{"bar.csv.partial", "bar.exo.partial", "bar.log", "bar.msg",
-                                                      "bar.sta"};
+  static inline const Files whole = filesOf("bar"), partial = filesOf("bar", ".partial");
 
   // Nothing but partial results that are of this run, and three places that say why.
-  static void expectPartialResults(const Outcome& outcome, int code, const std::string& reason,
-                                   const std::string& lastStatus, const Files& files = partial) {
-    EXPECT_EQ(outcome.code, code) << outcome.err;
+  static void expectPartialResults(const Outcome& outcome, const std::string& reason, const std::string& lastStatus,
+                                   const Files& files = partial) {
     EXPECT_EQ(filesIn("out"), files);
     EXPECT_TRUE(outcome.err.starts_with("error: ") && contains(outcome.err, reason)) << outcome.err;
     EXPECT_EQ(linesOf(outcome.err).size(), 1U) << outcome.err;
@@ -107,16 +110,13 @@ TEST_F(ProgramTest, CommandLine) {
       {{"in/none.toml"}, "in/none.toml: cannot be opened: No such file or directory"},
   };
   for (const auto& mistake : mistakes) {
-    const Outcome outcome = run(mistake.arguments);
-    EXPECT_EQ(outcome.code, 1) << mistake.answer;
+    const Outcome outcome = run(mistake.arguments, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_TRUE(outcome.err.starts_with("error: ") && contains(outcome.err, mistake.answer)) << outcome.err;
   }
   EXPECT_EQ(filesIn("."), Files{"in"});
   const Outcome version = run({"--version"}), help = run({"--help"});
-  EXPECT_EQ(version.code, 0);
   EXPECT_TRUE(version.out.starts_with("sharedanalysis-explicit ") && linesOf(version.out).size() == 1) << version.out;
-  EXPECT_EQ(help.code, 0);
   for (const char* option : {"CASE", "--threads", "--output", "--check", "--quiet", "--version"})
     EXPECT_TRUE(contains(help.out, option)) << option;
 }
@@ -125,21 +125,18 @@ TEST_F(ProgramTest, CheckWritesNothing) {
   writeCase();
   writeStaleResults();
   const Outcome outcome = run({"in/bar.toml", "-o", "out", "--check"});
-  EXPECT_EQ(outcome.code, 0) << outcome.err;
-  EXPECT_TRUE(contains(outcome.out, "20 nodes, 4 bricks")) << outcome.out;
-  EXPECT_TRUE(contains(outcome.out, "the input is sound; nothing was run")) << outcome.out;
+  EXPECT_TRUE(contains(outcome.out, "20 nodes, 4 bricks") &&
+              contains(outcome.out, "the input is sound; nothing was run"))
+      << outcome.out;
   EXPECT_EQ(filesIn("."), (Files{"in", "out"}));
   EXPECT_EQ(readFile("out/bar.exo"), "stale");
-  const Outcome example =
-      run({SA_EXAMPLES "/twisting_column/column.toml", "--check"}, {.fileSize = {}, .threads = "2"});
-  EXPECT_EQ(example.code, 0) << example.err;
+  const Outcome example = run({SA_EXAMPLES "/twisting_column/column.toml", "--check"}, 0, twoThreads);
   EXPECT_TRUE(contains(example.out, "7381 nodes, 6000 bricks")) << example.out;
 }
 
 TEST_F(ProgramTest, PlainLinesForAFile) {
   writeCase("end_time = 0.05", "end_time = 0.05\n[output]\nhistory_interval = 0.0025");
   const Outcome outcome = run({"in/bar.toml", "-o", "out"});
-  EXPECT_EQ(outcome.code, 0) << outcome.err;
   EXPECT_EQ(outcome.err, "");
   EXPECT_EQ(outcome.out.find_first_of("\r\033"), std::string::npos) << "no drawing over lines";
   Strings percentages;
@@ -149,29 +146,28 @@ TEST_F(ProgramTest, PlainLinesForAFile) {
   EXPECT_EQ(percentages, (Strings{" 10", " 20", " 30", " 40", " 50", " 60", " 70", " 80", " 90", "100"}));
 
   const Outcome quiet = run({"in/bar.toml", "-o", "out", "--quiet"});
-  EXPECT_EQ(quiet.code, 0);
   EXPECT_EQ(quiet.out + quiet.err, "");
   // nobody who reads along is needed for results
-  EXPECT_EQ(run({"in/bar.toml", "-o", "full"}, {.fileSize = {}, .output = "/dev/full"}).code, 0);
+  run({"in/bar.toml", "-o", "full"}, 0, {.fileSize = {}, .output = "/dev/full"});
   EXPECT_EQ(filesIn("full"), whole);
 }
 
 TEST_F(ProgramTest, PathsCountFromTheCase) {
   writeCase("end_time = 0.05", "end_time = 0.001");
-  ASSERT_EQ(run({"in/bar.toml"}).code, 0);
-  EXPECT_EQ(filesIn("."),
-            (Files{"in", "bar.csv", "bar.diagnostics.sqlite", "bar.exo", "bar.log", "bar.msg", "bar.sta"}));
+  run({"in/bar.toml"});
+  Files expected = whole;
+  expected.insert("in");
+  EXPECT_EQ(filesIn("."), expected);
   writeCase("mesh =", "job = \"named\"\noutput.directory = \"deep/results\"\nmesh =");
-  ASSERT_EQ(run({"in/bar.toml"}).code, 0);
-  EXPECT_EQ(filesIn("in/deep/results"),
-            (Files{"named.csv", "named.diagnostics.sqlite", "named.exo", "named.log", "named.msg", "named.sta"}));
+  run({"in/bar.toml"});
+  EXPECT_EQ(filesIn("in/deep/results"), filesOf("named"));
 }
 
 TEST_F(ProgramTest, FilteredHistory) {
   // at lines of every increment of one length, the filtered columns are those of the difference equation
   writeCase("0.05", "0.02\n[output]\nhistory_interval = 1e-4\nfilter_cutoff = 300\nfilter_type = \"chebyshev1\"\n"
                     "filter_order = 6\nfilter_ripple = 1");
-  ASSERT_EQ(run({"in/bar.toml", "-o", "fine"}).code, 0);
+  run({"in/bar.toml", "-o", "fine"});
   auto fine = readHistory("fine/bar.csv");
   const std::vector<double>& increments = fine["increment"];
   ASSERT_EQ(increments.size(), 201U);
@@ -199,14 +195,14 @@ TEST_F(ProgramTest, FilteredHistory) {
   // nothing else changes by it, on any number of threads
   const std::string coarse = "0.02\n[output]\nhistory_interval = 0.000273972602739726";
   writeCase("0.05", coarse);
-  ASSERT_EQ(run({"in/bar.toml", "-o", "plain"}).code, 0);
+  run({"in/bar.toml", "-o", "plain"});
   const std::vector<double> times = readHistory("plain/bar.csv")["time"];
   ASSERT_LT(73 * 0.000273972602739726, 0.02);
   EXPECT_EQ(times.size(), 74U) << "the last multiple, a rounding error before the end, is the end";
   EXPECT_EQ(times.back(), 0.02);
   writeCase("0.05", coarse + "\nfilter_cutoff = 300");
-  ASSERT_EQ(run({"in/bar.toml", "-o", "one", "-t", "1"}).code, 0);
-  ASSERT_EQ(run({"in/bar.toml", "-o", "two", "-t", "2"}).code, 0);
+  run({"in/bar.toml", "-o", "one", "-t", "1"});
+  run({"in/bar.toml", "-o", "two", "-t", "2"});
   EXPECT_EQ(readFile("one/bar.csv"), readFile("two/bar.csv"));
   auto filtered = readHistory("one/bar.csv");
   for (const auto& [name, column] : readHistory("plain/bar.csv")) EXPECT_EQ(filtered[name], column) << name;
@@ -216,26 +212,20 @@ TEST_F(ProgramTest, FilteredHistory) {
 // The bar with enough bricks for three domains, on any number of threads.
 TEST_F(ProgramTest, SameResultsOnAnyNumberOfThreads) {
   writeCase("0.05", "0.02\n[output]\ninterval = 0.01\nhistory_interval = 0.0005", numberedBox({4, 4, 30}, {1, 1, 6}));
-  const struct {
-    const char *directory, *option, *environment, *shown;
-  } runs[] = {{"one", "1", "2", "1 thread"}, {"two", "2", "1", "2 threads"}, {"three", "3", "1", "3 threads"}};
-  for (const auto& r : runs) {
+  std::vector<double> fields;
+  for (const std::string threads : {"1", "2", "3", "5"}) { // the option counts, not the environment
     const Outcome outcome =
-        run({"in/bar.toml", "-o", r.directory, "-t", r.option}, {.fileSize = {}, .threads = r.environment});
-    ASSERT_EQ(outcome.code, 0) << outcome.err;
-    EXPECT_TRUE(contains(outcome.out, std::string(", ") + r.shown + "\n")) << outcome.out;
-  }
-  const std::string history = readFile("one/bar.csv");
-  const std::vector<double> fields = FieldFile("one/bar.exo").everything();
-  EXPECT_GT(readHistory("one/bar.csv")["increment"].back(), 40);
-  for (const char* other : {"two", "three"}) {
-    EXPECT_EQ(readFile(std::string(other) + "/bar.csv"), history) << other;
-    const std::vector<double> values = FieldFile(std::string(other) + "/bar.exo").everything();
+        run({"in/bar.toml", "-o", threads, "-t", threads}, 0, threads == "1" ? twoThreads : oneThread);
+    EXPECT_TRUE(contains(outcome.out, ", " + threads + (threads == "1" ? " thread\n" : " threads\n"))) << outcome.out;
+    EXPECT_EQ(readFile(threads + "/bar.csv"), readFile("1/bar.csv")) << threads;
+    const std::vector<double> values = FieldFile(threads + "/bar.exo").everything();
+    if (threads == "1") fields = values;
     ASSERT_EQ(values.size(), fields.size());
-    EXPECT_EQ(std::memcmp(values.data(), fields.data(), sizeof(double) * fields.size()), 0) << other;
+    EXPECT_EQ(std::memcmp(values.data(), fields.data(), sizeof(double) * fields.size()), 0) << threads;
   }
+  EXPECT_GT(readHistory("1/bar.csv")["increment"].back(), 40);
   // without the option it is the number of OpenMP
-  const Outcome outcome = run({"in/bar.toml", "--check"}, {.fileSize = {}, .threads = "2"});
+  const Outcome outcome = run({"in/bar.toml", "--check"}, 0, twoThreads);
   EXPECT_TRUE(contains(outcome.out, ", 2 threads\n")) << outcome.out;
 }
 
@@ -247,8 +237,7 @@ protected:
     writeCase("mesh =", "title = \"A bar that falls\"\nmesh =", mesh_);
     writeFile("in/bar.toml", readFile("in/bar.toml") + "[output]\ninterval = 0.02\nhistory_interval = 0.005\n");
     writeStaleResults();
-    const Outcome outcome = run({"in/bar.toml", "-o", "out", "-t", "2"});
-    ASSERT_EQ(outcome.code, 0) << outcome.err;
+    run({"in/bar.toml", "-o", "out", "-t", "2"});
     ASSERT_EQ(filesIn("out"), whole);
   }
   solver::Mesh mesh_;
@@ -292,7 +281,7 @@ TEST_F(CompleteRun, ModelInTheFieldFile) {
   const std::vector<double> X = file.coordinates();
   const std::size_t nodes = mesh_.nodeNumbers.size();
   ASSERT_EQ(X.size(), 3 * nodes);
-  for (int node : foot) EXPECT_EQ(X[2 * nodes + static_cast<std::size_t>(node) - 1], 0);
+  for (int node : foot) EXPECT_EQ(X[2 * nodes + node - 1], 0);
   for (std::size_t n = 0; n < nodes; ++n)
     for (std::size_t c = 0; c < 3; ++c) EXPECT_EQ(X[c * nodes + n], mesh_.coordinates[3 * n + c]);
   std::vector<int> corners = file.connectivity(1), upper = file.connectivity(2);
@@ -320,9 +309,9 @@ TEST_F(CompleteRun, Fields) {
 
   const double brick = 1.0 / 8; // m3
   std::vector<double> mass(mesh_.nodeNumbers.size(), 0);
-  for (int32_t corner : mesh_.connectivity) mass[static_cast<std::size_t>(corner)] += 1000 * brick / 8;
+  for (int32_t corner : mesh_.connectivity) mass[corner] += 1000 * brick / 8;
   std::vector<bool> held(mass.size(), false);
-  for (int node : file.nodeSet(5)) held[static_cast<std::size_t>(node) - 1] = true;
+  for (int node : file.nodeSet(5)) held[node - 1] = true;
   for (int step = 1; step <= 4; ++step) {
     double kinetic = 0, momentum = 0, strain = 0;
     for (const std::string c : {"x", "y", "z"}) {
@@ -344,7 +333,7 @@ TEST_F(CompleteRun, Fields) {
     }
     for (double density : file.values(EX_ELEM_BLOCK, step, "strain_energy_density")) strain += brick * density;
     for (double mask : file.values(EX_ELEM_BLOCK, step, "mask")) EXPECT_EQ(mask, 0);
-    const std::size_t row = step == 4 ? 10 : 4 * static_cast<std::size_t>(step - 1);
+    const std::size_t row = step == 4 ? 10 : 4 * (step - 1);
     EXPECT_NEAR(kinetic, history["kinetic_energy"][row], 1e-9 * kinetic) << step;
     EXPECT_NEAR(momentum, history["momentum_z"][row], 1e-9 * std::abs(momentum)) << step;
     EXPECT_NEAR(strain, history["strain_energy"][row], 1e-9 * strain + 1e-9) << step;
@@ -375,13 +364,10 @@ TEST_F(CompleteRun, MessageAndStatusFile) {
 }
 
 TEST_F(ProgramTest, CollapsedRunsLeavePartialResults) {
-  const std::string undamped = "0.05\nlinear_viscosity = 0\nquadratic_viscosity = 0";
   const struct {
-    const char* speed;
-    std::string control;
-    const char* reason;
+    const char *speed, *control, *reason;
   } cases[] = {
-      {"-1000", undamped, "distorted beyond computing at time 0.00"},
+      {"-1000", "0.05\nlinear_viscosity = 0\nquadratic_viscosity = 0", "distorted beyond computing at time 0.00"},
       {"-100", "0.05\nsmallest_increment_ratio = 0.8", "the stable increment fell to 0.00"},
       {"-1e200", "0.05", "is no longer a finite number at time"},
   };
@@ -389,26 +375,21 @@ TEST_F(ProgramTest, CollapsedRunsLeavePartialResults) {
     writeCase("-1]", c.speed + std::string("]"));
     writeFile("in/bar.toml", replaced(readFile("in/bar.toml"), "0.05", c.control));
     writeStaleResults();
-    const Outcome outcome = run({"in/bar.toml", "-o", "out", "-q"});
-    expectPartialResults(outcome, 2, c.reason, "Aborted");
+    const Outcome outcome = run({"in/bar.toml", "-o", "out", "-q"}, 2);
+    expectPartialResults(outcome, c.reason, "Aborted");
     EXPECT_TRUE(contains(outcome.err, "out/bar.exo.partial")) << outcome.err;
+    if (&c != cases) continue;
+    // the distorted bricks are named, and what was computed can be read
+    const FieldFile file("out/bar.exo.partial");
+    const std::vector<double> mask = file.values(EX_ELEM_BLOCK, static_cast<int>(file.times.size()), "mask");
+    const std::vector<int> numbers = file.numbers(EX_ELEM_MAP);
+    std::string masked;
+    for (std::size_t e = 0; e < mask.size(); ++e)
+      if (mask[e] != 0) masked += (masked.empty() ? "" : ", ") + std::to_string(numbers[e]);
+    EXPECT_NE(masked, "");
+    EXPECT_TRUE(contains(outcome.err, ": number " + masked + ";")) << outcome.err;
+    EXPECT_EQ(file.times.back(), readHistory("out/bar.csv.partial")["time"].back());
   }
-}
-
-TEST_F(ProgramTest, DistortedBricksAreNamedAndWhatWasComputedCanBeRead) {
-  writeCase("-1]", "-1000]");
-  writeFile("in/bar.toml",
-            replaced(readFile("in/bar.toml"), "0.05", "0.05\nlinear_viscosity = 0\nquadratic_viscosity = 0"));
-  const Outcome outcome = run({"in/bar.toml", "-o", "out", "-q"});
-  const FieldFile file("out/bar.exo.partial");
-  const std::vector<double> mask = file.values(EX_ELEM_BLOCK, static_cast<int>(file.times.size()), "mask");
-  const std::vector<int> numbers = file.numbers(EX_ELEM_MAP);
-  std::string masked;
-  for (std::size_t e = 0; e < mask.size(); ++e)
-    if (mask[e] != 0) masked += (masked.empty() ? "" : ", ") + std::to_string(numbers[e]);
-  EXPECT_NE(masked, "");
-  EXPECT_TRUE(contains(outcome.err, ": number " + masked + ";")) << outcome.err;
-  EXPECT_EQ(file.times.back(), readHistory("out/bar.csv.partial")["time"].back());
 }
 
 TEST_F(ProgramTest, SignalsEndTheRunInOrder) {
@@ -417,16 +398,11 @@ TEST_F(ProgramTest, SignalsEndTheRunInOrder) {
     writeCase("0.05", "1e6\n[output]\ninterval = 50");
     writeStaleResults();
     Program program({SA_SOLVER_PROGRAM, "in/bar.toml", "-o", "out", "-q"});
-    // it runs when the second time of fields is there
-    const auto start = std::chrono::steady_clock::now();
-    std::size_t records = 0;
-    while (records < 3 && std::chrono::steady_clock::now() - start < std::chrono::seconds(30)) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
-      if (std::filesystem::exists("out/bar.sta")) records = linesOf(readFile("out/bar.sta")).size();
-    }
-    ASSERT_GE(records, 3U) << "the run has not begun";
+    ASSERT_TRUE(isUnderWay("out/bar.sta")) << "the run has not begun";
     program.signal(signal);
-    expectPartialResults(program.wait(), 130, "interrupted at time", "Interrupted");
+    const Outcome outcome = program.wait();
+    EXPECT_EQ(outcome.code, 130);
+    expectPartialResults(outcome, "interrupted at time", "Interrupted");
     const FieldFile file("out/bar.exo.partial");
     EXPECT_GE(file.times.size(), 3U) << "the last state is written as well";
     EXPECT_EQ(file.times.back(), readHistory("out/bar.csv.partial")["time"].back());
@@ -436,42 +412,33 @@ TEST_F(ProgramTest, SignalsEndTheRunInOrder) {
 // A limit on the size of files stands for a disk that is full: at the first lines, at the model, in the
 // diagnostics.
 TEST_F(ProgramTest, FullDisk) {
-#ifndef __clang__ // its OpenMP runtime maps a file of 1 KiB at the start and does not survive this limit
-  writeCase();
-  writeStaleResults();
-  EXPECT_EQ(run({"in/bar.toml", "-o", "out", "-q"}, {.fileSize = 100}).code, 3);
-  EXPECT_EQ(filesIn("out"), (Files{"bar.csv.partial", "bar.log", "bar.msg", "bar.sta"}));
-#endif
-  for (const rlim_t size : {1024, 8192}) {
+  const auto limited = [](rlim_t size) {
     writeCase();
     writeStaleResults();
-    const Outcome outcome = run({"in/bar.toml", "-o", "out", "-q"}, {.fileSize = size});
-    expectPartialResults(outcome, 3, ".partial could not be written: File too large", "Aborted",
-                         partialWithoutDiagnostics);
-  }
+    return run({"in/bar.toml", "-o", "out", "-q"}, 3, {.fileSize = size});
+  };
+#ifndef __clang__ // its OpenMP runtime maps a file of 1 KiB at the start and does not survive this limit
+  limited(100);
+  EXPECT_EQ(filesIn("out"), (Files{"bar.csv.partial", "bar.log", "bar.msg", "bar.sta"}));
+#endif
+  for (const rlim_t size : {1024, 8192})
+    expectPartialResults(limited(size), ".partial could not be written: File too large", "Aborted",
+                         filesOf("bar", ".partial", false));
   // the database of the diagnostics is the next to outgrow it
-  writeCase();
-  writeStaleResults();
-  const Outcome outcome = run({"in/bar.toml", "-o", "out", "-q"}, {.fileSize = 20480});
-  EXPECT_EQ(outcome.code, 3);
-  EXPECT_EQ(outcome.err, "error: cannot write out/bar.diagnostics.sqlite: File too large\n");
-  const Files left = filesIn("out");
-  EXPECT_TRUE(std::count(left.begin(), left.end(), "bar.exo") == 0 &&
-              std::count(left.begin(), left.end(), "bar.csv") == 0);
+  EXPECT_EQ(limited(20480).err, "error: cannot write out/bar.diagnostics.sqlite: File too large\n");
+  EXPECT_FALSE(filesIn("out").contains("bar.exo") || filesIn("out").contains("bar.csv"));
 }
 
 TEST_F(ProgramTest, DirectoriesThatCannotBeUsed) {
   writeCase();
   writeFile("file", "");
-  const Outcome none = run({"in/bar.toml", "-o", "file/out"});
-  EXPECT_EQ(none.code, 3);
+  const Outcome none = run({"in/bar.toml", "-o", "file/out"}, 3);
   EXPECT_TRUE(contains(none.err, "file/out could not be written: the directory cannot be made: Not a directory"))
       << none.err;
   // where not even the message file can be opened, earlier results go all the same
   writeStaleResults();
   std::filesystem::create_directory("out/bar.msg");
-  const Outcome blocked = run({"in/bar.toml", "-o", "out"});
-  EXPECT_EQ(blocked.code, 3);
+  const Outcome blocked = run({"in/bar.toml", "-o", "out"}, 3);
   EXPECT_TRUE(contains(blocked.err, "out/bar.msg: Is a directory")) << blocked.err;
   EXPECT_EQ(filesIn("out"), Files{"bar.msg"});
 }
