@@ -34,8 +34,7 @@ Call asCall(void (*kernel)(const int32_t*, Arguments...)) {
 struct Model {
   const char* name;
   int constants, volumeConstants;
-  double low[2], high[2], others[2],
-      volume[2]; // ranges of the constants: the first, the second, the rest, of the volume
+  double first[2], second[2], others[2], volume[2]; // ranges of the constants
   std::function<long double(const Values& c, long double I1, long double I2)> energy;
   bool isChain; // energy of the volume
   Call s33, s31, s30, solid, gpe, moduli;
@@ -94,7 +93,7 @@ struct Block {
     Random random(seed);
     for (int i = 0; i < n; ++i) {
       for (int k = 0; k < static_cast<int>(constants.size()); ++k) {
-        const auto& range = k == 0 ? m.low : k >= m.constants ? m.volume : k == 1 ? m.high : m.others;
+        const auto& range = k == 0 ? m.first : k >= m.constants ? m.volume : k == 1 ? m.second : m.others;
         constants[k][i] = random.uniform(range[0], range[1]);
       }
       Matrix R;
