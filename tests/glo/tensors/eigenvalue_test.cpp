@@ -213,15 +213,8 @@ TEST(Trigonometric, EndCasesDiagonalsAndZeros) {
     double P[3];
     call(GLO_UTI_EIG33ANAL, 1, c.S, P);
     for (int k = 0; k < 3; ++k) EXPECT_NEAR(P[k], c.P[k], 1e-15) << c.S[0] << ' ' << k;
-    if (c.P[0] == c.P[1]) {
-      EXPECT_EQ(P[0], P[1]) << "double value first";
-    }
-    if (c.P[1] == c.P[2]) {
-      EXPECT_EQ(P[1], P[2]) << "double value last";
-    }
-    if (c.P[0] == 5) {
-      EXPECT_EQ(P[0], 5);
-    }
+    EXPECT_EQ(P[0] == P[1], c.P[0] == c.P[1]) << "double value first";
+    EXPECT_EQ(P[1] == P[2], c.P[1] == c.P[2]) << "double value last";
   }
 }
 

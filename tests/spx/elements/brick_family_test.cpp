@@ -56,22 +56,22 @@ struct Masked {
 };
 // The one-point operator by blocks or element by element.
 struct OnePoint {
-  int32_t n, ld;
+  int32_t n;
   Values X, dV, B, diag, stiff, vol, rvol, h, gamma, mask;
 
   OnePoint(const std::vector<Brick>& bricks, bool byElement, const std::vector<int>& masked = {})
-      : n(static_cast<int32_t>(bricks.size())), ld(n + 2), X(coordinates(bricks, ld)), dV(24 * ld), B(24 * ld),
-        diag(ld), stiff(ld), vol(ld), rvol(ld), h(12 * ld), gamma(32 * ld), mask(ld) {
+      : n(static_cast<int32_t>(bricks.size())), X(coordinates(bricks, n)), dV(24 * n), B(24 * n), diag(n), stiff(n),
+        vol(n), rvol(n), h(12 * n), gamma(32 * n), mask(n) {
     for (int e : masked) mask[e] = 1;
     if (byElement)
-      call(SPX_OPE_C3DH8OPER, n, ld, X, dV, B, diag, stiff, vol, rvol, h, gamma, mask);
+      call(SPX_OPE_C3DH8OPER, n, n, X, dV, B, diag, stiff, vol, rvol, h, gamma, mask);
     else
-      call(SPX_OPE_C3D8ROPER2, n, ld, X, B, diag, stiff, vol, rvol, gamma, mask);
+      call(SPX_OPE_C3D8ROPER2, n, n, X, B, diag, stiff, vol, rvol, gamma, mask);
   }
   // All values of an array for one element.
   Values of(int e, const Values& array) const {
     Values values;
-    for (std::size_t k = 0; k < array.size(); k += ld) values.push_back(array[k + e]);
+    for (std::size_t k = 0; k < array.size(); k += n) values.push_back(array[k + e]);
     return values;
   }
 };
@@ -410,24 +410,21 @@ TEST(NodalFields, GradientAndDivergenceOfLinearFieldsOnDistortedBricks) {
   for (auto& row : G)
     for (double& g : row) g = random.uniform(-2, 2);
   for (double& o : offset) o = random.uniform(-1e3, 1e3);
-  const int32_t ld = block.ld;
-  Values u(24 * ld), uBlock(24 * n), BBlock(24 * n), constant(8 * ld, 293.15), grad(3 * ld), div(n);
+  Values u(24 * n), constant(8 * n, 293.15), grad(3 * n), div(n);
   for (int e = 0; e < n; ++e)
     for (int k = 0; k < 24; ++k) {
       const Point& x = bricks[e][k % 8];
       const double* g = G[k / 8];
-      u[k * ld + e] = uBlock[k * n + e] = offset[k / 8] + g[0] * x[0] + g[1] * x[1] + g[2] * x[2];
-      BBlock[k * n + e] = block.B[k * ld + e];
+      u[k * n + e] = offset[k / 8] + g[0] * x[0] + g[1] * x[1] + g[2] * x[2];
     }
-  call(SPX_OPE_C3DH8DIVER, n, BBlock, uBlock, div);
+  call(SPX_OPE_C3DH8DIVER, n, block.B, u, div);
   for (int e = 0; e < n; ++e) EXPECT_NEAR(div[e], G[0][0] + G[1][1] + G[2][2], 1e-12);
   for (int i = 0; i < 3; ++i) {
-    call(SPX_OPE_C3DH8TGRAD, n, ld, block.B, &u[8 * i * ld], grad);
-    for (int e = 0; e < n; ++e)
-      for (int j = 0; j < 3; ++j) EXPECT_NEAR(grad[j * ld + e], G[i][j], 1e-12);
+    call(SPX_OPE_C3DH8TGRAD, n, n, block.B, &u[8 * i * n], grad);
+    for (int k = 0; k < 3 * n; ++k) EXPECT_NEAR(grad[k], G[i][k / n], 1e-12);
   }
-  call(SPX_OPE_C3DH8TGRAD, n, ld, block.B, constant, grad);
-  EXPECT_EQ(grad, Values(3 * ld));
+  call(SPX_OPE_C3DH8TGRAD, n, n, block.B, constant, grad);
+  EXPECT_EQ(grad, Values(3 * n));
 }
 
 TEST(HeatFlows, FluxAndHourglassConductance) {
@@ -437,25 +434,21 @@ TEST(HeatFlows, FluxAndHourglassConductance) {
   bricks[9] = unitCube();
   invert(bricks[inverted]);
   const OnePoint block(bricks, false);
-  Values T(8 * n), q(3 * n), k(n), R(8 * n), mask(n);
+  Values T(8 * n), q(3 * n), k(n), R(8 * n), flow(8 * n), mask(n);
   for (double& t : T) t = random.uniform(280, 320);
   for (double& v : q) v = random.uniform(-50, 50);
   for (double& v : k) v = random.uniform(1, 10);
   call(SPX_ASM_C3D8RTDIVER, n, coordinates(bricks, n), T, q, k, R, mask);
   for (int e = 0; e < n; ++e) {
     EXPECT_EQ(mask[e], e == inverted ? 1 : 0);
-    double t[8], flux[3], flow[8];
-    for (int node = 0; node < 8; ++node) t[node] = T[node * n + e];
-    for (int i = 0; i < 3; ++i) flux[i] = q[i * n + e];
-    plain::heatFlow(1, block.of(e, block.B).data(), block.of(e, block.gamma).data(), block.vol[e],
-                    0.4 / 64 * k[e] * block.stiff[e], t, flux, flow);
-    for (int node = 0; node < 8; ++node) EXPECT_NEAR(R[node * n + e], e == inverted ? 0 : flow[node], 2e-11);
+    plain::heatFlow(n, &block.B[e], &block.gamma[e], block.vol[e], 0.4 / 64 * k[e] * block.stiff[e], &T[e], &q[e],
+                    &flow[e]);
+    for (int node = 0; node < 8; ++node) EXPECT_NEAR(R[node * n + e], e == inverted ? 0 : flow[node * n + e], 2e-11);
   }
   // On the unit cube full integration conducts 8/3 in the first three patterns and 4/3 in the fourth.
   for (int mode = 0; mode < 4; ++mode) {
-    Values flow(8);
-    call(SPX_ASM_C3D8RTDIVER, 1, coordinates({unitCube()}, 1), kPatterns[mode], Values(3), 1.0, flow, Values(1));
-    const double energy = -std::inner_product(flow.begin(), flow.end(), kPatterns[mode], 0.0);
+    call(SPX_ASM_C3D8RTDIVER, 1, coordinates({unitCube()}, 1), kPatterns[mode], Values(3), 1.0, R, Values(1));
+    const double energy = -std::inner_product(R.begin(), R.begin() + 8, kPatterns[mode], 0.0);
     EXPECT_NEAR(energy, (mode < 3 ? 0.45 : 0.9) * (mode < 3 ? 8 : 4) / 3, 1e-14);
   }
 }
