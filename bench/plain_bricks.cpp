@@ -1,5 +1,7 @@
 #include "plain_bricks.h"
 
+#include "plain/bricks.h"
+#include "plain/filter.h"
 #include "plain_kernels.h"
 
 #include <algorithm>
@@ -84,13 +86,8 @@ void c3d8facearea(const int32_t* nblock, const int32_t* ldim, const int32_t* fac
       for (int c = 0; c < 3; ++c) p[k][c] = X[(8 * c + nodes[*face - 1][k]) * ld + e];
     for (int a = 0; a < 3; ++a)
       for (int b = 0; b < 3; ++b) {
-        double u[3], v[3];
-        for (int c = 0; c < 3; ++c) {
-          u[c] = ((1 - points[b]) * (p[1][c] - p[0][c]) + (1 + points[b]) * (p[2][c] - p[3][c])) / 4;
-          v[c] = ((1 - points[a]) * (p[3][c] - p[0][c]) + (1 + points[a]) * (p[2][c] - p[1][c])) / 4;
-        }
-        const double w = weights[a] * weights[b];
-        const double cross[3] = {u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]};
+        const auto cross = faceNormal(p, (1 + points[a]) / 2, (1 + points[b]) / 2);
+        const double w = weights[a] * weights[b] / 4;
         sum += w * std::sqrt(cross[0] * cross[0] + cross[1] * cross[1] + cross[2] * cross[2]);
         for (int c = 0; c < 3; ++c) vector[c] += w * cross[c];
       }
@@ -117,15 +114,7 @@ void c3d8rtdiver(const int32_t* nblock, const double* X, const double* T, const 
   c3d8roper2(nblock, nblock, X, B.data(), diag.data(), stiff.data(), vol.data(), rvol.data(), gamma.data(), mask);
   for (int e = 0; e < n; ++e) {
     const double active = 1 - mask[e], c = active * conductivity[e] * 0.4 / 64 * stiff[e];
-    double g[4] = {};
-    for (int k = 0; k < 4; ++k)
-      for (int node = 0; node < 8; ++node) g[k] += gamma[(8 * k + node) * n + e] * T[node * n + e];
-    for (int node = 0; node < 8; ++node) {
-      double sum = 0;
-      for (int i = 0; i < 3; ++i) sum += active * vol[e] * B[(8 * i + node) * n + e] * flux[i * n + e];
-      for (int k = 0; k < 4; ++k) sum -= c * gamma[(8 * k + node) * n + e] * g[k];
-      R[node * n + e] = sum;
-    }
+    heatFlow(n, &B[e], &gamma[e], active * vol[e], c, T + e, flux + e, R + e);
   }
 }
 
@@ -137,7 +126,7 @@ void filterfld(const int32_t* nblock, const int32_t* ncomp, const int32_t* filte
     for (int k = 0; k < K; ++k) {
       double* h = hist + 2 * k * values + i;
       const double* c = coef + 5 * k;
-      const double y = c[0] * x + c[1] * h[0] + c[2] * h[values] - c[3] * h[2 * values] - c[4] * h[3 * values];
+      const double y = filterSection(c, x, h[0], h[values], h[2 * values], h[3 * values]);
       h[values] = h[0];
       h[0] = x;
       x = y;

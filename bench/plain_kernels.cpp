@@ -1,5 +1,8 @@
 #include "plain_kernels.h"
 
+#include "plain/materials.h"
+#include "plain/sort.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -7,25 +10,8 @@
 namespace plain {
 namespace {
 
-using Matrix = double[3][3];
-constexpr int kRow[] = {0, 1, 2, 0, 1, 0}, kColumn[] = {0, 1, 2, 1, 2, 2}; // 11 22 33 12 23 13
-
-void load(const double* S, int n, int i, Matrix& A) {
-  for (int k = 0; k < 6; ++k) A[kRow[k]][kColumn[k]] = A[kColumn[k]][kRow[k]] = S[k * n + i];
-}
-
-void multiply(const Matrix& A, const Matrix& B, Matrix& C) {
-  for (int i = 0; i < 3; ++i)
-    for (int j = 0; j < 3; ++j) C[i][j] = A[i][0] * B[0][j] + A[i][1] * B[1][j] + A[i][2] * B[2][j];
-}
-
-double determinant(const Matrix& A) {
-  return A[0][0] * (A[1][1] * A[2][2] - A[1][2] * A[2][1]) - A[0][1] * (A[1][0] * A[2][2] - A[1][2] * A[2][0]) +
-         A[0][2] * (A[1][0] * A[2][1] - A[1][1] * A[2][0]);
-}
-
 // One rotation; whether it turned by more than the bound.
-bool rotate(Matrix& A, Matrix& V, int p, int q, double bound) {
+bool rotate(Matrix<double>& A, Matrix<double>& V, int p, int q, double bound) {
   const int r = 3 - p - q;
   const double z = (std::abs(A[p][p]) + std::abs(A[q][q])) * 0x1p-53 >= std::abs(A[p][q]) ? 1 : 0;
   const double theta = (A[q][q] - A[p][p]) / (A[p][q] + z);
@@ -46,7 +32,7 @@ bool rotate(Matrix& A, Matrix& V, int p, int q, double bound) {
   return std::abs(sr) > bound;
 }
 
-void diagonalise(Matrix& A, Matrix& V, double bound) {
+void diagonalise(Matrix<double>& A, Matrix<double>& V, double bound) {
   for (int a = 0; a < 3; ++a)
     for (int b = 0; b < 3; ++b) V[a][b] = a == b;
   bool moving = true;
@@ -61,8 +47,7 @@ template <class Function>
 void principalFunction(const int32_t* nblock, const double* S, double* V, Function f) {
   const int n = *nblock;
   for (int i = 0; i < n; ++i) {
-    Matrix A, D;
-    load(S, n, i, A);
+    Matrix<double> A = symmetric(S + i, n), D;
     diagonalise(A, D, 1e-8);
     for (int k = 0; k < 6; ++k) {
       double sum = 0;
@@ -77,8 +62,7 @@ void principalFunction(const int32_t* nblock, const double* S, double* V, Functi
 void princs33(const int32_t* nblock, const double* S, double* P, double* V) {
   const int n = *nblock;
   for (int i = 0; i < n; ++i) {
-    Matrix A, D;
-    load(S, n, i, A);
+    Matrix<double> A = symmetric(S + i, n), D;
     diagonalise(A, D, 0.015);
     for (int b = 0; b < 3; ++b) {
       P[b * n + i] = A[b][b];
@@ -90,8 +74,7 @@ void princs33(const int32_t* nblock, const double* S, double* P, double* V) {
 void eig33vector(const int32_t* nblock, const double* S, double* P) {
   const int n = *nblock;
   for (int i = 0; i < n; ++i) {
-    Matrix A, D;
-    load(S, n, i, A);
+    Matrix<double> A = symmetric(S + i, n), D;
     diagonalise(A, D, 0.015);
     double values[] = {A[0][0], A[1][1], A[2][2]};
     std::sort(values, values + 3);
@@ -160,7 +143,7 @@ void c3d8oper(const int32_t* nblock, const int32_t* ipt, const int32_t*, const d
   const int n = *nblock;
   const double* dN[] = {dNdxi + 8 * (*ipt - 1), dNdeta + 8 * (*ipt - 1), dNdzeta + 8 * (*ipt - 1)};
   for (int e = 0; e < n; ++e) {
-    Matrix J, C;
+    Matrix<double> J, C;
     for (int c = 0; c < 3; ++c)
       for (int d = 0; d < 3; ++d) {
         J[c][d] = 0;
@@ -255,69 +238,6 @@ void c3dsymgrad(const int32_t* nblock, const double* G, double* sym, double* ske
   }
 }
 
-void hyperpolys33(const int32_t* nblock, const double* C10, const double* C01, const double* C20, const double* C11,
-                  const double* C02, double* energy, double* rJ, const double* V) {
-  const int n = *nblock;
-  for (int i = 0; i < n; ++i) {
-    Matrix A, B;
-    load(V, n, i, A);
-    double J = determinant(A);
-    if (J < 2.2250738585072014e-308) J += 1;
-    const double f = std::exp(-2.0 / 3 * std::log(J));
-    multiply(A, A, B);
-    for (auto& row : B)
-      for (double& value : row) value *= f;
-    const double x = B[0][0] + B[1][1] + B[2][2] - 3;
-    const double y = B[0][0] * B[1][1] + B[1][1] * B[2][2] + B[0][0] * B[2][2] - B[0][1] * B[0][1] - B[1][2] * B[1][2] -
-                     B[0][2] * B[0][2] - 3;
-    energy[i] = C10[i] * x + C01[i] * y + C20[i] * x * x + C11[i] * x * y + C02[i] * y * y;
-    rJ[i] = 1 / J;
-  }
-}
-
-void hyperpoly3dexp(const int32_t* nblock, const double* C10, const double* C01, const double* C20, const double* C11,
-                    const double* C02, const double* rD1, const double* rD2, const double* V, double* stress,
-                    double* flag, double* bound, double* bulk) {
-  const int n = *nblock;
-  for (int i = 0; i < n; ++i) {
-    Matrix A, B, Q;
-    load(V, n, i, A);
-    double J = determinant(A);
-    if (J < 1e-9) flag[i] = 1;
-    J = flag[i] + (1 - flag[i]) * J;
-    const double f = std::exp(-2.0 / 3 * std::log(J)), rJ = 1 / J;
-    multiply(A, A, B);
-    for (auto& row : B)
-      for (double& value : row) value *= f;
-    multiply(B, B, Q);
-    const double I1 = B[0][0] + B[1][1] + B[2][2];
-    const double I2 = B[0][0] * B[1][1] + B[1][1] * B[2][2] + B[0][0] * B[2][2] - B[0][1] * B[0][1] -
-                      B[1][2] * B[1][2] - B[0][2] * B[0][2];
-    const double x = I1 - 3, y = I2 - 3, e = J - 1;
-    const double U1 = C10[i] + 2 * C20[i] * x + C11[i] * y, U2 = C01[i] + C11[i] * x + 2 * C02[i] * y;
-    const double U11 = 2 * C20[i], U12 = C11[i], U22 = 2 * C02[i];
-    const double p = 2 * e * rD1[i] + 4 * e * e * e * rD2[i], slope = 2 * rD1[i] + 12 * e * e * rD2[i];
-    const double a = 2 * U2 * rJ, b = 2 * U1 * rJ + I1 * a, third = (I1 * I1 - 2 * I2) / 3;
-    for (int k = 0; k < 6; ++k) {
-      const double q = Q[kRow[k]][kColumn[k]], g = B[kRow[k]][kColumn[k]];
-      stress[k * n + i] = k < 3 ? p - (q - third) * a + (g - I1 / 3) * b : g * b - q * a;
-    }
-    const double w4 = 4 * rJ, w2 = 2 * rJ, c1 = w4 * (U11 + 2 * I1 * U12 + I1 * I1 * U22), c2 = w4 * U22;
-    const double c3 = -w4 * (I1 * U22 + U12), E = w2 * (U1 + I1 * U2), F = -w2 * U2, G = w4 * U2;
-    double largest = 0;
-    for (int k = 0; k < 6; ++k) {
-      const int r = kRow[k], c = kColumn[k];
-      const double g = B[r][c], q = Q[r][c];
-      const double term = k < 3 ? (g * c1 + 2 * E + 2 * q * c3) * g + (q * c2 + 2 * F) * q
-                                : (2 * c1 * g + 4 * c3 * q) * g + (B[r][r] + B[c][c]) * E + (Q[r][r] + Q[c][c]) * F +
-                                      (g * g - B[r][r] * B[c][c]) * G + 2 * c2 * q * q;
-      largest = k == 0 ? term : std::max(largest, term);
-    }
-    bound[i] = largest;
-    bulk[i] = 3 * J * (p + slope);
-  }
-}
-
 void gatherr(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map, double* L,
              const double* G) {
   const int n = *nblock;
@@ -332,14 +252,7 @@ void genassem(const int32_t* nblock, const int32_t* ndim, const int32_t* ld, con
     for (int k = 0; k < *ndim; ++k) G[(map[i] - 1) * *ld + k] += L[k * n + i];
 }
 
-void inssorti(int32_t* list, const int32_t* keys, const int32_t* n) {
-  for (int k = 1; k < *n; ++k) {
-    const int32_t entry = list[k];
-    int place = k;
-    for (; place > 0 && keys[list[place - 1] - 1] > keys[entry - 1]; --place) list[place] = list[place - 1];
-    list[place] = entry;
-  }
-}
+void inssorti(int32_t* list, const int32_t* keys, const int32_t* n) { insertionSort(list, keys, *n); }
 
 void copyr(const int32_t* n, const double* source, double* destination) {
   for (int i = 0; i < *n; ++i) destination[i] = source[i];

@@ -1,41 +1,26 @@
 #include "plain_materials.h"
 
+#include "plain/materials.h"
+#include "plain_kernels.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace plain {
 namespace {
 
-constexpr int kRow[] = {0, 1, 2, 0, 1, 0}, kColumn[] = {0, 1, 2, 1, 2, 2};
-using Matrix = double[3][3];
-
-struct Invariants {
-  double J, I1, I2;
-  Matrix B, Q;
-};
-Invariants invariants(const double* V, int n, int i) {
-  Invariants s;
-  Matrix A;
-  for (int k = 0; k < 6; ++k) A[kRow[k]][kColumn[k]] = A[kColumn[k]][kRow[k]] = V[k * n + i];
-  s.J = A[0][0] * (A[1][1] * A[2][2] - A[1][2] * A[2][1]) - A[0][1] * (A[1][0] * A[2][2] - A[1][2] * A[2][0]) +
-        A[0][2] * (A[1][0] * A[2][1] - A[1][1] * A[2][0]);
-  if (s.J < 1e-9) s.J += 1;
-  const double f = std::exp(-2.0 / 3 * std::log(s.J));
-  for (int r = 0; r < 3; ++r)
-    for (int c = 0; c < 3; ++c) s.B[r][c] = f * (A[r][0] * A[0][c] + A[r][1] * A[1][c] + A[r][2] * A[2][c]);
-  s.I1 = s.B[0][0] + s.B[1][1] + s.B[2][2];
-  s.I2 = s.B[0][0] * s.B[1][1] + s.B[1][1] * s.B[2][2] + s.B[0][0] * s.B[2][2] - s.B[0][1] * s.B[0][1] -
-         s.B[1][2] * s.B[1][2] - s.B[0][2] * s.B[0][2];
-  return s;
+using Point = Invariants<double>;
+Point invariantsOf(const double* V, int n, int i) {
+  const Matrix<double> A = symmetric(V + i, n);
+  const double J = determinant(A);
+  return invariants(A, J < 1e-9 ? J + 1 : J);
 }
 
 struct Derivatives {
   double U1, U2, U11, U12, U22, p, slope;
 };
 // Stress, bound and bulk of a point whose derivatives are known.
-void stressOf(Invariants& s, const Derivatives& d, int n, int i, double* stress, double* bound, double* bulk) {
-  for (int r = 0; r < 3; ++r)
-    for (int c = 0; c < 3; ++c) s.Q[r][c] = s.B[r][0] * s.B[0][c] + s.B[r][1] * s.B[1][c] + s.B[r][2] * s.B[2][c];
+void stressOf(const Point& s, const Derivatives& d, int n, int i, double* stress, double* bound, double* bulk) {
   const double rJ = 1 / s.J, a = 2 * d.U2 * rJ, b = 2 * d.U1 * rJ + s.I1 * a, third = (s.I1 * s.I1 - 2 * s.I2) / 3;
   const double w4 = 4 * rJ, w2 = 2 * rJ, c1 = w4 * (d.U11 + 2 * s.I1 * d.U12 + s.I1 * s.I1 * d.U22), c2 = w4 * d.U22;
   const double c3 = -w4 * (s.I1 * d.U22 + d.U12), E = w2 * (d.U1 + s.I1 * d.U2), F = -w2 * d.U2, G = w4 * d.U2;
@@ -55,32 +40,56 @@ void stressOf(Invariants& s, const Derivatives& d, int n, int i, double* stress,
 
 } // namespace
 
+void hyperpolys33(const int32_t* nblock, const double* C10, const double* C01, const double* C20, const double* C11,
+                  const double* C02, double* energy, double* rJ, const double* V) {
+  const int n = *nblock;
+  const double* const c[] = {C10, C01, C20, C11, C02};
+  for (int i = 0; i < n; ++i) {
+    const Point s = invariantsOf(V, n, i);
+    energy[i] = polynomialEnergy<2>([&](int k) { return c[k][i]; }, s.I1, s.I2);
+    rJ[i] = 1 / s.J;
+  }
+}
+
+void hyperpoly3dexp(const int32_t* nblock, const double* C10, const double* C01, const double* C20, const double* C11,
+                    const double* C02, const double* rD1, const double* rD2, const double* V, double* stress,
+                    double* flag, double* bound, double* bulk) {
+  const int n = *nblock;
+  const double* const r[] = {rD1, rD2};
+  for (int i = 0; i < n; ++i) {
+    const Matrix<double> A = symmetric(V + i, n);
+    const double J = determinant(A);
+    if (J < 1e-9) flag[i] = 1;
+    const Point s = invariants(A, flag[i] + (1 - flag[i]) * J);
+    const double x = s.I1 - 3, y = s.I2 - 3;
+    const Volume<double> v = volumePowers(
+        2, [&](int k) { return r[k][i]; }, s.J);
+    stressOf(s,
+             {C10[i] + 2 * C20[i] * x + C11[i] * y, C01[i] + C11[i] * x + 2 * C02[i] * y, 2 * C20[i], C11[i],
+              2 * C02[i], v.p, v.slope},
+             n, i, stress, bound, bulk);
+  }
+}
+
 void hyperpoly6s33(int n, const Arrays& a) {
   for (int i = 0; i < n; ++i) {
-    const Invariants s = invariants(a[29], n, i);
-    double sum = 0, px[7] = {1}, py[7] = {1};
-    for (int k = 1; k < 7; ++k) px[k] = px[k - 1] * (s.I1 - 3), py[k] = py[k - 1] * (s.I2 - 3);
-    for (int t = 1, k = 0; t <= 6; ++t)
-      for (int x = t; x >= 0; --x) sum += a[k++][i] * px[x] * py[t - x];
-    a[27][i] = sum;
+    const Point s = invariantsOf(a[29], n, i);
+    a[27][i] = polynomialEnergy<6>([&](int k) { return a[k][i]; }, s.I1, s.I2);
     a[28][i] = 1 / s.J;
   }
 }
 
 void hyperabs33(int n, const Arrays& a) {
   for (int i = 0; i < n; ++i) {
-    const Invariants s = invariants(a[4], n, i);
-    const double k = 1 / (a[1][i] * a[1][i]), I = s.I1;
-    a[2][i] = a[0][i] *
-              (0.5 * (I - 3) + k / 20 * (I * I - 9) + 11 * k * k / 1050 * (I * I * I - 27) +
-               19 * k * k * k / 7000 * (I * I * I * I - 81) + 519 * k * k * k * k / 673750 * (I * I * I * I * I - 243));
+    const Point s = invariantsOf(a[4], n, i);
+    a[2][i] = arrudaBoyceEnergy(a[0][i], a[1][i], s.I1);
     a[3][i] = 1 / s.J;
   }
 }
 
 void hyperab3dexp(int n, const Arrays& a) {
   for (int i = 0; i < n; ++i) {
-    Invariants s = invariants(a[3], n, i);
+    const Point s = invariantsOf(a[3], n, i);
     const double mu = a[0][i], k = 1 / (a[1][i] * a[1][i]), D = a[2][i], t = k * s.I1;
     const double U1 = mu * (0.5 + t * (0.1 + t * (11.0 / 350 + t * (19.0 / 1750 + t * 519.0 / 134750))));
     const double U11 = mu * k * (0.1 + t * (11.0 / 175 + t * (57.0 / 1750 + t * 2076.0 / 134750)));
@@ -90,7 +99,7 @@ void hyperab3dexp(int n, const Arrays& a) {
 
 void hypervdw3dexp(int n, const Arrays& a) {
   for (int i = 0; i < n; ++i) {
-    Invariants q = invariants(a[5], n, i);
+    const Point q = invariantsOf(a[5], n, i);
     const double mu = a[0][i], l = a[1][i], g = a[2][i], beta = a[3][i], D = a[4][i];
     const double t = (1 - beta) * q.I1 + beta * q.I2 - 3, range = std::sqrt(l * l - 3);
     double eta = 0, s = 0, r = 0;
@@ -110,34 +119,18 @@ void hypervdw3dexp(int n, const Arrays& a) {
 
 void hyperinvs33(int n, const Arrays& a) {
   for (int i = 0; i < n; ++i) {
-    const Invariants s = invariants(a[3], n, i);
+    const Point s = invariantsOf(a[3], n, i);
     a[0][i] = s.I1, a[1][i] = s.I2, a[2][i] = 1 / s.J;
   }
 }
 
 namespace {
 
-// Sums over three terms at three stretches: the energy, tau and A, b of the tangent.
-struct Sums {
-  double J, U = 0, tau[3] = {}, A[3] = {}, b = 0;
-};
+using Sums = StretchSums<double>;
 Sums sumTerms(const Arrays& a, int i, double l1, double l2, double l3, bool foam) {
-  Sums s;
-  s.J = l1 * l2 * l3;
-  const double f = foam ? 1 : std::exp(-2.0 / 3 * std::log(s.J)), l[3] = {l1 * l1 * f, l2 * l2 * f, l3 * l3 * f};
-  const double logJ = foam ? std::log(s.J) : 0;
-  const double x[3] = {std::log(l[0]), std::log(l[1]), std::log(l[2])};
-  for (int t = 0; t < 3; ++t) {
-    const double mu = a[2 * t][i], alpha = a[2 * t + 1][i], beta = foam ? a[6 + t][i] : 0;
-    const double P[3] = {std::exp(alpha / 2 * x[0]), std::exp(alpha / 2 * x[1]), std::exp(alpha / 2 * x[2])};
-    const double Q = foam ? std::exp(-alpha * beta * logJ) : 0;
-    const double volume = foam ? (beta != 0 ? (Q - 1) / beta : -alpha * logJ) : 0, c = 2 * mu / (alpha * alpha);
-    s.U += c * (P[0] + P[1] + P[2] - 3 + volume);
-    const double off = foam ? Q : (P[0] + P[1] + P[2]) / 3;
-    for (int k = 0; k < 3; ++k) s.tau[k] += 2 * mu / alpha * (P[k] - off), s.A[k] += 2 * mu * P[k];
-    s.b += 2 * mu * beta * Q;
-  }
-  return s;
+  const double mu[3] = {a[0][i], a[2][i], a[4][i]}, alpha[3] = {a[1][i], a[3][i], a[5][i]};
+  const double beta[3] = {a[6][i], a[7][i], a[8][i]};
+  return stretchSums(mu, alpha, foam ? beta : nullptr, l1, l2, l3);
 }
 double shear(double t1, double t2, double l1, double l2, double A1, double A2) {
   const double d = l1 * l1 - l2 * l2, sum = l1 * l1 + l2 * l2;
@@ -186,26 +179,26 @@ void hyperogdenpsexp(int n, const Arrays& a) {
   for (int i = 0; i < n; ++i) {
     const double v11 = a[9][i], v22 = a[9][n + i], v12 = a[9][2 * n + i], mean = (v11 + v22) / 2, h = (v11 - v22) / 2;
     const double radius = std::hypot(h, v12), l1 = mean + radius, l2 = mean - radius;
-    double l3 = a[10][i], p = 0, slope = 0;
+    double l3 = a[10][i];
+    Volume<double> v;
     Sums s;
     for (int round = 0; round < 50; ++round) {
       s = sumTerms(a, i, l1, l2, l3, false);
-      const double d = s.J - 1, e = d * d;
-      p = 2 * d * a[6][i] + 4 * d * e * a[7][i] + 6 * d * e * e * a[8][i];
-      slope = 2 * a[6][i] + 12 * e * a[7][i] + 30 * e * e * a[8][i];
-      const double stiffness = s.A[2] / 3 + (s.A[0] + s.A[1] + s.A[2]) / 9 + s.J * (p + s.J * slope);
-      const double step = std::clamp((s.tau[2] + s.J * p) / stiffness, -0.5, 0.5);
+      v = volumePowers(
+          3, [&](int k) { return a[6 + k][i]; }, s.J);
+      const double stiffness = s.A[2] / 3 + (s.A[0] + s.A[1] + s.A[2]) / 9 + s.J * (v.p + s.J * v.slope);
+      const double step = std::clamp((s.tau[2] + s.J * v.p) / stiffness, -0.5, 0.5);
       if (std::abs(step) < 1e-12) break;
       l3 *= std::exp(-step);
     }
-    const double p1 = s.tau[0] / s.J + p, p2 = s.tau[1] / s.J + p, c = radius > 0 ? h / radius : 1;
+    const double p1 = s.tau[0] / s.J + v.p, p2 = s.tau[1] / s.J + v.p, c = radius > 0 ? h / radius : 1;
     const double sine = radius > 0 ? v12 / radius : 0;
     a[10][i] = l3;
     a[12][i] = (p1 + p2) / 2 + (p1 - p2) / 2 * c;
     a[12][n + i] = (p1 + p2) / 2 - (p1 - p2) / 2 * c;
     a[12][2 * n + i] = (p1 - p2) / 2 * sine;
     const double l[3] = {l1, l2, l3};
-    moduli(s, false, l, p, slope, a[13][i], a[14][i]);
+    moduli(s, false, l, v.p, v.slope, a[13][i], a[14][i]);
   }
 }
 

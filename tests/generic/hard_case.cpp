@@ -90,42 +90,35 @@ void harden(Random& random, const Choice& choice, std::vector<double>& v) {
   const auto some = static_cast<std::size_t>(random.integer(0, static_cast<int>(n) - 1));
   const double scale = power(choice.exponent);
   const int step = random.integer(8, 150);
-  for (std::size_t k = 0; k < n; ++k) {
+  const auto hard = [&](std::size_t k) {
     switch (choice.pattern) {
     case Pattern::alike:
-      v[k] = sized(random, choice.size);
-      break;
+      return sized(random, choice.size);
     case Pattern::scaled:
-      v[k] *= scale;
-      break;
+      return v[k] * scale;
     case Pattern::equal:
-      v[k] = x;
-      break;
+      return x;
     case Pattern::nearlyEqual:
-      v[k] = oneIn(random, 2) ? x : std::nextafter(x, oneIn(random, 2) ? 0.0 : HUGE_VAL);
-      break;
+      return oneIn(random, 2) ? x : std::nextafter(x, oneIn(random, 2) ? 0.0 : HUGE_VAL);
     case Pattern::graded:
-      v[k] *= scale * power(-step * static_cast<int>((k + some) % n));
-      break;
+      return v[k] * scale * power(-step * static_cast<int>((k + some) % n));
     case Pattern::diagonal:
-      v[k] = k < 3 ? (oneIn(random, 3) ? x : sized(random, choice.size)) : (x < 0 ? -0.0 : 0.0);
-      break;
+      return k < 3 ? (oneIn(random, 3) ? x : sized(random, choice.size)) : (x < 0 ? -0.0 : 0.0);
     case Pattern::integers:
-      v[k] = random.integer(-2, 2) * scale;
-      break;
+      return random.integer(-2, 2) * scale;
     case Pattern::single:
-      v[k] = k == some ? x : v[k];
-      break;
+      return k == some ? x : v[k];
     case Pattern::mixed:
-      v[k] = sized(random, anySize(random));
-      break;
+      return sized(random, anySize(random));
     // a rotation, or a quaternion with a turn that is none or as small as they come
     case Pattern::unit:
-      v[k] = (n == 9 ? k % 4 == 0 : k == some) ? 1.0 : oneIn(random, 2) ? 0.0 : x * DBL_EPSILON;
-      break;
+      return (n == 9 ? k % 4 == 0 : k == some) ? 1.0 : oneIn(random, 2) ? 0.0 : x * DBL_EPSILON;
     default:
-      v[k] = k == some || oneIn(random, 8) ? infinityOrNan(random) : v[k];
+      return k == some || oneIn(random, 8) ? infinityOrNan(random) : v[k];
     }
+  };
+  for (std::size_t k = 0; k < n; ++k) {
+    v[k] = hard(k);
     if (std::isinf(v[k]) && choice.pattern != Pattern::spoiled) v[k] = std::copysign(DBL_MAX, v[k]);
   }
 }

@@ -188,22 +188,16 @@ public:
   int records() const { return points_ + kCursor + kRecordsMore; }
   void set(const std::string& name, int value) { values_[name] = value; }
 
-  // A number, a name, a sum of such, or factor*name+number.
+  // A number, a name, and sums and products of such.
   int operator()(const std::string& text) {
     if (text == "*") return entities_;
-    const std::size_t times = text.find('*');
-    if (times != std::string::npos) {
-      const std::string rest = text.substr(times + 1);
-      const std::size_t plus = rest.find('+');
-      const int added = plus == std::string::npos ? 0 : std::atoi(rest.c_str() + plus + 1);
-      return std::atoi(text.c_str()) * (*this)(rest.substr(0, plus)) + added;
-    }
-    if (text[0] >= '0' && text[0] <= '9') return std::atoi(text.c_str());
-    const std::size_t sign = text.find_last_of("+-");
+    const std::size_t sign = text.find_last_of("+-"), times = text.find('*');
     if (sign != std::string::npos) {
       const int last = (*this)(text.substr(sign + 1));
       return (*this)(text.substr(0, sign)) + (text[sign] == '+' ? last : -last);
     }
+    if (times != std::string::npos) return (*this)(text.substr(0, times)) * (*this)(text.substr(times + 1));
+    if (text[0] >= '0' && text[0] <= '9') return std::atoi(text.c_str());
     const auto known = values_.find(text);
     if (known != values_.end()) return known->second;
     for (int i = 0; i < routine_.argumentCount(); ++i)
@@ -385,10 +379,14 @@ std::vector<int> makeSet(const std::vector<int>& list, int points) {
   return set;
 }
 
-void setList(Array& array, const std::vector<int>& list) {
-  array.before = list.size();
-  array.bytes.assign(list.size() * array.elementSize, 0);
-  for (std::size_t k = 0; k < list.size(); ++k) array.setInteger(k, list[k]);
+// An array of exactly these values, none of them of a point.
+template <class Container>
+void setValues(Array& array, const Container& values) {
+  array.lines = Lines::none;
+  array.lineCount = array.after = 1;
+  array.before = values.size();
+  array.bytes.resize(values.size() * array.elementSize);
+  if (!values.empty()) std::memcpy(array.bytes.data(), values.data(), array.bytes.size());
 }
 
 // Name and properties of the material that a routine computes.
@@ -457,15 +455,6 @@ TablePools makeTable(Sizes& sizes, int points) {
   return result;
 }
 
-template <class Container>
-void setTable(Array& array, const Container& values) {
-  array.lines = Lines::none;
-  array.lineCount = array.after = 1;
-  array.before = values.size();
-  array.bytes.resize(values.size() * array.elementSize);
-  if (!values.empty()) std::memcpy(array.bytes.data(), values.data(), array.bytes.size());
-}
-
 std::string targetOf(const Array& map) { return std::string(map.info->unit).substr(10); } // after "entity of "
 
 } // namespace
@@ -507,7 +496,7 @@ KernelCase makeCase(const RoutineInfo& routine, int points, int variant) {
     if (std::find(std::begin(kSizeRoles), std::end(kSizeRoles), info.role) != std::end(kSizeRoles)) {
       array.setInteger(0, sizes(info.name));
     } else if (info.is("list") || info.is("set")) {
-      setList(array, list);
+      setValues(array, list);
     } else if (info.is("text") || std::string_view(info.unit) == "properties") {
       fillMaterial(routine, array, sizes, variant);
     } else if (array.elementSize == sizeof(std::int64_t) && !info.isReal()) {
@@ -516,11 +505,11 @@ KernelCase makeCase(const RoutineInfo& routine, int points, int variant) {
       const TablePools table = makeTable(sizes, points);
       const bool isPool = std::string_view(info.shape[0]) == "*";
       if (info.isReal())
-        setTable(array, table.pools.reals);
+        setValues(array, table.pools.reals);
       else if (isPool)
-        setTable(array, table.pools.ints);
+        setValues(array, table.pools.ints);
       else
-        setTable(array, table.table.header);
+        setValues(array, table.table.header);
     } else {
       const std::uint64_t seed =
           hashOf(routine.name, hashOf(info.name, static_cast<std::uint64_t>(points * 64 + variant)));
@@ -631,7 +620,7 @@ KernelCase KernelCase::forAllPoints(const RoutineInfo& form, bool isReversed) co
     all.arrays.back().info = &info;
     if (!info.is("list") && !info.is("set")) continue;
     if (info.is("set")) list = makeSet(list, points);
-    setList(all.arrays.back(), list);
+    setValues(all.arrays.back(), list);
     listLength = info.shape[0];
   }
   for (Array& array : all.arrays)
@@ -665,7 +654,7 @@ KernelCase KernelCase::piece(int begin, int end) const {
       listLength = info.shape[0];
       for (std::size_t k = 0; k < whole.elements(); ++k)
         if (whole.integer(k) > begin && whole.integer(k) <= end) list.push_back(whole.integer(k) - begin);
-      setList(part, list);
+      setValues(part, list);
     } else if (whole.lines == Lines::points) {
       const bool isStrided = std::any_of(arrays.begin(), arrays.end(), [&](const Array& other) {
         return other.info->is("stride") &&

@@ -18,31 +18,15 @@ namespace vm = sa::vm;
 using sharedanalysis::test::Random;
 constexpr double kInf = std::numeric_limits<double>::infinity(), kNaN = std::numeric_limits<double>::quiet_NaN();
 
-// The same loop for each instruction set, whatever the program is compiled for.
-using Loop = void (*)(int n, const double* x, double* y);
-#define LOOP(name, target)                                                                                             \
-  [](int n, const double* x, double* y) target {                                                                       \
-    sa::forPoints(                                                                                                     \
-        n, [=](int i) __attribute__((always_inline)) { y[i] = vm::name(x[i]); });                                      \
-  }
-
 struct Function {
   const char* name;
   double (*own)(double);
   long double (*reference)(long double);
-  Loop baseline, avx2, avx512;
   double lattice;                 // the reduction of the argument changes at the odd multiples of this number
   std::vector<double> hardPoints; // arguments around which errors peak or cases change
 };
-// clang-format off
-#define FUNCTION(name, reference)                                                     \
-  #name,                                                                              \
-  [](double x) { return vm::name(x); },                                               \
-  [](long double x) { return std::reference(x); },                                    \
-  LOOP(name, ),                                                                       \
-  LOOP(name, __attribute__((target("avx2")))),                                        \
-  LOOP(name, __attribute__((target("avx512f"))))
-// clang-format on
+#define FUNCTION(name, reference)                                                                                      \
+#name, [](double x) { return vm::name(x); }, [](long double x) { return std::reference(x); }
 
 constexpr double kHalfLn2 = 0.34657359027997264, kQuarterPi = 0.78539816339744828;
 constexpr double kRootHalf = 0.70710678118654752, kRootTwo = 1.4142135623730951;
@@ -143,57 +127,6 @@ TEST(VectorMath, ErrorsStayWithinTheStatedBounds) {
   }
 }
 
-// The largest |weight (p - series)| on (low, high], as a power of two.
-template <int count, class Series, class Weight>
-double fitError(const double (&c)[count], double low, double high, Series series, Weight weight) {
-  long double worst = 0;
-  for (int i = 1; i <= 20000; ++i) {
-    const long double t = low + (static_cast<long double>(high) - low) * i / 20000;
-    long double p = 0, sum = 0, power = 1;
-    for (int k = count - 1; k >= 0; --k) p = p * t + c[k];
-    for (int k = 0; k < 60; ++k, power *= t) sum += series(k) * power;
-    worst = std::max(worst, std::abs(weight(t) * (p - sum)));
-  }
-  return static_cast<double>(std::log2(worst));
-}
-
-// The polynomials, as rounded to double, against the Taylor series of what they replace; half a unit in the last place is
-// 2^-53 or less.
-TEST(VectorMath, PolynomialsFitTheirSeries) {
-  using Real = long double;
-  const auto factorial = [](int n) { return std::tgamma(static_cast<Real>(n + 1)); };
-  const auto sign = [](int k) { return k % 2 == 0 ? 1.0L : -1.0L; };
-  const auto asinTerm = [&](int k) { // of s^(2k+1) in asin s
-    Real a = 1;
-    for (int j = 1; j <= k; ++j) a *= (2 * j - 1) / static_cast<Real>(2 * j);
-    return a / (2 * k + 1);
-  };
-  const auto relative = [](long double (*f)(long double)) { // of s^3 in f(s), s^2 = t
-    return [f](Real t) { return t * std::sqrt(t) / f(std::sqrt(t)); };
-  };
-  const double pi4 = kQuarterPi * kQuarterPi;
-  EXPECT_LT(fitError(
-                vm::kExpCoefficients, -kHalfLn2, kHalfLn2, [&](int k) { return 1 / factorial(k + 2); },
-                [](Real r) { return r * r / std::exp(r); }),
-            -56.3);
-  EXPECT_LT(fitError(
-                vm::kLogCoefficients, 0, std::pow(kRootTwo - 1, 4), [](int k) { return 2.0L / (2 * k + 3); },
-                relative([](Real s) { return 2 * std::atanh(s); })),
-            -59.2);
-  EXPECT_LT(fitError(
-                vm::kSinCoefficients, 0, pi4, [&](int k) { return -sign(k) / factorial(2 * k + 3); },
-                relative([](Real s) { return std::sin(s); })),
-            -57.1);
-  EXPECT_LT(fitError(
-                vm::kCosCoefficients, 0, pi4, [&](int k) { return sign(k) / factorial(2 * k + 4); },
-                [](Real t) { return t * t / std::cos(std::sqrt(t)); }),
-            -59.6);
-  EXPECT_LT(fitError(
-                vm::kAsinCoefficients, 0, 0.25, [&](int k) { return asinTerm(k + 1); },
-                relative([](Real s) { return std::asin(s); })),
-            -58.8);
-}
-
 TEST(VectorMath, SpecialValues) {
   for (const Function& f : kFunctions) {
     if (f.name == std::string("logPositive")) continue;
@@ -250,38 +183,6 @@ TEST(VectorMath, HelpersTreatNaNAndSignedZeroAsDocumented) {
   EXPECT_EQ(vm::toBits(vm::abs(-0.0)), 0u);
   EXPECT_EQ(vm::blend(~uint64_t{0}, 1, 2), 1);
   EXPECT_EQ(vm::blend(0, 1, 2), 2);
-}
-
-// A point's bits depend on its argument alone: not on its lane, the length of the loop, its neighbours (here special values
-// among ordinary ones) or the instruction set.
-TEST(VectorMath, LoopsGiveTheBitsOfSingleCalls) {
-  const double special[] = {0.0, -0.0, kInf, -kInf, kNaN, 5e-324, -1.0, 1.0, 1e300, 0x1p-1022};
-  const auto canonical = [](double v) { return vm::toBits(std::isnan(v) ? kNaN : v); };
-  Random random(62);
-  int compared = 0;
-  for (const Function& f : kFunctions) {
-    std::vector<Loop> loops = {f.baseline};
-    if (__builtin_cpu_supports("avx2")) loops.push_back(f.avx2);
-    if (__builtin_cpu_supports("avx512f")) loops.push_back(f.avx512);
-    for (int round = 0; round < 200; ++round)
-      for (int n = 1; n <= 40; ++n) {
-        const auto count = static_cast<size_t>(n);
-        std::vector<double> x(count), y(count);
-        for (double& v : x) {
-          const int kind = random.integer(0, 9);
-          v = kind == 0   ? special[random.integer(0, 9)]
-              : kind <= 4 ? random.uniform(-1, 1) * (f.name == std::string("acos") ? 1 : 800)
-                          : std::ldexp(random.uniform(1, 2), random.integer(-40, 10));
-          if (f.name == std::string("logPositive")) v = random.uniform(1e-3, 1e3);
-        }
-        for (Loop loop : loops) {
-          loop(n, x.data(), y.data());
-          for (size_t i = 0; i < count; ++i, ++compared)
-            ASSERT_EQ(canonical(y[i]), canonical(f.own(x[i]))) << f.name << " at " << x[i];
-        }
-      }
-  }
-  RecordProperty("compared", compared);
 }
 
 } // namespace

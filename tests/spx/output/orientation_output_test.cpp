@@ -1,5 +1,6 @@
 // Records of orientations: what they turn, against rotations by axis and angle, and where they lie.
 #include "spx.h"
+#include "tests/support/call.h"
 #include "tests/support/turns.h"
 
 #include <gtest/gtest.h>
@@ -13,7 +14,6 @@ using namespace sharedanalysis::test;
 using Reals = std::vector<double>;
 
 constexpr double kUntouched = -77, kPi = 3.141592653589793;
-constexpr int32_t kOne = 1;
 
 // Columns of a block, point fastest, from rows.
 Reals columns(const std::vector<Reals>& rows) {
@@ -23,8 +23,8 @@ Reals columns(const std::vector<Reals>& rows) {
   return block;
 }
 Reals reals(const Quaternion& q) { return {q.begin(), q.end()}; }
-Quaternion record(const Reals& out, std::size_t number, int length = 4) {
-  const double* r = out.data() + (number - 1) * static_cast<std::size_t>(length);
+Quaternion record(const Reals& out, int number, int length = 4) {
+  const double* r = &out[(number - 1) * length];
   return length == 4 ? Quaternion{r[0], r[1], r[2], r[3]} : spatial(r[0], r[1]);
 }
 double unitError(const Quaternion& q) {
@@ -62,28 +62,21 @@ TEST(OrientationOutput, SpatialRecordsAreFollowedByAQuarterTurn) {
   for (const Quaternion& q : turns) rows.push_back(reals(q));
   const Reals q = columns(rows);
   const int32_t n = static_cast<int32_t>(turns.size());
-  Reals out(4 * turns.size() + 8, kUntouched);
-  int32_t counter = 2;
-  SPX_ODB_ORIENT3D(&n, &counter, q.data(), out.data());
-  EXPECT_EQ(counter, n + 2);
-  EXPECT_EQ(out[3], kUntouched);
-  EXPECT_EQ(out[4 * turns.size() + 4], kUntouched);
-  for (std::size_t i = 0; i < turns.size(); ++i) {
-    EXPECT_LT(turnError(record(out, i + 2), {turns[i], turnAbout({1, 0, 0}, kPi / 2)}), 1e-8);
-    EXPECT_NEAR(unitError(record(out, i + 2)), 1.68e-9, 2e-11); // eight digits of the root of 1/2
-  }
-  EXPECT_EQ(record(out, 2), (Quaternion{0.70710678, 0, 0, 0.70710678}));
-
-  // the inverse: both turns end where they began, bits and positive zeros included
-  counter = 2;
-  SPX_ODB_ORIENT3DINVERT(&n, &kOne, &kOne, &counter, q.data(), out.data());
-  EXPECT_EQ(counter, n + 2);
-  for (std::size_t i = 0; i < turns.size(); ++i) {
-    const Quaternion inverse = record(out, i + 2);
+  Reals turned(4 * n), inverses(4 * n);
+  int32_t counter = 1, counterOfInverses = 1;
+  call(SPX_ODB_ORIENT3D, n, counter, q, turned);
+  call(SPX_ODB_ORIENT3DINVERT, n, 1, 1, counterOfInverses, q, inverses);
+  EXPECT_TRUE(counter == n + 1 && counterOfInverses == n + 1);
+  for (int i = 0; i < n; ++i) {
+    EXPECT_LT(turnError(record(turned, i + 1), {turns[i], turnAbout({1, 0, 0}, kPi / 2)}), 1e-8);
+    EXPECT_NEAR(unitError(record(turned, i + 1)), 1.68e-9, 2e-11); // eight digits of the root of 1/2
+    // both turns end where they began, bits and positive zeros included
+    const Quaternion inverse = record(inverses, i + 1);
     EXPECT_LT(turnError({0, 0, 0, 1}, {inverse, turns[i]}), 4e-15);
     EXPECT_EQ(inverse[3], turns[i][3]);
     for (std::size_t k = 0; k < 3; ++k) EXPECT_FALSE(inverse[k] == 0 && std::signbit(inverse[k]));
   }
+  EXPECT_EQ(record(turned, 1), (Quaternion{0.70710678, 0, 0, 0.70710678}));
 }
 
 TEST(OrientationOutput, BeamsLieAlongTheirAxis) {
@@ -97,11 +90,10 @@ TEST(OrientationOutput, BeamsLieAlongTheirAxis) {
     const bool exact = rows.size() < 7;
     rows.push_back({9, 9, exact ? 0 : x, exact ? d[0] : x + d[0], exact ? 0 : y, exact ? d[1] : y + d[1]});
   }
-  const int32_t n = static_cast<int32_t>(rows.size()), firstColumn = 3;
-  Reals out(2 * rows.size(), kUntouched);
+  Reals out(2 * rows.size());
   int32_t counter = 1;
-  SPX_ODB_ORIENT2DBEAM(&n, &counter, columns(rows).data(), &firstColumn, out.data());
-  for (std::size_t i = 0; i < rows.size(); ++i) {
+  call(SPX_ODB_ORIENT2DBEAM, static_cast<int32_t>(rows.size()), counter, columns(rows), 3, out);
+  for (int i = 0; i < static_cast<int>(rows.size()); ++i) {
     Matrix R;
     turnedAxes(record(out, i + 1, 2), R);
     const double length = std::hypot(directions[i][0], directions[i][1]);
@@ -133,8 +125,7 @@ TEST(OrientationOutput, CohesiveSidesAndTheirLocalOrientations) {
       if (std::abs(std::sin(angle / 2)) < 0.1) continue; // small turns lose digits
       turns.push_back(isSpatial ? q : turnAbout({0, 0, 1}, angle));
     }
-    turns.resize(turns.size() / 2 * 2);
-    const std::size_t n = turns.size() / 2;
+    const int n = static_cast<int>(turns.size() / 2), sides = 2 * length;
     std::vector<Quaternion> local;
     Reals table; // five columns a record, from x or from z on
     for (int o = 0; o < 9; ++o) {
@@ -145,33 +136,24 @@ TEST(OrientationOutput, CohesiveSidesAndTheirLocalOrientations) {
     }
     std::vector<Reals> rows;
     std::vector<int32_t> map, indices;
-    for (std::size_t e = 0; e < n; ++e) {
-      Reals row = cosines(turns[2 * e], isSpatial), second = cosines(turns[2 * e + 1], isSpatial);
-      row.insert(row.end(), second.begin(), second.end());
-      rows.push_back(row);
-      map.push_back(static_cast<int32_t>(n - e)); // entries in another order
+    for (int e = 0; e < n; ++e) {
+      rows.push_back(cosines(turns[2 * e], isSpatial));
+      for (double x : cosines(turns[2 * e + 1], isSpatial)) rows.back().push_back(x);
+      map.push_back(n - e); // entries in another order
       for (int k = 0; k < 3; ++k) indices.push_back(random.integer(-1, 9));
     }
-    const Reals matrices = columns(rows);
-    const int32_t nblock = static_cast<int32_t>(n), columnsOfTable = 5;
     // no orientations, all four reals, two indices an entry, one index for both sides
     for (const auto& [count, width] : {std::pair<int32_t, int32_t>{0, 2}, {4, 2}, {4, 3}, {4, 1}}) {
-      Reals out(static_cast<std::size_t>(2 * length) * (n + 1), kUntouched);
+      Reals out(sides * n);
       int32_t counter = 1;
-      entry(&nblock, &counter, &width, &columnsOfTable, &count, map.data(), indices.data(), table.data(),
-            matrices.data(), out.data());
-      EXPECT_EQ(counter, nblock + 1);
-      EXPECT_EQ(out[static_cast<std::size_t>(2 * length) * n], kUntouched);
-      for (std::size_t e = 0; e < n; ++e)
-        for (std::size_t side = 0; side < 2; ++side) {
-          const std::size_t at =
-              static_cast<std::size_t>((map[e] - 1) * width + (width > 1 ? static_cast<int>(side) : 0));
-          const int32_t index = count == 0 ? 0 : indices[at];
-          const Quaternion o = index > 0 ? local[static_cast<std::size_t>(index - 1)] : Quaternion{0, 0, 0, 1};
-          const Quaternion found = record(out, 2 * e + side + 1, length);
-          EXPECT_LT(turnError(found, {o, turns[2 * e + side]}), 1e-13) << isSpatial << " " << e << " " << count;
-          EXPECT_LT(unitError(found), 2e-14);
-        }
+      call(entry, n, counter, width, 5, count, map, indices, table, columns(rows), out);
+      EXPECT_EQ(counter, n + 1);
+      for (int k = 0; k < 2 * n; ++k) {
+        const int side = k % 2, index = count == 0 ? 0 : indices[(map[k / 2] - 1) * width + (width > 1 ? side : 0)];
+        const Quaternion o = index > 0 ? local[index - 1] : Quaternion{0, 0, 0, 1}, found = record(out, k + 1, length);
+        EXPECT_LT(turnError(found, {o, turns[k]}), 1e-13) << isSpatial << " " << k << " " << count;
+        EXPECT_LT(unitError(found), 2e-14);
+      }
     }
   }
 }
@@ -190,18 +172,16 @@ TEST(OrientationOutput, CohesiveRecordsByTheVectorPart) {
     for (double& x : m) x = std::abs(x - std::round(x)) < 1e-12 ? std::round(x) + 0.0 : x; // cosines as they are stored
     m.insert(m.end(), m.begin(), m.end());
     int32_t counter = 1;
-    const int32_t none = 0;
-    SPX_ODB_ORIENTCNE3D(&kOne, &counter, &kOne, &kOne, &none, nullptr, nullptr, nullptr, m.data(), out.data());
+    call(SPX_ODB_ORIENTCNE3D, 1, counter, 1, 1, 0, nullptr, nullptr, nullptr, m, out);
     for (std::size_t k = 0; k < 8; ++k) EXPECT_NEAR(out[k], c.record[k % 4], 1e-15) << c.turn[0] << " " << k;
   }
   // the plane table: z and w in columns 1 and 2, or in 3 and 4 of spatial ones
   const Reals m = {1, 1, 0, 0, 0, 0, -1, 1}, plane = {0.6, 0.8}, space = {9, 9, 0.6, 0.8};
-  const int32_t indices[] = {1, 0}, two = 2, four = 4;
-  for (const int32_t* count : {&two, &four}) {
+  const int32_t indices[] = {1, 0};
+  for (const int count : {2, 4}) {
     Reals out(4);
     int32_t counter = 1;
-    SPX_ODB_ORIENTCNE2D(&kOne, &counter, &two, count, count, &kOne, indices,
-                        count == &two ? plane.data() : space.data(), m.data(), out.data());
+    call(SPX_ODB_ORIENTCNE2D, 1, counter, 2, count, count, 1, indices, count == 2 ? plane : space, m, out);
     EXPECT_EQ(Reals(out.begin(), out.begin() + 2), (Reals{0.6, 0.8}));
     EXPECT_DOUBLE_EQ(out[2], h);
     EXPECT_DOUBLE_EQ(out[3], h);
@@ -214,30 +194,28 @@ TEST(OrientationOutput, BarsLieAlongAxisOne) {
   const std::vector<Quaternion> turns = manyTurns(5);
   Random random(6);
   std::vector<Reals> axes, q, bars, ends;
-  for (std::size_t i = 0; i < turns.size(); ++i) {
+  const int n = static_cast<int>(turns.size());
+  for (int i = 0; i < n; ++i) {
     Matrix R;
     turnedAxes(turns[i], R);
-    const double sign = i % 2 == 0 ? 1 : -1; // every second one left-handed
-    axes.push_back(
-        {R[0][0], R[1][0], R[2][0], R[0][1], R[1][1], R[2][1], sign * R[0][2], sign * R[1][2], sign * R[2][2]});
+    axes.emplace_back();
+    for (int k = 0; k < 9; ++k)
+      axes.back().push_back(R[k % 3][k / 3] * (k > 5 && i % 2 == 1 ? -1 : 1)); // every second one left-handed
     q.push_back(reals(turns[i]));
-    const double angle = i < 8 ? kPi / 4 * static_cast<double>(i) : random.uniform(-4, 4),
-                 slope = random.uniform(-4, 4);
+    const double angle = i < 8 ? kPi / 4 * i : random.uniform(-4, 4), slope = random.uniform(-4, 4);
     bars.push_back({3 * std::cos(angle), 3 * std::sin(angle)});
     ends.push_back({1, 1 + 2 * std::cos(slope), -1, -1 + 2 * std::sin(slope)});
   }
-  const int32_t n = static_cast<int32_t>(turns.size());
-  Reals fromAxes(4 * turns.size()), fromShell(fromAxes), fromMeridian(fromAxes);
+  Reals fromAxes(4 * n), fromShell(4 * n), fromMeridian(4 * n);
   int32_t a = 1, b = 1, c = 1;
-  SPX_ODB_ORIENTREBAR(&n, &a, columns(axes).data(), fromAxes.data());
-  SPX_ODB_ORIENTREBSHELL(&n, &b, columns(q).data(), columns(bars).data(), fromShell.data());
-  SPX_ODB_ORIENTREBAXSHELL(&n, &c, columns(ends).data(), &kOne, columns(bars).data(), fromMeridian.data());
+  call(SPX_ODB_ORIENTREBAR, n, a, columns(axes), fromAxes);
+  call(SPX_ODB_ORIENTREBSHELL, n, b, columns(q), columns(bars), fromShell);
+  call(SPX_ODB_ORIENTREBAXSHELL, n, c, columns(ends), 1, columns(bars), fromMeridian);
   EXPECT_TRUE(a == n + 1 && b == n + 1 && c == n + 1);
-  for (std::size_t i = 0; i < turns.size(); ++i) {
+  for (int i = 0; i < n; ++i) {
     const double c1 = bars[i][0] / 3, s1 = bars[i][1] / 3, cm = (ends[i][1] - 1) / 2, sm = (ends[i][3] + 1) / 2;
     EXPECT_LT(turnError(record(fromAxes, i + 1), {turns[i]}), 2e-15) << i;
-    const Quaternion bar = turnAbout({0, 0, 1}, std::atan2(s1, c1));
-    EXPECT_LT(turnError(record(fromShell, i + 1), {turns[i], bar}), 4e-15) << i;
+    EXPECT_LT(turnError(record(fromShell, i + 1), {turns[i], turnAbout({0, 0, 1}, std::atan2(s1, c1))}), 4e-15) << i;
     for (const Reals* out : {&fromAxes, &fromShell, &fromMeridian}) EXPECT_LT(unitError(record(*out, i + 1)), 1e-15);
     // along the meridian (cm, sm, 0) and the circumference (0, 0, 1); the third axis is their vector product
     Matrix R;
@@ -249,25 +227,23 @@ TEST(OrientationOutput, BarsLieAlongAxisOne) {
 
 // A power of two takes a direction to any length and changes no bit of it, down to the last double and up to the first.
 TEST(OrientationOutput, DirectionsMayHaveAnyLength) {
-  const int32_t n = 1;
   const double q[] = {0.5, -0.5, 0.5, 0.5};
   const auto records = [&](double bar, double end) {
-    const double bars[] = {3 * bar, -2 * bar}, ends[] = {end, -2 * end, 3 * end, -2 * end};
+    const Reals bars = {3 * bar, -2 * bar}, ends = {end, -2 * end, 3 * end, -2 * end};
     Reals out(10);
-    for (int member = 0; member < 3; ++member) {
-      int32_t counter = 1;
-      if (member == 0) SPX_ODB_ORIENTREBSHELL(&n, &counter, q, bars, out.data());
-      if (member == 1) SPX_ODB_ORIENTREBAXSHELL(&n, &counter, ends, &kOne, bars, out.data() + 4);
-      if (member == 2) SPX_ODB_ORIENT2DBEAM(&n, &counter, ends, &kOne, out.data() + 8);
-    }
+    int32_t a = 1, b = 1, c = 1;
+    call(SPX_ODB_ORIENTREBSHELL, 1, a, q, bars, out);
+    call(SPX_ODB_ORIENTREBAXSHELL, 1, b, ends, 1, bars, &out[4]);
+    call(SPX_ODB_ORIENT2DBEAM, 1, c, ends, 1, &out[8]);
     return out;
   };
   const Reals expected = records(1, 1);
   EXPECT_LT(turnError(spatial(expected[8], expected[9]), {turnAbout({0, 0, 1}, std::atan2(-5, -3))}), 2e-15);
-  for (const int power : {-1074, -1000, -560, -500, -499, 499, 500, 530, 1000, 1022}) {
-    EXPECT_EQ(records(std::ldexp(1, std::min(power, 1021)), 1), expected) << power;
-    EXPECT_EQ(records(1, std::ldexp(1, std::min(power, 1021))), expected) << power;
-    EXPECT_EQ(records(std::ldexp(1, std::min(power, 1021)), std::ldexp(1, std::min(-power, 1021))), expected) << power;
+  for (const int power : {-1074, -1000, -560, -500, -499, 499, 500, 530, 1000, 1021}) {
+    const double length = std::ldexp(1, power), other = std::ldexp(1, std::min(-power, 1021));
+    EXPECT_EQ(records(length, 1), expected) << power;
+    EXPECT_EQ(records(1, length), expected) << power;
+    EXPECT_EQ(records(length, other), expected) << power;
   }
 }
 
@@ -276,7 +252,7 @@ TEST(OrientationOutput, DirectionsMayHaveAnyLength) {
 // Two parts of three are defined for these beams.  114 lies in no block, and none of the set in the second block.
 TEST(OrientationRecords, PartsOfBeamsBlockByBlock) {
   const int32_t lengths[] = {4, 3, 4}, after[] = {3, 3, 5}, set[] = {101, 104, 114, 124};
-  const int32_t size = 10, group = 2, groupSize = 100, last = 4, parts = 3;
+  const int32_t parts = 3;
   Reals plain(6 * 11, kUntouched), ofSet(6 * 4, kUntouched);
   int32_t counter = 1, position = 1;
   for (int32_t block = 1; block <= 3; ++block) {
@@ -284,9 +260,8 @@ TEST(OrientationRecords, PartsOfBeamsBlockByBlock) {
     for (int32_t part = 1; part <= parts; ++part) {
       EXPECT_EQ(counter, counterBefore);
       EXPECT_EQ(position, positionBefore);
-      SPX_ODB_ORIENT2DL3BEAM(&n, &counter, &parts, &part, nullptr, nullptr, plain.data());
-      SPX_ODB_ORIENT2DL3BEAMELSET(&n, &position, &block, &size, &group, &groupSize, &last, set, &parts, &part, nullptr,
-                                  nullptr, ofSet.data());
+      call(SPX_ODB_ORIENT2DL3BEAM, n, counter, parts, part, nullptr, nullptr, plain);
+      call(SPX_ODB_ORIENT2DL3BEAMELSET, n, position, block, 10, 2, 100, 4, set, parts, part, nullptr, nullptr, ofSet);
     }
     EXPECT_EQ(counter, counterBefore + n);
     EXPECT_EQ(position, after[block - 1]);
