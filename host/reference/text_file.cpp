@@ -11,9 +11,8 @@ void TextFile::open(const std::filesystem::path& path) {
   error_.clear();
   path_ = path;
   // a new file in the place of an older one: behind a link is somebody else's, and a pipe would wait for a reader
-  std::error_code gone;
-  std::filesystem::remove(path, gone);
-  const int descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  const bool isFree = ::unlink(path.c_str()) == 0 || errno == ENOENT;
+  const int descriptor = isFree ? ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666) : -1;
   file_ = descriptor < 0 ? nullptr : ::fdopen(descriptor, "w");
   if (file_ == nullptr) throw std::system_error(errno, std::generic_category(), "cannot open " + path.string());
 }

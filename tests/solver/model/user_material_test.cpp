@@ -133,4 +133,53 @@ TEST_F(UserMaterials, BrokenBricksLeaveTheModel) {
   EXPECT_NEAR(analysis.energies().balance(), 0, 2e-2 * std::abs(analysis.energies().external));
 }
 
+// Every model of solids in a block that is pushed together by a fifth and let go, at a speed below that of its waves: the
+// increments are stable and the energies balance.
+TEST_F(UserMaterials, EveryModelOfSolidsRunsInBricks) {
+  // curves of (stress, strain) at two rates, and of a plastic
+  const std::vector<double> curves = {1, 3, 100, 3, 0, 0, 2e4, .05, 2e5, .5, 0, 0, 3e4, .05, 3e5, .5},
+                            yield = {40e6, 0, 55e6, .2, 52e6, 0, 71e6, .2};
+  const auto with = [](std::vector<double> head, const std::vector<double>& tail) {
+    head.insert(head.end(), tail.begin(), tail.end());
+    return head;
+  };
+  std::vector<double> block = {4e5, 5e4, .2, 3, 1e-3, 2, 0, 0, 2, 0, 0};
+  block = with(with(block, curves), curves);
+  const std::vector<double> plastic = {2e9, .38, 1, 1, 1, 1, 1, 1, 0, 0, 2, 2, 0, 0, .5, 1.2, 0, 0, 0, 0, 0};
+  const struct {
+    solver::Material material;
+    double tolerance; // of the balance, in parts of the largest work done on the block
+  } rows[] = {
+      {userMaterial("TVK_RATE_SENSITIVE_FOAM", 60, with({4e5, 5e4, 0, .2, 3, 1e-3, 2}, curves)), .02},
+      {userMaterial("TVK_FU_CHANG_ISO_FOAM", 60, with({4e5, 5e4, .2, 3, 1e-3, 2}, curves)), .02},
+      {userMaterial("TVK_FU_CHANG_ANISO_FOAM", 60, block), .02},
+      {userMaterial("TVK_VISCOUS_FOAM", 60, {2e4, 8, 0, 0, 0, 0, 1e6, 2e3, 2, 2e5}), .02},
+      {userMaterial("TVK_HONEYCOMB", 80, {70e9, .33, 2e8, .2, 1e9, 1e8, 1e8, 3e8, 5e7, 15e7, 0,   3, 0,   0,
+                                          2,    0,   0,   0,  1e6, 0,   1e6, .6,  6e7, .8,   8e5, 0, 3e7, .8}),
+       .02},
+      {userMaterial("TVK_MOLDED_PLASTIC", 1150, with(plastic, yield)), .02},
+      {userMaterial("TVK_THERMOPLASTIC", 1150, with(plastic, yield)), .02},
+  };
+  const solver::Mesh mesh = box({3, 2, 2}, {.03, .02, .02});
+  for (const auto& row : rows) {
+    const double G = row.material.shearModulus(), K = row.material.bulkModulus();
+    const double speed = .05 * std::sqrt((K + 4 * G / 3) / row.material.density), time = .2 * .03 / speed;
+    solver::Case c = caseOf(row.material, 2 * time);
+    fix(c, "x0", "xyz");
+    solver::PrescribedMotion push{"x1", {}};
+    push.velocity[0] = solver::History{{0, .2 * time, time, 1.2 * time}, {0, -speed, -speed, speed}};
+    c.motions.push_back(push);
+    solver::Analysis analysis(mesh, c, 1);
+    double most = 0, worst = 0;
+    for (int k = 1; k <= 20; ++k) {
+      ASSERT_EQ(analysis.advanceTo(c.endTime * k / 20), k < 20 ? solver::Ending::Running : solver::Ending::Complete)
+          << row.material.name;
+      most = std::max(most, std::abs(analysis.energies().external));
+      worst = std::max(worst, std::abs(analysis.energies().balance()));
+    }
+    EXPECT_LT(worst, row.tolerance * most) << row.material.name;
+    EXPECT_GT(analysis.energies().damage, .1 * most) << row.material.name;
+  }
+}
+
 } // namespace

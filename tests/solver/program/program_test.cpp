@@ -9,8 +9,11 @@
 
 #include <algorithm>
 #include <cstring>
+#include <fcntl.h>
 #include <map>
 #include <numeric>
+#include <sys/file.h>
+#include <unistd.h>
 
 namespace {
 
@@ -435,12 +438,36 @@ TEST_F(ProgramTest, DirectoriesThatCannotBeUsed) {
   const Outcome none = run({"in/bar.toml", "-o", "file/out"}, 3);
   EXPECT_TRUE(contains(none.err, "file/out could not be written: the directory cannot be made: Not a directory"))
       << none.err;
-  // where not even the message file can be opened, earlier results go all the same
+  // where not even the message file can be opened, earlier results stay
   writeStaleResults();
+  const Files stale = filesIn("out");
   std::filesystem::create_directory("out/bar.msg");
   const Outcome blocked = run({"in/bar.toml", "-o", "out"}, 3);
   EXPECT_TRUE(contains(blocked.err, "out/bar.msg: Is a directory")) << blocked.err;
-  EXPECT_EQ(filesIn("out"), Files{"bar.msg"});
+  for (const std::string& file : stale) EXPECT_TRUE(filesIn("out").contains(file)) << file;
+}
+
+// Files are new ones in the place of links, and a run that is still there keeps a second one out until it is killed.
+TEST_F(ProgramTest, NothingBehindALinkAndNoTwoRunsAtOnce) {
+  writeCase();
+  std::filesystem::create_directory("out");
+  for (const char* extension : {".msg", ".log", ".sta", ".csv"}) {
+    writeFile(std::string("other") + extension, "kept");
+    std::filesystem::create_symlink(std::string("../other") + extension, std::string("out/bar") + extension);
+  }
+  run({"in/bar.toml", "-o", "out", "-q"});
+  for (const char* extension : {".msg", ".log", ".sta", ".csv"}) {
+    EXPECT_EQ(readFile(std::string("other") + extension), "kept");
+    EXPECT_FALSE(std::filesystem::is_symlink(std::string("out/bar") + extension));
+  }
+  const Files before = filesIn("out");
+  const int lock = open("out/bar.lock", O_RDWR | O_CREAT, 0666);
+  ASSERT_EQ(flock(lock, LOCK_EX), 0);
+  const Outcome second = run({"in/bar.toml", "-o", "out"}, 3);
+  EXPECT_TRUE(contains(second.err, "another run of job \"bar\" writes into this directory")) << second.err;
+  close(lock); // as the end of its process would
+  run({"in/bar.toml", "-o", "out", "-q"});
+  EXPECT_EQ(filesIn("out"), before);
 }
 
 } // namespace
