@@ -46,14 +46,18 @@ extern "C" {
  * from the trapezoid of stress and strain by up to 0.02 % of the largest energy for concrete, 1.5 % for ceramics,
  * because an increment in which a ceramic fails suddenly cannot lose less than nothing.  With a density that follows the
  * volume a part of the elastic energy as large as the change of volume is neither: Cauchy stress that is linear in the strain
- * has no potential per mass.  State variables start at 0.0; those beyond the model's own keep their values.
+ * has no potential per mass.
+ *   foams, honeycomb, fabrics, plastics   internal by the mean of both stresses, of the foams and the fabric by the mean of both
+ *                    Kirchhoff stresses, so that large changes of volume lose nothing; inelastic = max(before, internal - psi),
+ *                    but for the viscous foam, whose loss is exact.  Internal less inelastic is psi to the error of that mean,
+ *                    which falls with the square of the increment; each declaration says where the model itself gives more back.
+ * State variables start at 0.0; those beyond the model's own keep their values.  Warnings come in the first call alone.
  *
  * Checks come before anything is computed or written, whatever nblock is: in the order element support, number of state
- * variables, number of properties, values of properties (for the superelastic material: name, element support, number of
- * properties, number of state variables, values).  The first that fails is written as an "Error" and ends the analysis by
+ * variables, number of properties, values of properties (superelastic material: name, element support, number of properties,
+ * number of state variables, values; honeycomb: properties before state variables).  The first that fails is written as an "Error" and ends the analysis by
  * GLO_UTI_EXIT with code 20.  A block is returned untouched then, in case the host goes on.  Property values that must be
- * positive are marked + below.  docs/user-materials.md lists every message, and what the checks of the materials without a
- * model read.
+ * positive are marked + below.  docs/user-materials.md lists every check.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** The material of this name, for one block.  The first key of the table above, in the order of its first column and then
