@@ -154,8 +154,9 @@ TEST_F(DiagnosticDatabase, HoldsTheCourseOfAnImplicitAnalysis) {
 TEST_F(DiagnosticDatabase, HoldsDiagnosticsWithAllTheirValues) {
   setModel(wheelAndTyre());
   dxt_DiagnosticExtractorXpl& x = explicitExtractor();
-  x.SetExecutionCode(2);
-  openJob("values", directory); // which a job before it leaves as it is
+  openJob("before", directory);
+  x.SetExecutionCode(2); // goes on in the next job
+  openJob("values", directory);
   x.SetNumDomains(4);
   x.SetXplDoublePrecision(true);
   x.SetValid(true);
