@@ -154,8 +154,9 @@ TEST_F(DiagnosticDatabase, HoldsTheCourseOfAnImplicitAnalysis) {
 TEST_F(DiagnosticDatabase, HoldsDiagnosticsWithAllTheirValues) {
   setModel(wheelAndTyre());
   dxt_DiagnosticExtractorXpl& x = explicitExtractor();
-  x.SetExecutionCode(2);
-  openJob("values", directory); // which a job before it leaves as it is
+  openJob("before", directory);
+  x.SetExecutionCode(2); // goes on in the next job
+  openJob("values", directory);
   x.SetNumDomains(4);
   x.SetXplDoublePrecision(true);
   x.SetValid(true);
@@ -443,6 +444,10 @@ TEST_F(DiagnosticDatabase, CanBeReadWhileItIsWritten) {
   warn(4);
   DXT_SETJOBSTATUS_XPL(&aborted);
   expectRows(r, {{"status, ended FROM run", "2|NULL"}, {"count(*) FROM diagnostics", "5"}}); // with it comes the rest
+  x.EndIncrement(0.4, true);
+  std::this_thread::sleep_for(std::chrono::milliseconds(40)); // so often at most
+  warn(5);
+  expectRows(r, {{"count(*) FROM diagnostics", "6"}}); // which waits for no increment
 }
 
 // Runs `work` in a process of its own; answers its exit status as of waitpid.

@@ -304,7 +304,7 @@ TEST_F(RanksTest, ComparisonSaysWhatIsMissing) {
     std::string digest;
   } files[] = {
       {"other", "this is no digest", "something else\n"},
-      {"short", " is missing in ", digest.substr(0, last) + "end 4\n"},
+      {"short", " is missing in short.digest; the 4 outputs before are the same", digest.substr(0, last) + "end 4\n"},
       {"count", "outputs are missing", digest.substr(0, last) + "end 5\n"},
       {"cut", "is cut off", digest.substr(0, last)},
       {"end", "is cut off", digest.substr(0, end)},
@@ -319,6 +319,7 @@ TEST_F(RanksTest, ComparisonSaysWhatIsMissing) {
     EXPECT_TRUE(outcome.err.starts_with("incomplete: ") && contains(outcome.err, file.text))
         << file.name << ": " << outcome.err;
   }
+  EXPECT_TRUE(contains(compare("short.digest", "a", 2).err, " is missing in short.digest; "));
   for (const auto& [place, text] : {std::pair{"nowhere", "no such file"}, {".", "has 8 digests"}, {"b", "no digest"}}) {
     std::filesystem::create_directory("b");
     EXPECT_TRUE(contains(compare(place, "a", 2).err, text)) << text;
