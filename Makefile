@@ -2,7 +2,7 @@
 .PHONY: programs demo test torture bench format clean
 
 export JOBS ?= $(shell nproc)
-# further options of the configuration, for instance OPTIONS=-DSA_TEST_LEVELS=ON
+# further options of the configuration, for instance OPTIONS=-DSA_TEST_LEVELS=x86-64
 OPTIONS ?=
 
 programs:

@@ -14,8 +14,11 @@
 // One text, three instruction sets, chosen when the library is loaded.
 #ifdef SA_MULTIVERSION
 #define SA_CLONES __attribute__((target_clones("avx512f", "avx2", "default")))
+// Of long bodies that few analyses run: half a minute of compiling for each is too much.
+#define SA_FEWER_CLONES __attribute__((target_clones("avx2", "default")))
 #else
 #define SA_CLONES
+#define SA_FEWER_CLONES
 #endif
 
 // A kernel is a static body that is cloned and a thin exported wrapper: one compiler exports a clone under another name, and

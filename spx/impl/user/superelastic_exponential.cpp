@@ -3,7 +3,7 @@
 
 namespace sa::user::alloy {
 
-SA_CLONES
+SA_FEWER_CLONES
 static void exponentialClones(const Block& block, const Superelastic& model) { run(block, ExponentialLaw(model)); }
 
 void runExponential(const Block& block, const Superelastic& model) { exponentialClones(block, model); }
