@@ -243,6 +243,9 @@ TEST(Eigenvalues, SmallValuesOfPositiveTensorsKeepTheirDigits) {
   call(GLO_UTI_EIG33, 1, S, P);
   EXPECT_NEAR(P[1] / 0.75e-10, 1, 1e-9);
   EXPECT_NEAR(P[0] / (1e-20 * (1 - (0.25 + 0.25 - 0.25) / 0.75)), 1, 1e-9);
+  const double T[] = {1, 1e-32, 2, 0.5e-16, 0, 0}; // its shear is nothing beside 1, and much beside the small value
+  call(GLO_UTI_EIG33, 1, T, P);
+  EXPECT_NEAR(P[0] / 0.75e-32, 1, 1e-9);
 }
 
 TEST(Eigenvalues, OfPairsOfTensors) {
