@@ -218,7 +218,7 @@ TEST(Trigonometric, EndCasesDiagonalsAndZeros) {
   }
 }
 
-// Both closed forms of the plane give the bits of the values of PRINCS31; a diagonal stays as it is.
+// The other closed forms of the plane give the values of PRINCS31, PRINCS21 its bits; a diagonal stays as it is.
 TEST(Plane, ClosedForms) {
   const Tensors t = hardTensors(4, false), plane = hardTensors(3, false);
   Values P(3 * t.n), V(9 * t.n), alone(3 * t.n), P21(2 * t.n), V21(4 * t.n);
