@@ -238,6 +238,67 @@ void c3dsymgrad(const int32_t* nblock, const double* G, double* sym, double* ske
   }
 }
 
+void hyperpolys33(const int32_t* nblock, const double* C10, const double* C01, const double* C20, const double* C11,
+                  const double* C02, double* energy, double* rJ, const double* V) {
+  const int n = *nblock;
+  for (int i = 0; i < n; ++i) {
+    const Matrix<double> A = symmetric(V + i, n);
+    double J = determinant(A);
+    if (J < 2.2250738585072014e-308) J += 1;
+    const double f = std::exp(-2.0 / 3 * std::log(J));
+    Matrix<double> B = product(A, A);
+    for (auto& row : B)
+      for (double& value : row) value *= f;
+    const double x = B[0][0] + B[1][1] + B[2][2] - 3;
+    const double y = B[0][0] * B[1][1] + B[1][1] * B[2][2] + B[0][0] * B[2][2] - B[0][1] * B[0][1] - B[1][2] * B[1][2] -
+                     B[0][2] * B[0][2] - 3;
+    energy[i] = C10[i] * x + C01[i] * y + C20[i] * x * x + C11[i] * x * y + C02[i] * y * y;
+    rJ[i] = 1 / J;
+  }
+}
+
+void hyperpoly3dexp(const int32_t* nblock, const double* C10, const double* C01, const double* C20, const double* C11,
+                    const double* C02, const double* rD1, const double* rD2, const double* V, double* stress,
+                    double* flag, double* bound, double* bulk) {
+  const int n = *nblock;
+  for (int i = 0; i < n; ++i) {
+    const Matrix<double> A = symmetric(V + i, n);
+    double J = determinant(A);
+    if (J < 1e-9) flag[i] = 1;
+    J = flag[i] + (1 - flag[i]) * J;
+    const double f = std::exp(-2.0 / 3 * std::log(J)), rJ = 1 / J;
+    Matrix<double> B = product(A, A);
+    for (auto& row : B)
+      for (double& value : row) value *= f;
+    const Matrix<double> Q = product(B, B);
+    const double I1 = B[0][0] + B[1][1] + B[2][2];
+    const double I2 = B[0][0] * B[1][1] + B[1][1] * B[2][2] + B[0][0] * B[2][2] - B[0][1] * B[0][1] -
+                      B[1][2] * B[1][2] - B[0][2] * B[0][2];
+    const double x = I1 - 3, y = I2 - 3, e = J - 1;
+    const double U1 = C10[i] + 2 * C20[i] * x + C11[i] * y, U2 = C01[i] + C11[i] * x + 2 * C02[i] * y;
+    const double U11 = 2 * C20[i], U12 = C11[i], U22 = 2 * C02[i];
+    const double p = 2 * e * rD1[i] + 4 * e * e * e * rD2[i], slope = 2 * rD1[i] + 12 * e * e * rD2[i];
+    const double a = 2 * U2 * rJ, b = 2 * U1 * rJ + I1 * a, third = (I1 * I1 - 2 * I2) / 3;
+    for (int k = 0; k < 6; ++k) {
+      const double q = Q[kRow[k]][kColumn[k]], g = B[kRow[k]][kColumn[k]];
+      stress[k * n + i] = k < 3 ? p - (q - third) * a + (g - I1 / 3) * b : g * b - q * a;
+    }
+    const double w4 = 4 * rJ, w2 = 2 * rJ, c1 = w4 * (U11 + 2 * I1 * U12 + I1 * I1 * U22), c2 = w4 * U22;
+    const double c3 = -w4 * (I1 * U22 + U12), E = w2 * (U1 + I1 * U2), F = -w2 * U2, G = w4 * U2;
+    double largest = 0;
+    for (int k = 0; k < 6; ++k) {
+      const int r = kRow[k], c = kColumn[k];
+      const double g = B[r][c], q = Q[r][c];
+      const double term = k < 3 ? (g * c1 + 2 * E + 2 * q * c3) * g + (q * c2 + 2 * F) * q
+                                : (2 * c1 * g + 4 * c3 * q) * g + (B[r][r] + B[c][c]) * E + (Q[r][r] + Q[c][c]) * F +
+                                      (g * g - B[r][r] * B[c][c]) * G + 2 * c2 * q * q;
+      largest = k == 0 ? term : std::max(largest, term);
+    }
+    bound[i] = largest;
+    bulk[i] = 3 * J * (p + slope);
+  }
+}
+
 void gatherr(const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map, double* L,
              const double* G) {
   const int n = *nblock;

@@ -1,7 +1,6 @@
 #include "plain_materials.h"
 
 #include "plain/materials.h"
-#include "plain_kernels.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,17 +20,18 @@ struct Derivatives {
 };
 // Stress, bound and bulk of a point whose derivatives are known.
 void stressOf(const Point& s, const Derivatives& d, int n, int i, double* stress, double* bound, double* bulk) {
+  const Matrix<double> Q = product(s.B, s.B);
   const double rJ = 1 / s.J, a = 2 * d.U2 * rJ, b = 2 * d.U1 * rJ + s.I1 * a, third = (s.I1 * s.I1 - 2 * s.I2) / 3;
   const double w4 = 4 * rJ, w2 = 2 * rJ, c1 = w4 * (d.U11 + 2 * s.I1 * d.U12 + s.I1 * s.I1 * d.U22), c2 = w4 * d.U22;
   const double c3 = -w4 * (s.I1 * d.U22 + d.U12), E = w2 * (d.U1 + s.I1 * d.U2), F = -w2 * d.U2, G = w4 * d.U2;
   double largest = 0;
   for (int k = 0; k < 6; ++k) {
     const int r = kRow[k], c = kColumn[k];
-    const double q = s.Q[r][c], g = s.B[r][c];
+    const double q = Q[r][c], g = s.B[r][c];
     stress[k * n + i] = k < 3 ? d.p - (q - third) * a + (g - s.I1 / 3) * b : g * b - q * a;
     const double term = k < 3 ? (g * c1 + 2 * E + 2 * q * c3) * g + (q * c2 + 2 * F) * q
-                              : (2 * c1 * g + 4 * c3 * q) * g + (s.B[r][r] + s.B[c][c]) * E +
-                                    (s.Q[r][r] + s.Q[c][c]) * F + (g * g - s.B[r][r] * s.B[c][c]) * G + 2 * c2 * q * q;
+                              : (2 * c1 * g + 4 * c3 * q) * g + (s.B[r][r] + s.B[c][c]) * E + (Q[r][r] + Q[c][c]) * F +
+                                    (g * g - s.B[r][r] * s.B[c][c]) * G + 2 * c2 * q * q;
     largest = k == 0 ? term : std::max(largest, term);
   }
   bound[i] = largest;
@@ -39,37 +39,6 @@ void stressOf(const Point& s, const Derivatives& d, int n, int i, double* stress
 }
 
 } // namespace
-
-void hyperpolys33(const int32_t* nblock, const double* C10, const double* C01, const double* C20, const double* C11,
-                  const double* C02, double* energy, double* rJ, const double* V) {
-  const int n = *nblock;
-  const double* const c[] = {C10, C01, C20, C11, C02};
-  for (int i = 0; i < n; ++i) {
-    const Point s = invariantsOf(V, n, i);
-    energy[i] = polynomialEnergy<2>([&](int k) { return c[k][i]; }, s.I1, s.I2);
-    rJ[i] = 1 / s.J;
-  }
-}
-
-void hyperpoly3dexp(const int32_t* nblock, const double* C10, const double* C01, const double* C20, const double* C11,
-                    const double* C02, const double* rD1, const double* rD2, const double* V, double* stress,
-                    double* flag, double* bound, double* bulk) {
-  const int n = *nblock;
-  const double* const r[] = {rD1, rD2};
-  for (int i = 0; i < n; ++i) {
-    const Matrix<double> A = symmetric(V + i, n);
-    const double J = determinant(A);
-    if (J < 1e-9) flag[i] = 1;
-    const Point s = invariants(A, flag[i] + (1 - flag[i]) * J);
-    const double x = s.I1 - 3, y = s.I2 - 3;
-    const Volume<double> v = volumePowers(
-        2, [&](int k) { return r[k][i]; }, s.J);
-    stressOf(s,
-             {C10[i] + 2 * C20[i] * x + C11[i] * y, C01[i] + C11[i] * x + 2 * C02[i] * y, 2 * C20[i], C11[i],
-              2 * C02[i], v.p, v.slope},
-             n, i, stress, bound, bulk);
-  }
-}
 
 void hyperpoly6s33(int n, const Arrays& a) {
   for (int i = 0; i < n; ++i) {

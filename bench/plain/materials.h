@@ -36,11 +36,11 @@ Real determinant(const Matrix<Real>& A) {
 
 // ---- models of the invariants
 
-// B of a stretch V whose volume is taken off, its square Q and the invariants of B.
+// B of a stretch V whose volume is taken off, and its invariants.
 template <class Real>
 struct Invariants {
   Real J, I1, I2;
-  Matrix<Real> B, Q;
+  Matrix<Real> B;
 };
 template <class Real>
 Invariants<Real> invariants(const Matrix<Real>& V, Real J) {
@@ -50,7 +50,6 @@ Invariants<Real> invariants(const Matrix<Real>& V, Real J) {
   s.B = product(V, V);
   for (auto& row : s.B)
     for (Real& value : row) value *= f;
-  s.Q = product(s.B, s.B);
   s.I1 = s.B[0][0] + s.B[1][1] + s.B[2][2];
   s.I2 = s.B[0][0] * s.B[1][1] + s.B[1][1] * s.B[2][2] + s.B[0][0] * s.B[2][2] - s.B[0][1] * s.B[0][1] -
          s.B[1][2] * s.B[1][2] - s.B[0][2] * s.B[0][2];
@@ -88,18 +87,18 @@ StretchSums<Real> stretchSums(const double* mus, const double* alphas, const dou
   const bool foam = betas != nullptr;
   StretchSums<Real> s;
   s.J = l1 * l2 * l3;
-  const Real logJ = std::log(s.J), third = foam ? 0 : logJ / 3;
-  const Real x[3] = {std::log(l1) - third, std::log(l2) - third, std::log(l3) - third};
+  const Real logJ = std::log(s.J), f = foam ? 1 : std::exp(-2 / Real(3) * logJ);
+  const Real x[3] = {std::log(l1 * l1 * f), std::log(l2 * l2 * f), std::log(l3 * l3 * f)};
   for (int t = 0; t < 3; ++t) {
     const Real mu = mus[t], alpha = alphas[t], beta = foam ? betas[t] : 0;
     if (alpha == 0) continue;
-    const Real P[3] = {std::exp(alpha * x[0]), std::exp(alpha * x[1]), std::exp(alpha * x[2])};
-    const Real q = foam ? std::expm1(-alpha * beta * logJ) : 0;
-    const Real volume = foam ? (beta != 0 ? q / beta : -alpha * logJ) : 0;
+    const Real P[3] = {std::exp(alpha / 2 * x[0]), std::exp(alpha / 2 * x[1]), std::exp(alpha / 2 * x[2])};
+    const Real Q = foam ? std::exp(-alpha * beta * logJ) : 0;
+    const Real volume = foam ? (beta != 0 ? (Q - 1) / beta : -alpha * logJ) : 0;
     s.U += 2 * mu / (alpha * alpha) * (P[0] + P[1] + P[2] - 3 + volume);
-    const Real off = foam ? 1 + q : (P[0] + P[1] + P[2]) / 3;
+    const Real off = foam ? Q : (P[0] + P[1] + P[2]) / 3;
     for (int k = 0; k < 3; ++k) s.tau[k] += 2 * mu / alpha * (P[k] - off), s.A[k] += 2 * mu * P[k];
-    s.b += 2 * mu * beta * (1 + q);
+    s.b += 2 * mu * beta * Q;
   }
   return s;
 }

@@ -218,7 +218,7 @@ TEST(Trigonometric, EndCasesDiagonalsAndZeros) {
   }
 }
 
-// Both closed forms of the plane give the bits of the values of PRINCS31; a diagonal stays as it is.
+// The other closed forms of the plane give the values of PRINCS31, PRINCS21 its bits; a diagonal stays as it is.
 TEST(Plane, ClosedForms) {
   const Tensors t = hardTensors(4, false), plane = hardTensors(3, false);
   Values P(3 * t.n), V(9 * t.n), alone(3 * t.n), P21(2 * t.n), V21(4 * t.n);
@@ -243,6 +243,9 @@ TEST(Eigenvalues, SmallValuesOfPositiveTensorsKeepTheirDigits) {
   call(GLO_UTI_EIG33, 1, S, P);
   EXPECT_NEAR(P[1] / 0.75e-10, 1, 1e-9);
   EXPECT_NEAR(P[0] / (1e-20 * (1 - (0.25 + 0.25 - 0.25) / 0.75)), 1, 1e-9);
+  const double T[] = {1, 1e-32, 2, 0.5e-16, 0, 0}; // its shear is nothing beside 1, and much beside the small value
+  call(GLO_UTI_EIG33, 1, T, P);
+  EXPECT_NEAR(P[0] / 0.75e-32, 1, 1e-9);
 }
 
 TEST(Eigenvalues, OfPairsOfTensors) {

@@ -146,7 +146,8 @@ TEST(Hyperelastic, EnergyStressAndModuliOfEveryModel) {
     block.run();
     for (int i = 0; i < block.n; ++i) {
       const Values c = block.at(i);
-      const auto [J, I1, I2, B, Q] = block.invariantsAt(i);
+      const auto [J, I1, I2, B] = block.invariantsAt(i);
+      const LongMatrix Q = product(B, B);
       const long double rJ = 1 / J;
       if (I1 < 3.01L) continue; // no room for the differences
       const auto expect = [](double found, long double expected, double bound) {
@@ -237,20 +238,23 @@ TEST(Hyperelastic, UndeformedStateAndSmallStrain) {
 }
 
 TEST(Hyperelastic, GuardsOfTheVolume) {
-  Block block(kModels[0], 4, 28);
-  block.V = {0, -0.5, 1e-10, 1.1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+  const int n = 5;
+  Block block(kModels[0], n, 28);
+  for (int k = n; k < 6 * n; ++k) block.V[k] = k < 3 * n ? 1 : 0;
+  const Values first = {0, -0.5, 1e-10, 1e-8, 1.1}, flags = {1, 1, 1, 0, 0};
+  std::copy(first.begin(), first.end(), block.V.begin());
   block.run();
   EXPECT_EQ(block.rJ[0], 1);
   EXPECT_EQ(block.rJ[1], 2) << "-0.5 + 1";
   EXPECT_EQ(block.rJ[2], 1 / 1e-10);
-  EXPECT_EQ(block.flag, (Values{1, 1, 1, 0}));
+  EXPECT_EQ(block.flag, flags);
   EXPECT_NEAR(block.bulk[0], 6 * block.constants[5][0], 1e-12) << "J counts as 1";
   // a sound stretch does not clear the flag, and counts as isochoric
-  for (int i = 0; i < 4; ++i) block.V[i] = 1.3;
+  std::fill(block.V.begin(), block.V.begin() + n, 1.3);
   block.run();
-  EXPECT_EQ(block.flag, (Values{1, 1, 1, 0}));
+  EXPECT_EQ(block.flag, flags);
   EXPECT_NEAR(block.bulk[0], 6 * block.constants[5][0], 1e-12);
-  EXPECT_GT(block.stress[3], block.stress[0]);
+  EXPECT_GT(block.stress[4], block.stress[0]);
 }
 
 // ---- any model
