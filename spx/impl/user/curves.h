@@ -103,7 +103,7 @@ SA_INLINE void raiseToRate(const RateFamily& family, int n, const double* strain
   });
   const double* values = family.curves;
   for (int k = 1; k < family.rates.rows; ++k) {
-    values += kCurveColumns * static_cast<int>(family.rates.at(k - 1, 1));
+    values += int64_t{kCurveColumns} * static_cast<int>(family.rates.at(k - 1, 1));
     stressAt(family.curve(k, values), n, strain, above);
     const double from = vm::log(family.rates.at(k - 1, 0)), to = vm::log(family.rates.at(k, 0));
     forPoints(n, [=, &logRate, &below, &above](int i) SA_POINT {

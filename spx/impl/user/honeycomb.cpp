@@ -27,7 +27,7 @@ struct Honeycomb {
     return tables.take(b.props[kRates - 1], 2, rates);
   }
   static bool isFinite(const Table& table) {
-    for (int k = 0; k < table.rows * table.columns; ++k)
+    for (int64_t k = 0; k < int64_t{table.rows} * table.columns; ++k)
       if (!(vm::abs(table.values[k]) < vm::kInfinity)) return false;
     return true;
   }

@@ -183,7 +183,7 @@ SA_INLINE void findFiberStress(const PlyFabric& m, int n, PlyScratch& w) {
 // r and damage of one direction at the end under an effective stress: of the sign that acts, what it was or more.
 SA_INLINE void damageDirection(const Block& b, const PlyFabric& m, int direction, int start, int n, PlyScratch& w) {
   const int64_t N = b.points;
-  const int t = kSigns * direction, c = t + 1;
+  const int64_t t = int64_t{kSigns} * direction, c = t + 1;
   const double *damageOld = b.stateOld + (kDamage + t) * N, *reachedOld = b.stateOld + (kReached + t) * N;
   const double perTension = m.modes[t].perStrength, perCompression = m.modes[c].perStrength,
                tensionEnergy = m.modes[t].fractureEnergy, compressionEnergy = m.modes[c].fractureEnergy,

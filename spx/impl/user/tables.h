@@ -15,7 +15,7 @@ struct Table {
   const double* values = nullptr;
   int rows = 0, columns = 0;
 
-  double at(int row, int column) const { return values[row * columns + column]; }
+  double at(int row, int column) const { return values[int64_t{row} * columns + column]; }
   bool isIncreasing(int column) const {
     for (int r = 1; r < rows; ++r)
       if (!(at(r, column) > at(r - 1, column))) return false;
@@ -38,13 +38,13 @@ public:
     const double room = static_cast<double>(block_.properties - next_);
     if (!(rows >= 0.0 && rows * static_cast<double>(columns) <= room)) return false;
     table = {block_.props + next_, static_cast<int>(rows), columns};
-    next_ += table.rows * columns;
+    next_ += int64_t{table.rows} * columns;
     return true;
   }
 
 private:
   const Block& block_;
-  int next_;
+  int64_t next_;
 };
 
 constexpr std::string_view kTablesCutOff = "The properties of material %S end before its tables do.";

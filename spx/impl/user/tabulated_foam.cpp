@@ -38,7 +38,7 @@ bool holdsForCurves(const RateFamily& family, Check check) {
   for (int k = 0; k < family.rates.rows; ++k) {
     const Table curve = family.curve(k, values);
     if (!check(curve)) return false;
-    values += kCurveColumns * curve.rows;
+    values += int64_t{kCurveColumns} * curve.rows;
   }
   return true;
 }
