@@ -166,6 +166,13 @@ TEST(Directions, AreRotationsThatDiagonaliseAtEveryScale) {
   }
 }
 
+TEST(Directions, ListsAsLongAsTheBlockMayLeaveAPointOut) {
+  const int32_t list[] = {2, 2, 1};
+  Values P(9, -7), V(27, -7);
+  call(GLO_UTI_PRINCS33INDX, 3, 3, list, Values(18, 1.0), P, V);
+  EXPECT_TRUE(P[0] != -7 && P[1] != -7 && P[2] == -7);
+}
+
 // ---- values of looser members
 
 // Against accurate ones, in units of the largest component.
