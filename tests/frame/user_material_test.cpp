@@ -150,6 +150,7 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
                     threeD = " user material only supports 3D, plane strain and axisymmetric elements.",
                     needs = " user material requires the specification of %I material properties in the *USER "
                             "MATERIAL option for material %S.",
+                    notLess = "Property %I of material %S must be finite and not less than 0.00000E+00: it is ",
                     rated = "Rate-dependent ", inTerms = " failure properties must be specified in terms of ";
   // clang-format off
   const struct {
@@ -248,8 +249,8 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
       {"TVK_FABRIC", 3, 1, 7, {}, fabric + ". " + kDepvar, "8"},
       {"TVK_FABRIC_INITENER", 3, 1, 8, {},
        fabric + " when used in combination with option to ramp initial stresses. " + kDepvar, "12"},
-      {"TVK_FABRIC", 3, 1, 8, std::vector<double>(13), "Subroutine VUMAT for fabric material requires the specification "
-       "of %I material properties. Check the *USER MATERIAL option for material %S.", "14"},
+      {"TVK_FABRIC", 3, 1, 8, std::vector<double>(13), "Subroutine VUMAT for fabric material requires the "
+       "specification of %I material properties. Check the *USER MATERIAL option for material %S.", "14"},
       {"TVK_FABRIC", 3, 1, 8, woven({0, .1, 1, .1}), "The loading stress-strain curve for fiber 1" + curve},
       {"TVK_FABRIC", 3, 1, 8, with(woven({0, .1, 0, .1, 1, 0}), {{1, 1}}),
        "The loading stress-strain curve for fiber 2" + curve},
@@ -266,7 +267,7 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
        "curve for fiber 1 of material %S must start at zero stress and strain, with a second row or more behind"},
       {"TVK_FABRIC", 3, 1, 8, with(woven({0, 0, 1, .1, 0, 0, 1, .1, 0, 0, 0, 1}), {{4, 2}}), "The unloading "
        "stress-strain curve for fiber 2 of material %S must be specified using increasing stress values"},
-      {"TVK_FABRIC", 3, 1, 8, with(woven(), {{9, -1}}), "Property %I of material %S must not be negative.", "9"},
+      {"TVK_FABRIC", 3, 1, 8, with(woven(), {{9, -1}}), notLess + "-1.00000E+00.", "9"},
       {"TVK_FABRIC", 3, 1, 8, with(woven(), {{12, 2}}),
        "The stiffness in compression of material %S, property 12, must not be greater than 1."},
       {"TVK_FABRIC", 3, 1, 8, with(woven(), {{5, -90}}),
@@ -306,7 +307,7 @@ TEST(UserMaterialChecks, MessagesToTheLetterAndInOrder) {
       {"TVK_MOLDED_PLASTIC", 3, 3, 14, with(plastic(), {{2, .5}}),
        "Poisson's ratio of material %S, property 2, must lie between -1 and 0.5: it is 5.00000E-01."},
       {"TVK_MOLDED_PLASTIC", 3, 3, 14, with(plastic(), {{20, -2}}),
-       "Property %I of material %S must not be negative: it is -2.00000E+00.", "20"},
+       notLess + "-2.00000E+00.", "20"},
       {"TVK_MOLDED_PLASTIC", 3, 3, 14, with(plastic(), {{25, 0}}), "The tension curve of material %S must be specified "
        "using increasing plastic strain values and yield stresses greater than zero."},
       {"TVK_MOLDED_PLASTIC", 3, 3, 14, with(plastic(), {{11, 0}, {12, 2}, {22, 0}}), "The compression curve of material "

@@ -33,13 +33,6 @@ bool refuseValues(const Block& block, std::initializer_list<int32_t> positive) {
   return false;
 }
 
-bool refuseNegative(const Block& block, std::initializer_list<int32_t> numbers) {
-  for (const int32_t number : numbers)
-    if (!(block.props[number - 1] >= 0.0))
-      return refuse(block, "Property %I of material %S must not be negative.", number);
-  return false;
-}
-
 bool refuseAbove(const Block& block, int32_t smaller, int32_t larger, std::string_view text) {
   const double given[] = {block.props[smaller - 1], block.props[larger - 1]};
   return !(given[0] <= given[1]) && refuse(block, text, 0, given);
@@ -51,6 +44,12 @@ bool refuseOutside(const Block& block, int32_t number, double least, double most
   if (most < vm::kInfinity)
     return refuse(block, "Property %I of material %S must lie between %R and %R: it is %R.", number, told);
   return refuse(block, "Property %I of material %S must be finite and not less than %R: it is %R.", number, told);
+}
+
+bool refuseNegative(const Block& block, std::initializer_list<int32_t> numbers) {
+  for (const int32_t number : numbers)
+    if (refuseOutside(block, number, 0.0)) return true;
+  return false;
 }
 
 } // namespace sa::user

@@ -74,14 +74,14 @@ inline bool refuseProperties(const Block& block, int32_t needed, std::string_vie
 }
 // The first property of the list, numbered from 1, that is not a positive number.
 bool refuseValues(const Block& block, std::initializer_list<int32_t> positive);
-// The first one that is negative or not a number.
-bool refuseNegative(const Block& block, std::initializer_list<int32_t> numbers);
 
 // A property that is greater than another, or either of them not a number.
 bool refuseAbove(const Block& block, int32_t smaller, int32_t larger, std::string_view text);
 
 // A property, numbered from 1, that is less than the least, more than the most or not a number; `most` may be infinite.
 bool refuseOutside(const Block& block, int32_t number, double least, double most = vm::kInfinity);
+// The first of the list that is negative, infinite or not a number.
+bool refuseNegative(const Block& block, std::initializer_list<int32_t> numbers);
 
 // ---- tensors of one point, with the components that its elements have
 

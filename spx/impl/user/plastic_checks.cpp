@@ -77,11 +77,7 @@ bool refuseConstants(const Block& block, const PlasticTables& tables) {
   const double nu = property(block, kNu);
   if (!(nu > -1.0 && nu < 0.5))
     return refuse(block, "Poisson's ratio of material %S, property 2, must lie between -1 and 0.5: it is %R.", 0, &nu);
-  for (const int32_t number : {kK0, kF, kTau}) {
-    const double value = property(block, number);
-    if (!(value >= 0.0))
-      return refuse(block, "Property %I of material %S must not be negative: it is %R.", number, &value);
-  }
+  if (refuseNegative(block, {kK0, kF, kTau})) return true;
   const auto& factors = tables.factors;
   return refuseUnless(block, isCurve(tables.tension),
                       "The tension curve of material %S must be specified using increasing plastic strain values "
