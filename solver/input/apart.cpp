@@ -14,20 +14,21 @@
 #include <system_error>
 #include <unistd.h>
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define SA_HAS_SHADOW_MEMORY 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define SA_HAS_SHADOW_MEMORY 1
-#endif
-#endif
-
 namespace sharedanalysis::solver {
 namespace {
 
 // Beside what the process has already: a mesh library takes about 20 bytes for each byte of a text.
 constexpr rlim_t kMemory = 1'000'000'000, kMemoryPerByte = 64; // bytes
 constexpr rlim_t kSeconds = 30, kBytesPerSecond = 1'000'000;
+
+// The shadow memory of the address and thread sanitizers goes beyond any limit.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kHasShadowMemory = true;
+#elif defined(__has_feature)
+constexpr bool kHasShadowMemory = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+#else
+constexpr bool kHasShadowMemory = false;
+#endif
 
 constexpr int kDone = 0, kInputError = 3;
 
@@ -48,9 +49,7 @@ void limitTo(std::uintmax_t fileSize) {
   const auto size = static_cast<rlim_t>(fileSize);
   limit(RLIMIT_CORE, 0);
   limit(RLIMIT_CPU, kSeconds + size / kBytesPerSecond);
-#ifndef SA_HAS_SHADOW_MEMORY
-  limit(RLIMIT_AS, addressSpaceInUse() + kMemory + kMemoryPerByte * size);
-#endif
+  if (!kHasShadowMemory) limit(RLIMIT_AS, addressSpaceInUse() + kMemory + kMemoryPerByte * size);
 }
 
 // The child: its exit code says whether the pipe holds the work or the text of an error.
