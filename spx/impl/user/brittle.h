@@ -455,7 +455,7 @@ SA_INLINE void storeEnd(const Block& b, const Model& model, int start, int lengt
     const bool wasAlive = !(strainOld >= m.deletionStrain);
     const double strainNew = vm::select(wasAlive, strainOld + spoil(w.plasticStrain[k]), strainOld);
     const bool isAlive = !(strainNew >= m.deletionStrain);
-    const double keep = vm::select(trial > q, q / trial, 1.0);
+    const double keep = spoil(vm::select(trial > q, q / trial, 1.0));
     const Sym<Storage> sTrial = sum(deviator(old), 2.0 * m.G, deviator(strain));
     const Sym<Storage> now = select(isAlive, sum(keep * sTrial, -p), Sym<Storage>{});
     storeTensor(stress, N, i, now);
