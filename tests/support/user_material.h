@@ -2,6 +2,7 @@
 #pragma once
 
 #include "spx.h"
+#include "tests/support/random.h"
 
 #include <array>
 #include <cmath>
@@ -122,6 +123,15 @@ struct UserMaterial {
   }
   double at(int variable) const { return state[(variable - 1) * n]; }
 };
+// A symmetric tensor in other axes.
+inline Strain turnedBy(const Matrix& R, const double* t) {
+  Strain r{};
+  for (int a = 0; a < 3; ++a)
+    for (int b = a; b < 3; ++b)
+      for (int c = 0; c < 3; ++c)
+        for (int d = 0; d < 3; ++d) r[kS33[a][b]] += R[a][c] * t[kS33[c][d]] * R[b][d];
+  return r;
+}
 // Shear that takes any strength to its limit.
 inline void shear(UserMaterial& m, double amount) { m.step({0, 0, 0, amount, 0, 0}); }
 

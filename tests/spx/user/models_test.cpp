@@ -731,14 +731,7 @@ TEST(UserMaterials, AxesDoNotMatter) {
   for (int round = 0; round < 5; ++round) {
     Matrix R;
     randomRotation(random, R);
-    const auto turned = [&](const double* t) {
-      Strain r{};
-      for (int a = 0; a < 3; ++a)
-        for (int b = a; b < 3; ++b)
-          for (int c = 0; c < 3; ++c)
-            for (int d = 0; d < 3; ++d) r[kS33[a][b]] += R[a][c] * t[kS33[c][d]] * R[b][d];
-      return r;
-    };
+    const auto turned = [&](const double* t) { return turnedBy(R, t); };
     auto plain = allSolids(1), other = allSolids(1);
     for (int k = 0; k < 40; ++k) {
       const Strain e = randomStrain(random, .008, 3), eTurned = turned(e.data());

@@ -344,14 +344,7 @@ TEST(Plastic, AxesDoNotMatter) {
   for (int round = 0; round < 5; ++round) {
     Matrix R;
     randomRotation(random, R);
-    const auto turned = [&](const double* t) {
-      Strain r{};
-      for (int a = 0; a < 3; ++a)
-        for (int b = a; b < 3; ++b)
-          for (int c = 0; c < 3; ++c)
-            for (int d = 0; d < 3; ++d) r[kS33[a][b]] += R[a][c] * t[kS33[c][d]] * R[b][d];
-      return r;
-    };
+    const auto turned = [&](const double* t) { return turnedBy(R, t); };
     Material plain = p.material(), other = plain;
     for (int k = 0; k < 20; ++k) {
       Strain e{};
