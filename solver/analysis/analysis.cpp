@@ -4,14 +4,11 @@
 #include "solver/analysis/collected.h"
 #include "solver/analysis/increment.h"
 #include "solver/analysis/set_up.h"
+#include "solver/analysis/team.h"
 
 #include <algorithm>
 #include <exception>
 #include <optional>
-
-#ifdef _OPENMP
-#include <omp.h>
-#endif
 
 namespace sharedanalysis::solver {
 
@@ -19,6 +16,7 @@ struct Analysis::Data {
   Layout layout;
   NodeState nodes;
   std::vector<DomainState> domains; // of this rank
+  Team team;                        // a thread a domain
   Prescribed prescribed;
   Course course;
   Ending ending = Ending::Running;
@@ -30,7 +28,8 @@ struct Analysis::Data {
   std::exception_ptr failed; // first exception of the loop over increments
 
   Data(const Mesh& mesh, const Case& definition, int threads)
-      : layout(mesh, definition), nodes(referenceNodes(layout)), domains(makeDomainStates(layout, nodes.X, threads)) {
+      : layout(mesh, definition), nodes(referenceNodes(layout)), domains(makeDomainStates(layout, nodes.X, threads)),
+        team(static_cast<int>(domains.size())) {
     setMasses(layout, domains, nodes);
     prescribed = makePrescribed(layout, domains);
     setVelocities(layout, prescribed, nodes);
@@ -40,10 +39,10 @@ struct Analysis::Data {
   }
 
   const Collected& collectedNow() {
-    if (!collected) collected = solver::collect(layout, nodes, prescribed, course, domains);
+    if (!collected) collected = solver::collect(layout, nodes, prescribed, course, domains, team);
     return *collected;
   }
-  // Exceptions must not leave a parallel region: keeps the first one for after the loop.
+  // Exceptions must not leave the work of a team: keeps the first one for after the loop.
   template <class Body>
   void guarded(Body body) noexcept {
     try {
@@ -54,8 +53,10 @@ struct Analysis::Data {
   }
 };
 
-Analysis::Analysis(const Mesh& mesh, const Case& definition, int threads)
-    : data_(std::make_unique<Data>(mesh, definition, std::max(threads, 1))) {}
+Analysis::Analysis(const Mesh& mesh, const Case& definition, int threads) {
+  const FloatingPointMode mode;
+  data_ = std::make_unique<Data>(mesh, definition, std::max(threads, 1));
+}
 
 Analysis::~Analysis() = default;
 
@@ -65,29 +66,21 @@ Ending Analysis::advanceTo(double end, int64_t increments) {
   if (d.ending != Ending::Running && d.ending != Ending::Complete) return d.ending;
   d.collected.reset();
   bool running = d.ending == Ending::Running && now.time < end;
-  const int domains = static_cast<int>(d.domains.size());
   double step = nextIncrement(now, end);
+  const size_t threads = d.team.size();
   // Each domain is moved and evaluated by one thread.  An evaluation reads positions that neighbours have moved, and a move
   // changes positions that neighbours have read: everyone waits between them.  Ranks exchange motion in between.
-#pragma omp parallel num_threads(domains) default(shared)
-  {
-#ifdef _OPENMP
-    const int thread = omp_get_thread_num(), threads = omp_get_num_threads();
-#else
-    const int thread = 0, threads = 1;
-#endif
+  d.team.run([&](int thread) {
+    const auto eachDomain = [&](auto&& body) {
+      for (size_t k = static_cast<size_t>(thread); k < d.domains.size(); k += threads) body(d.domains[k]);
+    };
     while (running) {
-      for (int k = thread; k < domains; k += threads)
-        move(d.layout.definition, now, step, d.domains[k], d.nodes, d.prescribed);
-#pragma omp barrier
-      if (d.layout.ranks.areSeveral()) {
-#pragma omp single
-        d.guarded([&] { exchangeMotion(d.layout, d.nodes); });
-      }
-      for (int k = thread; k < domains; k += threads) evaluateForces(d.layout.definition, d.nodes, step, d.domains[k]);
-#pragma omp barrier
-#pragma omp single
-      {
+      eachDomain([&](DomainState& own) { move(d.layout.definition, now, step, own, d.nodes, d.prescribed); });
+      d.team.meet([&] {
+        if (d.layout.ranks.areSeveral()) d.guarded([&] { exchangeMotion(d.layout, d.nodes); });
+      });
+      eachDomain([&](DomainState& own) { evaluateForces(d.layout.definition, d.nodes, step, own); });
+      d.team.meet([&] {
         now.time = step >= end - now.time ? end : now.time + step;
         now.lastIncrement = step;
         ++now.increment;
@@ -100,9 +93,9 @@ Ending Analysis::advanceTo(double end, int64_t increments) {
         });
         running = d.ending == Ending::Running && now.time < end && !d.failed && --increments > 0;
         step = nextIncrement(now, end);
-      }
+      });
     }
-  }
+  });
   if (d.failed) std::rethrow_exception(d.failed);
   if (d.ending == Ending::Running && now.time >= d.layout.definition.endTime) return Ending::Complete;
   return d.ending;
@@ -127,14 +120,17 @@ void Analysis::collect() { data_->collectedNow(); }
 Energies Analysis::energies() const { return data_->collectedNow().energies; }
 
 std::array<double, 3> Analysis::linearMomentum() const {
+  const FloatingPointMode mode;
   return solver::linearMomentum(data_->layout, data_->nodes, data_->collectedNow());
 }
 
 std::array<double, 3> Analysis::angularMomentum() const {
+  const FloatingPointMode mode;
   return solver::angularMomentum(data_->layout, data_->nodes, data_->collectedNow());
 }
 
 Fields Analysis::fields() const {
+  const FloatingPointMode mode;
   Data& d = *data_;
   d.fields.fill(d.layout, d.nodes.X, d.prescribed, d.collectedNow());
   return d.fields.spans();

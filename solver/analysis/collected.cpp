@@ -7,12 +7,10 @@ namespace sharedanalysis::solver {
 namespace {
 
 // (kBrickValues, bricks) of the bricks for which the domains of this rank speak.
-std::vector<double> brickValues(const Layout& layout, const std::vector<double>& x, std::vector<DomainState>& domains) {
+std::vector<double> brickValues(const Layout& layout, const std::vector<double>& x, std::vector<DomainState>& domains,
+                                Team& team) {
   std::vector<double> values(kBrickValues * static_cast<size_t>(layout.bricks()));
-  const int count = static_cast<int>(domains.size());
-#pragma omp parallel for num_threads(count) schedule(static, 1)
-  for (int k = 0; k < count; ++k) {
-    DomainState& state = domains[k];
+  const auto ofDomain = [&](DomainState& state) {
     double density[kBlockLength], spring[kBlockLength], damage[kBlockLength];
     for (Block& block : state.blocks) {
       block.energies(x, state.work, density, spring, damage);
@@ -26,7 +24,10 @@ std::vector<double> brickValues(const Layout& layout, const std::vector<double>&
         for (int c = 0; c < 6; ++c) own[6 + c] = block.mask(e) == 0.0 ? block.stress(c, e) : 0.0;
       }
     }
-  }
+  };
+  team.run([&](int thread) {
+    for (size_t k = static_cast<size_t>(thread); k < domains.size(); k += team.size()) ofDomain(domains[k]);
+  });
   return values;
 }
 
@@ -118,8 +119,9 @@ Energies sumEnergies(const Layout& layout, const NodeState& nodes, const Prescri
 } // namespace
 
 Collected collect(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed, const Course& course,
-                  std::vector<DomainState>& domains) {
+                  std::vector<DomainState>& domains, Team& team) {
   const Ranks& ranks = layout.ranks;
+  const FloatingPointMode mode;
   Collected collected;
   const auto ofNodes = [&](std::vector<double>& values) {
     std::vector<int64_t> first = layout.numbering.firstOfRank;
@@ -138,7 +140,7 @@ Collected collect(const Layout& layout, const NodeState& nodes, const Prescribed
   for (std::vector<double>* values : {&collected.reactions, &collected.work, &collected.prescribedSpeed})
     ranks.gatherRanges(*values, prescribed.firstOfRank);
 
-  collected.bricks = brickValues(layout, nodes.x, domains);
+  collected.bricks = brickValues(layout, nodes.x, domains, team);
   if (ranks.areSeveral()) collectBricks(layout, collected.bricks);
   std::vector<double> sums(6);
   if (ranks.isRoot()) {

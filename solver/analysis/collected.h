@@ -2,6 +2,7 @@
 #pragma once
 
 #include "solver/analysis/state.h"
+#include "solver/analysis/team.h"
 
 #include <array>
 
@@ -18,7 +19,7 @@ inline constexpr int kBrickValues = 12;
 
 // Every rank calls it.  The domains change in their work arrays alone.
 Collected collect(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed, const Course& course,
-                  std::vector<DomainState>& domains);
+                  std::vector<DomainState>& domains, Team& team);
 
 // On the root.
 std::array<double, 3> linearMomentum(const Layout& layout, const NodeState& nodes, const Collected& collected);

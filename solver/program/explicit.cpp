@@ -43,7 +43,7 @@ int main(int argc, char** argv) {
   CLI::App app("Explicit dynamics of hyperelastic solids meshed with 8-node bricks", "sharedanalysis-explicit");
   app.add_option("CASE", options.caseFile, "Case file (TOML)")->required();
   app.add_option("-t,--threads", options.threads,
-                 "Threads of each rank; without this option as many as OpenMP offers, on several ranks one")
+                 "Threads of each rank; without this option OMP_NUM_THREADS, or the cores, on several ranks one")
       ->check(CLI::Range(1, 1024));
   app.add_option("-o,--output", options.outputDirectory, "Directory of the results, instead of output.directory");
   app.add_flag("--digest", options.digest, "Also write hashes of all fields, for sharedanalysis-compare");

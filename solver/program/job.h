@@ -9,7 +9,7 @@ namespace sharedanalysis::solver {
 struct JobOptions {
   std::filesystem::path caseFile;
   std::optional<std::filesystem::path> outputDirectory; // instead of the one of the case
-  int threads = 0;                                      // of each rank; 0: as many as OpenMP offers, of several ranks 1
+  int threads = 0;                                      // of each rank; 0: OMP_NUM_THREADS, else the cores, of several ranks 1
   bool checkOnly = false, quiet = false;
   bool digest = false; // also write hashes of all fields
 };

@@ -5,7 +5,8 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <omp.h>
+#include <optional>
+#include <thread>
 
 namespace sharedanalysis::solver {
 
@@ -19,12 +20,20 @@ uint64_t inputHash(const CaseFile& caseFile, const Mesh& mesh) {
   return hash.value();
 }
 
-// Called before the mesh is read: Gmsh sets OpenMP to one thread.  Several ranks share a machine: one thread each
-// unless set otherwise.
+// What batch systems tell a program of threads; of a list the first number.
+std::optional<long> threadsOfSurroundings() {
+  const char* text = std::getenv("OMP_NUM_THREADS");
+  char* end = nullptr;
+  const long threads = text ? std::strtol(text, &end, 10) : 0;
+  return threads > 0 ? std::optional(threads) : std::nullopt;
+}
+
+// Several ranks share a machine: one thread each unless set otherwise; one rank takes the cores that it may run on.
 int threadsOf(const JobOptions& options, const Ranks& ranks) {
   if (options.threads > 0) return options.threads;
-  if (ranks.areSeveral() && !std::getenv("OMP_NUM_THREADS")) return 1;
-  return std::min(omp_get_max_threads(), 1024);
+  constexpr long kMost = 1024;
+  const long cores = ranks.areSeveral() ? 1 : std::max(1L, static_cast<long>(std::thread::hardware_concurrency()));
+  return static_cast<int>(std::min(threadsOfSurroundings().value_or(cores), kMost));
 }
 
 CaseFile readInput(const JobOptions& options) {

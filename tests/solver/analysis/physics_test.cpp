@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cfenv>
 
 namespace {
 
@@ -224,6 +225,30 @@ TEST_F(Physics, GravityAndReactions) {
   }
   EXPECT_NEAR(mean / (0.016 * 1000 * 9.81), 1, 0.02);
   EXPECT_GT(analysis.energies().external, 0);
+}
+
+// A caller that rounds upwards gets the same bits, and its mode back.
+TEST_F(Physics, TheCallersFloatingPointModeChangesNothing) {
+  const Mesh mesh = box({4, 4, 24}, {1, 1, 6});
+  const Case c = twistingColumn(0.01);
+  const auto results = [&](int threads) {
+    Analysis analysis(mesh, c, threads);
+    analysis.advanceTo(0.01);
+    const auto fields = analysis.fields();
+    std::vector<double> all(fields.stress.begin(), fields.stress.end());
+    all.insert(all.end(), fields.displacement.begin(), fields.displacement.end());
+    for (const double energy : analysis.energies().values()) all.push_back(energy);
+    for (const double momentum : analysis.angularMomentum()) all.push_back(momentum);
+    return all;
+  };
+  const std::vector<double> plain = results(1);
+  for (const int threads : {1, 2}) {
+    std::fesetround(FE_UPWARD);
+    const std::vector<double> other = results(threads);
+    EXPECT_EQ(std::fegetround(), FE_UPWARD);
+    std::fesetround(FE_TONEAREST);
+    EXPECT_EQ(other, plain);
+  }
 }
 
 TEST_F(Physics, ModelsThatCannotStart) {
