@@ -225,6 +225,18 @@ Findings checkThreads(const Kernel& kernel) {
   return findings;
 }
 
+Findings checkFar(GuardedMemory& memory, const Kernel& kernel) {
+  Findings findings;
+  for (int v = 0; v < variantCount(*kernel.info); ++v) {
+    const KernelCase start = makeCase(*kernel.info, 7, v);
+    KernelCase near = start, far = start;
+    if (memory.call(kernel.address, near, into(findings)) &&
+        GuardedMemory::callFar(kernel.address, far, into(findings)))
+      compareOutputs(near, far, "the distance of columns or entities", findings);
+  }
+  return findings;
+}
+
 std::uint64_t hashOutputs(GuardedMemory& memory, const Kernel& kernel, Findings& findings) {
   std::uint64_t hash = 0xcbf29ce484222325ULL; // Fowler, Noll and Vo, 64 bits
   const auto add = [&](std::uint64_t bits) {

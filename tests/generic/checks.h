@@ -46,6 +46,8 @@ Findings checkReach(GuardedMemory& memory, const Kernel& kernel);
 Findings unusedExceptions();
 // Calls from several threads at once give the bits of one thread.
 Findings checkThreads(const Kernel& kernel);
+// Leading dimensions and entity numbers beyond a thousand million give the bits of small ones.
+Findings checkFar(GuardedMemory& memory, const Kernel& kernel);
 // A number that stands for the bits of all outputs over several lengths and variants, NaNs made equal.
 std::uint64_t hashOutputs(GuardedMemory& memory, const Kernel& kernel, Findings& findings);
 

@@ -2,7 +2,7 @@
  *  Kernels that are wrong on purpose, one fault each, and sound ones beside them.
  *
  *  CONTENTS
- *    Faulty kernels                     FAULTY_...                                            27
+ *    Faulty kernels                     FAULTY_...                                            28
  *    Sound kernels                      SOUND_...                                              4
  */
 #include <stdint.h>
@@ -80,6 +80,14 @@ void FAULTY_IGNORES_LIST(const int32_t* n, const int32_t* count, const int32_t* 
  *  @param[out] y   (ld, 2), any: output
  */
 void FAULTY_FILLS_STRIDE(const int32_t* n, const int32_t* ld, const double* x, double* y);
+
+/** Offsets of 32 bits.
+ *  @param[in]  n   (1), block: points
+ *  @param[in]  ld  (1), stride: leading dimension
+ *  @param[in]  x   (ld, 3), any: input
+ *  @param[out] y   (ld, 3), any: output
+ */
+void FAULTY_SHORT_OFFSET(const int32_t* n, const int32_t* ld, const double* x, double* y);
 
 /** Counts entities from 0.
  *  @param[in]     n    (1), block: points

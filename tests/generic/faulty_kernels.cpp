@@ -116,6 +116,15 @@ void FAULTY_FILLS_STRIDE(const int32_t* n, const int32_t* ld, const double* x, d
   if (*n > 0) FAULTY_NEXT_POINT(&all, x, y);
 }
 
+void FAULTY_SHORT_OFFSET(const int32_t* n, const int32_t* ld, const double* x, double* y) {
+  const sa::OwnArithmetic arithmetic;
+  for (uint32_t c = 0; c < 3; ++c)
+    for (int i = 0; i < *n; ++i) {
+      const auto at = static_cast<int32_t>(c * static_cast<uint32_t>(*ld)) + i;
+      y[at] = 2.0 * x[at];
+    }
+}
+
 void FAULTY_ENTITY_FROM_ZERO(const int32_t* n, const int32_t* map, const double* x, double* y) {
   for (int i = 0; i < *n; ++i) y[map[i] > 1 ? map[i] - 2 : 0] = 2.0 * x[i];
 }

@@ -1,6 +1,6 @@
 // Runs one check on every kernel of the headers.
 //
-//   generic_tests LIB writes|lists|empty|pieces|threads|reach|hard [--needs LEVEL]
+//   generic_tests LIB writes|lists|empty|pieces|far|threads|reach|hard [--needs LEVEL]
 //   generic_tests LIB hashes FILE [--write] [--needs LEVEL]
 //   generic_tests LIB torture [--inputs N] [--hours H] [--seed S] [--from PASS] [--shard K/M] [--only KERNEL] [--case C]
 //
@@ -102,13 +102,10 @@ Findings checkSomeHard(GuardedMemory& memory, const Kernel& kernel) {
 
 Findings runCheck(const std::string& check, GuardedMemory& memory, const Kernel& kernel) {
   static const std::map<std::string, Findings (*)(GuardedMemory&, const Kernel&)> kChecks = {
-      {"writes", checkWrites},
-      {"lists", checkLists},
-      {"empty", checkEmpty},
-      {"pieces", checkPieces},
-      {"reach", checkReach},
-      {"hard", checkSomeHard},
-      {"threads", [](GuardedMemory&, const Kernel& alone) { return checkThreads(alone); }}};
+      {"writes", checkWrites}, {"lists", checkLists},
+      {"empty", checkEmpty},   {"pieces", checkPieces},
+      {"far", checkFar},       {"reach", checkReach},
+      {"hard", checkSomeHard}, {"threads", [](GuardedMemory&, const Kernel& alone) { return checkThreads(alone); }}};
   if (kChecks.count(check) == 0) throw std::runtime_error("unknown check " + check);
   return kChecks.at(check)(memory, kernel);
 }

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <stdexcept>
 #include <utility>
 
@@ -113,6 +114,79 @@ std::uint64_t callAny(void* routine, std::string_view resultType, void* const* a
   return bits;
 }
 
+// The call itself: 0, or the signal that ended it.
+int invoke(void* routine, KernelCase& data, void* const* pointers, const Complain& complain,
+           const Environment* environment) {
+  callNumber = callNumber + 1;
+  const int fault = sigsetjmp(afterFault, 1);
+  if (fault == 0) {
+    const unsigned before = environment == nullptr ? 0 : enter(*environment);
+    isCalling = true;
+    data.result = callAny(routine, data.routine->result, pointers, data.arrays.size());
+    isCalling = false;
+    if (environment != nullptr) leave(*environment, before, complain);
+  } else {
+    isCalling = false;
+    std::fesetenv(FE_DFL_ENV);
+  }
+  return fault;
+}
+
+// A 64-bit integer by value is passed as an address is.
+void* byValue(const KernelCase& data, const Array& array) {
+  if (array.elementSize != sizeof(void*))
+    throw std::logic_error(std::string(data.routine->name) + " takes an argument by value that is no int64_t");
+  return reinterpret_cast<void*>(array.bits(0));
+}
+
+// Two columns of so many points are beyond 32 bits, and so are records of two of so many entities.
+constexpr int kFar = 1'200'000'001;
+
+bool isLeading(const Array& array) { return array.info->is("stride") || array.info->is("rows"); }
+
+// Numbered through from a high one on, where nobody says how many there are, and unless the call moves their numbers about.
+bool hasHighEntities(const KernelCase& data, const Array& array) {
+  return array.lines == Lines::entities && !array.info->is("record") &&
+         std::string_view(array.info->shape[array.info->rank() - 1]) == "*" &&
+         std::none_of(data.arrays.begin(), data.arrays.end(),
+                      [](const Array& map) { return map.info->is("entity") && map.info->isWritten(); });
+}
+
+// An array of columns far apart, or of entities of high numbers.
+class FarArray {
+public:
+  FarArray(const KernelCase& data, const Array& array) : lineCount_(array.lineCount), array_(array) {
+    for (int d = 0; d < array.info->rank(); ++d)
+      if (const Array* length = data.find(array.info->shape[d]); length != nullptr && isLeading(*length))
+        lineCount_ = array.after > 1 ? kFar : lineCount_;
+    if (hasHighEntities(data, array)) first_ = kFar * array.before * array.elementSize;
+    size_ = offset(array.elements() - 1) + array.elementSize;
+    memory_ = mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (memory_ == MAP_FAILED) throw std::runtime_error("no addresses for an array of distant columns");
+    for (std::size_t k = 0; k < array.elements(); ++k)
+      std::memcpy(bytes() + offset(k), &array.bytes[k * array.elementSize], array.elementSize);
+  }
+  ~FarArray() { munmap(memory_, size_); }
+  FarArray(const FarArray&) = delete;
+  FarArray& operator=(const FarArray&) = delete;
+
+  void* address() const { return bytes() - first_; }
+  void readInto(Array& array) const {
+    for (std::size_t k = 0; k < array.elements(); ++k)
+      std::memcpy(&array.bytes[k * array.elementSize], bytes() + offset(k), array.elementSize);
+  }
+
+private:
+  unsigned char* bytes() const { return static_cast<unsigned char*>(memory_); }
+  std::size_t offset(std::size_t element) const {
+    const std::size_t column = array_.before * array_.lineCount;
+    return (element / column * array_.before * lineCount_ + element % column) * array_.elementSize;
+  }
+  std::size_t lineCount_, first_ = 0, size_ = 0;
+  void* memory_ = nullptr;
+  const Array& array_;
+};
+
 } // namespace
 
 GuardedMemory::GuardedMemory() {
@@ -144,10 +218,7 @@ bool GuardedMemory::call(void* routine, KernelCase& data, const Complain& compla
   for (std::size_t i = 0; i < count; ++i) {
     const Array& array = data.arrays[i];
     if (array.info->isByValue()) {
-      // a 64-bit integer by value is passed as an address is
-      if (array.elementSize != sizeof(void*))
-        throw std::logic_error(std::string(data.routine->name) + " takes an argument by value that is no int64_t");
-      pointers[i] = reinterpret_cast<void*>(array.bits(0));
+      pointers[i] = byValue(data, array);
       continue;
     }
     if (array.bytes.size() + kCanary + kPage > kSlot) throw std::logic_error("an array is too long for its slot");
@@ -160,17 +231,7 @@ bool GuardedMemory::call(void* routine, KernelCase& data, const Complain& compla
   }
 
   bool isSound = true;
-  callNumber = callNumber + 1;
-  const int fault = sigsetjmp(afterFault, 1);
-  if (fault == 0) {
-    const unsigned before = environment == nullptr ? 0 : enter(*environment);
-    isCalling = true;
-    data.result = callAny(routine, data.routine->result, pointers, count);
-    isCalling = false;
-    if (environment != nullptr) leave(*environment, before, complain);
-  } else {
-    isCalling = false;
-    std::fesetenv(FE_DFL_ENV);
+  if (const int fault = invoke(routine, data, pointers, complain, environment); fault != 0) {
     if (fault == SIGVTALRM || fault == SIGFPE) {
       complain(fault == SIGFPE ? "traps on a floating-point operation" : "does not return");
       return false;
@@ -198,6 +259,36 @@ bool GuardedMemory::call(void* routine, KernelCase& data, const Complain& compla
     }
   }
   return isSound;
+}
+
+bool GuardedMemory::callFar(void* routine, KernelCase& data, const Complain& complain) {
+  KernelCase far = data;
+  for (Array& array : far.arrays) {
+    if (isLeading(array)) array.setInteger(0, kFar);
+    if (!array.info->is("entity")) continue;
+    const Array* target = far.find(std::string(array.info->unit).substr(10)); // after "entity of "
+    if (target == nullptr || !hasHighEntities(far, *target)) continue;
+    for (std::size_t k = 0; k < array.elements(); ++k) array.setInteger(k, array.integer(k) + kFar);
+  }
+  void* pointers[kArguments] = {};
+  std::vector<std::unique_ptr<FarArray>> places(far.arrays.size());
+  for (std::size_t i = 0; i < far.arrays.size(); ++i) {
+    const Array& array = far.arrays[i];
+    if (array.info->isByValue()) {
+      pointers[i] = byValue(far, array);
+    } else if (array.elements() > 0) {
+      places[i] = std::make_unique<FarArray>(far, array);
+      pointers[i] = places[i]->address();
+    }
+  }
+  if (invoke(routine, far, pointers, complain, nullptr) != 0) {
+    complain("touches other memory where columns or entities are far apart");
+    return false;
+  }
+  data.result = far.result;
+  for (std::size_t i = 0; i < far.arrays.size(); ++i)
+    if (places[i] && far.arrays[i].info->isWritten()) places[i]->readInto(data.arrays[i]);
+  return true;
 }
 
 } // namespace sa::test

@@ -35,6 +35,11 @@ public:
   // thread.
   static void limitTime();
 
+  // Runs the routine with leading dimensions of more than a thousand million points, and with entities numbered from there
+  // on, so that offsets do not fit into 32 bits; written arguments come back in the data as from an ordinary call.  Memory that
+  // nobody touches costs none.
+  static bool callFar(void* routine, KernelCase& data, const Complain& complain);
+
 private:
   unsigned char* slotEnd(std::size_t argument) const;
   unsigned char* base_ = nullptr;

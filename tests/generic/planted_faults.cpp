@@ -27,6 +27,7 @@ const Expectation kExpectations[] = {
     {"FAULTY_READS_UNREAD", "writes", "touches memory past the end of an argument: unused"},
     {"FAULTY_IGNORES_LIST", "writes", "changes values of other points in y"},
     {"FAULTY_FILLS_STRIDE", "writes", "changes values of other points in y"},
+    {"FAULTY_SHORT_OFFSET", "far", "touches other memory where columns or entities are far apart"},
     {"FAULTY_ENTITY_FROM_ZERO", "writes", "changes values of other points in y"},
     {"FAULTY_RECORD_FROM_ZERO", "writes", "changes values of other points in y"},
     {"FAULTY_KEEPS_CURSOR", "pieces", "splitting the block changes the bits of cursor"},
@@ -54,10 +55,10 @@ const Expectation kExpectations[] = {
 
 std::map<std::string, Findings> allFindings(GuardedMemory& memory, const Kernel& kernel) {
   HardCases hard{1, 0, 48, 0, {}};
-  return {{"writes", checkWrites(memory, kernel)},   {"lists", checkLists(memory, kernel)},
-          {"empty", checkEmpty(memory, kernel)},     {"pieces", checkPieces(memory, kernel)},
-          {"hard", checkHard(memory, kernel, hard)}, {"reach", checkReach(memory, kernel)},
-          {"threads", checkThreads(kernel)}};
+  return {{"writes", checkWrites(memory, kernel)}, {"lists", checkLists(memory, kernel)},
+          {"empty", checkEmpty(memory, kernel)},   {"pieces", checkPieces(memory, kernel)},
+          {"far", checkFar(memory, kernel)},       {"hard", checkHard(memory, kernel, hard)},
+          {"reach", checkReach(memory, kernel)},   {"threads", checkThreads(kernel)}};
 }
 
 bool isAsExpected(const Expectation& expected, std::map<std::string, Findings>& findings) {
