@@ -36,8 +36,8 @@ struct Fields {
   std::span<const double> strainEnergy, mask;               // (elements); J/m3 of undeformed volume, 0 or 1
 };
 
-// Stopped: a kernel reported data that it cannot go on with, and ended the analysis.
-enum class Ending { Running, Complete, Distorted, IncrementCollapsed, NotFinite, Killed, Stopped };
+// Stopped: a kernel reported data that it cannot go on with, and ended the analysis.  Failed: no brick carries load any more.
+enum class Ending { Running, Complete, Distorted, IncrementCollapsed, NotFinite, Killed, Stopped, Failed };
 
 class Analysis {
 public:

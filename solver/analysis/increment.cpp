@@ -98,7 +98,9 @@ Outcome outcomeOf(const Ranks& ranks, const std::vector<DomainState>& domains) {
 
 Ending findEnding(const Layout& layout, const NodeState& nodes, const std::vector<DomainState>& domains,
                   const Outcome& all, Course& course, Distortion& distortion) {
-  course.stable = all.smallest * layout.definition.safetyFactor;
+  // none bounds the increment: it stays what it was
+  const bool nothingLeft = all.smallest == kInfinity;
+  if (!nothingLeft) course.stable = all.smallest * layout.definition.safetyFactor;
   if (all.stopped) return Ending::Stopped;
   if (all.masked) {
     bool finite = true;
@@ -117,6 +119,7 @@ Ending findEnding(const Layout& layout, const NodeState& nodes, const std::vecto
     return layout.ranks.allAgree(finite) ? Ending::Distorted : Ending::NotFinite;
   }
   if (std::isnan(all.smallest)) return Ending::NotFinite;
+  if (nothingLeft) return Ending::Failed;
   if (course.firstStable > 0 && course.stable < layout.definition.smallestIncrementRatio * course.firstStable)
     return Ending::IncrementCollapsed;
   return Ending::Running;

@@ -65,6 +65,8 @@ std::string describeEnding(Ending ending, const Analysis& analysis, const Case& 
     return "a material could not go on" + at + "; the message file says why";
   case Ending::NotFinite:
     return "a position, velocity or energy is no longer a finite number" + at;
+  case Ending::Failed:
+    return "every brick has failed" + at + ": nothing carries load any more";
   default:
     return "interrupted" + at;
   }

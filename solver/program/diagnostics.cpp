@@ -43,7 +43,7 @@ void DiagnosticCourse::reportDistortion(const std::vector<int64_t>& bricks) {
 void DiagnosticCourse::reportEnding(Ending ending, const std::string& reason) {
   if (!ranks_.isRoot()) return;
   if (ending == Ending::Killed) acd_error_xpl_c(host::codes::Killed, 0, nullptr, nullptr, nullptr, nullptr, nullptr);
-  if (ending != Ending::IncrementCollapsed && ending != Ending::NotFinite) return;
+  if (ending != Ending::IncrementCollapsed && ending != Ending::NotFinite && ending != Ending::Failed) return;
   const char* const text = reason.c_str();
   constexpr int32_t ints[3] = {};
   constexpr double reals[3] = {};

@@ -13,10 +13,12 @@
 #include "solver/program/job_input.h"
 #include "solver/program/messages.h"
 #include "solver/program/output.h"
+#include "solver/program/problems.h"
 #include "solver/program/terminal.h"
 
 #include <chrono>
 #include <cmath>
+#include <csignal>
 #include <limits>
 #include <memory>
 
@@ -25,18 +27,22 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int32_t statusCompleted = 1; // of host::jobStatus
+// So many increments change the time by less than its last digit.
+constexpr double kMostIncrements = 1e15;
 
 class Job {
 public:
   Job(const JobOptions& options, const Ranks& ranks, Terminal& terminal)
       : options_(options), terminal_(terminal), ranks_(ranks), input_(options, ranks),
-        definition_(input_.caseFile.definition), mesh_(input_.mesh) {}
+        definition_(input_.caseFile.definition), mesh_(input_.mesh), problems_(mesh_) {}
 
   ExitCode run() {
     const std::unique_ptr<Analysis> model = makeAnalysis();
     Analysis& analysis = *model;
     firstIncrement_ = analysis.progress().stableIncrement;
+    if (firstIncrement_ > 0 && definition_.endTime > kMostIncrements * firstIncrement_)
+      throw InputError(definition_.file.string() + ": end_time is " + shortNumber(definition_.endTime) +
+                       " s, which increments of " + shortNumber(firstIncrement_) + " s never reach");
     description_ = describe(definition_, mesh_, ranks_, input_.threads, firstIncrement_);
     for (const std::string& line : description_) terminal_.line(line);
     if (options_.checkOnly) {
@@ -71,6 +77,7 @@ private:
     info.insert(info.end(), input_.caseFile.lines.begin(), input_.caseFile.lines.end());
     Output output(definition_, mesh_, info, ranks_, options_.digest);
     DiagnosticCourse course(definition_, ranks_);
+    if (ranks_.isRoot()) problems_.checkMesh();
     analysis.setObserver([&](const Progress& now, double increment) { course.increment(now, increment); });
     if (definition_.historyFilter) output.filterHistory(analysis);
     output.writeHistory(analysis);
@@ -80,24 +87,27 @@ private:
     const Ending ending = advance(analysis, output);
     terminal_.endProgress();
     output.close();
-    // no rank can fail from here on; a signal to one rank counts for all
-    if (!ranks_.allAgree(ending != Ending::Killed && !host::killSignal())) host::requestKill();
-    return ending == Ending::Complete ? complete(analysis, output, course) : endEarly(analysis, ending, output, course);
+    // a signal to one rank counts for all
+    const bool killed = !ranks_.allAgree(ending != Ending::Killed && !host::killSignal());
+    if (killed) host::requestKill();
+    if (ending == Ending::Complete && !killed) return complete(analysis, output, course);
+    return endEarly(analysis, killed ? Ending::Killed : ending, output, course);
   }
 
   ExitCode complete(const Analysis& analysis, const Output& output, DiagnosticCourse& course) {
     course.end();
-    message("Note", "The analysis is complete after %S increments; its energy balance is off by %R of the energy.",
-            {std::to_string(analysis.progress().increment)}, {output.energy().relative()});
-    endAnalysis(GLO_EXIT_PHASE_COMPLETE);
-    // a signal after the last increment interrupts the job; the root decides
-    const bool completed = ranks_.allAgree(!ranks_.isRoot() || host::jobStatus() == statusCompleted);
-    host::closeJob();
+    // from here on no signal changes how the run ends
+    for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, SIG_IGN);
+    host::withdrawKill();
+    // results get their names when the files of the other ranks are whole; whoever reads Completed finds them there
+    const std::filesystem::path database = host::diagnosticDatabase();
+    if (!ranks_.isRoot()) endJob(analysis, output);
     ranks_.synchronise();
-    if (!completed) return reportInterruption(analysis, output);
     output.complete();
+    if (ranks_.isRoot()) endJob(analysis, output);
     ranks_.synchronise();
     showSummary(analysis, output);
+    showProblems(database);
     return exitComplete;
   }
 
@@ -120,7 +130,11 @@ private:
       const double time = analysis.progress().time;
       const bool atEnd = ending != Ending::Running;
       if (history.reach(time) || atEnd) output.writeHistory(analysis);
-      if (fields.reach(time) || atEnd) output.writeFields(analysis);
+      if (fields.reach(time) || atEnd) {
+        output.writeFields(analysis);
+        if (ranks_.isRoot() && ending != Ending::Distorted)
+          problems_.check(time, analysis.fields(), analysis.energies(), output.energy().relative());
+      }
       showProgress(analysis, output);
     }
     return ending;
@@ -131,18 +145,22 @@ private:
     if (ending == Ending::Distorted) course.reportDistortion(analysis.ownDistortedElements());
     course.reportEnding(ending, reason);
     course.end();
+    const std::filesystem::path database = host::diagnosticDatabase();
+    reportProblems();
     if (ending == Ending::Killed) {
       message("Warning", "%S", {reason});
       endAnalysis(GLO_EXIT_PHASE_COMPLETE);
       closeJobFiles();
+      showProblems(database);
       return reportInterruption(analysis, output);
     }
     message("Error", "%S", {reason});
     if (ending != Ending::Stopped || !host::threadError())
       endAnalysis(GLO_EXIT_ERRORS); // otherwise the kernel has ended it
     closeJobFiles();
+    showProblems(database);
     if (ranks_.isRoot()) reportError(reason + "; what was computed is in " + output.leftovers());
-    return exitEndedEarly;
+    return ending == Ending::Failed ? exitNothingLeft : exitEndedEarly;
   }
 
   ExitCode reportInterruption(const Analysis& analysis, const Output& output) const {
@@ -150,6 +168,23 @@ private:
       reportError(describeEnding(Ending::Killed, analysis, definition_, firstIncrement_) +
                   "; what was computed is in " + output.leftovers());
     return exitInterrupted;
+  }
+
+  void endJob(const Analysis& analysis, const Output& output) {
+    reportProblems();
+    message("Note", "The analysis is complete after %S increments; its energy balance is off by %R of the energy.",
+            {std::to_string(analysis.progress().increment)}, {output.energy().relative()});
+    endAnalysis(GLO_EXIT_PHASE_COMPLETE);
+    host::closeJob();
+  }
+
+  // In the message file, while it is open; afterwards to the user.
+  void reportProblems() const {
+    for (const std::string& line : problems_.lines()) message("Warning", "%S", {line});
+  }
+  void showProblems(const std::filesystem::path& database) {
+    for (const std::string& line : problems_.lines()) terminal_.line("problem: " + line);
+    if (problems_.found()) terminal_.line("problems one by one: sharedanalysis-diagnostics " + database.string());
   }
 
   void showProgress(const Analysis& analysis, const Output& output) {
@@ -173,6 +208,7 @@ private:
   JobInput input_;
   const Case& definition_;
   const Mesh& mesh_;
+  Problems problems_;
   std::unique_ptr<JobLock> lock_;
   double firstIncrement_ = 0;
   std::vector<std::string> description_;

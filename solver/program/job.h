@@ -9,13 +9,20 @@ namespace sharedanalysis::solver {
 struct JobOptions {
   std::filesystem::path caseFile;
   std::optional<std::filesystem::path> outputDirectory; // instead of the one of the case
-  int threads = 0;                                      // of each rank; 0: OMP_NUM_THREADS, else the cores, of several ranks 1
+  int threads = 0; // of each rank; 0: OMP_NUM_THREADS, else the cores, of several ranks 1
   bool checkOnly = false, quiet = false;
   bool digest = false; // also write hashes of all fields
 };
 
 // Exit codes of the program.
-enum ExitCode { exitComplete = 0, exitInput = 1, exitEndedEarly = 2, exitNotWritten = 3, exitInterrupted = 130 };
+enum ExitCode {
+  exitComplete = 0,
+  exitInput = 1,
+  exitEndedEarly = 2,
+  exitNotWritten = 3,
+  exitNothingLeft = 4,
+  exitInterrupted = 130
+};
 
 // Reports errors on standard error; throws nothing.  The library must be initialised.  Every rank calls it and gets the same
 // code.

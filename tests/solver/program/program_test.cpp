@@ -100,6 +100,7 @@ private:
 
 TEST_F(ProgramTest, CommandLine) {
   writeCase();
+  writeFile("in/endless.toml", replaced(readFile("in/bar.toml"), "0.05", "1e19"));
   const struct {
     Strings arguments;
     const char* answer;
@@ -110,6 +111,7 @@ TEST_F(ProgramTest, CommandLine) {
       {{"in/bar.toml", "--threads", "0"}, "--threads: Value 0 not in range 1 to 1024"},
       {{"in/bar.toml", "--threads", "many"}, "--threads: Value many not in range"},
       {{"in/bar.toml", "--output"}, "--output"},
+      {{"in/endless.toml"}, "in/endless.toml: end_time is 1e+19 s, which increments of 0.00"},
       {{"in/none.toml"}, "in/none.toml: cannot be opened: No such file or directory"},
   };
   for (const auto& mistake : mistakes) {
@@ -359,7 +361,8 @@ TEST_F(CompleteRun, MessageAndStatusFile) {
   EXPECT_TRUE(contains(messages, "mesh in/box.msh: 30 nodes, 8 bricks")) << messages;
   EXPECT_TRUE(contains(messages, "***NOTE: The analysis is complete after " + increment + " increments")) << messages;
   const Strings status = linesOf(readFile("out/bar.sta"));
-  ASSERT_EQ(status.size(), 6U) << "the step, four times of fields, the end";
+  ASSERT_EQ(status.size(), 7U) << "the step, four times of fields, so few bricks across, the end";
+  EXPECT_TRUE(status[5].starts_with("Warning message=the hourglass energy reached ")) << status[5];
   EXPECT_EQ(status.front(), "Step EXPLICIT DYNAMICS, JOB bar");
   EXPECT_TRUE(status[1].starts_with("Status increment 0 time 0.00000e+00 ")) << status[1];
   EXPECT_TRUE(status[4].starts_with("Status increment " + increment + " time 5.00000e-02 ")) << status[4];
@@ -369,16 +372,19 @@ TEST_F(CompleteRun, MessageAndStatusFile) {
 TEST_F(ProgramTest, CollapsedRunsLeavePartialResults) {
   const struct {
     const char *speed, *control, *reason;
+    int code = 2;
   } cases[] = {
       {"-1000", "0.05\nlinear_viscosity = 0\nquadratic_viscosity = 0", "distorted beyond computing at time 0.00"},
       {"-100", "0.05\nsmallest_increment_ratio = 0.8", "the stable increment fell to 0.00"},
       {"-1e200", "0.05", "is no longer a finite number at time"},
+      {"-1]\nrate = 5\nprofile_length = 8 # ", "0.05\n[material.failure]\nd1 = 1e-9",
+       "every brick has failed at time 0.0", 4},
   };
   for (const auto& c : cases) {
     writeCase("-1]", c.speed + std::string("]"));
     writeFile("in/bar.toml", replaced(readFile("in/bar.toml"), "0.05", c.control));
     writeStaleResults();
-    const Outcome outcome = run({"in/bar.toml", "-o", "out", "-q"}, 2);
+    const Outcome outcome = run({"in/bar.toml", "-o", "out", "-q"}, c.code);
     expectPartialResults(outcome, c.reason, "Aborted");
     EXPECT_TRUE(contains(outcome.err, "out/bar.exo.partial")) << outcome.err;
     if (&c != cases) continue;

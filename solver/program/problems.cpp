@@ -1,0 +1,119 @@
+#include "solver/program/problems.h"
+
+#include "acd.h"
+#include "diagnostic_codes.h"
+#include "solver/model/text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace sharedanalysis::solver {
+namespace {
+
+namespace codes = host::codes;
+
+// Beyond these a result deserves a look.
+constexpr double kHourglassShare = 0.1, kEnergyShare = 0.05; // of the strain energy, of the largest energy
+constexpr double kSmallestAngle = 20, kLargestAspect = 20;   // degrees from 0 or 180; longest to shortest edge
+
+constexpr double kDegree = std::numbers::pi / 180;
+
+struct Shape {
+  double angle = 90; // the corner angle that is the furthest from 90 degrees
+  double aspect = 1;
+};
+
+// Of the 24 angles between edges that meet in a corner, and of the 12 edges.
+Shape shapeOf(const Mesh& mesh, size_t element) {
+  static constexpr int kNext[8][3] = {{1, 3, 4}, {2, 0, 5}, {3, 1, 6}, {0, 2, 7},
+                                      {7, 5, 0}, {4, 6, 1}, {5, 7, 2}, {6, 4, 3}};
+  using Vector = std::array<double, 3>;
+  const int32_t* nodes = &mesh.connectivity[8 * element];
+  const auto edge = [&](int from, int to) {
+    Vector v;
+    for (size_t c = 0; c < 3; ++c)
+      v[c] = mesh.coordinates[3 * static_cast<size_t>(nodes[to]) + c] -
+             mesh.coordinates[3 * static_cast<size_t>(nodes[from]) + c];
+    return v;
+  };
+  const auto dot = [](const Vector& a, const Vector& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; };
+  Shape shape;
+  double shortest = HUGE_VAL, longest = 0;
+  for (int corner = 0; corner < 8; ++corner) {
+    Vector edges[3];
+    double lengths[3];
+    for (int k = 0; k < 3; ++k) {
+      edges[k] = edge(corner, kNext[corner][k]);
+      lengths[k] = std::sqrt(dot(edges[k], edges[k]));
+      shortest = std::min(shortest, lengths[k]);
+      longest = std::max(longest, lengths[k]);
+    }
+    for (int k = 0; k < 3; ++k) {
+      const int l = (k + 1) % 3;
+      const double cosine = std::clamp(dot(edges[k], edges[l]) / (lengths[k] * lengths[l]), -1.0, 1.0);
+      const double angle = std::acos(cosine) / kDegree;
+      if (std::abs(angle - 90) > std::abs(shape.angle - 90)) shape.angle = angle;
+    }
+  }
+  shape.aspect = longest / shortest;
+  return shape;
+}
+
+void record(int32_t code, std::initializer_list<double> reals, const int32_t* element) {
+  acd_warning_xpl_c(code, 0, nullptr, reals.begin(), nullptr, nullptr, element);
+}
+
+std::string percent(double share) { return shortNumber(100 * share) + " %"; }
+
+} // namespace
+
+void Problems::checkMesh() {
+  for (size_t e = 0; e < static_cast<size_t>(mesh_.elements()); ++e) {
+    const Shape shape = shapeOf(mesh_, e);
+    if (std::abs(shape.angle - 90) <= 90 - kSmallestAngle && shape.aspect <= kLargestAspect) continue;
+    if (distorted_++ == 0) firstDistorted_ = mesh_.elementNumbers[e];
+    const auto number = static_cast<int32_t>(mesh_.elementNumbers[e]);
+    record(codes::DistortedAtStart, {shape.angle, shape.aspect}, &number);
+  }
+}
+
+void Problems::check(double time, const Fields& fields, const Energies& energies, double energyError) {
+  failed_.resize(fields.mask.size());
+  for (size_t e = 0; e < failed_.size(); ++e) {
+    if (fields.mask[e] == 0.0 || failed_[e]) continue;
+    failed_[e] = 1;
+    if (failures_++ == 0) firstFailed_ = mesh_.elementNumbers[e], failureTime_ = time;
+    const auto number = static_cast<int32_t>(mesh_.elementNumbers[e]);
+    record(codes::ElementDeleted, {}, &number);
+  }
+  const double share = energies.strain > 0 ? energies.hourglass / energies.strain : 0;
+  // of a model that hardly deforms both are rounding errors
+  if (share > kHourglassShare && energies.hourglass > 1e-3 * energies.total()) {
+    if (hourglassTime_ == 0) record(codes::HourglassEnergyLarge, {share}, nullptr);
+    if (share > hourglass_) hourglass_ = share, hourglassTime_ = time;
+  }
+  if (energyError > kEnergyShare) {
+    if (energyTime_ == 0) record(codes::EnergyErrorLarge, {energyError, kEnergyShare}, nullptr);
+    if (energyError > energyError_) energyError_ = energyError, energyTime_ = time;
+  }
+}
+
+std::vector<std::string> Problems::lines() const {
+  std::vector<std::string> lines;
+  const auto at = [](double time) { return " at " + shortNumber(time) + " s"; };
+  if (distorted_ > 0)
+    lines.push_back(counted(distorted_, "brick") + " distorted at the start, the first is number " +
+                    std::to_string(firstDistorted_));
+  if (failures_ > 0)
+    lines.push_back(counted(failures_, "brick") + " of " + std::to_string(failed_.size()) +
+                    " failed, the first is number " + std::to_string(firstFailed_) + ", by " +
+                    shortNumber(failureTime_) + " s");
+  if (hourglass_ > 0)
+    lines.push_back("the hourglass energy reached " + percent(hourglass_) + " of the strain energy" +
+                    at(hourglassTime_));
+  if (energyError_ > 0) lines.push_back("the energy balance was off by " + percent(energyError_) + at(energyTime_));
+  return lines;
+}
+
+} // namespace sharedanalysis::solver

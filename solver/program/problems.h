@@ -1,0 +1,34 @@
+// What a user must know of a run that came to its end: bricks that failed or were bad from the start, energies that say that the
+// results are not what they look like.
+#pragma once
+
+#include "solver/analysis/analysis.h"
+
+#include <string>
+#include <vector>
+
+namespace sharedanalysis::solver {
+
+// Kept by the root, which has fields and energies; every problem also goes to the diagnostics.
+class Problems {
+public:
+  explicit Problems(const Mesh& mesh) : mesh_(mesh) {}
+
+  // Bricks whose corners are far from right angles, or with edges of very different length.
+  void checkMesh();
+  // At the times of fields: what failed since the last ones, and energies; `energyError` relative to the largest energy.
+  void check(double time, const Fields& fields, const Energies& energies, double energyError);
+
+  bool found() const { return !lines().empty(); }
+  // One line a kind of problem, for the end of the run.
+  std::vector<std::string> lines() const;
+
+private:
+  const Mesh& mesh_;
+  std::vector<char> failed_; // by element
+  size_t distorted_ = 0, failures_ = 0;
+  int64_t firstDistorted_ = 0, firstFailed_ = 0; // numbers of the mesh
+  double failureTime_ = 0, hourglass_ = 0, hourglassTime_ = 0, energyError_ = 0, energyTime_ = 0;
+};
+
+} // namespace sharedanalysis::solver
