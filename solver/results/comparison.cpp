@@ -1,5 +1,6 @@
 #include "solver/results/comparison.h"
 
+#include "solver/input/apart.h"
 #include "solver/model/text.h"
 #include "solver/results/digest.h"
 
@@ -183,12 +184,12 @@ std::string placeOf(std::size_t output, const OutputDigest& digest) {
 }
 
 // The first value of an array that differs, from the fields of both runs: "displacement_z of node 17 is 1 (...) in a and
-// 2 (...) in b".
-std::optional<std::string> firstValue(const Run& a, const Run& b, std::size_t output, const FieldName& name) {
+// 2 (...) in b".  Empty when they do not show it.
+std::string findValue(const Run& a, const Run& b, std::size_t output, const FieldName& name) {
   const FieldReader readers[2] = {FieldReader(fieldsBeside(a.digestFile)), FieldReader(fieldsBeside(b.digestFile))};
   const auto mine = readers[0].read(output, a.digest.outputs[output].time, name);
   const auto theirs = readers[1].read(output, b.digest.outputs[output].time, name);
-  if (mine.empty() || theirs.empty() || mine[0].size() != theirs[0].size()) return std::nullopt;
+  if (mine.empty() || theirs.empty() || mine[0].size() != theirs[0].size()) return {};
   for (std::size_t entity = 0; entity < mine[0].size(); ++entity)
     for (std::size_t c = 0; c < mine.size(); ++c) {
       const double one = mine[c][entity], other = theirs[c][entity];
@@ -198,7 +199,22 @@ std::optional<std::string> firstValue(const Run& a, const Run& b, std::size_t ou
         text += " of " + entityWord(name.entity) + " " + std::to_string(readers[0].numbers(name.entity)[entity]);
       return text + " is " + withBits(one) + " in " + a.name() + " and " + withBits(other) + " in " + b.name();
     }
-  return std::nullopt;
+  return {};
+}
+
+// Fields may be damaged in ways that their library does not bear: they are read by a process of its own.
+std::optional<std::string> firstValue(const Run& a, const Run& b, std::size_t output, const FieldName& name) {
+  const fs::path mine = fieldsBeside(a.digestFile), theirs = fieldsBeside(b.digestFile);
+  if (mine.empty() || theirs.empty()) return std::nullopt;
+  try {
+    const std::vector<char> found =
+        runApart(mine, "Exodus II", [&](Sink& sink) { sink.put(findValue(a, b, output, name)); });
+    std::string text;
+    Source(found).take(text);
+    return text.empty() ? std::nullopt : std::optional(text);
+  } catch (const InputError&) {
+    return std::nullopt;
+  }
 }
 
 // Without fields: the first chunk whose hashes differ.
@@ -208,7 +224,7 @@ std::string firstChunk(const Run& a, const ArrayDigest& one, const ArrayDigest& 
   const auto at = std::mismatch(one.chunks.begin(), one.chunks.end(), other.chunks.begin()).first - one.chunks.begin();
   const Chunk& chunk = a.digest.chunksOf(entity)[static_cast<std::size_t>(at)];
   return "a value of " + entityWord(entity) + "s " + std::to_string(chunk.first) + " to " + std::to_string(chunk.last) +
-         " differs; the fields that would show it are not beside both digests";
+         " differs; the fields that would show it are not beside both digests or cannot be read";
 }
 
 std::vector<std::string> differingArrays(const OutputDigest& a, const OutputDigest& b) {
