@@ -21,6 +21,7 @@
 #include <csignal>
 #include <limits>
 #include <memory>
+#include <sys/resource.h>
 
 namespace sharedanalysis::solver {
 namespace {
@@ -46,6 +47,7 @@ public:
     description_ = describe(definition_, mesh_, ranks_, input_.threads, firstIncrement_);
     for (const std::string& line : description_) terminal_.line(line);
     if (options_.checkOnly) {
+      showCosts(analysis);
       terminal_.line("the input is sound; nothing was run");
       return exitComplete;
     }
@@ -70,6 +72,25 @@ private:
     } catch (const InputError& error) {
       throw InputError(definition_.file.string() + ", mesh " + definition_.meshFile.string() + ": " + error.what());
     }
+  }
+
+  // What the run will take, from its first increments.
+  void showCosts(Analysis& analysis) {
+    constexpr int kTried = 5;
+    const Clock::time_point start = Clock::now();
+    analysis.advanceTo(definition_.endTime, kTried);
+    const std::chrono::duration<double> seconds = Clock::now() - start;
+    const double increments = std::max(1.0, std::ceil(definition_.endTime / firstIncrement_));
+    const double tried = static_cast<double>(std::max<int64_t>(analysis.progress().increment, 1));
+    const double times = std::ceil(definition_.endTime / definition_.outputInterval) + 1;
+    const std::string time = clockText(seconds.count() / tried * increments);
+    rusage used{};
+    getrusage(RUSAGE_SELF, &used);
+    constexpr double kMega = 1e6, kUnitOfMemory = 1024; // bytes
+    terminal_.line("about " + shortNumber(increments) + " increments if the first one stays as it is, " + time +
+                   (time.size() > 5 ? " h, " : " min, ") +
+                   shortNumber(static_cast<double>(used.ru_maxrss) * kUnitOfMemory / kMega) + " MB of memory, " +
+                   shortNumber(sizeOfFields(mesh_, times) / kMega) + " MB of fields");
   }
 
   ExitCode analyse(Analysis& analysis) {

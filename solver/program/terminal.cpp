@@ -59,7 +59,7 @@ void Terminal::progress(const State& state) {
   const double done = state.time / state.endTime;
   // tolerate a rounding error just below a tenth
   const int percent = static_cast<int>(100 * done + 1e-9);
-  const std::string text = padded(std::to_string(percent), 3) + " %  time " + padded(shortNumber(state.time), 9) +
+  std::string text = padded(std::to_string(percent), 3) + " %  time " + padded(shortNumber(state.time), 9) +
                            " s  increment " + std::to_string(state.increment) + "  step " +
                            shortNumber(state.stableIncrement) + " s  energy error " +
                            shortNumber(100 * state.energyError) + " %";
@@ -70,8 +70,12 @@ void Terminal::progress(const State& state) {
     put(text + '\n');
     return;
   }
-  // the bar fills the rest of the line, up to 40 characters; on a narrow terminal the text is cut
-  const std::size_t room = columns() - 1, used = text.size() + left.size() + 3;
+  // what does not fit goes, the least first; the bar fills the rest of the line, up to 40 characters
+  const std::size_t room = columns() - 1;
+  const std::string brief[] = {text.substr(0, text.find("  step")), text.substr(0, text.find("  increment"))};
+  for (const std::string& shorter : brief)
+    if (text.size() + left.size() > room) text = shorter;
+  const std::size_t used = text.size() + left.size() + 3;
   const std::size_t length = std::min<std::size_t>(room > used ? room - used : 0, 40);
   std::string bar;
   if (length >= 5) {

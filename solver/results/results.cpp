@@ -53,6 +53,14 @@ bool isNodeSet(const Group& group) { return group.dimension < 3 && !group.nodes.
 
 } // namespace
 
+double sizeOfFields(const Mesh& mesh, double times) {
+  const auto values = [](Entity entity) { return static_cast<double>(variablesOf(entity).size()); };
+  const double ofElement = values(Entity::Element) + static_cast<double>(derivedFieldNames.size());
+  constexpr double kModelOfNode = 3 + 1, kModelOfElement = 8; // coordinates and numbers, corners
+  return sizeof(double) * (mesh.nodes() * (kModelOfNode + times * values(Entity::Node)) +
+                           mesh.elements() * (kModelOfElement + times * ofElement));
+}
+
 ResultsFile::ResultsFile(const std::filesystem::path& name, const Mesh& mesh, const Case& definition,
                          const std::vector<std::string>& info)
     : file_(name), mesh_(mesh) {

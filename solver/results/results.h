@@ -13,6 +13,9 @@ namespace sharedanalysis::solver {
 // variables are displacement, velocity and reaction (_x _y _z), element variables stress (_xx _yy _zz _xy _yz _xz),
 // strain_energy_density, mask and the derived fields, global variables the energies.  Everything is in double precision.  The file can be
 // opened by a viewer after every write.  All members throw WriteError.
+// Bytes of a file of fields with so many output times, without its head.
+double sizeOfFields(const Mesh& mesh, double times);
+
 class ResultsFile {
 public:
   // info: lines that go into the file as they are, cut to 80 characters.  The mesh outlives the file.

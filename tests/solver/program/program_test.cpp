@@ -137,6 +137,7 @@ TEST_F(ProgramTest, CheckWritesNothing) {
   EXPECT_EQ(readFile("out/bar.exo"), "stale");
   const Outcome example = run({SA_EXAMPLES "/twisting_column/column.toml", "--check"}, 0, twoThreads);
   EXPECT_TRUE(contains(example.out, "7381 nodes, 6000 bricks")) << example.out;
+  EXPECT_TRUE(contains(example.out, "about 1274 increments") && contains(example.out, " MB of fields")) << example.out;
 }
 
 TEST_F(ProgramTest, PlainLinesForAFile) {
