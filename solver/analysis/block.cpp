@@ -71,7 +71,7 @@ Block::Outcome Block::evaluate(const std::vector<double>& x, const std::vector<d
   points_.respond(w.V.data(), w.F.data(), lastIncrement, stress_.data(), w.bound.data(), w.bulk.data(), w.material);
   points_.remember();
   if (material_->failure) fail(x, lastIncrement, w);
-  if (material_->model->isUser()) remove(x, w);
+  if (material_->model->isUser()) remove(x, lastIncrement, w);
   // a brick whose mean deformation has no volume is masked like an inverted one
   const std::vector<double>& flag = points_.flag();
   for (int32_t e = 0; e < n_; ++e) mask_[e] = flag[e] != 0.0 ? 1.0 : mask_[e];
@@ -106,22 +106,33 @@ void Block::fail(const std::vector<double>& x, double lastIncrement, BlockWork& 
                           &f.d1, &f.d2, &d3, &f.d4, &f.d5, &f.melting, &f.transition, &perReference);
   for (int32_t e = 0; e < n_; ++e) w.rate[e] = w.power[e] > 0.0 ? w.rate[e] * lastIncrement : 0.0;
   SPX_MAT_DUCTSHRFAILUREEXP(&n_, &n_, list, omega_.data(), w.rate.data(), w.failureStrain.data());
-  remove(x, w);
+  remove(x, lastIncrement, w);
 }
 
-// Takes out the bricks whose material has failed.
-void Block::remove(const std::vector<double>& x, BlockWork& w) {
+// Takes out the bricks whose material has failed.  The force of such a brick falls to nothing in this increment: half of the
+// work that it would have done is not done, and the brick does not hold it.
+void Block::remove(const std::vector<double>& x, double lastIncrement, BlockWork& w) {
   const auto isFailed = [this](int32_t e) { return mask_[e] == 0.0 && (omega_[e] >= 1.0 || points_.isDeleted(e)); };
   bool any = false;
   for (int32_t e = 0; e < n_; ++e) any = any || isFailed(e);
   if (!any) return;
   double stored[kBlockLength], spring[kBlockLength], damage[kBlockLength];
   energies(x, w, stored, spring, damage);
+  constexpr double kNoViscousStress[kBlockLength] = {};
+  nodalForces({n_, ld_, w.x.data(), B0_.data(), gamma0_.data(), w.B.data(), w.vol.data(), kNoViscousStress,
+               w.cofactors.data(), stress_.data(), V0_.data(), hourglass_.data(), mask_.data()},
+              w.work.data(), w.force.data());
+  for (int32_t e = 0; e < n_; ++e) {
+    if (!isFailed(e)) continue;
+    double power = 0;
+    for (int32_t c = 0; c < 3; ++c)
+      for (int32_t node = 0; node < 8; ++node)
+        power += w.force[static_cast<size_t>(8 * (c * n_ + e) + node)] *
+                 w.velocity[static_cast<size_t>((8 * c + node) * ld_ + e)];
+    lostEnergy_[e] = stored[e] * V0_[e] + spring[e] + damage[e] - 0.5 * lastIncrement * power;
+  }
   for (int32_t e = 0; e < n_; ++e)
-    if (isFailed(e)) {
-      failed_[e] = mask_[e] = 1.0;
-      lostEnergy_[e] = stored[e] * V0_[e] + spring[e] + damage[e];
-    }
+    if (isFailed(e)) failed_[e] = mask_[e] = 1.0;
 }
 
 void Block::energies(const std::vector<double>& x, BlockWork& w, double* strainDensity, double* hourglass,

@@ -55,7 +55,7 @@ public:
 private:
   void stretch(const std::vector<double>& x, BlockWork& work) const;
   void fail(const std::vector<double>& x, double lastIncrement, BlockWork& work);
-  void remove(const std::vector<double>& x, BlockWork& work);
+  void remove(const std::vector<double>& x, double lastIncrement, BlockWork& work);
 
   int32_t n_, ld_;
   std::vector<int32_t> bricks_;

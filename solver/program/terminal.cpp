@@ -60,9 +60,9 @@ void Terminal::progress(const State& state) {
   // tolerate a rounding error just below a tenth
   const int percent = static_cast<int>(100 * done + 1e-9);
   std::string text = padded(std::to_string(percent), 3) + " %  time " + padded(shortNumber(state.time), 9) +
-                           " s  increment " + std::to_string(state.increment) + "  step " +
-                           shortNumber(state.stableIncrement) + " s  energy error " +
-                           shortNumber(100 * state.energyError) + " %";
+                     " s  increment " + std::to_string(state.increment) + "  step " +
+                     shortNumber(state.stableIncrement) + " s  energy error " + shortNumber(100 * state.energyError) +
+                     " %";
   const std::string left = state.time > 0 && done < 1 ? "  " + timeLeft(state) + " left" : "";
   if (!live_) {
     if (percent < 10 * nextTenth_) return;
