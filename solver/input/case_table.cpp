@@ -123,6 +123,15 @@ bool Table::isArray(const char* key) const {
 
 std::string Table::place(const char* key) const { return content_->place(key); }
 
+std::string Table::place(const char* key, std::size_t number) const {
+  const toml::node* node = content_->array(key, "").get(number);
+  return node ? placeOf(content_->file, node->source()) : place(key);
+}
+
+std::filesystem::path Table::besideCase(const std::filesystem::path& path) const {
+  return std::filesystem::path(content_->file).parent_path() / path;
+}
+
 void Table::fail(const char* key, const std::string& text) const { content_->fail(key, text); }
 
 void Table::allowArrays(std::size_t count, std::function<double(const std::vector<double>&)> pick) {
@@ -202,15 +211,15 @@ std::vector<Table> Table::tables(const char* key, const Names& keys) const {
   return result;
 }
 
-std::string readText(const std::filesystem::path& file) {
+std::string readText(const std::filesystem::path& file, const std::string& expected) {
   std::error_code unknown;
   const std::filesystem::file_status status = std::filesystem::status(file, unknown);
   if (!unknown && std::filesystem::is_other(status)) // it would be waited for
-    throw InputError(file.string() + ": is a pipe or a device, expected a case file");
+    throw InputError(file.string() + ": is a pipe or a device, expected " + expected);
   errno = 0;
   std::ifstream stream(file, std::ios::binary);
   if (!stream) throw InputError(file.string() + ": cannot be opened: " + std::strerror(errno));
-  if (std::filesystem::is_directory(file)) throw InputError(file.string() + ": is a directory, expected a case file");
+  if (std::filesystem::is_directory(file)) throw InputError(file.string() + ": is a directory, expected " + expected);
   std::ostringstream text;
   text << stream.rdbuf();
   return text.str();

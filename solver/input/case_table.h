@@ -31,6 +31,10 @@ public:
 
   // The place of a value, or of the table if it has no such key.
   std::string place(const char* key = nullptr) const;
+  // The place of a number of an array, from 0 on.
+  std::string place(const char* key, std::size_t number) const;
+  // A path of the case as seen from the folder of its file.
+  std::filesystem::path besideCase(const std::filesystem::path& path) const;
 
   [[noreturn]] void fail(const char* key, const std::string& text) const;
 
@@ -61,6 +65,6 @@ private:
 };
 
 // The contents of a file.  Throws InputError if it cannot be read.
-std::string readText(const std::filesystem::path& file);
+std::string readText(const std::filesystem::path& file, const std::string& expected = "a case file");
 
 } // namespace sharedanalysis::solver

@@ -11,18 +11,38 @@ namespace {
 
 using namespace sharedanalysis::solver;
 
-void run(const std::filesystem::path& file, const std::filesystem::path& directory) {
-  PathCase definition = readPathCase(file);
-  if (!directory.empty()) definition.outputDirectory = directory;
-  std::filesystem::create_directories(definition.outputDirectory);
-  sharedanalysis::host::openJob(definition.job, definition.outputDirectory); // a kernel may have something to say
+void describe(const PathCase& definition) {
   std::cout << printable(definition.title) << '\n';
   for (const Material& material : definition.materials) {
     const double G = material.shearModulus(), K = material.bulkModulus();
     std::cout << "material " << printable(material.name) << ": shear modulus " << shortNumber(G / 1e6)
               << " MPa, bulk modulus " << shortNumber(K / 1e6) << " MPa, Poisson's ratio "
               << shortNumber((3 * K - 2 * G) / (2 * (3 * K + G))) << " at small strain\n";
+    for (const std::string& curve : describeCurves(material)) std::cout << "  " << printable(curve) << '\n';
   }
+}
+
+// What was understood of the paths; the library is asked whether it takes the data of user materials.
+void check(const PathCase& definition) {
+  describe(definition);
+  for (const MaterialPath& path : definition.paths) {
+    checkData(definition.materials[path.material]);
+    std::cout << "path " << printable(path.name) << ": " << modeNames()[static_cast<std::size_t>(path.mode)] << ", "
+              << counted(path.turns.size(), "leg") << " of " << counted(static_cast<std::size_t>(path.steps), "step")
+              << ", material " << printable(definition.materials[path.material].name);
+    if (!path.data.stretch.empty()) std::cout << ", " << counted(path.data.stretch.size(), "point") << " of a test";
+    std::cout << '\n';
+  }
+  std::cout << "the input is sound; nothing was run\n";
+}
+
+void run(const std::filesystem::path& file, const std::filesystem::path& directory, bool checkOnly) {
+  PathCase definition = readPathCase(file);
+  if (checkOnly) return check(definition);
+  if (!directory.empty()) definition.outputDirectory = directory;
+  std::filesystem::create_directories(definition.outputDirectory);
+  sharedanalysis::host::openJob(definition.job, definition.outputDirectory); // a kernel may have something to say
+  describe(definition);
   std::vector<std::vector<PathPoint>> results;
   for (const MaterialPath& path : definition.paths) {
     results.push_back(follow(path, definition.materials[path.material]));
@@ -45,6 +65,8 @@ int main(int argc, char** argv) {
   CLI::App app("Leads one point of a material along the paths of tests", "sharedanalysis-material");
   app.add_option("CASE", file, "Case file with [[material]] and [[path]] tables")->required();
   app.add_option("-o,--output", directory, "Directory of the results");
+  bool checkOnly = false;
+  app.add_flag("--check", checkOnly, "Read and check the input, show what was understood, write nothing");
   app.footer("Exit codes: 0 done, 1 something cannot be written, 2 the case is wrong or a path cannot be followed.");
   app.set_version_flag("--version", "sharedanalysis-material " SHAREDANALYSIS_VERSION);
   try {
@@ -55,7 +77,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   try {
-    run(file, directory);
+    run(file, directory, checkOnly);
     return 0;
   } catch (const InputError& error) {
     std::cerr << "error: " << printable(error.what()) << '\n';

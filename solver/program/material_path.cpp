@@ -2,6 +2,7 @@
 
 #include "glo.h"
 #include "reference_host.h"
+#include "solver/input/columns.h"
 #include "solver/input/material_reader.h"
 #include "solver/model/materials.h"
 #include "solver/model/user_materials.h"
@@ -228,11 +229,8 @@ MaterialPath readPath(const Table& table, const std::vector<Material>& materials
   path.steps = static_cast<int>(table.real("steps", stepCount, "", path.steps));
   path.stepTime = table.real("step_time", positive, "s", path.stepTime);
   if (table.has("data")) {
-    const Table data = table.table("data", {"stretch", "stress"});
-    path.data = {data.reals("stretch", ""), data.reals("stress", "Pa")};
-    if (path.data.stretch.size() != path.data.stress.size())
-      data.fail("stress", "stress has " + counted(path.data.stress.size(), "number") + " and stretch has " +
-                              std::to_string(path.data.stretch.size()) + ", expected as many of both");
+    Columns data(table.table("data", {"stretch", "stress", "file"}), {{"stretch", ""}, {"stress", "Pa"}});
+    path.data = {data.take(0), data.take(1)};
   }
   return path;
 }
