@@ -191,6 +191,22 @@ Names Table::texts(const char* key, const std::string& expected) const {
   return values;
 }
 
+std::string Table::written(const char* name, const std::map<std::string, std::vector<double>>& numbers) const {
+  toml::table copy = *content_->values;
+  for (const auto& [key, values] : numbers) {
+    if (!isArray(key.c_str())) {
+      copy.insert_or_assign(key, values.front());
+      continue;
+    }
+    toml::array all;
+    for (const double value : values) all.push_back(value);
+    copy.insert_or_assign(key, std::move(all));
+  }
+  std::ostringstream text;
+  text << toml::table{{name, toml::array{std::move(copy)}}} << '\n';
+  return text.str();
+}
+
 Table Table::table(const char* key, const Names& keys) const {
   static const toml::table none;
   const toml::node* node = content_->values->get(key);

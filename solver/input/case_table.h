@@ -8,6 +8,7 @@
 #include <array>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -49,6 +50,9 @@ public:
   std::string text(const char* key) const;
   std::string text(const char* key, const std::string& otherwise) const;
   Names texts(const char* key, const std::string& expected) const;
+
+  // The table as text under [[name]], with other numbers: `numbers` has all of an array, or the one of a key.
+  std::string written(const char* name, const std::map<std::string, std::vector<double>>& numbers) const;
 
   // [name]; an empty table if there is none.
   Table table(const char* key, const Names& keys) const;

@@ -291,9 +291,13 @@ bool Material::isDamped() const {
 bool Material::isSheet() const { return model->isUser() && userModelOf(userName)->isSheet; }
 
 void checkData(const Material& material) {
-  if (material.model->isUser() && !UserPoints(material, 1).isAccepted())
-    throw InputError("material \"" + material.name + "\": " + textOf(host::lastError()) +
-                     (material.hasCurveTables ? " (a number counts the numbers of rows as well)" : ""));
+  if (!material.model->isUser() || UserPoints(material, 1).isAccepted()) return;
+  std::string said = textOf(host::lastError());
+  // curves as tables leave the numbers of rows out, where the library counts them
+  const std::vector<std::size_t> scalars = scalarsOf(*userModelOf(material.userName));
+  if (material.hasCurveTables && said.starts_with("Property") && scalars.back() >= scalars.size())
+    said += " (counted with the numbers of rows, as the declaration does)";
+  throw InputError("material \"" + material.name + "\": " + said);
 }
 
 UserPoints::UserPoints(const Material& material, int32_t n)
