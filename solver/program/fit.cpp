@@ -16,6 +16,8 @@ namespace {
 constexpr double kFailed = 1e6;
 // Relative residuals are those of a stress that is at least this part of the largest of its path.
 constexpr double kSmallestPart = 0.01;
+// Derivatives for standard errors are taken by this part of a constant.
+constexpr double kPart = 1e-4;
 // Squares of residuals, each, of data that a model meets.
 constexpr double kExact = 1e-18;
 
@@ -369,7 +371,7 @@ private:
     for (std::size_t k = 0; k < values.size(); ++k) {
       const FitConstant& c = case_.free[k];
       sizes.push_back(values[k] != 0 ? std::abs(values[k]) : sizeOf(c, c.low));
-      const double margin = std::min(2e-5 * sizes[k], 0.25 * (c.range.high - c.range.low));
+      const double margin = std::min(2 * kPart * sizes[k], 0.25 * (c.range.high - c.range.low));
       inside[k] = std::clamp(values[k], c.range.low + margin, c.range.high - margin);
     }
     const LeastSquares problem = problemOf(values.size(), [&](const std::vector<double>& x) {
@@ -378,7 +380,7 @@ private:
       return at;
     });
     for (std::size_t k = 0; k < inside.size(); ++k) inside[k] /= sizes[k];
-    const std::vector<double> J = problem.derivatives(inside, std::vector<double>(values.size(), 6e-6));
+    const std::vector<double> J = problem.derivatives(inside, std::vector<double>(values.size(), kPart));
     const std::vector<double> parts = variances(J, static_cast<int>(points_), static_cast<int>(values.size()));
     for (std::size_t k = 0; k < values.size(); ++k) {
       const FitConstant& c = case_.free[k];
@@ -425,9 +427,18 @@ private:
       result.notes.push_back(c.name + " is not determined by the data" +
                              (c.error && *c.error > 0 ? ": its standard error is " + shortNumber(*c.error) : ""));
     }
+    if (const double G = result.material.shearModulus(); hasShearTest() && G < 1e-3 * modulus_)
+      result.notes.push_back("the shear modulus without strain has come to " + shortNumber(G) +
+                             " Pa, its limit: the data ask for a softer start than the model may have");
     if (result.starts > 1 && result.reached == 1)
       result.notes.push_back("one of " + std::to_string(result.starts) +
                              " starts alone has led here, more starts may find better");
+  }
+
+  bool hasShearTest() const {
+    return std::any_of(tests_.begin(), tests_.end(), [](const Test& test) {
+      return test.path->mode != Mode::Volumetric && test.path->mode != Mode::Confined;
+    });
   }
 
   // A falling nominal stress is one that the material cannot hold.

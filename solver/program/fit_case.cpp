@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <set>
+#include <string_view>
 
 namespace sharedanalysis::solver {
 namespace {
@@ -104,7 +105,8 @@ Constants freeConstants(const Table& fit, const PathCase& definition, std::size_
                             "\" by number, as free = [\"properties[1]\"]");
     const bool isCompressible = hasVolumeTest(definition, index);
     for (const FitConstant& constant : all)
-      if (table.has(constant.key.c_str()) && (!constant.isReciprocal || isCompressible)) free.push_back(constant);
+      if (table.has(constant.key.c_str()) && (isCompressible || std::string_view(constant.unit) != "1/Pa"))
+        free.push_back(constant);
     if (free.empty())
       fit.fail(nullptr, "no constant of material \"" + material.name + "\" depends on the data, expected free = [...]");
     return free;
