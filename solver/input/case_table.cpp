@@ -123,6 +123,15 @@ bool Table::isArray(const char* key) const {
 
 std::string Table::place(const char* key) const { return content_->place(key); }
 
+std::string Table::place(const char* key, std::size_t number) const {
+  const toml::node* node = content_->array(key, "").get(number);
+  return node ? placeOf(content_->file, node->source()) : place(key);
+}
+
+std::filesystem::path Table::besideCase(const std::filesystem::path& path) const {
+  return std::filesystem::path(content_->file).parent_path() / path;
+}
+
 void Table::fail(const char* key, const std::string& text) const { content_->fail(key, text); }
 
 void Table::allowArrays(std::size_t count, std::function<double(const std::vector<double>&)> pick) {
@@ -182,6 +191,22 @@ Names Table::texts(const char* key, const std::string& expected) const {
   return values;
 }
 
+std::string Table::written(const char* name, const std::map<std::string, std::vector<double>>& numbers) const {
+  toml::table copy = *content_->values;
+  for (const auto& [key, values] : numbers) {
+    if (!isArray(key.c_str())) {
+      copy.insert_or_assign(key, values.front());
+      continue;
+    }
+    toml::array all;
+    for (const double value : values) all.push_back(value);
+    copy.insert_or_assign(key, std::move(all));
+  }
+  std::ostringstream text;
+  text << toml::table{{name, toml::array{std::move(copy)}}} << '\n';
+  return text.str();
+}
+
 Table Table::table(const char* key, const Names& keys) const {
   static const toml::table none;
   const toml::node* node = content_->values->get(key);
@@ -202,15 +227,15 @@ std::vector<Table> Table::tables(const char* key, const Names& keys) const {
   return result;
 }
 
-std::string readText(const std::filesystem::path& file) {
+std::string readText(const std::filesystem::path& file, const std::string& expected) {
   std::error_code unknown;
   const std::filesystem::file_status status = std::filesystem::status(file, unknown);
   if (!unknown && std::filesystem::is_other(status)) // it would be waited for
-    throw InputError(file.string() + ": is a pipe or a device, expected a case file");
+    throw InputError(file.string() + ": is a pipe or a device, expected " + expected);
   errno = 0;
   std::ifstream stream(file, std::ios::binary);
   if (!stream) throw InputError(file.string() + ": cannot be opened: " + std::strerror(errno));
-  if (std::filesystem::is_directory(file)) throw InputError(file.string() + ": is a directory, expected a case file");
+  if (std::filesystem::is_directory(file)) throw InputError(file.string() + ": is a directory, expected " + expected);
   std::ostringstream text;
   text << stream.rdbuf();
   return text.str();

@@ -8,6 +8,7 @@
 #include <array>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -31,6 +32,10 @@ public:
 
   // The place of a value, or of the table if it has no such key.
   std::string place(const char* key = nullptr) const;
+  // The place of a number of an array, from 0 on.
+  std::string place(const char* key, std::size_t number) const;
+  // A path of the case as seen from the folder of its file.
+  std::filesystem::path besideCase(const std::filesystem::path& path) const;
 
   [[noreturn]] void fail(const char* key, const std::string& text) const;
 
@@ -45,6 +50,9 @@ public:
   std::string text(const char* key) const;
   std::string text(const char* key, const std::string& otherwise) const;
   Names texts(const char* key, const std::string& expected) const;
+
+  // The table as text under [[name]], with other numbers: `numbers` has all of an array, or the one of a key.
+  std::string written(const char* name, const std::map<std::string, std::vector<double>>& numbers) const;
 
   // [name]; an empty table if there is none.
   Table table(const char* key, const Names& keys) const;
@@ -61,6 +69,6 @@ private:
 };
 
 // The contents of a file.  Throws InputError if it cannot be read.
-std::string readText(const std::filesystem::path& file);
+std::string readText(const std::filesystem::path& file, const std::string& expected = "a case file");
 
 } // namespace sharedanalysis::solver

@@ -1,6 +1,7 @@
 #include "solver/input/material_reader.h"
 
 #include "material_table.h"
+#include "solver/input/curve_reader.h"
 #include "spx.h"
 
 namespace sharedanalysis::solver {
@@ -93,6 +94,20 @@ void readTestCurve(const Table& table, Material& material) {
   addReciprocals(table, {readNumber(table, material.model->keys[2])}, "D", 1, material);
 }
 
+// With the rows of curves among them, where a model takes curves.
+Properties readProperties(const Table& table, const UserModel& model) {
+  Properties properties = table.reals("properties", "");
+  const std::size_t given = properties.size();
+  if (given < model.properties || (given > model.properties && !model.takesMore))
+    table.fail("properties", "properties has " + counted(given, "number") + ", expected " +
+                                 (model.takesMore ? "at least " : "") + std::to_string(model.properties) + " for " +
+                                 model.key +
+                                 (model.curves.empty()
+                                      ? ""
+                                      : ", or " + std::to_string(scalarsOf(model).size()) + " and [[material.curve]]"));
+  return properties;
+}
+
 void readUser(const Table& table, Material& material) {
   material.userName = table.text("user");
   const UserModel* model = userModelOf(material.userName);
@@ -102,12 +117,8 @@ void readUser(const Table& table, Material& material) {
     table.fail("user", "no user material \"" + material.userName + "\", expected a name that begins with " +
                            joined(keys, ", "));
   }
-  material.constants = table.reals("properties", "");
-  const std::size_t given = material.constants.size();
-  if (given < model->properties || (given > model->properties && !model->takesMore))
-    table.fail("properties", "properties has " + counted(given, "number") + ", expected " +
-                                 (model->takesMore ? "at least " : "") + std::to_string(model->properties) + " for " +
-                                 model->key);
+  material.hasCurveTables = table.has("curve");
+  material.constants = material.hasCurveTables ? readPropertiesAndCurves(table, *model) : readProperties(table, *model);
   material.temperature = readNumber(table, material.model->keys[2]);
   material.length = readNumber(table, material.model->keys[3]);
   if (table.has("mullins")) table.fail("mullins", "mullins does not go with a user material");

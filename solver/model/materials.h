@@ -35,6 +35,7 @@ struct Material {
   std::string userName;                          // of a user material: the key that selects it, and what may follow
   double temperature = 0;                        // of a user material, K
   double length = 1;                             // of a user material: characteristic length of the elements, m
+  bool hasCurveTables = false;                   // of a user material: its case left out the numbers of rows
   std::optional<Mullins> mullins;
   std::optional<DuctileFailure> failure;
 

@@ -83,46 +83,45 @@ Moduli honeycombModuli(const Properties& p) {
 Moduli fabricModuli(const Properties& p) { return {p[6] + p[9], p[6] + p[9]}; }
 Moduli plyModuli(const Properties& p) { return isotropic(std::max(p[0], p[1]), p[2]); }
 
-// ---- the steepest slope of curves of (stress, strain)
+// ---- curves that cases give
 
-double steepest(const double* rows, std::size_t count) {
-  double slope = 0;
-  for (std::size_t r = 1; r < count; ++r)
-    slope = std::max(slope, (rows[2 * r] - rows[2 * r - 2]) / (rows[2 * r + 1] - rows[2 * r - 1]));
-  return slope;
+const std::vector<CurveColumn> kStressStrain{{"stress", "Pa"}, {"strain", ""}};
+const std::vector<CurveColumn> kStressVolume{{"stress", "Pa"}, {"volume_strain", ""}};
+const std::vector<CurveColumn> kStressPlastic{{"stress", "Pa"}, {"plastic_strain", ""}};
+const std::vector<CurveColumn> kFailure{{"strain_tension", ""}, {"strain_compression", ""}, {"rate", "1/s"}};
+const std::vector<CurveColumn> kRateFactor{{"factor", ""}, {"rate", "1/s"}};
+
+// Of the six components from one property on, of which the first must be there.
+std::vector<CurveKind> componentCurves(const std::vector<CurveColumn>& columns, std::size_t countAt, bool byRate) {
+  std::vector<CurveKind> kinds;
+  for (const char* name : {"11", "22", "33", "12", "23", "13"})
+    kinds.push_back({.name = name, .columns = columns, .countAt = countAt++, .byRate = byRate});
+  kinds[0].need = 1;
+  return kinds;
 }
-// Of a family at `at`: `count` rows of rate and number of rows, then the curves; `at` moves behind it.  Numbers that end too
-// early are the library's to refuse.
-double steepestOfFamily(const Properties& p, std::size_t& at, double count) {
-  const auto isRoom = [&p](std::size_t from, double rows) {
-    return rows >= 0 && from <= p.size() && 2 * rows <= static_cast<double>(p.size() - from);
-  };
-  if (!isRoom(at, count)) return 0;
-  const std::size_t rates = at;
-  at += 2 * static_cast<std::size_t>(count);
-  double slope = 0;
-  for (std::size_t k = 0; k < static_cast<std::size_t>(count); ++k) {
-    const double rows = p[rates + 2 * k + 1];
-    if (!isRoom(at, rows)) break;
-    slope = std::max(slope, steepest(&p[at], static_cast<std::size_t>(rows)));
-    at += 2 * static_cast<std::size_t>(rows);
-  }
-  return slope;
+std::vector<CurveKind> honeycombCurves() {
+  std::vector<CurveKind> kinds = componentCurves(kStressVolume, 11, false);
+  kinds.push_back({.name = "rate factor", .columns = kRateFactor, .countAt = 17, .fewest = 1});
+  return kinds;
 }
-double rateSensitiveSlope(const Properties& p) {
-  std::size_t at = 7;
-  return std::max(p[0], steepestOfFamily(p, at, p[6]));
+std::vector<CurveKind> plasticCurves() {
+  return {{.name = "tension", .columns = kStressPlastic, .countAt = 10, .need = 1, .fewest = 1},
+          {.name = "compression", .columns = kStressPlastic, .countAt = 11, .need = 1, .fewest = 1},
+          {.name = "ductile failure", .columns = kFailure, .countAt = 12, .fewest = 1},
+          {.name = "shear failure", .columns = kFailure, .countAt = 13, .fewest = 1},
+          {.name = "rate factor", .columns = kRateFactor, .countAt = 20, .fewest = 1}};
 }
-double fuChangSlope(const Properties& p) {
-  std::size_t at = 6;
-  return std::max(p[0], steepestOfFamily(p, at, p[5]));
+std::vector<CurveKind> fabricCurves() {
+  return {{.name = "loading 1", .columns = kStressStrain, .countAt = 0, .need = 1},
+          {.name = "loading 2", .columns = kStressStrain, .countAt = 1, .need = 2},
+          {.name = "unloading 1", .columns = kStressStrain, .countAt = 2},
+          {.name = "unloading 2", .columns = kStressStrain, .countAt = 3}};
 }
-double orthotropicFuChangSlope(const Properties& p) {
-  std::size_t at = 11;
-  double slope = p[0];
-  for (std::size_t family = 5; family < 11; ++family) slope = std::max(slope, steepestOfFamily(p, at, p[family]));
-  return slope;
+std::vector<CurveKind> compressionCurves(std::size_t countAt) {
+  return {{.name = "compression", .columns = kStressStrain, .countAt = countAt, .byRate = true, .need = 1}};
 }
+
+double foamSlope(const UserModel& model, const Properties& p) { return std::max(p[0], steepestSlope(model, p)); }
 
 // ---- stiffness where the point stands
 
@@ -135,7 +134,7 @@ double ceramicSlope(const UserState& s) { return cubicSlope(s.properties, 13, co
 double concreteSlope(const UserState& s) { return cubicSlope(s.properties, 16, compressionOf(s)); }
 
 // With a change of phase (P1, mu2, K1' K2' K3', mu0 from property 19 on): the compression at which it begins, else none.
-double phaseBegin(const Properties& p) {
+double phaseBegin(const UserModel&, const Properties& p) {
   if (p.size() < 24 || !(p[18] > 0)) return std::numeric_limits<double>::infinity();
   const auto pressure = [&p](double mu) { return mu * (p[13] + mu * (p[14] + mu * p[15])); };
   double low = 0, high = p[19];
@@ -212,13 +211,15 @@ const std::vector<UserModel>& userModels() {
        .properties = 21,
        .takesMore = true,
        .moduli = plasticModuli,
-       .statusAt = 13},
+       .statusAt = 13,
+       .curves = plasticCurves()},
       {.key = "TVK_THERMOPLASTIC",
        .states = 14,
        .properties = 21,
        .takesMore = true,
        .moduli = plasticModuli,
-       .statusAt = 13},
+       .statusAt = 13,
+       .curves = plasticCurves()},
       {.key = "TVK_VISCOUS_FOAM",
        .states = 6,
        .properties = 10,
@@ -229,23 +230,26 @@ const std::vector<UserModel>& userModels() {
        .properties = 7,
        .takesMore = true,
        .moduli = tabulatedFoamModuli,
-       .derived = rateSensitiveSlope,
+       .derived = foamSlope,
        .stiffness = rateSensitiveStiffness,
-       .dampingAt = 2},
+       .dampingAt = 2,
+       .curves = compressionCurves(6)},
       {.key = "TVK_FU_CHANG_ISO_FOAM",
        .states = 7,
        .properties = 6,
        .takesMore = true,
        .moduli = tabulatedFoamModuli,
-       .derived = fuChangSlope,
-       .stiffness = fuChangStiffness},
+       .derived = foamSlope,
+       .stiffness = fuChangStiffness,
+       .curves = compressionCurves(5)},
       {.key = "TVK_FU_CHANG_ANISO_FOAM",
        .states = 12,
        .properties = 11,
        .takesMore = true,
        .moduli = tabulatedFoamModuli,
-       .derived = orthotropicFuChangSlope,
-       .stiffness = orthotropicFuChangStiffness},
+       .derived = foamSlope,
+       .stiffness = orthotropicFuChangStiffness,
+       .curves = componentCurves(kStressStrain, 5, true)},
       {.key = "TVK_HONEYCOMB",
        .states = 3,
        .properties = 18,
@@ -253,8 +257,15 @@ const std::vector<UserModel>& userModels() {
        .moduli = honeycombModuli,
        .statusAt = 2,
        .statusBy = 10,
-       .stiffness = honeycombStiffness},
-      {.key = "TVK_FABRIC", .states = 12, .properties = 14, .takesMore = true, .moduli = fabricModuli, .isSheet = true},
+       .stiffness = honeycombStiffness,
+       .curves = honeycombCurves()},
+      {.key = "TVK_FABRIC",
+       .states = 12,
+       .properties = 14,
+       .takesMore = true,
+       .moduli = fabricModuli,
+       .isSheet = true,
+       .curves = fabricCurves()},
       {.key = "TVK_PLY_FABRIC", .states = 16, .properties = 21, .moduli = plyModuli, .statusAt = 15, .isSheet = true},
   };
   return models;
@@ -268,6 +279,11 @@ const UserModel* userModelOf(const std::string& name) {
 
 Moduli userModuli(const Material& material) { return userModelOf(material.userName)->moduli(material.constants); }
 
+std::vector<std::string> describeCurves(const Material& material) {
+  if (!material.model->isUser()) return {};
+  return describeCurves(*userModelOf(material.userName), material.constants);
+}
+
 bool Material::isDamped() const {
   const UserModel* user = model->isUser() ? userModelOf(userName) : nullptr;
   return user != nullptr && user->dampingAt && constants[*user->dampingAt] != 0;
@@ -275,13 +291,18 @@ bool Material::isDamped() const {
 bool Material::isSheet() const { return model->isUser() && userModelOf(userName)->isSheet; }
 
 void checkData(const Material& material) {
-  if (material.model->isUser() && !UserPoints(material, 1).isAccepted())
-    throw InputError("material \"" + material.name + "\": " + textOf(host::lastError()));
+  if (!material.model->isUser() || UserPoints(material, 1).isAccepted()) return;
+  std::string said = textOf(host::lastError());
+  // curves as tables leave the numbers of rows out, where the library counts them
+  const std::vector<std::size_t> scalars = scalarsOf(*userModelOf(material.userName));
+  if (material.hasCurveTables && said.starts_with("Property") && scalars.back() >= scalars.size())
+    said += " (counted with the numbers of rows, as the declaration does)";
+  throw InputError("material \"" + material.name + "\": " + said);
 }
 
 UserPoints::UserPoints(const Material& material, int32_t n)
     : material_(&material), model_(userModelOf(material.userName)), n_(n), name_(material.userName),
-      derived_(model_->derived != nullptr ? model_->derived(material.constants) : 0.0),
+      derived_(model_->derived != nullptr ? model_->derived(*model_, material.constants) : 0.0),
       hasStatus_(model_->statusAt && (!model_->statusBy || material.constants[*model_->statusBy] != 0)) {
   name_.resize(80, ' ');
   const auto size = static_cast<std::size_t>(n);

@@ -2,6 +2,8 @@
 // that turn with them.
 #pragma once
 
+#include "solver/model/user_curves.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -31,23 +33,26 @@ struct UserState {
 // A model that a case may name; further characters may follow the key.
 struct UserModel {
   std::string key;
-  int32_t states;                                  // state variables of a point
-  std::size_t properties;                          // numbers that a case gives
-  bool takesMore = false;                          // and tables or options behind them, which the library checks
-  Moduli (*moduli)(const Properties&);             // upper bounds without strain
-  std::optional<int32_t> statusAt = {};            // the state variable that is 0 for a point that has failed
-  std::optional<std::size_t> statusBy = {};        // a property without which there is none
-  double (*derived)(const Properties&) = nullptr;  // for UserState
+  int32_t states;                           // state variables of a point
+  std::size_t properties;                   // numbers that a case gives, those of rows among them
+  bool takesMore = false;                   // and tables or options behind them, which the library checks
+  Moduli (*moduli)(const Properties&);      // upper bounds without strain
+  std::optional<int32_t> statusAt = {};     // the state variable that is 0 for a point that has failed
+  std::optional<std::size_t> statusBy = {}; // a property without which there is none
+  double (*derived)(const UserModel&, const Properties&) = nullptr; // for UserState
   double (*bulk)(const UserState&) = nullptr;      // slope of the pressure over mu, where it grows with compression
   double (*stiffness)(const UserState&) = nullptr; // bounds density times wave speed squared in place of the moduli
   std::optional<std::size_t> dampingAt = {};       // a property that the stable increment would have to know of
   bool isSheet = false;                            // plane stress: not for bricks
+  std::vector<CurveKind> curves = {};              // that a case may give as tables
 };
 const std::vector<UserModel>& userModels();
 // The model of a name, or null.
 const UserModel* userModelOf(const std::string& name);
 
 Moduli userModuli(const Material& material);
+// A line for each curve of a user material; none of another.
+std::vector<std::string> describeCurves(const Material& material);
 // Asks the library whether it takes the data of a user material, as the first call of an analysis does; its warnings and errors
 // go where its messages go.  Throws InputError when it ends the analysis.
 void checkData(const Material& material);

@@ -35,10 +35,12 @@ std::vector<std::string> describe(const Case& definition, const Mesh& mesh, cons
         group.name + " (" +
         (group.dimension == 3 ? counted(group.elements.size(), "brick") : counted(group.nodes.size(), "node")) + ")");
   lines.push_back("groups " + joined(groups, ", "));
-  for (const Material& material : definition.materials)
+  for (const Material& material : definition.materials) {
     lines.push_back("material " + material.name + ": E " + shortNumber(elasticModulus(material) / 1e6) + " MPa, nu " +
                     shortNumber(poissonRatio(material)) + ", density " + shortNumber(material.density) +
                     " kg/m3, wave speed " + shortNumber(dilatationalSpeed(material)) + " m/s");
+    for (const std::string& curve : describeCurves(material)) lines.push_back("  " + curve);
+  }
   lines.push_back("end time " + shortNumber(definition.endTime) + " s, first stable increment " +
                   shortNumber(stableIncrement) + " s, " +
                   (ranks.areSeveral() ? counted(static_cast<std::size_t>(ranks.size()), "rank") + " of " : "") +

@@ -16,6 +16,8 @@ namespace {
 uint64_t inputHash(const CaseFile& caseFile, const Mesh& mesh) {
   Hash hash;
   for (const std::string& line : caseFile.lines) hash.add(line);
+  for (const Material& material : caseFile.definition.materials) // curves may stand in files of their own
+    for (const double constant : material.constants) hash.add(constant);
   hash.add(mesh);
   return hash.value();
 }

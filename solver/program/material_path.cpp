@@ -1,10 +1,11 @@
 #include "solver/program/material_path.h"
 
-#include "glo.h"
 #include "reference_host.h"
+#include "solver/input/columns.h"
 #include "solver/input/material_reader.h"
 #include "solver/model/materials.h"
 #include "solver/model/user_materials.h"
+#include "solver/program/fit_case.h"
 #include "solver/results/drawing.h"
 #include "solver/results/partial_file.h"
 
@@ -16,9 +17,6 @@
 
 namespace sharedanalysis::solver {
 namespace {
-
-using Stretch = std::array<double, 6>;  // left stretch, S33
-using Gradient = std::array<double, 9>; // deformation gradient, row by row
 
 // The material at one point.  Evaluations do not change its state until remember() is called.
 class Point {
@@ -43,44 +41,6 @@ private:
   MaterialWork work_;
   double stepTime_;
 };
-
-// A sheet, whose model knows no stress across, keeps its thickness.
-int freeDirections(Mode mode, bool isSheet) {
-  const int free = mode == Mode::Uniaxial ? 2 : mode == Mode::Equibiaxial || mode == Mode::Planar ? 1 : 0;
-  return std::max(0, free - (isSheet ? 1 : 0));
-}
-
-Stretch stretchOf(Mode mode, double s, double free, bool isSheet) {
-  switch (mode) {
-  case Mode::Uniaxial:
-    return {s, free, isSheet ? 1 : free, 0, 0, 0};
-  case Mode::Equibiaxial:
-    return {s, s, free, 0, 0, 0};
-  case Mode::Planar:
-    return {s, 1, free, 0, 0, 0};
-  case Mode::Volumetric:
-    return {s, s, s, 0, 0, 0};
-  case Mode::Confined:
-    return {s, 1, 1, 0, 0, 0};
-  case Mode::Shear: {
-    const int32_t one = 1;
-    const double b[6] = {1 + s * s, 1, 1, s, 0, 0}; // F F'
-    Stretch V;
-    GLO_UTI_SQRTV(&one, b, V.data());
-    return V;
-  }
-  }
-  return {};
-}
-
-Gradient gradientOf(Mode mode, double s, const Stretch& V) {
-  if (mode == Mode::Shear) return {1, s, 0, 0, 1, 0, 0, 0, 1};
-  return {V[0], 0, 0, 0, V[1], 0, 0, 0, V[2]};
-}
-
-double isochoric(Mode mode, double s) {
-  return mode == Mode::Uniaxial ? 1 / std::sqrt(s) : mode == Mode::Equibiaxial ? 1 / (s * s) : 1 / s;
-}
 
 // Where f, which rises as stresses do with their stretch, passes zero: a bracket that grows by factors from x towards it, then
 // halved.  A NaN on the way ends the search.
@@ -145,27 +105,10 @@ private:
     return findRoot(left, a, 1.01) ? a : std::numeric_limits<double>::quiet_NaN();
   }
 
-  double nominalAt(double s, double a) { return nominal(s, a, stressAt(s, a)); }
+  double nominalAt(double s, double a) { return nominalStress(path_.mode, s, a, isSheet_, stressAt(s, a)); }
   std::array<double, 6> stressAt(double s, double a) {
     const Stretch V = stretchOf(path_.mode, s, a, isSheet_);
     return point_.stress(V, gradientOf(path_.mode, s, V));
-  }
-  double nominal(double s, double a, const std::array<double, 6>& t) const {
-    switch (path_.mode) {
-    case Mode::Uniaxial:
-      return t[0] * a * (isSheet_ ? 1 : a);
-    case Mode::Equibiaxial:
-      return t[0] * s * a;
-    case Mode::Planar:
-      return t[0] * a;
-    case Mode::Volumetric:
-      return t[0] * s * s;
-    case Mode::Confined:
-      return t[0];
-    case Mode::Shear:
-      return t[3]; // the sheared faces keep their area
-    }
-    return 0;
   }
 
   void reach(double target) {
@@ -190,7 +133,7 @@ private:
     if (point_.isFlat()) fail("there is no volume left");
     std::copy(t.begin(), t.end(), p.cauchy);
     p.J = path_.mode == Mode::Shear ? 1 : V[0] * V[1] * V[2];
-    p.nominal = nominal(stretch_, free_, t);
+    p.nominal = nominalStress(path_.mode, stretch_, free_, isSheet_, t);
     point_.remember(V, F, p);
     if (!std::isfinite(p.nominal + p.stored + p.lost) ||
         !std::all_of(p.cauchy, p.cauchy + std::size(p.cauchy), [](double x) { return std::isfinite(x); }))
@@ -228,25 +171,19 @@ MaterialPath readPath(const Table& table, const std::vector<Material>& materials
   path.steps = static_cast<int>(table.real("steps", stepCount, "", path.steps));
   path.stepTime = table.real("step_time", positive, "s", path.stepTime);
   if (table.has("data")) {
-    const Table data = table.table("data", {"stretch", "stress"});
-    path.data = {data.reals("stretch", ""), data.reals("stress", "Pa")};
-    if (path.data.stretch.size() != path.data.stress.size())
-      data.fail("stress", "stress has " + counted(path.data.stress.size(), "number") + " and stretch has " +
-                              std::to_string(path.data.stretch.size()) + ", expected as many of both");
+    Columns data(table.table("data", {"stretch", "stress", "file"}), {{"stretch", ""}, {"stress", "Pa"}});
+    for (std::size_t k = 0; k < data.rows(); ++k)
+      if (path.mode != Mode::Shear && !(data.column(0)[k] > 0))
+        data.fail(0, k, "stretch is " + shortNumber(data.column(0)[k]) + ", expected a positive number");
+    path.data = {data.take(0), data.take(1)};
   }
   return path;
 }
 
 } // namespace
 
-const std::vector<std::string>& modeNames() {
-  static const std::vector<std::string> names = {"uniaxial",   "equibiaxial", "planar",
-                                                 "volumetric", "shear",       "confined"};
-  return names;
-}
-
 PathCase readPathCase(const std::filesystem::path& file) {
-  const Table table(file, readText(file), {"title", "job", "material", "path", "output"});
+  const Table table(file, readText(file), {"title", "job", "material", "path", "output", "fit"});
   PathCase result;
   result.file = file;
   result.job = table.text("job", file.stem().string());
@@ -255,13 +192,15 @@ PathCase readPathCase(const std::filesystem::path& file) {
   result.title = table.text("title", result.job);
   const Table output = table.table("output", {"directory"});
   result.outputDirectory = output.has("directory") ? file.parent_path() / output.text("directory") : ".";
-  for (const Table& material : table.tables("material", materialKeys()))
-    result.materials.push_back(readMaterial(material));
+  result.materialTables = table.tables("material", materialKeys());
+  for (const Table& material : result.materialTables) result.materials.push_back(readMaterial(material));
   if (result.materials.empty()) throw InputError(file.string() + ": no material, expected [[material]]");
   for (const Table& path :
        table.tables("path", {"name", "material", "mode", "stretch", "stress", "steps", "step_time", "data"}))
     result.paths.push_back(readPath(path, result.materials));
   if (result.paths.empty()) throw InputError(file.string() + ": no path, expected [[path]]");
+  result.fit = table.table("fit", fitKeys());
+  if (table.has("fit")) fitCaseOf(result); // is it sound?
   return result;
 }
 

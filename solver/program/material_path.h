@@ -2,19 +2,15 @@
 // stress.
 #pragma once
 
+#include "solver/input/case_table.h"
 #include "solver/model/model.h"
+#include "solver/program/path_mode.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace sharedanalysis::solver {
-
-//   Uniaxial     (s, a, a), a free          Equibiaxial  (s, s, a), a free
-//   Planar       (s, 1, a), a free          Volumetric   (s, s, s)
-//   Shear        simple shear by the amount s, the volume kept
-//   Confined     (s, 1, 1)
-enum class Mode { Uniaxial, Equibiaxial, Planar, Volumetric, Shear, Confined };
-const std::vector<std::string>& modeNames();
 
 struct TestData {
   std::vector<double> stretch, stress; // nominal
@@ -35,7 +31,9 @@ struct PathCase {
   std::filesystem::path file, outputDirectory;
   std::string job, title;
   std::vector<Material> materials;
+  std::vector<Table> materialTables;
   std::vector<MaterialPath> paths;
+  std::optional<Table> fit; // empty where the case has none
 };
 
 PathCase readPathCase(const std::filesystem::path& file);

@@ -231,7 +231,11 @@ TEST_F(Materials, CasesOfEveryModelAndTheirMistakes) {
     return answer("[[material]]\nname = \"a\"\ndensity = 1.0\n" + lines +
                   "\n[[path]]\nname = \"p\"\nmode = \"shear\"\nstretch = [0.1]\n");
   };
+  writeFile("bad.csv", "stress;strain\n1;0,1\n");
   // clang-format off
+#define USER(name) "model = \"user\"\nuser = \"TVK_" name "\"\nproperties = "
+#define FOAM USER("RATE_SENSITIVE_FOAM") "[1.0, 0.0, 0.0, 1.0, 1.0, 0.0]\n[[material.curve]]\n"
+#define ROWS "strain = [0.0, 0.2]\nstress = [0.0, 1.0]\n"
   for (const auto& [lines, said] : std::initializer_list<std::pair<const char*, const char*>>{
            {"C10 = 1.0\nD1 = 0.1", "sound: G 2, K 20"},
            {"model = \"polynomial6\"\nC10 = 1.0\nC33 = 2.0\nD1 = 0.1\nD6 = 1.0", "sound: G 2, K 20"},
@@ -247,6 +251,22 @@ TEST_F(Materials, CasesOfEveryModelAndTheirMistakes) {
            {"model = \"arruda-boyce\"\nmu = 1.0\nlambda_m = 3.0\nD1 = 0.1", "paths.toml:7:1: unknown key \""},
            {"model = \"ogden\"\nmu = [1.0, -2.0]\nalpha = [2.0, 2.0]\nD = [0.1]",
             "paths.toml:1:1: material \"a\" has a shear modulu"},
+           {"C10 = 1.0\nD1 = 0.1\n[[material.curve]]\nstrain = [0.0]", "paths.toml:6:12: unknown key \"curve\" in material"},
+           {USER("JH2") "[1.0]\n[[material.curve]]\nstrain = [0.0]", "paths.toml:7:1: TVK_JH2 takes no curves"},
+           {USER("HONEYCOMB") "[1.0]", "paths.toml:6:14: properties has 1 number, expected at least 18 for TVK_HONEYCOMB, or 11 and [["},
+           {FOAM "rate = 1.0\nstrain = [0.0, 0.2, 0.1]\nstress = [0.0, 1.0, 2.0]",
+            "paths.toml:9:21: strain goes from 0.2 to 0.1, expected increasing numbers"},
+           {FOAM "rate = 1.0\nstrain = [0.0, 0.2]\nstress = [0.0]", "paths.toml:9:10: strain has 2 numbers and stress has 1"},
+           {FOAM "strain = [0.0]\nstress = [0.0]", "paths.toml:8:10: curve \"compression\" has 1 row, expected at least 2"},
+           {FOAM "rate = 2.0\n" ROWS "[[material.curve]]\nrate = 2.0\n" ROWS,
+            "paths.toml:12:8: rate goes from 2 to 2, expected the curves \"compression\" in the order of their rates"},
+           {FOAM ROWS "[[material.curve]]\nrate = 2.0\n" ROWS, "paths.toml:7:1: rate is missing in curve"},
+           {FOAM "name = \"11\"\n" ROWS, "paths.toml:8:8: no curve \"11\" of TVK_RATE_SENSITIVE_FOAM, expected \"compression\""},
+           {USER("MOLDED_PLASTIC") "[1.0, 0.3, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0]\n[[material.curve]]\n"
+            "name = \"rate factor\"\nfactor = [1.0]\nrate = [1.0]",
+            "paths.toml:7:1: no curve \"tension\" or \"compression\" of TVK_MOLDED_PLASTIC, expected one"},
+           {FOAM "file = \"none.csv\"", "paths.toml:8:8: none.csv: cannot be opened: No such file or directory"},
+           {FOAM "file = \"bad.csv\"", "paths.toml:8:8: bad.csv:2:3: strain is \"0,1\", expected a finite number"},
            {"C10 = 1.0\nD1 = 0.1\n[material.mullins]\nr = 2.0\nm = 0.0",
             "paths.toml:8:5: m and beta are both 0, expected one of them to be positive"},
            {"C10 = 1.0\nD1 = 0.1\n[material.failure]\nd1 = 2.0\ntransition_temperature = 5.0\n"
@@ -256,6 +276,9 @@ TEST_F(Materials, CasesOfEveryModelAndTheirMistakes) {
             "melting_temperature = 5.0",
             "paths.toml:9:23: melting_temperature is not above transition_temperature, expected K above it"}})
     EXPECT_EQ(with(lines).substr(0, std::string(said).size()), said) << lines;
+#undef USER
+#undef FOAM
+#undef ROWS
   // clang-format on
   for (const char* r : {"0.5", "1.0", "-2.0"}) { // more than all the stress would be taken
     const std::string said = with("C10 = 1.0\nD1 = 0.1\n[material.mullins]\nr = " + std::string(r) + "\nm = 1.0");

@@ -1,0 +1,495 @@
+#include "solver/program/fit.h"
+
+#include "reference_host.h"
+#include "solver/model/text.h"
+#include "solver/program/fit_case.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <string_view>
+
+namespace sharedanalysis::solver {
+namespace {
+
+// A residual of a state that cannot be computed.
+constexpr double kFailed = 1e6;
+// Relative residuals are those of a stress that is at least this part of the largest of its path.
+constexpr double kSmallestPart = 0.01;
+// Derivatives for standard errors are taken by this part of a constant.
+constexpr double kPart = 1e-4;
+// Squares of residuals, each, of data that a model meets.
+constexpr double kExact = 1e-18;
+
+// Numbers from 0 to 1 that are the same everywhere.
+class Numbers {
+public:
+  double next() {
+    state_ += 0x9e3779b97f4a7c15U;
+    uint64_t z = state_;
+    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9U;
+    z = (z ^ (z >> 27)) * 0x94d049bb133111ebU;
+    return static_cast<double>((z ^ (z >> 31)) >> 11) * 0x1p-53;
+  }
+  double between(double low, double high) { return low + (high - low) * next(); }
+  // A power of two with an exponent between these, nearly.
+  double power(int low, int high) {
+    const double exponent = between(low, high), whole = std::floor(exponent);
+    return std::ldexp(1 + exponent - whole, static_cast<int>(whole));
+  }
+
+private:
+  uint64_t state_ = 0x5a17;
+};
+
+// An unknown of any size for a value between bounds.  Roots alone, so that all machines agree.
+class Unknown {
+public:
+  Unknown(const FitConstant& constant, double width) : low_(constant.low), high_(constant.high), width_(width) {}
+
+  double value(double q) const {
+    const double root = std::sqrt(1 + q * q), grown = q >= 0 ? root + q : 1 / (root - q);
+    if (std::isfinite(low_) && std::isfinite(high_)) return low_ + (high_ - low_) * 0.5 * (1 + q / root);
+    if (std::isfinite(low_)) return low_ + width_ * grown;
+    if (std::isfinite(high_)) return high_ - width_ * grown;
+    return width_ * q;
+  }
+  // A value at its bound is moved inside, where there is a slope.
+  double unknown(double value) const {
+    if (std::isfinite(low_) && std::isfinite(high_)) {
+      const double t = std::clamp(2 * (value - low_) / (high_ - low_) - 1, -0.99, 0.99);
+      return t / std::sqrt(1 - t * t);
+    }
+    if (!std::isfinite(low_) && !std::isfinite(high_)) return value / width_;
+    const double grown = std::max(std::isfinite(low_) ? value - low_ : high_ - value, 0.01 * width_) / width_;
+    return 0.5 * (grown - 1 / grown);
+  }
+
+private:
+  double low_, high_, width_;
+};
+
+// A path with its data.
+struct Test {
+  const MaterialPath* path;
+  std::vector<double> weights;   // of each point, 1/Pa
+  std::vector<double> floors;    // stresses that relative misfits divide by, Pa
+  std::vector<std::size_t> legs; // of each point, where the material keeps a history
+  std::vector<double> free;      // stretches found last
+};
+
+bool keepsHistory(const Material& material) { return material.model->isUser() || material.mullins; }
+
+double largest(const std::vector<double>& values) {
+  double most = 0;
+  for (const double value : values) most = std::max(most, std::abs(value));
+  return most;
+}
+
+// Points follow one another along the legs; on a path of one leg their order does not matter.
+std::vector<std::size_t> legsOf(const MaterialPath& path) {
+  if (path.byStress)
+    throw InputError("path \"" + path.name +
+                     "\" is led by stress, which a fit of a material with a history cannot "
+                     "follow, expected stretch = [...]");
+  std::vector<double> ends{path.mode == Mode::Shear ? 0.0 : 1.0};
+  ends.insert(ends.end(), path.turns.begin(), path.turns.end());
+  std::vector<std::size_t> legs;
+  std::size_t leg = 0;
+  double last = ends[0];
+  for (const double s : path.data.stretch) {
+    const auto lies = [&](std::size_t k) {
+      const bool isInside = (s - ends[k]) * (s - ends[k + 1]) <= 0;
+      return isInside && (path.turns.size() == 1 || (s - last) * (ends[k + 1] - ends[k]) >= 0);
+    };
+    while (leg < path.turns.size() && !lies(leg)) {
+      ++leg;
+      last = ends[leg];
+    }
+    if (leg == path.turns.size())
+      throw InputError("path \"" + path.name + "\" does not pass stretch " + shortNumber(s) +
+                       " of its data, expected data in the order of the path");
+    legs.push_back(leg);
+    last = s;
+  }
+  return legs;
+}
+
+class Fit {
+public:
+  explicit Fit(const PathCase& definition)
+      : definition_(definition), case_(fitCaseOf(definition)), material_(definition.materials[case_.material]) {
+    for (const MaterialPath& path : definition.paths)
+      if (path.material == case_.material && !path.data.stretch.empty()) tests_.push_back({&path, {}, {}, {}, {}});
+    if (tests_.empty())
+      throw InputError(definition.file.string() + ": no data of material \"" + material_.name +
+                       "\", expected a path with [path.data]");
+    weigh();
+    if (points_ < case_.free.size())
+      throw InputError(definition.file.string() + ": " + counted(points_, "point") + " of tests and " +
+                       counted(case_.free.size(), "free constant") + ", expected at least as many points");
+  }
+
+  // All starts are led near their minima, the best of them to the end.
+  FitResult run() {
+    std::vector<double> sums, best;
+    double least = std::numeric_limits<double>::infinity();
+    const double exact = kExact * static_cast<double>(points_);
+    std::vector<std::size_t> all(case_.free.size()), moduli;
+    std::iota(all.begin(), all.end(), std::size_t{0});
+    for (const std::size_t k : all) // stress is linear in them, nearly
+      if (std::string_view(case_.free[k].unit) == "Pa") moduli.push_back(k);
+    for (int k = 0; k < case_.starts && !(least < exact); ++k) {
+      std::vector<double> values = startValues(k);
+      if (!isComputable(values)) continue;
+      if (k > 0 && !moduli.empty()) improve(values, moduli, 1e-3, 5);
+      sums.push_back(improve(values, all, 1e-6, 15));
+      if (!(sums.back() < least) || !isComputable(values)) continue;
+      least = sums.back();
+      best = values;
+    }
+    if (best.empty())
+      throw InputError("material \"" + material_.name +
+                       "\": no start leads to stresses that can be computed, expected other constants to start from");
+    const double same = 1.01 * least + exact;
+    for (int k = 0; k < 3; ++k) least = improve(best, all, 1e-15, 200);
+    FitResult result{};
+    result.starts = static_cast<int>(sums.size());
+    result.reached = static_cast<int>(std::count_if(sums.begin(), sums.end(), [&](double s) { return s <= same; }));
+    order(best);
+    describe(best, least, result);
+    return result;
+  }
+
+private:
+  // ---- residuals
+
+  void weigh() {
+    double most = 0;
+    for (const Test& test : tests_) most = std::max(most, largest(test.path->data.stress));
+    if (!(most > 0)) throw InputError(definition_.file.string() + ": all stresses of the data are 0");
+    double sum = 0, count = 0;
+    for (Test& test : tests_) {
+      const std::vector<double>& stress = test.path->data.stress;
+      const double floor = kSmallestPart * (largest(stress) > 0 ? largest(stress) : most);
+      for (std::size_t k = 0; k < stress.size(); ++k) {
+        test.floors.push_back(std::max(std::abs(stress[k]), floor));
+        test.weights.push_back(1 / (case_.isRelative ? test.floors[k] : most));
+        const double s = test.path->data.stretch[k], strain = strainOf(test.path->mode, s);
+        if (std::abs(strain) > 1e-3) sum += std::abs(stress[k] / strain), count += 1;
+      }
+      if (keepsHistory(material_)) test.legs = legsOf(*test.path);
+      points_ += stress.size();
+    }
+    modulus_ = count > 0 && sum > 0 ? sum / count : material_.shearModulus();
+  }
+
+  // What a neo-Hookean material multiplies its shear modulus with; 0 where the volume rules.
+  static double strainOf(Mode mode, double s) {
+    if (mode == Mode::Shear) return s;
+    if (mode == Mode::Volumetric || mode == Mode::Confined) return 0;
+    const double a = isochoric(mode, s);
+    return s - a * a / s;
+  }
+
+  Material materialOf(const std::vector<double>& values) const {
+    Material material = material_;
+    for (std::size_t k = 0; k < values.size(); ++k) {
+      const FitConstant& c = case_.free[k];
+      material.constants[c.index] = !c.isReciprocal ? values[k] : values[k] > 0 ? 1 / values[k] : 0;
+    }
+    return material;
+  }
+
+  bool isSound(const std::vector<double>& values, const Material& material) const {
+    for (std::size_t k = 0; k < values.size(); ++k)
+      if (!std::isfinite(values[k]) || !case_.free[k].range.holds(values[k])) return false;
+    const double G = material.shearModulus(), K = material.bulkModulus();
+    return G > 0 && K > 0 && std::isfinite(G) && std::isfinite(K);
+  }
+
+  // Computed stresses at the data of a test; empty when a state cannot be computed.
+  std::vector<double> stressesOf(const Test& test, const Material& material, std::vector<double>& free) const {
+    if (!keepsHistory(material)) return nominalStresses(material, test.path->mode, test.path->data.stretch, free);
+    std::vector<PathPoint> states;
+    try {
+      states = follow(*test.path, material);
+    } catch (const InputError&) {
+      if (host::threadError()) host::openJob(definition_.job, definition_.outputDirectory); // takes the mark away
+      return {};
+    }
+    std::vector<double> stresses;
+    const auto steps = static_cast<std::size_t>(test.path->steps);
+    for (std::size_t k = 0; k < test.legs.size(); ++k) {
+      const double s = test.path->data.stretch[k];
+      const PathPoint* from = &states[test.legs[k] * steps];
+      for (std::size_t j = 1; j < steps && (from[1].stretch - s) * (from[0].stretch - s) > 0; ++j) ++from;
+      const double width = from[1].stretch - from[0].stretch, part = width != 0 ? (s - from[0].stretch) / width : 0;
+      stresses.push_back(from[0].nominal + part * (from[1].nominal - from[0].nominal));
+    }
+    return stresses;
+  }
+
+  bool residuals(const std::vector<double>& values, std::vector<double>& r) const {
+    const Material material = materialOf(values);
+    std::fill(r.begin(), r.end(), kFailed);
+    if (!isSound(values, material)) return false;
+    bool isComputed = true;
+    std::size_t at = 0;
+    for (const Test& test : tests_) {
+      std::vector<double> free;
+      const std::vector<double> computed = stressesOf(test, material, free);
+      for (std::size_t k = 0; k < test.weights.size(); ++k, ++at) {
+        const double residual =
+            computed.empty() ? kFailed : (computed[k] - test.path->data.stress[k]) * test.weights[k];
+        if (std::abs(residual) < kFailed)
+          r[at] = residual;
+        else
+          isComputed = false;
+      }
+    }
+    return isComputed;
+  }
+  bool isComputable(const std::vector<double>& values) const {
+    std::vector<double> r(points_);
+    return residuals(values, r);
+  }
+
+  template <class Values>
+  LeastSquares problemOf(std::size_t unknowns, Values valuesOf) const {
+    return {static_cast<int>(unknowns), static_cast<int>(points_),
+            [this, valuesOf](const std::vector<double>& x, std::vector<double>& r) { residuals(valuesOf(x), r); }};
+  }
+
+  // Leads some of the values to a minimum; returns the sum of squares.
+  double improve(std::vector<double>& values, const std::vector<std::size_t>& places, double part,
+                 int evaluations) const {
+    const std::vector<Unknown> unknowns = unknownsOf(values);
+    const std::vector<double> start = values;
+    const auto valuesOf = [&](const std::vector<double>& x) {
+      std::vector<double> result = start;
+      for (std::size_t k = 0; k < x.size(); ++k) result[places[k]] = unknowns[places[k]].value(x[k]);
+      return result;
+    };
+    std::vector<double> x;
+    for (const std::size_t k : places) x.push_back(unknowns[k].unknown(values[k]));
+    const double sum = problemOf(x.size(), valuesOf).minimise(x, part, evaluations * static_cast<int>(x.size() + 1));
+    values = valuesOf(x);
+    return sum;
+  }
+
+  // ---- starts
+
+  // The first one is that of the case, the others are spread over what such constants are.
+  std::vector<double> startValues(int number) {
+    std::vector<double> values;
+    for (const FitConstant& c : case_.free) {
+      if (number == 0)
+        values.push_back(c.start);
+      else
+        values.push_back(std::clamp(spread(c), c.low, c.high));
+    }
+    return values;
+  }
+  double spread(const FitConstant& c) {
+    const std::string unit = c.unit;
+    if (std::isfinite(c.low) && std::isfinite(c.high)) return numbers_.between(c.low, c.high);
+    if (material_.model->isUser()) return c.start != 0 ? c.start * numbers_.power(-1, 1) : numbers_.next();
+    if (unit == "Pa") {
+      const double size = modulus_ * numbers_.power(-9, 1);
+      return c.low >= 0 || numbers_.next() < 0.75 ? size : -size;
+    }
+    if (unit == "1/Pa") return (c.start > 0 ? c.start : 1e-3 / modulus_) * numbers_.power(-3, 3);
+    if (std::isfinite(c.low)) return c.low + std::max(c.start - c.low, 0.1) * numbers_.power(-2, 2);
+    return c.key == "alpha" ? numbers_.between(-5, 8) : numbers_.between(-0.3, 1);
+  }
+  double sizeOf(const FitConstant& c, double value) const {
+    const double own = std::abs(value - (std::isfinite(c.low) ? c.low : std::isfinite(c.high) ? c.high : 0));
+    if (own > 0) return own;
+    const std::string unit = c.unit;
+    return unit == "Pa" ? modulus_ : unit == "1/Pa" ? 1e-3 / modulus_ : 1;
+  }
+  std::vector<Unknown> unknownsOf(const std::vector<double>& values) const {
+    std::vector<Unknown> unknowns;
+    for (std::size_t k = 0; k < values.size(); ++k)
+      unknowns.emplace_back(case_.free[k], sizeOf(case_.free[k], values[k]));
+    return unknowns;
+  }
+
+  // ---- the result
+
+  // Terms that are free as a whole and alike in their bounds come in the order of falling mu.
+  void order(std::vector<double>& values) const {
+    if (material_.model->reading != Reading::Terms) return;
+    std::vector<std::vector<std::size_t>> terms; // of the places of mu, alpha and, of foam, beta
+    for (std::size_t k = 0; k < case_.free.size(); ++k) {
+      const FitConstant& c = case_.free[k];
+      if (c.isReciprocal) continue;
+      if (c.low != c.range.low || c.high != c.range.high) return;
+      terms.resize(std::max(terms.size(), c.element + 1));
+      terms[c.element].push_back(k);
+    }
+    const std::size_t width = material_.model->keys[2].isReciprocal ? 2 : 3;
+    std::size_t count = definition_.materialTables[case_.material].reals("mu", "Pa").size();
+    if (terms.size() != count) return;
+    for (const auto& term : terms)
+      if (term.size() != width) return;
+    std::vector<std::size_t> places(count);
+    std::iota(places.begin(), places.end(), std::size_t{0});
+    const std::vector<double> old = values;
+    const auto mu = [&](std::size_t t) {
+      for (const std::size_t k : terms[t])
+        if (case_.free[k].key == "mu") return old[k];
+      return 0.0;
+    };
+    std::stable_sort(places.begin(), places.end(), [&](std::size_t a, std::size_t b) { return mu(a) > mu(b); });
+    for (std::size_t t = 0; t < count; ++t)
+      for (const std::size_t to : terms[t])
+        for (const std::size_t from : terms[places[t]])
+          if (case_.free[from].key == case_.free[to].key) values[to] = old[from];
+  }
+
+  void describe(const std::vector<double>& values, double sum, FitResult& result) const {
+    result.material = materialOf(values);
+    const Table& table = definition_.materialTables[case_.material];
+    for (std::size_t k = 0; k < values.size(); ++k) {
+      const FitConstant& c = case_.free[k];
+      std::vector<double>& all = result.numbers[c.key];
+      if (all.empty()) all = table.isArray(c.key.c_str()) ? table.reals(c.key.c_str(), c.unit) : std::vector<double>{0};
+      all[c.element] = values[k];
+    }
+    addConstants(values, sum, result);
+    addMisfits(result);
+    addNotes(result);
+    for (const MaterialPath& path : definition_.paths)
+      if (path.material == case_.material) addStability(path, result);
+  }
+
+  void addConstants(const std::vector<double>& values, double sum, FitResult& result) const {
+    // derivatives by each constant in parts of its size, well inside its range
+    std::vector<double> sizes, inside(values.size());
+    for (std::size_t k = 0; k < values.size(); ++k) {
+      const FitConstant& c = case_.free[k];
+      sizes.push_back(values[k] != 0 ? std::abs(values[k]) : sizeOf(c, c.low));
+      const double margin = std::min(2 * kPart * sizes[k], 0.25 * (c.range.high - c.range.low));
+      inside[k] = std::clamp(values[k], c.range.low + margin, c.range.high - margin);
+    }
+    const LeastSquares problem = problemOf(values.size(), [&](const std::vector<double>& x) {
+      std::vector<double> at(x);
+      for (std::size_t k = 0; k < at.size(); ++k) at[k] *= sizes[k];
+      return at;
+    });
+    for (std::size_t k = 0; k < inside.size(); ++k) inside[k] /= sizes[k];
+    const std::vector<double> J = problem.derivatives(inside, std::vector<double>(values.size(), kPart));
+    const std::vector<double> parts = variances(J, static_cast<int>(points_), static_cast<int>(values.size()));
+    for (std::size_t k = 0; k < values.size(); ++k) {
+      const FitConstant& c = case_.free[k];
+      FitResult::Constant constant{c.name, c.unit, values[k], {}, parts[k] > 0};
+      if (points_ > values.size())
+        constant.error = sizes[k] * std::sqrt(parts[k] * sum / static_cast<double>(points_ - values.size()));
+      if (constant.error && values[k] != 0 && !(*constant.error < std::abs(values[k]))) constant.isDetermined = false;
+      result.constants.push_back(constant);
+    }
+  }
+
+  void addMisfits(FitResult& result) const {
+    FitResult::Misfit all{"all", 0, 0, 0};
+    for (const Test& test : tests_) {
+      FitResult::Misfit one{test.path->name, test.weights.size(), 0, 0};
+      std::vector<double> free;
+      const std::vector<double> computed = stressesOf(test, result.material, free);
+      for (std::size_t k = 0; k < one.points; ++k) {
+        const double error = computed[k] - test.path->data.stress[k], part = error / test.floors[k];
+        one.rms += error * error;
+        one.relative += part * part;
+      }
+      all.points += one.points;
+      all.rms += one.rms;
+      all.relative += one.relative;
+      result.misfits.push_back(one);
+    }
+    result.misfits.push_back(all);
+    for (FitResult::Misfit& m : result.misfits) {
+      m.rms = std::sqrt(m.rms / static_cast<double>(m.points));
+      m.relative = std::sqrt(m.relative / static_cast<double>(m.points));
+    }
+  }
+
+  void addNotes(FitResult& result) const {
+    for (std::size_t k = 0; k < result.constants.size(); ++k) {
+      const FitResult::Constant& c = result.constants[k];
+      const FitConstant& free = case_.free[k];
+      for (const double end : {free.low, free.high})
+        if (std::abs(c.value - end) <
+            1e-5 * (std::isfinite(free.high - free.low) ? free.high - free.low : sizeOf(free, free.start)))
+          result.notes.push_back(c.name + " is at its bound, " + shortNumber(end));
+      if (c.isDetermined) continue;
+      result.notes.push_back(c.name + " is not determined by the data" +
+                             (c.error && *c.error > 0 ? ": its standard error is " + shortNumber(*c.error) : ""));
+    }
+    if (const double G = result.material.shearModulus(); hasShearTest() && G < 1e-3 * modulus_)
+      result.notes.push_back("the shear modulus without strain has come to " + shortNumber(G) +
+                             " Pa, its limit: the data ask for a softer start than the model may have");
+    if (result.starts > 1 && result.reached == 1)
+      result.notes.push_back("one of " + std::to_string(result.starts) +
+                             " starts alone has led here, more starts may find better");
+  }
+
+  bool hasShearTest() const {
+    return std::any_of(tests_.begin(), tests_.end(), [](const Test& test) {
+      return test.path->mode != Mode::Volumetric && test.path->mode != Mode::Confined;
+    });
+  }
+
+  // A falling nominal stress is one that the material cannot hold.
+  void addStability(const MaterialPath& path, FitResult& result) const {
+    const double origin = path.mode == Mode::Shear ? 0.0 : 1.0;
+    std::vector<double> ends = !path.data.stretch.empty() ? path.data.stretch : path.turns;
+    if (path.byStress && path.data.stretch.empty()) return;
+    ends.push_back(origin);
+    const auto [low, high] = std::minmax_element(ends.begin(), ends.end());
+    std::vector<double> s, P;
+    if (keepsHistory(result.material)) {
+      std::vector<PathPoint> states = follow(path, result.material);
+      states.resize(std::min(states.size(), static_cast<std::size_t>(path.steps) + 1)); // the first leg
+      for (const PathPoint& state : states)
+        if (state.stretch >= *low && state.stretch <= *high) s.push_back(state.stretch), P.push_back(state.nominal);
+    } else {
+      constexpr std::size_t parts = 200;
+      for (std::size_t k = 0; k <= parts; ++k) s.push_back(*low + (*high - *low) * static_cast<double>(k) / parts);
+      std::vector<double> free;
+      P = nominalStresses(result.material, path.mode, s, free);
+    }
+    const double small = 1e-9 * largest(P);
+    for (std::size_t k = 1; k < s.size(); ++k) {
+      const double rise = s[k] > s[k - 1] ? P[k] - P[k - 1] : P[k - 1] - P[k];
+      if (rise > -small) continue;
+      result.notes.push_back("the material is not stable: on path \"" + path.name +
+                             "\" its nominal stress falls with the stretch at " + shortNumber(s[k]));
+      return;
+    }
+  }
+
+  const PathCase& definition_;
+  FitCase case_;
+  const Material& material_;
+  std::vector<Test> tests_;
+  std::size_t points_ = 0;
+  double modulus_ = 1; // of the size of the data's
+  Numbers numbers_;
+};
+
+} // namespace
+
+FitResult fit(const PathCase& definition) { return Fit(definition).run(); }
+
+std::string fittedCase(const PathCase& definition, const FitResult& result) {
+  const FitCase fitCase = fitCaseOf(definition);
+  const FitResult::Misfit& all = result.misfits.back();
+  std::string text = "# Fitted to " + counted(all.points, "point") + " of tests: relative residual " +
+                     shortNumber(100 * all.relative) + " %, " + shortNumber(all.rms / 1e6) + " MPa (rms)\n";
+  for (const std::string& note : result.notes) text += "# " + printable(note) + "\n";
+  return text + definition.materialTables[fitCase.material].written("material", result.numbers);
+}
+
+} // namespace sharedanalysis::solver
