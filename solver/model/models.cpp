@@ -256,7 +256,11 @@ const std::vector<SolverModel>& models() {
        .energy = curveEnergy},
       {.name = "user",
        .reading = Reading::User,
-       .keys = {{"user"}, {"properties"}, {"temperature", anyNumber, "K", 293.15}, {"length", positive, "m", 1e-3}},
+       .keys = {{"user"},
+                {"properties"},
+                {"temperature", anyNumber, "K", 293.15},
+                {"length", positive, "m", 1e-3},
+                {"across_modulus", positive, "Pa", 0.0}},
        .volume = {},
        .shearModulus = userShear,
        .bulkModulus = userBulk}};

@@ -29,6 +29,11 @@ solver::Material glass(double deletionStrain) {
                        290e9, 1, deletionStrain});
 }
 
+solver::Material sheet(solver::Material material) {
+  material.acrossModulus = 1e9;
+  return material;
+}
+
 using UserMaterials = SolverTest;
 
 TEST_F(UserMaterials, DriverFindsThePlateaus) {
@@ -96,6 +101,28 @@ TEST_F(UserMaterials, StressTurnsWithItsPoint) {
   }
 }
 
+// What the stable increment takes for viscosity is the change of the stress with the rate of deformation, at a rate of 10 /s.
+TEST_F(UserMaterials, ViscosityOfARateSensitiveFoamIsTheSlopeOfItsStress) {
+  for (const double filter : {0.0, 1e-4}) {
+    const solver::Material foam =
+        userMaterial("TVK_RATE_SENSITIVE_FOAM", 60,
+                     {4e5, 0, 0, .2, 3, filter, 2, 1, 3, 100, 3, 0, 0, 2e4, .05, 2e5, .5, 0, 0, 3e4, .05, 3e5, .5});
+    solver::UserPoints points(foam, 1);
+    double stress[6], bound, bulk;
+    const auto press = [&](double stretch) {
+      const double V[6] = {stretch, 1, 1}, F[9] = {stretch, 0, 0, 0, 1, 0, 0, 0, 1};
+      points.respond(V, F, 1e-5, stress, &bound, &bulk);
+      return stress[0];
+    };
+    double stretch = 1;
+    while (stretch > .7) press(stretch -= 1e-4), points.remember();
+    const double more = 1e-6, slow = press(stretch - 1e-4), viscosity = points.viscosity()[0];
+    EXPECT_NEAR(viscosity, (slow - press(stretch - 1e-4 - more)) / (more / stretch / 1e-5), .05 * viscosity) << filter;
+    press(stretch + 1e-4);
+    EXPECT_EQ(filter > 0 || points.viscosity()[0] == 0, true) << "unloading follows no rate";
+  }
+}
+
 // A bar of 4 bricks whose end moves at constant speed.
 solver::Case pulledBar(const solver::Material& material, double speed, double endTime) {
   solver::Case c = caseOf(material, endTime);
@@ -148,9 +175,11 @@ TEST_F(UserMaterials, EveryModelOfSolidsRunsInBricks) {
   const std::vector<double> plastic = {2e9, .38, 1, 1, 1, 1, 1, 1, 0, 0, 2, 2, 0, 0, .5, 1.2, 0, 0, 0, 0, 0};
   const struct {
     solver::Material material;
-    double tolerance; // of the balance, in parts of the largest work done on the block
+    double tolerance;   // of the balance, in parts of the largest work done on the block
+    double speed = .05; // in parts of that of waves
   } rows[] = {
       {userMaterial("TVK_RATE_SENSITIVE_FOAM", 60, with({4e5, 5e4, 0, .2, 3, 1e-3, 2}, curves)), .02},
+      {userMaterial("TVK_RATE_SENSITIVE_FOAM", 60, with({4e5, 5e4, 1e-3, .2, 3, 0, 2}, curves)), .02},
       {userMaterial("TVK_FU_CHANG_ISO_FOAM", 60, with({4e5, 5e4, .2, 3, 1e-3, 2}, curves)), .02},
       {userMaterial("TVK_FU_CHANG_ANISO_FOAM", 60, block), .02},
       {userMaterial("TVK_VISCOUS_FOAM", 60, {2e4, 8, 0, 0, 0, 0, 1e6, 2e3, 2, 2e5}), .02},
@@ -159,11 +188,14 @@ TEST_F(UserMaterials, EveryModelOfSolidsRunsInBricks) {
        .02},
       {userMaterial("TVK_MOLDED_PLASTIC", 1150, with(plastic, yield)), .02},
       {userMaterial("TVK_THERMOPLASTIC", 1150, with(plastic, yield)), .02},
+      {sheet(userMaterial("TVK_PLY_FABRIC", 1600, {55e9, 53e9, .05, 4.2e9, 62e7, 57e7, 6e8, 55e7, 80e3, 1e5, 75e3,
+                                                   95e3, 35e6, .22, .9,    30e6, 9e8,  .5,  0,    1,    0})),
+       .02, .002},
   };
   const solver::Mesh mesh = box({3, 2, 2}, {.03, .02, .02});
   for (const auto& row : rows) {
     const double G = row.material.shearModulus(), K = row.material.bulkModulus();
-    const double speed = .05 * std::sqrt((K + 4 * G / 3) / row.material.density), time = .2 * .03 / speed;
+    const double speed = row.speed * std::sqrt((K + 4 * G / 3) / row.material.density), time = .2 * .03 / speed;
     solver::Case c = caseOf(row.material, 2 * time);
     fix(c, "x0", "xyz");
     solver::PrescribedMotion push{"x1", {}};
