@@ -22,7 +22,7 @@ BlockWork::BlockWork()
     : x(24 * kLargest), velocity(24 * kLargest), B(24 * kLargest), gamma(32 * kLargest), hgdiag(kLargest),
       hgstiff(kLargest), vol(kLargest), rvol(kLargest), work(24 * kLargest), F(9 * kLargest), cofactors(9 * kLargest),
       b(6 * kLargest), V(6 * kLargest), bound(kLargest), bulk(kLargest), force(24 * kLargest), ratio(kLargest),
-      rate(kLargest), power(kLargest), failureStrain(kLargest) {}
+      rate(kLargest), power(kLargest), failureStrain(kLargest), inviscid(kLargest) {}
 
 Block::Block(std::span<const int32_t> bricks, const Numbering& numbering, const Material& material,
              const Case& definition, const Domain& domain)
@@ -79,11 +79,12 @@ Block::Outcome Block::evaluate(const std::vector<double>& x, const std::vector<d
   SPX_OPE_ERRORCHECK(&n_, &masked, mask_.data());
   SPX_OPE_ERRORCHECK(&n_, &failed, failed_.data());
 
-  const double stable =
-      viscosityAndIncrement({n_, ld_, w.velocity.data(), w.B.data(), w.vol.data(), w.hgstiff.data(), mass_.data(),
-                             hourglass_.data(), w.bound.data(), w.bulk.data(), mask_.data(), definition.linearViscosity,
-                             definition.quadraticViscosity, lastIncrement},
-                            viscousStress_.data(), viscousEnergy_.data());
+  const double stable = viscosityAndIncrement(
+      {n_, ld_, w.velocity.data(), w.B.data(), w.vol.data(), w.hgstiff.data(), mass_.data(), hourglass_.data(),
+       w.bound.data(), w.bulk.data(), mask_.data(),
+       points_.viscosity() != nullptr ? points_.viscosity() : w.inviscid.data(), definition.linearViscosity,
+       definition.quadraticViscosity, points_.damping(), lastIncrement},
+      viscousStress_.data(), viscousEnergy_.data());
   nodalForces({n_, ld_, w.x.data(), B0_.data(), gamma0_.data(), w.B.data(), w.vol.data(), viscousStress_.data(),
                w.cofactors.data(), stress_.data(), V0_.data(), hourglass_.data(), mask_.data()},
               w.work.data(), w.force.data());

@@ -17,7 +17,7 @@ static_assert(kBlockLength <= kMostPoints && kBlockLength % 8 == 0);
 // Work arrays of one thread, shared by its blocks.
 struct BlockWork {
   std::vector<double> x, velocity, B, gamma, hgdiag, hgstiff, vol, rvol, work;
-  std::vector<double> F, cofactors, b, V, bound, bulk, force, ratio, rate, power, failureStrain;
+  std::vector<double> F, cofactors, b, V, bound, bulk, force, ratio, rate, power, failureStrain, inviscid;
   MaterialWork material;
   BlockWork();
 };

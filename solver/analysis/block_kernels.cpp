@@ -58,10 +58,15 @@ SOLVER_CLONES static void deformationGradientLoops(int n, int ld, const double* 
   }
 }
 
+// Stress that follows the logarithm of the rate is steep without limit at small rates, but moves little there: increments are not
+// made shorter than a hundredth for it.
+constexpr double kMostByRate = 50.0;
+
 SOLVER_CLONES static double viscosityLoops(const ViscosityInput& in, double* stress, double* energy) {
   const int n = in.n, ld = in.ld;
   const double *v = in.velocity, *B = in.B, *vol = in.vol, *hgstiff = in.hgstiff, *mass = in.mass;
-  const double *hourglass = in.hourglass, *bound = in.bound, *bulk = in.bulk, *mask = in.mask;
+  const double *hourglass = in.hourglass, *bound = in.bound, *bulk = in.bulk, *mask = in.mask,
+               *viscosity = in.viscosity;
   const double b1 = in.linear, b2 = in.quadratic, lastIncrement = in.lastIncrement;
   double rate[kBlockLength]; // 1 / stable increment
 #pragma omp simd
@@ -80,7 +85,9 @@ SOLVER_CLONES static double viscosityLoops(const ViscosityInput& in, double* str
     // omega^2 <= 8 M B.B / rho by the element eigenvalue inequality, or that of the hourglass springs
     const double elastic = 4.0 * modulus * hgstiff[e] / m, spring = 64.0 * hourglass[e] / m;
     const double omega = __builtin_sqrt(elastic > spring ? elastic : spring);
-    const double damping = b1 + b2 * b2 * (L / c) * closing;
+    const double perViscosity = 0.5 * omega / modulus, byRate = viscosity[e] * perViscosity;
+    const double material = in.damping * perViscosity + (byRate < kMostByRate ? byRate : kMostByRate);
+    const double damping = b1 + b2 * b2 * (L / c) * closing + material;
     rate[e] = active == 0.0 ? 0.0 : 0.5 * omega * (__builtin_sqrt(1.0 + damping * damping) + damping);
   }
   double fastest = 0.0; // in order of the bricks; a NaN stays

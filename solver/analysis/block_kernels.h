@@ -20,7 +20,9 @@ struct ViscosityInput {
   const double *vol, *hgstiff;    // current volume and 2 V B.B
   const double *mass, *hourglass; // of the brick; stiffness of its hourglass springs
   const double *bound, *bulk, *mask;
+  const double* viscosity;  // by which stress follows the rate, Pa s
   double linear, quadratic; // coefficients of the bulk viscosity
+  double damping;           // of the material, Pa s
   double lastIncrement;     // s, that ends now
 };
 

@@ -121,6 +121,9 @@ void readUser(const Table& table, Material& material) {
   material.constants = material.hasCurveTables ? readPropertiesAndCurves(table, *model) : readProperties(table, *model);
   material.temperature = readNumber(table, material.model->keys[2]);
   material.length = readNumber(table, material.model->keys[3]);
+  material.acrossModulus = readNumber(table, material.model->keys[4]);
+  if (table.has("across_modulus") && !model->isSheet)
+    table.fail("across_modulus", "across_modulus does not go with " + model->key + ", which is no sheet");
   if (table.has("mullins")) table.fail("mullins", "mullins does not go with a user material");
 }
 

@@ -36,13 +36,13 @@ struct Material {
   double temperature = 0;                        // of a user material, K
   double length = 1;                             // of a user material: characteristic length of the elements, m
   bool hasCurveTables = false;                   // of a user material: its case left out the numbers of rows
+  double acrossModulus = 0;                      // of a sheet in bricks: stiffness across and out of its plane, Pa
   std::optional<Mullins> mullins;
   std::optional<DuctileFailure> failure;
 
   double shearModulus() const; // at small strain
   double bulkModulus() const;
-  bool isDamped() const; // by a user material, beyond what a stable increment knows of
-  bool isSheet() const;  // a model of plane stress, which bricks cannot have
+  bool isSheet() const; // a model of plane stress
 };
 
 // A point whose volume ratio falls below it is marked, and its brick taken out.
@@ -72,6 +72,9 @@ public:
   void energies(const double* V, double* stored, double* lost, MaterialWork& work);
 
   const std::vector<double>& flag() const { return flag_; }
+  // For the stable increment, Pa s: viscosity by which stress follows the rate, null for materials without, and damping.
+  const double* viscosity() const { return user_ ? user_->viscosity() : nullptr; }
+  double damping() const { return user_ ? user_->damping() : 0.0; }
   // The status of a user material says that the point has failed.
   bool isDeleted(int32_t i) const { return user_ && user_->isDeleted(i); }
 

@@ -260,6 +260,7 @@ const std::vector<SolverModel>& models() {
                 {"properties"},
                 {"temperature", anyNumber, "K", 293.15},
                 {"length", positive, "m", 1e-3},
+                {"across_modulus", positive, "Pa", 0.0},
                 {"curve"}},
        .volume = {},
        .shearModulus = userShear,

@@ -6,13 +6,14 @@
 #include "solver/model/materials.h"
 #include "solver/model/model.h"
 #include "solver/model/s33.h"
+#include "solver/model/user_stiffness.h"
 #include "spx.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <functional>
 #include <limits>
-#include <tuple>
 
 namespace sharedanalysis::solver {
 namespace {
@@ -46,6 +47,10 @@ Matrix inverse(const Matrix& a) {
     for (double& x : row) x /= det;
   return r;
 }
+double determinant(const Matrix& a) {
+  return a[0][0] * (a[1][1] * a[2][2] - a[1][2] * a[2][1]) - a[0][1] * (a[1][0] * a[2][2] - a[1][2] * a[2][0]) +
+         a[0][2] * (a[1][0] * a[2][1] - a[1][1] * a[2][0]);
+}
 Matrix loadSymmetric(const double* block, int32_t n, int32_t i) {
   Matrix m{};
   for (std::size_t a = 0; a < 3; ++a)
@@ -56,6 +61,29 @@ Matrix loadSymmetric(const double* block, int32_t n, int32_t i) {
 void storeSymmetric(const Matrix& m, double* block, int32_t n, int32_t i) {
   for (std::size_t a = 0; a < 3; ++a)
     for (std::size_t b = a; b < 3; ++b) block[kS33[a][b] * n + i] = 0.5 * (m[a][b] + m[b][a]);
+}
+
+// ---- sheets in bricks
+
+// What strains a sheet across its plane and out of it: components 33, 13, 23 of Green's strain (U U - 1)/2.
+std::array<double, 3> strainAcross(const Matrix& U) {
+  const Matrix C = product(U, U);
+  return {0.5 * (C[2][2] - 1), 0.5 * C[0][2], 0.5 * C[1][2]};
+}
+// The model's stress belongs to a sheet that keeps its thickness; the same force acts on that of the brick.  Across, the second
+// Piola-Kirchhoff stress is Green's strain times the modulus k.
+Matrix sheetStress(const Matrix& plane, const Matrix& U, double k) {
+  const std::array<double, 3> e = strainAcross(U);
+  const Matrix S = {{{0, 0, k * e[1]}, {0, 0, k * e[2]}, {k * e[1], k * e[2], k * e[0]}}};
+  Matrix s = product(U, product(S, U));
+  const double J = determinant(U), thickness = U[2][2];
+  for (std::size_t a = 0; a < 3; ++a)
+    for (std::size_t b = 0; b < 3; ++b) s[a][b] = s[a][b] / J + plane[a][b] / thickness;
+  return s;
+}
+double sheetEnergy(const Matrix& U, double k) {
+  const std::array<double, 3> e = strainAcross(U);
+  return k * (0.5 * e[0] * e[0] + e[1] * e[1] + e[2] * e[2]);
 }
 
 // ---- moduli for the stable increment, from the properties p
@@ -79,7 +107,7 @@ Moduli viscousFoamModuli(const Properties& p) {
 Moduli honeycombModuli(const Properties& p) {
   return {*std::max_element(&p[7], &p[10]), *std::max_element(&p[4], &p[7]) / 3};
 }
-// For the table of a driver alone: sheets are no bricks.
+// Of sheets in their plane.
 Moduli fabricModuli(const Properties& p) { return {p[6] + p[9], p[6] + p[9]}; }
 Moduli plyModuli(const Properties& p) { return isotropic(std::max(p[0], p[1]), p[2]); }
 
@@ -121,6 +149,8 @@ std::vector<CurveKind> compressionCurves(std::size_t countAt) {
   return {{.name = "compression", .columns = kStressStrain, .countAt = countAt, .byRate = true, .need = 1}};
 }
 
+// beta E.
+double rateSensitiveDamping(const Properties& p) { return p[2] * p[0]; }
 double foamSlope(const UserModel& model, const Properties& p) { return std::max(p[0], steepestSlope(model, p)); }
 
 // ---- stiffness where the point stands
@@ -232,7 +262,8 @@ const std::vector<UserModel>& userModels() {
        .moduli = tabulatedFoamModuli,
        .derived = foamSlope,
        .stiffness = rateSensitiveStiffness,
-       .dampingAt = 2,
+       .damping = rateSensitiveDamping,
+       .viscosity = rateSensitiveViscosity,
        .curves = compressionCurves(6)},
       {.key = "TVK_FU_CHANG_ISO_FOAM",
        .states = 7,
@@ -264,9 +295,16 @@ const std::vector<UserModel>& userModels() {
        .properties = 14,
        .takesMore = true,
        .moduli = fabricModuli,
+       .stiffness = fabricStiffness,
        .isSheet = true,
        .curves = fabricCurves()},
-      {.key = "TVK_PLY_FABRIC", .states = 16, .properties = 21, .moduli = plyModuli, .statusAt = 15, .isSheet = true},
+      {.key = "TVK_PLY_FABRIC",
+       .states = 16,
+       .properties = 21,
+       .moduli = plyModuli,
+       .statusAt = 15,
+       .stiffness = plyStiffness,
+       .isSheet = true},
   };
   return models;
 }
@@ -284,10 +322,6 @@ std::vector<std::string> describeCurves(const Material& material) {
   return describeCurves(*userModelOf(material.userName), material.constants);
 }
 
-bool Material::isDamped() const {
-  const UserModel* user = model->isUser() ? userModelOf(userName) : nullptr;
-  return user != nullptr && user->dampingAt && constants[*user->dampingAt] != 0;
-}
 bool Material::isSheet() const { return model->isUser() && userModelOf(userName)->isSheet; }
 
 void checkData(const Material& material) {
@@ -303,6 +337,7 @@ void checkData(const Material& material) {
 UserPoints::UserPoints(const Material& material, int32_t n)
     : material_(&material), model_(userModelOf(material.userName)), n_(n), name_(material.userName),
       derived_(model_->derived != nullptr ? model_->derived(*model_, material.constants) : 0.0),
+      across_(model_->isSheet ? material.acrossModulus : 0.0),
       hasStatus_(model_->statusAt && (!model_->statusBy || material.constants[*model_->statusBy] != 0)) {
   name_.resize(80, ' ');
   const auto size = static_cast<std::size_t>(n);
@@ -321,6 +356,7 @@ UserPoints::UserPoints(const Material& material, int32_t n)
   length_.assign(3 * size, material.length);
   rotation_.resize(9 * size);
   principal_.resize(3 * size);
+  if (model_->viscosity != nullptr) viscosity_.assign(size, 0.0);
 }
 
 void UserPoints::respond(const double* V, const double* F, double increment, double* stress, double* bound,
@@ -350,6 +386,7 @@ void UserPoints::respond(const double* V, const double* F, double increment, dou
                      v[0][1] * (v[0][1] * v[2][2] - v[1][2] * v[0][2]) +
                      v[0][2] * (v[0][1] * v[1][2] - v[1][1] * v[0][2]);
     density_[i] = material_->density / J;
+    if (across_ > 0) density_[i] = material_->density / (U[0][0] * U[1][1] - U[0][1] * U[0][1]);
   }
   increment_ = increment;
   call(time_ + increment);
@@ -358,7 +395,8 @@ void UserPoints::respond(const double* V, const double* F, double increment, dou
     Matrix R{};
     for (std::size_t a = 0; a < 3; ++a)
       for (std::size_t b = 0; b < 3; ++b) R[a][b] = rotation_[9 * static_cast<std::size_t>(i) + 3 * a + b];
-    const Matrix s = loadSymmetric(now_.stress.data(), n_, i);
+    Matrix s = loadSymmetric(now_.stress.data(), n_, i);
+    if (across_ > 0) s = sheetStress(s, loadSymmetric(now_.stretch.data(), n_, i), across_);
     storeSymmetric(product(R, product(s, transposed(R))), stress, n_, i);
   }
 }
@@ -375,20 +413,25 @@ void UserPoints::call(double time) {
                        now_.inelastic.data(), static_cast<int64_t>(name_.size()));
 }
 
-// What the wave speed is bounded by at the end: bound + bulk/3.
+// What the wave speed is bounded by at the end: bound + bulk/3; and the viscosity.
 void UserPoints::boundStiffness(double* bound, double* bulk) {
   const Moduli moduli = model_->moduli(material_->constants);
   const auto n = static_cast<std::size_t>(n_);
   if (model_->stiffness != nullptr) GLO_UTI_EIG33(&n_, now_.stretch.data(), principal_.data());
   for (std::size_t i = 0; i < n; ++i) {
     UserState state{material_->constants, derived_, 1, 1, material_->density / density_[i], 0, &now_.state[i], n};
+    state.increment = increment_;
     if (model_->stiffness != nullptr) {
-      std::tie(state.shortest, state.longest) = std::minmax({principal_[i], principal_[i + n], principal_[i + 2 * n]});
+      state.stretches = {principal_[i], principal_[i + n], principal_[i + 2 * n]};
+      std::sort(state.stretches.begin(), state.stretches.end(), std::greater<>());
+      state.shortest = state.stretches[2], state.longest = state.stretches[0];
       const double* s = &now_.stress[i];
       state.compression =
           std::max({0.0, -s[0], -s[n], -s[2 * n]}) + std::abs(s[3 * n]) + std::abs(s[4 * n]) + std::abs(s[5 * n]);
-      bound[i] = 0;
+      const double l2 = state.longest * state.longest;
+      bound[i] = across_ > 0 ? across_ * l2 * l2 / state.J + state.compression : 0;
       bulk[i] = 3 * model_->stiffness(state);
+      if (model_->viscosity != nullptr) viscosity_[i] = model_->viscosity(state);
     } else {
       const double K = model_->bulk != nullptr ? std::max(moduli.bulk, model_->bulk(state)) : moduli.bulk;
       bound[i] = 4.0 / 3 * moduli.shear;
@@ -405,6 +448,8 @@ bool UserPoints::isAccepted() {
   return !host::threadError();
 }
 
+double UserPoints::damping() const { return model_->damping != nullptr ? model_->damping(material_->constants) : 0.0; }
+
 void UserPoints::remember() {
   old_ = now_;
   time_ += increment_;
@@ -414,6 +459,7 @@ void UserPoints::energies(double* stored, double* lost) const {
   for (std::size_t i = 0; i < now_.internal.size(); ++i) {
     lost[i] = material_->density * now_.inelastic[i];
     stored[i] = material_->density * now_.internal[i] - lost[i];
+    if (across_ > 0) stored[i] += sheetEnergy(loadSymmetric(now_.stretch.data(), n_, static_cast<int32_t>(i)), across_);
   }
 }
 

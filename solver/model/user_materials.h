@@ -4,6 +4,7 @@
 
 #include "solver/model/user_curves.h"
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -28,6 +29,8 @@ struct UserState {
   double compression;       // bounds the compressive stress
   const double* variables;  // state variables, `stride` apart
   std::size_t stride;
+  double increment = 0;                        // the last one, s
+  std::array<double, 3> stretches = {1, 1, 1}; // principal ones, the longest first
 };
 
 // A model that a case may name; further characters may follow the key.
@@ -42,8 +45,9 @@ struct UserModel {
   double (*derived)(const UserModel&, const Properties&) = nullptr; // for UserState
   double (*bulk)(const UserState&) = nullptr;      // slope of the pressure over mu, where it grows with compression
   double (*stiffness)(const UserState&) = nullptr; // bounds density times wave speed squared in place of the moduli
-  std::optional<std::size_t> dampingAt = {};       // a property that the stable increment would have to know of
-  bool isSheet = false;                            // plane stress: not for bricks
+  double (*damping)(const Properties&) = nullptr;  // stress over rate of deformation, Pa s
+  double (*viscosity)(const UserState&) = nullptr; // bounds the change of stress with the rate of deformation, Pa s
+  bool isSheet = false;                            // plane stress: for bricks with a modulus across alone
   std::vector<CurveKind> curves = {};              // that a case may give as tables
 };
 const std::vector<UserModel>& userModels();
@@ -70,6 +74,8 @@ public:
   // Per undeformed volume, of the state that was computed last.
   void energies(double* stored, double* lost) const;
   bool isDeleted(int32_t i) const { return hasStatus_ && time_ > 0 && state(*model_->statusAt, i) == 0; }
+  double damping() const;
+  const double* viscosity() const { return viscosity_.empty() ? nullptr : viscosity_.data(); }
   double state(int32_t variable, int32_t i) const { return now_.state[static_cast<std::size_t>(variable * n_ + i)]; }
 
 private:
@@ -87,9 +93,9 @@ private:
   double time_ = 0, increment_ = 0;
   std::string name_;
   State old_, now_;
-  double derived_;
+  double derived_, across_;
   bool hasStatus_;
-  std::vector<double> strain_, spin_, density_, temperature_, length_, rotation_, principal_;
+  std::vector<double> strain_, spin_, density_, temperature_, length_, rotation_, principal_, viscosity_;
 };
 
 } // namespace sharedanalysis::solver

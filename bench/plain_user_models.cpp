@@ -1,0 +1,7 @@
+#include "plain_user.h"
+
+namespace plain {
+
+std::vector<UserRow> nativeUserRows() { return userRows(); }
+
+} // namespace plain

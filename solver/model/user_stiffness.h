@@ -1,0 +1,18 @@
+// Bounds for the stable increment of built-in user materials that more than a few constants decide.
+#pragma once
+
+#include "solver/model/user_materials.h"
+
+namespace sharedanalysis::solver {
+
+// The steepest slope of curves of (stress, strain).
+double steepest(const double* rows, std::size_t count);
+
+// Viscosity of a rate-sensitive foam: change of the Cauchy stress with the rate of deformation, Pa s.
+double rateSensitiveViscosity(const UserState& s);
+
+// Spatial stiffness of sheets in their plane.
+double fabricStiffness(const UserState& s);
+double plyStiffness(const UserState& s);
+
+} // namespace sharedanalysis::solver
