@@ -146,8 +146,8 @@ inline std::vector<UserRow> userRows() {
        {193e9, 1.5e9, 4.92e9, 12.2e9, .5e9, .2e9, .2e9, .009, 1,     .75e9, .16, 1,
         0,     201e9, 260e9,  0,      1,    0,    16e9, .36,  300e9, 200e9, 0,   .2},
        jhbOfPhases,
-       3e9,
-       4e-3,
+       6e9,
+       2e-2,
        1,
        1,
        {.05, 1.05, 0, 1e9, .4},
@@ -186,7 +186,7 @@ void fillUserRow(const UserRow& row, int n, double* density, double* strainInc, 
           c < 3 ? random(row.shortest, row.longest) : random(-.05, .05) * (row.longest > row.shortest);
       stretchOld[c * n + i] = stretchNew[c * n + i] - strainInc[c * n + i];
     }
-    for (int c = 0; c < (row.isSheet ? 5 : 9); ++c) defgrad[c * n + i] = c < 3 ? random(.88, 1.01) : 0;
+    for (int c = 0; c < (row.isSheet ? 5 : 9); ++c) defgrad[c * n + i] = c < 3 ? random(.88, .95) : 0;
     for (int k = 0; k < row.states; ++k)
       state[k * n + i] = k < static_cast<int>(row.state.size()) ? random(0, row.state[k]) : 0;
     if (row.transformed > 0) { // stress between both finishes, and a path that does not turn round
