@@ -540,6 +540,61 @@ inline void plyFabric(int32_t n, const MaterialBlock& b) {
   }
 }
 
+// With a change of phase; energies by the mean stress alone.
+inline void jhbOfPhases(int32_t n, const MaterialBlock& b) {
+  using namespace user;
+  const double *c = b.props, G = c[0], T = c[9], K1 = c[13], P1 = c[18], mu2 = c[19], mu0 = c[23];
+  const auto cubic = [](const double* k, double x) { return x > 0 ? x * (k[0] + x * (k[1] + x * k[2])) : k[0] * x; };
+  const auto low = [&](double mu) { return cubic(c + 13, mu); };
+  const auto dense = [&](double mu) { return cubic(c + 20, (mu - mu0) / (1 + mu0)); };
+  const auto curve = [](double P, double root, double knee, double value, double most) {
+    if (P < knee) return std::max(0., (P - root) * value / (knee - root));
+    return value +
+           (most > value ? (most - value) * (1 - std::exp(-value / (knee - root) / (most - value) * (P - knee))) : 0);
+  };
+  double mu1 = P1 / K1;
+  for (int k = 0; k < 60; ++k) mu1 -= (low(mu1) - P1) / (K1 + mu1 * (2 * c[14] + 3 * mu1 * c[15]));
+  const double rise = dense(mu2) - P1;
+  for (int i = 0; i < n; ++i) {
+    double e[6], so[6], s[6], d[6], F[3];
+    load(b.strainInc, n, i, 6, e), load(b.stressOld, n, i, 6, so), load(b.defgrad, n, i, 3, F);
+    const double mu = 1 / (F[0] * F[1] * F[2]) - 1, top = std::max({0., b.stateOld[4 * n + i], mu}),
+                 tr = e[0] + e[1] + e[2];
+    const double f = std::clamp((top - mu1) / (mu2 - mu1), 0., 1.), dP = b.stateOld[3 * n + i], D = b.stateOld[n + i];
+    const auto mix = [&](double x) { return (1 - f) * low(x) + f * dense(x); };
+    double P = mix(mu) + dP + (f > 0 && f < 1 ? P1 + f * rise - mix(top) : 0);
+    const double mean = (so[0] + so[1] + so[2]) / 3, limited = std::max(D < 1 ? -T : 0., P);
+    for (int k = 0; k < 6; ++k) {
+      d[k] = e[k] - (k < 3 ? tr / 3 : 0);
+      s[k] = so[k] - (k < 3 ? mean : 0) + 2 * G * d[k];
+    }
+    const double trial = std::sqrt(1.5 * product(s, s)), rate = std::sqrt(2. / 3 * product(d, d)) / b.dt;
+    const double r = rate > c[8] ? 1 + c[7] * std::log(rate / c[8]) : 1;
+    const auto failed = [&](double p) { return r * curve(p, 0, c[4], c[5], c[6]); };
+    const double strength = D < 1 ? r * curve(limited, -T, c[1], c[2], c[3]) : failed(limited);
+    double q = trial, dep = 0, now = D, growth = 0;
+    if (trial > strength + 1e-12 * G) {
+      const double strain = c[10] * std::pow((limited + T) / c[3], c[11]),
+                   ef = std::max(1e-30, c[12] > 0 ? std::min(c[12], strain) : strain);
+      dep = (trial - strength) / (3 * G), now = std::min(1., D + dep / ef), q = strength;
+      if (D < 1 && now >= 1) {
+        const double broken = failed(limited), arm = K1 * (mu - f * mu0) + dP;
+        const double gain = 2 * c[16] * K1 * std::max(0., strength * strength - broken * broken) / (6 * G);
+        if (arm >= 0) growth = gain / (arm + std::sqrt(arm * arm + gain) + 1e-300);
+        P += growth, q = std::min(trial, failed(std::max(0., P))), dep = (trial - q) / (3 * G);
+      }
+    }
+    P = std::max(now < 1 ? -T : 0., P);
+    for (int k = 0; k < 6; ++k) {
+      s[k] = (trial > 0 ? q / trial : 0) * s[k] - (k < 3 ? P : 0);
+      b.stress[k * n + i] = s[k];
+    }
+    const double state[] = {b.stateOld[i] + dep, now, 1, dP + growth, top};
+    for (int k = 0; k < 5; ++k) b.state[k * n + i] = state[k];
+    energies(b, i, 1, so, 1, s, e, q * q / (6 * G) + P * P / (2 * K1));
+  }
+}
+
 // By the exponential law: equal moduli, one temperature, and increments that do not turn round.  Without inelastic energy.
 inline void superelasticExponential(int32_t n, const MaterialBlock& b) {
   using namespace user;

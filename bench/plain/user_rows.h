@@ -18,7 +18,7 @@ struct UserRow {
   std::vector<double> state; // largest values of the state at the start
   int arithmetic, divisions; // what a point costs, nearly
   bool isSheet = false;
-  bool knowsLoss = true;  // the loop computes inelastic energy
+  int energies = 2;       // that the loop computes: internal, inelastic
   double transformed = 0; // strain of full transformation, which goes along the stress
 };
 
@@ -141,6 +141,20 @@ inline std::vector<UserRow> userRows() {
        500,
        30,
        true},
+      {"TVK_JHB",
+       5,
+       {193e9, 1.5e9, 4.92e9, 12.2e9, .5e9, .2e9, .2e9, .009, 1,     .75e9, .16, 1,
+        0,     201e9, 260e9,  0,      1,    0,    16e9, .36,  300e9, 200e9, 0,   .2},
+       jhbOfPhases,
+       6e9,
+       2e-2,
+       1,
+       1,
+       {.05, 1.05, 0, 1e9, .4},
+       600,
+       30,
+       false,
+       0},
       {"TVK_SUPER_ELASTIC_N3D_EXP",
        8,
        {60e9, .3, 60e9, .3, .075, 520e6, 750e6, 550e6, 200e6, 0, 300, 0, 250e6, 20e6},
@@ -153,7 +167,7 @@ inline std::vector<UserRow> userRows() {
        1500,
        60,
        false,
-       false,
+       1,
        .075 / std::sqrt(2. / 3)},
   };
 }
@@ -172,7 +186,7 @@ void fillUserRow(const UserRow& row, int n, double* density, double* strainInc, 
           c < 3 ? random(row.shortest, row.longest) : random(-.05, .05) * (row.longest > row.shortest);
       stretchOld[c * n + i] = stretchNew[c * n + i] - strainInc[c * n + i];
     }
-    for (int c = 0; c < (row.isSheet ? 5 : 9); ++c) defgrad[c * n + i] = c < 3;
+    for (int c = 0; c < (row.isSheet ? 5 : 9); ++c) defgrad[c * n + i] = c < 3 ? random(.88, .95) : 0;
     for (int k = 0; k < row.states; ++k)
       state[k * n + i] = k < static_cast<int>(row.state.size()) ? random(0, row.state[k]) : 0;
     if (row.transformed > 0) { // stress between both finishes, and a path that does not turn round

@@ -70,15 +70,16 @@ std::array<double, 3> strainAcross(const Matrix& U) {
   const Matrix C = product(U, U);
   return {0.5 * (C[2][2] - 1), 0.5 * C[0][2], 0.5 * C[1][2]};
 }
-// The model's stress belongs to a sheet that keeps its thickness; the same force acts on that of the brick.  Across, the second
-// Piola-Kirchhoff stress is Green's strain times the modulus k.
+// The model's stress does its work on a sheet that keeps its thickness, per area; the brick does the same work per volume.
+// Across, the second Piola-Kirchhoff stress is Green's strain times the modulus k.
+double areaRatio(const Matrix& U) { return U[0][0] * U[1][1] - U[0][1] * U[0][1]; }
 Matrix sheetStress(const Matrix& plane, const Matrix& U, double k) {
   const std::array<double, 3> e = strainAcross(U);
   const Matrix S = {{{0, 0, k * e[1]}, {0, 0, k * e[2]}, {k * e[1], k * e[2], k * e[0]}}};
   Matrix s = product(U, product(S, U));
-  const double J = determinant(U), thickness = U[2][2];
+  const double J = determinant(U), area = areaRatio(U);
   for (std::size_t a = 0; a < 3; ++a)
-    for (std::size_t b = 0; b < 3; ++b) s[a][b] = s[a][b] / J + plane[a][b] / thickness;
+    for (std::size_t b = 0; b < 3; ++b) s[a][b] = (s[a][b] + area * plane[a][b]) / J;
   return s;
 }
 double sheetEnergy(const Matrix& U, double k) {
@@ -386,7 +387,7 @@ void UserPoints::respond(const double* V, const double* F, double increment, dou
                      v[0][1] * (v[0][1] * v[2][2] - v[1][2] * v[0][2]) +
                      v[0][2] * (v[0][1] * v[1][2] - v[1][1] * v[0][2]);
     density_[i] = material_->density / J;
-    if (across_ > 0) density_[i] = material_->density / (U[0][0] * U[1][1] - U[0][1] * U[0][1]);
+    if (across_ > 0) density_[i] = material_->density / areaRatio(U);
   }
   increment_ = increment;
   call(time_ + increment);
@@ -428,9 +429,12 @@ void UserPoints::boundStiffness(double* bound, double* bulk) {
       const double* s = &now_.stress[i];
       state.compression =
           std::max({0.0, -s[0], -s[n], -s[2 * n]}) + std::abs(s[3 * n]) + std::abs(s[4 * n]) + std::abs(s[5 * n]);
-      const double l2 = state.longest * state.longest;
-      bound[i] = across_ > 0 ? across_ * l2 * l2 / state.J + state.compression : 0;
-      bulk[i] = 3 * model_->stiffness(state);
+      // of a sheet, J is its area, and the volume that of the brick
+      const double l2 = state.longest * state.longest,
+                   volume = state.stretches[0] * state.stretches[1] * state.stretches[2],
+                   perVolume = across_ > 0 ? state.J / volume : 1;
+      bound[i] = across_ > 0 ? across_ * l2 * l2 / volume + state.compression * perVolume : 0;
+      bulk[i] = 3 * model_->stiffness(state) * perVolume;
       if (model_->viscosity != nullptr) viscosity_[i] = model_->viscosity(state);
     } else {
       const double K = model_->bulk != nullptr ? std::max(moduli.bulk, model_->bulk(state)) : moduli.bulk;

@@ -377,6 +377,9 @@ TEST(Honeycomb, CrushesAndLocks) {
       EXPECT_NEAR(s.stress[3] / MPa, .8, 1e-9);
     }
   }
+  Material closing = honeycomb();
+  closing.stretchSteps(stretchOf(0, 1 - .79985), 2000);
+  EXPECT_NEAR(closing.stress[0] / MPa, -59.916, 1e-6) << "on the curve to the end";
   // dense metal, for good
   Material m = honeycomb();
   m.stretchSteps(stretchOf(0, .19), 400);

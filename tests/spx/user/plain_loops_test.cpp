@@ -34,7 +34,7 @@ TEST(UserMaterials, PlainLoopsComputeTheSame) {
                  energy.data(), out[1][0].data(), out[1][1].data(), out[1][2].data(), out[1][3].data(), dt, Uo.data(),
                  U.data(), length.data()});
     const char* what[] = {"stress", "state", "internal", "inelastic"};
-    for (int k = 0; k < (row.knowsLoss ? 4 : 3); ++k)
+    for (int k = 0; k < 2 + row.energies; ++k)
       for (std::size_t c = 0; c < out[0][k].size() / n; ++c) {
         double size = 0, worst = 0;
         for (int i = 0; i < n; ++i) {

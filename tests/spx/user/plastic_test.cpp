@@ -66,7 +66,7 @@ TEST(Plastic, UniaxialTestsAreOnTheirCurvesInOneStepOrMany) {
     double strain, stress, plastic;
   } rows[] = {{.12, 51.475410, .094262}, {-.12, -66.590538, .086705}, {.05, 45.454545, 0},
               {.3, 57.230769, 0},        {-.05, -57.522124, 0},       {-.3, -74.058193, 0}};
-  for (const auto& [f3, f5] : {std::pair{0., 0.}, {.5, 1.2}})
+  for (const auto& [f3, f5] : {std::pair{0., 0.}, {.5, 1.2}, {.5, 4.5}})
     for (const auto& row : rows)
       for (int shears : {1, 3})
         for (int parts : {1, 40}) {
