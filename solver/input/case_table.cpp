@@ -1,5 +1,7 @@
 #include "solver/input/case_table.h"
 
+#include "solver/model/text.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
@@ -38,6 +40,67 @@ std::string typeName(const toml::node& node) {
 
 std::string in(const std::string& unit) { return unit.empty() ? "" : " in " + unit; }
 std::string expectedNumber(const Range& range, const std::string& unit) { return range.expected + in(unit); }
+
+void writeValue(std::string& text, const toml::node& node) {
+  if (const toml::array* values = node.as_array()) {
+    text += '[';
+    for (const toml::node& value : *values) {
+      if (text.back() != '[') text += ", ";
+      writeValue(text, value);
+    }
+    text += ']';
+  } else if (node.is_number()) {
+    text += exactNumber(*node.value<double>());
+  } else {
+    std::ostringstream stream;
+    stream << toml::toml_formatter{node, toml::format_flags::none};
+    text += stream.str();
+  }
+}
+
+using Numbers = std::map<std::string, std::vector<double>>;
+
+// Values in the order of the file with those of `numbers` in their places, new ones behind them, then the tables below.
+void write(std::string& text, const std::string& name, const std::string& header, const toml::table& table,
+           const Numbers& numbers) {
+  std::vector<std::pair<std::string, const toml::node*>> entries;
+  for (const auto& [key, node] : table) entries.emplace_back(key.str(), &node);
+  const auto place = [](const auto& entry) {
+    const toml::source_position at = entry.second->source().begin;
+    return std::pair(at.line, at.column);
+  };
+  std::stable_sort(entries.begin(), entries.end(), [&](const auto& a, const auto& b) { return place(a) < place(b); });
+  const auto isTable = [](const toml::node& node) { return node.is_table() || node.is_array_of_tables(); };
+  const auto writeNumbers = [&](const std::vector<double>& values) {
+    for (const double& value : values) text += (&value == values.data() ? "" : ", ") + exactNumber(value);
+  };
+  text += header + "\n";
+  for (const auto& [key, node] : entries) {
+    if (isTable(*node)) continue;
+    const auto found = numbers.find(key);
+    text += key + " = ";
+    if (found == numbers.end()) {
+      writeValue(text, *node);
+    } else {
+      text += node->is_array() ? "[" : "";
+      writeNumbers(found->second);
+      text += node->is_array() ? "]" : "";
+    }
+    text += '\n';
+  }
+  for (const auto& [key, values] : numbers) {
+    if (table.contains(key)) continue;
+    text += key + " = ";
+    writeNumbers(values);
+    text += '\n';
+  }
+  for (const auto& [key, node] : entries) {
+    const std::string below = name + "." + key;
+    if (const toml::table* child = node->as_table()) write(text, below, "[" + below + "]", *child, {});
+    if (node->is_array_of_tables())
+      for (const toml::node& child : *node->as_array()) write(text, below, "[[" + below + "]]", *child.as_table(), {});
+  }
+}
 
 std::shared_ptr<const toml::table> parse(const std::filesystem::path& file, const std::string& text) {
   try {
@@ -192,19 +255,10 @@ Names Table::texts(const char* key, const std::string& expected) const {
 }
 
 std::string Table::written(const char* name, const std::map<std::string, std::vector<double>>& numbers) const {
-  toml::table copy = *content_->values;
-  for (const auto& [key, values] : numbers) {
-    if (!isArray(key.c_str())) {
-      copy.insert_or_assign(key, values.front());
-      continue;
-    }
-    toml::array all;
-    for (const double value : values) all.push_back(value);
-    copy.insert_or_assign(key, std::move(all));
-  }
-  std::ostringstream text;
-  text << toml::table{{name, toml::array{std::move(copy)}}} << '\n';
-  return text.str();
+  std::string text;
+  write(text, name, "[[" + std::string(name) + "]]", *content_->values, numbers);
+  text.pop_back(); // the end of the last line
+  return text;
 }
 
 Table Table::table(const char* key, const Names& keys) const {

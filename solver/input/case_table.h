@@ -51,7 +51,8 @@ public:
   std::string text(const char* key, const std::string& otherwise) const;
   Names texts(const char* key, const std::string& expected) const;
 
-  // The table as text under [[name]], with other numbers: `numbers` has all of an array, or the one of a key.
+  // The table as text under [[name]], without an end of its last line.  `numbers` has all numbers of arrays, or the one of a
+  // key, that take the place of the table's.
   std::string written(const char* name, const std::map<std::string, std::vector<double>>& numbers) const;
 
   // [name]; an empty table if there is none.

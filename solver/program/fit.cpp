@@ -1,8 +1,7 @@
 #include "solver/program/fit.h"
 
-#include "reference_host.h"
 #include "solver/model/text.h"
-#include "solver/program/fit_case.h"
+#include "solver/program/fit_residuals.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,10 +11,6 @@
 namespace sharedanalysis::solver {
 namespace {
 
-// A residual of a state that cannot be computed.
-constexpr double kFailed = 1e6;
-// Relative residuals are those of a stress that is at least this part of the largest of its path.
-constexpr double kSmallestPart = 0.01;
 // Derivatives for standard errors are taken by this part of a constant.
 constexpr double kPart = 1e-4;
 // Squares of residuals, each, of data that a model meets.
@@ -69,82 +64,27 @@ private:
   double low_, high_, width_;
 };
 
-// A path with its data.
-struct Test {
-  const MaterialPath* path;
-  std::vector<double> weights;   // of each point, 1/Pa
-  std::vector<double> floors;    // stresses that relative misfits divide by, Pa
-  std::vector<std::size_t> legs; // of each point, where the material keeps a history
-  std::vector<double> free;      // stretches found last
-};
-
-bool keepsHistory(const Material& material) { return material.model->isUser() || material.mullins; }
-
-double largest(const std::vector<double>& values) {
-  double most = 0;
-  for (const double value : values) most = std::max(most, std::abs(value));
-  return most;
-}
-
-// Points follow one another along the legs; on a path of one leg their order does not matter.
-std::vector<std::size_t> legsOf(const MaterialPath& path) {
-  if (path.byStress)
-    throw InputError("path \"" + path.name +
-                     "\" is led by stress, which a fit of a material with a history cannot "
-                     "follow, expected stretch = [...]");
-  std::vector<double> ends{path.mode == Mode::Shear ? 0.0 : 1.0};
-  ends.insert(ends.end(), path.turns.begin(), path.turns.end());
-  std::vector<std::size_t> legs;
-  std::size_t leg = 0;
-  double last = ends[0];
-  for (const double s : path.data.stretch) {
-    const auto lies = [&](std::size_t k) {
-      const bool isInside = (s - ends[k]) * (s - ends[k + 1]) <= 0;
-      return isInside && (path.turns.size() == 1 || (s - last) * (ends[k + 1] - ends[k]) >= 0);
-    };
-    while (leg < path.turns.size() && !lies(leg)) {
-      ++leg;
-      last = ends[leg];
-    }
-    if (leg == path.turns.size())
-      throw InputError("path \"" + path.name + "\" does not pass stretch " + shortNumber(s) +
-                       " of its data, expected data in the order of the path");
-    legs.push_back(leg);
-    last = s;
-  }
-  return legs;
-}
-
 class Fit {
 public:
   explicit Fit(const PathCase& definition)
-      : definition_(definition), case_(fitCaseOf(definition)), material_(definition.materials[case_.material]) {
-    for (const MaterialPath& path : definition.paths)
-      if (path.material == case_.material && !path.data.stretch.empty()) tests_.push_back({&path, {}, {}, {}, {}});
-    if (tests_.empty())
-      throw InputError(definition.file.string() + ": no data of material \"" + material_.name +
-                       "\", expected a path with [path.data]");
-    weigh();
-    if (points_ < case_.free.size())
-      throw InputError(definition.file.string() + ": " + counted(points_, "point") + " of tests and " +
-                       counted(case_.free.size(), "free constant") + ", expected at least as many points");
-  }
+      : definition_(definition), case_(fitCaseOf(definition)), residuals_(definition, case_),
+        material_(definition.materials[case_.material]) {}
 
   // All starts are led near their minima, the best of them to the end.
   FitResult run() {
     std::vector<double> sums, best;
     double least = std::numeric_limits<double>::infinity();
-    const double exact = kExact * static_cast<double>(points_);
+    const double exact = kExact * static_cast<double>(residuals_.points());
     std::vector<std::size_t> all(case_.free.size()), moduli;
     std::iota(all.begin(), all.end(), std::size_t{0});
     for (const std::size_t k : all) // stress is linear in them, nearly
       if (std::string_view(case_.free[k].unit) == "Pa") moduli.push_back(k);
     for (int k = 0; k < case_.starts && !(least < exact); ++k) {
       std::vector<double> values = startValues(k);
-      if (!isComputable(values)) continue;
+      if (!residuals_.isComputable(values)) continue;
       if (k > 0 && !moduli.empty()) improve(values, moduli, 1e-3, 5);
       sums.push_back(improve(values, all, 1e-6, 15));
-      if (!(sums.back() < least) || !isComputable(values)) continue;
+      if (!(sums.back() < least) || !residuals_.isComputable(values)) continue;
       least = sums.back();
       best = values;
     }
@@ -162,103 +102,12 @@ public:
   }
 
 private:
-  // ---- residuals
-
-  void weigh() {
-    double most = 0;
-    for (const Test& test : tests_) most = std::max(most, largest(test.path->data.stress));
-    if (!(most > 0)) throw InputError(definition_.file.string() + ": all stresses of the data are 0");
-    double sum = 0, count = 0;
-    for (Test& test : tests_) {
-      const std::vector<double>& stress = test.path->data.stress;
-      const double floor = kSmallestPart * (largest(stress) > 0 ? largest(stress) : most);
-      for (std::size_t k = 0; k < stress.size(); ++k) {
-        test.floors.push_back(std::max(std::abs(stress[k]), floor));
-        test.weights.push_back(1 / (case_.isRelative ? test.floors[k] : most));
-        const double s = test.path->data.stretch[k], strain = strainOf(test.path->mode, s);
-        if (std::abs(strain) > 1e-3) sum += std::abs(stress[k] / strain), count += 1;
-      }
-      if (keepsHistory(material_)) test.legs = legsOf(*test.path);
-      points_ += stress.size();
-    }
-    modulus_ = count > 0 && sum > 0 ? sum / count : material_.shearModulus();
-  }
-
-  // What a neo-Hookean material multiplies its shear modulus with; 0 where the volume rules.
-  static double strainOf(Mode mode, double s) {
-    if (mode == Mode::Shear) return s;
-    if (mode == Mode::Volumetric || mode == Mode::Confined) return 0;
-    const double a = isochoric(mode, s);
-    return s - a * a / s;
-  }
-
-  Material materialOf(const std::vector<double>& values) const {
-    Material material = material_;
-    for (std::size_t k = 0; k < values.size(); ++k) {
-      const FitConstant& c = case_.free[k];
-      material.constants[c.index] = !c.isReciprocal ? values[k] : values[k] > 0 ? 1 / values[k] : 0;
-    }
-    return material;
-  }
-
-  bool isSound(const std::vector<double>& values, const Material& material) const {
-    for (std::size_t k = 0; k < values.size(); ++k)
-      if (!std::isfinite(values[k]) || !case_.free[k].range.holds(values[k])) return false;
-    const double G = material.shearModulus(), K = material.bulkModulus();
-    return G > 0 && K > 0 && std::isfinite(G) && std::isfinite(K);
-  }
-
-  // Computed stresses at the data of a test; empty when a state cannot be computed.
-  std::vector<double> stressesOf(const Test& test, const Material& material, std::vector<double>& free) const {
-    if (!keepsHistory(material)) return nominalStresses(material, test.path->mode, test.path->data.stretch, free);
-    std::vector<PathPoint> states;
-    try {
-      states = follow(*test.path, material);
-    } catch (const InputError&) {
-      if (host::threadError()) host::openJob(definition_.job, definition_.outputDirectory); // takes the mark away
-      return {};
-    }
-    std::vector<double> stresses;
-    const auto steps = static_cast<std::size_t>(test.path->steps);
-    for (std::size_t k = 0; k < test.legs.size(); ++k) {
-      const double s = test.path->data.stretch[k];
-      const PathPoint* from = &states[test.legs[k] * steps];
-      for (std::size_t j = 1; j < steps && (from[1].stretch - s) * (from[0].stretch - s) > 0; ++j) ++from;
-      const double width = from[1].stretch - from[0].stretch, part = width != 0 ? (s - from[0].stretch) / width : 0;
-      stresses.push_back(from[0].nominal + part * (from[1].nominal - from[0].nominal));
-    }
-    return stresses;
-  }
-
-  bool residuals(const std::vector<double>& values, std::vector<double>& r) const {
-    const Material material = materialOf(values);
-    std::fill(r.begin(), r.end(), kFailed);
-    if (!isSound(values, material)) return false;
-    bool isComputed = true;
-    std::size_t at = 0;
-    for (const Test& test : tests_) {
-      std::vector<double> free;
-      const std::vector<double> computed = stressesOf(test, material, free);
-      for (std::size_t k = 0; k < test.weights.size(); ++k, ++at) {
-        const double residual =
-            computed.empty() ? kFailed : (computed[k] - test.path->data.stress[k]) * test.weights[k];
-        if (std::abs(residual) < kFailed)
-          r[at] = residual;
-        else
-          isComputed = false;
-      }
-    }
-    return isComputed;
-  }
-  bool isComputable(const std::vector<double>& values) const {
-    std::vector<double> r(points_);
-    return residuals(values, r);
-  }
-
   template <class Values>
   LeastSquares problemOf(std::size_t unknowns, Values valuesOf) const {
-    return {static_cast<int>(unknowns), static_cast<int>(points_),
-            [this, valuesOf](const std::vector<double>& x, std::vector<double>& r) { residuals(valuesOf(x), r); }};
+    return {static_cast<int>(unknowns), static_cast<int>(residuals_.points()),
+            [this, valuesOf](const std::vector<double>& x, std::vector<double>& r) {
+              residuals_.evaluate(valuesOf(x), r);
+            }};
   }
 
   // Leads some of the values to a minimum; returns the sum of squares.
@@ -296,10 +145,10 @@ private:
     if (std::isfinite(c.low) && std::isfinite(c.high)) return numbers_.between(c.low, c.high);
     if (material_.model->isUser()) return c.start != 0 ? c.start * numbers_.power(-1, 1) : numbers_.next();
     if (unit == "Pa") {
-      const double size = modulus_ * numbers_.power(-9, 1);
+      const double size = residuals_.modulus() * numbers_.power(-9, 1);
       return c.low >= 0 || numbers_.next() < 0.75 ? size : -size;
     }
-    if (unit == "1/Pa") return (c.start > 0 ? c.start : 1e-3 / modulus_) * numbers_.power(-3, 3);
+    if (unit == "1/Pa") return (c.start > 0 ? c.start : 1e-3 / residuals_.modulus()) * numbers_.power(-3, 3);
     if (std::isfinite(c.low)) return c.low + std::max(c.start - c.low, 0.1) * numbers_.power(-2, 2);
     return c.key == "alpha" ? numbers_.between(-5, 8) : numbers_.between(-0.3, 1);
   }
@@ -307,7 +156,7 @@ private:
     const double own = std::abs(value - (std::isfinite(c.low) ? c.low : std::isfinite(c.high) ? c.high : 0));
     if (own > 0) return own;
     const std::string unit = c.unit;
-    return unit == "Pa" ? modulus_ : unit == "1/Pa" ? 1e-3 / modulus_ : 1;
+    return unit == "Pa" ? residuals_.modulus() : unit == "1/Pa" ? 1e-3 / residuals_.modulus() : 1;
   }
   std::vector<Unknown> unknownsOf(const std::vector<double>& values) const {
     std::vector<Unknown> unknowns;
@@ -350,7 +199,7 @@ private:
   }
 
   void describe(const std::vector<double>& values, double sum, FitResult& result) const {
-    result.material = materialOf(values);
+    result.material = residuals_.materialOf(values);
     const Table& table = definition_.materialTables[case_.material];
     for (std::size_t k = 0; k < values.size(); ++k) {
       const FitConstant& c = case_.free[k];
@@ -381,12 +230,14 @@ private:
     });
     for (std::size_t k = 0; k < inside.size(); ++k) inside[k] /= sizes[k];
     const std::vector<double> J = problem.derivatives(inside, std::vector<double>(values.size(), kPart));
-    const std::vector<double> parts = variances(J, static_cast<int>(points_), static_cast<int>(values.size()));
+    const std::vector<double> parts =
+        variances(J, static_cast<int>(residuals_.points()), static_cast<int>(values.size()));
     for (std::size_t k = 0; k < values.size(); ++k) {
       const FitConstant& c = case_.free[k];
       FitResult::Constant constant{c.name, c.unit, values[k], {}, parts[k] > 0};
-      if (points_ > values.size())
-        constant.error = sizes[k] * std::sqrt(parts[k] * sum / static_cast<double>(points_ - values.size()));
+      if (residuals_.points() > values.size())
+        constant.error =
+            sizes[k] * std::sqrt(parts[k] * sum / static_cast<double>(residuals_.points() - values.size()));
       if (constant.error && values[k] != 0 && !(*constant.error < std::abs(values[k]))) constant.isDetermined = false;
       result.constants.push_back(constant);
     }
@@ -394,10 +245,9 @@ private:
 
   void addMisfits(FitResult& result) const {
     FitResult::Misfit all{"all", 0, 0, 0};
-    for (const Test& test : tests_) {
+    for (const DataOfPath& test : residuals_.tests()) {
       FitResult::Misfit one{test.path->name, test.weights.size(), 0, 0};
-      std::vector<double> free;
-      const std::vector<double> computed = stressesOf(test, result.material, free);
+      const std::vector<double> computed = residuals_.stressesOf(test, result.material);
       for (std::size_t k = 0; k < one.points; ++k) {
         const double error = computed[k] - test.path->data.stress[k], part = error / test.floors[k];
         one.rms += error * error;
@@ -427,7 +277,7 @@ private:
       result.notes.push_back(c.name + " is not determined by the data" +
                              (c.error && *c.error > 0 ? ": its standard error is " + shortNumber(*c.error) : ""));
     }
-    if (const double G = result.material.shearModulus(); hasShearTest() && G < 1e-3 * modulus_)
+    if (const double G = result.material.shearModulus(); hasShearTest() && G < 1e-3 * residuals_.modulus())
       result.notes.push_back("the shear modulus without strain has come to " + shortNumber(G) +
                              " Pa, its limit: the data ask for a softer start than the model may have");
     if (result.starts > 1 && result.reached == 1)
@@ -436,7 +286,7 @@ private:
   }
 
   bool hasShearTest() const {
-    return std::any_of(tests_.begin(), tests_.end(), [](const Test& test) {
+    return std::any_of(residuals_.tests().begin(), residuals_.tests().end(), [](const DataOfPath& test) {
       return test.path->mode != Mode::Volumetric && test.path->mode != Mode::Confined;
     });
   }
@@ -450,7 +300,11 @@ private:
     const auto [low, high] = std::minmax_element(ends.begin(), ends.end());
     std::vector<double> s, P;
     if (keepsHistory(result.material)) {
-      std::vector<PathPoint> states = follow(path, result.material);
+      std::vector<PathPoint> states = residuals_.statesOf(path, result.material);
+      if (states.empty()) {
+        result.notes.push_back("the material cannot be led along path \"" + path.name + "\"");
+        return;
+      }
       states.resize(std::min(states.size(), static_cast<std::size_t>(path.steps) + 1)); // the first leg
       for (const PathPoint& state : states)
         if (state.stretch >= *low && state.stretch <= *high) s.push_back(state.stretch), P.push_back(state.nominal);
@@ -464,18 +318,17 @@ private:
     for (std::size_t k = 1; k < s.size(); ++k) {
       const double rise = s[k] > s[k - 1] ? P[k] - P[k - 1] : P[k - 1] - P[k];
       if (rise > -small) continue;
-      result.notes.push_back("the material is not stable: on path \"" + path.name +
-                             "\" its nominal stress falls with the stretch at " + shortNumber(s[k]));
+      result.notes.push_back("the material is not stable: on path \"" + path.name + "\" its nominal stress " +
+                             (rise <= -small ? "falls with the stretch" : "cannot be computed") + " at " +
+                             shortNumber(s[k]));
       return;
     }
   }
 
   const PathCase& definition_;
   FitCase case_;
+  FitResiduals residuals_;
   const Material& material_;
-  std::vector<Test> tests_;
-  std::size_t points_ = 0;
-  double modulus_ = 1; // of the size of the data's
   Numbers numbers_;
 };
 

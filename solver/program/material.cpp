@@ -14,19 +14,22 @@ namespace {
 
 using namespace sharedanalysis::solver;
 
+std::string moduliOf(const Material& material) {
+  const double G = material.shearModulus(), K = material.bulkModulus();
+  return "shear modulus " + shortNumber(G / 1e6) + " MPa, bulk modulus " + shortNumber(K / 1e6) +
+         " MPa, Poisson's ratio " + shortNumber((3 * K - 2 * G) / (2 * (3 * K + G))) + " at small strain";
+}
+
 void describe(const PathCase& definition) {
   std::cout << printable(definition.title) << '\n';
   for (const Material& material : definition.materials) {
-    const double G = material.shearModulus(), K = material.bulkModulus();
-    std::cout << "material " << printable(material.name) << ": shear modulus " << shortNumber(G / 1e6)
-              << " MPa, bulk modulus " << shortNumber(K / 1e6) << " MPa, Poisson's ratio "
-              << shortNumber((3 * K - 2 * G) / (2 * (3 * K + G))) << " at small strain\n";
+    std::cout << "material " << printable(material.name) << ": " << moduliOf(material) << '\n';
     for (const std::string& curve : describeCurves(material)) std::cout << "  " << printable(curve) << '\n';
   }
 }
 
 // What was understood of the paths; the library is asked whether it takes the data of user materials.
-void check(const PathCase& definition) {
+void check(const PathCase& definition, bool fits) {
   describe(definition);
   for (const MaterialPath& path : definition.paths) {
     checkData(definition.materials[path.material]);
@@ -35,6 +38,14 @@ void check(const PathCase& definition) {
               << ", material " << printable(definition.materials[path.material].name);
     if (!path.data.stretch.empty()) std::cout << ", " << counted(path.data.stretch.size(), "point") << " of a test";
     std::cout << '\n';
+  }
+  if (fits) {
+    const FitCase fitCase = fitCaseOf(definition);
+    Names names;
+    for (const FitConstant& constant : fitCase.free) names.push_back(constant.name);
+    std::cout << "fit of material " << printable(definition.materials[fitCase.material].name) << ": "
+              << joined(names, ", ") << ", " << (fitCase.isRelative ? "relative" : "absolute") << " residuals, "
+              << counted(static_cast<std::size_t>(fitCase.starts), "start") << '\n';
   }
   std::cout << "the input is sound; nothing was run\n";
 }
@@ -50,6 +61,7 @@ void show(const FitResult& result) {
     if (c.error) std::cout << ", standard error " << shortNumber(*c.error);
     std::cout << '\n';
   }
+  std::cout << "  " << moduliOf(result.material) << '\n';
   for (const FitResult::Misfit& m : result.misfits)
     std::cout << "  residual of " << (&m == &result.misfits.back() ? "all" : "path " + printable(m.path)) << ": "
               << shortNumber(100 * m.relative) << " %, " << shortNumber(m.rms / 1e6) << " MPa (rms of "
@@ -78,7 +90,7 @@ struct Options {
 
 void run(const Options& options) {
   PathCase definition = readPathCase(options.file);
-  if (options.checkOnly) return check(definition);
+  if (options.checkOnly) return check(definition, options.fits);
   const std::filesystem::path& directory = options.directory;
   if (!directory.empty()) definition.outputDirectory = directory;
   std::filesystem::create_directories(definition.outputDirectory);
