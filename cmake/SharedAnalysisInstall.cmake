@@ -21,7 +21,8 @@ sa_install_library(SharedAnalysis sharedanalysis)
 # The reference host comes along for programs that bring no host of their own.
 if(TARGET SharedAnalysisHost)
   sa_install_library(SharedAnalysisHost sharedanalysis-host)
-  install(FILES ${CMAKE_SOURCE_DIR}/host/reference/reference_host.h ${CMAKE_SOURCE_DIR}/host/reference/diagnostic_codes.h
+  install(FILES ${CMAKE_SOURCE_DIR}/host/reference/reference_host.h
+    ${CMAKE_SOURCE_DIR}/host/reference/reference_host_c.h ${CMAKE_SOURCE_DIR}/host/reference/diagnostic_codes.h
     DESTINATION ${SA_INSTALL_HEADERS}/host)
 endif()
 
