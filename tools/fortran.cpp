@@ -85,12 +85,21 @@ private:
 
 std::string kindOf(const std::string& type) {
   if (type.find("double") != std::string::npos) return "real(c_double)";
+  if (type.find("float") != std::string::npos) return "real(c_float)";
   if (type.find("int64_t") != std::string::npos) return "integer(c_int64_t)";
   return "integer(c_int32_t)";
 }
 
 std::string resultKind(const Routine& routine) {
   return routine.result.back() == '*' ? "type(c_ptr)" : kindOf(routine.result);
+}
+
+// An output that a call may fill in part is one that goes in and out to Fortran.
+bool mayBePartial(const Routine& routine, const Argument& argument) {
+  static const std::set<std::string> kParts = {"list", "set", "first", "record", "stride", "rows", "code"};
+  const bool hasPart = std::any_of(routine.arguments.begin(), routine.arguments.end(),
+                                   [](const Argument& a) { return kParts.contains(role(a.described->unit)); });
+  return argument.described->direction == "out" && !isScalar(*argument.described) && hasPart;
 }
 
 std::string intentOf(const ArgumentLine& line) {
@@ -104,24 +113,25 @@ bool hasTexts(const Routine& routine) {
 }
 
 // The type of an argument that is no text.
-std::string plainType(const Argument& argument, const Names& names) {
+std::string plainType(const Routine& routine, const Argument& argument, const Names& names) {
   const ArgumentLine& line = *argument.described;
-  std::string text = kindOf(argument.type) + ", " + intentOf(line);
+  std::string text = kindOf(argument.type) + ", ";
+  text += mayBePartial(routine, argument) ? "intent(inout)" : intentOf(line);
   if (isPassedByValue(argument)) text += ", value";
   text += " :: " + names(argument.name);
   return isScalar(line) ? text : text + names.shape(line);
 }
 
 // As C has it.
-std::string boundType(const Argument& argument, const Names& names) {
-  if (!isText(argument)) return plainType(argument, names);
+std::string boundType(const Routine& routine, const Argument& argument, const Names& names) {
+  if (!isText(argument)) return plainType(routine, argument, names);
   const std::string end = intentOf(*argument.described) + " :: " + names(argument.name) + "(*)";
   return (isListOfTexts(argument) ? "type(c_ptr), " : "character(kind=c_char), ") + end;
 }
 
 // As a Fortran program has it.
-std::string callersType(const Argument& argument, const Names& names) {
-  if (!isText(argument)) return plainType(argument, names);
+std::string callersType(const Routine& routine, const Argument& argument, const Names& names) {
+  if (!isText(argument)) return plainType(routine, argument, names);
   const std::string start = "character(kind=c_char, len=*), " + intentOf(*argument.described) + " :: ";
   if (isListOfTexts(argument)) return start + names(argument.name) + "(:)";
   return start + names(argument.name) + (argument.described->shape.size() > 1 ? "(*)" : "");
@@ -168,8 +178,8 @@ void writeBinding(const std::string& indent, const Routine& routine) {
   if (!hasTexts(routine)) describe(indent, routine, names);
   statement(indent, kind + name + argumentList(routine, names, true) + " bind(c, name=\"" + routine.name + "\")" +
                         (isFunction ? " result(value_)" : ""));
-  statement(indent + "  ", "import :: c_char, c_double, c_int32_t, c_int64_t, c_ptr");
-  declare(indent + "  ", routine, true, [&](const Argument& argument) { return boundType(argument, names); });
+  statement(indent + "  ", "import :: c_char, c_double, c_float, c_int32_t, c_int64_t, c_ptr");
+  declare(indent + "  ", routine, true, [&](const Argument& argument) { return boundType(routine, argument, names); });
   if (isFunction) statement(indent + "  ", resultKind(routine) + " :: value_");
   std::cout << indent << "end " << kind << name << "\n";
 }
@@ -181,7 +191,7 @@ void writeProcedure(const Routine& routine) {
   const std::string kind = isFunction ? "function " : "subroutine ";
   describe("  ", routine, names);
   statement("  ", kind + routine.name + argumentList(routine, names, false) + (isFunction ? " result(value_)" : ""));
-  declare("    ", routine, false, [&](const Argument& argument) { return callersType(argument, names); });
+  declare("    ", routine, false, [&](const Argument& argument) { return callersType(routine, argument, names); });
   if (isFunction) statement("    ", resultKind(routine) + " :: value_");
   for (const Argument& argument : routine.arguments) {
     if (!isListOfTexts(argument)) continue;
@@ -262,9 +272,10 @@ void writeFortran(const Interface& interface) {
          "trailing\n"
          "!! blanks and get the zero.\n"
          "module sharedanalysis\n"
-         "  use, intrinsic :: iso_c_binding, only: c_char, c_double, c_int32_t, c_int64_t, c_loc, c_null_char, c_ptr\n"
+         "  use, intrinsic :: iso_c_binding, only: c_char, c_double, c_float, c_int32_t, c_int64_t, c_loc, "
+         "c_null_char, c_ptr\n"
          "  implicit none\n"
-         "  private :: c_char, c_double, c_int32_t, c_int64_t, c_loc, c_null_char, c_ptr, terminate\n";
+         "  private :: c_char, c_double, c_float, c_int32_t, c_int64_t, c_loc, c_null_char, c_ptr, terminate\n";
   std::cout << "\n";
   for (const Constant& constant : interface.constants) {
     if (!constant.meaning.empty()) comment("  ", "!>", constant.meaning);

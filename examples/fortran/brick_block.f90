@@ -9,8 +9,9 @@ program brick_block
   real(c_double) :: x(ld, 8, 3), b(ld, 8, 3)
   real(c_double), dimension(ld) :: hgdiag, hgstiff, vol, rvol, mask = 0
   real(c_double) :: gamma(ld, 8, 4), gradient(n)
-  real(c_double), parameter :: corner(8, 3) = reshape(real([0, 1, 1, 0, 0, 1, 1, 0, 0, 0, 1, 1, 0, 0, 1, 1, 0, 0, 0, 0, 1, 1, 1, 1], &
-                                                      c_double), [8, 3])
+  integer, parameter :: corner(8, 3) = reshape([0, 1, 1, 0, 0, 1, 1, 0, &
+                                                0, 0, 1, 1, 0, 0, 1, 1, &
+                                                0, 0, 0, 0, 1, 1, 1, 1], [8, 3])
   integer :: i, k
 
   do i = 1, ld ! edges grow from brick to brick
@@ -24,6 +25,6 @@ program brick_block
     gradient = gradient + b(:n, k, 1)*0.1_c_double*x(:n, k, 1)
   end do
   print "(a, f8.5, a, f8.5)", "volumes from ", vol(1), " to ", vol(n)
-  print "(a, es8.1)", "largest error of a gradient: ", maxval(abs(gradient*rvol(:n) - 0.1_c_double))
-  if (maxval(abs(gradient*rvol(:n) - 0.1_c_double)) > 1e-14_c_double) error stop "gradients are wrong"
+  print "(a, es8.1)", "largest error of a gradient: ", maxval(abs(gradient - 0.1_c_double))
+  if (maxval(abs(gradient - 0.1_c_double)) > 1e-14_c_double) error stop "gradients are wrong"
 end program brick_block

@@ -13,7 +13,7 @@ import weakref
 
 import numpy as np
 
-F8, I4, I8 = np.dtype(np.float64), np.dtype(np.int32), np.dtype(np.int64)
+F8, F4, I4, I8 = map(np.dtype, (np.float64, np.float32, np.int32, np.int64))
 _INPUT, _OUTPUT = 0x102, 0x502  # NumPy's flags: column order and aligned; writeable as well
 _HIGHEST = 2**31 - 1
 
@@ -180,7 +180,7 @@ class Globals(dict):
     def __init__(self, library, events):
         super().__init__()
         self.library = library
-        helpers = dict(ndarray=np.ndarray, F8=F8, I4=I4, I8=I8, zeros=np.zeros, ctypes=ctypes, byref=ctypes.byref,
+        helpers = dict(ndarray=np.ndarray, F8=F8, F4=F4, I4=I4, I8=I8, zeros=np.zeros, ctypes=ctypes, byref=ctypes.byref,
                        Int=ctypes.c_int32, Long=ctypes.c_int64, Real=ctypes.c_double, small=_SMALL_INTEGERS.ctypes.data,
                        events=events, checks=True, ref=weakref.ref, nothing=lambda: None, type=type, len=len, id=id, max=max, min=min)
         for check in (array, writeable, outputs, wrong_shape, padded, integer, long_integer, real, missing, in_range, numbers, text,
@@ -221,7 +221,7 @@ class Argument:
         self.is_scalar = self.shape == ["1"] and not self.is_text
         self.is_array = not self.is_scalar and not self.is_text
         self.is_length = False
-        self.dtype = "F8" if "double" in self.type else "I8" if "int64" in self.type else "I4"
+        self.dtype = "F8" if "double" in self.type else "F4" if "float" in self.type else "I8" if "int64" in self.type else "I4"
         self.python = self.name + "_" if keyword.iskeyword(self.name) or self.name == "copy" else self.name
 
     @property
@@ -307,7 +307,7 @@ class Routine:
         lines = [f"{self.name}({self.signature()})", "", self.text, "", "Parameters", "----------"]
         for a in self.required() + self.new_arrays() + self.optional():
             shape = "" if not a.is_array else f"({', '.join(a.shape)}) "
-            kind = {"F8": "float64", "I4": "int32", "I8": "int64"}[a.dtype] if a.is_array else (
+            kind = {"F8": "float64", "F4": "float32", "I4": "int32", "I8": "int64"}[a.dtype] if a.is_array else (
                 "str" if a.is_text else "float" if a.dtype == "F8" else "int")
             use = {"in": "", "out": ", output", "in,out": ", changed in place" if a.is_array else ", returned"}[a.direction]
             if a.is_derived:
@@ -315,6 +315,7 @@ class Routine:
             lines += [f"{a.python} : {shape}{kind}{use}", f"    {a.unit}: {a.meaning}"]
         if self.returned():
             lines += ["", "Returns", "-------", ", ".join(self.returned())]
+            lines += [f"    {a.python}: {a.meaning}" for a in self.arguments if not a.is_array and a.direction == "out"]
         lines += ["", f"{self.section} ({self.file})", "", self.section_text]
         return "\n".join(lines)
 
@@ -454,7 +455,8 @@ class _Writer:
             self.add(f"{a.python} = _h_{check}({a.python}, {a.python!r})", depth)
 
     def unread_scalar(self, a, depth=1):
-        self.add(f"{self.value(a)} = 0 if {a.python} is None else _h_integer({a.python}, {a.python!r})", depth)
+        check = "real" if a.dtype == "F8" else "integer"
+        self.add(f"{self.value(a)} = 0 if {a.python} is None else _h_{check}({a.python}, {a.python!r})", depth)
 
     def counts(self):
         """Counts from arrays that are there; outputs that are not given come last."""
