@@ -25,6 +25,13 @@ if(TARGET SharedAnalysisHost)
     ${CMAKE_SOURCE_DIR}/host/reference/reference_host_c.h ${CMAKE_SOURCE_DIR}/host/reference/diagnostic_codes.h
     DESTINATION ${SA_INSTALL_HEADERS}/host)
 endif()
+# A module file serves one compiler; the source stands beside it for others.
+if(TARGET SharedAnalysisFortran)
+  install(TARGETS SharedAnalysisFortran EXPORT SharedAnalysisTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  install(FILES ${SA_FORTRAN_FILES} DESTINATION ${SA_INSTALL_HEADERS}/fortran)
+  configure_file(${CMAKE_SOURCE_DIR}/cmake/sharedanalysis-fortran.pc.in ${CMAKE_BINARY_DIR}/sharedanalysis-fortran.pc @ONLY)
+  install(FILES ${CMAKE_BINARY_DIR}/sharedanalysis-fortran.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endif()
 
 install(EXPORT SharedAnalysisTargets NAMESPACE SharedAnalysis:: DESTINATION ${packageDir})
 configure_package_config_file(${CMAKE_SOURCE_DIR}/cmake/SharedAnalysisConfig.cmake.in
