@@ -85,6 +85,10 @@ def integer(value, name):
         raise OverflowError(f"{name}: {number} is beyond 32 bits")
     return number
 
+def counted(value, name):
+    """A count that may come from an array, in memory."""
+    return ctypes.byref(ctypes.c_int32(integer(value, name)))
+
 def long_integer(value, name):
     try:
         return operator.index(value)
@@ -182,8 +186,8 @@ class Globals(dict):
         self.library = library
         helpers = dict(ndarray=np.ndarray, F8=F8, F4=F4, I4=I4, I8=I8, zeros=np.zeros, ctypes=ctypes, byref=ctypes.byref,
                        Int=ctypes.c_int32, Long=ctypes.c_int64, Real=ctypes.c_double, small=_SMALL_INTEGERS.ctypes.data,
-                       events=events, checks=True, ref=weakref.ref, nothing=lambda: None, type=type, len=len, id=id, max=max, min=min)
-        for check in (array, writeable, outputs, wrong_shape, padded, integer, long_integer, real, missing, in_range, numbers, text,
+                       events=events, pending=events.pending, checks=True, ref=weakref.ref, nothing=lambda: None, type=type, len=len, id=id, max=max, min=min)
+        for check in (array, writeable, outputs, wrong_shape, padded, integer, counted, long_integer, real, missing, in_range, numbers, text,
                       terminated, texts, addresses):
             helpers[check.__name__] = check
         direct = _direct_addresses()
@@ -586,7 +590,7 @@ class _Writer:
             elif a.by_value:
                 actual.append(value)
             elif a.direction == "in" and a.dtype == "I4":
-                actual.append(f"_h_small+4*{value} if 0 <= {value} < {_SMALL} else _h_byref(_h_Int({value}))")
+                actual.append(f"_h_small+4*{value} if 0 <= {value} < {_SMALL} else _h_counted({value}, {name!r})")
             else:
                 kind = {"F8": "Real", "I4": "Int", "I8": "Long"}[a.dtype]
                 if a.is_written:
@@ -608,8 +612,9 @@ class _Writer:
         if r.result != "void":
             results.append("_h_result")
         value = "None" if not results else results[0] if len(results) == 1 else f"_{r.name}_results({', '.join(results)})"
-        # Kernels never call the host; whatever else has come up by now is raised here, behind the call.
-        self.add(f"return {value}" if r.is_kernel else f"return _h_events.settle({value}, {r.name!r})", depth)
+        # What the host has heard by now is told here, behind the call.
+        self.add(f"if _h_pending: return _h_events.settle({value}, {r.name!r})", depth)
+        self.add(f"return {value}", depth)
 
     def text(self, a):
         """Makes bytes of a text, and its length."""

@@ -37,11 +37,13 @@ class Events:
 
     def __init__(self):
         self._threads = threading.local()
+        self.pending = []  # not empty while any thread has heard something
         self.listener = _Listener(self._hear)  # stays as long as the host may call it
 
     def _hear(self, event, number, message, text, length):
         try:
             heard = self._threads.__dict__.setdefault("heard", [])
+            self.pending.append(None)
             heard.append((event, number, message, ctypes.string_at(text, length).decode(errors="replace") if length else ""))
         except Exception:  # the caller is the library
             pass
@@ -61,6 +63,7 @@ class Events:
                 aborted = True
             else:
                 ended = number
+        del self.pending[:len(heard)]
         heard.clear()
         errors = []
         for lines in messages.values():

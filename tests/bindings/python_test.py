@@ -298,6 +298,16 @@ class Everything(unittest.TestCase):
             self.assertRaises(sa.AnalysisWarning, write, "Warning", "now", None, None, None)
         self.assertEqual(sa.GLO_UTI_ALLO(0, 5), (5, 1))
         self.assertTrue(sa.GLO_GETPROCEDURETYPE(17).startswith("*DYNAMIC"))
+        with tempfile.TemporaryDirectory() as folder, sa.job("told", folder):
+            write("Info", "into the file", None, None, None)
+            sa.SPX_OPE_USERELEMPROCESSMASS([3], [1], np.eye(3)[None])
+            sa.acd_flush(sa.GLO_UNIT_MESSAGE_FILE)
+            self.assertIn("into the file", pathlib.Path(folder, "told.msg").read_text())
+            mass = np.eye(3)[None] + [[0, 1, 0], [0, 0, 0], [0, 0, 0]]
+            self.assertRaisesRegex(sa.AnalysisError, "1", sa.SPX_OPE_USERELEMPROCESSMASS, [3], [1], mass)
+        one = np.zeros(1)
+        self.assertEqual(sa.GLO_UTI_GETPOINTER(sa.GLO_UTI_SETPOINTERR(one)), one.ctypes.data)
+        self.assertFalse(sa._names["_h_pending"])
         heard = []
         def other():
             try:
