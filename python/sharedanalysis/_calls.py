@@ -224,7 +224,7 @@ class Argument:
         self.is_text = self.unit == "text"
         self.is_scalar = self.shape == ["1"] and not self.is_text
         self.is_array = not self.is_scalar and not self.is_text
-        self.is_length = False
+        self.is_length = self.is_addressed = False
         self.dtype = "F8" if "double" in self.type else "F4" if "float" in self.type else "I8" if "int64" in self.type else "I4"
         self.python = self.name + "_" if keyword.iskeyword(self.name) or self.name == "copy" else self.name
 
@@ -254,6 +254,7 @@ class Routine:
             for argument in self.arguments:  # its address is asked for: that of an array, which stays where it is
                 if argument.is_scalar and argument.unit != "address":
                     argument.is_scalar, argument.is_array, argument.shape = False, True, ["*"]
+                    argument.is_addressed = True
         roles = {argument.role for argument in self.arguments}
         self.is_kernel = bool(roles & {"block", "length", "last"})
         self._find_sources()
@@ -449,8 +450,9 @@ class _Writer:
             self.add(f"if {condition}: {name}, _{name}_back = _h_writeable({name}, {a.python!r}, _h_{a.dtype}, copy)")
             self.kept.append(name)
         else:
-            self.add(f"if {condition}: {name} = _h_array({name}, {a.python!r}, _h_{a.dtype}, copy)")
-            if a.shape == ["*"] and not self.routine.is_kernel and a.unit != "address":
+            copy = "False" if a.is_addressed else "copy"
+            self.add(f"if {condition}: {name} = _h_array({name}, {a.python!r}, _h_{a.dtype}, {copy})")
+            if a.shape == ["*"] and not self.routine.is_kernel and not a.is_addressed:
                 self.add(f"{name} = _h_padded({name}, {name!r})")
 
     def given_scalar(self, a, depth=1):

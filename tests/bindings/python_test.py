@@ -307,6 +307,7 @@ class Everything(unittest.TestCase):
             self.assertRaisesRegex(sa.AnalysisError, "1", sa.SPX_OPE_USERELEMPROCESSMASS, [3], [1], mass)
         one = np.zeros(1)
         self.assertEqual(sa.GLO_UTI_GETPOINTER(sa.GLO_UTI_SETPOINTERR(one)), one.ctypes.data)
+        self.refuses(TypeError, "x: needs a copy", lambda: sa.GLO_UTI_SETPOINTERR([1.0]))
         self.assertFalse(sa._names["_h_pending"])
         heard = []
         def other():
