@@ -15,7 +15,7 @@ import json
 import pathlib
 import threading
 
-from . import _calls, _library
+from . import _calls, _checks, _library
 from ._library import AnalysisEnded, AnalysisError, AnalysisWarning, Job
 
 __version__ = "1.0.0"
@@ -44,7 +44,7 @@ def load(library=None, host=None):
             if library is not None or host is not None:
                 raise RuntimeError("the library is loaded already")
             return
-        _names = _calls.Globals(*_library.load(_FOLDER, library, host))
+        _names = _checks.Globals(*_library.load(_FOLDER, library, host))
         _library.start(_names.library)
 
 
