@@ -4,6 +4,7 @@ include(CMakePackageConfigHelpers)
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/include/ DESTINATION ${SA_INSTALL_HEADERS} FILES_MATCHING PATTERN *.h)
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/host/include/ DESTINATION ${SA_INSTALL_HEADERS}/host FILES_MATCHING PATTERN *.h)
 install(FILES ${CMAKE_SOURCE_DIR}/host/tables/material_table.h DESTINATION ${SA_INSTALL_HEADERS}/host)
+install(DIRECTORY ${SA_MANUAL}/man3 DESTINATION ${CMAKE_INSTALL_MANDIR})
 
 set(packageDir ${CMAKE_INSTALL_LIBDIR}/cmake/SharedAnalysis)
 # The prefix of a pkg-config file is the file's own place, so that an installed tree may move.

@@ -94,8 +94,10 @@ bool isListOfTexts(const Argument& argument);
 // The length of a text: passed by value, behind all other arguments.
 bool isLengthOfText(const Routine& routine, const Argument& argument);
 
-// What is made for other languages, on standard output.
+// What is made for other languages, on standard output but for the pages.
 void writeFortran(const Interface& interface);
 void writeDescription(const Interface& interface);
+// A page a routine into a folder that is there.
+void writeManual(const Interface& interface, const std::string& folder);
 
 } // namespace sa::tool

@@ -206,6 +206,12 @@ class Everything(unittest.TestCase):
         before = made(include)
         self.assertEqual(json.loads(before[1]), sa._description)
         with tempfile.TemporaryDirectory() as folder:
+            subprocess.run([os.environ["SA_INTERFACE"], "manual", folder, *include.glob("*.h")], check=True)
+            self.assertEqual({file.stem for file in pathlib.Path(folder).iterdir()}, set(ROUTINES))
+            for name, routine in ROUTINES.items():
+                page = pathlib.Path(folder, name + ".3").read_text()
+                self.assertEqual(re.findall(r"^\\fB(\w+)\\fP", page, re.M), [a.name for a in routine.arguments], name)
+        with tempfile.TemporaryDirectory() as folder:
             shutil.copytree(include, folder, dirs_exist_ok=True)
             file = pathlib.Path(folder) / "glo/linear.h"
             file.write_text(file.read_text().replace("GLO_UTI_DET31(const int32_t* nblock, const double* S, double* det)",
