@@ -13,7 +13,7 @@ from ._checks import INPUT, OUTPUT, SMALL
 
 # ---- the source of a function
 
-_MOST_PLANS = 64  # of a routine
+_MOST_PLANS = 128  # of a routine, and arrays that were seen once
 
 _TERM = re.compile(r"^(?:(\d+)\*)?([A-Za-z_]\w*)$")
 
@@ -184,7 +184,7 @@ class _Writer:
         r = self.routine
         arrays = [a for a in r.arguments if a.is_array]
         key = [a for a in arrays if a.is_read and not self.may_be_none(a)]
-        if not r.is_kernel or len(arrays) < 4 or not key or any(a.is_text for a in r.arguments):
+        if not r.is_kernel or len(arrays) < 3 or not key or any(a.is_text for a in r.arguments):
             return None
         used = set(re.findall(r"[A-Za-z_]\w*", " ".join(" ".join(a.shape) for a in arrays)))
         scalars = [a for a in r.arguments if a.is_scalar and a.is_read and (a.name in used or a.is_derived)]
@@ -219,17 +219,19 @@ class _Writer:
         self.call(places, 3)
 
     def keep_plan(self):
-        """After the second call in a row with the same array."""
+        """At the second call with the same array; its first leaves a reference."""
         r, plan = self.routine, self.planned()
         if plan is None:
             return
         key, arrays, scalars = plan
-        self.add(f"if _{r.name}_plans.get(None) != _h_id({key.python}): _{r.name}_plans[None] = _h_id({key.python})")
+        seen = f"~_h_id({key.python})"
+        self.add(f"if _{r.name}_plans.get({seen}, _h_nothing)() is not {key.python}:")
+        self.add(f"if _h_len(_{r.name}_plans) > {_MOST_PLANS}: _{r.name}_plans.clear()", 2)
+        self.add(f"_{r.name}_plans[{seen}] = _h_ref({key.python})", 2)
         copied = " or ".join(f"_{name}_back is not None" for name in self.kept)
         if copied:
             self.add(f"elif {copied}: pass")
         self.add("else:")
-        self.add(f"if _h_len(_{r.name}_plans) > {_MOST_PLANS}: _{r.name}_plans.clear()", 2)
         entries = []
         for a in arrays:
             may_be_missing = a.direction == "out" or self.may_be_none(a)

@@ -109,7 +109,8 @@ def numbers(values, name, high, of, low=1):
     if not values.size:
         return
     if low == 1:  # as unsigned numbers 0 and what is below are the largest
-        fits = _highest((values - 1).view(_UNSIGNED), None) < high
+        unsigned = (values - 1).view(_UNSIGNED)
+        fits = (_highest(unsigned) if values.ndim == 1 else _highest(unsigned, None)) < high
     else:
         fits = _highest(values, None) <= high
     if not fits:
