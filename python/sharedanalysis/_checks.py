@@ -130,8 +130,8 @@ def terminated(value, name):
         raise ValueError(f"{name}: a text with a zero inside")
     return value
 
-# The codes of a text say how many values a message takes; a text holds 1000 characters.
-_MOST_VALUES = 500
+# The codes of a text say how many values a message takes; it ends after 1000 characters.
+_MOST_VALUES = 1001
 
 def padded(values, name):
     """Values for a message, zeros behind them."""
