@@ -257,6 +257,7 @@ class Everything(unittest.TestCase):
         sa.GLO_UTI_INSSORTR(order, keys)
         np.testing.assert_array_equal(order, np.argsort(keys) + 1)
         np.testing.assert_array_equal(sa.GLO_UTI_BROADCASTR(scale, n=7), np.full(7, 1.5))
+        self.assertEqual(sa.GLO_UTI_BROADCASTC(3, "x", "........"), "xxx.....")
         X = np.array([(0, 0, 0), (1, 0, 0), (1, 1, 0), (0, 1, 0), (0, 0, 1), (1, 0, 1), (1, 1, 1), (0, 1, 1)], float)
         bricks = sa.SPX_OPE_C3D8ROPER2(X @ M[:5] , np.zeros(5))
         close(bricks.vol, np.linalg.det(M[:5]))
