@@ -15,10 +15,13 @@ _HIGHEST = 2**31 - 1
 
 def array(value, name, dtype, copy):
     """`value` as an array of the type in column order: itself if it is one, else a copy."""
-    if isinstance(value, np.ndarray) and value.dtype == dtype and value.flags.num & INPUT == INPUT:
+    if isinstance(value, np.ndarray) and value.dtype == dtype and value.flags.num & INPUT == INPUT and \
+            not np.ma.is_masked(value):
         return np.asarray(value)
     if not copy:
         raise TypeError(f"{name}: needs a copy: give an array of {dtype.name} in column order (order='F')")
+    if np.ma.is_masked(value):
+        raise TypeError(f"{name}: the library knows no masked values")
     try:
         given = np.asarray(value)
         if given.dtype == dtype:
@@ -91,6 +94,8 @@ def long_integer(value, name):
 
 def real(value, name):
     try:
+        if isinstance(value, (str, bytes)):
+            raise TypeError
         return float(value)
     except (TypeError, ValueError):
         raise TypeError(f"{name}: needs a number, not {type(value).__name__}") from None
