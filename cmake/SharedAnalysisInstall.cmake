@@ -4,6 +4,7 @@ include(CMakePackageConfigHelpers)
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/include/ DESTINATION ${SA_INSTALL_HEADERS} FILES_MATCHING PATTERN *.h)
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/host/include/ DESTINATION ${SA_INSTALL_HEADERS}/host FILES_MATCHING PATTERN *.h)
 install(FILES ${CMAKE_SOURCE_DIR}/host/tables/material_table.h DESTINATION ${SA_INSTALL_HEADERS}/host)
+install(DIRECTORY ${SA_MANUAL}/man3 DESTINATION ${CMAKE_INSTALL_MANDIR})
 
 set(packageDir ${CMAKE_INSTALL_LIBDIR}/cmake/SharedAnalysis)
 # The prefix of a pkg-config file is the file's own place, so that an installed tree may move.
@@ -21,8 +22,16 @@ sa_install_library(SharedAnalysis sharedanalysis)
 # The reference host comes along for programs that bring no host of their own.
 if(TARGET SharedAnalysisHost)
   sa_install_library(SharedAnalysisHost sharedanalysis-host)
-  install(FILES ${CMAKE_SOURCE_DIR}/host/reference/reference_host.h ${CMAKE_SOURCE_DIR}/host/reference/diagnostic_codes.h
+  install(FILES ${CMAKE_SOURCE_DIR}/host/reference/reference_host.h
+    ${CMAKE_SOURCE_DIR}/host/reference/reference_host_c.h ${CMAKE_SOURCE_DIR}/host/reference/diagnostic_codes.h
     DESTINATION ${SA_INSTALL_HEADERS}/host)
+endif()
+# A module file serves one compiler; the source stands beside it for others.
+if(TARGET SharedAnalysisFortran)
+  install(TARGETS SharedAnalysisFortran EXPORT SharedAnalysisTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  install(FILES ${SA_FORTRAN_FILES} DESTINATION ${SA_INSTALL_HEADERS}/fortran)
+  configure_file(${CMAKE_SOURCE_DIR}/cmake/sharedanalysis-fortran.pc.in ${CMAKE_BINARY_DIR}/sharedanalysis-fortran.pc @ONLY)
+  install(FILES ${CMAKE_BINARY_DIR}/sharedanalysis-fortran.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endif()
 
 install(EXPORT SharedAnalysisTargets NAMESPACE SharedAnalysis:: DESTINATION ${packageDir})

@@ -3,6 +3,7 @@
 #include "host_services.h"
 #include "ipm_MessageTransmit.h"
 #include "job.h"
+#include "listener.h"
 #include "message_template.h"
 #include "threads.h"
 
@@ -17,6 +18,7 @@ constexpr int32_t kAborted = 2;
 // Strips trailing blanks.
 void writeLine(int32_t unit, int32_t message, std::string_view line) {
   guarded([&] { thisThread().addLine(unit, message, withoutTrailingBlanks(line)); });
+  tell(SA_HOST_EVENT_LINE, unit, message, withoutTrailingBlanks(line));
 }
 
 // A message of the host itself.
@@ -47,6 +49,7 @@ void writeStatus(std::string_view type, std::string_view text, const int32_t* in
     line += '\n';
     thisThread().deliver();
     job().writeStatus(line);
+    tell(SA_HOST_EVENT_STATUS, 0, 0, line);
   });
 }
 
@@ -95,6 +98,7 @@ void LFC_XUT_ERRMSG(const char* text, int64_t textLength) { reportError(fixedTex
 void LFC_XUT_ABORT(void) {
   DXT_SETJOBSTATUS_XPL(&kAborted);
   job().threadError = true;
+  tell(SA_HOST_EVENT_ABORT);
 }
 
 ipm_MessageTransmit& ipm_MessageTransmit::Instance() {
@@ -102,4 +106,7 @@ ipm_MessageTransmit& ipm_MessageTransmit::Instance() {
   return transmit;
 }
 
-void ipm_MessageTransmit::SetClosing(bool closing) { job().transmitterClosing = closing; }
+void ipm_MessageTransmit::SetClosing(bool closing) {
+  job().transmitterClosing = closing;
+  if (closing) tell(SA_HOST_EVENT_END, job().status);
+}

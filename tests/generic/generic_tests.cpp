@@ -2,6 +2,7 @@
 //
 //   generic_tests LIB writes|lists|empty|pieces|far|threads|reach|hard [--needs LEVEL]
 //   generic_tests LIB hashes FILE [--write] [--needs LEVEL]
+//   generic_tests LIB cases FILE        writes calls of all kernels, inputs and results
 //   generic_tests LIB torture [--inputs N] [--hours H] [--seed S] [--from PASS] [--shard K/M] [--only KERNEL] [--case C]
 //
 // With --needs and a processor below the level the program says so and ends with code 77.  Torture runs passes of hard cases
@@ -18,6 +19,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "case_file.h"
 #include "library.h"
 
 namespace {
@@ -28,7 +30,7 @@ constexpr std::size_t kFewestKernels = 30;
 constexpr int kSkipped = 77;
 
 struct Options {
-  std::string library, check, hashFile, level, only;
+  std::string library, check, file, level, only;
   bool writesHashes = false;
   std::uint64_t inputs = 1000000, seed = 1, from = 0, shard = 0, shards = 1;
   double hours = 1e6;
@@ -62,12 +64,12 @@ Options parse(int argc, char** argv) {
     else
       throw std::runtime_error("unknown option " + word);
   }
-  if (words.size() != (words.size() > 1 && words[1] == "hashes" ? 3U : 2U))
-    throw std::runtime_error(
-        "usage: generic_tests LIB CHECK [--needs LEVEL] or LIB hashes FILE [--write] [--needs LEVEL]");
+  if (words.size() != (words.size() > 1 && (words[1] == "hashes" || words[1] == "cases") ? 3U : 2U))
+    throw std::runtime_error("usage: generic_tests LIB CHECK [--needs LEVEL] or LIB hashes FILE [--write] [--needs "
+                             "LEVEL] or LIB cases FILE");
   options.library = words[0];
   options.check = words[1];
-  if (words.size() > 2) options.hashFile = words[2];
+  if (words.size() > 2) options.file = words[2];
   return options;
 }
 
@@ -203,10 +205,14 @@ int run(const Options& options) {
   GuardedMemory memory;
   if (options.check == "torture") return torture(options, kernels, memory);
   std::map<std::string, std::string> hashes;
+  std::ofstream cases;
+  if (options.check == "cases") cases.open(options.file, std::ios::binary);
   int failed = 0;
   for (const Kernel& kernel : kernels) {
     watch(kernel);
-    if (options.check == "hashes") {
+    if (options.check == "cases") {
+      failed += print(kernel, writeCases(memory, kernel, cases));
+    } else if (options.check == "hashes") {
       Findings findings;
       hashes[kernel.info->name] = hex(hashOutputs(memory, kernel, findings));
       failed += print(kernel, findings);
@@ -214,10 +220,11 @@ int run(const Options& options) {
       failed += print(kernel, runCheck(options.check, memory, kernel));
     }
   }
+  if (options.check == "cases" && !cases.flush()) throw std::runtime_error("cannot write " + options.file);
   if (options.check == "hashes" && options.writesHashes && failed == 0) {
-    writeHashes(options.hashFile, hashes);
+    writeHashes(options.file, hashes);
   } else if (options.check == "hashes") {
-    failed += compareHashes(readHashes(options.hashFile), hashes);
+    failed += compareHashes(readHashes(options.file), hashes);
   }
   if (options.check == "reach" && options.only.empty())
     for (const std::string& row : unusedExceptions())
