@@ -46,7 +46,7 @@ Terminal thisTerminal() {
 
 void write(const std::string& text) {
   if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
-    throw Failure(exitOutput, "the output cannot be written");
+    throw Failure(exitNotWritten, "the output cannot be written");
 }
 
 int reportError(ExitCode code, const std::string& text) {
@@ -67,19 +67,20 @@ int main(int argc, char** argv) {
   app.add_flag("-a,--all", options.all, "Lists of any length")->excludes("--limit");
   app.add_flag("--json", options.json, "For programs");
   app.set_version_flag("--version", "sharedanalysis-diagnostics " SHAREDANALYSIS_VERSION);
-  app.footer("Ends with 0, or 1: output cannot be written, 2: wrong call, 3: no such file, 4: no diagnostic database,\n"
-             "5: written by a newer release, 6: damaged or empty.");
+  app.footer(
+      "Exit codes: 0 shown, 1 wrong call, no such file or no diagnostic database, 3 the output cannot be written,\n"
+      "6 written by a newer release, 7 damaged or empty.");
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return app.exit(error);
-    return reportError(exitUsage, std::string(error.what()) + " (--help lists the options)");
+    return reportError(exitInput, std::string(error.what()) + " (--help lists the options)");
   }
   try {
     const Selection selection = selectionOf(options);
     const Record record = readRecord(options.file, selection);
     write(options.json ? json(record) : listing(record, selection, thisTerminal()));
-    return exitGood;
+    return exitDone;
   } catch (const Failure& failure) {
     return reportError(failure.code(), failure.what());
   } catch (const std::exception& error) {

@@ -35,14 +35,14 @@ int64_t pragma(Connection& database, const char* name) {
 
 void checkFile(const std::filesystem::path& file) {
   std::error_code error;
-  if (!std::filesystem::exists(file, error)) throw Failure(exitMissing, file.string() + ": there is no such file");
-  if (std::filesystem::is_directory(file, error)) throw Failure(exitMissing, file.string() + " is a directory");
-  if (access(file.c_str(), R_OK) != 0) throw Failure(exitMissing, file.string() + " cannot be read: permission denied");
+  if (!std::filesystem::exists(file, error)) throw Failure(exitInput, file.string() + ": there is no such file");
+  if (std::filesystem::is_directory(file, error)) throw Failure(exitInput, file.string() + " is a directory");
+  if (access(file.c_str(), R_OK) != 0) throw Failure(exitInput, file.string() + " cannot be read: permission denied");
 }
 
 void checkFormat(Connection& database, const std::filesystem::path& file) {
   if (pragma(database, "application_id") != host::kDatabaseApplication)
-    throw Failure(exitForeign, file.string() + " is a database, but not of diagnostics");
+    throw Failure(exitInput, file.string() + " is a database, but not of diagnostics");
   const int64_t version = pragma(database, "user_version");
   if (version > host::kDatabaseVersion)
     throw Failure(exitNewer, file.string() + " was written by a newer release (version " + std::to_string(version) +
@@ -370,7 +370,7 @@ int64_t naturalNumber(std::string_view text, std::string_view whole) {
   int64_t number = 0;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
   if (result.ec != std::errc() || result.ptr != text.data() + text.size() || number < 0)
-    throw Failure(exitUsage, "--increment " + std::string(whole) +
+    throw Failure(exitInput, "--increment " + std::string(whole) +
                                  ": an increment, a range of increments or either of a step is expected, "
                                  "as 12, 10-20, 2:12 or 2:10-20");
   return number;
@@ -411,7 +411,7 @@ Record readRecord(const std::filesystem::path& file, const Selection& selection)
     readPlaces(database, selection, condition, "nodes", "node", record.problems);
     if (selection.isNarrowed()) readMessages(database, selection, condition, record);
   } catch (const sqlite::Error& error) {
-    if (error.primaryCode() == SQLITE_NOTADB) throw Failure(exitForeign, file.string() + " is not a database");
+    if (error.primaryCode() == SQLITE_NOTADB) throw Failure(exitInput, file.string() + " is not a database");
     throw Failure(exitDamaged, file.string() + " cannot be read: " + error.what());
   }
   return record;

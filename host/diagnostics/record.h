@@ -1,6 +1,8 @@
 // The part of a diagnostic database that is shown.
 #pragma once
 
+#include "exit_codes.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -9,8 +11,6 @@
 #include <vector>
 
 namespace sharedanalysis::diagnostics {
-
-enum ExitCode { exitGood, exitOutput, exitUsage, exitMissing, exitForeign, exitNewer, exitDamaged };
 
 class Failure : public std::runtime_error {
 public:

@@ -14,7 +14,7 @@ int main(int argc, char** argv) {
   app.add_option("A", a, "Digest, or directory of results with one")->required();
   app.add_option("B", b, "Digest, or directory of results with one")->required();
   app.add_flag("-q,--quiet", quiet, "Show nothing, answer by the exit code alone");
-  app.footer("Exit codes: 0 the same, 1 different, 2 something is missing or cannot be read.");
+  app.footer("Exit codes: 0 the same, 1 something is missing or cannot be read, 5 different.");
   app.set_version_flag("--version", "sharedanalysis-compare " SHAREDANALYSIS_VERSION);
   constexpr int incomplete = static_cast<int>(Verdict::Incomplete);
   try {

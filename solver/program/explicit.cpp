@@ -34,6 +34,7 @@ public:
 } // namespace
 
 int main(int argc, char** argv) {
+  using namespace sharedanalysis;
   using namespace sharedanalysis::solver;
   // turn a file-size limit and a closed pipe into errors of the write
   std::signal(SIGXFSZ, SIG_IGN);
@@ -55,7 +56,7 @@ int main(int argc, char** argv) {
     try {
       app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-      if (!connection.isRoot()) return error.get_exit_code() == 0 ? exitComplete : exitInput;
+      if (!connection.isRoot()) return error.get_exit_code() == 0 ? exitDone : exitInput;
       if (error.get_exit_code() == 0) return app.exit(error);
       reportError(std::string(error.what()) + " (--help lists the options)");
       return exitInput;

@@ -11,9 +11,7 @@
 #include <system_error>
 
 namespace sharedanalysis::solver {
-namespace {
 
-// The exception that is being handled, as an exit code and a text.
 RankFailure describeException() {
   try {
     throw;
@@ -29,8 +27,6 @@ RankFailure describeException() {
     return {0, exitEndedEarly, error.what()};
   }
 }
-
-} // namespace
 
 std::string withRank(int32_t rank, const std::string& text) {
   return rank == 0 ? text : "rank " + std::to_string(rank) + ": " + text;

@@ -20,6 +20,9 @@ private:
 
 std::string withRank(int32_t rank, const std::string& text);
 
+// The exception that is being handled, as an exit code and a text.
+RankFailure describeException();
+
 // The failure that ends all ranks, for the exception that is being handled on this one.
 RankFailure failureOfAll(const Ranks& ranks);
 

@@ -49,7 +49,7 @@ public:
     if (options_.checkOnly) {
       showCosts(analysis);
       terminal_.line("the input is sound; nothing was run");
-      return exitComplete;
+      return exitDone;
     }
     lock_ = openJobFiles(definition_, ranks_, description_);
     try {
@@ -129,7 +129,7 @@ private:
     ranks_.synchronise();
     showSummary(analysis, output);
     showProblems(database);
-    return exitComplete;
+    return exitDone;
   }
 
   // Writes history and fields at their times, and for the last finite state whatever the ending.

@@ -1,6 +1,8 @@
 // One run of the program, from the case file to the results.
 #pragma once
 
+#include "exit_codes.h"
+
 #include <filesystem>
 #include <optional>
 
@@ -12,16 +14,6 @@ struct JobOptions {
   int threads = 0; // of each rank; 0: OMP_NUM_THREADS, else the cores, of several ranks 1
   bool checkOnly = false, quiet = false;
   bool digest = false; // also write hashes of all fields
-};
-
-// Exit codes of the program.
-enum ExitCode {
-  exitComplete = 0,
-  exitInput = 1,
-  exitEndedEarly = 2,
-  exitNotWritten = 3,
-  exitNothingLeft = 4,
-  exitInterrupted = 130
 };
 
 // Reports errors on standard error; throws nothing.  The library must be initialised.  Every rank calls it and gets the same

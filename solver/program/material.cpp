@@ -1,8 +1,10 @@
 // sharedanalysis-material: one point of a material along the paths of tests, before a mesh is run.
 #include "reference_host.h"
 #include "solver/model/text.h"
+#include "solver/program/failure.h"
 #include "solver/program/fit.h"
 #include "solver/program/fit_case.h"
+#include "solver/program/job.h"
 #include "solver/program/material_path.h"
 #include "solver/results/partial_file.h"
 
@@ -12,6 +14,7 @@
 
 namespace {
 
+using namespace sharedanalysis;
 using namespace sharedanalysis::solver;
 
 std::string moduliOf(const Material& material) {
@@ -123,23 +126,24 @@ int main(int argc, char** argv) {
   app.add_flag("--fit", options.fits,
                "Fit constants of a material to the tests of the case, write them to JOB.fit.toml");
   app.add_flag("--check", options.checkOnly, "Read and check the input, show what was understood, write nothing");
-  app.footer("Exit codes: 0 done, 1 something cannot be written, 2 the case is wrong or a path cannot be followed.");
+  app.footer("Exit codes: 0 done, 1 the case is wrong, 2 a path cannot be followed, 3 something cannot be written.");
   app.set_version_flag("--version", "sharedanalysis-material " SHAREDANALYSIS_VERSION);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return app.exit(error);
     std::cerr << "error: " << printable(error.what()) << " (--help lists the options)\n";
-    return 2;
+    return exitInput;
   }
   try {
     run(options);
-    return 0;
-  } catch (const InputError& error) {
-    std::cerr << "error: " << printable(error.what()) << '\n';
-    return 2;
-  } catch (const std::exception& error) {
-    std::cerr << "error: " << printable(error.what()) << '\n';
-    return 1;
+    return exitDone;
+  } catch (const PathFailed& error) {
+    reportError(error.what());
+    return exitEndedEarly;
+  } catch (const std::exception&) {
+    const RankFailure failure = describeException();
+    reportError(failure.text);
+    return failure.code;
   }
 }

@@ -94,7 +94,7 @@ public:
 
 private:
   [[noreturn]] void fail(const std::string& what) const {
-    throw InputError("path \"" + path_.name + "\" at stretch " + shortNumber(stretch_) + ": " + what);
+    throw PathFailed("path \"" + path_.name + "\" at stretch " + shortNumber(stretch_) + ": " + what);
   }
 
   // The free stretch at which its stress is zero, by iteration from the last one; NaN if it is not found.

@@ -47,7 +47,13 @@ struct PathPoint {
   double stored, lost; // J/m3
 };
 
-// The states on the path, the undeformed one first.  Throws InputError where a stress is not reached, or no free stretch without
+// A material cannot be led along a path: the text names both and the stretch.
+class PathFailed : public InputError {
+public:
+  using InputError::InputError;
+};
+
+// The states on the path, the undeformed one first.  Throws PathFailed where a stress is not reached, or no free stretch without
 // stress is found.
 std::vector<PathPoint> follow(const MaterialPath& path, const Material& material);
 

@@ -1,12 +1,14 @@
 // Whether two runs are the same to the last bit, by their digests and, where they differ, by their fields.
 #pragma once
 
+#include "exit_codes.h"
+
 #include <filesystem>
 #include <string>
 
 namespace sharedanalysis::solver {
 
-enum class Verdict { Same = 0, Different = 1, Incomplete = 2 };
+enum class Verdict { Same = exitDone, Different = exitDifferent, Incomplete = exitInput };
 
 struct Comparison {
   Verdict verdict;

@@ -906,25 +906,25 @@ TEST_F(DiagnosticsProgram, ExitCodesTellWhatIsWrong) {
   writeFile(directory / "nothing", "");
   recordFailure("good");
   closeJob();
-  expect(run(""), 2, "DATABASE is required");
-  expect(run("x --what"), 2, "--what");
-  expect(run(quoted(directory / "none")), 3, "there is no such file");
-  expect(run(quoted(directory)), 3, "is a directory");
-  expect(run(quoted(directory / "letter")), 4, "is not a database");
-  expect(run(quoted(directory / "nothing")), 4, "not of diagnostics");
-  expect(runOn("good", "--increment 3-x"), 2, "--increment 3-x");
-  expect(runOn("good", "--limit 0"), 2, "--limit");
-  expect(runOn("good", "--limit 3 --all"), 2, "--limit");
-  expect(run(quoted(database("good")), " 2>&1 >/dev/full"), 1, "written");
+  expect(run(""), 1, "DATABASE is required");
+  expect(run("x --what"), 1, "--what");
+  expect(run(quoted(directory / "none")), 1, "there is no such file");
+  expect(run(quoted(directory)), 1, "is a directory");
+  expect(run(quoted(directory / "letter")), 1, "is not a database");
+  expect(run(quoted(directory / "nothing")), 1, "not of diagnostics");
+  expect(runOn("good", "--increment 3-x"), 1, "--increment 3-x");
+  expect(runOn("good", "--limit 0"), 1, "--limit");
+  expect(runOn("good", "--limit 3 --all"), 1, "--limit");
+  expect(run(quoted(database("good")), " 2>&1 >/dev/full"), 3, "written");
   const auto changed = [&](const std::string& sql) {
     fs::copy_file(database("good"), directory / "changed", fs::copy_options::overwrite_existing);
     Database(directory / "changed", SQLITE_OPEN_READWRITE).rows(sql);
     return run(quoted(directory / "changed"));
   };
-  expect(changed("PRAGMA application_id = 1"), 4, "not of diagnostics");
-  expect(changed("PRAGMA user_version = 99"), 5, "newer release (version 99");
-  expect(changed("PRAGMA user_version = 0"), 6, "nothing was recorded");
-  expect(changed("DROP TABLE increments"), 6, "no such table");
+  expect(changed("PRAGMA application_id = 1"), 1, "not of diagnostics");
+  expect(changed("PRAGMA user_version = 99"), 6, "newer release (version 99");
+  expect(changed("PRAGMA user_version = 0"), 7, "nothing was recorded");
+  expect(changed("DROP TABLE increments"), 7, "no such table");
   // numbers that no sum holds, and texts that steer a terminal
   const Outcome hostile =
       changed("UPDATE increments SET attempts = 9223372036854775807, iterations = -9223372036854775807 - 1, "
@@ -936,7 +936,7 @@ TEST_F(DiagnosticsProgram, ExitCodesTellWhatIsWrong) {
                             "9223372036854775807", "-9223372036854775808"})
     EXPECT_TRUE(contains(hostile.out, words)) << words << '\n' << hostile.out;
   fs::resize_file(directory / "changed", 20000);
-  expect(run(quoted(directory / "changed")), 6, "cannot be read");
+  expect(run(quoted(directory / "changed")), 7, "cannot be read");
 }
 
 TEST_F(DiagnosticsProgram, EndsQuietlyWhenNobodyReadsOn) {

@@ -250,19 +250,19 @@ TEST_F(RanksTest, ComparisonNamesTheFirstDifference) {
 
   writeFile("irregular.toml", replaced(readFile("irregular.toml"), "C10 = 1.0e6", "C10 = 1.0000000001e6"));
   run(1, 1, "irregular.toml --digest -q -o b");
-  outcome = compare("a", "b", 1);
+  outcome = compare("a", "b", exitDifferent);
   EXPECT_TRUE(outcome.out.starts_with("different: output ")) << outcome.out;
   for (const char* part : {"increment ", "time ", "array ", " of node ", " in a/irregular.digest and "})
     EXPECT_TRUE(contains(outcome.out, part)) << outcome.out;
   // without the fields the chunk is all that is known
   std::filesystem::remove("b/irregular.exo");
-  outcome = compare("a", "b", 1);
+  outcome = compare("a", "b", exitDifferent);
   EXPECT_TRUE(contains(outcome.out, "a value of nodes 1 to ")) << outcome.out;
   // other meshes are no matter of values
   solver::Mesh mesh = box({7, 5, 6}, {1, 0.8, 1.1});
   writeFile("irregular.msh", meshText(mesh));
   run(1, 1, "irregular.toml --digest -q -o c");
-  outcome = compare("a", "c", 1);
+  outcome = compare("a", "c", exitDifferent);
   EXPECT_TRUE(outcome.out.starts_with("different: the meshes have other numbers")) << outcome.out;
 }
 
@@ -291,7 +291,7 @@ TEST_F(RanksTest, ComparisonFindsOneBit) {
   write("a");
   velocity[3 * 123 + 2] = -0.0;
   write("b");
-  EXPECT_EQ(compare("a", "b", 1).out,
+  EXPECT_EQ(compare("a", "b", exitDifferent).out,
             "different: output 1, increment 0, time 0 s, array velocity\nvelocity_z of node " +
                 std::to_string(mesh.nodeNumbers[123]) +
                 " is 0 (0) in a/run.digest and -0 (8000000000000000) in b/run.digest\n"
@@ -320,16 +320,16 @@ TEST_F(RanksTest, ComparisonSaysWhatIsMissing) {
   };
   for (const auto& file : files) {
     writeFile(std::string(file.name) + ".digest", file.digest);
-    const Outcome outcome = compare("a", std::string(file.name) + ".digest", 2);
+    const Outcome outcome = compare("a", std::string(file.name) + ".digest", exitInput);
     EXPECT_TRUE(outcome.err.starts_with("incomplete: ") && contains(outcome.err, file.text))
         << file.name << ": " << outcome.err;
   }
-  EXPECT_TRUE(contains(compare("short.digest", "a", 2).err, " is missing in short.digest; "));
+  EXPECT_TRUE(contains(compare("short.digest", "a", exitInput).err, " is missing in short.digest; "));
   for (const auto& [place, text] : {std::pair{"nowhere", "no such file"}, {".", "has 8 digests"}, {"b", "no digest"}}) {
     std::filesystem::create_directory("b");
-    EXPECT_TRUE(contains(compare(place, "a", 2).err, text)) << text;
+    EXPECT_TRUE(contains(compare(place, "a", exitInput).err, text)) << text;
   }
-  EXPECT_EQ(shell(SA_COMPARE_PROGRAM " a").code, 2);
+  EXPECT_EQ(shell(SA_COMPARE_PROGRAM " a").code, exitInput);
 }
 
 } // namespace

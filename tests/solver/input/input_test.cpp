@@ -20,18 +20,18 @@ protected:
   }
 
   // What is said about a case and the files beside it.
-  static std::string answer(const std::string& caseText, solver::ExitCode expected = solver::exitInput) {
+  static std::string answer(const std::string& caseText, solver::ExitCode expected = exitInput) {
     writeFile("case.toml", caseText);
     return answerTo("case.toml", expected);
   }
-  static std::string answerTo(const std::filesystem::path& caseFile, solver::ExitCode expected = solver::exitInput) {
+  static std::string answerTo(const std::filesystem::path& caseFile, solver::ExitCode expected = exitInput) {
     const std::set<std::string> before = filesIn(".");
     testing::internal::CaptureStderr();
     const solver::ExitCode code =
         solver::runJob({.caseFile = caseFile, .outputDirectory = {}, .threads = 1, .checkOnly = false, .quiet = true});
     std::string text = testing::internal::GetCapturedStderr();
     EXPECT_EQ(code, expected) << text;
-    EXPECT_EQ(filesIn(".") == before, expected == solver::exitInput) << "wrong input leaves no files";
+    EXPECT_EQ(filesIn(".") == before, expected == exitInput) << "wrong input leaves no files";
     if (text.starts_with("error: ") && text.ends_with('\n')) return text.substr(7, text.size() - 8);
     return text;
   }
@@ -66,7 +66,7 @@ protected:
 };
 
 TEST_F(Input, SoundInputIsRun) {
-  EXPECT_EQ(answer(barCase, solver::exitComplete), "");
+  EXPECT_EQ(answer(barCase, exitDone), "");
   EXPECT_TRUE(std::filesystem::exists("case.exo"));
 }
 
@@ -226,7 +226,7 @@ std::string warmBar() {
 }
 
 TEST_F(Input, ConstantsThatDependOnTemperature) {
-  EXPECT_EQ(answer(warmBar(), solver::exitComplete), "");
+  EXPECT_EQ(answer(warmBar(), exitDone), "");
   const solver::Case definition = solver::readCase("case.toml").definition;
   ASSERT_EQ(definition.materials.size(), 2u);
   EXPECT_EQ(definition.materials[definition.sections[0].material].name, "rubber at 310 K");
@@ -239,7 +239,7 @@ TEST_F(Input, ConstantsThatDependOnTemperature) {
   const auto motion = [](const std::string& text) {
     for (const std::string& file : filesIn("."))
       if (file.starts_with("case.")) std::filesystem::remove(file);
-    EXPECT_EQ(answer(text, solver::exitComplete), "");
+    EXPECT_EQ(answer(text, exitDone), "");
     return readFile("case.csv");
   };
   const std::string same = replaced(warmBar(), "temperature = 500.5", "temperature = 310");
