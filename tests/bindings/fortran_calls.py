@@ -16,6 +16,9 @@ module calls
     integer(c_int64_t) :: bytes
     integer(c_int8_t), allocatable :: data(:), wanted(:)
   end type argument
+  interface point
+    procedure point_float, point_double, point_int32_t, point_int64_t
+  end interface point
 contains
   logical function differs(got, wanted)
     integer(c_int8_t), intent(in) :: got(:), wanted(:)
@@ -95,6 +98,15 @@ program replay
 end program replay
 """
 
+# An argument's bytes as an array of a type.
+POINT = """  subroutine point_%s(v, a)
+    type(argument), intent(inout), target :: v
+    %s, pointer, contiguous, intent(out) :: a(:)
+    call c_f_pointer(c_loc(v%%data), a, [max(1_c_int64_t, v%%bytes*8/storage_size(a))])
+  end subroutine point_%s
+
+"""
+
 KINDS = {"float": "real(c_float)", "double": "real(c_double)", "int32_t": "integer(c_int32_t)", "int64_t": "integer(c_int64_t)"}
 
 
@@ -111,9 +123,8 @@ def routine(data):
                 back.append(f"v({k})%data(1:v({k})%bytes) = transfer(a{k}, v({k})%data)")
         elif a["name"] not in lengths:
             c_type = a["type"].replace("const ", "").rstrip("*")
-            declared.append(f"{KINDS[c_type]}, pointer :: a{k}(:)")
-            size = 4 if c_type in ("int32_t", "float") else 8
-            points.append(f"call c_f_pointer(c_loc(v({k})%data), a{k}, [max(1_c_int64_t, v({k})%bytes/{size})])")
+            declared.append(f"{KINDS[c_type]}, pointer, contiguous :: a{k}(:)")
+            points.append(f"call point(v({k}), a{k})")
             actual.append(f"a{k}(1)" if a["shape"] == ["1"] else f"a{k}")
     call, name = ", &\n      ".join(actual), data["name"]
     lines = [f"subroutine make_{name}(v, value)", "  type(argument), intent(inout), target :: v(:)",
@@ -134,7 +145,8 @@ def main():
     routines = json.load(open(sys.argv[1]))["routines"]
     kernels = [r for r in routines if {a["role"] for a in r["arguments"]} & {"block", "last", "length"}]
     cases = "".join(f'    case ("{r["name"]}")\n      call make_{r["name"]}(v, value)\n' for r in kernels)
-    sys.stdout.write(PROGRAM % (cases, "".join(map(routine, kernels))))
+    points = "".join(POINT % (name, kind, name) for name, kind in KINDS.items())
+    sys.stdout.write(PROGRAM % (cases, points + "".join(map(routine, kernels))))
 
 
 main()
