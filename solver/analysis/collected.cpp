@@ -70,7 +70,7 @@ std::vector<double> velocitiesNow(const Layout& layout, const NodeState& nodes, 
         now[3 * i + c] =
             v[3 * i + c] + 0.5 * course.lastIncrement * (layout.definition.gravity[c] - f * nodes.rMass[i]);
       }
-  for (const PrescribedComponent& p : prescribed.components) now[p.position] = valueAt(*p.history, course.time);
+  for (const PrescribedComponent& p : prescribed.components) now[p.position] = p.speed(course);
   return now;
 }
 
@@ -82,7 +82,7 @@ std::vector<double> reactionsNow(const Layout& layout, const NodeState& nodes, c
   for (const DomainState& state : domains)
     for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) {
       const PrescribedComponent& p = prescribed.components[k];
-      const double a = (valueAt(*p.history, course.time + h) - valueAt(*p.history, course.time - h)) / (2 * h);
+      const double a = (p.speed(course.time + h, h) - p.speed(course.time - h, h)) / (2 * h);
       now[k] = state.force[p.position - 3 * state.domain.firstNode] +
                nodes.mass[p.position / 3] * (a - layout.definition.gravity[p.position % 3]);
     }

@@ -45,7 +45,7 @@ void move(const Case& definition, const Course& course, double step, const Domai
        v.data());
   for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) {
     PrescribedComponent& p = components[k];
-    const double old = before[k - state.firstPrescribed], now = valueAt(*p.history, course.time + 0.5 * step);
+    const double old = before[k - state.firstPrescribed], now = p.speed(course.time + 0.5 * step, 0.5 * step);
     const int64_t node = p.position / 3;
     const int c = static_cast<int>(p.position % 3);
     p.reaction =

@@ -113,7 +113,7 @@ Prescribed makePrescribed(const Layout& layout, std::vector<DomainState>& domain
         const auto [found, isNew] = components.try_emplace(
             3 * static_cast<int64_t>(layout.numbering.internalNodes[node]) + c, Origin{&history, &motion.group});
         const History& other = *found->second.history;
-        if (!isNew && (other.time != history.time || other.value != history.value))
+        if (!isNew && !(other == history))
           throw InputError("groups \"" + *found->second.group + "\" and \"" + motion.group +
                            "\" prescribe different motion of component " + "xyz"[c] + " of node " +
                            std::to_string(layout.mesh.nodeNumbers[node]));
@@ -139,7 +139,7 @@ Prescribed makePrescribed(const Layout& layout, std::vector<DomainState>& domain
   return result;
 }
 
-void setVelocities(const Layout& layout, const Prescribed& prescribed, NodeState& nodes) {
+void setVelocities(const Layout& layout, Prescribed& prescribed, NodeState& nodes) {
   std::vector<double>& v = nodes.v;
   v.assign(3 * static_cast<size_t>(layout.nodes()), 0.0);
   for (const InitialVelocity& initial : layout.definition.initialVelocities) {
@@ -163,17 +163,10 @@ void setVelocities(const Layout& layout, const Prescribed& prescribed, NodeState
       }
     }
   }
-  for (const PrescribedComponent& p : prescribed.components) v[p.position] = valueAt(*p.history, 0.0);
-}
-
-double valueAt(const History& history, double time) {
-  const auto& t = history.time;
-  if (t.empty()) return 0;
-  const auto after = std::upper_bound(t.begin(), t.end(), time) - t.begin();
-  if (after == 0) return history.value.front();
-  if (after == static_cast<std::ptrdiff_t>(t.size())) return history.value.back();
-  const double part = (time - t[after - 1]) / (t[after] - t[after - 1]);
-  return history.value[after - 1] + part * (history.value[after] - history.value[after - 1]);
+  for (PrescribedComponent& p : prescribed.components) {
+    p.start = v[p.position];
+    v[p.position] = p.startSpeed();
+  }
 }
 
 } // namespace sharedanalysis::solver

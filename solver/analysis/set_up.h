@@ -17,6 +17,6 @@ void setMasses(const Layout& layout, const std::vector<DomainState>& domains, No
 // Also tells the domains which components are theirs.
 Prescribed makePrescribed(const Layout& layout, std::vector<DomainState>& domains);
 
-void setVelocities(const Layout& layout, const Prescribed& prescribed, NodeState& nodes);
+void setVelocities(const Layout& layout, Prescribed& prescribed, NodeState& nodes);
 
 } // namespace sharedanalysis::solver

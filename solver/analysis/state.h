@@ -34,11 +34,26 @@ struct NodeState {
   std::vector<double> mass, rMass;
 };
 
+struct Course {
+  double time = 0, lastIncrement = 0;
+  double stable = 0, firstStable = 0; // stable increment times the safety factor
+  int64_t increment = 0;
+};
+
 // One prescribed component of one node, and the work of its reaction.
 struct PrescribedComponent {
   int64_t position; // in (3, nodes), internal numbering
   const History* history;
+  double start = 0; // velocity at time 0 where accelerations are prescribed
   double reaction = 0, work = 0;
+
+  // Over the increment from time - half to time + half.
+  double speed(double time, double half) const { return speedAround(*history, time, half, start); }
+  double startSpeed() const { return speedAtStart(*history, start); }
+  // At an output time.
+  double speed(const Course& now) const {
+    return now.increment > 0 ? speed(now.time, 0.5 * now.lastIncrement) : startSpeed();
+  }
 };
 struct Prescribed {
   std::vector<PrescribedComponent> components; // by position
@@ -63,18 +78,9 @@ struct DomainState {
   }
 };
 
-struct Course {
-  double time = 0, lastIncrement = 0;
-  double stable = 0, firstStable = 0; // stable increment times the safety factor
-  int64_t increment = 0;
-};
-
 // Mesh numbers of the bricks that were masked in the last increment: of all ranks and of this one.
 struct Distortion {
   std::vector<int64_t> all, own;
 };
-
-// Piecewise linear, constant outside; 0 without points.
-double valueAt(const History& history, double time);
 
 } // namespace sharedanalysis::solver

@@ -20,12 +20,25 @@ std::size_t componentNumber(const Table& table, const char* key, const std::stri
   return static_cast<std::size_t>(found - componentNames.begin());
 }
 
-History readHistory(const Table& table) {
+// The keys of a history, in every table that has one.
+const Names historyKeys{"value", "time", "curve"};
+
+Names with(const Names& more, Names keys) {
+  keys.insert(keys.end(), more.begin(), more.end());
+  return keys;
+}
+
+History readHistory(const Table& table, const std::string& unit) {
   if (!table.isArray("value")) {
-    if (table.has("time")) table.fail("time", "time needs an array of values, expected value = [...]");
-    return {{0.0}, {table.real("value", anyNumber, "m/s")}};
+    for (const char* key : {"time", "curve"})
+      if (table.has(key)) table.fail(key, std::string(key) + " needs an array of values, expected value = [...]");
+    return {{0.0}, {table.real("value", anyNumber, unit)}};
   }
-  History history{table.reals("time", "s"), table.reals("value", "m/s")};
+  History history{table.reals("time", "s"), table.reals("value", unit)};
+  const std::string curve = table.text("curve", "linear");
+  if (curve != "linear" && curve != "smooth")
+    table.fail("curve", "curve is \"" + curve + R"(", expected "linear" or "smooth")");
+  history.curve = curve == "smooth" ? Curve::Smooth : Curve::Linear;
   if (history.time.size() != history.value.size())
     table.fail("value", "value has " + counted(history.value.size(), "number") + " and time has " +
                             std::to_string(history.time.size()) + ", expected as many of both");
@@ -92,12 +105,21 @@ double readInterval(const Table& table, const char* key, double endTime, int sta
   return interval;
 }
 
+// What a table prescribes of a motion.
+struct MotionKey {
+  const char *key, *unit;
+  Quantity quantity;
+};
+constexpr std::array<MotionKey, 3> motionKeys{{{"velocity", "m/s", Quantity::Velocity},
+                                               {"displacement", "m", Quantity::Displacement},
+                                               {"acceleration", "m/s2", Quantity::Acceleration}}};
+
 class CaseBuilder {
 public:
   CaseBuilder(const std::filesystem::path& file, const std::string& text)
       : file_(file), root_(file, text,
-                           {"title", "job", "mesh", "material", "section", "fix", "velocity", "initial_velocity",
-                            "gravity", "control", "output"}) {}
+                           {"title", "job", "mesh", "material", "section", "fix", "velocity", "displacement",
+                            "acceleration", "initial_velocity", "gravity", "control", "output"}) {}
 
   CaseFile build() {
     general();
@@ -193,11 +215,18 @@ private:
         motion.velocity[componentNumber(table, "components", name)] = History{{0.0}, {0.0}};
       case_.motions.push_back(std::move(motion));
     }
-    for (const Table& table : root_.tables("velocity", {"group", "component", "value", "time"})) {
-      PrescribedMotion motion{group(table, false), {}};
-      motion.velocity[componentNumber(table, "component", table.text("component"))] = readHistory(table);
-      case_.motions.push_back(std::move(motion));
-    }
+    for (const MotionKey& kind : motionKeys)
+      for (const Table& table : root_.tables(kind.key, with(historyKeys, {"group", "component"}))) {
+        PrescribedMotion motion{group(table, false), {}};
+        const std::size_t component = componentNumber(table, "component", table.text("component"));
+        History history = readHistory(table, kind.unit);
+        history.quantity = kind.quantity;
+        if (history.quantity == Quantity::Displacement && valueAt(history, 0) != 0)
+          table.fail("value", "the displacement at time 0 is " + shortNumber(valueAt(history, 0)) +
+                                  ", expected 0, where the mesh is");
+        motion.velocity[component] = std::move(history);
+        case_.motions.push_back(std::move(motion));
+      }
     for (const Table& table :
          root_.tables("initial_velocity", {"group", "velocity", "rate", "axis", "origin", "profile_length"})) {
       case_.initialVelocities.push_back(readInitialVelocity(table));

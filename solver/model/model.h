@@ -2,6 +2,7 @@
 #pragma once
 
 #include "filter_design.h"
+#include "solver/model/histories.h"
 #include "solver/model/materials.h"
 
 #include <array>
@@ -40,12 +41,8 @@ struct Mesh {
   const Group* findGroup(const std::string& name) const;
 };
 
-// A velocity over time: piecewise linear, constant before the first and after the last point.
-struct History {
-  std::vector<double> time, value;
-};
-
-// Prescribed motion of a group: component c follows velocity[c]; a fixed component is a history of zero.
+// Prescribed motion of a group: the velocity of component c comes from velocity[c], which says what its values are; a fixed
+// component is a history of zero.
 struct PrescribedMotion {
   std::string group;
   std::array<std::optional<History>, 3> velocity;

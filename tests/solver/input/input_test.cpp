@@ -185,6 +185,10 @@ TEST_F(Mistakes, Histories) {
       {"component = \"x\"\ntime = [0, 1]\nvalue = 1", ":29:8: time needs an array of values, expected value = [...]"},
       {"component = \"x\"\ntime = []\nvalue = []", ":29:8: time is empty, expected an array of numbers in s"},
       {"component = \"x\"\ntime = [0, 1]\nvalue = [0, inf]", ":30:13: value is inf, expected a finite number in m/s"},
+      {"component = \"x\"\ntime = [0, 1]\nvalue = [0, 1]\ncurve = \"round\"",
+       R"(:31:9: curve is "round", expected "linear" or "smooth")"},
+      {"component = \"x\"\nvalue = 1\ncurve = \"smooth\"",
+       ":30:9: curve needs an array of values, expected value = [...]"},
       {"component = \"r\"\nvalue = 1", R"(:28:13: "r" is no component, expected "x", "y" or "z")"},
       {"value = 1", ":26:1: component is missing in velocity, expected a text in quotes"},
   };
