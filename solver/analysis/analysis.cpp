@@ -3,6 +3,7 @@
 
 #include "solver/analysis/collected.h"
 #include "solver/analysis/increment.h"
+#include "solver/analysis/loads.h"
 #include "solver/analysis/set_up.h"
 
 #include <algorithm>
@@ -20,6 +21,7 @@ struct Analysis::Data {
   NodeState nodes;
   std::vector<DomainState> domains; // of this rank
   Prescribed prescribed;
+  Loads loads;
   Course course;
   Ending ending = Ending::Running;
   Distortion distortion;
@@ -33,14 +35,15 @@ struct Analysis::Data {
       : layout(mesh, definition), nodes(referenceNodes(layout)), domains(makeDomainStates(layout, nodes.X, threads)) {
     setMasses(layout, domains, nodes);
     prescribed = makePrescribed(layout, domains);
+    loads = makeLoads(layout, nodes.X, domains);
     setVelocities(layout, prescribed, nodes);
-    for (DomainState& state : domains) evaluateForces(definition, nodes, 0.0, state);
+    for (DomainState& state : domains) evaluateForces(definition, nodes, 0.0, state, loads);
     ending = findEnding(layout, nodes, domains, outcomeOf(layout.ranks, domains), course, distortion);
     course.firstStable = course.stable;
   }
 
   const Collected& collectedNow() {
-    if (!collected) collected = solver::collect(layout, nodes, prescribed, course, domains);
+    if (!collected) collected = solver::collect(layout, nodes, prescribed, loads, course, domains);
     return *collected;
   }
   // Exceptions must not leave a parallel region: keeps the first one for after the loop.
@@ -78,13 +81,14 @@ Ending Analysis::advanceTo(double end, int64_t increments) {
 #endif
     while (running) {
       for (int k = thread; k < domains; k += threads)
-        move(d.layout.definition, now, step, d.domains[k], d.nodes, d.prescribed);
+        move(d.layout.definition, now, step, d.domains[k], d.nodes, d.prescribed, d.loads);
 #pragma omp barrier
       if (d.layout.ranks.areSeveral()) {
 #pragma omp single
         d.guarded([&] { exchangeMotion(d.layout, d.nodes); });
       }
-      for (int k = thread; k < domains; k += threads) evaluateForces(d.layout.definition, d.nodes, step, d.domains[k]);
+      for (int k = thread; k < domains; k += threads)
+        evaluateForces(d.layout.definition, d.nodes, step, d.domains[k], d.loads);
 #pragma omp barrier
 #pragma omp single
       {
@@ -125,6 +129,8 @@ void Analysis::setObserver(std::function<void(const Progress&, double)> observer
 void Analysis::collect() { data_->collectedNow(); }
 
 Energies Analysis::energies() const { return data_->collectedNow().energies; }
+
+const std::vector<double>& Analysis::measures() const { return data_->collectedNow().measures; }
 
 std::array<double, 3> Analysis::linearMomentum() const {
   return solver::linearMomentum(data_->layout, data_->nodes, data_->collectedNow());

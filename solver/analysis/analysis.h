@@ -56,11 +56,13 @@ public:
   void setObserver(std::function<void(const Progress&, double)> observer);
 
   // Brings what results are made of to the root.  Energies, momenta and fields do so by themselves: every rank calls this, or
-  // the first of them, at the same times.  Energies are known to every rank afterwards, momenta and fields to the root.
+  // the first of them, at the same times.  Energies are known to every rank afterwards, momenta, measures and fields to the
+  // root.
   void collect();
 
   Progress progress() const;
   Energies energies() const;
+  const std::vector<double>& measures() const; // those that measureNames() of the case names
   std::array<double, 3> linearMomentum() const;
   std::array<double, 3> angularMomentum() const; // about the origin
   Fields fields() const;

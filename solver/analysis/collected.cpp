@@ -1,5 +1,7 @@
 #include "solver/analysis/collected.h"
 
+#include "solver/analysis/loads.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -105,6 +107,7 @@ Energies sumEnergies(const Layout& layout, const NodeState& nodes, const Prescri
   for (const size_t k : prescribed.order)
     sum.external +=
         collected.work[k] + 0.5 * collected.reactions[k] * collected.prescribedSpeed[k] * course.lastIncrement;
+  for (const double work : collected.measures) sum.external += work;
   for (int64_t e = 0; e < layout.bricks(); ++e) {
     const double* brick = &collected.bricks[kBrickValues * static_cast<size_t>(e)];
     sum.strain += brick[0] * brick[1];
@@ -117,8 +120,8 @@ Energies sumEnergies(const Layout& layout, const NodeState& nodes, const Prescri
 
 } // namespace
 
-Collected collect(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed, const Course& course,
-                  std::vector<DomainState>& domains) {
+Collected collect(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed, const Loads& loads,
+                  const Course& course, std::vector<DomainState>& domains) {
   const Ranks& ranks = layout.ranks;
   Collected collected;
   const auto ofNodes = [&](std::vector<double>& values) {
@@ -138,6 +141,7 @@ Collected collect(const Layout& layout, const NodeState& nodes, const Prescribed
   for (std::vector<double>* values : {&collected.reactions, &collected.work, &collected.prescribedSpeed})
     ranks.gatherRanges(*values, prescribed.firstOfRank);
 
+  collected.measures = workOfLoads(layout, nodes, course, loads);
   collected.bricks = brickValues(layout, nodes.x, domains);
   if (ranks.areSeveral()) collectBricks(layout, collected.bricks);
   std::vector<double> sums(6);

@@ -4,6 +4,7 @@
 #include "host_services.h"
 #include "reference_host.h"
 #include "solver/analysis/block_kernels.h"
+#include "solver/analysis/loads.h"
 
 #include <algorithm>
 #include <cmath>
@@ -18,7 +19,7 @@ double smallerOf(double a, double b) { return b < a || b != b ? b : a; }
 
 } // namespace
 
-void evaluateForces(const Case& definition, const NodeState& nodes, double step, DomainState& state) {
+void evaluateForces(const Case& definition, const NodeState& nodes, double step, DomainState& state, Loads& loads) {
   const int32_t values = static_cast<int32_t>(state.force.size());
   GLO_UTI_BROADCAST0D(&values, state.force.data());
   state.stableIncrement = kInfinity;
@@ -28,16 +29,18 @@ void evaluateForces(const Case& definition, const NodeState& nodes, double step,
     state.stableIncrement = smallerOf(state.stableIncrement, outcome.stableIncrement);
     state.masked += outcome.masked;
   }
+  applyLoads(definition, nodes, state, loads);
 }
 
-void move(const Case& definition, const Course& course, double step, const DomainState& state, NodeState& nodes,
-          Prescribed& prescribed) {
+void move(const Case& definition, const Course& course, double step, DomainState& state, NodeState& nodes,
+          Prescribed& prescribed, Loads& loads) {
   const double lastIncrement = course.lastIncrement;
   std::vector<PrescribedComponent>& components = prescribed.components;
   std::vector<double>& v = nodes.v;
   const Domain& domain = state.domain;
   const double between = 0.5 * (lastIncrement + step);
   const double gravity[3] = {definition.gravity[0], definition.gravity[1], definition.gravity[2]};
+  addWork(state, v, 0.5 * lastIncrement, loads);
   std::vector<double> before;
   before.reserve(state.endPrescribed - state.firstPrescribed);
   for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) before.push_back(v[components[k].position]);
@@ -53,6 +56,8 @@ void move(const Case& definition, const Course& course, double step, const Domai
     p.work += p.reaction * 0.5 * (old * lastIncrement + now * step);
     v[p.position] = now;
   }
+  addWork(state, v, 0.5 * step, loads);
+  state.time = course.time + step;
   drift(domain.firstNode, domain.endNode, v.data(), step, nodes.x.data());
 }
 

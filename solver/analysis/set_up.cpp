@@ -97,6 +97,16 @@ void setMasses(const Layout& layout, const std::vector<DomainState>& domains, No
   for (size_t i = 0; i < mass.size(); ++i) rMass[i] = mass[i] > 0.0 ? 1.0 / mass[i] : 0.0;
 }
 
+std::vector<std::size_t> orderOfOneRank(const Layout& layout, const std::vector<std::pair<int32_t, int32_t>>& places) {
+  std::vector<int32_t> alone(layout.numbering.order.size());
+  for (size_t k = 0; k < alone.size(); ++k) alone[layout.numbering.order[k]] = static_cast<int32_t>(k);
+  std::vector<std::size_t> order(places.size());
+  std::iota(order.begin(), order.end(), size_t{0});
+  const auto placeOf = [&](size_t k) { return std::pair(alone[places[k].first], places[k].second); };
+  std::sort(order.begin(), order.end(), [&](size_t a, size_t b) { return placeOf(a) < placeOf(b); });
+  return order;
+}
+
 Prescribed makePrescribed(const Layout& layout, std::vector<DomainState>& domains) {
   Prescribed result;
   std::vector<PrescribedComponent>& prescribed = result.components;
@@ -129,12 +139,10 @@ Prescribed makePrescribed(const Layout& layout, std::vector<DomainState>& domain
     state.firstPrescribed = at(state.domain.firstNode);
     state.endPrescribed = at(state.domain.endNode);
   }
-  std::vector<int64_t> alone(layout.numbering.order.size());
-  for (size_t k = 0; k < alone.size(); ++k) alone[layout.numbering.order[k]] = static_cast<int64_t>(k);
-  result.order.resize(prescribed.size());
-  std::iota(result.order.begin(), result.order.end(), size_t{0});
-  const auto placeOf = [&](size_t k) { return 3 * alone[prescribed[k].position / 3] + prescribed[k].position % 3; };
-  std::sort(result.order.begin(), result.order.end(), [&](size_t a, size_t b) { return placeOf(a) < placeOf(b); });
+  std::vector<std::pair<int32_t, int32_t>> places;
+  for (const PrescribedComponent& p : prescribed)
+    places.emplace_back(static_cast<int32_t>(p.position / 3), static_cast<int32_t>(p.position % 3));
+  result.order = orderOfOneRank(layout, places);
   for (const int64_t node : layout.numbering.firstOfRank) result.firstOfRank.push_back(static_cast<int64_t>(at(node)));
   return result;
 }

@@ -61,12 +61,37 @@ struct Prescribed {
   std::vector<int64_t> firstOfRank;
 };
 
-// The work of one thread: a domain's blocks, its force array and its prescribed components.
+// One node of one load: its force at the present time, and the work of it.
+struct LoadedNode {
+  int32_t node, load; // internal number; index into Case::loads
+  double share = 0;   // of the value: a number, kg; faces have theirs
+  std::array<double, 3> force{};
+  double work = 0;
+};
+// A face that a load acts on.
+struct LoadedFace {
+  static constexpr std::size_t kElsewhere = static_cast<std::size_t>(-1);
+  int32_t load;
+  std::array<int32_t, 4> nodes;       // internal numbers, counter-clockwise as seen from outside
+  std::array<double, 4> areas;        // shares of the undeformed area
+  std::array<std::size_t, 4> entries; // in Loads::nodes, or kElsewhere for nodes of another domain
+  std::size_t block;                  // of the domain, and the place of the brick in it
+  int place;
+};
+struct Loads {
+  std::vector<LoadedNode> nodes;  // by node, then by load
+  std::vector<std::size_t> order; // that of one rank alone, in which sums run
+  std::vector<int64_t> firstOfRank;
+};
+
+// The work of one thread: a domain's blocks, its force array, its prescribed components and its loads.
 struct DomainState {
   Domain domain;
   std::vector<Block> blocks;
-  std::vector<double> force; // records of the nodes that it touches, its own first
-  std::size_t firstPrescribed = 0, endPrescribed = 0;
+  std::vector<double> force; // records of the nodes that it touches, its own first: internal less external
+  double time = 0;           // to which the forces belong
+  std::size_t firstPrescribed = 0, endPrescribed = 0, firstLoaded = 0, endLoaded = 0;
+  std::vector<LoadedFace> faces;
   BlockWork work;
   double stableIncrement = kInfinity;
   int64_t masked = 0;

@@ -169,6 +169,12 @@ std::string Table::text(const char* key, const std::string& otherwise) const {
   return has(key) ? text(key) : otherwise;
 }
 
+bool Table::flag(const char* key, bool otherwise) const {
+  const toml::node* node = content_->values->get(key);
+  if (node && !node->is_boolean()) fail(key, std::string(key) + " is " + typeName(*node) + ", expected true or false");
+  return node ? *node->value<bool>() : otherwise;
+}
+
 Names Table::texts(const char* key, const std::string& expected) const {
   Names values;
   for (const toml::node& node : content_->array(key, expected)) {

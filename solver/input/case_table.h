@@ -45,6 +45,7 @@ public:
   std::string text(const char* key) const;
   std::string text(const char* key, const std::string& otherwise) const;
   Names texts(const char* key, const std::string& expected) const;
+  bool flag(const char* key, bool otherwise) const;
 
   // [name]; an empty table if there is none.
   Table table(const char* key, const Names& keys) const;

@@ -3,6 +3,7 @@
 
 #include "filter_design.h"
 #include "solver/model/histories.h"
+#include "solver/model/loads.h"
 #include "solver/model/materials.h"
 
 #include <array>
@@ -27,6 +28,7 @@ struct Group {
   int dimension = 0;             // 3: bricks, 2: faces, 1: edges, 0: points
   std::vector<int32_t> nodes;    // increasing
   std::vector<int32_t> elements; // increasing; dimension 3 only
+  std::vector<int32_t> faces{};  // (4, faces), dimension 2 only; -1 for a node of no brick and for other shapes
 };
 
 struct Mesh {
@@ -70,6 +72,7 @@ struct Case {
   std::vector<Section> sections; // cover every brick exactly once
   std::vector<PrescribedMotion> motions;
   std::vector<InitialVelocity> initialVelocities;
+  std::vector<Load> loads;
   std::array<double, 3> gravity{}; // m/s2
   double endTime = 0;              // s
   double safetyFactor = 0.9;       // of the stable increment

@@ -16,6 +16,8 @@ uint64_t inputHash(const CaseFile& caseFile, const Mesh& mesh) {
   Hash hash;
   for (const std::string& line : caseFile.lines) hash.add(line);
   hash.add(mesh);
+  for (const Group& group : mesh.groups)
+    for (const int32_t corner : group.faces) hash.add(static_cast<uint64_t>(corner));
   return hash.value();
 }
 

@@ -48,6 +48,32 @@ std::function<void(Case&, Mesh&)> led(History history) {
 }
 const std::vector<double> kTimes{0, kEnd}, kBeyond{-kEnd, kEnd}, kRise{0, 2}, kFall{4, 2};
 
+// A load by the key of its table.
+std::function<void(Case&, Mesh&)> loaded(const std::string& key, const std::string& group, History history,
+                                         std::array<double, 3> direction = {1, 0, 0}, bool perNode = false) {
+  return [=](Case& c, Mesh&) {
+    for (const solver::LoadKind& kind : solver::loadKinds)
+      if (kind.key == key) c.loads.push_back({&kind, key, group, history, direction, perNode});
+  };
+}
+const auto momentumX = [](const Analysis& a) { return a.linearMomentum()[0]; };
+const auto momentumZ = [](const Analysis& a) { return a.linearMomentum()[2]; };
+const auto workOfFirst = [](const Analysis& a) { return a.measures().at(0); };
+
+// The pressure on the face x1 of a stiff body that turns about z by 1 rad: its force turns as well.
+void pressOnTurning(Case& c, Mesh& mesh) {
+  c.materials[0] = neoHooke(1e9, 0.3, kRho);
+  c.initialVelocities = {{"", {}, {.1, .1, 0}, {0, 0, 1}, 1 / kEnd, {}}};
+  loaded("pressure", "x1", constant(1e4))(c, mesh);
+}
+// The half of the box near x = 0 as a group of its own.
+void pullHalf(Case& c, Mesh& mesh) {
+  solver::Group half{"half", 3, mesh.groups[0].nodes, {}};
+  for (int32_t e = 0; e < mesh.elements(); e += 2) half.elements.push_back(e);
+  mesh.groups.push_back(half);
+  loaded("local_gravity", "half", constant(2))(c, mesh);
+}
+
 TEST_F(Loads, AreThoseOfMechanics) {
   const Truth truths[] = {
       {"displacement", 0.3, led({{0, 2 * kEnd}, kRise, Curve::Linear, Quantity::Displacement}), shiftX, 1, 1e-13},
@@ -65,6 +91,16 @@ TEST_F(Loads, AreThoseOfMechanics) {
        1e-13},
       {"its way", 0.3, led({kTimes, kRise, Curve::Smooth, Quantity::Acceleration}), shiftX,
        3 * kEnd + 2 * kEnd * kEnd / 7, 1e-5},
+      {"force", 0.3, loaded("force", "x1", constant(-7)), momentumX, -7 * kEnd, 1e-12},
+      {"force on each node", 0.3, loaded("force", "x1", constant(-7), {0.6, 0, 0.8}, true), momentumZ,
+       -7 * 15 * 0.8 * kEnd, 1e-12},
+      {"smooth force", 0.3, loaded("force", "x1", {kTimes, kRise, Curve::Smooth}), momentumX, kEnd, 1e-3},
+      {"local gravity", 0.3, loaded("local_gravity", "all", constant(2)), shiftX, kEnd * kEnd, 1e-12},
+      {"its work", 0.3, loaded("local_gravity", "all", constant(2)), workOfFirst, 16 * 2 * kEnd * kEnd, 1e-12},
+      {"gravity of a half", 0.3, pullHalf, momentumX, 8 * 2 * kEnd, 1e-12},
+      {"traction", 0.3, loaded("traction", "x1", constant(50)), momentumX, 50 * 0.08 * kEnd, 1e-12},
+      {"pressure", 0.3, loaded("pressure", "x1", constant(50)), momentumX, -50 * 0.08 * kEnd, 1e-3},
+      {"pressure that turns", 0.3, pressOnTurning, momentumX, -1e4 * 0.08 * kEnd * std::sin(1), 2e-3},
   };
   for (const Truth& truth : truths) {
     SCOPED_TRACE(truth.name);

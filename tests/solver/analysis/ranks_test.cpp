@@ -89,6 +89,30 @@ interval = 0.001
 )");
   }
 
+  // The same body under every kind of load.
+  static void writeLoaded() {
+    writeFile("loaded.toml", readFile("irregular.toml") + R"(
+[[force]]
+group = "x1"
+component = "y"
+time = [0.0, 0.002]
+value = [0.0, 500.0]
+[[local_gravity]]
+group = "all"
+direction = [1.0, 0.0, 1.0]
+value = 40.0
+[[traction]]
+group = "y0"
+direction = [1.0, 2.0, 3.0]
+value = 2.0e4
+[[pressure]]
+group = "surface"
+time = [0.0, 0.003]
+value = [0.0, 1.0e5]
+curve = "smooth"
+)");
+  }
+
 private:
   WorkingDirectory directory_;
 };
@@ -96,7 +120,8 @@ private:
 TEST_F(RanksTest, ResultsAreTheSameToTheLastBit) {
   writeColumn();
   writeIrregular();
-  for (const std::string job : {"column", "irregular"}) {
+  writeLoaded();
+  for (const std::string job : {"column", "irregular", "loaded"}) {
     run(1, 1, job + ".toml --digest -q -o " + job + "1x1");
     for (const auto& [ranks, threads] : {std::pair{1, 2}, {2, 1}, {2, 2}, {4, 1}, {4, 2}}) {
       const std::string directory = job + std::to_string(ranks) + "x" + std::to_string(threads);

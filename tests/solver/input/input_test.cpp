@@ -196,6 +196,48 @@ TEST_F(Mistakes, Histories) {
     expect(barCase + std::string("[[velocity]]\ngroup = \"z1\"\n") + lines, wanted);
 }
 
+TEST_F(Mistakes, Loads) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"[[force]]\ngroup = \"z1\"\nvalue = 1", ":26:1: expected component or direction, one of them"},
+      {"[[force]]\ngroup = \"z1\"\nvalue = 1\ncomponent = \"x\"\ndirection = [1, 0, 0]",
+       ":30:13: expected component or direction, one of them"},
+      {"[[force]]\ngroup = \"z1\"\nvalue = 1\ndirection = [0, 0, 0]",
+       ":29:13: direction has no direction, expected a vector that is not zero"},
+      {"[[force]]\ngroup = \"z1\"\nvalue = 1\ncomponent = \"x\"\nper_node = 1",
+       ":30:12: per_node is a number, expected true or false"},
+      {"[[force]]\ngroup = \"z1\"\nvalue = 1\ncomponent = \"x\"\nname = \"a,b\"",
+       ":30:8: name is \"a,b\", expected letters, digits, \"_\", \"-\" and \".\""},
+      {"[[pressure]]\ngroup = \"z1\"\nvalue = 1\nname = \"p\"\n[[pressure]]\ngroup = \"z0\"\nvalue = 1\nname = \"p\"",
+       ":33:8: the name \"p\" is there already, expected another one"},
+      {"[[pressure]]\ngroup = \"z1\"\nvalue = true", ":28:9: value is true or false, expected a finite number in Pa"},
+      {"[[pressure]]\ngroup = \"z1\"\nvalue = 1\ndirection = [1, 0, 0]",
+       ":29:1: unknown key \"direction\" in pressure, expected one of group, name, value, time, curve"},
+      {"[[pressure]]\ngroup = \"upper\"\nvalue = 1",
+       R"(:27:9: group "upper" is not one of faces, expected one of "x0", "x1", "y0", "y1", "z0", "z1")"},
+      {"[[local_gravity]]\ngroup = \"z1\"\ncomponent = \"x\"\nvalue = 1",
+       R"(:27:9: group "z1" is not one of bricks, expected one of "lower", "upper")"},
+  };
+  for (const auto& [lines, wanted] : cases) expect(barCase + std::string(lines), wanted);
+
+  // faces that are not on the surface of one brick, in a mesh that has such
+  const std::string mesh = meshText(numberedBox({1, 1, 4}, {1, 1, 4})),
+                    pressed = "[[pressure]]\ngroup = \"z0\"\nvalue = 1";
+  const std::size_t at = mesh.find("$EndElements");
+  const auto withFace = [&](const std::string& face) {
+    std::string text = mesh.substr(0, at) + "9999 3 2 5 5 " + face + "\n" + mesh.substr(at);
+    const std::size_t count = text.find("$Elements\n") + 10, end = text.find('\n', count);
+    text.replace(count, end - count, std::to_string(std::stoi(text.substr(count, end - count)) + 1));
+    writeFile("box.msh", text);
+  };
+  withFace("57 67 87 77");
+  expect(barCase + pressed,
+         ":27:9: a face of group \"z0\" is between bricks 103 and 106, expected faces with a brick on one side");
+  withFace("17 67 87 77");
+  expect(barCase + pressed,
+         ":27:9: group \"z0\" has 1 face that no brick has, expected quadrilaterals on the four corners of a "
+         "brick's face");
+}
+
 TEST_F(Mistakes, GroupsAndSections) {
   check({
       {"\"z0\"", "\"foot\"",

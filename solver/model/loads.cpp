@@ -1,0 +1,38 @@
+#include "solver/model/loads.h"
+
+#include "solver/model/model.h"
+#include "solver/model/text.h"
+
+namespace sharedanalysis::solver {
+namespace {
+
+// "2 N", or "0 to 2 N within 0 to 0.1 s".
+std::string describe(const History& history, const std::string& unit) {
+  const std::string last = shortNumber(history.value.back()) + " " + unit;
+  if (history.time.size() == 1) return last;
+  const auto span = [](const std::vector<double>& ends) {
+    return shortNumber(ends.front()) + " to " + shortNumber(ends.back());
+  };
+  return counted(history.time.size(), "value") + ", " + span(history.value) + " " + unit + " within " +
+         span(history.time) + " s";
+}
+
+} // namespace
+
+std::string describe(const Load& load) {
+  std::string text = std::string(load.kind->key) + " " + load.name + " on " + load.group + ": " +
+                     describe(load.history, load.kind->unit);
+  if (load.perNode) text += " on each node";
+  if (load.kind->directed)
+    text += " along (" + shortNumber(load.direction[0]) + ", " + shortNumber(load.direction[1]) + ", " +
+            shortNumber(load.direction[2]) + ")";
+  return text;
+}
+
+std::vector<std::string> measureNames(const Case& definition) {
+  std::vector<std::string> names;
+  for (const Load& load : definition.loads) names.push_back("work_" + load.name);
+  return names;
+}
+
+} // namespace sharedanalysis::solver
