@@ -72,7 +72,7 @@ std::vector<double> velocitiesNow(const Layout& layout, const NodeState& nodes, 
         now[3 * i + c] =
             v[3 * i + c] + 0.5 * course.lastIncrement * (layout.definition.gravity[c] - f * nodes.rMass[i]);
       }
-  for (const PrescribedComponent& p : prescribed.components) now[p.position] = p.speed(course);
+  for (const PrescribedComponent& p : prescribed.components) p.set(p.speed(course), now.data());
   return now;
 }
 
@@ -85,8 +85,8 @@ std::vector<double> reactionsNow(const Layout& layout, const NodeState& nodes, c
     for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) {
       const PrescribedComponent& p = prescribed.components[k];
       const double a = (p.speed(course.time + h, h) - p.speed(course.time - h, h)) / (2 * h);
-      now[k] = state.force[p.position - 3 * state.domain.firstNode] +
-               nodes.mass[p.position / 3] * (a - layout.definition.gravity[p.position % 3]);
+      now[k] = p.of(state.force.data(), state.domain.firstNode) +
+               nodes.mass[p.position / 3] * (a - p.of(layout.definition.gravity));
     }
   return now;
 }
@@ -136,7 +136,7 @@ Collected collect(const Layout& layout, const NodeState& nodes, const Prescribed
   collected.reactions = reactionsNow(layout, nodes, prescribed, course, domains);
   for (const PrescribedComponent& p : prescribed.components) {
     collected.work.push_back(p.work);
-    collected.prescribedSpeed.push_back(nodes.v[p.position]);
+    collected.prescribedSpeed.push_back(p.of(nodes.v.data()));
   }
   for (std::vector<double>* values : {&collected.reactions, &collected.work, &collected.prescribedSpeed})
     ranks.gatherRanges(*values, prescribed.firstOfRank);
@@ -189,8 +189,11 @@ void FieldArrays::fill(const Layout& layout, const std::vector<double>& X, const
       velocity[at] = collected.velocity[3 * i + c];
     }
   for (size_t k = 0; k < prescribed.components.size(); ++k) {
-    const int64_t position = prescribed.components[k].position;
-    reaction[3 * static_cast<size_t>(layout.numbering.nodes[position / 3]) + position % 3] = collected.reactions[k];
+    const PrescribedComponent& p = prescribed.components[k];
+    double* ofNode = &reaction[3 * static_cast<size_t>(layout.numbering.nodes[p.position / 3])];
+    if (p.isAxis) ofNode[p.position % 3] = collected.reactions[k];
+    for (size_t c = 0; c < 3; ++c)
+      if (p.direction[c] != 0) ofNode[c] += p.direction[c] * collected.reactions[k];
   }
   for (size_t e = 0; e < bricks; ++e) {
     const double* brick = &collected.bricks[kBrickValues * e];

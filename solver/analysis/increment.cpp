@@ -43,18 +43,16 @@ void move(const Case& definition, const Course& course, double step, DomainState
   addWork(state, v, 0.5 * lastIncrement, loads);
   std::vector<double> before;
   before.reserve(state.endPrescribed - state.firstPrescribed);
-  for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) before.push_back(v[components[k].position]);
+  for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) before.push_back(components[k].of(v.data()));
   kick(domain.firstNode, domain.endNode, state.force.data(), domain.firstNode, nodes.rMass.data(), gravity, between,
        v.data());
   for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) {
     PrescribedComponent& p = components[k];
     const double old = before[k - state.firstPrescribed], now = p.speed(course.time + 0.5 * step, 0.5 * step);
-    const int64_t node = p.position / 3;
-    const int c = static_cast<int>(p.position % 3);
-    p.reaction =
-        state.force[p.position - 3 * domain.firstNode] + nodes.mass[node] * ((now - old) / between - gravity[c]);
+    p.reaction = p.of(state.force.data(), domain.firstNode) +
+                 nodes.mass[p.position / 3] * ((now - old) / between - p.of(definition.gravity));
     p.work += p.reaction * 0.5 * (old * lastIncrement + now * step);
-    v[p.position] = now;
+    p.set(now, v.data());
   }
   addWork(state, v, 0.5 * step, loads);
   state.time = course.time + step;

@@ -107,6 +107,73 @@ std::vector<std::size_t> orderOfOneRank(const Layout& layout, const std::vector<
   return order;
 }
 
+namespace {
+
+bool isRest(const History& history) {
+  return history.quantity != Quantity::Acceleration &&
+         std::all_of(history.value.begin(), history.value.end(), [](double value) { return value == 0; });
+}
+
+// Adds the part of a normal that the prescribed components of its node leave free; planes that differ by less than kSamePlane
+// are one.
+void addNormal(const SymmetryPlane& plane, int64_t number, int32_t node, std::vector<PrescribedComponent>& ofNode) {
+  constexpr double kSamePlane = 1e-6;
+  PrescribedComponent rest{.position = 0, .direction = plane.normal, .isAxis = false};
+  std::array<double, 3> factors{};
+  std::array<const History*, 3> histories{};
+  std::array<bool, 3> taken{};
+  for (const PrescribedComponent& p : ofNode) {
+    const double common = p.of(plane.normal);
+    taken[static_cast<size_t>(p.position % 3)] = true;
+    for (int k = 0; k < p.partCount; ++k) {
+      const auto axis = static_cast<size_t>(p.parts[static_cast<size_t>(k)].axis);
+      histories[axis] = p.parts[static_cast<size_t>(k)].history;
+      factors[axis] -= common * p.parts[static_cast<size_t>(k)].factor;
+    }
+    if (p.isAxis)
+      rest.direction[static_cast<size_t>(p.position % 3)] = 0;
+    else
+      for (size_t c = 0; c < 3; ++c) rest.direction[c] -= common * p.direction[c];
+  }
+  const double length = std::hypot(rest.direction[0], rest.direction[1], rest.direction[2]);
+  const bool isNew = length > kSamePlane;
+  for (size_t axis = 0; axis < 3; ++axis) {
+    if (!histories[axis] || factors[axis] == 0 || isRest(*histories[axis])) continue;
+    if (!isNew && std::abs(factors[axis]) > kSamePlane)
+      throw InputError("node " + std::to_string(number) + " is moved out of the symmetry plane of group \"" +
+                       plane.group + "\"");
+    rest.parts[static_cast<size_t>(rest.partCount++)] = {histories[axis], static_cast<int>(axis),
+                                                         factors[axis] / length};
+  }
+  if (!isNew) return;
+  for (double& component : rest.direction) component /= length;
+  rest.position = 3 * static_cast<int64_t>(node) + (std::find(taken.begin(), taken.end(), false) - taken.begin());
+  ofNode.push_back(rest);
+}
+
+void addSymmetryPlanes(const Layout& layout, std::vector<PrescribedComponent>& prescribed) {
+  std::map<int32_t, std::vector<PrescribedComponent>> ofNodes; // where planes are
+  for (const SymmetryPlane& plane : layout.definition.symmetryPlanes)
+    for (const int32_t node : groupOf(layout.mesh, plane.group, "symmetry").nodes)
+      ofNodes[layout.numbering.internalNodes[node]];
+  for (const PrescribedComponent& p : prescribed) {
+    const auto found = ofNodes.find(static_cast<int32_t>(p.position / 3));
+    if (found != ofNodes.end()) found->second.push_back(p);
+  }
+  for (const SymmetryPlane& plane : layout.definition.symmetryPlanes)
+    for (const int32_t node : groupOf(layout.mesh, plane.group, "symmetry").nodes) {
+      const int32_t internal = layout.numbering.internalNodes[node];
+      addNormal(plane, layout.mesh.nodeNumbers[node], internal, ofNodes[internal]);
+    }
+  for (const auto& [node, all] : ofNodes)
+    for (const PrescribedComponent& p : all)
+      if (!p.isAxis) prescribed.push_back(p);
+  std::sort(prescribed.begin(), prescribed.end(),
+            [](const PrescribedComponent& a, const PrescribedComponent& b) { return a.position < b.position; });
+}
+
+} // namespace
+
 Prescribed makePrescribed(const Layout& layout, std::vector<DomainState>& domains) {
   Prescribed result;
   std::vector<PrescribedComponent>& prescribed = result.components;
@@ -128,7 +195,12 @@ Prescribed makePrescribed(const Layout& layout, std::vector<DomainState>& domain
                            "\" prescribe different motion of component " + "xyz"[c] + " of node " +
                            std::to_string(layout.mesh.nodeNumbers[node]));
       }
-  for (const auto& [position, origin] : components) prescribed.push_back({position, origin.history});
+  for (const auto& [position, origin] : components) {
+    prescribed.push_back({.position = position});
+    prescribed.back().parts[0] = {origin.history, static_cast<int>(position % 3)};
+    prescribed.back().partCount = 1;
+  }
+  addSymmetryPlanes(layout, prescribed);
   const auto at = [&](int64_t node) {
     return static_cast<size_t>(
         std::lower_bound(prescribed.begin(), prescribed.end(), 3 * node,
@@ -171,10 +243,9 @@ void setVelocities(const Layout& layout, Prescribed& prescribed, NodeState& node
       }
     }
   }
-  for (PrescribedComponent& p : prescribed.components) {
-    p.start = v[p.position];
-    v[p.position] = p.startSpeed();
-  }
+  for (PrescribedComponent& p : prescribed.components)
+    for (PrescribedComponent::Part& part : p.parts) part.start = v[3 * (p.position / 3) + part.axis];
+  for (const PrescribedComponent& p : prescribed.components) p.set(p.startSpeed(), v.data());
 }
 
 } // namespace sharedanalysis::solver

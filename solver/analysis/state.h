@@ -40,16 +40,55 @@ struct Course {
   int64_t increment = 0;
 };
 
-// One prescribed component of one node, and the work of its reaction.
+// One prescribed component of one node, and the work of its reaction.  It goes along an axis, or along the normal of a symmetry
+// plane, less what the other prescribed components of the node leave of it: the directions of a node are orthogonal.
 struct PrescribedComponent {
-  int64_t position; // in (3, nodes), internal numbering
-  const History* history;
-  double start = 0; // velocity at time 0 where accelerations are prescribed
+  int64_t position; // in (3, nodes), internal numbering; that of a free axis for a normal
+  std::array<double, 3> direction{};
+  // Its speed is the sum of these parts of histories: of its own, or of those that a normal leans on.
+  struct Part {
+    const History* history;
+    int axis; // along which it prescribes motion
+    double factor = 1;
+    double start = 0; // velocity at time 0, from which accelerations go on
+  };
+  std::array<Part, 3> parts{};
+  int partCount = 0;
+  bool isAxis = true;
   double reaction = 0, work = 0;
 
+  double sumOfParts(double (*one)(const Part&, double, double), double time, double half) const {
+    double sum = partCount > 0 ? parts[0].factor * one(parts[0], time, half) : 0.0;
+    for (int k = 1; k < partCount; ++k) sum += parts[k].factor * one(parts[k], time, half);
+    return sum;
+  }
   // Over the increment from time - half to time + half.
-  double speed(double time, double half) const { return speedAround(*history, time, half, start); }
-  double startSpeed() const { return speedAtStart(*history, start); }
+  double speed(double time, double half) const {
+    return sumOfParts([](const Part& p, double t, double h) { return speedAround(*p.history, t, h, p.start); }, time,
+                      half);
+  }
+  double startSpeed() const {
+    return sumOfParts([](const Part& p, double, double) { return speedAtStart(*p.history, p.start); }, 0, 0);
+  }
+  // The component of the vector of its node, of vectors of all nodes from `first` on.
+  double of(const double* vectors, int64_t first = 0) const {
+    if (isAxis) return vectors[position - 3 * first];
+    const double* vector = vectors + 3 * (position / 3 - first);
+    return direction[0] * vector[0] + direction[1] * vector[1] + direction[2] * vector[2];
+  }
+  double of(const std::array<double, 3>& vector) const {
+    return isAxis ? vector[position % 3]
+                  : direction[0] * vector[0] + direction[1] * vector[1] + direction[2] * vector[2];
+  }
+  // Makes it so among the vectors of all nodes.
+  void set(double value, double* vectors) const {
+    if (isAxis) {
+      vectors[position] = value;
+      return;
+    }
+    const double change = value - of(vectors);
+    for (int64_t c = 0; c < 3; ++c) vectors[position / 3 * 3 + c] += direction[c] * change;
+  }
   // At an output time.
   double speed(const Course& now) const {
     return now.increment > 0 ? speed(now.time, 0.5 * now.lastIncrement) : startSpeed();

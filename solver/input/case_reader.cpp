@@ -138,7 +138,7 @@ public:
 
 private:
   static Names rootKeys() {
-    Names keys{"title",   "job",     "mesh",  "material", "section", "fix", "initial_velocity",
+    Names keys{"title",   "job",     "mesh",  "material", "section", "fix", "symmetry", "initial_velocity",
                "gravity", "control", "output"};
     for (const MotionKey& kind : motionKeys) keys.push_back(kind.key);
     for (const LoadKind& kind : loadKinds) keys.push_back(kind.key);
@@ -240,6 +240,9 @@ private:
         motion.velocity[component] = std::move(history);
         case_.motions.push_back(std::move(motion));
       }
+    for (const Table& table : root_.tables("symmetry", {"group", "normal"}))
+      case_.symmetryPlanes.push_back(
+          {group(table, Members::Any), readUnitVector(table, "normal", table.vector("normal", ""))});
     for (const Table& table :
          root_.tables("initial_velocity", {"group", "velocity", "rate", "axis", "origin", "profile_length"})) {
       case_.initialVelocities.push_back(readInitialVelocity(table));

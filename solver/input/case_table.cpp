@@ -150,7 +150,10 @@ std::vector<double> Table::reals(const char* key, const std::string& unit) const
 
 std::array<double, 3> Table::vector(const char* key, const std::string& unit,
                                     const std::array<double, 3>& otherwise) const {
-  if (!has(key)) return otherwise;
+  return has(key) ? vector(key, unit) : otherwise;
+}
+
+std::array<double, 3> Table::vector(const char* key, const std::string& unit) const {
   const std::vector<double> values = reals(key, unit);
   if (values.size() != 3)
     fail(key, std::string(key) + " has " + counted(values.size(), "number") + ", expected 3 (x, y, z)" + in(unit));

@@ -42,6 +42,7 @@ public:
   double real(const char* key, const Range& range, const std::string& unit, double otherwise) const;
   std::vector<double> reals(const char* key, const std::string& unit) const;
   std::array<double, 3> vector(const char* key, const std::string& unit, const std::array<double, 3>& otherwise) const;
+  std::array<double, 3> vector(const char* key, const std::string& unit) const;
   std::string text(const char* key) const;
   std::string text(const char* key, const std::string& otherwise) const;
   Names texts(const char* key, const std::string& expected) const;

@@ -19,13 +19,15 @@ std::string describe(const History& history, const std::string& unit) {
 
 } // namespace
 
+std::string describe(const std::array<double, 3>& vector) {
+  return "(" + shortNumber(vector[0]) + ", " + shortNumber(vector[1]) + ", " + shortNumber(vector[2]) + ")";
+}
+
 std::string describe(const Load& load) {
   std::string text = std::string(load.kind->key) + " " + load.name + " on " + load.group + ": " +
                      describe(load.history, load.kind->unit);
   if (load.perNode) text += " on each node";
-  if (load.kind->directed)
-    text += " along (" + shortNumber(load.direction[0]) + ", " + shortNumber(load.direction[1]) + ", " +
-            shortNumber(load.direction[2]) + ")";
+  if (load.kind->directed) text += " along " + describe(load.direction);
   return text;
 }
 

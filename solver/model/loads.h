@@ -39,8 +39,9 @@ struct Load {
   bool perNode = false;              // of a force: on each node, not in all
 };
 
-// One line, for people.
+// For people: one line, and "(x, y, z)".
 std::string describe(const Load& load);
+std::string describe(const std::array<double, 3>& vector);
 
 // The columns that a case adds to the history, in the order in which an analysis has their values.
 std::vector<std::string> measureNames(const Case& definition);

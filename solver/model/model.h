@@ -50,6 +50,12 @@ struct PrescribedMotion {
   std::array<std::optional<History>, 3> velocity;
 };
 
+// The nodes of a group stay in planes with this normal.
+struct SymmetryPlane {
+  std::string group;
+  std::array<double, 3> normal{}; // unit vector
+};
+
 // v = velocity + omega(s) axis x (X - origin), where s is the distance of X from origin along the axis and
 // omega(s) = rate, or rate * sin(pi s / length) when a length is given.
 struct InitialVelocity {
@@ -73,6 +79,7 @@ struct Case {
   std::vector<PrescribedMotion> motions;
   std::vector<InitialVelocity> initialVelocities;
   std::vector<Load> loads;
+  std::vector<SymmetryPlane> symmetryPlanes;
   std::array<double, 3> gravity{}; // m/s2
   double endTime = 0;              // s
   double safetyFactor = 0.9;       // of the stable increment

@@ -39,6 +39,8 @@ std::vector<std::string> describe(const Case& definition, const Mesh& mesh, cons
     lines.push_back("material " + material.name + ": E " + shortNumber(elasticModulus(material) / 1e6) + " MPa, nu " +
                     shortNumber(poissonRatio(material)) + ", density " + shortNumber(material.density) +
                     " kg/m3, wave speed " + shortNumber(dilatationalSpeed(material)) + " m/s");
+  for (const SymmetryPlane& plane : definition.symmetryPlanes)
+    lines.push_back("symmetry on " + plane.group + ": normal " + describe(plane.normal));
   for (const Load& load : definition.loads) lines.push_back(describe(load));
   lines.push_back("end time " + shortNumber(definition.endTime) + " s, first stable increment " +
                   shortNumber(stableIncrement) + " s, " +

@@ -74,6 +74,42 @@ void pullHalf(Case& c, Mesh& mesh) {
   loaded("local_gravity", "half", constant(2))(c, mesh);
 }
 
+// An eighth of a box under pressure, between its planes of symmetry; turned anyhow, and as it is.
+void pressEighth(Case& c, Mesh& mesh) {
+  c.linearViscosity = c.quadraticViscosity = 0; // its wave speed is an upper bound that depends a little on the axes
+  for (const char* face : {"x1", "y1", "z1"}) loaded("pressure", face, {kTimes, {0, 2e4}, Curve::Smooth})(c, mesh);
+  for (const char* face : {"x0", "y0", "z0"}) fix(c, face, std::string(1, face[0]));
+}
+void pressTurnedEighth(Case& c, Mesh& mesh) {
+  pressEighth(c, mesh);
+  c.motions.clear();
+  const double turned[3][3] = {{0.48, -0.6, 0.64}, {0.36, 0.8, 0.48}, {-0.8, 0, 0.6}};
+  for (int32_t i = 0; i < mesh.nodes(); ++i) {
+    std::array<double, 3> x{};
+    for (int a = 0; a < 3; ++a)
+      for (int b = 0; b < 3; ++b) x[a] += turned[a][b] * mesh.coordinates[3 * i + b];
+    std::copy(x.begin(), x.end(), &mesh.coordinates[3 * i]);
+  }
+  for (int b = 0; b < 3; ++b)
+    c.symmetryPlanes.push_back({std::string(1, "xyz"[b]) + "0", {turned[0][b], turned[1][b], turned[2][b]}});
+  c.symmetryPlanes.push_back(c.symmetryPlanes[1]); // once more
+}
+double strainEnergyOf(std::function<void(Case&, Mesh&)> load) {
+  Mesh mesh = box({2, 2, 4}, {0.2, 0.2, 0.4});
+  Case c = caseOf(neoHooke(kE, 0.3, kRho), kEnd);
+  load(c, mesh);
+  Analysis analysis(mesh, c, 1);
+  analysis.advanceTo(kEnd);
+  return analysis.energies().strain;
+}
+const auto strainEnergy = [](const Analysis& a) { return a.energies().strain; };
+// Led along x in planes that lean by 45 degrees.
+void ride(Case& c, Mesh&) {
+  move(c, "all", "x", 2);
+  c.symmetryPlanes = {{"all", {std::sqrt(0.5), std::sqrt(0.5), 0}}};
+}
+const auto shiftY = [](const Analysis& a) { return meanOf(a.fields().displacement, 1, 3); };
+
 TEST_F(Loads, AreThoseOfMechanics) {
   const Truth truths[] = {
       {"displacement", 0.3, led({{0, 2 * kEnd}, kRise, Curve::Linear, Quantity::Displacement}), shiftX, 1, 1e-13},
@@ -100,6 +136,8 @@ TEST_F(Loads, AreThoseOfMechanics) {
       {"gravity of a half", 0.3, pullHalf, momentumX, 8 * 2 * kEnd, 1e-12},
       {"traction", 0.3, loaded("traction", "x1", constant(50)), momentumX, 50 * 0.08 * kEnd, 1e-12},
       {"pressure", 0.3, loaded("pressure", "x1", constant(50)), momentumX, -50 * 0.08 * kEnd, 1e-3},
+      {"symmetry", 0.3, pressTurnedEighth, strainEnergy, strainEnergyOf(pressEighth), 1e-4},
+      {"symmetry of what is led", 0.3, ride, shiftY, -2 * kEnd, 1e-12},
       {"pressure that turns", 0.3, pressOnTurning, momentumX, -1e4 * 0.08 * kEnd * std::sin(1), 2e-3},
   };
   for (const Truth& truth : truths) {

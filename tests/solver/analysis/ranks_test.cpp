@@ -105,6 +105,15 @@ value = 40.0
 group = "y0"
 direction = [1.0, 2.0, 3.0]
 value = 2.0e4
+[[symmetry]]
+group = "y1"
+normal = [0.1, 1.0, 0.05]
+[[displacement]]
+group = "z1"
+component = "z"
+time = [0.0, 0.004]
+value = [0.0, 0.01]
+curve = "smooth"
 [[pressure]]
 group = "surface"
 time = [0.0, 0.003]

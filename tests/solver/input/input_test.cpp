@@ -218,6 +218,8 @@ TEST_F(Mistakes, Loads) {
        R"(:27:9: group "z1" is not one of bricks, expected one of "lower", "upper")"},
   };
   for (const auto& [lines, wanted] : cases) expect(barCase + std::string(lines), wanted);
+  expect(barCase + std::string("[[symmetry]]\ngroup = \"z1\""),
+         ":26:1: normal is missing in symmetry, expected an array of numbers");
 
   // faces that are not on the surface of one brick, in a mesh that has such
   const std::string mesh = meshText(numberedBox({1, 1, 4}, {1, 1, 4})),
