@@ -2,6 +2,7 @@
 #include "solver/analysis/analysis.h"
 
 #include "solver/analysis/collected.h"
+#include "solver/analysis/damping.h"
 #include "solver/analysis/increment.h"
 #include "solver/analysis/loads.h"
 #include "solver/analysis/set_up.h"
@@ -40,6 +41,8 @@ struct Analysis::Data {
     for (DomainState& state : domains) evaluateForces(definition, nodes, 0.0, state, loads);
     ending = findEnding(layout, nodes, domains, outcomeOf(layout.ranks, domains), course, distortion);
     course.firstStable = course.stable;
+    course.damping = definition.damping;
+    if (definition.isDamped()) nodes.dampingEnergy.resize(nodes.mass.size());
   }
 
   const Collected& collectedNow() {
@@ -99,6 +102,7 @@ Ending Analysis::advanceTo(double end, int64_t increments) {
         d.guarded([&] {
           const Outcome all = outcomeOf(d.layout.ranks, d.domains);
           d.ending = findEnding(d.layout, d.nodes, d.domains, all, now, d.distortion);
+          if (d.layout.definition.quasiStatic) adaptDamping(d.layout, d.nodes, d.prescribed, d.domains, now);
           if (d.ending == Ending::Running && all.killed) d.ending = Ending::Killed;
           if (d.observer) d.observer(progress(), step);
         });

@@ -17,8 +17,11 @@ struct Energies {
   double kinetic = 0, strain = 0, hourglass = 0, viscous = 0;
   double damage = 0; // taken by softening, and held by bricks when they failed
   double external = 0;
+  double damping = 0; // taken by damping in proportion to mass
   // total - external is constant in an exact integration
-  double total() const { return kinetic + strain + hourglass + viscous + damage; }
+  double total() const { return kinetic + strain + hourglass + viscous + damage + damping; }
+  // Kinetic energy over what the body holds: how far it is from rest.
+  double stillness() const { return strain + hourglass > 0 ? kinetic / (strain + hourglass) : 0; }
   double balance() const { return total() - external; }
   // As results have them.
   std::array<double, 7> values() const { return {kinetic, strain, hourglass, viscous, damage, external, total()}; }

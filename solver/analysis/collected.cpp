@@ -1,5 +1,6 @@
 #include "solver/analysis/collected.h"
 
+#include "solver/analysis/damping.h"
 #include "solver/analysis/loads.h"
 
 #include <algorithm>
@@ -70,7 +71,8 @@ std::vector<double> velocitiesNow(const Layout& layout, const NodeState& nodes, 
       for (int c = 0; c < 3; ++c) {
         const double f = state.force[3 * (i - state.domain.firstNode) + c];
         now[3 * i + c] =
-            v[3 * i + c] + 0.5 * course.lastIncrement * (layout.definition.gravity[c] - f * nodes.rMass[i]);
+            (v[3 * i + c] + 0.5 * course.lastIncrement * (layout.definition.gravity[c] - f * nodes.rMass[i])) /
+            (1.0 + 0.5 * course.lastIncrement * course.damping);
       }
   for (const PrescribedComponent& p : prescribed.components) p.set(p.speed(course), now.data());
   return now;
@@ -87,6 +89,7 @@ std::vector<double> reactionsNow(const Layout& layout, const NodeState& nodes, c
       const double a = (p.speed(course.time + h, h) - p.speed(course.time - h, h)) / (2 * h);
       now[k] = p.of(state.force.data(), state.domain.firstNode) +
                nodes.mass[p.position / 3] * (a - p.of(layout.definition.gravity));
+      if (course.damping > 0) now[k] += nodes.mass[p.position / 3] * course.damping * p.speed(course);
     }
   return now;
 }
@@ -144,13 +147,18 @@ Collected collect(const Layout& layout, const NodeState& nodes, const Prescribed
   collected.measures = workOfLoads(layout, nodes, course, loads);
   collected.bricks = brickValues(layout, nodes.x, domains);
   if (ranks.areSeveral()) collectBricks(layout, collected.bricks);
-  std::vector<double> sums(6);
+  const bool isDamped = layout.definition.isDamped();
+  const double damped = isDamped ? dampingEnergy(layout, nodes, course, collected.velocity) : 0;
+  std::vector<double> sums(7);
   if (ranks.isRoot()) {
     const Energies all = sumEnergies(layout, nodes, prescribed, course, collected);
-    sums = {all.kinetic, all.strain, all.hourglass, all.viscous, all.damage, all.external};
+    sums = {all.kinetic, all.strain, all.hourglass, all.viscous, all.damage, all.external, damped};
   }
   ranks.broadcast(sums);
-  collected.energies = {sums[0], sums[1], sums[2], sums[3], sums[4], sums[5]};
+  collected.energies = {sums[0], sums[1], sums[2], sums[3], sums[4], sums[5], sums[6]};
+  if (isDamped) collected.measures.push_back(damped);
+  if (layout.definition.quasiStatic)
+    collected.measures.insert(collected.measures.end(), {course.damping, collected.energies.stillness()});
   return collected;
 }
 

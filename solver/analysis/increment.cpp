@@ -4,6 +4,7 @@
 #include "host_services.h"
 #include "reference_host.h"
 #include "solver/analysis/block_kernels.h"
+#include "solver/analysis/damping.h"
 #include "solver/analysis/loads.h"
 
 #include <algorithm>
@@ -29,6 +30,12 @@ void evaluateForces(const Case& definition, const NodeState& nodes, double step,
     state.stableIncrement = smallerOf(state.stableIncrement, outcome.stableIncrement);
     state.masked += outcome.masked;
   }
+  if (definition.quasiStatic) {
+    std::swap(state.internal, state.internalBefore);
+    state.internal.assign(state.force.begin(),
+                          state.force.begin() + 3 * (state.domain.endNode - state.domain.firstNode));
+    state.internalBefore.resize(state.internal.size());
+  }
   applyLoads(definition, nodes, state, loads);
 }
 
@@ -44,17 +51,23 @@ void move(const Case& definition, const Course& course, double step, DomainState
   std::vector<double> before;
   before.reserve(state.endPrescribed - state.firstPrescribed);
   for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) before.push_back(components[k].of(v.data()));
+  std::vector<double> allBefore; // velocities before, of all components
+  if (definition.isDamped())
+    allBefore.assign(&v[3 * domain.firstNode], &v[3 * domain.firstNode] + 3 * (domain.endNode - domain.firstNode));
   kick(domain.firstNode, domain.endNode, state.force.data(), domain.firstNode, nodes.rMass.data(), gravity, between,
        v.data());
+  if (definition.isDamped()) damp(state, allBefore, course.damping, between, v);
   for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) {
     PrescribedComponent& p = components[k];
     const double old = before[k - state.firstPrescribed], now = p.speed(course.time + 0.5 * step, 0.5 * step);
     p.reaction = p.of(state.force.data(), domain.firstNode) +
                  nodes.mass[p.position / 3] * ((now - old) / between - p.of(definition.gravity));
+    if (definition.isDamped()) p.reaction += nodes.mass[p.position / 3] * course.damping * 0.5 * (old + now);
     p.work += p.reaction * 0.5 * (old * lastIncrement + now * step);
     p.set(now, v.data());
   }
   addWork(state, v, 0.5 * step, loads);
+  if (definition.isDamped()) addDampingEnergy(state, allBefore, course.damping, lastIncrement, step, nodes);
   state.time = course.time + step;
   drift(domain.firstNode, domain.endNode, v.data(), step, nodes.x.data());
 }

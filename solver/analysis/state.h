@@ -32,12 +32,14 @@ struct Layout {
 struct NodeState {
   std::vector<double> X, x, v; // v at the last half step
   std::vector<double> mass, rMass;
+  std::vector<double> dampingEnergy; // of a case with damping
 };
 
 struct Course {
   double time = 0, lastIncrement = 0;
   double stable = 0, firstStable = 0; // stable increment times the safety factor
   int64_t increment = 0;
+  double damping = 0; // in proportion to mass, 1/s
 };
 
 // One prescribed component of one node, and the work of its reaction.  It goes along an axis, or along the normal of a symmetry
@@ -131,6 +133,8 @@ struct DomainState {
   double time = 0;           // to which the forces belong
   std::size_t firstPrescribed = 0, endPrescribed = 0, firstLoaded = 0, endLoaded = 0;
   std::vector<LoadedFace> faces;
+  std::vector<double> internal,
+      internalBefore; // of its own nodes, now and an increment before, when a case is quasi-static
   BlockWork work;
   double stableIncrement = kInfinity;
   int64_t masked = 0;

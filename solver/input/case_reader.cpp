@@ -292,13 +292,18 @@ private:
   }
 
   void control() {
-    const Table table = root_.table("control", {"end_time", "safety_factor", "hourglass", "linear_viscosity",
-                                                "quadratic_viscosity", "smallest_increment_ratio"});
+    const Table table =
+        root_.table("control", {"end_time", "safety_factor", "hourglass", "linear_viscosity", "quadratic_viscosity",
+                                "smallest_increment_ratio", "damping", "quasi_static"});
     case_.endTime = table.real("end_time", positive, "s");
     case_.safetyFactor = table.real("safety_factor", fraction, "", case_.safetyFactor);
     case_.hourglassCoefficient = table.real("hourglass", zeroToOne, "", case_.hourglassCoefficient);
     case_.linearViscosity = table.real("linear_viscosity", notNegative, "", case_.linearViscosity);
     case_.quadraticViscosity = table.real("quadratic_viscosity", notNegative, "", case_.quadraticViscosity);
+    case_.damping = table.real("damping", notNegative, "1/s", 0);
+    case_.quasiStatic = table.flag("quasi_static", false);
+    if (case_.quasiStatic && table.has("damping"))
+      table.fail("damping", "damping is given with quasi_static, which chooses it, expected one of them");
     case_.smallestIncrementRatio = table.real("smallest_increment_ratio", fraction, "", case_.smallestIncrementRatio);
   }
 

@@ -34,6 +34,8 @@ std::string describe(const Load& load) {
 std::vector<std::string> measureNames(const Case& definition) {
   std::vector<std::string> names;
   for (const Load& load : definition.loads) names.push_back("work_" + load.name);
+  if (definition.isDamped()) names.push_back("damping_energy");
+  if (definition.quasiStatic) names.insert(names.end(), {"damping", "stillness"});
   return names;
 }
 

@@ -85,6 +85,9 @@ struct Case {
   double safetyFactor = 0.9;       // of the stable increment
   double hourglassCoefficient = 0.1;
   double linearViscosity = 0.06, quadraticViscosity = 1.2;
+  double damping = 0;       // in proportion to mass, 1/s
+  bool quasiStatic = false; // damping is chosen so that the body comes to rest
+  bool isDamped() const { return quasiStatic || damping > 0; }
   double outputInterval = 0, historyInterval = 0; // s
   std::optional<host::LowPass> historyFilter;
   double smallestIncrementRatio = 1e-3; // of the first stable increment; below it the analysis ends with an error

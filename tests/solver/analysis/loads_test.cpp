@@ -18,7 +18,7 @@ using solver::Quantity;
 
 using Loads = SolverTest;
 
-constexpr double kRho = 1000, kE = 1e6, kEnd = 0.02;
+constexpr double kRho = 1000, kE = 1e6, kEnd = 0.02, kBulk = kE / 1.2;
 
 // A box of 0.2 x 0.2 x 0.4 m, 16 kg; what is done with it; what is then measured, and what it is exactly.
 struct Truth {
@@ -46,6 +46,7 @@ std::function<void(Case&, Mesh&)> led(History history) {
     c.motions.push_back(motion);
   };
 }
+const History kSlowly{{0, 0.1}, {0, 2e5}, Curve::Smooth};
 const std::vector<double> kTimes{0, kEnd}, kBeyond{-kEnd, kEnd}, kRise{0, 2}, kFall{4, 2};
 
 // A load by the key of its table.
@@ -110,6 +111,28 @@ void ride(Case& c, Mesh&) {
 }
 const auto shiftY = [](const Analysis& a) { return meanOf(a.fields().displacement, 1, 3); };
 
+void fly(Case& c, Mesh&) {
+  start(c, {3, 0, 0});
+  c.damping = 20;
+}
+// Brought to rest.
+std::function<void(Case&, Mesh&)> still(std::function<void(Case&, Mesh&)> load, double end) {
+  return [=](Case& c, Mesh& mesh) {
+    load(c, mesh);
+    c.quasiStatic = true;
+    c.endTime = end;
+  };
+}
+// A column on its foot under its own weight, the half above prescribed as a load of its bricks.
+void stand(Case& c, Mesh& mesh) {
+  fix(c, "z0", "z");
+  c.gravity = {0, 0, -0.5};
+  loaded("local_gravity", "all", constant(-0.5), {0, 0, 1})(c, mesh);
+}
+const auto shiftOfTop = [](const Analysis& a) { return a.fields().displacement.back(); };
+const auto footReaction = [](const Analysis& a) { return 45 * meanOf(a.fields().reaction, 2, 3); };
+const auto stressZ = [](const Analysis& a) { return meanOf(a.fields().stress, 2, 6); };
+
 TEST_F(Loads, AreThoseOfMechanics) {
   const Truth truths[] = {
       {"displacement", 0.3, led({{0, 2 * kEnd}, kRise, Curve::Linear, Quantity::Displacement}), shiftX, 1, 1e-13},
@@ -136,6 +159,13 @@ TEST_F(Loads, AreThoseOfMechanics) {
       {"gravity of a half", 0.3, pullHalf, momentumX, 8 * 2 * kEnd, 1e-12},
       {"traction", 0.3, loaded("traction", "x1", constant(50)), momentumX, 50 * 0.08 * kEnd, 1e-12},
       {"pressure", 0.3, loaded("pressure", "x1", constant(50)), momentumX, -50 * 0.08 * kEnd, 1e-3},
+      {"damping", 0.3, fly, speedX, 3 * std::exp(-20 * kEnd), 1e-4},
+      {"its energy", 0.3, fly, workOfFirst, 72 * (1 - std::exp(-40 * kEnd)), 1e-3},
+      {"weight at rest", 0, still(stand, 0.4), shiftOfTop, -kRho * 0.16 / (2 * kE), 1e-3},
+      {"its reaction", 0, still(stand, 0.4), footReaction, 16, 1e-6},
+      {"pressure at rest", 0.3, still(loaded("pressure", "surface", kSlowly), 0.2), stressZ, -2e5, 1e-6},
+      {"its energy", 0.3, still(loaded("pressure", "surface", kSlowly), 0.2), strainEnergy,
+       0.016 * 0.5 * kBulk * 0.24 * 0.24, 1e-5},
       {"symmetry", 0.3, pressTurnedEighth, strainEnergy, strainEnergyOf(pressEighth), 1e-4},
       {"symmetry of what is led", 0.3, ride, shiftY, -2 * kEnd, 1e-12},
       {"pressure that turns", 0.3, pressOnTurning, momentumX, -1e4 * 0.08 * kEnd * std::sin(1), 2e-3},
@@ -150,6 +180,7 @@ TEST_F(Loads, AreThoseOfMechanics) {
     ASSERT_TRUE(runsToTheEnd(analysis, c));
     EXPECT_NEAR(truth.measure(analysis) / truth.exact, 1, truth.tolerance);
     const solver::Energies e = analysis.energies();
+    EXPECT_LT(c.quasiStatic ? e.stillness() : 0, 1e-6);
     EXPECT_NEAR(e.balance(), before, 2e-3 * (e.total() + std::abs(e.external)));
   }
 }

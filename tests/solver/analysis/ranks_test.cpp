@@ -91,7 +91,7 @@ interval = 0.001
 
   // The same body under every kind of load.
   static void writeLoaded() {
-    writeFile("loaded.toml", readFile("irregular.toml") + R"(
+    writeFile("loaded.toml", replaced(readFile("irregular.toml"), "[control]", "[control]\nquasi_static = true") + R"(
 [[force]]
 group = "x1"
 component = "y"

@@ -155,6 +155,8 @@ TEST_F(Mistakes, NumbersWithoutSense) {
       {"0.05", "1\nsafety_factor = 1.1", ":26:17: safety_factor is 1.1, expected a number above 0 and not above 1"},
       {"0.05", "1\nhourglass = -0.1", ":26:13: hourglass is -0.1, expected a number from 0 to 1"},
       {"0.05", "1\nlinear_viscosity = -1", ":26:20: linear_viscosity is -1, expected a number that is not negative"},
+      {"0.05", "1\ndamping = 0\nquasi_static = true",
+       ":26:11: damping is given with quasi_static, which chooses it, expected one of them"},
       {"0.05", "1\n[output]\ninterval = 0", ":27:12: interval is 0, expected a positive number in s"},
       {"0.05", "1\n[output]\nhistory_interval = 1e-9",
        ":27:20: history_interval is 1e-09, which makes more than 100000 records, expected at least 1e-05 s"},
