@@ -2,6 +2,7 @@
 #include "solver/analysis/analysis.h"
 
 #include "solver/analysis/collected.h"
+#include "solver/analysis/contact.h"
 #include "solver/analysis/damping.h"
 #include "solver/analysis/increment.h"
 #include "solver/analysis/loads.h"
@@ -21,8 +22,7 @@ struct Analysis::Data {
   Layout layout;
   NodeState nodes;
   std::vector<DomainState> domains; // of this rank
-  Prescribed prescribed;
-  Loads loads;
+  Outside outside;
   Course course;
   Ending ending = Ending::Running;
   Distortion distortion;
@@ -35,10 +35,11 @@ struct Analysis::Data {
   Data(const Mesh& mesh, const Case& definition, int threads)
       : layout(mesh, definition), nodes(referenceNodes(layout)), domains(makeDomainStates(layout, nodes.X, threads)) {
     setMasses(layout, domains, nodes);
-    prescribed = makePrescribed(layout, domains);
-    loads = makeLoads(layout, nodes.X, domains);
+    Prescribed& prescribed = outside.prescribed = makePrescribed(layout, domains);
+    outside.loads = makeLoads(layout, nodes.X, domains);
+    outside.contacts = makeContacts(layout, nodes.X, prescribed, domains);
     setVelocities(layout, prescribed, nodes);
-    for (DomainState& state : domains) evaluateForces(definition, nodes, 0.0, state, loads);
+    for (DomainState& state : domains) evaluateForces(definition, nodes, 0.0, state, outside.loads);
     ending = findEnding(layout, nodes, domains, outcomeOf(layout.ranks, domains), course, distortion);
     course.firstStable = course.stable;
     course.damping = definition.damping;
@@ -46,7 +47,7 @@ struct Analysis::Data {
   }
 
   const Collected& collectedNow() {
-    if (!collected) collected = solver::collect(layout, nodes, prescribed, loads, course, domains);
+    if (!collected) collected = solver::collect(layout, nodes, outside, course, domains);
     return *collected;
   }
   // Exceptions must not leave a parallel region: keeps the first one for after the loop.
@@ -84,14 +85,14 @@ Ending Analysis::advanceTo(double end, int64_t increments) {
 #endif
     while (running) {
       for (int k = thread; k < domains; k += threads)
-        move(d.layout.definition, now, step, d.domains[k], d.nodes, d.prescribed, d.loads);
+        move(d.layout.definition, now, step, d.domains[k], d.nodes, d.outside);
 #pragma omp barrier
       if (d.layout.ranks.areSeveral()) {
 #pragma omp single
         d.guarded([&] { exchangeMotion(d.layout, d.nodes); });
       }
       for (int k = thread; k < domains; k += threads)
-        evaluateForces(d.layout.definition, d.nodes, step, d.domains[k], d.loads);
+        evaluateForces(d.layout.definition, d.nodes, step, d.domains[k], d.outside.loads);
 #pragma omp barrier
 #pragma omp single
       {
@@ -102,7 +103,7 @@ Ending Analysis::advanceTo(double end, int64_t increments) {
         d.guarded([&] {
           const Outcome all = outcomeOf(d.layout.ranks, d.domains);
           d.ending = findEnding(d.layout, d.nodes, d.domains, all, now, d.distortion);
-          if (d.layout.definition.quasiStatic) adaptDamping(d.layout, d.nodes, d.prescribed, d.domains, now);
+          if (d.layout.definition.quasiStatic) adaptDamping(d.layout, d.nodes, d.outside.prescribed, d.domains, now);
           if (d.ending == Ending::Running && all.killed) d.ending = Ending::Killed;
           if (d.observer) d.observer(progress(), step);
         });
@@ -146,7 +147,7 @@ std::array<double, 3> Analysis::angularMomentum() const {
 
 Fields Analysis::fields() const {
   Data& d = *data_;
-  d.fields.fill(d.layout, d.nodes.X, d.prescribed, d.collectedNow());
+  d.fields.fill(d.layout, d.nodes.X, d.outside.prescribed, d.collectedNow());
   return d.fields.spans();
 }
 

@@ -18,8 +18,9 @@ struct Energies {
   double damage = 0; // taken by softening, and held by bricks when they failed
   double external = 0;
   double damping = 0; // taken by damping in proportion to mass
+  double contact = 0; // taken by friction and impact on planes
   // total - external is constant in an exact integration
-  double total() const { return kinetic + strain + hourglass + viscous + damage + damping; }
+  double total() const { return kinetic + strain + hourglass + viscous + damage + damping + contact; }
   // Kinetic energy over what the body holds: how far it is from rest.
   double stillness() const { return strain + hourglass > 0 ? kinetic / (strain + hourglass) : 0; }
   double balance() const { return total() - external; }

@@ -1,5 +1,6 @@
 #include "solver/analysis/collected.h"
 
+#include "solver/analysis/contact.h"
 #include "solver/analysis/damping.h"
 #include "solver/analysis/loads.h"
 
@@ -110,7 +111,6 @@ Energies sumEnergies(const Layout& layout, const NodeState& nodes, const Prescri
   for (const size_t k : prescribed.order)
     sum.external +=
         collected.work[k] + 0.5 * collected.reactions[k] * collected.prescribedSpeed[k] * course.lastIncrement;
-  for (const double work : collected.measures) sum.external += work;
   for (int64_t e = 0; e < layout.bricks(); ++e) {
     const double* brick = &collected.bricks[kBrickValues * static_cast<size_t>(e)];
     sum.strain += brick[0] * brick[1];
@@ -123,9 +123,10 @@ Energies sumEnergies(const Layout& layout, const NodeState& nodes, const Prescri
 
 } // namespace
 
-Collected collect(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed, const Loads& loads,
-                  const Course& course, std::vector<DomainState>& domains) {
+Collected collect(const Layout& layout, const NodeState& nodes, Outside& outside, const Course& course,
+                  std::vector<DomainState>& domains) {
   const Ranks& ranks = layout.ranks;
+  const Prescribed& prescribed = outside.prescribed;
   Collected collected;
   const auto ofNodes = [&](std::vector<double>& values) {
     std::vector<int64_t> first = layout.numbering.firstOfRank;
@@ -134,9 +135,14 @@ Collected collect(const Layout& layout, const NodeState& nodes, const Prescribed
   };
   collected.x = nodes.x;
   collected.velocity = velocitiesNow(layout, nodes, prescribed, course, domains);
+  for (const DomainState& state : domains)
+    touchNow(layout.definition, course, state, prescribed, nodes, collected.velocity, outside.contacts);
   ofNodes(collected.x);
   ofNodes(collected.velocity);
   collected.reactions = reactionsNow(layout, nodes, prescribed, course, domains);
+  for (const Contact& contact : outside.contacts.all) // what supports take of the pressure of planes
+    for (size_t k = contact.firstPrescribed; k < contact.endPrescribed; ++k)
+      collected.reactions[k] -= prescribed.components[k].of(contact.normalForce);
   for (const PrescribedComponent& p : prescribed.components) {
     collected.work.push_back(p.work);
     collected.prescribedSpeed.push_back(p.of(nodes.v.data()));
@@ -144,21 +150,28 @@ Collected collect(const Layout& layout, const NodeState& nodes, const Prescribed
   for (std::vector<double>* values : {&collected.reactions, &collected.work, &collected.prescribedSpeed})
     ranks.gatherRanges(*values, prescribed.firstOfRank);
 
-  collected.measures = workOfLoads(layout, nodes, course, loads);
+  collected.measures = workOfLoads(layout, nodes, course, outside.loads);
+  const ContactSums contacts = sumContacts(layout, course, nodes, outside.contacts);
   collected.bricks = brickValues(layout, nodes.x, domains);
   if (ranks.areSeveral()) collectBricks(layout, collected.bricks);
   const bool isDamped = layout.definition.isDamped();
   const double damped = isDamped ? dampingEnergy(layout, nodes, course, collected.velocity) : 0;
-  std::vector<double> sums(7);
+  std::vector<double> sums(8);
   if (ranks.isRoot()) {
-    const Energies all = sumEnergies(layout, nodes, prescribed, course, collected);
-    sums = {all.kinetic, all.strain, all.hourglass, all.viscous, all.damage, all.external, damped};
+    Energies all = sumEnergies(layout, nodes, prescribed, course, collected);
+    for (const double work : collected.measures) all.external += work;
+    for (const ContactSums::OfPlane& plane : contacts.planes) all.external += plane.work;
+    sums = {all.kinetic, all.strain,   all.hourglass, all.viscous,
+            all.damage,  all.external, damped,        contacts.friction + contacts.impact};
   }
   ranks.broadcast(sums);
-  collected.energies = {sums[0], sums[1], sums[2], sums[3], sums[4], sums[5], sums[6]};
-  if (isDamped) collected.measures.push_back(damped);
-  if (layout.definition.quasiStatic)
-    collected.measures.insert(collected.measures.end(), {course.damping, collected.energies.stillness()});
+  collected.energies = {sums[0], sums[1], sums[2], sums[3], sums[4], sums[5], sums[6], sums[7]};
+  std::vector<double>& measures = collected.measures;
+  for (const ContactSums::OfPlane& plane : contacts.planes)
+    measures.insert(measures.end(), {plane.work, plane.force[0], plane.force[1], plane.force[2]});
+  if (!contacts.planes.empty()) measures.insert(measures.end(), {contacts.friction, contacts.impact});
+  if (isDamped) measures.push_back(damped);
+  if (layout.definition.quasiStatic) measures.insert(measures.end(), {course.damping, collected.energies.stillness()});
   return collected;
 }
 

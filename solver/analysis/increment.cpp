@@ -4,6 +4,7 @@
 #include "host_services.h"
 #include "reference_host.h"
 #include "solver/analysis/block_kernels.h"
+#include "solver/analysis/contact.h"
 #include "solver/analysis/damping.h"
 #include "solver/analysis/loads.h"
 
@@ -40,7 +41,10 @@ void evaluateForces(const Case& definition, const NodeState& nodes, double step,
 }
 
 void move(const Case& definition, const Course& course, double step, DomainState& state, NodeState& nodes,
-          Prescribed& prescribed, Loads& loads) {
+          Outside& outside) {
+  Prescribed& prescribed = outside.prescribed;
+  Loads& loads = outside.loads;
+  const bool touches = !definition.planes.empty();
   const double lastIncrement = course.lastIncrement;
   std::vector<PrescribedComponent>& components = prescribed.components;
   std::vector<double>& v = nodes.v;
@@ -52,7 +56,7 @@ void move(const Case& definition, const Course& course, double step, DomainState
   before.reserve(state.endPrescribed - state.firstPrescribed);
   for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) before.push_back(components[k].of(v.data()));
   std::vector<double> allBefore; // velocities before, of all components
-  if (definition.isDamped())
+  if (definition.isDamped() || touches)
     allBefore.assign(&v[3 * domain.firstNode], &v[3 * domain.firstNode] + 3 * (domain.endNode - domain.firstNode));
   kick(domain.firstNode, domain.endNode, state.force.data(), domain.firstNode, nodes.rMass.data(), gravity, between,
        v.data());
@@ -66,6 +70,7 @@ void move(const Case& definition, const Course& course, double step, DomainState
     p.work += p.reaction * 0.5 * (old * lastIncrement + now * step);
     p.set(now, v.data());
   }
+  if (touches) touch(definition, course, step, state, allBefore, prescribed, nodes, outside.contacts);
   addWork(state, v, 0.5 * step, loads);
   if (definition.isDamped()) addDampingEnergy(state, allBefore, course.damping, lastIncrement, step, nodes);
   state.time = course.time + step;

@@ -174,6 +174,13 @@ void addSymmetryPlanes(const Layout& layout, std::vector<PrescribedComponent>& p
 
 } // namespace
 
+std::size_t Prescribed::firstOf(int64_t node) const {
+  return static_cast<size_t>(
+      std::lower_bound(components.begin(), components.end(), 3 * node,
+                       [](const PrescribedComponent& p, int64_t position) { return p.position < position; }) -
+      components.begin());
+}
+
 Prescribed makePrescribed(const Layout& layout, std::vector<DomainState>& domains) {
   Prescribed result;
   std::vector<PrescribedComponent>& prescribed = result.components;
@@ -201,21 +208,16 @@ Prescribed makePrescribed(const Layout& layout, std::vector<DomainState>& domain
     prescribed.back().partCount = 1;
   }
   addSymmetryPlanes(layout, prescribed);
-  const auto at = [&](int64_t node) {
-    return static_cast<size_t>(
-        std::lower_bound(prescribed.begin(), prescribed.end(), 3 * node,
-                         [](const PrescribedComponent& p, int64_t position) { return p.position < position; }) -
-        prescribed.begin());
-  };
   for (DomainState& state : domains) {
-    state.firstPrescribed = at(state.domain.firstNode);
-    state.endPrescribed = at(state.domain.endNode);
+    state.firstPrescribed = result.firstOf(state.domain.firstNode);
+    state.endPrescribed = result.firstOf(state.domain.endNode);
   }
   std::vector<std::pair<int32_t, int32_t>> places;
   for (const PrescribedComponent& p : prescribed)
     places.emplace_back(static_cast<int32_t>(p.position / 3), static_cast<int32_t>(p.position % 3));
   result.order = orderOfOneRank(layout, places);
-  for (const int64_t node : layout.numbering.firstOfRank) result.firstOfRank.push_back(static_cast<int64_t>(at(node)));
+  for (const int64_t node : layout.numbering.firstOfRank)
+    result.firstOfRank.push_back(static_cast<int64_t>(result.firstOf(node)));
   return result;
 }
 

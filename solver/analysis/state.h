@@ -97,6 +97,8 @@ struct PrescribedComponent {
   }
 };
 struct Prescribed {
+  std::size_t firstOf(int64_t node) const; // its place, or that of the next one
+
   std::vector<PrescribedComponent> components; // by position
   std::vector<std::size_t> order;              // that of one rank alone, in which sums run
   std::vector<int64_t> firstOfRank;
@@ -125,6 +127,26 @@ struct Loads {
   std::vector<int64_t> firstOfRank;
 };
 
+// One node that may touch one plane: the forces on it at the present time, and what became of their work.
+struct Contact {
+  int32_t node, plane;                        // internal number; index into Case::planes
+  std::size_t firstPrescribed, endPrescribed; // components of the node
+  std::array<double, 3> normalForce{}, friction{};
+  double work = 0, impactEnergy = 0, frictionEnergy = 0;
+};
+struct Contacts {
+  std::vector<Contact> all;       // by node, then by plane
+  std::vector<std::size_t> order; // that of one rank alone, in which sums run
+  std::vector<int64_t> firstOfRank;
+};
+
+// What acts on nodes beside their bricks.
+struct Outside {
+  Prescribed prescribed;
+  Loads loads;
+  Contacts contacts;
+};
+
 // The work of one thread: a domain's blocks, its force array, its prescribed components and its loads.
 struct DomainState {
   Domain domain;
@@ -132,6 +154,7 @@ struct DomainState {
   std::vector<double> force; // records of the nodes that it touches, its own first: internal less external
   double time = 0;           // to which the forces belong
   std::size_t firstPrescribed = 0, endPrescribed = 0, firstLoaded = 0, endLoaded = 0;
+  std::size_t firstContact = 0, endContact = 0;
   std::vector<LoadedFace> faces;
   std::vector<double> internal,
       internalBefore; // of its own nodes, now and an increment before, when a case is quasi-static

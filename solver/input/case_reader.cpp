@@ -131,6 +131,7 @@ public:
     sections();
     motions();
     loads();
+    planes();
     control();
     output();
     return std::move(result_);
@@ -138,7 +139,7 @@ public:
 
 private:
   static Names rootKeys() {
-    Names keys{"title",   "job",     "mesh",  "material", "section", "fix", "symmetry", "initial_velocity",
+    Names keys{"title",   "job",     "mesh",  "material", "section", "fix", "symmetry", "plane", "initial_velocity",
                "gravity", "control", "output"};
     for (const MotionKey& kind : motionKeys) keys.push_back(kind.key);
     for (const LoadKind& kind : loadKinds) keys.push_back(kind.key);
@@ -288,6 +289,26 @@ private:
         if (kind.share == Share::Nodes) load.perNode = table.flag("per_node", false);
         case_.loads.push_back(std::move(load));
       }
+    }
+  }
+
+  void planes() {
+    int count = 0;
+    for (const Table& table : root_.tables(
+             "plane", with(historyKeys, {"name", "group", "point", "normal", "friction", "component", "direction"}))) {
+      RigidPlane plane;
+      plane.name = nameOf(table, "plane_" + std::to_string(++count));
+      if (table.has("group")) plane.group = group(table, Members::Any);
+      plane.point = table.vector("point", "m");
+      plane.normal = readUnitVector(table, "normal", table.vector("normal", ""));
+      plane.friction = table.real("friction", notNegative, "", 0);
+      for (const char* key : {"time", "curve", "component", "direction"})
+        if (table.has(key) && !table.has("value"))
+          table.fail(key, std::string(key) + " is given without value, the velocity of the plane, expected both");
+      plane.direction = plane.normal;
+      if (table.has("value")) plane.velocity = readHistory(table, "m/s");
+      if (table.has("component") || table.has("direction")) plane.direction = readDirection(table);
+      case_.planes.push_back(std::move(plane));
     }
   }
 

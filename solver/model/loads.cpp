@@ -31,9 +31,20 @@ std::string describe(const Load& load) {
   return text;
 }
 
+std::string describe(const RigidPlane& plane) {
+  std::string text = "plane " + plane.name + " through " + describe(plane.point) + ": normal " +
+                     describe(plane.normal) + ", friction " + shortNumber(plane.friction);
+  if (!plane.velocity.time.empty())
+    text += ", velocity " + describe(plane.velocity, "m/s") + " along " + describe(plane.direction);
+  return text;
+}
+
 std::vector<std::string> measureNames(const Case& definition) {
   std::vector<std::string> names;
   for (const Load& load : definition.loads) names.push_back("work_" + load.name);
+  for (const RigidPlane& plane : definition.planes)
+    for (const char* measure : {"work_", "force_x_", "force_y_", "force_z_"}) names.push_back(measure + plane.name);
+  if (!definition.planes.empty()) names.insert(names.end(), {"friction_energy", "impact_energy"});
   if (definition.isDamped()) names.push_back("damping_energy");
   if (definition.quasiStatic) names.insert(names.end(), {"damping", "stillness"});
   return names;

@@ -10,6 +10,7 @@
 namespace sharedanalysis::solver {
 
 struct Case;
+struct RigidPlane;
 
 // What the group of a table must consist of.
 enum class Members { Any, Bricks, Faces };
@@ -41,6 +42,7 @@ struct Load {
 
 // For people: one line, and "(x, y, z)".
 std::string describe(const Load& load);
+std::string describe(const RigidPlane& plane);
 std::string describe(const std::array<double, 3>& vector);
 
 // The columns that a case adds to the history, in the order in which an analysis has their values.

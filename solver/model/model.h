@@ -56,6 +56,15 @@ struct SymmetryPlane {
   std::array<double, 3> normal{}; // unit vector
 };
 
+// A plane that bodies hit, slide and rub on.
+struct RigidPlane {
+  std::string name, group;                 // of the nodes that may touch it, the whole model when it is empty
+  std::array<double, 3> point{}, normal{}; // at time 0; unit vector to the side of the body
+  double friction = 0;                     // coefficient of Coulomb
+  History velocity;                        // along the direction
+  std::array<double, 3> direction{};       // unit vector
+};
+
 // v = velocity + omega(s) axis x (X - origin), where s is the distance of X from origin along the axis and
 // omega(s) = rate, or rate * sin(pi s / length) when a length is given.
 struct InitialVelocity {
@@ -80,6 +89,7 @@ struct Case {
   std::vector<InitialVelocity> initialVelocities;
   std::vector<Load> loads;
   std::vector<SymmetryPlane> symmetryPlanes;
+  std::vector<RigidPlane> planes;
   std::array<double, 3> gravity{}; // m/s2
   double endTime = 0;              // s
   double safetyFactor = 0.9;       // of the stable increment

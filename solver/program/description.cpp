@@ -42,6 +42,7 @@ std::vector<std::string> describe(const Case& definition, const Mesh& mesh, cons
   for (const SymmetryPlane& plane : definition.symmetryPlanes)
     lines.push_back("symmetry on " + plane.group + ": normal " + describe(plane.normal));
   for (const Load& load : definition.loads) lines.push_back(describe(load));
+  for (const RigidPlane& plane : definition.planes) lines.push_back(describe(plane));
   if (definition.isDamped())
     lines.push_back(definition.quasiStatic
                         ? "quasi-static: damping follows the lowest frequency of the motion"

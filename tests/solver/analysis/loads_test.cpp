@@ -133,6 +133,36 @@ const auto shiftOfTop = [](const Analysis& a) { return a.fields().displacement.b
 const auto footReaction = [](const Analysis& a) { return 45 * meanOf(a.fields().reaction, 2, 3); };
 const auto stressZ = [](const Analysis& a) { return meanOf(a.fields().stress, 2, 6); };
 
+// A slender bar in front of a wall, one of them moving with 0.03 m/s: they touch for twice the way of a wave, 0.0632 s.
+std::function<void(Case&, Mesh&)> bar(double body, double wall, double end) {
+  return [=](Case& c, Mesh& mesh) {
+    mesh = box({1, 1, 80}, {0.05, 0.05, 1});
+    c.linearViscosity = 0, c.safetyFactor = 0.5;
+    start(c, {0, 0, body});
+    c.planes.push_back({"wall", "", {0, 0, 0}, {0, 0, 1}, 0, constant(wall), {0, 0, 1}});
+    c.endTime = end;
+  };
+}
+// On a floor with friction under gravity, sliding with 1 m/s or not.
+std::function<void(Case&, Mesh&)> onFloor(double E, double friction, double speed, double end, double pull) {
+  return [=](Case& c, Mesh&) {
+    c.materials[0] = neoHooke(E, 0.3, kRho);
+    start(c, {speed, 0, 0});
+    c.gravity = {pull, 0, -5};
+    c.planes.push_back({"floor", "z0", {1, 2, 0}, {0, 0, 1}, friction, {}, {0, 0, 1}});
+    c.endTime = end;
+  };
+}
+std::function<double(const Analysis&)> measured(std::size_t k) {
+  return [k](const Analysis& a) { return a.measures().at(k); };
+}
+// Held in planes that lean by 45 degrees, it rests on a wall that does not.
+void leanOnWall(Case& c, Mesh&) {
+  c.symmetryPlanes = {{"all", {std::sqrt(0.5), 0, std::sqrt(0.5)}}};
+  c.gravity = {0, 0, -5};
+  c.planes.push_back({"wall", "x1", {0.2, 0, 0}, {-1, 0, 0}, 0, {}, {}});
+}
+
 TEST_F(Loads, AreThoseOfMechanics) {
   const Truth truths[] = {
       {"displacement", 0.3, led({{0, 2 * kEnd}, kRise, Curve::Linear, Quantity::Displacement}), shiftX, 1, 1e-13},
@@ -166,6 +196,14 @@ TEST_F(Loads, AreThoseOfMechanics) {
       {"pressure at rest", 0.3, still(loaded("pressure", "surface", kSlowly), 0.2), stressZ, -2e5, 1e-6},
       {"its energy", 0.3, still(loaded("pressure", "surface", kSlowly), 0.2), strainEnergy,
        0.016 * 0.5 * kBulk * 0.24 * 0.24, 1e-5},
+      {"impact", 0, bar(-0.03, 0, 0.03), measured(3), 0.03 * std::sqrt(kRho * kE) * 0.0025, 0.02},
+      {"rebound", 0, bar(-0.03, 0, 0.08), momentumZ, 0.03 * 2.5, 0.02},
+      {"push", 0, bar(0, 0.03, 0.08), measured(0), 2.5 / 2 * 0.06 * 0.06, 0.02},
+      {"sliding", 0.3, onFloor(1e8, 0.3, 1, 0.1, 0), speedX, 0.85, 0.002},
+      {"its friction", 0.3, onFloor(1e8, 0.3, 1, 0.1, 0), measured(4), 8 * (1 - 0.85 * 0.85), 0.005},
+      {"sticking", 0.3, still(onFloor(kE, 1, 0, 1, 2), 1), measured(1), -2 * 16, 1e-4},
+      {"its pressure", 0.3, still(onFloor(kE, 1, 0, 1, 2), 1), measured(3), 5 * 16, 1e-4},
+      {"wall at an angle", 0.3, still(leanOnWall, 0.3), measured(1), -5 * 16, 1e-4},
       {"symmetry", 0.3, pressTurnedEighth, strainEnergy, strainEnergyOf(pressEighth), 1e-4},
       {"symmetry of what is led", 0.3, ride, shiftY, -2 * kEnd, 1e-12},
       {"pressure that turns", 0.3, pressOnTurning, momentumX, -1e4 * 0.08 * kEnd * std::sin(1), 2e-3},
@@ -181,7 +219,7 @@ TEST_F(Loads, AreThoseOfMechanics) {
     EXPECT_NEAR(truth.measure(analysis) / truth.exact, 1, truth.tolerance);
     const solver::Energies e = analysis.energies();
     EXPECT_LT(c.quasiStatic ? e.stillness() : 0, 1e-6);
-    EXPECT_NEAR(e.balance(), before, 2e-3 * (e.total() + std::abs(e.external)));
+    EXPECT_NEAR(e.balance(), before, 4e-3 * (e.total() + std::abs(e.external)));
   }
 }
 

@@ -105,6 +105,11 @@ value = 40.0
 group = "y0"
 direction = [1.0, 2.0, 3.0]
 value = 2.0e4
+[[plane]]
+point = [1.03, 0.0, 0.0]
+normal = [-1.0, 0.1, 0.0]
+friction = 0.3
+value = 2.0
 [[symmetry]]
 group = "y1"
 normal = [0.1, 1.0, 0.05]

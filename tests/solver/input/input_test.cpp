@@ -218,6 +218,15 @@ TEST_F(Mistakes, Loads) {
        R"(:27:9: group "upper" is not one of faces, expected one of "x0", "x1", "y0", "y1", "z0", "z1")"},
       {"[[local_gravity]]\ngroup = \"z1\"\ncomponent = \"x\"\nvalue = 1",
        R"(:27:9: group "z1" is not one of bricks, expected one of "lower", "upper")"},
+      {"[[plane]]\nnormal = [0, 0, 1]", ":26:1: point is missing in plane, expected an array of numbers in m"},
+      {"[[plane]]\npoint = [0, 0, 0]\nnormal = [0, 0, 1]\nfriction = -1",
+       ":29:12: friction is -1, expected a number that is not negative"},
+      {"[[plane]]\npoint = [0, 0, 0]\nnormal = [0, 0, 1]\ncomponent = \"x\"",
+       ":29:13: component is given without value, the velocity of the plane, expected both"},
+      {"[[plane]]\npoint = [0, 0, 0.5]\nnormal = [0, 0, 2]\nname = \"floor\"",
+       ", mesh box.msh: 4 nodes behind plane \"floor\" at the start, the first is number 17, expected all on the side "
+       "of its "
+       "normal"},
   };
   for (const auto& [lines, wanted] : cases) expect(barCase + std::string(lines), wanted);
   expect(barCase + std::string("[[symmetry]]\ngroup = \"z1\""),
