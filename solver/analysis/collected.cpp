@@ -121,6 +121,38 @@ Energies sumEnergies(const Layout& layout, const NodeState& nodes, const Prescri
   return sum;
 }
 
+// Of a group, over its nodes or bricks in the order of the mesh: means of motion, sums of the rest.
+void addGroup(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed, const GroupHistory& history,
+              Collected& collected) {
+  const Group* group = layout.mesh.findGroup(history.group);
+  if (!group) throw InputError("history: the mesh has no group \"" + history.group + "\"");
+  const auto count = static_cast<double>(group->nodes.size());
+  for (const GroupQuantity* quantity : history.quantities) {
+    std::array<double, 5> sum{};
+    if (quantity->kind == GroupQuantityKind::Energy)
+      for (const int32_t element : group->elements) {
+        const double* brick =
+            &collected.bricks[kBrickValues * static_cast<size_t>(layout.internalBricks[static_cast<size_t>(element)])];
+        const double values[] = {brick[0] * brick[1], brick[2], brick[3], brick[4], brick[5]};
+        for (size_t k = 0; k < 5; ++k) sum[k] += values[k];
+      }
+    else
+      for (const int32_t node : group->nodes) {
+        const int32_t internal = layout.numbering.internalNodes[static_cast<size_t>(node)];
+        const size_t at = 3 * static_cast<size_t>(internal);
+        for (size_t c = 0; c < 3; ++c) {
+          if (quantity->kind == GroupQuantityKind::Displacement)
+            sum[c] += (collected.x[at + c] - nodes.X[at + c]) / count;
+          if (quantity->kind == GroupQuantityKind::Velocity) sum[c] += collected.velocity[at + c] / count;
+        }
+        if (quantity->kind != GroupQuantityKind::Reaction) continue;
+        for (size_t k = prescribed.firstOf(internal); k < prescribed.firstOf(internal + int64_t{1}); ++k)
+          prescribed.components[k].addTo(&sum[0], collected.reactions[k]);
+      }
+    collected.measures.insert(collected.measures.end(), sum.begin(), sum.begin() + quantity->count);
+  }
+}
+
 } // namespace
 
 Collected collect(const Layout& layout, const NodeState& nodes, Outside& outside, const Course& course,
@@ -172,6 +204,8 @@ Collected collect(const Layout& layout, const NodeState& nodes, Outside& outside
   if (!contacts.planes.empty()) measures.insert(measures.end(), {contacts.friction, contacts.impact});
   if (isDamped) measures.push_back(damped);
   if (layout.definition.quasiStatic) measures.insert(measures.end(), {course.damping, collected.energies.stillness()});
+  for (const GroupHistory& history : layout.definition.groupHistories)
+    addGroup(layout, nodes, prescribed, history, collected);
   return collected;
 }
 
@@ -212,9 +246,10 @@ void FieldArrays::fill(const Layout& layout, const std::vector<double>& X, const
   for (size_t k = 0; k < prescribed.components.size(); ++k) {
     const PrescribedComponent& p = prescribed.components[k];
     double* ofNode = &reaction[3 * static_cast<size_t>(layout.numbering.nodes[p.position / 3])];
-    if (p.isAxis) ofNode[p.position % 3] = collected.reactions[k];
-    for (size_t c = 0; c < 3; ++c)
-      if (p.direction[c] != 0) ofNode[c] += p.direction[c] * collected.reactions[k];
+    if (p.isAxis)
+      ofNode[p.position % 3] = collected.reactions[k];
+    else
+      p.addTo(ofNode, collected.reactions[k]);
   }
   for (size_t e = 0; e < bricks; ++e) {
     const double* brick = &collected.bricks[kBrickValues * e];

@@ -66,13 +66,8 @@ struct Builder {
   std::vector<DomainState>& domains;
   Loads loads;
   std::vector<std::vector<BrickFace>> faces; // of each load, internal numbers
-  std::vector<int32_t> internalBricks;       // of each brick of the mesh
 
-  Builder(const Layout& l, std::vector<DomainState>& d)
-      : layout(l), domains(d), internalBricks(l.mesh.connectivity.size() / 8) {
-    for (std::size_t e = 0; e < internalBricks.size(); ++e)
-      internalBricks[static_cast<std::size_t>(layout.numbering.elements[e])] = static_cast<int32_t>(e);
-  }
+  Builder(const Layout& l, std::vector<DomainState>& d) : layout(l), domains(d) {}
 
   int32_t internalNode(int32_t node) const { return layout.numbering.internalNodes[static_cast<std::size_t>(node)]; }
 
@@ -92,7 +87,7 @@ struct Builder {
       const Group& group = groupOf(load);
       if (load.kind->members == Members::Faces) {
         for (BrickFace face : facesOf(layout.mesh, group)) {
-          face.brick = internalBricks[static_cast<std::size_t>(face.brick)];
+          face.brick = layout.internalBricks[static_cast<std::size_t>(face.brick)];
           for (int32_t& node : face.nodes) {
             node = internalNode(node);
             places.emplace_back(node, k);
@@ -134,7 +129,7 @@ struct Builder {
     for (std::size_t k = 0; k < all.size(); ++k)
       if (all[k].kind->share == Share::Masses)
         for (const int32_t element : groupOf(all[k]).elements) {
-          const auto brick = static_cast<std::size_t>(internalBricks[static_cast<std::size_t>(element)]);
+          const auto brick = static_cast<std::size_t>(layout.internalBricks[static_cast<std::size_t>(element)]);
           for (std::size_t corner = 0; corner < 8; ++corner)
             loads.nodes[entry(layout.numbering.connectivity[8 * brick + corner], static_cast<int32_t>(k))].share +=
                 massOf[brick] / 8;

@@ -21,9 +21,14 @@ struct Layout {
   Ranks ranks;
   Numbering numbering;
   std::vector<Neighbour> neighbours;
+  std::vector<int32_t> internalBricks; // of each brick of the mesh
 
   Layout(const Mesh& m, const Case& c)
-      : mesh(m), definition(c), numbering(numberModel(m, ranks)), neighbours(findNeighbours(numbering, ranks)) {}
+      : mesh(m), definition(c), numbering(numberModel(m, ranks)), neighbours(findNeighbours(numbering, ranks)),
+        internalBricks(numbering.elements.size()) {
+    for (std::size_t e = 0; e < internalBricks.size(); ++e)
+      internalBricks[static_cast<std::size_t>(numbering.elements[e])] = static_cast<int32_t>(e);
+  }
   int64_t nodes() const { return static_cast<int64_t>(numbering.nodes.size()); }
   int64_t bricks() const { return static_cast<int64_t>(numbering.elements.size()); }
 };
@@ -81,6 +86,11 @@ struct PrescribedComponent {
   double of(const std::array<double, 3>& vector) const {
     return isAxis ? vector[position % 3]
                   : direction[0] * vector[0] + direction[1] * vector[1] + direction[2] * vector[2];
+  }
+  void addTo(double* vector, double value) const {
+    if (isAxis) vector[position % 3] += value;
+    for (size_t c = 0; c < 3; ++c)
+      if (direction[c] != 0) vector[c] += direction[c] * value;
   }
   // Makes it so among the vectors of all nodes.
   void set(double value, double* vectors) const {

@@ -132,6 +132,7 @@ public:
     motions();
     loads();
     planes();
+    groupHistories();
     control();
     output();
     return std::move(result_);
@@ -139,8 +140,9 @@ public:
 
 private:
   static Names rootKeys() {
-    Names keys{"title",   "job",     "mesh",  "material", "section", "fix", "symmetry", "plane", "initial_velocity",
-               "gravity", "control", "output"};
+    Names keys{"title",   "job",      "mesh",  "material", "section",
+               "fix",     "symmetry", "plane", "history",  "initial_velocity",
+               "gravity", "control",  "output"};
     for (const MotionKey& kind : motionKeys) keys.push_back(kind.key);
     for (const LoadKind& kind : loadKinds) keys.push_back(kind.key);
     return keys;
@@ -312,6 +314,29 @@ private:
     }
   }
 
+  void groupHistories() {
+    Names known;
+    for (const GroupQuantity& quantity : groupQuantities) known.push_back(std::string("\"") + quantity.key + "\"");
+    const std::string expected = "an array of " + joined(known, ", ");
+    for (const Table& table : root_.tables("history", {"group", "name", "values"})) {
+      GroupHistory history;
+      Members members = Members::Any;
+      for (const std::string& name : table.texts("values", expected)) {
+        const auto found = std::find_if(groupQuantities.begin(), groupQuantities.end(),
+                                        [&](const GroupQuantity& quantity) { return name == quantity.key; });
+        if (found == groupQuantities.end())
+          table.fail("values", "\"" + printable(name) + "\" is no value of a group, expected " + expected);
+        if (std::find(history.quantities.begin(), history.quantities.end(), &*found) != history.quantities.end())
+          table.fail("values", "\"" + name + "\" is there twice");
+        if (found->members == Members::Bricks) members = Members::Bricks;
+        history.quantities.push_back(&*found);
+      }
+      history.group = group(table, members);
+      history.name = nameOf(table, "group_" + std::to_string(case_.groupHistories.size() + 1));
+      case_.groupHistories.push_back(std::move(history));
+    }
+  }
+
   void control() {
     const Table table =
         root_.table("control", {"end_time", "safety_factor", "hourglass", "linear_viscosity", "quadratic_viscosity",
@@ -346,7 +371,7 @@ private:
   Names names_; // of these
   // Number of a table and temperature: the material of the case.
   std::map<std::pair<std::size_t, double>, std::size_t> places_;
-  std::set<std::string> columns_; // names of loads
+  std::set<std::string> columns_; // names in their heads
   CaseFile result_;
   Case& case_ = result_.definition;
 };

@@ -47,6 +47,10 @@ std::vector<std::string> measureNames(const Case& definition) {
   if (!definition.planes.empty()) names.insert(names.end(), {"friction_energy", "impact_energy"});
   if (definition.isDamped()) names.push_back("damping_energy");
   if (definition.quasiStatic) names.insert(names.end(), {"damping", "stillness"});
+  for (const GroupHistory& history : definition.groupHistories)
+    for (const GroupQuantity* quantity : history.quantities)
+      for (int k = 0; k < quantity->count; ++k)
+        names.push_back(quantity->columns[static_cast<std::size_t>(k)] + history.name);
   return names;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "filter_design.h"
+#include "solver/model/group_history.h"
 #include "solver/model/histories.h"
 #include "solver/model/loads.h"
 #include "solver/model/materials.h"
@@ -100,6 +101,7 @@ struct Case {
   bool isDamped() const { return quasiStatic || damping > 0; }
   double outputInterval = 0, historyInterval = 0; // s
   std::optional<host::LowPass> historyFilter;
+  std::vector<GroupHistory> groupHistories;
   double smallestIncrementRatio = 1e-3; // of the first stable increment; below it the analysis ends with an error
 };
 

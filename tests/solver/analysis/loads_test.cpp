@@ -163,6 +163,27 @@ void leanOnWall(Case& c, Mesh&) {
   c.planes.push_back({"wall", "x1", {0.2, 0, 0}, {-1, 0, 0}, 0, {}, {}});
 }
 
+// Means of motion and sums of reactions and energies, as groups have them in the history: those of fields and model.
+void expectGroups(const Analysis& analysis, const Case& c, const Mesh& mesh) {
+  const std::vector<double>& all = analysis.measures();
+  ASSERT_EQ(all.size(), solver::measureNames(c).size());
+  const double* of = &all[all.size() - 14];
+  const solver::Fields fields = analysis.fields();
+  const std::vector<int32_t>& nodes = mesh.findGroup("z1")->nodes;
+  for (int k = 0; k < 9; ++k) {
+    const std::span<const double> field = k < 3 ? fields.displacement : k < 6 ? fields.velocity : fields.reaction;
+    double sum = 0, size = 1e-12;
+    for (const int32_t node : nodes) {
+      sum += field[3 * node + k % 3] / (k < 6 ? static_cast<double>(nodes.size()) : 1);
+      size += std::abs(field[3 * node + k % 3]);
+    }
+    EXPECT_NEAR(of[k], sum, 1e-12 * size) << k;
+  }
+  const solver::Energies e = analysis.energies();
+  const double energies[] = {e.strain, e.hourglass, e.viscous, e.damage, 0};
+  for (int k = 0; k < 5; ++k) EXPECT_NEAR(of[9 + k], energies[k], 1e-12 * e.total()) << k;
+}
+
 TEST_F(Loads, AreThoseOfMechanics) {
   const Truth truths[] = {
       {"displacement", 0.3, led({{0, 2 * kEnd}, kRise, Curve::Linear, Quantity::Displacement}), shiftX, 1, 1e-13},
@@ -213,11 +234,14 @@ TEST_F(Loads, AreThoseOfMechanics) {
     Mesh mesh = box({2, 2, 4}, {0.2, 0.2, 0.4});
     Case c = caseOf(neoHooke(kE, truth.nu, kRho), kEnd);
     truth.load(c, mesh);
+    const auto& values = solver::groupQuantities;
+    c.groupHistories = {{"top", "z1", {&values[0], &values[1], &values[2]}}, {"body", "all", {&values[3]}}};
     Analysis analysis(mesh, c, 2);
     const double before = analysis.energies().balance();
     ASSERT_TRUE(runsToTheEnd(analysis, c));
     EXPECT_NEAR(truth.measure(analysis) / truth.exact, 1, truth.tolerance);
     const solver::Energies e = analysis.energies();
+    expectGroups(analysis, c, mesh);
     EXPECT_LT(c.quasiStatic ? e.stillness() : 0, 1e-6);
     EXPECT_NEAR(e.balance(), before, 4e-3 * (e.total() + std::abs(e.external)));
   }

@@ -105,6 +105,12 @@ value = 40.0
 group = "y0"
 direction = [1.0, 2.0, 3.0]
 value = 2.0e4
+[[history]]
+group = "y1"
+values = ["reaction", "displacement"]
+[[history]]
+group = "all"
+values = ["energy"]
 [[plane]]
 point = [1.03, 0.0, 0.0]
 normal = [-1.0, 0.1, 0.0]

@@ -228,6 +228,15 @@ TEST_F(Mistakes, Loads) {
        "of its "
        "normal"},
   };
+  const std::pair<const char*, const char*> histories[] = {
+      {"values = [\"force\"]",
+       ":28:10: \"force\" is no value of a group, expected an array of \"displacement\", \"velocity\", "
+       "\"reaction\", \"energy\""},
+      {"values = [\"velocity\", \"velocity\"]", ":28:10: \"velocity\" is there twice"},
+      {"values = [\"energy\"]", R"(:27:9: group "z1" is not one of bricks, expected one of "lower", "upper")"},
+  };
+  for (const auto& [lines, wanted] : histories)
+    expect(barCase + std::string("[[history]]\ngroup = \"z1\"\n") + lines, wanted);
   for (const auto& [lines, wanted] : cases) expect(barCase + std::string(lines), wanted);
   expect(barCase + std::string("[[symmetry]]\ngroup = \"z1\""),
          ":26:1: normal is missing in symmetry, expected an array of numbers");
