@@ -13,6 +13,7 @@
 
 namespace {
 
+using namespace sharedanalysis;
 using namespace sharedanalysis::diagnostics;
 using sharedanalysis::host::printable;
 

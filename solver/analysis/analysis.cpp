@@ -2,7 +2,10 @@
 #include "solver/analysis/analysis.h"
 
 #include "solver/analysis/collected.h"
+#include "solver/analysis/contact.h"
+#include "solver/analysis/damping.h"
 #include "solver/analysis/increment.h"
+#include "solver/analysis/loads.h"
 #include "solver/analysis/set_up.h"
 #include "solver/analysis/team.h"
 
@@ -17,7 +20,7 @@ struct Analysis::Data {
   NodeState nodes;
   std::vector<DomainState> domains; // of this rank
   Team team;                        // a thread a domain
-  Prescribed prescribed;
+  Outside outside;
   Course course;
   Ending ending = Ending::Running;
   Distortion distortion;
@@ -31,15 +34,19 @@ struct Analysis::Data {
       : layout(mesh, definition), nodes(referenceNodes(layout)), domains(makeDomainStates(layout, nodes.X, threads)),
         team(static_cast<int>(domains.size())) {
     setMasses(layout, domains, nodes);
-    prescribed = makePrescribed(layout, domains);
+    Prescribed& prescribed = outside.prescribed = makePrescribed(layout, domains);
+    outside.loads = makeLoads(layout, nodes.X, domains);
+    outside.contacts = makeContacts(layout, nodes.X, prescribed, domains);
     setVelocities(layout, prescribed, nodes);
-    for (DomainState& state : domains) evaluateForces(definition, nodes, 0.0, state);
+    for (DomainState& state : domains) evaluateForces(definition, nodes, 0.0, state, outside.loads);
     ending = findEnding(layout, nodes, domains, outcomeOf(layout.ranks, domains), course, distortion);
     course.firstStable = course.stable;
+    course.damping = definition.damping;
+    if (definition.isDamped()) nodes.dampingEnergy.resize(nodes.mass.size());
   }
 
   const Collected& collectedNow() {
-    if (!collected) collected = solver::collect(layout, nodes, prescribed, course, domains, team);
+    if (!collected) collected = solver::collect(layout, nodes, outside, course, domains, team);
     return *collected;
   }
   // Exceptions must not leave the work of a team: keeps the first one for after the loop.
@@ -75,11 +82,11 @@ Ending Analysis::advanceTo(double end, int64_t increments) {
       for (size_t k = static_cast<size_t>(thread); k < d.domains.size(); k += threads) body(d.domains[k]);
     };
     while (running) {
-      eachDomain([&](DomainState& own) { move(d.layout.definition, now, step, own, d.nodes, d.prescribed); });
+      eachDomain([&](DomainState& own) { move(d.layout.definition, now, step, own, d.nodes, d.outside); });
       d.team.meet([&] {
         if (d.layout.ranks.areSeveral()) d.guarded([&] { exchangeMotion(d.layout, d.nodes); });
       });
-      eachDomain([&](DomainState& own) { evaluateForces(d.layout.definition, d.nodes, step, own); });
+      eachDomain([&](DomainState& own) { evaluateForces(d.layout.definition, d.nodes, step, own, d.outside.loads); });
       d.team.meet([&] {
         now.time = step >= end - now.time ? end : now.time + step;
         now.lastIncrement = step;
@@ -88,6 +95,7 @@ Ending Analysis::advanceTo(double end, int64_t increments) {
         d.guarded([&] {
           const Outcome all = outcomeOf(d.layout.ranks, d.domains);
           d.ending = findEnding(d.layout, d.nodes, d.domains, all, now, d.distortion);
+          if (d.layout.definition.quasiStatic) adaptDamping(d.layout, d.nodes, d.outside.prescribed, d.domains, now);
           if (d.ending == Ending::Running && all.killed) d.ending = Ending::Killed;
           if (d.observer) d.observer(progress(), step);
         });
@@ -119,6 +127,8 @@ void Analysis::collect() { data_->collectedNow(); }
 
 Energies Analysis::energies() const { return data_->collectedNow().energies; }
 
+const std::vector<double>& Analysis::measures() const { return data_->collectedNow().measures; }
+
 std::array<double, 3> Analysis::linearMomentum() const {
   const FloatingPointMode mode;
   return solver::linearMomentum(data_->layout, data_->nodes, data_->collectedNow());
@@ -132,7 +142,7 @@ std::array<double, 3> Analysis::angularMomentum() const {
 Fields Analysis::fields() const {
   const FloatingPointMode mode;
   Data& d = *data_;
-  d.fields.fill(d.layout, d.nodes.X, d.prescribed, d.collectedNow());
+  d.fields.fill(d.layout, d.nodes.X, d.outside.prescribed, d.collectedNow());
   return d.fields.spans();
 }
 

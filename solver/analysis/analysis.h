@@ -17,8 +17,12 @@ struct Energies {
   double kinetic = 0, strain = 0, hourglass = 0, viscous = 0;
   double damage = 0; // taken by softening, and held by bricks when they failed
   double external = 0;
+  double damping = 0; // taken by damping in proportion to mass
+  double contact = 0; // taken by friction and impact on planes
   // total - external is constant in an exact integration
-  double total() const { return kinetic + strain + hourglass + viscous + damage; }
+  double total() const { return kinetic + strain + hourglass + viscous + damage + damping + contact; }
+  // Kinetic energy over what the body holds: how far it is from rest.
+  double stillness() const { return strain + hourglass > 0 ? kinetic / (strain + hourglass) : 0; }
   double balance() const { return total() - external; }
   // As results have them.
   std::array<double, 7> values() const { return {kinetic, strain, hourglass, viscous, damage, external, total()}; }
@@ -56,11 +60,13 @@ public:
   void setObserver(std::function<void(const Progress&, double)> observer);
 
   // Brings what results are made of to the root.  Energies, momenta and fields do so by themselves: every rank calls this, or
-  // the first of them, at the same times.  Energies are known to every rank afterwards, momenta and fields to the root.
+  // the first of them, at the same times.  Energies are known to every rank afterwards, momenta, measures and fields to the
+  // root.
   void collect();
 
   Progress progress() const;
   Energies energies() const;
+  const std::vector<double>& measures() const; // those that measureNames() of the case names
   std::array<double, 3> linearMomentum() const;
   std::array<double, 3> angularMomentum() const; // about the origin
   Fields fields() const;

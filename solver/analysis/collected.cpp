@@ -1,5 +1,9 @@
 #include "solver/analysis/collected.h"
 
+#include "solver/analysis/contact.h"
+#include "solver/analysis/damping.h"
+#include "solver/analysis/loads.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -69,9 +73,10 @@ std::vector<double> velocitiesNow(const Layout& layout, const NodeState& nodes, 
       for (int c = 0; c < 3; ++c) {
         const double f = state.force[3 * (i - state.domain.firstNode) + c];
         now[3 * i + c] =
-            v[3 * i + c] + 0.5 * course.lastIncrement * (layout.definition.gravity[c] - f * nodes.rMass[i]);
+            (v[3 * i + c] + 0.5 * course.lastIncrement * (layout.definition.gravity[c] - f * nodes.rMass[i])) /
+            (1.0 + 0.5 * course.lastIncrement * course.damping);
       }
-  for (const PrescribedComponent& p : prescribed.components) now[p.position] = valueAt(*p.history, course.time);
+  for (const PrescribedComponent& p : prescribed.components) p.set(p.speed(course), now.data());
   return now;
 }
 
@@ -83,9 +88,10 @@ std::vector<double> reactionsNow(const Layout& layout, const NodeState& nodes, c
   for (const DomainState& state : domains)
     for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) {
       const PrescribedComponent& p = prescribed.components[k];
-      const double a = (valueAt(*p.history, course.time + h) - valueAt(*p.history, course.time - h)) / (2 * h);
-      now[k] = state.force[p.position - 3 * state.domain.firstNode] +
-               nodes.mass[p.position / 3] * (a - layout.definition.gravity[p.position % 3]);
+      const double a = (p.speed(course.time + h, h) - p.speed(course.time - h, h)) / (2 * h);
+      now[k] = p.of(state.force.data(), state.domain.firstNode) +
+               nodes.mass[p.position / 3] * (a - p.of(layout.definition.gravity));
+      if (course.damping > 0) now[k] += nodes.mass[p.position / 3] * course.damping * p.speed(course);
     }
   return now;
 }
@@ -116,12 +122,45 @@ Energies sumEnergies(const Layout& layout, const NodeState& nodes, const Prescri
   return sum;
 }
 
+// Of a group, over its nodes or bricks in the order of the mesh: means of motion, sums of the rest.
+void addGroup(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed, const GroupHistory& history,
+              Collected& collected) {
+  const Group* group = layout.mesh.findGroup(history.group);
+  if (!group) throw InputError("history: the mesh has no group \"" + history.group + "\"");
+  const auto count = static_cast<double>(group->nodes.size());
+  for (const GroupQuantity* quantity : history.quantities) {
+    std::array<double, 5> sum{};
+    if (quantity->kind == GroupQuantityKind::Energy)
+      for (const int32_t element : group->elements) {
+        const double* brick =
+            &collected.bricks[kBrickValues * static_cast<size_t>(layout.internalBricks[static_cast<size_t>(element)])];
+        const double values[] = {brick[0] * brick[1], brick[2], brick[3], brick[4], brick[5]};
+        for (size_t k = 0; k < 5; ++k) sum[k] += values[k];
+      }
+    else
+      for (const int32_t node : group->nodes) {
+        const int32_t internal = layout.numbering.internalNodes[static_cast<size_t>(node)];
+        const size_t at = 3 * static_cast<size_t>(internal);
+        for (size_t c = 0; c < 3; ++c) {
+          if (quantity->kind == GroupQuantityKind::Displacement)
+            sum[c] += (collected.x[at + c] - nodes.X[at + c]) / count;
+          if (quantity->kind == GroupQuantityKind::Velocity) sum[c] += collected.velocity[at + c] / count;
+        }
+        if (quantity->kind != GroupQuantityKind::Reaction) continue;
+        for (size_t k = prescribed.firstOf(internal); k < prescribed.firstOf(internal + int64_t{1}); ++k)
+          prescribed.components[k].addTo(&sum[0], collected.reactions[k]);
+      }
+    collected.measures.insert(collected.measures.end(), sum.begin(), sum.begin() + quantity->count);
+  }
+}
+
 } // namespace
 
-Collected collect(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed, const Course& course,
+Collected collect(const Layout& layout, const NodeState& nodes, Outside& outside, const Course& course,
                   std::vector<DomainState>& domains, Team& team) {
   const Ranks& ranks = layout.ranks;
   const FloatingPointMode mode;
+  const Prescribed& prescribed = outside.prescribed;
   Collected collected;
   const auto ofNodes = [&](std::vector<double>& values) {
     std::vector<int64_t> first = layout.numbering.firstOfRank;
@@ -130,25 +169,45 @@ Collected collect(const Layout& layout, const NodeState& nodes, const Prescribed
   };
   collected.x = nodes.x;
   collected.velocity = velocitiesNow(layout, nodes, prescribed, course, domains);
+  for (const DomainState& state : domains)
+    touchNow(layout.definition, course, state, prescribed, nodes, collected.velocity, outside.contacts);
   ofNodes(collected.x);
   ofNodes(collected.velocity);
   collected.reactions = reactionsNow(layout, nodes, prescribed, course, domains);
+  for (const Contact& contact : outside.contacts.all) // what supports take of the pressure of planes
+    for (size_t k = contact.firstPrescribed; k < contact.endPrescribed; ++k)
+      collected.reactions[k] -= prescribed.components[k].of(contact.normalForce);
   for (const PrescribedComponent& p : prescribed.components) {
     collected.work.push_back(p.work);
-    collected.prescribedSpeed.push_back(nodes.v[p.position]);
+    collected.prescribedSpeed.push_back(p.of(nodes.v.data()));
   }
   for (std::vector<double>* values : {&collected.reactions, &collected.work, &collected.prescribedSpeed})
     ranks.gatherRanges(*values, prescribed.firstOfRank);
 
+  collected.measures = workOfLoads(layout, nodes, course, outside.loads);
+  const ContactSums contacts = sumContacts(layout, course, nodes, outside.contacts);
   collected.bricks = brickValues(layout, nodes.x, domains, team);
   if (ranks.areSeveral()) collectBricks(layout, collected.bricks);
-  std::vector<double> sums(6);
+  const bool isDamped = layout.definition.isDamped();
+  const double damped = isDamped ? dampingEnergy(layout, nodes, course, collected.velocity) : 0;
+  std::vector<double> sums(8);
   if (ranks.isRoot()) {
-    const Energies all = sumEnergies(layout, nodes, prescribed, course, collected);
-    sums = {all.kinetic, all.strain, all.hourglass, all.viscous, all.damage, all.external};
+    Energies all = sumEnergies(layout, nodes, prescribed, course, collected);
+    for (const double work : collected.measures) all.external += work;
+    for (const ContactSums::OfPlane& plane : contacts.planes) all.external += plane.work;
+    sums = {all.kinetic, all.strain,   all.hourglass, all.viscous,
+            all.damage,  all.external, damped,        contacts.friction + contacts.impact};
   }
   ranks.broadcast(sums);
-  collected.energies = {sums[0], sums[1], sums[2], sums[3], sums[4], sums[5]};
+  collected.energies = {sums[0], sums[1], sums[2], sums[3], sums[4], sums[5], sums[6], sums[7]};
+  std::vector<double>& measures = collected.measures;
+  for (const ContactSums::OfPlane& plane : contacts.planes)
+    measures.insert(measures.end(), {plane.work, plane.force[0], plane.force[1], plane.force[2]});
+  if (!contacts.planes.empty()) measures.insert(measures.end(), {contacts.friction, contacts.impact});
+  if (isDamped) measures.push_back(damped);
+  if (layout.definition.quasiStatic) measures.insert(measures.end(), {course.damping, collected.energies.stillness()});
+  for (const GroupHistory& history : layout.definition.groupHistories)
+    addGroup(layout, nodes, prescribed, history, collected);
   return collected;
 }
 
@@ -187,8 +246,12 @@ void FieldArrays::fill(const Layout& layout, const std::vector<double>& X, const
       velocity[at] = collected.velocity[3 * i + c];
     }
   for (size_t k = 0; k < prescribed.components.size(); ++k) {
-    const int64_t position = prescribed.components[k].position;
-    reaction[3 * static_cast<size_t>(layout.numbering.nodes[position / 3]) + position % 3] = collected.reactions[k];
+    const PrescribedComponent& p = prescribed.components[k];
+    double* ofNode = &reaction[3 * static_cast<size_t>(layout.numbering.nodes[p.position / 3])];
+    if (p.isAxis)
+      ofNode[p.position % 3] = collected.reactions[k];
+    else
+      p.addTo(ofNode, collected.reactions[k]);
   }
   for (size_t e = 0; e < bricks; ++e) {
     const double* brick = &collected.bricks[kBrickValues * e];

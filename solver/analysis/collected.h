@@ -12,13 +12,14 @@ struct Collected {
   std::vector<double> x, velocity;                      // (3, nodes), internal numbering, at the present time
   std::vector<double> reactions, work, prescribedSpeed; // of the prescribed components
   std::vector<double> bricks;                           // (kBrickValues, bricks)
+  std::vector<double> measures;                         // those of the case: of its loads, planes and damping
   Energies energies;                                    // on every rank
 };
 // Volume, strain energy density, hourglass, viscous and damage energy, mask, stress.
 inline constexpr int kBrickValues = 12;
 
-// Every rank calls it.  The domains change in their work arrays alone.
-Collected collect(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed, const Course& course,
+// Every rank calls it.  The domains change in their work arrays alone, contacts in their present forces.
+Collected collect(const Layout& layout, const NodeState& nodes, Outside& outside, const Course& course,
                   std::vector<DomainState>& domains, Team& team);
 
 // On the root.

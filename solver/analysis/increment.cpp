@@ -4,6 +4,9 @@
 #include "host_services.h"
 #include "reference_host.h"
 #include "solver/analysis/block_kernels.h"
+#include "solver/analysis/contact.h"
+#include "solver/analysis/damping.h"
+#include "solver/analysis/loads.h"
 
 #include <algorithm>
 #include <cmath>
@@ -18,7 +21,7 @@ double smallerOf(double a, double b) { return b < a || b != b ? b : a; }
 
 } // namespace
 
-void evaluateForces(const Case& definition, const NodeState& nodes, double step, DomainState& state) {
+void evaluateForces(const Case& definition, const NodeState& nodes, double step, DomainState& state, Loads& loads) {
   const int32_t values = static_cast<int32_t>(state.force.size());
   GLO_UTI_BROADCAST0D(&values, state.force.data());
   state.stableIncrement = kInfinity;
@@ -28,31 +31,49 @@ void evaluateForces(const Case& definition, const NodeState& nodes, double step,
     state.stableIncrement = smallerOf(state.stableIncrement, outcome.stableIncrement);
     state.masked += outcome.masked;
   }
+  if (definition.quasiStatic) {
+    std::swap(state.internal, state.internalBefore);
+    state.internal.assign(state.force.begin(),
+                          state.force.begin() + 3 * (state.domain.endNode - state.domain.firstNode));
+    state.internalBefore.resize(state.internal.size());
+  }
+  applyLoads(definition, nodes, state, loads);
 }
 
-void move(const Case& definition, const Course& course, double step, const DomainState& state, NodeState& nodes,
-          Prescribed& prescribed) {
+void move(const Case& definition, const Course& course, double step, DomainState& state, NodeState& nodes,
+          Outside& outside) {
+  Prescribed& prescribed = outside.prescribed;
+  Loads& loads = outside.loads;
+  const bool touches = !definition.planes.empty();
   const double lastIncrement = course.lastIncrement;
   std::vector<PrescribedComponent>& components = prescribed.components;
   std::vector<double>& v = nodes.v;
   const Domain& domain = state.domain;
   const double between = 0.5 * (lastIncrement + step);
   const double gravity[3] = {definition.gravity[0], definition.gravity[1], definition.gravity[2]};
+  addWork(state, v, 0.5 * lastIncrement, loads);
   std::vector<double> before;
   before.reserve(state.endPrescribed - state.firstPrescribed);
-  for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) before.push_back(v[components[k].position]);
+  for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) before.push_back(components[k].of(v.data()));
+  std::vector<double> allBefore; // velocities before, of all components
+  if (definition.isDamped() || touches)
+    allBefore.assign(&v[3 * domain.firstNode], &v[3 * domain.firstNode] + 3 * (domain.endNode - domain.firstNode));
   kick(domain.firstNode, domain.endNode, state.force.data(), domain.firstNode, nodes.rMass.data(), gravity, between,
        v.data());
+  if (definition.isDamped()) damp(state, allBefore, course.damping, between, v);
   for (size_t k = state.firstPrescribed; k < state.endPrescribed; ++k) {
     PrescribedComponent& p = components[k];
-    const double old = before[k - state.firstPrescribed], now = valueAt(*p.history, course.time + 0.5 * step);
-    const int64_t node = p.position / 3;
-    const int c = static_cast<int>(p.position % 3);
-    p.reaction =
-        state.force[p.position - 3 * domain.firstNode] + nodes.mass[node] * ((now - old) / between - gravity[c]);
+    const double old = before[k - state.firstPrescribed], now = p.speed(course.time + 0.5 * step, 0.5 * step);
+    p.reaction = p.of(state.force.data(), domain.firstNode) +
+                 nodes.mass[p.position / 3] * ((now - old) / between - p.of(definition.gravity));
+    if (definition.isDamped()) p.reaction += nodes.mass[p.position / 3] * course.damping * 0.5 * (old + now);
     p.work += p.reaction * 0.5 * (old * lastIncrement + now * step);
-    v[p.position] = now;
+    p.set(now, v.data());
   }
+  if (touches) touch(definition, course, step, state, allBefore, prescribed, nodes, outside.contacts);
+  addWork(state, v, 0.5 * step, loads);
+  if (definition.isDamped()) addDampingEnergy(state, allBefore, course.damping, lastIncrement, step, nodes);
+  state.time = course.time + step;
   drift(domain.firstNode, domain.endNode, v.data(), step, nodes.x.data());
 }
 

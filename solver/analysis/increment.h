@@ -13,11 +13,12 @@ struct Outcome {
 };
 
 // Forces, stable increment and masked bricks of a domain; `step` is the increment that ends now.
-void evaluateForces(const Case& definition, const NodeState& nodes, double step, DomainState& domain);
+void evaluateForces(const Case& definition, const NodeState& nodes, double step, DomainState& domain, Loads& loads);
 
-// Velocities to the next half step and positions to the next time, for the nodes of one domain; work of its reactions.
-void move(const Case& definition, const Course& course, double step, const DomainState& domain, NodeState& nodes,
-          Prescribed& prescribed);
+// Velocities to the next half step and positions to the next time, for the nodes of one domain; work of all that acts
+// on them from outside.
+void move(const Case& definition, const Course& course, double step, DomainState& domain, NodeState& nodes,
+          Outside& outside);
 
 // Positions and velocities of the nodes on the boundaries between ranks.
 void exchangeMotion(const Layout& layout, NodeState& nodes);

@@ -97,6 +97,90 @@ void setMasses(const Layout& layout, const std::vector<DomainState>& domains, No
   for (size_t i = 0; i < mass.size(); ++i) rMass[i] = mass[i] > 0.0 ? 1.0 / mass[i] : 0.0;
 }
 
+std::vector<std::size_t> orderOfOneRank(const Layout& layout, const std::vector<std::pair<int32_t, int32_t>>& places) {
+  std::vector<int32_t> alone(layout.numbering.order.size());
+  for (size_t k = 0; k < alone.size(); ++k) alone[layout.numbering.order[k]] = static_cast<int32_t>(k);
+  std::vector<std::size_t> order(places.size());
+  std::iota(order.begin(), order.end(), size_t{0});
+  const auto placeOf = [&](size_t k) { return std::pair(alone[places[k].first], places[k].second); };
+  std::sort(order.begin(), order.end(), [&](size_t a, size_t b) { return placeOf(a) < placeOf(b); });
+  return order;
+}
+
+namespace {
+
+bool isRest(const History& history) {
+  return history.quantity != Quantity::Acceleration &&
+         std::all_of(history.value.begin(), history.value.end(), [](double value) { return value == 0; });
+}
+
+// Adds the part of a normal that the prescribed components of its node leave free; planes that differ by less than kSamePlane
+// are one.
+void addNormal(const SymmetryPlane& plane, int64_t number, int32_t node, std::vector<PrescribedComponent>& ofNode) {
+  constexpr double kSamePlane = 1e-6;
+  PrescribedComponent rest{.position = 0, .direction = plane.normal, .isAxis = false};
+  std::array<double, 3> factors{};
+  std::array<const History*, 3> histories{};
+  std::array<bool, 3> taken{};
+  for (const PrescribedComponent& p : ofNode) {
+    const double common = p.of(plane.normal);
+    taken[static_cast<size_t>(p.position % 3)] = true;
+    for (int k = 0; k < p.partCount; ++k) {
+      const auto axis = static_cast<size_t>(p.parts[static_cast<size_t>(k)].axis);
+      histories[axis] = p.parts[static_cast<size_t>(k)].history;
+      factors[axis] -= common * p.parts[static_cast<size_t>(k)].factor;
+    }
+    if (p.isAxis)
+      rest.direction[static_cast<size_t>(p.position % 3)] = 0;
+    else
+      for (size_t c = 0; c < 3; ++c) rest.direction[c] -= common * p.direction[c];
+  }
+  const double length = std::hypot(rest.direction[0], rest.direction[1], rest.direction[2]);
+  const bool isNew = length > kSamePlane;
+  for (size_t axis = 0; axis < 3; ++axis) {
+    if (!histories[axis] || factors[axis] == 0 || isRest(*histories[axis])) continue;
+    if (!isNew && std::abs(factors[axis]) > kSamePlane)
+      throw InputError("node " + std::to_string(number) + " is moved out of the symmetry plane of group \"" +
+                       plane.group + "\"");
+    rest.parts[static_cast<size_t>(rest.partCount++)] = {histories[axis], static_cast<int>(axis),
+                                                         factors[axis] / length};
+  }
+  if (!isNew) return;
+  for (double& component : rest.direction) component /= length;
+  rest.position = 3 * static_cast<int64_t>(node) + (std::find(taken.begin(), taken.end(), false) - taken.begin());
+  ofNode.push_back(rest);
+}
+
+void addSymmetryPlanes(const Layout& layout, std::vector<PrescribedComponent>& prescribed) {
+  std::map<int32_t, std::vector<PrescribedComponent>> ofNodes; // where planes are
+  for (const SymmetryPlane& plane : layout.definition.symmetryPlanes)
+    for (const int32_t node : groupOf(layout.mesh, plane.group, "symmetry").nodes)
+      ofNodes[layout.numbering.internalNodes[node]];
+  for (const PrescribedComponent& p : prescribed) {
+    const auto found = ofNodes.find(static_cast<int32_t>(p.position / 3));
+    if (found != ofNodes.end()) found->second.push_back(p);
+  }
+  for (const SymmetryPlane& plane : layout.definition.symmetryPlanes)
+    for (const int32_t node : groupOf(layout.mesh, plane.group, "symmetry").nodes) {
+      const int32_t internal = layout.numbering.internalNodes[node];
+      addNormal(plane, layout.mesh.nodeNumbers[node], internal, ofNodes[internal]);
+    }
+  for (const auto& [node, all] : ofNodes)
+    for (const PrescribedComponent& p : all)
+      if (!p.isAxis) prescribed.push_back(p);
+  std::sort(prescribed.begin(), prescribed.end(),
+            [](const PrescribedComponent& a, const PrescribedComponent& b) { return a.position < b.position; });
+}
+
+} // namespace
+
+std::size_t Prescribed::firstOf(int64_t node) const {
+  return static_cast<size_t>(
+      std::lower_bound(components.begin(), components.end(), 3 * node,
+                       [](const PrescribedComponent& p, int64_t position) { return p.position < position; }) -
+      components.begin());
+}
+
 Prescribed makePrescribed(const Layout& layout, std::vector<DomainState>& domains) {
   Prescribed result;
   std::vector<PrescribedComponent>& prescribed = result.components;
@@ -113,33 +197,31 @@ Prescribed makePrescribed(const Layout& layout, std::vector<DomainState>& domain
         const auto [found, isNew] = components.try_emplace(
             3 * static_cast<int64_t>(layout.numbering.internalNodes[node]) + c, Origin{&history, &motion.group});
         const History& other = *found->second.history;
-        if (!isNew && (other.time != history.time || other.value != history.value))
+        if (!isNew && !(other == history))
           throw InputError("groups \"" + *found->second.group + "\" and \"" + motion.group +
                            "\" prescribe different motion of component " + "xyz"[c] + " of node " +
                            std::to_string(layout.mesh.nodeNumbers[node]));
       }
-  for (const auto& [position, origin] : components) prescribed.push_back({position, origin.history});
-  const auto at = [&](int64_t node) {
-    return static_cast<size_t>(
-        std::lower_bound(prescribed.begin(), prescribed.end(), 3 * node,
-                         [](const PrescribedComponent& p, int64_t position) { return p.position < position; }) -
-        prescribed.begin());
-  };
-  for (DomainState& state : domains) {
-    state.firstPrescribed = at(state.domain.firstNode);
-    state.endPrescribed = at(state.domain.endNode);
+  for (const auto& [position, origin] : components) {
+    prescribed.push_back({.position = position});
+    prescribed.back().parts[0] = {origin.history, static_cast<int>(position % 3)};
+    prescribed.back().partCount = 1;
   }
-  std::vector<int64_t> alone(layout.numbering.order.size());
-  for (size_t k = 0; k < alone.size(); ++k) alone[layout.numbering.order[k]] = static_cast<int64_t>(k);
-  result.order.resize(prescribed.size());
-  std::iota(result.order.begin(), result.order.end(), size_t{0});
-  const auto placeOf = [&](size_t k) { return 3 * alone[prescribed[k].position / 3] + prescribed[k].position % 3; };
-  std::sort(result.order.begin(), result.order.end(), [&](size_t a, size_t b) { return placeOf(a) < placeOf(b); });
-  for (const int64_t node : layout.numbering.firstOfRank) result.firstOfRank.push_back(static_cast<int64_t>(at(node)));
+  addSymmetryPlanes(layout, prescribed);
+  for (DomainState& state : domains) {
+    state.firstPrescribed = result.firstOf(state.domain.firstNode);
+    state.endPrescribed = result.firstOf(state.domain.endNode);
+  }
+  std::vector<std::pair<int32_t, int32_t>> places;
+  for (const PrescribedComponent& p : prescribed)
+    places.emplace_back(static_cast<int32_t>(p.position / 3), static_cast<int32_t>(p.position % 3));
+  result.order = orderOfOneRank(layout, places);
+  for (const int64_t node : layout.numbering.firstOfRank)
+    result.firstOfRank.push_back(static_cast<int64_t>(result.firstOf(node)));
   return result;
 }
 
-void setVelocities(const Layout& layout, const Prescribed& prescribed, NodeState& nodes) {
+void setVelocities(const Layout& layout, Prescribed& prescribed, NodeState& nodes) {
   std::vector<double>& v = nodes.v;
   v.assign(3 * static_cast<size_t>(layout.nodes()), 0.0);
   for (const InitialVelocity& initial : layout.definition.initialVelocities) {
@@ -163,17 +245,9 @@ void setVelocities(const Layout& layout, const Prescribed& prescribed, NodeState
       }
     }
   }
-  for (const PrescribedComponent& p : prescribed.components) v[p.position] = valueAt(*p.history, 0.0);
-}
-
-double valueAt(const History& history, double time) {
-  const auto& t = history.time;
-  if (t.empty()) return 0;
-  const auto after = std::upper_bound(t.begin(), t.end(), time) - t.begin();
-  if (after == 0) return history.value.front();
-  if (after == static_cast<std::ptrdiff_t>(t.size())) return history.value.back();
-  const double part = (time - t[after - 1]) / (t[after] - t[after - 1]);
-  return history.value[after - 1] + part * (history.value[after] - history.value[after - 1]);
+  for (PrescribedComponent& p : prescribed.components)
+    for (PrescribedComponent::Part& part : p.parts) part.start = v[3 * (p.position / 3) + part.axis];
+  for (const PrescribedComponent& p : prescribed.components) p.set(p.startSpeed(), v.data());
 }
 
 } // namespace sharedanalysis::solver

@@ -14,9 +14,12 @@ std::vector<DomainState> makeDomainStates(const Layout& layout, const std::vecto
 // Masses of the nodes that this rank owns; the root has all of them.
 void setMasses(const Layout& layout, const std::vector<DomainState>& domains, NodeState& nodes);
 
+// The order of (node, minor) pairs, by position, that one rank alone would have.
+std::vector<std::size_t> orderOfOneRank(const Layout& layout, const std::vector<std::pair<int32_t, int32_t>>& places);
+
 // Also tells the domains which components are theirs.
 Prescribed makePrescribed(const Layout& layout, std::vector<DomainState>& domains);
 
-void setVelocities(const Layout& layout, const Prescribed& prescribed, NodeState& nodes);
+void setVelocities(const Layout& layout, Prescribed& prescribed, NodeState& nodes);
 
 } // namespace sharedanalysis::solver

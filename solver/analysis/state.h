@@ -21,9 +21,14 @@ struct Layout {
   Ranks ranks;
   Numbering numbering;
   std::vector<Neighbour> neighbours;
+  std::vector<int32_t> internalBricks; // of each brick of the mesh
 
   Layout(const Mesh& m, const Case& c)
-      : mesh(m), definition(c), numbering(numberModel(m, ranks)), neighbours(findNeighbours(numbering, ranks)) {}
+      : mesh(m), definition(c), numbering(numberModel(m, ranks)), neighbours(findNeighbours(numbering, ranks)),
+        internalBricks(numbering.elements.size()) {
+    for (std::size_t e = 0; e < internalBricks.size(); ++e)
+      internalBricks[static_cast<std::size_t>(numbering.elements[e])] = static_cast<int32_t>(e);
+  }
   int64_t nodes() const { return static_cast<int64_t>(numbering.nodes.size()); }
   int64_t bricks() const { return static_cast<int64_t>(numbering.elements.size()); }
 };
@@ -32,26 +37,137 @@ struct Layout {
 struct NodeState {
   std::vector<double> X, x, v; // v at the last half step
   std::vector<double> mass, rMass;
+  std::vector<double> dampingEnergy; // of a case with damping
 };
 
-// One prescribed component of one node, and the work of its reaction.
+struct Course {
+  double time = 0, lastIncrement = 0;
+  double stable = 0, firstStable = 0; // stable increment times the safety factor
+  int64_t increment = 0;
+  double damping = 0; // in proportion to mass, 1/s
+};
+
+// One prescribed component of one node, and the work of its reaction.  It goes along an axis, or along the normal of a symmetry
+// plane, less what the other prescribed components of the node leave of it: the directions of a node are orthogonal.
 struct PrescribedComponent {
-  int64_t position; // in (3, nodes), internal numbering
-  const History* history;
+  int64_t position; // in (3, nodes), internal numbering; that of a free axis for a normal
+  std::array<double, 3> direction{};
+  // Its speed is the sum of these parts of histories: of its own, or of those that a normal leans on.
+  struct Part {
+    const History* history;
+    int axis; // along which it prescribes motion
+    double factor = 1;
+    double start = 0; // velocity at time 0, from which accelerations go on
+  };
+  std::array<Part, 3> parts{};
+  int partCount = 0;
+  bool isAxis = true;
   double reaction = 0, work = 0;
+
+  double sumOfParts(double (*one)(const Part&, double, double), double time, double half) const {
+    double sum = partCount > 0 ? parts[0].factor * one(parts[0], time, half) : 0.0;
+    for (int k = 1; k < partCount; ++k) sum += parts[k].factor * one(parts[k], time, half);
+    return sum;
+  }
+  // Over the increment from time - half to time + half.
+  double speed(double time, double half) const {
+    return sumOfParts([](const Part& p, double t, double h) { return speedAround(*p.history, t, h, p.start); }, time,
+                      half);
+  }
+  double startSpeed() const {
+    return sumOfParts([](const Part& p, double, double) { return speedAtStart(*p.history, p.start); }, 0, 0);
+  }
+  // The component of the vector of its node, of vectors of all nodes from `first` on.
+  double of(const double* vectors, int64_t first = 0) const {
+    if (isAxis) return vectors[position - 3 * first];
+    const double* vector = vectors + 3 * (position / 3 - first);
+    return direction[0] * vector[0] + direction[1] * vector[1] + direction[2] * vector[2];
+  }
+  double of(const std::array<double, 3>& vector) const {
+    return isAxis ? vector[position % 3]
+                  : direction[0] * vector[0] + direction[1] * vector[1] + direction[2] * vector[2];
+  }
+  void addTo(double* vector, double value) const {
+    if (isAxis) vector[position % 3] += value;
+    for (size_t c = 0; c < 3; ++c)
+      if (direction[c] != 0) vector[c] += direction[c] * value;
+  }
+  // Makes it so among the vectors of all nodes.
+  void set(double value, double* vectors) const {
+    if (isAxis) {
+      vectors[position] = value;
+      return;
+    }
+    const double change = value - of(vectors);
+    for (int64_t c = 0; c < 3; ++c) vectors[position / 3 * 3 + c] += direction[c] * change;
+  }
+  // At an output time.
+  double speed(const Course& now) const {
+    return now.increment > 0 ? speed(now.time, 0.5 * now.lastIncrement) : startSpeed();
+  }
 };
 struct Prescribed {
+  std::size_t firstOf(int64_t node) const; // its place, or that of the next one
+
   std::vector<PrescribedComponent> components; // by position
   std::vector<std::size_t> order;              // that of one rank alone, in which sums run
   std::vector<int64_t> firstOfRank;
 };
 
-// The work of one thread: a domain's blocks, its force array and its prescribed components.
+// One node of one load: its force at the present time, and the work of it.
+struct LoadedNode {
+  int32_t node, load; // internal number; index into Case::loads
+  double share = 0;   // of the value: a number, kg; faces have theirs
+  std::array<double, 3> force{};
+  double work = 0;
+};
+// A face that a load acts on.
+struct LoadedFace {
+  static constexpr std::size_t kElsewhere = static_cast<std::size_t>(-1);
+  int32_t load;
+  std::array<int32_t, 4> nodes;       // internal numbers, counter-clockwise as seen from outside
+  std::array<double, 4> areas;        // shares of the undeformed area
+  std::array<std::size_t, 4> entries; // in Loads::nodes, or kElsewhere for nodes of another domain
+  std::size_t block;                  // of the domain, and the place of the brick in it
+  int place;
+};
+struct Loads {
+  std::vector<LoadedNode> nodes;  // by node, then by load
+  std::vector<std::size_t> order; // that of one rank alone, in which sums run
+  std::vector<int64_t> firstOfRank;
+};
+
+// One node that may touch one plane: the forces on it at the present time, and what became of their work.
+struct Contact {
+  int32_t node, plane;                        // internal number; index into Case::planes
+  std::size_t firstPrescribed, endPrescribed; // components of the node
+  std::array<double, 3> normalForce{}, friction{};
+  double work = 0, impactEnergy = 0, frictionEnergy = 0;
+};
+struct Contacts {
+  std::vector<Contact> all;       // by node, then by plane
+  std::vector<std::size_t> order; // that of one rank alone, in which sums run
+  std::vector<int64_t> firstOfRank;
+};
+
+// What acts on nodes beside their bricks.
+struct Outside {
+  Prescribed prescribed;
+  Loads loads;
+  Contacts contacts;
+};
+
+// The work of one thread: a domain's blocks, its force array, its prescribed components and its loads.
 struct DomainState {
   Domain domain;
   std::vector<Block> blocks;
-  std::vector<double> force; // records of the nodes that it touches, its own first
-  std::size_t firstPrescribed = 0, endPrescribed = 0;
+  std::vector<double> force; // records of the nodes that it touches, its own first: internal less external
+  double time = 0;           // to which the forces belong
+  std::size_t firstPrescribed = 0, endPrescribed = 0, firstLoaded = 0, endLoaded = 0;
+  std::size_t firstContact = 0, endContact = 0;
+  std::vector<LoadedFace> faces;
+  std::vector<double> internal,
+      internalBefore; // of its own nodes, now and an increment before, when a case is quasi-static
   BlockWork work;
   double stableIncrement = kInfinity;
   int64_t masked = 0;
@@ -63,18 +179,9 @@ struct DomainState {
   }
 };
 
-struct Course {
-  double time = 0, lastIncrement = 0;
-  double stable = 0, firstStable = 0; // stable increment times the safety factor
-  int64_t increment = 0;
-};
-
 // Mesh numbers of the bricks that were masked in the last increment: of all ranks and of this one.
 struct Distortion {
   std::vector<int64_t> all, own;
 };
-
-// Piecewise linear, constant outside; 0 without points.
-double valueAt(const History& history, double time);
 
 } // namespace sharedanalysis::solver

@@ -2,11 +2,13 @@
 
 #include "solver/input/case_table.h"
 #include "solver/input/material_reader.h"
+#include "solver/model/faces.h"
 #include "solver/model/text.h"
 
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <set>
 #include <sstream>
 
 namespace sharedanalysis::solver {
@@ -20,12 +22,25 @@ std::size_t componentNumber(const Table& table, const char* key, const std::stri
   return static_cast<std::size_t>(found - componentNames.begin());
 }
 
-History readHistory(const Table& table) {
+// The keys of a history, in every table that has one.
+const Names historyKeys{"value", "time", "curve"};
+
+Names with(const Names& more, Names keys) {
+  keys.insert(keys.end(), more.begin(), more.end());
+  return keys;
+}
+
+History readHistory(const Table& table, const std::string& unit) {
   if (!table.isArray("value")) {
-    if (table.has("time")) table.fail("time", "time needs an array of values, expected value = [...]");
-    return {{0.0}, {table.real("value", anyNumber, "m/s")}};
+    for (const char* key : {"time", "curve"})
+      if (table.has(key)) table.fail(key, std::string(key) + " needs an array of values, expected value = [...]");
+    return {{0.0}, {table.real("value", anyNumber, unit)}};
   }
-  History history{table.reals("time", "s"), table.reals("value", "m/s")};
+  History history{table.reals("time", "s"), table.reals("value", unit)};
+  const std::string curve = table.text("curve", "linear");
+  if (curve != "linear" && curve != "smooth")
+    table.fail("curve", "curve is \"" + curve + R"(", expected "linear" or "smooth")");
+  history.curve = curve == "smooth" ? Curve::Smooth : Curve::Linear;
   if (history.time.size() != history.value.size())
     table.fail("value", "value has " + counted(history.value.size(), "number") + " and time has " +
                             std::to_string(history.time.size()) + ", expected as many of both");
@@ -34,6 +49,15 @@ History readHistory(const Table& table) {
       table.fail("time", "time goes from " + shortNumber(history.time[k - 1]) + " to " + shortNumber(history.time[k]) +
                              ", expected increasing times in s");
   return history;
+}
+
+std::array<double, 3> readUnitVector(const Table& table, const char* key, const std::array<double, 3>& otherwise) {
+  std::array<double, 3> vector = table.vector(key, "", otherwise);
+  const double length = std::hypot(vector[0], vector[1], vector[2]);
+  if (!(length > 0) || !std::isfinite(length))
+    table.fail(key, std::string(key) + " has no direction, expected a vector that is not zero");
+  for (double& component : vector) component /= length;
+  return vector;
 }
 
 InitialVelocity readInitialVelocity(const Table& table) {
@@ -46,11 +70,7 @@ InitialVelocity readInitialVelocity(const Table& table) {
   initial.group = table.text("group", "");
   initial.velocity = table.vector("velocity", "m/s", {});
   initial.origin = table.vector("origin", "m", {});
-  initial.axis = table.vector("axis", "", {0, 0, 1});
-  const double length = std::hypot(initial.axis[0], initial.axis[1], initial.axis[2]);
-  if (!(length > 0) || !std::isfinite(length))
-    table.fail("axis", "axis has no direction, expected a vector that is not zero");
-  for (double& component : initial.axis) component /= length;
+  initial.axis = readUnitVector(table, "axis", {0, 0, 1});
   initial.rate = table.real("rate", anyNumber, "rad/s", 0);
   if (table.has("profile_length")) initial.profileLength = table.real("profile_length", positive, "m");
   return initial;
@@ -92,28 +112,46 @@ double readInterval(const Table& table, const char* key, double endTime, int sta
   return interval;
 }
 
+// What a table prescribes of a motion.
+struct MotionKey {
+  const char *key, *unit;
+  Quantity quantity;
+};
+constexpr std::array<MotionKey, 3> motionKeys{{{"velocity", "m/s", Quantity::Velocity},
+                                               {"displacement", "m", Quantity::Displacement},
+                                               {"acceleration", "m/s2", Quantity::Acceleration}}};
+
 class CaseBuilder {
 public:
   CaseBuilder(const std::filesystem::path& file, const std::string& text)
-      : file_(file), root_(file, text,
-                           {"title", "job", "mesh", "material", "section", "fix", "velocity", "initial_velocity",
-                            "gravity", "control", "output"}) {}
-
+      : file_(file), root_(file, text, rootKeys()) {}
   CaseFile build() {
     general();
     materials();
     sections();
     motions();
+    loads();
+    planes();
+    groupHistories();
     control();
     output();
     return std::move(result_);
   }
 
 private:
+  static Names rootKeys() {
+    Names keys{"title",   "job",      "mesh",  "material", "section",
+               "fix",     "symmetry", "plane", "history",  "initial_velocity",
+               "gravity", "control",  "output"};
+    for (const MotionKey& kind : motionKeys) keys.push_back(kind.key);
+    for (const LoadKind& kind : loadKinds) keys.push_back(kind.key);
+    return keys;
+  }
+
   std::filesystem::path besideCase(const std::string& path) const { return file_.parent_path() / path; }
 
-  std::string group(const Table& table, bool solid) {
-    result_.groups.push_back({table.text("group"), table.place("group"), solid});
+  std::string group(const Table& table, Members members) {
+    result_.groups.push_back({table.text("group"), table.place("group"), members});
     return result_.groups.back().group;
   }
 
@@ -178,40 +216,137 @@ private:
   void sections() {
     for (const Table& table : root_.tables("section", {"group", "material", "temperature"})) {
       const std::size_t material = materialOf(table);
-      case_.sections.push_back({group(table, true), material});
+      case_.sections.push_back({group(table, Members::Bricks), material});
     }
     if (case_.sections.empty()) throw InputError(file_.string() + ": no section, expected [[section]]");
   }
 
   void motions() {
     for (const Table& table : root_.tables("fix", {"group", "components"})) {
-      PrescribedMotion motion{group(table, false), {}};
+      PrescribedMotion motion{group(table, Members::Any), {}};
       for (const std::string& name : table.texts("components", R"(an array of "x", "y" and "z")"))
         motion.velocity[componentNumber(table, "components", name)] = History{{0.0}, {0.0}};
       case_.motions.push_back(std::move(motion));
     }
-    for (const Table& table : root_.tables("velocity", {"group", "component", "value", "time"})) {
-      PrescribedMotion motion{group(table, false), {}};
-      motion.velocity[componentNumber(table, "component", table.text("component"))] = readHistory(table);
-      case_.motions.push_back(std::move(motion));
-    }
+    for (const MotionKey& kind : motionKeys)
+      for (const Table& table : root_.tables(kind.key, with(historyKeys, {"group", "component"}))) {
+        PrescribedMotion motion{group(table, Members::Any), {}};
+        const std::size_t component = componentNumber(table, "component", table.text("component"));
+        History history = readHistory(table, kind.unit);
+        history.quantity = kind.quantity;
+        if (history.quantity == Quantity::Displacement && valueAt(history, 0) != 0)
+          table.fail("value", "the displacement at time 0 is " + shortNumber(valueAt(history, 0)) +
+                                  ", expected 0, where the mesh is");
+        motion.velocity[component] = std::move(history);
+        case_.motions.push_back(std::move(motion));
+      }
+    for (const Table& table : root_.tables("symmetry", {"group", "normal"}))
+      case_.symmetryPlanes.push_back(
+          {group(table, Members::Any), readUnitVector(table, "normal", table.vector("normal", ""))});
     for (const Table& table :
          root_.tables("initial_velocity", {"group", "velocity", "rate", "axis", "origin", "profile_length"})) {
       case_.initialVelocities.push_back(readInitialVelocity(table));
-      if (table.has("group")) group(table, false);
+      if (table.has("group")) group(table, Members::Any);
     }
     const Table gravity = root_.table("gravity", {"acceleration"});
     case_.gravity = gravity.vector("acceleration", "m/s2", {});
   }
 
+  // Names go into the heads of columns.
+  std::string nameOf(const Table& table, const std::string& otherwise) {
+    const std::string name = table.text("name", otherwise);
+    if (name.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-.") !=
+        std::string::npos)
+      table.fail("name", "name is \"" + printable(name) + "\", expected letters, digits, \"_\", \"-\" and \".\"");
+    if (!columns_.insert(name).second)
+      table.fail("name", "the name \"" + name + "\" is there already, expected another one");
+    return name;
+  }
+
+  // Along an axis or any direction.
+  static std::array<double, 3> readDirection(const Table& table) {
+    if (table.has("component") == table.has("direction"))
+      table.fail(table.has("component") ? "direction" : nullptr, "expected component or direction, one of them");
+    std::array<double, 3> direction{};
+    if (table.has("component"))
+      direction[componentNumber(table, "component", table.text("component"))] = 1;
+    else
+      direction = readUnitVector(table, "direction", {});
+    return direction;
+  }
+
+  void loads() {
+    for (const LoadKind& kind : loadKinds) {
+      Names keys = with(historyKeys, {"group", "name"});
+      if (kind.directed) keys = with({"component", "direction"}, keys);
+      if (kind.share == Share::Nodes) keys.push_back("per_node");
+      int count = 0;
+      for (const Table& table : root_.tables(kind.key, keys)) {
+        Load load{&kind, nameOf(table, std::string(kind.key) + "_" + std::to_string(++count)),
+                  group(table, kind.members), readHistory(table, kind.unit)};
+        if (kind.directed) load.direction = readDirection(table);
+        if (kind.share == Share::Nodes) load.perNode = table.flag("per_node", false);
+        case_.loads.push_back(std::move(load));
+      }
+    }
+  }
+
+  void planes() {
+    int count = 0;
+    for (const Table& table : root_.tables(
+             "plane", with(historyKeys, {"name", "group", "point", "normal", "friction", "component", "direction"}))) {
+      RigidPlane plane;
+      plane.name = nameOf(table, "plane_" + std::to_string(++count));
+      if (table.has("group")) plane.group = group(table, Members::Any);
+      plane.point = table.vector("point", "m");
+      plane.normal = readUnitVector(table, "normal", table.vector("normal", ""));
+      plane.friction = table.real("friction", notNegative, "", 0);
+      for (const char* key : {"time", "curve", "component", "direction"})
+        if (table.has(key) && !table.has("value"))
+          table.fail(key, std::string(key) + " is given without value, the velocity of the plane, expected both");
+      plane.direction = plane.normal;
+      if (table.has("value")) plane.velocity = readHistory(table, "m/s");
+      if (table.has("component") || table.has("direction")) plane.direction = readDirection(table);
+      case_.planes.push_back(std::move(plane));
+    }
+  }
+
+  void groupHistories() {
+    Names known;
+    for (const GroupQuantity& quantity : groupQuantities) known.push_back(std::string("\"") + quantity.key + "\"");
+    const std::string expected = "an array of " + joined(known, ", ");
+    for (const Table& table : root_.tables("history", {"group", "name", "values"})) {
+      GroupHistory history;
+      Members members = Members::Any;
+      for (const std::string& name : table.texts("values", expected)) {
+        const auto found = std::find_if(groupQuantities.begin(), groupQuantities.end(),
+                                        [&](const GroupQuantity& quantity) { return name == quantity.key; });
+        if (found == groupQuantities.end())
+          table.fail("values", "\"" + printable(name) + "\" is no value of a group, expected " + expected);
+        if (std::find(history.quantities.begin(), history.quantities.end(), &*found) != history.quantities.end())
+          table.fail("values", "\"" + name + "\" is there twice");
+        if (found->members == Members::Bricks) members = Members::Bricks;
+        history.quantities.push_back(&*found);
+      }
+      history.group = group(table, members);
+      history.name = nameOf(table, "group_" + std::to_string(case_.groupHistories.size() + 1));
+      case_.groupHistories.push_back(std::move(history));
+    }
+  }
+
   void control() {
-    const Table table = root_.table("control", {"end_time", "safety_factor", "hourglass", "linear_viscosity",
-                                                "quadratic_viscosity", "smallest_increment_ratio"});
+    const Table table =
+        root_.table("control", {"end_time", "safety_factor", "hourglass", "linear_viscosity", "quadratic_viscosity",
+                                "smallest_increment_ratio", "damping", "quasi_static"});
     case_.endTime = table.real("end_time", positive, "s");
     case_.safetyFactor = table.real("safety_factor", fraction, "", case_.safetyFactor);
     case_.hourglassCoefficient = table.real("hourglass", zeroToOne, "", case_.hourglassCoefficient);
     case_.linearViscosity = table.real("linear_viscosity", notNegative, "", case_.linearViscosity);
     case_.quadraticViscosity = table.real("quadratic_viscosity", notNegative, "", case_.quadraticViscosity);
+    case_.damping = table.real("damping", notNegative, "1/s", 0);
+    case_.quasiStatic = table.flag("quasi_static", false);
+    if (case_.quasiStatic && table.has("damping"))
+      table.fail("damping", "damping is given with quasi_static, which chooses it, expected one of them");
     case_.smallestIncrementRatio = table.real("smallest_increment_ratio", fraction, "", case_.smallestIncrementRatio);
   }
 
@@ -233,6 +368,7 @@ private:
   Names names_; // of these
   // Number of a table and temperature: the material of the case.
   std::map<std::pair<std::size_t, double>, std::size_t> places_;
+  std::set<std::string> columns_; // names in their heads
   CaseFile result_;
   Case& case_ = result_.definition;
 };
@@ -247,21 +383,37 @@ CaseFile readCase(const std::filesystem::path& file) {
   return result;
 }
 
-void checkGroups(const CaseFile& caseFile, const Mesh& mesh) {
-  for (const GroupReference& reference : caseFile.groups) {
-    const Group* group = mesh.findGroup(reference.group);
-    if (!group || (reference.solid && group->dimension != 3)) {
-      Names names;
-      for (const Group& known : mesh.groups)
-        if (!reference.solid || known.dimension == 3) names.push_back("\"" + known.name + "\"");
-      throw InputError(reference.place + ": " +
-                       (group ? "group \"" + reference.group + "\" is not one of bricks"
-                              : "the mesh has no group \"" + reference.group + "\"") +
-                       ", expected one of " + joined(names, ", "));
-    }
-    if (group->nodes.empty())
-      throw InputError(reference.place + ": group \"" + reference.group + "\" has no node of a brick");
+namespace {
+
+void checkGroup(const GroupReference& reference, const Mesh& mesh) {
+  const auto fits = [&](const Group& group) {
+    return reference.members == Members::Any || group.dimension == (reference.members == Members::Bricks ? 3 : 2);
+  };
+  const Group* group = mesh.findGroup(reference.group);
+  if (!group || !fits(*group)) {
+    Names names;
+    for (const Group& known : mesh.groups)
+      if (fits(known)) names.push_back("\"" + known.name + "\"");
+    throw InputError(reference.place + ": " +
+                     (group ? "group \"" + reference.group + "\" is not one of " +
+                                  (reference.members == Members::Bricks ? "bricks" : "faces")
+                            : "the mesh has no group \"" + reference.group + "\"") +
+                     ", expected one of " + joined(names, ", "));
   }
+  if (group->nodes.empty())
+    throw InputError(reference.place + ": group \"" + reference.group + "\" has no node of a brick");
+  if (reference.members != Members::Faces) return;
+  try {
+    facesOf(mesh, *group);
+  } catch (const InputError& error) {
+    throw InputError(reference.place + ": " + error.what());
+  }
+}
+
+} // namespace
+
+void checkGroups(const CaseFile& caseFile, const Mesh& mesh) {
+  for (const GroupReference& reference : caseFile.groups) checkGroup(reference, mesh);
 
   // the sections come first among the references
   const std::vector<Section>& sections = caseFile.definition.sections;

@@ -13,7 +13,7 @@ namespace sharedanalysis::solver {
 struct GroupReference {
   std::string group;
   std::string place; // file:line:column
-  bool solid;        // must consist of bricks
+  Members members;   // what it must consist of
 };
 
 struct CaseFile {

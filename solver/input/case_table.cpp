@@ -222,7 +222,10 @@ std::vector<double> Table::reals(const char* key, const std::string& unit) const
 
 std::array<double, 3> Table::vector(const char* key, const std::string& unit,
                                     const std::array<double, 3>& otherwise) const {
-  if (!has(key)) return otherwise;
+  return has(key) ? vector(key, unit) : otherwise;
+}
+
+std::array<double, 3> Table::vector(const char* key, const std::string& unit) const {
   const std::vector<double> values = reals(key, unit);
   if (values.size() != 3)
     fail(key, std::string(key) + " has " + counted(values.size(), "number") + ", expected 3 (x, y, z)" + in(unit));
@@ -239,6 +242,12 @@ std::string Table::text(const char* key) const {
 
 std::string Table::text(const char* key, const std::string& otherwise) const {
   return has(key) ? text(key) : otherwise;
+}
+
+bool Table::flag(const char* key, bool otherwise) const {
+  const toml::node* node = content_->values->get(key);
+  if (node && !node->is_boolean()) fail(key, std::string(key) + " is " + typeName(*node) + ", expected true or false");
+  return node ? *node->value<bool>() : otherwise;
 }
 
 Names Table::texts(const char* key, const std::string& expected) const {

@@ -47,9 +47,11 @@ public:
   double real(const char* key, const Range& range, const std::string& unit, double otherwise) const;
   std::vector<double> reals(const char* key, const std::string& unit) const;
   std::array<double, 3> vector(const char* key, const std::string& unit, const std::array<double, 3>& otherwise) const;
+  std::array<double, 3> vector(const char* key, const std::string& unit) const;
   std::string text(const char* key) const;
   std::string text(const char* key, const std::string& otherwise) const;
   Names texts(const char* key, const std::string& expected) const;
+  bool flag(const char* key, bool otherwise) const;
 
   // The table as text under [[name]], without an end of its last line.  `numbers` has all numbers of arrays, or the one of a
   // key, that take the place of the table's.

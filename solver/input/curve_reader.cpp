@@ -8,7 +8,7 @@ namespace sharedanalysis::solver {
 namespace {
 
 // A curve of a case.
-struct Curve {
+struct CurveRows {
   Table table;
   const CurveKind* kind;
   double rate;
@@ -31,7 +31,7 @@ const CurveKind& kindOf(const Table& table, const UserModel& model) {
   table.fail("name", "no curve \"" + name + "\" of " + model.key + ", expected " + joined(namesOf(model), " or "));
 }
 
-Curve readCurve(const Table& table, const UserModel& model, bool isAlone) {
+CurveRows readCurve(const Table& table, const UserModel& model, bool isAlone) {
   const CurveKind& kind = kindOf(table, model);
   Names keys{"name", "file"};
   const std::vector<CurveColumn>& columns = kind.columns;
@@ -40,7 +40,7 @@ Curve readCurve(const Table& table, const UserModel& model, bool isAlone) {
   table.checkKeys(keys);
   // one curve alone holds for all rates
   const double rate = !kind.byRate || (isAlone && !table.has("rate")) ? 1 : table.real("rate", positive, "1/s");
-  Curve curve{table, &kind, rate, Columns(table, columns)};
+  CurveRows curve{table, &kind, rate, Columns(table, columns)};
   if (curve.rows.rows() < kind.fewest)
     table.fail(columns.back().key, "curve \"" + kind.name + "\" has " + counted(curve.rows.rows(), "row") +
                                        ", expected at least " + std::to_string(kind.fewest));
@@ -49,14 +49,14 @@ Curve readCurve(const Table& table, const UserModel& model, bool isAlone) {
 }
 
 // Of curves of one kind: one, or one for each rate.
-void checkOrder(const Curve& before, const Curve& curve) {
+void checkOrder(const CurveRows& before, const CurveRows& curve) {
   if (!curve.kind->byRate) curve.table.fail("name", "there is a curve \"" + curve.kind->name + "\" already");
   if (!(curve.rate > before.rate))
     curve.table.fail("rate", "rate goes from " + shortNumber(before.rate) + " to " + shortNumber(curve.rate) +
                                  ", expected the curves \"" + curve.kind->name + "\" in the order of their rates");
 }
 
-void checkMissing(const Table& table, const UserModel& model, const std::vector<std::vector<Curve>>& curves) {
+void checkMissing(const Table& table, const UserModel& model, const std::vector<std::vector<CurveRows>>& curves) {
   for (const CurveKind& kind : model.curves) {
     Names names;
     bool isThere = kind.need == 0;
@@ -92,10 +92,10 @@ Properties readPropertiesAndCurves(const Table& material, const UserModel& model
                                     std::to_string(places.size()) + " for " + model.key +
                                     " with curves: the numbers of rows are left out");
   const std::vector<Table> tables = material.tables("curve", curveKeys());
-  std::vector<std::vector<Curve>> curves(model.curves.size());
+  std::vector<std::vector<CurveRows>> curves(model.curves.size());
   for (const Table& table : tables) {
-    Curve curve = readCurve(table, model, tables.size() == 1);
-    std::vector<Curve>& ofKind = curves[static_cast<std::size_t>(curve.kind - model.curves.data())];
+    CurveRows curve = readCurve(table, model, tables.size() == 1);
+    std::vector<CurveRows>& ofKind = curves[static_cast<std::size_t>(curve.kind - model.curves.data())];
     if (!ofKind.empty()) checkOrder(ofKind.back(), curve);
     ofKind.push_back(std::move(curve));
   }
@@ -108,8 +108,8 @@ Properties readPropertiesAndCurves(const Table& material, const UserModel& model
     if (!curves[k].empty())
       p[kind.countAt] = static_cast<double>(kind.byRate ? curves[k].size() : curves[k].front().rows.rows());
     if (kind.byRate)
-      for (const Curve& curve : curves[k]) p.insert(p.end(), {curve.rate, static_cast<double>(curve.rows.rows())});
-    for (const Curve& curve : curves[k])
+      for (const CurveRows& curve : curves[k]) p.insert(p.end(), {curve.rate, static_cast<double>(curve.rows.rows())});
+    for (const CurveRows& curve : curves[k])
       for (std::size_t row = 0; row < curve.rows.rows(); ++row)
         for (std::size_t c = 0; c < kind.columns.size(); ++c) p.push_back(curve.rows.column(c)[row]);
   }

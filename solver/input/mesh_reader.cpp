@@ -244,6 +244,21 @@ std::vector<int32_t> indicesOf(Tags numbers, const std::vector<int64_t>& sorted)
   return indices;
 }
 
+// Corners of the quadrilaterals of an entity; -1 for a node that bricks do not have, and for all corners of other shapes.
+void addFaces(int entity, const std::vector<int64_t>& nodeNumbers, std::vector<int32_t>& faces) {
+  constexpr int quadrilateral = 3;
+  std::vector<int> types;
+  std::vector<Tags> elements, nodes;
+  gmsh::model::mesh::getElements(types, elements, nodes, 2, entity);
+  for (std::size_t t = 0; t < types.size(); ++t)
+    for (std::size_t k = 0; k < 4 * elements[t].size(); ++k) {
+      const auto number = types[t] == quadrilateral ? static_cast<int64_t>(nodes[t][k]) : 0;
+      const auto place = std::lower_bound(nodeNumbers.begin(), nodeNumbers.end(), number);
+      const bool isKnown = place != nodeNumbers.end() && *place == number && types[t] == quadrilateral;
+      faces.push_back(isKnown ? static_cast<int32_t>(place - nodeNumbers.begin()) : -1);
+    }
+}
+
 std::string groupName(int dimension, int tag) {
   static constexpr std::array kinds{"point_", "curve_", "surface_", "volume_"};
   std::string name;
@@ -263,10 +278,12 @@ void readGroups(const std::filesystem::path& file, Mesh& mesh) {
     std::vector<double> coordinates;
     gmsh::model::mesh::getNodesForPhysicalGroup(dimension, tag, nodes, coordinates);
     group.nodes = indicesOf(std::move(nodes), mesh.nodeNumbers);
+    std::vector<int> entities;
+    gmsh::model::getEntitiesForPhysicalGroup(dimension, tag, entities);
+    if (dimension == 2)
+      for (const int entity : entities) addFaces(entity, mesh.nodeNumbers, group.faces);
     if (dimension == 3) {
       Tags elements;
-      std::vector<int> entities;
-      gmsh::model::getEntitiesForPhysicalGroup(dimension, tag, entities);
       for (const int entity : entities) {
         Tags numbers, corners;
         gmsh::model::mesh::getElementsByType(brickType, numbers, corners, entity);
@@ -295,7 +312,7 @@ void handOver(const Mesh& mesh, Sink& sink) {
   for (const Group& group : mesh.groups) {
     sink.put(group.name);
     sink.put(std::vector<int>{group.dimension});
-    sink.put(group.nodes), sink.put(group.elements);
+    sink.put(group.nodes), sink.put(group.elements), sink.put(group.faces);
   }
 }
 Mesh takeOver(Source source) {
@@ -307,6 +324,7 @@ Mesh takeOver(Source source) {
     Group group;
     std::vector<int> dimension;
     source.take(group.name), source.take(dimension), source.take(group.nodes), source.take(group.elements);
+    source.take(group.faces);
     group.dimension = dimension.at(0);
     mesh.groups.push_back(std::move(group));
   }

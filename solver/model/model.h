@@ -2,6 +2,9 @@
 #pragma once
 
 #include "filter_design.h"
+#include "solver/model/group_history.h"
+#include "solver/model/histories.h"
+#include "solver/model/loads.h"
 #include "solver/model/materials.h"
 
 #include <array>
@@ -26,6 +29,7 @@ struct Group {
   int dimension = 0;             // 3: bricks, 2: faces, 1: edges, 0: points
   std::vector<int32_t> nodes;    // increasing
   std::vector<int32_t> elements; // increasing; dimension 3 only
+  std::vector<int32_t> faces{};  // (4, faces), dimension 2 only; -1 for a node of no brick and for other shapes
 };
 
 struct Mesh {
@@ -40,15 +44,26 @@ struct Mesh {
   const Group* findGroup(const std::string& name) const;
 };
 
-// A velocity over time: piecewise linear, constant before the first and after the last point.
-struct History {
-  std::vector<double> time, value;
-};
-
-// Prescribed motion of a group: component c follows velocity[c]; a fixed component is a history of zero.
+// Prescribed motion of a group: the velocity of component c comes from velocity[c], which says what its values are; a fixed
+// component is a history of zero.
 struct PrescribedMotion {
   std::string group;
   std::array<std::optional<History>, 3> velocity;
+};
+
+// The nodes of a group stay in planes with this normal.
+struct SymmetryPlane {
+  std::string group;
+  std::array<double, 3> normal{}; // unit vector
+};
+
+// A plane that bodies hit, slide and rub on.
+struct RigidPlane {
+  std::string name, group;                 // of the nodes that may touch it, the whole model when it is empty
+  std::array<double, 3> point{}, normal{}; // at time 0; unit vector to the side of the body
+  double friction = 0;                     // coefficient of Coulomb
+  History velocity;                        // along the direction
+  std::array<double, 3> direction{};       // unit vector
 };
 
 // v = velocity + omega(s) axis x (X - origin), where s is the distance of X from origin along the axis and
@@ -73,13 +88,20 @@ struct Case {
   std::vector<Section> sections; // cover every brick exactly once
   std::vector<PrescribedMotion> motions;
   std::vector<InitialVelocity> initialVelocities;
+  std::vector<Load> loads;
+  std::vector<SymmetryPlane> symmetryPlanes;
+  std::vector<RigidPlane> planes;
   std::array<double, 3> gravity{}; // m/s2
   double endTime = 0;              // s
   double safetyFactor = 0.9;       // of the stable increment
   double hourglassCoefficient = 0.1;
   double linearViscosity = 0.06, quadraticViscosity = 1.2;
+  double damping = 0;       // in proportion to mass, 1/s
+  bool quasiStatic = false; // damping is chosen so that the body comes to rest
+  bool isDamped() const { return quasiStatic || damping > 0; }
   double outputInterval = 0, historyInterval = 0; // s
   std::optional<host::LowPass> historyFilter;
+  std::vector<GroupHistory> groupHistories;
   double smallestIncrementRatio = 1e-3; // of the first stable increment; below it the analysis ends with an error
 };
 

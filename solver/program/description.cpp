@@ -41,11 +41,26 @@ std::vector<std::string> describe(const Case& definition, const Mesh& mesh, cons
                     " kg/m3, wave speed " + shortNumber(dilatationalSpeed(material)) + " m/s");
     for (const std::string& curve : describeCurves(material)) lines.push_back("  " + curve);
   }
+  for (const SymmetryPlane& plane : definition.symmetryPlanes)
+    lines.push_back("symmetry on " + plane.group + ": normal " + describe(plane.normal));
+  for (const Load& load : definition.loads) lines.push_back(describe(load));
+  for (const RigidPlane& plane : definition.planes) lines.push_back(describe(plane));
+  if (definition.isDamped())
+    lines.push_back(definition.quasiStatic
+                        ? "quasi-static: damping follows the lowest frequency of the motion"
+                        : "damping in proportion to mass, " + shortNumber(definition.damping) + " 1/s");
   lines.push_back("end time " + shortNumber(definition.endTime) + " s, first stable increment " +
                   shortNumber(stableIncrement) + " s, " +
                   (ranks.areSeveral() ? counted(static_cast<std::size_t>(ranks.size()), "rank") + " of " : "") +
                   counted(static_cast<std::size_t>(threads), "thread"));
   return lines;
+}
+
+std::string describeRest(const Analysis& analysis) {
+  constexpr double kStill = 0.01;
+  const double stillness = analysis.energies().stillness();
+  return std::string(stillness <= kStill ? "the body is at rest" : "the body still moves") +
+         ": its kinetic energy is " + shortNumber(stillness) + " of its strain energy";
 }
 
 std::string describeEnding(Ending ending, const Analysis& analysis, const Case& definition, double firstIncrement) {

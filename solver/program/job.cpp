@@ -195,6 +195,7 @@ private:
     reportProblems();
     message("Note", "The analysis is complete after %S increments; its energy balance is off by %R of the energy.",
             {std::to_string(analysis.progress().increment)}, {output.energy().relative()});
+    if (definition_.quasiStatic) message("Note", "%S", {describeRest(analysis)});
     endAnalysis(GLO_EXIT_PHASE_COMPLETE);
     host::closeJob();
   }
@@ -219,6 +220,7 @@ private:
                    shortNumber(seconds) + " s, " +
                    shortNumber(static_cast<double>(analysis.elementUpdates()) / seconds / 1e6) +
                    " million brick increments a second");
+    if (definition_.quasiStatic) terminal_.line(describeRest(analysis));
     terminal_.line("fields at " + counted(static_cast<std::size_t>(output.count()), "time") + " in " +
                    output.fieldsName() + ", history in " + output.historyName());
   }

@@ -19,6 +19,8 @@ uint64_t inputHash(const CaseFile& caseFile, const Mesh& mesh) {
   for (const Material& material : caseFile.definition.materials) // curves may stand in files of their own
     for (const double constant : material.constants) hash.add(constant);
   hash.add(mesh);
+  for (const Group& group : mesh.groups)
+    for (const int32_t corner : group.faces) hash.add(static_cast<uint64_t>(corner));
   return hash.value();
 }
 

@@ -15,7 +15,7 @@ Output::Output(const Case& definition, const Mesh& mesh, const std::vector<std::
                bool digest)
     : fieldsPath_(resultFile(definition, fieldsExtension)), historyPath_(resultFile(definition, historyExtension)) {
   if (!ranks.isRoot()) return;
-  history_.emplace(historyPath_, definition.historyFilter);
+  history_.emplace(historyPath_, definition);
   results_.emplace(fieldsPath_, mesh, definition, info);
   if (digest) digest_.emplace(resultFile(definition, digestExtension), definition.job, mesh);
 }

@@ -33,12 +33,13 @@ std::vector<double> coefficientsFor(host::LowPass lowPass, double increment) {
 
 } // namespace
 
-HistoryFile::HistoryFile(const std::filesystem::path& name, const std::optional<host::LowPass>& lowPass)
-    : file_(name), lowPass_(lowPass) {
+HistoryFile::HistoryFile(const std::filesystem::path& name, const Case& definition)
+    : file_(name), lowPass_(definition.historyFilter) {
   std::string names =
       "time,increment,stable_increment,kinetic_energy,strain_energy,hourglass_energy,viscous_energy,damage_energy,"
       "external_work,total_energy,balance_error,momentum_x,momentum_y,momentum_z,angular_momentum_x,angular_momentum_y,"
       "angular_momentum_z";
+  for (const std::string& measure : measureNames(definition)) names += "," + measure;
   if (lowPass_)
     for (const char* filtered : filteredNames) names += std::string(",filtered_") + filtered;
   file_.put(names);
@@ -75,6 +76,7 @@ void HistoryFile::write(const Analysis& analysis, double balanceError) {
     appendCell(line, value);
   for (const double value : analysis.linearMomentum()) appendCell(line, value);
   for (const double value : analysis.angularMomentum()) appendCell(line, value);
+  for (const double value : analysis.measures()) appendCell(line, value);
   for (const double value : filtered_) appendCell(line, value);
   file_.put(line);
 }

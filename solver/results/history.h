@@ -14,8 +14,8 @@ namespace sharedanalysis::solver {
 // Every number is written with the digits that bring back its bits.  Each line is in the file when write returns.
 class HistoryFile {
 public:
-  // With a filter, each line also has the filtered energies and momenta.
-  HistoryFile(const std::filesystem::path& name, const std::optional<host::LowPass>& lowPass);
+  // Each line also has the measures that the case adds, and with its filter the filtered energies and momenta.
+  HistoryFile(const std::filesystem::path& name, const Case& definition);
 
   // Runs the filter over the present values: at the start, which it takes as a steady state, and after each increment.
   void filter(const Analysis& analysis);

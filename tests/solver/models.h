@@ -43,6 +43,13 @@ inline solver::Mesh box(std::array<int, 3> bricks, std::array<double, 3> size) {
     if (index[0] == bricks[0] || index[1] == bricks[1] || index[2] == bricks[2]) continue;
     for (const int corner : {0, 1, nx + 1, nx}) mesh.connectivity.push_back(node + corner);
     for (const int corner : {0, 1, nx + 1, nx}) mesh.connectivity.push_back(node + nx * ny + corner);
+    static constexpr int corners[6][4] = {{0, 3, 7, 4}, {1, 2, 6, 5}, {0, 1, 5, 4},
+                                          {3, 2, 6, 7}, {0, 1, 2, 3}, {4, 5, 6, 7}};
+    const int32_t* brick = &mesh.connectivity[mesh.connectivity.size() - 8];
+    for (int f = 0; f < 6; ++f)
+      if (index[f / 2] == f % 2 * (bricks[f / 2] - 1))
+        for (const int corner : corners[f])
+          faces[f].faces.push_back(brick[corner]), surface.faces.push_back(brick[corner]);
     all.elements.push_back(static_cast<int32_t>(mesh.elementNumbers.size()));
     mesh.elementNumbers.push_back(all.elements.back() + 1);
   }

@@ -270,6 +270,10 @@ TEST_F(Physics, ModelsThatCannotStart) {
   expect(good, contradiction, "nothing"); // the same motion twice
   contradiction.motions[1].velocity[0] = constant(2);
   expect(good, contradiction, "\"x0\" and \"y0\"");
+  Case leaving = c;
+  move(leaving, "x0", "xy", 2);
+  leaving.symmetryPlanes = {{"all", {0.6, 0.8, 0}}};
+  expect(good, leaving, "node 1 is moved out of the symmetry plane of group \"all\"");
   bare.sections.clear();
   expect(good, bare, "belongs to no section");
 }

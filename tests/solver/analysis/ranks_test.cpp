@@ -1,4 +1,5 @@
 // The program on ranks: the same results to the last bit, errors that end everyone, and the program that compares.
+#include "solver/program/job.h"
 #include "solver/results/digest.h"
 #include "solver/results/results.h"
 #include "tests/solver/files.h"
@@ -89,6 +90,50 @@ interval = 0.001
 )");
   }
 
+  // The same body under every kind of load.
+  static void writeLoaded() {
+    writeFile("loaded.toml", replaced(readFile("irregular.toml"), "[control]", "[control]\nquasi_static = true") + R"(
+[[force]]
+group = "x1"
+component = "y"
+time = [0.0, 0.002]
+value = [0.0, 500.0]
+[[local_gravity]]
+group = "all"
+direction = [1.0, 0.0, 1.0]
+value = 40.0
+[[traction]]
+group = "y0"
+direction = [1.0, 2.0, 3.0]
+value = 2.0e4
+[[history]]
+group = "y1"
+values = ["reaction", "displacement"]
+[[history]]
+group = "all"
+values = ["energy"]
+[[plane]]
+point = [1.03, 0.0, 0.0]
+normal = [-1.0, 0.1, 0.0]
+friction = 0.3
+value = 2.0
+[[symmetry]]
+group = "y1"
+normal = [0.1, 1.0, 0.05]
+[[displacement]]
+group = "z1"
+component = "z"
+time = [0.0, 0.004]
+value = [0.0, 0.01]
+curve = "smooth"
+[[pressure]]
+group = "surface"
+time = [0.0, 0.003]
+value = [0.0, 1.0e5]
+curve = "smooth"
+)");
+  }
+
 private:
   WorkingDirectory directory_;
 };
@@ -96,7 +141,8 @@ private:
 TEST_F(RanksTest, ResultsAreTheSameToTheLastBit) {
   writeColumn();
   writeIrregular();
-  for (const std::string job : {"column", "irregular"}) {
+  writeLoaded();
+  for (const std::string job : {"column", "irregular", "loaded"}) {
     run(1, 1, job + ".toml --digest -q -o " + job + "1x1");
     for (const auto& [ranks, threads] : {std::pair{1, 2}, {2, 1}, {2, 2}, {4, 1}, {4, 2}}) {
       const std::string directory = job + std::to_string(ranks) + "x" + std::to_string(threads);

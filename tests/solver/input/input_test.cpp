@@ -20,14 +20,14 @@ protected:
   }
 
   // What is said about a case and the files beside it.
-  static std::string answer(const std::string& caseText, solver::ExitCode expected = exitInput) {
+  static std::string answer(const std::string& caseText, ExitCode expected = exitInput) {
     writeFile("case.toml", caseText);
     return answerTo("case.toml", expected);
   }
-  static std::string answerTo(const std::filesystem::path& caseFile, solver::ExitCode expected = exitInput) {
+  static std::string answerTo(const std::filesystem::path& caseFile, ExitCode expected = exitInput) {
     const std::set<std::string> before = filesIn(".");
     testing::internal::CaptureStderr();
-    const solver::ExitCode code =
+    const ExitCode code =
         solver::runJob({.caseFile = caseFile, .outputDirectory = {}, .threads = 1, .checkOnly = false, .quiet = true});
     std::string text = testing::internal::GetCapturedStderr();
     EXPECT_EQ(code, expected) << text;
@@ -155,6 +155,8 @@ TEST_F(Mistakes, NumbersWithoutSense) {
       {"0.05", "1\nsafety_factor = 1.1", ":26:17: safety_factor is 1.1, expected a number above 0 and not above 1"},
       {"0.05", "1\nhourglass = -0.1", ":26:13: hourglass is -0.1, expected a number from 0 to 1"},
       {"0.05", "1\nlinear_viscosity = -1", ":26:20: linear_viscosity is -1, expected a number that is not negative"},
+      {"0.05", "1\ndamping = 0\nquasi_static = true",
+       ":26:11: damping is given with quasi_static, which chooses it, expected one of them"},
       {"0.05", "1\n[output]\ninterval = 0", ":27:12: interval is 0, expected a positive number in s"},
       {"0.05", "1\n[output]\nhistory_interval = 1e-9",
        ":27:20: history_interval is 1e-09, which makes more than 100000 records, expected at least 1e-05 s"},
@@ -185,11 +187,77 @@ TEST_F(Mistakes, Histories) {
       {"component = \"x\"\ntime = [0, 1]\nvalue = 1", ":29:8: time needs an array of values, expected value = [...]"},
       {"component = \"x\"\ntime = []\nvalue = []", ":29:8: time is empty, expected an array of numbers in s"},
       {"component = \"x\"\ntime = [0, 1]\nvalue = [0, inf]", ":30:13: value is inf, expected a finite number in m/s"},
+      {"component = \"x\"\ntime = [0, 1]\nvalue = [0, 1]\ncurve = \"round\"",
+       R"(:31:9: curve is "round", expected "linear" or "smooth")"},
+      {"component = \"x\"\nvalue = 1\ncurve = \"smooth\"",
+       ":30:9: curve needs an array of values, expected value = [...]"},
       {"component = \"r\"\nvalue = 1", R"(:28:13: "r" is no component, expected "x", "y" or "z")"},
       {"value = 1", ":26:1: component is missing in velocity, expected a text in quotes"},
   };
   for (const auto& [lines, wanted] : cases)
     expect(barCase + std::string("[[velocity]]\ngroup = \"z1\"\n") + lines, wanted);
+}
+
+TEST_F(Mistakes, Loads) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"[[force]]\ngroup = \"z1\"\nvalue = 1", ":26:1: expected component or direction, one of them"},
+      {"[[force]]\ngroup = \"z1\"\nvalue = 1\ncomponent = \"x\"\ndirection = [1, 0, 0]",
+       ":30:13: expected component or direction, one of them"},
+      {"[[force]]\ngroup = \"z1\"\nvalue = 1\ndirection = [0, 0, 0]",
+       ":29:13: direction has no direction, expected a vector that is not zero"},
+      {"[[force]]\ngroup = \"z1\"\nvalue = 1\ncomponent = \"x\"\nper_node = 1",
+       ":30:12: per_node is a number, expected true or false"},
+      {"[[force]]\ngroup = \"z1\"\nvalue = 1\ncomponent = \"x\"\nname = \"a,b\"",
+       ":30:8: name is \"a,b\", expected letters, digits, \"_\", \"-\" and \".\""},
+      {"[[pressure]]\ngroup = \"z1\"\nvalue = 1\nname = \"p\"\n[[pressure]]\ngroup = \"z0\"\nvalue = 1\nname = \"p\"",
+       ":33:8: the name \"p\" is there already, expected another one"},
+      {"[[pressure]]\ngroup = \"z1\"\nvalue = true", ":28:9: value is true or false, expected a finite number in Pa"},
+      {"[[pressure]]\ngroup = \"z1\"\nvalue = 1\ndirection = [1, 0, 0]",
+       ":29:1: unknown key \"direction\" in pressure, expected one of group, name, value, time, curve"},
+      {"[[pressure]]\ngroup = \"upper\"\nvalue = 1",
+       R"(:27:9: group "upper" is not one of faces, expected one of "x0", "x1", "y0", "y1", "z0", "z1")"},
+      {"[[local_gravity]]\ngroup = \"z1\"\ncomponent = \"x\"\nvalue = 1",
+       R"(:27:9: group "z1" is not one of bricks, expected one of "lower", "upper")"},
+      {"[[plane]]\nnormal = [0, 0, 1]", ":26:1: point is missing in plane, expected an array of numbers in m"},
+      {"[[plane]]\npoint = [0, 0, 0]\nnormal = [0, 0, 1]\nfriction = -1",
+       ":29:12: friction is -1, expected a number that is not negative"},
+      {"[[plane]]\npoint = [0, 0, 0]\nnormal = [0, 0, 1]\ncomponent = \"x\"",
+       ":29:13: component is given without value, the velocity of the plane, expected both"},
+      {"[[plane]]\npoint = [0, 0, 0.5]\nnormal = [0, 0, 2]\nname = \"floor\"",
+       ", mesh box.msh: 4 nodes behind plane \"floor\" at the start, the first is number 17, expected all on the side "
+       "of its "
+       "normal"},
+  };
+  const std::pair<const char*, const char*> histories[] = {
+      {"values = [\"force\"]",
+       ":28:10: \"force\" is no value of a group, expected an array of \"displacement\", \"velocity\", "
+       "\"reaction\", \"energy\""},
+      {"values = [\"velocity\", \"velocity\"]", ":28:10: \"velocity\" is there twice"},
+      {"values = [\"energy\"]", R"(:27:9: group "z1" is not one of bricks, expected one of "lower", "upper")"},
+  };
+  for (const auto& [lines, wanted] : histories)
+    expect(barCase + std::string("[[history]]\ngroup = \"z1\"\n") + lines, wanted);
+  for (const auto& [lines, wanted] : cases) expect(barCase + std::string(lines), wanted);
+  expect(barCase + std::string("[[symmetry]]\ngroup = \"z1\""),
+         ":26:1: normal is missing in symmetry, expected an array of numbers");
+
+  // faces that are not on the surface of one brick, in a mesh that has such
+  const std::string mesh = meshText(numberedBox({1, 1, 4}, {1, 1, 4})),
+                    pressed = "[[pressure]]\ngroup = \"z0\"\nvalue = 1";
+  const std::size_t at = mesh.find("$EndElements");
+  const auto withFace = [&](const std::string& face) {
+    std::string text = mesh.substr(0, at) + "9999 3 2 5 5 " + face + "\n" + mesh.substr(at);
+    const std::size_t count = text.find("$Elements\n") + 10, end = text.find('\n', count);
+    text.replace(count, end - count, std::to_string(std::stoi(text.substr(count, end - count)) + 1));
+    writeFile("box.msh", text);
+  };
+  withFace("57 67 87 77");
+  expect(barCase + pressed,
+         ":27:9: a face of group \"z0\" is between bricks 103 and 106, expected faces with a brick on one side");
+  withFace("17 67 87 77");
+  expect(barCase + pressed,
+         ":27:9: group \"z0\" has 1 face that no brick has, expected quadrilaterals on the four corners of a "
+         "brick's face");
 }
 
 TEST_F(Mistakes, GroupsAndSections) {

@@ -135,6 +135,23 @@ TEST_F(ProgramTest, CheckWritesNothing) {
       << outcome.out;
   EXPECT_EQ(filesIn("."), (Files{"in", "out"}));
   EXPECT_EQ(readFile("out/bar.exo"), "stale");
+  writeCase(
+      "end_time = 0.05",
+      "end_time = 0.05\nquasi_static = true\n[[symmetry]]\ngroup = \"x1\"\nnormal = [3, 0, 4]\n[[force]]\ngroup = "
+      "\"z1\"\ncomponent = \"y\"\nper_node = true\n"
+      "time = [0, 0.1]\nvalue = [0, 3]\n"
+      "[[plane]]\npoint = [0, 0, 9]\nnormal = [0, 0, -2]\nfriction = 0.1\nvalue = 4\n");
+  EXPECT_TRUE(
+      contains(run({"in/bar.toml", "-o", "out", "--check"}).out,
+               "symmetry on x1: normal (0.6, 0, 0.8)\n"
+               "force force_1 on z1: 2 values, 0 to 3 N within 0 to 0.1 s on each node along (0, 1, 0)\n"
+               "plane plane_1 through (0, 0, 9): normal (0, 0, -1), friction 0.1, velocity 4 m/s along (0, 0, -1)\n"
+               "quasi-static: damping follows the lowest frequency of the motion\n"));
+  EXPECT_TRUE(contains(run({"in/bar.toml", "-o", "out"}).out, "\nthe body still moves: its kinetic energy is "));
+  EXPECT_TRUE(linesOf(readFile("out/bar.csv"))
+                  .at(0)
+                  .ends_with(",work_force_1,work_plane_1,force_x_plane_1,force_y_plane_1,force_z_plane_1,"
+                             "friction_energy,impact_energy,damping_energy,damping,stillness"));
   const Outcome example = run({SA_EXAMPLES "/twisting_column/column.toml", "--check"}, 0, twoThreads);
   EXPECT_TRUE(contains(example.out, "7381 nodes, 6000 bricks")) << example.out;
   EXPECT_TRUE(contains(example.out, "about 1274 increments") && contains(example.out, " MB of fields")) << example.out;

@@ -1,0 +1,226 @@
+#include "solver/analysis/contact.h"
+
+#include "solver/analysis/set_up.h"
+#include "solver/model/text.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace sharedanalysis::solver {
+namespace {
+
+using Vector = std::array<double, 3>;
+
+double dot(const Vector& a, const Vector& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
+double length(const Vector& a) { return std::sqrt(dot(a, a)); }
+Vector vectorAt(const std::vector<double>& all, std::size_t node) {
+  return {all[3 * node], all[3 * node + 1], all[3 * node + 2]};
+}
+
+// What the prescribed components of a node leave of a vector; their directions are orthogonal.
+Vector freePart(Vector vector, const Prescribed& prescribed, const Contact& contact) {
+  const Vector whole = vector;
+  for (std::size_t k = contact.firstPrescribed; k < contact.endPrescribed; ++k) {
+    const PrescribedComponent& p = prescribed.components[k];
+    if (p.isAxis)
+      vector[static_cast<std::size_t>(p.position % 3)] = 0;
+    else
+      for (std::size_t c = 0; c < 3; ++c) vector[c] -= p.of(whole) * p.direction[c];
+  }
+  return vector;
+}
+
+// Changes of the velocity of a node by the plane's pressure and against sliding.  Of a pressure along the normal, prescribed
+// components take their part: `pressure` is the change that it would make of a free node.
+struct Push {
+  Vector normal{}, tangent{};
+  double pressure = 0;
+};
+
+Push pushOf(const RigidPlane& plane, const PlaneMotion& motion, const Vector& x, const Vector& v, double step,
+            const Prescribed& prescribed, const Contact& contact) {
+  constexpr double kHeld = 1e-12; // prescribed components leave nothing of the normal
+  Push push;
+  double gap = 0;
+  for (std::size_t c = 0; c < 3; ++c) gap += plane.normal[c] * (x[c] + v[c] * step - motion.end[c]);
+  if (!(gap < 0)) return push;
+  const Vector way = freePart(plane.normal, prescribed, contact);
+  const double part = dot(way, plane.normal);
+  if (part < kHeld) return push;
+  push.pressure = -gap / (step * part);
+  for (std::size_t c = 0; c < 3; ++c) push.normal[c] = push.pressure * way[c];
+  if (plane.friction == 0) return push;
+  Vector slip;
+  for (std::size_t c = 0; c < 3; ++c) slip[c] = v[c] + push.normal[c] - motion.way[c] / step;
+  const double along = dot(slip, plane.normal);
+  for (std::size_t c = 0; c < 3; ++c) slip[c] -= along * plane.normal[c];
+  slip = freePart(slip, prescribed, contact);
+  const double most = plane.friction * push.pressure, speed = length(slip);
+  const double factor = speed > most ? most / speed : 1.0;
+  for (std::size_t c = 0; c < 3; ++c) push.tangent[c] = -factor * slip[c];
+  return push;
+}
+
+std::vector<PlaneMotion> motionsOf(const Case& definition, double time, double step) {
+  std::vector<PlaneMotion> motions;
+  for (const RigidPlane& plane : definition.planes) motions.push_back(motionOf(plane, time, step));
+  return motions;
+}
+
+void addTo(std::vector<double>& all, std::size_t node, const Push& push, double factor) {
+  for (std::size_t c = 0; c < 3; ++c) all[3 * node + c] += factor * (push.normal[c] + push.tangent[c]);
+}
+
+// Forces that change the velocity of a mass in a time.
+void setForces(const Push& push, const RigidPlane& plane, double massPerTime, Contact& contact) {
+  for (std::size_t c = 0; c < 3; ++c) {
+    contact.normalForce[c] = massPerTime * push.pressure * plane.normal[c];
+    contact.friction[c] = massPerTime * push.tangent[c];
+  }
+}
+
+} // namespace
+
+PlaneMotion motionOf(const RigidPlane& plane, double time, double step) {
+  const double before = integralTo(plane.velocity, time), after = integralTo(plane.velocity, time + step);
+  PlaneMotion motion;
+  for (std::size_t c = 0; c < 3; ++c) {
+    motion.end[c] = plane.point[c] + after * plane.direction[c];
+    motion.way[c] = (after - before) * plane.direction[c];
+  }
+  return motion;
+}
+
+Contacts makeContacts(const Layout& layout, const std::vector<double>& X, const Prescribed& prescribed,
+                      std::vector<DomainState>& domains) {
+  constexpr double kRoundOff = 1e-9; // of the size of the model
+  Contacts contacts;
+  const auto [low, high] = std::minmax_element(X.begin(), X.end());
+  std::vector<std::pair<int32_t, int32_t>> places;
+  for (std::size_t k = 0; k < layout.definition.planes.size(); ++k) {
+    const RigidPlane& plane = layout.definition.planes[k];
+    const Group* group = layout.mesh.findGroup(plane.group);
+    if (!plane.group.empty() && !group) throw InputError("plane: the mesh has no group \"" + plane.group + "\"");
+    std::vector<int64_t> behind;
+    for (int32_t node = 0; node < layout.mesh.nodes(); ++node) {
+      if (group && !std::binary_search(group->nodes.begin(), group->nodes.end(), node)) continue;
+      const int32_t internal = layout.numbering.internalNodes[static_cast<std::size_t>(node)];
+      const Vector x = vectorAt(X, static_cast<std::size_t>(internal));
+      if (dot(x, plane.normal) - dot(plane.point, plane.normal) < -kRoundOff * (*high - *low))
+        behind.push_back(layout.mesh.nodeNumbers[static_cast<std::size_t>(node)]);
+      places.emplace_back(internal, static_cast<int32_t>(k));
+    }
+    if (!behind.empty())
+      throw InputError(counted(behind.size(), "node") + " behind plane \"" + plane.name +
+                       "\" at the start, the first is number " + std::to_string(behind.front()) +
+                       ", expected all on the side of its normal");
+  }
+  std::sort(places.begin(), places.end());
+  for (const auto& [node, plane] : places)
+    contacts.all.push_back({node, plane, prescribed.firstOf(node), prescribed.firstOf(node + int64_t{1})});
+  contacts.order = orderOfOneRank(layout, places);
+  const auto at = [&](int64_t node) {
+    return static_cast<std::size_t>(
+        std::lower_bound(places.begin(), places.end(), std::pair(static_cast<int32_t>(node), -1)) - places.begin());
+  };
+  for (DomainState& state : domains) {
+    state.firstContact = at(state.domain.firstNode);
+    state.endContact = at(state.domain.endNode);
+  }
+  for (const int64_t node : layout.numbering.firstOfRank)
+    contacts.firstOfRank.push_back(static_cast<int64_t>(at(node)));
+  return contacts;
+}
+
+void touch(const Case& definition, const Course& course, double step, const DomainState& state,
+           const std::vector<double>& before, Prescribed& prescribed, NodeState& nodes, Contacts& contacts) {
+  const std::vector<PlaneMotion> last = motionsOf(definition, course.time - course.lastIncrement, course.lastIncrement),
+                                 next = motionsOf(definition, course.time, step);
+  const double between = 0.5 * (course.lastIncrement + step);
+  for (std::size_t k = state.firstContact; k < state.endContact; ++k) {
+    Contact& contact = contacts.all[k];
+    const auto node = static_cast<std::size_t>(contact.node), plane = static_cast<std::size_t>(contact.plane);
+    const Push push = pushOf(definition.planes[plane], next[plane], vectorAt(nodes.x, node), vectorAt(nodes.v, node),
+                             step, prescribed, contact);
+    addTo(nodes.v, node, push, 1);
+    setForces(push, definition.planes[plane], nodes.mass[node] * (1 / between + 0.5 * course.damping), contact);
+  }
+  // when all planes have pushed
+  for (std::size_t k = state.firstContact; k < state.endContact; ++k) {
+    Contact& contact = contacts.all[k];
+    const auto node = static_cast<std::size_t>(contact.node), plane = static_cast<std::size_t>(contact.plane);
+    const Vector old = vectorAt(before, node - static_cast<std::size_t>(state.domain.firstNode)),
+                 now = vectorAt(nodes.v, node);
+    for (std::size_t c = 0; c < 3; ++c) {
+      double led = 0.5 * (last[plane].way[c] + next[plane].way[c]);
+      double way = 0.5 * (old[c] * course.lastIncrement + now[c] * step);
+      if (course.lastIncrement == 0) { // the blow of a body that comes in touching loses the energy of its velocity
+        led = 0.5 * next[plane].way[c];
+        way = 0.5 * between * (old[c] + now[c]);
+      }
+      contact.work += (contact.normalForce[c] + contact.friction[c]) * led;
+      contact.impactEnergy += contact.normalForce[c] * (led - way);
+      contact.frictionEnergy += contact.friction[c] * (led - way);
+    }
+    // what supports of the node take of the pressure
+    for (std::size_t p = contact.firstPrescribed; p < contact.endPrescribed; ++p) {
+      PrescribedComponent& support = prescribed.components[p];
+      const double force = -support.of(contact.normalForce);
+      support.reaction += force;
+      support.work += force * 0.5 * (support.of(old) * course.lastIncrement + support.of(now) * step);
+    }
+  }
+}
+
+void touchNow(const Case& definition, const Course& course, const DomainState& state, const Prescribed& prescribed,
+              const NodeState& nodes, std::vector<double>& now, Contacts& contacts) {
+  const double step = course.lastIncrement;
+  if (step <= 0) return;
+  const std::vector<PlaneMotion> next = motionsOf(definition, course.time, step);
+  for (std::size_t k = state.firstContact; k < state.endContact; ++k) {
+    Contact& contact = contacts.all[k];
+    const auto node = static_cast<std::size_t>(contact.node), plane = static_cast<std::size_t>(contact.plane);
+    Vector coming = vectorAt(now, node); // in the next increment
+    for (std::size_t c = 0; c < 3; ++c) coming[c] = 2 * coming[c] - nodes.v[3 * node + c];
+    const Push push =
+        pushOf(definition.planes[plane], next[plane], vectorAt(nodes.x, node), coming, step, prescribed, contact);
+    addTo(now, node, push, 0.5);
+    setForces(push, definition.planes[plane], nodes.mass[node] * (1 / step + 0.5 * course.damping), contact);
+  }
+}
+
+ContactSums sumContacts(const Layout& layout, const Course& course, const NodeState& nodes, const Contacts& contacts) {
+  ContactSums sums;
+  sums.planes.resize(layout.definition.planes.size());
+  if (sums.planes.empty()) return sums;
+  // up to the present time: with the last half increment
+  const std::vector<PlaneMotion> last =
+      motionsOf(layout.definition, course.time - course.lastIncrement, course.lastIncrement);
+  std::vector<double> values;
+  for (const Contact& contact : contacts.all) {
+    double work = contact.work, impact = contact.impactEnergy, friction = contact.frictionEnergy;
+    for (std::size_t c = 0; c < 3; ++c) {
+      const double led = 0.5 * last[static_cast<std::size_t>(contact.plane)].way[c];
+      const double way = 0.5 * course.lastIncrement * nodes.v[3 * static_cast<std::size_t>(contact.node) + c];
+      work += (contact.normalForce[c] + contact.friction[c]) * led;
+      impact += contact.normalForce[c] * (led - way);
+      friction += contact.friction[c] * (led - way);
+    }
+    values.insert(values.end(), {work, impact, friction});
+    for (std::size_t c = 0; c < 3; ++c) values.push_back(contact.normalForce[c] + contact.friction[c]);
+  }
+  std::vector<int64_t> first = contacts.firstOfRank;
+  for (int64_t& k : first) k *= 6;
+  layout.ranks.gatherRanges(values, first);
+  for (const std::size_t k : contacts.order) {
+    const double* value = &values[6 * k];
+    ContactSums::OfPlane& plane = sums.planes[static_cast<std::size_t>(contacts.all[k].plane)];
+    plane.work += value[0];
+    sums.impact += value[1];
+    sums.friction += value[2];
+    for (std::size_t c = 0; c < 3; ++c) plane.force[c] += value[3 + c];
+  }
+  return sums;
+}
+
+} // namespace sharedanalysis::solver
