@@ -35,7 +35,7 @@ void addArray(Constants& all, const ConstantKey& key, const std::vector<double>&
               const std::function<std::size_t(std::size_t)>& index) {
   for (std::size_t k = 0; k < values.size(); ++k) {
     add(all, key, index(k), values[k]);
-    all.back().name += "[" + std::to_string(k + 1) + "]";
+    all.back().name.append("[").append(std::to_string(k + 1)).append("]");
     all.back().element = k;
   }
 }
