@@ -11,6 +11,8 @@
 namespace sharedanalysis::solver {
 namespace {
 
+// Points of a path on which starts are tried.
+constexpr std::size_t kFew = 40;
 // Derivatives for standard errors are taken by this part of a constant.
 constexpr double kPart = 1e-4;
 // Squares of residuals, each, of data that a model meets.
@@ -68,22 +70,22 @@ class Fit {
 public:
   explicit Fit(const PathCase& definition)
       : definition_(definition), case_(fitCaseOf(definition)), residuals_(definition, case_),
-        material_(definition.materials[case_.material]) {}
+        few_(definition, case_, std::max(kFew, case_.free.size())), material_(definition.materials[case_.material]) {}
 
   // All starts are led near their minima, the best of them to the end.
   FitResult run() {
     std::vector<double> sums, best;
     double least = std::numeric_limits<double>::infinity();
-    const double exact = kExact * static_cast<double>(residuals_.points());
+    const double exact = kExact * static_cast<double>(few_.points());
     std::vector<std::size_t> all(case_.free.size()), moduli;
     std::iota(all.begin(), all.end(), std::size_t{0});
     for (const std::size_t k : all) // stress is linear in them, nearly
       if (std::string_view(case_.free[k].unit) == "Pa") moduli.push_back(k);
     for (int k = 0; k < case_.starts && !(least < exact); ++k) {
       std::vector<double> values = startValues(k);
-      if (!residuals_.isComputable(values)) continue;
-      if (k > 0 && !moduli.empty()) improve(values, moduli, 1e-3, 5);
-      sums.push_back(improve(values, all, 1e-6, 15));
+      if (!few_.isComputable(values)) continue;
+      if (k > 0 && !moduli.empty()) improve(few_, values, moduli, 1e-3, 5);
+      sums.push_back(improve(few_, values, all, 1e-6, 15));
       if (!(sums.back() < least) || !residuals_.isComputable(values)) continue;
       least = sums.back();
       best = values;
@@ -92,7 +94,12 @@ public:
       throw InputError("material \"" + material_.name +
                        "\": no start leads to stresses that can be computed, expected other constants to start from");
     const double same = 1.01 * least + exact;
-    for (int k = 0; k < 3; ++k) least = improve(best, all, 1e-15, 200);
+    least = std::numeric_limits<double>::infinity();
+    for (int k = 0; k < 3; ++k) { // anew, with the scales of the last result
+      const double before = least;
+      least = improve(residuals_, best, all, 1e-13, 40);
+      if (!(least < (1 - 1e-9) * before)) break;
+    }
     FitResult result{};
     result.starts = static_cast<int>(sums.size());
     result.reached = static_cast<int>(std::count_if(sums.begin(), sums.end(), [&](double s) { return s <= same; }));
@@ -103,16 +110,16 @@ public:
 
 private:
   template <class Values>
-  LeastSquares problemOf(std::size_t unknowns, Values valuesOf) const {
-    return {static_cast<int>(unknowns), static_cast<int>(residuals_.points()),
-            [this, valuesOf](const std::vector<double>& x, std::vector<double>& r) {
-              residuals_.evaluate(valuesOf(x), r);
+  static LeastSquares problemOf(const FitResiduals& residuals, std::size_t unknowns, Values valuesOf) {
+    return {static_cast<int>(unknowns), static_cast<int>(residuals.points()),
+            [&residuals, valuesOf](const std::vector<double>& x, std::vector<double>& r) {
+              residuals.evaluate(valuesOf(x), r);
             }};
   }
 
   // Leads some of the values to a minimum; returns the sum of squares.
-  double improve(std::vector<double>& values, const std::vector<std::size_t>& places, double part,
-                 int evaluations) const {
+  double improve(const FitResiduals& residuals, std::vector<double>& values, const std::vector<std::size_t>& places,
+                 double part, int evaluations) const {
     const std::vector<Unknown> unknowns = unknownsOf(values);
     const std::vector<double> start = values;
     const auto valuesOf = [&](const std::vector<double>& x) {
@@ -122,7 +129,8 @@ private:
     };
     std::vector<double> x;
     for (const std::size_t k : places) x.push_back(unknowns[k].unknown(values[k]));
-    const double sum = problemOf(x.size(), valuesOf).minimise(x, part, evaluations * static_cast<int>(x.size() + 1));
+    const double sum =
+        problemOf(residuals, x.size(), valuesOf).minimise(x, part, evaluations * static_cast<int>(x.size() + 1));
     values = valuesOf(x);
     return sum;
   }
@@ -223,7 +231,7 @@ private:
       const double margin = std::min(2 * kPart * sizes[k], 0.25 * (c.range.high - c.range.low));
       inside[k] = std::clamp(values[k], c.range.low + margin, c.range.high - margin);
     }
-    const LeastSquares problem = problemOf(values.size(), [&](const std::vector<double>& x) {
+    const LeastSquares problem = problemOf(residuals_, values.size(), [&](const std::vector<double>& x) {
       std::vector<double> at(x);
       for (std::size_t k = 0; k < at.size(); ++k) at[k] *= sizes[k];
       return at;
@@ -235,7 +243,7 @@ private:
     for (std::size_t k = 0; k < values.size(); ++k) {
       const FitConstant& c = case_.free[k];
       FitResult::Constant constant{c.name, c.unit, values[k], {}, parts[k] > 0};
-      if (residuals_.points() > values.size())
+      if (residuals_.points() > values.size() && parts[k] > 0)
         constant.error =
             sizes[k] * std::sqrt(parts[k] * sum / static_cast<double>(residuals_.points() - values.size()));
       if (constant.error && values[k] != 0 && !(*constant.error < std::abs(values[k]))) constant.isDetermined = false;
@@ -247,9 +255,10 @@ private:
     FitResult::Misfit all{"all", 0, 0, 0};
     for (const DataOfPath& test : residuals_.tests()) {
       FitResult::Misfit one{test.path->name, test.weights.size(), 0, 0};
-      const std::vector<double> computed = residuals_.stressesOf(test, result.material);
+      std::vector<double> free;
+      const std::vector<double> computed = residuals_.stressesOf(test, result.material, free);
       for (std::size_t k = 0; k < one.points; ++k) {
-        const double error = computed[k] - test.path->data.stress[k], part = error / test.floors[k];
+        const double error = computed[k] - test.data.stress[k], part = error / test.floors[k];
         one.rms += error * error;
         one.relative += part * part;
       }
@@ -327,7 +336,7 @@ private:
 
   const PathCase& definition_;
   FitCase case_;
-  FitResiduals residuals_;
+  FitResiduals residuals_, few_; // of all points, and of some, on which starts are tried
   const Material& material_;
   Numbers numbers_;
 };

@@ -24,7 +24,7 @@ constexpr double kFailed = 1e6;
 constexpr double kSmallestPart = 0.01;
 
 // Points follow one another along the legs; on a path of one leg their order does not matter.
-std::vector<std::size_t> legsOf(const MaterialPath& path) {
+std::vector<std::size_t> legsOf(const MaterialPath& path, const std::vector<double>& stretches) {
   if (path.byStress)
     throw InputError("path \"" + path.name +
                      "\" is led by stress, which a fit of a material with a history cannot "
@@ -34,7 +34,7 @@ std::vector<std::size_t> legsOf(const MaterialPath& path) {
   std::vector<std::size_t> legs;
   std::size_t leg = 0;
   double last = ends[0];
-  for (const double s : path.data.stretch) {
+  for (const double s : stretches) {
     const auto lies = [&](std::size_t k) {
       const bool isInside = (s - ends[k]) * (s - ends[k + 1]) <= 0;
       return isInside && (path.turns.size() == 1 || (s - last) * (ends[k + 1] - ends[k]) >= 0);
@@ -52,6 +52,18 @@ std::vector<std::size_t> legsOf(const MaterialPath& path) {
   return legs;
 }
 
+TestData thinned(const TestData& data, std::size_t mostPoints) {
+  const std::size_t count = data.stretch.size();
+  if (count <= mostPoints) return data;
+  TestData result;
+  for (std::size_t k = 0; k < mostPoints; ++k) {
+    const std::size_t from = k * (count - 1) / (mostPoints - 1);
+    result.stretch.push_back(data.stretch[from]);
+    result.stress.push_back(data.stress[from]);
+  }
+  return result;
+}
+
 // What a neo-Hookean material multiplies its shear modulus with; 0 where the volume rules.
 double strainOf(Mode mode, double s) {
   if (mode == Mode::Shear) return s;
@@ -62,14 +74,16 @@ double strainOf(Mode mode, double s) {
 
 } // namespace
 
-FitResiduals::FitResiduals(const PathCase& definition, const FitCase& fitCase)
+FitResiduals::FitResiduals(const PathCase& definition, const FitCase& fitCase, std::size_t mostPoints)
     : definition_(definition), case_(fitCase), material_(definition.materials[fitCase.material]) {
   for (const MaterialPath& path : definition.paths)
-    if (path.material == case_.material && !path.data.stretch.empty()) tests_.push_back({&path, {}, {}, {}});
+    if (path.material == case_.material && !path.data.stretch.empty())
+      tests_.push_back({&path, thinned(path.data, mostPoints), {}, {}, {}});
   if (tests_.empty())
     throw InputError(definition.file.string() + ": no data of material \"" + material_.name +
                      "\", expected a path with [path.data]");
   weigh();
+  free_.resize(tests_.size());
   if (points_ < case_.free.size())
     throw InputError(definition.file.string() + ": " + counted(points_, "point") + " of tests and " +
                      counted(case_.free.size(), "free constant") + ", expected at least as many points");
@@ -77,19 +91,19 @@ FitResiduals::FitResiduals(const PathCase& definition, const FitCase& fitCase)
 
 void FitResiduals::weigh() {
   double most = 0;
-  for (const DataOfPath& test : tests_) most = std::max(most, largest(test.path->data.stress));
+  for (const DataOfPath& test : tests_) most = std::max(most, largest(test.data.stress));
   if (!(most > 0)) throw InputError(definition_.file.string() + ": all stresses of the data are 0");
   double sum = 0, count = 0;
   for (DataOfPath& test : tests_) {
-    const std::vector<double>& stress = test.path->data.stress;
+    const std::vector<double>& stress = test.data.stress;
     const double floor = kSmallestPart * (largest(stress) > 0 ? largest(stress) : most);
     for (std::size_t k = 0; k < stress.size(); ++k) {
       test.floors.push_back(std::max(std::abs(stress[k]), floor));
       test.weights.push_back(1 / (case_.isRelative ? test.floors[k] : most));
-      const double s = test.path->data.stretch[k], strain = strainOf(test.path->mode, s);
+      const double s = test.data.stretch[k], strain = strainOf(test.path->mode, s);
       if (std::abs(strain) > 1e-3) sum += std::abs(stress[k] / strain), count += 1;
     }
-    if (keepsHistory(material_)) test.legs = legsOf(*test.path);
+    if (keepsHistory(material_)) test.legs = legsOf(*test.path, test.data.stretch);
     points_ += stress.size();
   }
   modulus_ = count > 0 && sum > 0 ? sum / count : material_.shearModulus();
@@ -120,17 +134,20 @@ std::vector<PathPoint> FitResiduals::statesOf(const MaterialPath& path, const Ma
   }
 }
 
-std::vector<double> FitResiduals::stressesOf(const DataOfPath& test, const Material& material) const {
+std::vector<double> FitResiduals::stressesOf(const DataOfPath& test, const Material& material,
+                                             std::vector<double>& free) const {
   if (!keepsHistory(material)) {
-    std::vector<double> free;
-    return nominalStresses(material, test.path->mode, test.path->data.stretch, free);
+    std::vector<double> stresses = nominalStresses(material, test.path->mode, test.data.stretch, free);
+    if (std::all_of(stresses.begin(), stresses.end(), [](double x) { return std::isfinite(x); })) return stresses;
+    free.clear(); // the last ones may have led astray
+    return nominalStresses(material, test.path->mode, test.data.stretch, free);
   }
   const std::vector<PathPoint> states = statesOf(*test.path, material);
   if (states.empty()) return {};
   std::vector<double> stresses;
   const auto steps = static_cast<std::size_t>(test.path->steps);
   for (std::size_t k = 0; k < test.legs.size(); ++k) {
-    const double s = test.path->data.stretch[k];
+    const double s = test.data.stretch[k];
     const PathPoint* from = &states[test.legs[k] * steps];
     for (std::size_t j = 1; j < steps && (from[1].stretch - s) * (from[0].stretch - s) > 0; ++j) ++from;
     const double width = from[1].stretch - from[0].stretch, part = width != 0 ? (s - from[0].stretch) / width : 0;
@@ -146,9 +163,10 @@ bool FitResiduals::evaluate(const std::vector<double>& values, std::vector<doubl
   bool isComputed = true;
   std::size_t at = 0;
   for (const DataOfPath& test : tests_) {
-    const std::vector<double> computed = stressesOf(test, material);
+    const std::vector<double> computed =
+        stressesOf(test, material, free_[static_cast<std::size_t>(&test - tests_.data())]);
     for (std::size_t k = 0; k < test.weights.size(); ++k, ++at) {
-      const double residual = computed.empty() ? kFailed : (computed[k] - test.path->data.stress[k]) * test.weights[k];
+      const double residual = computed.empty() ? kFailed : (computed[k] - test.data.stress[k]) * test.weights[k];
       if (std::abs(residual) < kFailed)
         r[at] = residual;
       else

@@ -3,11 +3,14 @@
 
 #include "solver/program/fit_case.h"
 
+#include <limits>
+
 namespace sharedanalysis::solver {
 
 // A path with its data.
 struct DataOfPath {
   const MaterialPath* path;
+  TestData data;
   std::vector<double> weights;   // of each point, 1/Pa
   std::vector<double> floors;    // stresses that relative misfits divide by, Pa
   std::vector<std::size_t> legs; // of each point, where the material keeps a history
@@ -21,7 +24,9 @@ double largest(const std::vector<double>& values);
 class FitResiduals {
 public:
   // Throws InputError where the data are too few, or do not go with their path.
-  FitResiduals(const PathCase& definition, const FitCase& fitCase);
+  // Of each path so many points at most are taken, spread over its data.
+  FitResiduals(const PathCase& definition, const FitCase& fitCase,
+               std::size_t mostPoints = std::numeric_limits<std::size_t>::max());
 
   const std::vector<DataOfPath>& tests() const { return tests_; }
   std::size_t points() const { return points_; }
@@ -32,8 +37,8 @@ public:
   // Weighed residuals; those of states that cannot be computed are large.  False if there are any.
   bool evaluate(const std::vector<double>& values, std::vector<double>& residuals) const;
   bool isComputable(const std::vector<double>& values) const;
-  // Computed stresses at the data of a test; empty when the path cannot be followed.
-  std::vector<double> stressesOf(const DataOfPath& test, const Material& material) const;
+  // Computed stresses at the data of a test; empty when the path cannot be followed.  `free` as nominalStresses takes it.
+  std::vector<double> stressesOf(const DataOfPath& test, const Material& material, std::vector<double>& free) const;
   // The states of a path, none when it cannot be followed.
   std::vector<PathPoint> statesOf(const MaterialPath& path, const Material& material) const;
 
@@ -45,6 +50,7 @@ private:
   const FitCase& case_;
   const Material& material_;
   std::vector<DataOfPath> tests_;
+  mutable std::vector<std::vector<double>> free_; // stretches found last, from which the next search starts
   std::size_t points_ = 0;
   double modulus_ = 1;
 };
