@@ -61,7 +61,8 @@ extern "C" {
  *      x = beta E w/(2 c2)
  *  Pitfalls: without a filter the stress drops to the slow curve the moment loading turns, and follows the noise of the
  *  host's rates; a tau of a few increments cures both.  c2 does not count that stress follows the rate, which acts like
- *  damping.  Curves that fall localise.  The hysteresis remembers one number, so that compression along one direction
+ *  damping: in uniaxial compression by eta = (T2 - T1) l^2/(J r ln(r2/r1)) (1 - exp(-dt/tau)) between the rates r1 and r2, to
+ *  be added to beta E.  Curves that fall localise.  The hysteresis remembers one number, so that compression along one direction
  *  softens the others.  A curve that carries less than that of a lower rate is a "Warning" in the first call: such a foam
  *  may give back more than it has taken.
  *  Sources: S. Kolling, P. A. Du Bois, D. J. Benson, W. W. Feng, Comput. Mech. 40 (2007) 885; P. A. Du Bois, S. Kolling, M.
