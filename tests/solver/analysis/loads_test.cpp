@@ -188,7 +188,7 @@ void expectGroups(const Analysis& analysis, const Case& c, const Mesh& mesh) {
 // A quarter of a thick tube, 1 m to 2 m, in plane strain under inner pressure p: G. Lame and B. Clapeyron 1833.
 constexpr double kInner = 1000;
 void pressTube(Case& c, Mesh& mesh) {
-  mesh = box({12, 12, 1}, {1, std::numbers::pi / 2, 0.1});
+  mesh = box({8, 8, 1}, {1, std::numbers::pi / 2, 0.1});
   for (std::size_t i = 0; i < mesh.coordinates.size(); i += 3) {
     const double r = 1 + mesh.coordinates[i], angle = mesh.coordinates[i + 1];
     mesh.coordinates[i] = r * std::cos(angle), mesh.coordinates[i + 1] = r * std::sin(angle);
@@ -256,7 +256,7 @@ TEST_F(Loads, AreThoseOfMechanics) {
       {"sticking", 0.3, still(onFloor(kE, 1, 0, 1, 2), 1), measured(1), -2 * 16, 1e-4},
       {"its pressure", 0.3, still(onFloor(kE, 1, 0, 1, 2), 1), measured(3), 5 * 16, 1e-4},
       {"wall at an angle", 0.3, still(leanOnWall, 0.3), measured(1), -5 * 16, 1e-4},
-      {"tube", 0.3, still(pressTube, 0.6), shiftOfBore, 1.3 / kE * kInner / 3 * (0.4 + 4), 5e-3},
+      {"tube", 0.3, still(pressTube, 0.6), shiftOfBore, 1.3 / kE * kInner / 3 * (0.4 + 4), 1e-2},
       {"symmetry", 0.3, pressTurnedEighth, strainEnergy, strainEnergyOf(pressEighth), 1e-4},
       {"symmetry of what is led", 0.3, ride, shiftY, -2 * kEnd, 1e-12},
       {"pressure that turns", 0.3, pressOnTurning, momentumX, -1e4 * 0.08 * kEnd * std::sin(1), 2e-3},
