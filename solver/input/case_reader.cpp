@@ -351,11 +351,18 @@ private:
   }
 
   void output() {
-    const Table table = root_.table("output", {"interval", "history_interval", "directory", "filter_cutoff",
+    const Table table = root_.table("output", {"interval", "history_interval", "directory", "fields", "filter_cutoff",
                                                "filter_type", "filter_order", "filter_ripple", "filter_attenuation"});
     case_.outputInterval = readInterval(table, "interval", case_.endTime, 20);
     case_.historyInterval = readInterval(table, "history_interval", case_.endTime, 200);
     case_.outputDirectory = table.has("directory") ? besideCase(table.text("directory")) : ".";
+    if (table.has("fields")) {
+      const Names known(outputFields.begin(), outputFields.end());
+      case_.fields = table.texts("fields", "an array of names of fields");
+      for (const std::string& field : case_.fields)
+        if (std::find(known.begin(), known.end(), field) == known.end())
+          table.fail("fields", "\"" + printable(field) + "\" is no field, expected one of " + joined(known, ", "));
+    }
     if (table.has("filter_cutoff")) case_.historyFilter = readFilter(table);
     for (const char* key : {"filter_type", "filter_order", "filter_ripple", "filter_attenuation"})
       if (table.has(key) && !case_.historyFilter)

@@ -81,6 +81,18 @@ struct Section {
   std::size_t material; // index into Case::materials
 };
 
+// Fields of nodes and bricks that a case can choose for its results; their variables have these names or begin with them.
+inline constexpr std::array<const char*, 10> outputFields{"displacement",
+                                                          "velocity",
+                                                          "reaction",
+                                                          "stress",
+                                                          "strain_energy_density",
+                                                          "mask",
+                                                          "principal_stress",
+                                                          "principal_rotation",
+                                                          "principal_direction",
+                                                          "material_orientation"};
+
 struct Case {
   std::filesystem::path file, meshFile, outputDirectory;
   std::string job, title;
@@ -102,6 +114,7 @@ struct Case {
   double outputInterval = 0, historyInterval = 0; // s
   std::optional<host::LowPass> historyFilter;
   std::vector<GroupHistory> groupHistories;
+  std::vector<std::string> fields{outputFields.begin(), outputFields.end()};
   double smallestIncrementRatio = 1e-3; // of the first stable increment; below it the analysis ends with an error
 };
 

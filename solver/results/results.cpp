@@ -1,7 +1,6 @@
 #include "solver/results/results.h"
 
 #include "solver/analysis/derived_fields.h"
-#include "solver/results/field_names.h"
 
 #include <algorithm>
 #include <array>
@@ -14,15 +13,6 @@ namespace {
 
 constexpr int brickNodes = 8;
 constexpr std::size_t stressComponents = 6;
-
-// The variables of nodes, elements or the model, in the order in which they are written.
-std::vector<std::string> variablesOf(Entity entity) {
-  std::vector<std::string> names;
-  for (const FieldName& field : fieldNames)
-    if (field.entity == entity)
-      names.insert(names.end(), field.components.begin(), field.components.begin() + field.count);
-  return names;
-}
 
 // Exodus takes arrays of pointers to texts that it does not change.
 class TextPointers {
@@ -63,7 +53,7 @@ double sizeOfFields(const Mesh& mesh, double times) {
 
 ResultsFile::ResultsFile(const std::filesystem::path& name, const Mesh& mesh, const Case& definition,
                          const std::vector<std::string>& info)
-    : file_(name), mesh_(mesh) {
+    : file_(name), mesh_(mesh), fields_(definition.fields) {
   ex_opts(0); // errors come back as codes, nothing is printed
   int memoryWord = sizeof(double), fileWord = sizeof(double);
   id_ = ex_create(file_.path().c_str(), EX_CLOBBER | EX_LARGE_MODEL, &memoryWord, &fileWord);
@@ -170,68 +160,93 @@ void ResultsFile::writeInfo(const std::vector<std::string>& info) {
   check(ex_put_qa(id_, 1, records));
 }
 
+bool ResultsFile::isChosen(std::string_view variable) const {
+  return std::any_of(fields_.begin(), fields_.end(),
+                     [&](const std::string& field) { return variable.starts_with(field); });
+}
+
+// The variables of nodes, elements or the model, in the order in which they are written.
+std::vector<std::string> ResultsFile::variablesOf(Entity entity) const {
+  std::vector<std::string> names;
+  for (const FieldName& field : fieldNames)
+    if (field.entity == entity && (entity == Entity::Model || isChosen(field.array)))
+      names.insert(names.end(), field.components.begin(), field.components.begin() + field.count);
+  if (entity == Entity::Element)
+    for (const std::string_view name : derivedFieldNames)
+      if (isChosen(name)) names.emplace_back(name);
+  return names;
+}
+
 void ResultsFile::declareVariables() {
   const auto declare = [&](ex_entity_type type, std::vector<std::string> names) {
+    if (names.empty()) return;
     TextPointers texts(std::move(names));
     check(ex_put_variable_param(id_, type, texts.count()));
     check(ex_put_variable_names(id_, type, texts.count(), texts.get()));
   };
   declare(EX_GLOBAL, variablesOf(Entity::Model));
   declare(EX_NODAL, variablesOf(Entity::Node));
-  std::vector<std::string> elementNames = variablesOf(Entity::Element);
-  elementNames.insert(elementNames.end(), derivedFieldNames.begin(), derivedFieldNames.end());
+  const std::vector<std::string> elementNames = variablesOf(Entity::Element);
+  declare(EX_ELEM_BLOCK, elementNames);
+  if (elementNames.empty()) return;
   // every block has every variable
   std::vector<int> table(blocks_.size() * elementNames.size(), 1);
-  const int count = static_cast<int>(elementNames.size());
-  declare(EX_ELEM_BLOCK, std::move(elementNames));
-  check(ex_put_truth_table(id_, EX_ELEM_BLOCK, static_cast<int>(blocks_.size()), count, table.data()));
+  check(ex_put_truth_table(id_, EX_ELEM_BLOCK, static_cast<int>(blocks_.size()), static_cast<int>(elementNames.size()),
+                           table.data()));
 }
 
 void ResultsFile::write(double time, const Fields& fields, const Energies& energies) {
   ++count_;
+  nodeVariables_ = elementVariables_ = 0;
   check(ex_put_time(id_, count_, &time));
   const auto globals = energies.values();
   check(ex_put_var(id_, count_, EX_GLOBAL, 1, 1, static_cast<int64_t>(globals.size()), globals.data()));
-  writeNodeVector(1, fields.displacement);
-  writeNodeVector(4, fields.velocity);
-  writeNodeVector(7, fields.reaction);
-  for (std::size_t c = 0; c < stressComponents; ++c)
-    writeElementVariable(static_cast<int>(c) + 1, fields.stress, stressComponents, c);
-  writeElementVariable(7, fields.strainEnergy, 1, 0);
-  writeElementVariable(8, fields.mask, 1, 0);
-  writeDerivedFields(9, fields);
+  writeNodeVector("displacement", fields.displacement);
+  writeNodeVector("velocity", fields.velocity);
+  writeNodeVector("reaction", fields.reaction);
+  writeElementField("stress", fields.stress, stressComponents);
+  writeElementField("strain_energy_density", fields.strainEnergy, 1);
+  writeElementField("mask", fields.mask, 1);
+  writeDerivedFields(fields);
   check(ex_update(id_));
 }
 
-void ResultsFile::writeNodeVector(int firstVariable, std::span<const double> values) {
+void ResultsFile::writeNodeVector(std::string_view field, std::span<const double> values) {
+  if (!isChosen(field)) return;
   const std::size_t nodes = values.size() / 3;
   scratch_.resize(nodes);
   for (std::size_t c = 0; c < 3; ++c) {
     for (std::size_t n = 0; n < nodes; ++n) scratch_[n] = values[3 * n + c];
-    check(ex_put_var(id_, count_, EX_NODAL, firstVariable + static_cast<int>(c), 1, static_cast<int64_t>(nodes),
-                     scratch_.data()));
+    check(ex_put_var(id_, count_, EX_NODAL, ++nodeVariables_, 1, static_cast<int64_t>(nodes), scratch_.data()));
   }
 }
 
-void ResultsFile::writeElementVariable(int variable, std::span<const double> values, std::size_t stride,
-                                       std::size_t component) {
-  for (std::size_t b = 0; b < blocks_.size(); ++b) {
-    const std::vector<int32_t>& elements = blocks_[b].elements;
-    scratch_.resize(elements.size());
-    for (std::size_t k = 0; k < elements.size(); ++k)
-      scratch_[k] = values[stride * static_cast<std::size_t>(elements[k]) + component];
-    check(ex_put_var(id_, count_, EX_ELEM_BLOCK, variable, static_cast<ex_entity_id>(b + 1),
-                     static_cast<int64_t>(elements.size()), scratch_.data()));
+void ResultsFile::writeElementField(std::string_view field, std::span<const double> values, std::size_t components) {
+  if (!isChosen(field)) return;
+  for (std::size_t c = 0; c < components; ++c) {
+    ++elementVariables_;
+    for (std::size_t b = 0; b < blocks_.size(); ++b) {
+      const std::vector<int32_t>& elements = blocks_[b].elements;
+      scratch_.resize(elements.size());
+      for (std::size_t k = 0; k < elements.size(); ++k)
+        scratch_[k] = values[components * static_cast<std::size_t>(elements[k]) + c];
+      check(ex_put_var(id_, count_, EX_ELEM_BLOCK, elementVariables_, static_cast<ex_entity_id>(b + 1),
+                       static_cast<int64_t>(elements.size()), scratch_.data()));
+    }
   }
 }
 
-void ResultsFile::writeDerivedFields(int firstVariable, const Fields& fields) {
+void ResultsFile::writeDerivedFields(const Fields& fields) {
+  if (std::none_of(derivedFieldNames.begin(), derivedFieldNames.end(), [&](auto name) { return isChosen(name); }))
+    return;
   for (std::size_t b = 0; b < blocks_.size(); ++b) {
     const std::size_t count = blocks_[b].elements.size();
     const std::vector<double> values = derivedFields(mesh_, blocks_[b].elements, fields);
+    int variable = elementVariables_;
     for (std::size_t k = 0; k < derivedFieldNames.size(); ++k)
-      check(ex_put_var(id_, count_, EX_ELEM_BLOCK, firstVariable + static_cast<int>(k),
-                       static_cast<ex_entity_id>(b + 1), static_cast<int64_t>(count), values.data() + k * count));
+      if (isChosen(derivedFieldNames[k]))
+        check(ex_put_var(id_, count_, EX_ELEM_BLOCK, ++variable, static_cast<ex_entity_id>(b + 1),
+                         static_cast<int64_t>(count), values.data() + k * count));
   }
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "solver/analysis/analysis.h"
+#include "solver/results/field_names.h"
 #include "solver/results/partial_file.h"
 
 #include <string>
@@ -11,14 +12,14 @@ namespace sharedanalysis::solver {
 
 // Blocks are the sections, node sets the groups of faces, edges and points; numbers are those of the mesh file.  Node
 // variables are displacement, velocity and reaction (_x _y _z), element variables stress (_xx _yy _zz _xy _yz _xz),
-// strain_energy_density, mask and the derived fields, global variables the energies.  Everything is in double precision.  The file can be
+// strain_energy_density, mask and the derived fields, as many as the case has chosen, global variables the energies.  Everything is in double precision.  The file can be
 // opened by a viewer after every write.  All members throw WriteError.
 // Bytes of a file of fields with so many output times, without its head.
 double sizeOfFields(const Mesh& mesh, double times);
 
 class ResultsFile {
 public:
-  // info: lines that go into the file as they are, cut to 80 characters.  The mesh outlives the file.
+  // info: lines that go into the file as they are, cut to 80 characters.  Mesh and case outlive the file.
   ResultsFile(const std::filesystem::path& name, const Mesh& mesh, const Case& definition,
               const std::vector<std::string>& info);
   ~ResultsFile();
@@ -43,14 +44,18 @@ private:
   void writeNodeSets(const Mesh& mesh);
   void writeInfo(const std::vector<std::string>& info);
   void declareVariables();
-  void writeNodeVector(int firstVariable, std::span<const double> values);
-  void writeElementVariable(int variable, std::span<const double> values, std::size_t stride, std::size_t component);
-  void writeDerivedFields(int firstVariable, const Fields& fields);
+  bool isChosen(std::string_view variable) const;
+  std::vector<std::string> variablesOf(Entity entity) const;
+  void writeNodeVector(std::string_view field, std::span<const double> values);
+  void writeElementField(std::string_view field, std::span<const double> values, std::size_t components);
+  void writeDerivedFields(const Fields& fields);
 
   PartialFile file_;
   const Mesh& mesh_;
   int id_ = -1;
   int count_ = 0;
+  const std::vector<std::string>& fields_;       // that the case has chosen
+  int nodeVariables_ = 0, elementVariables_ = 0; // written at this time so far
   std::vector<Block> blocks_;
   std::vector<double> scratch_;
 };

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <numbers>
 
 namespace {
 
@@ -184,6 +185,36 @@ void expectGroups(const Analysis& analysis, const Case& c, const Mesh& mesh) {
   for (int k = 0; k < 5; ++k) EXPECT_NEAR(of[9 + k], energies[k], 1e-12 * e.total()) << k;
 }
 
+// A quarter of a thick tube, 1 m to 2 m, in plane strain under inner pressure p: G. Lame and B. Clapeyron 1833.
+constexpr double kInner = 1000;
+void pressTube(Case& c, Mesh& mesh) {
+  mesh = box({8, 8, 1}, {1, std::numbers::pi / 2, 0.1});
+  for (std::size_t i = 0; i < mesh.coordinates.size(); i += 3) {
+    const double r = 1 + mesh.coordinates[i], angle = mesh.coordinates[i + 1];
+    mesh.coordinates[i] = r * std::cos(angle), mesh.coordinates[i + 1] = r * std::sin(angle);
+  }
+  for (const char* face : {"z0", "z1"}) fix(c, face, "z");
+  c.symmetryPlanes = {{"y0", {0, 1, 0}}, {"y1", {1, 0, 0}}};
+  loaded("pressure", "x0", {{0, 0.2}, {0, kInner}, Curve::Smooth})(c, mesh);
+}
+const auto shiftOfBore = [](const Analysis& a) { return a.fields().displacement[0]; };
+
+// A pressure all around neither moves nor turns a body of any shape, only with exact shares of its warped faces.
+TEST_F(Loads, PressureOnAClosedSurfaceTurnsNothing) {
+  Mesh mesh = box({2, 2, 3}, {0.2, 0.2, 0.3});
+  Random random(5);
+  for (double& x : mesh.coordinates) x += random.uniform(-0.02, 0.02);
+  Case c = caseOf(neoHooke(kE, 0.3, kRho), kEnd);
+  loaded("pressure", "surface", constant(5e4))(c, mesh);
+  Analysis analysis(mesh, c, 2);
+  ASSERT_TRUE(runsToTheEnd(analysis, c));
+  const double size = std::sqrt(2 * analysis.energies().kinetic * 12);
+  for (int k = 0; k < 3; ++k) {
+    EXPECT_NEAR(analysis.linearMomentum()[k], 0, 1e-11 * size);
+    EXPECT_NEAR(analysis.angularMomentum()[k], 0, 1e-11 * size);
+  }
+}
+
 TEST_F(Loads, AreThoseOfMechanics) {
   const Truth truths[] = {
       {"displacement", 0.3, led({{0, 2 * kEnd}, kRise, Curve::Linear, Quantity::Displacement}), shiftX, 1, 1e-13},
@@ -225,6 +256,7 @@ TEST_F(Loads, AreThoseOfMechanics) {
       {"sticking", 0.3, still(onFloor(kE, 1, 0, 1, 2), 1), measured(1), -2 * 16, 1e-4},
       {"its pressure", 0.3, still(onFloor(kE, 1, 0, 1, 2), 1), measured(3), 5 * 16, 1e-4},
       {"wall at an angle", 0.3, still(leanOnWall, 0.3), measured(1), -5 * 16, 1e-4},
+      {"tube", 0.3, still(pressTube, 0.6), shiftOfBore, 1.3 / kE * kInner / 3 * (0.4 + 4), 1e-2},
       {"symmetry", 0.3, pressTurnedEighth, strainEnergy, strainEnergyOf(pressEighth), 1e-4},
       {"symmetry of what is led", 0.3, ride, shiftY, -2 * kEnd, 1e-12},
       {"pressure that turns", 0.3, pressOnTurning, momentumX, -1e4 * 0.08 * kEnd * std::sin(1), 2e-3},

@@ -158,6 +158,10 @@ TEST_F(Mistakes, NumbersWithoutSense) {
       {"0.05", "1\ndamping = 0\nquasi_static = true",
        ":26:11: damping is given with quasi_static, which chooses it, expected one of them"},
       {"0.05", "1\n[output]\ninterval = 0", ":27:12: interval is 0, expected a positive number in s"},
+      {"0.05", "1\n[output]\nfields = [\"strain\"]",
+       ":27:10: \"strain\" is no field, expected one of displacement, velocity, reaction, stress, "
+       "strain_energy_density, mask, "
+       "principal_stress, principal_rotation, principal_direction, material_orientation"},
       {"0.05", "1\n[output]\nhistory_interval = 1e-9",
        ":27:20: history_interval is 1e-09, which makes more than 100000 records, expected at least 1e-05 s"},
       {"0.05", "1\n[output]\nfilter_cutoff = 0", ":27:17: filter_cutoff is 0, expected a positive number in Hz"},

@@ -372,6 +372,19 @@ TEST_F(CompleteRun, Fields) {
   }
 }
 
+TEST_F(CompleteRun, FieldsThatAreAskedFor) {
+  writeFile("in/bar.toml", replaced(readFile("in/bar.toml"), "[output]",
+                                    "[output]\nfields = [\"principal_stress\", \"mask\", \"reaction\"]"));
+  run({"in/bar.toml", "-q", "-o", "few"}, 0, oneThread);
+  const FieldFile all("out/bar.exo"), few("few/bar.exo");
+  EXPECT_EQ(few.variables(EX_NODAL), (Strings{"reaction_x", "reaction_y", "reaction_z"}));
+  EXPECT_EQ(few.variables(EX_ELEM_BLOCK),
+            (Strings{"mask", "principal_stress_1", "principal_stress_2", "principal_stress_3"}));
+  for (const ex_entity_type type : {EX_NODAL, EX_ELEM_BLOCK})
+    for (const std::string& name : few.variables(type))
+      EXPECT_EQ(few.values(type, 4, name), all.values(type, 4, name)) << name;
+}
+
 TEST_F(CompleteRun, MessageAndStatusFile) {
   const std::string messages = readFile("out/bar.msg");
   const auto increment = std::to_string(static_cast<int64_t>(readHistory("out/bar.csv")["increment"].back()));
