@@ -90,7 +90,7 @@ private:
     terminal_.line("about " + shortNumber(increments) + " increments if the first one stays as it is, " + time +
                    (time.size() > 5 ? " h, " : " min, ") +
                    shortNumber(static_cast<double>(used.ru_maxrss) * kUnitOfMemory / kMega) + " MB of memory, " +
-                   shortNumber(sizeOfFields(mesh_, times) / kMega) + " MB of fields");
+                   shortNumber(sizeOfFields(mesh_, definition_, times) / kMega) + " MB of fields");
   }
 
   ExitCode analyse(Analysis& analysis) {

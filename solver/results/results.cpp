@@ -14,6 +14,23 @@ namespace {
 constexpr int brickNodes = 8;
 constexpr std::size_t stressComponents = 6;
 
+bool isChosen(const std::vector<std::string>& fields, std::string_view variable) {
+  return std::any_of(fields.begin(), fields.end(),
+                     [&](const std::string& field) { return variable.starts_with(field); });
+}
+
+// The variables of nodes, elements or the model with the chosen fields, in the order in which they are written.
+std::vector<std::string> variablesOf(const std::vector<std::string>& fields, Entity entity) {
+  std::vector<std::string> names;
+  for (const FieldName& field : fieldNames)
+    if (field.entity == entity && (entity == Entity::Model || isChosen(fields, field.array)))
+      names.insert(names.end(), field.components.begin(), field.components.begin() + field.count);
+  if (entity == Entity::Element)
+    for (const std::string_view name : derivedFieldNames)
+      if (isChosen(fields, name)) names.emplace_back(name);
+  return names;
+}
+
 // Exodus takes arrays of pointers to texts that it does not change.
 class TextPointers {
 public:
@@ -43,12 +60,11 @@ bool isNodeSet(const Group& group) { return group.dimension < 3 && !group.nodes.
 
 } // namespace
 
-double sizeOfFields(const Mesh& mesh, double times) {
-  const auto values = [](Entity entity) { return static_cast<double>(variablesOf(entity).size()); };
-  const double ofElement = values(Entity::Element) + static_cast<double>(derivedFieldNames.size());
+double sizeOfFields(const Mesh& mesh, const Case& definition, double times) {
+  const auto values = [&](Entity entity) { return static_cast<double>(variablesOf(definition.fields, entity).size()); };
   constexpr double kModelOfNode = 3 + 1, kModelOfElement = 8; // coordinates and numbers, corners
   return sizeof(double) * (mesh.nodes() * (kModelOfNode + times * values(Entity::Node)) +
-                           mesh.elements() * (kModelOfElement + times * ofElement));
+                           mesh.elements() * (kModelOfElement + times * values(Entity::Element)));
 }
 
 ResultsFile::ResultsFile(const std::filesystem::path& name, const Mesh& mesh, const Case& definition,
@@ -160,23 +176,6 @@ void ResultsFile::writeInfo(const std::vector<std::string>& info) {
   check(ex_put_qa(id_, 1, records));
 }
 
-bool ResultsFile::isChosen(std::string_view variable) const {
-  return std::any_of(fields_.begin(), fields_.end(),
-                     [&](const std::string& field) { return variable.starts_with(field); });
-}
-
-// The variables of nodes, elements or the model, in the order in which they are written.
-std::vector<std::string> ResultsFile::variablesOf(Entity entity) const {
-  std::vector<std::string> names;
-  for (const FieldName& field : fieldNames)
-    if (field.entity == entity && (entity == Entity::Model || isChosen(field.array)))
-      names.insert(names.end(), field.components.begin(), field.components.begin() + field.count);
-  if (entity == Entity::Element)
-    for (const std::string_view name : derivedFieldNames)
-      if (isChosen(name)) names.emplace_back(name);
-  return names;
-}
-
 void ResultsFile::declareVariables() {
   const auto declare = [&](ex_entity_type type, std::vector<std::string> names) {
     if (names.empty()) return;
@@ -184,9 +183,9 @@ void ResultsFile::declareVariables() {
     check(ex_put_variable_param(id_, type, texts.count()));
     check(ex_put_variable_names(id_, type, texts.count(), texts.get()));
   };
-  declare(EX_GLOBAL, variablesOf(Entity::Model));
-  declare(EX_NODAL, variablesOf(Entity::Node));
-  const std::vector<std::string> elementNames = variablesOf(Entity::Element);
+  declare(EX_GLOBAL, variablesOf(fields_, Entity::Model));
+  declare(EX_NODAL, variablesOf(fields_, Entity::Node));
+  const std::vector<std::string> elementNames = variablesOf(fields_, Entity::Element);
   declare(EX_ELEM_BLOCK, elementNames);
   if (elementNames.empty()) return;
   // every block has every variable
@@ -212,7 +211,7 @@ void ResultsFile::write(double time, const Fields& fields, const Energies& energ
 }
 
 void ResultsFile::writeNodeVector(std::string_view field, std::span<const double> values) {
-  if (!isChosen(field)) return;
+  if (!isChosen(fields_, field)) return;
   const std::size_t nodes = values.size() / 3;
   scratch_.resize(nodes);
   for (std::size_t c = 0; c < 3; ++c) {
@@ -222,7 +221,7 @@ void ResultsFile::writeNodeVector(std::string_view field, std::span<const double
 }
 
 void ResultsFile::writeElementField(std::string_view field, std::span<const double> values, std::size_t components) {
-  if (!isChosen(field)) return;
+  if (!isChosen(fields_, field)) return;
   for (std::size_t c = 0; c < components; ++c) {
     ++elementVariables_;
     for (std::size_t b = 0; b < blocks_.size(); ++b) {
@@ -237,14 +236,15 @@ void ResultsFile::writeElementField(std::string_view field, std::span<const doub
 }
 
 void ResultsFile::writeDerivedFields(const Fields& fields) {
-  if (std::none_of(derivedFieldNames.begin(), derivedFieldNames.end(), [&](auto name) { return isChosen(name); }))
+  if (std::none_of(derivedFieldNames.begin(), derivedFieldNames.end(),
+                   [&](auto name) { return isChosen(fields_, name); }))
     return;
   for (std::size_t b = 0; b < blocks_.size(); ++b) {
     const std::size_t count = blocks_[b].elements.size();
     const std::vector<double> values = derivedFields(mesh_, blocks_[b].elements, fields);
     int variable = elementVariables_;
     for (std::size_t k = 0; k < derivedFieldNames.size(); ++k)
-      if (isChosen(derivedFieldNames[k]))
+      if (isChosen(fields_, derivedFieldNames[k]))
         check(ex_put_var(id_, count_, EX_ELEM_BLOCK, ++variable, static_cast<ex_entity_id>(b + 1),
                          static_cast<int64_t>(count), values.data() + k * count));
   }

@@ -15,7 +15,7 @@ namespace sharedanalysis::solver {
 // strain_energy_density, mask and the derived fields, as many as the case has chosen, global variables the energies.  Everything is in double precision.  The file can be
 // opened by a viewer after every write.  All members throw WriteError.
 // Bytes of a file of fields with so many output times, without its head.
-double sizeOfFields(const Mesh& mesh, double times);
+double sizeOfFields(const Mesh& mesh, const Case& definition, double times);
 
 class ResultsFile {
 public:
@@ -44,8 +44,6 @@ private:
   void writeNodeSets(const Mesh& mesh);
   void writeInfo(const std::vector<std::string>& info);
   void declareVariables();
-  bool isChosen(std::string_view variable) const;
-  std::vector<std::string> variablesOf(Entity entity) const;
   void writeNodeVector(std::string_view field, std::span<const double> values);
   void writeElementField(std::string_view field, std::span<const double> values, std::size_t components);
   void writeDerivedFields(const Fields& fields);
