@@ -135,7 +135,8 @@ void addNormal(const SymmetryPlane& plane, int64_t number, int32_t node, std::ve
     else
       for (size_t c = 0; c < 3; ++c) rest.direction[c] -= common * p.direction[c];
   }
-  const double length = std::hypot(rest.direction[0], rest.direction[1], rest.direction[2]);
+  const std::array<double, 3>& d = rest.direction;
+  const double length = std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
   const bool isNew = length > kSamePlane;
   for (size_t axis = 0; axis < 3; ++axis) {
     if (!histories[axis] || factors[axis] == 0 || isRest(*histories[axis])) continue;

@@ -155,6 +155,9 @@ TEST_F(ProgramTest, CheckWritesNothing) {
   const Outcome example = run({SA_EXAMPLES "/twisting_column/column.toml", "--check"}, 0, twoThreads);
   EXPECT_TRUE(contains(example.out, "7381 nodes, 6000 bricks")) << example.out;
   EXPECT_TRUE(contains(example.out, "about 1274 increments") && contains(example.out, " MB of fields")) << example.out;
+  // the reaction that the manual tells
+  run({SA_EXAMPLES "/thick_tube/tube.toml", "-q", "-o", "tube"});
+  EXPECT_NEAR(readHistory("tube/tube.csv")["reaction_y_y"].back(), -100.19, 0.005);
 }
 
 TEST_F(ProgramTest, PlainLinesForAFile) {
