@@ -32,6 +32,28 @@ inline double determinant(const double* t) {
 }
 inline double norm(double q, double p, double f) { return std::sqrt(q * q + f * p * p); }
 
+// The root of a rising function between two ends, by false position that halves the weight of an end that stays; the last
+// argument that the function saw.
+template <class Function>
+inline double rootOf(Function f, double low, double high, double below, double above, double exact) {
+  double x = low;
+  for (int step = 0, side = 0; step < 80 && high - low > 1e-15; ++step) {
+    x = (low * above - high * below) / (above - below);
+    const double value = f(x);
+    if (std::abs(value) < exact) break;
+    if (value > 0) {
+      high = x, above = value;
+      if (side > 0) below *= .5;
+      side = 1;
+    } else {
+      low = x, below = value;
+      if (side < 0) above *= .5;
+      side = -1;
+    }
+  }
+  return x;
+}
+
 // Jacobi's rotations; direction a in column a of Q.
 inline void eigen(const double* t, double* l, double (*Q)[3]) {
   double A[3][3] = {{t[0], t[3], t[5]}, {t[3], t[1], t[4]}, {t[5], t[4], t[2]}};
@@ -374,7 +396,6 @@ inline void thermoplastic(int32_t n, const MaterialBlock& b) {
     };
     double x = 1;
     if (beyond(1) > 0) {
-      double low = 0, high = 1;
       const double atLow = beyond(1e-14);
       if (atLow >= 0) { // the apex of the surface
         const double st = tensile(ep), sc = pressed(ep), f1 = k * st * sc, f2 = 3 * k * (sc - st),
@@ -383,21 +404,7 @@ inline void thermoplastic(int32_t n, const MaterialBlock& b) {
         if (f3 > 0) p = std::min(p, (f2 + root) / (2 * f3));
         dep = qt / (3 * G) + std::abs(pt - p) / (3 * K);
       } else {
-        double below = atLow, above = beyond(1);
-        for (int step = 0, side = 0; step < 60 && high - low > 1e-15; ++step) {
-          x = (low * above - high * below) / (above - below);
-          const double value = beyond(x);
-          if (std::abs(value) < 1e-13 * qt) break;
-          if (value > 0) {
-            high = x, above = value;
-            if (side > 0) below *= .5;
-            side = 1;
-          } else {
-            low = x, below = value;
-            if (side < 0) above *= .5;
-            side = -1;
-          }
-        }
+        x = rootOf(beyond, 0, 1, atLow, beyond(1), 1e-13 * qt);
         beyond(x);
       }
     }
@@ -627,21 +634,8 @@ inline void superelasticExponential(int32_t n, const MaterialBlock& b) {
                  (at >= end ? 0 : (1 - xi) * std::exp(std::min(0., beta * (1 / (at - end) - 1 / (start - end)))));
         return y - (at <= end ? 0 : xi * std::exp(std::min(0., -beta * (1 / (at - end) - 1 / (start - end)))));
       };
-      double low = up ? xi : 0, high = up ? 1 : xi, below = missing(low), above = missing(high);
-      for (int step = 0, side = 0; step < 80 && high - low > 1e-15; ++step) {
-        x = (low * above - high * below) / (above - below);
-        const double value = missing(x);
-        if (std::abs(value) < 1e-15) break;
-        if (value > 0) {
-          high = x, above = value;
-          if (side > 0) below *= .5;
-          side = 1;
-        } else {
-          low = x, below = value;
-          if (side < 0) above *= .5;
-          side = -1;
-        }
-      }
+      const double low = up ? xi : 0, high = up ? 1 : xi;
+      x = rootOf(missing, low, high, missing(low), missing(high), 1e-15);
     }
     const double factor = N > 0 ? eD * x / N : 0;
     double work = 0;

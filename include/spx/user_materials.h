@@ -57,7 +57,7 @@ extern "C" {
  * variables, number of properties, values of properties (superelastic material: name, element support, number of properties,
  * number of state variables, values; honeycomb: properties before state variables).  The first that fails is written as an "Error" and ends the analysis by
  * GLO_UTI_EXIT with code 20.  A block is returned untouched then, in case the host goes on.  Property values that must be
- * positive are marked + below.  docs/user-materials.md lists every check.
+ * positive are marked + below.  docs/user-materials.md lists every check, and says which test determines which property.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** The material of this name, for one block.  The first key of the table above, in the order of its first column and then
