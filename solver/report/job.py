@@ -153,7 +153,7 @@ class Job:
         return self.directory / (self.name + suffix)
 
     def _results(self, suffix):
-        return next((file for file in (self._file(suffix), self._file(suffix + PARTIAL)) if file.exists()), None)
+        return next((file for file in (self._file(suffix), self._file(suffix + PARTIAL)) if file.is_file()), None)
 
     def is_of_the_run(self, path):
         """Whether a file is one of the run, which a report must not replace."""
@@ -180,8 +180,9 @@ class Job:
             self.notes["history"].append(f"{self.history.name} was not read: {error}")
             return [], []
         if left_out:
-            self.notes["history"].append(f"{left_out} incomplete lines of {self.history.name} were left out.")
+            self.notes["history"].append(f"Incomplete lines of {self.history.name} were left out: {left_out}.")
         if not columns or not columns[0] or names[0] != "time":
-            self.notes["history"].append(f"{self.history.name} has no line of numbers below a line of names that begins with time.")
+            self.notes["history"].append(f"{self.history.name} holds no numbers, expected a line of names that begins with time "
+                                         "and lines of as many numbers.")
             return [], []
         return names, columns

@@ -2,15 +2,20 @@
 JSON.  sharedanalysis-report starts it as a process of its own, under xvfb-run where there is no display.
 
     pictures.py RESULTS.exo DIRECTORY FIELD [TIME...]
+
+FIELD may be empty: the von Mises stress then, or the first of others that is written.
 """
 import json
 import math
 import sys
 
-import numpy
-import picture
-import vtk
-from vtk.util.numpy_support import vtk_to_numpy
+try:
+    import numpy
+    import picture
+    import vtk
+    from vtk.util.numpy_support import vtk_to_numpy
+except ImportError as error:
+    sys.exit(f"error: {error}; install python3-vtk9 and python3-numpy")
 
 PIXELS = 320000
 SUFFIXES = (("x", "y", "z"), ("x", "y", "z", "w"), ("1", "2", "3"), tuple(picture.STRESSES))
@@ -104,14 +109,19 @@ def limits(shown):
 
 
 def main():
-    path, directory, field, *times = sys.argv[1:]
+    path, directory, chosen, *times = sys.argv[1:]
     reader = picture.open_results(path)
-    values_of, caption = quantity(field)
-    try:
-        undeformed = picture.reference(reader, values_of, field)
-        shown = list(picture.states(reader, [float(time) for time in times], values_of, field))
-    except KeyError as error:
-        sys.exit(f"error: the fields have no {error.args[0]}")
+    candidates = [chosen] if chosen else ["von Mises", "strain_energy_density", "displacement", "velocity"]
+    for field in candidates:
+        values_of, caption = quantity(field)
+        try:
+            undeformed = picture.reference(reader, values_of, field)
+            shown = list(picture.states(reader, [float(time) for time in times], values_of, field))
+            break
+        except KeyError as error:
+            missing = error.args[0]
+    else:
+        sys.exit(f"error: the fields have no {missing if chosen else ' or '.join(candidates)}")
     shown = [(time, grid) for time, grid in shown if grid.GetNumberOfCells()]
     if not shown:
         sys.exit("error: there are no bricks to draw")
