@@ -4,7 +4,7 @@ import math
 import re
 from decimal import Decimal
 
-WIDTH, HEIGHT, LEFT, RIGHT, UPPER, BELOW = 460, 250, 66, 14, 20, 34
+WIDTH, HEIGHT, LEFT, RIGHT, UPPER, BELOW = 400, 236, 60, 12, 20, 34
 MOST_POINTS = 2000  # of a chart; longer histories are drawn by the extremes of short stretches
 ENERGIES = ["kinetic_energy", "strain_energy", "hourglass_energy", "viscous_energy", "damage_energy", "friction_energy",
             "impact_energy", "damping_energy", "external_work", "total_energy"]

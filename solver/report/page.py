@@ -91,35 +91,33 @@ def model_section(job):
     return section("Model", "".join(parts))
 
 
+def energy_charts(columns, charts):
+    present = [name for name in ENERGIES if name in columns]
+    some = [name for name in present if any(columns[name])] or present
+    none = [name for name in present if name not in some]
+    parts = []
+    if present:
+        parts.append(charts.chart("Energies", columns["time"], [(name, columns[name]) for name in some],
+                                  f"Zero all the time: {', '.join(none)}." if none else ""))
+    if "balance_error" in columns:
+        note = f"At the end {relative_error(columns)} of the largest energy." if largest_energy(columns) > 0 else ""
+        parts.append(charts.chart("Energy balance is off by", columns["time"], [("balance_error", columns["balance_error"])], note))
+    return parts
+
+
 def course_section(job, charts):
     columns = dict(zip(job.names, job.columns))
-    parts = [charts.chart(title, columns["time"], [(name, columns[name])])
-             for title, name in (("Stable increment", "stable_increment"), ("Increments done", "increment")) if name in columns]
+    parts = energy_charts(columns, charts)
+    parts += [charts.chart(title, columns["time"], [(name, columns[name])])
+              for title, name in (("Stable increment", "stable_increment"), ("Increments done", "increment")) if name in columns]
     steps = (job.diagnostics or {}).get("steps", [])
     keys = [("name", "step"), ("increments", "increments"), ("cutbacks", "cutbacks"), ("errors", "errors"), ("warnings", "warnings"),
             ("time", "time, s"), ("smallest_time_increment", "smallest increment, s"),
             ("largest_time_increment", "largest increment, s")]
     cell = lambda v: "" if v is None else short(v) if isinstance(v, float) else v
     rows = [[escape(cell(step.get(key))) for key, _ in keys] for step in steps]
-    return section("Course", f'<div class="charts">{"".join(parts)}</div>' * bool(parts) +
+    return section("Energies and course", f'<div class="charts">{"".join(parts)}</div>' * bool(parts) +
                    (table([text for _, text in keys], rows) if rows else ""))
-
-
-def energy_section(job, charts):
-    columns = dict(zip(job.names, job.columns))
-    present = [name for name in ENERGIES if name in columns]
-    if not present:
-        return ""
-    some = [name for name in present if any(columns[name])] or present
-    none = [name for name in present if name not in some]
-    parts = [charts.chart("Energies", columns["time"], [(name, columns[name]) for name in some],
-                          f"Zero all the time: {', '.join(none)}." if none else "")]
-    if "balance_error" in columns:
-        parts.append(charts.chart("Balance: change of total energy less external work", columns["time"],
-                                  [("balance_error", columns["balance_error"])],
-                                  f"At the end {relative_error(columns)} of the largest energy."
-                                  if largest_energy(columns) > 0 else ""))
-    return section("Energies", f'<div class="charts">{"".join(parts)}</div>')
 
 
 def history_section(job, charts):
@@ -160,10 +158,11 @@ def problem_section(job):
             first = problem.get("first", {})
             when = ", ".join(f"{name} {short(first[name]) if name == 'time' else first[name]}" + (" s" if name == "time" else "")
                              for name in ("increment", "time") if first.get(name) is not None)
-            rows.append((f'<span class="{kind}">{kind}</span>', f"{escape(problem.get('name'))}<br>{escape(problem.get('text'))}",
-                         f"{problem.get('count')}", escape(when), places(problem)))
+            times = f"{problem.get('count')} times" + (f", first at {when}" if when else "")
+            rows.append((f'<span class="{kind}">{kind}</span>', f"{escape(problem.get('name'))}, {escape(times)}<br>"
+                         f"{escape(problem.get('text'))}", places(problem)))
         if rows:
-            parts.append(table(["", "problem", "times", "first", "where"], rows, "problems"))
+            parts.append(table(["", "problem", "where"], rows, "problems"))
         hidden = job.diagnostics.get("problem_count", 0) - len(rows)
         if not rows:
             parts.append(paragraphs(["The diagnostics database has none."]))
@@ -171,7 +170,8 @@ def problem_section(job):
             parts.append(paragraphs([f"{hidden} more in the diagnostics database."]))
     if job.messages:
         shown = chr(10).join(job.messages[:200])
-        parts.append(f"<details><summary>{len(job.messages)} notes, warnings and errors of the message file</summary>"
+        opened = " open" if job.diagnostics is None else ""
+        parts.append(f"<details{opened}><summary>{len(job.messages)} notes, warnings and errors of the message file</summary>"
                      f"<pre>{escape(shown)}</pre></details>")
     return section("Problems", "".join(parts))
 
@@ -196,8 +196,8 @@ def picture_section(job, pictures):
 
 def page(job, pictures, version):
     charts = Charts()
-    body = "".join([head(job), problem_section(job), picture_section(job, pictures), energy_section(job, charts),
-                    course_section(job, charts), history_section(job, charts), model_section(job)])
+    body = "".join([head(job), problem_section(job), picture_section(job, pictures), course_section(job, charts),
+                    history_section(job, charts), model_section(job)])
     style, script = (HERE / "page.css").read_text(encoding="utf-8"), (HERE / "page.js").read_text(encoding="utf-8")
     # no text of the run may end the element that holds the numbers
     numbers = json.dumps(charts.data, allow_nan=False, separators=(",", ":")).replace("<", "\\u003c")
