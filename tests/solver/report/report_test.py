@@ -33,7 +33,7 @@ material = "<b>rubber"
 [[velocity]]
 group = "top"
 component = "z"
-value = 5.0
+value = 4.5
 [[history]]
 group = "top"
 name = "top"
@@ -154,7 +154,8 @@ class Report(unittest.TestCase):
     @unittest.skipUnless(HAS_VTK, "needs VTK and xvfb")
     def test_pictures(self):
         page = self.report(self.at / "bar", "--times", 0, 0.0031, "--field", "displacement")
-        self.assertIn("displacement, m", page.text)
+        # the top has moved 4.5 m/s * 0.003 s
+        self.assertIn("displacement, m00.00750.015", [data for _, a, data in page.of("div") if a.get("class") == "scale"])
         self.assertEqual([data for *_, data in page.of("figcaption")][:2], ["0 s", "0.003 s"])
         pictures = [base64.b64decode(a["src"].partition("base64,")[2]) for _, a, _ in page.of("img")]
         for data, (_, attributes, _) in zip(pictures, page.of("img"), strict=True):
@@ -175,9 +176,10 @@ class Report(unittest.TestCase):
             page = self.report(self.at_with(("j.exo.partial", exo[:size])))
             for part in ("j.exo.partial was not read", "There is no history", "no diagnostics database", "not drawn", "no status file"):
                 self.assertIn(part, page.text)
-        page = self.report(self.at_with(("j.csv.partial", "time,a\n0,1\n1,nan\n2,-1e308\n3,1e308\n4"), ("j.sta", "Status x\n")))
+        page = self.report(self.at_with(("j.csv.partial", "time,</script><i>\n0,1\n1,nan\n2,-1e308\n3,1e308\n4"), ("j.sta", "Status x\n")))
         for part in ("run goes on", "Incomplete lines of j.csv.partial were left out: 1", "1 values are not finite", "no file of fields"):
             self.assertIn(part, page.text)
+        self.assertEqual(page.charts[0]["names"], ["</script><i>"])
         self.assertEqual(page.charts[0]["values"], [[1, None, -1e308, 1e308]])
 
     def at_with(self, *files):
@@ -187,11 +189,11 @@ class Report(unittest.TestCase):
         return directory
 
     def test_long_histories_keep_their_peaks(self):
-        values = [math.sin(k / 500) + 7 * (k == 77777) for k in range(100000)]
+        values = [math.sin(k / 500) + 7 * (k == 77777) - 5 * (k == 33333) for k in range(100000)]
         page = self.report(self.at_with(("j.csv", "time,v\n" + "".join(f"{k},{v!r}\n" for k, v in enumerate(values)))))
         chart = page.charts[0]
         self.assertLessEqual(len(chart["time"]), 2002)
-        self.assertEqual((chart["time"][0], chart["time"][-1], max(chart["values"][0])), (0, 99999, values[77777]))
+        self.assertTrue({0, 33333, 77777, 99999} <= set(chart["time"]))
         self.assertEqual([values[int(t)] for t in chart["time"]], chart["values"][0])
 
     def test_ticks(self):
