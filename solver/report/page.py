@@ -50,7 +50,7 @@ def head(job):
     if job.diagnostics:
         pairs += [("problems", str(job.diagnostics.get("problem_count", 0)))]
         elapsed = job.diagnostics.get("run", {}).get("elapsed")
-        pairs += [("computing time", f"{elapsed:.3g} s")] if elapsed is not None else []
+        pairs += [("elapsed time", f"{elapsed:.3g} s")] if elapsed is not None else []
     partial = ' <span class="note">The results are partial.</span>' if job.is_partial else ""
     origin = " ".join(job.model.get("origin", []))
     return (f'<header><h1>{escape(job.title)}</h1><p class="origin">job {escape(job.name)}'
