@@ -11,7 +11,7 @@ programs:
 
 demo:
 	@scripts/setup
-	@scripts/build release $(OPTIONS) sharedanalysis-explicit
+	@scripts/build release $(OPTIONS) sharedanalysis-explicit sharedanalysis-diagnostics
 	@scripts/demo
 
 test:

@@ -12,18 +12,16 @@ import os
 import shutil
 import sys
 
-if not os.environ.get("DISPLAY") and "--help" not in sys.argv and "-h" not in sys.argv:
-    if shutil.which("xvfb-run") is None:
-        sys.exit("error: there is no display; install xvfb and xauth, or set DISPLAY")
-    os.execvp("xvfb-run", ["xvfb-run", "-a", sys.executable, *sys.argv])
 try:
     import numpy
     import vtk
     from vtk.util.numpy_support import numpy_to_vtk, vtk_to_numpy
 except ImportError as error:
+    if __name__ != "__main__":
+        raise
     sys.exit(f"error: {error}; install python3-vtk9 and python3-numpy")
 
-STRESSES = ["stress_xx", "stress_yy", "stress_zz", "stress_xy", "stress_yz", "stress_xz"]
+STRESSES = ["xx", "yy", "zz", "xy", "yz", "xz"]
 
 
 def parse_arguments():
@@ -34,6 +32,15 @@ def parse_arguments():
     parser.add_argument("--times", type=float, nargs="+", help="s; six evenly spread ones otherwise")
     parser.add_argument("--size", type=int, nargs=2, default=[1600, 950], help="pixels")
     return parser.parse_args()
+
+
+def go_to_a_display():
+    """Starts the program again under xvfb-run where there is no display."""
+    if os.environ.get("DISPLAY"):
+        return
+    if shutil.which("xvfb-run") is None:
+        sys.exit("error: there is no display; install xvfb and xauth, or set DISPLAY")
+    os.execvp("xvfb-run", ["xvfb-run", "-a", sys.executable, *sys.argv])
 
 
 def open_results(path):
@@ -50,25 +57,23 @@ def open_results(path):
 
 
 def von_mises(cells):
-    """Readers may join the six stress variables to one array of six components or leave them alone."""
-    array = cells.GetArray("stress_")
-    array = cells.GetArray("stress") if array is None else array
-    if array is not None:
-        xx, yy, zz, xy, yz, xz = vtk_to_numpy(array).T
-    else:
-        xx, yy, zz, xy, yz, xz = (vtk_to_numpy(cells.GetArray(name)) for name in STRESSES)
+    xx, yy, zz, xy, yz, xz = components(cells, "stress", STRESSES).T
     return numpy.sqrt(0.5 * ((xx - yy) ** 2 + (yy - zz) ** 2 + (zz - xx) ** 2) + 3 * (xy**2 + yz**2 + xz**2))
 
 
 def components(cells, name, suffixes):
-    """Values of the variables name_suffix by cell; readers may join them to one array."""
+    """Values of the variables name_suffix by cell; readers may join them to one array.  KeyError where there are none."""
     for joined in (name + "_", name):
         if cells.GetArray(joined) is not None:
             return vtk_to_numpy(cells.GetArray(joined))
+    if any(cells.GetArray(f"{name}_{suffix}") is None for suffix in suffixes):
+        raise KeyError(name)
     return numpy.column_stack([vtk_to_numpy(cells.GetArray(f"{name}_{suffix}")) for suffix in suffixes])
 
 
 def without_failed(grid):
+    if grid.GetCellData().GetArray("mask") is None:
+        return grid
     whole = vtk.vtkThreshold()
     whole.SetInputData(grid)
     whole.SetInputArrayToProcess(0, 0, 0, vtk.vtkDataObject.FIELD_ASSOCIATION_CELLS, "mask")
@@ -79,8 +84,13 @@ def without_failed(grid):
     return whole.GetOutput()
 
 
-def merged_blocks(reader):
-    """All element blocks as one grid with the von Mises stress in MPa at the nodes, the written fields at the cells."""
+def stress_in_mpa(grid):
+    return von_mises(grid.GetCellData()) / 1e6
+
+
+def merged_blocks(reader, values_of=stress_in_mpa, name="von Mises"):
+    """All element blocks as one grid with a quantity of the cells at the nodes, the von Mises stress in MPa or what `values_of`
+    makes of a grid; the written fields stay at the cells."""
     blocks = reader.GetOutput().GetBlock(0)
     append = vtk.vtkAppendFilter()
     append.MergePointsOn()
@@ -90,9 +100,9 @@ def merged_blocks(reader):
             continue
         grid = vtk.vtkUnstructuredGrid()
         grid.DeepCopy(block)
-        stress = numpy_to_vtk(von_mises(grid.GetCellData()) / 1e6, deep=True)
-        stress.SetName("von Mises")
-        grid.GetCellData().AddArray(stress)
+        values = numpy_to_vtk(values_of(grid), deep=True)
+        values.SetName(name)
+        grid.GetCellData().AddArray(values)
         append.AddInputData(without_failed(grid))
     to_nodes = vtk.vtkCellDataToPointData()
     to_nodes.SetInputConnection(append.GetOutputPort())
@@ -100,27 +110,27 @@ def merged_blocks(reader):
     to_nodes.Update()
     grid = vtk.vtkUnstructuredGrid()
     grid.DeepCopy(to_nodes.GetOutput())
-    grid.GetPointData().SetActiveScalars("von Mises")
+    grid.GetPointData().SetActiveScalars(name)
     return grid
 
 
-def states(reader, times):
-    """(time, grid) at the written times next to those asked for."""
+def states(reader, times, *quantity):
+    """(time, grid) at the written times next to those asked for; the quantity as in merged_blocks."""
     key = vtk.vtkStreamingDemandDrivenPipeline.TIME_STEPS()
-    written = list(reader.GetOutputInformation(0).Get(key))
+    written = list(reader.GetOutputInformation(0).Get(key) or [])
     if not times:
         count = min(6, len(written))
         times = [written[round(k * (len(written) - 1) / max(count - 1, 1))] for k in range(count)]
     for wanted in times:
         time = min(written, key=lambda t: abs(t - wanted))
         reader.UpdateTimeStep(time)
-        yield time, merged_blocks(reader)
+        yield time, merged_blocks(reader, *quantity)
 
 
-def reference(reader):
+def reference(reader, *quantity):
     reader.ApplyDisplacementsOff()
     reader.Update()
-    grid = merged_blocks(reader)
+    grid = merged_blocks(reader, *quantity)
     reader.ApplyDisplacementsOn()
     return grid
 
@@ -327,6 +337,7 @@ def nice_limit(value):
 
 def main():
     arguments = parse_arguments()
+    go_to_a_display()
     reader = open_results(arguments.results)
     undeformed = reference(reader)
     shown = list(states(reader, arguments.times))
@@ -374,7 +385,12 @@ def draw(arguments, reader, undeformed, shown, explanation, actors_of):
     span = max((box[5] - box[4]) * 1.34, (pitch * len(shown)) * height / (0.86 * width))
     camera.SetParallelScale(0.5 * max(span, 1.2 * reach[2]))
     camera.SetWindowCenter(0.09, 0)
-    # a light from the camera and one from above, so that top faces are not black
+    light(renderer, middle)
+    write_png(renderer, arguments.size, arguments.picture)
+
+
+def light(renderer, middle):
+    """A light from the camera and one from above, so that top faces are not black."""
     sky = vtk.vtkLight()
     sky.SetLightTypeToSceneLight()
     sky.SetPosition(middle[0], middle[1], middle[2] + 100)
@@ -385,20 +401,25 @@ def draw(arguments, reader, undeformed, shown, explanation, actors_of):
     eye.SetIntensity(0.85)
     renderer.AddLight(sky)
     renderer.AddLight(eye)
-    renderer.ResetCameraClippingRange()
 
+
+def write_png(renderer, size, path, transparent=False):
+    renderer.ResetCameraClippingRange()
     window = vtk.vtkRenderWindow()
     window.SetOffScreenRendering(1)
     window.SetMultiSamples(8)
-    window.SetSize(width, height)
+    window.SetSize(*size)
+    window.SetAlphaBitPlanes(transparent)
     window.AddRenderer(renderer)
     window.Render()
 
     grab = vtk.vtkWindowToImageFilter()
     grab.SetInput(window)
+    if transparent:
+        grab.SetInputBufferTypeToRGBA()
     grab.ReadFrontBufferOff()
     writer = vtk.vtkPNGWriter()
-    writer.SetFileName(arguments.picture)
+    writer.SetFileName(path)
     writer.SetCompressionLevel(9)
     writer.SetInputConnection(grab.GetOutputPort())
     writer.Write()
