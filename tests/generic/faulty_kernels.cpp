@@ -112,7 +112,7 @@ void FAULTY_NEXT_POINTINDX(const int32_t* n, const int32_t* count, const int32_t
 }
 
 void FAULTY_FILLS_STRIDE(const int32_t* n, const int32_t* ld, const double* x, double* y) {
-  const int32_t all = 2 * *ld;
+  const auto all = static_cast<int32_t>(2 * static_cast<uint32_t>(*ld)); // a leading dimension may be large
   if (*n > 0) FAULTY_NEXT_POINT(&all, x, y);
 }
 
