@@ -1,4 +1,6 @@
 // The program on ranks: the same results to the last bit, errors that end everyone, and the program that compares.
+#include "solver/input/case_reader.h"
+#include "solver/input/mesh_reader.h"
 #include "solver/program/job.h"
 #include "solver/results/digest.h"
 #include "solver/results/restart_file.h"
@@ -360,6 +362,33 @@ TEST_F(RanksTest, ASignalToOneRankEndsAllOfThemInOrder) {
     for (const char* name : {"irregular", "irregular.rank1", "irregular.rank2"})
       EXPECT_TRUE(contains(readFile("out/" + std::string(name) + ".sta"), "Interrupted")) << name;
     compare("out", "out");
+  }
+}
+
+// At any increment: an analysis that restores the state of another goes on to the same state.
+TEST_F(RanksTest, StatesHoldAllThatAnAnalysisNeeds) {
+  writeIrregular();
+  writeLoaded();
+  writeMixed();
+  const solver::Mesh mesh = solver::readMesh("mixed.msh");
+  for (const char* file : {"mixed.toml", "damped.toml"}) {
+    const solver::Case definition = solver::readCase(file).definition;
+    solver::Analysis whole(mesh, definition, 1);
+    double failed = 0;
+    for (int k = 0; k < 20; ++k) {
+      whole.advanceTo(definition.endTime, 57);
+      solver::Analysis other(mesh, definition, 2);
+      const std::vector<double> start = whole.state();
+      ASSERT_EQ(other.stateSize(), start.size());
+      other.restore(start);
+      whole.advanceTo(definition.endTime, 13);
+      other.advanceTo(definition.endTime, 13);
+      EXPECT_EQ(whole.energies().values(), other.energies().values()) << whole.progress().time;
+      const std::vector<double> one = whole.state(), two = other.state();
+      EXPECT_EQ(std::memcmp(one.data(), two.data(), sizeof(double) * one.size()), 0) << whole.progress().time;
+      for (const double mask : whole.fields().mask) failed += mask;
+    }
+    EXPECT_GT(failed, 0) << "some bricks fail on the way";
   }
 }
 
