@@ -6,6 +6,7 @@
 #include "solver/analysis/damping.h"
 #include "solver/analysis/increment.h"
 #include "solver/analysis/loads.h"
+#include "solver/analysis/saved_state.h"
 #include "solver/analysis/set_up.h"
 #include "solver/analysis/team.h"
 
@@ -28,7 +29,8 @@ struct Analysis::Data {
   std::function<void(const Progress&, double)> observer;
   std::optional<Collected> collected; // of the present time
   FieldArrays fields;
-  std::exception_ptr failed; // first exception of the loop over increments
+  std::optional<SavedState> saved; // where its words are
+  std::exception_ptr failed;       // first exception of the loop over increments
 
   Data(const Mesh& mesh, const Case& definition, int threads)
       : layout(mesh, definition), nodes(referenceNodes(layout)), domains(makeDomainStates(layout, nodes.X, threads)),
@@ -49,6 +51,11 @@ struct Analysis::Data {
     if (!collected) collected = solver::collect(layout, nodes, outside, course, domains, team);
     return *collected;
   }
+  Changing changing() { return {layout, nodes, domains, outside, course}; }
+  const SavedState& savedState() {
+    if (!saved) saved.emplace(changing());
+    return *saved;
+  }
   // Exceptions must not leave the work of a team: keeps the first one for after the loop.
   template <class Body>
   void guarded(Body body) noexcept {
@@ -67,7 +74,7 @@ Analysis::Analysis(const Mesh& mesh, const Case& definition, int threads) {
 
 Analysis::~Analysis() = default;
 
-Ending Analysis::advanceTo(double end, int64_t increments) {
+Ending Analysis::advanceTo(double end, int64_t increments, double pause) {
   Data& d = *data_;
   Course& now = d.course;
   if (d.ending != Ending::Running && d.ending != Ending::Complete) return d.ending;
@@ -99,7 +106,7 @@ Ending Analysis::advanceTo(double end, int64_t increments) {
           if (d.ending == Ending::Running && all.killed) d.ending = Ending::Killed;
           if (d.observer) d.observer(progress(), step);
         });
-        running = d.ending == Ending::Running && now.time < end && !d.failed && --increments > 0;
+        running = d.ending == Ending::Running && now.time < end && now.time < pause && !d.failed && --increments > 0;
         step = nextIncrement(now, end);
       });
     }
@@ -107,6 +114,15 @@ Ending Analysis::advanceTo(double end, int64_t increments) {
   if (d.failed) std::rethrow_exception(d.failed);
   if (d.ending == Ending::Running && now.time >= d.layout.definition.endTime) return Ending::Complete;
   return d.ending;
+}
+
+std::size_t Analysis::stateSize() { return data_->savedState().size(); }
+
+std::vector<double> Analysis::state() { return data_->savedState().save(data_->changing()); }
+
+void Analysis::restore(const std::vector<double>& state) {
+  data_->collected.reset();
+  data_->savedState().restore(state, data_->changing());
 }
 
 Progress Analysis::progress() const {

@@ -54,7 +54,17 @@ public:
   // Advances until `time` (the last increments are cut so that it is met exactly) or until the analysis ends early.
   // Afterwards displacement, stress and energies belong to the same time.  Returns after `increments` of them at the latest; going on
   // towards the same time then makes the same increments.
-  Ending advanceTo(double time, int64_t increments = std::numeric_limits<int64_t>::max());
+  // The first of them that reaches `pause` is the last one, too.
+  Ending advanceTo(double time, int64_t increments = std::numeric_limits<int64_t>::max(),
+                   double pause = std::numeric_limits<double>::infinity());
+
+  // All that the analysis needs to go on after an increment that did not end it, in the numbering of the mesh: an analysis of the
+  // same case and mesh that restores it makes the same increments to the last bit, whatever its ranks and threads.  Every rank
+  // calls these.  The words are whole on the root; restoring takes them whole on every rank.
+  std::size_t stateSize();
+  std::vector<double> state();
+  // Throws InputError, without the name of a file, for times and increments that no analysis has.
+  void restore(const std::vector<double>& state);
 
   // The observer is called after every increment, on every rank, with its size; it must not throw.
   void setObserver(std::function<void(const Progress&, double)> observer);

@@ -136,6 +136,16 @@ void Block::remove(const std::vector<double>& x, double lastIncrement, BlockWork
     if (isFailed(e)) failed_[e] = mask_[e] = 1.0;
 }
 
+// The bindings name every member, so that none is forgotten.
+void Block::visit(Archive& archive, int32_t e) {
+  [[maybe_unused]] auto& [n, ld, bricks, gatherMap, assemblyMap, B0, gamma0, V0, mass, hourglass, shear, density,
+                          material, points, stress, mask, viscousStress, viscousEnergy, omega, failed, lostEnergy] =
+      *this;
+  archive.ofPoint(e, n, stress, viscousStress, viscousEnergy, omega, failed, lostEnergy);
+  archive(mask[static_cast<std::size_t>(e)]); // with its pad behind it
+  points.visit(archive, e);
+}
+
 void Block::energies(const std::vector<double>& x, BlockWork& w, double* strainDensity, double* hourglass,
                      double* damage) {
   stretch(x, w);

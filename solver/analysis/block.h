@@ -3,6 +3,7 @@
 
 #include "solver/analysis/block_kernels.h"
 #include "solver/analysis/partition.h"
+#include "solver/model/archive.h"
 #include "solver/model/model.h"
 
 #include <array>
@@ -42,6 +43,9 @@ public:
   // Strain energy per undeformed volume and hourglass energy of the brick at positions x, and what damage has taken of its energy.
   void energies(const std::vector<double>& x, BlockWork& work, double* strainDensity, double* hourglass,
                 double* damage);
+
+  // What a brick keeps from increment to increment.
+  void visit(Archive& archive, int32_t e);
 
   int32_t count() const { return n_; }
   std::span<const int32_t> bricks() const { return bricks_; }

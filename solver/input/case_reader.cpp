@@ -351,10 +351,13 @@ private:
   }
 
   void output() {
-    const Table table = root_.table("output", {"interval", "history_interval", "directory", "fields", "filter_cutoff",
-                                               "filter_type", "filter_order", "filter_ripple", "filter_attenuation"});
+    const Table table =
+        root_.table("output", {"interval", "history_interval", "restart_interval", "directory", "fields",
+                               "filter_cutoff", "filter_type", "filter_order", "filter_ripple", "filter_attenuation"});
     case_.outputInterval = readInterval(table, "interval", case_.endTime, 20);
     case_.historyInterval = readInterval(table, "history_interval", case_.endTime, 200);
+    if (table.has("restart_interval"))
+      case_.restartInterval = readInterval(table, "restart_interval", case_.endTime, 1);
     case_.outputDirectory = table.has("directory") ? besideCase(table.text("directory")) : ".";
     if (table.has("fields")) {
       const Names known(outputFields.begin(), outputFields.end());

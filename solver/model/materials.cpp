@@ -2,6 +2,7 @@
 #include "solver/model/materials.h"
 
 #include "glo.h"
+#include "solver/model/archive.h"
 #include "spx.h"
 
 #include <algorithm>
@@ -35,6 +36,13 @@ PointBlock MaterialPoints::block(const double* V, MaterialWork& work) {
 void MaterialPoints::remember() {
   largest_ = largestNow_;
   if (user_) user_->remember();
+}
+
+// The bindings name every member, so that none is forgotten.
+void MaterialPoints::visit(Archive& archive, int32_t i) {
+  [[maybe_unused]] auto& [material, n, user, constants, flag, energyFlag, r, m, beta, largest, largestNow] = *this;
+  archive.ofPoint(i, n, flag, energyFlag, largest, largestNow);
+  if (user) user->visit(archive, i);
 }
 
 void MaterialPoints::respond(const double* V, const double* F, double increment, double* stress, double* bound,

@@ -24,6 +24,8 @@ struct DuctileFailure {
   double referenceRate = 1;                            // 1/s
 };
 
+class Archive;
+
 struct Material {
   std::string name;
   double density = 0;
@@ -70,6 +72,9 @@ public:
   void remember();
   // Energies per undeformed volume: recoverable, and lost to softening or inelastic strain.
   void energies(const double* V, double* stored, double* lost, MaterialWork& work);
+
+  // What a point remembers.
+  void visit(Archive& archive, int32_t i);
 
   const std::vector<double>& flag() const { return flag_; }
   // For the stable increment, Pa s: viscosity by which stress follows the rate, null for materials without, and damping.

@@ -112,6 +112,7 @@ struct Case {
   bool quasiStatic = false; // damping is chosen so that the body comes to rest
   bool isDamped() const { return quasiStatic || damping > 0; }
   double outputInterval = 0, historyInterval = 0; // s
+  std::optional<double> restartInterval;          // s, between states from which a run can go on
   std::optional<host::LowPass> historyFilter;
   std::vector<GroupHistory> groupHistories;
   std::vector<std::string> fields{outputFields.begin(), outputFields.end()};

@@ -3,6 +3,7 @@
 
 #include "glo.h"
 #include "reference_host.h"
+#include "solver/model/archive.h"
 #include "solver/model/materials.h"
 #include "solver/model/model.h"
 #include "solver/model/s33.h"
@@ -453,6 +454,17 @@ bool UserPoints::isAccepted() {
 }
 
 double UserPoints::damping() const { return model_->damping != nullptr ? model_->damping(material_->constants) : 0.0; }
+
+// The bindings name every member, so that none is forgotten.
+void UserPoints::visit(Archive& archive, int32_t i) {
+  [[maybe_unused]] auto& [material, model, n, time, increment, name, old, now, derived, across, hasStatus, strain, spin,
+                          density, temperature, length, rotation, principal, viscosity] = *this;
+  archive(time, increment);
+  for (State* state : {&old, &now}) {
+    auto& [stretch, F, stress, variables, internal, inelastic] = *state;
+    archive.ofPoint(i, n, stretch, F, stress, variables, internal, inelastic);
+  }
+}
 
 void UserPoints::remember() {
   old_ = now_;

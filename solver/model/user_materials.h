@@ -12,6 +12,7 @@
 
 namespace sharedanalysis::solver {
 
+class Archive;
 struct Material;
 
 struct Moduli {
@@ -70,6 +71,8 @@ public:
   // seconds: Cauchy stress (n, 6) in the axes of space and moduli for the stable increment.
   void respond(const double* V, const double* F, double increment, double* stress, double* bound, double* bulk);
   void remember();
+  // What a point remembers, and the time that all of them have.
+  void visit(Archive& archive, int32_t i);
   bool isAccepted(); // the data, by a first call
   // Per undeformed volume, of the state that was computed last.
   void energies(double* stored, double* lost) const;

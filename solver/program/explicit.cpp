@@ -41,6 +41,7 @@ int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
 
   JobOptions options;
+  std::string restart;
   CLI::App app("Explicit dynamics of hyperelastic solids meshed with 8-node bricks", "sharedanalysis-explicit");
   app.add_option("CASE", options.caseFile, "Case file (TOML)")->required();
   app.add_option("-t,--threads", options.threads,
@@ -48,6 +49,10 @@ int main(int argc, char** argv) {
       ->check(CLI::Range(1, 1024));
   app.add_option("-o,--output", options.outputDirectory, "Directory of the results, instead of output.directory");
   app.add_flag("--digest", options.digest, "Also write hashes of all fields, for sharedanalysis-compare");
+  app.add_option("--restart", restart,
+                 "Go on from this restart file of an earlier run, without FILE from the one beside its results")
+      ->expected(0, 1)
+      ->type_name("[FILE]");
   app.add_flag("--check", options.checkOnly, "Read and check the input, write nothing");
   app.add_flag("-q,--quiet", options.quiet, "Show errors only");
   app.set_version_flag("--version", "sharedanalysis-explicit " SHAREDANALYSIS_VERSION);
@@ -61,6 +66,7 @@ int main(int argc, char** argv) {
       reportError(std::string(error.what()) + " (--help lists the options)");
       return exitInput;
     }
+    if (app.count("--restart") > 0) options.restart = restart;
     const Library library;
     return runJob(options);
   } catch (const std::exception& error) { // of the connection

@@ -15,6 +15,7 @@
 #include "solver/program/output.h"
 #include "solver/program/problems.h"
 #include "solver/program/terminal.h"
+#include "solver/results/restart_file.h"
 
 #include <chrono>
 #include <cmath>
@@ -35,7 +36,8 @@ class Job {
 public:
   Job(const JobOptions& options, const Ranks& ranks, Terminal& terminal)
       : options_(options), terminal_(terminal), ranks_(ranks), input_(options, ranks),
-        definition_(input_.caseFile.definition), mesh_(input_.mesh), problems_(mesh_) {}
+        definition_(input_.caseFile.definition), mesh_(input_.mesh), problems_(mesh_),
+        restartFile_(resultFile(definition_, restartExtension)) {}
 
   ExitCode run() {
     const std::unique_ptr<Analysis> model = makeAnalysis();
@@ -46,12 +48,13 @@ public:
                        " s, which increments of " + shortNumber(firstIncrement_) + " s never reach");
     description_ = describe(definition_, mesh_, ranks_, input_.threads, firstIncrement_);
     for (const std::string& line : description_) terminal_.line(line);
+    if (options_.restart) restore(analysis);
     if (options_.checkOnly) {
-      showCosts(analysis);
+      if (!options_.restart) showCosts(analysis);
       terminal_.line("the input is sound; nothing was run");
       return exitDone;
     }
-    lock_ = openJobFiles(definition_, ranks_, description_);
+    lock_ = openJobFiles(definition_, ranks_, description_, start_);
     try {
       return analyse(analysis);
     } catch (const std::exception&) {
@@ -72,6 +75,50 @@ private:
     } catch (const InputError& error) {
       throw InputError(definition_.file.string() + ", mesh " + definition_.meshFile.string() + ": " + error.what());
     }
+  }
+
+  // The root reads the state for everyone.
+  void restore(Analysis& analysis) {
+    const std::filesystem::path file = options_.restart->empty() ? restartFile_ : *options_.restart;
+    const std::size_t size = analysis.stateSize();
+    RestartState state;
+    if (ranks_.isRoot()) state = readRestart(file, input_.hash, size);
+    std::vector<int64_t> ofRun{static_cast<int64_t>(state.run.size())};
+    ranks_.broadcast(ofRun);
+    state.run.resize(static_cast<std::size_t>(ofRun[0]));
+    state.model.resize(size);
+    ranks_.broadcast(state.run);
+    ranks_.broadcast(state.model);
+    try {
+      analysis.restore(state.model);
+    } catch (const InputError& error) {
+      throw InputError(file.string() + ": " + error.what());
+    }
+    earlier_ = std::move(state.run);
+    start_ = Start::GoOn;
+    description_.push_back("goes on from increment " + std::to_string(analysis.progress().increment) + ", time " +
+                           shortNumber(analysis.progress().time) + " s, of " + file.string());
+    terminal_.line(description_.back());
+  }
+
+  // Output times and results of every rank, then the files of the root.
+  void visitRun(Archive& archive, Output& output) {
+    for (Schedule* times : {&fieldTimes_, &historyTimes_, &restartTimes_}) times->visit(archive);
+    output.visit(archive);
+  }
+
+  void writeState(Analysis& analysis, Output& output) {
+    RestartState state;
+    state.model = analysis.state();
+    if (!ranks_.isRoot()) return;
+    Archive counted;
+    visitRun(counted, output);
+    state.run.resize(counted.count());
+    Archive archive(Archive::Task::Save, state.run.data(), state.run.size());
+    visitRun(archive, output);
+    output.synchronise(); // the file of the state promises that its results are there
+    writeRestart(restartFile_, input_.hash, state);
+    hasState_ = true;
   }
 
   // What the run will take, from its first increments.
@@ -96,13 +143,19 @@ private:
   ExitCode analyse(Analysis& analysis) {
     std::vector<std::string> info = description_;
     info.insert(info.end(), input_.caseFile.lines.begin(), input_.caseFile.lines.end());
-    Output output(definition_, mesh_, info, ranks_, options_.digest);
+    Output output(definition_, mesh_, info, ranks_, options_.digest, start_);
     DiagnosticCourse course(definition_, ranks_);
     if (ranks_.isRoot()) problems_.checkMesh();
     analysis.setObserver([&](const Progress& now, double increment) { course.increment(now, increment); });
-    if (definition_.historyFilter) output.filterHistory(analysis);
-    output.writeHistory(analysis);
-    output.writeFields(analysis);
+    if (start_ == Start::GoOn) {
+      Archive archive(Archive::Task::Restore, earlier_.data(), earlier_.size());
+      visitRun(archive, output);
+      if (ranks_.isRoot() && archive.count() != earlier_.size()) throw InputError("the restart file is too long");
+    } else {
+      if (definition_.historyFilter) output.filterHistory(analysis);
+      output.writeHistory(analysis);
+      output.writeFields(analysis);
+    }
     showProgress(analysis, output);
 
     const Ending ending = advance(analysis, output);
@@ -125,6 +178,7 @@ private:
     if (!ranks_.isRoot()) endJob(analysis, output);
     ranks_.synchronise();
     output.complete();
+    if (ranks_.isRoot()) PartialFile::removeEarlier(restartFile_); // nothing is left to go on with
     if (ranks_.isRoot()) endJob(analysis, output);
     ranks_.synchronise();
     showSummary(analysis, output);
@@ -134,31 +188,38 @@ private:
 
   // Writes history and fields at their times, and for the last finite state whatever the ending.
   Ending advance(Analysis& analysis, Output& output) {
-    Schedule fields(definition_.outputInterval, definition_.endTime);
-    Schedule history(definition_.historyInterval, definition_.endTime);
     constexpr int64_t allIncrements = std::numeric_limits<int64_t>::max();
     Ending ending = Ending::Running;
     while (ending == Ending::Running) {
       const Clock::time_point start = Clock::now();
       // a filter sees every increment
-      ending =
-          analysis.advanceTo(std::min(fields.next(), history.next()), definition_.historyFilter ? 1 : allIncrements);
+      ending = analysis.advanceTo(std::min(fieldTimes_.next(), historyTimes_.next()),
+                                  definition_.historyFilter ? 1 : allIncrements,
+                                  definition_.restartInterval ? restartTimes_.next() : definition_.endTime);
       computing_ += Clock::now() - start;
       if (!std::isfinite(analysis.energies().balance())) ending = Ending::NotFinite;
       if (ending == Ending::NotFinite) return ending;
       if (definition_.historyFilter) output.filterHistory(analysis);
 
       const double time = analysis.progress().time;
-      const bool atEnd = ending != Ending::Running;
-      if (history.reach(time) || atEnd) output.writeHistory(analysis);
-      if (fields.reach(time) || atEnd) {
-        output.writeFields(analysis);
-        if (ranks_.isRoot() && ending != Ending::Distorted)
-          problems_.check(time, analysis.fields(), analysis.energies(), output.energy().relative());
-      }
+      const bool killed = ending == Ending::Killed, atEnd = ending != Ending::Running && !killed;
+      const bool history = historyTimes_.reach(time), fields = fieldTimes_.reach(time);
+      const bool state = definition_.restartInterval && restartTimes_.reach(time) && !atEnd;
+      write(analysis, output, history || atEnd, fields || atEnd, ending != Ending::Distorted);
+      if (state || killed) writeState(analysis, output);
+      // the last ones of a run that is ended are none of the run that goes on
+      if (killed) write(analysis, output, !history, !fields, true);
       showProgress(analysis, output);
     }
     return ending;
+  }
+
+  void write(Analysis& analysis, Output& output, bool history, bool fields, bool checks) {
+    if (history) output.writeHistory(analysis);
+    if (!fields) return;
+    output.writeFields(analysis);
+    if (ranks_.isRoot() && checks)
+      problems_.check(analysis.progress().time, analysis.fields(), analysis.energies(), output.energy().relative());
   }
 
   ExitCode endEarly(const Analysis& analysis, Ending ending, const Output& output, DiagnosticCourse& course) {
@@ -187,7 +248,8 @@ private:
   ExitCode reportInterruption(const Analysis& analysis, const Output& output) const {
     if (ranks_.isRoot())
       reportError(describeEnding(Ending::Killed, analysis, definition_, firstIncrement_) +
-                  "; what was computed is in " + output.leftovers());
+                  "; what was computed is in " + output.leftovers() +
+                  (hasState_ ? "; --restart goes on from " + restartFile_.string() : ""));
     return exitInterrupted;
   }
 
@@ -233,6 +295,13 @@ private:
   const Mesh& mesh_;
   Problems problems_;
   std::unique_ptr<JobLock> lock_;
+  std::filesystem::path restartFile_;
+  bool hasState_ = false;
+  Start start_ = Start::New;
+  std::vector<double> earlier_; // of the run that goes on: its output times and results
+  Schedule fieldTimes_{definition_.outputInterval, definition_.endTime};
+  Schedule historyTimes_{definition_.historyInterval, definition_.endTime};
+  Schedule restartTimes_{definition_.restartInterval.value_or(definition_.endTime), definition_.endTime};
   double firstIncrement_ = 0;
   std::vector<std::string> description_;
   std::chrono::duration<double> computing_{0};

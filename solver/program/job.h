@@ -13,7 +13,8 @@ struct JobOptions {
   std::optional<std::filesystem::path> outputDirectory; // instead of the one of the case
   int threads = 0; // of each rank; 0: OMP_NUM_THREADS, else the cores, of several ranks 1
   bool checkOnly = false, quiet = false;
-  bool digest = false; // also write hashes of all fields
+  bool digest = false;                               // also write hashes of all fields
+  std::optional<std::filesystem::path> restart = {}; // file to go on from; empty: the one of the job
 };
 
 // Reports errors on standard error; throws nothing.  The library must be initialised.  Every rank calls it and gets the same

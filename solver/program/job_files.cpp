@@ -27,9 +27,10 @@ std::string nameOfRank(const Case& definition, int32_t rank) {
 }
 
 // So that no file of an earlier run can be taken for one of this run.
-void removeEarlierFiles(const Case& definition, const Ranks& ranks) {
-  for (const char* extension : {historyExtension, fieldsExtension, digestExtension})
-    PartialFile::removeEarlier(resultFile(definition, extension));
+void removeEarlierFiles(const Case& definition, const Ranks& ranks, Start start) {
+  if (start == Start::New)
+    for (const char* extension : {historyExtension, fieldsExtension, digestExtension, restartExtension})
+      PartialFile::removeEarlier(resultFile(definition, extension));
   const auto removeFilesOf = [&](int32_t rank) {
     bool found = false;
     for (const char* extension : {".msg", ".log", ".sta"}) {
@@ -70,7 +71,7 @@ JobLock::~JobLock() {
 }
 
 std::unique_ptr<JobLock> openJobFiles(const Case& definition, const Ranks& ranks,
-                                      const std::vector<std::string>& description) {
+                                      const std::vector<std::string>& description, Start start) {
   std::unique_ptr<JobLock> lock;
   if (ranks.isRoot()) {
     std::error_code error;
@@ -82,7 +83,7 @@ std::unique_ptr<JobLock> openJobFiles(const Case& definition, const Ranks& ranks
   host::installSignalHandlers();
   host::openJob(nameOfRank(definition, ranks.rank()), definition.outputDirectory);
   ranks.synchronise();
-  if (ranks.isRoot()) removeEarlierFiles(definition, ranks);
+  if (ranks.isRoot()) removeEarlierFiles(definition, ranks, start);
   std::string banner(79, ' ');
   GLO_UTI_GETVERSIONDATETIME(banner.data(), static_cast<int64_t>(banner.size()));
   message("Table", "%S", {banner});

@@ -3,6 +3,7 @@
 
 #include "solver/analysis/ranks.h"
 #include "solver/model/model.h"
+#include "solver/results/partial_file.h"
 
 #include <memory>
 #include <string>
@@ -26,9 +27,9 @@ private:
 };
 
 // Makes the directory and locks the job in it, opens the files of this rank and writes their first lines; when all ranks have
-// theirs, results of earlier runs are removed.  Every rank calls it; the root has the lock.  Throws WriteError.
+// theirs, results of earlier runs are removed, but those that the run goes on with.  Every rank calls it; the root has the lock.  Throws WriteError.
 std::unique_ptr<JobLock> openJobFiles(const Case& definition, const Ranks& ranks,
-                                      const std::vector<std::string>& description);
+                                      const std::vector<std::string>& description, Start start);
 
 // Failures of the message file itself go to standard error.
 void closeJobFiles() noexcept;

@@ -16,8 +16,9 @@ namespace {
 uint64_t inputHash(const CaseFile& caseFile, const Mesh& mesh) {
   Hash hash;
   for (const std::string& line : caseFile.lines) hash.add(line);
-  for (const Material& material : caseFile.definition.materials) // curves may stand in files of their own
-    for (const double constant : material.constants) hash.add(constant);
+  for (const Material& material : caseFile.definition.materials) // curves and tests may stand in files of their own
+    for (const auto* values : {&material.constants, &material.curveStretch, &material.curveStress})
+      for (const double value : *values) hash.add(value);
   hash.add(mesh);
   for (const Group& group : mesh.groups)
     for (const int32_t corner : group.faces) hash.add(static_cast<uint64_t>(corner));
@@ -48,7 +49,7 @@ CaseFile readInput(const JobOptions& options) {
 
 void checkSame(const JobInput& input, const Ranks& ranks) {
   if (!ranks.areSeveral()) return;
-  const std::vector<int64_t> hashes = ranks.joined({static_cast<int64_t>(inputHash(input.caseFile, input.mesh))});
+  const std::vector<int64_t> hashes = ranks.joined({static_cast<int64_t>(input.hash)});
   for (std::size_t rank = 1; rank < hashes.size(); ++rank)
     if (hashes[rank] != hashes[0])
       throw InputError("rank " + std::to_string(rank) + " has read another case or mesh than rank 0 from " +
@@ -58,7 +59,8 @@ void checkSame(const JobInput& input, const Ranks& ranks) {
 } // namespace
 
 JobInput::JobInput(const JobOptions& options, const Ranks& ranks)
-    : threads(threadsOf(options, ranks)), caseFile(readInput(options)), mesh(readMesh(caseFile.definition.meshFile)) {
+    : threads(threadsOf(options, ranks)), caseFile(readInput(options)), mesh(readMesh(caseFile.definition.meshFile)),
+      hash(inputHash(caseFile, mesh)) {
   checkGroups(caseFile, mesh);
   for (const Material& material : caseFile.definition.materials) checkData(material);
   checkSame(*this, ranks);

@@ -14,6 +14,7 @@ struct JobInput {
   int threads; // of each rank
   CaseFile caseFile;
   Mesh mesh;
+  uint64_t hash; // of all that was read
 };
 
 } // namespace sharedanalysis::solver

@@ -12,12 +12,38 @@ std::filesystem::path resultFile(const Case& definition, const char* extension) 
 }
 
 Output::Output(const Case& definition, const Mesh& mesh, const std::vector<std::string>& info, const Ranks& ranks,
-               bool digest)
+               bool digest, Start start)
     : fieldsPath_(resultFile(definition, fieldsExtension)), historyPath_(resultFile(definition, historyExtension)) {
   if (!ranks.isRoot()) return;
-  history_.emplace(historyPath_, definition);
-  results_.emplace(fieldsPath_, mesh, definition, info);
-  if (digest) digest_.emplace(resultFile(definition, digestExtension), definition.job, mesh);
+  history_.emplace(historyPath_, definition, start);
+  results_.emplace(fieldsPath_, mesh, definition, info, start);
+  makeDigest_ = [&definition, &mesh, this](Start how) {
+    digest_.emplace(resultFile(definition, digestExtension), definition.job, mesh, how);
+  };
+  if (digest) makeDigest_(start);
+}
+
+void Output::visit(Archive& archive) {
+  check_.visit(archive);
+  if (results_) visitFiles(archive);
+}
+
+void Output::visitFiles(Archive& archive) {
+  int64_t hasDigest = digest_ ? 1 : 0;
+  archive(hasDigest);
+  if (hasDigest == 0 && digest_)
+    throw InputError(digest_->file().name().string() +
+                     ": the run that is to go on was without --digest, and so are its results");
+  if (hasDigest != 0 && !digest_) makeDigest_(Start::GoOn);
+  results_->visit(archive);
+  history_->visit(archive);
+  if (digest_) digest_->visit(archive);
+}
+
+void Output::synchronise() const {
+  if (history_) history_->file().synchronise();
+  if (results_) results_->file().synchronise();
+  if (digest_) digest_->file().synchronise();
 }
 
 void Output::filterHistory(const Analysis& analysis) {

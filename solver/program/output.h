@@ -8,6 +8,7 @@
 #include "solver/results/results.h"
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,7 +16,8 @@
 namespace sharedanalysis::solver {
 
 // Extensions of the files, each behind the name of the job.
-inline constexpr const char *historyExtension = ".csv", *fieldsExtension = ".exo", *digestExtension = ".digest";
+inline constexpr const char *historyExtension = ".csv", *fieldsExtension = ".exo", *digestExtension = ".digest",
+                            *restartExtension = ".restart";
 
 std::filesystem::path resultFile(const Case& definition, const char* extension);
 
@@ -23,8 +25,13 @@ std::filesystem::path resultFile(const Case& definition, const char* extension);
 class Output {
 public:
   Output(const Case& definition, const Mesh& mesh, const std::vector<std::string>& info, const Ranks& ranks,
-         bool digest);
+         bool digest, Start start);
 
+  // How far the results have come, of the root also in its files.  Restoring opens those that an earlier run has left, and throws
+  // InputError where they do not fit.
+  void visit(Archive& archive);
+  // Brings what was written so far to the device.
+  void synchronise() const;
   void filterHistory(const Analysis& analysis);
   void writeHistory(const Analysis& analysis);
   void writeFields(const Analysis& analysis);
@@ -40,11 +47,14 @@ public:
   std::string historyName() const { return historyPath_.string(); }
 
 private:
+  void visitFiles(Archive& archive);
+
   std::filesystem::path fieldsPath_, historyPath_;
   EnergyCheck check_;
   std::optional<HistoryFile> history_;
   std::optional<ResultsFile> results_;
   std::optional<DigestFile> digest_;
+  std::function<void(Start)> makeDigest_;
 };
 
 } // namespace sharedanalysis::solver

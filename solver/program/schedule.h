@@ -2,6 +2,7 @@
 #pragma once
 
 #include "solver/analysis/analysis.h"
+#include "solver/model/archive.h"
 
 #include <algorithm>
 #include <cmath>
@@ -24,6 +25,11 @@ public:
     ++passed_;
     return true;
   }
+  void visit(Archive& archive) {
+    archive(passed_);
+    constexpr int64_t kMost = 1000000000;
+    if (passed_ < 0 || passed_ > kMost) throw InputError("its output times are none that a run has");
+  }
 
 private:
   double interval_, end_;
@@ -38,6 +44,11 @@ public:
     started_ = true;
     error_ = energies.balance() - first_;
     largest_ = std::max({largest_, energies.total(), std::abs(energies.external)});
+  }
+  void visit(Archive& archive) {
+    int64_t started = started_ ? 1 : 0;
+    archive(started, first_, error_, largest_);
+    started_ = started != 0;
   }
   double error() const { return error_; }
   double relative() const { return largest_ > 0 ? std::abs(error_) / largest_ : 0; }

@@ -219,7 +219,15 @@ Digest readDigest(const std::filesystem::path& file) {
   return digest;
 }
 
-DigestFile::DigestFile(const std::filesystem::path& name, const std::string& job, const Mesh& mesh) : file_(name) {
+void DigestFile::visit(Archive& archive) {
+  auto& [file, outputs] = *this;
+  file.visit(archive);
+  archive(outputs);
+}
+
+DigestFile::DigestFile(const std::filesystem::path& name, const std::string& job, const Mesh& mesh, Start start)
+    : file_(name, start) {
+  if (start == Start::GoOn) return;
   file_.put(heading);
   file_.put("job " + job);
   file_.put("mesh " + hexadecimal(meshHash(mesh)));

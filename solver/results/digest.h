@@ -55,7 +55,9 @@ Digest readDigest(const std::filesystem::path& file);
 // The digest of a run that goes on; docs/ranks-and-reproducibility.md describes the file.
 class DigestFile {
 public:
-  DigestFile(const std::filesystem::path& name, const std::string& job, const Mesh& mesh);
+  DigestFile(const std::filesystem::path& name, const std::string& job, const Mesh& mesh, Start start = Start::New);
+
+  void visit(Archive& archive); // how far it has come
 
   void write(const Progress& progress, const Fields& fields, const Energies& energies);
   // The last call.  A file without its end line counts as cut off.

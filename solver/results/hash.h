@@ -19,6 +19,9 @@ public:
   void add(double value) { add(std::bit_cast<uint64_t>(value)); }
   void add(std::string_view text) {
     add(uint64_t{text.size()});
+    addLetters(text);
+  }
+  void addLetters(std::string_view text) {
     for (const char letter : text) add(uint64_t{static_cast<unsigned char>(letter)});
   }
   void add(const Mesh& mesh) {

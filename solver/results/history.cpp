@@ -24,6 +24,11 @@ std::vector<double> valuesToFilter(const Analysis& analysis) {
   return values;
 }
 
+// Of one value.
+std::size_t wordsOfFilter(const host::LowPass& lowPass) {
+  return static_cast<std::size_t>(2 * (lowPass.order / 2) + 2);
+}
+
 // The coefficients belong to increments of one length and change with it: the history of a section holds signals, which stay what
 // they are.  Increments too long for the cut-off lower it.
 std::vector<double> coefficientsFor(host::LowPass lowPass, double increment) {
@@ -33,8 +38,9 @@ std::vector<double> coefficientsFor(host::LowPass lowPass, double increment) {
 
 } // namespace
 
-HistoryFile::HistoryFile(const std::filesystem::path& name, const Case& definition)
-    : file_(name), lowPass_(definition.historyFilter) {
+HistoryFile::HistoryFile(const std::filesystem::path& name, const Case& definition, Start start)
+    : file_(name, start), lowPass_(definition.historyFilter) {
+  if (start == Start::GoOn) return;
   std::string names =
       "time,increment,stable_increment,kinetic_energy,strain_energy,hourglass_energy,viscous_energy,damage_energy,"
       "external_work,total_energy,balance_error,momentum_x,momentum_y,momentum_z,angular_momentum_x,angular_momentum_y,"
@@ -45,13 +51,25 @@ HistoryFile::HistoryFile(const std::filesystem::path& name, const Case& definiti
   file_.put(names);
 }
 
+// The bindings name every member, so that none is forgotten.
+void HistoryFile::visit(Archive& archive) {
+  [[maybe_unused]] auto& [file, lowPass, filteredTime, filtered, memory] = *this;
+  file.visit(archive);
+  if (!lowPass) return;
+  if (archive.isRestoring()) {
+    filtered.resize(filteredNames.size());
+    memory.resize(filtered.size() * wordsOfFilter(*lowPass));
+  }
+  archive(filteredTime, filtered, memory);
+}
+
 void HistoryFile::filter(const Analysis& analysis) {
   const double time = analysis.progress().time;
   std::vector<double> values = valuesToFilter(analysis);
   const auto count = static_cast<int32_t>(values.size());
   const int32_t one = 1, ordinary = 1, sections = lowPass_->order / 2, unread = 0;
   if (filtered_.empty()) {
-    filterHistory_.resize(values.size() * static_cast<std::size_t>(2 * sections + 2));
+    filterHistory_.resize(values.size() * wordsOfFilter(*lowPass_));
     SPX_OPE_INIFILTERFLD(&count, &ordinary, &one, &sections, &unread, values.data(), values.data(),
                          filterHistory_.data());
   } else if (time > filteredTime_) {

@@ -15,7 +15,10 @@ namespace sharedanalysis::solver {
 class HistoryFile {
 public:
   // Each line also has the measures that the case adds, and with its filter the filtered energies and momenta.
-  HistoryFile(const std::filesystem::path& name, const Case& definition);
+  HistoryFile(const std::filesystem::path& name, const Case& definition, Start start = Start::New);
+
+  // How far the file has come, and the filter.
+  void visit(Archive& archive);
 
   // Runs the filter over the present values: at the start, which it takes as a steady state, and after each increment.
   void filter(const Analysis& analysis);

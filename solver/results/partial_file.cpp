@@ -1,8 +1,10 @@
 #include "solver/results/partial_file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace sharedanalysis::solver {
@@ -13,8 +15,8 @@ std::filesystem::path partialName(const std::filesystem::path& name) { return na
 
 } // namespace
 
-PartialFile::PartialFile(const std::filesystem::path& name) : name_(name), partial_(partialName(name)) {
-  removeEarlier(name_);
+PartialFile::PartialFile(const std::filesystem::path& name, Start start) : name_(name), partial_(partialName(name)) {
+  if (start == Start::New) removeEarlier(name_);
 }
 
 void PartialFile::removeEarlier(const std::filesystem::path& name) {
@@ -39,9 +41,40 @@ void PartialFile::complete() const {
   if (error) throw WriteError(name_, error.message());
 }
 
-PartialTextFile::PartialTextFile(const std::filesystem::path& name)
-    : PartialFile(name), stream_(std::fopen(path().c_str(), "wxe")) {
+PartialTextFile::PartialTextFile(const std::filesystem::path& name, Start start) : PartialFile(name, start) {
+  if (start == Start::GoOn) return;
+  stream_.reset(std::fopen(path().c_str(), "wxe"));
   if (!stream_) throw WriteError(path(), std::strerror(errno));
+}
+
+void PartialTextFile::visit(Archive& archive) {
+  auto hash = static_cast<int64_t>(hash_.value());
+  archive(bytes_, hash);
+  if (!archive.isRestoring()) return;
+  reopen();
+  if (static_cast<int64_t>(hash_.value()) != hash)
+    throw InputError(path().string() + ": is not what the restart file goes on from");
+}
+
+// At the end of the bytes that were put, with nothing behind them.
+void PartialTextFile::reopen() {
+  const auto fail = [&](const char* what) { throw InputError(path().string() + ": " + what); };
+  const int descriptor = ::open(path().c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+  if (descriptor < 0) fail(std::strerror(errno));
+  stream_.reset(::fdopen(descriptor, "r+"));
+  struct stat status = {};
+  if (!stream_ || ::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) fail("is no file");
+  if (bytes_ < 0 || bytes_ > status.st_size) fail("is shorter than the restart file says");
+  hash_ = {};
+  std::string piece(std::size_t{1} << 16, ' ');
+  for (int64_t rest = bytes_; rest > 0;) {
+    piece.resize(static_cast<std::size_t>(std::min<int64_t>(rest, static_cast<int64_t>(piece.size()))));
+    if (std::fread(piece.data(), 1, piece.size(), stream_.get()) != piece.size()) fail("cannot be read");
+    hash_.addLetters(piece);
+    rest -= static_cast<int64_t>(piece.size());
+  }
+  if (::ftruncate(descriptor, bytes_) != 0 || std::fseek(stream_.get(), 0, SEEK_END) != 0)
+    throw WriteError(path(), std::strerror(errno));
 }
 
 void PartialTextFile::put(const std::string& line) {
@@ -49,6 +82,8 @@ void PartialTextFile::put(const std::string& line) {
   const std::string text = line + '\n';
   if (std::fwrite(text.data(), 1, text.size(), stream_.get()) != text.size() || std::fflush(stream_.get()) != 0)
     throw WriteError(path(), std::strerror(errno));
+  bytes_ += static_cast<int64_t>(text.size());
+  hash_.addLetters(text);
 }
 
 void PartialTextFile::close() {

@@ -1,6 +1,9 @@
 // Files that get their final name when they are complete.
 #pragma once
 
+#include "solver/model/archive.h"
+#include "solver/results/hash.h"
+
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -16,17 +19,20 @@ public:
       : std::runtime_error(file.string() + " could not be written: " + reason) {}
 };
 
+// Of the files of results: new ones, or those that a run goes on with; their `visit` then opens them.
+enum class Start { New, GoOn };
+
 // A file is written as <name>.partial and gets its name when the analysis is complete.
 class PartialFile {
 public:
-  // Removes files of both names that an earlier run has left.
-  explicit PartialFile(const std::filesystem::path& name);
+  // Removes files of both names that an earlier run has left, but one that is to go on.
+  explicit PartialFile(const std::filesystem::path& name, Start start = Start::New);
   static void removeEarlier(const std::filesystem::path& name);
 
   const std::filesystem::path& path() const { return partial_; }
   const std::filesystem::path& name() const { return name_; }
 
-  // Syncs the closed file to the device.
+  // Syncs what was written to the device.
   void synchronise() const;
   // Gives the closed file its name.
   void complete() const;
@@ -38,17 +44,24 @@ private:
 // A text file, flushed after every line.
 class PartialTextFile : public PartialFile {
 public:
-  explicit PartialTextFile(const std::filesystem::path& name);
+  explicit PartialTextFile(const std::filesystem::path& name, Start start = Start::New);
 
+  // How far the file has come.  Restoring takes away what an earlier run has written beyond; throws InputError for a file that is
+  // not the one of the state.
+  void visit(Archive& archive);
   void put(const std::string& line);
   // Closes and syncs the file; no put() afterwards.
   void close();
 
 private:
+  void reopen();
+
   struct Close {
     void operator()(std::FILE* stream) const { std::fclose(stream); }
   };
   std::unique_ptr<std::FILE, Close> stream_;
+  int64_t bytes_ = 0; // that were put, and their hash
+  Hash hash_;
 };
 
 } // namespace sharedanalysis::solver

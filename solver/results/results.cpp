@@ -68,9 +68,12 @@ double sizeOfFields(const Mesh& mesh, const Case& definition, double times) {
 }
 
 ResultsFile::ResultsFile(const std::filesystem::path& name, const Mesh& mesh, const Case& definition,
-                         const std::vector<std::string>& info)
-    : file_(name), mesh_(mesh), fields_(definition.fields) {
+                         const std::vector<std::string>& info, Start start)
+    : file_(name, start), mesh_(mesh), fields_(definition.fields) {
   ex_opts(0); // errors come back as codes, nothing is printed
+  for (const Section& section : definition.sections)
+    blocks_.push_back({section.group, mesh.findGroup(section.group)->elements});
+  if (start == Start::GoOn) return;
   int memoryWord = sizeof(double), fileWord = sizeof(double);
   id_ = ex_create(file_.path().c_str(), EX_CLOBBER | EX_LARGE_MODEL, &memoryWord, &fileWord);
   check(id_);
@@ -89,6 +92,32 @@ ResultsFile::~ResultsFile() {
   if (id_ >= 0) ex_close(id_);
 }
 
+void ResultsFile::visit(Archive& archive) {
+  archive(count_, lastTime_);
+  if (archive.isRestoring()) reopen();
+}
+
+void ResultsFile::reopen() {
+  const auto fail = [&](const char* what) { throw InputError(file_.path().string() + ": " + what); };
+  int memoryWord = sizeof(double), fileWord = sizeof(double);
+  float version = 0;
+  id_ = ex_open(file_.path().c_str(), EX_WRITE, &memoryWord, &fileWord, &version);
+  if (id_ < 0) fail("cannot be opened as a file of fields to go on with");
+  const auto has = [&](ex_entity_type type, Entity entity) {
+    int count = -1;
+    return ex_get_variable_param(id_, type, &count) >= 0 &&
+           count == static_cast<int>(variablesOf(fields_, entity).size());
+  };
+  double time = 0;
+  const bool fits = ex_inquire_int(id_, EX_INQ_NODES) == mesh_.nodes() &&
+                    ex_inquire_int(id_, EX_INQ_ELEM) == mesh_.elements() &&
+                    ex_inquire_int(id_, EX_INQ_ELEM_BLK) == static_cast<int64_t>(blocks_.size()) &&
+                    has(EX_GLOBAL, Entity::Model) && has(EX_NODAL, Entity::Node) &&
+                    has(EX_ELEM_BLOCK, Entity::Element) && count_ > 0 && ex_inquire_int(id_, EX_INQ_TIME) >= count_ &&
+                    ex_get_time(id_, static_cast<int>(count_), &time) >= 0 && time == lastTime_;
+  if (!fits) fail("is not what the restart file goes on from");
+}
+
 void ResultsFile::check(int status) const {
   if (status >= 0) return;
   const char *text = "", *routine = "";
@@ -98,9 +127,6 @@ void ResultsFile::check(int status) const {
 }
 
 void ResultsFile::writeModel(const Mesh& mesh, const Case& definition) {
-  for (const Section& section : definition.sections)
-    blocks_.push_back({section.group, mesh.findGroup(section.group)->elements});
-
   const auto nodeSets = std::count_if(mesh.groups.begin(), mesh.groups.end(), isNodeSet);
   std::size_t longestName = MAX_NAME_LENGTH;
   for (const Group& group : mesh.groups) longestName = std::max(longestName, group.name.size());
@@ -196,10 +222,11 @@ void ResultsFile::declareVariables() {
 
 void ResultsFile::write(double time, const Fields& fields, const Energies& energies) {
   ++count_;
+  lastTime_ = time;
   nodeVariables_ = elementVariables_ = 0;
-  check(ex_put_time(id_, count_, &time));
+  check(ex_put_time(id_, count(), &time));
   const auto globals = energies.values();
-  check(ex_put_var(id_, count_, EX_GLOBAL, 1, 1, static_cast<int64_t>(globals.size()), globals.data()));
+  check(ex_put_var(id_, count(), EX_GLOBAL, 1, 1, static_cast<int64_t>(globals.size()), globals.data()));
   writeNodeVector("displacement", fields.displacement);
   writeNodeVector("velocity", fields.velocity);
   writeNodeVector("reaction", fields.reaction);
@@ -216,7 +243,7 @@ void ResultsFile::writeNodeVector(std::string_view field, std::span<const double
   scratch_.resize(nodes);
   for (std::size_t c = 0; c < 3; ++c) {
     for (std::size_t n = 0; n < nodes; ++n) scratch_[n] = values[3 * n + c];
-    check(ex_put_var(id_, count_, EX_NODAL, ++nodeVariables_, 1, static_cast<int64_t>(nodes), scratch_.data()));
+    check(ex_put_var(id_, count(), EX_NODAL, ++nodeVariables_, 1, static_cast<int64_t>(nodes), scratch_.data()));
   }
 }
 
@@ -229,7 +256,7 @@ void ResultsFile::writeElementField(std::string_view field, std::span<const doub
       scratch_.resize(elements.size());
       for (std::size_t k = 0; k < elements.size(); ++k)
         scratch_[k] = values[components * static_cast<std::size_t>(elements[k]) + c];
-      check(ex_put_var(id_, count_, EX_ELEM_BLOCK, elementVariables_, static_cast<ex_entity_id>(b + 1),
+      check(ex_put_var(id_, count(), EX_ELEM_BLOCK, elementVariables_, static_cast<ex_entity_id>(b + 1),
                        static_cast<int64_t>(elements.size()), scratch_.data()));
     }
   }
@@ -245,7 +272,7 @@ void ResultsFile::writeDerivedFields(const Fields& fields) {
     int variable = elementVariables_;
     for (std::size_t k = 0; k < derivedFieldNames.size(); ++k)
       if (isChosen(fields_, derivedFieldNames[k]))
-        check(ex_put_var(id_, count_, EX_ELEM_BLOCK, ++variable, static_cast<ex_entity_id>(b + 1),
+        check(ex_put_var(id_, this->count(), EX_ELEM_BLOCK, ++variable, static_cast<ex_entity_id>(b + 1),
                          static_cast<int64_t>(count), values.data() + k * count));
   }
 }

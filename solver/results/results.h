@@ -21,16 +21,18 @@ class ResultsFile {
 public:
   // info: lines that go into the file as they are, cut to 80 characters.  Mesh and case outlive the file.
   ResultsFile(const std::filesystem::path& name, const Mesh& mesh, const Case& definition,
-              const std::vector<std::string>& info);
+              const std::vector<std::string>& info, Start start = Start::New);
   ~ResultsFile();
   ResultsFile(const ResultsFile&) = delete;
   ResultsFile& operator=(const ResultsFile&) = delete;
 
+  // How many times it has.  Restoring opens the file; times beyond stay in it until they are written anew.
+  void visit(Archive& archive);
   void write(double time, const Fields& fields, const Energies& energies);
   // No write() afterwards.
   void close();
   const PartialFile& file() const { return file_; }
-  int count() const { return count_; }
+  int count() const { return static_cast<int>(count_); }
 
 private:
   struct Block {
@@ -39,6 +41,7 @@ private:
   };
 
   void check(int status) const;
+  void reopen();
   void writeModel(const Mesh& mesh, const Case& definition);
   void writeBlocks(const Mesh& mesh);
   void writeNodeSets(const Mesh& mesh);
@@ -51,7 +54,8 @@ private:
   PartialFile file_;
   const Mesh& mesh_;
   int id_ = -1;
-  int count_ = 0;
+  int64_t count_ = 0;
+  double lastTime_ = 0;
   const std::vector<std::string>& fields_;       // that the case has chosen
   int nodeVariables_ = 0, elementVariables_ = 0; // written at this time so far
   std::vector<Block> blocks_;

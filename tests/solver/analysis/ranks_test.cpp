@@ -1,6 +1,9 @@
 // The program on ranks: the same results to the last bit, errors that end everyone, and the program that compares.
+#include "solver/input/case_reader.h"
+#include "solver/input/mesh_reader.h"
 #include "solver/program/job.h"
 #include "solver/results/digest.h"
+#include "solver/results/restart_file.h"
 #include "solver/results/results.h"
 #include "tests/solver/files.h"
 #include "tests/support/program.h"
@@ -9,6 +12,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstring>
 #include <future>
 #include <sys/resource.h>
 #include <thread>
@@ -132,6 +136,97 @@ time = [0.0, 0.003]
 value = [0.0, 1.0e5]
 curve = "smooth"
 )");
+  }
+
+  // Loads, contact and supports on a body with everything that points, bricks and files remember: a rate-sensitive foam beside a
+  // rubber that softens and fails, a filter, states to go on from.
+  static void writeMixed() {
+    std::string text = replaced(readFile("loaded.toml"), "D1 = 1.0e-7", R"(D1 = 1.0e-7
+[material.mullins]
+r = 1.5
+m = 2.0e3
+[material.failure]
+d1 = 0.01
+[[material]]
+name = "foam"
+model = "user"
+user = "TVK_RATE_SENSITIVE_FOAM"
+density = 60.0
+properties = [400e3, 50e3, 2e-4, 0.2, 3, 1e-4]
+[[material.curve]]
+rate = 0.01
+strain = [0, 0.05, 0.4, 0.6, 0.75, 0.85]
+stress = [0, 20e3, 40e3, 80e3, 250e3, 1000e3]
+[[material.curve]]
+rate = 100
+strain = [0, 0.05, 0.4, 0.6, 0.75, 0.85]
+stress = [0, 40e3, 80e3, 160e3, 500e3, 2000e3]
+[[section]]
+group = "upper"
+material = "foam")");
+    for (std::size_t at; (at = text.find("\"all\"")) != std::string::npos;) text.replace(at, 5, "\"lower\"");
+    text = replaced(replaced(text, "irregular.msh", "mixed.msh"), "end_time = 0.004",
+                    "end_time = 0.01\nsafety_factor = 0.5");
+    text = replaced(text, "interval = 0.001", "interval = 0.0005\nrestart_interval = 0.0003\nfilter_cutoff = 300.0");
+    writeFile("mixed.toml", text);
+    writeFile("damped.toml",
+              replaced(replaced(text, "quasi_static = true", "damping = 20.0"), "filter_cutoff = 300.0", ""));
+    solver::Mesh mesh = box({7, 5, 6}, {1, 0.8, 1.1});
+    const auto all =
+        std::find_if(mesh.groups.begin(), mesh.groups.end(), [](const auto& g) { return g.name == "all"; });
+    solver::Group upper = *all;
+    all->name = "lower";
+    upper.name = "upper";
+    std::erase_if(all->elements, [](int32_t brick) { return brick >= 70; });
+    std::erase_if(upper.elements, [](int32_t brick) { return brick < 70; });
+    mesh.groups.push_back(upper);
+    writeFile("mixed.msh", meshText(mesh));
+  }
+
+  // Files that are none to go on from leave everything as it is.
+  static void refuseWrongStates(const std::string& begin, const std::string& file, const std::string& csv) {
+    const std::string state = readFile(file), lines = readFile(csv);
+    const auto spoilt = [&](std::size_t at) {
+      std::string text = state;
+      text[at] = static_cast<char>(text[at] ^ 1);
+      return text;
+    };
+    const struct {
+      std::string text, answer;
+    } wrong[] = {
+        {"", "is cut off"},
+        {state.substr(0, 47), "is cut off"},
+        {state.substr(0, state.size() - 1), "is cut off"},
+        {state + "x", "too long"},
+        {spoilt(0), "this is no restart file"},
+        {spoilt(8), "another release"},
+        {spoilt(16), "another release"},
+        {spoilt(24), "another case or mesh"},
+        {spoilt(39), "sizes are wrong"},
+        {spoilt(32), "is damaged"},
+        {spoilt(47), "sizes are wrong"},
+        {spoilt(48), "checksum"},
+        {spoilt(state.size() / 2), "checksum"},
+        {spoilt(state.size() - 1), "checksum"},
+    };
+    for (const auto& [text, answer] : wrong) {
+      writeFile("wrong.restart", text);
+      const Outcome outcome = run(1, 1, begin + " --restart wrong.restart", 1);
+      expectError(outcome, 1, "wrong.restart: ");
+      EXPECT_TRUE(contains(outcome.err, answer)) << answer << ": " << outcome.err;
+    }
+    // whole and with the right sums, but of no analysis
+    uint64_t heading[6];
+    std::memcpy(heading, state.data(), sizeof heading);
+    solver::writeRestart("wrong.restart", heading[3],
+                         {std::vector<double>(heading[4]), std::vector<double>(heading[5])});
+    expectError(run(1, 1, begin + " --restart wrong.restart", 1), 1, "wrong.restart: its time, increment or damping");
+    for (const char* other : {"none.restart", "out"}) run(2, 1, begin + " --restart " + other, 1);
+    writeFile(csv, replaced(lines, "kinetic", "cinetic"));
+    expectError(run(2, 1, begin + " --restart", 1), 1, csv + ": is not what");
+    writeFile(csv, lines);
+    EXPECT_TRUE(contains(run(1, 1, replaced(begin, "-q", "--check") + " --restart").out, "goes on from increment "));
+    EXPECT_EQ(readFile(file), state);
   }
 
 private:
@@ -267,6 +362,63 @@ TEST_F(RanksTest, ASignalToOneRankEndsAllOfThemInOrder) {
     for (const char* name : {"irregular", "irregular.rank1", "irregular.rank2"})
       EXPECT_TRUE(contains(readFile("out/" + std::string(name) + ".sta"), "Interrupted")) << name;
     compare("out", "out");
+  }
+}
+
+// At any increment: an analysis that restores the state of another goes on to the same state.
+TEST_F(RanksTest, StatesHoldAllThatAnAnalysisNeeds) {
+  writeIrregular();
+  writeLoaded();
+  writeMixed();
+  const solver::Mesh mesh = solver::readMesh("mixed.msh");
+  for (const char* file : {"mixed.toml", "damped.toml"}) {
+    const solver::Case definition = solver::readCase(file).definition;
+    solver::Analysis whole(mesh, definition, 1);
+    double failed = 0;
+    for (int k = 0; k < 20; ++k) {
+      whole.advanceTo(definition.endTime, 59);
+      solver::Analysis other(mesh, definition, 2);
+      const std::vector<double> start = whole.state();
+      ASSERT_EQ(other.stateSize(), start.size());
+      other.restore(start);
+      whole.advanceTo(definition.endTime, 13);
+      other.advanceTo(definition.endTime, 13);
+      EXPECT_EQ(whole.energies().values(), other.energies().values()) << whole.progress().time;
+      const std::vector<double> one = whole.state(), two = other.state();
+      EXPECT_EQ(std::memcmp(one.data(), two.data(), sizeof(double) * one.size()), 0) << whole.progress().time;
+      for (const double mask : whole.fields().mask) failed += mask;
+    }
+    EXPECT_GT(failed, 0) << "some bricks fail on the way";
+  }
+}
+
+// Killed, then ended by a signal, and gone on with on other ranks and threads each time.
+TEST_F(RanksTest, RestartedRunsAreTheUninterruptedOne) {
+  writeIrregular();
+  writeLoaded();
+  writeMixed();
+  for (const std::string job : {"mixed", "damped"}) {
+    const std::string begin = job + ".toml -q -o out", file = "out/" + job + ".restart", csv = "out/" + job + ".csv";
+    run(1, 1, job + ".toml --digest -q -o whole");
+    EXPECT_FALSE(std::filesystem::exists("whole/" + job + ".restart"));
+    EXPECT_TRUE(contains(readFile("whole/" + job + ".sta"), "Completed"));
+    auto killed = std::async(std::launch::async, [&] { run(2, 1, begin + " --digest", 137); });
+    EXPECT_TRUE(isUnderWay("out/" + job + ".sta"));
+    EXPECT_TRUE(signalRank(0, SIGKILL));
+    killed.get();
+
+    if (job == "mixed") refuseWrongStates(begin, file, csv + ".partial");
+
+    std::filesystem::remove("out/" + job + ".sta");
+    auto ended = std::async(std::launch::async, [&] { return run(3, 1, begin + " --restart --digest", 130); });
+    EXPECT_TRUE(isUnderWay("out/" + job + ".sta"));
+    EXPECT_TRUE(signalRank(1, SIGTERM));
+    EXPECT_TRUE(contains(ended.get().err, "--restart goes on from " + file));
+    run(2, 2, begin + " --restart");
+    EXPECT_TRUE(compare("whole/" + job + ".digest", "out").out.starts_with("the same: 21 outputs"));
+    EXPECT_EQ(readFile("whole/" + job + ".csv"), readFile(csv));
+    EXPECT_FALSE(std::filesystem::exists(file));
+    std::filesystem::remove_all("out");
   }
 }
 

@@ -164,6 +164,7 @@ TEST_F(Mistakes, NumbersWithoutSense) {
        "principal_stress, principal_rotation, principal_direction, material_orientation"},
       {"0.05", "1\n[output]\nhistory_interval = 1e-9",
        ":27:20: history_interval is 1e-09, which makes more than 100000 records, expected at least 1e-05 s"},
+      {"0.05", "1\n[output]\nrestart_interval = -1", ":27:20: restart_interval is -1, expected a positive number in s"},
       {"0.05", "1\n[output]\nfilter_cutoff = 0", ":27:17: filter_cutoff is 0, expected a positive number in Hz"},
       {"0.05", "1\n[output]\nfilter_cutoff = 9\nfilter_order = 3",
        ":28:16: filter_order is 3, expected an even number from 2 to 20"},

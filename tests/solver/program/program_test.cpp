@@ -122,7 +122,7 @@ TEST_F(ProgramTest, CommandLine) {
   EXPECT_EQ(filesIn("."), Files{"in"});
   const Outcome version = run({"--version"}), help = run({"--help"});
   EXPECT_TRUE(version.out.starts_with("sharedanalysis-explicit ") && linesOf(version.out).size() == 1) << version.out;
-  for (const char* option : {"CASE", "--threads", "--output", "--check", "--quiet", "--version"})
+  for (const char* option : {"CASE", "--threads", "--output", "--check", "--quiet", "--version", "--restart"})
     EXPECT_TRUE(contains(help.out, option)) << option;
 }
 
@@ -445,7 +445,9 @@ TEST_F(ProgramTest, SignalsEndTheRunInOrder) {
     program.signal(signal);
     const Outcome outcome = program.wait();
     EXPECT_EQ(outcome.code, 130);
-    expectPartialResults(outcome, "interrupted at time", "Interrupted");
+    Files files = partial;
+    files.insert("bar.restart");
+    expectPartialResults(outcome, "interrupted at time", "Interrupted", files);
     const FieldFile file("out/bar.exo.partial");
     EXPECT_GE(file.times.size(), 3U) << "the last state is written as well";
     EXPECT_EQ(file.times.back(), readHistory("out/bar.csv.partial")["time"].back());
