@@ -1,6 +1,6 @@
 """The package with the library, its host and the description of the interface, taken from a build tree.
 
-The tree is $SHAREDANALYSIS_BUILD, or build/release or build/library of these sources; where there is none, one is built.
+The tree is $SHAREDANALYSIS_BUILD, which counts from these sources, or build/release or build/library of these sources; where there is none, one is built.
 """
 import os
 import pathlib
@@ -17,7 +17,7 @@ TARGETS = ["SharedAnalysis", "SharedAnalysisHost", "sa_python"]
 
 def build_tree():
     given = os.environ.get("SHAREDANALYSIS_BUILD")
-    for tree in [pathlib.Path(given)] if given else [ROOT / "build/release", ROOT / "build/python"]:
+    for tree in [ROOT / given] if given else [ROOT / "build/release", ROOT / "build/python"]:
         if (tree / "python/sharedanalysis/interface.json").exists() and (tree / "lib/libSharedAnalysisHost.so.1").exists():
             return tree
     if given:
