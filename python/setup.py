@@ -1,6 +1,7 @@
 """The package with the library, its host and the description of the interface, taken from a build tree.
 
-The tree is $SHAREDANALYSIS_BUILD, which counts from these sources, or build/release or build/library of these sources; where there is none, one is built.
+The tree is $SHAREDANALYSIS_BUILD, which counts from these sources, or build/release or build/python of these; where there is none,
+one is built.
 """
 import os
 import pathlib
