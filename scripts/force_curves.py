@@ -13,18 +13,15 @@ import sys
 import vtk
 from vtk.util.numpy_support import vtk_to_numpy
 
+from picture import nodal_reader
+
 COLOURS = ["#4477aa", "#cc3311", "#228833", "#aa3377"]
 WIDTH, HEIGHT, GAP, LEFT, UPPER, BELOW, COLUMNS = 300, 240, 86, 70, 40, 62, 2
 
 
 def history(path, node_set, component, over_time):
     """Mean displacement, or the time, and the sum of the reactions of a node set at all written times."""
-    reader = vtk.vtkExodusIIReader()
-    if not reader.CanReadFile(path):
-        sys.exit(f"error: {path} is not a readable Exodus II file")
-    reader.SetFileName(path)
-    reader.UpdateInformation()
-    reader.SetAllArrayStatus(reader.NODAL, 1)
+    reader = nodal_reader(path)
     reader.ApplyDisplacementsOff()
     sets = [reader.GetObjectName(reader.NODE_SET, k) for k in range(reader.GetNumberOfObjects(reader.NODE_SET))]
     if node_set not in sets:

@@ -43,13 +43,18 @@ def go_to_a_display():
     os.execvp("xvfb-run", ["xvfb-run", "-a", sys.executable, *sys.argv])
 
 
-def open_results(path):
+def nodal_reader(path):
     reader = vtk.vtkExodusIIReader()
     if not reader.CanReadFile(path):
         sys.exit(f"error: {path} is not a readable Exodus II file")
     reader.SetFileName(path)
     reader.UpdateInformation()
     reader.SetAllArrayStatus(reader.NODAL, 1)
+    return reader
+
+
+def open_results(path):
+    reader = nodal_reader(path)
     reader.SetAllArrayStatus(reader.ELEM_BLOCK, 1)
     reader.ApplyDisplacementsOn()
     reader.SetDisplacementMagnitude(1.0)

@@ -60,7 +60,7 @@ private:
   void waitWhile(const std::atomic<unsigned>& count, unsigned value) const;
 
   const std::function<void(int)>* work_ = nullptr;               // none: the end
-  std::atomic<unsigned> begun_ = 0, arrived_ = 0, meetings_ = 0; // begun: pieces of work
+  std::atomic<unsigned> begun_ = 0, arrived_ = 0, meetings_ = 0; // pieces of work, then within one of them
   int patience_ = 0;
   std::vector<std::thread> others_;
 };

@@ -123,9 +123,12 @@ private:
 
   // What the run will take, from its first increments.
   void showCosts(Analysis& analysis) {
+    if (!(firstIncrement_ > 0)) return; // it ends before the first one
     constexpr int kTried = 5;
     const Clock::time_point start = Clock::now();
-    analysis.advanceTo(definition_.endTime, kTried);
+    const Ending ending = analysis.advanceTo(definition_.endTime, kTried);
+    if (ending != Ending::Running && ending != Ending::Complete)
+      return terminal_.line("it will end early: " + describeEnding(ending, analysis, definition_, firstIncrement_));
     const std::chrono::duration<double> seconds = Clock::now() - start;
     const double increments = std::max(1.0, std::ceil(definition_.endTime / firstIncrement_));
     const double tried = static_cast<double>(std::max<int64_t>(analysis.progress().increment, 1));
