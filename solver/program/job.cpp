@@ -126,11 +126,13 @@ private:
     if (!(firstIncrement_ > 0)) return; // it ends before the first one
     constexpr int kTried = 5;
     const Clock::time_point start = Clock::now();
-    const Ending ending = analysis.advanceTo(definition_.endTime, kTried);
+    const Ending ending = analysis.advanceTo(std::min(fieldTimes_.next(), historyTimes_.next()), kTried);
     if (ending != Ending::Running && ending != Ending::Complete)
       return terminal_.line("it will end early: " + describeEnding(ending, analysis, definition_, firstIncrement_));
     const std::chrono::duration<double> seconds = Clock::now() - start;
-    const double increments = std::max(1.0, std::ceil(definition_.endTime / firstIncrement_));
+    // increments also end at the times of output
+    const double longest = std::min({firstIncrement_, definition_.outputInterval, definition_.historyInterval});
+    const double increments = std::max(1.0, std::ceil(definition_.endTime / longest));
     const double tried = static_cast<double>(std::max<int64_t>(analysis.progress().increment, 1));
     const double times = std::ceil(definition_.endTime / definition_.outputInterval) + 1;
     const std::string time = clockText(seconds.count() / tried * increments);
