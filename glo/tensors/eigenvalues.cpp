@@ -124,17 +124,22 @@ struct PlaneAxes {
   double bad;         // NaN for a spoiled point, else 0
   uint64_t isBeyond;  // whether the point is to be scaled
 };
-// `scaled` as in forPointsOfAnyScale.
+// tan of half the angle on the circle, a quotient of sums of positive numbers.  A shear below the rounding of the smaller
+// direct component counts as zero, as in PreciseRotation.  `scaled` as in forPointsOfAnyScale.
 SA_INLINE PlaneAxes planeAxes(auto scaled, double s11, double s22, double s12) {
+  constexpr double kEps = 0x1p-53;
   const double largest = magnitude(s11, s22, s12);
-  const Scale scale = scaled ? scaleForSums(largest) : Scale{1.0, 1.0};
+  const Scale scale = scaled ? scaleForSquares(largest) : Scale{1.0, 1.0};
   const double a11 = s11 * scale.factor, a22 = s22 * scale.factor, a12 = s12 * scale.factor;
-  const PlaneAngle r = PreciseRotation::angle(a11, a22, a12);
-  const double h = r.t * a12, p = a11 + h, q = a22 - h;
-  const Axis a{p * scale.back, r.c, r.s, 0.0}, b{q * scale.back, -r.s, r.c, 0.0};
+  const double half = 0.5 * a11 - 0.5 * a22, radius = __builtin_sqrt(half * half + a12 * a12);
+  const bool negligible = vm::min(__builtin_fabs(a11), __builtin_fabs(a22)) * kEps >= __builtin_fabs(a12);
+  const double tangent = a12 / (negligible ? 1.0 : __builtin_fabs(half) + radius);
+  const double t = negligible ? 0.0 : (half < 0.0 ? -tangent : tangent), h = t * a12;
+  const double c = 1.0 / __builtin_sqrt(t * t + 1.0), s = t * c, p = a11 + h, q = a22 - h;
+  const Axis a{p * scale.back, c, s, 0.0}, b{q * scale.back, -s, c, 0.0};
   const bool swap = b.value < a.value;
   const Axis turned{a.value, -a.x, -a.y, 0.0};
-  return {select(swap, b, a), select(swap, turned, b), spoiled(p, q, 0.0), isBeyondSums(largest)};
+  return {select(swap, b, a), select(swap, turned, b), spoiled(p, q, 0.0), isBeyondSquares(largest)};
 }
 
 SA_INLINE PlaneAxes planeAxesS31(auto scaled, int k, int64_t nblock, const double* S) {
