@@ -1,5 +1,5 @@
 # The usual commands; the build itself is described in CMakeLists.txt and CMakePresets.json.
-.PHONY: programs demo test torture bench format clean
+.PHONY: programs demo test torture bench bench-compare format clean
 
 export JOBS ?= $(shell nproc)
 # further options of the configuration, for instance OPTIONS=-DSA_TEST_LEVELS=x86-64
@@ -31,6 +31,12 @@ bench:
 	@scripts/setup
 	@scripts/build release $(OPTIONS) benchmarks
 	@for program in build/release/bin/*_bench; do "$$program" || exit 1; done
+
+# The kernels of this tree and of the commit BASE in turns; fails when one has become slower.  ROWS=words of row names.
+bench-compare:
+	@scripts/setup
+	@scripts/build release $(OPTIONS) kernel_bench
+	@scripts/bench_compare $(BASE) --rows $(ROWS)
 
 format:
 	git ls-files --cached --others --exclude-standard '*.c' '*.cpp' '*.h' '*.hpp' | xargs clang-format-14 -i

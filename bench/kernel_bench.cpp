@@ -1,7 +1,8 @@
 // Nanoseconds per point of each kernel beside a plain loop that does the same, hot (one block that stays in the cache, 64 and
 // 128 points) and swept (blocks of 128 points, one after the other, over 64 MiB).  The two take turns in one run and the
 // smallest of many samples counts; ratios keep, absolute times are those of this machine and hour.
-//   kernel_bench [NAME...]   those kernels whose name contains one of the words
+//   kernel_bench [NAME...]             those kernels whose name contains one of the words
+//   kernel_bench --kernels [NAME...]   without the plain loops: lines of "name;ns hot;ns swept", what scripts/bench_compare reads
 #include "bench_case.h"
 #include "dsm_ker_ThreadData.h"
 #include "glo.h"
@@ -73,15 +74,17 @@ private:
   std::vector<Arrays> arrays_;
 };
 
-Pair measure(Case& c, int n, int count) {
+// With kernels alone both of the turns are the kernel's.
+Pair measure(Case& c, int n, int count, bool kernelsAlone) {
   global().entities = count == 1 ? 4 * n : 1 << 20;
   global().values.assign(3 * static_cast<size_t>(global().entities) + 16, 1.0);
   const Blocks blocks(c, n, count);
   const auto kernel = [&] { blocks.run(c.kernel); };
-  const auto plain = [&] { blocks.run(c.plain); };
+  const auto plain = [&] { blocks.run(kernelsAlone ? c.kernel : c.plain); };
   const Pair once = inTurns(2, 1, kernel, plain);
-  const int repeats = std::max(1, static_cast<int>(100e3 / once.plain));
+  const int repeats = std::max(1, static_cast<int>((kernelsAlone ? 20e3 : 100e3) / once.plain));
   Pair best = inTurns(count == 1 ? 150 : 8, repeats, kernel, plain);
+  if (kernelsAlone) best.kernel = std::min(best.kernel, best.plain);
   const double points = static_cast<double>(n) * count;
   best.kernel /= points;
   best.plain /= points;
@@ -117,14 +120,19 @@ dsm_ker_ThreadData& thr_ThreadSingleton<dsm_ker_ThreadData>::Instance() {
 }
 
 int main(int argc, char** argv) {
+  const bool kernelsAlone = argc > 1 && std::string(argv[1]) == "--kernels";
+  const std::vector<std::string> words(argv + (kernelsAlone ? 2 : 1), argv + argc);
   const auto wanted = [&](const std::string& name) {
-    return argc == 1 ||
-           std::any_of(argv + 1, argv + argc, [&](const char* word) { return name.find(word) != std::string::npos; });
+    return words.empty() || std::any_of(words.begin(), words.end(),
+                                        [&](const std::string& word) { return name.find(word) != std::string::npos; });
   };
-  std::printf("ns per point                  64 points                  128 points                  swept            a "
-              "point costs\n");
-  std::printf("%-24s %9s %9s %7s %9s %9s %7s %9s %9s %7s   %5s %5s %5s\n", "", "kernel", "plain", "ratio", "kernel",
-              "plain", "ratio", "kernel", "plain", "ratio", "bytes", "+ *", "/ sqrt");
+  if (!kernelsAlone) {
+    std::printf(
+        "ns per point                  64 points                  128 points                  swept            a "
+        "point costs\n");
+    std::printf("%-24s %9s %9s %7s %9s %9s %7s %9s %9s %7s   %5s %5s %5s\n", "", "kernel", "plain", "ratio", "kernel",
+                "plain", "ratio", "kernel", "plain", "ratio", "bytes", "+ *", "/ sqrt");
+  }
   std::vector<Case> list;
   bench::addSharedCases(list);
   bench::addBrickCases(list);
@@ -134,15 +142,20 @@ int main(int argc, char** argv) {
   bench::addTableCases(list);
   for (Case& c : list) {
     if (!wanted(c.name)) continue;
-    std::printf("%-24s", c.name.c_str());
     const int sweptBlocks = (64 << 20) / (128 * arrayBytes(c));
+    if (kernelsAlone) {
+      const Pair hot = measure(c, 128, 1, true), swept = measure(c, 128, sweptBlocks, true);
+      std::printf("%s;%.4f;%.4f\n", c.name.c_str(), hot.kernel, swept.kernel);
+      continue;
+    }
+    std::printf("%-24s", c.name.c_str());
     for (const auto& [n, count] : {std::pair{64, 1}, {128, 1}, {128, sweptBlocks}}) {
-      const Pair best = measure(c, n, count);
+      const Pair best = measure(c, n, count, false);
       std::printf(" %9.2f %9.2f %7.2f", best.kernel, best.plain, best.plain / best.kernel);
       std::fflush(stdout);
     }
     std::printf("   %5d %5d %5d\n", c.bytes > 0 ? c.bytes : arrayBytes(c), c.arithmetic, c.divisions);
   }
-  if (wanted("WRITE") || wanted("glo_uti_CWrite")) benchWriter();
+  if (!kernelsAlone && (wanted("WRITE") || wanted("glo_uti_CWrite"))) benchWriter();
   return linesTaken < 0;
 }
