@@ -34,6 +34,15 @@ struct ListedPoints {
   SA_INLINE int operator()(int i) const { return list[i] - 1; }
 };
 
+// Whether a list holds all points of a block in order.
+SA_INLINE bool listsAll(int64_t nblock, int count, const int32_t* list) {
+  if (count != nblock) return false;
+  uint32_t gaps = 0;
+#pragma omp simd reduction(| : gaps)
+  for (int i = 0; i < count; ++i) gaps |= static_cast<uint32_t>(list[i]) - static_cast<uint32_t>(i + 1);
+  return gaps == 0;
+}
+
 // The members of a sorted set of elements that lie in a block of `count` elements, of which `before` come before the block.
 // Entries are positions in the set.
 struct SetMembers {

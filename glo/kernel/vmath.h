@@ -139,6 +139,12 @@ SA_INLINE double expClamped(double x) {
   return select(x <= highest, y, x + kInfinity); // beyond: infinity or NaN
 }
 
+// The bits of expClamped for an x known to be at most 709, or NaN: without the largest results two blends are spared.
+SA_INLINE double expBelow(double x) {
+  const ExpParts e = expParts(max(-708.3964185322637, x));
+  return e.significand * fromBits((e.exponent + 1023) << 52);
+}
+
 // (e^r - 1 - r) / r^2 for |r| <= ln 2 / 2, by the series: the fit above serves e^r, whose error e^r - 1 may not have
 constexpr double kExpm1Coefficients[] = {1.0 / 2.0,          1.0 / 6.0,        1.0 / 24.0,        1.0 / 120.0,
                                          1.0 / 720.0,        1.0 / 5040.0,     1.0 / 40320.0,     1.0 / 362880.0,
@@ -229,6 +235,9 @@ SA_INLINE double log10(double x) {
 // ln x for an x known to be positive, normal and finite; anything else gives an arbitrary number.  Same bits as log.
 // bound: logPositive 0.87 ulp on [0x1p-1022, 0x1.fffffffffffffp1023]
 SA_INLINE double logPositive(double x) { return logNormal(x, 1023.0); }
+
+// The bits of log for an x known to be a positive normal number, infinity or NaN.
+SA_INLINE double logAbove(double x) { return select(x < kInfinity, logNormal(x, 1023.0), x); }
 
 // ---- cos
 

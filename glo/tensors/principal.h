@@ -2,6 +2,7 @@
 #pragma once
 
 #include "glo/kernel/kernel.h"
+#include "glo/kernel/points.h"
 #include "glo/tensors/jacobi.h"
 
 namespace sa {
@@ -16,9 +17,7 @@ SA_INLINE void forBlock(int64_t nblock, Piece piece) {
 template <class Piece>
 SA_INLINE void forList(int64_t nblock, int count, const int32_t* list, Piece piece) {
   if (nblock < 1) return;
-  bool whole = count == nblock; // a list of all points in order runs with unit stride
-  for (int i = 0; whole && i < count; ++i) whole = list[i] == i + 1;
-  if (whole) return forBlock(nblock, piece);
+  if (listsAll(nblock, count, list)) return forBlock(nblock, piece); // with unit stride
   forPieces(count, [=](int start, int n) SA_POINT { piece(ListedPoints{n, list + start}, n); });
 }
 

@@ -43,8 +43,8 @@ SA_INLINE void rootsByDirections(ListedPoints point, int64_t N, const double* S,
 SA_KERNEL(GLO_UTI_SQRTV, (const int32_t* nblock, const double* S, double* V)) {
   const int64_t N = *nblock;
   forPieces(*nblock, [=](int start, int n) SA_POINT {
-    constexpr double kRoundness =
-        0.01; // least 27 III / I^3, which is 1 for a sphere: the last step is below 2e-6 there
+    // least 27 III / I^3, which is 1 for a sphere: the last step is below 2e-6 there
+    constexpr double kRoundness = 0.01;
     constexpr double kMost = 0x1p+300, kLeast = 0x1p-300;
     Lane left;
     forPoints(n, [=, &left](int j) SA_POINT {
@@ -137,8 +137,9 @@ SA_KERNEL(GLO_UTI_EXPS31, (const int32_t* nblock, const double* S, double* E)) {
       falling[i] = 0.5 * (diagonal ? vm::min(s11, s22) : mean - r);
       return isBeyondSquares(largest);
     });
-    forPoints(n, [&growing](int i) SA_POINT { growing[i] = vm::exp(growing[i]); });
-    forPoints(n, [&falling](int i) SA_POINT { falling[i] = vm::exp(falling[i]); });
+    // of roots below the normal numbers only squares and products are used, which are 0
+    forPoints(n, [&growing](int i) SA_POINT { growing[i] = vm::expClamped(growing[i]); });
+    forPoints(n, [&falling](int i) SA_POINT { falling[i] = vm::expClamped(falling[i]); });
     forPoints(n, [=, &third](int i) SA_POINT { third[i] = vm::exp(S[start + i + 2 * N]); });
     forPoints(n, [=, &half, &radius, &growing, &falling, &third](int i) SA_POINT {
       const int k = start + i;
@@ -148,11 +149,14 @@ SA_KERNEL(GLO_UTI_EXPS31, (const int32_t* nblock, const double* S, double* E)) {
           1.0 - z * (1.0 / 3.0 - z * (2.0 / 15.0 - z * (17.0 / 315.0 - z * (62.0 / 2835.0 - z * (1382.0 / 155925.0)))));
       const double middle = 0.5 * (g * g) + 0.5 * (f * f), slope = middle * series;
       const bool small = r < 0.05;
-      // squares of the cosine and sine of the angle between d and the nearer axis, and their product; products with a sine
-      // of zero vanish whatever g is
-      const double perR = 1.0 / (small ? 1.0 : r), cc = 0.5 + 0.5 * (__builtin_fabs(h) * perR), cs = 0.5 * (s12 * perR);
+      // The square of the cosine and the product with the sine of the angle between d and the nearer axis; one division serves
+      // 1/R and 1/cc = 2 R / (R + H).  Products with a sine of zero vanish whatever g is.
+      const double factor = r > 0x1p+400 ? 0x1p-600 : 1.0; // squares stay finite
+      const double R = small ? 1.0 : r * factor, H = __builtin_fabs(h) * factor, sum = R + H;
+      const double q = 1.0 / (R * sum), perR = sum * q, perCc = 2.0 * R * (R * q);
+      const double cc = 0.5 + 0.5 * (H * perR), cs = 0.5 * (s12 * factor * perR);
       const bool diagonal = cs == 0.0;
-      const double perCc = 1.0 / cc, gs = diagonal ? 0.0 : g * cs, fs = f * cs;
+      const double gs = diagonal ? 0.0 : g * cs, fs = f * cs;
       const double nearer = g * (g * cc) + fs * (fs * perCc), other = f * (f * cc) + gs * (gs * perCc);
       const bool first = h >= 0.0;
       const double shear = diagonal ? 0.0 : ((g - f) * cs) * (g + f);

@@ -67,6 +67,11 @@ struct Analysis::Data {
   }
 };
 
+double Energies::total() const {
+  const FloatingPointMode mode;
+  return kinetic + strain + hourglass + viscous + damage + damping + contact;
+}
+
 Analysis::Analysis(const Mesh& mesh, const Case& definition, int threads) {
   const FloatingPointMode mode;
   data_ = std::make_unique<Data>(mesh, definition, std::max(threads, 1));

@@ -19,8 +19,8 @@ struct Energies {
   double external = 0;
   double damping = 0; // taken by damping in proportion to mass
   double contact = 0; // taken by friction and impact on planes
-  // total - external is constant in an exact integration
-  double total() const { return kinetic + strain + hourglass + viscous + damage + damping + contact; }
+  // total - external is constant in an exact integration.  Rounded to nearest, whatever the caller's mode.
+  double total() const;
   // Kinetic energy over what the body holds: how far it is from rest.
   double stillness() const { return strain + hourglass > 0 ? kinetic / (strain + hourglass) : 0; }
   double balance() const { return total() - external; }

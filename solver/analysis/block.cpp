@@ -27,7 +27,7 @@ BlockWork::BlockWork()
 Block::Block(std::span<const int32_t> bricks, const Numbering& numbering, const Material& material,
              const Case& definition, const Domain& domain)
     : n_(static_cast<int32_t>(bricks.size())), ld_(leadingDimension(n_)), bricks_(bricks.begin(), bricks.end()),
-      gatherMap_(8 * ld_), assemblyMap_(8 * n_), B0_(24 * ld_), gamma0_(32 * ld_), V0_(ld_), mass_(n_), hourglass_(n_),
+      gatherMap_(8 * ld_), assemblyMap_(8 * n_), B0_(24 * ld_), H0_(12 * ld_), V0_(ld_), mass_(n_), hourglass_(n_),
       shear_(n_, material.shearModulus()), density_(n_, material.density), material_(&material), points_(material, n_),
       stress_(6 * n_), mask_(ld_), viscousStress_(n_), viscousEnergy_(n_), omega_(n_), failed_(n_), lostEnergy_(n_) {
   for (int32_t e = 0; e < ld_; ++e)
@@ -46,7 +46,8 @@ void Block::setReference(const std::vector<double>& X, BlockWork& w) {
   std::fill(mask_.begin(), mask_.end(), 0.0);
   GLO_UTI_GENGATHERR(&points, &kThree, &kThree, &kUnread, gatherMap_.data(), w.x.data(), X.data());
   SPX_OPE_C3D8ROPER2(&n_, &ld_, w.x.data(), B0_.data(), w.hgdiag.data(), w.hgstiff.data(), V0_.data(), w.rvol.data(),
-                     gamma0_.data(), mask_.data());
+                     w.gamma.data(), mask_.data());
+  hourglassModes(n_, ld_, w.x.data(), H0_.data());
   for (int32_t e = 0; e < n_; ++e) {
     mass_[e] = density_[e] * V0_[e];
     hourglass_[e] *= shear_[e] * w.hgstiff[e] / 16.0;
@@ -85,7 +86,7 @@ Block::Outcome Block::evaluate(const std::vector<double>& x, const std::vector<d
        points_.viscosity() != nullptr ? points_.viscosity() : w.inviscid.data(), definition.linearViscosity,
        definition.quadraticViscosity, points_.damping(), lastIncrement},
       viscousStress_.data(), viscousEnergy_.data());
-  nodalForces({n_, ld_, w.x.data(), B0_.data(), gamma0_.data(), w.B.data(), w.vol.data(), viscousStress_.data(),
+  nodalForces({n_, ld_, w.x.data(), B0_.data(), H0_.data(), w.F.data(), w.B.data(), w.vol.data(), viscousStress_.data(),
                w.cofactors.data(), stress_.data(), V0_.data(), hourglass_.data(), mask_.data()},
               w.work.data(), w.force.data());
   GLO_OPE_GENASSEM(&corners, &kThree, &kThree, &kUnread, f, w.force.data(), assemblyMap_.data());
@@ -120,7 +121,7 @@ void Block::remove(const std::vector<double>& x, double lastIncrement, BlockWork
   double stored[kBlockLength], spring[kBlockLength], damage[kBlockLength];
   energies(x, w, stored, spring, damage);
   constexpr double kNoViscousStress[kBlockLength] = {};
-  nodalForces({n_, ld_, w.x.data(), B0_.data(), gamma0_.data(), w.B.data(), w.vol.data(), kNoViscousStress,
+  nodalForces({n_, ld_, w.x.data(), B0_.data(), H0_.data(), w.F.data(), w.B.data(), w.vol.data(), kNoViscousStress,
                w.cofactors.data(), stress_.data(), V0_.data(), hourglass_.data(), mask_.data()},
               w.work.data(), w.force.data());
   for (int32_t e = 0; e < n_; ++e) {
@@ -138,9 +139,8 @@ void Block::remove(const std::vector<double>& x, double lastIncrement, BlockWork
 
 // The bindings name every member, so that none is forgotten.
 void Block::visit(Archive& archive, int32_t e) {
-  [[maybe_unused]] auto& [n, ld, bricks, gatherMap, assemblyMap, B0, gamma0, V0, mass, hourglass, shear, density,
-                          material, points, stress, mask, viscousStress, viscousEnergy, omega, failed, lostEnergy] =
-      *this;
+  [[maybe_unused]] auto& [n, ld, bricks, gatherMap, assemblyMap, B0, H0, V0, mass, hourglass, shear, density, material,
+                          points, stress, mask, viscousStress, viscousEnergy, omega, failed, lostEnergy] = *this;
   archive.ofPoint(e, n, stress, viscousStress, viscousEnergy, omega, failed, lostEnergy);
   archive(mask[static_cast<std::size_t>(e)]); // with its pad behind it
   points.visit(archive, e);
@@ -150,7 +150,7 @@ void Block::energies(const std::vector<double>& x, BlockWork& w, double* strainD
                      double* damage) {
   stretch(x, w);
   points_.energies(w.V.data(), strainDensity, damage, w.material);
-  hourglassEnergy(n_, ld_, w.x.data(), gamma0_.data(), hourglass_.data(), hourglass);
+  hourglassEnergy(n_, ld_, w.x.data(), H0_.data(), w.F.data(), hourglass_.data(), hourglass);
   for (int32_t e = 0; e < n_; ++e) {
     const bool active = mask_[e] == 0.0;
     strainDensity[e] = active ? strainDensity[e] : 0.0;

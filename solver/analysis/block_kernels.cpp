@@ -16,25 +16,60 @@
 namespace sharedanalysis::solver {
 namespace {
 
-// One row of F: the derivatives of coordinate i.
-SOLVER_INLINE void gradientRow(int n, int ld, const double* x, const double* B0, double* row) {
+// Sum over the nodes of a nodal value times a weight: a velocity gradient, say.
+SOLVER_INLINE double sumOverNodes(const double* v, const double* b, int ld) {
+  return ((v[0] * b[0] + v[ld] * b[ld]) + (v[2 * ld] * b[2 * ld] + v[3 * ld] * b[3 * ld])) +
+         ((v[4 * ld] * b[4 * ld] + v[5 * ld] * b[5 * ld]) + (v[6 * ld] * b[6 * ld] + v[7 * ld] * b[7 * ld]));
+}
+
+// The four hourglass modes of one coordinate, differences of neighbours first: a brick far from the origin loses nothing.
+struct FourModes {
+  double h1, h2, h3, h4;
+};
+SOLVER_INLINE FourModes modesOf(const double* x, int ld) {
+  const double x1 = x[0], x2 = x[ld], x3 = x[2 * ld], x4 = x[3 * ld];
+  const double x5 = x[4 * ld], x6 = x[5 * ld], x7 = x[6 * ld], x8 = x[7 * ld];
+  const double p1 = x2 - x1, p2 = x3 - x4, p3 = x6 - x5, p4 = x7 - x8; // edges along xi
+  const double q1 = x4 - x1, q2 = x3 - x2, q3 = x8 - x5, q4 = x7 - x6; // along eta
+  return {(q3 + q4) - (q1 + q2), (p3 + p4) - (p1 + p2), (p2 - p1) + (p4 - p3), (p4 - p3) - (p2 - p1)};
+}
+
+SOLVER_CLONES static void hourglassModeLoops(int n, int ld, const double* x, double* h) {
+  for (int i = 0; i < 3; ++i)
 #pragma omp simd
-  for (int e = 0; e < n; ++e) {
-    const double x1 = x[e], x2 = x[e + ld], x3 = x[e + 2 * ld], x4 = x[e + 3 * ld];
-    const double x5 = x[e + 4 * ld], x6 = x[e + 5 * ld], x7 = x[e + 6 * ld], x8 = x[e + 7 * ld];
-    const double *a = B0 + e, *b = a + 8 * ld, *c = b + 8 * ld;
-    row[e] = ((x1 * a[0] + x2 * a[ld]) + (x3 * a[2 * ld] + x4 * a[3 * ld])) +
-             ((x5 * a[4 * ld] + x6 * a[5 * ld]) + (x7 * a[6 * ld] + x8 * a[7 * ld]));
-    row[e + n] = ((x1 * b[0] + x2 * b[ld]) + (x3 * b[2 * ld] + x4 * b[3 * ld])) +
-                 ((x5 * b[4 * ld] + x6 * b[5 * ld]) + (x7 * b[6 * ld] + x8 * b[7 * ld]));
-    row[e + 2 * n] = ((x1 * c[0] + x2 * c[ld]) + (x3 * c[2 * ld] + x4 * c[3 * ld])) +
-                     ((x5 * c[4 * ld] + x6 * c[5 * ld]) + (x7 * c[6 * ld] + x8 * c[7 * ld]));
-  }
+    for (int e = 0; e < n; ++e) {
+      const FourModes m = modesOf(x + 8 * i * ld + e, ld);
+      double* out = h + 4 * i * ld + e;
+      out[0] = m.h1;
+      out[ld] = m.h2;
+      out[2 * ld] = m.h3;
+      out[3 * ld] = m.h4;
+    }
+}
+
+// Amplitudes of the patterns in direction i: h - F H0.
+SOLVER_INLINE FourModes amplitudes(int n, int ld, const double* x, const double* H0, const double* F, int i, int e) {
+  const FourModes m = modesOf(x + 8 * i * ld + e, ld);
+  const double f1 = F[e + 3 * i * n], f2 = F[e + (3 * i + 1) * n], f3 = F[e + (3 * i + 2) * n];
+  const double *u = H0 + e, *v = u + 4 * ld, *w = v + 4 * ld;
+  return {m.h1 - ((f1 * u[0] + f2 * v[0]) + f3 * w[0]), m.h2 - ((f1 * u[ld] + f2 * v[ld]) + f3 * w[ld]),
+          m.h3 - ((f1 * u[2 * ld] + f2 * v[2 * ld]) + f3 * w[2 * ld]),
+          m.h4 - ((f1 * u[3 * ld] + f2 * v[3 * ld]) + f3 * w[3 * ld])};
 }
 
 SOLVER_CLONES static void deformationGradientLoops(int n, int ld, const double* x, const double* B0, double* F,
                                                    double* cofactors, double* b) {
-  for (int i = 0; i < 3; ++i) gradientRow(n, ld, x + 8 * i * ld, B0, F + 3 * i * n);
+  // column by column of B0, which comes from memory: all rows while it is at hand
+  for (int k = 0; k < 3; ++k) {
+    const double *x1 = x, *x2 = x + 8 * ld, *x3 = x + 16 * ld, *weights = B0 + 8 * k * ld;
+    double *f1 = F + k * n, *f2 = f1 + 3 * n, *f3 = f2 + 3 * n;
+#pragma omp simd
+    for (int e = 0; e < n; ++e) {
+      f1[e] = sumOverNodes(x1 + e, weights + e, ld);
+      f2[e] = sumOverNodes(x2 + e, weights + e, ld);
+      f3[e] = sumOverNodes(x3 + e, weights + e, ld);
+    }
+  }
 #pragma omp simd
   for (int e = 0; e < n; ++e) {
     const double f11 = F[e], f12 = F[e + n], f13 = F[e + 2 * n];
@@ -95,12 +130,6 @@ SOLVER_CLONES static double viscosityLoops(const ViscosityInput& in, double* str
   return fastest > 0.0 ? 1.0 / fastest : (fastest == 0.0 ? std::numeric_limits<double>::infinity() : fastest);
 }
 
-// Sum over the nodes of a nodal value times a weight: a velocity gradient, or the amplitude of an hourglass pattern.
-SOLVER_INLINE double sumOverNodes(const double* v, const double* b, int ld) {
-  return ((v[0] * b[0] + v[ld] * b[ld]) + (v[2 * ld] * b[2 * ld] + v[3 * ld] * b[3 * ld])) +
-         ((v[4 * ld] * b[4 * ld] + v[5 * ld] * b[5 * ld]) + (v[6 * ld] * b[6 * ld] + v[7 * ld] * b[7 * ld]));
-}
-
 SOLVER_CLONES static void deviatoricRateLoops(int n, int ld, const double* v, const double* B, const double* S,
                                               double* rate, double* power) {
 #pragma omp simd
@@ -120,10 +149,10 @@ SOLVER_CLONES static void deviatoricRateLoops(int n, int ld, const double* v, co
 
 SOLVER_CLONES static void nodalForceLoops(const ForceInput& in, double* work, double* force) {
   const int n = in.n, ld = in.ld;
-  const double *B0 = in.B0, *gamma0 = in.gamma0, *B = in.B, *C = in.cofactors, *S = in.stress;
+  const double *B0 = in.B0, *H0 = in.H0, *F = in.F, *B = in.B, *C = in.cofactors, *S = in.stress;
   const double *V0 = in.V0, *hourglass = in.hourglass, *mask = in.mask, *vol = in.vol, *viscous = in.viscousStress;
   for (int i = 0; i < 3; ++i) {
-    const double *x = in.x + 8 * i * ld, *b = B + 8 * i * ld;
+    const double* b = B + 8 * i * ld;
     const double *s1 = S + kS33[i][0] * n, *s2 = S + kS33[i][1] * n, *s3 = S + kS33[i][2] * n;
     double* f = work + 8 * i * ld;
 #pragma omp simd
@@ -138,16 +167,22 @@ SOLVER_CLONES static void nodalForceLoops(const ForceInput& in, double* work, do
       const double p3 = a1 * C[e + 2 * n] + a2 * C[e + 5 * n] + a3 * C[e + 8 * n];
       const double p4 = active ? vol[e] * viscous[e] : 0.0;
       const double k = active ? hourglass[e] : 0.0;
-      const double q1 = k * sumOverNodes(gamma0 + e, x + e, ld);
-      const double q2 = k * sumOverNodes(gamma0 + 8 * ld + e, x + e, ld);
-      const double q3 = k * sumOverNodes(gamma0 + 16 * ld + e, x + e, ld);
-      const double q4 = k * sumOverNodes(gamma0 + 24 * ld + e, x + e, ld);
-      const double *g = gamma0 + e, *r = B0 + e;
+      const FourModes amplitude = amplitudes(n, ld, in.x, H0, F, i, e);
+      const double q1 = k * amplitude.h1, q2 = k * amplitude.h2, q3 = k * amplitude.h3, q4 = k * amplitude.h4;
+      // the parts of the hourglass forces that are linear in the coordinates act like a stress
+      const double *u = H0 + e, *v = u + 4 * ld, *w = v + 4 * ld;
+      const double r1 = p1 - ((q1 * u[0] + q2 * u[ld]) + (q3 * u[2 * ld] + q4 * u[3 * ld]));
+      const double r2 = p2 - ((q1 * v[0] + q2 * v[ld]) + (q3 * v[2 * ld] + q4 * v[3 * ld]));
+      const double r3 = p3 - ((q1 * w[0] + q2 * w[ld]) + (q3 * w[2 * ld] + q4 * w[3 * ld]));
+      // patterns 1 to 3 have one sign at both ends of a diagonal, the fourth has two
+      const double even1 = (q1 + q2) + q3, even2 = (q1 - q2) - q3, even3 = q3 - (q1 + q2), even4 = (q2 - q1) - q3;
+      const double pattern[8] = {even1 - q4, even2 + q4, even3 - q4, even4 + q4,
+                                 even3 + q4, even4 - q4, even1 + q4, even2 - q4};
+      const double* g = B0 + e;
 #pragma GCC unroll 8
       for (int node = 0; node < 8; ++node) {
         const int at = node * ld;
-        f[e + at] = ((p1 * r[at] + p2 * r[at + 8 * ld]) + (p3 * r[at + 16 * ld] + p4 * b[e + at])) +
-                    ((q1 * g[at] + q2 * g[at + 8 * ld]) + (q3 * g[at + 16 * ld] + q4 * g[at + 24 * ld]));
+        f[e + at] = ((r1 * g[at] + r2 * g[at + 8 * ld]) + (r3 * g[at + 16 * ld] + p4 * b[e + at])) + pattern[node];
       }
     }
   }
@@ -159,18 +194,15 @@ SOLVER_CLONES static void nodalForceLoops(const ForceInput& in, double* work, do
     }
 }
 
-SOLVER_CLONES static void hourglassEnergyLoops(int n, int ld, const double* x, const double* gamma0,
+SOLVER_CLONES static void hourglassEnergyLoops(int n, int ld, const double* x, const double* H0, const double* F,
                                                const double* hourglass, double* energy) {
 #pragma omp simd
   for (int e = 0; e < n; ++e) {
     double squares = 0.0;
-#pragma GCC unroll 4
-    for (int k = 0; k < 4; ++k) {
 #pragma GCC unroll 3
-      for (int i = 0; i < 3; ++i) {
-        const double q = sumOverNodes(gamma0 + 8 * k * ld + e, x + 8 * i * ld + e, ld);
-        squares += q * q;
-      }
+    for (int i = 0; i < 3; ++i) {
+      const FourModes q = amplitudes(n, ld, x, H0, F, i, e);
+      squares += (q.h1 * q.h1 + q.h2 * q.h2) + (q.h3 * q.h3 + q.h4 * q.h4);
     }
     energy[e] = 0.5 * hourglass[e] * squares;
   }
@@ -204,9 +236,12 @@ double viscosityAndIncrement(const ViscosityInput& in, double* stress, double* e
 
 void nodalForces(const ForceInput& in, double* work, double* force) { nodalForceLoops(in, work, force); }
 
-void hourglassEnergy(int n, int ld, const double* x, const double* gamma0, const double* hourglass, double* energy) {
-  hourglassEnergyLoops(n, ld, x, gamma0, hourglass, energy);
+void hourglassEnergy(int n, int ld, const double* x, const double* H0, const double* F, const double* hourglass,
+                     double* energy) {
+  hourglassEnergyLoops(n, ld, x, H0, F, hourglass, energy);
 }
+
+void hourglassModes(int n, int ld, const double* x, double* h) { hourglassModeLoops(n, ld, x, h); }
 
 void kick(int64_t first, int64_t end, const double* f, int64_t fFirst, const double* rMass, const double (&gravity)[3],
           double duration, double* v) {

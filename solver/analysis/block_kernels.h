@@ -11,6 +11,14 @@ namespace sharedanalysis::solver {
 // Bricks of a block at most.
 inline constexpr int kBlockLength = 128;
 
+// Hourglass modes of the coordinates: sums over the nodes with the signs of pattern k, (ld, 4, 3) with the brick fastest, then the
+// pattern, then the direction.
+//
+// The amplitude of a pattern is the sum of gamma times the coordinates, gamma_k = Gamma_k - sum over X, Y, Z of H0_k B0
+// (D. P. Flanagan, T. Belytschko, Int. J. Numer. Meth. Engng 17 (1981) 679).  B0 times the coordinates is F, so the amplitudes
+// are h_k - F H0_k and their forces need no gamma: twelve numbers a brick instead of 32.
+void hourglassModes(int n, int ld, const double* x, double* h);
+
 // F = sum over the nodes of x (x) B0, component (i,j) at 3i + j; its cofactors; and b = F F' in S33 order.
 void deformationGradient(int n, int ld, const double* x, const double* B0, double* F, double* cofactors, double* b);
 
@@ -37,7 +45,8 @@ void deviatoricRate(int n, int ld, const double* velocity, const double* B, cons
 
 struct ForceInput {
   int n, ld;
-  const double *x, *B0, *gamma0;         // current coordinates; reference gradient and hourglass vectors
+  const double *x, *B0, *H0;             // current coordinates; reference gradient and hourglass modes
+  const double* F;                       // deformation gradient
   const double *B, *vol, *viscousStress; // current gradient and volume
   const double *cofactors, *stress;      // of F; Cauchy stress, S33
   const double *V0, *hourglass, *mask;
@@ -48,7 +57,8 @@ struct ForceInput {
 void nodalForces(const ForceInput& in, double* work, double* force);
 
 // Half of k q.q over the four hourglass patterns and three directions.
-void hourglassEnergy(int n, int ld, const double* x, const double* gamma0, const double* hourglass, double* energy);
+void hourglassEnergy(int n, int ld, const double* x, const double* H0, const double* F, const double* hourglass,
+                     double* energy);
 
 // v += (gravity - f / m) * duration for nodes first .. end - 1; f starts at node fFirst, all are (3, nodes) but the masses.
 void kick(int64_t first, int64_t end, const double* f, int64_t fFirst, const double* rMass, const double (&gravity)[3],

@@ -108,7 +108,7 @@ SA_KERNEL(SPX_OPE_C3D8FACEAREA, (const int32_t* nblock, const int32_t* ld, const
     normal[e + L] = off ? 0.0 : f.y;
     normal[e + 2 * L] = off ? 0.0 : f.z;
   };
-  forPieces(*nblock, [=](int start, int n) SA_POINT {
+  forPieces<kBrickPiece>(*nblock, [=](int start, int n) SA_POINT {
     Lane marks;
     forPoints(n, [=, &marks](int i) SA_POINT {
       const int e = start + i;

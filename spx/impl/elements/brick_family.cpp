@@ -11,7 +11,7 @@ SA_KERNEL(SPX_OPE_C3DH8OPER,
           (const int32_t* nblock, const int32_t* ld, const double* X, double* dVdX, double* B, double* hgdiag,
            double* hgstiff, double* vol, double* rvol, double* h, double* gamma, double* mask)) {
   const int64_t L = *ld;
-  forPieces(*nblock, [=](int start, int n) SA_POINT {
+  forPieces<kBrickPiece>(*nblock, [=](int start, int n) SA_POINT {
     double *v = vol + start, *rv = rvol + start, *diag = hgdiag + start, *stiff = hgstiff + start, *m = mask + start;
     double *dV = dVdX + start, *b = B + start;
     OnePoint brick;

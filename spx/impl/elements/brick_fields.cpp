@@ -109,7 +109,7 @@ SA_KERNEL(SPX_OPE_C3DH8DIVER, (const int32_t* nblock, const double* B, const dou
 SA_KERNEL(SPX_ASM_C3D8RTDIVER, (const int32_t* nblock, const double* X, const double* T, const double* flux,
                                 const double* conductivity, double* R, double* mask)) {
   const int64_t N = *nblock;
-  forPieces(*nblock, [=](int start, int n) SA_POINT {
+  forPieces<kBrickPiece>(*nblock, [=](int start, int n) SA_POINT {
     double *m = mask + start, *r = R + start;
     const double *q = flux + start, *k = conductivity + start;
     OnePoint brick;

@@ -12,7 +12,7 @@ SA_KERNEL(SPX_OPE_C3D8OPER,
            const double* dNdzeta, const double* X, double* Bdet, double* detJ, double* rdetJ, double* mask)) {
   const int64_t ld = *nblock, column = 8 * (static_cast<int64_t>(*ipt) - 1);
   const double *a = dNdxi + column, *b = dNdeta + column, *c = dNdzeta + column;
-  forPieces(*nblock, [=](int start, int n) SA_POINT {
+  forPieces<kBrickPiece>(*nblock, [=](int start, int n) SA_POINT {
     double *det = detJ + start, *rdet = rdetJ + start, *m = mask + start;
     Cofactors C;
     pointJacobian(n, ld, a, b, c, X + start, m, C, det);
@@ -24,7 +24,7 @@ SA_KERNEL(SPX_OPE_C3D8OPER,
 SA_KERNEL(SPX_OPE_C3D8ROPER2, (const int32_t* nblock, const int32_t* ld, const double* X, double* B, double* hgdiag,
                                double* hgstiff, double* vol, double* rvol, double* gamma, double* mask)) {
   const int64_t L = *ld;
-  forPieces(*nblock, [=](int start, int n) SA_POINT {
+  forPieces<kBrickPiece>(*nblock, [=](int start, int n) SA_POINT {
     double *v = vol + start, *rv = rvol + start, *diag = hgdiag + start, *stiff = hgstiff + start, *m = mask + start;
     double *b = B + start, *g = gamma + start;
     OnePoint brick;

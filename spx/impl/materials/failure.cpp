@@ -138,10 +138,10 @@ SA_KERNEL(SPX_MAT_JCFAILURESTRAIN,
   forList(*nblock, *count, list, [=](auto point, int n) SA_POINT {
     double e[kScratchPoints], rateTerm[kScratchPoints];
     // with the bound first, NaN stays
-    forPoints(n, [=, &e](int i) SA_POINT { e[i] = vm::expClamped(vm::min(40.0, -c3 * triaxiality[point(i)])); });
+    forPoints(n, [=, &e](int i) SA_POINT { e[i] = vm::expBelow(vm::min(40.0, -c3 * triaxiality[point(i)])); });
     if (rated)
       forPoints(n, [=, &rateTerm](int i)
-                       SA_POINT { rateTerm[i] = 1.0 + c4 * vm::log(vm::max(1.0, rate[point(i)] * perReference)); });
+                       SA_POINT { rateTerm[i] = 1.0 + c4 * vm::logAbove(vm::max(1.0, rate[point(i)] * perReference)); });
     else
       forPoints(n, [=, &rateTerm](int i) SA_POINT { rateTerm[i] = 1.0; });
     forPoints(n, [=, &e, &rateTerm](int i) SA_POINT {
@@ -160,8 +160,8 @@ SA_KERNEL(SPX_MAT_JCSHRFAILEXP, (const int32_t* nblock, const double* properties
   const double P12 = properties[11], P13 = properties[12];
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     double L[kScratchPoints], e[kScratchPoints];
-    forPoints(n, [=, &L](int i) SA_POINT { L[i] = vm::log(vm::max(1.0, rate[start + i] * P8)); });
-    forPoints(n, [=, &e](int i) SA_POINT { e[i] = vm::expClamped(-vm::abs(P11 * x[start + i])); });
+    forPoints(n, [=, &L](int i) SA_POINT { L[i] = vm::logAbove(vm::max(1.0, rate[start + i] * P8)); });
+    forPoints(n, [=, &e](int i) SA_POINT { e[i] = vm::expBelow(-vm::abs(P11 * x[start + i])); });
     forPoints(n, [=, &L, &e](int i) SA_POINT {
       const double scale = 1.0 + P12 * L[i], heat = 1.0 + P13 * y[start + i];
       const double a = P9 * scale * heat, b = P10 * scale * heat, k = P11 * x[start + i];

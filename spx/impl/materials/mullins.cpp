@@ -23,7 +23,7 @@ SA_KERNEL(SPX_MAT_MULLINSDAMAGEENER, (const int32_t* nblock, const double* r, co
       const int k = start + i;
       z[i] = Um[k] * guardedReciprocal(m[k] + beta[k] * Um[k]);
     });
-    forPoints(n, [&](int i) SA_POINT { bell[i] = vm::expClamped(-(z[i] * z[i])); });
+    forPoints(n, [&](int i) SA_POINT { bell[i] = vm::expBelow(-(z[i] * z[i])); });
     forPoints(n, [&](int i) SA_POINT { erf[i] = erfOf(z[i]); });
     forPoints(n, [=, &bell, &erf](int i) SA_POINT {
       const int k = start + i;

@@ -28,7 +28,7 @@ SA_INLINE double erfcScale(double z) { return 1.0 / (1.0 + 0.5 * vm::abs(z)); }
 
 // erf(|z|), exactly 0 for z = 0 where the fit gives -3e-8.
 SA_INLINE double erfOf(double z) {
-  const double t = erfcScale(z), erf = 1.0 - t * vm::expClamped(erfcExponent(t, z));
+  const double t = erfcScale(z), erf = 1.0 - t * vm::expBelow(erfcExponent(t, z));
   return vm::select(z == 0.0, 0.0, erf);
 }
 
@@ -54,7 +54,7 @@ SA_INLINE void soften(int start, int n, const Softening& a) {
     rd[i] = reciprocal;
     z[i] = vm::select(primary, 0.0, (old - u) * reciprocal);
   });
-  forPoints(n, [=, &z, &bell](int i) SA_POINT { bell[i] = vm::expClamped(-(z[i] * z[i])); });
+  forPoints(n, [=, &z, &bell](int i) SA_POINT { bell[i] = vm::expBelow(-(z[i] * z[i])); });
   forPoints(n, [=, &z](int i) SA_POINT { eta[start + i] = erfOf(z[i]); });
   forPoints(n, [=, &rd, &bell](int i) SA_POINT {
     const int k = start + i;

@@ -349,8 +349,9 @@ SA_INLINE void advance(const Block& b, const Law& model, const Arrays& from, int
 // temperature alike.
 template <bool kPlaneStress, class Storage, class Law>
 SA_INLINE void superelastic(const Block& b, const Law& model) {
+  constexpr int kPiece = 32; // what the passes hand on stays in the first level of the cache
   const int64_t n = b.points;
-  forPieces(b.points, [n, &b, &model](int start, int length) SA_POINT {
+  forPieces<kPiece>(b.points, [n, &b, &model](int start, int length) SA_POINT {
     const Law m = model;
     const double factor = kRoot + m.alpha, slopeAM = factor * m.slopeAM, slopeMA = factor * m.slopeMA;
     const double *strainInc = b.strainInc, *tempOld = b.tempOld, *tempNew = b.tempNew;

@@ -167,6 +167,14 @@ TEST(VectorMath, SpecialValues) {
   for (double x : {1.0000000000000002, -1.0000000000000002, 1e300, -kInf}) EXPECT_TRUE(std::isnan(vm::acos(x))) << x;
 }
 
+TEST(VectorMath, FormsOfAKnownRangeHaveTheBitsOfTheGeneralOnes) {
+  const auto below = function("expClamped"), above = function("log");
+  for (double x : arguments(below, {"", 0, -760, 709}, 100000)) EXPECT_EQ(vm::expBelow(x), below.own(x)) << x;
+  for (double x : arguments(above, {"", 0, 0x1p-1022, kInf}, 100000)) EXPECT_EQ(vm::logAbove(x), above.own(x)) << x;
+  EXPECT_EQ(vm::expBelow(-kInf), vm::expClamped(-kInf));
+  for (double y : {vm::expBelow(kNaN), vm::logAbove(kNaN), vm::logAbove(kInf) - kInf}) EXPECT_TRUE(std::isnan(y));
+}
+
 TEST(VectorMath, HelpersTreatNaNAndSignedZeroAsDocumented) {
   EXPECT_EQ(vm::max(1, 2), 2);
   EXPECT_EQ(vm::min(1, 2), 1);

@@ -437,6 +437,9 @@ TEST(SquareRoot, OfNegativeValues) {
       EXPECT_NEAR(roots[2 * k], k == small ? 0 : std::sqrt(2), 1e-15) << "negative by rounding";
     for (int k = 0; k < 6; ++k) EXPECT_TRUE(std::isnan(roots[2 * k + 1]));
   }
+  double two[6] = {-1, -1, 10}; // of two, with a positive determinant
+  call(GLO_UTI_SQRTV, 1, two, two);
+  for (double value : two) EXPECT_TRUE(std::isnan(value));
 }
 
 TEST(TensorStorage, CountsAndPackedTriangle) {
