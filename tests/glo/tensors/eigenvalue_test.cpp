@@ -440,6 +440,11 @@ TEST(SquareRoot, OfNegativeValues) {
   double two[6] = {-1, -1, 10}; // of two, with a positive determinant
   call(GLO_UTI_SQRTV, 1, two, two);
   for (double value : two) EXPECT_TRUE(std::isnan(value));
+  constexpr double kSmall = 0x1p-30; // x x' + kSmall has the root x x' / |x| but for the small values
+  double graded[6] = {1 + kSmall, 4 + kSmall, 9 + kSmall, 2, 6, 3}, V[6];
+  call(GLO_UTI_SQRTV, 1, graded, V);
+  EXPECT_NEAR(V[0] * V[0] + V[3] * V[3] + V[5] * V[5], graded[0], 9 * 4e-15);
+  EXPECT_NEAR(V[3] * V[5] + V[1] * V[4] + V[4] * V[2], graded[4], 9 * 4e-15);
 }
 
 TEST(TensorStorage, CountsAndPackedTriangle) {
