@@ -1,5 +1,5 @@
 # The usual commands; the build itself is described in CMakeLists.txt and CMakePresets.json.
-.PHONY: programs demo test torture bench format clean
+.PHONY: programs demo docs test torture bench format clean
 
 export JOBS ?= $(shell nproc)
 # further options of the configuration, for instance OPTIONS=-DSA_TEST_LEVELS=x86-64
@@ -13,6 +13,12 @@ demo:
 	@scripts/setup
 	@scripts/build release $(OPTIONS) sharedanalysis-explicit sharedanalysis-diagnostics
 	@scripts/demo
+
+# the reference site: build/release/site/index.html
+docs:
+	@scripts/setup --docs
+	@scripts/build release $(OPTIONS) docs
+	@echo "build/release/site/index.html"
 
 test:
 	@scripts/setup
