@@ -1,5 +1,5 @@
 # The usual commands; the build itself is described in CMakeLists.txt and CMakePresets.json.
-.PHONY: programs demo docs test torture bench format clean
+.PHONY: programs demo docs packages test torture bench format clean
 
 export JOBS ?= $(shell nproc)
 # further options of the configuration, for instance OPTIONS=-DSA_TEST_LEVELS=x86-64
@@ -24,6 +24,11 @@ test:
 	@scripts/setup
 	@scripts/build release $(OPTIONS)
 	@ctest --preset release -j $(JOBS) --progress
+
+# Debian packages: build/release/packages; scripts/check_packages tries them in a clean system
+packages:
+	@scripts/setup --packages
+	@scripts/packages $(OPTIONS)
 
 # hard data for every kernel, for hours: docs/robustness.md
 INPUTS ?= 100000000

@@ -20,7 +20,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 PARTS = {"glo": "Shared services", "spx": "Explicit solver", "acd": "Diagnostics"}
 MANUAL = ["README", "docs/embedding", "docs/fortran", "docs/python", "docs/explicit-solver", "docs/material-driver", "docs/user-materials",
           "docs/material-tables", "docs/output-filters", "docs/diagnostics-database", "docs/ranks-and-reproducibility", "docs/robustness",
-          "docs/vector-math", "docs/abi", "bench/README", "CONTRIBUTING", "CHANGELOG", "docs/licence"]
+          "docs/vector-math", "docs/abi", "packaging/README", "bench/README", "CONTRIBUTING", "CHANGELOG", "docs/licence"]
 GENERIC = "tests/generic/checks.cpp"
 
 
@@ -193,7 +193,7 @@ class Site:
         for part, name in PARTS.items():
             comment = re.search(r"/\*\* @file \w+\.h\n(.*?)\*/", (ROOT / f"include/{part}.h").read_text(), re.S)[1]
             text = re.sub(r"^ \*  ?", "", comment, flags=re.M)
-            text = re.sub(r"^CONTENTS\n(.*\n)*?(?=\S|\Z)|^CONVENTIONS\n", "", text, flags=re.M)
+            text = text.split("CONTENTS\n")[0].replace("CONVENTIONS\n", "")
             text = "\n".join(line.rstrip(" *") for line in text.splitlines())
             parts += [name, "-" * len(name), "", ".. raw:: html", "", indented(self.text(text.strip("\n"))), ""]
         self.write("reference/conventions.rst", "\n".join(parts))
@@ -246,7 +246,7 @@ class Site:
 
     @staticmethod
     def manual_page(page):
-        return {"README": "readme", "bench/README": "manual/benchmarks"}.get(page) or "manual/" + os.path.basename(page).lower()
+        return {"README": "readme", "bench/README": "manual/benchmarks", "packaging/README": "manual/packages"}.get(page) or "manual/" + os.path.basename(page).lower()
 
     def contents(self):
         families = self.description["families"]
