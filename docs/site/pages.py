@@ -254,7 +254,7 @@ class Site:
 
         def tree(caption, entries):
             return [".. toctree::", f"   :caption: {caption}", "   :maxdepth: 1", "", *(f"   {entry}" for entry in entries), ""]
-        present = [self.manual_page(p) for p in MANUAL if (ROOT / (p + ".md")).exists()]
+        present = [self.manual_page(p) for p in MANUAL]
         parts = ["SharedAnalysis", "==============", "", f"{len(self.routines)} routines of finite-element structural analysis, for C, C++,"
                  " Fortran and Python. The search finds a routine by its name in any spelling, by a part of it, or by words of what it does."
                  " Every built-in material has its pictures in :doc:`manual/user-materials`.", ""]
@@ -283,6 +283,8 @@ class Site:
         self.write("_static/routines.js", "const kRoutines = " + json.dumps(rows, separators=(",", ":")) + ";\n")
 
     def run(self):
+        if unlisted := {f"docs/{path.stem}" for path in (ROOT / "docs").glob("*.md")} - set(MANUAL):
+            raise SystemExit(f"pages.py: {', '.join(sorted(unlisted))} stands in no list of pages")
         self.find_uses()
         self.read_benchmarks()
         self.read_fortran()
@@ -293,8 +295,7 @@ class Site:
         self.classes()
         self.programs()
         for page in MANUAL:
-            if (ROOT / (page + ".md")).exists():
-                self.manual(page)
+            self.manual(page)
         self.contents()
         self.search()
         for path in sorted(self.linked):
