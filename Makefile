@@ -1,5 +1,5 @@
 # The usual commands; the build itself is described in CMakeLists.txt and CMakePresets.json.
-.PHONY: programs demo test torture bench bench-compare format clean
+.PHONY: programs demo docs packages test torture bench bench-compare format clean
 
 export JOBS ?= $(shell nproc)
 # further options of the configuration, for instance OPTIONS=-DSA_TEST_LEVELS=x86-64
@@ -14,10 +14,21 @@ demo:
 	@scripts/build release $(OPTIONS) sharedanalysis-explicit sharedanalysis-diagnostics
 	@scripts/demo
 
+# the reference site: build/release/site/index.html
+docs:
+	@scripts/setup --docs
+	@scripts/build release $(OPTIONS) docs
+	@echo "build/release/site/index.html"
+
 test:
 	@scripts/setup
 	@scripts/build release $(OPTIONS)
 	@ctest --preset release -j $(JOBS) --progress
+
+# Debian packages: build/release/packages; scripts/check_packages tries them in a clean system
+packages:
+	@scripts/setup --packages
+	@scripts/packages $(OPTIONS)
 
 # hard data for every kernel, for hours: docs/robustness.md
 INPUTS ?= 100000000

@@ -67,6 +67,20 @@ function(sa_add_library target)
   target_link_options(${target} PRIVATE -Wl,--version-script=${SA_VERSION_SCRIPT} -Wl,-z,lazy)
 endfunction()
 
+# The first of the interpreters around that has these modules; empty where none has.
+function(sa_find_python variable)
+  find_package(Python3 COMPONENTS Interpreter)
+  list(JOIN ARGN ", " modules)
+  foreach(candidate ${Python3_EXECUTABLE} /usr/bin/python3)
+    execute_process(COMMAND ${candidate} -c "import ${modules}" RESULT_VARIABLE status OUTPUT_QUIET ERROR_QUIET)
+    if(status EQUAL 0)
+      set(${variable} ${candidate} PARENT_SCOPE)
+      return()
+    endif()
+  endforeach()
+  set(${variable} "" PARENT_SCOPE)
+endfunction()
+
 # Writes the paths of all programs and shared libraries to built_files.txt, a line each, for the tests that look at them.
 function(sa_list_built_files)
   set(files "")

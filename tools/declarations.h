@@ -1,6 +1,7 @@
 // The public headers as data: routines with their arguments, sections, contents, constants, exported classes.
 #pragma once
 
+#include <iosfwd>
 #include <set>
 #include <string>
 #include <vector>
@@ -93,6 +94,14 @@ bool isScalar(const ArgumentLine& line);
 bool isListOfTexts(const Argument& argument);
 // The length of a text: passed by value, behind all other arguments.
 bool isLengthOfText(const Routine& routine, const Argument& argument);
+
+// The first sentence of the text, without its stop.
+std::string summary(const Routine& routine);
+
+// Text as roff takes it: no escapes, no requests, and hyphens that are copied as such.
+std::string roff(const std::string& text);
+// The page of a program from the text of its --help.
+void writeProgramPage(std::istream& help, const std::string& program, const std::string& version, std::ostream& page);
 
 // What is made for other languages, on standard output but for the pages.
 void writeFortran(const Interface& interface);

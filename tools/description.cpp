@@ -2,12 +2,13 @@
 #include "declarations.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <iostream>
 
 namespace sa::tool {
 namespace {
 
-std::string quoted(const std::string& text) {
+std::string json(const std::string& text) {
   std::string result = "\"";
   for (const char c : text) {
     char code[8];
@@ -27,26 +28,33 @@ std::string quoted(const std::string& text) {
 std::string joined(const std::vector<std::string>& lines) {
   std::string text;
   for (const std::string& line : lines) text += (text.empty() ? "" : "\n") + line;
-  return quoted(text);
+  return json(text);
 }
 
 std::string listed(const std::vector<std::string>& texts) {
   std::string list;
-  for (const std::string& text : texts) list += (list.empty() ? "" : ", ") + quoted(text);
+  for (const std::string& text : texts) list += (list.empty() ? "" : ", ") + json(text);
   return "[" + list + "]";
 }
 
-void writeRoutine(const Routine& routine) {
-  std::cout << "{\"name\": " << quoted(routine.name) << ", \"file\": " << quoted(fileName(routine.file))
-            << ", \"section\": " << quoted(routine.section) << ", \"result\": " << quoted(routine.result)
+// As programs include it: "glo/linear.h".
+std::string included(const Interface& interface, const std::string& file) {
+  const auto folder = std::filesystem::path(interface.headers.front().file).parent_path();
+  return std::filesystem::path(file).lexically_relative(folder).generic_string();
+}
+
+void writeRoutine(const Interface& interface, const Routine& routine) {
+  std::cout << "{\"name\": " << json(routine.name) << ", \"file\": " << json(included(interface, routine.file))
+            << ", \"line\": " << routine.line << ", \"section\": " << json(routine.section)
+            << ", \"result\": " << json(routine.result) << ", \"brief\": " << json(summary(routine))
             << ",\n \"text\": " << joined(routine.text) << ",\n \"arguments\": [";
   const char* separator = "\n";
   for (const Argument& argument : routine.arguments) {
     const ArgumentLine& line = *argument.described;
-    std::cout << separator << "  {\"name\": " << quoted(argument.name) << ", \"type\": " << quoted(argument.type)
-              << ", \"direction\": " << quoted(line.direction) << ", \"shape\": " << listed(line.shape)
-              << ", \"unit\": " << quoted(line.unit) << ", \"role\": " << quoted(role(line.unit))
-              << ", \"meaning\": " << quoted(line.meaning) << "}";
+    std::cout << separator << "  {\"name\": " << json(argument.name) << ", \"type\": " << json(argument.type)
+              << ", \"direction\": " << json(line.direction) << ", \"shape\": " << listed(line.shape)
+              << ", \"unit\": " << json(line.unit) << ", \"role\": " << json(role(line.unit))
+              << ", \"meaning\": " << json(line.meaning) << "}";
     separator = ",\n";
   }
   std::cout << "]}";
@@ -58,16 +66,25 @@ void writeDescription(const Interface& interface) {
   std::cout << "{\"constants\": [";
   const char* separator = "\n";
   for (const Constant& constant : interface.constants) {
-    std::cout << separator << "{\"name\": " << quoted(constant.name) << ", \"value\": " << constant.value
-              << ", \"meaning\": " << quoted(constant.meaning) << "}";
+    std::cout << separator << "{\"name\": " << json(constant.name) << ", \"value\": " << constant.value
+              << ", \"meaning\": " << json(constant.meaning) << "}";
     separator = ",\n";
+  }
+  std::cout << "],\n\"families\": [";
+  separator = "\n";
+  for (const Header& header : interface.headers) {
+    for (const Part& part : header.parts) {
+      std::cout << separator << "{\"file\": " << json(included(interface, part.file))
+                << ", \"title\": " << json(part.family) << "}";
+      separator = ",\n";
+    }
   }
   std::cout << "],\n\"sections\": [";
   separator = "\n";
   for (const Header& header : interface.headers) {
     for (const Section& section : header.sections) {
-      std::cout << separator << "{\"file\": " << quoted(fileName(section.file))
-                << ", \"title\": " << quoted(section.title) << ",\n \"text\": " << joined(section.text) << "}";
+      std::cout << separator << "{\"file\": " << json(included(interface, section.file))
+                << ", \"title\": " << json(section.title) << ",\n \"text\": " << joined(section.text) << "}";
       separator = ",\n";
     }
   }
@@ -75,7 +92,7 @@ void writeDescription(const Interface& interface) {
   separator = "\n";
   for (const Routine& routine : interface.routines) {
     std::cout << separator;
-    writeRoutine(routine);
+    writeRoutine(interface, routine);
     separator = ",\n";
   }
   std::cout << "]}\n";

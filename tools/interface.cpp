@@ -283,12 +283,17 @@ int run(std::vector<std::string> words) {
     checkKept(words[1], words[2]);
     return findings == 0 ? 0 : 1;
   }
+  if (command == "program-page" && words.size() == 3) {
+    writeProgramPage(std::cin, words[1], words[2], std::cout);
+    return 0;
+  }
   const std::size_t firstHeader = command == "symbols" || command == "table" || command == "manual" ? 2 : 1;
   static const std::set<std::string> kCommands = {"check", "version-script", "registry",    "arguments", "symbols",
                                                   "table", "fortran",        "description", "manual"};
   if (kCommands.count(command) == 0 || words.size() <= firstHeader) {
     std::cerr << "usage: sa_interface check|version-script|registry|arguments|fortran|description HEADERS...\n"
                  "       sa_interface manual FOLDER HEADERS...\n"
+                 "       sa_interface program-page NAME VERSION <HELP\n"
                  "       sa_interface symbols LIB HEADERS...\n"
                  "       sa_interface exported LIB\n"
                  "       sa_interface keeps LIB LIST\n"

@@ -9,8 +9,52 @@
 namespace sa::tool {
 namespace {
 
-// Text as roff takes it: no escapes, no requests, and hyphens that are copied as such.
-std::string plain(const std::string& text) {
+bool isIndented(const std::string& line) { return startsWith(line, " ") || line.find("   ") != std::string::npos; }
+
+// Paragraphs are filled; tables and lists, whose lines are indented or have columns, stay as they are.
+void writeText(std::ostream& page, const std::vector<std::string>& lines) {
+  bool isTable = false;
+  for (const std::string& line : lines) {
+    if (line.empty()) {
+      page << (isTable ? "\n" : ".PP\n");
+      continue;
+    }
+    if (isIndented(line) != isTable) page << (isTable ? ".fi\n" : ".nf\n");
+    isTable = isIndented(line);
+    page << roff(line) << "\n";
+  }
+  if (isTable) page << ".fi\n";
+}
+
+std::string declaration(const Routine& routine) {
+  std::string text = routine.result + " " + routine.name + "(";
+  for (std::size_t k = 0; k < routine.arguments.size(); ++k)
+    text += (k == 0 ? "" : ", ") + routine.arguments[k].type + " " + routine.arguments[k].name;
+  return text + (routine.arguments.empty() ? "void);" : ");");
+}
+
+void writePage(std::ostream& page, const Routine& routine, const std::string& header, const Section* section) {
+  page << ".TH " << routine.name << " 3 \"\" SharedAnalysis \"SharedAnalysis\"\n.SH NAME\n"
+       << routine.name << " \\- " << roff(summary(routine)) << "\n.SH SYNOPSIS\n#include \"" << header << "\"\n.PP\n"
+       << roff(declaration(routine)) << "\n.SH DESCRIPTION\n";
+  writeText(page, routine.text);
+  if (!routine.arguments.empty()) page << ".SH ARGUMENTS\n";
+  for (const Argument& argument : routine.arguments) {
+    const ArgumentLine& line = *argument.described;
+    page << ".TP\n\\fB" << argument.name << "\\fP [" << line.direction << "] (";
+    for (std::size_t k = 0; k < line.shape.size(); ++k) page << (k == 0 ? "" : ", ") << roff(line.shape[k]);
+    page << "), " << roff(line.unit) << "\n" << roff(line.meaning) << "\n";
+  }
+  if (section != nullptr && !section->text.empty()) {
+    page << ".SH NOTES\n";
+    writeText(page, section->text);
+  }
+  page << ".SH SEE ALSO\nThe conventions of all routines: glo.h\n";
+}
+
+} // namespace
+
+std::string roff(const std::string& text) {
   std::string result;
   for (const char c : text) {
     if (c == '\\')
@@ -24,24 +68,6 @@ std::string plain(const std::string& text) {
   return result;
 }
 
-bool isIndented(const std::string& line) { return startsWith(line, " ") || line.find("   ") != std::string::npos; }
-
-// Paragraphs are filled; tables and lists, whose lines are indented or have columns, stay as they are.
-void writeText(std::ostream& page, const std::vector<std::string>& lines) {
-  bool isTable = false;
-  for (const std::string& line : lines) {
-    if (line.empty()) {
-      page << (isTable ? "\n" : ".PP\n");
-      continue;
-    }
-    if (isIndented(line) != isTable) page << (isTable ? ".fi\n" : ".nf\n");
-    isTable = isIndented(line);
-    page << plain(line) << "\n";
-  }
-  if (isTable) page << ".fi\n";
-}
-
-// The first sentence, without its stop.
 std::string summary(const Routine& routine) {
   std::string text;
   for (const std::string& line : routine.text) {
@@ -53,34 +79,6 @@ std::string summary(const Routine& routine) {
   if (text.ends_with('.')) text.pop_back();
   return text;
 }
-
-std::string declaration(const Routine& routine) {
-  std::string text = routine.result + " " + routine.name + "(";
-  for (std::size_t k = 0; k < routine.arguments.size(); ++k)
-    text += (k == 0 ? "" : ", ") + routine.arguments[k].type + " " + routine.arguments[k].name;
-  return text + (routine.arguments.empty() ? "void);" : ");");
-}
-
-void writePage(std::ostream& page, const Routine& routine, const std::string& header, const Section* section) {
-  page << ".TH " << routine.name << " 3 \"\" SharedAnalysis \"SharedAnalysis\"\n.SH NAME\n"
-       << routine.name << " \\- " << plain(summary(routine)) << "\n.SH SYNOPSIS\n#include \"" << header << "\"\n.PP\n"
-       << plain(declaration(routine)) << "\n.SH DESCRIPTION\n";
-  writeText(page, routine.text);
-  if (!routine.arguments.empty()) page << ".SH ARGUMENTS\n";
-  for (const Argument& argument : routine.arguments) {
-    const ArgumentLine& line = *argument.described;
-    page << ".TP\n\\fB" << argument.name << "\\fP [" << line.direction << "] (";
-    for (std::size_t k = 0; k < line.shape.size(); ++k) page << (k == 0 ? "" : ", ") << plain(line.shape[k]);
-    page << "), " << plain(line.unit) << "\n" << plain(line.meaning) << "\n";
-  }
-  if (section != nullptr && !section->text.empty()) {
-    page << ".SH NOTES\n";
-    writeText(page, section->text);
-  }
-  page << ".SH SEE ALSO\nThe conventions of all routines: glo.h\n";
-}
-
-} // namespace
 
 void writeManual(const Interface& interface, const std::string& folder) {
   for (const Header& header : interface.headers) {

@@ -142,6 +142,7 @@ class _Writer:
 
     def __init__(self, routine, address):
         self.routine, self.address = routine, address
+        self.shapes = {}  # of arrays, as text, and the names that they have in the function
         self.lines = []
         self.kept = []  # copies that are written back
 
@@ -163,6 +164,7 @@ class _Writer:
         for a in r.required():
             self.given_scalar(a)
         self.counts()
+        self.name_shapes()
         for a in r.arguments:
             if a.is_array and a.direction != "out":
                 self.check_shape(a)
@@ -318,6 +320,15 @@ class _Writer:
     def complaint(self, a, wanted=None, lax=False):
         return f"_h_wrong_shape({a.python!r}, {a.python}.shape, {', '.join(a.shape)!r}, {wanted}, {lax})"
 
+    def name_shapes(self):
+        """Shapes that are known whole, each made once."""
+        for a in self.routine.arguments:
+            if a.is_array and "*" not in a.shape:
+                text = "(" + ", ".join(map(self.in_python, a.shape)) + ",)"
+                if text not in self.shapes:
+                    self.shapes[text] = f"_h_s{len(self.shapes)}"
+                    self.add(f"{self.shapes[text]} = {text}")
+
     def check_shape(self, a, depth=1):
         """Every dimension as declared; the last one may be longer than a count that the caller gave."""
         tests, wanted, lax = [f"_h_len(_h_s) != {len(a.shape)}"], [], "False"
@@ -333,8 +344,12 @@ class _Writer:
         if self.may_be_none(a):
             self.add(f"if {a.python} is not None:", depth)
             depth += 1
+        whole = "(" + ", ".join(wanted) + ",)"
+        if "*" not in a.shape:
+            self.add(f"if {a.python}.shape != {self.shapes[whole]}: {self.complaint(a, whole, lax)}", depth)
+            return
         self.add(f"_h_s = {a.python}.shape", depth)
-        self.add(f"if {' or '.join(tests)}: {self.complaint(a, '(' + ', '.join(wanted) + ',)', lax)}", depth)
+        self.add(f"if {' or '.join(tests)}: {self.complaint(a, whole, lax)}", depth)
 
     def make(self, a):
         if "*" in a.shape:
@@ -431,7 +446,7 @@ class _Writer:
                 results.append(f"_{a.python}.value")
         if r.result != "void":
             results.append("_h_result")
-        value = "None" if not results else results[0] if len(results) == 1 else f"_{r.name}_results({', '.join(results)})"
+        value = "None" if not results else results[0] if len(results) == 1 else f"_h_tuple(_{r.name}_results, ({', '.join(results)}))"
         # What the host has heard by now is told here, behind the call.
         self.add(f"if _h_pending: return _h_events.settle({value}, {r.name!r})", depth)
         self.add(f"return {value}", depth)

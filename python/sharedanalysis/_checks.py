@@ -164,13 +164,14 @@ def addresses(values, name):
 # ---- the address of an array's data: NumPy's own ways to it take longer than most calls
 
 def _direct_addresses():
-    """Memory as one array of words: an array object holds the address of its data behind what every object has."""
+    """Memory as one array of words, which begins where an array object holds the address of its data: behind what every object
+    has."""
     try:
-        words, head = (ctypes.c_size_t * (1 << 59)).from_address(0), object.__basicsize__
+        words = (ctypes.c_size_t * (1 << 59)).from_address(object.__basicsize__)
         for probe in (np.zeros((3, 2), order="F"), np.zeros(5, np.int32)[1:]):
-            if words[id(probe) + head >> 3] != probe.ctypes.data:
+            if id(probe) & 7 or words[id(probe) >> 3] != probe.ctypes.data:
                 return None
-        return words, head
+        return words
     except (TypeError, ValueError, AttributeError, OverflowError):
         return None
 
@@ -186,14 +187,14 @@ class Globals(dict):
         helpers = dict(ndarray=np.ndarray, F8=F8, F4=F4, I4=I4, I8=I8, zeros=np.zeros, ctypes=ctypes, byref=ctypes.byref,
                        Int=ctypes.c_int32, Long=ctypes.c_int64, Real=ctypes.c_double, small=_SMALL_INTEGERS.ctypes.data,
                        events=events, pending=events.pending, checks=True, ref=weakref.ref, nothing=lambda: None,
-                       type=type, len=len, id=id, max=max, min=min)
+                       type=type, len=len, id=id, tuple=tuple.__new__, max=max, min=min)
         for check in (array, writeable, outputs, wrong_shape, padded, integer, counted, long_integer, real, missing, in_range,
                       numbers, text, terminated, texts, addresses):
             helpers[check.__name__] = check
         direct = _direct_addresses()
         self.address = "{}.ctypes.data"
         if direct is not None:
-            helpers["words"] = direct[0]
-            self.address = "_h_words[_h_id({})+%d>>3]" % direct[1]
+            helpers["data"] = direct
+            self.address = "_h_data[_h_id({})>>3]"
         # Arguments may have any name: what is not theirs begins with _h_.
         self.update({"_h_" + name: helper for name, helper in helpers.items()})

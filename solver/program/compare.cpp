@@ -1,5 +1,6 @@
 // sharedanalysis-compare: whether two runs of sharedanalysis-explicit are the same to the last bit.
 #include "solver/model/text.h"
+#include "solver/program/instruction_set.h"
 #include "solver/results/comparison.h"
 
 #include <CLI/CLI.hpp>
@@ -15,7 +16,7 @@ int main(int argc, char** argv) {
   app.add_option("B", b, "Digest, or directory of results with one")->required();
   app.add_flag("-q,--quiet", quiet, "Show nothing, answer by the exit code alone");
   app.footer("Exit codes: 0 the same, 1 something is missing or cannot be read, 5 different.");
-  app.set_version_flag("--version", "sharedanalysis-compare " SHAREDANALYSIS_VERSION);
+  app.set_version_flag("--version", versionText("sharedanalysis-compare"));
   constexpr int incomplete = static_cast<int>(Verdict::Incomplete);
   try {
     app.parse(argc, argv);

@@ -1,6 +1,7 @@
 #include "solver/program/description.h"
 
 #include "solver/model/text.h"
+#include "solver/program/instruction_set.h"
 
 #include <algorithm>
 #include <cmath>
@@ -50,7 +51,7 @@ std::vector<std::string> describe(const Case& definition, const Mesh& mesh, cons
                         ? "quasi-static: damping follows the lowest frequency of the motion"
                         : "damping in proportion to mass, " + shortNumber(definition.damping) + " 1/s");
   lines.push_back("end time " + shortNumber(definition.endTime) + " s, first stable increment " +
-                  shortNumber(stableIncrement) + " s, " +
+                  shortNumber(stableIncrement) + " s, kernels with " + instructionSet() + ", " +
                   (ranks.areSeveral() ? counted(static_cast<std::size_t>(ranks.size()), "rank") + " of " : "") +
                   counted(static_cast<std::size_t>(threads), "thread"));
   return lines;

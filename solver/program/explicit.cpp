@@ -2,6 +2,7 @@
 #include "glo.h"
 #include "host_services.h"
 #include "reference_host.h"
+#include "solver/program/instruction_set.h"
 #include "solver/program/job.h"
 
 #include <CLI/CLI.hpp>
@@ -55,7 +56,7 @@ int main(int argc, char** argv) {
       ->type_name("[FILE]");
   app.add_flag("--check", options.checkOnly, "Read and check the input, write nothing");
   app.add_flag("-q,--quiet", options.quiet, "Show errors only");
-  app.set_version_flag("--version", "sharedanalysis-explicit " SHAREDANALYSIS_VERSION);
+  app.set_version_flag("--version", versionText("sharedanalysis-explicit"));
   try {
     const Connection connection;
     try {

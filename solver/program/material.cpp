@@ -4,6 +4,7 @@
 #include "solver/program/failure.h"
 #include "solver/program/fit.h"
 #include "solver/program/fit_case.h"
+#include "solver/program/instruction_set.h"
 #include "solver/program/job.h"
 #include "solver/program/material_path.h"
 #include "solver/results/partial_file.h"
@@ -127,7 +128,7 @@ int main(int argc, char** argv) {
                "Fit constants of a material to the tests of the case, write them to JOB.fit.toml");
   app.add_flag("--check", options.checkOnly, "Read and check the input, show what was understood, write nothing");
   app.footer("Exit codes: 0 done, 1 the case is wrong, 2 a path cannot be followed, 3 something cannot be written.");
-  app.set_version_flag("--version", "sharedanalysis-material " SHAREDANALYSIS_VERSION);
+  app.set_version_flag("--version", versionText("sharedanalysis-material"));
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
