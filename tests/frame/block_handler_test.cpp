@@ -7,8 +7,6 @@
 #include "tests/support/recording_diagnostics.h"
 #include "tests/support/threads.h"
 
-#include <gtest/gtest.h>
-
 namespace {
 
 using namespace sharedanalysis::test;

@@ -4,8 +4,6 @@
 #include "spx.h"
 #include "tests/support/recording_host.h"
 
-#include <gtest/gtest.h>
-
 #include <map>
 
 namespace {

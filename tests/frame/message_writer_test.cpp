@@ -3,10 +3,7 @@
 #include "tests/support/recording_host.h"
 #include "tests/support/threads.h"
 
-#include <gtest/gtest.h>
-
 #include <bit>
-#include <cmath>
 #include <random>
 
 namespace {

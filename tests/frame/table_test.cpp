@@ -5,11 +5,6 @@
 #include "tests/support/random.h"
 #include "tests/support/recording_host.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <numeric>
 #include <set>
 
 namespace {
@@ -17,7 +12,6 @@ namespace {
 using namespace sharedanalysis::test;
 using namespace sharedanalysis::tables;
 using Real = long double;
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN(), kInf = std::numeric_limits<double>::infinity();
 
 // ---- the truth
 

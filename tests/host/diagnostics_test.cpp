@@ -19,11 +19,7 @@
 #include "thr_GlobalLock.h"
 #include "thr_ThrSingletonRegistry.h"
 
-#include <gtest/gtest.h>
-
 #include <cerrno>
-#include <cmath>
-#include <limits>
 #include <pty.h>
 #include <random>
 #include <regex>

@@ -9,7 +9,6 @@
 #include "tests/support/files.h"
 #include "tests/support/threads.h"
 
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 
 #include <csignal>

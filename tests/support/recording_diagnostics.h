@@ -4,14 +4,9 @@
 
 #include "recording_host.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
 #include <deque>
 #include <map>
 #include <set>
-#include <string>
-#include <vector>
 
 namespace sharedanalysis::test {
 

@@ -3,9 +3,6 @@
 #include "tests/support/files.h"
 #include "tests/support/long_matrix.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cfenv>
 
 namespace {

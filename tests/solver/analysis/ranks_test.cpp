@@ -8,8 +8,6 @@
 #include "tests/solver/files.h"
 #include "tests/support/program.h"
 
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <csignal>
 #include <cstring>

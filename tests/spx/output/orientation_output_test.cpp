@@ -3,11 +3,6 @@
 #include "tests/support/call.h"
 #include "tests/support/turns.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <vector>
-
 namespace {
 
 using namespace sharedanalysis::test;

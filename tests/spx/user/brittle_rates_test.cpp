@@ -2,8 +2,6 @@
 // G. R. Johnson, T. J. Holmquist (1994), the same and S. R. Beissel (2003), T. J. Holmquist, G. R. Johnson, W. H. Cook (1993).
 #include "tests/support/user_material.h"
 
-#include <gtest/gtest.h>
-
 namespace {
 
 using namespace sharedanalysis::test;
