@@ -233,10 +233,9 @@ private:
 Array shapeArray(const RoutineInfo& routine, const ArgumentInfo& info, Sizes& sizes) {
   Array array;
   array.info = &info;
-  const std::string_view type = info.type;
   array.elementSize = info.isReal()                                    ? sizeof(double)
                       : info.is("text")                                ? sizeof(char)
-                      : type.find("int64_t") != std::string_view::npos ? sizeof(std::int64_t)
+                      : info.type.find("int64_t") != std::string_view::npos ? sizeof(std::int64_t)
                                                                        : sizeof(std::int32_t);
   for (int d = 0; d < info.rank(); ++d) {
     const std::string dimension = info.shape[d];
@@ -629,20 +628,24 @@ KernelCase KernelCase::forAllPoints(const RoutineInfo& form, bool isReversed) co
 }
 
 KernelCase KernelCase::piece(int begin, int end) const {
-  KernelCase cut = *this;
+  KernelCase cut;
   const int length = end - begin;
   const bool isRange = routine->hasRole("last");
   const auto from = static_cast<std::size_t>(isRange ? 0 : begin);
   const std::size_t lines = static_cast<std::size_t>(isRange ? first + end : length);
+  cut.routine = routine, cut.cursor = cursor, cut.result = result;
   cut.points = length;
+  cut.arrays.reserve(arrays.size());
   cut.first = isRange ? first + begin : 0;
   std::vector<int> list;
   std::string listLength;
   bool isFirstPlace = true;
   for (std::size_t a = 0; a < arrays.size(); ++a) {
     const Array& whole = arrays[a];
-    Array& part = cut.arrays[a];
+    Array& part = cut.arrays.emplace_back();
     const ArgumentInfo& info = *whole.info;
+    part = {&info, whole.elementSize, whole.lines, whole.before, whole.lineCount, whole.after, {}};
+    if (whole.lines != Lines::points) part.bytes = whole.bytes;
     if (info.is("block")) part.setInteger(0, length);
     if (info.is("cursor")) part.setInteger(0, cursor + recordsBefore(begin));
     if (info.is("place") && std::exchange(isFirstPlace, false)) part.setInteger(0, begin + 1); // a block of size 1

@@ -323,8 +323,11 @@ TEST_F(RanksTest, WriteErrorsOfAnyRankEndEveryRank) {
     std::filesystem::remove_all("out");
     auto ended = std::async(std::launch::async, [] { return run(3, 1, "irregular.toml -q -o out", 3); });
     EXPECT_TRUE(isUnderWay("out/irregular.sta"));
-    const rlimit none{0, RLIM_INFINITY};
-    EXPECT_EQ(prlimit(processOf(rank), RLIMIT_FSIZE, &none, nullptr), 0);
+    rlimit limit{};
+    const pid_t process = processOf(rank);
+    EXPECT_EQ(prlimit(process, RLIMIT_FSIZE, nullptr, &limit), 0);
+    limit.rlim_cur = 0;
+    EXPECT_EQ(prlimit(process, RLIMIT_FSIZE, &limit, nullptr), 0);
     const Outcome outcome = ended.get();
     expectError(outcome, 3, said + "cannot write out/" + names[rank] + ".");
     EXPECT_TRUE(contains(outcome.err, "File too large")) << outcome.err;

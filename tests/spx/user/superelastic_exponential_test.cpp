@@ -1,4 +1,4 @@
-// The exponential law of the superelastic alloy: printed course of a wire, its differential equation, increments of any size.
+// The exponential law of the superelastic alloy: printed course of a wire, increments of any size.
 #include "tests/support/user_material.h"
 
 namespace {
@@ -29,35 +29,6 @@ TEST(SuperelasticExponential, CourseOfAWire) {
   m.steps({.1}, 20000), m.steps({-.1}, 20000);
   EXPECT_NEAR(m.internal[0] * m.rho, 26.96852, 1e-5) << "the loop";
   EXPECT_NEAR(m.inelastic[0], m.internal[0], 1e-12);
-}
-
-// d xi = speed (1 - xi) dF/(F - Rf)^2, and the like back, by small steps of the midpoint rule.
-TEST(SuperelasticExponential, DifferentialEquation) {
-  for (double EM : {20000., 60000., 90000.}) {
-    Material m = wire(exponential(0, EM), "_EXP");
-    double xi = 0;
-    const auto stress = [EM](double strain, double x) { return (60000 + x * (EM - 60000)) * (strain - .075 * x); };
-    for (const auto& [from, to] : {std::pair{0., .05}, {.05, .015}, {.015, .07}}) {
-      const int parts = 40000;
-      const double h = (to - from) / parts;
-      const bool isUp = to > from;
-      const auto rate = [&](double strain, double x) {
-        const double F = stress(strain, x), d = F - (isUp ? 750 : 200), E = 60000 + x * (EM - 60000);
-        if (isUp ? F < 520 : F > 550) return 0.;
-        const double k = (isUp ? 250 * (1 - x) : 20 * x) / (d * d);
-        return k * E / (1 - k * ((EM - 60000) * (strain - .075 * x) - E * .075));
-      };
-      for (int k = 0; k < parts; ++k) {
-        const double e = from + k * h;
-        xi += h * rate(e + .5 * h, xi + .5 * h * rate(e, xi));
-      }
-      const double last = stress(to, xi);
-      m.step({to - from});
-      EXPECT_NEAR(m.at(1), xi, 2e-5) << EM << " " << to;
-      EXPECT_NEAR(m.stress[0], last, .1) << EM << " " << to;
-      xi = m.at(1);
-    }
-  }
 }
 
 // Widths, speeds and moduli of any size: on the law, energy lost and not given back.
