@@ -6,7 +6,6 @@
 
 #include <deque>
 #include <map>
-#include <set>
 
 namespace sharedanalysis::test {
 
@@ -26,8 +25,6 @@ struct RecordingDiagnostics {
     std::string bytes;
   };
   std::vector<Sent> sent;
-
-  std::set<void (*)()> releases; // routines of the thread-singleton registry
 };
 
 RecordingDiagnostics& recordingDiagnostics();

@@ -481,4 +481,11 @@ TEST(Superelastic, VolumeChangeOfItsOwn) {
   EXPECT_NEAR(normal.at(2) + normal.at(3) + normal.at(4), 3 * .15 * .075 / (kRoot + .15), 1e-12);
 }
 
+TEST(Superelastic, ShearOfABeamDoesItsWork) {
+  Material beam("TVK_SUPER_ELASTIC_N1D", nitinol(), 8, 1, 1);
+  for (int k = 0; k < 2; ++k) beam.step({.002, .0015});
+  EXPECT_NEAR(beam.stress[1], 2 * 60000 / 2.6 * .003, 1e-9);
+  EXPECT_NEAR(beam.internal[0] * beam.rho, .5 * 60000 * .004 * .004 + 2 * 60000 / 2.6 * .003 * .003, 1e-12);
+}
+
 } // namespace

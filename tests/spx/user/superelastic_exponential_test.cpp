@@ -60,10 +60,6 @@ TEST(SuperelasticExponential, RandomPathsKeepToTheLaw) {
           EXPECT_NEAR(x, xi * std::exp(-props[13] * (a - b)), 1e-9 + 1e-11 * props[13] * (a * a + b * b)) << k;
         }
       }
-      for (double size : {10., -10., 100.}) {
-        m.step({size, .1 * size, 0, -size, 0, 0});
-        EXPECT_TRUE(std::isfinite(m.stress[0]) && std::isfinite(m.internal[0]) && m.at(1) >= 0 && m.at(1) <= 1);
-      }
     }
   }
   EXPECT_GT(up, 20);
