@@ -24,10 +24,10 @@ void write(const std::string& type, const std::string& text, int32_t unit = -6, 
   GLO_UTI_WRITE(&unit, &status, type.c_str(), text.c_str(), nullptr, nullptr, nullptr,
                 static_cast<int64_t>(type.size()), static_cast<int64_t>(text.size()), 0);
 }
+
 void expectThrown(const auto& call, int code, const fs::path& file) {
   const std::string said = thrown<std::system_error>(call);
   EXPECT_TRUE(contains(said, file.string()) && contains(said, std::generic_category().message(code))) << said;
-}
 }
 void exitWith(int32_t code) { GLO_UTI_EXIT(&code); }
 std::string procedureType(int32_t id, std::size_t length) {
@@ -183,135 +183,129 @@ TEST_F(ReferenceHost, ReportsWhatItCannotOpenAndWhatItLost) {
   expectThrown([&] { openJob("job", directory / "nowhere"); }, ENOENT, directory / "nowhere" / "job.msg");
   closeJob(); // nothing is open
 
-  // files may grow to 300 bytes
-  rlimit whole{};
-  getrlimit(RLIMIT_FSIZE, &whole);
-  const rlimit small{300, whole.rlim_max};
-  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
   const JobFiles files = openJob("full", directory);
   EXPECT_FALSE(writeError());
-  setrlimit(RLIMIT_FSIZE, &small);
-  write("Info", std::string(500, 'x'));
-  write("Warning", "still running", -6, 1);
-  EXPECT_EQ(writeError().value(), EFBIG);
-  expectThrown(closeJob, EFBIG, files.message);
-  setrlimit(RLIMIT_FSIZE, &whole);
-  std::signal(SIGXFSZ, handler);
+  {
+    const SmallFiles limit(300);
+    write("Info", std::string(500, 'x'));
+    write("Warning", "still running", -6, 1);
+    EXPECT_EQ(writeError().value(), EFBIG);
+    expectThrown(closeJob, EFBIG, files.message);
+  }
   EXPECT_EQ(readFile(files.status), "Warning message=still running\n") << "the other files are complete";
   openJob("fresh", directory);
   EXPECT_FALSE(writeError());
 }
-const JobFiles files = openJob("full", directory);
-EXPECT_FALSE(writeError());
-{
-  const SmallFiles limit(300);
-  write("Info", std::string(500, 'x'));
-  write("Warning", "still running", -6, 1);
-  EXPECT_EQ(writeError().value(), EFBIG);
-  expectThrown(closeJob, EFBIG, files.message);
-}
+
+TEST_F(ReferenceHost, EndOfAnalysisLeavesItsMark) {
+  const JobFiles files = openJob("end", directory);
+  EXPECT_EQ(jobStatus(), -1);
+  exitWith(22);
+  EXPECT_EQ(jobStatus(), 1);
+  EXPECT_FALSE(threadError());
+  EXPECT_TRUE(transmitterClosing());
+  exitWith(20);
+  EXPECT_EQ(jobStatus(), 2);
+  EXPECT_TRUE(threadError());
+  requestKill();
+  exitWith(22);
+  EXPECT_EQ(jobStatus(), 3);
+  EXPECT_EQ(readFile(files.status), "Completed message=Phase complete\n"
+                                    "Aborted message=Analysis failed due to Errors\n"
                                     "Interrupted message=Analysis terminated by external signal\n");
-                                    openJob("again", directory);
-                                    EXPECT_EQ(jobStatus(), -1);
-                                    EXPECT_FALSE(threadError() || transmitterClosing());
-                                    EXPECT_TRUE(killSignal()) << "a request that came before the job stands";
-                                    }
+  openJob("again", directory);
+  EXPECT_EQ(jobStatus(), -1);
+  EXPECT_FALSE(threadError() || transmitterClosing());
+  EXPECT_TRUE(killSignal()) << "a request that came before the job stands";
+}
 
-                                    TEST_F(ReferenceHost, ThreadsMayEndTheAnalysisAtOnce) {
-                                      const JobFiles files = openJob("ends", directory);
-                                      constexpr int kThreads = 4;
-                                      runThreads(kThreads, [](int) { exitWith(20); });
-                                      EXPECT_EQ(jobStatus(), 2);
-                                      EXPECT_TRUE(threadError());
-                                      EXPECT_EQ(linesOf(readFile(files.status)),
-                                                std::vector<std::string>(
-                                                    kThreads, "Aborted message=Analysis failed due to Errors"));
-                                    }
+TEST_F(ReferenceHost, ThreadsMayEndTheAnalysisAtOnce) {
+  const JobFiles files = openJob("ends", directory);
+  constexpr int kThreads = 4;
+  runThreads(kThreads, [](int) { exitWith(20); });
+  EXPECT_EQ(jobStatus(), 2);
+  EXPECT_TRUE(threadError());
+  EXPECT_EQ(linesOf(readFile(files.status)),
+            std::vector<std::string>(kThreads, "Aborted message=Analysis failed due to Errors"));
+}
 
-                                    TEST_F(ReferenceHost, AbortEndsTheJobAndNotTheProcess) {
-                                      const JobFiles files = openJob("abort", directory);
-                                      int32_t offset = 0, position = 0;
-                                      const int32_t size = -1;
-                                      GLO_UTI_ALLO(&offset, &position, &size);
-                                      EXPECT_EQ(jobStatus(), 2);
-                                      EXPECT_TRUE(threadError());
-                                      EXPECT_EQ(procedureType(14, 10), "Unknown   ");
-                                      closeJob();
-                                      EXPECT_EQ(readFile(files.message),
-                                                "\n***ERROR: A negative storage request value is not allowed.\n\n"
-                                                "\n***ERROR: UNKNOWN PROCEDURE TYPE ID: 14\n\n");
-                                    }
+TEST_F(ReferenceHost, AbortEndsTheJobAndNotTheProcess) {
+  const JobFiles files = openJob("abort", directory);
+  int32_t offset = 0, position = 0;
+  const int32_t size = -1;
+  GLO_UTI_ALLO(&offset, &position, &size);
+  EXPECT_EQ(jobStatus(), 2);
+  EXPECT_TRUE(threadError());
+  EXPECT_EQ(procedureType(14, 10), "Unknown   ");
+  closeJob();
+  EXPECT_EQ(readFile(files.message), "\n***ERROR: A negative storage request value is not allowed.\n\n"
+                                     "\n***ERROR: UNKNOWN PROCEDURE TYPE ID: 14\n\n");
+}
 
-                                    TEST_F(ReferenceHost, SignalsBecomeKillRequests) {
-                                      using Handler = void (*)(int);
-                                      const Handler interrupt = std::signal(SIGINT, SIG_DFL),
-                                                    terminate = std::signal(SIGTERM, SIG_DFL);
-                                      for (int signal : {SIGINT, SIGTERM}) {
-                                        installSignalHandlers();
-                                        EXPECT_EQ(ELI_GETKILLSIGNAL(), 0);
-                                        std::raise(signal);
-                                        EXPECT_NE(ELI_GETKILLSIGNAL(), 0);
-                                        EXPECT_TRUE(std::signal(signal, SIG_DFL) == SIG_DFL)
-                                            << "a second signal ends the process";
-                                        withdrawKill();
-                                      }
-                                      std::signal(SIGINT, interrupt);
-                                      std::signal(SIGTERM, terminate);
-                                    }
+TEST_F(ReferenceHost, SignalsBecomeKillRequests) {
+  using Handler = void (*)(int);
+  const Handler interrupt = std::signal(SIGINT, SIG_DFL), terminate = std::signal(SIGTERM, SIG_DFL);
+  for (int signal : {SIGINT, SIGTERM}) {
+    installSignalHandlers();
+    EXPECT_EQ(ELI_GETKILLSIGNAL(), 0);
+    std::raise(signal);
+    EXPECT_NE(ELI_GETKILLSIGNAL(), 0);
+    EXPECT_TRUE(std::signal(signal, SIG_DFL) == SIG_DFL) << "a second signal ends the process";
+    withdrawKill();
+  }
+  std::signal(SIGINT, interrupt);
+  std::signal(SIGTERM, terminate);
+}
 
-                                    TEST_F(ReferenceHost, CountsLiveComponents) {
-                                      int32_t counter = 0;
-                                      Shared_Analysis_XP_initialize(&counter);
-                                      EXPECT_EQ(counter, 17);
-                                      EXPECT_EQ(liveComponents(), 13);
-                                      Shared_Analysis_XP_finalize(&counter);
-                                      EXPECT_EQ(counter, 0);
-                                      EXPECT_EQ(liveComponents(), 0);
-                                    }
+TEST_F(ReferenceHost, CountsLiveComponents) {
+  int32_t counter = 0;
+  Shared_Analysis_XP_initialize(&counter);
+  EXPECT_EQ(counter, 17);
+  EXPECT_EQ(liveComponents(), 13);
+  Shared_Analysis_XP_finalize(&counter);
+  EXPECT_EQ(counter, 0);
+  EXPECT_EQ(liveComponents(), 0);
+}
 
-                                    TEST_F(ReferenceHost, NamesItselfAndItsSteps) {
-                                      char text[100];
-                                      GLO_UTI_GETVERSIONDATETIME(text, sizeof text);
-                                      const std::string banner(text, sizeof text);
-                                      EXPECT_TRUE(banner.starts_with("SharedAnalysis Reference Host 1.0  ")) << banner;
-                                      int day = 0, year = 0, hour = -1, minute = -1, second = -1;
-                                      char month[4] = {};
-                                      const std::string dateAndTime = banner.substr(banner.size() - 32);
-                                      ASSERT_EQ(std::sscanf(dateAndTime.c_str(),
-                                                            " DATE %2d-%3[A-Za-z]-%4d  TIME %2d:%2d:%2d", &day, month,
-                                                            &year, &hour, &minute, &second),
-                                                6)
-                                          << banner;
-                                      const std::time_t now = std::time(nullptr);
-                                      std::tm today = {};
-                                      localtime_r(&now, &today);
-                                      EXPECT_EQ(year, today.tm_year + 1900);
-                                      EXPECT_TRUE(1 <= day && day <= 31 && hour >= 0 && hour < 24 && minute < 60 &&
-                                                  second <= 60)
-                                          << banner;
+TEST_F(ReferenceHost, NamesItselfAndItsSteps) {
+  char text[100];
+  GLO_UTI_GETVERSIONDATETIME(text, sizeof text);
+  const std::string banner(text, sizeof text);
+  EXPECT_TRUE(banner.starts_with("SharedAnalysis Reference Host 1.0  ")) << banner;
+  int day = 0, year = 0, hour = -1, minute = -1, second = -1;
+  char month[4] = {};
+  const std::string dateAndTime = banner.substr(banner.size() - 32);
+  ASSERT_EQ(std::sscanf(dateAndTime.c_str(), " DATE %2d-%3[A-Za-z]-%4d  TIME %2d:%2d:%2d", &day, month, &year, &hour,
+                        &minute, &second),
+            6)
+      << banner;
+  const std::time_t now = std::time(nullptr);
+  std::tm today = {};
+  localtime_r(&now, &today);
+  EXPECT_EQ(year, today.tm_year + 1900);
+  EXPECT_TRUE(1 <= day && day <= 31 && hour >= 0 && hour < 24 && minute < 60 && second <= 60) << banner;
 
-                                      EXPECT_EQ(procedureType(17, 18), "*DYNAMIC, EXPLICIT");
+  EXPECT_EQ(procedureType(17, 18), "*DYNAMIC, EXPLICIT");
 #define SA_KEYWORD(step) step::constructorCmd(),
-                                      const std::set<std::string> keywords = {SA_HOST_STEPS(SA_KEYWORD)};
+  const std::set<std::string> keywords = {SA_HOST_STEPS(SA_KEYWORD)};
 #undef SA_KEYWORD
-                                      EXPECT_EQ(keywords.size(), 22u) << "no two step classes share a keyword";
-                                    }
+  EXPECT_EQ(keywords.size(), 22u) << "no two step classes share a keyword";
+}
 
-                                    // Printed while the execution code asks for it: in upper case in the log, as it stands in the status file.
-                                    TEST_F(ReferenceHost, PrintedDiagnosticsReachLogAndStatusFile) {
-                                      const JobFiles files = openJob("printed", directory);
-                                      acd_set_execode_c(1);
-                                      const int32_t ints[3] = {1, 2, 3};
-                                      const double reals[3] = {};
-                                      const char* const text = "the spring is missing";
-                                      acd_error_c(codes::UserError + 1, ints, reals, &text, nullptr, nullptr);
-                                      acd_cutback_diagnostic_c(7, 1);
-                                      acd_set_execode_c(0);
-                                      closeJob();
-                                      EXPECT_EQ(readFile(files.log), "\n***ERROR: THE SPRING IS MISSING\n\n***NOTE: "
-                                                                     "ELEMENTS ARE DISTORTING EXCESSIVELY. "
-                                                                     "CONVERGENCE IS JUDGED UNLIKELY.\n");
-                                      EXPECT_EQ(readFile(files.status), "Error message=the spring is missing\n");
-                                    }
+// Printed while the execution code asks for it: in upper case in the log, as it stands in the status file.
+TEST_F(ReferenceHost, PrintedDiagnosticsReachLogAndStatusFile) {
+  const JobFiles files = openJob("printed", directory);
+  acd_set_execode_c(1);
+  const int32_t ints[3] = {1, 2, 3};
+  const double reals[3] = {};
+  const char* const text = "the spring is missing";
+  acd_error_c(codes::UserError + 1, ints, reals, &text, nullptr, nullptr);
+  acd_cutback_diagnostic_c(7, 1);
+  acd_set_execode_c(0);
+  closeJob();
+  EXPECT_EQ(readFile(files.log), "\n***ERROR: THE SPRING IS MISSING\n\n***NOTE: ELEMENTS ARE DISTORTING EXCESSIVELY. "
+                                 "CONVERGENCE IS JUDGED UNLIKELY.\n");
+  EXPECT_EQ(readFile(files.status), "Error message=the spring is missing\n");
+}
 
-                                    } // namespace
+} // namespace
