@@ -471,16 +471,10 @@ TEST(ErrorCheck, CountsTruncatesAndSurvivesNumbersThatAreNone) {
 // ---- strain
 
 double measure(int selector, double stretch) {
-  switch (selector) {
-  case 1:
-    return 0.5 * (stretch * stretch - 1);
-  case 3:
-    return std::log(stretch);
-  case 4:
-    return 0.5 * (1 - 1 / (stretch * stretch));
-  default:
-    return stretch - 1;
-  }
+  return selector == 1   ? 0.5 * (stretch * stretch - 1)
+         : selector == 3 ? std::log(stretch)
+         : selector == 4 ? 0.5 * (1 - 1 / (stretch * stretch))
+                         : stretch - 1;
 }
 
 // Deformations F = R U with U = Q diag(stretches) Q', turned by an angle about an axis.

@@ -50,18 +50,11 @@ double promised(const LowPass& filter, double frequency, double increment) {
   const double w = std::tan(kPi * frequency * increment) / std::tan(kPi * filter.cutoff * increment);
   const int n = filter.order;
   const auto chebyshev = [n](double x) { return x <= 1 ? std::cos(n * std::acos(x)) : std::cosh(n * std::acosh(x)); };
-  switch (filter.type) {
-  case FilterType::chebyshev1: {
-    const double e2 = std::pow(10, filter.ripple / 10) - 1, t = chebyshev(w);
-    return (1 + e2) / (1 + e2 * t * t);
-  }
-  case FilterType::chebyshev2: {
-    const double e2 = 1 / (std::pow(10, filter.attenuation / 10) - 1), t = chebyshev(1 / w);
-    return 1 / (1 + 1 / (e2 * t * t));
-  }
-  default:
-    return 1 / (1 + std::pow(w, 2 * n));
-  }
+  const bool isFirst = filter.type == FilterType::chebyshev1;
+  if (filter.type == FilterType::butterworth) return 1 / (1 + std::pow(w, 2 * n));
+  const double ratio = std::pow(10, (isFirst ? filter.ripple : filter.attenuation) / 10) - 1,
+               t = chebyshev(isFirst ? w : 1 / w);
+  return isFirst ? (1 + ratio) / (1 + ratio * t * t) : 1 / (1 + ratio / (t * t));
 }
 
 TEST(Filter, IsTheDifferenceEquationOfItsSectionsOneAfterAnother) {
