@@ -175,7 +175,9 @@ TEST_F(Frame, StorageRequests) {
     return Result{position, offset};
   };
   // aligned, and beyond the numbers there are
-  const std::tuple<int32_t, int32_t, Result> requests[] = {{5, 10, {9, 18}}, {8, 1, {9, 9}}, {5, 0, {kNone, 5}},
+  const std::tuple<int32_t, int32_t, Result> requests[] = {{5, 10, {9, 18}},
+                                                           {8, 1, {9, 9}},
+                                                           {5, 0, {kNone, 5}},
                                                            {INT32_MAX - 4, 4, {kNone, INT32_MAX}},
                                                            {INT32_MAX, 1, {kNone, INT32_MAX}}};
   for (const auto& [offset, size, expected] : requests)
