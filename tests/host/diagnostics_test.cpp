@@ -307,15 +307,18 @@ TEST_F(DiagnosticDatabase, IsMadeAtTheFirstRecordUnderTheNameThatIsSet) {
   EXPECT_FALSE(fs::exists(database("again").string() + "-wal"));
   closeJob();
 
-  writeFile(database("foreign"), "a letter");
-  EXPECT_THROW(openJob("foreign", directory), std::system_error) << "what is no database of ours is not removed";
-  EXPECT_EQ(readFile(database("foreign")), "a letter");
-  openJob("other", directory);
-  x.SetDdbName("foreign.diagnostics.sqlite");
-  x.BeginStep(1, "", 17);
-  EXPECT_EQ(writeError().value(), EEXIST);
-  EXPECT_THROW(closeJob(), std::system_error);
-  EXPECT_EQ(readFile(database("foreign")), "a letter");
+  // what is no database, and a database of others
+  for (const std::string& foreign : {std::string("a letter"), "SQLite format 3" + std::string(85, '\0')}) {
+    writeFile(database("foreign"), foreign);
+    EXPECT_THROW(openJob("foreign", directory), std::system_error);
+    EXPECT_EQ(readFile(database("foreign")), foreign);
+    openJob("other", directory);
+    x.SetDdbName("foreign.diagnostics.sqlite");
+    x.BeginStep(1, "", 17);
+    EXPECT_EQ(writeError().value(), EEXIST);
+    EXPECT_THROW(closeJob(), std::system_error);
+    EXPECT_EQ(readFile(database("foreign")), foreign);
+  }
 }
 
 TEST_F(DiagnosticDatabase, CountsRecordsWithoutAJobAndIgnoresThoseOfADisabledExtractor) {
