@@ -101,28 +101,76 @@ TEST(Boundary, LoadsNothingFromTheWorkingDirectory) {
   EXPECT_GE(looked, 2u);
 }
 
+// Declarations with one slip each, and what is found of it.
+struct Slip {
+  const char *name, *arguments;
+  std::vector<std::string> lines;
+  std::vector<const char*> findings;
+};
+const std::string kX = "@param[in] x  (1), -: first", kBlock = "@param[in] n  (1), block: first";
+// clang-format off
+const Slip kSlips[] = {
+    {"SLIP_MISSING", "const int32_t* x, double* y", {kX}, {"SLIP_MISSING: no line for argument y"}},
+    {"SLIP_EXTRA", "const int32_t* x", {kX, "@param[in] z  (1), -: no argument"}, {"SLIP_EXTRA has no argument z"}},
+    {"SLIP_INPUT", "int32_t* x", {kX}, {"argument x: [in] without const"}},
+    {"SLIP_OUTPUT", "const int32_t* y", {"@param[out] y  (1), -: first"}, {"argument y: [out] with const"}},
+    {"SLIP_VALUE", "int64_t n", {"@param[out] n  (1), -: first"}, {"argument n: passed by value, yet [out]"}},
+    {"SLIP_SHAPE", "const double* x", {"@param[in] x  (m+1), -: first"}, {"the shape uses m+1, which is no other "
+     "argument"}},
+    {"SLIP_CIRCLE_A", "const double* x", {"@like SLIP_CIRCLE_B"}, {"SLIP_CIRCLE_A: no line for argument x"}},
+    {"SLIP_CIRCLE_B", "const double* x", {"@like SLIP_CIRCLE_A"}, {}},
+    {"SLIP_LIKE", "void", {"@like SLIP_NOBODY"}, {"is like the unknown SLIP_NOBODY"}},
+    // a line that is three hops away, and one that is two
+    {"SLIP_FAR", "const int32_t* n, const double* y", {"@like SLIP_NEAR"}, {"SLIP_FAR: no line for argument n"}},
+    {"SLIP_NEAR", "const int32_t* n", {"@like SLIP_BOTH"}, {}},
+    {"SLIP_BOTH", "const int32_t* n, const double* y", {"@like SLIP_FIRST", "@param[in] y  (1), -: second"}, {}},
+    {"SLIP_FIRST", "const int32_t* n", {kBlock}, {}},
+    {"SLIP_GRAMMAR", "void", {"@parma[in] x  (1), -: first", "@param[in] x  -: first", "@param[into] x  (1), -: first"},
+     {"unknown command @parma", "argument line: no (shape)", "argument line: the direction is none of"}},
+    {"SLIP_TWICE", "const double* x", {kX, kX}, {"a second line for x"}},
+    {"SLIP_ENTITY", "const int32_t* map", {"@param[in] map  (*), entity of H: first"},
+     {"unit \"entity of H\" names no argument"}},
+    {"SLIP_BLOCK", "const double* n", {kBlock}, {"unit \"block\" belongs to an int32_t"}}};
+// clang-format on
+
+// A header of them, and its name.
+std::string slips() {
+  const std::string rule = "/* " + std::string(117, '-') + "\n * ", end = "\n * " + std::string(114, '-') + " */\n\n",
+                    file = ::testing::TempDir() + "slips.h";
+  std::ofstream header(file);
+  header << "/** @file slips.h\n *  A header with slips.\n *\n *  CONTENTS\n"
+            " *    Lines                              SLIP_...                                              17\n"
+            " *    Wrong count                        SLIP_...                                               2\n"
+            " *    Wrong title                        SLIP_...                                               1\n"
+            " */\n#include <stdint.h>\n\n"
+         << rule << "Lines" << end;
+  for (const Slip& slip : kSlips) {
+    header << "/** A routine.\n";
+    for (const std::string& line : slip.lines) header << " *  " << line << '\n';
+    header << " */\nvoid " << slip.name << '(' << slip.arguments << ");\n\n";
+  }
+  header << rule << "Wrong count" << end << "/** The only one. */\nvoid SLIP_COUNT(void);\n\n"
+         << rule << "Other title" << end << "void SLIP_NO_COMMENT(void);\n";
+  return file;
+}
+
 TEST(InterfaceTool, FindsEverySlipOfAHeader) {
-  const Output output = run(std::string(SA_INTERFACE_TOOL) + " check " SA_BOUNDARY_DIR "/slips.h");
+  const Output output = run(std::string(SA_INTERFACE_TOOL) + " check " + slips());
   EXPECT_EQ(output.status, 1);
   const std::string text = joined(output);
-  for (const char* finding :
-       {"SLIP_MISSING: no line for argument y", "SLIP_EXTRA has no argument z", "argument x: [in] without const",
-        "argument y: [out] with const", "argument n: passed by value, yet [out]",
-        "the shape uses m+1, which is no other argument", "SLIP_CIRCLE_A: no line for argument x",
-        "SLIP_FAR: no line for argument n", "is like the unknown SLIP_NOBODY", "unknown command @parma",
-        "argument line: no (shape)", "argument line: the direction is none of", "a second line for x",
-        "unit \"entity of H\" names no argument", "unit \"block\" belongs to an int32_t",
-        "contents: \"Wrong count\" has 1 routines, not 2", "contents: \"Wrong title\", section: \"Other title\"",
-        "SLIP_NO_COMMENT has no comment"})
-    EXPECT_NE(text.find(finding), std::string::npos) << finding << "\n" << text;
+  std::vector<const char*> findings = {"contents: \"Wrong count\" has 1 routines, not 2",
+                                       "contents: \"Wrong title\", section: \"Other title\"",
+                                       "SLIP_NO_COMMENT has no comment"};
+  for (const Slip& slip : kSlips) findings.insert(findings.end(), slip.findings.begin(), slip.findings.end());
+  for (const char* finding : findings) EXPECT_NE(text.find(finding), std::string::npos) << finding << "\n" << text;
   // Each finding names its place.
   for (const std::string& line : output.lines) EXPECT_NE(line.find("slips.h:"), std::string::npos) << line;
 }
 
 TEST(InterfaceTool, FindsMissingAndExtraSymbols) {
-  const std::string headers = " " SA_BOUNDARY_DIR "/../generic/faulty.h";
+  const std::string headers = " " + slips();
   const std::string text = joined(run(std::string(SA_INTERFACE_TOOL) + " symbols " SA_LIBRARY_FILE + headers));
-  EXPECT_NE(text.find("SOUND_LIST is not exported"), std::string::npos) << text;
+  EXPECT_NE(text.find("SLIP_COUNT is not exported"), std::string::npos) << text;
   EXPECT_NE(text.find("GLO_UTI_VADDR is exported without declaration"), std::string::npos) << text;
   EXPECT_EQ(run(std::string(SA_INTERFACE_TOOL) + " symbols /nowhere.so" + headers).status, 2);
 }

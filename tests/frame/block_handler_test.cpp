@@ -7,8 +7,6 @@
 #include "tests/support/recording_diagnostics.h"
 #include "tests/support/threads.h"
 
-#include <gtest/gtest.h>
-
 namespace {
 
 using namespace sharedanalysis::test;
@@ -291,7 +289,7 @@ TEST_F(BlockHandler, AnyBytesEndInOrder) {
                     sound = one + word(24) + word(codes::Warning) + word(0) + word(0) + word(2077) +
                             std::string("four\0\0\0\0", 8);
   onRank(0, [&] {
-    for (int round = 0; round < 2000; ++round) {
+    for (int round = 0; round < 800; ++round) {
       std::string bytes;
       for (int message = random.integer(1, 4); message > 0; --message) {
         std::string block = random.integer(0, 4) == 0 ? word(-1) : sound;

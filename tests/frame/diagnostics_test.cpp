@@ -5,11 +5,6 @@
 #include "host_services.h"
 #include "tests/support/recording_diagnostics.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <limits>
-
 namespace {
 
 using namespace sharedanalysis::test;

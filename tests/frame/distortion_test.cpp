@@ -5,17 +5,9 @@
 #include "tests/support/recording_diagnostics.h"
 #include "tests/support/threads.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <limits>
-#include <numeric>
-
 namespace {
 
 using namespace sharedanalysis::test;
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 class Distortion : public RecordedDiagnostics {
 protected:

@@ -2,10 +2,6 @@
 #include "spx.h"
 #include "tests/support/recording_host.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 namespace {
 
 using namespace sharedanalysis::test;

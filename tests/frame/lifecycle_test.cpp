@@ -4,8 +4,6 @@
 #include "spx.h"
 #include "tests/support/recording_host.h"
 
-#include <gtest/gtest.h>
-
 #include <map>
 
 namespace {
@@ -47,23 +45,19 @@ TEST_F(Frame, StartsOnceInOrderAndStopsInReverse) {
 }
 
 TEST_F(Frame, AnUnbalancedFinaliseSwallowsTheNextInitialise) {
-  const struct {
-    void (*initialize)(int32_t*);
-    void (*finalize)(int32_t*);
-    int32_t components;
-  } pairs[] = {{glo_initialize, glo_finalize, 1},
-               {acd_initialize, acd_finalize, 1},
-               {spx_initialize, spx_finalize, 1},
-               {Shared_Analysis_XP_initialize, Shared_Analysis_XP_finalize, 17}};
-  for (const auto& pair : pairs) {
+  const std::tuple<void (*)(int32_t*), void (*)(int32_t*), int32_t> pairs[] = {
+      {glo_initialize, glo_finalize, 1},
+      {acd_initialize, acd_finalize, 1},
+      {spx_initialize, spx_finalize, 1},
+      {Shared_Analysis_XP_initialize, Shared_Analysis_XP_finalize, 17}};
+  for (const auto& [initialize, finalize, components] : pairs) {
     int32_t counter = 0;
-    pair.finalize(&counter);
-    pair.initialize(&counter);
+    finalize(&counter), initialize(&counter);
     EXPECT_EQ(counter, 0);
     EXPECT_TRUE(takeCalls().empty());
-    pair.initialize(&counter);
-    EXPECT_EQ(counter, pair.components);
-    pair.finalize(&counter);
+    initialize(&counter);
+    EXPECT_EQ(counter, components);
+    finalize(&counter);
     EXPECT_EQ(counter, 0);
     takeCalls();
   }
@@ -180,18 +174,18 @@ TEST_F(Frame, StorageRequests) {
     GLO_UTI_ALLOCHECK(&limit, &offset, &position, &size);
     return Result{position, offset};
   };
-  for (Request aligned : {GLO_UTI_ALLO, GLO_UTI_ALLOOLD}) {
-    EXPECT_EQ(ask(aligned, 5, 10), Result(9, 18));
-    EXPECT_EQ(ask(aligned, 8, 1), Result(9, 9));
-    EXPECT_EQ(ask(aligned, 5, 0), Result(kNone, 5));
-    EXPECT_EQ(ask(aligned, INT32_MAX - 4, 4), Result(kNone, INT32_MAX)) << "beyond the numbers there are";
-    EXPECT_EQ(ask(aligned, INT32_MAX, 1), Result(kNone, INT32_MAX));
-  }
+  // aligned, and beyond the numbers there are
+  const std::tuple<int32_t, int32_t, Result> requests[] = {{5, 10, {9, 18}},
+                                                           {8, 1, {9, 9}},
+                                                           {5, 0, {kNone, 5}},
+                                                           {INT32_MAX - 4, 4, {kNone, INT32_MAX}},
+                                                           {INT32_MAX, 1, {kNone, INT32_MAX}}};
+  for (const auto& [offset, size, expected] : requests)
+    for (Request aligned : {GLO_UTI_ALLO, GLO_UTI_ALLOOLD}) EXPECT_EQ(ask(aligned, offset, size), expected) << size;
   EXPECT_EQ(ask(GLO_UTI_ALLOSEQ, 5, 10), Result(6, 15));
   EXPECT_EQ(ask(GLO_UTI_ALLOSEQ, 5, 0), Result(kNone, 5));
   EXPECT_EQ(check(18, 5, 10), Result(9, 18));
-  EXPECT_EQ(check(17, 5, 10), Result(kNone, 18)) << "refused, and the offset stays advanced";
-  EXPECT_EQ(check(16, 5, 10), Result(kNone, 18));
+  for (int32_t limit : {17, 16}) EXPECT_EQ(check(limit, 5, 10), Result(kNone, 18)) << "refused, the offset advanced";
   EXPECT_EQ(check(0, 5, 0), Result(kNone, 5));
   EXPECT_EQ(check(INT32_MAX, INT32_MAX, 1), Result(kNone, INT32_MAX));
   expectSilence();

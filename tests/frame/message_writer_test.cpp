@@ -1,12 +1,8 @@
 // The message writer against a recording host.
 #include "glo.h"
 #include "tests/support/recording_host.h"
-#include "tests/support/threads.h"
-
-#include <gtest/gtest.h>
 
 #include <bit>
-#include <cmath>
 #include <random>
 
 namespace {
@@ -246,20 +242,6 @@ TEST_F(MessageWriter, LinesAndRecordsCarryTheIdentityOfTheirMessage) {
   EXPECT_EQ(lines, (Identities{{3, 100}, {3, 101}, {7, 500}, {7, 501}, {7, 502}}));
   EXPECT_EQ(statuses, (Identities{{3, 100}, {3, 100}, {3, 101}, {7, 500}, {7, 502}}));
   EXPECT_EQ(recordingHost().lines.size(), 3u * 5 + 1);
-}
-
-TEST_F(MessageWriter, KeepsThreadsApart) {
-  constexpr int kThreads = 4, kMessages = 200;
-  runThreads(kThreads, [](int t) {
-    for (int k = 0; k < kMessages; ++k) write("Table", "%I %I", {{t, k}, {}, {}});
-  });
-  std::vector<int> next(kThreads, 0);
-  for (const std::string& line : takeLines()) {
-    int t = -1, k = -1;
-    ASSERT_EQ(std::sscanf(line.c_str(), "%d %d", &t, &k), 2) << line;
-    ASSERT_EQ(k, next.at(t)++);
-  }
-  EXPECT_EQ(next, std::vector<int>(kThreads, kMessages));
 }
 
 } // namespace

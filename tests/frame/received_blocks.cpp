@@ -3,7 +3,6 @@
 #include "acd.h"
 #include "tests/support/recording_diagnostics.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 

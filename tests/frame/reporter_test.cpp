@@ -2,10 +2,6 @@
 #include "spx_WipReporter.h"
 #include "tests/support/recording_host.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
 namespace {
 
 using namespace sharedanalysis::test;

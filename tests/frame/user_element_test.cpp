@@ -3,12 +3,6 @@
 #include "tests/support/random.h"
 #include "tests/support/recording_diagnostics.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <numeric>
-
 namespace {
 
 using namespace sharedanalysis::test;

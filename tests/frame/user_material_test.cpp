@@ -3,11 +3,6 @@
 #include "tests/support/recording_diagnostics.h"
 #include "tests/support/recording_host.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-
 namespace {
 
 using namespace sharedanalysis::test;

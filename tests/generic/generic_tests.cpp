@@ -12,10 +12,8 @@
 #include <ctime>
 #include <exception>
 #include <fstream>
-#include <functional>
 #include <iostream>
 #include <map>
-#include <optional>
 #include <sstream>
 #include <stdexcept>
 
@@ -30,46 +28,32 @@ constexpr std::size_t kFewestKernels = 30;
 constexpr int kSkipped = 77;
 
 struct Options {
-  std::string library, check, file, level, only;
+  std::vector<std::string> words; // LIB CHECK and perhaps FILE
+  std::map<std::string, std::string> named = {{"--needs", ""}, {"--only", ""},  {"--inputs", "1e6"}, {"--hours", "1e6"},
+                                              {"--seed", "1"}, {"--from", "0"}, {"--shard", "0/1"},  {"--case", ""}};
   bool writesHashes = false;
-  std::uint64_t inputs = 1000000, seed = 1, from = 0, shard = 0, shards = 1;
-  double hours = 1e6;
-  std::optional<std::uint64_t> hardCase;
+
+  const std::string& operator[](const std::string& name) const { return named.at(name); }
+  std::uint64_t number(const std::string& name) const { return static_cast<std::uint64_t>(std::stod(named.at(name))); }
 };
 
 Options parse(int argc, char** argv) {
   Options options;
-  const auto number = [](auto& to) { return [&to](const std::string& value) { to = std::stoull(value); }; };
-  const std::map<std::string, std::function<void(const std::string&)>> known = {
-      {"--needs", [&](const std::string& value) { options.level = value; }},
-      {"--only", [&](const std::string& value) { options.only = value; }},
-      {"--inputs", [&](const std::string& value) { options.inputs = static_cast<std::uint64_t>(std::stod(value)); }},
-      {"--hours", [&](const std::string& value) { options.hours = std::stod(value); }},
-      {"--seed", number(options.seed)},
-      {"--from", number(options.from)},
-      {"--case", number(options.hardCase)},
-      {"--shard", [&](const std::string& value) {
-         options.shard = std::stoull(value);
-         options.shards = std::stoull(value.substr(value.find('/') + 1)); // throws without a /
-       }}};
-  std::vector<std::string> words;
   for (int i = 1; i < argc; ++i) {
     const std::string word = argv[i];
     if (word == "--write")
       options.writesHashes = true;
     else if (word.substr(0, 2) != "--")
-      words.push_back(word);
-    else if (known.count(word) != 0 && i + 1 < argc)
-      known.at(word)(argv[++i]);
+      options.words.push_back(word);
+    else if (options.named.count(word) != 0 && i + 1 < argc)
+      options.named[word] = argv[++i];
     else
       throw std::runtime_error("unknown option " + word);
   }
+  const std::vector<std::string>& words = options.words;
   if (words.size() != (words.size() > 1 && (words[1] == "hashes" || words[1] == "cases") ? 3U : 2U))
     throw std::runtime_error("usage: generic_tests LIB CHECK [--needs LEVEL] or LIB hashes FILE [--write] [--needs "
                              "LEVEL] or LIB cases FILE");
-  options.library = words[0];
-  options.check = words[1];
-  if (words.size() > 2) options.file = words[2];
   return options;
 }
 
@@ -171,16 +155,19 @@ int torture(const Options& options, std::vector<Kernel> kernels, GuardedMemory& 
   const auto hours = [begin] {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count() / 3600;
   };
-  std::uint64_t inputs = 0, pass = options.from;
+  std::uint64_t inputs = 0, pass = options.number("--from");
+  const std::uint64_t shard = options.number("--shard"),
+                      shards = std::stoull(options["--shard"].substr(options["--shard"].find('/') + 1));
   std::size_t failed = 0;
   GuardedMemory::limitTime();
-  while (pass % options.shards != options.shard % options.shards) ++pass;
-  for (; inputs < options.inputs && hours() < options.hours && !kernels.empty(); pass += options.shards) {
+  while (pass % shards != shard % shards) ++pass;
+  for (; inputs < options.number("--inputs") && hours() < std::stod(options["--hours"]) && !kernels.empty();
+       pass += shards) {
     std::vector<Kernel> sound;
     for (const Kernel& kernel : kernels) {
       watch(kernel);
-      HardCases cases = hardCases(options.seed, pass * kCasesOfPass, kCasesOfPass);
-      if (options.hardCase) cases.first = *options.hardCase, cases.count = 1;
+      HardCases cases = hardCases(options.number("--seed"), pass * kCasesOfPass, kCasesOfPass);
+      if (!options["--case"].empty()) cases.first = options.number("--case"), cases.count = 1;
       const Findings findings = checkHard(memory, kernel, cases);
       inputs += cases.inputs;
       if (findings.empty()) sound.push_back(kernel);
@@ -189,48 +176,46 @@ int torture(const Options& options, std::vector<Kernel> kernels, GuardedMemory& 
     kernels = sound;
     std::cout << "pass " << pass << ": " << inputs << " inputs, " << failed << " kernels failed, "
               << static_cast<int>(hours() * 3600) << " s" << std::endl;
-    if (options.hardCase) break;
+    if (!options["--case"].empty()) break;
   }
   return failed == 0 ? 0 : 1;
 }
 
 int run(const Options& options) {
-  if (!processorHas(options.level)) {
-    std::cout << "skipped: this processor is no " << options.level << "\n";
+  if (!processorHas(options["--needs"])) {
+    std::cout << "skipped: this processor is no " << options["--needs"] << "\n";
     return kSkipped;
   }
-  std::vector<Kernel> kernels = openKernels(options.library);
-  if (!options.only.empty())
-    std::erase_if(kernels, [&](const Kernel& kernel) { return options.only != kernel.info->name; });
+  const std::string &check = options.words[1], &file = options.words.back(), &only = options["--only"];
+  std::vector<Kernel> kernels = openKernels(options.words[0]);
+  if (!only.empty()) std::erase_if(kernels, [&](const Kernel& kernel) { return only != kernel.info->name; });
   GuardedMemory memory;
-  if (options.check == "torture") return torture(options, kernels, memory);
+  if (check == "torture") return torture(options, kernels, memory);
   std::map<std::string, std::string> hashes;
   std::ofstream cases;
-  if (options.check == "cases") cases.open(options.file, std::ios::binary);
+  if (check == "cases") cases.open(file, std::ios::binary);
   int failed = 0;
   for (const Kernel& kernel : kernels) {
     watch(kernel);
-    if (options.check == "cases") {
-      failed += print(kernel, writeCases(memory, kernel, cases));
-    } else if (options.check == "hashes") {
-      Findings findings;
+    Findings findings;
+    if (check == "cases")
+      findings = writeCases(memory, kernel, cases);
+    else if (check == "hashes")
       hashes[kernel.info->name] = hex(hashOutputs(memory, kernel, findings));
-      failed += print(kernel, findings);
-    } else {
-      failed += print(kernel, runCheck(options.check, memory, kernel));
-    }
+    else
+      findings = runCheck(check, memory, kernel);
+    failed += print(kernel, findings);
   }
-  if (options.check == "cases" && !cases.flush()) throw std::runtime_error("cannot write " + options.file);
-  if (options.check == "hashes" && options.writesHashes && failed == 0) {
-    writeHashes(options.file, hashes);
-  } else if (options.check == "hashes") {
-    failed += compareHashes(readHashes(options.file), hashes);
-  }
-  if (options.check == "reach" && options.only.empty())
+  if (check == "cases" && !cases.flush()) throw std::runtime_error("cannot write " + file);
+  if (check == "hashes" && options.writesHashes && failed == 0)
+    writeHashes(file, hashes);
+  else if (check == "hashes")
+    failed += compareHashes(readHashes(file), hashes);
+  if (check == "reach" && only.empty())
     for (const std::string& row : unusedExceptions())
       std::cout << "no kernel needs the exception " << row << "\n", ++failed;
-  std::cout << options.check << ": " << kernels.size() << " kernels, " << failed << " failed\n";
-  if (options.only.empty() && kernels.size() < kFewestKernels) throw std::runtime_error("that is too few kernels");
+  std::cout << check << ": " << kernels.size() << " kernels, " << failed << " failed\n";
+  if (only.empty() && kernels.size() < kFewestKernels) throw std::runtime_error("that is too few kernels");
   return failed == 0 ? 0 : 1;
 }
 

@@ -118,7 +118,7 @@ std::uint64_t callAny(void* routine, std::string_view resultType, void* const* a
 int invoke(void* routine, KernelCase& data, void* const* pointers, const Complain& complain,
            const Environment* environment) {
   callNumber = callNumber + 1;
-  const int fault = sigsetjmp(afterFault, 1);
+  const int fault = sigsetjmp(afterFault, 0); // the handlers block no signals
   if (fault == 0) {
     const unsigned before = environment == nullptr ? 0 : enter(*environment);
     isCalling = true;

@@ -27,26 +27,16 @@ enum class Size { zero, steps, subnormal, least, rootLeast, one, rootMost, huge,
 
 double sized(Random& random, Size size) {
   const double sign = oneIn(random, 2) ? -1.0 : 1.0, u = random.uniform(0.5, 4.0);
-  switch (size) {
-  case Size::zero:
-    return sign * 0.0;
-  case Size::steps:
-    return random.integer(-2, 2) * DBL_TRUE_MIN;
-  case Size::subnormal:
-    return sign * u * power(random.integer(-1074, -1014));
-  case Size::least:
-    return sign * u * DBL_MIN;
-  case Size::rootLeast:
-    return sign * u * power(random.integer(-540, -510));
-  case Size::one:
-    return oneIn(random, 4) ? sign : sign * u;
-  case Size::rootMost:
-    return sign * u * power(random.integer(508, 514));
-  case Size::huge:
-    return sign * u * power(random.integer(900, 1021));
-  default:
-    return oneIn(random, 2) ? sign * DBL_MAX : sign * DBL_MAX / u;
-  }
+  const auto binade = [&](int low, int high) { return sign * u * power(random.integer(low, high)); };
+  return size == Size::zero        ? sign * 0.0
+         : size == Size::steps     ? random.integer(-2, 2) * DBL_TRUE_MIN
+         : size == Size::subnormal ? binade(-1074, -1014)
+         : size == Size::least     ? sign * u * DBL_MIN
+         : size == Size::rootLeast ? binade(-540, -510)
+         : size == Size::one       ? (oneIn(random, 4) ? sign : sign * u)
+         : size == Size::rootMost  ? binade(508, 514)
+         : size == Size::huge      ? binade(900, 1021)
+                                   : (oneIn(random, 2) ? sign * DBL_MAX : sign * DBL_MAX / u);
 }
 
 Size anySize(Random& random) { return static_cast<Size>(random.integer(0, static_cast<int>(Size::count) - 1)); }
@@ -91,31 +81,23 @@ void harden(Random& random, const Choice& choice, std::vector<double>& v) {
   const double scale = power(choice.exponent);
   const int step = random.integer(8, 150);
   const auto hard = [&](std::size_t k) {
-    switch (choice.pattern) {
-    case Pattern::alike:
-      return sized(random, choice.size);
-    case Pattern::scaled:
-      return v[k] * scale;
-    case Pattern::equal:
-      return x;
-    case Pattern::nearlyEqual:
-      return oneIn(random, 2) ? x : std::nextafter(x, oneIn(random, 2) ? 0.0 : HUGE_VAL);
-    case Pattern::graded:
-      return v[k] * scale * power(-step * static_cast<int>((k + some) % n));
-    case Pattern::diagonal:
-      return k < 3 ? (oneIn(random, 3) ? x : sized(random, choice.size)) : (x < 0 ? -0.0 : 0.0);
-    case Pattern::integers:
-      return random.integer(-2, 2) * scale;
-    case Pattern::single:
-      return k == some ? x : v[k];
-    case Pattern::mixed:
-      return sized(random, anySize(random));
-    // a rotation, or a quaternion with a turn that is none or as small as they come
-    case Pattern::unit:
-      return (n == 9 ? k % 4 == 0 : k == some) ? 1.0 : oneIn(random, 2) ? 0.0 : x * DBL_EPSILON;
-    default:
-      return k == some || oneIn(random, 8) ? infinityOrNan(random) : v[k];
-    }
+    const Pattern is = choice.pattern;
+    // of a unit, a rotation, or a quaternion with a turn that is none or as small as they come
+    const bool isOne = n == 9 ? k % 4 == 0 : k == some;
+    return is == Pattern::alike         ? sized(random, choice.size)
+           : is == Pattern::scaled      ? v[k] * scale
+           : is == Pattern::equal       ? x
+           : is == Pattern::nearlyEqual ? (oneIn(random, 2) ? x : std::nextafter(x, oneIn(random, 2) ? 0.0 : HUGE_VAL))
+           : is == Pattern::graded      ? v[k] * scale * power(-step * static_cast<int>((k + some) % n))
+           : is == Pattern::diagonal && k < 3 ? (oneIn(random, 3) ? x : sized(random, choice.size))
+           : is == Pattern::diagonal          ? (x < 0 ? -0.0 : 0.0)
+           : is == Pattern::integers          ? random.integer(-2, 2) * scale
+           : is == Pattern::single            ? (k == some ? x : v[k])
+           : is == Pattern::mixed             ? sized(random, anySize(random))
+           : is == Pattern::unit              ? (isOne              ? 1.0
+                                                 : oneIn(random, 2) ? 0.0
+                                                                    : x * DBL_EPSILON)
+                                              : (k == some || oneIn(random, 8) ? infinityOrNan(random) : v[k]);
   };
   for (std::size_t k = 0; k < n; ++k) {
     v[k] = hard(k);

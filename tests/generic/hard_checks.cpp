@@ -46,19 +46,6 @@ std::string bitsOf(const Array& array, std::size_t line) {
   return text;
 }
 
-// What one point of a call is given, to the last bit.
-std::string describe(const KernelCase& data, std::size_t point) {
-  std::string text = "  point " + std::to_string(point) + " of " + std::to_string(data.points) + "\n";
-  for (const Array& array : data.arrays) {
-    const std::string start = std::string("    ") + array.info->name + " =";
-    if (isNumber(array) && array.lines != Lines::entities)
-      text += start + bitsOf(array, array.lines == Lines::points ? point : 0) + "\n";
-    else if (array.elements() == 1 && array.elementSize == sizeof(std::int32_t))
-      text += start + " " + std::to_string(array.integer(0)) + "\n";
-  }
-  return text;
-}
-
 class HardCheck {
 public:
   HardCheck(GuardedMemory& memory, const Kernel& kernel, HardCases& cases)
@@ -94,45 +81,28 @@ private:
                    details);
   }
 
-  // The first point that gives the finding on its own.
-  std::string culprit(const KernelCase& data, const std::string& finding, const Environment* environment) {
-    if (findings_.count(finding) != 0 || !cases_.details) return {};
-    for (int p = 0; p < data.points; ++p) {
-      KernelCase alone = data.piece(p, p + 1);
-      bool isHere = false;
-      memory_.call(
-          kernel_.address, alone, [&](const std::string& text) { isHere |= text == finding; }, environment);
-      if (isHere) return describe(data, static_cast<std::size_t>(data.first + p));
-    }
-    return "  no point on its own\n";
-  }
-
   // Runs a copy of the case as it begins.
   bool call(const KernelCase& start, KernelCase& data, const Environment* environment) {
-    std::string finding;
     data = start;
-    const bool isDone = memory_.call(
-        kernel_.address, data, [&](const std::string& text) { finding = text; }, environment);
-    if (!finding.empty()) note(finding, culprit(start, finding, environment));
-    return isDone;
+    return memory_.call(
+        kernel_.address, data, [&](const std::string& text) { note(text, {}); }, environment);
   }
 
-  void noteDifferences(const KernelCase& start, const KernelCase& a, const KernelCase& b, const std::string& what) {
+  void noteDifferences(const KernelCase& a, const KernelCase& b, const std::string& what) {
     Findings differences;
     compareOutputs(a, b, what, differences);
-    for (const std::string& text : differences) note(text, firstDifference(start, a, b));
+    for (const std::string& text : differences) note(text, firstDifference(a, b));
   }
 
-  std::string firstDifference(const KernelCase& start, const KernelCase& a, const KernelCase& b) {
+  // Both, to the last bit.
+  static std::string firstDifference(const KernelCase& a, const KernelCase& b) {
     for (std::size_t k = 0; k < a.arrays.size(); ++k)
-      for (std::size_t line = 0; line < a.arrays[k].lineCount; ++line)
+      for (std::size_t line = 0; line < a.arrays[k].lineCount && a.arrays[k].info->isWritten(); ++line)
         for (std::size_t c = 0; c < a.arrays[k].components(); ++c) {
           const std::size_t at = a.arrays[k].index(line, c);
-          if (!a.arrays[k].info->isWritten() || a.arrays[k].canonicalBits(at) == b.arrays[k].canonicalBits(at))
-            continue;
-          const std::string text = std::string("  ") + a.arrays[k].info->name + ":" + bitsOf(a.arrays[k], line) +
-                                   "\n  against" + bitsOf(b.arrays[k], line) + "\n";
-          return text + (a.arrays[k].lines == Lines::points ? describe(start, line) : "");
+          if (a.arrays[k].canonicalBits(at) != b.arrays[k].canonicalBits(at))
+            return "  " + std::string(a.arrays[k].info->name) + " of " + std::to_string(line) + ":" +
+                   bitsOf(a.arrays[k], line) + "\n  against" + bitsOf(b.arrays[k], line) + "\n";
         }
     return {};
   }
@@ -142,7 +112,7 @@ private:
     KernelCase whole, again;
     if (!call(start, whole, &environment_) && (isHanging() || !call(start, whole, nullptr))) return;
     if (kernel_.info->hasRole("length")) { // an array treated as a whole
-      if (call(start, again, nullptr)) noteDifferences(start, again, whole, "the caller's environment");
+      if (call(start, again, nullptr)) noteDifferences(again, whole, "the caller's environment");
       return;
     }
     const int n = start.points, alone = static_cast<int>(number_ % static_cast<std::uint64_t>(n));
@@ -152,8 +122,8 @@ private:
     if (isHanging()) return;
     compareOutputs(pieces, whole, "anything", found);
     if (!found.empty() && call(start, again, nullptr)) {
-      noteDifferences(start, pieces, again, "splitting a block with hard data");
-      noteDifferences(start, again, whole, "the caller's environment");
+      noteDifferences(pieces, again, "splitting a block with hard data");
+      noteDifferences(again, whole, "the caller's environment");
     }
     if (isPlain_) compareOrdinary(hard, pieces);
   }
@@ -169,8 +139,7 @@ private:
         for (std::size_t line = 0; line < p.lineCount; ++line) {
           const std::size_t at = p.index(line, c);
           if (!hard.touchedLines[a][line] && p.canonicalBits(at) != g.canonicalBits(at))
-            note(std::string("hard data of one point change another in ") + p.info->name,
-                 firstDifference(hard.data, plain_, got));
+            note(std::string("hard data of one point change another in ") + p.info->name, firstDifference(plain_, got));
         }
     }
   }

@@ -87,53 +87,44 @@ struct MaterialData {
     return number;
   }
 };
+// clang-format off
 constexpr MaterialData kMaterials[] = {
     {"SPX_USR_SUPERELASTIC", "TVK_SUPER_ELASTIC_N*", {900, 0.3, 600, 0.35, 0.06, 3, 6, 2, 1, 4, 0.5, 0.3, 0.4, -1}},
     {"SPX_USR_SUPERELASTIC", "TVK_SUPER_ELASTIC_N*_EXP", {900, 0.3, 600, 0.35, 0.06, 3, 6, 2, 1, 4, 0.5, 0.3, 0.4, 1}},
-    {"SPX_USR_JH2",
-     "TVK_JH2",
-     {30, 0.93, 0.4, 0.003, 0.35, 0.77, 1, 0.5, 0.5, 6, 3, 0.053, 0.85, 45, -138, 290, 1, 0.4}},
+    {"SPX_USR_JH2", "TVK_JH2", {30, 0.93, 0.4, 0.003, 0.35, 0.77, 1, 0.5, 0.5, 6, 3, 0.053, 0.85, 45, -138, 290, 1,
+     0.4}},
     {"SPX_USR_JHB", "TVK_JHB", {193, 1.5, 4.9, 12.2, 1, 0.4, 1, 0.009, 1, 0.75, 0.16, 1, 1, 220, 361, 0, 1, 0.4}},
-    {"SPX_USR_JHB",
-     "TVK_JHB",
-     {193, 1.5, 4.9, 12.2, 1, 0.4, 1, 0.009, 1, 0.75, 0.16, 1, 1, 220, 361, 0, 1, 0.4, 20, 0.3, 300, 200, 0, 0.1},
-     5},
-    {"SPX_USR_HJCCONCRETE", "TVK_HJC_CONCRETE", {150,  0.79, 1.6, 0.007, 0.61, 2,   0.5,   1,    0.01, 7, 1,
-                                                 0.01, 20,   0.1, 0.04,  1,    850, -1710, 2080, 0.4,  1}},
-    {"SPX_USR_MOLDEDPLASTIC", "TVK_MOLDED_PLASTIC", {18,  0.38, 1,   0.9,  1.1, 0.95, 1,   1,   0.4,  -0.2, 3,   2,
-                                                     2,   2,    0,   0,    0.5, 0.15, 1.5, 0.1, 2,    2,    0,   4,
-                                                     0.5, 3.5,  1,   3,    0,   4,    1,   0.5, 1,    0.01, 0.8, 1.5,
-                                                     2,   0.6,  0.8, 0.01, 0.7, 0.9,  2,   1,   0.01, 1.5,  1}},
-    {"SPX_USR_THERMOPLASTIC", "TVK_THERMOPLASTIC", {18,  0.38, 1,   0.9,  1.1, 0.95, 1,   1,   0.4,  -0.2, 3,   2,
-                                                    2,   2,    0.5, 1.2,  0.5, 0.15, 1.5, 0.1, 2,    2,    0,   4,
-                                                    0.5, 3.5,  1,   3,    0,   4,    1,   0.5, 1,    0.01, 0.8, 1.5,
-                                                    2,   0.6,  0.8, 0.01, 0.7, 0.9,  2,   1,   0.01, 1.5,  1}},
-    {"SPX_USR_RATESENSFOAM",
-     "TVK_RATE_SENSITIVE_FOAM",
-     {8, 1, 0.02, 0.3, 2, 0.1, 2, 0.01, 3, 2, 4, 0, 0, 1, 0.1, 3, 0.6, 0, 0, 1.5, 0.1, 4, 0.6, 9, 0.9},
-     8},
-    {"SPX_USR_FUCHANGISOFOAM",
-     "TVK_FU_CHANG_ISO_FOAM",
-     {8, 1, 0.3, 2, 0.1, 2, 0.01, 3, 2, 4, -2, -0.3, 0, 0, 3, 0.6, -3, -0.4, 0, 0, 1.5, 0.1, 9, 0.9},
-     7},
-    {"SPX_USR_FUCHANGANISOFOAM",
-     "TVK_FU_CHANG_ANISO_FOAM",
-     {8, 1, 0.3, 2, 0.1, 2, 1, 0, 2,   0, 0, 0.01, 3, 2, 3, -2, -0.3, 0, 0,   3, 0.6, -3, -1, 0,
-      0, 9, 0.9, 1, 2,   0, 0, 2, 0.5, 1, 3, 2,    2, 0, 0, 1,  0.4,  3, 0.5, 0, 0,   3,  0.5},
-     12},
+    {"SPX_USR_JHB", "TVK_JHB",
+     {193, 1.5, 4.9, 12.2, 1, 0.4, 1, 0.009, 1, 0.75, 0.16, 1, 1, 220, 361, 0, 1, 0.4, 20, 0.3, 300, 200, 0, 0.1}, 5},
+    {"SPX_USR_HJCCONCRETE", "TVK_HJC_CONCRETE",
+     {150, 0.79, 1.6, 0.007, 0.61, 2, 0.5, 1, 0.01, 7, 1, 0.01, 20, 0.1, 0.04, 1, 850, -1710, 2080, 0.4, 1}},
+    {"SPX_USR_MOLDEDPLASTIC", "TVK_MOLDED_PLASTIC",
+     {18, 0.38, 1, 0.9, 1.1, 0.95, 1, 1, 0.4, -0.2, 3, 2, 2, 2, 0, 0, 0.5, 0.15, 1.5, 0.1, 2, 2, 0, 4, 0.5, 3.5, 1, 3,
+      0, 4, 1,
+      0.5, 1, 0.01, 0.8, 1.5, 2, 0.6, 0.8, 0.01, 0.7, 0.9, 2, 1, 0.01, 1.5, 1}},
+    {"SPX_USR_THERMOPLASTIC", "TVK_THERMOPLASTIC",
+     {18, 0.38, 1, 0.9, 1.1, 0.95, 1, 1, 0.4, -0.2, 3, 2, 2, 2, 0.5, 1.2, 0.5, 0.15, 1.5, 0.1, 2, 2, 0, 4, 0.5, 3.5, 1,
+      3, 0, 4,
+      1, 0.5, 1, 0.01, 0.8, 1.5, 2, 0.6, 0.8, 0.01, 0.7, 0.9, 2, 1, 0.01, 1.5, 1}},
+    {"SPX_USR_RATESENSFOAM", "TVK_RATE_SENSITIVE_FOAM",
+     {8, 1, 0.02, 0.3, 2, 0.1, 2, 0.01, 3, 2, 4, 0, 0, 1, 0.1, 3, 0.6, 0, 0, 1.5, 0.1, 4, 0.6, 9, 0.9}, 8},
+    {"SPX_USR_FUCHANGISOFOAM", "TVK_FU_CHANG_ISO_FOAM",
+     {8, 1, 0.3, 2, 0.1, 2, 0.01, 3, 2, 4, -2, -0.3, 0, 0, 3, 0.6, -3, -0.4, 0, 0, 1.5, 0.1, 9, 0.9}, 7},
+    {"SPX_USR_FUCHANGANISOFOAM", "TVK_FU_CHANG_ANISO_FOAM",
+     {8, 1, 0.3, 2, 0.1, 2, 1, 0, 2, 0, 0, 0.01, 3, 2, 3, -2, -0.3, 0, 0, 3, 0.6, -3, -1, 0, 0, 9, 0.9, 1, 2, 0, 0, 2,
+      0.5, 1, 3,
+      2, 2, 0, 0, 1, 0.4, 3, 0.5, 0, 0, 3, 0.5}, 12},
     {"SPX_USR_VISCOUSFOAM", "TVK_VISCOUS_FOAM", {2, 6, 0.1, 1, -3, 0, 20, 5, 2, 8}},
-    {"SPX_USR_HONEYCOMB",
-     "TVK_HONEYCOMB",
-     {700, 0.3, 8, 0.3, 20, 5,   5, 6, 2, 3,   0.6, 4, 0, 2,   3, 0,   0, 2,   3, -0.5,
-      4,   0,   1, 0.2, 9,  0.7, 1, 0, 5, 0.7, 2,   0, 1, 0.3, 6, 0.7, 1, 0.1, 2, 10},
-     3},
-    {"SPX_USR_FABRIC",
-     "TVK_FABRIC_INITENER",
-     {3, 2, 2, 3,   10, 80,  4, 5, 30, 8,   1, 0.2, 3, 0.6, // curves:
-      0, 0, 3, 0.1, 9,  0.2, 0, 0, 5,  0.1, 0, 0,   9, 0.1, 0, 0, 2, 0.05, 9, 0.1},
-     12},
-    {"SPX_USR_PLYFABRIC", "TVK_PLY_FABRIC", {80,  70, 0.2, 30,  4, 3, 3.5, 2.5,  0.2, 0,  0.5,
-                                             0.1, 2,  0.3, 0.9, 3, 8, 0.5, 0.95, 2,   0.9}}};
+    {"SPX_USR_HONEYCOMB", "TVK_HONEYCOMB",
+     {700, 0.3, 8, 0.3, 20, 5, 5, 6, 2, 3, 0.6, 4, 0, 2, 3, 0, 0, 2, 3, -0.5, 4, 0, 1, 0.2, 9, 0.7, 1, 0, 5, 0.7, 2, 0,
+      1, 0.3, 6,
+      0.7, 1, 0.1, 2, 10}, 3},
+    {"SPX_USR_FABRIC", "TVK_FABRIC_INITENER",
+     {3, 2, 2, 3, 10, 80, 4, 5, 30, 8, 1, 0.2, 3, 0.6, // curves:
+      0, 0, 3, 0.1, 9, 0.2, 0, 0, 5, 0.1, 0, 0, 9, 0.1, 0, 0, 2, 0.05, 9, 0.1}, 12},
+    {"SPX_USR_PLYFABRIC", "TVK_PLY_FABRIC",
+     {80, 70, 0.2, 30, 4, 3, 3.5, 2.5, 0.2, 0, 0.5, 0.1, 2, 0.3, 0.9, 3, 8, 0.5, 0.95, 2, 0.9}}};
+// clang-format on
 
 const MaterialData& materialOf(const RoutineInfo& routine, int variant) {
   const MaterialData* found = nullptr;
@@ -233,11 +224,10 @@ private:
 Array shapeArray(const RoutineInfo& routine, const ArgumentInfo& info, Sizes& sizes) {
   Array array;
   array.info = &info;
-  const std::string_view type = info.type;
-  array.elementSize = info.isReal()                                    ? sizeof(double)
-                      : info.is("text")                                ? sizeof(char)
-                      : type.find("int64_t") != std::string_view::npos ? sizeof(std::int64_t)
-                                                                       : sizeof(std::int32_t);
+  array.elementSize = info.isReal()                                         ? sizeof(double)
+                      : info.is("text")                                     ? sizeof(char)
+                      : info.type.find("int64_t") != std::string_view::npos ? sizeof(std::int64_t)
+                                                                            : sizeof(std::int32_t);
   for (int d = 0; d < info.rank(); ++d) {
     const std::string dimension = info.shape[d];
     const bool isRecords = info.is("record") && dimension == "*";
@@ -629,20 +619,24 @@ KernelCase KernelCase::forAllPoints(const RoutineInfo& form, bool isReversed) co
 }
 
 KernelCase KernelCase::piece(int begin, int end) const {
-  KernelCase cut = *this;
+  KernelCase cut;
   const int length = end - begin;
   const bool isRange = routine->hasRole("last");
   const auto from = static_cast<std::size_t>(isRange ? 0 : begin);
   const std::size_t lines = static_cast<std::size_t>(isRange ? first + end : length);
+  cut.routine = routine, cut.cursor = cursor, cut.result = result;
   cut.points = length;
+  cut.arrays.reserve(arrays.size());
   cut.first = isRange ? first + begin : 0;
   std::vector<int> list;
   std::string listLength;
   bool isFirstPlace = true;
   for (std::size_t a = 0; a < arrays.size(); ++a) {
     const Array& whole = arrays[a];
-    Array& part = cut.arrays[a];
+    Array& part = cut.arrays.emplace_back();
     const ArgumentInfo& info = *whole.info;
+    part = {&info, whole.elementSize, whole.lines, whole.before, whole.lineCount, whole.after, {}};
+    if (whole.lines != Lines::points) part.bytes = whole.bytes;
     if (info.is("block")) part.setInteger(0, length);
     if (info.is("cursor")) part.setInteger(0, cursor + recordsBefore(begin));
     if (info.is("place") && std::exchange(isFirstPlace, false)) part.setInteger(0, begin + 1); // a block of size 1

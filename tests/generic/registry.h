@@ -7,7 +7,8 @@
 namespace sa::test {
 
 struct ArgumentInfo {
-  const char *name, *role, *type, *direction;
+  const char* name;
+  std::string_view role, type, direction;
   const char* shape[4];
   const char* unit;
 
@@ -16,11 +17,11 @@ struct ArgumentInfo {
     while (n < 4 && shape[n] != nullptr) ++n;
     return n;
   }
-  bool is(std::string_view wanted) const { return wanted == role; }
-  bool isWritten() const { return std::string_view(direction) != "in"; }
-  bool isOnlyWritten() const { return std::string_view(direction) == "out"; }
-  bool isByValue() const { return std::string_view(type).back() != '*'; }
-  bool isReal() const { return std::string_view(type).find("double") != std::string_view::npos; }
+  bool is(std::string_view wanted) const { return wanted.front() == role.front() && wanted == role; }
+  bool isWritten() const { return direction != "in"; }
+  bool isOnlyWritten() const { return direction == "out"; }
+  bool isByValue() const { return type.back() != '*'; }
+  bool isReal() const { return type.starts_with("double") || type.starts_with("const double"); }
 };
 
 // Unused arguments have no name.  Plain arrays: the table is data, not code.

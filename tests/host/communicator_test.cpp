@@ -6,12 +6,9 @@
 #include "tests/support/files.h"
 #include "tests/support/program.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <string>
 
 namespace {
 

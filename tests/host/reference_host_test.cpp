@@ -7,10 +7,8 @@
 #include "kprC_Step.h"
 #include "reference_host.h"
 #include "tests/support/files.h"
+#include "tests/support/program.h"
 #include "tests/support/threads.h"
-
-#include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <csignal>
 #include <ctime>
@@ -28,13 +26,8 @@ void write(const std::string& type, const std::string& text, int32_t unit = -6, 
 }
 
 void expectThrown(const auto& call, int code, const fs::path& file) {
-  try {
-    call();
-    FAIL() << "nothing was said of " << file;
-  } catch (const std::system_error& error) {
-    EXPECT_EQ(error.code().value(), code);
-    EXPECT_TRUE(contains(error.what(), file.string())) << error.what();
-  }
+  const std::string said = thrown<std::system_error>(call);
+  EXPECT_TRUE(contains(said, file.string()) && contains(said, std::generic_category().message(code))) << said;
 }
 void exitWith(int32_t code) { GLO_UTI_EXIT(&code); }
 std::string procedureType(int32_t id, std::size_t length) {
@@ -190,20 +183,15 @@ TEST_F(ReferenceHost, ReportsWhatItCannotOpenAndWhatItLost) {
   expectThrown([&] { openJob("job", directory / "nowhere"); }, ENOENT, directory / "nowhere" / "job.msg");
   closeJob(); // nothing is open
 
-  // files may grow to 300 bytes
-  rlimit whole{};
-  getrlimit(RLIMIT_FSIZE, &whole);
-  const rlimit small{300, whole.rlim_max};
-  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
   const JobFiles files = openJob("full", directory);
   EXPECT_FALSE(writeError());
-  setrlimit(RLIMIT_FSIZE, &small);
-  write("Info", std::string(500, 'x'));
-  write("Warning", "still running", -6, 1);
-  EXPECT_EQ(writeError().value(), EFBIG);
-  expectThrown(closeJob, EFBIG, files.message);
-  setrlimit(RLIMIT_FSIZE, &whole);
-  std::signal(SIGXFSZ, handler);
+  {
+    const SmallFiles limit(300);
+    write("Info", std::string(500, 'x'));
+    write("Warning", "still running", -6, 1);
+    EXPECT_EQ(writeError().value(), EFBIG);
+    expectThrown(closeJob, EFBIG, files.message);
+  }
   EXPECT_EQ(readFile(files.status), "Warning message=still running\n") << "the other files are complete";
   openJob("fresh", directory);
   EXPECT_FALSE(writeError());

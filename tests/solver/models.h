@@ -4,11 +4,7 @@
 #include "glo.h"
 #include "solver/analysis/analysis.h"
 #include "tests/support/random.h"
-
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cmath>
+#include "tests/support/test.h"
 
 namespace sharedanalysis::test {
 

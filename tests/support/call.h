@@ -1,10 +1,9 @@
 // Calls of kernels, all of whose arguments are pointers, with numbers, containers and pointers as they are at hand.
 #pragma once
 
-#include <array>
-#include <cstddef>
+#include "tests/support/test.h"
+
 #include <tuple>
-#include <type_traits>
 
 namespace sharedanalysis::test {
 

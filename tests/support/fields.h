@@ -1,14 +1,11 @@
 // Files of fields, read with Exodus alone.
 #pragma once
 
-#include <gtest/gtest.h>
+#include "tests/support/test.h"
 
-#include <array>
 #include <exodusII.h>
 #include <filesystem>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
 namespace sharedanalysis::test {
 

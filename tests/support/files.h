@@ -1,14 +1,14 @@
 // Files of the tests: a directory of its own for each test, and texts.
 #pragma once
 
+#include "tests/support/test.h"
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <set>
 #include <sstream>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
 namespace sharedanalysis::test {
 

@@ -97,6 +97,24 @@ private:
   int out_ = -1, err_ = -1;
 };
 
+// Files of this process grow no larger than so, as on a full disk.
+class SmallFiles {
+public:
+  explicit SmallFiles(rlim_t size) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &whole_);
+    const rlimit small{size, whole_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+  }
+  ~SmallFiles() {
+    setrlimit(RLIMIT_FSIZE, &whole_);
+    std::signal(SIGXFSZ, handler_);
+  }
+
+private:
+  rlimit whole_{};
+  void (*handler_)(int);
+};
+
 inline Outcome shell(const std::string& command) { return Program({"sh", "-c", command}).wait(); }
 
 // For mpirun in a container, and for more threads than cores.

@@ -18,6 +18,7 @@
 #include <charconv>
 #include <cstring>
 #include <mutex>
+#include <set>
 #include <sstream>
 
 namespace sharedanalysis::test {
@@ -94,9 +95,7 @@ struct Communicator : dmpC_Communicator {
 
 RecordingDiagnostics& recordingDiagnostics() { return host; }
 void resetRecordingDiagnostics() {
-  const auto releases = host.releases;
   host = RecordingDiagnostics();
-  host.releases = releases; // what lives in a thread stays registered
   std::fill_n(CWARN, 2, 0);
   std::fill_n(CLINES, 20, 0);
 }
@@ -125,11 +124,7 @@ struct ThreadEnd {
 };
 thread_local ThreadEnd threadEnd;
 } // namespace
-void thr_ThrSingletonRegistry::Register(void (*release)()) {
-  const std::lock_guard lock(mutex);
-  host.releases.insert(release);
-  threadEnd.releases.insert(release);
-}
+void thr_ThrSingletonRegistry::Register(void (*release)()) { threadEnd.releases.insert(release); }
 
 // ---- metadata and model
 

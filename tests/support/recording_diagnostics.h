@@ -4,14 +4,8 @@
 
 #include "recording_host.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
 #include <deque>
 #include <map>
-#include <set>
-#include <string>
-#include <vector>
 
 namespace sharedanalysis::test {
 
@@ -31,8 +25,6 @@ struct RecordingDiagnostics {
     std::string bytes;
   };
   std::vector<Sent> sent;
-
-  std::set<void (*)()> releases; // routines of the thread-singleton registry
 };
 
 RecordingDiagnostics& recordingDiagnostics();

@@ -9,9 +9,6 @@
 #include "utl_getDate.h"
 #include "utl_getTime.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <mutex>
 
 namespace sharedanalysis::test {

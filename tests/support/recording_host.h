@@ -1,9 +1,7 @@
 // A host that records what the library asks of it.  The test program defines the services itself.
 #pragma once
 
-#include <cstdint>
-#include <string>
-#include <vector>
+#include "tests/support/test.h"
 
 namespace sharedanalysis::test {
 

@@ -3,15 +3,20 @@
 
 #include "spx.h"
 #include "tests/support/random.h"
-
-#include <array>
-#include <cmath>
-#include <string>
-#include <vector>
+#include "tests/support/test.h"
 
 namespace sharedanalysis::test {
 
 using Strain = std::array<double, 6>;
+inline Strain operator*(Strain e, double factor) {
+  for (double& x : e) x *= factor;
+  return e;
+}
+inline Strain randomStrain(Random& random, double size, int shears = 3) {
+  Strain e{};
+  for (int c = 0; c < 3 + shears; ++c) e[c] = random.uniform(-size, size);
+  return e;
+}
 inline const double kRoot = std::sqrt(2.0 / 3.0);
 
 // A block of like points that is led along a path, of strain or of stretch.  Of the deformation gradient only the volume ratio
@@ -36,32 +41,28 @@ struct UserMaterial {
     for (int k = 0; k < n * ndir; ++k) stretch[k] = 1;
     stretchOld = stretch;
   }
+  Strain stretchNow() const {
+    Strain U = {1, 1, 1, 0, 0, 0};
+    for (int c = 0; c < ndir + nshr; ++c) U[c] = stretch[c * n];
+    return U;
+  }
   // Of all points to the stretch U; the strain increment is the rate of deformation over the middle of the increment.
   void stretchTo(const Strain& U) {
-    const auto full = [this](const std::vector<double>& from) {
-      Strain t = {1, 1, 1, 0, 0, 0};
-      for (int c = 0; c < ndir + nshr; ++c) t[c] = from[c * n];
-      return t;
-    };
-    const Strain before = full(stretch);
-    const auto at = [](const Strain& t, int i, int j) { return t[i == j ? i : i + j == 1 ? 3 : i + j == 3 ? 4 : 5]; };
-    double middle[3][3], inverse[3][3], det = 0;
+    const Strain before = stretchNow();
+    double middle[3][3], cofactors[3][3], det = 0;
     for (int i = 0; i < 3; ++i)
-      for (int j = 0; j < 3; ++j) middle[i][j] = .5 * (at(U, i, j) + at(before, i, j));
+      for (int j = 0; j < 3; ++j) middle[i][j] = .5 * (U[kS33[i][j]] + before[kS33[i][j]]);
     for (int i = 0; i < 3; ++i)
       for (int j = 0; j < 3; ++j) {
         const int a = (i + 1) % 3, b = (i + 2) % 3, c = (j + 1) % 3, d = (j + 2) % 3;
-        inverse[j][i] = middle[a][c] * middle[b][d] - middle[a][d] * middle[b][c];
-        if (i == 0) det += middle[0][j] * inverse[j][0];
+        cofactors[i][j] = middle[a][c] * middle[b][d] - middle[a][d] * middle[b][c];
+        if (i == 0) det += middle[0][j] * cofactors[0][j];
       }
-    const auto part = [&](int i, int j) {
-      double sum = 0;
-      for (int k = 0; k < 3; ++k) sum += (at(U, i, k) - at(before, i, k)) * inverse[k][j] / det;
-      return sum;
-    };
-    Strain inc;
-    for (const auto& [c, i, j] : {std::array{0, 0, 0}, {1, 1, 1}, {2, 2, 2}, {3, 0, 1}, {4, 1, 2}, {5, 0, 2}})
-      inc[c] = .5 * (part(i, j) + part(j, i));
+    Strain inc{};
+    for (int i = 0; i < 3; ++i)
+      for (int j = 0; j < 3; ++j)
+        for (int k = 0; k < 3; ++k)
+          inc[kS33[i][j]] += (i == j ? 1 : .5) * (U[kS33[i][k]] - before[kS33[i][k]]) * cofactors[j][k] / det;
     stretchOld = stretch;
     for (int c = 0; c < ndir + nshr; ++c) std::fill_n(stretch.begin() + c * n, n, U[c]);
     const double J =
@@ -70,8 +71,8 @@ struct UserMaterial {
   }
   // In equal parts of the stretch.
   void stretchSteps(const Strain& U, int count) {
-    Strain from = {1, 1, 1, 0, 0, 0}, now;
-    for (int c = 0; c < ndir + nshr; ++c) from[c] = stretch[c * n];
+    const Strain from = stretchNow();
+    Strain now;
     for (int k = 1; k <= count; ++k) {
       for (int c = 0; c < 6; ++c) now[c] = from[c] + (U[c] - from[c]) * k / count;
       stretchTo(now);
@@ -105,9 +106,25 @@ struct UserMaterial {
                          stress.data(), state.data(), internal.data(), inelastic.data(), 80);
     temperature = newTemperature;
   }
-  void steps(Strain total, int count) {
-    for (double& x : total) x /= count;
-    for (int k = 0; k < count; ++k) step(total);
+  void steps(const Strain& total, int count) {
+    for (int k = 0; k < count; ++k) step(total * (1. / count));
+  }
+  // An increment of axial strain without stress across, by bisection of the strain there.
+  void pull(double axial, double newTemperature = 300, bool isEquibiaxial = false) {
+    const UserMaterial start = *this;
+    double low = -.2 - 3 * std::abs(axial), high = -low;
+    for (int k = 0; k < (ndir == 1 ? 1 : 200); ++k) {
+      const double x = ndir == 1 ? 0 : .5 * (low + high);
+      *this = start;
+      stepAll({{axial, isEquibiaxial ? axial : x, nshr == 3 ? x : 0, 0, 0, 0}}, newTemperature);
+      if (ndir == 3) (stress[isEquibiaxial ? 2 : 1] < 0 ? low : high) = x;
+    }
+  }
+  // Nothing is without bounds, and no energy that was lost has come back.
+  void expectSound(double lost, const std::string& when) const {
+    for (const auto* values : {&stress, &state, &internal, &inelastic})
+      for (double x : *values) ASSERT_TRUE(std::isfinite(x)) << name << when;
+    EXPECT_GE(inelastic[0], lost) << name << when;
   }
   // To the compression mu in equal parts of the logarithmic strain.
   void compress(double mu, int count = 1) {
@@ -171,15 +188,33 @@ inline std::vector<double> siliconCarbide() {
 }
 inline UserMaterial jhb(std::vector<double> props) { return {"TVK_JHB", std::move(props), 4}; }
 
+// With made-up phases: K 201, 260, 0 to P1 16; dense from mu2 .36 on with K' 300, 200, 0 and mu0 .2; in GPa.
+inline UserMaterial phases(double beta = 0) {
+  auto props = siliconCarbide();
+  props.resize(18);
+  props[9] = 1e-9 * GPa, props[13] = 201 * GPa, props[14] = 260 * GPa, props[16] = beta;
+  for (double x : {16 * GPa, .36, 300 * GPa, 200 * GPa, 0., .2}) props.push_back(x);
+  return {"TVK_JHB", std::move(props), 5};
+}
+
 // F. Auricchio, R. L. Taylor (1997): E 60000, nu .3, plateaus 520 to 600 and 300 to 200, alpha .15; MPa
 inline std::vector<double> nitinol(double alpha = .15, double EM = 60000) {
   const double compression = 520 * (kRoot + alpha) / (kRoot - alpha);
   return {60000, .3, EM, .3, .075, 520, 600, 300, 200, compression, 300, 0, 0, -1};
 }
-inline UserMaterial wire(std::vector<double> props) { return {"TVK_SUPER_ELASTIC_N1D", std::move(props), 8, 1, 0}; }
-inline UserMaterial sheet(std::vector<double> props) { return {"TVK_SUPER_ELASTIC_N2D", std::move(props), 8, 3, 1}; }
-inline UserMaterial solid(std::vector<double> props, int shears = 3) {
-  return {"TVK_SUPER_ELASTIC_N3D", std::move(props), 8, 3, shears};
+// For the exponential law; alpha as the start in compression asks for.
+inline std::vector<double> exponential(double alpha = 0, double EM = 60000, double C = 0) {
+  const double compression = alpha > 0 ? 520 * (kRoot + alpha) / (kRoot - alpha) : 0;
+  return {60000, .3, EM, .3, .075, 520, 750, 550, 200, compression, 300, C, 250, 20};
+}
+inline UserMaterial wire(std::vector<double> props, const std::string& law = "") {
+  return {"TVK_SUPER_ELASTIC_N1D" + law, std::move(props), 8, 1, 0};
+}
+inline UserMaterial sheet(std::vector<double> props, const std::string& law = "") {
+  return {"TVK_SUPER_ELASTIC_N2D" + law, std::move(props), 8, 3, 1};
+}
+inline UserMaterial solid(std::vector<double> props, const std::string& law = "", int shears = 3) {
+  return {"TVK_SUPER_ELASTIC_N3D" + law, std::move(props), 8, 3, shears};
 }
 
 } // namespace sharedanalysis::test

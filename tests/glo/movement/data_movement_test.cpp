@@ -4,17 +4,9 @@
 #include "tests/support/call.h"
 #include "tests/support/random.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <functional>
-#include <limits>
-#include <numeric>
-
 namespace {
 
 using namespace sharedanalysis::test;
-using Values = std::vector<double>;
 
 constexpr int32_t n = 45, unread = -99, entities = 460, rows = entities + 2, ld = 7;
 

@@ -3,13 +3,7 @@
 #include "tests/support/call.h"
 #include "tests/support/turns.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cstring>
-#include <limits>
-#include <numeric>
-#include <vector>
 
 namespace {
 

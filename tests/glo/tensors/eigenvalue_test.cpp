@@ -3,21 +3,10 @@
 #include "tests/support/call.h"
 #include "tests/support/random.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <functional>
-#include <limits>
-#include <vector>
-
 namespace {
 
 using namespace sharedanalysis::test;
 using Real = long double;
-using Values = std::vector<double>;
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN(), kInf = std::numeric_limits<double>::infinity();
 
 // A block of tensors of 6, 4 or 3 components: S33, S31, S21.
 struct Tensors {

@@ -3,14 +3,11 @@
 #include "tests/support/call.h"
 #include "tests/support/turns.h"
 
-#include <gtest/gtest.h>
-
 #include <numbers>
 
 namespace {
 
 using namespace sharedanalysis::test;
-using Values = std::vector<double>;
 using Axis = std::array<double, 3>;
 constexpr double kPi = std::numbers::pi;
 

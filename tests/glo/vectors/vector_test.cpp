@@ -3,17 +3,9 @@
 #include "tests/support/call.h"
 #include "tests/support/random.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <limits>
-
 namespace {
 
 using namespace sharedanalysis::test;
-using Values = std::vector<double>;
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN(), kInf = std::numeric_limits<double>::infinity();
 
 TEST(Vectors, ElementwiseOperations) {
   const Values a = {1, -2, 3}, b = {4, 5, -6}, c = {0.5, 2, 1}, d = {2, 2, 2};

@@ -3,10 +3,6 @@
 #include "tests/solver/models.h"
 #include "tests/support/turns.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 namespace {
 
 using namespace sharedanalysis;

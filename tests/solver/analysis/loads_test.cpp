@@ -1,9 +1,6 @@
 // Loads, supports and prescribed motion against closed forms; in every case the energy balance knows their work.
 #include "tests/solver/models.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
 #include <numbers>
 
 namespace {

@@ -8,8 +8,6 @@
 #include "tests/solver/files.h"
 #include "tests/support/program.h"
 
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <csignal>
 #include <cstring>
@@ -68,25 +66,16 @@ protected:
     for (double& x : mesh.coordinates) x += random.uniform(-0.015, 0.015);
     writeFile("irregular.msh", meshText(mesh));
     writeFile("irregular.toml", R"(mesh = "irregular.msh"
-[gravity]
-acceleration = [0.0, 1.0, -9.81]
+gravity.acceleration = [0.0, 1.0, -9.81]
+section = [{group = "all", material = "rubber"}]
+fix = [{group = "z0", components = ["x", "y", "z"]}]
+velocity = [{group = "z1", component = "x", time = [0.0, 0.002], value = [0.0, 20.0]}]
 [[material]]
 name = "rubber"
 density = 1000.0
 C10 = 1.0e6
 C01 = 2.0e5
 D1 = 1.0e-7
-[[section]]
-group = "all"
-material = "rubber"
-[[fix]]
-group = "z0"
-components = ["x", "y", "z"]
-[[velocity]]
-group = "z1"
-component = "x"
-time = [0.0, 0.002]
-value = [0.0, 20.0]
 [control]
 end_time = 0.004
 [output]
@@ -96,74 +85,33 @@ interval = 0.001
 
   // The same body under every kind of load.
   static void writeLoaded() {
-    writeFile("loaded.toml", replaced(readFile("irregular.toml"), "[control]", "[control]\nquasi_static = true") + R"(
-[[force]]
-group = "x1"
-component = "y"
-time = [0.0, 0.002]
-value = [0.0, 500.0]
-[[local_gravity]]
-group = "all"
-direction = [1.0, 0.0, 1.0]
-value = 40.0
-[[traction]]
-group = "y0"
-direction = [1.0, 2.0, 3.0]
-value = 2.0e4
-[[history]]
-group = "y1"
-values = ["reaction", "displacement"]
-[[history]]
-group = "all"
-values = ["energy"]
-[[plane]]
-point = [1.03, 0.0, 0.0]
-normal = [-1.0, 0.1, 0.0]
-friction = 0.3
-value = 2.0
-[[symmetry]]
-group = "y1"
-normal = [0.1, 1.0, 0.05]
-[[displacement]]
-group = "z1"
-component = "z"
-time = [0.0, 0.004]
-value = [0.0, 0.01]
-curve = "smooth"
-[[pressure]]
-group = "surface"
-time = [0.0, 0.003]
-value = [0.0, 1.0e5]
-curve = "smooth"
-)");
+    writeFile("loaded.toml", R"(
+force = [{group = "x1", component = "y", time = [0.0, 0.002], value = [0.0, 500.0]}]
+local_gravity = [{group = "all", direction = [1.0, 0.0, 1.0], value = 40.0}]
+traction = [{group = "y0", direction = [1.0, 2.0, 3.0], value = 2.0e4}]
+history = [{group = "y1", values = ["reaction", "displacement"]}, {group = "all", values = ["energy"]}]
+plane = [{point = [1.03, 0.0, 0.0], normal = [-1.0, 0.1, 0.0], friction = 0.3, value = 2.0}]
+symmetry = [{group = "y1", normal = [0.1, 1.0, 0.05]}]
+displacement = [{group = "z1", component = "z", time = [0.0, 0.004], value = [0.0, 0.01], curve = "smooth"}]
+pressure = [{group = "surface", time = [0.0, 0.003], value = [0.0, 1.0e5], curve = "smooth"}]
+)" + replaced(readFile("irregular.toml"), "[control]", "[control]\nquasi_static = true"));
   }
 
   // Loads, contact and supports on a body with everything that points, bricks and files remember: a rate-sensitive foam beside a
   // rubber that softens and fails, a filter, states to go on from.
   static void writeMixed() {
     std::string text = replaced(readFile("loaded.toml"), "D1 = 1.0e-7", R"(D1 = 1.0e-7
-[material.mullins]
-r = 1.5
-m = 2.0e3
-[material.failure]
-d1 = 0.01
+mullins = {r = 1.5, m = 2.0e3}
+failure.d1 = 0.01
 [[material]]
 name = "foam"
 model = "user"
 user = "TVK_RATE_SENSITIVE_FOAM"
 density = 60.0
 properties = [400e3, 50e3, 2e-4, 0.2, 3, 1e-4]
-[[material.curve]]
-rate = 0.01
-strain = [0, 0.05, 0.4, 0.6, 0.75, 0.85]
-stress = [0, 20e3, 40e3, 80e3, 250e3, 1000e3]
-[[material.curve]]
-rate = 100
-strain = [0, 0.05, 0.4, 0.6, 0.75, 0.85]
-stress = [0, 40e3, 80e3, 160e3, 500e3, 2000e3]
-[[section]]
-group = "upper"
-material = "foam")");
+curve = [{rate = 0.01, strain = [0, 0.05, 0.4, 0.6, 0.75, 0.85], stress = [0, 20e3, 40e3, 80e3, 250e3, 1000e3]},
+         {rate = 100, strain = [0, 0.05, 0.4, 0.6, 0.75, 0.85], stress = [0, 40e3, 80e3, 160e3, 500e3, 2000e3]}])");
+    text = replaced(text, "material = \"rubber\"}", "material = \"rubber\"}, {group = \"upper\", material = \"foam\"}");
     for (std::size_t at; (at = text.find("\"all\"")) != std::string::npos;) text.replace(at, 5, "\"lower\"");
     text = replaced(replaced(text, "irregular.msh", "mixed.msh"), "end_time = 0.004",
                     "end_time = 0.01\nsafety_factor = 0.5");
@@ -325,8 +273,11 @@ TEST_F(RanksTest, WriteErrorsOfAnyRankEndEveryRank) {
     std::filesystem::remove_all("out");
     auto ended = std::async(std::launch::async, [] { return run(3, 1, "irregular.toml -q -o out", 3); });
     EXPECT_TRUE(isUnderWay("out/irregular.sta"));
-    const rlimit none{0, RLIM_INFINITY};
-    EXPECT_EQ(prlimit(processOf(rank), RLIMIT_FSIZE, &none, nullptr), 0);
+    rlimit limit{};
+    const pid_t process = processOf(rank);
+    EXPECT_EQ(prlimit(process, RLIMIT_FSIZE, nullptr, &limit), 0);
+    limit.rlim_cur = 0;
+    EXPECT_EQ(prlimit(process, RLIMIT_FSIZE, &limit, nullptr), 0);
     const Outcome outcome = ended.get();
     expectError(outcome, 3, said + "cannot write out/" + names[rank] + ".");
     EXPECT_TRUE(contains(outcome.err, "File too large")) << outcome.err;

@@ -3,7 +3,6 @@
 #include "solver/program/job.h"
 #include "tests/solver/files.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 namespace {

@@ -7,8 +7,6 @@
 #include "tests/solver/files.h"
 #include "tests/solver/models.h"
 
-#include <gtest/gtest.h>
-
 namespace {
 
 using namespace sharedanalysis;

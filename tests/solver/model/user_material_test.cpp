@@ -5,8 +5,6 @@
 #include "tests/solver/files.h"
 #include "tests/support/turns.h"
 
-#include <gtest/gtest.h>
-
 namespace {
 
 using namespace sharedanalysis;

@@ -22,27 +22,12 @@ import charts
 HOSTILE = "<img src=x onerror=alert(1)></script>&\"'\u202e"
 CASE = """title = '''%s'''
 mesh = "%s"
-[[material]]
-name = "<b>rubber"
-density = 1100.0
-C10 = 2.931034e6
-D1 = 3.529412e-8
-[[section]]
-group = "column"
-material = "<b>rubber"
-[[velocity]]
-group = "top"
-component = "z"
-value = 4.5
-[[history]]
-group = "top"
-name = "top"
-values = ["displacement", "reaction"]
-[control]
-end_time = 0.004
-[output]
-interval = 0.001
-history_interval = 0.0002
+material = [{name = "<b>rubber", density = 1100.0, C10 = 2.931034e6, D1 = 3.529412e-8}]
+section = [{group = "column", material = "<b>rubber"}]
+velocity = [{group = "top", component = "z", value = 4.5}]
+history = [{group = "top", name = "top", values = ["displacement", "reaction"]}]
+control.end_time = 0.004
+output = {interval = 0.001, history_interval = 0.0002}
 """
 HAS_VTK = not subprocess.run(["/usr/bin/python3", "-c", "import vtk"], capture_output=True).returncode and shutil.which("xvfb-run")
 

@@ -6,20 +6,11 @@
 #include "tests/support/call.h"
 #include "tests/support/turns.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <limits>
-#include <numeric>
-
 namespace {
 
 using namespace sharedanalysis::test;
-using Values = std::vector<double>;
 using Point = std::array<double, 3>;
 using Derivatives = std::array<std::array<double, 3>, 8>;
-
-const double kNan = std::numeric_limits<double>::quiet_NaN();
 
 std::vector<Brick> someBricks(uint64_t seed, int n, double amount = 0.25) {
   Random random(seed);
@@ -118,8 +109,8 @@ TEST(OnePointBrick, CubeMaskedInvertedFlatAndSpoiled) {
   std::vector<Brick> bricks(6, unitCube());
   invert(bricks[1]);
   for (auto& node : bricks[2]) node[0] = 0;
-  bricks[3][4][1] = kNan;
-  bricks[4][6][2] = kNan; // of the one that is masked on entry
+  bricks[3][4][1] = kNaN;
+  bricks[4][6][2] = kNaN; // of the one that is masked on entry
   for (const bool byElement : {false, true}) {
     const OnePoint block(bricks, byElement, {4});
     const Masked masked = byElement ? Masked{1, 0.5, 0} : Masked{1.0 / 12, 6, 1.0 / 6};
@@ -174,7 +165,7 @@ TEST(FullyIntegratedBrick, JacobiansAtPointsAndMeansOverThem) {
   std::vector<Brick> bricks = someBricks(22, 200, 0.12);
   const int n = 200, onEntry = 5, inverted = 9, spoiled = 17;
   invert(bricks[inverted]);
-  bricks[spoiled][3][2] = kNan;
+  bricks[spoiled][3][2] = kNaN;
   const Values X = coordinates(bricks, n);
   std::vector<Point> anywhere(8);
   for (Point& p : anywhere) p = {random.uniform(-1, 1), random.uniform(-1, 1), random.uniform(-1, 1)};
@@ -468,7 +459,7 @@ TEST(ErrorCheck, CountsTruncatesAndSurvivesNumbersThatAreNone) {
                {{2147483647.5}, 2147483647.5, 7, 2147483647},
                {{2147483648.0, 1}, 2147483649.0, 7, 2},
                {{inf, 1, 1}, inf, 7, 3},
-               {{kNan, 0, 1}, kNan, 7, 2}};
+               {{kNaN, 0, 1}, kNaN, 7, 2}};
   for (const auto& c : cases) {
     int32_t count = c.before;
     const double sum = call(SPX_OPE_ERRORCHECK, static_cast<int32_t>(c.flags.size()), count, c.flags);
@@ -480,16 +471,10 @@ TEST(ErrorCheck, CountsTruncatesAndSurvivesNumbersThatAreNone) {
 // ---- strain
 
 double measure(int selector, double stretch) {
-  switch (selector) {
-  case 1:
-    return 0.5 * (stretch * stretch - 1);
-  case 3:
-    return std::log(stretch);
-  case 4:
-    return 0.5 * (1 - 1 / (stretch * stretch));
-  default:
-    return stretch - 1;
-  }
+  return selector == 1   ? 0.5 * (stretch * stretch - 1)
+         : selector == 3 ? std::log(stretch)
+         : selector == 4 ? 0.5 * (1 - 1 / (stretch * stretch))
+                         : stretch - 1;
 }
 
 // Deformations F = R U with U = Q diag(stretches) Q', turned by an angle about an axis.
@@ -537,7 +522,7 @@ struct StrainOutput {
                const double* stretch0 = nullptr)
       : G(9 * n), C(6 * n), J(n), strain(6 * n), principal(3 * n) {
     const int32_t has = stretch0 != nullptr, ipt = 2, nipt = 2, nhist = 5, irot = 3;
-    Values hist(2 * n, kNan), gradients(9 * n, kNan);
+    Values hist(2 * n, kNaN), gradients(9 * n, kNaN);
     hist.insert(hist.end(), rotation.begin(), rotation.end());
     gradients.insert(gradients.end(), F.begin(), F.end());
     call(SPX_OPE_C3DH8STRAINOUTPUT, n, n, selector, has, ipt, nipt, nhist, irot, gradients, stretch0, hist, G, C, J,
@@ -605,7 +590,7 @@ TEST(StrainOutput, LimitsMasksAndSingularGradients) {
   set(0, 1e200, 3e200, 1); // scaled by 1.34e149 / 1e200
   set(1, 0, 2, 1);
   set(2, 2, 0.02, 0.005);
-  set(3, kNan, 1, 1);
+  set(3, kNaN, 1, 1);
   set(4, 1, 1, 1), F[4 + n] = -1e200;
   set(5, 1, 1, 1), F[5 + 2 * n] = 1e200;
   mask[3] = 1;

@@ -7,16 +7,9 @@
 #include "tests/support/long_matrix.h"
 #include "tests/support/rubber_1944.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <functional>
-#include <limits>
-
 namespace {
 
 using namespace sharedanalysis::test;
-using Values = std::vector<double>;
 using Pointers = std::vector<double*>;
 
 // A kernel by its address: every argument is a pointer to reals, behind the number of points.

@@ -7,15 +7,10 @@
 #include "tests/support/long_matrix.h"
 #include "tests/support/rubber_1944.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
 namespace {
 
 using namespace sharedanalysis::test;
 using Long3 = std::array<long double, 3>;
-using Values = std::vector<double>;
 
 struct Terms {
   std::array<double, 3> mu, alpha;

@@ -5,11 +5,7 @@
 #include "tests/support/call.h"
 #include "tests/support/random.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <complex>
-#include <limits>
 #include <stdexcept>
 
 namespace {
@@ -18,10 +14,8 @@ using sharedanalysis::host::FilterType;
 using sharedanalysis::host::LowPass;
 using sharedanalysis::host::lowPassCoefficients;
 using namespace sharedanalysis::test;
-using Values = std::vector<double>;
 
 constexpr double kPi = 3.14159265358979323846;
-const double kNan = std::numeric_limits<double>::quiet_NaN();
 
 // A block with its history under the library's filter.
 struct Filter {
@@ -56,18 +50,11 @@ double promised(const LowPass& filter, double frequency, double increment) {
   const double w = std::tan(kPi * frequency * increment) / std::tan(kPi * filter.cutoff * increment);
   const int n = filter.order;
   const auto chebyshev = [n](double x) { return x <= 1 ? std::cos(n * std::acos(x)) : std::cosh(n * std::acosh(x)); };
-  switch (filter.type) {
-  case FilterType::chebyshev1: {
-    const double e2 = std::pow(10, filter.ripple / 10) - 1, t = chebyshev(w);
-    return (1 + e2) / (1 + e2 * t * t);
-  }
-  case FilterType::chebyshev2: {
-    const double e2 = 1 / (std::pow(10, filter.attenuation / 10) - 1), t = chebyshev(1 / w);
-    return 1 / (1 + 1 / (e2 * t * t));
-  }
-  default:
-    return 1 / (1 + std::pow(w, 2 * n));
-  }
+  const bool isFirst = filter.type == FilterType::chebyshev1;
+  if (filter.type == FilterType::butterworth) return 1 / (1 + std::pow(w, 2 * n));
+  const double ratio = std::pow(10, (isFirst ? filter.ripple : filter.attenuation) / 10) - 1,
+               t = chebyshev(isFirst ? w : 1 / w);
+  return isFirst ? (1 + ratio) / (1 + ratio * t * t) : 1 / (1 + ratio / (t * t));
 }
 
 TEST(Filter, IsTheDifferenceEquationOfItsSectionsOneAfterAnother) {
@@ -163,11 +150,11 @@ TEST(FilterDesign, RefusesWhatIsNoFilter) {
     EXPECT_THROW(lowPassCoefficients(filter, increment), std::invalid_argument);
   };
   for (int order : {0, 1, 3, 22, -2}) refuses({FilterType::butterworth, order, 100}, 1e-4);
-  for (double cutoff : {0.0, -1.0, 5000.0, 1e9, kNan}) refuses({FilterType::butterworth, 2, cutoff}, 1e-4);
-  for (double increment : {0.0, -1e-4, kNan, std::numeric_limits<double>::infinity()})
+  for (double cutoff : {0.0, -1.0, 5000.0, 1e9, kNaN}) refuses({FilterType::butterworth, 2, cutoff}, 1e-4);
+  for (double increment : {0.0, -1e-4, kNaN, std::numeric_limits<double>::infinity()})
     refuses({FilterType::butterworth, 2, 100}, increment);
   refuses({FilterType::chebyshev1, 2, 100, 0}, 1e-4);
-  refuses({FilterType::chebyshev2, 2, 100, 1, kNan}, 1e-4);
+  refuses({FilterType::chebyshev2, 2, 100, 1, kNaN}, 1e-4);
 }
 
 TEST(Operators, RunningMaximumMinimumMagnitudeAndTheirTimes) {
@@ -199,7 +186,7 @@ TEST(Operators, RunningMaximumMinimumMagnitudeAndTheirTimes) {
       EXPECT_EQ(hist[0][2], signal[step]) << "the filtered value";
     }
     // what is no number stays, except where each value is taken as it comes
-    for (double next : {kNan, 9.0}) call(SPX_OPE_ONLYOPERATORFLD, 1, 1, operation, next, state[0]);
+    for (double next : {kNaN, 9.0}) call(SPX_OPE_ONLYOPERATORFLD, 1, 1, operation, next, state[0]);
     EXPECT_EQ(std::isnan(state[0]), operation != 0);
   }
 }

@@ -1,10 +1,6 @@
 // Fabric and fabric-reinforced ply: closed forms, energy and independence of the increment.
-#include "tests/support/random.h"
 #include "tests/support/user_material.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <numbers>
 
 namespace {
@@ -15,34 +11,20 @@ constexpr double kDegree = std::numbers::pi / 180;
 
 // ---- fabric
 
-struct Row {
-  double stress, strain;
-};
-const std::vector<Row> kLoading = {{0, 0}, {20 * MPa, .02}, {100 * MPa, .06}, {400 * MPa, .16}},
-                       kUnloading = {{0, 0}, {10 * MPa, .015}, {100 * MPa, .04}, {400 * MPa, .10}};
+// Rows of stress and strain.
+const Values kLoading = {0, 0, 20 * MPa, .02, 100 * MPa, .06, 400 * MPa, .16},
+             kUnloading = {0, 0, 10 * MPa, .015, 100 * MPa, .04, 400 * MPa, .10};
 
 struct Cloth {
   double angle1 = 0, angle2 = 0, G0 = .2 * MPa, lock = 40, lockG = 20 * MPa, frictionG = 5 * MPa, yield = .05 * MPa,
          slack = 0, ramp = 0, rupture = 0;
-  std::vector<Row> load1 = kLoading, load2 = kLoading, unload1 = kUnloading, unload2 = kUnloading;
+  Values load1 = kLoading, load2 = kLoading, unload1 = kUnloading, unload2 = kUnloading;
 
   Material make(const char* suffix = "", int points = 1) const {
-    std::vector<double> p = {double(load1.size()),
-                             double(load2.size()),
-                             double(unload1.size()),
-                             double(unload2.size()),
-                             angle1,
-                             angle2,
-                             G0,
-                             lock,
-                             lockG,
-                             frictionG,
-                             yield,
-                             slack,
-                             ramp,
-                             rupture};
-    for (const auto* curve : {&load1, &load2, &unload1, &unload2})
-      for (const Row& row : *curve) p.push_back(row.stress), p.push_back(row.strain);
+    const auto rows = [](const Values& curve) { return static_cast<double>(curve.size() / 2); };
+    Values p = {rows(load1), rows(load2), rows(unload1), rows(unload2), angle1, angle2, G0,
+                lock,        lockG,       frictionG,     yield,         slack,  ramp,   rupture};
+    for (const Values* curve : {&load1, &load2, &unload1, &unload2}) p.insert(p.end(), curve->begin(), curve->end());
     Material m{std::string("TVK_FABRIC") + suffix, p, 12, 3, 1, points};
     m.massStays = true;
     return m;
@@ -97,11 +79,8 @@ TEST(Fabric, ShearOfAFrameOfRods) {
   EXPECT_NEAR(m.stress[1], 0, 1e-3);
   EXPECT_NEAR(perVolume(m, m.internal), 424155.006, 400);
   EXPECT_NEAR(perVolume(m, m.inelastic), 43133, 43);
-  const Material atEnd = [&] {
-    Material once = cloth.make();
-    once.stretchTo(sheared(50));
-    return once;
-  }();
+  Material atEnd = cloth.make();
+  atEnd.stretchTo(sheared(50));
   EXPECT_NEAR(atEnd.stress[3], m.stress[3], 1e-6);
   m.stretchSteps(sheared(0), 4000);
   EXPECT_NEAR(perVolume(m, m.inelastic), 85766, 86);
@@ -122,12 +101,8 @@ TEST(Fabric, TurnedFibersGiveTurnedStress) {
     Material t = cloth.make();
     const double c = std::cos(25 * kDegree), s = std::sin(25 * kDegree);
     const auto turned = [=](double a11, double a22, double a12) {
-      return Strain{c * c * a11 + s * s * a22 - 2 * s * c * a12,
-                    s * s * a11 + c * c * a22 + 2 * s * c * a12,
-                    1,
-                    s * c * (a11 - a22) + (c * c - s * s) * a12,
-                    0,
-                    0};
+      return Strain{c * c * a11 + s * s * a22 - 2 * s * c * a12, s * s * a11 + c * c * a22 + 2 * s * c * a12, 1,
+                    s * c * (a11 - a22) + (c * c - s * s) * a12};
     };
     for (int step = 0; step < 50; ++step) {
       const double u[] = {random.uniform(.8, 1.2), random.uniform(.8, 1.2), random.uniform(-.3, .3)};
@@ -178,7 +153,7 @@ TEST(Fabric, StressIsTheSlopeOfTheEnergy) {
   EXPECT_NEAR((m.internal[0] - m.inelastic[0]) * m.rho, .5 * m.at(5) * m.at(5) / 5e6, 1e-3 * largest * m.rho);
 }
 
-TEST(Fabric, RuptureSlackAndFirstCall) {
+TEST(Fabric, RuptureAndSlack) {
   Cloth cloth;
   cloth.slack = .5, cloth.rupture = .08;
   Material m = cloth.make();
@@ -195,12 +170,6 @@ TEST(Fabric, RuptureSlackAndFirstCall) {
     EXPECT_EQ(m.stress[0], 0) << e;
     EXPECT_NEAR(m.stress[1] / MPa, 10 / (1 + e), 1e-9);
   }
-  Material first = cloth.make();
-  first.dt = 0;
-  first.stretchTo({1.001, 1, 1, .001, 0, 0});
-  EXPECT_NEAR(first.stress[0] / MPa, 1000 * .001, 1e-3);
-  EXPECT_NEAR(first.stress[3] / MPa, 2 * (.2 + 5) * .001, 1e-4);
-  EXPECT_EQ(first.state, std::vector<double>(12));
 }
 
 TEST(Fabric, InitialStressIsRamped) {
@@ -217,46 +186,6 @@ TEST(Fabric, InitialStressIsRamped) {
       EXPECT_NEAR(m->stress[1] / MPa, 2 * expected, 1e-12);
       EXPECT_NEAR(m->stress[3] / MPa, expected, 1e-12);
     }
-  }
-}
-
-TEST(Fabric, AnyIncrement) {
-  Cloth cloth;
-  cloth.slack = .1;
-  for (const char* suffix : {"", "_INITENER"})
-    for (double dt : {0., 1e-9, 1e9}) {
-      Random random(3);
-      Material m = cloth.make(suffix);
-      m.dt = dt, m.time = 1;
-      for (int step = 0; step < 300; ++step) {
-        const double before = m.inelastic[0], size = std::exp(random.uniform(-16, 10)),
-                     shear = random.uniform(-1.1, 1.1);
-        m.stretchTo({size, random.uniform(0, 1) * size, 1, shear * size, 0, 0});
-        for (const auto* values : {&m.stress, &m.state, &m.internal, &m.inelastic})
-          for (double x : *values) ASSERT_TRUE(std::isfinite(x)) << step;
-        EXPECT_GE(m.inelastic[0], before);
-      }
-    }
-}
-
-TEST(Fabric, EachPointReadsItsOwnPastAndInitialStress) {
-  Cloth cloth;
-  cloth.ramp = 4;
-  const auto run = [&](int state) { // a NaN in that state variable of the second point, of its stress with the 13th
-    Material m = cloth.make("_INITENER", 3);
-    m.stress.assign(12, 1 * MPa);
-    if (state < 12) m.stretchTo(pulled(.01));
-    if (state >= 0) (state < 12 ? m.state[state * 3 + 1] : m.stress[1]) = std::nan("");
-    m.stretchTo(pulled(.02, .01));
-    return m;
-  };
-  const Material sound = run(-1);
-  for (int state : {0, 1, 4, 7, 8, 9, 10, 11, 12}) {
-    const Material m = run(state);
-    double sum = m.internal[1];
-    for (int c = 0; c < 4; ++c) sum += m.stress[c * 3 + 1];
-    EXPECT_TRUE(std::isnan(sum)) << state;
-    for (int c = 0; c < 4 && state < 12; ++c) EXPECT_EQ(m.stress[c * 3 + 2], sound.stress[c * 3 + 2]) << state;
   }
 }
 
@@ -413,28 +342,19 @@ TEST(PlyFabric, OneStepIsManyInTwoDirections) {
   }
 }
 
-TEST(PlyFabric, AnyPathLosesEnergyAndKeepsDamageInItsRange) {
+TEST(PlyFabric, DamageGrowsWithinItsRangeAndTheRestOfTheEnergyCanComeBack) {
   Random random(17);
-  for (double size : {1e-3, .1, 10.}) {
-    Ply ply;
-    ply.largest = .999;
+  for (double size : {1e-3, .1, 10.})
     for (int path = 0; path < 20; ++path) {
-      Material m = ply.make();
-      m.dt = path % 3 == 0 ? 1e-9 : path % 3 == 1 ? 1e9 : 0, m.time = 1;
+      Material m = Ply{.largest = .999}.make();
       for (int step = 0; step < 60; ++step) {
-        const double lost = m.inelastic[0];
         const auto past = m.state;
-        m.step({random.uniform(-size, size), random.uniform(-size, size), 0, random.uniform(-size, size), 0, 0});
-        for (const auto* values : {&m.stress, &m.state, &m.internal, &m.inelastic})
-          for (double x : *values) ASSERT_TRUE(std::isfinite(x)) << step;
-        EXPECT_GE(m.inelastic[0], lost);
-        for (int k : {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}) EXPECT_GE(m.at(k), past[k - 1]);
+        m.step(randomStrain(random, size, 1));
+        for (int k = 1; k <= 11; ++k) EXPECT_GE(m.at(k), past[k - 1]);
         for (int k = 1; k <= 5; ++k) EXPECT_LE(m.at(k), k == 5 ? .9 : .999);
         EXPECT_EQ(m.at(16), 1);
       }
     }
-  }
-  // what is left of the internal energy can come back
   Material m = Ply{}.make();
   m.steps({.013, .006, 0, .01, 0, 0}, 500);
   const double stored = .5 * (m.stress[0] * m.at(13) + m.stress[1] * m.at(14)) + m.stress[3] * (m.at(15) - m.at(12));
@@ -456,7 +376,7 @@ TEST(PlyFabric, StressHasNoJumps) {
   EXPECT_LT(largest, 60e9 * .01 * 2 * std::numbers::pi / 20000);
 }
 
-TEST(PlyFabric, DeletionStartAndFirstCall) {
+TEST(PlyFabric, DeletionAndStart) {
   for (int deletion : {0, 1, 2}) {
     Material m = Ply{.largest = .9, .deletion = double(deletion)}.make();
     m.step(along(0, .5));
@@ -485,19 +405,12 @@ TEST(PlyFabric, DeletionStartAndFirstCall) {
   sheared.step({0, 0, 0, .03, 0, 0});
   EXPECT_EQ(sheared.at(16), 0);
   // a point with initial stress goes on from there
-  Material stressed = Ply{}.make(), first = Ply{}.make();
+  Material stressed = Ply{}.make();
   stressed.stress = {100 * MPa, -50 * MPa, 0, 10 * MPa};
   stressed.step({});
   EXPECT_NEAR(stressed.stress[0] / MPa, 100, 1e-12);
   EXPECT_NEAR(stressed.stress[1] / MPa, -50, 1e-12);
   EXPECT_NEAR(stressed.stress[3] / MPa, 10, 1e-12);
-  first.dt = 0;
-  first.step({.02, .01, 0, .02, 0, 0});
-  const double D = 1 - .05 * .05 * 53 / 55, nu21 = .05 * 53 / 55;
-  EXPECT_NEAR(first.stress[0] / GPa, 55 * (.02 + nu21 * .01) / D, 1e-12);
-  EXPECT_NEAR(first.stress[1] / GPa, 53 * (.01 + .05 * .02) / D, 1e-12);
-  EXPECT_NEAR(first.stress[3] / GPa, 8.4 * .02, 1e-12);
-  EXPECT_EQ(first.state, std::vector<double>(16));
 }
 
 } // namespace

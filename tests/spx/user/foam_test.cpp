@@ -1,18 +1,10 @@
-// Foams and honeycomb among the built-in user materials: closed forms, rates, hysteresis, energy, independence of axes and
-// increments.
-#include "tests/support/random.h"
+// Foams and honeycomb among the built-in user materials: closed forms, rates, hysteresis, energy, independence of increments.
 #include "tests/support/user_material.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
 
 namespace {
 
 using namespace sharedanalysis::test;
 using Material = UserMaterial;
-using Values = std::vector<double>;
 
 constexpr Strain kRest = {1, 1, 1, 0, 0, 0};
 constexpr double kSlow = 1e9; // an increment of time in which no rate counts
@@ -175,40 +167,14 @@ TEST(Foams, SimpleShearOfTheIsotropicOne) {
   }
 }
 
-// U = sum of stretches along turned directions
-Strain turned(const Strain& U, const double (&R)[3][3]) {
-  const int place[3][3] = {{0, 3, 5}, {3, 1, 4}, {5, 4, 2}};
-  Strain r = {};
-  for (int i = 0; i < 3; ++i)
-    for (int j = i; j < 3; ++j)
-      for (int a = 0; a < 3; ++a)
-        for (int b = 0; b < 3; ++b) r[place[i][j]] += R[i][a] * U[place[a][b]] * R[j][b];
-  return r;
-}
 Strain randomStretch(Random& random, double size, int shears) {
   Strain U = kRest;
   for (int c = 0; c < 3 + shears; ++c) U[c] += size * (c < 3 ? 1 : .5) * random.uniform(-1, 1);
   return U;
 }
 
-TEST(Foams, TurnedAxesAndNeighboursInTime) {
-  const double R[3][3] = {{.36, .48, -.8}, {-.8, .6, 0}, {.48, .64, .6}};
-  Random random(5);
-  for (Material make : {sensitive(.01), isotropic(.01, .2, .02)}) {
-    Material m = make, other = make;
-    for (int k = 0; k < 20; ++k) {
-      const Strain U = randomStretch(random, .3, 3);
-      m.stretchTo(U);
-      other.stretchTo(turned(U, R));
-      Strain s;
-      std::copy(m.stress.begin(), m.stress.end(), s.begin());
-      const Strain expected = turned(s, R);
-      for (int c = 0; c < 6; ++c)
-        EXPECT_NEAR(other.stress[c], expected[c], 1e-8 * (1 + m.mises() + std::abs(m.pressure())));
-      EXPECT_NEAR(other.internal[0], m.internal[0], 1e-10 * std::abs(m.internal[0]));
-    }
-  }
-  // the slow answer of a proportional path to the largest work does not depend on the increments
+// The slow answer of a proportional path to the largest work does not depend on the increments.
+TEST(Foams, OneStepIsMany) {
   forTabulated(kSlow, .2, 0, [](const Material& make) {
     Material one = make, many = make;
     const Strain U = {.6, .8, 1.1, .1, 0, 0};
@@ -269,19 +235,15 @@ void logarithmicSteps(Material& m, double l, double rate, int count) {
   for (int k = 1; k <= count; ++k) logarithmicTo(m, from * std::exp(part * k));
 }
 
-TEST(ViscousFoam, AxesDoNotMatterAndClosedPathsLoseTheirWork) {
-  const double R[3][3] = {{.36, .48, -.8}, {-.8, .6, 0}, {.48, .64, .6}};
+TEST(ViscousFoam, ClosedPathsLoseTheirWork) {
   Random random(21);
-  Material m = viscous(1e6, 2e3, 2), other = m;
+  Material m = viscous(1e6, 2e3, 2);
   double most = 0;
-  m.dt = other.dt = 1e-4;
+  m.dt = 1e-4;
   for (int leg = 0; leg < 6; ++leg) {
-    const Strain U = leg < 5 ? randomStretch(random, .3, 3) : kRest;
-    m.stretchSteps(U, 400), other.stretchSteps(turned(U, R), 400);
+    m.stretchSteps(leg < 5 ? randomStretch(random, .3, 3) : kRest, 400);
     most = std::max(most, m.internal[0]);
   }
-  const Strain s = turned({m.stress[0], m.stress[1], m.stress[2], m.stress[3], m.stress[4], m.stress[5]}, R);
-  for (int c = 0; c < 6; ++c) EXPECT_NEAR(other.stress[c], s[c], 1e-8 * 1e6);
   m.dt = 1e3; // held until the branch is at rest
   m.stretchTo(kRest);
   EXPECT_NEAR(m.internal[0], m.inelastic[0], 1e-3 * most);
@@ -417,65 +379,6 @@ TEST(Honeycomb, RateAndDeletion) {
   m.stretchTo(kRest);
   EXPECT_EQ(m.state, kept) << "for good";
   EXPECT_EQ(m.stress[1], 0);
-}
-
-// ---- all of them
-
-template <class Body>
-void forAll(double dt, Body body) {
-  forTabulated(dt, .2, 1e-3, body);
-  for (int shears : {3, 1})
-    for (Material m : {viscous(1e6, 2e3, 2, 1e5, shears), viscous(1e6, 2e3, 2, 0, shears),
-                       honeycomb(0, {1, 1, 2, 100}, shears), honeycomb(.5, {}, shears)}) {
-      m.dt = dt;
-      body(m);
-    }
-}
-
-TEST(Foams, ExtremeIncrementsStayFinite) {
-  const Strain extreme[] = {{1e-9, 1e-9, 1e-9}, {1e4, 1e-4, 1}, {1e-30, 1, 1}, {22026, 22026, 22026}, {1, 1, 1, .999}};
-  for (double dt : {0., 1e-300, 1e-9, 1e9, 1e300})
-    forAll(dt, [&](const Material& make) {
-      for (const Strain& U : extreme) {
-        Material m = make;
-        for (const Strain& to : {U, kRest, U}) {
-          m.stretchTo(to);
-          for (const Values* values : {&m.stress, &m.state, &m.internal, &m.inelastic})
-            for (double x : *values) EXPECT_TRUE(std::isfinite(x)) << m.name << dt << " " << U[0];
-        }
-      }
-    });
-}
-
-TEST(Foams, LossNeverFalls) {
-  Random random(3);
-  forAll(.01, [&](const Material& make) {
-    Material m = make;
-    for (int k = 0; k < 60; ++k) {
-      const double before = m.inelastic[0];
-      m.stretchSteps(randomStretch(random, k < 40 ? .3 : .45, m.nshr), 2);
-      EXPECT_GE(m.inelastic[0], before) << m.name;
-    }
-  });
-}
-
-TEST(Foams, FirstCallIsElastic) {
-  const double branch = 1e6, mu = 20e3;
-  const struct {
-    Material m;
-    double direct, lateral, shear;
-  } rows[] = {{sensitive(0), 4e5, 0, 4e5},     {isotropic(0), 4e5, 0, 4e5},
-              {anisotropic(0), 4e5, 0, 4e5},   {viscous(), 2 * mu + branch, 0, 2 * mu + branch},
-              {viscous(0), 2 * mu, 0, 2 * mu}, {honeycomb(), 1e9, 0, .6e9}};
-  for (const auto& row : rows) {
-    Material m = row.m;
-    m.dt = 0;
-    m.step({.001, 0, 0, .001, 0, 0});
-    const double expected[] = {row.direct, row.lateral, row.lateral, row.shear, 0, 0};
-    for (int c = 0; c < 6; ++c) EXPECT_NEAR(m.stress[c], .001 * expected[c], 1e-9 * row.direct) << m.name;
-    EXPECT_EQ(m.internal[0], 0);
-    for (double x : m.state) EXPECT_EQ(x, 0);
-  }
 }
 
 } // namespace
