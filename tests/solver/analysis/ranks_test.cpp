@@ -203,7 +203,7 @@ material = "foam")");
         {spoilt(16), "another release"},
         {spoilt(24), "another case or mesh"},
         {spoilt(39), "sizes are wrong"},
-        {spoilt(32), "is damaged"},
+        {spoilt(32), "the restart file is "},
         {spoilt(47), "sizes are wrong"},
         {spoilt(48), "checksum"},
         {spoilt(state.size() / 2), "checksum"},
@@ -417,6 +417,14 @@ TEST_F(RanksTest, RestartedRunsAreTheUninterruptedOne) {
     run(2, 2, begin + " --restart");
     EXPECT_TRUE(compare("whole/" + job + ".digest", "out").out.starts_with("the same: 21 outputs"));
     EXPECT_EQ(readFile("whole/" + job + ".csv"), readFile(csv));
+    const std::string events = readFile("out/" + job + ".events.csv"), told = readFile("out/" + job + ".sta");
+    EXPECT_EQ(readFile("whole/" + job + ".events.csv"), events);
+    const int failed = countOf(",failed,", events);
+    EXPECT_GT(failed, 0);
+    EXPECT_TRUE(contains(told, std::to_string(failed) + " bricks of 210 failed, the first is number ")) << told;
+    // those of both parts, and the same problems
+    const auto problems = [](const std::string& text) { return text.substr(text.find("Warning message=")); };
+    EXPECT_EQ(problems(told), problems(readFile("whole/" + job + ".sta")));
     EXPECT_FALSE(std::filesystem::exists(file));
     std::filesystem::remove_all("out");
   }

@@ -285,6 +285,7 @@ TEST_F(Mistakes, GroupsAndSections) {
        ":23:9: the mesh has no group \"foot\", expected one of \"x0\", \"x1\", \"y0\", \"y1\", \"z0\", "
        "\"z1\", "
        "\"lower\", \"upper\""},
+      {"mesh =", "job = \"a.events\"\nmesh =", ":1:7: job is \"a.events\", expected a name without .events"},
       {"mesh =", "job = \"a/b\"\nmesh =", ":1:7: job is \"a/b\", expected a name for files, without directories"},
   });
 }
