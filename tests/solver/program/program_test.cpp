@@ -31,25 +31,6 @@ Outcome run(Strings arguments, int code = 0, const Surroundings& surroundings = 
   return outcome;
 }
 
-// Columns of a history by their names.
-std::map<std::string, std::vector<double>> readHistory(const std::filesystem::path& file) {
-  const Strings lines = linesOf(readFile(file));
-  const auto cells = [](const std::string& line) {
-    Strings parts;
-    std::istringstream stream(line);
-    for (std::string cell; std::getline(stream, cell, ',');) parts.push_back(cell);
-    return parts;
-  };
-  const Strings names = cells(lines.at(0));
-  std::map<std::string, std::vector<double>> columns;
-  for (std::size_t k = 1; k < lines.size(); ++k) {
-    const Strings values = cells(lines[k]);
-    if (values.size() != names.size()) throw std::runtime_error("line of another length: " + lines[k]);
-    for (std::size_t c = 0; c < names.size(); ++c) columns[names[c]].push_back(std::stod(values[c]));
-  }
-  return columns;
-}
-
 // Of a run that has begun its diagnostics, or not.
 Files filesOf(const std::string& job, const std::string& ending = "", bool diagnostics = true) {
   Files files{job + ".csv" + ending, job + ".events.csv" + ending, job + ".exo" + ending, job + ".log", job + ".msg",
