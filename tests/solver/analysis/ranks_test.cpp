@@ -165,6 +165,7 @@ stress = [0, 40e3, 80e3, 160e3, 500e3, 2000e3]
 group = "upper"
 material = "foam")");
     for (std::size_t at; (at = text.find("\"all\"")) != std::string::npos;) text.replace(at, 5, "\"lower\"");
+    text = replaced(text, "[[plane]]", "[[plane]]\ngroup = \"side\""); // without nodes that are led behind it
     text = replaced(replaced(text, "irregular.msh", "mixed.msh"), "end_time = 0.004",
                     "end_time = 0.01\nsafety_factor = 0.5");
     text = replaced(text, "interval = 0.001", "interval = 0.0005\nrestart_interval = 0.0003\nfilter_cutoff = 300.0");
@@ -180,6 +181,11 @@ material = "foam")");
     std::erase_if(all->elements, [](int32_t brick) { return brick >= 70; });
     std::erase_if(upper.elements, [](int32_t brick) { return brick < 70; });
     mesh.groups.push_back(upper);
+    solver::Group side = *mesh.findGroup("x1");
+    side.name = "side";
+    std::erase_if(side.nodes,
+                  [&](int32_t n) { return mesh.coordinates[3 * n + 2] == 0 || mesh.coordinates[3 * n + 2] > 1; });
+    mesh.groups.push_back(side);
     writeFile("mixed.msh", meshText(mesh));
   }
 
@@ -375,8 +381,9 @@ TEST_F(RanksTest, StatesHoldAllThatAnAnalysisNeeds) {
     const solver::Case definition = solver::readCase(file).definition;
     solver::Analysis whole(mesh, definition, 1);
     double failed = 0;
-    for (int k = 0; k < 20; ++k) {
-      whole.advanceTo(definition.endTime, 59);
+    int compared = 0;
+    while (whole.advanceTo(definition.endTime, 27) == solver::Ending::Running) {
+      ++compared;
       solver::Analysis other(mesh, definition, 2);
       const std::vector<double> start = whole.state();
       ASSERT_EQ(other.stateSize(), start.size());
@@ -388,6 +395,7 @@ TEST_F(RanksTest, StatesHoldAllThatAnAnalysisNeeds) {
       EXPECT_EQ(std::memcmp(one.data(), two.data(), sizeof(double) * one.size()), 0) << whole.progress().time;
       for (const double mask : whole.fields().mask) failed += mask;
     }
+    EXPECT_GT(compared, 8);
     EXPECT_GT(failed, 0) << "some bricks fail on the way";
   }
 }
