@@ -86,6 +86,11 @@ double ledBehind(const Case& definition, const RigidPlane& plane, const Vector& 
   constexpr double kFreeEnough = 0.01; // of the normal, squared: six degrees
   constexpr int kSteps = 256;
   if (dot(freePart(plane.normal, prescribed, contact), plane.normal) >= kFreeEnough) return 0;
+  bool allRest = isRest(plane.velocity);
+  for (std::size_t k = contact.firstPrescribed; k < contact.endPrescribed; ++k)
+    for (const PrescribedComponent::Part& part : prescribed.components[k].parts)
+      allRest = allRest && (part.history == nullptr || isRest(*part.history));
+  if (allRest) return 0;
   std::vector<double> times = plane.velocity.time;
   for (int k = 1; k <= kSteps; ++k) times.push_back(definition.endTime * k / kSteps);
   for (std::size_t k = contact.firstPrescribed; k < contact.endPrescribed; ++k)

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 namespace sharedanalysis::solver {
 namespace {
@@ -90,8 +91,8 @@ void Problems::add(const std::vector<BrickEvent>& events) {
 
 // The bindings name every member, so that none is forgotten.
 void Problems::visit(Archive& archive) {
-  [[maybe_unused]] auto& [mesh, distorted, failures, firstDistorted, firstFailed, failureTime, hourglass, hourglassTime,
-                          energyError, energyTime] = *this;
+  [[maybe_unused]] auto& [mesh, distorted, failures, firstDistorted, firstFailed, hourglassRecorded, energyRecorded,
+                          failureTime, hourglass, hourglassTime, energyError, energyTime] = *this;
   archive(failures, firstFailed, failureTime, hourglass, hourglassTime, energyError, energyTime);
 }
 
@@ -99,11 +100,11 @@ void Problems::check(double time, const Energies& energies, double energyError) 
   const double share = energies.strain > 0 ? energies.hourglass / energies.strain : 0;
   // of a model that hardly deforms both are rounding errors
   if (share > kHourglassShare && energies.hourglass > 1e-3 * energies.total()) {
-    if (hourglassTime_ == 0) record(codes::HourglassEnergyLarge, {share}, nullptr);
+    if (!std::exchange(hourglassRecorded_, true)) record(codes::HourglassEnergyLarge, {share}, nullptr);
     if (share > hourglass_) hourglass_ = share, hourglassTime_ = time;
   }
   if (energyError > kEnergyShare) {
-    if (energyTime_ == 0) record(codes::EnergyErrorLarge, {energyError, kEnergyShare}, nullptr);
+    if (!std::exchange(energyRecorded_, true)) record(codes::EnergyErrorLarge, {energyError, kEnergyShare}, nullptr);
     if (energyError > energyError_) energyError_ = energyError, energyTime_ = time;
   }
 }

@@ -32,6 +32,8 @@ private:
   const Mesh& mesh_;
   size_t distorted_ = 0;
   int64_t failures_ = 0, firstDistorted_ = 0, firstFailed_ = 0; // how many; numbers of the mesh
+  bool hourglassRecorded_ = false,
+       energyRecorded_ = false; // in the diagnostics, which begin anew with a run that goes on
   double failureTime_ = 0, hourglass_ = 0, hourglassTime_ = 0, energyError_ = 0, energyTime_ = 0;
 };
 
