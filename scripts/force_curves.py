@@ -2,11 +2,12 @@
 """Draws forces of node sets over their displacement, or over time, from result files to an SVG file, a panel for each title.
 
     force_curves.py picture.svg PANEL...      PANEL = "title;x label;y label;CURVE;CURVE..."
-    CURVE = "name,results.exo,set,component,per x,per y[,time]"
+    CURVE = "name,results.exo,set,component,per x,per y[,time]", or "name,history.csv,column,column,per x,per y"
 
 Displacement and force are divided by `per x` and `per y`, which makes strain and stress of them; a negative one turns the sign.
 Needs VTK for Python.
 """
+import csv
 import math
 import sys
 
@@ -40,6 +41,13 @@ def history(path, node_set, component, over_time):
     return moved, force
 
 
+def columns(path, x, y):
+    """Two columns of a history."""
+    with open(path, encoding="utf-8", newline="") as file:
+        rows = list(csv.DictReader(file))
+    return [float(row[x]) for row in rows], [float(row[y]) for row in rows]
+
+
 def ticks(low, high):
     """Round numbers, five or so."""
     rough = (high - low) / 5
@@ -57,7 +65,8 @@ def panel(index, description):
     drawn = []
     for curve in curves:
         name, path, node_set, component, per_x, per_y, *time = curve.split(",")
-        moved, force = history(path, node_set, component, bool(time))
+        moved, force = (columns(path, node_set, component) if path.endswith(".csv") else
+                        history(path, node_set, component, bool(time)))
         drawn.append((name, [m / float(per_x) for m in moved], [f / float(per_y) for f in force]))
     low_x, high_x = min(min(x) for _, x, _ in drawn), max(max(x) for _, x, _ in drawn)
     low_y, high_y = min(min(y) for *_, y in drawn), max(max(y) for *_, y in drawn)

@@ -25,6 +25,7 @@ struct Analysis::Data {
   Course course;
   Ending ending = Ending::Running;
   Distortion distortion;
+  std::vector<BrickEvent> events; // of this rank, that were not taken yet
   int64_t updates = 0;
   std::function<void(const Progress&, double)> observer;
   std::optional<Collected> collected; // of the present time
@@ -47,6 +48,13 @@ struct Analysis::Data {
     if (definition.isDamped()) nodes.dampingEnergy.resize(nodes.mass.size());
   }
 
+  void keepEvents() {
+    for (const DomainState& state : domains)
+      for (const BlockEvent& event : state.work.events)
+        if (state.speaksFor(layout, event.brick))
+          events.push_back({course.increment, course.time,
+                            layout.numbering.elements[static_cast<std::size_t>(event.brick)], event.kind, event.value});
+  }
   const Collected& collectedNow() {
     if (!collected) collected = solver::collect(layout, nodes, outside, course, domains, team);
     return *collected;
@@ -105,6 +113,7 @@ Ending Analysis::advanceTo(double end, int64_t increments, double pause) {
         ++now.increment;
         d.updates += d.layout.bricks();
         d.guarded([&] {
+          d.keepEvents();
           const Outcome all = outcomeOf(d.layout.ranks, d.domains);
           d.ending = findEnding(d.layout, d.nodes, d.domains, all, now, d.distortion);
           if (d.layout.definition.quasiStatic) adaptDamping(d.layout, d.nodes, d.outside.prescribed, d.domains, now);
@@ -127,7 +136,14 @@ std::vector<double> Analysis::state() { return data_->savedState().save(data_->c
 
 void Analysis::restore(const std::vector<double>& state) {
   data_->collected.reset();
+  data_->events.clear();
   data_->savedState().restore(state, data_->changing());
+}
+
+std::vector<BrickEvent> Analysis::takeEvents() {
+  std::vector<BrickEvent> all = allEvents(data_->layout.ranks, data_->events);
+  data_->events.clear();
+  return all;
 }
 
 Progress Analysis::progress() const {

@@ -1,6 +1,7 @@
 // The explicit analysis: central differences over blocks of bricks, on any number of ranks and threads with the same bits.
 #pragma once
 
+#include "solver/analysis/events.h"
 #include "solver/model/model.h"
 
 #include <cstdint>
@@ -73,6 +74,9 @@ public:
   // the first of them, at the same times.  Energies are known to every rank afterwards, momenta, measures and fields to the
   // root.
   void collect();
+
+  // What has happened to bricks since the last call, in the order of increments and elements.  Every rank calls it and gets all.
+  std::vector<BrickEvent> takeEvents();
 
   Progress progress() const;
   Energies energies() const;

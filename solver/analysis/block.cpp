@@ -16,6 +16,27 @@ constexpr int kLargest = leadingDimension(kBlockLength);
 
 constexpr int32_t kThree = 3, kUnread = 0;
 
+// Of a trilinear brick whose coordinates are (ld, 8, 3): two Gauss points a direction integrate its Jacobian exactly.
+double brickVolume(const double* x, int32_t ld) {
+  static constexpr double kSigns[8][3] = {{-1, -1, -1}, {1, -1, -1}, {1, 1, -1}, {-1, 1, -1},
+                                          {-1, -1, 1},  {1, -1, 1},  {1, 1, 1},  {-1, 1, 1}};
+  constexpr double kGauss = 0.5773502691896258;
+  double volume = 0;
+  for (const double(&point)[3] : kSigns) {
+    double J[3][3] = {};
+    for (int32_t node = 0; node < 8; ++node)
+      for (int k = 0; k < 3; ++k) {
+        double slope = kSigns[node][k] / 8;
+        for (int c = 0; c < 3; ++c)
+          if (c != k) slope *= 1 + kSigns[node][c] * kGauss * point[c];
+        for (int i = 0; i < 3; ++i) J[i][k] += slope * x[(8 * i + node) * ld];
+      }
+    for (int i = 0; i < 3; ++i)
+      volume += J[0][i] * (J[1][(i + 1) % 3] * J[2][(i + 2) % 3] - J[1][(i + 2) % 3] * J[2][(i + 1) % 3]);
+  }
+  return volume;
+}
+
 } // namespace
 
 BlockWork::BlockWork()
@@ -70,6 +91,10 @@ Block::Outcome Block::evaluate(const std::vector<double>& x, const std::vector<d
   SPX_OPE_C3D8ROPER2(&n_, &ld_, w.x.data(), w.B.data(), w.hgdiag.data(), w.hgstiff.data(), w.vol.data(), w.rvol.data(),
                      w.gamma.data(), mask_.data());
   points_.respond(w.V.data(), w.F.data(), lastIncrement, stress_.data(), w.bound.data(), w.bulk.data(), w.material);
+  if (points_.hasDamage())
+    for (int32_t e = 0; e < n_; ++e)
+      if (points_.damageBegins(e) && mask_[e] == 0.0)
+        w.events.push_back({bricks_[e], EventKind::Damage, points_.damage(e)});
   points_.remember();
   if (material_->failure) fail(x, lastIncrement, w);
   if (material_->model->isUser()) remove(x, lastIncrement, w);
@@ -79,6 +104,7 @@ Block::Outcome Block::evaluate(const std::vector<double>& x, const std::vector<d
   int32_t masked = 0, failed = 0;
   SPX_OPE_ERRORCHECK(&n_, &masked, mask_.data());
   SPX_OPE_ERRORCHECK(&n_, &failed, failed_.data());
+  if (masked != failed) recordDistortion(w);
 
   const double stable = viscosityAndIncrement(
       {n_, ld_, w.velocity.data(), w.B.data(), w.vol.data(), w.hgstiff.data(), mass_.data(), hourglass_.data(),
@@ -134,7 +160,21 @@ void Block::remove(const std::vector<double>& x, double lastIncrement, BlockWork
     lostEnergy_[e] = stored[e] * V0_[e] + spring[e] + damage[e] - 0.5 * lastIncrement * power;
   }
   for (int32_t e = 0; e < n_; ++e)
-    if (isFailed(e)) failed_[e] = mask_[e] = 1.0;
+    if (isFailed(e)) {
+      failed_[e] = mask_[e] = 1.0;
+      w.events.push_back({bricks_[e], EventKind::Failed, material_->failure ? omega_[e] : points_.damage(e)});
+    }
+}
+
+// By the ratio of volumes: of the brick where that is none, else of its mean deformation.
+void Block::recordDistortion(BlockWork& w) const {
+  for (int32_t e = 0; e < n_; ++e) {
+    if (!isDistorted(e)) continue;
+    const double brick = brickVolume(&w.x[static_cast<size_t>(e)], ld_) / V0_[e];
+    double mean = 0;
+    for (int32_t j = 0; j < 3; ++j) mean += w.F[j * n_ + e] * w.cofactors[j * n_ + e];
+    w.events.push_back({bricks_[e], EventKind::Distorted, brick > 0 ? mean : brick});
+  }
 }
 
 // The bindings name every member, so that none is forgotten.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "solver/analysis/block_kernels.h"
+#include "solver/analysis/events.h"
 #include "solver/analysis/partition.h"
 #include "solver/model/archive.h"
 #include "solver/model/model.h"
@@ -20,6 +21,7 @@ struct BlockWork {
   std::vector<double> x, velocity, B, gamma, hgdiag, hgstiff, vol, rvol, work;
   std::vector<double> F, cofactors, b, V, bound, bulk, force, ratio, rate, power, failureStrain, inviscid;
   MaterialWork material;
+  std::vector<BlockEvent> events; // of the present increment
   BlockWork();
 };
 
@@ -60,6 +62,7 @@ private:
   void stretch(const std::vector<double>& x, BlockWork& work) const;
   void fail(const std::vector<double>& x, double lastIncrement, BlockWork& work);
   void remove(const std::vector<double>& x, double lastIncrement, BlockWork& work);
+  void recordDistortion(BlockWork& work) const;
 
   int32_t n_, ld_;
   std::vector<int32_t> bricks_;

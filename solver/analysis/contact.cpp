@@ -79,6 +79,38 @@ void setForces(const Push& push, const RigidPlane& plane, double massPerTime, Co
   }
 }
 
+// How far behind the plane its prescribed components alone lead a node, where they leave it hardly a direction in which the plane
+// could push it; 0 where they do not.  Looked at in even steps and at the times of histories.
+double ledBehind(const Case& definition, const RigidPlane& plane, const Vector& X, const Prescribed& prescribed,
+                 const Contact& contact) {
+  constexpr double kFreeEnough = 0.01; // of the normal, squared: six degrees
+  constexpr int kSteps = 256;
+  if (dot(freePart(plane.normal, prescribed, contact), plane.normal) >= kFreeEnough) return 0;
+  bool allRest = isRest(plane.velocity);
+  for (std::size_t k = contact.firstPrescribed; k < contact.endPrescribed; ++k)
+    for (const PrescribedComponent::Part& part : prescribed.components[k].parts)
+      allRest = allRest && (part.history == nullptr || isRest(*part.history));
+  if (allRest) return 0;
+  std::vector<double> times = plane.velocity.time;
+  for (int k = 1; k <= kSteps; ++k) times.push_back(definition.endTime * k / kSteps);
+  for (std::size_t k = contact.firstPrescribed; k < contact.endPrescribed; ++k)
+    for (const PrescribedComponent::Part& part : prescribed.components[k].parts)
+      if (part.history != nullptr) times.insert(times.end(), part.history->time.begin(), part.history->time.end());
+  std::sort(times.begin(), times.end());
+  double deepest = 0, before = 0, way = 0;
+  for (const double time : times) {
+    if (!(time > before && time <= definition.endTime)) continue;
+    const double half = 0.5 * (time - before);
+    for (std::size_t k = contact.firstPrescribed; k < contact.endPrescribed; ++k) {
+      const PrescribedComponent& p = prescribed.components[k];
+      way += 2 * half * p.speed(before + half, half) * p.of(plane.normal);
+    }
+    before = time;
+    deepest = std::max(deepest, dot(motionOf(plane, 0, time).end, plane.normal) - dot(X, plane.normal) - way);
+  }
+  return deepest;
+}
+
 } // namespace
 
 PlaneMotion motionOf(const RigidPlane& plane, double time, double step) {
@@ -101,7 +133,8 @@ Contacts makeContacts(const Layout& layout, const std::vector<double>& X, const 
     const RigidPlane& plane = layout.definition.planes[k];
     const Group* group = layout.mesh.findGroup(plane.group);
     if (!plane.group.empty() && !group) throw InputError("plane: the mesh has no group \"" + plane.group + "\"");
-    std::vector<int64_t> behind;
+    std::vector<int64_t> behind, led;
+    double deepest = 0;
     for (int32_t node = 0; node < layout.mesh.nodes(); ++node) {
       if (group && !std::binary_search(group->nodes.begin(), group->nodes.end(), node)) continue;
       const int32_t internal = layout.numbering.internalNodes[static_cast<std::size_t>(node)];
@@ -109,11 +142,21 @@ Contacts makeContacts(const Layout& layout, const std::vector<double>& X, const 
       if (dot(x, plane.normal) - dot(plane.point, plane.normal) < -kRoundOff * (*high - *low))
         behind.push_back(layout.mesh.nodeNumbers[static_cast<std::size_t>(node)]);
       places.emplace_back(internal, static_cast<int32_t>(k));
+      const double depth = ledBehind(
+          layout.definition, plane, x, prescribed,
+          {internal, static_cast<int32_t>(k), prescribed.firstOf(internal), prescribed.firstOf(internal + int64_t{1})});
+      if (depth > kRoundOff * (*high - *low)) led.push_back(layout.mesh.nodeNumbers[static_cast<std::size_t>(node)]);
+      deepest = std::max(deepest, depth);
     }
     if (!behind.empty())
       throw InputError(counted(behind.size(), "node") + " behind plane \"" + plane.name +
                        "\" at the start, the first is number " + std::to_string(behind.front()) +
                        ", expected all on the side of its normal");
+    if (!led.empty())
+      throw InputError(counted(led.size(), "node") + " that supports or prescribed motion lead behind plane \"" +
+                       plane.name + "\", the first is number " + std::to_string(led.front()) + ", by up to " +
+                       shortNumber(deepest) +
+                       " m; expected a group of the plane without them, or room for their motion");
   }
   std::sort(places.begin(), places.end());
   for (const auto& [node, plane] : places)

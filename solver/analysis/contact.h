@@ -5,7 +5,8 @@
 
 namespace sharedanalysis::solver {
 
-// Also tells the domains which contacts are theirs.  Throws InputError for nodes that are behind a plane at the start.
+// Also tells the domains which contacts are theirs.  Throws InputError for nodes that are behind a plane at the start,
+// and for those that what is prescribed leads behind it.
 Contacts makeContacts(const Layout& layout, const std::vector<double>& X, const Prescribed& prescribed,
                       std::vector<DomainState>& domains);
 

@@ -26,6 +26,7 @@ void evaluateForces(const Case& definition, const NodeState& nodes, double step,
   GLO_UTI_BROADCAST0D(&values, state.force.data());
   state.stableIncrement = kInfinity;
   state.masked = 0;
+  state.work.events.clear();
   for (Block& block : state.blocks) {
     const Block::Outcome outcome = block.evaluate(nodes.x, nodes.v, step, definition, state.work, state.force.data());
     state.stableIncrement = smallerOf(state.stableIncrement, outcome.stableIncrement);

@@ -109,11 +109,6 @@ std::vector<std::size_t> orderOfOneRank(const Layout& layout, const std::vector<
 
 namespace {
 
-bool isRest(const History& history) {
-  return history.quantity != Quantity::Acceleration &&
-         std::all_of(history.value.begin(), history.value.end(), [](double value) { return value == 0; });
-}
-
 // Adds the part of a normal that the prescribed components of its node leave free; planes that differ by less than kSamePlane
 // are one.
 void addNormal(const SymmetryPlane& plane, int64_t number, int32_t node, std::vector<PrescribedComponent>& ofNode) {

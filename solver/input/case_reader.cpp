@@ -160,6 +160,8 @@ private:
     case_.job = root_.text("job", file_.stem().string());
     if (case_.job.find('/') != std::string::npos || case_.job == "." || case_.job == "..")
       root_.fail("job", "job is \"" + case_.job + "\", expected a name for files, without directories");
+    if (case_.job.ends_with(".events"))
+      root_.fail("job", "job is \"" + case_.job + "\", expected a name without .events, which events of a job have");
     case_.title = root_.text("title", case_.job);
     case_.meshFile = besideCase(root_.text("mesh"));
   }

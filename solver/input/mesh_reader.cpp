@@ -93,23 +93,6 @@ void checkEnd(const std::filesystem::path& file, std::istream& stream) {
     fail(file, "is cut off, its last line is no end of a section ($End...)");
 }
 
-// Gmsh takes a file that does not look like one of its formats for a script and would run it.  A pipe or a device would be
-// waited for.
-void checkFormat(const std::filesystem::path& file) {
-  std::error_code unknown;
-  const std::filesystem::file_status status = std::filesystem::status(file, unknown);
-  if (!unknown && std::filesystem::is_other(status)) fail(file, "is no file with a mesh but a pipe or a device");
-  errno = 0;
-  std::ifstream stream(file, std::ios::binary);
-  if (!stream) fail(file, std::string("cannot be opened: ") + std::strerror(errno));
-  std::string first;
-  if (std::filesystem::is_directory(status) || !(stream >> std::setw(kLongestHead) >> first) ||
-      std::find(std::begin(kHeads), std::end(kHeads), first) == std::end(kHeads))
-    fail(file, "is not a Gmsh mesh file (.msh), which begins with $MeshFormat");
-  checkEnd(file, stream);
-  checkCounts(file, stream);
-}
-
 // By a name under which nothing can stand beside it: Gmsh would run the commands of a file of options beside a mesh.
 class OpenFile {
 public:
@@ -391,8 +374,25 @@ void checkCorners(const std::filesystem::path& file, const Mesh& mesh) {
 
 } // namespace
 
+// Gmsh takes a file that does not look like one of its formats for a script and would run it.  A pipe or a device would be
+// waited for.
+void checkMeshText(const std::filesystem::path& file) {
+  std::error_code unknown;
+  const std::filesystem::file_status status = std::filesystem::status(file, unknown);
+  if (!unknown && std::filesystem::is_other(status)) fail(file, "is no file with a mesh but a pipe or a device");
+  errno = 0;
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream) fail(file, std::string("cannot be opened: ") + std::strerror(errno));
+  std::string first;
+  if (std::filesystem::is_directory(status) || !(stream >> std::setw(kLongestHead) >> first) ||
+      std::find(std::begin(kHeads), std::end(kHeads), first) == std::end(kHeads))
+    fail(file, "is not a Gmsh mesh file (.msh), which begins with $MeshFormat");
+  checkEnd(file, stream);
+  checkCounts(file, stream);
+}
+
 Mesh readMesh(const std::filesystem::path& file) {
-  checkFormat(file);
+  checkMeshText(file);
   const std::vector<char> bytes = runApart(file, "Gmsh", [&](Sink& sink) { handOver(readByGmsh(file), sink); });
   Mesh mesh = takeOver(Source(bytes));
   checkCoverage(file, mesh);

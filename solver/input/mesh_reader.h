@@ -15,4 +15,7 @@ namespace sharedanalysis::solver {
 // takes too much memory over is an InputError as well; nothing that stands beside the file is read.
 Mesh readMesh(const std::filesystem::path& file);
 
+// What is looked at before Gmsh has the file: its beginning and its end, counts of sections against their lines.
+void checkMeshText(const std::filesystem::path& file);
+
 } // namespace sharedanalysis::solver

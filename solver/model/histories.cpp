@@ -31,6 +31,11 @@ double integralFromFirst(const History& history, double time) {
 
 } // namespace
 
+bool isRest(const History& history) {
+  return history.quantity != Quantity::Acceleration &&
+         std::all_of(history.value.begin(), history.value.end(), [](double value) { return value == 0; });
+}
+
 double valueAt(const History& history, double time) {
   const auto& t = history.time;
   if (t.empty()) return 0;

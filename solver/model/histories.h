@@ -21,6 +21,9 @@ struct History {
 
 double valueAt(const History& history, double time);
 
+// Of motion: there is none.
+bool isRest(const History& history);
+
 // The integral from time 0 on, in closed form.
 double integralTo(const History& history, double time);
 

@@ -5,6 +5,7 @@
 #include "solver/model/user_materials.h"
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -82,6 +83,10 @@ public:
   double damping() const { return user_ ? user_->damping() : 0.0; }
   // The status of a user material says that the point has failed.
   bool isDeleted(int32_t i) const { return user_ && user_->isDeleted(i); }
+  // The damage of a user material that has one, NaN of others, and whether the response to be remembered is the first with some.
+  bool hasDamage() const { return user_ && user_->hasDamage(); }
+  double damage(int32_t i) const { return user_ ? user_->damage(i) : std::numeric_limits<double>::quiet_NaN(); }
+  bool damageBegins(int32_t i) const { return user_ && user_->damageBegins(i); }
 
 private:
   PointBlock block(const double* V, MaterialWork& work);

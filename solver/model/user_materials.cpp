@@ -223,13 +223,20 @@ std::string textOf(const std::string& record) { return record.substr(record.find
 const std::vector<UserModel>& userModels() {
   static const std::vector<UserModel> models = {
       {.key = "TVK_SUPER_ELASTIC_N3D", .states = 8, .properties = 14, .moduli = superelasticModuli},
-      {.key = "TVK_JH2", .states = 4, .properties = 18, .moduli = ceramicModuli, .statusAt = 2, .bulk = ceramicSlope},
+      {.key = "TVK_JH2",
+       .states = 4,
+       .properties = 18,
+       .moduli = ceramicModuli,
+       .statusAt = 2,
+       .damage = {1, 1},
+       .bulk = ceramicSlope},
       {.key = "TVK_JHB",
        .states = 5,
        .properties = 18,
        .takesMore = true,
        .moduli = ceramicModuli,
        .statusAt = 2,
+       .damage = {1, 1},
        .derived = phaseBegin,
        .bulk = phasesSlope},
       {.key = "TVK_HJC_CONCRETE",
@@ -237,6 +244,7 @@ const std::vector<UserModel>& userModels() {
        .properties = 21,
        .moduli = concreteModuli,
        .statusAt = 2,
+       .damage = {1, 1},
        .bulk = concreteSlope},
       {.key = "TVK_MOLDED_PLASTIC",
        .states = 14,
@@ -244,6 +252,7 @@ const std::vector<UserModel>& userModels() {
        .takesMore = true,
        .moduli = plasticModuli,
        .statusAt = 13,
+       .damage = {8, 2},
        .curves = plasticCurves()},
       {.key = "TVK_THERMOPLASTIC",
        .states = 14,
@@ -251,6 +260,7 @@ const std::vector<UserModel>& userModels() {
        .takesMore = true,
        .moduli = plasticModuli,
        .statusAt = 13,
+       .damage = {8, 2},
        .curves = plasticCurves()},
       {.key = "TVK_VISCOUS_FOAM",
        .states = 6,
@@ -290,6 +300,7 @@ const std::vector<UserModel>& userModels() {
        .moduli = honeycombModuli,
        .statusAt = 2,
        .statusBy = 10,
+       .damage = {.first = 1, .count = 1, .begins = false},
        .stiffness = honeycombStiffness,
        .curves = honeycombCurves()},
       {.key = "TVK_FABRIC",
@@ -305,6 +316,7 @@ const std::vector<UserModel>& userModels() {
        .properties = 21,
        .moduli = plyModuli,
        .statusAt = 15,
+       .damage = {0, 5},
        .stiffness = plyStiffness,
        .isSheet = true},
   };
@@ -451,6 +463,14 @@ bool UserPoints::isAccepted() {
   call(0.0);
   now_ = old_;
   return !host::threadError();
+}
+
+double UserPoints::damageOf(const State& state, int32_t i) const {
+  if (model_->damage.count == 0 || !hasStatus_) return std::numeric_limits<double>::quiet_NaN();
+  double largest = 0;
+  for (int32_t k = 0; k < model_->damage.count; ++k)
+    largest = std::max(largest, state.state[static_cast<std::size_t>((model_->damage.first + k) * n_ + i)]);
+  return largest;
 }
 
 double UserPoints::damping() const { return model_->damping != nullptr ? model_->damping(material_->constants) : 0.0; }

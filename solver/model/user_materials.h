@@ -34,6 +34,12 @@ struct UserState {
   std::array<double, 3> stretches = {1, 1, 1}; // principal ones, the longest first
 };
 
+// State variables the largest of which decides: damage that begins as it leaves 0, or a strain.
+struct DamageStates {
+  int32_t first = 0, count = 0;
+  bool begins = true;
+};
+
 // A model that a case may name; further characters may follow the key.
 struct UserModel {
   std::string key;
@@ -43,6 +49,7 @@ struct UserModel {
   Moduli (*moduli)(const Properties&);      // upper bounds without strain
   std::optional<int32_t> statusAt = {};     // the state variable that is 0 for a point that has failed
   std::optional<std::size_t> statusBy = {}; // a property without which there is none
+  DamageStates damage = {};                 // what fails the point
   double (*derived)(const UserModel&, const Properties&) = nullptr; // for UserState
   double (*bulk)(const UserState&) = nullptr;      // slope of the pressure over mu, where it grows with compression
   double (*stiffness)(const UserState&) = nullptr; // bounds density times wave speed squared in place of the moduli
@@ -77,6 +84,9 @@ public:
   // Per undeformed volume, of the state that was computed last.
   void energies(double* stored, double* lost) const;
   bool isDeleted(int32_t i) const { return hasStatus_ && time_ > 0 && state(*model_->statusAt, i) == 0; }
+  bool hasDamage() const { return model_->damage.count > 0 && model_->damage.begins; }
+  double damage(int32_t i) const { return damageOf(now_, i); } // NaN without
+  bool damageBegins(int32_t i) const { return damageOf(old_, i) == 0 && damageOf(now_, i) > 0; }
   double damping() const;
   const double* viscosity() const { return viscosity_.empty() ? nullptr : viscosity_.data(); }
   double state(int32_t variable, int32_t i) const { return now_.state[static_cast<std::size_t>(variable * n_ + i)]; }
@@ -88,6 +98,7 @@ private:
   };
 
   void call(double time);
+  double damageOf(const State& state, int32_t i) const;
   void boundStiffness(double* bound, double* bulk);
 
   const Material* material_;

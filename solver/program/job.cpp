@@ -104,6 +104,7 @@ private:
   // Output times and results of every rank, then the files of the root.
   void visitRun(Archive& archive, Output& output) {
     for (Schedule* times : {&fieldTimes_, &historyTimes_, &restartTimes_}) times->visit(archive);
+    problems_.visit(archive);
     output.visit(archive);
   }
 
@@ -202,6 +203,7 @@ private:
                                   definition_.historyFilter ? 1 : allIncrements,
                                   definition_.restartInterval ? restartTimes_.next() : definition_.endTime);
       computing_ += Clock::now() - start;
+      takeEvents(analysis, output);
       if (!std::isfinite(analysis.energies().balance())) ending = Ending::NotFinite;
       if (ending == Ending::NotFinite) return ending;
       if (definition_.historyFilter) output.filterHistory(analysis);
@@ -219,12 +221,18 @@ private:
     return ending;
   }
 
+  void takeEvents(Analysis& analysis, Output& output) {
+    const std::vector<BrickEvent> events = analysis.takeEvents();
+    output.writeEvents(events);
+    if (ranks_.isRoot()) problems_.add(events);
+  }
+
   void write(Analysis& analysis, Output& output, bool history, bool fields, bool checks) {
     if (history) output.writeHistory(analysis);
     if (!fields) return;
     output.writeFields(analysis);
     if (ranks_.isRoot() && checks)
-      problems_.check(analysis.progress().time, analysis.fields(), analysis.energies(), output.energy().relative());
+      problems_.check(analysis.progress().time, analysis.energies(), output.energy().relative());
   }
 
   ExitCode endEarly(const Analysis& analysis, Ending ending, const Output& output, DiagnosticCourse& course) {
@@ -289,7 +297,7 @@ private:
                    " million brick increments a second");
     if (definition_.quasiStatic) terminal_.line(describeRest(analysis));
     terminal_.line("fields at " + counted(static_cast<std::size_t>(output.count()), "time") + " in " +
-                   output.fieldsName() + ", history in " + output.historyName());
+                   output.fieldsName() + ", history in " + output.historyName() + output.eventsText());
   }
 
   const JobOptions& options_;

@@ -29,7 +29,8 @@ std::string nameOfRank(const Case& definition, int32_t rank) {
 // So that no file of an earlier run can be taken for one of this run.
 void removeEarlierFiles(const Case& definition, const Ranks& ranks, Start start) {
   if (start == Start::New)
-    for (const char* extension : {historyExtension, fieldsExtension, digestExtension, restartExtension})
+    for (const char* extension :
+         {historyExtension, eventsExtension, fieldsExtension, digestExtension, restartExtension})
       PartialFile::removeEarlier(resultFile(definition, extension));
   const auto removeFilesOf = [&](int32_t rank) {
     bool found = false;

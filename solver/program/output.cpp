@@ -1,6 +1,7 @@
 #include "solver/program/output.h"
 
 #include "reference_host.h"
+#include "solver/model/text.h"
 #include "solver/program/messages.h"
 
 #include <system_error>
@@ -16,6 +17,7 @@ Output::Output(const Case& definition, const Mesh& mesh, const std::vector<std::
     : fieldsPath_(resultFile(definition, fieldsExtension)), historyPath_(resultFile(definition, historyExtension)) {
   if (!ranks.isRoot()) return;
   history_.emplace(historyPath_, definition, start);
+  events_.emplace(resultFile(definition, eventsExtension), mesh, definition, start);
   results_.emplace(fieldsPath_, mesh, definition, info, start);
   makeDigest_ = [&definition, &mesh, this](Start how) {
     digest_.emplace(resultFile(definition, digestExtension), definition.job, mesh, how);
@@ -37,11 +39,13 @@ void Output::visitFiles(Archive& archive) {
   if (hasDigest != 0 && !digest_) makeDigest_(Start::GoOn);
   results_->visit(archive);
   history_->visit(archive);
+  events_->visit(archive);
   if (digest_) digest_->visit(archive);
 }
 
 void Output::synchronise() const {
   if (history_) history_->file().synchronise();
+  if (events_) events_->file().synchronise();
   if (results_) results_->file().synchronise();
   if (digest_) digest_->file().synchronise();
 }
@@ -49,6 +53,15 @@ void Output::synchronise() const {
 void Output::filterHistory(const Analysis& analysis) {
   analysis.energies(); // every rank has a part in them
   if (history_) history_->filter(analysis);
+}
+
+void Output::writeEvents(const std::vector<BrickEvent>& events) {
+  if (events_) events_->write(events);
+}
+
+std::string Output::eventsText() const {
+  if (!events_ || events_->count() == 0) return {};
+  return ", " + counted(static_cast<std::size_t>(events_->count()), "event") + " in " + events_->file().name().string();
 }
 
 void Output::writeHistory(const Analysis& analysis) {
@@ -73,12 +86,14 @@ void Output::writeFields(const Analysis& analysis) {
 
 void Output::close() {
   if (history_) history_->close();
+  if (events_) events_->close();
   if (results_) results_->close();
   if (digest_) digest_->close();
 }
 
 void Output::complete() const {
   if (history_) history_->file().complete();
+  if (events_) events_->file().complete();
   if (results_) results_->file().complete();
   if (digest_) digest_->file().complete();
 }

@@ -4,6 +4,7 @@
 #include "solver/analysis/ranks.h"
 #include "solver/program/schedule.h"
 #include "solver/results/digest.h"
+#include "solver/results/event_file.h"
 #include "solver/results/history.h"
 #include "solver/results/results.h"
 
@@ -17,7 +18,7 @@ namespace sharedanalysis::solver {
 
 // Extensions of the files, each behind the name of the job.
 inline constexpr const char *historyExtension = ".csv", *fieldsExtension = ".exo", *digestExtension = ".digest",
-                            *restartExtension = ".restart";
+                            *restartExtension = ".restart", *eventsExtension = ".events.csv";
 
 std::filesystem::path resultFile(const Case& definition, const char* extension);
 
@@ -33,6 +34,7 @@ public:
   // Brings what was written so far to the device.
   void synchronise() const;
   void filterHistory(const Analysis& analysis);
+  void writeEvents(const std::vector<BrickEvent>& events);
   void writeHistory(const Analysis& analysis);
   void writeFields(const Analysis& analysis);
   void close();
@@ -45,6 +47,8 @@ public:
   std::string leftovers() const { return fieldsPath_.string() + ".partial and " + historyPath_.string() + ".partial"; }
   std::string fieldsName() const { return fieldsPath_.string(); }
   std::string historyName() const { return historyPath_.string(); }
+  // ", 12 events in FILE", when there are any.
+  std::string eventsText() const;
 
 private:
   void visitFiles(Archive& archive);
@@ -52,6 +56,7 @@ private:
   std::filesystem::path fieldsPath_, historyPath_;
   EnergyCheck check_;
   std::optional<HistoryFile> history_;
+  std::optional<EventFile> events_;
   std::optional<ResultsFile> results_;
   std::optional<DigestFile> digest_;
   std::function<void(Start)> makeDigest_;

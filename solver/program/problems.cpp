@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 namespace sharedanalysis::solver {
 namespace {
@@ -78,23 +79,32 @@ void Problems::checkMesh() {
   }
 }
 
-void Problems::check(double time, const Fields& fields, const Energies& energies, double energyError) {
-  failed_.resize(fields.mask.size());
-  for (size_t e = 0; e < failed_.size(); ++e) {
-    if (fields.mask[e] == 0.0 || failed_[e]) continue;
-    failed_[e] = 1;
-    if (failures_++ == 0) firstFailed_ = mesh_.elementNumbers[e], failureTime_ = time;
-    const auto number = static_cast<int32_t>(mesh_.elementNumbers[e]);
+void Problems::add(const std::vector<BrickEvent>& events) {
+  for (const BrickEvent& event : events) {
+    if (event.kind != EventKind::Failed) continue;
+    const int64_t element = mesh_.elementNumbers[static_cast<size_t>(event.element)];
+    if (failures_++ == 0) firstFailed_ = element, failureTime_ = event.time;
+    const auto number = static_cast<int32_t>(element);
     record(codes::ElementDeleted, {}, &number);
   }
+}
+
+// The bindings name every member, so that none is forgotten.
+void Problems::visit(Archive& archive) {
+  [[maybe_unused]] auto& [mesh, distorted, failures, firstDistorted, firstFailed, hourglassRecorded, energyRecorded,
+                          failureTime, hourglass, hourglassTime, energyError, energyTime] = *this;
+  archive(failures, firstFailed, failureTime, hourglass, hourglassTime, energyError, energyTime);
+}
+
+void Problems::check(double time, const Energies& energies, double energyError) {
   const double share = energies.strain > 0 ? energies.hourglass / energies.strain : 0;
   // of a model that hardly deforms both are rounding errors
   if (share > kHourglassShare && energies.hourglass > 1e-3 * energies.total()) {
-    if (hourglassTime_ == 0) record(codes::HourglassEnergyLarge, {share}, nullptr);
+    if (!std::exchange(hourglassRecorded_, true)) record(codes::HourglassEnergyLarge, {share}, nullptr);
     if (share > hourglass_) hourglass_ = share, hourglassTime_ = time;
   }
   if (energyError > kEnergyShare) {
-    if (energyTime_ == 0) record(codes::EnergyErrorLarge, {energyError, kEnergyShare}, nullptr);
+    if (!std::exchange(energyRecorded_, true)) record(codes::EnergyErrorLarge, {energyError, kEnergyShare}, nullptr);
     if (energyError > energyError_) energyError_ = energyError, energyTime_ = time;
   }
 }
@@ -106,9 +116,8 @@ std::vector<std::string> Problems::lines() const {
     lines.push_back(counted(distorted_, "brick") + " distorted at the start, the first is number " +
                     std::to_string(firstDistorted_));
   if (failures_ > 0)
-    lines.push_back(counted(failures_, "brick") + " of " + std::to_string(failed_.size()) +
-                    " failed, the first is number " + std::to_string(firstFailed_) + ", by " +
-                    shortNumber(failureTime_) + " s");
+    lines.push_back(counted(static_cast<size_t>(failures_), "brick") + " of " + std::to_string(mesh_.elements()) +
+                    " failed, the first is number " + std::to_string(firstFailed_) + at(failureTime_));
   if (hourglass_ > 0)
     lines.push_back("the hourglass energy reached " + percent(hourglass_) + " of the strain energy" +
                     at(hourglassTime_));

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "solver/analysis/analysis.h"
+#include "solver/model/archive.h"
 
 #include <string>
 #include <vector>
@@ -16,8 +17,12 @@ public:
 
   // Bricks whose corners are far from right angles, or with edges of very different length.
   void checkMesh();
-  // At the times of fields: what failed since the last ones, and energies; `energyError` relative to the largest energy.
-  void check(double time, const Fields& fields, const Energies& energies, double energyError);
+  // Of the bricks, the failures among them.
+  void add(const std::vector<BrickEvent>& events);
+  // At the times of fields; `energyError` relative to the largest energy.
+  void check(double time, const Energies& energies, double energyError);
+  // Of the course; what was wrong with the mesh is found again.
+  void visit(Archive& archive);
 
   bool found() const { return !lines().empty(); }
   // One line a kind of problem, for the end of the run.
@@ -25,9 +30,10 @@ public:
 
 private:
   const Mesh& mesh_;
-  std::vector<char> failed_; // by element
-  size_t distorted_ = 0, failures_ = 0;
-  int64_t firstDistorted_ = 0, firstFailed_ = 0; // numbers of the mesh
+  size_t distorted_ = 0;
+  int64_t failures_ = 0, firstDistorted_ = 0, firstFailed_ = 0; // how many; numbers of the mesh
+  bool hourglassRecorded_ = false,
+       energyRecorded_ = false; // in the diagnostics, which begin anew with a run that goes on
   double failureTime_ = 0, hourglass_ = 0, hourglassTime_ = 0, energyError_ = 0, energyTime_ = 0;
 };
 

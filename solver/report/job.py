@@ -10,7 +10,9 @@ import subprocess
 import exodus
 
 PARTIAL = ".partial"
-SUFFIXES = (".exo", ".csv", ".exo" + PARTIAL, ".csv" + PARTIAL, ".sta", ".msg", ".log", ".diagnostics.sqlite")
+EVENTS = ".events.csv"
+SUFFIXES = (".exo", ".csv", EVENTS, ".exo" + PARTIAL, ".csv" + PARTIAL, EVENTS + PARTIAL, ".sta", ".msg", ".log",
+            ".diagnostics.sqlite")
 LONGEST_LIST = 1000  # of problems, and of the places of each
 
 
@@ -21,6 +23,8 @@ class InputError(Exception):
 def jobs_in(directory):
     jobs = set()
     for file in directory.iterdir():
+        if file.name.endswith((EVENTS, EVENTS + PARTIAL)):
+            continue
         for suffix in (".exo", ".csv", ".exo" + PARTIAL, ".csv" + PARTIAL):
             if file.name.endswith(suffix):
                 jobs.add(file.name[:-len(suffix)])
@@ -61,6 +65,19 @@ def read_history(path):
     names = rows[0] if rows else []
     whole = [row for row in rows[1:] if len(row) == len(names)]
     return names, [[_number(row[c]) for row in whole] for c in range(len(names))], len(rows[1:]) - len(whole)
+
+
+def read_events(path):
+    """(events, how many the file leaves out): of each what its line has; lines that are not whole are left out."""
+    with open(path, encoding="utf-8", errors="replace", newline="") as file:
+        rows = list(csv.reader(line.replace("\0", "") for line in file))
+    names = rows[0] if rows else []
+    if not {"time", "element", "group", "event", "value"} <= set(names):
+        return [], 0
+    events = [dict(zip(names, row)) for row in rows[1:] if len(row) == len(names)]
+    events = [event for event in events if math.isfinite(_number(event["time"]))]
+    omitted = sum(_number(event["value"]) for event in events if event["event"] == "omitted")
+    return [event for event in events if event["event"] != "omitted"], omitted
 
 
 def _lines(path):
@@ -132,7 +149,7 @@ class Job:
 
     def __init__(self, results, programs):
         self.directory, self.name = find_job(results)
-        self.notes = {"model": [], "history": [], "pictures": []}
+        self.notes = {"model": [], "history": [], "events": [], "pictures": []}
         self.fields, self.history = self._results(".exo"), self._results(".csv")
         if self.fields is None and self.history is None:
             raise InputError(f"{self._file('.exo')} and {self._file('.csv')} are missing, also with {PARTIAL} behind them")
@@ -146,6 +163,7 @@ class Job:
         self.case = information[end + 1:]
         self.title = self.model.get("title") or (self.description or [""])[0].partition(": ")[2] or self.name
         self.names, self.columns = self._read_history()
+        self.events = self._read_events()
         self.diagnostics, self.no_diagnostics = read_diagnostics(self._file(".diagnostics.sqlite"), programs)
         self.messages = read_messages(self._file(".msg"))
 
@@ -169,6 +187,19 @@ class Job:
             self.notes["model"].append(f"{self.fields.name} was not read: it {error}" if isinstance(error, ValueError)
                                        else f"{self.fields.name} was not read: {error.strerror}")
             return {}
+
+    def _read_events(self):
+        path = self._results(EVENTS)
+        if path is None:
+            return []
+        try:
+            events, omitted = read_events(path)
+        except (OSError, csv.Error) as error:
+            self.notes["events"].append(f"{path.name} was not read: {error}")
+            return []
+        if omitted:
+            self.notes["events"].append(f"{omitted:.0f} further events were counted only.")
+        return events
 
     def _read_history(self):
         if self.history is None:

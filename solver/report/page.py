@@ -8,6 +8,7 @@ import pathlib
 from charts import ENERGIES, Charts, escape, families, short
 
 HERE = pathlib.Path(__file__).resolve().parent
+MOST_EVENTS = 1000  # that are listed
 MOST_PLACES = 60  # of a problem, before the rest is folded
 STATES = {"complete": ("complete", "Complete"), "interrupted": ("early", "Interrupted"), "ended early": ("early", "Ended early"),
           "not ended": ("open", "Not ended"), "unknown": ("open", "Ending unknown")}
@@ -128,6 +129,32 @@ def history_section(job, charts):
     return section("History", paragraphs(job.notes["history"]) + (f'<div class="charts">{"".join(parts)}</div>' if parts else ""))
 
 
+def event_section(job, charts):
+    parts, kinds = [], {}
+    for event in job.events:
+        kinds.setdefault((event["event"], event["group"]), []).append(event)
+    place = lambda event: f"brick {escape(event['element'])} at {short(float(event['time']))} s"
+    rows = [(escape(kind), escape(group), f"{len(some):,}", place(some[0]), place(some[-1]))
+            for (kind, group), some in kinds.items()]
+    if rows:
+        parts.append(table(["event", "group", "bricks", "first", "last"], rows))
+        series, times = {kind: [0] for kind, _ in sorted(kinds)}, [0.0]
+        for event in job.events:
+            time = float(event["time"])
+            if time > times[-1]:  # a step: the counts before it, then those behind
+                times += [time, time]
+                for values in series.values():
+                    values += [values[-1], values[-1]]
+            series[event["event"]][-1] += 1
+        parts.append(f'<div class="charts">{charts.chart("Bricks with events", times, list(series.items()))}</div>')
+        lines = [",".join(str(cell) for cell in event.values()) for event in job.events[:MOST_EVENTS]]
+        hidden = len(job.events) - len(lines)
+        more = [f"and {hidden} more in the file"] if hidden > 0 else []
+        parts.append(f"<details><summary>One by one</summary><pre>{escape(chr(10).join([','.join(job.events[0])] + lines + more))}"
+                     "</pre></details>")
+    return section("Events", paragraphs(job.notes["events"]) + "".join(parts))
+
+
 def place_text(place):
     times = f" ({place['count']} times)" if place.get("count", 1) > 1 else ""
     return f"{place.get('label')}{times}"
@@ -196,7 +223,7 @@ def picture_section(job, pictures):
 
 def page(job, pictures, version):
     charts = Charts()
-    body = "".join([head(job), problem_section(job), picture_section(job, pictures), course_section(job, charts),
+    body = "".join([head(job), problem_section(job), event_section(job, charts), picture_section(job, pictures), course_section(job, charts),
                     history_section(job, charts), model_section(job)])
     style, script = (HERE / "page.css").read_text(encoding="utf-8"), (HERE / "page.js").read_text(encoding="utf-8")
     # no text of the run may end the element that holds the numbers

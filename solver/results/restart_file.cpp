@@ -15,7 +15,7 @@ namespace sharedanalysis::solver {
 namespace {
 
 // The heading, the words of the run and of the model, and a hash of all of them.  Words are those of the machine.
-constexpr uint64_t kMagic = 0x0a74726174736572U, kFormat = 1; // "restart" and a line feed
+constexpr uint64_t kMagic = 0x0a74726174736572U, kFormat = 2; // "restart" and a line feed
 struct Heading {
   uint64_t magic = kMagic, format = kFormat, release = 0, input = 0, run = 0, model = 0;
 };

@@ -231,6 +231,15 @@ TEST_F(Mistakes, Loads) {
        ", mesh box.msh: 4 nodes behind plane \"floor\" at the start, the first is number 17, expected all on the side "
        "of its "
        "normal"},
+      // it comes to a foot that is held; a top is led to it, 0.04 + 0.02/11 by a speed that turns, and two of its nodes are near
+      {"[[plane]]\npoint = [0, 0, -0.01]\nnormal = [0, 0, 1]\nvalue = 1\nname = \"floor\"",
+       ", mesh box.msh: 4 nodes that supports or prescribed motion lead behind plane \"floor\", the first is number "
+       "17, "
+       "by up to 0.04 m; expected a group of the plane without them, or room for their motion"},
+      {"[[velocity]]\ngroup = \"z1\"\ncomponent = \"z\"\ntime = [0, 0.02, 0.03]\nvalue = [2, 2, -9]\n"
+       "[[plane]]\npoint = [0, 0, 4.01]\nnormal = [0, 0.05, -1]\nname = \"top\"",
+       ", mesh box.msh: 2 nodes that supports or prescribed motion lead behind plane \"top\", the first is number 177, "
+       "by up to 0.03178 m; expected a group of the plane without them, or room for their motion"},
   };
   const std::pair<const char*, const char*> histories[] = {
       {"values = [\"force\"]",
@@ -284,6 +293,8 @@ TEST_F(Mistakes, GroupsAndSections) {
        ":23:9: the mesh has no group \"foot\", expected one of \"x0\", \"x1\", \"y0\", \"y1\", \"z0\", "
        "\"z1\", "
        "\"lower\", \"upper\""},
+      {"mesh =", "job = \"a.events\"\nmesh =",
+       ":1:7: job is \"a.events\", expected a name without .events, which events of a job have"},
       {"mesh =", "job = \"a/b\"\nmesh =", ":1:7: job is \"a/b\", expected a name for files, without directories"},
   });
 }

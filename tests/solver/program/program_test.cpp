@@ -1,6 +1,7 @@
 // The program as its user sees it: what it shows, what it writes, and what is left of a run that ends early.
 #include "filter_design.h"
 #include "solver/analysis/derived_fields.h"
+#include "solver/results/event_file.h"
 #include "tests/solver/files.h"
 #include "tests/support/fields.h"
 #include "tests/support/program.h"
@@ -31,28 +32,10 @@ Outcome run(Strings arguments, int code = 0, const Surroundings& surroundings = 
   return outcome;
 }
 
-// Columns of a history by their names.
-std::map<std::string, std::vector<double>> readHistory(const std::filesystem::path& file) {
-  const Strings lines = linesOf(readFile(file));
-  const auto cells = [](const std::string& line) {
-    Strings parts;
-    std::istringstream stream(line);
-    for (std::string cell; std::getline(stream, cell, ',');) parts.push_back(cell);
-    return parts;
-  };
-  const Strings names = cells(lines.at(0));
-  std::map<std::string, std::vector<double>> columns;
-  for (std::size_t k = 1; k < lines.size(); ++k) {
-    const Strings values = cells(lines[k]);
-    if (values.size() != names.size()) throw std::runtime_error("line of another length: " + lines[k]);
-    for (std::size_t c = 0; c < names.size(); ++c) columns[names[c]].push_back(std::stod(values[c]));
-  }
-  return columns;
-}
-
 // Of a run that has begun its diagnostics, or not.
 Files filesOf(const std::string& job, const std::string& ending = "", bool diagnostics = true) {
-  Files files{job + ".csv" + ending, job + ".exo" + ending, job + ".log", job + ".msg", job + ".sta"};
+  Files files{job + ".csv" + ending, job + ".events.csv" + ending, job + ".exo" + ending, job + ".log", job + ".msg",
+              job + ".sta"};
   if (diagnostics) files.insert(job + ".diagnostics.sqlite");
   return files;
 }
@@ -434,8 +417,43 @@ TEST_F(ProgramTest, CollapsedRunsLeavePartialResults) {
       if (mask[e] != 0) masked += (masked.empty() ? "" : ", ") + std::to_string(numbers[e]);
     EXPECT_NE(masked, "");
     EXPECT_TRUE(contains(outcome.err, ": number " + masked + ";")) << outcome.err;
+    std::string named; // by the events: volumes that are none
+    for (const std::string& line : linesOf(readFile("out/bar.events.csv.partial"))) {
+      const std::size_t at = line.find(",distorted,-");
+      if (at == std::string::npos) continue;
+      const std::string place = line.substr(0, line.rfind(',', line.rfind(',', at - 1) - 1));
+      named += (named.empty() ? "" : ", ") + place.substr(place.rfind(',') + 1);
+    }
+    EXPECT_EQ(named, masked);
     EXPECT_EQ(file.times.back(), readHistory("out/bar.csv.partial")["time"].back());
   }
+}
+
+// Further ones are counted, and the count goes on after a restart.
+TEST_F(ProgramTest, EventsAreWrittenUpToAMost) {
+  solver::Mesh mesh = numberedBox({1, 1, 2}, {1, 1, 2});
+  mesh.groups.back().name = "a \"b\", c\n";
+  solver::Case definition = caseOf(neoHooke(1e6, 0.3, 1000), 1);
+  definition.sections = {{"lower", 0}, {mesh.groups.back().name, 0}};
+  const solver::BrickEvent one{7, 0.25, 1, solver::EventKind::Damage, 0.1};
+  std::vector<double> words(16);
+  {
+    solver::EventFile file("e.csv", mesh, definition);
+    file.write(std::vector<solver::BrickEvent>(solver::kMostEvents + 1, one));
+    solver::Archive archive(solver::Archive::Task::Save, words.data(), words.size());
+    file.visit(archive);
+    file.write({one}); // what a killed run loses
+  }
+  solver::EventFile file("e.csv", mesh, definition, solver::Start::GoOn);
+  solver::Archive archive(solver::Archive::Task::Restore, words.data(), words.size());
+  file.visit(archive);
+  file.write({one, {8, 0.5, 0, solver::EventKind::Failed, solver::kNoValue}});
+  EXPECT_EQ(file.count(), solver::kMostEvents + 3);
+  file.close();
+  const Strings lines = linesOf(readFile("e.csv.partial"));
+  ASSERT_EQ(lines.size(), static_cast<std::size_t>(solver::kMostEvents) + 2);
+  EXPECT_EQ(lines[1], "0.25,7,106,\"a \"\"b\"\", c \",solid,damage,0.1");
+  EXPECT_EQ(lines.back(), "0.5,8,,,,omitted,3");
 }
 
 TEST_F(ProgramTest, SignalsEndTheRunInOrder) {

@@ -134,6 +134,10 @@ class Report(unittest.TestCase):
             self.assertIn(part, page.text)
         listed = re.search(r"element ((\d+, )+\d+)", row)[1].split(", ")
         self.assertEqual(len(set(listed)), 20)
+        row = next(data for tag, _, data in page.of("tr") if data.startswith("distorted"))
+        self.assertRegex(row, f"^distortedcolumn20brick {min(map(int, listed))} at 0.002656 s")
+        chart = next(chart for chart in page.charts if chart["names"] == ["distorted"])
+        self.assertEqual(chart["values"], [[0, 0, 20]])
         self.assertEqual(set(listed[:8]), set(re.search("number ([0-9, ]+), \\.", reason)[1].split(", ")))
 
     @unittest.skipUnless(HAS_VTK, "needs VTK and xvfb")

@@ -1,0 +1,69 @@
+#include "solver/results/event_file.h"
+
+#include "solver/model/text.h"
+
+#include <cmath>
+
+namespace sharedanalysis::solver {
+namespace {
+
+// Quoted where it would not be one cell, with its quotes doubled.
+std::string cellOf(const std::string& name) {
+  const std::string text = printable(name);
+  if (text.find_first_of(",\"") == std::string::npos) return text;
+  std::string quoted = "\"";
+  for (const char letter : text) quoted.append(letter == '"' ? 2 : 1, letter);
+  return quoted + '"';
+}
+
+std::string beginningOf(const BrickEvent& event) {
+  std::string line;
+  appendCell(line, event.time);
+  line.append(1, ',').append(std::to_string(event.increment));
+  return line;
+}
+
+} // namespace
+
+EventFile::EventFile(const std::filesystem::path& name, const Mesh& mesh, const Case& definition, Start start)
+    : file_(name, start), mesh_(mesh), section_(mesh.elementNumbers.size()) {
+  for (const Section& section : definition.sections) {
+    for (const int32_t element : mesh.findGroup(section.group)->elements)
+      section_[static_cast<std::size_t>(element)] = names_.size();
+    names_.push_back(cellOf(section.group) + ',' + cellOf(definition.materials[section.material].name));
+  }
+  if (start == Start::New) file_.put("time,increment,element,group,material,event,value");
+}
+
+// The bindings name every member, so that none is forgotten.
+void EventFile::visit(Archive& archive) {
+  [[maybe_unused]] auto& [file, mesh, names, section, lines, omitted, last] = *this;
+  file.visit(archive);
+  archive(lines, omitted, last.time, last.increment);
+  if (lines < 0 || lines > kMostEvents || omitted < 0) throw InputError("its events are none that a run has");
+}
+
+void EventFile::write(const std::vector<BrickEvent>& events) {
+  std::string text;
+  for (const BrickEvent& event : events) {
+    if (lines_ == kMostEvents) {
+      ++omitted_;
+      last_ = event;
+      continue;
+    }
+    ++lines_;
+    const auto element = static_cast<std::size_t>(event.element);
+    if (!text.empty()) text += '\n';
+    text += beginningOf(event) + ',' + std::to_string(mesh_.elementNumbers[element]) + ',' + names_[section_[element]];
+    text.append(1, ',').append(eventNames[static_cast<std::size_t>(event.kind)]).append(1, ',');
+    if (std::isfinite(event.value)) text += exactNumber(event.value);
+  }
+  if (!text.empty()) file_.put(text);
+}
+
+void EventFile::close() {
+  if (omitted_ > 0) file_.put(beginningOf(last_) + ",,,,omitted," + std::to_string(omitted_));
+  file_.close();
+}
+
+} // namespace sharedanalysis::solver
