@@ -518,6 +518,7 @@ void Checks::checkOverlaps() {
 }
 
 bool Checks::before() {
+  memory_.beginCall();
   if (!checkScalars()) return false;
   layout_.emplace(routine_, given_);
   const bool areNumbersSound = checkNumbers();
@@ -534,10 +535,15 @@ bool Checks::before() {
       if (argument(k).is(Role::list) && !checkList(k)) isSound = false;
       if (argument(k).is(Role::set)) checkSet(k);
     }
+    // maps of points, maps of entities that these lead into, what all of them lead to
+    for (const bool isOfPoints : {true, false})
+      for (std::size_t k = 0; k < count; ++k) {
+        if (argument(k).target < 0 || (layout_->array(k).lines == Lines::points) != isOfPoints) continue;
+        if (!isOfPoints && !checkReach(k)) return false; // its values cannot be looked at
+        if (!checkMap(k)) isSound = false;
+      }
     for (std::size_t k = 0; k < count; ++k)
-      if (argument(k).target >= 0 && !checkMap(k)) isSound = false;
-    for (std::size_t k = 0; k < count; ++k)
-      if (!checkReach(k)) isSound = false;
+      if (argument(k).target < 0 && !checkReach(k)) isSound = false;
     if (!checkTables()) isSound = false;
   }
   if (!isSound) return false;

@@ -31,9 +31,25 @@ Layout::Layout(const Routine& routine, const void* const* arguments)
     }
   }
   isEmpty_ = hasPoints && end_ <= first_;
+  for (std::size_t k = 0; k < arguments_.size(); ++k) {
+    const Argument& a = arguments_[k];
+    if (a.is(Role::count) && a.has(kScalar) && !a.has(kBounded) && !isUsed(k) && !isPointCount(a))
+      stage_ = static_cast<int>(k);
+  }
   for (const int k : {list_, set_})
     if (k >= 0 && size(arguments_[static_cast<std::size_t>(k)].shape[0]) < 1) isEmpty_ = true;
   for (std::size_t k = 0; k < arguments_.size(); ++k) shape(k);
+}
+
+// Whether some dimension or bound is counted by the argument.
+bool Layout::isUsed(std::size_t k) const {
+  const auto counts = [&](const Dimension& dimension) {
+    return std::find(std::begin(dimension.arguments), std::end(dimension.arguments), static_cast<int>(k)) !=
+           std::end(dimension.arguments);
+  };
+  return std::any_of(arguments_.begin(), arguments_.end(), [&](const Argument& a) {
+    return (a.has(kBounded) && counts(a.bound)) || std::any_of(a.shape, a.shape + a.rank, counts);
+  });
 }
 
 std::int64_t Layout::integer(std::size_t k) const {
@@ -98,8 +114,15 @@ void Layout::shape(std::size_t k) {
                  static_cast<double>(kFar);
 }
 
+// A map that nothing names: it is entered with the entities that the maps of points lead to.
+bool Layout::isMapOfEntities(std::size_t k) const {
+  const auto names = [&](const Argument& map) { return map.target == static_cast<int>(k); };
+  return arguments_[k].target >= 0 && arrays_[k].lines == Lines::entities && arrays_[k].isOpen &&
+         std::none_of(arguments_.begin(), arguments_.end(), names);
+}
+
 bool Layout::isMapped(std::size_t k) const {
-  if (arguments_[k].is(Role::record)) return true;
+  if (arguments_[k].is(Role::record) || isMapOfEntities(k)) return true;
   return std::any_of(arguments_.begin(), arguments_.end(),
                      [&](const Argument& map) { return map.target == static_cast<int>(k); });
 }
@@ -127,10 +150,11 @@ void Layout::writtenComponents(std::size_t k, std::int64_t& first, std::int64_t&
 }
 
 // Numbers from 0 that a map names at the points of the call, or at the entities that its own points lead to.
-std::vector<std::int64_t> Layout::entitiesOf(std::size_t map) const {
+std::vector<std::int64_t> Layout::entitiesOf(std::size_t map, std::int64_t most) const {
   const Array& array = arrays_[map];
   const std::int64_t components = array.components();
   std::vector<std::int64_t> lines = linesOf(map), entities;
+  if (most >= 0 && static_cast<std::int64_t>(lines.size()) > most) lines.resize(static_cast<std::size_t>(most));
   entities.reserve(lines.size() * static_cast<std::size_t>(components));
   for (std::int64_t c = 0; c < components; ++c)
     for (const std::int64_t line : lines) {
@@ -183,13 +207,17 @@ std::vector<std::int64_t> Layout::linesOf(std::size_t k) const {
       }
     }
   } else {
+    const bool isEntered = isMapOfEntities(k);
+    const std::int64_t most =
+        isEntered ? std::max<std::int64_t>(0, stage_ < 0 ? end_ : integer(static_cast<std::size_t>(stage_))) : -1;
     for (std::size_t map = 0; map < arguments_.size(); ++map) {
-      if (arguments_[map].target != static_cast<int>(k) || map == k || arrays_[map].address == nullptr) continue;
-      if (arrays_[map].isAmbiguous) continue;
-      const std::vector<std::int64_t> named = entitiesOf(map);
+      const bool leads = isEntered ? arguments_[map].target >= 0 && arrays_[map].lines == Lines::points
+                                   : arguments_[map].target == static_cast<int>(k);
+      if (!leads || map == k || arrays_[map].address == nullptr || arrays_[map].isAmbiguous) continue;
+      const std::vector<std::int64_t> named = entitiesOf(map, most);
       lines.insert(lines.end(), named.begin(), named.end());
     }
-    if (!isMapped(k) && !array.isOpen) {
+    if (!isMapped(k) && !isEntered && !array.isOpen) {
       lines.resize(static_cast<std::size_t>(array.lineCount));
       std::iota(lines.begin(), lines.end(), 0);
     }

@@ -66,7 +66,9 @@ public:
 
 private:
   void shape(std::size_t k);
-  std::vector<std::int64_t> entitiesOf(std::size_t map) const;
+  bool isUsed(std::size_t k) const;
+  bool isMapOfEntities(std::size_t k) const;
+  std::vector<std::int64_t> entitiesOf(std::size_t map, std::int64_t most) const;
 
   const Routine* routine_;
   std::span<const Argument> arguments_;
@@ -75,6 +77,7 @@ private:
   bool isEmpty_ = false;
   std::int64_t first_ = 0, end_ = 1;
   int list_ = -1, set_ = -1, cursor_ = -1;
+  int stage_ = -1; // counts the points of a second stage
 };
 
 } // namespace sa::checked

@@ -11,10 +11,19 @@
 namespace sa::checked {
 
 bool Memory::probe(const void* address, bool isWritten) {
+  const std::uintptr_t number = reinterpret_cast<std::uintptr_t>(address) / 4096;
+  Page& page = pages_[number % kPages];
+  if (page.number == number && (isWritten ? page.written : page.read) + kCalls > call_) return true;
   char byte = 0;
   const iovec own = {&byte, 1}, other = {const_cast<void*>(address), 1};
-  if (process_vm_readv(getpid(), &own, 1, &other, 1, 0) != 1) return errno != EFAULT;
-  return !isWritten || process_vm_writev(getpid(), &own, 1, &other, 1, 0) == 1 || errno != EFAULT;
+  if (process_vm_readv(getpid(), &own, 1, &other, 1, 0) != 1) {
+    if (errno == EFAULT) return false;
+  } else if (isWritten && process_vm_writev(getpid(), &own, 1, &other, 1, 0) != 1 && errno == EFAULT) {
+    return false;
+  }
+  if (page.number != number) page = {number, 0, 0};
+  (isWritten ? page.written : page.read) = call_;
+  return true;
 }
 
 bool Memory::has(const void* begin, std::size_t bytes, bool isWritten) {

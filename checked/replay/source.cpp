@@ -153,7 +153,7 @@ std::string pythonOf(const RecordedCall& call) {
   std::string text =
       "\"\"\"" + call.routine + ", call " + std::to_string(call.number) + ", increment " +
       std::to_string(call.increment) +
-      "; written by sharedanalysis-replay.\n\npython3 FILE [libSharedAnalysis.so.1]\n\"\"\"\n"
+      "; written by sharedanalysis-replay.\n\npython3 FILE [HOST LIBRARY]\n\"\"\"\n"
       "import ctypes\nimport struct\nimport sys\n\nnan, inf, h = float('nan'), float('inf'), float.fromhex\n\n\n"
       "def array(kind, size, runs, values):\n    result, values = (kind * (size + 1))(), iter(values)\n"
       "    for first, count in runs:\n        for n in range(first, first + count):\n"
@@ -163,8 +163,9 @@ std::string pythonOf(const RecordedCall& call) {
       "            a, b = next(values), got[n]\n            if a == b and str(a) == str(b) or a != a and b != b:\n     "
       "           continue\n"
       "            print(f'{name}, value {n + 1}: recorded {a!r}, now {b!r}')\n            return 1\n    return 0\n\n\n"
-      "library = ctypes.CDLL(sys.argv[1] if len(sys.argv) > 1 else 'libSharedAnalysis.so.1', "
-      "mode=ctypes.RTLD_GLOBAL)\n";
+      "files = sys.argv[1:] or ['libSharedAnalysisHost.so', 'libSharedAnalysis.so.1']\n"
+      "for file in files: # the host first: the library calls it\n"
+      "    library = ctypes.CDLL(file, mode=ctypes.RTLD_GLOBAL)\n";
   std::string arguments, checks;
   for (std::size_t k = 0; k < call.arguments.size(); ++k) {
     const RecordedArgument& a = call.arguments[k];

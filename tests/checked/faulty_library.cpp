@@ -23,4 +23,9 @@ __attribute__((visibility("default"))) void GLO_UTI_VADDR(const std::int32_t* n,
                                                           const double* b) {
   for (int i = 0; i < *n; ++i) result[i] = i == 2 ? std::nan("") : a[i] + b[i];
 }
+
+__attribute__((visibility("default"))) void GLO_UTI_VMULTR(const std::int32_t* n, double* result, const double* a,
+                                                           const double* b) {
+  for (int i = 0; i < *n; ++i) result[i] = std::nextafter(a[i] * b[i], 1e300); // a last bit
+}
 }
