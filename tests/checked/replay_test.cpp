@@ -96,6 +96,17 @@ TEST(Replay, FilterChoosesCallsAndResultsStay) {
   expectIn(replayed({"other.rec"}), 2, "is no recording");
 }
 
+TEST(Replay, ExplicitProgramOffersBoth) {
+  const WorkingDirectory here;
+  const std::string crush = SA_EXAMPLES "/crushed_column/crush.toml";
+  const Outcome outcome =
+      run({SA_SOLVER_PROGRAM, crush, "-q", "-o", "out", "--checked=cheap,log=log", "--record", "calls.rec,call=1-2"});
+  EXPECT_EQ(outcome.code, run({SA_SOLVER_PROGRAM, crush, "-q", "-o", "out"}).code) << outcome.err;
+  EXPECT_TRUE(std::filesystem::exists("log"));
+  EXPECT_EQ(contents("log"), "");
+  expectIn(replayed({"calls.rec"}), 0, ", 0 differ");
+}
+
 // Bytes of calls are replaced, and the sums over them set right, so that the spoiled calls are made.
 TEST(Replay, SpoiledRecordingsDoNotEndTheProgram) {
   const WorkingDirectory here;
