@@ -44,9 +44,17 @@ struct Thread {
   std::unique_ptr<Slot[]> slots = std::make_unique<Slot[]>(kSlots);
   std::array<std::uint32_t, kMostRoutines> calls{};
 };
-Thread& ownThread() {
-  static thread_local Thread thread;
-  return thread;
+// Null where the thread's own objects have been destroyed already.
+Thread* ownThread() {
+  struct Holder {
+    Thread* thread = new Thread;
+    ~Holder() {
+      delete thread;
+      thread = nullptr;
+    }
+  };
+  static thread_local Holder holder;
+  return holder.thread;
 }
 
 Library& library();
@@ -82,8 +90,13 @@ struct MessageFile final : Writer {
 private:
   static constexpr std::int32_t GLO_UNIT = -6, kErrors = 20;
   struct Nested {
-    Nested() { ++ownThread().depth; }
-    ~Nested() { --ownThread().depth; }
+    Nested() {
+      if (thread != nullptr) ++thread->depth;
+    }
+    ~Nested() {
+      if (thread != nullptr) --thread->depth;
+    }
+    Thread* thread = ownThread();
   };
 };
 
@@ -258,11 +271,16 @@ void run(unsigned number, const void* const* arguments, void* result, const void
   Library& lib = library();
   const Routine& routine = routines()[number];
   void* const address = lib.addressOf(number);
-  Thread& thread = ownThread();
+  Thread* const own = ownThread();
   if (address == nullptr) {
     report({Kind::missing, routine.name, "", "", "is not in the library behind", ""}, place);
     return;
   }
+  if (own == nullptr) {
+    routine.call(address, arguments, result);
+    return;
+  }
+  Thread& thread = *own;
   const Event event = events()[number];
   if (event == Event::exit) thread.hasEnded = true;
   if (thread.depth > 0 || (event == Event::none && isQuick(lib, thread, number, arguments))) {

@@ -24,7 +24,8 @@ public:
   Checks(const Routine& routine, const void* const* arguments, const void* place, Memory& memory, Depth depth)
       : routine_(routine), given_(arguments), place_(place), memory_(memory), depth_(depth) {}
 
-  // False when the call must not be made: an address that it needs is no memory, or it would write outside its arrays.
+  // False when the call must not be made: an address that it needs is no memory, or it would leave its
+  // arrays.
   bool before();
   // Keeps what the call must not change, and fills what it must write.
   void keep();
