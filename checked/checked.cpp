@@ -8,6 +8,7 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -19,7 +20,10 @@ namespace sa::checked {
 namespace {
 
 constexpr std::size_t kMostRoutines = 1024;
-constexpr unsigned kAlways = 8, kEvery = 64; // cheap: which calls of a routine have their values checked
+// Cheap: values are checked in the first calls of a routine and then in every so manieth, while all of that takes less than its
+// share of the thread's time.
+constexpr unsigned kAlways = 8, kEvery = 64, kShare = 25;
+using Clock = std::chrono::steady_clock;
 
 struct Library {
   std::array<std::atomic<void*>, kMostRoutines> addresses{};
@@ -40,10 +44,19 @@ struct Thread {
   };
   int depth = 0;
   bool hasEnded = false;
+  Clock::time_point start = Clock::now();
+  Clock::duration spent{0}; // on values
   Memory memory;
   std::unique_ptr<Slot[]> slots = std::make_unique<Slot[]>(kSlots);
   std::array<std::uint32_t, kMostRoutines> calls{};
 };
+// Whether the next call of a routine is one whose values are checked.
+bool isTurn(const Thread& thread, unsigned number, bool isFull) {
+  const std::uint32_t call = thread.calls[number];
+  if (isFull || call < kAlways) return true;
+  return call % kEvery == 0 && thread.spent * kShare < Clock::now() - thread.start;
+}
+
 // Null where the thread's own objects have been destroyed already.
 Thread* ownThread() {
   struct Holder {
@@ -61,11 +74,11 @@ Library& library();
 
 // Messages through the library behind, so that they are not checked in turn.
 struct MessageFile final : Writer {
-  bool write(const std::string& text) override {
+  void write(const std::string& text) override {
     static const int number = routineNumber("GLO_UTI_WRITE");
     void* const routine = library().addressOf(static_cast<unsigned>(number));
     if (library().started.load() <= 0 || routine == nullptr || dlsym(RTLD_DEFAULT, "LFC_XUT_XPLMSGC") == nullptr)
-      return false;
+      return;
     const std::int32_t unit = GLO_UNIT, status = 1;
     const std::string type = "Warning", form = "%S";
     const std::int64_t typeLength = 7, formLength = 2, length = static_cast<std::int64_t>(text.size());
@@ -73,7 +86,6 @@ struct MessageFile final : Writer {
                                      nullptr, text.data(), &typeLength, &formLength, &length};
     const Nested nested;
     routines()[static_cast<std::size_t>(number)].call(routine, arguments, nullptr);
-    return true;
   }
   void endAnalysis() override {
     static const int number = routineNumber("GLO_UTI_EXIT");
@@ -216,12 +228,13 @@ public:
   bool begin(Library& lib, Thread& thread, unsigned number, const void* const* arguments, const void* place) {
     const Routine& routine = routines()[number];
     const Inside inside(thread);
+    const Clock::time_point began = Clock::now();
     const Level level = lib.levels[number];
     const bool isRecorded = lib.recorder != nullptr && lib.recorder->wants(number);
     if (level != Level::off) {
       const bool isFull = level == Level::full;
-      const std::uint32_t call = thread.calls[number]++;
-      const bool hasValues = isFull || call < kAlways || call % kEvery == 0;
+      const bool hasValues = isTurn(thread, number, isFull);
+      ++thread.calls[number];
       Known known(thread, number, routine, arguments);
       if (hasValues || isRecorded || !known.isKnown()) {
         checks_.emplace(routine, arguments, place, thread.memory, Depth{isFull, hasValues, isFull});
@@ -238,12 +251,15 @@ public:
       if (!lib.recorder->begin(*recorded_, *layout, thread.memory)) recorded_.reset();
     }
     if (checks_ && !checks_->isEmpty()) checks_->keep();
-    start_ = std::chrono::steady_clock::now();
+    start_ = Clock::now();
+    thread.spent += start_ - began;
     return true;
   }
-  void end(Library& lib, bool hasEnded, const void* result) {
-    const auto time = std::chrono::steady_clock::now() - start_;
-    if (checks_) checks_->after(hasEnded);
+  void end(Library& lib, Thread& thread, const void* result) {
+    const Clock::time_point now = Clock::now();
+    const auto time = now - start_;
+    if (checks_) checks_->after(thread.hasEnded);
+    thread.spent += Clock::now() - now;
     if (recorded_) lib.recorder->finish(*recorded_, checks_ ? *checks_->layout() : *layout_, result, time);
   }
 
@@ -251,15 +267,14 @@ private:
   std::optional<Checks> checks_;
   std::optional<Layout> layout_;
   std::optional<RecordedCall> recorded_;
-  std::chrono::steady_clock::time_point start_;
+  Clock::time_point start_;
 };
 
 // Whether nothing is to be done but the call: the same addresses with the same numbers, in a turn without values.
 bool isQuick(Library& lib, Thread& thread, unsigned number, const void* const* arguments) {
   if (lib.recorder != nullptr) return false;
   if (lib.levels[number] == Level::off) return true;
-  const std::uint32_t call = thread.calls[number];
-  if (lib.levels[number] == Level::full || call < kAlways || call % kEvery == 0) return false;
+  if (isTurn(thread, number, lib.levels[number] == Level::full)) return false;
   if (!Known(thread, number, routines()[number], arguments).isKnown()) return false;
   ++thread.calls[number];
   return true;
@@ -300,7 +315,7 @@ void run(unsigned number, const void* const* arguments, void* result, const void
   {
     const Inside inside(thread);
     routine.call(address, arguments, result);
-    watch.end(lib, thread.hasEnded, result);
+    watch.end(lib, thread, result);
   }
   if (lib.recorder != nullptr && event == Event::endIncrement)
     lib.recorder->setIncrement(lib.recorder->increment() + 1);

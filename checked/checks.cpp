@@ -476,6 +476,7 @@ void Checks::checkOverlaps() {
     if (array.isAmbiguous) {
       place.outer = {array.address, array.address + array.elementSize};
     } else if (!layout_->extent(k, place.outer)) {
+      if (!depth_.values) continue; // takes the maps
       const std::vector<std::int64_t> lines = layout_->linesOf(k);
       if (lines.empty()) continue;
       place.exact = layout_->intervals(k, lines);

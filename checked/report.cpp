@@ -44,9 +44,11 @@ void writeAll(int file, const std::string& text) {
   }
 }
 
+// On standard error in any case: a host without a job keeps no messages.
 void tell(Reports& r, const std::string& text, bool hasHost) {
   if (r.log >= 0) writeAll(r.log, text + "\n");
-  if (!hasHost || r.writer == nullptr || !r.writer->write(text)) writeAll(STDERR_FILENO, text + "\n");
+  if (hasHost && r.writer != nullptr) r.writer->write(text);
+  writeAll(STDERR_FILENO, text + "\n");
 }
 
 // Output of a program, its first line; the program is found by the path and does not get this library.

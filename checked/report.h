@@ -44,7 +44,7 @@ struct Finding {
 
 // What a report does not have itself: the writer of messages of the library, while a host is there.
 struct Writer {
-  virtual bool write(const std::string& text) = 0; // false when there is none
+  virtual void write(const std::string& text) = 0; // nothing where there is none
   virtual void endAnalysis() = 0;
 
 protected:
