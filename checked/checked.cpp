@@ -22,7 +22,7 @@ namespace {
 constexpr std::size_t kMostRoutines = 1024;
 // Cheap: values are checked in the first calls of a routine and then in every so manieth, while all of that takes less than its
 // share of the thread's time.
-constexpr unsigned kAlways = 8, kEvery = 64, kShare = 25;
+constexpr unsigned kAlways = 8, kEvery = 64, kShare = 50;
 using Clock = std::chrono::steady_clock;
 
 struct Library {

@@ -58,6 +58,10 @@ bool isFinite(const unsigned char* at, Type type) {
                               : (load<std::uint64_t>(at) & 0x7ff0000000000000ULL) != 0x7ff0000000000000ULL;
 }
 
+bool isNaN(const unsigned char* at, Type type) {
+  return type == Type::single ? std::isnan(load<float>(at)) : std::isnan(load<double>(at));
+}
+
 // The first value that is not finite, or null.
 const unsigned char* firstNotFinite(const unsigned char* begin, const unsigned char* end, Type type) {
   const std::ptrdiff_t size = type == Type::single ? 4 : 8;
@@ -153,9 +157,10 @@ bool Checks::accessible(std::size_t k, const unsigned char* begin, const unsigne
   const Argument& a = argumentsOf(routine_)[k];
   if (begin >= end) return true;
   const auto bytes = static_cast<std::size_t>(end - begin);
-  const std::string where =
-      isFirst ? hexadecimal(begin)
-              : hexadecimal(begin) + " to " + hexadecimal(end - 1) + ", " + std::to_string(bytes) + " bytes";
+  const auto where = [&] {
+    return isFirst ? hexadecimal(begin)
+                   : hexadecimal(begin) + " to " + hexadecimal(end - 1) + ", " + std::to_string(bytes) + " bytes";
+  };
   const auto isKnown = [&] { return memory_.canRead(begin, bytes); };
   bool canRead = isKnown();
   if (canRead && depth_.probes && !(memory_.probe(begin, false) && memory_.probe(end - 1, false))) {
@@ -163,14 +168,14 @@ bool Checks::accessible(std::size_t k, const unsigned char* begin, const unsigne
     canRead = false;
   }
   if (!canRead) {
-    find(Kind::unreadable, k, where, "memory that can be read");
+    find(Kind::unreadable, k, where(), "memory that can be read");
     return false;
   }
   const bool isOwn = a.isWritten() && !a.has(kScalar); // nobody else writes it during the call
   if (a.isWritten() && (!memory_.canWrite(begin, bytes) ||
                         (depth_.probes && isOwn && !(memory_.probe(begin, true) && memory_.probe(end - 1, true))))) {
     memory_.forget();
-    find(Kind::unwritable, k, where, "memory that can be written");
+    find(Kind::unwritable, k, where(), "memory that can be written");
     return false;
   }
   return true;
@@ -207,48 +212,48 @@ bool Checks::checkNumbers() {
     const Argument& a = argument(k);
     if (!a.has(kScalar) || a.has(kOptional) || a.type != Type::int32) continue;
     const std::int64_t value = layout_->integer(k);
-    const std::string text = std::to_string(value);
+    const auto text = [&] { return std::to_string(value); };
     switch (a.role) {
     case Role::count:
       if (a.has(kBounded) && value < layout_->size(a.bound) && !isUnknownCode_) {
-        find(Kind::count, k, text, "at least " + std::to_string(layout_->size(a.bound)));
+        find(Kind::count, k, text(), "at least " + std::to_string(layout_->size(a.bound)));
         isSound = isSound && rejectsItself; // with an error of its own
       } else if (value < 0 && !a.has(kMayBeNegative)) {
-        find(Kind::count, k, text, "at least 0");
+        find(Kind::count, k, text(), "at least 0");
       }
       break;
     case Role::index:
       if (const std::int64_t high = layout_->size(a.bound); value < 1 || value > high) {
-        find(Kind::index, k, text, range(1, high));
+        find(Kind::index, k, text(), range(1, high));
         isSound = false;
       }
       break;
     case Role::code:
       if (!isCode(value, a.unit) && !a.has(kAnyCode)) {
-        find(Kind::code, k, text, a.unit + 5);
+        find(Kind::code, k, text(), a.unit + 5);
         isUnknownCode_ = true;
       }
       break;
     case Role::stride:
     case Role::rows:
       if (const std::int64_t low = a.is(Role::stride) ? points : 1; value < low) {
-        find(Kind::leadingDimension, k, text, "at least " + std::to_string(low));
+        find(Kind::leadingDimension, k, text(), "at least " + std::to_string(low));
         isSound = false;
       }
       break;
     case Role::cursor:
       if (value < 1) {
-        find(Kind::cursor, k, text, "at least 1");
+        find(Kind::cursor, k, text(), "at least 1");
         isSound = false;
       }
       break;
     case Role::place:
       // blocks and groups count from 1; a size is not negative
       if (value < (std::string_view(a.name).find("Number") != std::string_view::npos ? 1 : 0))
-        find(Kind::place, k, text, "at least 1");
+        find(Kind::place, k, text(), "at least 1");
       break;
     case Role::first:
-      if (value < 1) find(Kind::index, k, text, "at least 1");
+      if (value < 1) find(Kind::index, k, text(), "at least 1");
       break;
     default:
       break;
@@ -706,6 +711,10 @@ bool Checks::areInputsFinite(std::int64_t line) const {
 
 void Checks::checkFinite(const Kept& kept) {
   if ((routine_.flags & kMakesNaN) != 0) return;
+  // A power overflows for an exponent that is large enough, as one that a fit tries out.
+  const std::span<const Argument> all = layout_->arguments();
+  const bool hasExponent =
+      std::any_of(all.begin(), all.end(), [](const Argument& b) { return std::string_view(b.unit) == "exponent"; });
   const Argument& a = argument(kept.argument);
   const Array& array = layout_->array(kept.argument);
   for (const Interval& i : kept.intervals) {
@@ -714,6 +723,7 @@ void Checks::checkFinite(const Kept& kept) {
     const std::int64_t element = (at - array.address) / static_cast<std::ptrdiff_t>(array.elementSize);
     const bool isByLine = array.lines == Lines::points && array.lineCount > 0;
     if (isPoison(at, a.type) && kept.isPoisoned) return;
+    if (hasExponent && !isNaN(at, a.type)) return;
     if (areInputsFinite(isByLine ? element / array.before % array.lineCount : -1))
       find(Kind::notFinite, kept.argument,
            textOf(a.type == Type::real ? load<double>(at) : static_cast<double>(load<float>(at))),

@@ -1,6 +1,7 @@
 // A call of any routine with sound arguments, of zeros, ones and unit tensors, for tests that spoil one of them.
 #pragma once
 
+#include <cstdlib>
 #include <cstring>
 #include <deque>
 #include <vector>
