@@ -29,7 +29,10 @@ namespace sa::replay {
 namespace {
 
 constexpr std::size_t kPage = 4096, kFilled = std::size_t{1} << 22;
+constexpr std::ptrdiff_t kMostAdded = std::ptrdiff_t{1} << 26; // bytes that are not recorded
 alignas(64) unsigned char nothing[kPage];
+
+std::size_t pagesOf(std::size_t bytes) { return (bytes + kPage - 1) / kPage * kPage; }
 
 sigjmp_buf* jump = nullptr;
 void leave(int signal) {
@@ -96,23 +99,40 @@ Call::Call(const RecordedCall& recorded) : recorded_(&recorded) {
     const RecordedArgument& a = recorded.arguments[k];
     addresses_[k] = a.state == RecordedArgument::State::null ? nullptr : nothing;
     if (a.state != RecordedArgument::State::kept) continue;
-    Memory& m = memory_[k];
-    const std::uint64_t elements = a.runs.empty() ? 0 : a.runs.back().end();
-    m.bytes = static_cast<std::size_t>(elements) * checked::sizeOf(a.type);
-    const std::size_t body = (m.bytes + kPage - 1) / kPage * kPage;
-    void* const pages = mmap(nullptr, body + 2 * kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-    if (pages == MAP_FAILED) throw std::runtime_error(std::string("no memory for ") + arguments[k].name);
-    m.pages = static_cast<unsigned char*>(pages);
-    if (body > 0 && mprotect(m.pages + kPage, body, PROT_READ | PROT_WRITE) != 0)
-      throw std::runtime_error(std::string("no memory for ") + arguments[k].name);
-    m.data = m.pages + kPage + body - m.bytes;
-    addresses_[k] = m.data;
+    allocate(k, static_cast<std::size_t>(a.runs.empty() ? 0 : a.runs.back().end()) * checked::sizeOf(a.type));
+  }
+  // Of listed points alone some are recorded, yet the arrays have all.
+  reset();
+  const checked::Layout layout(*routine_, addresses_.data());
+  for (std::size_t k = 0; k < arguments.size(); ++k) {
+    checked::Interval extent{};
+    if (memory_[k].data == nullptr || !arguments[k].isArray() || !layout.extent(k, extent)) continue;
+    const std::ptrdiff_t bytes = extent.end - memory_[k].data;
+    if (bytes > static_cast<std::ptrdiff_t>(memory_[k].bytes) && bytes <= kMostAdded)
+      allocate(k, static_cast<std::size_t>(bytes));
   }
 }
 
+void Call::allocate(std::size_t k, std::size_t bytes) {
+  Memory& m = memory_[k];
+  free(m);
+  const std::size_t body = pagesOf(bytes);
+  void* const pages = mmap(nullptr, body + 2 * kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (pages == MAP_FAILED) throw std::runtime_error("no memory for its arrays");
+  m = {static_cast<unsigned char*>(pages), nullptr, bytes};
+  if (body > 0 && mprotect(m.pages + kPage, body, PROT_READ | PROT_WRITE) != 0)
+    throw std::runtime_error("no memory for its arrays");
+  m.data = m.pages + kPage + body - bytes;
+  addresses_[k] = m.data;
+}
+
+void Call::free(Memory& m) {
+  if (m.pages != nullptr) munmap(m.pages, pagesOf(m.bytes) + 2 * kPage);
+  m = {};
+}
+
 Call::~Call() {
-  for (const Memory& m : memory_)
-    if (m.pages != nullptr) munmap(m.pages, (m.bytes + kPage - 1) / kPage * kPage + 2 * kPage);
+  for (Memory& m : memory_) free(m);
 }
 
 void Call::reset() {

@@ -49,6 +49,8 @@ private:
     unsigned char *pages = nullptr, *data = nullptr;
     std::size_t bytes = 0;
   };
+  void allocate(std::size_t k, std::size_t bytes);
+  static void free(Memory& m);
   const RecordedCall* recorded_;
   const checked::Routine* routine_;
   std::vector<Memory> memory_;

@@ -93,7 +93,8 @@ std::string cppOf(const RecordedCall& call) {
       "#include <cmath>\n#include <cstdio>\n#include <cstring>\n#include <vector>\n\nnamespace {\n\n"
       "struct Run {\n  long first, count;\n};\n\n"
       "// An array with values in some places.\n"
-      "template <class T>\nstd::vector<T> filledArray(long size, const std::vector<Run>& runs, const std::vector<T>& values) "
+      "template <class T>\nstd::vector<T> filledArray(long size, const std::vector<Run>& runs, const std::vector<T>& "
+      "values) "
       "{\n"
       "  std::vector<T> result(static_cast<std::size_t>(size) + 1);\n  std::size_t at = 0;\n"
       "  for (const Run& run : runs)\n    for (long n = 0; n < run.count && at < values.size(); ++n)\n"
@@ -118,7 +119,13 @@ std::string cppOf(const RecordedCall& call) {
     }
     const std::string runs = runsText(a.runs, "{", "}");
     text.append("  const std::vector<Run> runs_").append(name).append(" = {").append(runs).append("};\n");
-    text.append("  std::vector<").append(type).append("> ").append(name).append(" = filledArray<").append(type).append(">(");
+    text.append("  std::vector<")
+        .append(type)
+        .append("> ")
+        .append(name)
+        .append(" = filledArray<")
+        .append(type)
+        .append(">(");
     text.append(std::to_string(a.runs.empty() ? 512 : a.runs.back().end()))
         .append(", runs_")
         .append(name)

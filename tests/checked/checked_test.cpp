@@ -106,7 +106,7 @@ TEST(Checked, EveryMisuseIsFoundAndNamed) {
   EXPECT_GE(kinds, 60);
 }
 
-// A null pointer in place of the first address that it needs is found in every routine that needs one, and the call left out.
+// A null pointer in place of the last number that it needs is found in every routine that needs one, and the call left out.
 TEST(Checked, EveryRoutineIsCovered) {
   std::size_t covered = 0;
   void* const behind = dlopen(SA_LIBRARY_FILE, RTLD_NOW | RTLD_LOCAL);
@@ -117,7 +117,7 @@ TEST(Checked, EveryRoutineIsCovered) {
     EXPECT_NE(own, dlsym(behind, routine.name)) << routine.name << " is not led through the checks";
     SoundCall call(routine);
     const std::span<const checked::Argument> arguments = checked::argumentsOf(routine);
-    for (std::size_t k = 0; k < arguments.size(); ++k) {
+    for (std::size_t k = arguments.size(); k-- > 0;) {
       const checked::Argument& a = arguments[k];
       if (a.has(checked::kByValue) || a.has(checked::kOptional) || a.is(checked::Role::table) ||
           !a.has(checked::kScalar))
