@@ -68,6 +68,7 @@ private:
   void compareOutputs(const Kept& kept, bool hasEnded);
   void compareInputs(const Kept& kept);
   void checkFinite(const Kept& kept);
+  bool hasLargeExponent() const;
   bool areInputsFinite(std::int64_t line) const;
   std::string entryOf(std::size_t k, const unsigned char* address) const;
 
