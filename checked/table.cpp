@@ -9,7 +9,7 @@
 namespace sa::checked {
 namespace {
 
-#include "calls.inc"
+#include <calls.inc> // written from the headers
 
 } // namespace
 

@@ -6,5 +6,5 @@
 #include "glo.h"
 #include "spx.h"
 
-#include "wrappers.inc"
+#include <wrappers.inc>
 #pragma GCC visibility pop
