@@ -40,6 +40,8 @@ if(TARGET SharedAnalysisHost)
     ${CMAKE_SOURCE_DIR}/host/reference/reference_host_c.h ${CMAKE_SOURCE_DIR}/host/reference/diagnostic_codes.h
     DESTINATION ${SA_INSTALL_HEADERS}/host COMPONENT dev)
 endif()
+# Loaded before the library by whoever wants its calls checked or recorded.
+install(TARGETS SharedAnalysisChecked EXPORT SharedAnalysisTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 # A module file serves one compiler; the source stands beside it for others.
 if(TARGET SharedAnalysisFortran)
   install(TARGETS SharedAnalysisFortran EXPORT SharedAnalysisTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)

@@ -106,6 +106,9 @@ void writeProgramPage(std::istream& help, const std::string& program, const std:
 // What is made for other languages, on standard output but for the pages.
 void writeFortran(const Interface& interface);
 void writeDescription(const Interface& interface);
+// For the checking library and the replay of its recordings.
+void writeCalls(const Interface& interface);
+void writeWrappers(const Interface& interface);
 // A page a routine into a folder that is there.
 void writeManual(const Interface& interface, const std::string& folder);
 

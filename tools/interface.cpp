@@ -7,6 +7,8 @@
 //   sa_interface arguments HEADERS...        macros with the argument lists without types, for the definitions of kernels
 //   sa_interface fortran HEADERS...          a Fortran module with an interface for every routine
 //   sa_interface description HEADERS...      all of it as JSON: routines, arguments, texts; the Python package is made from it
+//   sa_interface calls HEADERS...            the table of all arguments and a call of every routine from a list of addresses
+//   sa_interface wrappers HEADERS...         every routine anew, led through the checks of the checking library
 //   sa_interface manual FOLDER HEADERS...    a manual page of section 3 for every routine
 //   sa_interface symbols LIB HEADERS...      holds the exported symbols of a library against the headers
 //   sa_interface exported LIB                the exported symbols of a library with their versions, sorted
@@ -288,16 +290,17 @@ int run(std::vector<std::string> words) {
     return 0;
   }
   const std::size_t firstHeader = command == "symbols" || command == "table" || command == "manual" ? 2 : 1;
-  static const std::set<std::string> kCommands = {"check", "version-script", "registry",    "arguments", "symbols",
-                                                  "table", "fortran",        "description", "manual"};
+  static const std::set<std::string> kCommands = {"check",   "version-script", "registry", "arguments",
+                                                  "symbols", "table",          "fortran",  "description",
+                                                  "manual",  "calls",          "wrappers"};
   if (kCommands.count(command) == 0 || words.size() <= firstHeader) {
-    std::cerr << "usage: sa_interface check|version-script|registry|arguments|fortran|description HEADERS...\n"
-                 "       sa_interface manual FOLDER HEADERS...\n"
-                 "       sa_interface program-page NAME VERSION <HELP\n"
-                 "       sa_interface symbols LIB HEADERS...\n"
-                 "       sa_interface exported LIB\n"
-                 "       sa_interface keeps LIB LIST\n"
-                 "       sa_interface table PAGE HEADERS... [--write]\n";
+    std::cerr
+        << "usage: sa_interface check|version-script|registry|arguments|fortran|description|calls|wrappers HEADERS...\n"
+           "       sa_interface manual FOLDER HEADERS...\n"
+           "       sa_interface symbols LIB HEADERS...\n"
+           "       sa_interface exported LIB\n"
+           "       sa_interface keeps LIB LIST\n"
+           "       sa_interface table PAGE HEADERS... [--write]\n";
     return 2;
   }
   const Interface interface = readInterface({words.begin() + static_cast<std::ptrdiff_t>(firstHeader), words.end()});
@@ -308,6 +311,8 @@ int run(std::vector<std::string> words) {
   if (findings == 0 && command == "arguments") writeArguments(interface);
   if (findings == 0 && command == "fortran") writeFortran(interface);
   if (findings == 0 && command == "description") writeDescription(interface);
+  if (findings == 0 && command == "calls") writeCalls(interface);
+  if (findings == 0 && command == "wrappers") writeWrappers(interface);
   if (findings == 0 && command == "manual") writeManual(interface, words[1]);
   if (command == "symbols") compareSymbols(words[1], interface);
   if (command == "table") compareTable(words[1], interface, isWritten);

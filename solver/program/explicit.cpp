@@ -4,6 +4,7 @@
 #include "reference_host.h"
 #include "solver/program/instruction_set.h"
 #include "solver/program/job.h"
+#include "solver/program/watch.h"
 
 #include <CLI/CLI.hpp>
 #include <csignal>
@@ -42,7 +43,7 @@ int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
 
   JobOptions options;
-  std::string restart;
+  std::string restart, checked, record;
   CLI::App app("Explicit dynamics of hyperelastic solids meshed with 8-node bricks", "sharedanalysis-explicit");
   app.add_option("CASE", options.caseFile, "Case file (TOML)")->required();
   app.add_option("-t,--threads", options.threads,
@@ -55,9 +56,15 @@ int main(int argc, char** argv) {
       ->expected(0, 1)
       ->type_name("[FILE]");
   app.add_flag("--check", options.checkOnly, "Read and check the input, write nothing");
+  app.add_flag("--checked{full}", checked,
+               "Check every call of the library; --checked=cheap for a few in a hundred of the time, or words of "
+               "SHAREDANALYSIS_CHECK");
+  app.add_option("--record", record, "Record calls of the library to FILE[,FILTER...], as SHAREDANALYSIS_RECORD does")
+      ->type_name("FILE");
   app.add_flag("-q,--quiet", options.quiet, "Show errors only");
   app.set_version_flag("--version", versionText("sharedanalysis-explicit"));
   try {
+    watchLibrary(argc, argv);
     const Connection connection;
     try {
       app.parse(argc, argv);
@@ -70,7 +77,7 @@ int main(int argc, char** argv) {
     if (app.count("--restart") > 0) options.restart = restart;
     const Library library;
     return runJob(options);
-  } catch (const std::exception& error) { // of the connection
+  } catch (const std::exception& error) { // of the connection, or of the checking library
     reportError(error.what());
     return exitEndedEarly;
   }

@@ -1,0 +1,154 @@
+// Misuse of the library that the checking library finds and names, and sound calls that it passes on.
+#include "acd.h"
+#include "glo.h"
+#include "sound_call.h"
+#include "spx.h"
+#include "tests/support/files.h"
+
+#include <dlfcn.h>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sstream>
+#include <sys/mman.h>
+#include <thread>
+
+namespace sa::test {
+namespace {
+
+// Set before the first call is made.
+const std::string kLog = "/tmp/sharedanalysis_checked_" + std::to_string(getpid()) + ".log";
+const bool kIsSet = setenv("SHAREDANALYSIS_CHECK", ("full,log=" + kLog).c_str(), 1) == 0 &&
+                    setenv("SHAREDANALYSIS_CHECKED_LIBRARY", SA_FAULTY_LIBRARY, 1) == 0;
+
+// Lines since the last look.
+std::string findings() {
+  static std::size_t seen = 0;
+  std::ifstream file(kLog);
+  std::stringstream text;
+  text << file.rdbuf();
+  const std::string all = text.str(), fresh = all.substr(std::min(seen, all.size()));
+  seen = all.size();
+  return fresh;
+}
+
+// Each site is a place of its own.
+template <int Site>
+void make(SoundCall& call) {
+  void* const address = dlsym(RTLD_DEFAULT, call.routine().name);
+  ASSERT_NE(address, nullptr) << call.routine().name;
+  std::int64_t result[2] = {};
+  call.routine().call(address, call.addresses(), result);
+}
+
+// One page without any access and one that can be read alone.
+unsigned char* page(int protection) {
+  static unsigned char* const none =
+      static_cast<unsigned char*>(mmap(nullptr, 4096, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+  static unsigned char* const read =
+      static_cast<unsigned char*>(mmap(nullptr, 1 << 16, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+  return protection == PROT_NONE ? none : read;
+}
+
+struct Misuse {
+  const char *routine, *argument, *change, *finding;
+};
+// change: null, odd, none, read: the address; N: of a scalar; K=V: entry K of an array; -ARGUMENT: the same address as that one.
+constexpr Misuse kMisuses[] = {
+#include "misuses.inc"
+};
+
+void spoil(SoundCall& call, const Misuse& misuse) {
+  const int found = call.argument(misuse.argument);
+  ASSERT_GE(found, 0) << misuse.routine << " has no " << misuse.argument;
+  const auto k = static_cast<std::size_t>(found);
+  const checked::Argument& a = checked::argumentsOf(call.routine())[k];
+  const std::string change = misuse.change;
+  const void*& address = call.addresses()[k];
+  const std::size_t equals = change.find('=');
+  const auto put = [&](std::size_t entry, double value) {
+    if (a.type == checked::Type::real) call.as<double>(k)[entry] = value;
+    if (a.type == checked::Type::int32) call.as<std::int32_t>(k)[entry] = static_cast<std::int32_t>(value);
+    if (a.type == checked::Type::int64) call.as<std::int64_t>(k)[entry] = static_cast<std::int64_t>(value);
+    if (a.type == checked::Type::character) call.as<char>(k)[entry] = static_cast<char>(value);
+  };
+  if (change == "null") {
+    address = nullptr;
+  } else if (change == "odd") {
+    address = static_cast<const char*>(address) + 3;
+  } else if (change == "none" || change == "read") {
+    address = page(change == "none" ? PROT_NONE : PROT_READ);
+  } else if (change == "end") { // begins well, and does not end
+    address = page(PROT_NONE) - 8;
+  } else if (call.argument(change.substr(1)) >= 0 && change[0] == '>') {
+    address = static_cast<const char*>(call.addresses()[call.argument(change.substr(1))]) + 8;
+  } else if (equals != std::string::npos) {
+    put(std::stoul(change) - 1, std::stod(change.substr(equals + 1)));
+  } else {
+    put(0, std::stod(change));
+  }
+}
+
+TEST(Checked, EveryMisuseIsFoundAndNamed) {
+  int kinds = 0;
+  for (const Misuse& misuse : kMisuses) {
+    const int number = checked::routineNumber(misuse.routine);
+    ASSERT_GE(number, 0) << misuse.routine;
+    SoundCall call(checked::routines()[static_cast<std::size_t>(number)]);
+    spoil(call, misuse);
+    make<1>(call);
+    const std::string found = findings();
+    const std::string wanted = std::string(misuse.routine) + ", argument " + misuse.argument;
+    const bool isNamed = found.find(wanted) != std::string::npos && found.find(misuse.finding) != std::string::npos &&
+                         found.find("; called from ") != std::string::npos;
+    EXPECT_TRUE(isNamed) << misuse.routine << ", " << misuse.argument << " " << misuse.change << ": " << found;
+    ++kinds;
+  }
+  EXPECT_GE(kinds, 60);
+}
+
+// A null pointer in place of the last number that it needs is found in every routine that needs one, and the call left out.
+TEST(Checked, EveryRoutineIsCovered) {
+  std::size_t covered = 0;
+  void* const behind = dlopen(SA_LIBRARY_FILE, RTLD_NOW | RTLD_LOCAL);
+  ASSERT_NE(behind, nullptr) << dlerror();
+  for (const checked::Routine& routine : checked::routines()) {
+    void* const own = dlsym(RTLD_DEFAULT, routine.name);
+    ASSERT_NE(own, nullptr) << routine.name;
+    EXPECT_NE(own, dlsym(behind, routine.name)) << routine.name << " is not led through the checks";
+    SoundCall call(routine);
+    const std::span<const checked::Argument> arguments = checked::argumentsOf(routine);
+    for (std::size_t k = arguments.size(); k-- > 0;) {
+      const checked::Argument& a = arguments[k];
+      if (a.has(checked::kByValue) || a.has(checked::kOptional) || a.is(checked::Role::table) ||
+          !a.has(checked::kScalar))
+        continue;
+      call.addresses()[k] = nullptr;
+      make<2>(call);
+      EXPECT_NE(findings().find(std::string(routine.name) + ", argument " + a.name + ": null pointer"),
+                std::string::npos)
+          << routine.name;
+      break;
+    }
+    ++covered;
+  }
+  EXPECT_EQ(covered, checked::routines().size());
+}
+
+TEST(Checked, SoundCallsAreSilentOnEveryThread) {
+  findings();
+  const auto work = [] {
+    for (const char* name :
+         {"GLO_UTI_GATHERR", "GLO_UTI_EIG33V", "GLO_OPE_GENASSEM", "SPX_MAT_HYPERINVS33", "SPX_OPE_FILTERFLD",
+          "GLO_UTI_ODBPRINC33QUAT", "SPX_OPE_GREENSTRAIN3DH8", "SPX_MAT_DUCTSTRESSRATIO3DEXP"}) {
+      SoundCall call(checked::routines()[static_cast<std::size_t>(checked::routineNumber(name))]);
+      for (int times = 0; times < 20; ++times) make<3>(call);
+    }
+  };
+  std::vector<std::thread> threads;
+  for (int n = 0; n < 4; ++n) threads.emplace_back(work);
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(findings(), "");
+}
+
+} // namespace
+} // namespace sa::test
