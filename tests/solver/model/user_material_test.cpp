@@ -62,6 +62,7 @@ TEST_F(UserMaterials, DataThatTheLibraryRefusesAreInputErrors) {
                  "material \"TVK_SUPER_ELASTIC_N3D\": Property 5 of material TVK_SUPER_ELASTIC_N3D must be "
                  "greater than zero.");
   }
+  const WorkingDirectory directory;
   host::openJob("next", "."); // takes the mark of the error away
   host::closeJob();
 }
