@@ -20,6 +20,10 @@ const std::string kLog = "/tmp/sharedanalysis_checked_" + std::to_string(getpid(
 const bool kIsSet = setenv("SHAREDANALYSIS_CHECK", ("full,log=" + kLog).c_str(), 1) == 0 &&
                     setenv("SHAREDANALYSIS_CHECKED_LIBRARY", SA_FAULTY_LIBRARY, 1) == 0;
 
+const struct Remove {
+  ~Remove() { std::remove(kLog.c_str()); }
+} atEnd;
+
 // Lines since the last look.
 std::string findings() {
   static std::size_t seen = 0;

@@ -45,12 +45,15 @@ void expectIn(const Outcome& outcome, int code, std::string_view text) {
 
 // Every kernel with ordinary arguments, two calls each.
 const std::string& allKernels() {
-  static const std::string file = [] {
+  static const struct File {
+    std::string name;
+    ~File() { std::remove(name.c_str()); }
+  } file = {[] {
     const std::string name = "/tmp/sharedanalysis_all_kernels_" + std::to_string(getpid()) + ".rec";
     recorded({SA_GENERIC_PROGRAM, SA_CHECKED_LIBRARY, "writes"}, name + ",call=1-2");
     return name;
-  }();
-  return file;
+  }()};
+  return file.name;
 }
 
 TEST(Replay, EveryKernelGivesTheRecordedBits) {
