@@ -140,8 +140,9 @@ SA_KERNEL(SPX_MAT_JCFAILURESTRAIN,
     // with the bound first, NaN stays
     forPoints(n, [=, &e](int i) SA_POINT { e[i] = vm::expBelow(vm::min(40.0, -c3 * triaxiality[point(i)])); });
     if (rated)
-      forPoints(n, [=, &rateTerm](int i)
-                       SA_POINT { rateTerm[i] = 1.0 + c4 * vm::logAbove(vm::max(1.0, rate[point(i)] * perReference)); });
+      forPoints(n, [=, &rateTerm](int i) SA_POINT {
+        rateTerm[i] = 1.0 + c4 * vm::logAbove(vm::max(1.0, rate[point(i)] * perReference));
+      });
     else
       forPoints(n, [=, &rateTerm](int i) SA_POINT { rateTerm[i] = 1.0; });
     forPoints(n, [=, &e, &rateTerm](int i) SA_POINT {
