@@ -319,7 +319,7 @@ class Everything(unittest.TestCase):
         V, spans = np.zeros_like(S), []
         def work():
             begin = time.perf_counter()
-            sa.GLO_UTI_SQRTV(S, V=V)
+            sa.GLO_UTI_LOGV(S, L=V)
             spans.append((begin, time.perf_counter()))
         thread = threading.Thread(target=work)
         thread.start()
