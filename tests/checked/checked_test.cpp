@@ -95,6 +95,9 @@ void spoil(SoundCall& call, const Misuse& misuse) {
 TEST(Checked, EveryMisuseIsFoundAndNamed) {
   int kinds = 0;
   for (const Misuse& misuse : kMisuses) {
+#ifdef SA_SANITIZED // what is found is made all the same, and they end the program
+    if (std::string_view(misuse.change) == "odd") continue;
+#endif
     const int number = checked::routineNumber(misuse.routine);
     ASSERT_GE(number, 0) << misuse.routine;
     SoundCall call(checked::routines()[static_cast<std::size_t>(number)]);
