@@ -161,6 +161,7 @@ struct BrittleScratch {
   double intact[kScratchPoints], fractured[kScratchPoints], failureStrain[kScratchPoints];
   double damageBefore[kScratchPoints], before[kScratchPoints], q[kScratchPoints], plasticStrain[kScratchPoints],
       damage[kScratchPoints], growth[kScratchPoints], open[kScratchPoints]; // one of the three above
+  double low[kScratchPoints], high[kScratchPoints];                         // bounds of the growth of damage
   double zero[kScratchPoints],
       from[kScratchPoints]; // where the model transforms: mu without pressure, and at the limit
 };
@@ -252,6 +253,8 @@ SA_INLINE void returnToSurfaces(const Block& b, const Model& model, int start, i
     w.plasticStrain[k] = r.plasticStrain;
     w.damage[k] = r.damage;
     w.growth[k] = 0.0;
+    w.low[k] = 0.0;
+    w.high[k] = 1.0 - D;
     w.open[k] = vm::select(r.damage > damageOld, moves * kind, kSettled);
   });
 }
@@ -271,15 +274,15 @@ SA_INLINE int pack(const BrittleScratch& w, double kind, int length, int* place)
 // P(d) with the bulking of what the damage takes at the pressure before it, or at the limit of tension that it leaves.  The
 // strength grows with the pressure and the pressure with d, so that the left side rises and there is one solution.  From
 // the damage at the pressure before on, a parabola through d = 0 with the value and the slope of the moment gives the next d,
-// between bounds; where even d = 1 - D is too little, the point breaks.  The points are packed once; those that have come to their
-// end wait for the others.
-constexpr int kDamageSteps = 60;
+// between bounds; where even d = 1 - D is too little, the point breaks.  After the first step and after each few more the points
+// that go on are packed anew; false when there are none.
+constexpr int kDamageSteps = 2, kDamageRounds = 30;
 template <class Model>
-SA_INLINE void settleDamage(const Model& model, int length, BrittleScratch& w) {
+SA_INLINE bool settleDamage(const Model& model, int length, BrittleScratch& w, int steps) {
   const Model m = model;
   int place[kScratchPoints];
   const int count = pack(w, kMoving, length, place);
-  if (count == 0) return;
+  if (count == 0) return false;
   double trial[kScratchPoints], damage[kScratchPoints], factor[kScratchPoints], pressure[kScratchPoints],
       arm[kScratchPoints], G3ef[kScratchPoints], before[kScratchPoints], drop[kScratchPoints];
   double x[kScratchPoints], low[kScratchPoints], high[kScratchPoints], runs[kScratchPoints], growth[kScratchPoints],
@@ -289,8 +292,8 @@ SA_INLINE void settleDamage(const Model& model, int length, BrittleScratch& w) {
     trial[j] = w.trial[k], damage[j] = w.damageBefore[k], factor[j] = w.rate[k], pressure[j] = w.pressure[k];
     G3ef[j] = 3.0 * m.G * w.failureStrain[k], before[j] = w.before[k], drop[j] = w.intact[k] - w.fractured[k];
     arm[j] = armAt(m, w, k);
-    x[j] = w.damage[k] - w.damageBefore[k], low[j] = 0.0, high[j] = 1.0 - damage[j];
-    runs[j] = 1.0, strength[j] = atEnd[j] = 0.0;
+    x[j] = w.damage[k] - w.damageBefore[k], low[j] = w.low[k], high[j] = w.high[k];
+    runs[j] = 1.0;
   }
   const auto bulkingOf = [=, &before, &drop, &arm](int j, double d) SA_POINT {
     if constexpr (Model::kBulks) {
@@ -300,13 +303,7 @@ SA_INLINE void settleDamage(const Model& model, int length, BrittleScratch& w) {
       return 0.0;
     }
   };
-  const auto isMoving = [count, &runs]() SA_POINT {
-    uint64_t any = 0;
-#pragma omp simd reduction(| : any)
-    for (int j = 0; j < count; ++j) any |= vm::toBits(runs[j]);
-    return any != 0;
-  };
-  for (int step = 0; step < kDamageSteps && isMoving(); ++step) {
+  for (int step = 0; step < steps; ++step) {
     forPoints(count, [=, &trial, &damage, &factor, &pressure, &arm, &G3ef, &before, &drop, &x, &low, &high, &runs,
                       &strength, &atEnd](int j) SA_POINT {
       const double d = vm::min(x[j], 1.0 - damage[j]), D = damage[j] + d, lowOld = low[j], highOld = high[j],
@@ -332,10 +329,9 @@ SA_INLINE void settleDamage(const Model& model, int length, BrittleScratch& w) {
           -2.0 * atZero / (slopeAtZero + vm::sqrt(vm::max(0.0, slopeAtZero * slopeAtZero - 4.0 * bend * atZero)));
       const double next = vm::select((root >= lower) & (root <= upper), root, 0.5 * (lower + upper));
       const bool moves = ran > 0.0;
-      x[j] = vm::select(moves, next, x[j]);
-      // a point that has come to its end keeps what it had then, however long others take
-      strength[j] = vm::select(moves, q, strength[j]);
-      atEnd[j] = vm::select(moves, vm::select(next == d, 1.0, 0.0), atEnd[j]);
+      x[j] = vm::select(moves, next, d);
+      strength[j] = q;
+      atEnd[j] = vm::select(next == d, 1.0, 0.0);
       low[j] = vm::select(moves, lower, lowOld);
       high[j] = vm::select(moves, upper, highOld);
       runs[j] = vm::select(moves & (vm::abs(next - d) > 1e-7 * next), 1.0, 0.0);
@@ -345,7 +341,8 @@ SA_INLINE void settleDamage(const Model& model, int length, BrittleScratch& w) {
   for (int j = 0; j < count; ++j) {
     const int k = place[j];
     const double D = damage[j] + x[j];
-    w.open[k] = D >= 1.0 && runs[j] == 0.0 ? kBroken : kSettled;
+    w.low[k] = low[j], w.high[k] = high[j];
+    w.open[k] = runs[j] > 0.0 ? kMoving : D >= 1.0 ? kBroken : kSettled;
     w.damage[k] = D;
     w.growth[k] = growth[j];
     w.plasticStrain[k] = x[j] * w.failureStrain[k];
@@ -357,6 +354,7 @@ SA_INLINE void settleDamage(const Model& model, int length, BrittleScratch& w) {
       w.damage[k] = 1.0;
     }
   }
+  return true;
 }
 
 // Points that break: bulking takes what the whole fall sets free, and the strength is the fractured one at the pressure then.
@@ -498,7 +496,10 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
     findTrial<Storage>(b, model, start, length, w);
     findSurfaces(b, model, start, length, w);
     returnToSurfaces(b, model, start, length, w);
-    if constexpr (Model::kGradual) settleDamage(model, length, w);
+    if constexpr (Model::kGradual)
+      for (int round = 0; round < kDamageRounds && settleDamage(model, length, w, round == 0 ? 1 : kDamageSteps);
+           ++round) {
+      }
     settleBroken(model, length, w);
     if constexpr (Model::kTransforms) findWayBack(model, length, w);
     storeEnd<Storage>(b, model, start, length, w);
