@@ -150,8 +150,8 @@ void addSharedCases(std::vector<Case>& list) {
                   [](int n, const Arrays& a, Random& random) { fillStretch(n, a[0], random); },
                   [](int32_t n, const Arrays& a) { GLO_UTI_SQRTV(&n, a[0], a[1]); },
                   [](int32_t n, const Arrays& a) { plain::sqrtv(&n, a[0], a[1]); },
-                  4 * 3 * 40,
-                  4 * 3 * 4 + 3});
+                  150,
+                  7});
 
   using Call = std::function<void(int32_t, const Arrays&)>;
   const auto gather = [](auto call) -> Call {
