@@ -5,10 +5,13 @@
 #include <cstring>
 #include <limits>
 #include <list>
+#include <memory>
 #include <mpi.h>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
+#include <zoltan_cpp.h>
 
 namespace sharedanalysis::host {
 namespace {
@@ -72,7 +75,7 @@ public:
         std::find_if(queue.begin(), queue.end(), [&](const Bytes& message) { return nameOf(message) == name; });
     // messages with other keys stay queued in the order of sending
     while (wanted == queue.end()) {
-      if (!takeNext(source)) return -1;
+      if (takeNext(source) < 0) return -1;
       if (nameOf(queue.back()) == name) wanted = std::prev(queue.end());
     }
     const int64_t bytes = static_cast<int64_t>(wanted->size()) - kNameBytes;
@@ -80,6 +83,53 @@ public:
     spare_ = std::move(*wanted);
     queue.erase(wanted);
     return bytes;
+  }
+
+  Waiting waitForAny(int32_t type, int32_t tag) override {
+    const Name name{type, tag};
+    for (std::size_t source = 0; source < arrived_.size(); ++source)
+      for (const Bytes& message : arrived_[source])
+        if (nameOf(message) == name) return waiting(static_cast<int32_t>(source), message);
+    for (;;) {
+      const int32_t source = takeNext(MPI_ANY_SOURCE);
+      if (source < 0) return {};
+      const Bytes& message = arrived_[static_cast<std::size_t>(source)].back();
+      if (nameOf(message) == name) return waiting(source, message);
+    }
+  }
+
+  // Recursive bisection of the coordinates: as many nodes on either side of each plane.
+  bool partition(const std::vector<double>& points, std::vector<int32_t>& ranks) override {
+    float version = 0;
+    if (Zoltan_Initialize(0, nullptr, &version) != ZOLTAN_OK) return false;
+    const std::unique_ptr<Zoltan> zoltan = std::make_unique<Zoltan>(world_);
+    for (const auto& [key, value] : {std::pair{"LB_METHOD", "RCB"},
+                                     {"NUM_GID_ENTRIES", "2"},
+                                     {"NUM_LID_ENTRIES", "0"},
+                                     {"OBJ_WEIGHT_DIM", "0"},
+                                     {"RETURN_LISTS", "PART"},
+                                     {"RCB_RECTILINEAR_BLOCKS", "0"},
+                                     {"IMBALANCE_TOL", "1.01"},
+                                     {"DEBUG_LEVEL", "0"}})
+      zoltan->Set_Param(key, value);
+    Points own{points, rank_};
+    zoltan->Set_Num_Obj_Fn(Points::count, &own);
+    zoltan->Set_Obj_List_Fn(Points::list, &own);
+    zoltan->Set_Num_Geom_Fn(Points::dimensions, &own);
+    zoltan->Set_Geom_Multi_Fn(Points::coordinates, &own);
+    int isChanged = 0, idEntries = 0, localEntries = 0, imports = 0, exports = 0;
+    ZOLTAN_ID_PTR importIds = nullptr, importLocal = nullptr, exportIds = nullptr, exportLocal = nullptr;
+    int *importRanks = nullptr, *importParts = nullptr, *exportRanks = nullptr, *exportParts = nullptr;
+    const int status =
+        zoltan->LB_Partition(isChanged, idEntries, localEntries, imports, importIds, importLocal, importRanks,
+                             importParts, exports, exportIds, exportLocal, exportRanks, exportParts);
+    const bool isDone = status == ZOLTAN_OK || status == ZOLTAN_WARN;
+    ranks.assign(points.size() / 3, rank_);
+    // the list is in the order of the points, each with its place as the second word of its name
+    for (int k = 0; isDone && k < exports; ++k) ranks[exportIds[2 * k + 1]] = exportParts[k];
+    Zoltan::LB_Free_Part(&importIds, &importLocal, &importRanks, &importParts);
+    Zoltan::LB_Free_Part(&exportIds, &exportLocal, &exportRanks, &exportParts);
+    return isDone;
   }
 
   void abort(int32_t code) override { MPI_Abort(world_, code); }
@@ -100,20 +150,54 @@ private:
     return name;
   }
 
-  // The next message of a rank to the end of its queue.
-  bool takeNext(int32_t source) {
+  static Waiting waiting(int32_t source, const Bytes& message) {
+    return {source, static_cast<int64_t>(message.size()) - kNameBytes};
+  }
+
+  // What Zoltan asks of the points of a rank.
+  struct Points {
+    const std::vector<double>& all; // (3, points)
+    int32_t rank;
+
+    static int count(void* data, int* error) {
+      *error = ZOLTAN_OK;
+      return static_cast<int>(static_cast<Points*>(data)->all.size() / 3);
+    }
+    static void list(void* data, int, int, ZOLTAN_ID_PTR ids, ZOLTAN_ID_PTR, int, float*, int* error) {
+      *error = ZOLTAN_OK;
+      const Points& own = *static_cast<Points*>(data);
+      for (std::size_t k = 0; k < own.all.size() / 3; ++k) {
+        ids[2 * k] = static_cast<ZOLTAN_ID_TYPE>(own.rank);
+        ids[2 * k + 1] = static_cast<ZOLTAN_ID_TYPE>(k);
+      }
+    }
+    static int dimensions(void*, int* error) {
+      *error = ZOLTAN_OK;
+      return 3;
+    }
+    static void coordinates(void* data, int, int, int count, ZOLTAN_ID_PTR ids, ZOLTAN_ID_PTR, int, double* values,
+                            int* error) {
+      *error = ZOLTAN_OK;
+      const Points& own = *static_cast<Points*>(data);
+      for (int k = 0; k < count; ++k)
+        for (int c = 0; c < 3; ++c) values[3 * k + c] = own.all[3 * static_cast<std::size_t>(ids[2 * k + 1]) + c];
+    }
+  };
+
+  // The next message of a rank, or of any, to the end of its queue; the rank, -1 when nothing can be received.
+  int32_t takeNext(int source) {
     MPI_Message message = MPI_MESSAGE_NULL;
     MPI_Status status;
     int bytes = 0;
     if (MPI_Mprobe(source, kMpiTag, world_, &message, &status) != MPI_SUCCESS ||
         MPI_Get_count(&status, MPI_BYTE, &bytes) != MPI_SUCCESS)
-      return false;
+      return -1;
     Bytes next = std::move(spare_);
     next.resize(static_cast<std::size_t>(bytes));
     if (MPI_Mrecv(next.data(), bytes, MPI_BYTE, &message, MPI_STATUS_IGNORE) != MPI_SUCCESS || bytes < kNameBytes)
-      return false;
-    arrived_[static_cast<std::size_t>(source)].push_back(std::move(next));
-    return true;
+      return -1;
+    arrived_[static_cast<std::size_t>(status.MPI_SOURCE)].push_back(std::move(next));
+    return status.MPI_SOURCE;
   }
 
   void forgetSent() {

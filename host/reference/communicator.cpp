@@ -75,6 +75,8 @@ void reportTooLong(int64_t bytes, int32_t destination) {
 Transport::Transport() = default;
 Transport::~Transport() = default;
 
+Transport* transport() { return ranks().transport.get(); }
+
 void setTransport(std::unique_ptr<Transport> transport) { ranks().transport = std::move(transport); }
 
 int connectRanks() {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace sharedanalysis::host {
 
@@ -23,10 +24,21 @@ public:
   virtual bool send(const void* data, int64_t bytes, int32_t destination, int32_t type, int32_t tag) = 0;
   // As dmpC_Communicator::Receive.
   virtual int64_t receive(void* data, int64_t capacity, int32_t source, int32_t type, int32_t tag) = 0;
+  // Waits for a message of any rank with the type and tag, and leaves it where it is; source -1 when nothing can be received.
+  struct Waiting {
+    int32_t source = -1;
+    int64_t bytes = 0;
+  };
+  virtual Waiting waitForAny(int32_t type, int32_t tag) = 0;
+  // A rank for each point of this rank, (3, points), so that all ranks have about as many points and those of one rank lie together.
+  // All ranks call it; false when there is no such partition.
+  virtual bool partition(const std::vector<double>& points, std::vector<int32_t>& ranks) = 0;
   // Ends the processes of all ranks at once, with an exit code.
   virtual void abort(int32_t code) = 0;
 };
 
+// That of the process; null when it is alone.
+SA_HOST_SERVICE Transport* transport();
 // The transport of the process from now on; null is one process alone, as at the start.
 SA_HOST_SERVICE void setTransport(std::unique_ptr<Transport> transport);
 

@@ -1,7 +1,7 @@
 // What happens to single bricks on the way: damage begins, they fail, they are distorted beyond computing.
 #pragma once
 
-#include "solver/analysis/ranks.h"
+#include "solver/parallel/ranks.h"
 
 #include <array>
 #include <cstdint>

@@ -8,7 +8,7 @@
 // nothing but nodal motion.
 #pragma once
 
-#include "solver/analysis/ranks.h"
+#include "solver/parallel/ranks.h"
 #include "solver/model/model.h"
 
 #include <cstdint>

@@ -4,7 +4,7 @@
 #include "solver/analysis/analysis.h"
 #include "solver/analysis/block.h"
 #include "solver/analysis/partition.h"
-#include "solver/analysis/ranks.h"
+#include "solver/parallel/ranks.h"
 
 #include <cstdint>
 #include <limits>

@@ -7,6 +7,7 @@
 #include "solver/model/loads.h"
 #include "solver/model/materials.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <filesystem>
@@ -32,16 +33,48 @@ struct Group {
   std::vector<int32_t> faces{};  // (4, faces), dimension 2 only; -1 for a node of no brick and for other shapes
 };
 
+// What makes a mesh the part that one rank has of a larger one: the bricks that touch a node which the rank owns, and the nodes of
+// these bricks, both in the order of the whole mesh.  Every node is owned by one rank.
+struct MeshPart {
+  // Of a group in the whole mesh.
+  struct Members {
+    int64_t nodes = 0, elements = 0, faces = 0;
+  };
+  int32_t rank = 0;
+  int64_t nodes = 0, elements = 0;                      // of the whole mesh
+  std::vector<int64_t> nodePositions, elementPositions; // places in the whole mesh, increasing
+  std::vector<int32_t> owners;                          // the rank of each node
+  std::vector<Members> groups;                          // as the mesh has them
+  std::array<double, 3> low{}, high{};                  // of all coordinates
+};
+
 struct Mesh {
   std::vector<double> coordinates;     // record layout (3, nodes)
   std::vector<int64_t> nodeNumbers;    // numbers of the mesh file
   std::vector<int32_t> connectivity;   // (8, elements), nodes counted from 0
   std::vector<int64_t> elementNumbers; // numbers of the mesh file
   std::vector<Group> groups;
+  std::optional<MeshPart> part{}; // nothing: the mesh is whole, and this rank owns it
 
   int32_t nodes() const { return static_cast<int32_t>(nodeNumbers.size()); }
   int32_t elements() const { return static_cast<int32_t>(elementNumbers.size()); }
   const Group* findGroup(const std::string& name) const;
+
+  int64_t wholeNodes() const { return part ? part->nodes : nodes(); }
+  int64_t wholeElements() const { return part ? part->elements : elements(); }
+  int64_t nodePosition(int32_t node) const { return part ? part->nodePositions[static_cast<std::size_t>(node)] : node; }
+  int64_t elementPosition(int32_t element) const {
+    return part ? part->elementPositions[static_cast<std::size_t>(element)] : element;
+  }
+  bool ownsNode(int32_t node) const { return !part || part->owners[static_cast<std::size_t>(node)] == part->rank; }
+  // The corner of a brick that comes first in the mesh: its owner speaks for the brick, which several ranks may compute.
+  int32_t firstCorner(int32_t element) const {
+    const auto corners = connectivity.begin() + 8 * static_cast<std::ptrdiff_t>(element);
+    return *std::min_element(corners, corners + 8);
+  }
+  bool ownsElement(int32_t element) const { return ownsNode(firstCorner(element)); }
+  // In the whole mesh.
+  MeshPart::Members membersOf(const Group& group) const;
 };
 
 // Prescribed motion of a group: the velocity of component c comes from velocity[c], which says what its values are; a fixed

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "solver/analysis/analysis.h"
-#include "solver/analysis/ranks.h"
+#include "solver/parallel/ranks.h"
 
 #include <cstdint>
 #include <string>

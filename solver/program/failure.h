@@ -1,7 +1,7 @@
 // A failure on one rank ends all of them, with one message to the user.
 #pragma once
 
-#include "solver/analysis/ranks.h"
+#include "solver/parallel/ranks.h"
 
 #include <stdexcept>
 #include <string>

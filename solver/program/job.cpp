@@ -4,7 +4,7 @@
 #include "glo.h"
 #include "reference_host.h"
 #include "solver/analysis/analysis.h"
-#include "solver/analysis/ranks.h"
+#include "solver/parallel/ranks.h"
 #include "solver/model/text.h"
 #include "solver/program/description.h"
 #include "solver/program/diagnostics.h"

@@ -1,7 +1,7 @@
 // The message, status and log files of a run on every rank, and what earlier runs have left in their place.
 #pragma once
 
-#include "solver/analysis/ranks.h"
+#include "solver/parallel/ranks.h"
 #include "solver/model/model.h"
 #include "solver/results/partial_file.h"
 

@@ -49,7 +49,7 @@ CaseFile readInput(const JobOptions& options) {
 
 void checkSame(const JobInput& input, const Ranks& ranks) {
   if (!ranks.areSeveral()) return;
-  const std::vector<int64_t> hashes = ranks.joined({static_cast<int64_t>(input.hash)});
+  const std::vector<int64_t> hashes = ranks.joined(std::vector<int64_t>{static_cast<int64_t>(input.hash)});
   for (std::size_t rank = 1; rank < hashes.size(); ++rank)
     if (hashes[rank] != hashes[0])
       throw InputError("rank " + std::to_string(rank) + " has read another case or mesh than rank 0 from " +

@@ -1,7 +1,7 @@
 // The input of a run: case and mesh, the same on all ranks, and the number of threads.
 #pragma once
 
-#include "solver/analysis/ranks.h"
+#include "solver/parallel/ranks.h"
 #include "solver/input/case_reader.h"
 #include "solver/program/job.h"
 

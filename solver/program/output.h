@@ -1,7 +1,7 @@
 // The result files of a run: history, fields and digest.
 #pragma once
 
-#include "solver/analysis/ranks.h"
+#include "solver/parallel/ranks.h"
 #include "solver/program/schedule.h"
 #include "solver/results/digest.h"
 #include "solver/results/event_file.h"
