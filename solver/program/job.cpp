@@ -4,8 +4,8 @@
 #include "glo.h"
 #include "reference_host.h"
 #include "solver/analysis/analysis.h"
-#include "solver/parallel/ranks.h"
 #include "solver/model/text.h"
+#include "solver/parallel/ranks.h"
 #include "solver/program/description.h"
 #include "solver/program/diagnostics.h"
 #include "solver/program/failure.h"
@@ -111,13 +111,14 @@ private:
   void writeState(Analysis& analysis, Output& output) {
     RestartState state;
     state.model = analysis.state();
+    output.synchronise(); // the file of the state promises that its results are there
+    ranks_.synchronise();
     if (!ranks_.isRoot()) return;
     Archive counted;
     visitRun(counted, output);
     state.run.resize(counted.count());
     Archive archive(Archive::Task::Save, state.run.data(), state.run.size());
     visitRun(archive, output);
-    output.synchronise(); // the file of the state promises that its results are there
     writeRestart(restartFile_, input_.hash, state);
     hasState_ = true;
   }
