@@ -75,7 +75,7 @@ void Output::writeHistory(const Analysis& analysis) {
 void Output::writeFields(const Analysis& analysis) {
   const Progress now = analysis.progress();
   const Energies energies = analysis.energies();
-  const Fields fields = analysis.fields();
+  const Fields fields = analysis.fields(); // every rank has a part in them
   results_.write(now.time, fields, energies);
   if (digest_) digest_->write(now, fields, energies);
   if (ranks_.isRoot())
