@@ -28,8 +28,8 @@ double dilatationalSpeed(const Material& material) {
 std::vector<std::string> describe(const Case& definition, const Mesh& mesh, const Ranks& ranks, int threads,
                                   double stableIncrement) {
   std::vector<std::string> lines{"job " + definition.job + ": " + definition.title,
-                                 "mesh " + definition.meshFile.string() + ": " + std::to_string(mesh.nodes()) +
-                                     " nodes, " + std::to_string(mesh.elements()) + " bricks"};
+                                 "mesh " + definition.mesh.name() + ": " + std::to_string(mesh.nodes()) + " nodes, " +
+                                     std::to_string(mesh.elements()) + " bricks"};
   std::vector<std::string> groups;
   for (const Group& group : mesh.groups)
     groups.push_back(

@@ -53,13 +53,13 @@ void checkSame(const JobInput& input, const Ranks& ranks) {
   for (std::size_t rank = 1; rank < hashes.size(); ++rank)
     if (hashes[rank] != hashes[0])
       throw InputError("rank " + std::to_string(rank) + " has read another case or mesh than rank 0 from " +
-                       input.caseFile.definition.file.string() + " and " + input.caseFile.definition.meshFile.string());
+                       input.caseFile.definition.file.string() + " and " + input.caseFile.definition.mesh.name());
 }
 
 } // namespace
 
 JobInput::JobInput(const JobOptions& options, const Ranks& ranks)
-    : threads(threadsOf(options, ranks)), caseFile(readInput(options)), mesh(readMesh(caseFile.definition.meshFile)),
+    : threads(threadsOf(options, ranks)), caseFile(readInput(options)), mesh(readMesh(caseFile.definition.mesh)),
       hash(inputHash(caseFile, mesh)) {
   checkGroups(caseFile, mesh);
   for (const Material& material : caseFile.definition.materials) checkData(material);
