@@ -40,7 +40,7 @@ std::string describe(const Balance& balance, const Mesh& mesh, const Ranks& rank
 std::vector<std::string> describe(const Case& definition, const Mesh& mesh, const Ranks& ranks, int threads,
                                   double stableIncrement) {
   std::vector<std::string> lines{"job " + definition.job + ": " + definition.title,
-                                 "mesh " + definition.meshFile.string() + ": " + std::to_string(mesh.wholeNodes()) +
+                                 "mesh " + definition.mesh.name() + ": " + std::to_string(mesh.wholeNodes()) +
                                      " nodes, " + std::to_string(mesh.wholeElements()) + " bricks"};
   std::vector<std::string> groups;
   for (const Group& group : mesh.groups) {

@@ -4,8 +4,8 @@
 #include "glo.h"
 #include "reference_host.h"
 #include "solver/analysis/analysis.h"
-#include "solver/parallel/ranks.h"
 #include "solver/model/text.h"
+#include "solver/parallel/ranks.h"
 #include "solver/program/description.h"
 #include "solver/program/diagnostics.h"
 #include "solver/program/failure.h"
@@ -73,7 +73,7 @@ private:
     try {
       return std::make_unique<Analysis>(mesh_, definition_, input_.threads);
     } catch (const InputError& error) {
-      throw InputError(definition_.file.string() + ", mesh " + definition_.meshFile.string() + ": " + error.what());
+      throw InputError(definition_.file.string() + ", mesh " + definition_.mesh.name() + ": " + error.what());
     }
   }
 
