@@ -66,11 +66,6 @@ DomainState* ownerOf(std::vector<DomainState>& domains, int64_t node) {
   return nullptr;
 }
 
-int32_t rankOf(const Numbering& numbering, int64_t node) {
-  const auto& first = numbering.firstOfRank;
-  return static_cast<int32_t>(std::upper_bound(first.begin(), first.end() - 1, node) - first.begin()) - 1;
-}
-
 } // namespace
 
 SavedState::SavedState(const Changing& state) : first_{0}, owners_{0} {
@@ -80,7 +75,7 @@ SavedState::SavedState(const Changing& state) : first_{0}, owners_{0} {
   for (const int32_t node : layout.numbering.internalNodes) {
     first_.push_back(archive.count());
     visitNode(archive, state, nullptr, node);
-    owners_.push_back(rankOf(layout.numbering, node));
+    owners_.push_back(0);
   }
   // those who have a brick know how much its material remembers
   std::vector<double> sizes(static_cast<std::size_t>(layout.bricks()), kInfinity);
@@ -97,7 +92,7 @@ SavedState::SavedState(const Changing& state) : first_{0}, owners_{0} {
   for (const int32_t brick : layout.internalBricks) {
     first_.push_back(end);
     end += static_cast<std::size_t>(sizes[static_cast<std::size_t>(brick)]);
-    owners_.push_back(rankOf(layout.numbering, layout.numbering.lowestNode(brick)));
+    owners_.push_back(0);
   }
   first_.push_back(end);
 }
@@ -165,8 +160,9 @@ void SavedState::restore(const std::vector<double>& words, const Changing& state
                        now.increment > 0 && std::isfinite(now.damping) && now.damping >= 0;
   if (!isSound) throw InputError("its time, increment or damping are none that an analysis has");
   for (DomainState& one : state.domains) {
-    [[maybe_unused]] auto& [domain, blocks, force, time, firstPrescribed, endPrescribed, firstLoaded, endLoaded,
-                            firstContact, endContact, faces, internal, internalBefore, work, stable, masked] = one;
+    [[maybe_unused]] auto& [domain, blocks, innerBlocks, force, time, firstPrescribed, endPrescribed, firstLoaded,
+                            endLoaded, firstContact, endContact, faces, internal, internalBefore, work, stable,
+                            masked] = one;
     time = now.time;
   }
 }

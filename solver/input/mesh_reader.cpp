@@ -4,6 +4,7 @@
 #include "solver/input/box_mesh.h"
 #include "solver/input/exodus_mesh.h"
 #include "solver/input/gmsh_mesh.h"
+#include "solver/parallel/distribution.h"
 
 #include <algorithm>
 #include <fstream>
@@ -99,44 +100,6 @@ MeshSlice sliceOf(const MeshInput& input, const Ranks& ranks) {
   std::vector<int32_t> isExodus{ranks.isRoot() && isDatabase(input.file) ? 1 : 0};
   ranks.broadcast(isExodus);
   return isExodus[0] == 1 ? sliceOfExodus(input.file, ranks) : handedOut(input.file, ranks);
-}
-
-Mesh joinedMesh(const std::vector<MeshSlice>& slices) {
-  const int64_t nodes = slices.at(0).nodes, elements = slices.at(0).elements;
-  // 3 * nodes and 16 * bricks are counted in 32 bits
-  constexpr int64_t most = std::numeric_limits<int32_t>::max();
-  if (nodes > most / 3 || elements > most / 16)
-    throw InputError("a mesh of " + std::to_string(nodes) + " nodes and " + std::to_string(elements) +
-                     " bricks is more than one rank can count");
-  const auto asSize = [](int64_t count) { return static_cast<std::size_t>(count); };
-  Mesh mesh;
-  mesh.nodeNumbers.resize(asSize(nodes)), mesh.coordinates.resize(asSize(3 * nodes));
-  mesh.elementNumbers.resize(asSize(elements)), mesh.connectivity.resize(asSize(8 * elements));
-  for (std::size_t g = 0; g < slices[0].groupNames.size(); ++g)
-    mesh.groups.push_back({slices[0].groupNames[g], slices[0].groupDimensions[g], {}, {}});
-  const auto append = [](std::vector<int32_t>& to, const std::vector<int64_t>& from) {
-    for (const int64_t place : from) to.push_back(static_cast<int32_t>(place));
-  };
-  for (const MeshSlice& slice : slices) {
-    std::copy(slice.nodeNumbers.begin(), slice.nodeNumbers.end(), mesh.nodeNumbers.begin() + slice.firstNode);
-    std::copy(slice.coordinates.begin(), slice.coordinates.end(), mesh.coordinates.begin() + 3 * slice.firstNode);
-    for (std::size_t e = 0; e < slice.elementPositions.size(); ++e) {
-      const std::size_t at = asSize(slice.elementPositions[e]);
-      mesh.elementNumbers[at] = slice.elementNumbers[e];
-      for (std::size_t k = 0; k < 8; ++k)
-        mesh.connectivity[8 * at + k] = static_cast<int32_t>(slice.connectivity[8 * e + k]);
-    }
-    for (std::size_t g = 0; g < mesh.groups.size(); ++g) {
-      append(mesh.groups[g].nodes, slice.groups[g].nodes);
-      append(mesh.groups[g].elements, slice.groups[g].elements);
-      append(mesh.groups[g].faces, slice.groups[g].faces);
-    }
-  }
-  for (Group& group : mesh.groups) {
-    std::sort(group.nodes.begin(), group.nodes.end());
-    std::sort(group.elements.begin(), group.elements.end());
-  }
-  return mesh;
 }
 
 Mesh readMesh(const MeshInput& input) {

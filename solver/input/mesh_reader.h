@@ -15,7 +15,4 @@ MeshSlice sliceOf(const MeshInput& input, const Ranks& ranks);
 // The whole mesh, by this process alone.
 Mesh readMesh(const MeshInput& input);
 
-// One mesh of the slices that all ranks have.  Throws InputError when it has more than one rank can count.
-Mesh joinedMesh(const std::vector<MeshSlice>& slices);
-
 } // namespace sharedanalysis::solver
