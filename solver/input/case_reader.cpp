@@ -1,5 +1,6 @@
 #include "solver/input/case_reader.h"
 
+#include "solver/input/box_mesh.h"
 #include "solver/input/case_table.h"
 #include "solver/input/material_reader.h"
 #include "solver/model/text.h"
@@ -164,7 +165,10 @@ private:
     if (case_.job.ends_with(".events"))
       root_.fail("job", "job is \"" + case_.job + "\", expected a name without .events, which events of a job have");
     case_.title = root_.text("title", case_.job);
-    case_.meshFile = besideCase(root_.text("mesh"));
+    if (root_.isTable("mesh"))
+      case_.mesh.box = readBox(root_.table("mesh", {"box"}));
+    else
+      case_.mesh.file = besideCase(root_.text("mesh"));
   }
 
   void materials() {

@@ -6,6 +6,7 @@
 #include "solver/model/histories.h"
 #include "solver/model/loads.h"
 #include "solver/model/materials.h"
+#include "solver/model/mesh_input.h"
 
 #include <algorithm>
 #include <array>
@@ -127,7 +128,8 @@ inline constexpr std::array<const char*, 10> outputFields{"displacement",
                                                           "material_orientation"};
 
 struct Case {
-  std::filesystem::path file, meshFile, outputDirectory;
+  std::filesystem::path file, outputDirectory;
+  MeshInput mesh;
   std::string job, title;
   std::vector<Material> materials;
   std::vector<Section> sections; // cover every brick exactly once

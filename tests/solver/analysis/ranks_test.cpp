@@ -329,7 +329,7 @@ TEST_F(RanksTest, StatesHoldAllThatAnAnalysisNeeds) {
   writeIrregular();
   writeLoaded();
   writeMixed();
-  const solver::Mesh mesh = solver::readMesh("mixed.msh");
+  const solver::Mesh mesh = solver::readMesh({"mixed.msh", {}});
   for (const char* file : {"mixed.toml", "damped.toml"}) {
     const solver::Case definition = solver::readCase(file).definition;
     solver::Analysis whole(mesh, definition, 1);
