@@ -103,14 +103,14 @@ public:
     float version = 0;
     if (Zoltan_Initialize(0, nullptr, &version) != ZOLTAN_OK) return false;
     const std::unique_ptr<Zoltan> zoltan = std::make_unique<Zoltan>(world_);
-    for (const auto& [key, value] : {std::pair{"LB_METHOD", "RCB"},
+    for (const auto& [key, value] : {std::pair{"DEBUG_LEVEL", "0"}, // first: it also speaks of the others
+                                     {"LB_METHOD", "RCB"},
                                      {"NUM_GID_ENTRIES", "2"},
                                      {"NUM_LID_ENTRIES", "0"},
                                      {"OBJ_WEIGHT_DIM", "0"},
                                      {"RETURN_LISTS", "PART"},
                                      {"RCB_RECTILINEAR_BLOCKS", "0"},
-                                     {"IMBALANCE_TOL", "1.01"},
-                                     {"DEBUG_LEVEL", "0"}})
+                                     {"IMBALANCE_TOL", "1.01"}})
       zoltan->Set_Param(key, value);
     Points own{points, rank_};
     zoltan->Set_Num_Obj_Fn(Points::count, &own);

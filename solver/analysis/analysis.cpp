@@ -40,7 +40,12 @@ struct Analysis::Data {
     outside.loads = makeLoads(layout, nodes.X, domains);
     outside.contacts = makeContacts(layout, nodes.X, prescribed, domains);
     setVelocities(layout, prescribed, nodes);
-    for (DomainState& state : domains) evaluateForces(definition, nodes, 0.0, state, outside.loads);
+    sendMotion(layout, nodes);
+    receiveMotion(layout, nodes);
+    for (DomainState& state : domains) {
+      evaluateInner(definition, nodes, 0.0, state);
+      evaluateRest(definition, nodes, 0.0, state, outside.loads);
+    }
     ending = findEnding(layout, nodes, domains, outcomeOf(layout.ranks, domains), course, distortion);
     course.firstStable = course.stable;
     course.damping = definition.damping;
@@ -51,8 +56,8 @@ struct Analysis::Data {
     for (const DomainState& state : domains)
       for (const BlockEvent& event : state.work.events)
         if (state.speaksFor(layout, event.brick))
-          events.push_back({course.increment, course.time,
-                            layout.numbering.elements[static_cast<std::size_t>(event.brick)], event.kind, event.value});
+          events.push_back({course.increment, course.time, layout.mesh.elementPosition(layout.meshBrick(event.brick)),
+                            event.kind, event.value});
   }
   const Collected& collectedNow() {
     if (!collected) collected = solver::collect(layout, nodes, outside, course, domains, team);
@@ -98,15 +103,15 @@ Ending Analysis::advanceTo(double end, int64_t increments, double pause) {
     };
     while (running) {
       eachDomain([&](DomainState& own) { move(d.layout.definition, now, step, own, d.nodes, d.outside); });
-      d.team.meet([&] {
-        if (d.layout.ranks.areSeveral()) d.guarded([&] { exchangeMotion(d.layout, d.nodes); });
-      });
-      eachDomain([&](DomainState& own) { evaluateForces(d.layout.definition, d.nodes, step, own, d.outside.loads); });
+      d.team.meet([&] { d.guarded([&] { sendMotion(d.layout, d.nodes); }); });
+      eachDomain([&](DomainState& own) { evaluateInner(d.layout.definition, d.nodes, step, own); });
+      if (!d.layout.neighbours.empty()) d.team.meet([&] { d.guarded([&] { receiveMotion(d.layout, d.nodes); }); });
+      eachDomain([&](DomainState& own) { evaluateRest(d.layout.definition, d.nodes, step, own, d.outside.loads); });
       d.team.meet([&] {
         now.time = step >= end - now.time ? end : now.time + step;
         now.lastIncrement = step;
         ++now.increment;
-        d.updates += d.layout.bricks();
+        d.updates += d.layout.mesh.wholeElements();
         d.guarded([&] {
           d.keepEvents();
           const Outcome all = outcomeOf(d.layout.ranks, d.domains);
@@ -148,7 +153,8 @@ Progress Analysis::progress() const {
 
 int64_t Analysis::elementUpdates() const { return data_->updates; }
 
-const std::vector<int64_t>& Analysis::distortedElements() const { return data_->distortion.all; }
+int64_t Analysis::distortedCount() const { return data_->distortion.count; }
+const std::vector<int64_t>& Analysis::distortedElements() const { return data_->distortion.first; }
 const std::vector<int64_t>& Analysis::ownDistortedElements() const { return data_->distortion.own; }
 
 void Analysis::setObserver(std::function<void(const Progress&, double)> observer) {
@@ -161,20 +167,13 @@ Energies Analysis::energies() const { return data_->collectedNow().energies; }
 
 const std::vector<double>& Analysis::measures() const { return data_->collectedNow().measures; }
 
-std::array<double, 3> Analysis::linearMomentum() const {
-  const FloatingPointMode mode;
-  return solver::linearMomentum(data_->layout, data_->nodes, data_->collectedNow());
-}
-
-std::array<double, 3> Analysis::angularMomentum() const {
-  const FloatingPointMode mode;
-  return solver::angularMomentum(data_->layout, data_->nodes, data_->collectedNow());
-}
+std::array<double, 3> Analysis::linearMomentum() const { return data_->collectedNow().linearMomentum; }
+std::array<double, 3> Analysis::angularMomentum() const { return data_->collectedNow().angularMomentum; }
 
 Fields Analysis::fields() const {
   const FloatingPointMode mode;
   Data& d = *data_;
-  d.fields.fill(d.layout, d.nodes.X, d.outside.prescribed, d.collectedNow());
+  d.fields.fill(d.layout, d.nodes, d.outside.prescribed, d.collectedNow());
   return d.fields.spans();
 }
 

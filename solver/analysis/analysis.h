@@ -34,7 +34,11 @@ struct Progress {
   int64_t increment = 0;
 };
 
-// Fields at an output time, in the numbering of the mesh; spans stay valid until the next step.
+// Bricks that are named where there are many.
+inline constexpr std::size_t kMostNamed = 8;
+
+// Fields at an output time, in the numbering of the mesh; spans stay valid until the next step.  Of a part of a mesh all its nodes
+// have values, and the bricks for which this rank speaks.
 struct Fields {
   std::span<const double> displacement, velocity, reaction; // (3, nodes)
   std::span<const double> stress;                           // (6, elements), S33, component fastest
@@ -50,7 +54,8 @@ enum class Ending { Running, Complete, Distorted, IncrementCollapsed, NotFinite,
 
 class Analysis {
 public:
-  // Checks the model against the mesh: inverted or zero-volume bricks and unknown groups throw InputError.
+  // Checks the model against the mesh: inverted or zero-volume bricks and unknown groups throw InputError.  With several ranks each
+  // has its part of the mesh.
   Analysis(const Mesh& mesh, const Case& definition, int threads);
   ~Analysis();
   Analysis(const Analysis&) = delete;
@@ -75,9 +80,8 @@ public:
   // The observer is called after every increment, on every rank, with its size; it must not throw.
   void setObserver(std::function<void(const Progress&, double)> observer);
 
-  // Brings what results are made of to the root.  Energies, momenta and fields do so by themselves: every rank calls this, or
-  // the first of them, at the same times.  Energies are known to every rank afterwards, momenta, measures and fields to the
-  // root.
+  // Computes what results are made of.  Energies, momenta, measures and fields do so by themselves: every rank calls this, or
+  // the first of them, at the same times, and all of them call fields().  Sums are known to every rank afterwards.
   void collect();
 
   // What has happened to bricks since the last call, in the order of increments and elements.  Every rank calls it and gets all.
@@ -88,11 +92,13 @@ public:
   const std::vector<double>& measures() const; // those that measureNames() of the case names
   std::array<double, 3> linearMomentum() const;
   std::array<double, 3> angularMomentum() const; // about the origin
-  Fields fields() const;
-  int64_t elementUpdates() const; // bricks times increments, for rates
-  // After Distorted: the mesh numbers of the bricks that were masked in the last increment, of all ranks.
+  Fields fields() const;                         // every rank calls it
+  int64_t elementUpdates() const;                // bricks times increments, for rates
+  // After Distorted: how many bricks of all ranks were masked in the last increment, the first kMostNamed of their numbers in
+  // the mesh, and all numbers of those that this rank speaks for.
+  int64_t distortedCount() const;
   const std::vector<int64_t>& distortedElements() const;
-  const std::vector<int64_t>& ownDistortedElements() const; // those that this rank speaks for
+  const std::vector<int64_t>& ownDistortedElements() const;
 
 private:
   struct Data;

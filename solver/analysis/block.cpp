@@ -45,8 +45,8 @@ BlockWork::BlockWork()
       b(6 * kLargest), V(6 * kLargest), bound(kLargest), bulk(kLargest), force(24 * kLargest), ratio(kLargest),
       rate(kLargest), power(kLargest), failureStrain(kLargest), inviscid(kLargest) {}
 
-Block::Block(std::span<const int32_t> bricks, const Numbering& numbering, const Material& material,
-             const Case& definition, const Domain& domain)
+Block::Block(std::span<const int32_t> bricks, std::span<const int32_t> records, const Numbering& numbering,
+             const Material& material, const Case& definition)
     : n_(static_cast<int32_t>(bricks.size())), ld_(leadingDimension(n_)), bricks_(bricks.begin(), bricks.end()),
       gatherMap_(8 * ld_), assemblyMap_(8 * n_), B0_(24 * ld_), H0_(12 * ld_), V0_(ld_), mass_(n_), hourglass_(n_),
       shear_(n_, material.shearModulus()), density_(n_, material.density), material_(&material), points_(material, n_),
@@ -57,7 +57,7 @@ Block::Block(std::span<const int32_t> bricks, const Numbering& numbering, const 
       const int32_t brick = bricks_[std::min(e, n_ - 1)];
       const int32_t node = numbering.connectivity[8 * static_cast<size_t>(brick) + corner];
       gatherMap_[corner * ld_ + e] = node + 1;
-      if (e < n_) assemblyMap_[8 * e + corner] = domain.place(node) + 1;
+      if (e < n_) assemblyMap_[8 * e + corner] = records[static_cast<size_t>(8 * e + corner)] + 1;
     }
   std::fill(hourglass_.begin(), hourglass_.end(), definition.hourglassCoefficient);
 }

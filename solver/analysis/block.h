@@ -3,7 +3,7 @@
 
 #include "solver/analysis/block_kernels.h"
 #include "solver/analysis/events.h"
-#include "solver/analysis/partition.h"
+#include "solver/analysis/numbering.h"
 #include "solver/model/archive.h"
 #include "solver/model/model.h"
 
@@ -28,8 +28,9 @@ struct BlockWork {
 class Block {
 public:
   // `bricks` are internal numbers in increasing order; nodes are counted from 0.
-  Block(std::span<const int32_t> bricks, const Numbering& numbering, const Material& material, const Case& definition,
-        const Domain& domain);
+  // `records` has the places of their corners, (8, bricks), in the force array.
+  Block(std::span<const int32_t> bricks, std::span<const int32_t> records, const Numbering& numbering,
+        const Material& material, const Case& definition);
 
   // Reference gradient, volume and hourglass data from the undeformed coordinates.  Marks bricks without positive volume.
   void setReference(const std::vector<double>& X, BlockWork& work);

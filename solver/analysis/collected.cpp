@@ -2,7 +2,9 @@
 
 #include "solver/analysis/contact.h"
 #include "solver/analysis/damping.h"
+#include "solver/analysis/increment.h"
 #include "solver/analysis/loads.h"
+#include "solver/parallel/exact_sum.h"
 
 #include <algorithm>
 #include <iterator>
@@ -35,39 +37,11 @@ std::vector<double> brickValues(const Layout& layout, const std::vector<double>&
   return values;
 }
 
-// The bricks of each rank, in increasing order, to the root.
-void collectBricks(const Layout& layout, std::vector<double>& bricks) {
-  const Ranks& ranks = layout.ranks;
-  for (int32_t rank = 1; rank < ranks.size(); ++rank) {
-    if (!ranks.isRoot() && rank != layout.ranks.rank()) continue;
-    std::vector<int64_t> theirs;
-    for (int64_t e = 0; e < layout.bricks(); ++e) {
-      const int64_t node = layout.numbering.lowestNode(e);
-      if (node >= layout.numbering.firstOfRank[static_cast<size_t>(rank)] &&
-          node < layout.numbering.firstOfRank[static_cast<size_t>(rank) + 1])
-        theirs.push_back(e);
-    }
-    std::vector<double> values(kBrickValues * theirs.size());
-    const auto each = [&](auto copy) {
-      for (size_t k = 0; k < theirs.size(); ++k)
-        for (int c = 0; c < kBrickValues; ++c)
-          copy(values[kBrickValues * k + c], bricks[kBrickValues * static_cast<size_t>(theirs[k]) + c]);
-    };
-    if (ranks.isRoot()) {
-      ranks.receive(values, rank);
-      each([](double received, double& kept) { kept = received; });
-    } else {
-      each([](double& sent, double own) { sent = own; });
-      ranks.send(values, 0);
-    }
-  }
-}
-
 // At the present time, half an increment beyond the last half step; prescribed components follow their history.
 std::vector<double> velocitiesNow(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed,
                                   const Course& course, const std::vector<DomainState>& domains) {
   const std::vector<double>& v = nodes.v;
-  std::vector<double> now(v.size());
+  std::vector<double> now(v.size()); // zero for nodes of other ranks
   for (const DomainState& state : domains)
     for (int64_t i = state.domain.firstNode; i < state.domain.endNode; ++i)
       for (int c = 0; c < 3; ++c) {
@@ -96,153 +70,188 @@ std::vector<double> reactionsNow(const Layout& layout, const NodeState& nodes, c
   return now;
 }
 
-// Sums run in the order of one rank and domain, so that they have one value for any number of them.
-Energies sumEnergies(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed, const Course& course,
-                     const Collected& collected) {
-  const std::vector<double>& mass = nodes.mass;
-  Energies sum;
-  for (const int32_t i : layout.numbering.order) {
-    const size_t at = 3 * static_cast<size_t>(i);
-    const double* w = &collected.velocity[at];
-    sum.kinetic += 0.5 * mass[i] * (w[0] * w[0] + w[1] * w[1] + w[2] * w[2]);
-    for (size_t c = 0; c < 3; ++c)
-      sum.external += mass[i] * layout.definition.gravity[c] * (collected.x[at + c] - nodes.X[at + c]);
-  }
-  // work up to the present time: add the last half increment
-  for (const size_t k : prescribed.order)
-    sum.external +=
-        collected.work[k] + 0.5 * collected.reactions[k] * collected.prescribedSpeed[k] * course.lastIncrement;
-  for (int64_t e = 0; e < layout.bricks(); ++e) {
-    const double* brick = &collected.bricks[kBrickValues * static_cast<size_t>(e)];
-    sum.strain += brick[0] * brick[1];
-    sum.hourglass += brick[2];
-    sum.viscous += brick[3];
-    sum.damage += brick[4];
-  }
-  return sum;
+// Vectors of mesh nodes, (3, nodes): those of other ranks from their owners.
+void exchangeOfMesh(const Layout& layout, std::initializer_list<std::vector<double>*> fields) {
+  exchangeNodes(
+      layout,
+      [&](int32_t node, auto&& visit) {
+        for (std::vector<double>* field : fields)
+          for (std::size_t c = 0; c < 3; ++c) visit((*field)[3 * static_cast<std::size_t>(layout.meshNode(node)) + c]);
+      },
+      3 * fields.size());
 }
 
-// Of a group, over its nodes or bricks in the order of the mesh: means of motion, sums of the rest.
-void addGroup(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed, const GroupHistory& history,
-              Collected& collected) {
-  const Group* group = layout.mesh.findGroup(history.group);
-  if (!group) throw InputError("history: the mesh has no group \"" + history.group + "\"");
-  const auto count = static_cast<double>(group->nodes.size());
-  for (const GroupQuantity* quantity : history.quantities) {
-    std::array<double, 5> sum{};
-    if (quantity->kind == GroupQuantityKind::Energy)
-      for (const int32_t element : group->elements) {
-        const double* brick =
-            &collected.bricks[kBrickValues * static_cast<size_t>(layout.internalBricks[static_cast<size_t>(element)])];
-        const double values[] = {brick[0] * brick[1], brick[2], brick[3], brick[4], brick[5]};
-        for (size_t k = 0; k < 5; ++k) sum[k] += values[k];
-      }
-    else
-      for (const int32_t node : group->nodes) {
-        const int32_t internal = layout.numbering.internalNodes[static_cast<size_t>(node)];
-        const size_t at = 3 * static_cast<size_t>(internal);
-        for (size_t c = 0; c < 3; ++c) {
-          if (quantity->kind == GroupQuantityKind::Displacement)
-            sum[c] += (collected.x[at + c] - nodes.X[at + c]) / count;
-          if (quantity->kind == GroupQuantityKind::Velocity) sum[c] += collected.velocity[at + c] / count;
-        }
-        if (quantity->kind != GroupQuantityKind::Reaction) continue;
-        for (size_t k = prescribed.firstOf(internal); k < prescribed.firstOf(internal + int64_t{1}); ++k)
-          prescribed.components[k].addTo(&sum[0], collected.reactions[k]);
-      }
-    collected.measures.insert(collected.measures.end(), sum.begin(), sum.begin() + quantity->count);
+// The sums of energies, momenta and histories of groups, which are exact: no order of nodes, bricks or ranks shows in them.
+class Sums {
+public:
+  Sums(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed, const Course& course,
+       Collected& collected)
+      : layout_(layout), nodes_(nodes), prescribed_(prescribed), course_(course), collected_(collected),
+        sums_(kGroups + groupColumns()) {}
+
+  void add() {
+    addNodes();
+    addReactions();
+    addBricks();
+    std::size_t column = kGroups;
+    for (const GroupHistory& history : layout_.definition.groupHistories) addGroup(history, column);
   }
-}
+  // Into what was collected; groups to the end of the measures.
+  void store(double damped, double contact) {
+    const std::vector<double> all = sumOverRanks(sums_, layout_.ranks);
+    collected_.energies = {all[kKinetic], all[kStrain],   all[kHourglass], all[kViscous],
+                           all[kDamage],  all[kExternal], damped,          contact};
+    std::copy_n(all.begin() + kLinear, 3, collected_.linearMomentum.begin());
+    std::copy_n(all.begin() + kAngular, 3, collected_.angularMomentum.begin());
+    groups_.assign(all.begin() + kGroups, all.end());
+  }
+  const std::vector<double>& groups() const { return groups_; }
+
+private:
+  enum Place {
+    kKinetic,
+    kExternal,
+    kStrain,
+    kHourglass,
+    kViscous,
+    kDamage,
+    kLinear,
+    kAngular = kLinear + 3,
+    kGroups = kAngular + 3
+  };
+
+  std::size_t groupColumns() const {
+    std::size_t count = 0;
+    for (const GroupHistory& history : layout_.definition.groupHistories)
+      for (const GroupQuantity* quantity : history.quantities) count += static_cast<std::size_t>(quantity->count);
+    return count;
+  }
+
+  void addNodes() {
+    const std::array<double, 3>& gravity = layout_.definition.gravity;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(layout_.numbering.owned); ++i) {
+      const double *x = &nodes_.x[3 * i], *X = &nodes_.X[3 * i], *w = &collected_.velocity[3 * i], m = nodes_.mass[i];
+      sums_[kKinetic].add(0.5 * m * (w[0] * w[0] + w[1] * w[1] + w[2] * w[2]));
+      for (std::size_t c = 0; c < 3; ++c) {
+        const std::size_t c1 = (c + 1) % 3, c2 = (c + 2) % 3;
+        if (gravity[c] != 0) sums_[kExternal].add(m * gravity[c] * (x[c] - X[c]));
+        sums_[kLinear + c].add(m * w[c]);
+        sums_[kAngular + c].add(m * (x[c1] * w[c2] - x[c2] * w[c1]));
+      }
+    }
+  }
+  // Work up to the present time: with the last half increment.
+  void addReactions() {
+    for (std::size_t k = 0; k < prescribed_.components.size(); ++k) {
+      const PrescribedComponent& p = prescribed_.components[k];
+      sums_[kExternal].add(p.work + 0.5 * collected_.reactions[k] * p.of(nodes_.v.data()) * course_.lastIncrement);
+    }
+  }
+  void addBricks() {
+    for (std::size_t e = 0; e < static_cast<std::size_t>(layout_.bricks()); ++e) {
+      const double* brick = &collected_.bricks[kBrickValues * e]; // zeros where another rank speaks
+      sums_[kStrain].add(brick[0] * brick[1]);
+      sums_[kHourglass].add(brick[2]);
+      sums_[kViscous].add(brick[3]);
+      sums_[kDamage].add(brick[4]);
+    }
+  }
+  // Over its nodes or bricks: means of motion, sums of the rest.
+  void addGroup(const GroupHistory& history, std::size_t& column) {
+    const Group* group = layout_.mesh.findGroup(history.group);
+    if (!group) throw InputError("history: the mesh has no group \"" + history.group + "\"");
+    for (const GroupQuantity* quantity : history.quantities) {
+      ExactSum* sum = &sums_[column];
+      column += static_cast<std::size_t>(quantity->count);
+      if (quantity->kind == GroupQuantityKind::Energy)
+        addBricksOf(*group, sum);
+      else
+        addNodesOf(*group, quantity->kind, sum);
+    }
+  }
+  void addBricksOf(const Group& group, ExactSum* sum) {
+    for (const int32_t element : group.elements) {
+      const auto internal = static_cast<std::size_t>(layout_.internalBricks[static_cast<std::size_t>(element)]);
+      const double* brick = &collected_.bricks[kBrickValues * internal];
+      const double values[] = {brick[0] * brick[1], brick[2], brick[3], brick[4], brick[5]};
+      for (std::size_t k = 0; k < 5; ++k) sum[k].add(values[k]);
+    }
+  }
+  void addNodesOf(const Group& group, GroupQuantityKind kind, ExactSum* sum) {
+    const auto count = static_cast<double>(layout_.mesh.membersOf(group).nodes);
+    for (const int32_t node : group.nodes) {
+      if (!layout_.mesh.ownsNode(node)) continue;
+      const int32_t internal = layout_.internalNode(node);
+      const std::size_t at = 3 * static_cast<std::size_t>(internal);
+      std::array<double, 3> value{};
+      for (std::size_t c = 0; c < 3; ++c) {
+        if (kind == GroupQuantityKind::Displacement) value[c] = (nodes_.x[at + c] - nodes_.X[at + c]) / count;
+        if (kind == GroupQuantityKind::Velocity) value[c] = collected_.velocity[at + c] / count;
+      }
+      if (kind == GroupQuantityKind::Reaction)
+        for (std::size_t k = prescribed_.firstOf(internal); k < prescribed_.firstOf(internal + int64_t{1}); ++k)
+          prescribed_.components[k].addTo(value.data(), collected_.reactions[k]);
+      for (std::size_t c = 0; c < 3; ++c) sum[c].add(value[c]);
+    }
+  }
+
+  const Layout& layout_;
+  const NodeState& nodes_;
+  const Prescribed& prescribed_;
+  const Course& course_;
+  Collected& collected_;
+  std::vector<ExactSum> sums_;
+  std::vector<double> groups_;
+};
 
 } // namespace
 
 Collected collect(const Layout& layout, const NodeState& nodes, Outside& outside, const Course& course,
                   std::vector<DomainState>& domains, Team& team) {
-  const Ranks& ranks = layout.ranks;
   const FloatingPointMode mode;
   const Prescribed& prescribed = outside.prescribed;
   Collected collected;
-  const auto ofNodes = [&](std::vector<double>& values) {
-    std::vector<int64_t> first = layout.numbering.firstOfRank;
-    for (int64_t& node : first) node *= 3;
-    ranks.gatherRanges(values, first);
-  };
-  collected.x = nodes.x;
   collected.velocity = velocitiesNow(layout, nodes, prescribed, course, domains);
   for (const DomainState& state : domains)
     touchNow(layout.definition, course, state, prescribed, nodes, collected.velocity, outside.contacts);
-  ofNodes(collected.x);
-  ofNodes(collected.velocity);
   collected.reactions = reactionsNow(layout, nodes, prescribed, course, domains);
   for (const Contact& contact : outside.contacts.all) // what supports take of the pressure of planes
     for (size_t k = contact.firstPrescribed; k < contact.endPrescribed; ++k)
       collected.reactions[k] -= prescribed.components[k].of(contact.normalForce);
-  for (const PrescribedComponent& p : prescribed.components) {
-    collected.work.push_back(p.work);
-    collected.prescribedSpeed.push_back(p.of(nodes.v.data()));
-  }
-  for (std::vector<double>* values : {&collected.reactions, &collected.work, &collected.prescribedSpeed})
-    ranks.gatherRanges(*values, prescribed.firstOfRank);
+  collected.bricks = brickValues(layout, nodes.x, domains, team);
 
   collected.measures = workOfLoads(layout, nodes, course, outside.loads);
   const ContactSums contacts = sumContacts(layout, course, nodes, outside.contacts);
-  collected.bricks = brickValues(layout, nodes.x, domains, team);
-  if (ranks.areSeveral()) collectBricks(layout, collected.bricks);
   const bool isDamped = layout.definition.isDamped();
   const double damped = isDamped ? dampingEnergy(layout, nodes, course, collected.velocity) : 0;
-  std::vector<double> sums(8);
-  if (ranks.isRoot()) {
-    Energies all = sumEnergies(layout, nodes, prescribed, course, collected);
-    for (const double work : collected.measures) all.external += work;
-    for (const ContactSums::OfPlane& plane : contacts.planes) all.external += plane.work;
-    sums = {all.kinetic, all.strain,   all.hourglass, all.viscous,
-            all.damage,  all.external, damped,        contacts.friction + contacts.impact};
-  }
-  ranks.broadcast(sums);
-  collected.energies = {sums[0], sums[1], sums[2], sums[3], sums[4], sums[5], sums[6], sums[7]};
+  Sums sums(layout, nodes, prescribed, course, collected);
+  sums.add();
+  sums.store(damped, contacts.friction + contacts.impact);
+  for (const double work : collected.measures) collected.energies.external += work;
+  for (const ContactSums::OfPlane& plane : contacts.planes) collected.energies.external += plane.work;
   std::vector<double>& measures = collected.measures;
   for (const ContactSums::OfPlane& plane : contacts.planes)
     measures.insert(measures.end(), {plane.work, plane.force[0], plane.force[1], plane.force[2]});
   if (!contacts.planes.empty()) measures.insert(measures.end(), {contacts.friction, contacts.impact});
   if (isDamped) measures.push_back(damped);
   if (layout.definition.quasiStatic) measures.insert(measures.end(), {course.damping, collected.energies.stillness()});
-  for (const GroupHistory& history : layout.definition.groupHistories)
-    addGroup(layout, nodes, prescribed, history, collected);
+  measures.insert(measures.end(), sums.groups().begin(), sums.groups().end());
   return collected;
 }
 
-std::array<double, 3> linearMomentum(const Layout& layout, const NodeState& nodes, const Collected& collected) {
-  std::array<double, 3> sum{};
-  for (const int32_t i : layout.numbering.order)
-    for (size_t c = 0; c < 3; ++c) sum[c] += nodes.mass[i] * collected.velocity[3 * static_cast<size_t>(i) + c];
-  return sum;
-}
-
-std::array<double, 3> angularMomentum(const Layout& layout, const NodeState& nodes, const Collected& collected) {
-  std::array<double, 3> sum{};
-  for (const int32_t i : layout.numbering.order) {
-    const double *x = &collected.x[3 * static_cast<size_t>(i)], *w = &collected.velocity[3 * static_cast<size_t>(i)];
-    for (int c = 0; c < 3; ++c) {
-      const int c1 = (c + 1) % 3, c2 = (c + 2) % 3;
-      sum[c] += nodes.mass[i] * (x[c1] * w[c2] - x[c2] * w[c1]);
-    }
-  }
-  return sum;
-}
-
-void FieldArrays::fill(const Layout& layout, const std::vector<double>& X, const Prescribed& prescribed,
+void FieldArrays::fill(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed,
                        const Collected& collected) {
-  const size_t nodes = static_cast<size_t>(layout.nodes()), bricks = static_cast<size_t>(layout.bricks());
-  displacement.resize(3 * nodes);
-  velocity.resize(3 * nodes);
-  reaction.assign(3 * nodes, 0.0);
+  const size_t count = static_cast<size_t>(layout.nodes()), bricks = static_cast<size_t>(layout.bricks());
+  displacement.resize(3 * count);
+  velocity.resize(3 * count);
+  reaction.assign(3 * count, 0.0);
   stress.resize(6 * bricks);
   elementEnergy.resize(bricks);
   elementMask.resize(bricks);
-  for (size_t i = 0; i < nodes; ++i)
+  for (size_t i = 0; i < count; ++i)
     for (size_t c = 0; c < 3; ++c) {
       const size_t at = 3 * static_cast<size_t>(layout.numbering.nodes[i]) + c;
-      displacement[at] = collected.x[3 * i + c] - X[3 * i + c];
+      displacement[at] = nodes.x[3 * i + c] - nodes.X[3 * i + c];
       velocity[at] = collected.velocity[3 * i + c];
     }
   for (size_t k = 0; k < prescribed.components.size(); ++k) {
@@ -253,6 +262,7 @@ void FieldArrays::fill(const Layout& layout, const std::vector<double>& X, const
     else
       p.addTo(ofNode, collected.reactions[k]);
   }
+  exchangeOfMesh(layout, {&velocity, &reaction});
   for (size_t e = 0; e < bricks; ++e) {
     const double* brick = &collected.bricks[kBrickValues * e];
     const size_t at = static_cast<size_t>(layout.numbering.elements[e]);

@@ -1,4 +1,4 @@
-// What results are made of, brought from all ranks to the root: motion, reactions and values of bricks, and their sums.
+// What results are made of: motion, reactions and values of bricks of this rank, and their sums over all.
 #pragma once
 
 #include "solver/analysis/state.h"
@@ -9,11 +9,13 @@
 namespace sharedanalysis::solver {
 
 struct Collected {
-  std::vector<double> x, velocity;                      // (3, nodes), internal numbering, at the present time
-  std::vector<double> reactions, work, prescribedSpeed; // of the prescribed components
-  std::vector<double> bricks;                           // (kBrickValues, bricks)
-  std::vector<double> measures;                         // those of the case: of its loads, planes and damping
-  Energies energies;                                    // on every rank
+  std::vector<double> velocity;  // (3, nodes), internal numbering, of the own nodes, at the present time
+  std::vector<double> reactions; // of the prescribed components
+  std::vector<double> bricks;    // (kBrickValues, bricks), of those that this rank speaks for
+  // Sums over the whole model, on every rank.
+  Energies energies;
+  std::array<double, 3> linearMomentum{}, angularMomentum{}; // the latter about the origin
+  std::vector<double> measures;                              // those of the case: of its loads, planes and damping
 };
 // Volume, strain energy density, hourglass, viscous and damage energy, mask, stress.
 inline constexpr int kBrickValues = 12;
@@ -22,16 +24,13 @@ inline constexpr int kBrickValues = 12;
 Collected collect(const Layout& layout, const NodeState& nodes, Outside& outside, const Course& course,
                   std::vector<DomainState>& domains, Team& team);
 
-// On the root.
-std::array<double, 3> linearMomentum(const Layout& layout, const NodeState& nodes, const Collected& collected);
-std::array<double, 3> angularMomentum(const Layout& layout, const NodeState& nodes, const Collected& collected);
-
-// The fields in the numbering of the mesh.
+// The fields in the numbering of the mesh, of its part with several ranks: of all its nodes, and of the bricks that this rank speaks
+// for.
 struct FieldArrays {
   std::vector<double> displacement, velocity, reaction, stress, elementEnergy, elementMask;
 
-  void fill(const Layout& layout, const std::vector<double>& X, const Prescribed& prescribed,
-            const Collected& collected);
+  // Every rank calls it.
+  void fill(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed, const Collected& collected);
   Fields spans() const { return {displacement, velocity, reaction, stress, elementEnergy, elementMask}; }
 };
 

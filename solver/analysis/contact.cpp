@@ -2,6 +2,8 @@
 
 #include "solver/analysis/set_up.h"
 #include "solver/model/text.h"
+#include "solver/parallel/exact_sum.h"
+#include "solver/parallel/faults.h"
 
 #include <algorithm>
 #include <cmath>
@@ -111,6 +113,15 @@ double ledBehind(const Case& definition, const RigidPlane& plane, const Vector& 
   return deepest;
 }
 
+// From the smallest to the largest of all coordinates.
+double sizeOf(const Layout& layout, const std::vector<double>& X) {
+  if (const auto& part = layout.mesh.part)
+    return *std::max_element(part->high.begin(), part->high.end()) -
+           *std::min_element(part->low.begin(), part->low.end());
+  const auto [low, high] = std::minmax_element(X.begin(), X.end());
+  return *high - *low;
+}
+
 } // namespace
 
 PlaneMotion motionOf(const RigidPlane& plane, double time, double step) {
@@ -127,41 +138,47 @@ Contacts makeContacts(const Layout& layout, const std::vector<double>& X, const 
                       std::vector<DomainState>& domains) {
   constexpr double kRoundOff = 1e-9; // of the size of the model
   Contacts contacts;
-  const auto [low, high] = std::minmax_element(X.begin(), X.end());
+  const double size = sizeOf(layout, X);
   std::vector<std::pair<int32_t, int32_t>> places;
   for (std::size_t k = 0; k < layout.definition.planes.size(); ++k) {
     const RigidPlane& plane = layout.definition.planes[k];
     const Group* group = layout.mesh.findGroup(plane.group);
     if (!plane.group.empty() && !group) throw InputError("plane: the mesh has no group \"" + plane.group + "\"");
-    std::vector<int64_t> behind, led;
+    Found behind, led;
     double deepest = 0;
     for (int32_t node = 0; node < layout.mesh.nodes(); ++node) {
+      if (!layout.mesh.ownsNode(node)) continue;
       if (group && !std::binary_search(group->nodes.begin(), group->nodes.end(), node)) continue;
-      const int32_t internal = layout.numbering.internalNodes[static_cast<std::size_t>(node)];
+      const int32_t internal = layout.internalNode(node);
+      const int64_t place = layout.mesh.nodePosition(node);
+      const int64_t number = layout.mesh.nodeNumbers[static_cast<std::size_t>(node)];
       const Vector x = vectorAt(X, static_cast<std::size_t>(internal));
-      if (dot(x, plane.normal) - dot(plane.point, plane.normal) < -kRoundOff * (*high - *low))
-        behind.push_back(layout.mesh.nodeNumbers[static_cast<std::size_t>(node)]);
+      if (dot(x, plane.normal) - dot(plane.point, plane.normal) < -kRoundOff * size) behind.add(place, number);
       places.emplace_back(internal, static_cast<int32_t>(k));
       const double depth = ledBehind(
           layout.definition, plane, x, prescribed,
           {internal, static_cast<int32_t>(k), prescribed.firstOf(internal), prescribed.firstOf(internal + int64_t{1})});
-      if (depth > kRoundOff * (*high - *low)) led.push_back(layout.mesh.nodeNumbers[static_cast<std::size_t>(node)]);
+      if (depth > kRoundOff * size) led.add(place, number);
       deepest = std::max(deepest, depth);
     }
-    if (!behind.empty())
-      throw InputError(counted(behind.size(), "node") + " behind plane \"" + plane.name +
-                       "\" at the start, the first is number " + std::to_string(behind.front()) +
+    behind.join(layout.ranks);
+    led.join(layout.ranks);
+    std::vector<double> depths{-deepest};
+    layout.ranks.smallest(depths);
+    if (behind.count > 0)
+      throw InputError(counted(static_cast<std::size_t>(behind.count), "node") + " behind plane \"" + plane.name +
+                       "\" at the start, the first is number " + std::to_string(behind.number) +
                        ", expected all on the side of its normal");
-    if (!led.empty())
-      throw InputError(counted(led.size(), "node") + " that supports or prescribed motion lead behind plane \"" +
-                       plane.name + "\", the first is number " + std::to_string(led.front()) + ", by up to " +
-                       shortNumber(deepest) +
+    if (led.count > 0)
+      throw InputError(counted(static_cast<std::size_t>(led.count), "node") +
+                       " that supports or prescribed motion lead behind plane \"" + plane.name +
+                       "\", the first is number " + std::to_string(led.number) + ", by up to " +
+                       shortNumber(-depths[0]) +
                        " m; expected a group of the plane without them, or room for their motion");
   }
   std::sort(places.begin(), places.end());
   for (const auto& [node, plane] : places)
     contacts.all.push_back({node, plane, prescribed.firstOf(node), prescribed.firstOf(node + int64_t{1})});
-  contacts.order = orderOfOneRank(layout, places);
   const auto at = [&](int64_t node) {
     return static_cast<std::size_t>(
         std::lower_bound(places.begin(), places.end(), std::pair(static_cast<int32_t>(node), -1)) - places.begin());
@@ -170,8 +187,6 @@ Contacts makeContacts(const Layout& layout, const std::vector<double>& X, const 
     state.firstContact = at(state.domain.firstNode);
     state.endContact = at(state.domain.endNode);
   }
-  for (const int64_t node : layout.numbering.firstOfRank)
-    contacts.firstOfRank.push_back(static_cast<int64_t>(at(node)));
   return contacts;
 }
 
@@ -239,7 +254,8 @@ ContactSums sumContacts(const Layout& layout, const Course& course, const NodeSt
   // up to the present time: with the last half increment
   const std::vector<PlaneMotion> last =
       motionsOf(layout.definition, course.time - course.lastIncrement, course.lastIncrement);
-  std::vector<double> values;
+  constexpr std::size_t kOfPlane = 4; // work and force
+  std::vector<ExactSum> parts(2 + kOfPlane * sums.planes.size());
   for (const Contact& contact : contacts.all) {
     double work = contact.work, impact = contact.impactEnergy, friction = contact.frictionEnergy;
     for (std::size_t c = 0; c < 3; ++c) {
@@ -249,19 +265,18 @@ ContactSums sumContacts(const Layout& layout, const Course& course, const NodeSt
       impact += contact.normalForce[c] * (led - way);
       friction += contact.friction[c] * (led - way);
     }
-    values.insert(values.end(), {work, impact, friction});
-    for (std::size_t c = 0; c < 3; ++c) values.push_back(contact.normalForce[c] + contact.friction[c]);
+    parts[0].add(impact);
+    parts[1].add(friction);
+    ExactSum* ofPlane = &parts[2 + kOfPlane * static_cast<std::size_t>(contact.plane)];
+    ofPlane[0].add(work);
+    for (std::size_t c = 0; c < 3; ++c) ofPlane[1 + c].add(contact.normalForce[c] + contact.friction[c]);
   }
-  std::vector<int64_t> first = contacts.firstOfRank;
-  for (int64_t& k : first) k *= 6;
-  layout.ranks.gatherRanges(values, first);
-  for (const std::size_t k : contacts.order) {
-    const double* value = &values[6 * k];
-    ContactSums::OfPlane& plane = sums.planes[static_cast<std::size_t>(contacts.all[k].plane)];
-    plane.work += value[0];
-    sums.impact += value[1];
-    sums.friction += value[2];
-    for (std::size_t c = 0; c < 3; ++c) plane.force[c] += value[3 + c];
+  const std::vector<double> values = sumOverRanks(parts, layout.ranks);
+  sums.impact = values[0];
+  sums.friction = values[1];
+  for (std::size_t k = 0; k < sums.planes.size(); ++k) {
+    const double* value = &values[2 + kOfPlane * k];
+    sums.planes[k] = {value[0], {value[1], value[2], value[3]}};
   }
   return sums;
 }

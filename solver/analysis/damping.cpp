@@ -1,5 +1,7 @@
 #include "solver/analysis/damping.h"
 
+#include "solver/parallel/exact_sum.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -24,19 +26,13 @@ void addDampingEnergy(const DomainState& state, const std::vector<double>& befor
 
 double dampingEnergy(const Layout& layout, const NodeState& nodes, const Course& course,
                      const std::vector<double>& now) {
-  std::vector<double> all = nodes.dampingEnergy, last(nodes.v);
-  layout.ranks.gatherRanges(all, layout.numbering.firstOfRank);
-  std::vector<int64_t> first = layout.numbering.firstOfRank;
-  for (int64_t& node : first) node *= 3;
-  layout.ranks.gatherRanges(last, first);
-  double sum = 0;
-  for (const int32_t i : layout.numbering.order) {
-    const double *a = &now[3 * static_cast<std::size_t>(i)], *b = &last[3 * static_cast<std::size_t>(i)];
-    sum += all[static_cast<std::size_t>(i)] + 0.5 * course.lastIncrement * course.damping *
-                                                  nodes.mass[static_cast<std::size_t>(i)] *
-                                                  (a[0] * b[0] + a[1] * b[1] + a[2] * b[2]);
+  std::vector<ExactSum> sum(1);
+  for (std::size_t i = 0; i < static_cast<std::size_t>(layout.numbering.owned); ++i) {
+    const double *a = &now[3 * i], *b = &nodes.v[3 * i];
+    sum[0].add(nodes.dampingEnergy[i] +
+               0.5 * course.lastIncrement * course.damping * nodes.mass[i] * (a[0] * b[0] + a[1] * b[1] + a[2] * b[2]));
   }
-  return sum;
+  return sumOverRanks(sum, layout.ranks)[0];
 }
 
 void adaptDamping(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed,
@@ -45,29 +41,23 @@ void adaptDamping(const Layout& layout, const NodeState& nodes, const Prescribed
   if (course.increment % kEvery != 0) return;
   std::vector<double> motion = nodes.v;
   for (const PrescribedComponent& p : prescribed.components) p.set(0, motion.data());
-  std::vector<double> stiffness(nodes.mass.size()), inertia(nodes.mass.size());
+  std::vector<ExactSum> sums(2); // of the nodes' stiffness and inertia
   for (const DomainState& state : domains)
     for (int64_t i = state.domain.firstNode; i < state.domain.endNode; ++i) {
       const auto node = static_cast<std::size_t>(i);
+      double stiffness = 0, inertia = 0;
       for (std::size_t c = 0; c < 3; ++c) {
         const std::size_t at = 3 * static_cast<std::size_t>(i - state.domain.firstNode) + c;
         const double way = motion[3 * node + c] * course.lastIncrement;
-        stiffness[node] += way * (state.internal[at] - state.internalBefore[at]);
-        inertia[node] += nodes.mass[node] * way * way;
+        stiffness += way * (state.internal[at] - state.internalBefore[at]);
+        inertia += nodes.mass[node] * way * way;
       }
+      sums[0].add(stiffness);
+      sums[1].add(inertia);
     }
-  layout.ranks.gatherRanges(stiffness, layout.numbering.firstOfRank);
-  layout.ranks.gatherRanges(inertia, layout.numbering.firstOfRank);
-  std::vector<double> result{course.damping};
-  double numerator = 0, denominator = 0;
-  for (const int32_t i : layout.numbering.order) {
-    numerator += stiffness[static_cast<std::size_t>(i)];
-    denominator += inertia[static_cast<std::size_t>(i)];
-  }
+  const std::vector<double> all = sumOverRanks(sums, layout.ranks);
   // a motion that no stiffness resists, or none at all, leaves it; nothing moves faster than the stable increment allows
-  if (numerator > 0 && denominator > 0) result[0] = std::min(2 * std::sqrt(numerator / denominator), 4 / course.stable);
-  layout.ranks.broadcast(result);
-  course.damping = result[0];
+  if (all[0] > 0 && all[1] > 0) course.damping = std::min(2 * std::sqrt(all[0] / all[1]), 4 / course.stable);
 }
 
 } // namespace sharedanalysis::solver

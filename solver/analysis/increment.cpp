@@ -7,6 +7,7 @@
 #include "solver/analysis/contact.h"
 #include "solver/analysis/damping.h"
 #include "solver/analysis/loads.h"
+#include "solver/parallel/faults.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,17 +22,36 @@ double smallerOf(double a, double b) { return b < a || b != b ? b : a; }
 
 } // namespace
 
-void evaluateForces(const Case& definition, const NodeState& nodes, double step, DomainState& state, Loads& loads) {
+namespace {
+
+void evaluate(const Case& definition, const NodeState& nodes, double step, DomainState& state, std::size_t first,
+              std::size_t end) {
+  for (std::size_t k = first; k < end; ++k) {
+    const Block::Outcome outcome =
+        state.blocks[k].evaluate(nodes.x, nodes.v, step, definition, state.work, state.force.data());
+    state.stableIncrement = smallerOf(state.stableIncrement, outcome.stableIncrement);
+    state.masked += outcome.masked;
+  }
+}
+
+} // namespace
+
+void evaluateInner(const Case& definition, const NodeState& nodes, double step, DomainState& state) {
   const int32_t values = static_cast<int32_t>(state.force.size());
   GLO_UTI_BROADCAST0D(&values, state.force.data());
   state.stableIncrement = kInfinity;
   state.masked = 0;
   state.work.events.clear();
-  for (Block& block : state.blocks) {
-    const Block::Outcome outcome = block.evaluate(nodes.x, nodes.v, step, definition, state.work, state.force.data());
-    state.stableIncrement = smallerOf(state.stableIncrement, outcome.stableIncrement);
-    state.masked += outcome.masked;
-  }
+  evaluate(definition, nodes, step, state, 0, state.innerBlocks);
+}
+
+void evaluateRest(const Case& definition, const NodeState& nodes, double step, DomainState& state, Loads& loads) {
+  evaluate(definition, nodes, step, state, state.innerBlocks, state.blocks.size());
+  for (const Domain::Border& border : state.domain.border)
+    for (int32_t part = border.firstPart; part < border.endPart; ++part)
+      for (std::size_t c = 0; c < 3; ++c)
+        state.force[3 * static_cast<std::size_t>(border.node) + c] +=
+            state.force[3 * static_cast<std::size_t>(part) + c];
   if (definition.quasiStatic) {
     std::swap(state.internal, state.internalBefore);
     state.internal.assign(state.force.begin(),
@@ -85,25 +105,20 @@ double nextIncrement(const Course& course, double end) {
   return rest < 2 * step ? 0.5 * rest : step;
 }
 
-void exchangeMotion(const Layout& layout, NodeState& nodes) {
-  const auto packed = [&](const std::vector<int32_t>& list) {
-    std::vector<double> values;
-    values.reserve(6 * list.size());
-    for (const int32_t node : list)
-      for (const std::vector<double>* field : {&nodes.x, &nodes.v})
-        for (int c = 0; c < 3; ++c) values.push_back((*field)[3 * static_cast<size_t>(node) + c]);
-    return values;
+namespace {
+
+constexpr std::size_t kMotionValues = 6;
+auto motionOf(NodeState& nodes) {
+  return [&nodes](int32_t node, auto&& visit) {
+    for (std::vector<double>* field : {&nodes.x, &nodes.v})
+      for (std::size_t c = 0; c < 3; ++c) visit((*field)[3 * static_cast<std::size_t>(node) + c]);
   };
-  for (const Neighbour& neighbour : layout.neighbours) layout.ranks.send(packed(neighbour.sent), neighbour.rank);
-  for (const Neighbour& neighbour : layout.neighbours) {
-    std::vector<double> values(6 * neighbour.received.size());
-    layout.ranks.receive(values, neighbour.rank);
-    const double* next = values.data();
-    for (const int32_t node : neighbour.received)
-      for (std::vector<double>* field : {&nodes.x, &nodes.v})
-        for (int c = 0; c < 3; ++c) (*field)[3 * static_cast<size_t>(node) + c] = *next++;
-  }
 }
+
+} // namespace
+
+void sendMotion(const Layout& layout, NodeState& nodes) { sendNodes(layout, motionOf(nodes), kMotionValues); }
+void receiveMotion(const Layout& layout, NodeState& nodes) { receiveNodes(layout, motionOf(nodes), kMotionValues); }
 
 Outcome outcomeOf(const Ranks& ranks, const std::vector<DomainState>& domains) {
   Outcome own;
@@ -134,10 +149,10 @@ Ending findEnding(const Layout& layout, const NodeState& nodes, const std::vecto
       for (const Block& block : state.blocks)
         for (int e = 0; e < block.count(); ++e)
           if (block.isDistorted(e) && state.speaksFor(layout, block.bricks()[e]))
-            distortion.own.push_back(layout.mesh.elementNumbers[layout.numbering.elements[block.bricks()[e]]]);
+            distortion.own.push_back(layout.mesh.elementNumbers[layout.meshBrick(block.bricks()[e])]);
     std::sort(distortion.own.begin(), distortion.own.end());
-    distortion.all = layout.ranks.joined(distortion.own);
-    std::sort(distortion.all.begin(), distortion.all.end());
+    distortion.count = layout.ranks.sum(static_cast<int64_t>(distortion.own.size()));
+    distortion.first = firstOfAll(layout.ranks, distortion.own, kMostNamed);
     return layout.ranks.allAgree(finite) ? Ending::Distorted : Ending::NotFinite;
   }
   if (std::isnan(all.smallest)) return Ending::NotFinite;

@@ -1,7 +1,8 @@
 #include "solver/analysis/loads.h"
 
 #include "solver/analysis/set_up.h"
-#include "solver/model/faces.h"
+#include "solver/parallel/exact_sum.h"
+#include "solver/parallel/faces.h"
 
 #include <algorithm>
 #include <cmath>
@@ -69,7 +70,8 @@ struct Builder {
 
   Builder(const Layout& l, std::vector<DomainState>& d) : layout(l), domains(d) {}
 
-  int32_t internalNode(int32_t node) const { return layout.numbering.internalNodes[static_cast<std::size_t>(node)]; }
+  int32_t internalNode(int32_t node) const { return layout.internalNode(node); }
+  bool isOwned(int32_t node) const { return layout.numbering.isOwned(node); }
 
   const Group& groupOf(const Load& load) const {
     const Group* group = layout.mesh.findGroup(load.group);
@@ -77,7 +79,7 @@ struct Builder {
     return *group;
   }
 
-  // Nodes of loads that shares are known of, and faces of the others.
+  // Own nodes of loads that shares are known of, and faces of the others.
   void addNodes() {
     std::vector<std::pair<int32_t, int32_t>> places; // node, load
     const auto count = static_cast<int32_t>(layout.definition.loads.size());
@@ -86,16 +88,17 @@ struct Builder {
       const Load& load = layout.definition.loads[static_cast<std::size_t>(k)];
       const Group& group = groupOf(load);
       if (load.kind->members == Members::Faces) {
-        for (BrickFace face : facesOf(layout.mesh, group)) {
+        for (BrickFace face : facesOf(layout.mesh, group, layout.ranks)) {
           face.brick = layout.internalBricks[static_cast<std::size_t>(face.brick)];
           for (int32_t& node : face.nodes) {
             node = internalNode(node);
-            places.emplace_back(node, k);
+            if (isOwned(node)) places.emplace_back(node, k);
           }
           faces[static_cast<std::size_t>(k)].push_back(face);
         }
       } else {
-        for (const int32_t node : group.nodes) places.emplace_back(internalNode(node), k);
+        for (const int32_t node : group.nodes)
+          if (layout.mesh.ownsNode(node)) places.emplace_back(internalNode(node), k);
       }
     }
     std::sort(places.begin(), places.end());
@@ -124,15 +127,16 @@ struct Builder {
     for (LoadedNode& node : loads.nodes) {
       const Load& load = all[static_cast<std::size_t>(node.load)];
       if (load.kind->share == Share::Nodes)
-        node.share = load.perNode ? 1 : 1 / static_cast<double>(groupOf(load).nodes.size());
+        node.share = load.perNode ? 1 : 1 / static_cast<double>(layout.mesh.membersOf(groupOf(load)).nodes);
     }
     for (std::size_t k = 0; k < all.size(); ++k)
       if (all[k].kind->share == Share::Masses)
         for (const int32_t element : groupOf(all[k]).elements) {
           const auto brick = static_cast<std::size_t>(layout.internalBricks[static_cast<std::size_t>(element)]);
-          for (std::size_t corner = 0; corner < 8; ++corner)
-            loads.nodes[entry(layout.numbering.connectivity[8 * brick + corner], static_cast<int32_t>(k))].share +=
-                massOf[brick] / 8;
+          for (std::size_t corner = 0; corner < 8; ++corner) {
+            const int32_t node = layout.numbering.connectivity[8 * brick + corner];
+            if (isOwned(node)) loads.nodes[entry(node, static_cast<int32_t>(k))].share += massOf[brick] / 8;
+          }
         }
   }
 
@@ -170,13 +174,7 @@ Loads makeLoads(const Layout& layout, const std::vector<double>& X, std::vector<
     state.endLoaded = builder.firstOf(state.domain.endNode);
     builder.setFaces(state, X);
   }
-  Loads& loads = builder.loads;
-  std::vector<std::pair<int32_t, int32_t>> places;
-  for (const LoadedNode& node : loads.nodes) places.emplace_back(node.node, node.load);
-  loads.order = orderOfOneRank(layout, places);
-  for (const int64_t node : layout.numbering.firstOfRank)
-    loads.firstOfRank.push_back(static_cast<int64_t>(builder.firstOf(node)));
-  return std::move(loads);
+  return std::move(builder.loads);
 }
 
 void applyLoads(const Case& definition, const NodeState& nodes, DomainState& state, Loads& loads) {
@@ -227,14 +225,11 @@ void addWork(const DomainState& state, const std::vector<double>& v, double dura
 
 std::vector<double> workOfLoads(const Layout& layout, const NodeState& nodes, const Course& course,
                                 const Loads& loads) {
-  std::vector<double> work, sums(layout.definition.loads.size());
-  if (sums.empty()) return sums;
+  std::vector<ExactSum> sums(layout.definition.loads.size());
   // up to the present time: with the last half increment
   for (const LoadedNode& node : loads.nodes)
-    work.push_back(node.work + 0.5 * power(node, nodes.v) * course.lastIncrement);
-  layout.ranks.gatherRanges(work, loads.firstOfRank);
-  for (const std::size_t k : loads.order) sums[static_cast<std::size_t>(loads.nodes[k].load)] += work[k];
-  return sums;
+    sums[static_cast<std::size_t>(node.load)].add(node.work + 0.5 * power(node, nodes.v) * course.lastIncrement);
+  return sumOverRanks(sums, layout.ranks);
 }
 
 } // namespace sharedanalysis::solver

@@ -319,8 +319,9 @@ void restoreState(const Changing& state, const std::vector<double>& course, cons
   if (!state.layout.ranks.allAgree(restoreRecords(state, next)))
     throw InputError("its nodes and bricks are not those of the case and its mesh");
   for (DomainState& one : state.domains) {
-    [[maybe_unused]] auto& [domain, blocks, force, time, firstPrescribed, endPrescribed, firstLoaded, endLoaded,
-                            firstContact, endContact, faces, internal, internalBefore, work, stable, masked] = one;
+    [[maybe_unused]] auto& [domain, blocks, innerBlocks, force, time, firstPrescribed, endPrescribed, firstLoaded,
+                            endLoaded, firstContact, endContact, faces, internal, internalBefore, work, stable,
+                            masked] = one;
     time = now.time;
   }
 }

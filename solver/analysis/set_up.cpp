@@ -1,10 +1,11 @@
 #include "solver/analysis/set_up.h"
 
+#include "solver/parallel/faults.h"
+
 #include <algorithm>
 #include <cmath>
 #include <map>
 #include <numbers>
-#include <numeric>
 
 namespace sharedanalysis::solver {
 namespace {
@@ -15,21 +16,35 @@ const Group& groupOf(const Mesh& mesh, const std::string& name, const char* what
   return *group;
 }
 
+// Own nodes of a group, internal numbers, in the order of the mesh.
+std::vector<int32_t> ownNodesOf(const Layout& layout, const std::string& group, const char* what) {
+  std::vector<int32_t> own;
+  for (const int32_t node : groupOf(layout.mesh, group, what).nodes)
+    if (layout.mesh.ownsNode(node)) own.push_back(layout.internalNode(node));
+  return own;
+}
+
 // The material of each brick, in internal numbering.
 std::vector<int32_t> materialsOf(const Layout& layout) {
   std::vector<int32_t> ofMeshBrick(layout.mesh.elements(), -1), result(layout.mesh.elements());
+  Faults faults;
   for (const Section& section : layout.definition.sections) {
     for (int32_t e : groupOf(layout.mesh, section.group, "section").elements) {
       if (ofMeshBrick[e] >= 0)
-        throw InputError("brick " + std::to_string(layout.mesh.elementNumbers[e]) +
-                         " belongs to two sections, the second one of group \"" + section.group + "\"");
+        faults.add(layout.mesh.elementPosition(e), "brick " + std::to_string(layout.mesh.elementNumbers[e]) +
+                                                       " belongs to two sections, the second one of group \"" +
+                                                       section.group + "\"");
       ofMeshBrick[e] = static_cast<int32_t>(section.material);
     }
   }
-  const auto bare = std::find(ofMeshBrick.begin(), ofMeshBrick.end(), -1);
-  if (bare != ofMeshBrick.end())
-    throw InputError("brick " + std::to_string(layout.mesh.elementNumbers[bare - ofMeshBrick.begin()]) +
-                     " belongs to no section; " + std::to_string(std::count(bare, ofMeshBrick.end(), -1)) +
+  faults.throwFirst(layout.ranks);
+  Found bare;
+  for (int32_t e = 0; e < layout.mesh.elements(); ++e)
+    if (ofMeshBrick[e] < 0 && layout.mesh.ownsElement(e))
+      bare.add(layout.mesh.elementPosition(e), layout.mesh.elementNumbers[e]);
+  bare.join(layout.ranks);
+  if (bare.count > 0)
+    throw InputError("brick " + std::to_string(bare.number) + " belongs to no section; " + std::to_string(bare.count) +
                      " bricks have none");
   for (int64_t e = 0; e < layout.bricks(); ++e) result[e] = ofMeshBrick[layout.numbering.elements[e]];
   return result;
@@ -49,37 +64,39 @@ NodeState referenceNodes(const Layout& layout) {
 
 std::vector<DomainState> makeDomainStates(const Layout& layout, const std::vector<double>& X, int threads) {
   const std::vector<int32_t> material = materialsOf(layout);
-  const std::vector<Domain> parts = makeDomains(layout.numbering, layout.ranks.rank(), threads);
+  std::vector<Domain> parts = makeDomains(layout.numbering, threads);
   std::vector<DomainState> domains(parts.size());
   std::vector<int64_t> bad;
   for (size_t d = 0; d < parts.size(); ++d) {
     DomainState& state = domains[d];
-    state.domain = parts[d];
-    state.force.resize(3 * static_cast<size_t>(state.domain.touched()));
-    const std::span<const int32_t> elements(state.domain.elements);
+    state.domain = std::move(parts[d]);
+    state.force.resize(3 * static_cast<size_t>(state.domain.recordCount));
+    const std::span<const int32_t> elements(state.domain.elements), records(state.domain.records);
+    const auto inner = static_cast<size_t>(state.domain.inner);
     for (size_t first = 0, count = 0; first < elements.size(); first += count) {
       // consecutive bricks of one material; their order is kept
       const int32_t own = material[elements[first]];
-      const size_t most = std::min<size_t>(kBlockLength, elements.size() - first);
+      const size_t most = std::min<size_t>(kBlockLength, (first < inner ? inner : elements.size()) - first);
       for (count = 1; count < most && material[elements[first + count]] == own;) ++count;
-      state.blocks.emplace_back(elements.subspan(first, count), layout.numbering, layout.definition.materials[own],
-                                layout.definition, state.domain);
+      state.blocks.emplace_back(elements.subspan(first, count), records.subspan(8 * first, 8 * count), layout.numbering,
+                                layout.definition.materials[own], layout.definition);
+      if (first < inner) ++state.innerBlocks;
       Block& block = state.blocks.back();
       block.setReference(X, state.work);
       for (int e = 0; e < block.count(); ++e)
-        if (block.mask(e) != 0.0)
-          bad.push_back(layout.mesh.elementNumbers[layout.numbering.elements[block.bricks()[e]]]);
+        if (block.mask(e) != 0.0 && state.speaksFor(layout, block.bricks()[e]))
+          bad.push_back(layout.mesh.elementNumbers[layout.meshBrick(block.bricks()[e])]);
     }
+    state.domain.records = {}; // blocks have them
   }
-  bad = layout.ranks.joined(bad);
-  if (!bad.empty()) {
-    std::sort(bad.begin(), bad.end());
-    bad.erase(std::unique(bad.begin(), bad.end()), bad.end());
-    std::string text = "bricks with zero or negative volume: ";
-    for (size_t k = 0; k < bad.size() && k < 8; ++k) text += (k > 0 ? ", " : "") + std::to_string(bad[k]);
-    throw InputError(text + (bad.size() > 8 ? ", ..." : "") + " (" + std::to_string(bad.size()) + " in all)");
-  }
-  return domains;
+  const int64_t count = layout.ranks.sum(static_cast<int64_t>(bad.size()));
+  if (count == 0) return domains;
+  constexpr std::size_t kShown = 8;
+  bad = firstOfAll(layout.ranks, std::move(bad), kShown);
+  std::string text = "bricks with zero or negative volume: ";
+  for (size_t k = 0; k < bad.size(); ++k) text += (k > 0 ? ", " : "") + std::to_string(bad[k]);
+  throw InputError(text + (count > static_cast<int64_t>(kShown) ? ", ..." : "") + " (" + std::to_string(count) +
+                   " in all)");
 }
 
 void setMasses(const Layout& layout, const std::vector<DomainState>& domains, NodeState& nodes) {
@@ -91,27 +108,17 @@ void setMasses(const Layout& layout, const std::vector<DomainState>& domains, No
   mass.assign(static_cast<size_t>(layout.nodes()), 0.0);
   for (int64_t e = 0; e < layout.bricks(); ++e)
     for (int corner = 0; corner < 8; ++corner) mass[layout.numbering.connectivity[8 * e + corner]] += ofBrick[e] / 8.0;
-  layout.ranks.gatherRanges(mass, layout.numbering.firstOfRank);
   rMass.resize(mass.size());
   // a node without bricks has no mass and does not accelerate
   for (size_t i = 0; i < mass.size(); ++i) rMass[i] = mass[i] > 0.0 ? 1.0 / mass[i] : 0.0;
-}
-
-std::vector<std::size_t> orderOfOneRank(const Layout& layout, const std::vector<std::pair<int32_t, int32_t>>& places) {
-  std::vector<int32_t> alone(layout.numbering.order.size());
-  for (size_t k = 0; k < alone.size(); ++k) alone[layout.numbering.order[k]] = static_cast<int32_t>(k);
-  std::vector<std::size_t> order(places.size());
-  std::iota(order.begin(), order.end(), size_t{0});
-  const auto placeOf = [&](size_t k) { return std::pair(alone[places[k].first], places[k].second); };
-  std::sort(order.begin(), order.end(), [&](size_t a, size_t b) { return placeOf(a) < placeOf(b); });
-  return order;
 }
 
 namespace {
 
 // Adds the part of a normal that the prescribed components of its node leave free; planes that differ by less than kSamePlane
 // are one.
-void addNormal(const SymmetryPlane& plane, int64_t number, int32_t node, std::vector<PrescribedComponent>& ofNode) {
+void addNormal(const SymmetryPlane& plane, const Layout& layout, int32_t node, std::vector<PrescribedComponent>& ofNode,
+               Faults& faults) {
   constexpr double kSamePlane = 1e-6;
   PrescribedComponent rest{.position = 0, .direction = plane.normal, .isAxis = false};
   std::array<double, 3> factors{};
@@ -136,8 +143,8 @@ void addNormal(const SymmetryPlane& plane, int64_t number, int32_t node, std::ve
   for (size_t axis = 0; axis < 3; ++axis) {
     if (!histories[axis] || factors[axis] == 0 || isRest(*histories[axis])) continue;
     if (!isNew && std::abs(factors[axis]) > kSamePlane)
-      throw InputError("node " + std::to_string(number) + " is moved out of the symmetry plane of group \"" +
-                       plane.group + "\"");
+      faults.add(layout.placeOfNode(node), "node " + std::to_string(layout.mesh.nodeNumbers[layout.meshNode(node)]) +
+                                               " is moved out of the symmetry plane of group \"" + plane.group + "\"");
     rest.parts[static_cast<size_t>(rest.partCount++)] = {histories[axis], static_cast<int>(axis),
                                                          factors[axis] / length};
   }
@@ -147,20 +154,17 @@ void addNormal(const SymmetryPlane& plane, int64_t number, int32_t node, std::ve
   ofNode.push_back(rest);
 }
 
-void addSymmetryPlanes(const Layout& layout, std::vector<PrescribedComponent>& prescribed) {
+void addSymmetryPlanes(const Layout& layout, std::vector<PrescribedComponent>& prescribed, Faults& faults) {
   std::map<int32_t, std::vector<PrescribedComponent>> ofNodes; // where planes are
   for (const SymmetryPlane& plane : layout.definition.symmetryPlanes)
-    for (const int32_t node : groupOf(layout.mesh, plane.group, "symmetry").nodes)
-      ofNodes[layout.numbering.internalNodes[node]];
+    for (const int32_t node : ownNodesOf(layout, plane.group, "symmetry")) ofNodes[node];
   for (const PrescribedComponent& p : prescribed) {
     const auto found = ofNodes.find(static_cast<int32_t>(p.position / 3));
     if (found != ofNodes.end()) found->second.push_back(p);
   }
   for (const SymmetryPlane& plane : layout.definition.symmetryPlanes)
-    for (const int32_t node : groupOf(layout.mesh, plane.group, "symmetry").nodes) {
-      const int32_t internal = layout.numbering.internalNodes[node];
-      addNormal(plane, layout.mesh.nodeNumbers[node], internal, ofNodes[internal]);
-    }
+    for (const int32_t node : ownNodesOf(layout, plane.group, "symmetry"))
+      addNormal(plane, layout, node, ofNodes[node], faults);
   for (const auto& [node, all] : ofNodes)
     for (const PrescribedComponent& p : all)
       if (!p.isAxis) prescribed.push_back(p);
@@ -185,35 +189,33 @@ Prescribed makePrescribed(const Layout& layout, std::vector<DomainState>& domain
     const std::string* group;
   };
   std::map<int64_t, Origin> components;
+  Faults faults;
   for (const PrescribedMotion& motion : layout.definition.motions)
-    for (int32_t node : groupOf(layout.mesh, motion.group, "prescribed motion").nodes)
+    for (const int32_t node : ownNodesOf(layout, motion.group, "prescribed motion"))
       for (int c = 0; c < 3; ++c) {
         if (!motion.velocity[c]) continue;
         const History& history = *motion.velocity[c];
-        const auto [found, isNew] = components.try_emplace(
-            3 * static_cast<int64_t>(layout.numbering.internalNodes[node]) + c, Origin{&history, &motion.group});
+        const auto [found, isNew] =
+            components.try_emplace(3 * static_cast<int64_t>(node) + c, Origin{&history, &motion.group});
         const History& other = *found->second.history;
         if (!isNew && !(other == history))
-          throw InputError("groups \"" + *found->second.group + "\" and \"" + motion.group +
-                           "\" prescribe different motion of component " + "xyz"[c] + " of node " +
-                           std::to_string(layout.mesh.nodeNumbers[node]));
+          faults.add(layout.placeOfNode(node), "groups \"" + *found->second.group + "\" and \"" + motion.group +
+                                                   "\" prescribe different motion of component " + "xyz"[c] +
+                                                   " of node " +
+                                                   std::to_string(layout.mesh.nodeNumbers[layout.meshNode(node)]));
       }
   for (const auto& [position, origin] : components) {
     prescribed.push_back({.position = position});
     prescribed.back().parts[0] = {origin.history, static_cast<int>(position % 3)};
     prescribed.back().partCount = 1;
   }
-  addSymmetryPlanes(layout, prescribed);
+  faults.throwFirst(layout.ranks);
+  addSymmetryPlanes(layout, prescribed, faults);
+  faults.throwFirst(layout.ranks);
   for (DomainState& state : domains) {
     state.firstPrescribed = result.firstOf(state.domain.firstNode);
     state.endPrescribed = result.firstOf(state.domain.endNode);
   }
-  std::vector<std::pair<int32_t, int32_t>> places;
-  for (const PrescribedComponent& p : prescribed)
-    places.emplace_back(static_cast<int32_t>(p.position / 3), static_cast<int32_t>(p.position % 3));
-  result.order = orderOfOneRank(layout, places);
-  for (const int64_t node : layout.numbering.firstOfRank)
-    result.firstOfRank.push_back(static_cast<int64_t>(result.firstOf(node)));
   return result;
 }
 

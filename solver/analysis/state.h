@@ -3,7 +3,7 @@
 
 #include "solver/analysis/analysis.h"
 #include "solver/analysis/block.h"
-#include "solver/analysis/partition.h"
+#include "solver/analysis/numbering.h"
 #include "solver/parallel/ranks.h"
 
 #include <cstdint>
@@ -24,19 +24,25 @@ struct Layout {
   std::vector<int32_t> internalBricks; // of each brick of the mesh
 
   Layout(const Mesh& m, const Case& c)
-      : mesh(m), definition(c), numbering(numberModel(m, ranks)), neighbours(findNeighbours(numbering, ranks)),
+      : mesh(m), definition(c), numbering(numberModel(m)), neighbours(findNeighbours(m, numbering, ranks)),
         internalBricks(numbering.elements.size()) {
     for (std::size_t e = 0; e < internalBricks.size(); ++e)
       internalBricks[static_cast<std::size_t>(numbering.elements[e])] = static_cast<int32_t>(e);
   }
+  // Of this rank, those of others among its bricks included.
   int64_t nodes() const { return static_cast<int64_t>(numbering.nodes.size()); }
   int64_t bricks() const { return static_cast<int64_t>(numbering.elements.size()); }
+  // In the mesh.
+  int32_t meshNode(int64_t node) const { return numbering.nodes[static_cast<std::size_t>(node)]; }
+  int32_t meshBrick(int64_t brick) const { return numbering.elements[static_cast<std::size_t>(brick)]; }
+  int32_t internalNode(int32_t meshNode) const { return numbering.internalNodes[static_cast<std::size_t>(meshNode)]; }
+  int64_t placeOfNode(int64_t node) const { return mesh.nodePosition(meshNode(node)); }
 };
 
 // (3, nodes) and (nodes) in internal numbering.
 struct NodeState {
-  std::vector<double> X, x, v; // v at the last half step
-  std::vector<double> mass, rMass;
+  std::vector<double> X, x, v;       // v at the last half step; those of other ranks as they were exchanged
+  std::vector<double> mass, rMass;   // of other ranks' nodes in part
   std::vector<double> dampingEnergy; // of a case with damping
 };
 
@@ -109,9 +115,7 @@ struct PrescribedComponent {
 struct Prescribed {
   std::size_t firstOf(int64_t node) const; // its place, or that of the next one
 
-  std::vector<PrescribedComponent> components; // by position
-  std::vector<std::size_t> order;              // that of one rank alone, in which sums run
-  std::vector<int64_t> firstOfRank;
+  std::vector<PrescribedComponent> components; // of the own nodes, by position
 };
 
 // One node of one load: its force at the present time, and the work of it.
@@ -132,9 +136,7 @@ struct LoadedFace {
   int place;
 };
 struct Loads {
-  std::vector<LoadedNode> nodes;  // by node, then by load
-  std::vector<std::size_t> order; // that of one rank alone, in which sums run
-  std::vector<int64_t> firstOfRank;
+  std::vector<LoadedNode> nodes; // own ones, by node, then by load
 };
 
 // One node that may touch one plane: the forces on it at the present time, and what became of their work.
@@ -145,9 +147,7 @@ struct Contact {
   double work = 0, impactEnergy = 0, frictionEnergy = 0;
 };
 struct Contacts {
-  std::vector<Contact> all;       // by node, then by plane
-  std::vector<std::size_t> order; // that of one rank alone, in which sums run
-  std::vector<int64_t> firstOfRank;
+  std::vector<Contact> all; // of the own nodes, by node, then by plane
 };
 
 // What acts on nodes beside their bricks.
@@ -161,8 +161,9 @@ struct Outside {
 struct DomainState {
   Domain domain;
   std::vector<Block> blocks;
-  std::vector<double> force; // records of the nodes that it touches, its own first: internal less external
-  double time = 0;           // to which the forces belong
+  std::size_t innerBlocks = 0; // so many need no motion of another rank
+  std::vector<double> force;   // records as Domain says: of its own nodes internal less external
+  double time = 0;             // to which the forces belong
   std::size_t firstPrescribed = 0, endPrescribed = 0, firstLoaded = 0, endLoaded = 0;
   std::size_t firstContact = 0, endContact = 0;
   std::vector<LoadedFace> faces;
@@ -172,16 +173,18 @@ struct DomainState {
   double stableIncrement = kInfinity;
   int64_t masked = 0;
 
-  // Of bricks that several domains compute, the owner of the lowest node reports.
+  // Of bricks that several domains compute, the owner of the corner that comes first in the mesh reports.
   bool speaksFor(const Layout& layout, int32_t brick) const {
-    const int32_t node = layout.numbering.lowestNode(brick);
+    const int32_t node = layout.internalNode(layout.mesh.firstCorner(layout.meshBrick(brick)));
     return node >= domain.firstNode && node < domain.endNode;
   }
 };
 
-// Mesh numbers of the bricks that were masked in the last increment: of all ranks and of this one.
+// Mesh numbers of the bricks that were masked in the last increment: those that this rank speaks for; of all ranks the first and
+// their number.
 struct Distortion {
-  std::vector<int64_t> all, own;
+  std::vector<int64_t> own, first;
+  int64_t count = 0;
 };
 
 } // namespace sharedanalysis::solver

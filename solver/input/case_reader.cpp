@@ -2,8 +2,9 @@
 
 #include "solver/input/case_table.h"
 #include "solver/input/material_reader.h"
-#include "solver/model/faces.h"
 #include "solver/model/text.h"
+#include "solver/parallel/faces.h"
+#include "solver/parallel/faults.h"
 
 #include <algorithm>
 #include <cmath>
@@ -397,7 +398,7 @@ CaseFile readCase(const std::filesystem::path& file) {
 
 namespace {
 
-void checkGroup(const GroupReference& reference, const Mesh& mesh) {
+void checkGroup(const GroupReference& reference, const Mesh& mesh, const Ranks& ranks) {
   const auto fits = [&](const Group& group) {
     return reference.members == Members::Any || group.dimension == (reference.members == Members::Bricks ? 3 : 2);
   };
@@ -412,11 +413,11 @@ void checkGroup(const GroupReference& reference, const Mesh& mesh) {
                             : "the mesh has no group \"" + reference.group + "\"") +
                      ", expected one of " + joined(names, ", "));
   }
-  if (group->nodes.empty())
+  if (mesh.membersOf(*group).nodes == 0)
     throw InputError(reference.place + ": group \"" + reference.group + "\" has no node of a brick");
   if (reference.members != Members::Faces) return;
   try {
-    facesOf(mesh, *group);
+    facesOf(mesh, *group, ranks);
   } catch (const InputError& error) {
     throw InputError(reference.place + ": " + error.what());
   }
@@ -424,29 +425,35 @@ void checkGroup(const GroupReference& reference, const Mesh& mesh) {
 
 } // namespace
 
-void checkGroups(const CaseFile& caseFile, const Mesh& mesh) {
-  for (const GroupReference& reference : caseFile.groups) checkGroup(reference, mesh);
+void checkGroups(const CaseFile& caseFile, const Mesh& mesh, const Ranks& ranks) {
+  for (const GroupReference& reference : caseFile.groups) checkGroup(reference, mesh, ranks);
 
   // the sections come first among the references
   const std::vector<Section>& sections = caseFile.definition.sections;
   std::vector<const Section*> owner(mesh.elementNumbers.size(), nullptr);
+  Faults faults;
   for (std::size_t s = 0; s < sections.size(); ++s) {
     for (const int32_t element : mesh.findGroup(sections[s].group)->elements) {
       const Section*& holder = owner[static_cast<std::size_t>(element)];
       if (holder)
-        throw InputError(caseFile.groups[s].place + ": brick " +
-                         std::to_string(mesh.elementNumbers[static_cast<std::size_t>(element)]) + " of group \"" +
-                         sections[s].group + "\" has a section already, by group \"" + holder->group + "\"");
+        faults.add(mesh.elementPosition(element),
+                   caseFile.groups[s].place + ": brick " +
+                       std::to_string(mesh.elementNumbers[static_cast<std::size_t>(element)]) + " of group \"" +
+                       sections[s].group + "\" has a section already, by group \"" + holder->group + "\"");
       holder = &sections[s];
     }
   }
-  const auto without = std::count(owner.begin(), owner.end(), nullptr);
-  if (without > 0) {
-    const auto first = static_cast<std::size_t>(std::find(owner.begin(), owner.end(), nullptr) - owner.begin());
-    throw InputError(caseFile.definition.file.string() + ": " + counted(static_cast<std::size_t>(without), "brick") +
-                     " without a section, the first is number " + std::to_string(mesh.elementNumbers[first]) +
+  faults.throwFirst(ranks);
+  Found without;
+  for (int32_t e = 0; e < mesh.elements(); ++e)
+    if (owner[static_cast<std::size_t>(e)] == nullptr && mesh.ownsElement(e))
+      without.add(mesh.elementPosition(e), mesh.elementNumbers[static_cast<std::size_t>(e)]);
+  without.join(ranks);
+  if (without.count > 0)
+    throw InputError(caseFile.definition.file.string() + ": " +
+                     counted(static_cast<std::size_t>(without.count), "brick") +
+                     " without a section, the first is number " + std::to_string(without.number) +
                      ", expected a [[section]] for every brick");
-  }
 }
 
 } // namespace sharedanalysis::solver

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "solver/model/model.h"
+#include "solver/parallel/ranks.h"
 
 #include <filesystem>
 #include <string>
@@ -28,7 +29,7 @@ struct CaseFile {
 CaseFile readCase(const std::filesystem::path& file);
 
 // Throws InputError when a named group is not in the mesh, has no node or is no volume where bricks are asked for, or when
-// the sections do not cover every brick exactly once.
-void checkGroups(const CaseFile& caseFile, const Mesh& mesh);
+// the sections do not cover every brick exactly once.  All ranks call it, and end with the same text.
+void checkGroups(const CaseFile& caseFile, const Mesh& mesh, const Ranks& ranks);
 
 } // namespace sharedanalysis::solver

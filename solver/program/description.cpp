@@ -28,13 +28,16 @@ double dilatationalSpeed(const Material& material) {
 std::vector<std::string> describe(const Case& definition, const Mesh& mesh, const Ranks& ranks, int threads,
                                   double stableIncrement) {
   std::vector<std::string> lines{"job " + definition.job + ": " + definition.title,
-                                 "mesh " + definition.meshFile.string() + ": " + std::to_string(mesh.nodes()) +
-                                     " nodes, " + std::to_string(mesh.elements()) + " bricks"};
+                                 "mesh " + definition.meshFile.string() + ": " + std::to_string(mesh.wholeNodes()) +
+                                     " nodes, " + std::to_string(mesh.wholeElements()) + " bricks"};
   std::vector<std::string> groups;
-  for (const Group& group : mesh.groups)
-    groups.push_back(
-        group.name + " (" +
-        (group.dimension == 3 ? counted(group.elements.size(), "brick") : counted(group.nodes.size(), "node")) + ")");
+  for (const Group& group : mesh.groups) {
+    const MeshPart::Members members = mesh.membersOf(group);
+    groups.push_back(group.name + " (" +
+                     (group.dimension == 3 ? counted(static_cast<std::size_t>(members.elements), "brick")
+                                           : counted(static_cast<std::size_t>(members.nodes), "node")) +
+                     ")");
+  }
   lines.push_back("groups " + joined(groups, ", "));
   for (const Material& material : definition.materials) {
     lines.push_back("material " + material.name + ": E " + shortNumber(elasticModulus(material) / 1e6) + " MPa, nu " +
@@ -69,12 +72,11 @@ std::string describeEnding(Ending ending, const Analysis& analysis, const Case& 
   const std::string at = " at time " + shortNumber(now.time) + " s, increment " + std::to_string(now.increment);
   switch (ending) {
   case Ending::Distorted: {
-    constexpr std::size_t shown = 8;
-    const std::vector<int64_t>& bricks = analysis.distortedElements();
     std::vector<std::string> numbers;
-    for (std::size_t k = 0; k < std::min(shown, bricks.size()); ++k) numbers.push_back(std::to_string(bricks[k]));
-    return counted(bricks.size(), "brick") + " distorted beyond computing" + at + ": number " + joined(numbers, ", ") +
-           (bricks.size() > shown ? ", ..." : "");
+    for (const int64_t brick : analysis.distortedElements()) numbers.push_back(std::to_string(brick));
+    const auto count = static_cast<std::size_t>(analysis.distortedCount());
+    return counted(count, "brick") + " distorted beyond computing" + at + ": number " + joined(numbers, ", ") +
+           (count > numbers.size() ? ", ..." : "");
   }
   case Ending::IncrementCollapsed:
     return "the stable increment fell to " + shortNumber(now.stableIncrement) + " s" + at + ", below " +

@@ -72,8 +72,8 @@ void Output::writeHistory(const Analysis& analysis) {
 void Output::writeFields(const Analysis& analysis) {
   const Progress now = analysis.progress();
   const Energies energies = analysis.energies();
+  const Fields fields = analysis.fields(); // every rank has a part in them
   if (results_) {
-    const Fields fields = analysis.fields();
     results_->write(now.time, fields, energies);
     if (digest_) digest_->write(now, fields, energies);
     message("Status", "increment %S time %R stable increment %R kinetic energy %R total energy %R energy error %R",

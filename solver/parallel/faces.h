@@ -2,6 +2,7 @@
 #pragma once
 
 #include "solver/model/model.h"
+#include "solver/parallel/ranks.h"
 
 #include <array>
 #include <cstdint>
@@ -17,8 +18,8 @@ struct BrickFace {
   }
 };
 
-// The faces of a group by brick, whatever their order and orientation in the mesh file.  Throws InputError for a face that
-// no brick has, or that lies between two.
-std::vector<BrickFace> facesOf(const Mesh& mesh, const Group& group);
+// The faces of a group by brick, whatever their order and orientation in the mesh file; of a part of a mesh those with a node of this
+// rank.  All ranks call it.  Throws InputError for a face that no brick has, or that lies between two.
+std::vector<BrickFace> facesOf(const Mesh& mesh, const Group& group, const Ranks& ranks);
 
 } // namespace sharedanalysis::solver
