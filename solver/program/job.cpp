@@ -77,24 +77,16 @@ private:
     }
   }
 
-  // The root reads the state for everyone.
+  // Errors of what a sound file has name it, too.
   void restore(Analysis& analysis) {
     const std::filesystem::path file = options_.restart->empty() ? restartFile_ : *options_.restart;
-    const std::size_t size = analysis.stateSize();
-    RestartState state;
-    if (ranks_.isRoot()) state = readRestart(file, input_.hash, size);
-    std::vector<int64_t> ofRun{static_cast<int64_t>(state.run.size())};
-    ranks_.broadcast(ofRun);
-    state.run.resize(static_cast<std::size_t>(ofRun[0]));
-    state.model.resize(size);
-    ranks_.broadcast(state.run);
-    ranks_.broadcast(state.model);
+    RestartReader reader(file, input_.hash, ranks_);
     try {
-      analysis.restore(state.model);
+      analysis.restore(reader.state().course, [&] { return reader.next(); });
     } catch (const InputError& error) {
       throw InputError(file.string() + ": " + error.what());
     }
-    earlier_ = std::move(state.run);
+    earlier_ = reader.state().run;
     start_ = Start::GoOn;
     description_.push_back("goes on from increment " + std::to_string(analysis.progress().increment) + ", time " +
                            shortNumber(analysis.progress().time) + " s, of " + file.string());
@@ -108,18 +100,19 @@ private:
     output.visit(archive);
   }
 
-  void writeState(Analysis& analysis, Output& output) {
+  void writeState(const Analysis& analysis, Output& output) {
     RestartState state;
-    state.model = analysis.state();
+    state.course = analysis.course();
+    if (ranks_.isRoot()) {
+      Archive counted;
+      visitRun(counted, output);
+      state.run.resize(counted.count());
+      Archive archive(Archive::Task::Save, state.run.data(), state.run.size());
+      visitRun(archive, output);
+    }
     output.synchronise(); // the file of the state promises that its results are there
     ranks_.synchronise();
-    if (!ranks_.isRoot()) return;
-    Archive counted;
-    visitRun(counted, output);
-    state.run.resize(counted.count());
-    Archive archive(Archive::Task::Save, state.run.data(), state.run.size());
-    visitRun(archive, output);
-    writeRestart(restartFile_, input_.hash, state);
+    writeRestart(restartFile_, input_.hash, state, ranks_, [&](const RecordSink& put) { analysis.saveRecords(put); });
     hasState_ = true;
   }
 
@@ -185,7 +178,7 @@ private:
     if (!ranks_.isRoot()) endJob(analysis, output);
     ranks_.synchronise();
     output.complete();
-    if (ranks_.isRoot()) PartialFile::removeEarlier(restartFile_); // nothing is left to go on with
+    if (ranks_.isRoot()) removeRestart(restartFile_); // nothing is left to go on with
     if (ranks_.isRoot()) endJob(analysis, output);
     ranks_.synchronise();
     showSummary(analysis, output);
