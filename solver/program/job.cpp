@@ -111,13 +111,14 @@ private:
   void writeState(Analysis& analysis, Output& output) {
     RestartState state;
     state.model = analysis.state();
+    output.synchronise(); // the file of the state promises that its results are there
+    ranks_.synchronise();
     if (!ranks_.isRoot()) return;
     Archive counted;
     visitRun(counted, output);
     state.run.resize(counted.count());
     Archive archive(Archive::Task::Save, state.run.data(), state.run.size());
     visitRun(archive, output);
-    output.synchronise(); // the file of the state promises that its results are there
     writeRestart(restartFile_, input_.hash, state);
     hasState_ = true;
   }

@@ -45,6 +45,7 @@ int threadsOf(const JobOptions& options, const Ranks& ranks) {
 CaseFile readInput(const JobOptions& options) {
   CaseFile caseFile = readCase(options.caseFile);
   if (options.outputDirectory) caseFile.definition.outputDirectory = *options.outputDirectory;
+  if (options.filesByRank) caseFile.definition.filesByRank = *options.filesByRank;
   return caseFile;
 }
 

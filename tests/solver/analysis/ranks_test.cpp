@@ -443,8 +443,8 @@ TEST_F(RanksTest, ComparisonFindsOneBit) {
   definition.sections = {{"upper", 0}, {"lower", 0}}; // blocks that are not in the order of the mesh
   const auto write = [&](const std::string& directory) {
     std::filesystem::create_directory(directory);
-    solver::ResultsFile fields(directory + "/run.exo", mesh, definition, {});
-    solver::DigestFile digest(directory + "/run.digest", "run", mesh);
+    solver::ResultsFile fields(directory + "/run.exo", mesh, definition, {}, solver::Ranks());
+    solver::DigestFile digest(directory + "/run.digest", "run", mesh, solver::Ranks());
     for (const double time : {0.0, 0.5}) {
       const solver::Fields values{zeros, velocity, zeros, stress, scalars, scalars};
       fields.write(time, values, {});
@@ -452,8 +452,8 @@ TEST_F(RanksTest, ComparisonFindsOneBit) {
     }
     fields.close();
     digest.close();
-    fields.file().complete();
-    digest.file().complete();
+    fields.complete();
+    digest.complete();
   };
   write("a");
   velocity[3 * 123 + 2] = -0.0;
