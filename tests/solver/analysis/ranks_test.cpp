@@ -3,6 +3,7 @@
 #include "solver/input/mesh_reader.h"
 #include "solver/program/job.h"
 #include "solver/results/digest.h"
+#include "solver/results/mesh_file.h"
 #include "solver/results/restart_file.h"
 #include "solver/results/results.h"
 #include "tests/solver/files.h"
@@ -227,6 +228,29 @@ TEST_F(RanksTest, ResultsAreTheSameToTheLastBit) {
       EXPECT_EQ(readFile(job + "1x1/" + job + ".csv"), readFile(directory + "/" + job + ".csv"));
     }
   }
+}
+
+// Read by one, read by all, or made by all.
+TEST_F(RanksTest, InputsOfOneModelHaveOneDigest) {
+  solver::Mesh mesh = box({4, 3, 9}, {0.4, 0.3, 0.9});
+  std::erase_if(mesh.groups, [](const solver::Group& group) { return group.name == "surface"; });
+  writeFile("one.msh", meshText(mesh));
+  EXPECT_EQ(shell(SA_CONVERT_PROGRAM " one.msh one.exo").out, "one.exo: 200 nodes, 108 bricks\n");
+  writeIrregular();
+  for (const auto& [input, value] : {std::pair{"gmsh", "\"one.msh\""},
+                                     {"exodus", "\"one.exo\""},
+                                     {"box", "{box = {bricks = [4, 3, 9], size = [0.4, 0.3, 0.9]}}"}}) {
+    writeFile("model.toml", replaced(readFile("irregular.toml"), "\"irregular.msh\"", value) +
+                                "\n[[pressure]]\ngroup = \"x1\"\nvalue = 1e5\n");
+    if (input == std::string("gmsh")) run(1, 1, "model.toml --digest -q -o one");
+    run(3, 1, std::string("model.toml --digest -q -o ") + input);
+    compare("one", input);
+  }
+  // what one rank finds in its share all ranks answer
+  mesh.coordinates[3 * 199 + 1] = NAN;
+  solver::writeMesh("one.exo", "one", mesh);
+  writeFile("model.toml", replaced(readFile("irregular.toml"), "irregular.msh", "one.exo"));
+  expectError(run(3, 1, "model.toml", 1), 1, "one.exo: a coordinate of node 200 is not a finite number");
 }
 
 TEST_F(RanksTest, MoreRanksThanTheModelNeeds) {
