@@ -30,8 +30,7 @@ struct Analysis::Data {
   std::function<void(const Progress&, double)> observer;
   std::optional<Collected> collected; // of the present time
   FieldArrays fields;
-  std::optional<SavedState> saved; // where its words are
-  std::exception_ptr failed;       // first exception of the loop over increments
+  std::exception_ptr failed; // first exception of the loop over increments
 
   Data(const Mesh& mesh, const Case& definition, int threads)
       : layout(mesh, definition), nodes(referenceNodes(layout)), domains(makeDomainStates(layout, nodes.X, threads)),
@@ -66,10 +65,6 @@ struct Analysis::Data {
     return *collected;
   }
   Changing changing() { return {layout, nodes, domains, outside, course}; }
-  const SavedState& savedState() {
-    if (!saved) saved.emplace(changing());
-    return *saved;
-  }
   // Exceptions must not leave the work of a team: keeps the first one for after the loop.
   template <class Body>
   void guarded(Body body) noexcept {
@@ -136,14 +131,14 @@ Ending Analysis::advanceTo(double end, int64_t increments, double pause) {
   return d.ending;
 }
 
-std::size_t Analysis::stateSize() { return data_->savedState().size(); }
+std::vector<double> Analysis::course() const { return saveCourse(data_->changing()); }
 
-std::vector<double> Analysis::state() { return data_->savedState().save(data_->changing()); }
+void Analysis::saveRecords(const RecordSink& put) const { solver::saveRecords(data_->changing(), put); }
 
-void Analysis::restore(const std::vector<double>& state) {
+void Analysis::restore(const std::vector<double>& course, const RecordSource& next) {
   data_->collected.reset();
   data_->events.clear();
-  data_->savedState().restore(state, data_->changing());
+  restoreState(data_->changing(), course, next);
 }
 
 std::vector<BrickEvent> Analysis::takeEvents() {

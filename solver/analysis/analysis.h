@@ -45,6 +45,10 @@ struct Fields {
   std::span<const double> strainEnergy, mask;               // (elements); J/m3 of undeformed volume, 0 or 1
 };
 
+// Takes records of the state, or gives further ones, a piece of bounded length at a time; nothing when there are no more.
+using RecordSink = std::function<void(const std::vector<double>&)>;
+using RecordSource = std::function<std::vector<double>()>;
+
 // Stopped: a kernel reported data that it cannot go on with, and ended the analysis.  Failed: no brick carries load any more.
 enum class Ending { Running, Complete, Distorted, IncrementCollapsed, NotFinite, Killed, Stopped, Failed };
 
@@ -64,13 +68,14 @@ public:
   Ending advanceTo(double time, int64_t increments = std::numeric_limits<int64_t>::max(),
                    double pause = std::numeric_limits<double>::infinity());
 
-  // All that the analysis needs to go on after an increment that did not end it, in the numbering of the mesh: an analysis of the
-  // same case and mesh that restores it makes the same increments to the last bit, whatever its ranks and threads.  Every rank
-  // calls these.  The words are whole on the root; restoring takes them whole on every rank.
-  std::size_t stateSize();
-  std::vector<double> state();
-  // Throws InputError, without the name of a file, for times and increments that no analysis has.
-  void restore(const std::vector<double>& state);
+  // All that the analysis needs to go on after an increment that did not end it: words of its course, the same on every rank, and
+  // the records of the nodes and bricks that this rank owns.  An analysis of the same case and mesh that restores them makes the
+  // same increments to the last bit, whatever its ranks and threads.
+  std::vector<double> course() const;
+  void saveRecords(const RecordSink& put) const;
+  // Every rank calls it, with any of the records; all of them must come.  Throws InputError on every rank, without the name of a
+  // file, for a course that no analysis has and for other records.
+  void restore(const std::vector<double>& course, const RecordSource& next);
 
   // The observer is called after every increment, on every rank, with its size; it must not throw.
   void setObserver(std::function<void(const Progress&, double)> observer);

@@ -1,4 +1,5 @@
-// All that an analysis needs to go on, in the numbering of the mesh: the same words on any number of ranks and threads.
+// All that an analysis needs to go on, as words of the course and a record of each node and brick: the same on any number of ranks
+// and threads.  Every rank saves those that it owns, and restores those that it has.
 #pragma once
 
 #include "solver/analysis/state.h"
@@ -16,23 +17,12 @@ struct Changing {
   Course& course;
 };
 
-// Where the words of the course, of each node and of each brick are.  Every rank calls all members.
-class SavedState {
-public:
-  explicit SavedState(const Changing& state);
-
-  std::size_t size() const { return first_.back(); }
-  // Whole on the root.
-  std::vector<double> save(const Changing& state) const;
-  // Throws InputError for a course that no analysis has.
-  void restore(const std::vector<double>& words, const Changing& state) const;
-
-private:
-  void visit(bool restores, double* words, const Changing& state) const;
-  void collect(const Ranks& ranks, std::vector<double>& words) const;
-
-  std::vector<std::size_t> first_; // course, nodes, bricks, and the end
-  std::vector<int32_t> owners_;    // ranks of them
-};
+// The same on every rank.
+std::vector<double> saveCourse(const Changing& state);
+// Those of this rank.
+void saveRecords(const Changing& state, const RecordSink& put);
+// Every rank calls it, with the course and with any of the records, which find their ways to those that need them.  Throws
+// InputError on all of them for a course that no analysis has, and for records that are not those of case and mesh.
+void restoreState(const Changing& state, const std::vector<double>& course, const RecordSource& next);
 
 } // namespace sharedanalysis::solver

@@ -77,24 +77,16 @@ private:
     }
   }
 
-  // The root reads the state for everyone.
+  // Errors of what a sound file has name it, too.
   void restore(Analysis& analysis) {
     const std::filesystem::path file = options_.restart->empty() ? restartFile_ : *options_.restart;
-    const std::size_t size = analysis.stateSize();
-    RestartState state;
-    if (ranks_.isRoot()) state = readRestart(file, input_.hash, size);
-    std::vector<int64_t> ofRun{static_cast<int64_t>(state.run.size())};
-    ranks_.broadcast(ofRun);
-    state.run.resize(static_cast<std::size_t>(ofRun[0]));
-    state.model.resize(size);
-    ranks_.broadcast(state.run);
-    ranks_.broadcast(state.model);
+    RestartReader reader(file, input_.hash, ranks_);
     try {
-      analysis.restore(state.model);
+      analysis.restore(reader.state().course, [&] { return reader.next(); });
     } catch (const InputError& error) {
       throw InputError(file.string() + ": " + error.what());
     }
-    earlier_ = std::move(state.run);
+    earlier_ = reader.state().run;
     start_ = Start::GoOn;
     description_.push_back("goes on from increment " + std::to_string(analysis.progress().increment) + ", time " +
                            shortNumber(analysis.progress().time) + " s, of " + file.string());
@@ -108,18 +100,19 @@ private:
     output.visit(archive);
   }
 
-  void writeState(Analysis& analysis, Output& output) {
+  void writeState(const Analysis& analysis, Output& output) {
     RestartState state;
-    state.model = analysis.state();
+    state.course = analysis.course();
+    if (ranks_.isRoot()) {
+      Archive counted;
+      visitRun(counted, output);
+      state.run.resize(counted.count());
+      Archive archive(Archive::Task::Save, state.run.data(), state.run.size());
+      visitRun(archive, output);
+    }
     output.synchronise(); // the file of the state promises that its results are there
     ranks_.synchronise();
-    if (!ranks_.isRoot()) return;
-    Archive counted;
-    visitRun(counted, output);
-    state.run.resize(counted.count());
-    Archive archive(Archive::Task::Save, state.run.data(), state.run.size());
-    visitRun(archive, output);
-    writeRestart(restartFile_, input_.hash, state);
+    writeRestart(restartFile_, input_.hash, state, ranks_, [&](const RecordSink& put) { analysis.saveRecords(put); });
     hasState_ = true;
   }
 
@@ -185,7 +178,7 @@ private:
     if (!ranks_.isRoot()) endJob(analysis, output);
     ranks_.synchronise();
     output.complete();
-    if (ranks_.isRoot()) PartialFile::removeEarlier(restartFile_); // nothing is left to go on with
+    if (ranks_.isRoot()) removeRestart(restartFile_); // nothing is left to go on with
     if (ranks_.isRoot()) endJob(analysis, output);
     ranks_.synchronise();
     showSummary(analysis, output);
@@ -199,11 +192,14 @@ private:
     Ending ending = Ending::Running;
     while (ending == Ending::Running) {
       const Clock::time_point start = Clock::now();
+      const Traffic before = Ranks::traffic();
       // a filter sees every increment
       ending = analysis.advanceTo(std::min(fieldTimes_.next(), historyTimes_.next()),
                                   definition_.historyFilter ? 1 : allIncrements,
                                   definition_.restartInterval ? restartTimes_.next() : definition_.endTime);
       computing_ += Clock::now() - start;
+      exchanged_.messages += Ranks::traffic().messages - before.messages;
+      exchanged_.bytes += Ranks::traffic().bytes - before.bytes;
       takeEvents(analysis, output);
       if (!std::isfinite(analysis.energies().balance())) ending = Ending::NotFinite;
       if (ending == Ending::NotFinite) return ending;
@@ -290,12 +286,29 @@ private:
     terminal_.progress({now.time, definition_.endTime, now.stableIncrement, output.energy().relative(), now.increment});
   }
 
+  // What a rank takes at most.  Every rank calls it.
+  void showRanks(int64_t increments) {
+    rusage used{};
+    getrusage(RUSAGE_SELF, &used);
+    const auto perIncrement = [&](int64_t count) {
+      return static_cast<double>(count) / static_cast<double>(increments);
+    };
+    std::vector<double> most{-static_cast<double>(used.ru_maxrss), -perIncrement(exchanged_.messages),
+                             -perIncrement(exchanged_.bytes)};
+    ranks_.smallest(most);
+    constexpr double kKilo = 1e3, kUnitOfMemory = 1024; // bytes
+    terminal_.line("a rank takes " + shortNumber(-most[0] * kUnitOfMemory / (kKilo * kKilo)) +
+                   " MB of memory and sends " + shortNumber(-most[1]) + " messages of " +
+                   shortNumber(-most[2] / kKilo) + " kB in all an increment, at most");
+  }
+
   void showSummary(const Analysis& analysis, const Output& output) {
     const double seconds = computing_.count();
     terminal_.line("complete: " + std::to_string(analysis.progress().increment) + " increments in " +
                    shortNumber(seconds) + " s, " +
                    shortNumber(static_cast<double>(analysis.elementUpdates()) / seconds / 1e6) +
                    " million brick increments a second");
+    if (ranks_.areSeveral()) showRanks(analysis.progress().increment);
     if (definition_.quasiStatic) terminal_.line(describeRest(analysis));
     terminal_.line("fields at " + counted(static_cast<std::size_t>(output.count()), "time") + " in " +
                    output.fieldsName() + ", history in " + output.historyName() + output.eventsText());
@@ -319,6 +332,7 @@ private:
   double firstIncrement_ = 0;
   std::vector<std::string> description_;
   std::chrono::duration<double> computing_{0};
+  Traffic exchanged_; // in increments
 };
 
 } // namespace

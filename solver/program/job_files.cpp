@@ -7,6 +7,7 @@
 #include "solver/program/messages.h"
 #include "solver/program/output.h"
 #include "solver/results/partial_file.h"
+#include "solver/results/restart_file.h"
 
 #include <cerrno>
 #include <cstring>
@@ -28,10 +29,11 @@ std::string nameOfRank(const Case& definition, int32_t rank) {
 
 // So that no file of an earlier run can be taken for one of this run.
 void removeEarlierFiles(const Case& definition, const Ranks& ranks, Start start) {
-  if (start == Start::New)
-    for (const char* extension :
-         {historyExtension, eventsExtension, fieldsExtension, digestExtension, restartExtension})
+  if (start == Start::New) {
+    for (const char* extension : {historyExtension, eventsExtension, fieldsExtension, digestExtension})
       PartialFile::removeEarlier(resultFile(definition, extension));
+    removeRestart(resultFile(definition, restartExtension));
+  }
   const auto removeFilesOf = [&](int32_t rank) {
     bool found = false;
     for (const char* extension : {".msg", ".log", ".sta"}) {

@@ -95,13 +95,18 @@ void readStates(std::string_view bytes) {
   }();
   Analysis analysis(bricks(), definition, 1);
   analysis.advanceTo(1, 5);
-  std::vector<double> words = analysis.state();
+  test::State state = test::stateOf(analysis);
   if (bytes.starts_with("restart\n") || bytes.size() < 10) {
-    std::array<uint64_t, 6> heading{}; // case and size as the file has them
+    std::array<uint64_t, 4> heading{}; // the case as the file has it
     std::memcpy(heading.data(), bytes.data(), std::min(bytes.size(), sizeof heading));
-    readRestart(written("x.restart", bytes), heading[3], heading[5]);
+    RestartReader reader(written("x.restart", bytes), heading[3], Ranks());
+    analysis.restore(reader.state().course, [&] { return reader.next(); });
     return;
   }
+  // those of the course are also what results go on from
+  std::vector<double>& words = state.course;
+  const std::size_t ofCourse = words.size();
+  words.insert(words.end(), state.records.begin(), state.records.end());
   for (; bytes.size() >= 10; bytes.remove_prefix(10)) {
     uint16_t at = 0;
     std::memcpy(&at, bytes.data(), sizeof at);
@@ -112,7 +117,8 @@ void readStates(std::string_view bytes) {
   Problems problems(bricks());
   EnergyCheck check;
   Analysis other(bricks(), definition, 1);
-  other.restore(words);
+  const auto records = words.begin() + static_cast<std::ptrdiff_t>(ofCourse);
+  test::restore(other, {{words.begin(), records}, {records, words.end()}});
   other.advanceTo(1, 5);
   other.takeEvents();
   other.fields();

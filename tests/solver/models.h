@@ -92,4 +92,18 @@ inline bool runsToTheEnd(solver::Analysis& analysis, const solver::Case& c) {
   return analysis.advanceTo(c.endTime) == solver::Ending::Complete;
 }
 
+// What an analysis of one rank needs to go on.
+struct State {
+  std::vector<double> course, records;
+};
+inline State stateOf(const solver::Analysis& analysis) {
+  State state{analysis.course(), {}};
+  analysis.saveRecords(
+      [&](const std::vector<double>& some) { state.records.insert(state.records.end(), some.begin(), some.end()); });
+  return state;
+}
+inline void restore(solver::Analysis& analysis, const State& state) {
+  analysis.restore(state.course, [left = state.records]() mutable { return std::exchange(left, {}); });
+}
+
 } // namespace sharedanalysis::test
