@@ -33,7 +33,7 @@ constexpr bool kHasShadowMemory = __has_feature(address_sanitizer) || __has_feat
 constexpr bool kHasShadowMemory = false;
 #endif
 
-constexpr int kDone = 0, kInputError = 3;
+constexpr int kDone = 0, kInputError = 3, kNoRoom = 4;
 
 rlim_t addressSpaceInUse() {
   rlim_t pages = 0;
@@ -69,6 +69,9 @@ void limitTo(std::uintmax_t fileSize) {
   } catch (const InputError& error) {
     Sink(pipe).put(std::string(error.what()));
     code = kInputError;
+  } catch (const std::system_error& error) { // of the sink
+    Sink(pipe).put(std::string(error.what()));
+    code = kNoRoom;
   } catch (const std::bad_alloc&) {
     code = ENOMEM;
   } catch (...) {
@@ -102,17 +105,22 @@ void Sink::write(const void* bytes, std::size_t count) const {
   while (count > 0) {
     const ssize_t written = ::write(descriptor_, next, count);
     if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) throw std::system_error(errno, std::generic_category(), "cannot hand over what was read");
+    if (written <= 0)
+      throw std::system_error(errno, std::generic_category(),
+                              "what was read cannot be stored in the directory for temporary files (TMPDIR)");
     next += written;
     count -= static_cast<std::size_t>(written);
   }
 }
 
 HandOver::HandOver() : descriptor_(-1) {
-  std::error_code unknown;
-  std::string name = (std::filesystem::temp_directory_path(unknown) / "sharedanalysis-XXXXXX").string();
-  descriptor_ = mkostemp(name.data(), O_CLOEXEC);
-  if (descriptor_ < 0) throw std::system_error(errno, std::generic_category(), "cannot make the file " + name);
+  std::error_code none;
+  const std::filesystem::path folder = std::filesystem::temp_directory_path(none);
+  std::string name = (folder / "sharedanalysis-XXXXXX").string();
+  if (!none) descriptor_ = mkostemp(name.data(), O_CLOEXEC);
+  if (descriptor_ < 0)
+    throw InputError("what is read of a mesh has no place: " +
+                     (none ? "TMPDIR: " + none.message() : name + ": " + std::strerror(errno)));
   unlink(name.c_str());
 }
 
@@ -171,10 +179,10 @@ std::vector<char> run(const std::filesystem::path& file, const std::string& read
   while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
   if (WIFEXITED(status) && WEXITSTATUS(status) == kDone) return bytes;
-  if (WIFEXITED(status) && WEXITSTATUS(status) == kInputError) {
+  if (WIFEXITED(status) && (WEXITSTATUS(status) == kInputError || WEXITSTATUS(status) == kNoRoom)) {
     std::string text;
     Source(bytes).take(text);
-    throw InputError(text);
+    throw InputError(WEXITSTATUS(status) == kNoRoom ? file.string() + ": " + text : text);
   }
   throw InputError(file.string() + ": is broken: " + reader + " " + ending(status));
 }

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
@@ -53,6 +54,8 @@ public:
 constexpr std::string_view kHeads[] = {"$MeshFormat", "$NOD", "$Comments"};
 constexpr int kLongestHead = 20;
 
+constexpr std::int64_t kLargest = std::numeric_limits<int32_t>::max(); // number of format 2
+
 // A section of text has one line an entry, and its first line counts them: a count that is too small would hide the rest.
 //   version 2      count
 //   version 4      blocks, count; a line for each block; of nodes, from 4.1 on, first the numbers and then the coordinates
@@ -72,7 +75,12 @@ void checkCounts(const std::filesystem::path& file, std::istream& stream) {
     if (version >= 4) first >> blocks;
     if (!(first >> count)) continue;
     const std::string end = "$End" + word.substr(1);
-    while (std::getline(stream, line) && !line.starts_with(end)) lines += line.find_first_not_of(" \t\r") != line.npos;
+    while (std::getline(stream, line) && !line.starts_with(end)) {
+      lines += line.find_first_not_of(" \t\r") != line.npos;
+      if (version < 4 && std::strtoll(line.c_str(), nullptr, 10) > kLargest) // Gmsh would take another number
+        fail(file, word + " has the number " + std::to_string(std::strtoll(line.c_str(), nullptr, 10)) + ", above " +
+                       std::to_string(kLargest) + ", the largest of format 2");
+    }
     const std::int64_t expected = blocks + count * (version >= 4.1 && word == "$Nodes" ? 2 : 1);
     if (lines != expected)
       fail(file,
@@ -183,9 +191,6 @@ void storeNodes(const std::filesystem::path& file, const Tags& brickNodeNumbers,
   Tags used = brickNodeNumbers;
   std::sort(used.begin(), used.end());
   used.erase(std::unique(used.begin(), used.end()), used.end());
-  constexpr std::size_t largest = std::numeric_limits<int32_t>::max();
-  if (used.back() > largest || static_cast<std::size_t>(mesh.elementNumbers.back()) > largest)
-    fail(file, "a node or element number is above " + std::to_string(largest) + ", the largest a result file holds");
 
   const auto indexOf = [&](std::size_t number) {
     return static_cast<int32_t>(std::lower_bound(used.begin(), used.end(), number) - used.begin());
