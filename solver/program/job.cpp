@@ -144,7 +144,7 @@ private:
     info.insert(info.end(), input_.caseFile.lines.begin(), input_.caseFile.lines.end());
     Output output(definition_, mesh_, info, ranks_, options_.digest, start_);
     DiagnosticCourse course(definition_, ranks_);
-    if (ranks_.isRoot()) problems_.checkMesh();
+    problems_.checkMesh(ranks_);
     analysis.setObserver([&](const Progress& now, double increment) { course.increment(now, increment); });
     if (start_ == Start::GoOn) {
       Archive archive(Archive::Task::Restore, earlier_.data(), earlier_.size());
@@ -215,7 +215,7 @@ private:
   }
 
   void takeEvents(Analysis& analysis, Output& output) {
-    const std::vector<BrickEvent> events = analysis.takeEvents();
+    const BrickEvents events = analysis.takeEvents(output.roomForEvents());
     output.writeEvents(events);
     if (ranks_.isRoot()) problems_.add(events);
   }

@@ -17,7 +17,7 @@ Output::Output(const Case& definition, const Mesh& mesh, const std::vector<std::
     : fieldsPath_(resultFile(definition, fieldsExtension)), historyPath_(resultFile(definition, historyExtension)) {
   if (!ranks.isRoot()) return;
   history_.emplace(historyPath_, definition, start);
-  events_.emplace(resultFile(definition, eventsExtension), mesh, definition, start);
+  events_.emplace(resultFile(definition, eventsExtension), definition, start);
   results_.emplace(fieldsPath_, mesh, definition, info, start);
   makeDigest_ = [&definition, &mesh, this](Start how) {
     digest_.emplace(resultFile(definition, digestExtension), definition.job, mesh, how);
@@ -55,7 +55,7 @@ void Output::filterHistory(const Analysis& analysis) {
   if (history_) history_->filter(analysis);
 }
 
-void Output::writeEvents(const std::vector<BrickEvent>& events) {
+void Output::writeEvents(const BrickEvents& events) {
   if (events_) events_->write(events);
 }
 
