@@ -48,6 +48,7 @@ struct Analysis::Data {
       evaluateRest(definition, nodes, 0.0, state, outside.loads);
     }
     ending = findEnding(layout, nodes, domains, outcomeOf(layout.ranks, domains), course, distortion);
+    layout.numbering.connectivity = {}; // blocks have what they need of it
     course.firstStable = course.stable;
     course.damping = definition.damping;
     if (definition.isDamped()) nodes.dampingEnergy.resize(nodes.mass.size());
@@ -186,7 +187,7 @@ std::array<double, 3> Analysis::angularMomentum() const { return data_->collecte
 Fields Analysis::fields() const {
   const FloatingPointMode mode;
   Data& d = *data_;
-  d.fields.fill(d.layout, d.nodes, d.outside.prescribed, d.collectedNow());
+  d.fields.fill(d.layout, d.nodes, d.outside.prescribed, d.collectedNow(), d.domains, d.team);
   return d.fields.spans();
 }
 

@@ -49,8 +49,8 @@ Block::Block(std::span<const int32_t> bricks, std::span<const int32_t> records, 
              const Material& material, const Case& definition)
     : n_(static_cast<int32_t>(bricks.size())), ld_(leadingDimension(n_)), bricks_(bricks.begin(), bricks.end()),
       gatherMap_(8 * ld_), assemblyMap_(8 * n_), B0_(24 * ld_), H0_(12 * ld_), V0_(ld_), mass_(n_), hourglass_(n_),
-      shear_(n_, material.shearModulus()), density_(n_, material.density), material_(&material), points_(material, n_),
-      stress_(6 * n_), mask_(ld_), viscousStress_(n_), viscousEnergy_(n_), omega_(n_), failed_(n_), lostEnergy_(n_) {
+      material_(&material), points_(material, n_), stress_(6 * n_), mask_(ld_), viscousStress_(n_), viscousEnergy_(n_),
+      omega_(n_), failed_(n_), lostEnergy_(n_) {
   for (int32_t e = 0; e < ld_; ++e)
     for (int corner = 0; corner < 8; ++corner) {
       // pad with the last brick, so that one gather fills the whole array
@@ -69,9 +69,10 @@ void Block::setReference(const std::vector<double>& X, BlockWork& w) {
   SPX_OPE_C3D8ROPER2(&n_, &ld_, w.x.data(), B0_.data(), w.hgdiag.data(), w.hgstiff.data(), V0_.data(), w.rvol.data(),
                      w.gamma.data(), mask_.data());
   hourglassModes(n_, ld_, w.x.data(), H0_.data());
+  const double density = material_->density, shear = material_->shearModulus();
   for (int32_t e = 0; e < n_; ++e) {
-    mass_[e] = density_[e] * V0_[e];
-    hourglass_[e] *= shear_[e] * w.hgstiff[e] / 16.0;
+    mass_[e] = density * V0_[e];
+    hourglass_[e] *= shear * w.hgstiff[e] / 16.0;
   }
 }
 
@@ -179,8 +180,8 @@ void Block::recordDistortion(BlockWork& w) const {
 
 // The bindings name every member, so that none is forgotten.
 void Block::visit(Archive& archive, int32_t e) {
-  [[maybe_unused]] auto& [n, ld, bricks, gatherMap, assemblyMap, B0, H0, V0, mass, hourglass, shear, density, material,
-                          points, stress, mask, viscousStress, viscousEnergy, omega, failed, lostEnergy] = *this;
+  [[maybe_unused]] auto& [n, ld, bricks, gatherMap, assemblyMap, B0, H0, V0, mass, hourglass, material, points, stress,
+                          mask, viscousStress, viscousEnergy, omega, failed, lostEnergy] = *this;
   archive.ofPoint(e, n, stress, viscousStress, viscousEnergy, omega, failed, lostEnergy);
   archive(mask[static_cast<std::size_t>(e)]); // with its pad behind it
   points.visit(archive, e);

@@ -69,7 +69,7 @@ private:
   std::vector<int32_t> bricks_;
   std::vector<int32_t> gatherMap_,
       assemblyMap_; // brick fastest, counted from 1 in the model; corner fastest, from 1 in f
-  std::vector<double> B0_, H0_, V0_, mass_, hourglass_, shear_, density_;
+  std::vector<double> B0_, H0_, V0_, mass_, hourglass_;
   const Material* material_;
   MaterialPoints points_;
   std::vector<double> stress_, mask_, viscousStress_, viscousEnergy_;

@@ -7,34 +7,38 @@
 #include "solver/parallel/exact_sum.h"
 
 #include <algorithm>
-#include <iterator>
+#include <array>
 
 namespace sharedanalysis::solver {
 namespace {
 
-// (kBrickValues, bricks) of the bricks for which the domains of this rank speak.
-std::vector<double> brickValues(const Layout& layout, const std::vector<double>& x, std::vector<DomainState>& domains,
-                                Team& team) {
-  std::vector<double> values(kBrickValues * static_cast<size_t>(layout.bricks()));
-  const auto ofDomain = [&](DomainState& state) {
-    double density[kBlockLength], spring[kBlockLength], damage[kBlockLength];
+// A brick for which a domain of this rank speaks.
+struct BrickNow {
+  const Block& block;
+  int place;                         // in the block
+  std::size_t brick;                 // internal number
+  double density, hourglass, damage; // strain energy per undeformed volume, and energies
+
+  double strainEnergy() const { return block.volume(place) * density; }
+};
+
+// take(domain, brick) for each of them, by the threads that have the domains; `domain` counts from 0.
+template <class Take>
+void eachBrick(const Layout& layout, const std::vector<double>& x, std::vector<DomainState>& domains, Team& team,
+               Take take) {
+  const auto ofDomain = [&](std::size_t d) {
+    DomainState& state = domains[d];
+    double density[kBlockLength], hourglass[kBlockLength], damage[kBlockLength];
     for (Block& block : state.blocks) {
-      block.energies(x, state.work, density, spring, damage);
-      for (int e = 0; e < block.count(); ++e) {
-        const int32_t brick = block.bricks()[e];
-        if (!state.speaksFor(layout, brick)) continue;
-        double* own = &values[kBrickValues * static_cast<size_t>(brick)];
-        const double first[] = {block.volume(e),        density[e], spring[e],
-                                block.viscousEnergy(e), damage[e],  block.mask(e)};
-        std::copy(std::begin(first), std::end(first), own);
-        for (int c = 0; c < 6; ++c) own[6 + c] = block.mask(e) == 0.0 ? block.stress(c, e) : 0.0;
-      }
+      block.energies(x, state.work, density, hourglass, damage);
+      for (int e = 0; e < block.count(); ++e)
+        if (state.speaksFor(layout, block.bricks()[e]))
+          take(d, BrickNow{block, e, static_cast<std::size_t>(block.bricks()[e]), density[e], hourglass[e], damage[e]});
     }
   };
   team.run([&](int thread) {
-    for (size_t k = static_cast<size_t>(thread); k < domains.size(); k += team.size()) ofDomain(domains[k]);
+    for (std::size_t d = static_cast<std::size_t>(thread); d < domains.size(); d += team.size()) ofDomain(d);
   });
-  return values;
 }
 
 // At the present time, half an increment beyond the last half step; prescribed components follow their history.
@@ -89,10 +93,10 @@ public:
       : layout_(layout), nodes_(nodes), prescribed_(prescribed), course_(course), collected_(collected),
         sums_(kGroups + groupColumns()) {}
 
-  void add() {
+  void add(std::vector<DomainState>& domains, Team& team) {
     addNodes();
     addReactions();
-    addBricks();
+    addBricks(domains, team);
     std::size_t column = kGroups;
     for (const GroupHistory& history : layout_.definition.groupHistories) addGroup(history, column);
   }
@@ -147,14 +151,24 @@ private:
       sums_[kExternal].add(p.work + 0.5 * collected_.reactions[k] * p.of(nodes_.v.data()) * course_.lastIncrement);
     }
   }
-  void addBricks() {
-    for (std::size_t e = 0; e < static_cast<std::size_t>(layout_.bricks()); ++e) {
-      const double* brick = &collected_.bricks[kBrickValues * e]; // zeros where another rank speaks
-      sums_[kStrain].add(brick[0] * brick[1]);
-      sums_[kHourglass].add(brick[2]);
-      sums_[kViscous].add(brick[3]);
-      sums_[kDamage].add(brick[4]);
-    }
+  // Energies of single bricks are kept where a history of a group asks for them.
+  void addBricks(std::vector<DomainState>& domains, Team& team) {
+    const bool keeps = std::any_of(
+        layout_.definition.groupHistories.begin(), layout_.definition.groupHistories.end(),
+        [](const GroupHistory& history) {
+          return std::any_of(history.quantities.begin(), history.quantities.end(),
+                             [](const GroupQuantity* quantity) { return quantity->kind == GroupQuantityKind::Energy; });
+        });
+    if (keeps) bricks_.resize(static_cast<std::size_t>(layout_.bricks())); // zeros where another domain speaks
+    std::vector<std::array<ExactSum, 4>> ofDomains(domains.size());
+    eachBrick(layout_, nodes_.x, domains, team, [&](std::size_t domain, const BrickNow& now) {
+      const BrickEnergies all{now.strainEnergy(), now.hourglass, now.block.viscousEnergy(now.place), now.damage,
+                              now.block.mask(now.place)};
+      for (std::size_t k = 0; k < ofDomains[domain].size(); ++k) ofDomains[domain][k].add(all[k]);
+      if (keeps) bricks_[now.brick] = all;
+    });
+    for (const auto& sums : ofDomains)
+      for (std::size_t k = 0; k < sums.size(); ++k) sums_[kStrain + k].add(sums[k]);
   }
   // Over its nodes or bricks: means of motion, sums of the rest.
   void addGroup(const GroupHistory& history, std::size_t& column) {
@@ -172,9 +186,7 @@ private:
   void addBricksOf(const Group& group, ExactSum* sum) {
     for (const int32_t element : group.elements) {
       const auto internal = static_cast<std::size_t>(layout_.internalBricks[static_cast<std::size_t>(element)]);
-      const double* brick = &collected_.bricks[kBrickValues * internal];
-      const double values[] = {brick[0] * brick[1], brick[2], brick[3], brick[4], brick[5]};
-      for (std::size_t k = 0; k < 5; ++k) sum[k].add(values[k]);
+      for (std::size_t k = 0; k < bricks_[internal].size(); ++k) sum[k].add(bricks_[internal][k]);
     }
   }
   void addNodesOf(const Group& group, GroupQuantityKind kind, ExactSum* sum) {
@@ -200,7 +212,9 @@ private:
   const Prescribed& prescribed_;
   const Course& course_;
   Collected& collected_;
+  using BrickEnergies = std::array<double, 5>; // strain, hourglass, viscous, damage, and whether the brick is out
   std::vector<ExactSum> sums_;
+  std::vector<BrickEnergies> bricks_;
   std::vector<double> groups_;
 };
 
@@ -218,14 +232,12 @@ Collected collect(const Layout& layout, const NodeState& nodes, Outside& outside
   for (const Contact& contact : outside.contacts.all) // what supports take of the pressure of planes
     for (size_t k = contact.firstPrescribed; k < contact.endPrescribed; ++k)
       collected.reactions[k] -= prescribed.components[k].of(contact.normalForce);
-  collected.bricks = brickValues(layout, nodes.x, domains, team);
-
   collected.measures = workOfLoads(layout, nodes, course, outside.loads);
   const ContactSums contacts = sumContacts(layout, course, nodes, outside.contacts);
   const bool isDamped = layout.definition.isDamped();
   const double damped = isDamped ? dampingEnergy(layout, nodes, course, collected.velocity) : 0;
   Sums sums(layout, nodes, prescribed, course, collected);
-  sums.add();
+  sums.add(domains, team);
   sums.store(damped, contacts.friction + contacts.impact);
   for (const double work : collected.measures) collected.energies.external += work;
   for (const ContactSums::OfPlane& plane : contacts.planes) collected.energies.external += plane.work;
@@ -240,7 +252,7 @@ Collected collect(const Layout& layout, const NodeState& nodes, Outside& outside
 }
 
 void FieldArrays::fill(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed,
-                       const Collected& collected) {
+                       const Collected& collected, std::vector<DomainState>& domains, Team& team) {
   const size_t count = static_cast<size_t>(layout.nodes()), bricks = static_cast<size_t>(layout.bricks());
   displacement.resize(3 * count);
   velocity.resize(3 * count);
@@ -263,13 +275,14 @@ void FieldArrays::fill(const Layout& layout, const NodeState& nodes, const Presc
       p.addTo(ofNode, collected.reactions[k]);
   }
   exchangeOfMesh(layout, {&velocity, &reaction});
-  for (size_t e = 0; e < bricks; ++e) {
-    const double* brick = &collected.bricks[kBrickValues * e];
-    const size_t at = static_cast<size_t>(layout.numbering.elements[e]);
-    elementEnergy[at] = brick[1];
-    elementMask[at] = brick[5];
-    for (size_t k = 0; k < 6; ++k) stress[6 * at + k] = brick[6 + k];
-  }
+  eachBrick(layout, nodes.x, domains, team, [&](std::size_t, const BrickNow& now) {
+    const auto at = static_cast<size_t>(layout.meshBrick(static_cast<int64_t>(now.brick)));
+    const double mask = now.block.mask(now.place);
+    elementEnergy[at] = now.density;
+    elementMask[at] = mask;
+    for (int k = 0; k < 6; ++k)
+      stress[6 * at + static_cast<size_t>(k)] = mask == 0.0 ? now.block.stress(k, now.place) : 0.0;
+  });
 }
 
 } // namespace sharedanalysis::solver

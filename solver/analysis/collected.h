@@ -11,14 +11,11 @@ namespace sharedanalysis::solver {
 struct Collected {
   std::vector<double> velocity;  // (3, nodes), internal numbering, of the own nodes, at the present time
   std::vector<double> reactions; // of the prescribed components
-  std::vector<double> bricks;    // (kBrickValues, bricks), of those that this rank speaks for
   // Sums over the whole model, on every rank.
   Energies energies;
   std::array<double, 3> linearMomentum{}, angularMomentum{}; // the latter about the origin
   std::vector<double> measures;                              // those of the case: of its loads, planes and damping
 };
-// Volume, strain energy density, hourglass, viscous and damage energy, mask, stress.
-inline constexpr int kBrickValues = 12;
 
 // Every rank calls it.  The domains change in their work arrays alone, contacts in their present forces.
 Collected collect(const Layout& layout, const NodeState& nodes, Outside& outside, const Course& course,
@@ -29,8 +26,9 @@ Collected collect(const Layout& layout, const NodeState& nodes, Outside& outside
 struct FieldArrays {
   std::vector<double> displacement, velocity, reaction, stress, elementEnergy, elementMask;
 
-  // Every rank calls it.
-  void fill(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed, const Collected& collected);
+  // Every rank calls it.  The domains change in their work arrays alone.
+  void fill(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed, const Collected& collected,
+            std::vector<DomainState>& domains, Team& team);
   Fields spans() const { return {displacement, velocity, reaction, stress, elementEnergy, elementMask}; }
 };
 

@@ -20,7 +20,7 @@ struct Numbering {
   std::vector<int32_t> elements; // place in the mesh of each internal brick
   std::vector<int32_t> nodes;    // place in the mesh of each internal node; of the own ones nodes of no brick come last
   std::vector<int32_t> internalNodes; // internal number of each mesh node
-  std::vector<int32_t> connectivity;  // (8, bricks), internal node numbers
+  std::vector<int32_t> connectivity;  // (8, bricks), internal node numbers; of the set-up
   int64_t owned = 0;                  // so many nodes belong to this rank
 
   bool isOwned(int64_t node) const { return node < owned; }

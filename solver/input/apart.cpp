@@ -5,11 +5,14 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <fstream>
 #include <stdexcept>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
@@ -53,7 +56,7 @@ void limitTo(std::uintmax_t fileSize) {
 }
 
 // The child: its exit code says whether the pipe holds the work or the text of an error.
-[[noreturn]] void runChild(int descriptor, pid_t parent, std::uintmax_t fileSize,
+[[noreturn]] void runChild(int pipe, int descriptor, pid_t parent, std::uintmax_t fileSize,
                            const std::function<void(Sink&)>& work) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != parent) _exit(1); // it died meanwhile
@@ -64,7 +67,7 @@ void limitTo(std::uintmax_t fileSize) {
   try {
     work(sink);
   } catch (const InputError& error) {
-    sink.put(std::string(error.what()));
+    Sink(pipe).put(std::string(error.what()));
     code = kInputError;
   } catch (const std::bad_alloc&) {
     code = ENOMEM;
@@ -105,16 +108,49 @@ void Sink::write(const void* bytes, std::size_t count) const {
   }
 }
 
+HandOver::HandOver() : descriptor_(-1) {
+  std::error_code unknown;
+  std::string name = (std::filesystem::temp_directory_path(unknown) / "sharedanalysis-XXXXXX").string();
+  descriptor_ = mkostemp(name.data(), O_CLOEXEC);
+  if (descriptor_ < 0) throw std::system_error(errno, std::generic_category(), "cannot make the file " + name);
+  unlink(name.c_str());
+}
+
+HandOver::~HandOver() { close(descriptor_); }
+
+Source::Source(const HandOver& file) : descriptor_(file.descriptor()) {
+  struct stat status {};
+  if (fstat(descriptor_, &status) != 0) fail();
+  left_ = static_cast<std::size_t>(status.st_size);
+}
+
 void Source::read(void* bytes, std::size_t count) {
-  if (count > bytes_.size()) fail();
-  if (count > 0) std::memcpy(bytes, bytes_.data(), count);
-  bytes_ = bytes_.subspan(count);
+  if (count > left_) fail();
+  if (descriptor_ < 0 && count > 0) std::memcpy(bytes, bytes_.data() + at_, count);
+  for (std::size_t done = 0; descriptor_ >= 0 && done < count;) {
+    const ssize_t part =
+        pread(descriptor_, static_cast<char*>(bytes) + done, count - done, static_cast<off_t>(at_ + done));
+    if (part < 0 && errno == EINTR) continue;
+    if (part <= 0) fail();
+    done += static_cast<std::size_t>(part);
+  }
+  at_ += count;
+  left_ -= count;
+}
+
+void Source::skip(std::size_t count) {
+  if (count > left_) fail();
+  at_ += count;
+  left_ -= count;
 }
 
 void Source::fail() { throw std::runtime_error("what a reading process handed over is not whole"); }
 
-std::vector<char> runApart(const std::filesystem::path& file, const std::string& reader,
-                           const std::function<void(Sink&)>& work) {
+namespace {
+
+// The child writes to the descriptor, or to the pipe where there is none.
+std::vector<char> run(const std::filesystem::path& file, const std::string& reader,
+                      const std::function<void(Sink&)>& work, int descriptor) {
   std::error_code noSize;
   const std::uintmax_t size = std::filesystem::file_size(file, noSize);
   int ends[2];
@@ -122,7 +158,7 @@ std::vector<char> runApart(const std::filesystem::path& file, const std::string&
   const pid_t parent = getpid(), child = fork();
   if (child == 0) {
     close(ends[0]);
-    runChild(ends[1], parent, noSize ? 0 : size, work);
+    runChild(ends[1], descriptor < 0 ? ends[1] : descriptor, parent, noSize ? 0 : size, work);
   }
   close(ends[1]);
   if (child < 0) {
@@ -141,6 +177,18 @@ std::vector<char> runApart(const std::filesystem::path& file, const std::string&
     throw InputError(text);
   }
   throw InputError(file.string() + ": is broken: " + reader + " " + ending(status));
+}
+
+} // namespace
+
+std::vector<char> runApart(const std::filesystem::path& file, const std::string& reader,
+                           const std::function<void(Sink&)>& work) {
+  return run(file, reader, work, -1);
+}
+
+void runApart(const std::filesystem::path& file, const std::string& reader, const std::function<void(Sink&)>& work,
+              const HandOver& result) {
+  run(file, reader, work, result.descriptor());
 }
 
 } // namespace sharedanalysis::solver

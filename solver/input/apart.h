@@ -1,6 +1,8 @@
 // Work on input that may be hostile, in a process of its own: a crash, a hang or a flood of memory there is an error here.
 #pragma once
 
+#include "solver/parallel/mesh_slice.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -10,6 +12,19 @@
 #include <vector>
 
 namespace sharedanalysis::solver {
+
+// Bytes in a file without a name, in the directory for temporary files (TMPDIR), that goes with this object.
+class HandOver {
+public:
+  HandOver();
+  ~HandOver();
+  HandOver(const HandOver&) = delete;
+  HandOver& operator=(const HandOver&) = delete;
+  int descriptor() const { return descriptor_; }
+
+private:
+  int descriptor_;
+};
 
 // What the process hands over, as plain bytes in order.
 class Sink {
@@ -31,15 +46,26 @@ private:
 
 class Source {
 public:
-  explicit Source(std::span<const char> bytes) : bytes_(bytes) {}
+  explicit Source(std::span<const char> bytes) : bytes_(bytes), left_(bytes.size()) {}
+  explicit Source(const HandOver& file);
 
   template <class Number>
   void take(std::vector<Number>& values) {
+    takeShare(values, 1, 0, 1);
+  }
+  // The share of a rank (firstOfShare) of what was put, counted in entities of so many numbers; the others are passed over.
+  template <class Number>
+  void takeShare(std::vector<Number>& values, int64_t numbers, int64_t rank, int64_t size) {
     std::uint64_t count = 0;
     read(&count, sizeof count);
-    if (count > bytes_.size() / sizeof(Number)) fail();
-    values.resize(static_cast<std::size_t>(count));
+    if (count > left_ / sizeof(Number)) fail();
+    const int64_t entities = static_cast<int64_t>(count) / numbers;
+    const auto first = static_cast<std::size_t>(numbers * firstOfShare(entities, rank, size)),
+               end = static_cast<std::size_t>(numbers * firstOfShare(entities, rank + 1, size));
+    values.resize(end - first);
+    skip(first * sizeof(Number));
     read(values.data(), values.size() * sizeof(Number));
+    skip((static_cast<std::size_t>(count) - end) * sizeof(Number));
   }
   void take(std::string& text) {
     std::vector<char> letters;
@@ -49,8 +75,11 @@ public:
 
 private:
   void read(void* bytes, std::size_t count);
+  void skip(std::size_t count);
   [[noreturn]] static void fail();
   std::span<const char> bytes_;
+  int descriptor_ = -1; // of a file in their place
+  std::size_t at_ = 0, left_ = 0;
 };
 
 // Runs `work` on an input file in a child process and returns what it has put into its sink.  The child may take memory and
@@ -58,5 +87,8 @@ private:
 // that names the file and says how the process ended.  `reader` is what the work is done by, for that text.
 std::vector<char> runApart(const std::filesystem::path& file, const std::string& reader,
                            const std::function<void(Sink&)>& work);
+// The same for more than this process has room for.
+void runApart(const std::filesystem::path& file, const std::string& reader, const std::function<void(Sink&)>& work,
+              const HandOver& result);
 
 } // namespace sharedanalysis::solver

@@ -1,5 +1,6 @@
 #include "solver/input/case_reader.h"
 
+#include "solver/input/box_mesh.h"
 #include "solver/input/case_table.h"
 #include "solver/input/material_reader.h"
 #include "solver/model/text.h"
@@ -164,7 +165,10 @@ private:
     if (case_.job.ends_with(".events"))
       root_.fail("job", "job is \"" + case_.job + "\", expected a name without .events, which events of a job have");
     case_.title = root_.text("title", case_.job);
-    case_.meshFile = besideCase(root_.text("mesh"));
+    if (root_.isTable("mesh"))
+      case_.mesh.box = readBox(root_.table("mesh", {"box"}));
+    else
+      case_.mesh.file = besideCase(root_.text("mesh"));
   }
 
   void materials() {
@@ -355,7 +359,7 @@ private:
 
   void output() {
     const Table table =
-        root_.table("output", {"interval", "history_interval", "restart_interval", "directory", "fields",
+        root_.table("output", {"interval", "history_interval", "restart_interval", "directory", "fields", "files",
                                "filter_cutoff", "filter_type", "filter_order", "filter_ripple", "filter_attenuation"});
     case_.outputInterval = readInterval(table, "interval", case_.endTime, 20);
     case_.historyInterval = readInterval(table, "history_interval", case_.endTime, 200);
@@ -369,6 +373,10 @@ private:
         if (std::find(known.begin(), known.end(), field) == known.end())
           table.fail("fields", "\"" + printable(field) + "\" is no field, expected one of " + joined(known, ", "));
     }
+    const std::string files = table.text("files", "one");
+    if (files != "one" && files != "ranks")
+      table.fail("files", "files is \"" + printable(files) + "\", expected \"one\" or \"ranks\"");
+    case_.filesByRank = files == "ranks";
     if (table.has("filter_cutoff")) case_.historyFilter = readFilter(table);
     for (const char* key : {"filter_type", "filter_order", "filter_ripple", "filter_attenuation"})
       if (table.has(key) && !case_.historyFilter)

@@ -184,6 +184,11 @@ bool Table::isArray(const char* key) const {
   return node && node->is_array();
 }
 
+bool Table::isTable(const char* key) const {
+  const toml::node* node = content_->values->get(key);
+  return node && node->is_table();
+}
+
 std::string Table::place(const char* key) const { return content_->place(key); }
 
 std::string Table::place(const char* key, std::size_t number) const {

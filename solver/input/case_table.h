@@ -29,6 +29,7 @@ public:
 
   bool has(const char* key) const;
   bool isArray(const char* key) const;
+  bool isTable(const char* key) const;
 
   // The place of a value, or of the table if it has no such key.
   std::string place(const char* key = nullptr) const;

@@ -1,21 +1,18 @@
-// Meshes of 8-node bricks from Gmsh's .msh files.
+// Meshes of cases, from any input: Gmsh's .msh, Exodus II, a box that the case describes.
 #pragma once
 
 #include "solver/model/model.h"
-
-#include <filesystem>
+#include "solver/parallel/mesh_slice.h"
+#include "solver/parallel/ranks.h"
 
 namespace sharedanalysis::solver {
 
-// Reads any version of the format that Gmsh reads.  Bricks stand in the order of their numbers, and so do the nodes; nodes
-// of no brick are left out.  Every physical group is a group of the mesh; one without a name is called volume_<tag>,
-// surface_<tag>, curve_<tag> or point_<tag>.  Throws InputError naming the file: unreadable, elements of dimension 3 other
-// than 8-node bricks, bricks in no physical volume or on the same nodes, numbers or names given twice, counts that do not fit the
-// lines that follow, coordinates that are not finite.  Gmsh works in a process of its own: a file that it crashes, hangs or
-// takes too much memory over is an InputError as well; nothing that stands beside the file is read.
-Mesh readMesh(const std::filesystem::path& file);
+// The mesh over the ranks of a job, which all call it.  A box is made by each rank; an Exodus file is read by all ranks, each its
+// part of it, and has to be there for all; a Gmsh file is read by the root, which hands out the shares.  No rank has more than
+// its share at any time.  Throws InputError naming the file, the same on all ranks.
+MeshSlice sliceOf(const MeshInput& input, const Ranks& ranks);
 
-// What is looked at before Gmsh has the file: its beginning and its end, counts of sections against their lines.
-void checkMeshText(const std::filesystem::path& file);
+// The whole mesh, by this process alone.
+Mesh readMesh(const MeshInput& input);
 
 } // namespace sharedanalysis::solver

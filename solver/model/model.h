@@ -6,6 +6,7 @@
 #include "solver/model/histories.h"
 #include "solver/model/loads.h"
 #include "solver/model/materials.h"
+#include "solver/model/mesh_input.h"
 
 #include <algorithm>
 #include <array>
@@ -127,7 +128,8 @@ inline constexpr std::array<const char*, 10> outputFields{"displacement",
                                                           "material_orientation"};
 
 struct Case {
-  std::filesystem::path file, meshFile, outputDirectory;
+  std::filesystem::path file, outputDirectory;
+  MeshInput mesh;
   std::string job, title;
   std::vector<Material> materials;
   std::vector<Section> sections; // cover every brick exactly once
@@ -149,6 +151,7 @@ struct Case {
   std::optional<host::LowPass> historyFilter;
   std::vector<GroupHistory> groupHistories;
   std::vector<std::string> fields{outputFields.begin(), outputFields.end()};
+  bool filesByRank = false;            // one file of fields of each rank
   double smallestIncrementRatio = 1e-3; // of the first stable increment; below it the analysis ends with an error
 };
 

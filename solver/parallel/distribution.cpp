@@ -305,41 +305,51 @@ private:
   Mesh mesh_;
 };
 
-std::vector<int32_t> narrowed(const Places& places) { return {places.begin(), places.end()}; }
+} // namespace
 
-// The slice of the only rank.
-Mesh wholeMesh(MeshSlice slice) {
+Mesh joinedMesh(const std::vector<MeshSlice>& slices) {
+  const int64_t nodes = slices.at(0).nodes, elements = slices.at(0).elements;
+  // 3 * nodes and 16 * bricks are counted in 32 bits
+  constexpr int64_t most = std::numeric_limits<int32_t>::max();
+  if (nodes > most / 3 || elements > most / 16)
+    throw InputError("a mesh of " + std::to_string(nodes) + " nodes and " + std::to_string(elements) +
+                     " bricks is more than one rank can count");
+  const auto asSize = [](int64_t count) { return static_cast<std::size_t>(count); };
   Mesh mesh;
-  mesh.nodeNumbers = std::move(slice.nodeNumbers);
-  mesh.coordinates = std::move(slice.coordinates);
-  std::vector<std::size_t> order(slice.elementPositions.size());
-  std::iota(order.begin(), order.end(), std::size_t{0});
-  std::sort(order.begin(), order.end(),
-            [&](std::size_t a, std::size_t b) { return slice.elementPositions[a] < slice.elementPositions[b]; });
-  mesh.connectivity.reserve(slice.connectivity.size());
-  for (const std::size_t e : order) {
-    mesh.elementNumbers.push_back(slice.elementNumbers[e]);
-    for (std::size_t c = 0; c < kCorners; ++c)
-      mesh.connectivity.push_back(static_cast<int32_t>(slice.connectivity[kCorners * e + c]));
+  mesh.nodeNumbers.resize(asSize(nodes)), mesh.coordinates.resize(asSize(3 * nodes));
+  mesh.elementNumbers.resize(asSize(elements)), mesh.connectivity.resize(asSize(8 * elements));
+  for (std::size_t g = 0; g < slices[0].groupNames.size(); ++g)
+    mesh.groups.push_back({slices[0].groupNames[g], slices[0].groupDimensions[g], {}, {}});
+  const auto append = [](std::vector<int32_t>& to, const std::vector<int64_t>& from) {
+    for (const int64_t place : from) to.push_back(static_cast<int32_t>(place));
+  };
+  for (const MeshSlice& slice : slices) {
+    std::copy(slice.nodeNumbers.begin(), slice.nodeNumbers.end(), mesh.nodeNumbers.begin() + slice.firstNode);
+    std::copy(slice.coordinates.begin(), slice.coordinates.end(), mesh.coordinates.begin() + 3 * slice.firstNode);
+    for (std::size_t e = 0; e < slice.elementPositions.size(); ++e) {
+      const std::size_t at = asSize(slice.elementPositions[e]);
+      mesh.elementNumbers[at] = slice.elementNumbers[e];
+      for (std::size_t k = 0; k < 8; ++k)
+        mesh.connectivity[8 * at + k] = static_cast<int32_t>(slice.connectivity[8 * e + k]);
+    }
+    for (std::size_t g = 0; g < mesh.groups.size(); ++g) {
+      append(mesh.groups[g].nodes, slice.groups[g].nodes);
+      append(mesh.groups[g].elements, slice.groups[g].elements);
+      append(mesh.groups[g].faces, slice.groups[g].faces);
+    }
   }
-  for (std::size_t g = 0; g < slice.groupNames.size(); ++g) {
-    MeshSlice::Members& members = slice.groups[g];
-    std::sort(members.nodes.begin(), members.nodes.end());
-    std::sort(members.elements.begin(), members.elements.end());
-    mesh.groups.push_back({.name = slice.groupNames[g],
-                           .dimension = slice.groupDimensions[g],
-                           .nodes = narrowed(members.nodes),
-                           .elements = narrowed(members.elements),
-                           .faces = narrowed(members.faces)});
-    members = {};
+  for (Group& group : mesh.groups) {
+    std::sort(group.nodes.begin(), group.nodes.end());
+    std::sort(group.elements.begin(), group.elements.end());
   }
   return mesh;
 }
 
-} // namespace
-
 Mesh distribute(MeshSlice slice, const Ranks& ranks) {
-  return ranks.areSeveral() ? Distribution(std::move(slice), ranks).run() : wholeMesh(std::move(slice));
+  if (ranks.areSeveral()) return Distribution(std::move(slice), ranks).run();
+  std::vector<MeshSlice> whole;
+  whole.push_back(std::move(slice));
+  return joinedMesh(whole);
 }
 
 Balance balanceOf(const Mesh& mesh, const Ranks& ranks) {

@@ -14,6 +14,9 @@ namespace sharedanalysis::solver {
 // The part of this rank; the whole mesh, without a part, where there is one rank.  All ranks call it.
 Mesh distribute(MeshSlice slice, const Ranks& ranks);
 
+// One mesh of the slices that all ranks have.  Throws InputError when it has more than one rank can count.
+Mesh joinedMesh(const std::vector<MeshSlice>& slices);
+
 // How well a mesh is divided, on every rank.
 struct Balance {
   int64_t fewestBricks = 0, mostBricks = 0; // computed by a rank, those on borders by several

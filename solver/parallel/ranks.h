@@ -58,6 +58,8 @@ struct Traffic {
 class Ranks {
 public:
   Ranks();
+  // This process by itself, whatever others there are.
+  static Ranks alone() { return {0, 1}; }
   int32_t rank() const { return rank_; }
   int32_t size() const { return size_; }
   bool isRoot() const { return rank_ == 0; }
@@ -137,6 +139,7 @@ public:
   RankFailure settle(const RankFailure& own, int32_t teller) const;
 
 private:
+  Ranks(int32_t rank, int32_t size) : rank_(rank), size_(size) {}
   struct Bytes {
     int32_t rank;
     const void* data;

@@ -1,6 +1,7 @@
 #include "solver/program/description.h"
 
 #include "solver/model/text.h"
+#include "solver/parallel/distribution.h"
 #include "solver/program/instruction_set.h"
 
 #include <algorithm>
@@ -23,12 +24,23 @@ double dilatationalSpeed(const Material& material) {
   return std::sqrt((material.bulkModulus() + 4 * material.shearModulus() / 3) / material.density);
 }
 
+std::string describe(const Balance& balance, const Mesh& mesh, const Ranks& ranks) {
+  const auto all = static_cast<double>(mesh.wholeElements());
+  const double even = static_cast<double>(balance.computed) / ranks.size();
+  return "parts: " + std::to_string(balance.fewestBricks) + " to " +
+         counted(static_cast<std::size_t>(balance.mostBricks), "brick") + ", the largest " +
+         shortNumber(100 * (static_cast<double>(balance.mostBricks) / even - 1)) + " % above the mean; " +
+         shortNumber(100 * (static_cast<double>(balance.computed) / all - 1)) +
+         " % of the bricks computed more than once; " + std::to_string(balance.sharedNodes) +
+         " nodes exchanged, with up to " + counted(static_cast<std::size_t>(balance.mostNeighbours), "other rank");
+}
+
 } // namespace
 
 std::vector<std::string> describe(const Case& definition, const Mesh& mesh, const Ranks& ranks, int threads,
                                   double stableIncrement) {
   std::vector<std::string> lines{"job " + definition.job + ": " + definition.title,
-                                 "mesh " + definition.meshFile.string() + ": " + std::to_string(mesh.wholeNodes()) +
+                                 "mesh " + definition.mesh.name() + ": " + std::to_string(mesh.wholeNodes()) +
                                      " nodes, " + std::to_string(mesh.wholeElements()) + " bricks"};
   std::vector<std::string> groups;
   for (const Group& group : mesh.groups) {
@@ -57,6 +69,7 @@ std::vector<std::string> describe(const Case& definition, const Mesh& mesh, cons
                   shortNumber(stableIncrement) + " s, kernels with " + instructionSet() + ", " +
                   (ranks.areSeveral() ? counted(static_cast<std::size_t>(ranks.size()), "rank") + " of " : "") +
                   counted(static_cast<std::size_t>(threads), "thread"));
+  if (ranks.areSeveral()) lines.push_back(describe(balanceOf(mesh, ranks), mesh, ranks));
   return lines;
 }
 

@@ -43,7 +43,7 @@ int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
 
   JobOptions options;
-  std::string restart, checked, record;
+  std::string restart, checked, record, files;
   CLI::App app("Explicit dynamics of hyperelastic solids meshed with 8-node bricks", "sharedanalysis-explicit");
   app.add_option("CASE", options.caseFile, "Case file (TOML)")->required();
   app.add_option("-t,--threads", options.threads,
@@ -51,6 +51,8 @@ int main(int argc, char** argv) {
       ->check(CLI::Range(1, 1024));
   app.add_option("-o,--output", options.outputDirectory, "Directory of the results, instead of output.directory");
   app.add_flag("--digest", options.digest, "Also write hashes of all fields, for sharedanalysis-compare");
+  app.add_option("--files", files, "One file of fields, or one of every rank for sharedanalysis-join")
+      ->check(CLI::IsMember({"one", "ranks"}));
   app.add_option("--restart", restart,
                  "Go on from this restart file of an earlier run, without FILE from the one beside its results")
       ->expected(0, 1)
@@ -75,6 +77,7 @@ int main(int argc, char** argv) {
       return exitInput;
     }
     if (app.count("--restart") > 0) options.restart = restart;
+    if (!files.empty()) options.filesByRank = files == "ranks";
     const Library library;
     return runJob(options);
   } catch (const std::exception& error) { // of the connection, or of the checking library

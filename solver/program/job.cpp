@@ -73,7 +73,7 @@ private:
     try {
       return std::make_unique<Analysis>(mesh_, definition_, input_.threads);
     } catch (const InputError& error) {
-      throw InputError(definition_.file.string() + ", mesh " + definition_.meshFile.string() + ": " + error.what());
+      throw InputError(definition_.file.string() + ", mesh " + definition_.mesh.name() + ": " + error.what());
     }
   }
 

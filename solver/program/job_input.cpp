@@ -42,33 +42,10 @@ int threadsOf(const JobOptions& options, const Ranks& ranks) {
   return static_cast<int>(std::min(threadsOfSurroundings().value_or(cores), kMost));
 }
 
-MeshSlice temporary(const Mesh& m, const Ranks& ranks) {
-  MeshSlice s;
-  s.nodes = m.nodes(), s.elements = m.elements();
-  const auto f = [&](int64_t n, int d) { return firstOfShare(n, ranks.rank() + d, ranks.size()); };
-  s.firstNode = f(s.nodes, 0);
-  for (int64_t i = s.firstNode; i < f(s.nodes, 1); ++i) {
-    s.nodeNumbers.push_back(m.nodeNumbers[i]);
-    for (int c = 0; c < 3; ++c) s.coordinates.push_back(m.coordinates[3 * i + c]);
-  }
-  for (int64_t i = f(s.elements, 0); i < f(s.elements, 1); ++i) {
-    s.elementPositions.push_back(i);
-    s.elementNumbers.push_back(m.elementNumbers[i]);
-    for (int c = 0; c < 8; ++c) s.connectivity.push_back(m.connectivity[8 * i + c]);
-  }
-  for (const Group& g : m.groups) {
-    s.groupNames.push_back(g.name), s.groupDimensions.push_back(g.dimension);
-    MeshSlice::Members& q = s.groups.emplace_back();
-    for (int64_t i = f(g.nodes.size(), 0); i < f(g.nodes.size(), 1); ++i) q.nodes.push_back(g.nodes[i]);
-    for (int64_t i = f(g.elements.size(), 0); i < f(g.elements.size(), 1); ++i) q.elements.push_back(g.elements[i]);
-    for (int64_t i = 4 * f(g.faces.size() / 4, 0); i < 4 * f(g.faces.size() / 4, 1); ++i) q.faces.push_back(g.faces[i]);
-  }
-  return s;
-}
-
 CaseFile readInput(const JobOptions& options) {
   CaseFile caseFile = readCase(options.caseFile);
   if (options.outputDirectory) caseFile.definition.outputDirectory = *options.outputDirectory;
+  if (options.filesByRank) caseFile.definition.filesByRank = *options.filesByRank;
   return caseFile;
 }
 
@@ -78,15 +55,14 @@ CaseFile readInput(const JobOptions& options) {
   for (std::size_t rank = 1; rank < hashes.size(); ++rank)
     if (hashes[rank] != hashes[0])
       throw InputError("rank " + std::to_string(rank) + " has read another case or mesh than rank 0 from " +
-                       input.caseFile.definition.file.string() + " and " + input.caseFile.definition.meshFile.string());
+                       input.caseFile.definition.file.string() + " and " + input.caseFile.definition.mesh.name());
 }
 
 } // namespace
 
 JobInput::JobInput(const JobOptions& options, const Ranks& ranks)
     : threads(threadsOf(options, ranks)), caseFile(readInput(options)),
-      mesh(distribute(temporary(readMesh(caseFile.definition.meshFile), ranks), ranks)),
-      hash(inputHash(caseFile, mesh)) {
+      mesh(distribute(sliceOf(caseFile.definition.mesh, ranks), ranks)), hash(inputHash(caseFile, mesh)) {
   checkGroups(caseFile, mesh, ranks);
   for (const Material& material : caseFile.definition.materials) checkData(material);
   // checkSame(*this, ranks);

@@ -14,40 +14,43 @@ std::filesystem::path resultFile(const Case& definition, const char* extension) 
 
 Output::Output(const Case& definition, const Mesh& mesh, const std::vector<std::string>& info, const Ranks& ranks,
                bool digest, Start start)
-    : fieldsPath_(resultFile(definition, fieldsExtension)), historyPath_(resultFile(definition, historyExtension)) {
+    : ranks_(ranks), fieldsPath_(resultFile(definition, fieldsExtension)),
+      historyPath_(resultFile(definition, historyExtension)),
+      results_(fieldsPath_, mesh, definition, info, ranks, start), filesByRank_(definition.filesByRank) {
+  makeDigest_ = [&definition, &mesh, this](Start how) {
+    digest_.emplace(resultFile(definition, digestExtension), definition.job, mesh, ranks_, how);
+  };
+  if (digest) makeDigest_(start);
   if (!ranks.isRoot()) return;
   history_.emplace(historyPath_, definition, start);
   events_.emplace(resultFile(definition, eventsExtension), definition, start);
-  results_.emplace(fieldsPath_, mesh, definition, info, start);
-  makeDigest_ = [&definition, &mesh, this](Start how) {
-    digest_.emplace(resultFile(definition, digestExtension), definition.job, mesh, how);
-  };
-  if (digest) makeDigest_(start);
 }
 
+std::string Output::fieldsName() const {
+  const std::string name = fieldsPath_.string();
+  return filesByRank_ ? name + "." + std::to_string(ranks_.size()) + ".*" : name;
+}
+
+// Only the root saves.
 void Output::visit(Archive& archive) {
   check_.visit(archive);
-  if (results_) visitFiles(archive);
-}
-
-void Output::visitFiles(Archive& archive) {
   int64_t hasDigest = digest_ ? 1 : 0;
   archive(hasDigest);
   if (hasDigest == 0 && digest_)
-    throw InputError(digest_->file().name().string() +
+    throw InputError(digest_->name().string() +
                      ": the run that is to go on was without --digest, and so are its results");
   if (hasDigest != 0 && !digest_) makeDigest_(Start::GoOn);
-  results_->visit(archive);
-  history_->visit(archive);
-  events_->visit(archive);
+  results_.visit(archive);
+  if (history_) history_->visit(archive);
+  if (events_) events_->visit(archive);
   if (digest_) digest_->visit(archive);
 }
 
 void Output::synchronise() const {
   if (history_) history_->file().synchronise();
   if (events_) events_->file().synchronise();
-  if (results_) results_->file().synchronise();
-  if (digest_) digest_->file().synchronise();
+  results_.synchronise();
+  if (digest_) digest_->synchronise();
 }
 
 void Output::filterHistory(const Analysis& analysis) {
@@ -73,13 +76,12 @@ void Output::writeFields(const Analysis& analysis) {
   const Progress now = analysis.progress();
   const Energies energies = analysis.energies();
   const Fields fields = analysis.fields(); // every rank has a part in them
-  if (results_) {
-    results_->write(now.time, fields, energies);
-    if (digest_) digest_->write(now, fields, energies);
+  results_.write(now.time, fields, energies);
+  if (digest_) digest_->write(now, fields, energies);
+  if (ranks_.isRoot())
     message("Status", "increment %S time %R stable increment %R kinetic energy %R total energy %R energy error %R",
             {std::to_string(now.increment)},
             {now.time, now.stableIncrement, energies.kinetic, energies.total(), check_.error()});
-  }
   if (const std::error_code error = host::writeError())
     throw std::system_error(error, "a message, status or diagnostics file could not be written");
 }
@@ -87,15 +89,15 @@ void Output::writeFields(const Analysis& analysis) {
 void Output::close() {
   if (history_) history_->close();
   if (events_) events_->close();
-  if (results_) results_->close();
+  results_.close();
   if (digest_) digest_->close();
 }
 
 void Output::complete() const {
   if (history_) history_->file().complete();
   if (events_) events_->file().complete();
-  if (results_) results_->file().complete();
-  if (digest_) digest_->file().complete();
+  results_.complete();
+  if (digest_) digest_->complete();
 }
 
 } // namespace sharedanalysis::solver

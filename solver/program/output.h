@@ -22,7 +22,7 @@ inline constexpr const char *historyExtension = ".csv", *fieldsExtension = ".exo
 
 std::filesystem::path resultFile(const Case& definition, const char* extension);
 
-// The root writes the files from values that all ranks send: every rank calls the members.
+// The root writes the files from values that all ranks send, or every rank has a file of fields: every rank calls the members.
 class Output {
 public:
   Output(const Case& definition, const Mesh& mesh, const std::vector<std::string>& info, const Ranks& ranks,
@@ -43,24 +43,24 @@ public:
   void complete() const;
 
   const EnergyCheck& energy() const { return check_; }
-  int count() const { return results_ ? results_->count() : 0; }
+  int64_t count() const { return results_.count(); }
   // The files that a run leaves when it ends early.
-  std::string leftovers() const { return fieldsPath_.string() + ".partial and " + historyPath_.string() + ".partial"; }
-  std::string fieldsName() const { return fieldsPath_.string(); }
+  std::string leftovers() const { return fieldsName() + ".partial and " + historyPath_.string() + ".partial"; }
+  std::string fieldsName() const; // of all ranks: "JOB.exo.4.*"
   std::string historyName() const { return historyPath_.string(); }
   // ", 12 events in FILE", when there are any.
   std::string eventsText() const;
 
 private:
-  void visitFiles(Archive& archive);
-
+  const Ranks& ranks_;
   std::filesystem::path fieldsPath_, historyPath_;
   EnergyCheck check_;
   std::optional<HistoryFile> history_;
   std::optional<EventFile> events_;
-  std::optional<ResultsFile> results_;
+  ResultsFile results_;
   std::optional<DigestFile> digest_;
   std::function<void(Start)> makeDigest_;
+  bool filesByRank_;
 };
 
 } // namespace sharedanalysis::solver

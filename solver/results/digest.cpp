@@ -5,10 +5,12 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
 #include <fstream>
+#include <map>
 #include <optional>
 #include <sstream>
 
@@ -27,33 +29,24 @@ std::string hexadecimal(uint64_t value) {
   return {digits.data(), digits.size()};
 }
 
-ArrayDigest digestOf(const FieldName& name, std::span<const double> values) {
-  ArrayDigest digest;
-  digest.name = &name;
-  const std::size_t components = static_cast<std::size_t>(name.count), entities = values.size() / components;
-  const std::size_t length = static_cast<std::size_t>(chunkLength(static_cast<int64_t>(entities)));
-  for (std::size_t first = 0; first < entities; first += length)
-    digest.chunks.push_back(
-        hashOf(values.subspan(components * first, components * std::min(length, entities - first))));
-  digest.hash = hashOf(std::span<const uint64_t>(digest.chunks));
-  return digest;
+// The values that `give` puts for each index of the mesh, into the chunk's hash on the rank that takes it.
+template <class T, class Give, class Take>
+void stream(const Listing& listing, int components, int64_t chunk, const Give& give, const Take& take) {
+  listing.order.stream<T>(
+      components,
+      [&](std::size_t first, std::size_t end, T* values) {
+        for (std::size_t k = first; k < end; ++k, values += components) give(listing.own[k], values);
+      },
+      take, chunk);
 }
 
-uint64_t meshHash(const Mesh& mesh) {
-  Hash hash;
-  hash.add(mesh);
-  return hash.value();
-}
-
-// "nodes 7381 1-462 463-924 ...": how many there are, and the first and last number of each chunk.
-std::string chunkLine(Entity entity, const std::vector<int64_t>& numbers) {
-  std::string line(entityNames[static_cast<std::size_t>(entity)]);
-  line += "s " + std::to_string(numbers.size());
-  const std::size_t length = static_cast<std::size_t>(chunkLength(static_cast<int64_t>(numbers.size())));
-  for (std::size_t first = 0; first < numbers.size(); first += length)
-    line += ' ' + std::to_string(numbers[first]) + '-' +
-            std::to_string(numbers[std::min(first + length, numbers.size()) - 1]);
-  return line;
+// Words that ranks know of some places of a row, the whole row on the root.
+std::vector<uint64_t> rowOf(const std::vector<std::array<uint64_t, 2>>& known, const Ranks& ranks) {
+  std::vector<std::array<uint64_t, 2>> all = ranks.gathered(known); // place, word
+  std::sort(all.begin(), all.end());
+  std::vector<uint64_t> row;
+  for (const auto& [place, word] : all) row.push_back(word);
+  return row;
 }
 
 // ---- reading
@@ -219,20 +212,163 @@ Digest readDigest(const std::filesystem::path& file) {
   return digest;
 }
 
-void DigestFile::visit(Archive& archive) {
-  auto& [file, outputs] = *this;
-  file.visit(archive);
-  archive(outputs);
+uint64_t meshHash(const Mesh& mesh, const Ranks& ranks) {
+  Hash hash;
+  const auto addWords = [&](const Listing& listing, int components, const auto& wordOf) {
+    stream<int64_t>(
+        listing, components, 0,
+        [&](int32_t index, int64_t* words) {
+          for (int c = 0; c < components; ++c) words[c] = wordOf(index, c);
+        },
+        [&](int64_t, std::span<const int64_t> words) {
+          for (const int64_t word : words) hash.add(static_cast<uint64_t>(word));
+        });
+  };
+  const auto addSize = [&](const Listing& listing, uint64_t components) {
+    hash.add(components * static_cast<uint64_t>(listing.order.whole()));
+  };
+  const Listing nodes = listingOf(mesh, Kind::Node, ranks), bricks = listingOf(mesh, Kind::Brick, ranks);
+  addSize(nodes, 1);
+  addWords(nodes, 1, [&](int32_t n, int) { return mesh.nodeNumbers[static_cast<std::size_t>(n)]; });
+  addSize(bricks, 1);
+  addWords(bricks, 1, [&](int32_t e, int) { return mesh.elementNumbers[static_cast<std::size_t>(e)]; });
+  addSize(nodes, 3);
+  addWords(nodes, 3, [&](int32_t n, int c) {
+    return std::bit_cast<int64_t>(mesh.coordinates[3 * static_cast<std::size_t>(n) + static_cast<std::size_t>(c)]);
+  });
+  addSize(bricks, 8);
+  addWords(bricks, 8, [&](int32_t e, int c) {
+    return mesh.nodePosition(mesh.connectivity[8 * static_cast<std::size_t>(e) + static_cast<std::size_t>(c)]);
+  });
+  std::vector<const std::vector<int32_t>*> ofNodes, ofBricks;
+  for (const Group& group : mesh.groups) {
+    ofNodes.push_back(&group.nodes);
+    ofBricks.push_back(&group.elements);
+  }
+  const std::vector<Listing> groupNodes = listingsOf(mesh, Kind::Node, ofNodes, ranks),
+                             groupBricks = listingsOf(mesh, Kind::Brick, ofBricks, ranks);
+  for (std::size_t g = 0; g < mesh.groups.size(); ++g) {
+    hash.add(mesh.groups[g].name);
+    addSize(groupNodes[g], 1);
+    addWords(groupNodes[g], 1, [&](int32_t n, int) { return mesh.nodePosition(n); });
+    addSize(groupBricks[g], 1);
+    addWords(groupBricks[g], 1, [&](int32_t e, int) { return mesh.elementPosition(e); });
+  }
+  return hash.value();
 }
 
-DigestFile::DigestFile(const std::filesystem::path& name, const std::string& job, const Mesh& mesh, Start start)
-    : file_(name, start) {
+uint64_t inputHashOf(const Mesh& mesh, const Ranks& ranks) {
+  uint64_t sum = 0;
+  const auto entity = [&](uint64_t kind, int64_t place) {
+    Hash hash;
+    hash.add(kind);
+    hash.add(static_cast<uint64_t>(place));
+    return hash;
+  };
+  const auto speaks = [&](bool owns) { return mesh.part ? owns : ranks.isRoot(); };
+  for (int32_t n = 0; n < mesh.nodes(); ++n) {
+    if (!speaks(mesh.ownsNode(n))) continue;
+    Hash hash = entity(0, mesh.nodePosition(n));
+    hash.add(static_cast<uint64_t>(mesh.nodeNumbers[static_cast<std::size_t>(n)]));
+    for (std::size_t c = 0; c < 3; ++c) hash.add(mesh.coordinates[3 * static_cast<std::size_t>(n) + c]);
+    sum += hash.value();
+  }
+  for (int32_t e = 0; e < mesh.elements(); ++e) {
+    if (!speaks(mesh.ownsElement(e))) continue;
+    Hash hash = entity(1, mesh.elementPosition(e));
+    hash.add(static_cast<uint64_t>(mesh.elementNumbers[static_cast<std::size_t>(e)]));
+    for (std::size_t c = 0; c < 8; ++c)
+      hash.add(static_cast<uint64_t>(mesh.nodePosition(mesh.connectivity[8 * static_cast<std::size_t>(e) + c])));
+    sum += hash.value();
+  }
+  for (std::size_t g = 0; g < mesh.groups.size(); ++g) {
+    const Group& group = mesh.groups[g];
+    const uint64_t kind = 2 + 3 * static_cast<uint64_t>(g);
+    for (const int32_t n : group.nodes)
+      if (speaks(mesh.ownsNode(n))) sum += entity(kind, mesh.nodePosition(n)).value();
+    for (const int32_t e : group.elements)
+      if (speaks(mesh.ownsElement(e))) sum += entity(kind + 1, mesh.elementPosition(e)).value();
+    for (std::size_t f = 0; f + 4 <= group.faces.size(); f += 4) {
+      // the owner of its first corner speaks for a face
+      const std::span<const int32_t> corners = std::span(group.faces).subspan(f, 4);
+      int32_t first = -1;
+      for (const int32_t corner : corners)
+        if (corner >= 0 && (first < 0 || corner < first)) first = corner;
+      if (first < 0 || !speaks(mesh.ownsNode(first))) continue;
+      Hash hash = entity(kind + 2, mesh.nodePosition(first));
+      for (const int32_t corner : corners)
+        hash.add(static_cast<uint64_t>(corner < 0 ? int64_t{-1} : mesh.nodePosition(corner)));
+      sum += hash.value();
+    }
+  }
+  Hash hash;
+  hash.add(static_cast<uint64_t>(ranks.sum(static_cast<int64_t>(sum))));
+  hash.add(static_cast<uint64_t>(mesh.wholeNodes()));
+  hash.add(static_cast<uint64_t>(mesh.wholeElements()));
+  for (const Group& group : mesh.groups) hash.add(group.name);
+  return hash.value();
+}
+
+void DigestFile::visit(Archive& archive) {
+  if (!file_) return;
+  file_->visit(archive);
+  archive(outputs_);
+}
+
+DigestFile::DigestFile(const std::filesystem::path& name, const std::string& job, const Mesh& mesh, const Ranks& ranks,
+                       Start start)
+    : name_(name), ranks_(ranks), nodes_(listingOf(mesh, Kind::Node, ranks)),
+      bricks_(listingOf(mesh, Kind::Brick, ranks)) {
+  if (ranks.isRoot()) file_.emplace(name, start);
   if (start == Start::GoOn) return;
-  file_.put(heading);
-  file_.put("job " + job);
-  file_.put("mesh " + hexadecimal(meshHash(mesh)));
-  file_.put(chunkLine(Entity::Node, mesh.nodeNumbers));
-  file_.put(chunkLine(Entity::Element, mesh.elementNumbers));
+  const std::string lines[] = {std::string(heading), "job " + job, "mesh " + hexadecimal(meshHash(mesh, ranks)),
+                               chunkLine(Entity::Node, mesh.nodeNumbers),
+                               chunkLine(Entity::Element, mesh.elementNumbers)};
+  for (const std::string& line : lines)
+    if (file_) file_->put(line);
+}
+
+// "nodes 7381 1-462 463-924 ...": how many there are, and the first and last number of each chunk; on the root.
+std::string DigestFile::chunkLine(Entity entity, const std::vector<int64_t>& numbers) const {
+  const int64_t whole = listing(entity).order.whole(), length = chunkLength(whole);
+  std::vector<std::array<uint64_t, 2>> ends; // of chunks
+  stream<int64_t>(
+      listing(entity), 1, length,
+      [&](int32_t index, int64_t* number) { *number = numbers[static_cast<std::size_t>(index)]; },
+      [&](int64_t first, std::span<const int64_t> some) {
+        const int64_t chunk = first / length, end = first + static_cast<int64_t>(some.size());
+        const auto add = [&](int64_t place, int64_t number) {
+          ends.push_back({static_cast<uint64_t>(place), static_cast<uint64_t>(number)});
+        };
+        if (first == chunk * length) add(2 * chunk, some.front());
+        if (end == std::min(whole, (chunk + 1) * length)) add(2 * chunk + 1, some.back());
+      });
+  const std::vector<uint64_t> all = rowOf(ends, ranks_);
+  std::string line(entityNames[static_cast<std::size_t>(entity)]);
+  line += "s " + std::to_string(whole);
+  for (std::size_t k = 0; k < all.size(); k += 2)
+    line += ' ' + std::to_string(all[k]) + '-' + std::to_string(all[k + 1]);
+  return line;
+}
+
+// The hashes of the chunks that this rank takes, with their places.
+std::vector<std::array<uint64_t, 2>> DigestFile::chunksOf(const FieldName& name, std::span<const double> values) const {
+  const Listing& all = listing(name.entity);
+  const int64_t length = chunkLength(all.order.whole());
+  const std::size_t components = static_cast<std::size_t>(name.count);
+  std::map<uint64_t, Hash> hashes;
+  stream<double>(
+      all, name.count, length,
+      [&](int32_t index, double* some) {
+        std::copy_n(&values[components * static_cast<std::size_t>(index)], components, some);
+      },
+      [&](int64_t first, std::span<const double> some) {
+        Hash& hash = hashes[static_cast<uint64_t>(first / length)];
+        for (const double value : some) hash.add(value);
+      });
+  std::vector<std::array<uint64_t, 2>> chunks;
+  for (const auto& [chunk, hash] : hashes) chunks.push_back({chunk, hash.value()});
+  return chunks;
 }
 
 void DigestFile::write(const Progress& progress, const Fields& fields, const Energies& energies) {
@@ -243,20 +379,30 @@ void DigestFile::write(const Progress& progress, const Fields& fields, const Ene
   std::string text = "increment " + std::to_string(progress.increment) + " time " + exactNumber(progress.time);
   for (std::size_t k = 0; k < fieldNames.size(); ++k) {
     const FieldName& name = fieldNames[k];
-    const ArrayDigest array = digestOf(name, values[k]);
+    const std::vector<uint64_t> chunks = name.entity == Entity::Model ? std::vector<uint64_t>{hashOf(globals)}
+                                                                      : rowOf(chunksOf(name, values[k]), ranks_);
     text += '\n';
     text += entityNames[static_cast<std::size_t>(name.entity)];
     text += ' ';
     text += name.array;
-    text += ' ' + hexadecimal(array.hash);
-    for (const uint64_t chunk : array.chunks) text += ' ' + hexadecimal(chunk);
+    text += ' ' + hexadecimal(hashOf(std::span<const uint64_t>(chunks)));
+    for (const uint64_t chunk : chunks) text += ' ' + hexadecimal(chunk);
   }
-  file_.put(text);
+  if (file_) file_->put(text);
 }
 
 void DigestFile::close() {
-  file_.put("end " + std::to_string(outputs_));
-  file_.close();
+  if (!file_) return;
+  file_->put("end " + std::to_string(outputs_));
+  file_->close();
+}
+
+void DigestFile::synchronise() const {
+  if (file_) file_->synchronise();
+}
+
+void DigestFile::complete() const {
+  if (file_) file_->complete();
 }
 
 } // namespace sharedanalysis::solver

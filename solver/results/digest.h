@@ -2,12 +2,15 @@
 #pragma once
 
 #include "solver/analysis/analysis.h"
+#include "solver/parallel/ordered.h"
 #include "solver/results/field_names.h"
 #include "solver/results/partial_file.h"
 
+#include <array>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -52,20 +55,38 @@ int64_t chunkLength(int64_t count);
 // Throws InputError "file:line: what is wrong": unreadable, no digest, cut off, hashes that do not belong together.
 Digest readDigest(const std::filesystem::path& file);
 
-// The digest of a run that goes on; docs/ranks-and-reproducibility.md describes the file.
+// Of numbers, coordinates, connectivity and groups in the order of the mesh, as a digest has it; known to the root.  Every rank
+// calls it.
+uint64_t meshHash(const Mesh& mesh, const Ranks& ranks);
+// Of the same and the faces of groups, without an order: no rank sees more than its part.  The sum of a hash of each node, brick
+// and member with its place in the whole mesh; the same on every rank, and for any number of them.  Every rank calls it.
+uint64_t inputHashOf(const Mesh& mesh, const Ranks& ranks);
+
+// The digest of a run that goes on; docs/ranks-and-reproducibility.md describes the file.  The root writes it, every rank calls
+// the members: chunk c of an array is hashed by rank c modulo their number.
 class DigestFile {
 public:
-  DigestFile(const std::filesystem::path& name, const std::string& job, const Mesh& mesh, Start start = Start::New);
+  DigestFile(const std::filesystem::path& name, const std::string& job, const Mesh& mesh, const Ranks& ranks,
+             Start start = Start::New);
 
-  void visit(Archive& archive); // how far it has come
+  void visit(Archive& archive); // how far it has come; on the root
 
   void write(const Progress& progress, const Fields& fields, const Energies& energies);
   // The last call.  A file without its end line counts as cut off.
   void close();
-  const PartialFile& file() const { return file_; }
+  void synchronise() const;
+  void complete() const;
+  const std::filesystem::path& name() const { return name_; }
 
 private:
-  PartialTextFile file_;
+  std::vector<std::array<uint64_t, 2>> chunksOf(const FieldName& name, std::span<const double> values) const;
+  std::string chunkLine(Entity entity, const std::vector<int64_t>& numbers) const;
+  const Listing& listing(Entity entity) const { return entity == Entity::Node ? nodes_ : bricks_; }
+
+  std::filesystem::path name_;
+  Ranks ranks_;
+  Listing nodes_, bricks_;
+  std::optional<PartialTextFile> file_; // of the root
   int64_t outputs_ = 0;
 };
 

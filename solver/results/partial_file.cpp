@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace sharedanalysis::solver {
 
@@ -13,7 +14,41 @@ namespace {
 
 std::filesystem::path partialName(const std::filesystem::path& name) { return name.string() + ".partial"; }
 
+// "4.0", as fileOfRank() names files
+bool isRank(const std::string& text) {
+  const std::size_t dot = text.find('.');
+  const auto isNumber = [](const std::string& word) {
+    return !word.empty() && word.find_first_not_of("0123456789") == std::string::npos;
+  };
+  return dot != std::string::npos && isNumber(text.substr(0, dot)) && text.size() == 2 * dot + 1 &&
+         isNumber(text.substr(dot + 1));
+}
+
 } // namespace
+
+std::filesystem::path fileOfRank(const std::filesystem::path& name, int32_t rank, int32_t ranks) {
+  const std::string all = std::to_string(ranks), own = std::to_string(rank);
+  return name.string() + '.' + all + '.' + std::string(all.size() - std::min(all.size(), own.size()), '0') + own;
+}
+
+void removeFilesOfRanks(const std::filesystem::path& name) {
+  const std::filesystem::path directory = name.has_parent_path() ? name.parent_path() : ".";
+  const std::string begin = name.filename().string() + '.', end = ".partial";
+  std::error_code error;
+  std::vector<std::filesystem::path> found;
+  for (std::filesystem::directory_iterator entry(directory, error), last; !error && entry != last;
+       entry.increment(error)) {
+    std::string text = entry->path().filename().string();
+    if (!text.starts_with(begin)) continue;
+    text.erase(0, begin.size());
+    if (text.ends_with(end)) text.resize(text.size() - end.size());
+    if (isRank(text)) found.push_back(entry->path());
+  }
+  for (const std::filesystem::path& file : found) {
+    std::filesystem::remove(file, error);
+    if (error) throw WriteError(file, "the older file cannot be removed: " + error.message());
+  }
+}
 
 PartialFile::PartialFile(const std::filesystem::path& name, Start start) : name_(name), partial_(partialName(name)) {
   if (start == Start::New) removeEarlier(name_);

@@ -22,6 +22,11 @@ public:
 // Of the files of results: new ones, or those that a run goes on with; their `visit` then opens them.
 enum class Start { New, GoOn };
 
+// The file of one of several ranks: <name>.16.03, the rank with as many digits as their number has.
+std::filesystem::path fileOfRank(const std::filesystem::path& name, int32_t rank, int32_t ranks);
+// Removes all such files of either name, whatever the number of ranks.
+void removeFilesOfRanks(const std::filesystem::path& name);
+
 // A file is written as <name>.partial and gets its name when the analysis is complete.
 class PartialFile {
 public:

@@ -1,18 +1,16 @@
 #include "solver/results/results.h"
 
 #include "solver/analysis/derived_fields.h"
+#include "solver/model/text.h"
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <ctime>
-#include <exodusII.h>
 
 namespace sharedanalysis::solver {
 namespace {
 
-constexpr int brickNodes = 8;
-constexpr std::size_t stressComponents = 6;
+constexpr int brickNodes = 8, stressComponents = 6;
 
 bool isChosen(const std::vector<std::string>& fields, std::string_view variable) {
   return std::any_of(fields.begin(), fields.end(),
@@ -31,202 +29,294 @@ std::vector<std::string> variablesOf(const std::vector<std::string>& fields, Ent
   return names;
 }
 
-// Exodus takes arrays of pointers to texts that it does not change.
-class TextPointers {
-public:
-  explicit TextPointers(std::vector<std::string> texts) : texts_(std::move(texts)) {
-    for (std::string& text : texts_) pointers_.push_back(text.data());
-  }
-  char** get() { return pointers_.data(); }
-  int count() const { return static_cast<int>(pointers_.size()); }
-  std::size_t longest() const {
-    std::size_t length = 0;
-    for (const std::string& text : texts_) length = std::max(length, text.size());
-    return length;
-  }
-
-private:
-  std::vector<std::string> texts_;
-  std::vector<char*> pointers_;
-};
-
-std::vector<int> countedFromOne(const std::vector<int32_t>& indices) {
-  std::vector<int> result(indices.begin(), indices.end());
-  for (int& index : result) ++index;
-  return result;
-}
-
-bool isNodeSet(const Group& group) { return group.dimension < 3 && !group.nodes.empty(); }
-
-} // namespace
-
-double sizeOfFields(const Mesh& mesh, const Case& definition, double times) {
-  const auto values = [&](Entity entity) { return static_cast<double>(variablesOf(definition.fields, entity).size()); };
-  constexpr double kModelOfNode = 3 + 1, kModelOfElement = 8; // coordinates and numbers, corners
-  return sizeof(double) * (mesh.nodes() * (kModelOfNode + times * values(Entity::Node)) +
-                           mesh.elements() * (kModelOfElement + times * values(Entity::Element)));
-}
-
-ResultsFile::ResultsFile(const std::filesystem::path& name, const Mesh& mesh, const Case& definition,
-                         const std::vector<std::string>& info, Start start)
-    : file_(name, start), mesh_(mesh), fields_(definition.fields) {
-  ex_opts(0); // errors come back as codes, nothing is printed
-  for (const Section& section : definition.sections)
-    blocks_.push_back({section.group, mesh.findGroup(section.group)->elements});
-  if (start == Start::GoOn) return;
-  int memoryWord = sizeof(double), fileWord = sizeof(double);
-  id_ = ex_create(file_.path().c_str(), EX_CLOBBER | EX_LARGE_MODEL, &memoryWord, &fileWord);
-  check(id_);
-  try {
-    writeModel(mesh, definition);
-    writeInfo(info);
-    declareVariables();
-    check(ex_update(id_));
-  } catch (...) {
-    ex_close(id_);
-    throw;
-  }
-}
-
-ResultsFile::~ResultsFile() {
-  if (id_ >= 0) ex_close(id_);
-}
-
-void ResultsFile::visit(Archive& archive) {
-  archive(count_, lastTime_);
-  if (archive.isRestoring()) reopen();
-}
-
-void ResultsFile::reopen() {
-  const auto fail = [&](const char* what) { throw InputError(file_.path().string() + ": " + what); };
-  int memoryWord = sizeof(double), fileWord = sizeof(double);
-  float version = 0;
-  id_ = ex_open(file_.path().c_str(), EX_WRITE, &memoryWord, &fileWord, &version);
-  if (id_ < 0) fail("cannot be opened as a file of fields to go on with");
-  const auto has = [&](ex_entity_type type, Entity entity) {
-    int count = -1;
-    return ex_get_variable_param(id_, type, &count) >= 0 &&
-           count == static_cast<int>(variablesOf(fields_, entity).size());
-  };
-  double time = 0;
-  const bool fits = ex_inquire_int(id_, EX_INQ_NODES) == mesh_.nodes() &&
-                    ex_inquire_int(id_, EX_INQ_ELEM) == mesh_.elements() &&
-                    ex_inquire_int(id_, EX_INQ_ELEM_BLK) == static_cast<int64_t>(blocks_.size()) &&
-                    has(EX_GLOBAL, Entity::Model) && has(EX_NODAL, Entity::Node) &&
-                    has(EX_ELEM_BLOCK, Entity::Element) && count_ > 0 && ex_inquire_int(id_, EX_INQ_TIME) >= count_ &&
-                    ex_get_time(id_, static_cast<int>(count_), &time) >= 0 && time == lastTime_;
-  if (!fits) fail("is not what the restart file goes on from");
-}
-
-void ResultsFile::check(int status) const {
-  if (status >= 0) return;
-  const char *text = "", *routine = "";
-  int code = 0;
-  ex_get_err(&text, &routine, &code);
-  throw WriteError(file_.path(), code > 0 ? std::strerror(code) : text);
-}
-
-void ResultsFile::writeModel(const Mesh& mesh, const Case& definition) {
-  const auto nodeSets = std::count_if(mesh.groups.begin(), mesh.groups.end(), isNodeSet);
-  std::size_t longestName = MAX_NAME_LENGTH;
-  for (const Group& group : mesh.groups) longestName = std::max(longestName, group.name.size());
-  check(ex_set_max_name_length(id_, static_cast<int>(longestName)));
-
-  const std::string title = definition.title.substr(0, MAX_LINE_LENGTH);
-  check(ex_put_init(id_, title.c_str(), 3, mesh.nodes(), mesh.elements(), static_cast<int64_t>(blocks_.size()),
-                    nodeSets, 0));
-
-  const std::size_t nodes = mesh.nodeNumbers.size();
-  std::array<std::vector<double>, 3> coordinates;
-  for (std::size_t c = 0; c < 3; ++c) {
-    coordinates[c].resize(nodes);
-    for (std::size_t n = 0; n < nodes; ++n) coordinates[c][n] = mesh.coordinates[3 * n + c];
-  }
-  check(ex_put_coord(id_, coordinates[0].data(), coordinates[1].data(), coordinates[2].data()));
-  check(ex_put_coord_names(id_, TextPointers({"x", "y", "z"}).get()));
-  const std::vector<int> nodeNumbers(mesh.nodeNumbers.begin(), mesh.nodeNumbers.end());
-  check(ex_put_id_map(id_, EX_NODE_MAP, nodeNumbers.data()));
-
-  writeBlocks(mesh);
-  writeNodeSets(mesh);
-}
-
-void ResultsFile::writeBlocks(const Mesh& mesh) {
-  std::vector<int> elementNumbers;
-  std::vector<std::string> names;
-  for (const Block& block : blocks_) {
-    const ex_entity_id blockId = static_cast<ex_entity_id>(names.size() + 1);
-    std::vector<int> connectivity;
-    connectivity.reserve(brickNodes * block.elements.size());
-    for (const int32_t element : block.elements) {
-      const std::size_t e = static_cast<std::size_t>(element);
-      for (std::size_t k = 0; k < brickNodes; ++k) connectivity.push_back(mesh.connectivity[brickNodes * e + k] + 1);
-      elementNumbers.push_back(static_cast<int>(mesh.elementNumbers[e]));
-    }
-    check(ex_put_block(id_, EX_ELEM_BLOCK, blockId, "HEX8", static_cast<int64_t>(block.elements.size()), brickNodes, 0,
-                       0, 0));
-    check(ex_put_conn(id_, EX_ELEM_BLOCK, blockId, connectivity.data(), nullptr, nullptr));
-    names.push_back(block.name);
-  }
-  check(ex_put_names(id_, EX_ELEM_BLOCK, TextPointers(names).get()));
-  check(ex_put_id_map(id_, EX_ELEM_MAP, elementNumbers.data()));
-}
-
-void ResultsFile::writeNodeSets(const Mesh& mesh) {
-  std::vector<std::string> names;
-  for (const Group& group : mesh.groups) {
-    if (!isNodeSet(group)) continue;
-    const ex_entity_id setId = static_cast<ex_entity_id>(names.size() + 1);
-    check(ex_put_set_param(id_, EX_NODE_SET, setId, static_cast<int64_t>(group.nodes.size()), 0));
-    check(ex_put_set(id_, EX_NODE_SET, setId, countedFromOne(group.nodes).data(), nullptr));
-    names.push_back(group.name);
-  }
-  if (!names.empty()) check(ex_put_names(id_, EX_NODE_SET, TextPointers(names).get()));
-}
-
-void ResultsFile::writeInfo(const std::vector<std::string>& info) {
-  std::vector<std::string> lines;
-  for (const std::string& line : info) lines.push_back(line.substr(0, MAX_LINE_LENGTH));
-  TextPointers texts(lines);
-  check(ex_put_info(id_, texts.count(), texts.get()));
-
+std::array<std::string, 4> thisProgram() {
   std::array<char, 16> date{}, clock{};
   const std::time_t now = std::time(nullptr);
   std::tm local{};
   localtime_r(&now, &local);
   std::strftime(date.data(), date.size(), "%Y-%m-%d", &local);
   std::strftime(clock.data(), clock.size(), "%H:%M:%S", &local);
-  TextPointers record({"sharedanalysis-explicit", SHAREDANALYSIS_VERSION, date.data(), clock.data()});
-  char* records[1][4];
-  std::copy_n(record.get(), 4, records[0]);
-  check(ex_put_qa(id_, 1, records));
+  return {"sharedanalysis-explicit", SHAREDANALYSIS_VERSION, date.data(), clock.data()};
 }
 
-void ResultsFile::declareVariables() {
-  const auto declare = [&](ex_entity_type type, std::vector<std::string> names) {
-    if (names.empty()) return;
-    TextPointers texts(std::move(names));
-    check(ex_put_variable_param(id_, type, texts.count()));
-    check(ex_put_variable_names(id_, type, texts.count(), texts.get()));
+int64_t largestNumber(const Mesh& mesh, const Ranks& ranks) {
+  int64_t largest = 0;
+  for (const auto* numbers : {&mesh.nodeNumbers, &mesh.elementNumbers})
+    for (const int64_t number : *numbers) largest = std::max(largest, number);
+  std::vector<int64_t> ofAll{-largest};
+  ranks.smallest(ofAll);
+  return -ofAll[0];
+}
+
+// The values that `give` puts for each index of the mesh.
+template <class T, class Give, class Take>
+void stream(const Listing& listing, int components, const Give& give, const Take& take) {
+  listing.order.stream<T>(
+      components,
+      [&](std::size_t first, std::size_t end, T* values) {
+        for (std::size_t k = first; k < end; ++k, values += components) give(listing.own[k], values);
+      },
+      take);
+}
+
+Listing ofThisFile(std::vector<int32_t> indices) {
+  const auto count = static_cast<int64_t>(indices.size());
+  return {std::move(indices), Ordered(count)};
+}
+
+template <class Keep>
+std::vector<int32_t> indicesWith(int32_t count, const Keep& keep) {
+  std::vector<int32_t> indices;
+  for (int32_t k = 0; k < count; ++k)
+    if (keep(k)) indices.push_back(k);
+  return indices;
+}
+
+// What each node of a mesh has to do with the bricks of this rank and of others.
+struct Touched {
+  std::vector<bool> byOwn, byOthers;
+
+  explicit Touched(const Mesh& mesh) : byOwn(mesh.nodeNumbers.size()), byOthers(mesh.nodeNumbers.size()) {
+    for (int32_t e = 0; e < mesh.elements(); ++e) {
+      std::vector<bool>& touched = mesh.ownsElement(e) ? byOwn : byOthers;
+      for (int k = 0; k < brickNodes; ++k)
+        touched[static_cast<std::size_t>(mesh.connectivity[static_cast<std::size_t>(brickNodes) * e + k])] = true;
+    }
+  }
+};
+
+// The owner of a node learns which files have it, and tells them.  `nodes` are those of this rank's file.
+std::vector<PartOfFile::Shared> sharedNodes(const Mesh& mesh, const std::vector<int32_t>& nodes, const Touched& touched,
+                                            const Ranks& ranks) {
+  std::vector<std::vector<int64_t>> toOwners(static_cast<std::size_t>(ranks.size()));
+  std::vector<int64_t> positions;
+  for (const int32_t node : nodes) {
+    positions.push_back(mesh.nodePosition(node));
+    if (!mesh.ownsNode(node) || touched.byOthers[static_cast<std::size_t>(node)])
+      toOwners[static_cast<std::size_t>(mesh.part->owners[static_cast<std::size_t>(node)])].push_back(positions.back());
+  }
+  const auto parcels = [](std::vector<std::vector<int64_t>>& lists) {
+    std::vector<Parcel<int64_t>> all;
+    for (std::size_t rank = 0; rank < lists.size(); ++rank)
+      if (!lists[rank].empty()) all.push_back({static_cast<int32_t>(rank), std::move(lists[rank])});
+    return all;
   };
-  declare(EX_GLOBAL, variablesOf(fields_, Entity::Model));
-  declare(EX_NODAL, variablesOf(fields_, Entity::Node));
-  const std::vector<std::string> elementNames = variablesOf(fields_, Entity::Element);
-  declare(EX_ELEM_BLOCK, elementNames);
-  if (elementNames.empty()) return;
-  // every block has every variable
-  std::vector<int> table(blocks_.size() * elementNames.size(), 1);
-  check(ex_put_truth_table(id_, EX_ELEM_BLOCK, static_cast<int>(blocks_.size()), static_cast<int>(elementNames.size()),
-                           table.data()));
+  std::vector<std::pair<int64_t, int32_t>> files; // of the own nodes
+  for (const Parcel<int64_t>& parcel : ranks.exchange(parcels(toOwners)))
+    for (const int64_t position : parcel.values) files.emplace_back(position, parcel.rank);
+  std::sort(files.begin(), files.end());
+  std::vector<std::vector<int64_t>> answers(static_cast<std::size_t>(ranks.size())); // position, other file
+  for (std::size_t first = 0, end = 0; first < files.size(); first = end) {
+    while (end < files.size() && files[end].first == files[first].first) ++end;
+    for (std::size_t a = first; a < end; ++a)
+      for (std::size_t b = first; b < end; ++b)
+        if (a != b) {
+          auto& answer = answers[static_cast<std::size_t>(files[a].second)];
+          answer.insert(answer.end(), {files[a].first, files[b].second});
+        }
+  }
+  std::vector<std::pair<int64_t, int64_t>> found; // other file, place in this one
+  for (const Parcel<int64_t>& parcel : ranks.exchange(parcels(answers)))
+    for (std::size_t k = 0; k < parcel.values.size(); k += 2)
+      found.emplace_back(parcel.values[k + 1], std::lower_bound(positions.begin(), positions.end(), parcel.values[k]) -
+                                                   positions.begin() + 1);
+  std::sort(found.begin(), found.end());
+  std::vector<PartOfFile::Shared> shared;
+  for (const auto& [other, place] : found) {
+    if (shared.empty() || shared.back().rank != other) shared.push_back({static_cast<int32_t>(other), {}});
+    shared.back().nodes.push_back(place);
+  }
+  return shared;
+}
+
+} // namespace
+
+double sizeOfFields(const Mesh& mesh, const Case& definition, double times) {
+  const auto values = [&](Entity entity) { return static_cast<double>(variablesOf(definition.fields, entity).size()); };
+  constexpr double kModelOfNode = 3 + 1, kModelOfElement = 8; // coordinates and numbers, corners
+  return sizeof(double) *
+         (static_cast<double>(mesh.wholeNodes()) * (kModelOfNode + times * values(Entity::Node)) +
+          static_cast<double>(mesh.wholeElements()) * (kModelOfElement + times * values(Entity::Element)));
+}
+
+ResultsFile::ResultsFile(const std::filesystem::path& name, const Mesh& mesh, const Case& definition,
+                         const std::vector<std::string>& info, const Ranks& ranks, Start start)
+    : mesh_(mesh), definition_(definition), ranks_(ranks) {
+  if (start == Start::New) {
+    if (ranks.isRoot()) {
+      PartialFile::removeEarlier(name);
+      removeFilesOfRanks(name);
+    }
+    ranks.synchronise();
+  }
+  if (isByRank())
+    file_.emplace(fileOfRank(name, ranks.rank(), ranks.size()), start);
+  else if (ranks.isRoot())
+    file_.emplace(name, start);
+  Contents contents = isByRank() ? contentsOfRank() : contentsOfAll();
+  contents.head.title = definition.title;
+  contents.head.info = info;
+  contents.head.programs = {thisProgram()};
+  contents.head.largestNumber = largestNumber(mesh, ranks);
+  for (const Entity entity : {Entity::Model, Entity::Node, Entity::Element})
+    contents.head.variables[static_cast<std::size_t>(entity)] = variablesOf(definition.fields, entity);
+  if (start == Start::New) {
+    if (file_) writer_ = std::make_unique<ExodusWriter>(file_->path(), contents.head);
+    writeModel(contents);
+  }
+  nodes_ = std::move(contents.nodes);
+  blocks_ = std::move(contents.blocks);
+  if (start == Start::GoOn) restored_ = std::move(contents.head);
+}
+
+std::vector<const Group*> ResultsFile::groupsOf(Kind kind) const {
+  std::vector<const Group*> groups;
+  if (kind == Kind::Brick)
+    for (const Section& section : definition_.sections) groups.push_back(mesh_.findGroup(section.group));
+  else
+    for (const Group& group : mesh_.groups)
+      if (group.dimension < 3 && mesh_.membersOf(group).nodes > 0) groups.push_back(&group);
+  return groups;
+}
+
+void ResultsFile::nameGroups(Contents& contents) const {
+  const auto describe = [&](Kind kind, const std::vector<Listing>& listings, std::vector<FieldsHead::Members>& into) {
+    for (const Group* group : groupsOf(kind)) into.push_back({group->name, listings[into.size()].order.whole()});
+  };
+  describe(Kind::Brick, contents.blocks, contents.head.blocks);
+  describe(Kind::Node, contents.sets, contents.head.sets);
+  contents.head.nodes = contents.nodes.order.whole();
+}
+
+// Of the file that the root writes for all.
+ResultsFile::Contents ResultsFile::contentsOfAll() const {
+  Contents contents{listingOf(mesh_, Kind::Node, ranks_)};
+  std::vector<const std::vector<int32_t>*> elements, nodes;
+  for (const Group* group : groupsOf(Kind::Brick)) elements.push_back(&group->elements);
+  for (const Group* group : groupsOf(Kind::Node)) nodes.push_back(&group->nodes);
+  contents.blocks = listingsOf(mesh_, Kind::Brick, elements, ranks_);
+  contents.sets = listingsOf(mesh_, Kind::Node, nodes, ranks_);
+  nameGroups(contents);
+  return contents;
+}
+
+// Of the file of this rank: the bricks that it speaks for and their nodes, and its nodes of no brick.
+ResultsFile::Contents ResultsFile::contentsOfRank() const {
+  const Touched touched(mesh_);
+  const auto has = [&](int32_t node) {
+    const std::size_t n = static_cast<std::size_t>(node);
+    return touched.byOwn[n] || (!touched.byOthers[n] && mesh_.ownsNode(node));
+  };
+  Contents contents{ofThisFile(indicesWith(mesh_.nodes(), has))};
+  PartOfFile part{ranks_.rank(), ranks_.size(), mesh_.wholeNodes(), mesh_.wholeElements()};
+  contents.nodePlaces.resize(mesh_.nodeNumbers.size());
+  for (std::size_t k = 0; k < contents.nodes.own.size(); ++k)
+    contents.nodePlaces[static_cast<std::size_t>(contents.nodes.own[k])] = static_cast<int64_t>(k);
+  for (const Group* group : groupsOf(Kind::Brick)) {
+    std::vector<int32_t> own = group->elements;
+    std::erase_if(own, [&](int32_t element) { return !mesh_.ownsElement(element); });
+    contents.blocks.push_back(ofThisFile(std::move(own)));
+    part.blockSizes.push_back(mesh_.membersOf(*group).elements);
+  }
+  for (const Group* group : groupsOf(Kind::Node)) {
+    std::vector<int32_t> own = group->nodes;
+    std::erase_if(own, [&](int32_t node) { return !has(node); });
+    contents.sets.push_back(ofThisFile(std::move(own)));
+    part.setSizes.push_back(mesh_.membersOf(*group).nodes);
+  }
+  if (mesh_.part) part.shared = sharedNodes(mesh_, contents.nodes.own, touched, ranks_);
+  std::vector<bool> isShared(contents.nodes.own.size());
+  for (const PartOfFile::Shared& shared : part.shared)
+    for (const int64_t node : shared.nodes) isShared[static_cast<std::size_t>(node - 1)] = true;
+  int64_t number = 0; // in the file
+  for (const Listing& block : contents.blocks)
+    for (const int32_t element : block.own) {
+      ++number;
+      const auto corners = mesh_.connectivity.begin() + brickNodes * static_cast<std::ptrdiff_t>(element);
+      if (std::any_of(corners, corners + brickNodes, [&](int32_t node) {
+            return isShared[static_cast<std::size_t>(contents.nodePlaces[static_cast<std::size_t>(node)])];
+          }))
+        part.border.push_back(number);
+    }
+  nameGroups(contents);
+  contents.head.part = std::move(part);
+  return contents;
+}
+
+void ResultsFile::writeModel(const Contents& contents) {
+  const auto numbered = [&](int32_t node) { // from 1
+    return 1 + (isByRank() ? contents.nodePlaces[static_cast<std::size_t>(node)] : mesh_.nodePosition(node));
+  };
+  const auto putNumbers = [&](const Listing& listing, const std::vector<int64_t>& numbers, Entity entity,
+                              int64_t before) {
+    stream<int64_t>(
+        listing, 1, [&](int32_t k, int64_t* number) { *number = numbers[static_cast<std::size_t>(k)]; },
+        [&](int64_t first, std::span<const int64_t> some) { writer_->putNumbers(entity, before + first, some); });
+  };
+  putNumbers(contents.nodes, mesh_.nodeNumbers, Entity::Node, 0);
+  int64_t before = 0;
+  for (const Listing& block : contents.blocks) {
+    putNumbers(block, mesh_.elementNumbers, Entity::Element, before);
+    before += block.order.whole();
+  }
+  stream<double>(
+      contents.nodes, 3,
+      [&](int32_t node, double* x) { std::copy_n(&mesh_.coordinates[3 * static_cast<std::size_t>(node)], 3, x); },
+      [&](int64_t first, std::span<const double> some) { writer_->putCoordinates(first, some); });
+  for (std::size_t b = 0; b < contents.blocks.size(); ++b)
+    stream<int64_t>(
+        contents.blocks[b], brickNodes,
+        [&](int32_t element, int64_t* corners) {
+          const auto nodes = mesh_.connectivity.begin() + brickNodes * static_cast<std::ptrdiff_t>(element);
+          std::transform(nodes, nodes + brickNodes, corners, numbered);
+        },
+        [&](int64_t first, std::span<const int64_t> some) { writer_->putConnectivity(b, first, some); });
+  for (std::size_t s = 0; s < contents.sets.size(); ++s)
+    stream<int64_t>(
+        contents.sets[s], 1, [&](int32_t node, int64_t* number) { *number = numbered(node); },
+        [&](int64_t first, std::span<const int64_t> some) { writer_->putSet(s, first, some); });
+  if (writer_) writer_->flush();
+}
+
+void ResultsFile::visit(Archive& archive) {
+  const int64_t files = isByRank() ? ranks_.size() : 0;
+  int64_t earlier = files;
+  archive(count_, lastTime_, earlier);
+  if (!archive.isRestoring()) return;
+  if (earlier != files)
+    throw InputError(
+        "the run that is to go on writes " +
+        (earlier == 0 ? std::string("one file of fields")
+                      : "a file of fields for each of " + counted(static_cast<std::size_t>(earlier), "rank")) +
+        (isByRank() && earlier > 0 ? "; it goes on with as many ranks" : "; it goes on with the same choice of files"));
+  if (!file_) return;
+  writer_ = std::make_unique<ExodusWriter>(file_->path(), *restored_, count_, lastTime_);
+  if (isByRank()) checkNumbers();
+}
+
+// Other ranks may have divided the mesh otherwise.
+void ResultsFile::checkNumbers() const {
+  const auto check = [&](const Listing& listing, const std::vector<int64_t>& numbers, Entity entity, int64_t before) {
+    stream<int64_t>(
+        listing, 1, [&](int32_t k, int64_t* number) { *number = numbers[static_cast<std::size_t>(k)]; },
+        [&](int64_t first, std::span<const int64_t> some) {
+          if (!writer_->hasNumbers(entity, before + first, some))
+            throw InputError(file_->path().string() + ": has other nodes or elements than this rank");
+        });
+  };
+  check(nodes_, mesh_.nodeNumbers, Entity::Node, 0);
+  int64_t before = 0;
+  for (const Listing& block : blocks_) {
+    check(block, mesh_.elementNumbers, Entity::Element, before);
+    before += block.order.whole();
+  }
 }
 
 void ResultsFile::write(double time, const Fields& fields, const Energies& energies) {
   ++count_;
   lastTime_ = time;
   nodeVariables_ = elementVariables_ = 0;
-  check(ex_put_time(id_, count(), &time));
-  const auto globals = energies.values();
-  check(ex_put_var(id_, count(), EX_GLOBAL, 1, 1, static_cast<int64_t>(globals.size()), globals.data()));
+  if (writer_) writer_->beginTime(count_, time, energies.values());
   writeNodeVector("displacement", fields.displacement);
   writeNodeVector("velocity", fields.velocity);
   writeNodeVector("reaction", fields.reaction);
@@ -234,54 +324,76 @@ void ResultsFile::write(double time, const Fields& fields, const Energies& energ
   writeElementField("strain_energy_density", fields.strainEnergy, 1);
   writeElementField("mask", fields.mask, 1);
   writeDerivedFields(fields);
-  check(ex_update(id_));
+  if (writer_) writer_->flush();
 }
 
 void ResultsFile::writeNodeVector(std::string_view field, std::span<const double> values) {
-  if (!isChosen(fields_, field)) return;
-  const std::size_t nodes = values.size() / 3;
-  scratch_.resize(nodes);
-  for (std::size_t c = 0; c < 3; ++c) {
-    for (std::size_t n = 0; n < nodes; ++n) scratch_[n] = values[3 * n + c];
-    check(ex_put_var(id_, count(), EX_NODAL, ++nodeVariables_, 1, static_cast<int64_t>(nodes), scratch_.data()));
-  }
+  if (!isChosen(definition_.fields, field)) return;
+  stream<double>(
+      nodes_, 3,
+      [&](int32_t node, double* vector) { std::copy_n(&values[3 * static_cast<std::size_t>(node)], 3, vector); },
+      [&](int64_t first, std::span<const double> some) {
+        writer_->putNodeValues(count_, nodeVariables_, 3, first, some);
+      });
+  nodeVariables_ += 3;
 }
 
-void ResultsFile::writeElementField(std::string_view field, std::span<const double> values, std::size_t components) {
-  if (!isChosen(fields_, field)) return;
-  for (std::size_t c = 0; c < components; ++c) {
-    ++elementVariables_;
-    for (std::size_t b = 0; b < blocks_.size(); ++b) {
-      const std::vector<int32_t>& elements = blocks_[b].elements;
-      scratch_.resize(elements.size());
-      for (std::size_t k = 0; k < elements.size(); ++k)
-        scratch_[k] = values[components * static_cast<std::size_t>(elements[k]) + c];
-      check(ex_put_var(id_, count(), EX_ELEM_BLOCK, elementVariables_, static_cast<ex_entity_id>(b + 1),
-                       static_cast<int64_t>(elements.size()), scratch_.data()));
-    }
-  }
+void ResultsFile::writeElementField(std::string_view field, std::span<const double> values, int components) {
+  if (!isChosen(definition_.fields, field)) return;
+  for (std::size_t b = 0; b < blocks_.size(); ++b)
+    stream<double>(
+        blocks_[b], components,
+        [&](int32_t element, double* some) {
+          std::copy_n(&values[static_cast<std::size_t>(components) * static_cast<std::size_t>(element)], components,
+                      some);
+        },
+        [&](int64_t first, std::span<const double> some) {
+          writer_->putElementValues(count_, elementVariables_, components, b, first, some);
+        });
+  elementVariables_ += components;
 }
 
+// Computed a slice at a time.
 void ResultsFile::writeDerivedFields(const Fields& fields) {
-  if (std::none_of(derivedFieldNames.begin(), derivedFieldNames.end(),
-                   [&](auto name) { return isChosen(fields_, name); }))
-    return;
+  std::vector<std::size_t> chosen;
+  for (std::size_t k = 0; k < derivedFieldNames.size(); ++k)
+    if (isChosen(definition_.fields, derivedFieldNames[k])) chosen.push_back(k);
+  if (chosen.empty()) return;
+  const int components = static_cast<int>(chosen.size());
   for (std::size_t b = 0; b < blocks_.size(); ++b) {
-    const std::size_t count = blocks_[b].elements.size();
-    const std::vector<double> values = derivedFields(mesh_, blocks_[b].elements, fields);
-    int variable = elementVariables_;
-    for (std::size_t k = 0; k < derivedFieldNames.size(); ++k)
-      if (isChosen(fields_, derivedFieldNames[k]))
-        check(ex_put_var(id_, this->count(), EX_ELEM_BLOCK, ++variable, static_cast<ex_entity_id>(b + 1),
-                         static_cast<int64_t>(count), values.data() + k * count));
+    const std::vector<int32_t>& own = blocks_[b].own;
+    blocks_[b].order.stream<double>(
+        components,
+        [&](std::size_t first, std::size_t end, double* values) {
+          const std::vector<int32_t> elements(own.begin() + static_cast<std::ptrdiff_t>(first),
+                                              own.begin() + static_cast<std::ptrdiff_t>(end));
+          const std::vector<double> all = derivedFields(mesh_, elements, fields);
+          for (std::size_t e = 0; e < elements.size(); ++e)
+            for (const std::size_t field : chosen) *values++ = all[field * elements.size() + e];
+        },
+        [&](int64_t first, std::span<const double> some) {
+          writer_->putElementValues(count_, elementVariables_, components, b, first, some);
+        });
   }
+  elementVariables_ += components;
 }
 
 void ResultsFile::close() {
-  const int status = ex_close(id_);
-  id_ = -1;
-  check(status);
-  file_.synchronise();
+  if (!writer_) return;
+  writer_->close();
+  file_->synchronise();
+}
+
+void ResultsFile::synchronise() const {
+  if (file_) file_->synchronise();
+}
+
+void ResultsFile::complete() const {
+  if (isByRank()) {
+    if (!ranks_.isRoot()) file_->complete();
+    ranks_.synchronise();
+  }
+  if (ranks_.isRoot()) file_->complete();
 }
 
 } // namespace sharedanalysis::solver

@@ -4,7 +4,7 @@
 #include "host/diagnostics/output.h"
 #include "reference_host.h"
 #include "solver/input/case_reader.h"
-#include "solver/input/mesh_reader.h"
+#include "solver/input/gmsh_mesh.h"
 #include "solver/model/text.h"
 #include "solver/program/fit_case.h"
 #include "solver/program/problems.h"

@@ -354,7 +354,7 @@ TEST_F(RanksTest, StatesHoldAllThatAnAnalysisNeeds) {
   writeIrregular();
   writeLoaded();
   writeMixed();
-  const solver::Mesh mesh = solver::readMesh("mixed.msh");
+  const solver::Mesh mesh = solver::readMesh({"mixed.msh", {}});
   for (const char* file : {"mixed.toml", "damped.toml"}) {
     const solver::Case definition = solver::readCase(file).definition;
     solver::Analysis whole(mesh, definition, 1);
@@ -469,8 +469,8 @@ TEST_F(RanksTest, ComparisonFindsOneBit) {
   definition.sections = {{"upper", 0}, {"lower", 0}}; // blocks that are not in the order of the mesh
   const auto write = [&](const std::string& directory) {
     std::filesystem::create_directory(directory);
-    solver::ResultsFile fields(directory + "/run.exo", mesh, definition, {});
-    solver::DigestFile digest(directory + "/run.digest", "run", mesh);
+    solver::ResultsFile fields(directory + "/run.exo", mesh, definition, {}, solver::Ranks());
+    solver::DigestFile digest(directory + "/run.digest", "run", mesh, solver::Ranks());
     for (const double time : {0.0, 0.5}) {
       const solver::Fields values{zeros, velocity, zeros, stress, scalars, scalars};
       fields.write(time, values, {});
@@ -478,8 +478,8 @@ TEST_F(RanksTest, ComparisonFindsOneBit) {
     }
     fields.close();
     digest.close();
-    fields.file().complete();
-    digest.file().complete();
+    fields.complete();
+    digest.complete();
   };
   write("a");
   velocity[3 * 123 + 2] = -0.0;

@@ -348,7 +348,8 @@ TEST_F(Mistakes, Tables) {
 
 TEST_F(Input, MeshFilesThatCannotBeRead) {
   const std::string whole = readFile("box.msh"),
-                    notMesh = "is not a Gmsh mesh file (.msh), which begins with $MeshFormat",
+                    notMesh =
+                        "is neither a Gmsh mesh file (.msh), which begins with $MeshFormat, nor an Exodus II file",
                     head = "$Nodes\n20\n17 0 ";
   std::filesystem::create_directory("directory.msh");
   EXPECT_EQ(answer(replaced(barCase, "box.msh", "other.msh")),
