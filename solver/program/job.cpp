@@ -54,12 +54,13 @@ public:
       terminal_.line("the input is sound; nothing was run");
       return exitDone;
     }
-    lock_ = openJobFiles(definition_, ranks_, description_, start_);
+    lock_ = openJobFiles(definition_, ranks_, description_, start_, options_.rankFiles);
     try {
       return analyse(analysis);
     } catch (const std::exception&) {
       // end the job in order on all ranks, then rethrow
       RankFailure failure = failureOfAll(ranks_);
+      if (failure.rank != ranks_.rank()) host::beginChapter(host::Chapter::Closing); // it is told there
       message("Error", "%S", {failure.text});
       endAnalysis(failure.rank == ranks_.rank() ? GLO_EXIT_ERRORS : GLO_EXIT_ERRORS_ELSEWHERE);
       closeJobFiles(failure, ranks_);
@@ -234,6 +235,7 @@ private:
     course.reportEnding(ending, reason);
     course.end();
     const std::filesystem::path database = host::diagnosticDatabase();
+    host::beginChapter(host::Chapter::Closing); // the same on every rank
     reportProblems();
     if (ending == Ending::Killed) {
       message("Warning", "%S", {reason});
@@ -260,6 +262,7 @@ private:
   }
 
   void endJob(const Analysis& analysis, const Output& output) {
+    host::beginChapter(host::Chapter::Closing);
     reportProblems();
     message("Note", "The analysis is complete after %S increments; its energy balance is off by %R of the energy.",
             {std::to_string(analysis.progress().increment)}, {output.energy().relative()});
