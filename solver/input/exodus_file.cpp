@@ -212,15 +212,11 @@ void put(ExodusShare& share, Sink& sink) {
 } // namespace
 
 ExodusShare readExodus(const std::filesystem::path& file, int64_t rank, int64_t size) {
-  const HandOver read;
-  runApart(
-      file, "the Exodus II library",
-      [&](Sink& sink) {
-        silenceErrors();
-        ExodusShare share = Reader(file, rank, size).read();
-        put(share, sink);
-      },
-      read);
+  const HandOver read = runApart(file, "the Exodus II library", [&](Sink& sink) {
+    silenceErrors();
+    ExodusShare share = Reader(file, rank, size).read();
+    put(share, sink);
+  });
   Source source(read);
   ExodusShare share;
   std::vector<int64_t> counts;

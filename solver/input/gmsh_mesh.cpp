@@ -7,11 +7,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
 #include <fstream>
 #include <iomanip>
 #include <iterator>
+#include <limits>
 #include <numeric>
 #include <sstream>
 #include <string_view>
@@ -26,6 +28,8 @@ namespace {
 // How a mesh may begin; anything else that begins with $ is a picture of results or a script.
 constexpr std::string_view kHeads[] = {"$MeshFormat", "$NOD", "$Comments"};
 constexpr int kLongestHead = 20;
+
+constexpr std::int64_t kLargest = std::numeric_limits<int32_t>::max(); // number of format 2
 
 // A section of text has one line an entry, and its first line counts them: a count that is too small would hide the rest.
 //   version 2      count
@@ -46,7 +50,12 @@ void checkCounts(const std::filesystem::path& file, std::istream& stream) {
     if (version >= 4) first >> blocks;
     if (!(first >> count)) continue;
     const std::string end = "$End" + word.substr(1);
-    while (std::getline(stream, line) && !line.starts_with(end)) lines += line.find_first_not_of(" \t\r") != line.npos;
+    while (std::getline(stream, line) && !line.starts_with(end)) {
+      lines += line.find_first_not_of(" \t\r") != line.npos;
+      if (version < 4 && std::strtoll(line.c_str(), nullptr, 10) > kLargest) // Gmsh would take another number
+        fail(file, word + " has the number " + std::to_string(std::strtoll(line.c_str(), nullptr, 10)) + ", above " +
+                       std::to_string(kLargest) + ", the largest of format 2");
+    }
     const std::int64_t expected = blocks + count * (version >= 4.1 && word == "$Nodes" ? 2 : 1);
     if (lines != expected)
       fail(file,
@@ -146,17 +155,18 @@ void checkMeshText(const std::filesystem::path& file) {
   checkCounts(file, stream);
 }
 
-GmshMesh::GmshMesh(const std::filesystem::path& file) {
+GmshMesh::GmshMesh(const std::filesystem::path& file) : mesh_(read(file)) {}
+
+HandOver GmshMesh::read(const std::filesystem::path& file) {
   checkMeshText(file);
-  const auto read = [&](Sink& sink) {
+  return runApart(file, "Gmsh", [&](Sink& sink) {
     Mesh mesh;
     gmshReader(file)(file, mesh);
     checkCoverage(file, mesh);
     checkTwins(file, mesh);
     checkCorners(file, mesh);
     handOver(mesh, sink);
-  };
-  runApart(file, "Gmsh", read, mesh_);
+  });
 }
 
 MeshSlice GmshMesh::share(int64_t rank, int64_t size) const {

@@ -137,9 +137,6 @@ void storeNodes(const std::filesystem::path& file, const Tags& brickNodeNumbers,
   Tags used = brickNodeNumbers;
   std::sort(used.begin(), used.end());
   used.erase(std::unique(used.begin(), used.end()), used.end());
-  constexpr std::size_t largest = std::numeric_limits<int32_t>::max();
-  if (used.back() > largest || static_cast<std::size_t>(mesh.elementNumbers.back()) > largest)
-    fail(file, "a node or element number is above " + std::to_string(largest) + ", the largest a result file holds");
 
   const auto indexOf = [&](std::size_t number) {
     return static_cast<int32_t>(std::lower_bound(used.begin(), used.end(), number) - used.begin());

@@ -208,8 +208,7 @@ std::optional<std::string> firstValue(const Run& a, const Run& b, std::size_t ou
   const fs::path mine = fieldsBeside(a.digestFile), theirs = fieldsBeside(b.digestFile);
   if (mine.empty() || theirs.empty()) return std::nullopt;
   try {
-    const std::vector<char> found =
-        runApart(mine, "Exodus II", [&](Sink& sink) { sink.put(findValue(a, b, output, name)); });
+    const HandOver found = runApart(mine, "Exodus II", [&](Sink& sink) { sink.put(findValue(a, b, output, name)); });
     std::string text;
     Source(found).take(text);
     return text.empty() ? std::nullopt : std::optional(text);

@@ -413,7 +413,7 @@ JoinedFile joinFiles(const fs::path& part, const std::optional<fs::path>& file) 
   std::vector<int64_t> counts;
   try {
     // files may be damaged in ways that their library does not bear
-    const std::vector<char> told = runApart(
+    const HandOver told = runApart(
         part, "Exodus II",
         [&](Sink& sink) {
           try {

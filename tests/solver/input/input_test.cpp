@@ -449,6 +449,7 @@ TEST_F(Input, HostileMeshes) {
       {meshText(twins), "box.msh: bricks 103 and 106 have the same nodes"},
       {replaced(sound, "$Nodes\n20\n", "$Nodes\n19\n"), "box.msh: $Nodes has 20 lines, its first one announces 19"},
       {replaced(sound, "$Nodes\n20\n", "$Nodes\n99999999999\n"), "box.msh: $Nodes has 20 lines"},
+      {replaced(sound, "\n197 ", "\n5000000197 "), "box.msh: $Nodes has the number 5000000197, above 2147483647"},
       {replaced(sound, "106 5 2 7 7", "106 5 999999999 7 7"), "box.msh: "}};
   for (const auto& row : rows) EXPECT_TRUE(answerToMesh(row.mesh).starts_with(row.answer)) << answerToMesh(row.mesh);
   EXPECT_FALSE(std::filesystem::exists("ran")) << "commands beside the mesh";
@@ -539,6 +540,21 @@ TEST_F(Input, InputsOfOneModelAreOneMesh) {
   numbered.groups.insert(numbered.groups.begin(), points);
   solver::writeMesh("other.exo", "other", shuffled(numbered));
   expectSame(solver::readMesh({"other.exo", {}}), numbered, "Exodus in another order");
+}
+
+// Numbers beyond 32 bits.
+TEST_F(Input, ShareOfALargeBox) {
+  solver::BoxMesh large;
+  large.layers = {{{{2000, 2, 1, ""}}, {{3000, 3, 1, ""}}, {{4000, 4, 1, "all"}}}};
+  const solver::MeshSlice slice = solver::shareOfBox(large, 999999, 1000000);
+  EXPECT_EQ(slice.elements, 24'000'000'000);
+  EXPECT_EQ(slice.nodes, 2001LL * 3001 * 4001);
+  EXPECT_EQ(slice.elementNumbers.size(), 24000u);
+  EXPECT_EQ(slice.elementNumbers.back(), slice.elements);
+  EXPECT_EQ(slice.connectivity.back(), slice.nodes - 2) << "before the last along x";
+  EXPECT_EQ(slice.connectivity.end()[-2], slice.nodes - 1);
+  EXPECT_EQ(slice.connectivity.end()[-8], slice.nodes - 1 - 2001 * 3001 - 2001 - 1);
+  EXPECT_EQ(std::vector<double>(slice.coordinates.end() - 3, slice.coordinates.end()), (std::vector<double>{2, 3, 4}));
 }
 
 // Thicknesses in arithmetic progression, two layers of one volume around another.
