@@ -8,6 +8,7 @@
 #include <array>
 #include <atomic>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -17,8 +18,9 @@ constexpr int32_t kMessageFile = GLO_UNIT_MESSAGE_FILE, kSecondChannel = GLO_UNI
 
 class Job {
 public:
-  JobFiles open(const std::string& name, const std::filesystem::path& directory);
+  JobFiles open(const std::string& name, const std::filesystem::path& directory, FilesMade when);
   void close();
+  void begin(Chapter chapter);
   std::error_code error();
 
   // Complete lines of a channel, written in one piece; `count` of them are counted when they reach no file.
@@ -35,11 +37,18 @@ public:
 
 private:
   TextFile* fileOf(int32_t unit);
+  bool takes(TextFile* file, std::string_view text); // instead of the file, which is still to be made
+  void openFiles();
   void closeFiles();
 
   std::mutex mutex_;
   TextFile message_, log_, status_;
   std::string lastError_;
+  JobFiles names_;
+  Chapter chapter_ = Chapter::Heading;
+  bool areAwaited_ = false;            // files that are made when they are needed
+  std::array<std::string, 3> heading_; // for them
+  std::optional<std::system_error> notMade_;
   const std::array<TextFile*, 3> files_{&message_, &log_, &status_};
 };
 

@@ -21,10 +21,20 @@ struct JobFiles {
   std::filesystem::path status;  // <job>.sta: one line for each record of the status channel: type, then text
 };
 
+// When the files are made: at once, or when there is something to say, as one of many processes has it that mostly are silent.
+enum class FilesMade { AtOnce, WhenNeeded };
+
 // Opens the files of a job in the place of older ones of the name; a job that is still open is closed first.  Job status, thread
 // error, error status, the counter blocks and the numbers of stored diagnostics start afresh; a kill request stays.
 // Throws std::system_error naming the file; then no job is open.
 SA_HOST_SERVICE JobFiles openJob(const std::string& job, const std::filesystem::path& directory);
+SA_HOST_SERVICE JobFiles openJob(const std::string& job, const std::filesystem::path& directory, FilesMade when);
+
+// What follows, of a job whose files are made when they are needed.  The heading, with which a job begins, is kept for them; what
+// is said in the course makes them, an error in that being one of writeError and closeJob; a closing goes into files that are
+// there, else nowhere.
+enum class Chapter { Heading, Course, Closing };
+SA_HOST_SERVICE void beginChapter(Chapter chapter);
 
 // Brings all files up to date and closes them.  Throws std::system_error naming the file if anything was lost on the way,
 // for instance on a full disk; the job is then closed as well.  Does nothing when no job is open.

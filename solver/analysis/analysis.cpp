@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <exception>
 #include <optional>
+#include <utility>
 
 namespace sharedanalysis::solver {
 
@@ -33,12 +34,12 @@ struct Analysis::Data {
   std::exception_ptr failed; // first exception of the loop over increments
 
   Data(const Mesh& mesh, const Case& definition, int threads)
-      : layout(mesh, definition), nodes(referenceNodes(layout)), domains(makeDomainStates(layout, nodes.X, threads)),
+      : layout(mesh, definition), nodes(referenceNodes(layout)), domains(makeDomainStates(layout, nodes.x, threads)),
         team(static_cast<int>(domains.size())) {
     setMasses(layout, domains, nodes);
     Prescribed& prescribed = outside.prescribed = makePrescribed(layout, domains);
-    outside.loads = makeLoads(layout, nodes.X, domains);
-    outside.contacts = makeContacts(layout, nodes.X, prescribed, domains);
+    outside.loads = makeLoads(layout, nodes.x, domains);
+    outside.contacts = makeContacts(layout, nodes.x, prescribed, domains);
     setVelocities(layout, prescribed, nodes);
     sendMotion(layout, nodes);
     receiveMotion(layout, nodes);
@@ -53,12 +54,26 @@ struct Analysis::Data {
     if (definition.isDamped()) nodes.dampingEnergy.resize(nodes.mass.size());
   }
 
+  BrickEvent eventOf(const BlockEvent& event) const {
+    const Mesh& mesh = layout.mesh;
+    const int32_t brick = layout.meshBrick(event.brick);
+    const auto& sections = layout.definition.sections;
+    const auto own = std::find_if(sections.begin(), sections.end(), [&](const Section& section) {
+      const std::vector<int32_t>& elements = mesh.findGroup(section.group)->elements;
+      return std::binary_search(elements.begin(), elements.end(), brick);
+    });
+    return {course.increment,
+            course.time,
+            mesh.elementPosition(brick),
+            event.kind,
+            event.value,
+            mesh.elementNumbers[static_cast<std::size_t>(brick)],
+            own - sections.begin()};
+  }
   void keepEvents() {
     for (const DomainState& state : domains)
       for (const BlockEvent& event : state.work.events)
-        if (state.speaksFor(layout, event.brick))
-          events.push_back({course.increment, course.time, layout.mesh.elementPosition(layout.meshBrick(event.brick)),
-                            event.kind, event.value});
+        if (state.speaksFor(layout, event.brick)) events.push_back(eventOf(event));
   }
   const Collected& collectedNow() {
     if (!collected) collected = solver::collect(layout, nodes, outside, course, domains, team);
@@ -141,10 +156,8 @@ void Analysis::restore(const std::vector<double>& course, const RecordSource& ne
   restoreState(data_->changing(), course, next);
 }
 
-std::vector<BrickEvent> Analysis::takeEvents() {
-  std::vector<BrickEvent> all = allEvents(data_->layout.ranks, data_->events);
-  data_->events.clear();
-  return all;
+BrickEvents Analysis::takeEvents(int64_t most) {
+  return gatherEvents(data_->layout.ranks, std::exchange(data_->events, {}), most);
 }
 
 Progress Analysis::progress() const {

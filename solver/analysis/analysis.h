@@ -84,8 +84,9 @@ public:
   // the first of them, at the same times, and all of them call fields().  Sums are known to every rank afterwards.
   void collect();
 
-  // What has happened to bricks since the last call, in the order of increments and elements.  Every rank calls it and gets all.
-  std::vector<BrickEvent> takeEvents();
+  // What has happened to bricks since the last call, the first `most` events in full.  Every rank calls it; the root gets them,
+  // and its `most` counts.
+  BrickEvents takeEvents(int64_t most);
 
   Progress progress() const;
   Energies energies() const;

@@ -28,12 +28,27 @@ struct BlockEvent {
 struct BrickEvent {
   int64_t increment = 0;
   double time = 0;
-  int64_t element = 0; // counted from 0 in the order of the mesh
+  int64_t element = 0; // counted from 0 in the order of the whole mesh
   EventKind kind = EventKind::Failed;
   double value = kNoValue;
+  int64_t number = 0;  // of the brick in the mesh file
+  int64_t section = 0; // its place in the case
 };
 
-// Those of all ranks, by increment, element and kind, on every rank.
-std::vector<BrickEvent> allEvents(const Ranks& ranks, const std::vector<BrickEvent>& own);
+// Some of many events, by increment, element and kind, and what is known of all.
+struct BrickEvents {
+  std::vector<BrickEvent> first;   // the first of them
+  int64_t count = 0, failures = 0; // of all, of those that are Failed
+  BrickEvent firstFailure, last;   // when there are any
+
+  BrickEvents() = default;
+  BrickEvents(std::vector<BrickEvent> all, std::size_t most);
+  // Others join them.
+  void add(const BrickEvents& others, std::size_t most);
+};
+
+// Those of all ranks, the first `most` of them in full, on the root, which alone says how many these are.  They go up a tree: no
+// rank ever has more than two lists of others.
+BrickEvents gatherEvents(const Ranks& ranks, std::vector<BrickEvent> own, int64_t most);
 
 } // namespace sharedanalysis::solver

@@ -167,10 +167,10 @@ void Source::skip(std::size_t count) {
 
 void Source::fail() { throw std::runtime_error("what a reading process handed over is not whole"); }
 
-HandOver runApart(const std::filesystem::path& file, const std::string& reader,
-                  const std::function<void(Sink&)>& work) {
+HandOver runApart(const std::filesystem::path& file, const std::string& reader, const std::function<void(Sink&)>& work,
+                  std::uintmax_t bytesOfAll) {
   std::error_code noSize;
-  const std::uintmax_t size = std::filesystem::file_size(file, noSize);
+  const std::uintmax_t size = bytesOfAll > 0 ? bytesOfAll : std::filesystem::file_size(file, noSize);
   int ends[2];
   if (pipe(ends) != 0) throw std::system_error(errno, std::generic_category(), "cannot make a pipe");
   const pid_t parent = getpid(), child = fork();

@@ -91,7 +91,9 @@ private:
 
 // Runs `work` on an input file in a child process and returns what it has put into its sink.  The child may take memory and
 // processor time in proportion to the size of the file, beside a constant.  Throws InputError: the one that `work` threw, or one
-// that names the file and says how the process ended.  `reader` is what the work is done by, for that text.
-HandOver runApart(const std::filesystem::path& file, const std::string& reader, const std::function<void(Sink&)>& work);
+// that names the file and says how the process ended.  `reader` is what the work is done by, for that text.  `bytes`: the size of
+// all files, where there are several.
+HandOver runApart(const std::filesystem::path& file, const std::string& reader, const std::function<void(Sink&)>& work,
+                  std::uintmax_t bytes = 0);
 
 } // namespace sharedanalysis::solver

@@ -3,15 +3,21 @@
 #include "acd.h"
 #include "dia_Codes.h"
 #include "diagnostic_codes.h"
+#include "solver/program/problems.h"
 #include "spx.h"
+
+#include <algorithm>
 
 namespace sharedanalysis::solver {
 namespace {
 
 constexpr int32_t oneStep = 1, explicitDynamics = 17,
                   textAlone = 1; // the variation of a code that shows its text alone
+constexpr int64_t written = 8;   // messages of one call, which records the bricks that they name
 
 } // namespace
+
+int64_t mostOfRank(int64_t most, const Ranks& ranks) { return std::max(most / ranks.size(), written); }
 
 DiagnosticCourse::DiagnosticCourse(const Case& definition, const Ranks& ranks) : ranks_(ranks) {
   acd_handler_setactive_xpl_c();
@@ -34,9 +40,8 @@ void DiagnosticCourse::reportDistortion(const std::vector<int64_t>& bricks) {
   const int32_t count = static_cast<int32_t>(numbers.size());
   int32_t counter = 0;
   SPX_ERR_DISTORTED(&count, &counter, numbers.data(), flags.data());
-  // the message writer records the bricks that it names
-  constexpr std::size_t written = 8;
-  for (std::size_t k = written; k < numbers.size(); ++k)
+  const auto most = static_cast<std::size_t>(mostOfRank(Problems::kMostRecorded, ranks_));
+  for (std::size_t k = written; k < std::min(numbers.size(), most); ++k)
     acd_error_xpl_c(dia_Codes::ExcessiveDistortion, ranks_.rank(), nullptr, nullptr, nullptr, nullptr, &numbers[k]);
 }
 

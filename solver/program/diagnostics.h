@@ -10,13 +10,17 @@
 
 namespace sharedanalysis::solver {
 
+// Of bricks that are recorded one by one, `most` of them by one rank alone: so many by each of several, at least eight.
+int64_t mostOfRank(int64_t most, const Ranks& ranks);
+
 // One for a job, on every rank.  The root records the course; problems of all ranks end in its database.
 class DiagnosticCourse {
 public:
   DiagnosticCourse(const Case& definition, const Ranks& ranks);
 
   void increment(const Progress& now, double timeIncrement);
-  // Bricks of this rank, by their numbers in the mesh: eight messages at most, all of them recorded.
+  // Bricks of this rank, by their numbers in the mesh: eight messages at most; the first are recorded, 1000 of all ranks together
+  // or eight of each.
   void reportDistortion(const std::vector<int64_t>& bricks);
   // Endings other than distorted bricks.
   void reportEnding(Ending ending, const std::string& reason);

@@ -57,6 +57,8 @@ int main(int argc, char** argv) {
                  "Go on from this restart file of an earlier run, without FILE from the one beside its results")
       ->expected(0, 1)
       ->type_name("[FILE]");
+  app.add_flag("--rank-files", options.rankFiles,
+               "Message, log and status files of every rank, also of those that have nothing to say");
   app.add_flag("--check", options.checkOnly, "Read and check the input, write nothing");
   app.add_flag("--checked{full}", checked,
                "Check every call of the library; --checked=cheap for a few in a hundred of the time, or words of "

@@ -54,12 +54,13 @@ public:
       terminal_.line("the input is sound; nothing was run");
       return exitDone;
     }
-    lock_ = openJobFiles(definition_, ranks_, description_, start_);
+    lock_ = openJobFiles(definition_, ranks_, description_, start_, options_.rankFiles);
     try {
       return analyse(analysis);
     } catch (const std::exception&) {
       // end the job in order on all ranks, then rethrow
       RankFailure failure = failureOfAll(ranks_);
+      if (failure.rank != ranks_.rank()) host::beginChapter(host::Chapter::Closing); // it is told there
       message("Error", "%S", {failure.text});
       endAnalysis(failure.rank == ranks_.rank() ? GLO_EXIT_ERRORS : GLO_EXIT_ERRORS_ELSEWHERE);
       closeJobFiles(failure, ranks_);
@@ -145,7 +146,7 @@ private:
     info.insert(info.end(), input_.caseFile.lines.begin(), input_.caseFile.lines.end());
     Output output(definition_, mesh_, info, ranks_, options_.digest, start_);
     DiagnosticCourse course(definition_, ranks_);
-    if (ranks_.isRoot()) problems_.checkMesh();
+    problems_.checkMesh(ranks_);
     analysis.setObserver([&](const Progress& now, double increment) { course.increment(now, increment); });
     if (start_ == Start::GoOn) {
       Archive archive(Archive::Task::Restore, earlier_.data(), earlier_.size());
@@ -219,7 +220,7 @@ private:
   }
 
   void takeEvents(Analysis& analysis, Output& output) {
-    const std::vector<BrickEvent> events = analysis.takeEvents();
+    const BrickEvents events = analysis.takeEvents(output.roomForEvents());
     output.writeEvents(events);
     if (ranks_.isRoot()) problems_.add(events);
   }
@@ -238,6 +239,7 @@ private:
     course.reportEnding(ending, reason);
     course.end();
     const std::filesystem::path database = host::diagnosticDatabase();
+    host::beginChapter(host::Chapter::Closing); // the same on every rank
     reportProblems();
     if (ending == Ending::Killed) {
       message("Warning", "%S", {reason});
@@ -264,6 +266,7 @@ private:
   }
 
   void endJob(const Analysis& analysis, const Output& output) {
+    host::beginChapter(host::Chapter::Closing);
     reportProblems();
     message("Note", "The analysis is complete after %S increments; its energy balance is off by %R of the energy.",
             {std::to_string(analysis.progress().increment)}, {output.energy().relative()});

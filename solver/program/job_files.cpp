@@ -28,23 +28,30 @@ std::string nameOfRank(const Case& definition, int32_t rank) {
 }
 
 // So that no file of an earlier run can be taken for one of this run.
-void removeEarlierFiles(const Case& definition, const Ranks& ranks, Start start) {
+void removeEarlierFiles(const Case& definition, Start start) {
   if (start == Start::New) {
     for (const char* extension : {historyExtension, eventsExtension, fieldsExtension, digestExtension})
       PartialFile::removeEarlier(resultFile(definition, extension));
     removeRestart(resultFile(definition, restartExtension));
   }
-  const auto removeFilesOf = [&](int32_t rank) {
-    bool found = false;
-    for (const char* extension : {".msg", ".log", ".sta"}) {
-      const std::filesystem::path file = definition.outputDirectory / (nameOfRank(definition, rank) + extension);
-      std::error_code error;
-      found = std::filesystem::remove(file, error) || found;
-      if (error) throw WriteError(file, "the older file cannot be removed: " + error.message());
-    }
-    return found;
-  };
-  for (int32_t rank = ranks.size(); removeFilesOf(rank);) ++rank;
+}
+
+// Those of ranks beside the root; not every rank has had some.
+void removeRankFiles(const Case& definition) {
+  const std::string begin = definition.job + ".rank";
+  std::vector<std::filesystem::path> old;
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(definition.outputDirectory, error)) {
+    const std::string name = entry.path().filename().string();
+    const std::size_t dot = name.find_first_not_of("0123456789", begin.size());
+    if (!name.starts_with(begin) || dot == begin.size() || dot == std::string::npos || entry.is_directory(error))
+      continue;
+    for (const char* extension : {".msg", ".log", ".sta"})
+      if (name.compare(dot, std::string::npos, extension) == 0) old.push_back(entry.path());
+  }
+  for (const std::filesystem::path& file : old)
+    if (!std::filesystem::remove(file, error) && error)
+      throw WriteError(file, "the older file cannot be removed: " + error.message());
 }
 
 } // namespace
@@ -74,24 +81,27 @@ JobLock::~JobLock() {
 }
 
 std::unique_ptr<JobLock> openJobFiles(const Case& definition, const Ranks& ranks,
-                                      const std::vector<std::string>& description, Start start) {
+                                      const std::vector<std::string>& description, Start start, bool rankFiles) {
   std::unique_ptr<JobLock> lock;
   if (ranks.isRoot()) {
     std::error_code error;
     std::filesystem::create_directories(definition.outputDirectory, error);
     if (error) throw WriteError(definition.outputDirectory, "the directory cannot be made: " + error.message());
     lock = std::make_unique<JobLock>(definition);
+    removeRankFiles(definition);
   }
   ranks.synchronise();
   host::installSignalHandlers();
-  host::openJob(nameOfRank(definition, ranks.rank()), definition.outputDirectory);
+  host::openJob(nameOfRank(definition, ranks.rank()), definition.outputDirectory,
+                ranks.isRoot() || rankFiles ? host::FilesMade::AtOnce : host::FilesMade::WhenNeeded);
   ranks.synchronise();
-  if (ranks.isRoot()) removeEarlierFiles(definition, ranks, start);
+  if (ranks.isRoot()) removeEarlierFiles(definition, start);
   std::string banner(79, ' ');
   GLO_UTI_GETVERSIONDATETIME(banner.data(), static_cast<int64_t>(banner.size()));
   message("Table", "%S", {banner});
   message("Step", "EXPLICIT DYNAMICS, JOB %S", {definition.job});
   for (const std::string& line : description) message("Table", "%S", {line});
+  host::beginChapter(host::Chapter::Course);
   return lock;
 }
 

@@ -1,8 +1,8 @@
 // The message, status and log files of a run on every rank, and what earlier runs have left in their place.
 #pragma once
 
-#include "solver/parallel/ranks.h"
 #include "solver/model/model.h"
+#include "solver/parallel/ranks.h"
 #include "solver/results/partial_file.h"
 
 #include <memory>
@@ -27,9 +27,11 @@ private:
 };
 
 // Makes the directory and locks the job in it, opens the files of this rank and writes their first lines; when all ranks have
-// theirs, results of earlier runs are removed, but those that the run goes on with.  Every rank calls it; the root has the lock.  Throws WriteError.
+// theirs, results of earlier runs are removed, but those that the run goes on with.  Files of other ranks than the root are made
+// when one of them has something to say, or at once with `rankFiles`.  Every rank calls it; the root has the lock.  Throws
+// WriteError.
 std::unique_ptr<JobLock> openJobFiles(const Case& definition, const Ranks& ranks,
-                                      const std::vector<std::string>& description, Start start);
+                                      const std::vector<std::string>& description, Start start, bool rankFiles);
 
 // Failures of the message file itself go to standard error.
 void closeJobFiles() noexcept;

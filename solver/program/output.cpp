@@ -23,7 +23,7 @@ Output::Output(const Case& definition, const Mesh& mesh, const std::vector<std::
   if (digest) makeDigest_(start);
   if (!ranks.isRoot()) return;
   history_.emplace(historyPath_, definition, start);
-  events_.emplace(resultFile(definition, eventsExtension), mesh, definition, start);
+  events_.emplace(resultFile(definition, eventsExtension), definition, start);
 }
 
 std::string Output::fieldsName() const {
@@ -58,7 +58,7 @@ void Output::filterHistory(const Analysis& analysis) {
   if (history_) history_->filter(analysis);
 }
 
-void Output::writeEvents(const std::vector<BrickEvent>& events) {
+void Output::writeEvents(const BrickEvents& events) {
   if (events_) events_->write(events);
 }
 

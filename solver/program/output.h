@@ -34,7 +34,8 @@ public:
   // Brings what was written so far to the device.
   void synchronise() const;
   void filterHistory(const Analysis& analysis);
-  void writeEvents(const std::vector<BrickEvent>& events);
+  void writeEvents(const BrickEvents& events);
+  int64_t roomForEvents() const { return events_ ? events_->room() : 0; }
   void writeHistory(const Analysis& analysis);
   void writeFields(const Analysis& analysis);
   void close();

@@ -3,6 +3,8 @@
 #include "acd.h"
 #include "diagnostic_codes.h"
 #include "solver/model/text.h"
+#include "solver/parallel/faults.h"
+#include "solver/program/diagnostics.h"
 
 #include <algorithm>
 #include <cmath>
@@ -69,30 +71,42 @@ std::string percent(double share) { return shortNumber(100 * share) + " %"; }
 
 } // namespace
 
-void Problems::checkMesh() {
-  for (size_t e = 0; e < static_cast<size_t>(mesh_.elements()); ++e) {
-    const Shape shape = shapeOf(mesh_, e);
+void Problems::checkMesh(const Ranks& ranks) {
+  Found found;
+  const int64_t most = mostOfRank(kMostRecorded, ranks);
+  for (int32_t e = 0; e < mesh_.elements(); ++e) {
+    if (!mesh_.ownsElement(e)) continue;
+    const Shape shape = shapeOf(mesh_, static_cast<size_t>(e));
     if (std::abs(shape.angle - 90) <= 90 - kSmallestAngle && shape.aspect <= kLargestAspect) continue;
-    if (distorted_++ == 0) firstDistorted_ = mesh_.elementNumbers[e];
-    const auto number = static_cast<int32_t>(mesh_.elementNumbers[e]);
-    record(codes::DistortedAtStart, {shape.angle, shape.aspect}, &number);
+    const int64_t number = mesh_.elementNumbers[static_cast<size_t>(e)];
+    found.add(mesh_.elementPosition(e), number);
+    const auto recorded = static_cast<int32_t>(number);
+    if (found.count <= most) record(codes::DistortedAtStart, {shape.angle, shape.aspect}, &recorded);
   }
+  found.join(ranks);
+  if (!ranks.isRoot()) return;
+  distorted_ = found.count;
+  firstDistorted_ = found.number;
 }
 
-void Problems::add(const std::vector<BrickEvent>& events) {
-  for (const BrickEvent& event : events) {
-    if (event.kind != EventKind::Failed) continue;
-    const int64_t element = mesh_.elementNumbers[static_cast<size_t>(event.element)];
-    if (failures_++ == 0) firstFailed_ = element, failureTime_ = event.time;
-    const auto number = static_cast<int32_t>(element);
+void Problems::add(const BrickEvents& events) {
+  if (events.failures > 0 && failures_ == 0) {
+    firstFailed_ = events.firstFailure.number;
+    failureTime_ = events.firstFailure.time;
+  }
+  failures_ += events.failures;
+  for (const BrickEvent& event : events.first) {
+    if (event.kind != EventKind::Failed || failuresRecorded_ == kMostRecorded) continue;
+    ++failuresRecorded_;
+    const auto number = static_cast<int32_t>(event.number);
     record(codes::ElementDeleted, {}, &number);
   }
 }
 
 // The bindings name every member, so that none is forgotten.
 void Problems::visit(Archive& archive) {
-  [[maybe_unused]] auto& [mesh, distorted, failures, firstDistorted, firstFailed, hourglassRecorded, energyRecorded,
-                          failureTime, hourglass, hourglassTime, energyError, energyTime] = *this;
+  [[maybe_unused]] auto& [mesh, distorted, failures, firstDistorted, firstFailed, failuresRecorded, hourglassRecorded,
+                          energyRecorded, failureTime, hourglass, hourglassTime, energyError, energyTime] = *this;
   archive(failures, firstFailed, failureTime, hourglass, hourglassTime, energyError, energyTime);
 }
 
@@ -113,10 +127,10 @@ std::vector<std::string> Problems::lines() const {
   std::vector<std::string> lines;
   const auto at = [](double time) { return " at " + shortNumber(time) + " s"; };
   if (distorted_ > 0)
-    lines.push_back(counted(distorted_, "brick") + " distorted at the start, the first is number " +
-                    std::to_string(firstDistorted_));
+    lines.push_back(counted(static_cast<size_t>(distorted_), "brick") +
+                    " distorted at the start, the first is number " + std::to_string(firstDistorted_));
   if (failures_ > 0)
-    lines.push_back(counted(static_cast<size_t>(failures_), "brick") + " of " + std::to_string(mesh_.elements()) +
+    lines.push_back(counted(static_cast<size_t>(failures_), "brick") + " of " + std::to_string(mesh_.wholeElements()) +
                     " failed, the first is number " + std::to_string(firstFailed_) + at(failureTime_));
   if (hourglass_ > 0)
     lines.push_back("the hourglass energy reached " + percent(hourglass_) + " of the strain energy" +

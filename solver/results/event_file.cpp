@@ -25,39 +25,34 @@ std::string beginningOf(const BrickEvent& event) {
 
 } // namespace
 
-EventFile::EventFile(const std::filesystem::path& name, const Mesh& mesh, const Case& definition, Start start)
-    : file_(name, start), mesh_(mesh), section_(mesh.elementNumbers.size()) {
-  for (const Section& section : definition.sections) {
-    for (const int32_t element : mesh.findGroup(section.group)->elements)
-      section_[static_cast<std::size_t>(element)] = names_.size();
+EventFile::EventFile(const std::filesystem::path& name, const Case& definition, Start start) : file_(name, start) {
+  for (const Section& section : definition.sections)
     names_.push_back(cellOf(section.group) + ',' + cellOf(definition.materials[section.material].name));
-  }
   if (start == Start::New) file_.put("time,increment,element,group,material,event,value");
 }
 
 // The bindings name every member, so that none is forgotten.
 void EventFile::visit(Archive& archive) {
-  [[maybe_unused]] auto& [file, mesh, names, section, lines, omitted, last] = *this;
+  [[maybe_unused]] auto& [file, names, lines, omitted, last] = *this;
   file.visit(archive);
   archive(lines, omitted, last.time, last.increment);
   if (lines < 0 || lines > kMostEvents || omitted < 0) throw InputError("its events are none that a run has");
 }
 
-void EventFile::write(const std::vector<BrickEvent>& events) {
+void EventFile::write(const BrickEvents& events) {
   std::string text;
-  for (const BrickEvent& event : events) {
-    if (lines_ == kMostEvents) {
-      ++omitted_;
-      last_ = event;
-      continue;
-    }
+  for (const BrickEvent& event : events.first) {
+    if (room() == 0) break;
     ++lines_;
-    const auto element = static_cast<std::size_t>(event.element);
+    --omitted_;
     if (!text.empty()) text += '\n';
-    text += beginningOf(event) + ',' + std::to_string(mesh_.elementNumbers[element]) + ',' + names_[section_[element]];
+    text +=
+        beginningOf(event) + ',' + std::to_string(event.number) + ',' + names_[static_cast<std::size_t>(event.section)];
     text.append(1, ',').append(eventNames[static_cast<std::size_t>(event.kind)]).append(1, ',');
     if (std::isfinite(event.value)) text += exactNumber(event.value);
   }
+  omitted_ += events.count; // but those that were written
+  if (events.count > 0) last_ = events.last;
   if (!text.empty()) file_.put(text);
 }
 

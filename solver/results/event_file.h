@@ -13,12 +13,13 @@ inline constexpr int64_t kMostEvents = 100000;
 
 class EventFile {
 public:
-  EventFile(const std::filesystem::path& name, const Mesh& mesh, const Case& definition, Start start = Start::New);
+  EventFile(const std::filesystem::path& name, const Case& definition, Start start = Start::New);
 
   void visit(Archive& archive); // how far it has come
 
-  // In their order; each call brings its lines into the file.
-  void write(const std::vector<BrickEvent>& events);
+  // Each call brings its lines into the file.
+  void write(const BrickEvents& events);
+  int64_t room() const { return kMostEvents - lines_; } // for so many lines
   // No line can be written afterwards.
   void close();
   int64_t count() const { return lines_ + omitted_; }
@@ -26,9 +27,7 @@ public:
 
 private:
   PartialTextFile file_;
-  const Mesh& mesh_;
-  std::vector<std::string> names_;   // group and material of each section, as cells
-  std::vector<std::size_t> section_; // of each element
+  std::vector<std::string> names_; // group and material of each section, as cells
   int64_t lines_ = 0, omitted_ = 0;
   BrickEvent last_; // that was omitted
 };

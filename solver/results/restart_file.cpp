@@ -1,5 +1,6 @@
 #include "solver/results/restart_file.h"
 
+#include "solver/parallel/faults.h"
 #include "solver/results/hash.h"
 #include "solver/results/partial_file.h"
 
@@ -285,10 +286,7 @@ RestartReader::RestartReader(const std::filesystem::path& file, uint64_t input, 
   ranks.broadcast(names);
   broadcastSized(ranks, state_.run);
   broadcastSized(ranks, state_.course);
-  // the first part that is not sound is told by all
-  constexpr auto kSound = std::numeric_limits<int64_t>::max();
-  std::vector<int64_t> wrong{kSound};
-  std::string text;
+  Faults faults;
   const auto size = static_cast<uint64_t>(ranks.size());
   for (uint64_t part = static_cast<uint64_t>(ranks.rank()); part < names[0]; part += size) {
     const auto open = [=, name = nameOfPart(file, names[1], part)] {
@@ -301,18 +299,12 @@ RestartReader::RestartReader(const std::filesystem::path& file, uint64_t input, 
     try {
       open();
     } catch (const InputError& error) {
-      wrong[0] = static_cast<int64_t>(part);
-      text = error.what();
+      faults.add(static_cast<int64_t>(part), error.what());
       break;
     }
     parts_.insert(parts_.begin(), open);
   }
-  const int64_t own = wrong[0];
-  ranks.smallest(wrong);
-  if (wrong[0] == kSound) return;
-  const std::vector<char> told =
-      ranks.joined(own == wrong[0] ? std::vector<char>(text.begin(), text.end()) : std::vector<char>{});
-  throw InputError(std::string(told.begin(), told.end()));
+  faults.throwFirst(ranks);
 }
 
 RestartReader::~RestartReader() = default;

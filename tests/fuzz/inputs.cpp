@@ -10,6 +10,7 @@
 #include "solver/program/problems.h"
 #include "solver/program/schedule.h"
 #include "solver/results/comparison.h"
+#include "solver/results/event_file.h"
 #include "solver/results/restart_file.h"
 #include "tests/solver/models.h"
 
@@ -60,7 +61,7 @@ void readCases(std::string_view bytes) {
   for (const Material& material : file.definition.materials) checkData(material);
   Analysis analysis(bricks(), file.definition, 1);
   analysis.advanceTo(file.definition.endTime, 3);
-  analysis.takeEvents();
+  analysis.takeEvents(kMostEvents);
   analysis.fields();
 }
 
@@ -120,7 +121,7 @@ void readStates(std::string_view bytes) {
   const auto records = words.begin() + static_cast<std::ptrdiff_t>(ofCourse);
   test::restore(other, {{words.begin(), records}, {records, words.end()}});
   other.advanceTo(1, 5);
-  other.takeEvents();
+  other.takeEvents(kMostEvents);
   other.fields();
   times.visit(archive), problems.visit(archive), check.visit(archive);
   times.next();

@@ -431,23 +431,24 @@ TEST_F(ProgramTest, CollapsedRunsLeavePartialResults) {
 
 // Further ones are counted, and the count goes on after a restart.
 TEST_F(ProgramTest, EventsAreWrittenUpToAMost) {
-  solver::Mesh mesh = numberedBox({1, 1, 2}, {1, 1, 2});
-  mesh.groups.back().name = "a \"b\", c\n";
   solver::Case definition = caseOf(neoHooke(1e6, 0.3, 1000), 1);
-  definition.sections = {{"lower", 0}, {mesh.groups.back().name, 0}};
-  const solver::BrickEvent one{7, 0.25, 1, solver::EventKind::Damage, 0.1};
+  definition.sections = {{"lower", 0}, {"a \"b\", c\n", 0}};
+  const solver::BrickEvent one{7, 0.25, 1, solver::EventKind::Damage, 0.1, 106, 1};
+  const auto all = [](std::vector<solver::BrickEvent> events) {
+    return solver::gatherEvents(solver::Ranks(), std::move(events), solver::kMostEvents);
+  };
   std::vector<double> words(16);
   {
-    solver::EventFile file("e.csv", mesh, definition);
-    file.write(std::vector<solver::BrickEvent>(solver::kMostEvents + 1, one));
+    solver::EventFile file("e.csv", definition);
+    file.write(all(std::vector<solver::BrickEvent>(solver::kMostEvents + 1, one)));
     solver::Archive archive(solver::Archive::Task::Save, words.data(), words.size());
     file.visit(archive);
-    file.write({one}); // what a killed run loses
+    file.write(all({one})); // what a killed run loses
   }
-  solver::EventFile file("e.csv", mesh, definition, solver::Start::GoOn);
+  solver::EventFile file("e.csv", definition, solver::Start::GoOn);
   solver::Archive archive(solver::Archive::Task::Restore, words.data(), words.size());
   file.visit(archive);
-  file.write({one, {8, 0.5, 0, solver::EventKind::Failed, solver::kNoValue}});
+  file.write(all({{8, 0.5, 0, solver::EventKind::Failed}, one}));
   EXPECT_EQ(file.count(), solver::kMostEvents + 3);
   file.close();
   const Strings lines = linesOf(readFile("e.csv.partial"));
