@@ -2,6 +2,7 @@
 
 #include "solver/input/mesh_reader.h"
 #include "solver/parallel/distribution.h"
+#include "solver/results/digest.h"
 #include "solver/results/hash.h"
 
 #include <algorithm>
@@ -13,16 +14,13 @@ namespace sharedanalysis::solver {
 
 namespace {
 
-// Of the input, which must be the same on all ranks.
-uint64_t inputHash(const CaseFile& caseFile, const Mesh& mesh) {
+// Of the case, with curves and tests that may stand in files of their own.
+uint64_t hashOf(const CaseFile& caseFile) {
   Hash hash;
   for (const std::string& line : caseFile.lines) hash.add(line);
-  for (const Material& material : caseFile.definition.materials) // curves and tests may stand in files of their own
+  for (const Material& material : caseFile.definition.materials)
     for (const auto* values : {&material.constants, &material.curveStretch, &material.curveStress})
       for (const double value : *values) hash.add(value);
-  hash.add(mesh);
-  for (const Group& group : mesh.groups)
-    for (const int32_t corner : group.faces) hash.add(static_cast<uint64_t>(corner));
   return hash.value();
 }
 
@@ -49,23 +47,31 @@ CaseFile readInput(const JobOptions& options) {
   return caseFile;
 }
 
-[[maybe_unused]] void checkSame(const JobInput& input, const Ranks& ranks) {
-  if (!ranks.areSeveral()) return;
-  const std::vector<int64_t> hashes = ranks.joined(std::vector<int64_t>{static_cast<int64_t>(input.hash)});
-  for (std::size_t rank = 1; rank < hashes.size(); ++rank)
-    if (hashes[rank] != hashes[0])
-      throw InputError("rank " + std::to_string(rank) + " has read another case or mesh than rank 0 from " +
-                       input.caseFile.definition.file.string() + " and " + input.caseFile.definition.mesh.name());
+// Before anything else is done together.
+CaseFile readSameCase(const JobOptions& options, const Ranks& ranks) {
+  CaseFile caseFile = readInput(options);
+  const auto own = static_cast<int64_t>(hashOf(caseFile));
+  std::vector<int64_t> roots{own};
+  ranks.broadcast(roots);
+  std::vector<int64_t> other{own == roots[0] ? ranks.size() : ranks.rank()};
+  ranks.smallest(other);
+  if (other[0] < ranks.size())
+    throw InputError("rank " + std::to_string(other[0]) + " has read another case than rank 0 from " +
+                     caseFile.definition.file.string());
+  return caseFile;
 }
 
 } // namespace
 
 JobInput::JobInput(const JobOptions& options, const Ranks& ranks)
-    : threads(threadsOf(options, ranks)), caseFile(readInput(options)),
-      mesh(distribute(sliceOf(caseFile.definition.mesh, ranks), ranks)), hash(inputHash(caseFile, mesh)) {
+    : threads(threadsOf(options, ranks)), caseFile(readSameCase(options, ranks)),
+      mesh(distribute(sliceOf(caseFile.definition.mesh, ranks), ranks)) {
+  Hash all;
+  all.add(hashOf(caseFile));
+  all.add(inputHashOf(mesh, ranks));
+  hash = all.value();
   checkGroups(caseFile, mesh, ranks);
   for (const Material& material : caseFile.definition.materials) checkData(material);
-  // checkSame(*this, ranks);
 }
 
 } // namespace sharedanalysis::solver

@@ -264,7 +264,7 @@ TEST_F(RanksTest, InputErrorsEndEveryRankAndAreToldOnce) {
               "rank 1: missing.toml: cannot be opened");
   expectError(runApart({"missing.toml", "irregular.toml"}), 1, "missing.toml: cannot be opened");
   writeFile("other.toml", replaced(readFile("irregular.toml"), "20.0", "20.1"));
-  expectError(runApart({"irregular.toml", "other.toml"}), 1, "rank 1 has read another case or mesh than rank 0");
+  expectError(runApart({"irregular.toml", "other.toml"}), 1, "rank 1 has read another case than rank 0");
   EXPECT_FALSE(std::filesystem::exists("irregular.msg"));
 
   // a brick turned inside out belongs to some rank; all end, with its number
