@@ -34,12 +34,12 @@ struct Analysis::Data {
   std::exception_ptr failed; // first exception of the loop over increments
 
   Data(const Mesh& mesh, const Case& definition, int threads)
-      : layout(mesh, definition), nodes(referenceNodes(layout)), domains(makeDomainStates(layout, nodes.X, threads)),
+      : layout(mesh, definition), nodes(referenceNodes(layout)), domains(makeDomainStates(layout, nodes.x, threads)),
         team(static_cast<int>(domains.size())) {
     setMasses(layout, domains, nodes);
     Prescribed& prescribed = outside.prescribed = makePrescribed(layout, domains);
-    outside.loads = makeLoads(layout, nodes.X, domains);
-    outside.contacts = makeContacts(layout, nodes.X, prescribed, domains);
+    outside.loads = makeLoads(layout, nodes.x, domains);
+    outside.contacts = makeContacts(layout, nodes.x, prescribed, domains);
     setVelocities(layout, prescribed, nodes);
     sendMotion(layout, nodes);
     receiveMotion(layout, nodes);

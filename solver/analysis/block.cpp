@@ -46,11 +46,11 @@ BlockWork::BlockWork()
       rate(kLargest), power(kLargest), failureStrain(kLargest), inviscid(kLargest) {}
 
 Block::Block(std::span<const int32_t> bricks, std::span<const int32_t> records, const Numbering& numbering,
-             const Material& material, const Case& definition)
+             const Material& material, const Case& definition, MaterialPoints::SharedConstants& constants)
     : n_(static_cast<int32_t>(bricks.size())), ld_(leadingDimension(n_)), bricks_(bricks.begin(), bricks.end()),
       gatherMap_(8 * ld_), assemblyMap_(8 * n_), B0_(24 * ld_), H0_(12 * ld_), V0_(ld_), mass_(n_), hourglass_(n_),
-      material_(&material), points_(material, n_), stress_(6 * n_), mask_(ld_), viscousStress_(n_), viscousEnergy_(n_),
-      omega_(n_), failed_(n_), lostEnergy_(n_) {
+      material_(&material), points_(material, n_, &constants), stress_(6 * n_), mask_(ld_), viscousStress_(n_),
+      viscousEnergy_(n_), omega_(n_), failed_(n_), lostEnergy_(n_) {
   for (int32_t e = 0; e < ld_; ++e)
     for (int corner = 0; corner < 8; ++corner) {
       // pad with the last brick, so that one gather fills the whole array

@@ -30,7 +30,7 @@ public:
   // `bricks` are internal numbers in increasing order; nodes are counted from 0.
   // `records` has the places of their corners, (8, bricks), in the force array.
   Block(std::span<const int32_t> bricks, std::span<const int32_t> records, const Numbering& numbering,
-        const Material& material, const Case& definition);
+        const Material& material, const Case& definition, MaterialPoints::SharedConstants& constants);
 
   // Reference gradient, volume and hourglass data from the undeformed coordinates.  Marks bricks without positive volume.
   void setReference(const std::vector<double>& X, BlockWork& work);

@@ -134,7 +134,8 @@ private:
   void addNodes() {
     const std::array<double, 3>& gravity = layout_.definition.gravity;
     for (std::size_t i = 0; i < static_cast<std::size_t>(layout_.numbering.owned); ++i) {
-      const double *x = &nodes_.x[3 * i], *X = &nodes_.X[3 * i], *w = &collected_.velocity[3 * i], m = nodes_.mass[i];
+      const double *x = &nodes_.x[3 * i], *X = layout_.referenceOf(static_cast<int64_t>(i)),
+                   *w = &collected_.velocity[3 * i], m = nodes_.mass[i];
       sums_[kKinetic].add(0.5 * m * (w[0] * w[0] + w[1] * w[1] + w[2] * w[2]));
       for (std::size_t c = 0; c < 3; ++c) {
         const std::size_t c1 = (c + 1) % 3, c2 = (c + 2) % 3;
@@ -197,7 +198,8 @@ private:
       const std::size_t at = 3 * static_cast<std::size_t>(internal);
       std::array<double, 3> value{};
       for (std::size_t c = 0; c < 3; ++c) {
-        if (kind == GroupQuantityKind::Displacement) value[c] = (nodes_.x[at + c] - nodes_.X[at + c]) / count;
+        if (kind == GroupQuantityKind::Displacement)
+          value[c] = (nodes_.x[at + c] - layout_.referenceOf(internal)[c]) / count;
         if (kind == GroupQuantityKind::Velocity) value[c] = collected_.velocity[at + c] / count;
       }
       if (kind == GroupQuantityKind::Reaction)
@@ -263,7 +265,7 @@ void FieldArrays::fill(const Layout& layout, const NodeState& nodes, const Presc
   for (size_t i = 0; i < count; ++i)
     for (size_t c = 0; c < 3; ++c) {
       const size_t at = 3 * static_cast<size_t>(layout.numbering.nodes[i]) + c;
-      displacement[at] = nodes.x[3 * i + c] - nodes.X[3 * i + c];
+      displacement[at] = nodes.x[3 * i + c] - layout.mesh.coordinates[at];
       velocity[at] = collected.velocity[3 * i + c];
     }
   for (size_t k = 0; k < prescribed.components.size(); ++k) {

@@ -36,7 +36,7 @@ void visit(Archive& archive, Contact& contact) {
 
 // Of one node; internal number.  Of the node of another rank only its motion is there, with which the record begins.
 void visitNode(Archive& archive, const Changing& state, DomainState* owner, int64_t node) {
-  [[maybe_unused]] auto& [X, x, v, mass, rMass, dampingEnergy] = state.nodes;
+  [[maybe_unused]] auto& [x, v, mass, rMass, dampingEnergy] = state.nodes;
   const auto at = static_cast<std::size_t>(node);
   for (std::size_t c = 0; c < 3; ++c) archive(x[3 * at + c], v[3 * at + c]);
   if (owner == nullptr) return;

@@ -54,11 +54,9 @@ std::vector<int32_t> materialsOf(const Layout& layout) {
 
 NodeState referenceNodes(const Layout& layout) {
   NodeState nodes;
-  nodes.X.resize(layout.mesh.coordinates.size());
+  nodes.x.resize(layout.mesh.coordinates.size());
   for (int64_t i = 0; i < layout.nodes(); ++i)
-    for (int c = 0; c < 3; ++c)
-      nodes.X[3 * i + c] = layout.mesh.coordinates[3 * static_cast<size_t>(layout.numbering.nodes[i]) + c];
-  nodes.x = nodes.X;
+    for (int c = 0; c < 3; ++c) nodes.x[3 * i + c] = layout.referenceOf(i)[c];
   return nodes;
 }
 
@@ -67,6 +65,7 @@ std::vector<DomainState> makeDomainStates(const Layout& layout, const std::vecto
   std::vector<Domain> parts = makeDomains(layout.numbering, threads);
   std::vector<DomainState> domains(parts.size());
   std::vector<int64_t> bad;
+  MaterialPoints::SharedConstants constants;
   for (size_t d = 0; d < parts.size(); ++d) {
     DomainState& state = domains[d];
     state.domain = std::move(parts[d]);
@@ -79,7 +78,7 @@ std::vector<DomainState> makeDomainStates(const Layout& layout, const std::vecto
       const size_t most = std::min<size_t>(kBlockLength, (first < inner ? inner : elements.size()) - first);
       for (count = 1; count < most && material[elements[first + count]] == own;) ++count;
       state.blocks.emplace_back(elements.subspan(first, count), records.subspan(8 * first, 8 * count), layout.numbering,
-                                layout.definition.materials[own], layout.definition);
+                                layout.definition.materials[own], layout.definition, constants);
       if (first < inner) ++state.innerBlocks;
       Block& block = state.blocks.back();
       block.setReference(X, state.work);

@@ -36,12 +36,16 @@ struct Layout {
   int32_t meshNode(int64_t node) const { return numbering.nodes[static_cast<std::size_t>(node)]; }
   int32_t meshBrick(int64_t brick) const { return numbering.elements[static_cast<std::size_t>(brick)]; }
   int32_t internalNode(int32_t meshNode) const { return numbering.internalNodes[static_cast<std::size_t>(meshNode)]; }
+  const double* referenceOf(int64_t node) const { // undeformed coordinates
+    return &mesh.coordinates[3 * static_cast<std::size_t>(meshNode(node))];
+  }
   int64_t placeOfNode(int64_t node) const { return mesh.nodePosition(meshNode(node)); }
 };
 
 // (3, nodes) and (nodes) in internal numbering.
 struct NodeState {
-  std::vector<double> X, x, v;       // v at the last half step; those of other ranks as they were exchanged
+  std::vector<double> x,
+      v; // undeformed until the analysis begins; v at the last half step; those of other ranks as they were exchanged
   std::vector<double> mass, rMass;   // of other ranks' nodes in part
   std::vector<double> dampingEnergy; // of a case with damping
 };

@@ -12,10 +12,10 @@
 #include <stdexcept>
 #include <sys/prctl.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace sharedanalysis::solver {
 namespace {
@@ -32,6 +32,9 @@ constexpr bool kHasShadowMemory = __has_feature(address_sanitizer) || __has_feat
 #else
 constexpr bool kHasShadowMemory = false;
 #endif
+
+constexpr std::size_t kInMemory = std::size_t{1} << 24; // bytes of what was handed over
+const std::string kNoRoom = "what was read has no room in the directory for temporary files: ";
 
 constexpr int kDone = 0, kInputError = 3;
 
@@ -56,7 +59,7 @@ void limitTo(std::uintmax_t fileSize) {
 }
 
 // The child: its exit code says whether the pipe holds the work or the text of an error.
-[[noreturn]] void runChild(int pipe, int descriptor, pid_t parent, std::uintmax_t fileSize,
+[[noreturn]] void runChild(int descriptor, pid_t parent, std::uintmax_t fileSize,
                            const std::function<void(Sink&)>& work) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != parent) _exit(1); // it died meanwhile
@@ -67,7 +70,7 @@ void limitTo(std::uintmax_t fileSize) {
   try {
     work(sink);
   } catch (const InputError& error) {
-    Sink(pipe).put(std::string(error.what()));
+    sink.put(std::string(error.what()));
     code = kInputError;
   } catch (const std::bad_alloc&) {
     code = ENOMEM;
@@ -77,14 +80,13 @@ void limitTo(std::uintmax_t fileSize) {
   _exit(code);
 }
 
-std::vector<char> readAll(int descriptor) {
-  std::vector<char> bytes;
+void readAll(int descriptor, HandOver& all) {
   std::vector<char> part(1 << 20);
   for (;;) {
     const ssize_t count = read(descriptor, part.data(), part.size());
     if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return bytes;
-    bytes.insert(bytes.end(), part.begin(), part.begin() + count);
+    if (count <= 0) return;
+    all.add(part.data(), static_cast<std::size_t>(count));
   }
 }
 
@@ -108,68 +110,91 @@ void Sink::write(const void* bytes, std::size_t count) const {
   }
 }
 
-HandOver::HandOver() : descriptor_(-1) {
-  std::error_code unknown;
-  std::string name = (std::filesystem::temp_directory_path(unknown) / "sharedanalysis-XXXXXX").string();
-  descriptor_ = mkostemp(name.data(), O_CLOEXEC);
-  if (descriptor_ < 0) throw std::system_error(errno, std::generic_category(), "cannot make the file " + name);
-  unlink(name.c_str());
+HandOver::~HandOver() {
+  if (file_ >= 0) close(file_);
 }
 
-HandOver::~HandOver() { close(descriptor_); }
+HandOver::HandOver(HandOver&& other) noexcept
+    : bytes_(std::move(other.bytes_)), file_(std::exchange(other.file_, -1)), size_(other.size_) {}
 
-Source::Source(const HandOver& file) : descriptor_(file.descriptor()) {
-  struct stat status {};
-  if (fstat(descriptor_, &status) != 0) fail();
-  left_ = static_cast<std::size_t>(status.st_size);
+void HandOver::add(const char* bytes, std::size_t count) {
+  if (file_ < 0 && size_ + count > kInMemory) {
+    std::error_code none;
+    std::string name = (std::filesystem::temp_directory_path(none) / "sharedanalysis-XXXXXX").string();
+    if (!none) file_ = mkostemp(name.data(), O_CLOEXEC);
+    if (file_ < 0) throw InputError(kNoRoom + (none ? "TMPDIR: " + none.message() : std::strerror(errno)));
+    unlink(name.c_str());
+    store(bytes_.data(), bytes_.size());
+    bytes_ = {};
+  }
+  if (file_ < 0)
+    bytes_.insert(bytes_.end(), bytes, bytes + count);
+  else
+    store(bytes, count);
+  size_ += count;
+}
+
+void HandOver::store(const char* bytes, std::size_t count) {
+  while (count > 0) {
+    const ssize_t written = write(file_, bytes, count);
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) throw InputError(kNoRoom + std::strerror(errno));
+    bytes += written;
+    count -= static_cast<std::size_t>(written);
+  }
+}
+
+void HandOver::read(std::size_t at, void* bytes, std::size_t count) const {
+  if (file_ < 0 && count > 0) std::memcpy(bytes, bytes_.data() + at, count);
+  for (std::size_t done = 0; file_ >= 0 && done < count;) {
+    const ssize_t part = pread(file_, static_cast<char*>(bytes) + done, count - done, static_cast<off_t>(at + done));
+    if (part < 0 && errno == EINTR) continue;
+    if (part <= 0) throw std::runtime_error("what was read of a mesh is not there any more");
+    done += static_cast<std::size_t>(part);
+  }
 }
 
 void Source::read(void* bytes, std::size_t count) {
-  if (count > left_) fail();
-  if (descriptor_ < 0 && count > 0) std::memcpy(bytes, bytes_.data() + at_, count);
-  for (std::size_t done = 0; descriptor_ >= 0 && done < count;) {
-    const ssize_t part =
-        pread(descriptor_, static_cast<char*>(bytes) + done, count - done, static_cast<off_t>(at_ + done));
-    if (part < 0 && errno == EINTR) continue;
-    if (part <= 0) fail();
-    done += static_cast<std::size_t>(part);
-  }
+  if (count > bytes_.size() - at_) fail();
+  bytes_.read(at_, bytes, count);
   at_ += count;
-  left_ -= count;
 }
 
 void Source::skip(std::size_t count) {
-  if (count > left_) fail();
+  if (count > bytes_.size() - at_) fail();
   at_ += count;
-  left_ -= count;
 }
 
 void Source::fail() { throw std::runtime_error("what a reading process handed over is not whole"); }
 
-namespace {
-
-// The child writes to the descriptor, or to the pipe where there is none.
-std::vector<char> run(const std::filesystem::path& file, const std::string& reader,
-                      const std::function<void(Sink&)>& work, int descriptor) {
+HandOver runApart(const std::filesystem::path& file, const std::string& reader, const std::function<void(Sink&)>& work,
+                  std::uintmax_t bytesOfAll) {
   std::error_code noSize;
-  const std::uintmax_t size = std::filesystem::file_size(file, noSize);
+  const std::uintmax_t size = bytesOfAll > 0 ? bytesOfAll : std::filesystem::file_size(file, noSize);
   int ends[2];
   if (pipe(ends) != 0) throw std::system_error(errno, std::generic_category(), "cannot make a pipe");
   const pid_t parent = getpid(), child = fork();
   if (child == 0) {
     close(ends[0]);
-    runChild(ends[1], descriptor < 0 ? ends[1] : descriptor, parent, noSize ? 0 : size, work);
+    runChild(ends[1], parent, noSize ? 0 : size, work);
   }
   close(ends[1]);
   if (child < 0) {
     close(ends[0]);
     throw std::system_error(errno, std::generic_category(), "cannot start a process");
   }
-  std::vector<char> bytes = readAll(ends[0]);
-  close(ends[0]);
+  HandOver bytes;
+  std::string noRoom;
+  try {
+    readAll(ends[0], bytes);
+  } catch (const InputError& error) {
+    noRoom = error.what();
+  }
+  close(ends[0]); // which ends the child where it still writes
   int status = 0;
   while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
+  if (!noRoom.empty()) throw InputError(file.string() + ": " + noRoom);
   if (WIFEXITED(status) && WEXITSTATUS(status) == kDone) return bytes;
   if (WIFEXITED(status) && WEXITSTATUS(status) == kInputError) {
     std::string text;
@@ -177,18 +202,6 @@ std::vector<char> run(const std::filesystem::path& file, const std::string& read
     throw InputError(text);
   }
   throw InputError(file.string() + ": is broken: " + reader + " " + ending(status));
-}
-
-} // namespace
-
-std::vector<char> runApart(const std::filesystem::path& file, const std::string& reader,
-                           const std::function<void(Sink&)>& work) {
-  return run(file, reader, work, -1);
-}
-
-void runApart(const std::filesystem::path& file, const std::string& reader, const std::function<void(Sink&)>& work,
-              const HandOver& result) {
-  run(file, reader, work, result.descriptor());
 }
 
 } // namespace sharedanalysis::solver

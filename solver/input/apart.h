@@ -7,23 +7,31 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <span>
 #include <string>
 #include <vector>
 
 namespace sharedanalysis::solver {
 
-// Bytes in a file without a name, in the directory for temporary files (TMPDIR), that goes with this object.
+// Bytes that a process has handed over.  Those of a large mesh are in a file without a name, in the directory for temporary files
+// (TMPDIR), which goes with this object.
 class HandOver {
 public:
-  HandOver();
+  HandOver() = default;
   ~HandOver();
-  HandOver(const HandOver&) = delete;
-  HandOver& operator=(const HandOver&) = delete;
-  int descriptor() const { return descriptor_; }
+  HandOver(HandOver&& other) noexcept;
+  HandOver& operator=(HandOver&& other) = delete;
+
+  std::size_t size() const { return size_; }
+  // Throws InputError when there is no room.
+  void add(const char* bytes, std::size_t count);
+  void read(std::size_t at, void* bytes, std::size_t count) const;
 
 private:
-  int descriptor_;
+  void store(const char* bytes, std::size_t count);
+
+  std::vector<char> bytes_;
+  int file_ = -1;
+  std::size_t size_ = 0;
 };
 
 // What the process hands over, as plain bytes in order.
@@ -46,8 +54,7 @@ private:
 
 class Source {
 public:
-  explicit Source(std::span<const char> bytes) : bytes_(bytes), left_(bytes.size()) {}
-  explicit Source(const HandOver& file);
+  explicit Source(const HandOver& bytes) : bytes_(bytes) {} // which stay
 
   template <class Number>
   void take(std::vector<Number>& values) {
@@ -58,7 +65,7 @@ public:
   void takeShare(std::vector<Number>& values, int64_t numbers, int64_t rank, int64_t size) {
     std::uint64_t count = 0;
     read(&count, sizeof count);
-    if (count > left_ / sizeof(Number)) fail();
+    if (count > (bytes_.size() - at_) / sizeof(Number)) fail();
     const int64_t entities = static_cast<int64_t>(count) / numbers;
     const auto first = static_cast<std::size_t>(numbers * firstOfShare(entities, rank, size)),
                end = static_cast<std::size_t>(numbers * firstOfShare(entities, rank + 1, size));
@@ -77,18 +84,16 @@ private:
   void read(void* bytes, std::size_t count);
   void skip(std::size_t count);
   [[noreturn]] static void fail();
-  std::span<const char> bytes_;
-  int descriptor_ = -1; // of a file in their place
-  std::size_t at_ = 0, left_ = 0;
+
+  const HandOver& bytes_;
+  std::size_t at_ = 0;
 };
 
 // Runs `work` on an input file in a child process and returns what it has put into its sink.  The child may take memory and
 // processor time in proportion to the size of the file, beside a constant.  Throws InputError: the one that `work` threw, or one
-// that names the file and says how the process ended.  `reader` is what the work is done by, for that text.
-std::vector<char> runApart(const std::filesystem::path& file, const std::string& reader,
-                           const std::function<void(Sink&)>& work);
-// The same for more than this process has room for.
-void runApart(const std::filesystem::path& file, const std::string& reader, const std::function<void(Sink&)>& work,
-              const HandOver& result);
+// that names the file and says how the process ended.  `reader` is what the work is done by, for that text.  `bytes`: the size of
+// all files, where there are several.
+HandOver runApart(const std::filesystem::path& file, const std::string& reader, const std::function<void(Sink&)>& work,
+                  std::uintmax_t bytes = 0);
 
 } // namespace sharedanalysis::solver

@@ -1,9 +1,9 @@
 #include "solver/input/exodus_mesh.h"
 
-#include "solver/input/agreement.h"
 #include "solver/input/brick_shape.h"
 #include "solver/input/exodus_file.h"
 #include "solver/model/model.h"
+#include "solver/parallel/faults.h"
 
 #include <algorithm>
 #include <cmath>
@@ -100,13 +100,13 @@ public:
   ExodusMesh(const std::filesystem::path& file, const Ranks& ranks) : file_(file), ranks_(ranks) {}
 
   MeshSlice slice() {
-    Fault fault;
+    Faults faults;
     try {
       share_ = readExodus(file_, ranks_.rank(), ranks_.size());
     } catch (const InputError& error) {
-      fault = {0, error.what()};
+      faults.add(0, error.what());
     }
-    agree(ranks_, fault);
+    faults.throwFirst(ranks_);
     inFile_.emplace(Shares{ranks_, share_.nodes});
     bricksInFile_.emplace(Shares{ranks_, share_.elements});
     checkNumbers();
@@ -130,11 +130,11 @@ private:
   template <class Number>
   void expect(const std::vector<Number>& values, int64_t first, const std::function<bool(Number)>& isSound,
               const std::function<std::string(std::size_t)>& what) const {
-    Fault fault;
+    Faults faults;
     const auto wrong = std::find_if_not(values.begin(), values.end(), isSound);
     if (wrong != values.end())
-      fault = {first + (wrong - values.begin()), text(what(static_cast<std::size_t>(wrong - values.begin())))};
-    agree(ranks_, fault);
+      faults.add(first + (wrong - values.begin()), text(what(static_cast<std::size_t>(wrong - values.begin()))));
+    faults.throwFirst(ranks_);
   }
 
   void checkNumbers() const {
@@ -170,16 +170,16 @@ private:
     };
     expectMembers(share_.nodeSets, isNode);
     expectMembers(share_.sideSets, isBrick);
-    Fault doubled;
-    for (std::size_t e = 0; e < share_.elementNumbers.size() && doubled.text.empty(); ++e) {
+    Faults faults;
+    for (std::size_t e = 0; e < share_.elementNumbers.size(); ++e) {
       Integers corners(share_.connectivity.begin() + static_cast<std::ptrdiff_t>(8 * e),
                        share_.connectivity.begin() + static_cast<std::ptrdiff_t>(8 * e + 8));
       makeUnique(corners);
       if (corners.size() < 8)
-        doubled = {bricksInFile_->first() + static_cast<int64_t>(e),
-                   text("brick " + std::to_string(share_.elementNumbers[e]) + " has the same node at two corners")};
+        faults.add(bricksInFile_->first() + static_cast<int64_t>(e),
+                   text("brick " + std::to_string(share_.elementNumbers[e]) + " has the same node at two corners"));
     }
-    agree(ranks_, doubled);
+    faults.throwFirst(ranks_);
   }
 
   // Of the share of nodes, those of bricks.
@@ -221,12 +221,12 @@ private:
     for (const Parcel<Numbered>& parcel : ranks_.exchange(parcels))
       sorted.insert(sorted.end(), parcel.values.begin(), parcel.values.end());
     std::sort(sorted.begin(), sorted.end(), byNumber);
-    Fault twice;
+    Faults faults;
     const auto twin = std::adjacent_find(sorted.begin(), sorted.end(),
                                          [](const Numbered& a, const Numbered& b) { return a.number == b.number; });
     if (twin != sorted.end())
-      twice = {twin->number, text(std::string("two ") + what + " have the number " + std::to_string(twin->number))};
-    agree(ranks_, twice);
+      faults.add(twin->number, text(std::string("two ") + what + " have the number " + std::to_string(twin->number)));
+    faults.throwFirst(ranks_);
 
     const Integers counts = ranks_.joined(Integers{static_cast<int64_t>(sorted.size())});
     int64_t place = std::accumulate(counts.begin(), counts.begin() + ranks_.rank(), int64_t{0});
@@ -298,12 +298,12 @@ private:
     }
     bricks = inMesh_->toOwners(std::move(bricks), [](const Brick& brick) { return brick.corners[0]; });
     std::sort(bricks.begin(), bricks.end());
-    Fault fault;
+    Faults faults;
     for (std::size_t k = 1; k < bricks.size(); ++k)
-      if (bricks[k].corners == bricks[k - 1].corners && bricks[k - 1].number < fault.position)
-        fault = {bricks[k - 1].number, text("bricks " + std::to_string(bricks[k - 1].number) + " and " +
-                                            std::to_string(bricks[k].number) + " have the same nodes")};
-    agree(ranks_, fault);
+      if (bricks[k].corners == bricks[k - 1].corners)
+        faults.add(bricks[k - 1].number, text("bricks " + std::to_string(bricks[k - 1].number) + " and " +
+                                              std::to_string(bricks[k].number) + " have the same nodes"));
+    faults.throwFirst(ranks_);
   }
 
   void checkCorners() const {
@@ -318,7 +318,7 @@ private:
       const double* x = &result_.coordinates[3 * k];
       return Node{result_.nodeNumbers[k], {x[0], x[1], x[2]}};
     });
-    Fault fault;
+    Faults faults;
     for (std::size_t e = 0; e < result_.elementNumbers.size(); ++e) {
       BrickCorners corners;
       std::array<int64_t, 8> numbers{};
@@ -328,11 +328,12 @@ private:
         corners[c] = node.x, numbers[c] = node.number;
       }
       const std::optional<std::size_t> turned = turnedCorner(corners);
-      if (turned && result_.elementPositions[e] < fault.position)
-        fault = {result_.elementPositions[e], text("brick " + std::to_string(result_.elementNumbers[e]) +
-                                                   " is turned over at its node " + std::to_string(numbers[*turned]))};
+      if (turned)
+        faults.add(result_.elementPositions[e],
+                   text("brick " + std::to_string(result_.elementNumbers[e]) + " is turned over at its node " +
+                        std::to_string(numbers[*turned])));
     }
-    agree(ranks_, fault);
+    faults.throwFirst(ranks_);
   }
 
   struct GroupNode {

@@ -8,7 +8,7 @@
 
 namespace sharedanalysis::solver {
 
-// A mesh that Gmsh has read and that has been checked, kept in a file without a name.
+// A mesh that Gmsh has read and that has been checked; a large one is kept in a file without a name.
 //
 // Any version of the format that Gmsh reads.  Bricks stand in the order of their numbers, and so do the nodes; nodes of no brick
 // are left out.  Every physical group is a group of the mesh; one without a name is called volume_<tag>, surface_<tag>,
@@ -25,6 +25,7 @@ public:
   MeshSlice share(int64_t rank, int64_t size) const;
 
 private:
+  static HandOver read(const std::filesystem::path& file);
   HandOver mesh_;
 };
 

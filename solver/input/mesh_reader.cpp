@@ -1,10 +1,10 @@
 #include "solver/input/mesh_reader.h"
 
-#include "solver/input/agreement.h"
 #include "solver/input/box_mesh.h"
 #include "solver/input/exodus_mesh.h"
 #include "solver/input/gmsh_mesh.h"
 #include "solver/parallel/distribution.h"
+#include "solver/parallel/faults.h"
 
 #include <algorithm>
 #include <fstream>
@@ -60,13 +60,13 @@ void shareGroups(const Ranks& ranks, MeshSlice& slice) {
 // The root has one slice of another rank at a time: each says when it has its own.
 MeshSlice handedOut(const std::filesystem::path& file, const Ranks& ranks) {
   std::optional<GmshMesh> mesh;
-  Fault fault;
+  Faults faults;
   try {
     if (ranks.isRoot()) mesh.emplace(file);
   } catch (const InputError& error) {
-    fault = {0, error.what()};
+    faults.add(0, error.what());
   }
-  agree(ranks, fault);
+  faults.throwFirst(ranks);
   MeshSlice own;
   if (ranks.isRoot()) own = mesh->share(0, ranks.size());
   shareGroups(ranks, own);

@@ -14,11 +14,16 @@ MaterialWork::MaterialWork()
       slope(kMostPoints), U(kMostPoints), rJ(kMostPoints), eta(kMostPoints), detaDU(kMostPoints), rest(kMostPoints),
       lost(kMostPoints), first(kMostPoints, 1.0), second(kMostPoints), I1(kMostPoints), I2(kMostPoints) {}
 
-MaterialPoints::MaterialPoints(const Material& material, int32_t n)
-    : material_(&material), n_(n), constants_(material.constants.size() * static_cast<std::size_t>(n)),
-      flag_(static_cast<std::size_t>(n)), energyFlag_(static_cast<std::size_t>(n)) {
-  for (std::size_t k = 0; k < material.constants.size(); ++k)
-    std::fill_n(constants_.begin() + static_cast<std::ptrdiff_t>(k) * n, n, material.constants[k]);
+MaterialPoints::MaterialPoints(const Material& material, int32_t n, SharedConstants* shared)
+    : material_(&material), n_(n), flag_(static_cast<std::size_t>(n)), energyFlag_(static_cast<std::size_t>(n)) {
+  SharedConstants own;
+  auto& constants = (shared != nullptr ? *shared : own)[{&material, n}];
+  if (!constants) {
+    std::vector<double> all;
+    for (const double value : material.constants) all.insert(all.end(), static_cast<std::size_t>(n), value);
+    constants = std::make_shared<const std::vector<double>>(std::move(all));
+  }
+  constants_ = constants;
   if (material.model->isUser()) user_.emplace(material, n);
   if (!material.mullins) return;
   const auto size = static_cast<std::size_t>(n);
@@ -30,7 +35,7 @@ MaterialPoints::MaterialPoints(const Material& material, int32_t n)
 }
 
 PointBlock MaterialPoints::block(const double* V, MaterialWork& work) {
-  return {*material_, n_, constants_.data(), V, flag_.data(), energyFlag_.data(), work};
+  return {*material_, n_, constants_->data(), V, flag_.data(), energyFlag_.data(), work};
 }
 
 void MaterialPoints::remember() {

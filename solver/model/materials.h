@@ -6,8 +6,11 @@
 
 #include <cstdint>
 #include <limits>
+#include <map>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace sharedanalysis::solver {
@@ -63,7 +66,9 @@ struct MaterialWork {
 // n points of one material with their history.
 class MaterialPoints {
 public:
-  MaterialPoints(const Material& material, int32_t n);
+  // Points of one material that are as many have one copy of its constants.
+  using SharedConstants = std::map<std::pair<const Material*, int32_t>, std::shared_ptr<const std::vector<double>>>;
+  MaterialPoints(const Material& material, int32_t n, SharedConstants* shared = nullptr);
 
   // Cauchy stress (n, 6) and the two moduli for the stable increment at left stretches V (n, 6); sets the flag
   // of points without volume.  The history changes with `remember` only.  Deformation gradient F, component (i, j) at
@@ -94,7 +99,7 @@ private:
   const Material* material_;
   int32_t n_;
   std::optional<UserPoints> user_;
-  std::vector<double> constants_; // (n, constants)
+  std::shared_ptr<const std::vector<double>> constants_; // (n, constants), of all points alike
   std::vector<double> flag_, energyFlag_, r_, m_, beta_, largest_, largestNow_;
 };
 

@@ -112,6 +112,7 @@ private:
       visitRun(archive, output);
     }
     output.synchronise(); // the file of the state promises that its results are there
+    ranks_.synchronise();
     writeRestart(restartFile_, input_.hash, state, ranks_, [&](const RecordSink& put) { analysis.saveRecords(put); });
     hasState_ = true;
   }
@@ -192,11 +193,14 @@ private:
     Ending ending = Ending::Running;
     while (ending == Ending::Running) {
       const Clock::time_point start = Clock::now();
+      const Traffic before = Ranks::traffic();
       // a filter sees every increment
       ending = analysis.advanceTo(std::min(fieldTimes_.next(), historyTimes_.next()),
                                   definition_.historyFilter ? 1 : allIncrements,
                                   definition_.restartInterval ? restartTimes_.next() : definition_.endTime);
       computing_ += Clock::now() - start;
+      exchanged_.messages += Ranks::traffic().messages - before.messages;
+      exchanged_.bytes += Ranks::traffic().bytes - before.bytes;
       takeEvents(analysis, output);
       if (!std::isfinite(analysis.energies().balance())) ending = Ending::NotFinite;
       if (ending == Ending::NotFinite) return ending;
@@ -285,12 +289,29 @@ private:
     terminal_.progress({now.time, definition_.endTime, now.stableIncrement, output.energy().relative(), now.increment});
   }
 
+  // What a rank takes at most.  Every rank calls it.
+  void showRanks(int64_t increments) {
+    rusage used{};
+    getrusage(RUSAGE_SELF, &used);
+    const auto perIncrement = [&](int64_t count) {
+      return static_cast<double>(count) / static_cast<double>(increments);
+    };
+    std::vector<double> most{-static_cast<double>(used.ru_maxrss), -perIncrement(exchanged_.messages),
+                             -perIncrement(exchanged_.bytes)};
+    ranks_.smallest(most);
+    constexpr double kKilo = 1e3, kUnitOfMemory = 1024; // bytes
+    terminal_.line("a rank takes " + shortNumber(-most[0] * kUnitOfMemory / (kKilo * kKilo)) +
+                   " MB of memory and sends " + shortNumber(-most[1]) + " messages of " +
+                   shortNumber(-most[2] / kKilo) + " kB in all an increment, at most");
+  }
+
   void showSummary(const Analysis& analysis, const Output& output) {
     const double seconds = computing_.count();
     terminal_.line("complete: " + std::to_string(analysis.progress().increment) + " increments in " +
                    shortNumber(seconds) + " s, " +
                    shortNumber(static_cast<double>(analysis.elementUpdates()) / seconds / 1e6) +
                    " million brick increments a second");
+    if (ranks_.areSeveral()) showRanks(analysis.progress().increment);
     if (definition_.quasiStatic) terminal_.line(describeRest(analysis));
     terminal_.line("fields at " + counted(static_cast<std::size_t>(output.count()), "time") + " in " +
                    output.fieldsName() + ", history in " + output.historyName() + output.eventsText());
@@ -314,6 +335,7 @@ private:
   double firstIncrement_ = 0;
   std::vector<std::string> description_;
   std::chrono::duration<double> computing_{0};
+  Traffic exchanged_; // in increments
 };
 
 } // namespace

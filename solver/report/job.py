@@ -4,6 +4,8 @@ import json
 import math
 import os
 import pathlib
+import re
+import re
 import shutil
 import subprocess
 
@@ -13,6 +15,7 @@ PARTIAL = ".partial"
 EVENTS = ".events.csv"
 SUFFIXES = (".exo", ".csv", EVENTS, ".exo" + PARTIAL, ".csv" + PARTIAL, EVENTS + PARTIAL, ".sta", ".msg", ".log",
             ".diagnostics.sqlite")
+OF_RANK = re.compile(r"\.exo\.\d+\.\d+(\.partial)?$")  # a file of fields of one of several ranks
 LONGEST_LIST = 1000  # of problems, and of the places of each
 
 
@@ -48,6 +51,8 @@ def find_job(results):
     for suffix in sorted(SUFFIXES, key=len, reverse=True):
         if path.name.endswith(suffix):
             return path.parent, path.name[:-len(suffix)]
+    if OF_RANK.search(path.name):
+        return path.parent, OF_RANK.sub("", path.name)
     raise InputError(f"{path} is no result, expected JOB.exo or JOB.csv, also with {PARTIAL} behind it")
 
 
@@ -179,7 +184,10 @@ class Job:
 
     def _read_model(self):
         if self.fields is None:
-            self.notes["model"].append("There is no file of fields.")
+            part = next((file.name for file in sorted(self.directory.iterdir())
+                         if OF_RANK.search(file.name) and OF_RANK.sub("", file.name) == self.name), None)
+            self.notes["model"].append(f"The fields are in files of ranks: sharedanalysis-join {part} makes one of them."
+                                       if part else "There is no file of fields.")
             return {}
         try:
             return exodus.read_model(self.fields)

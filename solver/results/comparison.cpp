@@ -62,7 +62,7 @@ public:
     ex_opts(0); // errors come back as codes, nothing is printed
     int memoryWord = sizeof(double), fileWord = 0;
     float version = 0;
-    id_ = ex_open(file.c_str(), EX_READ, &memoryWord, &fileWord, &version);
+    id_ = ex_open(file.c_str(), EX_READ | EX_ALL_INT64_API, &memoryWord, &fileWord, &version);
     // values of single precision would have other bits
     if (id_ >= 0 && fileWord != sizeof(double)) close();
   }
@@ -104,10 +104,10 @@ private:
   // Mesh numbers in the order of the file: elements stand there block by block.
   std::vector<int64_t> inFile(Entity entity) const {
     const bool nodes = entity == Entity::Node;
-    std::vector<int> numbers(
+    std::vector<int64_t> numbers(
         static_cast<std::size_t>(std::max<int64_t>(ex_inquire_int(id_, nodes ? EX_INQ_NODES : EX_INQ_ELEM), 0)));
     ex_get_id_map(id_, nodes ? EX_NODE_MAP : EX_ELEM_MAP, numbers.data());
-    return {numbers.begin(), numbers.end()};
+    return numbers;
   }
 
   int variableNumber(ex_entity_type type, const std::string& wanted) const {
@@ -130,9 +130,9 @@ private:
       if (ex_get_var(id_, step, type, number, 1, static_cast<int64_t>(values.size()), values.data()) < 0) return {};
       return inMeshOrder(values, entity);
     }
-    std::vector<int> blocks(static_cast<std::size_t>(ex_inquire_int(id_, EX_INQ_ELEM_BLK)));
+    std::vector<int64_t> blocks(static_cast<std::size_t>(ex_inquire_int(id_, EX_INQ_ELEM_BLK)));
     ex_get_ids(id_, EX_ELEM_BLOCK, blocks.data());
-    for (const int block : blocks) {
+    for (const int64_t block : blocks) {
       ex_block description{};
       description.id = block;
       description.type = EX_ELEM_BLOCK;
@@ -207,8 +207,7 @@ std::optional<std::string> firstValue(const Run& a, const Run& b, std::size_t ou
   const fs::path mine = fieldsBeside(a.digestFile), theirs = fieldsBeside(b.digestFile);
   if (mine.empty() || theirs.empty()) return std::nullopt;
   try {
-    const std::vector<char> found =
-        runApart(mine, "Exodus II", [&](Sink& sink) { sink.put(findValue(a, b, output, name)); });
+    const HandOver found = runApart(mine, "Exodus II", [&](Sink& sink) { sink.put(findValue(a, b, output, name)); });
     std::string text;
     Source(found).take(text);
     return text.empty() ? std::nullopt : std::optional(text);
@@ -217,14 +216,25 @@ std::optional<std::string> firstValue(const Run& a, const Run& b, std::size_t ou
   }
 }
 
+// Says so where the fields stand in files of ranks.
+std::string ofRanks(const Run& a, const Run& b) {
+  for (const Run* run : {&a, &b}) {
+    const std::vector<fs::path> files =
+        filesOfRanks(withoutPartial(run->digestFile).replace_extension(fieldsExtension));
+    if (!files.empty() && fieldsBeside(run->digestFile).empty())
+      return "; sharedanalysis-join makes one file of " + files.front().string() + " and the others";
+  }
+  return {};
+}
+
 // Without fields: the first chunk whose hashes differ.
-std::string firstChunk(const Run& a, const ArrayDigest& one, const ArrayDigest& other) {
+std::string firstChunk(const Run& a, const Run& b, const ArrayDigest& one, const ArrayDigest& other) {
   const Entity entity = one.name->entity;
   if (entity == Entity::Model) return "one of its values differs";
   const auto at = std::mismatch(one.chunks.begin(), one.chunks.end(), other.chunks.begin()).first - one.chunks.begin();
   const Chunk& chunk = a.digest.chunksOf(entity)[static_cast<std::size_t>(at)];
   return "a value of " + entityWord(entity) + "s " + std::to_string(chunk.first) + " to " + std::to_string(chunk.last) +
-         " differs; the fields that would show it are not beside both digests or cannot be read";
+         " differs; the fields that would show it are not beside both digests or cannot be read" + ofRanks(a, b);
 }
 
 std::vector<std::string> differingArrays(const OutputDigest& a, const OutputDigest& b) {
@@ -245,7 +255,7 @@ Comparison differentArrays(const Run& a, const Run& b, std::size_t output) {
     while (one.arrays[first].hash == other.arrays[first].hash);
   const FieldName& name = *one.arrays[first].name;
   const std::string where =
-      firstValue(a, b, output, name).value_or(firstChunk(a, one.arrays[first], other.arrays[first]));
+      firstValue(a, b, output, name).value_or(firstChunk(a, b, one.arrays[first], other.arrays[first]));
   return {Verdict::Different, "different: " + placeOf(output, one) + ", array " + std::string(name.array) + "\n" +
                                   where + "\n" + "arrays that differ in this output: " + joined(names, ", ")};
 }

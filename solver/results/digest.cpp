@@ -288,16 +288,12 @@ uint64_t inputHashOf(const Mesh& mesh, const Ranks& ranks) {
       if (speaks(mesh.ownsNode(n))) sum += entity(kind, mesh.nodePosition(n)).value();
     for (const int32_t e : group.elements)
       if (speaks(mesh.ownsElement(e))) sum += entity(kind + 1, mesh.elementPosition(e)).value();
-    for (std::size_t f = 0; f + 4 <= group.faces.size(); f += 4) {
-      // the owner of its first corner speaks for a face
-      const std::span<const int32_t> corners = std::span(group.faces).subspan(f, 4);
-      int32_t first = -1;
-      for (const int32_t corner : corners)
-        if (corner >= 0 && (first < 0 || corner < first)) first = corner;
-      if (first < 0 || !speaks(mesh.ownsNode(first))) continue;
-      Hash hash = entity(kind + 2, mesh.nodePosition(first));
-      for (const int32_t corner : corners)
-        hash.add(static_cast<uint64_t>(corner < 0 ? int64_t{-1} : mesh.nodePosition(corner)));
+    // the owner of a corner has its faces, perhaps without their other corners
+    for (std::size_t f = 0; f < group.faces.size(); ++f) {
+      const int32_t corner = group.faces[f];
+      if (corner < 0 || !speaks(mesh.ownsNode(corner))) continue;
+      Hash hash = entity(kind + 2, mesh.nodePosition(corner));
+      hash.add(uint64_t{f % 4});
       sum += hash.value();
     }
   }

@@ -58,8 +58,9 @@ Digest readDigest(const std::filesystem::path& file);
 // Of numbers, coordinates, connectivity and groups in the order of the mesh, as a digest has it; known to the root.  Every rank
 // calls it.
 uint64_t meshHash(const Mesh& mesh, const Ranks& ranks);
-// Of the same and the faces of groups, without an order: no rank sees more than its part.  The sum of a hash of each node, brick
-// and member with its place in the whole mesh; the same on every rank, and for any number of them.  Every rank calls it.
+// Of the same and the faces of groups, without an order: no rank sees more than its part.  The sum of a hash of each node, brick,
+// member and corner of a face with its place in the whole mesh; the same on every rank, and for any number of them.  Every rank
+// calls it.
 uint64_t inputHashOf(const Mesh& mesh, const Ranks& ranks);
 
 // The digest of a run that goes on; docs/ranks-and-reproducibility.md describes the file.  The root writes it, every rank calls

@@ -152,7 +152,10 @@ void ExodusWriter::define(const FieldsHead& head) {
   if (!head.sets.empty()) check(ex_put_names(id_, EX_NODE_SET, TextPointers(namesOf(head.sets)).get()));
 
   std::vector<std::string> lines;
-  for (const std::string& line : head.info) lines.push_back(line.substr(0, MAX_LINE_LENGTH));
+  for (const std::string& line : head.info) {
+    lines.push_back(line.substr(0, MAX_LINE_LENGTH));
+    lines.back().erase(lines.back().find_last_not_of(' ') + 1); // as readers have them
+  }
   TextPointers info(std::move(lines));
   check(ex_put_info(id_, info.count(), info.get()));
   std::vector<std::string> words;

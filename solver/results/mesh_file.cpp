@@ -101,7 +101,8 @@ public:
     ex_opts(0); // errors come back as codes, nothing is printed
     int memoryWord = sizeof(double), fileWord = sizeof(double);
     constexpr int64_t largest = std::numeric_limits<int32_t>::max();
-    const bool isLarge = mesh.nodeNumbers.back() > largest || mesh.elementNumbers.back() > largest;
+    const bool isLarge = *std::max_element(mesh.nodeNumbers.begin(), mesh.nodeNumbers.end()) > largest ||
+                         *std::max_element(mesh.elementNumbers.begin(), mesh.elementNumbers.end()) > largest;
     const int format = isLarge ? EX_NETCDF4 | EX_ALL_INT64_DB : EX_LARGE_MODEL;
     id_ = ex_create(file_.path().c_str(), EX_CLOBBER | EX_ALL_INT64_API | format, &memoryWord, &fileWord);
     check(id_);

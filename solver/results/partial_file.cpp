@@ -6,7 +6,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <vector>
 
 namespace sharedanalysis::solver {
 
@@ -31,7 +30,7 @@ std::filesystem::path fileOfRank(const std::filesystem::path& name, int32_t rank
   return name.string() + '.' + all + '.' + std::string(all.size() - std::min(all.size(), own.size()), '0') + own;
 }
 
-void removeFilesOfRanks(const std::filesystem::path& name) {
+std::vector<std::filesystem::path> filesOfRanks(const std::filesystem::path& name) {
   const std::filesystem::path directory = name.has_parent_path() ? name.parent_path() : ".";
   const std::string begin = name.filename().string() + '.', end = ".partial";
   std::error_code error;
@@ -44,7 +43,13 @@ void removeFilesOfRanks(const std::filesystem::path& name) {
     if (text.ends_with(end)) text.resize(text.size() - end.size());
     if (isRank(text)) found.push_back(entry->path());
   }
-  for (const std::filesystem::path& file : found) {
+  std::sort(found.begin(), found.end());
+  return found;
+}
+
+void removeFilesOfRanks(const std::filesystem::path& name) {
+  for (const std::filesystem::path& file : filesOfRanks(name)) {
+    std::error_code error;
     std::filesystem::remove(file, error);
     if (error) throw WriteError(file, "the older file cannot be removed: " + error.message());
   }

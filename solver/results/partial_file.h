@@ -9,6 +9,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace sharedanalysis::solver {
 
@@ -24,7 +25,8 @@ enum class Start { New, GoOn };
 
 // The file of one of several ranks: <name>.16.03, the rank with as many digits as their number has.
 std::filesystem::path fileOfRank(const std::filesystem::path& name, int32_t rank, int32_t ranks);
-// Removes all such files of either name, whatever the number of ranks.
+// All such files that are there, also partial ones, of any number of ranks.
+std::vector<std::filesystem::path> filesOfRanks(const std::filesystem::path& name);
 void removeFilesOfRanks(const std::filesystem::path& name);
 
 // A file is written as <name>.partial and gets its name when the analysis is complete.

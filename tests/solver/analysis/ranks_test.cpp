@@ -3,6 +3,7 @@
 #include "solver/input/mesh_reader.h"
 #include "solver/program/job.h"
 #include "solver/results/digest.h"
+#include "solver/results/mesh_file.h"
 #include "solver/results/restart_file.h"
 #include "solver/results/results.h"
 #include "tests/solver/files.h"
@@ -227,6 +228,74 @@ TEST_F(RanksTest, ResultsAreTheSameToTheLastBit) {
       EXPECT_EQ(readFile(job + "1x1/" + job + ".csv"), readFile(directory + "/" + job + ".csv"));
     }
   }
+}
+
+// To the last byte but those of the clock; files of other ranks and of one file go with a new run.
+TEST_F(RanksTest, FilesOfRanksAreJoinedToTheFileOfTheRoot) {
+  writeIrregular();
+  writeLoaded();
+  writeMixed();
+  writeFile("mixed.toml", replaced(readFile("mixed.toml"), "end_time = 0.01", "end_time = 0.002"));
+  const auto join = [](const std::string& arguments) { return shell(SA_JOIN_PROGRAM " " + arguments); };
+  const auto differing = [](const std::string& a, const std::string& b) {
+    int count = a.size() == b.size() ? 0 : -1;
+    for (std::size_t k = 0; count >= 0 && k < a.size(); ++k) count += a[k] != b[k];
+    return count;
+  };
+  for (const auto& [job, ranks] : {std::pair<std::string, int>{"mixed", 3}, {"mixed", 12}, {"irregular", 1}}) {
+    const std::string exo = "set/" + job + ".exo", part = exo + "." + std::to_string(ranks);
+    run(ranks, 1, job + ".toml --digest -q -o one");
+    run(ranks, 1, job + ".toml --digest -q -o set --files ranks");
+    EXPECT_EQ(readFile("one/" + job + ".digest"), readFile("set/" + job + ".digest"));
+    EXPECT_FALSE(std::filesystem::exists(exo));
+    const Outcome outcome = join(part + (ranks > 9 ? ".07" : ".0"));
+    EXPECT_TRUE(contains(outcome.out, exo + ": 336 nodes and 210 elements of ")) << outcome.out << outcome.err;
+    const int others = differing(readFile("one/" + job + ".exo"), readFile(exo));
+    EXPECT_TRUE(others >= 0 && others <= 6) << others;
+    EXPECT_EQ(std::filesystem::exists(part + ".2"), ranks == 3);
+    EXPECT_FALSE(std::filesystem::exists("set/mixed.exo.3.0") && ranks != 3);
+  }
+  // what cannot be joined
+  const std::string whole = readFile("set/mixed.exo.12.07");
+  const struct {
+    std::string text, answer;
+  } wrong[] = {{whole.substr(0, whole.size() - 1), "is damaged or cut off"},
+               {readFile("set/irregular.exo.1.0"), "set/mixed.exo.12.07: is of another run than "},
+               {readFile("set/mixed.exo.12.06"), "shares elements with another file"},
+               {"no file of fields", "cannot be read as a file of fields"}};
+  for (const auto& [text, answer] : wrong) {
+    writeFile("set/mixed.exo.12.07", text);
+    const Outcome outcome = join("set/mixed.exo.12.00 -o joined.exo");
+    EXPECT_TRUE(outcome.code == exitInput && contains(outcome.err, answer)) << answer << ": " << outcome.err;
+  }
+  EXPECT_TRUE(contains(join("set/mixed.exo.12.00 -o set/mixed.exo.12.01").err, "expected another one"));
+  std::filesystem::remove("set/mixed.exo.12.07");
+  EXPECT_EQ(join("set/mixed.exo.12.00").code, exitInput);
+  EXPECT_EQ(join("set/mixed.exo").code, exitInput);
+  EXPECT_FALSE(std::filesystem::exists("joined.exo") || std::filesystem::exists("joined.exo.partial"));
+}
+
+// Read by one, read by all, or made by all.
+TEST_F(RanksTest, InputsOfOneModelHaveOneDigest) {
+  solver::Mesh mesh = box({4, 3, 9}, {0.4, 0.3, 0.9});
+  std::erase_if(mesh.groups, [](const solver::Group& group) { return group.name == "surface"; });
+  writeFile("one.msh", meshText(mesh));
+  EXPECT_EQ(shell(SA_CONVERT_PROGRAM " one.msh one.exo").out, "one.exo: 200 nodes, 108 bricks\n");
+  writeIrregular();
+  for (const auto& [input, value] : {std::pair{"gmsh", "\"one.msh\""},
+                                     {"exodus", "\"one.exo\""},
+                                     {"box", "{box = {bricks = [4, 3, 9], size = [0.4, 0.3, 0.9]}}"}}) {
+    writeFile("model.toml", replaced(readFile("irregular.toml"), "\"irregular.msh\"", value) +
+                                "\n[[pressure]]\ngroup = \"x1\"\nvalue = 1e5\n");
+    if (input == std::string("gmsh")) run(1, 1, "model.toml --digest -q -o one");
+    run(3, 1, std::string("model.toml --digest -q -o ") + input);
+    compare("one", input);
+  }
+  // what one rank finds in its share all ranks answer
+  mesh.coordinates[3 * 199 + 1] = NAN;
+  solver::writeMesh("one.exo", "one", mesh);
+  writeFile("model.toml", replaced(readFile("irregular.toml"), "irregular.msh", "one.exo"));
+  expectError(run(3, 1, "model.toml", 1), 1, "one.exo: a coordinate of node 200 is not a finite number");
 }
 
 TEST_F(RanksTest, MoreRanksThanTheModelNeeds) {
@@ -465,8 +534,13 @@ TEST_F(RanksTest, ComparisonNamesTheFirstDifference) {
 }
 
 // One value of one run has another last bit, in fields and digest: node, component and both values are told.
+// Numbers go beyond 32 bits.
 TEST_F(RanksTest, ComparisonFindsOneBit) {
   solver::Mesh mesh = numberedBox({3, 3, 20}, {1, 1, 7});
+  for (int64_t& number : mesh.nodeNumbers) number *= int64_t{1} << 32;
+  solver::Hash hash;
+  hash.add(mesh);
+  EXPECT_EQ(solver::meshHash(mesh, solver::Ranks()), hash.value());
   const std::vector<double> zeros(3 * mesh.nodeNumbers.size()), stress(6 * mesh.elementNumbers.size());
   const std::vector<double> scalars(mesh.elementNumbers.size());
   std::vector<double> velocity = zeros;

@@ -1,8 +1,14 @@
 // What the program answers to input that is wrong: the exit code, and a text that leads to the mistake.
+#include "solver/input/box_mesh.h"
 #include "solver/input/case_reader.h"
+#include "solver/input/gmsh_mesh.h"
+#include "solver/input/mesh_reader.h"
+#include "solver/parallel/distribution.h"
 #include "solver/program/job.h"
+#include "solver/results/mesh_file.h"
 #include "tests/solver/files.h"
 
+#include <numeric>
 #include <sys/stat.h>
 
 namespace {
@@ -443,9 +449,214 @@ TEST_F(Input, HostileMeshes) {
       {meshText(twins), "box.msh: bricks 103 and 106 have the same nodes"},
       {replaced(sound, "$Nodes\n20\n", "$Nodes\n19\n"), "box.msh: $Nodes has 20 lines, its first one announces 19"},
       {replaced(sound, "$Nodes\n20\n", "$Nodes\n99999999999\n"), "box.msh: $Nodes has 20 lines"},
+      {replaced(sound, "\n197 ", "\n5000000197 "), "box.msh: $Nodes has the number 5000000197, above 2147483647"},
       {replaced(sound, "106 5 2 7 7", "106 5 999999999 7 7"), "box.msh: "}};
   for (const auto& row : rows) EXPECT_TRUE(answerToMesh(row.mesh).starts_with(row.answer)) << answerToMesh(row.mesh);
   EXPECT_FALSE(std::filesystem::exists("ran")) << "commands beside the mesh";
+}
+
+// Groups by name, whatever their order; faces as sets of corners.
+using GroupContent = std::tuple<int, std::vector<int32_t>, std::vector<int32_t>, std::set<std::set<int32_t>>>;
+std::map<std::string, GroupContent> contents(const Mesh& mesh) {
+  std::map<std::string, GroupContent> all;
+  for (const solver::Group& group : mesh.groups) {
+    std::set<std::set<int32_t>> faces;
+    for (std::size_t k = 0; k < group.faces.size(); k += 4) faces.insert({&group.faces[k], &group.faces[k] + 4});
+    all[group.name] = {group.dimension, group.nodes, group.elements, faces};
+  }
+  return all;
+}
+void expectSame(const Mesh& mesh, const Mesh& wanted, const std::string& what) {
+  EXPECT_EQ(mesh.coordinates, wanted.coordinates) << what;
+  EXPECT_EQ(mesh.nodeNumbers, wanted.nodeNumbers) << what;
+  EXPECT_EQ(mesh.connectivity, wanted.connectivity) << what;
+  EXPECT_EQ(mesh.elementNumbers, wanted.elementNumbers) << what;
+  EXPECT_TRUE(contents(mesh) == contents(wanted)) << what;
+}
+
+// The same mesh with nodes and bricks in another order in memory, and some nodes of no brick.
+Mesh shuffled(const Mesh& mesh) {
+  Random random(3);
+  const auto places = [&](int32_t count) {
+    std::vector<int32_t> order(count);
+    std::iota(order.begin(), order.end(), 0);
+    for (int32_t k = count - 1; k > 0; --k) std::swap(order[k], order[static_cast<int32_t>(random.uniform(0, k))]);
+    return order;
+  };
+  const std::vector<int32_t> nodes = places(mesh.nodes()), bricks = places(mesh.elements());
+  Mesh result = mesh;
+  for (int32_t n = 0; n < mesh.nodes(); ++n) {
+    result.nodeNumbers[nodes[n]] = mesh.nodeNumbers[n];
+    std::copy_n(&mesh.coordinates[3 * n], 3, &result.coordinates[3 * nodes[n]]);
+  }
+  for (int32_t e = 0; e < mesh.elements(); ++e) {
+    result.elementNumbers[bricks[e]] = mesh.elementNumbers[e];
+    for (int k = 0; k < 8; ++k) result.connectivity[8 * bricks[e] + k] = nodes[mesh.connectivity[8 * e + k]];
+  }
+  for (solver::Group& group : result.groups) {
+    for (std::vector<int32_t>* list : {&group.nodes, &group.faces})
+      for (int32_t& node : *list) node = nodes[node];
+    for (int32_t& brick : group.elements) brick = bricks[brick];
+  }
+  for (const int64_t number : {3, 5000, 4}) {
+    result.nodeNumbers.push_back(number);
+    result.coordinates.insert(result.coordinates.end(), 3, 0.25);
+  }
+  return result;
+}
+
+// A box with its groups: a table of the case, shares of it, a Gmsh file of it, an Exodus file of it and of another order.
+TEST_F(Input, InputsOfOneModelAreOneMesh) {
+  Mesh wanted = box({3, 2, 5}, {0.3, 0.7, 1.1});
+  std::erase_if(wanted.groups, [](const solver::Group& group) { return group.name == "surface"; });
+  solver::BoxMesh table;
+  table.layers = {{{{3, 0.3, 1, ""}}, {{2, 0.7, 1, ""}}, {{5, 1.1, 1, "all"}}}};
+  writeFile("one.msh", meshText(wanted));
+  const solver::GmshMesh gmsh("one.msh");
+  for (int64_t size = 1; size <= 5; ++size) {
+    std::vector<solver::MeshSlice> boxes, shares;
+    for (int64_t rank = 0; rank < size; ++rank) {
+      boxes.push_back(solver::shareOfBox(table, rank, size));
+      shares.push_back(gmsh.share(rank, size));
+      for (int64_t n = 0; n < std::ssize(boxes.back().nodeNumbers); ++n)
+        EXPECT_EQ(solver::shareOf(boxes.back().firstNode + n, wanted.nodes(), size), rank);
+    }
+    expectSame(solver::joinedMesh(boxes), wanted, "box of " + std::to_string(size));
+    expectSame(solver::joinedMesh(shares), wanted, "Gmsh in " + std::to_string(size));
+  }
+  EXPECT_TRUE(solver::writeMesh("box", "box", wanted).empty()) << "recognised by content";
+  expectSame(solver::readMesh({"box", {}}), wanted, "Exodus");
+
+  Mesh numbered = numberedBox({3, 2, 5}, {0.3, 0.7, 1.1});
+  numbered.nodeNumbers.back() = int64_t{1} << 40; // does not fit into 32 bits
+  for (solver::Group& group : numbered.groups)    // as the nodes of their bricks
+    for (const int32_t brick : group.elements) {
+      const std::set<int32_t> corners(&numbered.connectivity[8 * brick], &numbered.connectivity[8 * brick] + 8);
+      std::set<int32_t> nodes(group.nodes.begin(), group.nodes.end());
+      nodes.insert(corners.begin(), corners.end());
+      group.nodes.assign(nodes.begin(), nodes.end());
+    }
+  solver::Group points{"points", 0, {1, 5, 17}, {}};
+  numbered.groups.insert(numbered.groups.begin(), points);
+  solver::writeMesh("other.exo", "other", shuffled(numbered));
+  expectSame(solver::readMesh({"other.exo", {}}), numbered, "Exodus in another order");
+}
+
+// Numbers beyond 32 bits.
+TEST_F(Input, ShareOfALargeBox) {
+  solver::BoxMesh large;
+  large.layers = {{{{2000, 2, 1, ""}}, {{3000, 3, 1, ""}}, {{4000, 4, 1, "all"}}}};
+  const solver::MeshSlice slice = solver::shareOfBox(large, 999999, 1000000);
+  EXPECT_EQ(slice.elements, 24'000'000'000);
+  EXPECT_EQ(slice.nodes, 2001LL * 3001 * 4001);
+  EXPECT_EQ(slice.elementNumbers.size(), 24000u);
+  EXPECT_EQ(slice.elementNumbers.back(), slice.elements);
+  EXPECT_EQ(slice.connectivity.back(), slice.nodes - 2) << "before the last along x";
+  EXPECT_EQ(slice.connectivity.end()[-2], slice.nodes - 1);
+  EXPECT_EQ(slice.connectivity.end()[-8], slice.nodes - 1 - 2001 * 3001 - 2001 - 1);
+  EXPECT_EQ(std::vector<double>(slice.coordinates.end() - 3, slice.coordinates.end()), (std::vector<double>{2, 3, 4}));
+}
+
+// Thicknesses in arithmetic progression, two layers of one volume around another.
+TEST_F(Input, BoxesWithLayers) {
+  solver::BoxMesh layered;
+  layered.layers = {{{{2, 3, 2, ""}}, {{1, 1, 1, ""}}, {{1, 0.5, 1, "skin"}, {3, 6, 3, "core"}, {2, 1, 1, "skin"}}}};
+  layered.origin = {10, 0, -1};
+  const Mesh mesh = solver::joinedMesh({solver::shareOfBox(layered, 0, 2), solver::shareOfBox(layered, 1, 2)});
+  const double x[] = {10, 11, 13}, z[] = {-1, -0.5, 0.5, 2.5, 5.5, 6, 6.5};
+  for (int32_t n = 0; n < mesh.nodes(); ++n) {
+    EXPECT_DOUBLE_EQ(mesh.coordinates[3 * n], x[n % 3]);
+    EXPECT_DOUBLE_EQ(mesh.coordinates[3 * n + 2], z[n / 6]);
+  }
+  EXPECT_EQ(mesh.findGroup("core")->elements, (std::vector<int32_t>{2, 3, 4, 5, 6, 7}));
+  EXPECT_EQ(mesh.findGroup("skin")->elements, (std::vector<int32_t>{0, 1, 8, 9, 10, 11}));
+  EXPECT_EQ(mesh.findGroup("core")->nodes.size(), 4 * 6u);
+  EXPECT_EQ(mesh.findGroup("skin")->nodes.size(), 5 * 6u);
+}
+
+TEST_F(Mistakes, Boxes) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"", ":1:8: box is missing in mesh, expected [mesh.box]"},
+      {"cube = 1", ":1:9: unknown key \"cube\" in mesh, expected one of box"},
+      {"box = 1", ":1:15: box is a number, expected [box]"},
+      {"box = {size = [1, 1, 1]}", ":1:15: bricks is missing in box, expected an array of numbers"},
+      {"box = {bricks = [1, 2.5, 1], size = [1, 1, 1]}",
+       ":1:29: bricks has 2.5, expected three times a whole number from 1 to 1000000"},
+      {"box = {bricks = [1, 1, 1], size = [1, 1, 0]}",
+       ":1:50: size has 0, expected three times a positive number in m"},
+      {"box = {bricks = [1, 1, 1], size = [1, 1, 1], faces = [\"a\"]}",
+       ":1:62: faces has 1 name, expected six (two across each of x, y, z)"},
+      {"box = {bricks = [1, 1, 1], size = [1, 1, 1], volume = \"x0\"}", ":1:15: two groups have the name \"x0\""},
+      {"box = {bricks = [1, 1, 9], size = [1, 1, 1], origin = [0, 0, 1e17]}",
+       ":1:43: bricks along z are too thin to be told apart at their coordinates"},
+      {"box = {bricks = [1, 1, 3], size = [1, 1, 1], layer = [{group = \"a\", bricks = 2, size = 1}]}",
+       ":1:32: bricks has 3 along z, expected the 2 of the layers"},
+      {"box = {bricks = [1, 1, 3], size = [1, 2, 1], layers_along = \"y\", layer = [{group = \"a\", bricks = 1, size = "
+       "1}]}",
+       ":1:47: size has 2 m along y, expected the 1 m of the layers"},
+      {"box = {bricks = [1, 1, 3], size = [1, 1, 1], layers_along = \"y\"}",
+       ":1:69: layers_along is given without layers"},
+  };
+  for (const auto& [table, wanted] : cases)
+    expect(replaced(barCase, "\"box.msh\"", "{" + std::string(table) + "}"), wanted);
+}
+
+// Wherever an Exodus file ends too early or a word of it is spoiled, it is an error or another mesh, never the end of the program.
+TEST_F(Input, ExodusFilesThatCannotBeRead) {
+  const auto answerToExodus = [](const Mesh& mesh) {
+    solver::writeMesh("box.msh", "box", mesh);
+    return answer(barCase);
+  };
+  const Mesh sound = numberedBox({1, 1, 4}, {1, 1, 4});
+  std::vector<std::pair<Mesh, std::string>> rows(6, {sound, ""});
+  rows[0].first.nodeNumbers[3] = 27, rows[0].second = "two nodes have the number 27";
+  rows[1].first.elementNumbers[3] = 103, rows[1].second = "two bricks have the number 103";
+  rows[2].first.coordinates[5] = NAN, rows[2].second = "a coordinate of node 27 is not a finite number";
+  std::copy_n(sound.connectivity.begin(), 8, rows[3].first.connectivity.begin() + 8);
+  rows[3].second = "bricks 103 and 106 have the same nodes";
+  rows[4].first.coordinates[3 * 16] = rows[4].first.coordinates[3 * 16 + 1] = .7;
+  rows[4].second = "brick 112 is turned over at its node 177";
+  rows[5].first.connectivity[17] = rows[5].first.connectivity[16];
+  rows[5].second = "brick 109 has the same node at two corners";
+  for (const auto& [mesh, wanted] : rows) EXPECT_EQ(answerToExodus(mesh), "box.msh: " + wanted);
+
+  // in both formats of the library
+  for (const int64_t number : {int64_t{177}, int64_t{1} << 40}) {
+    Mesh mesh = sound;
+    mesh.nodeNumbers[16] = number;
+    solver::writeMesh("sound.exo", "box", mesh);
+    const std::string whole = readFile("sound.exo");
+    for (std::size_t size = 4; size < whole.size(); size += whole.size() / 12) {
+      const std::string text = answerToMesh(whole.substr(0, size));
+      EXPECT_TRUE(text.starts_with("box.msh: ")) << size << ": " << text;
+    }
+    for (std::size_t at = 4; at + 8 < whole.size(); at += whole.size() / 25) {
+      std::string spoiled = whole;
+      spoiled.replace(at, 8, "\xff\xff\xff\xff\x7f\xff\xff\xff");
+      writeFile("box.msh", spoiled);
+      try {
+        solver::readMesh({"box.msh", {}});
+      } catch (const solver::InputError& error) {
+        EXPECT_TRUE(std::string(error.what()).starts_with("box.msh: ")) << at << ": " << error.what();
+      }
+    }
+  }
+}
+
+TEST_F(Input, BricksThatNoBlockCanHave) {
+  const auto expectRefusal = [](const Mesh& mesh, const std::string& wanted) {
+    try {
+      solver::writeMesh("out.exo", "box", mesh);
+      ADD_FAILURE() << wanted;
+    } catch (const solver::InputError& error) {
+      EXPECT_EQ(error.what(), "box: brick " + wanted + "; an Exodus file has every brick in one element block");
+    }
+  };
+  Mesh mesh = numberedBox({1, 1, 4}, {1, 1, 4});
+  mesh.groups.back().elements.insert(mesh.groups.back().elements.begin(), 1);
+  expectRefusal(mesh, "106 is in volumes \"lower\" and \"upper\"");
+  mesh.groups.back().elements = {3};
+  expectRefusal(mesh, "109 is in no volume");
 }
 
 } // namespace
