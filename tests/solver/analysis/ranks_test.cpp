@@ -389,7 +389,8 @@ TEST_F(RanksTest, WriteErrorsOfAnyRankEndEveryRank) {
   writeFile("irregular.toml", whole);
   std::filesystem::remove_all("out");
   std::filesystem::create_directories("out/irregular.rank1.msg");
-  expectError(run(3, 1, "irregular.toml -o out --rank-files", 3), 3, "rank 1: cannot open out/irregular.rank1.msg: Is a directory");
+  expectError(run(3, 1, "irregular.toml -o out --rank-files", 3), 3,
+              "rank 1: cannot open out/irregular.rank1.msg: Is a directory");
   writeFile("file", "");
   expectError(run(3, 1, "irregular.toml -o file/out", 3), 3, "file/out could not be written");
 }
@@ -416,6 +417,27 @@ TEST_F(RanksTest, ASignalToOneRankEndsAllOfThemInOrder) {
     EXPECT_TRUE(contains(readFile("out/irregular.sta"), "Interrupted"));
     EXPECT_FALSE(std::filesystem::exists("out/irregular.rank2.sta"));
     compare("out", "out");
+  }
+}
+
+// Whatever happens to one rank, all end, and somebody says which one it was.
+TEST_F(RanksTest, RanksThatCrashOrHangEndAll) {
+  writeIrregular();
+  writeFile("irregular.toml", replaced(readFile("irregular.toml"), "end_time = 0.004", "end_time = 50"));
+  const struct {
+    int signal, code;
+    std::string text;
+  } rows[] = {{SIGSEGV, 139, "error: rank 1 crashed: signal 11 (Segmentation fault)\n"},
+              {SIGSTOP, 2, "has waited 2 s for rank 1, which does not answer"},
+              {SIGKILL, 137, "process rank 1 with PID"}}; // of mpirun
+  for (const auto& row : rows) {
+    std::filesystem::remove_all("out");
+    auto ended = std::async(std::launch::async,
+                            [&] { return run(3, 1, "irregular.toml -q -o out --rank-timeout 2", row.code); });
+    EXPECT_TRUE(isUnderWay("out/irregular.sta"));
+    EXPECT_TRUE(signalRank(1, row.signal));
+    const Outcome outcome = ended.get();
+    EXPECT_TRUE(contains(outcome.err + outcome.out, row.text)) << outcome.err << outcome.out;
   }
 }
 
