@@ -1,6 +1,7 @@
 #include "solver/input/exodus_file.h"
 
 #include "solver/input/apart.h"
+#include "solver/input/netcdf_size.h"
 #include "solver/model/model.h"
 #include "solver/model/text.h"
 
@@ -25,6 +26,7 @@ public:
     float version = 0;
     id_ = ex_open(file.c_str(), EX_READ | EX_ALL_INT64_API, &memoryWord, &fileWord, &version);
     check(id_);
+    if (!isWholeNetcdf(file)) fail("is cut off: it has fewer bytes than its header announces");
   }
   Reader(const Reader&) = delete;
   Reader& operator=(const Reader&) = delete;

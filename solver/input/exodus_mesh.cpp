@@ -31,7 +31,26 @@ struct Shares {
   int64_t count;
 
   int64_t first() const { return firstOfShare(count, ranks.rank(), ranks.size()); }
+  int64_t end() const { return firstOfShare(count, ranks.rank() + 1, ranks.size()); }
   int32_t owner(int64_t place) const { return shareOf(place, count, ranks.size()); }
+
+  // Each place once, increasing; those of the own share, which most are of, without sorting them.
+  Integers once(std::span<const int64_t> places) const {
+    const int64_t low = first(), high = end();
+    std::vector<bool> isHere(asSize(high - low), false);
+    Integers result, above;
+    for (const int64_t place : places)
+      if (place >= low && place < high)
+        isHere[asSize(place - low)] = true;
+      else
+        (place < low ? result : above).push_back(place);
+    makeUnique(result);
+    makeUnique(above);
+    for (int64_t place = low; place < high; ++place)
+      if (isHere[asSize(place - low)]) result.push_back(place);
+    result.insert(result.end(), above.begin(), above.end());
+    return result;
+  }
 
   // Each value to the rank that has the entity which `placeOf` says.
   template <class T, class PlaceOf>
@@ -184,8 +203,7 @@ private:
 
   // Of the share of nodes, those of bricks.
   std::vector<bool> usedNodes() const {
-    Integers corners = share_.connectivity;
-    makeUnique(corners);
+    Integers corners = inFile_->once(share_.connectivity);
     std::vector<bool> used(share_.nodeNumbers.size(), false);
     for (const int64_t node : inFile_->toOwners(std::move(corners), [](int64_t place) { return place; }))
       used[asSize(node - inFile_->first())] = true;
@@ -240,8 +258,7 @@ private:
   // The places in the mesh of nodes of the file; `nowhere` for a node of no brick.
   void toPlaces(Integers& indices) const {
     if (nodes_.asInFile) return;
-    Integers asked = indices;
-    makeUnique(asked);
+    const Integers asked = inFile_->once(indices);
     const Integers places =
         inFile_->lookUp<int64_t>(asked, [&](int64_t index) { return nodes_.own[asSize(index - inFile_->first())]; });
     for (int64_t& index : indices)
@@ -311,8 +328,7 @@ private:
       int64_t number;
       std::array<double, 3> x;
     };
-    Integers places = result_.connectivity;
-    makeUnique(places);
+    const Integers places = inMesh_->once(result_.connectivity);
     const std::vector<Node> nodes = inMesh_->lookUp<Node>(places, [&](int64_t place) {
       const std::size_t k = asSize(place - result_.firstNode);
       const double* x = &result_.coordinates[3 * k];
@@ -403,15 +419,12 @@ private:
     const int64_t first = bricksInFile_->first(), end = first + static_cast<int64_t>(result_.elementNumbers.size());
     int64_t begin = 0;
     for (const ExodusShare::Collection& block : share_.blocks) {
-      Integers corners;
-      for (int64_t brick = std::max(first, begin); brick < std::min(end, begin + block.count); ++brick) {
-        const std::size_t own = asSize(brick - first);
-        result_.groups[group].elements.push_back(result_.elementPositions[own]);
-        corners.insert(corners.end(), result_.connectivity.begin() + static_cast<std::ptrdiff_t>(8 * own),
-                       result_.connectivity.begin() + static_cast<std::ptrdiff_t>(8 * own + 8));
-      }
-      makeUnique(corners);
-      for (const int64_t place : corners) nodes.push_back({group, place});
+      const int64_t from = std::clamp(begin, first, end), to = std::clamp(begin + block.count, first, end);
+      const auto own = std::span(result_.elementPositions).subspan(asSize(from - first), asSize(to - from));
+      result_.groups[group].elements.assign(own.begin(), own.end());
+      const auto corners = std::span(result_.connectivity).subspan(8 * asSize(from - first), 8 * asSize(to - from));
+      if (from < to)
+        for (const int64_t place : inMesh_->once(corners)) nodes.push_back({group, place});
       begin += block.count;
       ++group;
     }

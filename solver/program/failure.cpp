@@ -8,11 +8,13 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <new>
 #include <system_error>
+#include <thread>
 #include <unistd.h>
 
 namespace sharedanalysis::solver {
@@ -98,6 +100,7 @@ RankFailure failureOfAll(const Ranks& ranks) {
   } catch (const RankLost& error) {
     // the other ranks cannot be reached
     reportError(error.what());
+    std::this_thread::sleep_for(std::chrono::milliseconds(500)); // others say for whom they wait
     host::abortRanks(exitEndedEarly);
     return {ranks.rank(), exitEndedEarly, error.what()};
   }

@@ -15,15 +15,16 @@ std::filesystem::path resultFile(const Case& definition, const char* extension) 
 Output::Output(const Case& definition, const Mesh& mesh, const std::vector<std::string>& info, const Ranks& ranks,
                bool digest, Start start)
     : ranks_(ranks), fieldsPath_(resultFile(definition, fieldsExtension)),
-      historyPath_(resultFile(definition, historyExtension)),
-      results_(fieldsPath_, mesh, definition, info, ranks, start), filesByRank_(definition.filesByRank) {
+      historyPath_(resultFile(definition, historyExtension)), filesByRank_(definition.filesByRank) {
+  if (ranks.isRoot()) {
+    history_.emplace(historyPath_, definition, start);
+    events_.emplace(resultFile(definition, eventsExtension), definition, start);
+  }
+  results_.emplace(fieldsPath_, mesh, definition, info, ranks, start);
   makeDigest_ = [&definition, &mesh, this](Start how) {
     digest_.emplace(resultFile(definition, digestExtension), definition.job, mesh, ranks_, how);
   };
   if (digest) makeDigest_(start);
-  if (!ranks.isRoot()) return;
-  history_.emplace(historyPath_, definition, start);
-  events_.emplace(resultFile(definition, eventsExtension), definition, start);
 }
 
 std::string Output::fieldsName() const {
@@ -40,7 +41,7 @@ void Output::visit(Archive& archive) {
     throw InputError(digest_->name().string() +
                      ": the run that is to go on was without --digest, and so are its results");
   if (hasDigest != 0 && !digest_) makeDigest_(Start::GoOn);
-  results_.visit(archive);
+  results_->visit(archive);
   if (history_) history_->visit(archive);
   if (events_) events_->visit(archive);
   if (digest_) digest_->visit(archive);
@@ -49,7 +50,7 @@ void Output::visit(Archive& archive) {
 void Output::synchronise() const {
   if (history_) history_->file().synchronise();
   if (events_) events_->file().synchronise();
-  results_.synchronise();
+  results_->synchronise();
   if (digest_) digest_->synchronise();
 }
 
@@ -76,7 +77,7 @@ void Output::writeFields(const Analysis& analysis) {
   const Progress now = analysis.progress();
   const Energies energies = analysis.energies();
   const Fields fields = analysis.fields(); // every rank has a part in them
-  results_.write(now.time, fields, energies);
+  results_->write(now.time, fields, energies);
   if (digest_) digest_->write(now, fields, energies);
   if (ranks_.isRoot())
     message("Status", "increment %S time %R stable increment %R kinetic energy %R total energy %R energy error %R",
@@ -89,14 +90,14 @@ void Output::writeFields(const Analysis& analysis) {
 void Output::close() {
   if (history_) history_->close();
   if (events_) events_->close();
-  results_.close();
+  results_->close();
   if (digest_) digest_->close();
 }
 
 void Output::complete() const {
   if (history_) history_->file().complete();
   if (events_) events_->file().complete();
-  results_.complete();
+  results_->complete();
   if (digest_) digest_->complete();
 }
 

@@ -43,7 +43,7 @@ public:
   void complete() const;
 
   const EnergyCheck& energy() const { return check_; }
-  int64_t count() const { return results_.count(); }
+  int64_t count() const { return results_->count(); }
   // The files that a run leaves when it ends early.
   std::string leftovers() const { return fieldsName() + ".partial and " + historyPath_.string() + ".partial"; }
   std::string fieldsName() const; // of all ranks: "JOB.exo.4.*"
@@ -57,7 +57,7 @@ private:
   EnergyCheck check_;
   std::optional<HistoryFile> history_;
   std::optional<EventFile> events_;
-  ResultsFile results_;
+  std::optional<ResultsFile> results_;
   std::optional<DigestFile> digest_;
   std::function<void(Start)> makeDigest_;
   bool filesByRank_;

@@ -1,6 +1,7 @@
 #include "solver/results/comparison.h"
 
 #include "solver/input/apart.h"
+#include "solver/input/netcdf_size.h"
 #include "solver/model/text.h"
 #include "solver/results/digest.h"
 
@@ -63,8 +64,8 @@ public:
     int memoryWord = sizeof(double), fileWord = 0;
     float version = 0;
     id_ = ex_open(file.c_str(), EX_READ | EX_ALL_INT64_API, &memoryWord, &fileWord, &version);
-    // values of single precision would have other bits
-    if (id_ >= 0 && fileWord != sizeof(double)) close();
+    // values of single precision would have other bits, those behind the end of a file that was cut off be 0
+    if (id_ >= 0 && (fileWord != sizeof(double) || !isWholeNetcdf(file))) close();
   }
   ~FieldReader() { close(); }
   FieldReader(const FieldReader&) = delete;

@@ -1,8 +1,6 @@
 // A hash of exact bits: of results, to compare runs, and of what ranks have read.
 #pragma once
 
-#include "solver/model/model.h"
-
 #include <bit>
 #include <cstdint>
 #include <string_view>
@@ -24,30 +22,9 @@ public:
   void addLetters(std::string_view text) {
     for (const char letter : text) add(uint64_t{static_cast<unsigned char>(letter)});
   }
-  void add(const Mesh& mesh) {
-    addAll(mesh.nodeNumbers);
-    addAll(mesh.elementNumbers);
-    addAll(mesh.coordinates);
-    addAll(mesh.connectivity);
-    for (const Group& group : mesh.groups) {
-      add(group.name);
-      addAll(group.nodes);
-      addAll(group.elements);
-    }
-  }
   uint64_t value() const { return state_; }
 
 private:
-  template <class Number>
-  void addAll(const std::vector<Number>& values) {
-    add(uint64_t{values.size()});
-    for (const Number value : values)
-      if constexpr (std::is_floating_point_v<Number>)
-        add(value);
-      else
-        add(static_cast<uint64_t>(value));
-  }
-
   uint64_t state_ = 0x9e3779b97f4a7c15U;
 };
 

@@ -1,6 +1,7 @@
 #include "solver/results/join.h"
 
 #include "solver/input/apart.h"
+#include "solver/input/netcdf_size.h"
 #include "solver/model/model.h"
 #include "solver/results/exodus_writer.h"
 #include "solver/results/partial_file.h"
@@ -9,7 +10,6 @@
 #include <bit>
 #include <charconv>
 #include <exodusII.h>
-#include <fstream>
 #include <limits>
 #include <memory>
 #include <sys/resource.h>
@@ -54,66 +54,6 @@ std::optional<Set> parse(const fs::path& part) {
   return set;
 }
 
-// Where the last array of a file in netCDF's 64-bit offset format ends, by its header; 0 for files of other formats.  The library
-// takes zeros for what a file that was cut off lacks.
-class EndOfArrays {
-public:
-  explicit EndOfArrays(const fs::path& file) : stream_(file, std::ios::binary) {
-    std::array<char, 4> magic{};
-    stream_.read(magic.data(), magic.size());
-    if (std::string_view(magic.data(), 4) != std::string_view("CDF\002", 4)) return;
-    const uint64_t records = number(4);
-    std::vector<bool> isUnlimited;
-    list([&] {
-      name();
-      isUnlimited.push_back(number(4) == 0);
-    });
-    attributes();
-    uint64_t firstRecord = 0, record = 0;
-    list([&] {
-      name();
-      bool isRecord = false;
-      for (uint64_t k = number(4), n = 0; n < k && stream_; ++n) {
-        const uint64_t dimension = number(4);
-        isRecord = isRecord || (n == 0 && dimension < isUnlimited.size() && isUnlimited[dimension]);
-      }
-      attributes();
-      number(4); // type
-      const uint64_t size = number(4), begin = number(8);
-      if (!isRecord) end_ = std::max(end_, begin + size);
-      if (isRecord && record == 0) firstRecord = begin;
-      if (isRecord) record += size;
-    });
-    if (record > 0 && records > 0) end_ = firstRecord + records * record;
-  }
-  uint64_t value() const { return end_; }
-
-private:
-  uint64_t number(int bytes) {
-    uint64_t value = 0;
-    for (int k = 0; k < bytes; ++k) value = value << 8 | static_cast<unsigned char>(stream_.get());
-    return value;
-  }
-  void skip(uint64_t bytes) { stream_.ignore(static_cast<std::streamsize>((bytes + 3) / 4 * 4)); }
-  void name() { skip(number(4)); }
-  template <class Entry>
-  void list(const Entry& entry) {
-    number(4); // kind
-    for (uint64_t k = number(4), n = 0; n < k && stream_; ++n) entry();
-  }
-  void attributes() {
-    list([&] {
-      name();
-      constexpr std::array<uint64_t, 7> sizes{0, 1, 1, 2, 4, 4, 8}; // by type
-      const uint64_t type = number(4);
-      skip(number(4) * sizes[type < sizes.size() ? type : 0]);
-    });
-  }
-
-  std::ifstream stream_;
-  uint64_t end_ = 0;
-};
-
 // One file of a set.
 class PartReader {
 public:
@@ -122,7 +62,7 @@ public:
     float version = 0;
     id_ = ex_open(file_.c_str(), EX_READ | EX_ALL_INT64_API, &memoryWord, &fileWord, &version);
     if (id_ < 0) fail("cannot be read as a file of fields");
-    if (EndOfArrays(file_).value() > fs::file_size(file_)) fail("is damaged or cut off");
+    if (!isWholeNetcdf(file_)) fail("is damaged or cut off");
     ex_set_max_name_length(id_, static_cast<int>(std::max<int64_t>(count(EX_INQ_DB_MAX_USED_NAME_LENGTH), 1)));
     readHead();
   }

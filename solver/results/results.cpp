@@ -291,6 +291,7 @@ void ResultsFile::visit(Archive& archive) {
         (isByRank() && earlier > 0 ? "; it goes on with as many ranks" : "; it goes on with the same choice of files"));
   if (!file_) return;
   writer_ = std::make_unique<ExodusWriter>(file_->path(), *restored_, count_, lastTime_);
+  restored_.reset();
   if (isByRank()) checkNumbers();
 }
 

@@ -18,11 +18,10 @@ namespace sharedanalysis::solver {
 double sizeOfFields(const Mesh& mesh, const Case& definition, double times);
 
 // One file that the root writes, or as the case has chosen one of every rank, of its own bricks and their nodes.  Blocks are the
-// sections, node sets the groups of faces, edges and points; numbers are those of the mesh.  Node
-// variables are displacement, velocity and reaction (_x _y _z), element variables stress (_xx _yy _zz _xy _yz _xz),
-// strain_energy_density, mask and the derived fields, as many as the case has chosen, global variables the energies.
-// Everything is in double precision.  The files can be opened by a viewer after every write.  Every rank calls the members,
-// which throw WriteError.
+// sections, node sets the groups of faces, edges and points; numbers are those of the mesh.  Node variables are displacement,
+// velocity and reaction (_x _y _z), element variables stress (_xx _yy _zz _xy _yz _xz), strain_energy_density, mask and the
+// derived fields, as many as the case has chosen, global variables the energies.  Everything is in double precision.  The files
+// can be opened by a viewer after every write.  Every rank calls the members, which throw WriteError.
 class ResultsFile {
 public:
   // info: lines that go into the file as they are, cut to 80 characters.  Mesh and case outlive the file.

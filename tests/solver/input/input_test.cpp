@@ -626,7 +626,7 @@ TEST_F(Input, ExodusFilesThatCannotBeRead) {
     mesh.nodeNumbers[16] = number;
     solver::writeMesh("sound.exo", "box", mesh);
     const std::string whole = readFile("sound.exo");
-    for (std::size_t size = 4; size < whole.size(); size += whole.size() / 12) {
+    for (std::size_t size = whole.size() - 8; size > 4; size -= std::min(size, whole.size() / 12)) {
       const std::string text = answerToMesh(whole.substr(0, size));
       EXPECT_TRUE(text.starts_with("box.msh: ")) << size << ": " << text;
     }

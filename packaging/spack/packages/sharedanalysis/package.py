@@ -31,7 +31,7 @@ class Sharedanalysis(CMakePackage):
     depends_on("gmsh+shared", when="+solver")
     depends_on("seacas", when="+solver")
     depends_on("tomlplusplus", when="+solver")
-    depends_on("metis@5:", when="+solver")
+    depends_on("zoltan", when="+mpi")
     depends_on("cminpack", when="+solver")
 
     generator("ninja")
