@@ -2,6 +2,7 @@
 #include "communicator.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <limits>
 #include <list>
@@ -9,6 +10,7 @@
 #include <mpi.h>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 #include <zoltan_cpp.h>
@@ -133,6 +135,7 @@ public:
   }
 
   void abort(int32_t code) override { MPI_Abort(world_, code); }
+  void waitAtMost(double seconds) override { longestWait_ = seconds; }
 
 private:
   using Bytes = std::vector<char>; // the name, then the message
@@ -189,15 +192,35 @@ private:
     MPI_Message message = MPI_MESSAGE_NULL;
     MPI_Status status;
     int bytes = 0;
-    if (MPI_Mprobe(source, kMpiTag, world_, &message, &status) != MPI_SUCCESS ||
-        MPI_Get_count(&status, MPI_BYTE, &bytes) != MPI_SUCCESS)
-      return -1;
+    if (!findNext(source, message, status) || MPI_Get_count(&status, MPI_BYTE, &bytes) != MPI_SUCCESS) return -1;
     Bytes next = std::move(spare_);
     next.resize(static_cast<std::size_t>(bytes));
     if (MPI_Mrecv(next.data(), bytes, MPI_BYTE, &message, MPI_STATUS_IGNORE) != MPI_SUCCESS || bytes < kNameBytes)
       return -1;
     arrived_[static_cast<std::size_t>(status.MPI_SOURCE)].push_back(std::move(next));
     return status.MPI_SOURCE;
+  }
+
+  // Waits for it; false when it does not come in time.
+  bool findNext(int source, MPI_Message& message, MPI_Status& status) const {
+    if (longestWait_ <= 0) return MPI_Mprobe(source, kMpiTag, world_, &message, &status) == MPI_SUCCESS;
+    // most messages come soon: for that long nothing is lost by looking all the time
+    constexpr double kSoon = 0.01, kStopped = 1;
+    constexpr std::chrono::microseconds kNap{200};
+    double start = MPI_Wtime(), last = start;
+    for (;;) {
+      int isThere = 0;
+      if (MPI_Improbe(source, kMpiTag, world_, &isThere, &message, &status) != MPI_SUCCESS) return false;
+      if (isThere != 0) return true;
+      const double now = MPI_Wtime();
+      if (now - last > kStopped) start += now - last; // this process was stopped itself: that is nobody's fault
+      const double waited = (last = now) - start;
+      if (waited > longestWait_) return false;
+      if (waited > kSoon)
+        std::this_thread::sleep_for(kNap);
+      else
+        std::this_thread::yield();
+    }
   }
 
   void forgetSent() {
@@ -210,6 +233,7 @@ private:
 
   MPI_Comm world_ = MPI_COMM_NULL;
   bool owns_ = false;
+  double longestWait_ = 0; // seconds; 0 is forever
   int rank_ = 0, size_ = 1;
   std::list<Message> sent_;
   std::vector<std::list<Bytes>> arrived_; // of each rank, not yet asked for

@@ -35,6 +35,8 @@ public:
   virtual bool partition(const std::vector<double>& points, std::vector<int32_t>& ranks) = 0;
   // Ends the processes of all ranks at once, with an exit code.
   virtual void abort(int32_t code) = 0;
+  // A message that has not come after so many seconds does not come: nothing can be received.  0, as at the start, waits forever.
+  virtual void waitAtMost(double seconds) = 0;
 };
 
 // That of the process; null when it is alone.

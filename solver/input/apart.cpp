@@ -63,7 +63,7 @@ void limitTo(std::uintmax_t fileSize) {
                            const std::function<void(Sink&)>& work) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != parent) _exit(1); // it died meanwhile
-  for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, SIG_DFL);
+  for (const int signal : {SIGINT, SIGTERM, SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT}) std::signal(signal, SIG_DFL);
   limitTo(fileSize);
   Sink sink(descriptor);
   int code = kDone;

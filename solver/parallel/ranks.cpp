@@ -4,6 +4,8 @@
 #include "dmpC_CommContainer.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cmath>
 #include <deque>
 #include <map>
 
@@ -34,6 +36,7 @@ struct Mailbox {
   std::map<int32_t, std::deque<Message>> early; // messages of other exchanges that came before their time, by source
   int64_t exchanges = 0;
   Traffic sent;
+  double longestWait = 0; // seconds
 };
 Mailbox& mailbox() {
   static Mailbox instance;
@@ -52,9 +55,21 @@ void sendMessage(const void* data, int64_t bytes, int32_t destination) {
   mailbox().sent.bytes += bytes;
 }
 
+// Nothing has come from a rank, or from any.
+[[noreturn]] void lostWaiting(int32_t source, std::chrono::steady_clock::time_point since) {
+  const std::chrono::duration<double> waited = std::chrono::steady_clock::now() - since;
+  const double longest = mailbox().longestWait;
+  if (longest <= 0 || waited.count() < longest) lost(source, "nothing can be received");
+  const int32_t own = communicator().GetRank();
+  const std::string whom = source == own ? "any other rank" : "rank " + std::to_string(source);
+  throw RankLost("rank " + std::to_string(own) + " has waited " + std::to_string(std::llround(waited.count())) +
+                 " s for " + whom + ", which does not answer (--rank-timeout)");
+}
+
 int64_t receiveMessage(void* data, int64_t capacity, int32_t source) {
+  const auto start = std::chrono::steady_clock::now();
   const int64_t bytes = communicator().Receive(data, capacity, source, messageType, tag);
-  if (bytes < 0) lost(source, "nothing can be received");
+  if (bytes < 0) lostWaiting(source, start);
   return bytes;
 }
 
@@ -103,8 +118,9 @@ Message nextOf(int64_t exchange, int32_t& source) {
   for (auto& [from, messages] : mailbox().early)
     if (headingOf(messages.front()).exchange == exchange) return source = from, nextMessage(0, from);
   for (;;) {
+    const auto start = std::chrono::steady_clock::now();
     const host::Transport::Waiting waiting = host::transport()->waitForAny(messageType, tag);
-    if (waiting.source < 0) lost(source, "nothing can be received");
+    if (waiting.source < 0) lostWaiting(source, start);
     Message message = receiveWhole(waiting.bytes, source = waiting.source);
     const auto early = mailbox().early.find(source);
     if (headingOf(message).exchange == exchange && early == mailbox().early.end()) return message;
@@ -139,6 +155,11 @@ void takeSmaller(double& a, double b) {
 Ranks::Ranks() : rank_(communicator().GetRank()), size_(communicator().GetSize()) {}
 
 Traffic Ranks::traffic() { return mailbox().sent; }
+
+void Ranks::waitAtMost(double seconds) {
+  mailbox().longestWait = seconds;
+  if (host::transport() != nullptr) host::transport()->waitAtMost(seconds);
+}
 
 void Ranks::sendBytes(const void* data, int64_t bytes, int32_t destination) const {
   sendPieces(data, bytes, destination, 0);

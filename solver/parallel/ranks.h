@@ -133,6 +133,8 @@ public:
   void synchronise() const { allAgree(true); }
 
   static Traffic traffic();
+  // A rank that sends nothing for so many seconds while this one waits for it is lost; 0 waits forever.
+  static void waitAtMost(double seconds);
 
   // A rank that fails calls this once, and sends nothing afterwards.  `teller` is the rank from which the failure is known,
   // the own one where it began.  Returns what has failed first in the order of the ranks, the same on all of them.

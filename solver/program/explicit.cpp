@@ -57,6 +57,10 @@ int main(int argc, char** argv) {
                  "Go on from this restart file of an earlier run, without FILE from the one beside its results")
       ->expected(0, 1)
       ->type_name("[FILE]");
+  app.add_option("--rank-timeout", options.rankTimeout,
+                 "Seconds after which a rank that another one waits for is taken for lost, and all are ended")
+      ->check(CLI::PositiveNumber)
+      ->type_name("SECONDS");
   app.add_flag("--rank-files", options.rankFiles,
                "Message, log and status files of every rank, also of those that have nothing to say");
   app.add_flag("--check", options.checkOnly, "Read and check the input, write nothing");

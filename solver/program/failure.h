@@ -23,6 +23,9 @@ std::string withRank(int32_t rank, const std::string& text);
 // The exception that is being handled, as an exit code and a text.
 RankFailure describeException();
 
+// A signal by which the process crashes is told on standard error before it does so.
+void tellCrashes(const Ranks& ranks);
+
 // The failure that ends all ranks, for the exception that is being handled on this one.
 RankFailure failureOfAll(const Ranks& ranks);
 

@@ -342,6 +342,8 @@ private:
 
 ExitCode runJob(const JobOptions& options) {
   const Ranks ranks;
+  tellCrashes(ranks);
+  Ranks::waitAtMost(options.rankTimeout);
   // launchers forward the output of the ranks through a pseudo-terminal: no progress bar
   Terminal terminal(options.quiet || !ranks.isRoot(), ranks.areSeveral());
   // reported once, by the rank on which it occurred

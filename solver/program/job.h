@@ -14,6 +14,7 @@ struct JobOptions {
   int threads = 0; // of each rank; 0: OMP_NUM_THREADS, else the cores, of several ranks 1
   bool checkOnly = false, quiet = false;
   bool digest = false;                               // also write hashes of all fields
+  double rankTimeout = 0;                            // s that a rank waits for another one; 0: forever
   bool rankFiles = false;                            // message files of every rank, also of one with nothing to say
   std::optional<bool> filesByRank = {};              // instead of the choice of the case
   std::optional<std::filesystem::path> restart = {}; // file to go on from; empty: the one of the job

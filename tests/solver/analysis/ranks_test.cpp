@@ -420,6 +420,27 @@ TEST_F(RanksTest, ASignalToOneRankEndsAllOfThemInOrder) {
   }
 }
 
+// Whatever happens to one rank, all end, and somebody says which one it was.
+TEST_F(RanksTest, RanksThatCrashOrHangEndAll) {
+  writeIrregular();
+  writeFile("irregular.toml", replaced(readFile("irregular.toml"), "end_time = 0.004", "end_time = 50"));
+  const struct {
+    int signal, code;
+    std::string text;
+  } rows[] = {{SIGSEGV, 139, "error: rank 1 crashed: signal 11 (Segmentation fault)\n"},
+              {SIGSTOP, 2, "has waited 2 s for rank 1, which does not answer"},
+              {SIGKILL, 137, "process rank 1 with PID"}}; // of mpirun
+  for (const auto& row : rows) {
+    std::filesystem::remove_all("out");
+    auto ended = std::async(std::launch::async,
+                            [&] { return run(3, 1, "irregular.toml -q -o out --rank-timeout 2", row.code); });
+    EXPECT_TRUE(isUnderWay("out/irregular.sta"));
+    EXPECT_TRUE(signalRank(1, row.signal));
+    const Outcome outcome = ended.get();
+    EXPECT_TRUE(contains(outcome.err + outcome.out, row.text)) << outcome.err << outcome.out;
+  }
+}
+
 // At any increment: an analysis that restores the state of another goes on to the same state.
 TEST_F(RanksTest, StatesHoldAllThatAnAnalysisNeeds) {
   writeIrregular();
