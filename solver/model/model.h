@@ -151,7 +151,7 @@ struct Case {
   std::optional<host::LowPass> historyFilter;
   std::vector<GroupHistory> groupHistories;
   std::vector<std::string> fields{outputFields.begin(), outputFields.end()};
-  bool filesByRank = false;            // one file of fields of each rank
+  bool filesByRank = false;             // one file of fields of each rank
   double smallestIncrementRatio = 1e-3; // of the first stable increment; below it the analysis ends with an error
 };
 

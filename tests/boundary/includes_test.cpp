@@ -18,8 +18,8 @@ const std::vector<std::string> kFloors = {
     "glo/kernel", "glo/frame", "glo/tensors", "glo/vectors", "glo/movement", "glo/output", "acd", "spx/impl/elements",
     "spx/impl/materials", "spx/impl/user", "spx/impl/tables", "spx/impl/output", "spx/impl",
     // what stands beside it
-    "checked", "checked/replay", "host/tables", "host/reference", "host/mpi", "host/diagnostics", "solver/model", "solver/parallel",
-    "solver/input", "solver/analysis", "solver/results", "solver/program"};
+    "checked", "checked/replay", "host/tables", "host/reference", "host/mpi", "host/diagnostics", "solver/model",
+    "solver/parallel", "solver/input", "solver/analysis", "solver/results", "solver/program"};
 
 // What the targets of each top folder may see beside themselves.
 bool maySee(const std::string& from, const std::string& to) {
