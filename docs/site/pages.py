@@ -19,7 +19,7 @@ import textwrap
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PARTS = {"glo": "Shared services", "spx": "Explicit solver", "acd": "Diagnostics"}
 MANUAL = ["README", "docs/first-run", "docs/embedding", "docs/checking-and-replay", "docs/fortran", "docs/python", "docs/explicit-solver", "docs/material-driver", "docs/user-materials",
-          "docs/material-tables", "docs/output-filters", "docs/diagnostics-database", "docs/ranks-and-reproducibility", "docs/robustness",
+          "docs/material-tables", "docs/output-filters", "docs/diagnostics-database", "docs/ranks-and-reproducibility", "docs/scaling", "docs/robustness",
           "docs/vector-math", "docs/abi", "packaging/README", "bench/README", "CONTRIBUTING", "CHANGELOG", "docs/licence"]
 GENERIC = "tests/generic/checks.cpp"
 

@@ -3,6 +3,7 @@
 #include "acd.h"
 #include "dia_Codes.h"
 #include "diagnostic_codes.h"
+#include "solver/program/messages.h"
 #include "solver/program/problems.h"
 #include "spx.h"
 
@@ -35,7 +36,13 @@ void DiagnosticCourse::increment(const Progress& now, double timeIncrement) {
 
 void DiagnosticCourse::reportDistortion(const std::vector<int64_t>& bricks) {
   if (bricks.empty()) return;
-  const std::vector<int32_t> numbers(bricks.begin(), bricks.end());
+  std::vector<int32_t> numbers;
+  for (const int64_t brick : bricks)
+    if (const std::optional<int32_t> label = labelOf(brick)) numbers.push_back(*label);
+  if (numbers.size() < bricks.size())
+    message("Error", "%S distorted bricks have numbers above 2147483647, which diagnostics have no room for.",
+            {std::to_string(bricks.size() - numbers.size())});
+  if (numbers.empty()) return;
   const std::vector<double> flags(numbers.size(), 1.0);
   const int32_t count = static_cast<int32_t>(numbers.size());
   int32_t counter = 0;

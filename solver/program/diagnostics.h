@@ -5,6 +5,8 @@
 #include "solver/parallel/ranks.h"
 
 #include <cstdint>
+#include <limits>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +14,11 @@ namespace sharedanalysis::solver {
 
 // Of bricks that are recorded one by one, `most` of them by one rank alone: so many by each of several, at least eight.
 int64_t mostOfRank(int64_t most, const Ranks& ranks);
+
+// The number of a brick as diagnostics have it, in 32 bits; none for a larger one.
+inline std::optional<int32_t> labelOf(int64_t number) {
+  return number <= std::numeric_limits<int32_t>::max() ? std::optional(static_cast<int32_t>(number)) : std::nullopt;
+}
 
 // One for a job, on every rank.  The root records the course; problems of all ranks end in its database.
 class DiagnosticCourse {

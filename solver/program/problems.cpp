@@ -67,6 +67,12 @@ void record(int32_t code, std::initializer_list<double> reals, const int32_t* el
   acd_warning_xpl_c(code, 0, nullptr, reals.begin(), nullptr, nullptr, element);
 }
 
+// A number that diagnostics have no room for is left out.
+void record(int32_t code, std::initializer_list<double> reals, int64_t number) {
+  const std::optional<int32_t> label = labelOf(number);
+  record(code, reals, label ? &*label : nullptr);
+}
+
 std::string percent(double share) { return shortNumber(100 * share) + " %"; }
 
 } // namespace
@@ -80,8 +86,7 @@ void Problems::checkMesh(const Ranks& ranks) {
     if (std::abs(shape.angle - 90) <= 90 - kSmallestAngle && shape.aspect <= kLargestAspect) continue;
     const int64_t number = mesh_.elementNumbers[static_cast<size_t>(e)];
     found.add(mesh_.elementPosition(e), number);
-    const auto recorded = static_cast<int32_t>(number);
-    if (found.count <= most) record(codes::DistortedAtStart, {shape.angle, shape.aspect}, &recorded);
+    if (found.count <= most) record(codes::DistortedAtStart, {shape.angle, shape.aspect}, number);
   }
   found.join(ranks);
   if (!ranks.isRoot()) return;
@@ -98,8 +103,7 @@ void Problems::add(const BrickEvents& events) {
   for (const BrickEvent& event : events.first) {
     if (event.kind != EventKind::Failed || failuresRecorded_ == kMostRecorded) continue;
     ++failuresRecorded_;
-    const auto number = static_cast<int32_t>(event.number);
-    record(codes::ElementDeleted, {}, &number);
+    record(codes::ElementDeleted, {}, event.number);
   }
 }
 
