@@ -22,11 +22,19 @@ struct BrickNow {
   double strainEnergy() const { return block.volume(place) * density; }
 };
 
+// body(d) for each domain, by the thread that has it.
+template <class Body>
+void eachDomain(const std::vector<DomainState>& domains, Team& team, Body body) {
+  team.run([&](int thread) {
+    for (std::size_t d = static_cast<std::size_t>(thread); d < domains.size(); d += team.size()) body(d);
+  });
+}
+
 // take(domain, brick) for each of them, by the threads that have the domains; `domain` counts from 0.
 template <class Take>
 void eachBrick(const Layout& layout, const std::vector<double>& x, std::vector<DomainState>& domains, Team& team,
                Take take) {
-  const auto ofDomain = [&](std::size_t d) {
+  eachDomain(domains, team, [&](std::size_t d) {
     DomainState& state = domains[d];
     double density[kBlockLength], hourglass[kBlockLength], damage[kBlockLength];
     for (Block& block : state.blocks) {
@@ -35,9 +43,6 @@ void eachBrick(const Layout& layout, const std::vector<double>& x, std::vector<D
         if (state.speaksFor(layout, block.bricks()[e]))
           take(d, BrickNow{block, e, static_cast<std::size_t>(block.bricks()[e]), density[e], hourglass[e], damage[e]});
     }
-  };
-  team.run([&](int thread) {
-    for (std::size_t d = static_cast<std::size_t>(thread); d < domains.size(); d += team.size()) ofDomain(d);
   });
 }
 
@@ -94,9 +99,12 @@ public:
         sums_(kGroups + groupColumns()) {}
 
   void add(std::vector<DomainState>& domains, Team& team) {
-    addNodes();
+    std::vector<Parts> ofDomains(domains.size());
+    eachDomain(domains, team, [&](std::size_t d) { addNodes(domains[d].domain, ofDomains[d]); });
+    addBricks(domains, team, ofDomains);
+    for (const Parts& parts : ofDomains)
+      for (std::size_t k = 0; k < parts.size(); ++k) sums_[k].add(parts[k]);
     addReactions();
-    addBricks(domains, team);
     std::size_t column = kGroups;
     for (const GroupHistory& history : layout_.definition.groupHistories) addGroup(history, column);
   }
@@ -131,17 +139,19 @@ private:
     return count;
   }
 
-  void addNodes() {
+  using Parts = std::array<ExactSum, kGroups>; // of one domain
+
+  void addNodes(const Domain& domain, Parts& sums) const {
     const std::array<double, 3>& gravity = layout_.definition.gravity;
-    for (std::size_t i = 0; i < static_cast<std::size_t>(layout_.numbering.owned); ++i) {
+    for (auto i = static_cast<std::size_t>(domain.firstNode); i < static_cast<std::size_t>(domain.endNode); ++i) {
       const double *x = &nodes_.x[3 * i], *X = layout_.referenceOf(static_cast<int64_t>(i)),
                    *w = &collected_.velocity[3 * i], m = nodes_.mass[i];
-      sums_[kKinetic].add(0.5 * m * (w[0] * w[0] + w[1] * w[1] + w[2] * w[2]));
+      sums[kKinetic].add(0.5 * m * (w[0] * w[0] + w[1] * w[1] + w[2] * w[2]));
       for (std::size_t c = 0; c < 3; ++c) {
         const std::size_t c1 = (c + 1) % 3, c2 = (c + 2) % 3;
-        if (gravity[c] != 0) sums_[kExternal].add(m * gravity[c] * (x[c] - X[c]));
-        sums_[kLinear + c].add(m * w[c]);
-        sums_[kAngular + c].add(m * (x[c1] * w[c2] - x[c2] * w[c1]));
+        if (gravity[c] != 0) sums[kExternal].add(m * gravity[c] * (x[c] - X[c]));
+        sums[kLinear + c].add(m * w[c]);
+        sums[kAngular + c].add(m * (x[c1] * w[c2] - x[c2] * w[c1]));
       }
     }
   }
@@ -153,7 +163,7 @@ private:
     }
   }
   // Energies of single bricks are kept where a history of a group asks for them.
-  void addBricks(std::vector<DomainState>& domains, Team& team) {
+  void addBricks(std::vector<DomainState>& domains, Team& team, std::vector<Parts>& ofDomains) {
     const bool keeps = std::any_of(
         layout_.definition.groupHistories.begin(), layout_.definition.groupHistories.end(),
         [](const GroupHistory& history) {
@@ -161,15 +171,12 @@ private:
                              [](const GroupQuantity* quantity) { return quantity->kind == GroupQuantityKind::Energy; });
         });
     if (keeps) bricks_.resize(static_cast<std::size_t>(layout_.bricks())); // zeros where another domain speaks
-    std::vector<std::array<ExactSum, 4>> ofDomains(domains.size());
     eachBrick(layout_, nodes_.x, domains, team, [&](std::size_t domain, const BrickNow& now) {
       const BrickEnergies all{now.strainEnergy(), now.hourglass, now.block.viscousEnergy(now.place), now.damage,
                               now.block.mask(now.place)};
-      for (std::size_t k = 0; k < ofDomains[domain].size(); ++k) ofDomains[domain][k].add(all[k]);
+      for (std::size_t k = 0; k < 4; ++k) ofDomains[domain][kStrain + k].add(all[k]);
       if (keeps) bricks_[now.brick] = all;
     });
-    for (const auto& sums : ofDomains)
-      for (std::size_t k = 0; k < sums.size(); ++k) sums_[kStrain + k].add(sums[k]);
   }
   // Over its nodes or bricks: means of motion, sums of the rest.
   void addGroup(const GroupHistory& history, std::size_t& column) {

@@ -26,8 +26,9 @@ std::pair<std::array<double, 3>, std::array<double, 3>> boundsOf(const Mesh& mes
 
 Numbering numberModel(const Mesh& mesh) {
   const int32_t bricks = mesh.elements(), nodes = mesh.nodes();
-  const auto [low, high] = boundsOf(mesh);
-  std::array<int, 3> axes = {0, 1, 2}; // longest first
+  const std::pair bounds = boundsOf(mesh);
+  const std::array<double, 3>&low = bounds.first, &high = bounds.second; // clang 14 captures no bindings
+  std::array<int, 3> axes = {0, 1, 2};                                   // longest first
   std::stable_sort(axes.begin(), axes.end(), [&](int a, int b) { return high[a] - low[a] > high[b] - low[b]; });
 
   // coordinates that differ by rounding alone are no order: they are compared on a grid much finer than any brick

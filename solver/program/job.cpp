@@ -137,7 +137,8 @@ private:
     constexpr double kMega = 1e6, kUnitOfMemory = 1024; // bytes
     terminal_.line("about " + shortNumber(increments) + " increments if the first one stays as it is, " + time +
                    (time.size() > 5 ? " h, " : " min, ") +
-                   shortNumber(static_cast<double>(used.ru_maxrss) * kUnitOfMemory / kMega) + " MB of memory, " +
+                   shortNumber(static_cast<double>(used.ru_maxrss) * kUnitOfMemory / kMega) + " MB of memory" +
+                   (ranks_.areSeveral() ? " for the first rank, " : ", ") +
                    shortNumber(sizeOfFields(mesh_, definition_, times) / kMega) + " MB of fields");
   }
 

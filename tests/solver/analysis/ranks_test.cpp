@@ -10,11 +10,13 @@
 #include "tests/support/program.h"
 
 #include <chrono>
+#include <cmath>
 #include <csignal>
 #include <cstring>
 #include <future>
 #include <sys/resource.h>
 #include <thread>
+#include <tuple>
 
 namespace {
 
@@ -282,13 +284,13 @@ TEST_F(RanksTest, InputsOfOneModelHaveOneDigest) {
   writeFile("one.msh", meshText(mesh));
   EXPECT_EQ(shell(SA_CONVERT_PROGRAM " one.msh one.exo").out, "one.exo: 200 nodes, 108 bricks\n");
   writeIrregular();
-  for (const auto& [input, value] : {std::pair{"gmsh", "\"one.msh\""},
-                                     {"exodus", "\"one.exo\""},
-                                     {"box", "{box = {bricks = [4, 3, 9], size = [0.4, 0.3, 0.9]}}"}}) {
+  for (const auto& [input, value, ranks] : {std::tuple{"gmsh", "\"one.msh\"", 16},
+                                            {"exodus", "\"one.exo\"", 7},
+                                            {"box", "{box = {bricks = [4, 3, 9], size = [0.4, 0.3, 0.9]}}", 3}}) {
     writeFile("model.toml", replaced(readFile("irregular.toml"), "\"irregular.msh\"", value) +
                                 "\n[[pressure]]\ngroup = \"x1\"\nvalue = 1e5\n");
     if (input == std::string("gmsh")) run(1, 1, "model.toml --digest -q -o one");
-    run(3, 1, std::string("model.toml --digest -q -o ") + input);
+    run(ranks, 1, std::string("model.toml --digest -q -o ") + input);
     compare("one", input);
   }
   // what one rank finds in its share all ranks answer
@@ -296,6 +298,35 @@ TEST_F(RanksTest, InputsOfOneModelHaveOneDigest) {
   solver::writeMesh("one.exo", "one", mesh);
   writeFile("model.toml", replaced(readFile("irregular.toml"), "irregular.msh", "one.exo"));
   expectError(run(3, 1, "model.toml", 1), 1, "one.exo: a coordinate of node 200 is not a finite number");
+}
+
+// A rank takes and sends what its own part asks for: as much when there are four times as many ranks and bricks.
+TEST_F(RanksTest, ARankHoldsNothingOfTheOtherParts) {
+  writeIrregular();
+  struct Taken {
+    double megabytes = 0, messages = 0, kilobytes = 0;
+  };
+  const auto taken = [](int ranks, const std::string& bricks) {
+    std::string text = replaced(readFile("irregular.toml"), "\"irregular.msh\"",
+                                "{box = {bricks = " + bricks + ", size = [1.0, 1.0, 1.0]}}");
+    writeFile("box.toml", replaced(replaced(text, "end_time = 0.004", "end_time = 0.0002"), "0.001\n", "0.0001\n"));
+    const std::string out = run(ranks, 1, "box.toml -o out").out;
+    Taken most;
+    const std::size_t at = std::min(out.find("a rank takes "), out.size());
+    EXPECT_EQ(std::sscanf(out.c_str() + at, "a rank takes %lf MB of memory and sends %lf messages of %lf kB",
+                          &most.megabytes, &most.messages, &most.kilobytes),
+              3)
+        << out;
+    return most;
+  };
+  const Taken small = taken(8, "[24, 24, 24]"), two = taken(2, "[24, 24, 48]"), eight = taken(8, "[48, 48, 48]");
+  EXPECT_NEAR(eight.megabytes, two.megabytes, 8);
+  EXPECT_LT(eight.megabytes - small.megabytes, 1.3e-3 * (24 * 24 * 24 - 12 * 12 * 12)); // 1.3 kB a brick
+  // neighbours, and the stages of one reduction; 48 bytes for each node of one layer beyond the sides that have neighbours
+  EXPECT_LE(two.messages, 1 + 1);
+  EXPECT_LE(eight.messages, 7 + 3);
+  EXPECT_NEAR(two.kilobytes, 0.048 * 25 * 25, 1);
+  EXPECT_NEAR(eight.kilobytes, 0.048 * (std::pow(25.5, 3) - std::pow(24.5, 3)), 5);
 }
 
 TEST_F(RanksTest, MoreRanksThanTheModelNeeds) {
