@@ -5,7 +5,9 @@
 namespace sharedanalysis::solver {
 
 Team::Team(int threads) {
-  constexpr int kLooks = 2000; // some tens of microseconds, about what waking a thread takes
+  // Some hundreds of microseconds: the others are rarely later, and those that are have lost their core to another program, to which
+  // looking on would cost as much again.
+  constexpr int kLooks = 20000;
   if (threads <= static_cast<int>(std::thread::hardware_concurrency())) patience_ = kLooks;
   others_.reserve(static_cast<size_t>(threads > 1 ? threads - 1 : 0));
   for (int k = 1; k < threads; ++k) {
