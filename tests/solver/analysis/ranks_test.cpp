@@ -527,7 +527,7 @@ TEST_F(RanksTest, RestartedRunsAreTheUninterruptedOne) {
     EXPECT_TRUE(isUnderWay("out/" + job + ".sta"));
     EXPECT_TRUE(signalRank(1, SIGTERM));
     EXPECT_TRUE(contains(ended.get().err, "--restart goes on from " + file));
-    run(2, 2, begin + " --restart");
+    run(7, 1, begin + " --restart");
     EXPECT_TRUE(compare("whole/" + job + ".digest", "out").out.starts_with("the same: 21 outputs"));
     EXPECT_EQ(readFile("whole/" + job + ".csv"), readFile(csv));
     const std::string events = readFile("out/" + job + ".events.csv"), told = readFile("out/" + job + ".sta");
