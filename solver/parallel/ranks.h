@@ -6,7 +6,6 @@
 // all ranks take part cannot be told that one of them will not.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <functional>
@@ -120,13 +119,6 @@ public:
     all.resize(static_cast<std::size_t>(count[0]));
     broadcast(all);
     return all;
-  }
-  // values[first[r] .. first[r + 1]) of every rank r to the root, which has the whole vector afterwards.
-  void gatherRanges(std::vector<double>& values, const std::vector<int64_t>& first) const {
-    const auto begin = values.begin() + first[static_cast<std::size_t>(rank_)];
-    const std::vector<double> own(begin, values.begin() + first[static_cast<std::size_t>(rank_) + 1]);
-    const std::vector<double> all = gathered(own);
-    if (isRoot()) std::copy(all.begin(), all.end(), values.begin());
   }
   bool allAgree(bool own) const;
   // Barrier.
