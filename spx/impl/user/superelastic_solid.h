@@ -105,9 +105,8 @@ SA_INLINE void solveAcross(const Law& model, int count, Points<Storage>& points,
     best[k] = points.across[k];
     runs[k] = active[k];
   });
-  double running = 0.0;
-  for (int k = 0; k < count; ++k) running += runs[k];
-  for (int step = 0; step < kAcrossSteps && running > 0.0; ++step) {
+  bool isRunning = isAnySet(count, runs);
+  for (int step = 0; step < kAcrossSteps && isRunning; ++step) {
     forPoints(count, [=, &points, &low, &high, &last, &best, &runs](int k) SA_POINT {
       const double x = points.across[k], lowOld = low[k], highOld = high[k], lastOld = last[k], bestOld = best[k],
                    ran = runs[k];
@@ -136,8 +135,7 @@ SA_INLINE void solveAcross(const Law& model, int count, Points<Storage>& points,
       best[k] = vm::select(ran > 0.0, bestNow, bestOld);
       runs[k] = vm::select(goes, 1.0, 0.0);
     });
-    running = 0.0;
-    for (int k = 0; k < count; ++k) running += runs[k];
+    isRunning = isAnySet(count, runs);
   }
   forPoints(count, [=, &points, &best](int k) SA_POINT { points.across[k] = best[k]; });
 }
@@ -198,8 +196,8 @@ SA_INLINE void searchTurn(const Law& model, int count, Points<Storage>& points, 
     guess[k] = turn[k];
     settle(k, 1.0);
   });
-  double running = 1.0;
-  for (int step = 0; step < kTurnSteps && running > 0.0; ++step) {
+  bool isRunning = true;
+  for (int step = 0; step < kTurnSteps && isRunning; ++step) {
     const double bisects = step % 4 == 3 ? 1.0 : 0.0,
                  isFirst = step == 0 ? 1.0 : 0.0; // the first is the end of the way
     if constexpr (kPlaneStress) solveAcross(m, count, points, runs);
@@ -225,8 +223,7 @@ SA_INLINE void searchTurn(const Law& model, int count, Points<Storage>& points, 
       runs[k] = vm::select(goes, 1.0, 0.0);
       settle(k, vm::select(turns, vm::select(goes, next, t), 0.0));
     });
-    running = 0.0;
-    for (int k = 0; k < count; ++k) running += runs[k];
+    isRunning = isAnySet(count, runs);
   }
   forPoints(count, [=, &points](int k) SA_POINT { turn[k] = points.part[k]; });
 }
