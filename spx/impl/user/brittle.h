@@ -51,9 +51,7 @@ struct VolumeEnergy {
 SA_INLINE VolumeEnergy volumeEnergy(double mu, double L, double w) {
   return {L - w, (mu - 2.0 * L) + w, mu * (0.5 * mu - 2.0) + (3.0 * L - w)};
 }
-SA_INLINE VolumeEnergy volumeEnergy(double mu) {
-  return volumeEnergy(mu, vm::logPositive(1.0 + mu), mu / (1.0 + mu));
-}
+SA_INLINE VolumeEnergy volumeEnergy(double mu) { return volumeEnergy(mu, vm::logPositive(1.0 + mu), mu / (1.0 + mu)); }
 inline double strainOrNone(double property) { return property > 0.0 ? property : vm::kInfinity; }
 
 // The x > 0 at which an increasing function that is 0 at 0 has this value: false position that halves the weight of an end
@@ -165,8 +163,8 @@ struct BrittleScratch {
   double damageBefore[kScratchPoints], before[kScratchPoints], q[kScratchPoints], plasticStrain[kScratchPoints],
       damage[kScratchPoints], growth[kScratchPoints], open[kScratchPoints]; // one of the three above
   double low[kScratchPoints], high[kScratchPoints];                         // bounds of the growth of damage
-  double zero[kScratchPoints],
-      from[kScratchPoints]; // where the model transforms: mu without pressure, and at the limit
+  // where the model transforms: mu without pressure and at the limit, and what comes back on the way there
+  double zero[kScratchPoints], from[kScratchPoints], recoverable[kScratchPoints];
 };
 
 template <class Model>
@@ -186,6 +184,12 @@ SA_INLINE double armAt(const Model& m, const BrittleScratch& w, int k) {
     return m.K1 * w.mu[k] + w.history[k];
 }
 
+SA_INLINE void storePressure(BrittleScratch& w, int k, const Pressure& p) {
+  w.pressure[k] = p.p;
+  w.history[k] = p.history;
+  w.compaction[k] = p.compaction;
+}
+
 // Pressure, trial stress and rate.
 template <class Storage, class Model>
 SA_INLINE void findTrial(const Block& b, const Model& model, int start, int length, BrittleScratch& w) {
@@ -201,11 +205,10 @@ SA_INLINE void findTrial(const Block& b, const Model& model, int start, int leng
     w.rate[k] = vm::sqrt(2.0 / 3.0 * product(e, e)) * perTime;
     // an element that is turned inside out is for others to report: here it counts as compressed to a millionth
     w.mu[k] = 1.0 / vm::max(1e-6, volumeRatio<Storage>(defgrad, N, i)) - 1.0;
-    const Pressure p = pressureAt(m, w.mu[k], stateOld, N, i);
-    w.pressure[k] = p.p;
-    w.history[k] = p.history;
-    w.compaction[k] = p.compaction;
+    if constexpr (!Model::kTransforms) storePressure(w, k, pressureAt(m, w.mu[k], stateOld, N, i));
   });
+  if constexpr (Model::kTransforms) // two curves: a pass of their own
+    forPoints(length, [=, &w](int k) SA_POINT { storePressure(w, k, pressureAt(m, w.mu[k], stateOld, N, start + k)); });
 }
 
 // The surfaces at the pressure without what the increment does to it.
@@ -395,7 +398,7 @@ SA_INLINE void settleBroken(const Model& model, int length, BrittleScratch& w) {
 
 // Where release from the largest compression has a pressure, that which `constant` takes to zero.  The straight lines of both
 // curves lead near it, and Newton's steps to it, between bounds; every fourth halves them, which few points live to see.  What can
-// come back is smallest there, so that a place good to 1e-9 and one step more leave no trace in it.
+// come back is smallest there, so that a place good to 1e-7 and one step more leave no trace in it.
 template <class Model>
 SA_INLINE void findOnWay(const Model& model, int length, const Lane& largest, const Lane& mu, const Lane& constant,
                          double* root) {
@@ -420,7 +423,7 @@ SA_INLINE void findOnWay(const Model& model, int length, const Lane& largest, co
       const double value = m.mix(x, f) + (m.offset(largest[k], f) + constant[k]);
       const double lower = vm::select(value < 0.0, x, lowOld), upper = vm::select(value > 0.0, x, highOld);
       const double next = x - value / m.mixSlope(x, f), middle = 0.5 * (lower + upper);
-      const bool ran = runs[k] > 0.0, isNear = vm::abs(value) <= 1e-9 * m.K1,
+      const bool ran = runs[k] > 0.0, isNear = vm::abs(value) <= 1e-7 * m.K1,
                  isInside = (next >= lower) & (next <= upper);
       const double far = vm::select(halves, middle, vm::select(isInside, next, middle)),
                    near = vm::select(isInside, next, x);
@@ -456,6 +459,16 @@ SA_INLINE void findWayBack(const Model& model, int length, BrittleScratch& w) {
   }
   findOnWay(m, count, top, mu, here, from);
   for (int j = 0; j < count; ++j) w.from[place[j]] = vm::max(mu[j], from[j]);
+}
+
+// What the pressure gives back on that way.
+template <class Model>
+SA_INLINE void findRecoverable(const Model& model, int length, BrittleScratch& w) {
+  const Model m = model;
+  forPoints(length, [m, &w](int k) SA_POINT {
+    w.recoverable[k] = m.recoverable(w.mu[k], w.compaction[k], w.history[k] + w.growth[k], w.zero[k], w.from[k],
+                                     tensionLimit(m, w.damage[k]));
+  });
 }
 
 // Stress, state variables and energies at the end.
@@ -500,7 +513,7 @@ SA_INLINE void storeEnd(const Block& b, const Model& model, int start, int lengt
     const double left = keep * trial, volume = 1.0 + w.mu[k];
     double backwards = 0.0, transformed = 0.0;
     if constexpr (Model::kTransforms) {
-      backwards = m.recoverable(w.mu[k], w.compaction[k], h, w.zero[k], w.from[k], limit);
+      backwards = w.recoverable[k];
       transformed = m.fraction(w.compaction[k]) - m.fraction(crushedOld);
     } else {
       backwards = m.recoverable(w.mu[k], h, limit);
@@ -529,7 +542,10 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
            ++round) {
       }
     settleBroken(model, length, w);
-    if constexpr (Model::kTransforms) findWayBack(model, length, w);
+    if constexpr (Model::kTransforms) {
+      findWayBack(model, length, w);
+      findRecoverable(model, length, w);
+    }
     storeEnd<Storage>(b, model, start, length, w);
   });
   keepStates(b, Model::kStates);
