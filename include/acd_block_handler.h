@@ -47,7 +47,8 @@ public:
   // terminator.  Lengths are checked: what does not fit into what was received is an internal error and ends the source.
   const char* NextRecord(int32_t source, int32_t tag);
 
-  // Unpacks a record into arrays that are long enough for its code.  Strings are copied into buffers made with new char[],
+  // Unpacks a record, given as NextRecord gives it: the payload, with the word of its length before it, which is read.  The
+  // arrays are long enough for its code.  Strings are copied into buffers made with new char[],
   // which the caller deletes.  False, with nothing stored but code and class, when the record does not hold what its code
   // asks for.
   static bool ExtractDiagnostic(const char* record, int32_t& code, int32_t* ints, double* reals, char** strings,

@@ -107,8 +107,8 @@ SA_KERNEL(GLO_UTI_INSSORTR, (int32_t * list, const double* keys, const int32_t* 
 SA_KERNEL(GLO_UTI_CHKSORTI, (int32_t * flag, const int32_t* list, const int32_t* n)) {
   int32_t falls = 0;
 #pragma omp simd reduction(| : falls)
-  for (int k = 0; k < *n - 1; ++k)
-    falls |= static_cast<int32_t>(static_cast<uint32_t>(list[k + 1]) - static_cast<uint32_t>(list[k]));
+  for (int k = 1; k < *n; ++k)
+    falls |= static_cast<int32_t>(static_cast<uint32_t>(list[k]) - static_cast<uint32_t>(list[k - 1]));
   if (falls < 0) *flag = 1;
 }
 

@@ -179,7 +179,8 @@ void SPX_OPE_C3DSYMGRAD(const int32_t* nblock, const double* G, double* sym, dou
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Gradient from the initial state, F := F U0^-1, for elements whose reference is already stretched by U0.  A stretch whose
- *  determinant is not above the smallest normal double, such as zeros where none was stored, leaves F as it is.
+ *  determinant is not above the smallest normal double, such as zeros where none was stored, or is above the largest leaves F as
+ *  it is.
  *  @param[in]     nblock    (1), block: elements
  *  @param[in]     stretch0  (nblock, 6), stretch: initial stretch U0, S33
  *  @param[in,out] F         (nblock, 9), -: deformation gradient

@@ -22,7 +22,9 @@ extern "C" {
  * A term with alpha^2/4 below 2.2e-308 vanishes; above that a small alpha nears the limit mu (sum of ln^2 l + beta ln^2 J).
  * beta = 0 gives the limit -alpha ln J.  The rounding of the bracket leaves an error of about 1e-15 mu/alpha^2 in the energy of
  * a term with |alpha| of 1/64 and more, which counts at small strains; smaller exponents have a form without it.
- * A point whose product of stretches is below 2.2e-308 sets its flag; a flagged point has J = 1 and keeps its stretches.
+ * A point whose product of stretches is below 2.2e-308 sets its flag; a flagged point has J = 1 and keeps its stretches.  Its
+ * derivatives are those of the unguarded energy, taken there: they count that J goes with the stretches, which its energy does
+ * not.
  * Stresses in three dimensions: principal stretches and directions by GLO_UTI_EIG33V, the derivatives here, then
  * SPX_MAT_HYPERELAS3D.  PSEXP and UNIEXP find the free stretch themselves, by Newton's method in its logarithm from the one
  * that is given (from the one that keeps the volume when that is not positive), each point to its own convergence; what has not

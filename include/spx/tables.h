@@ -240,7 +240,7 @@ void SPX_GET_USERNFORCID(int32_t* id);
 
 /** Conductivity matrix of a material without dependences, in a plane, the same at all points.
  *  @param[in]  nblock     (1), block: points
- *  @param[in]  ncons      (1), code 1|2|3: 1 isotropic; 2 orthotropic: 11 22; 3 anisotropic: 11 22 12
+ *  @param[in]  ncons      (1), code 1|2|3: 1 isotropic; 2 orthotropic: 11 22; 3 anisotropic: 11 22 12; any other leaves K as it is
  *  @param[in]  constants  (3), W/(m K): as many constants as ncons says
  *  @param[out] K          (nblock, 2, 2), W/(m K): symmetric matrix
  */
@@ -248,7 +248,8 @@ void SPX_GET_CONSTCONDUCTIVITY2D(const int32_t* nblock, const int32_t* ncons, co
 
 /** Conductivity matrix of a material without dependences, in space.
  *  @like SPX_GET_CONSTCONDUCTIVITY2D
- *  @param[in]  ncons      (1), code 1|3|6: 1 isotropic; 3 orthotropic: 11 22 33; 6 anisotropic: 11 22 33 12 23 13
+ *  @param[in]  ncons      (1), code 1|3|6: 1 isotropic; 3 orthotropic: 11 22 33; 6 anisotropic: 11 22 33 12 23 13; any other
+ *                         leaves K as it is
  *  @param[in]  constants  (6), W/(m K): as many constants as ncons says
  *  @param[out] K          (nblock, 3, 3), W/(m K): symmetric matrix
  */

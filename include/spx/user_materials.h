@@ -57,7 +57,7 @@ extern "C" {
  * variables, number of properties, values of properties (superelastic material: name, element support, number of properties,
  * number of state variables, values; honeycomb: properties before state variables).  The first that fails is written as an "Error" and ends the analysis by
  * GLO_UTI_EXIT with code 20.  A block is returned untouched then, in case the host goes on.  Property values that must be
- * positive are marked + below.  docs/user-materials.md lists every check, and says which test determines which property.
+ * positive are marked + below.  No property that a model reads may be infinite or no number.  docs/user-materials.md lists every check, and says which test determines which property.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** The material of this name, for one block.  The first key of the table above, in the order of its first column and then
@@ -124,6 +124,10 @@ void SPX_USR_BUILTINVUMAT(const int32_t* callInfo, const int32_t* nblock, const 
  *  mixed linearly with xi.  Only in one dimension the turn is that at zero strain: heating that just balances loading, with
  *  unlike moduli, may turn F elsewhere.  Plane stress finds the thickness strain for which the stress across vanishes; the host's own
  *  value of it is not read.
+ *  Where it is so cold that finish MA is negative, martensite is left at zero strain, and the stress there, which turns with the
+ *  strain, jumps: a strain that comes to rest at zero, to round-off, keeps the direction from which it came, and in solids
+ *  and one dimension the rest of the path is that of small increments.  In plane stress several thickness strains may then leave no
+ *  stress across; which of them is found depends on the increments, by up to the size of that jump.
  *  Start AM above finish AM, finish MA above start MA or start AM, start MA above finish AM, and e_V of 1.5 eps_L or more are
  *  refused, at T0; an unlike C may cross them at other temperatures.
  *    properties, exactly 14: 1 E+ and 2 nu (-1 to 0.5) of austenite, 3 E+ and 4 nu of martensite, 5 eps_L+, then the

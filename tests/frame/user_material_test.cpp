@@ -97,20 +97,21 @@ TEST(UserMaterialDispatch, EachKeyAndAnySuffixReachesItsImplementation) {
     const char* key;
     int nshr;
     std::vector<double> props;
+    const char* unread = ""; // the rate of a curve that has no other beside it; what only the other plastic has
   } cases[] = {{"TVK_VISCOUS_FOAM", 3, kViscous},
-               {"TVK_RATE_SENSITIVE_FOAM", 3, kSensitive},
-               {"TVK_FU_CHANG_ISO_FOAM", 1, kFuChang},
-               {"TVK_FU_CHANG_ANISO_FOAM", 3, kBlock},
+               {"TVK_RATE_SENSITIVE_FOAM", 3, kSensitive, " 8 "},
+               {"TVK_FU_CHANG_ISO_FOAM", 1, kFuChang, " 7 "},
+               {"TVK_FU_CHANG_ANISO_FOAM", 3, kBlock, " 12 18 "},
                {"TVK_HONEYCOMB", 3, kCells},
                {"TVK_SUPER_ELASTIC_N3D", 3, kAlloy},
                {"TVK_SUPER_ELASTIC_N2D", 1, kAlloy},
                {"TVK_SUPER_ELASTIC_N2D_EXPORT", 1, kAlloy},
                {"TVK_THERMOPLASTIC", 3, plastic()},
-               {"TVK_MOLDED_PLASTIC", 1, plastic()},
+               {"TVK_MOLDED_PLASTIC", 1, plastic(), " 15 16 "},
                {"TVK_FABRIC", 1, woven()},
                {"TVK_PLY_FABRIC", 1, kPly},
                {"TVK_JH2", 3, kGlass},
-               {"TVK_JHB", 3, kBeissel},
+               {"TVK_JHB", 3, kBeissel, " 20 "}, // without a change of phase
                {"TVK_HJC_CONCRETE", 3, kConcrete}};
   for (const auto& c : cases)
     for (const char* suffix : {"", "_1", "X Y"}) {
@@ -121,6 +122,16 @@ TEST(UserMaterialDispatch, EachKeyAndAnySuffixReachesItsImplementation) {
       call.run();
       EXPECT_TRUE(call.untouched);
     }
+  // nothing that is read may be infinite or no number
+  for (const auto& c : cases)
+    for (std::size_t k = 0; k < c.props.size(); ++k)
+      for (const double bad : {kNaN, kInf, -kInf}) {
+        Call call{c.key, 3, c.nshr, 100, c.props};
+        call.props[k] = bad;
+        const std::string_view unread = c.unread; // by number, between blanks
+        const bool isUnread = unread.find(" " + std::to_string(k + 1) + " ") != unread.npos;
+        EXPECT_NE(call.run() == "", !isUnread) << call.name << k + 1 << " is " << bad;
+      }
 }
 
 TEST(UserMaterialDispatch, UnknownNamesEndTheAnalysis) {

@@ -1,6 +1,7 @@
 #include "checks.h"
 
 #include <algorithm>
+#include <limits>
 #include <mutex>
 #include <thread>
 
@@ -136,6 +137,7 @@ Findings checkWrites(GuardedMemory& memory, const Kernel& kernel) {
 }
 
 Findings checkEmpty(GuardedMemory& memory, const Kernel& kernel) {
+  constexpr int kEmpty[] = {0, -1, std::numeric_limits<int>::min()}; // one less than the last is a large number
   Findings findings;
   const auto expectNothing = [&](const KernelCase& before, const std::string& what) {
     KernelCase after = before;
@@ -145,18 +147,21 @@ Findings checkEmpty(GuardedMemory& memory, const Kernel& kernel) {
     if (after.result != 0) findings.insert(what + " has a result");
   };
   for (int v = 0; v < variantCount(*kernel.info); ++v) {
-    for (int n : {0, -1}) {
+    for (int n : kEmpty) {
       KernelCase data = makeCase(*kernel.info, 5, v);
       data.setPoints(n);
       expectNothing(data, "length " + std::to_string(n));
     }
     if (!kernel.info->hasRole("list") && !kernel.info->hasRole("set")) continue;
-    KernelCase data = makeCase(*kernel.info, 5, v);
+    const KernelCase given = makeCase(*kernel.info, 5, v);
     const auto isList = [](const Array& array) { return array.info->is("list") || array.info->is("set"); };
-    const std::string length = std::find_if(data.arrays.begin(), data.arrays.end(), isList)->info->shape[0];
-    for (Array& array : data.arrays)
-      if (length == array.info->name) array.setInteger(0, 0);
-    expectNothing(data, "an empty list");
+    const std::string length = std::find_if(given.arrays.begin(), given.arrays.end(), isList)->info->shape[0];
+    for (int n : kEmpty) {
+      KernelCase data = given;
+      for (Array& array : data.arrays)
+        if (length == array.info->name) array.setInteger(0, n);
+      expectNothing(data, "a list of length " + std::to_string(n));
+    }
   }
   return findings;
 }

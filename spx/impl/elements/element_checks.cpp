@@ -9,6 +9,7 @@
 #include "spx/impl/elements/element_message.h"
 
 #include <atomic>
+#include <bit>
 #include <limits>
 
 // The sum runs in order of the elements, so that it has one value whatever the machine.
@@ -83,7 +84,8 @@ void reportMarked(const DistortionMessage& message, int32_t nblock, int32_t* cou
     for (int line = 0; line < 2; ++line) writeMessage("NewLine", " ");
   const bool inInstances = modelHasInstances();
   for (int32_t e = 0; e < nblock; ++e) {
-    if (flags[e] == 0.0) continue;
+    // 0.0 or -0.0, also where the caller counts subnormals as such
+    if (std::bit_cast<uint64_t>(flags[e]) << 1 == 0) continue;
     if (raised(shared) <= kMostMessages) reportElement(message, elements[e], inInstances);
   }
 }

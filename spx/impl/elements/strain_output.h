@@ -25,7 +25,7 @@ SA_INLINE void limitGradient(int n, int64_t ld, double* F) {
   for (int k = 0; k < 9; ++k) forPoints(n, [=, &factor, f = F + k * ld](int e) SA_POINT { f[e] *= factor[e]; });
 }
 
-// F := F U^-1 with U symmetric, S33.  A stretch without a determinant (zeros: none was stored) leaves F as it is.
+// F := F U^-1 with U symmetric, S33.  A stretch without a positive determinant (zeros: none was stored) leaves F as it is.
 SA_INLINE void removeStretch(int n, int64_t ldU, const double* U, int64_t ld, double* F) {
   forPoints(n, [=](int e) SA_POINT {
     const double u11 = U[e], u22 = U[e + ldU], u33 = U[e + 2 * ldU];
@@ -33,8 +33,11 @@ SA_INLINE void removeStretch(int n, int64_t ldU, const double* U, int64_t ld, do
     const double c11 = u22 * u33 - u23 * u23, c12 = u23 * u13 - u12 * u33, c13 = u12 * u23 - u22 * u13;
     const double c22 = u11 * u33 - u13 * u13, c23 = u12 * u13 - u11 * u23, c33 = u11 * u22 - u12 * u12;
     const double d = u11 * c11 + u12 * c12 + u13 * c13;
-    const double g = __builtin_fabs(d) <= vm::kSmallestNormal ? 1.0 : 0.0, r = (1.0 - g) / (d + g);
-    const double i11 = r * c11 + g, i22 = r * c22 + g, i33 = r * c33 + g, i12 = r * c12, i23 = r * c23, i13 = r * c13;
+    const bool isNone = (d <= vm::kSmallestNormal) | (d == vm::kInfinity);
+    const double r = 1.0 / vm::select(isNone, 1.0, d);
+    const double i11 = vm::select(isNone, 1.0, r * c11), i22 = vm::select(isNone, 1.0, r * c22),
+                 i33 = vm::select(isNone, 1.0, r * c33), i12 = vm::select(isNone, 0.0, r * c12),
+                 i23 = vm::select(isNone, 0.0, r * c23), i13 = vm::select(isNone, 0.0, r * c13);
     const auto correct = [=](double* row) SA_POINT {
       const double f1 = row[0], f2 = row[3 * ld], f3 = row[6 * ld];
       row[0] = f1 * i11 + f2 * i12 + f3 * i13;

@@ -17,6 +17,7 @@ namespace {
 // storage order, the shear components after the direct ones.
 template <int dimensions>
 SA_INLINE void fillConductivity(int n, int ncons, const double* constants, double* K) {
+  if (ncons != 1 && ncons != dimensions && ncons != dimensions * (dimensions + 1) / 2) return;
   constexpr int kShear[3][3] = {{0, 0, 2}, {0, 0, 1}, {2, 1, 0}}; // place of 13 and 23 after 12
   const int64_t N = n;
   for (int i = 0; i < dimensions; ++i)

@@ -24,7 +24,8 @@ struct Jh2 : CeramicConstants {
                             "*USER MATERIAL option for material %S.") ||
            refuseValues(b, {1, 7, 8, 10, 14}) ||
            refuseUnless(b, b.props[9] > b.props[10],
-                        "HEL of material %S, property 10, must be greater than its PHEL, property 11.");
+                        "HEL of material %S, property 10, must be greater than its PHEL, property 11.") ||
+           refuseNotFinite(b, 1, kProperties);
   }
   explicit Jh2(const Block& block) {
     const double* p = block.props;

@@ -44,7 +44,8 @@ struct Jhb : CeramicConstants {
                             "*USER MATERIAL option for material %S.") ||
            refuseValues(b, {1, 3, 4, 5, 9, 10, 14}) ||
            refuseUnless(b, b.props[1] > -b.props[9],
-                        "Pi of material %S, property 2, must be greater than -T, T its property 10.");
+                        "Pi of material %S, property 2, must be greater than -T, T its property 10.") ||
+           refuseNotFinite(b, 1, changesPhase(b) ? kPropertiesOfPhases : kProperties);
   }
   explicit Jhb(const Block& block) : Jhb(block.props) {}
   explicit Jhb(const double* p)

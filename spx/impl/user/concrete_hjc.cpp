@@ -26,7 +26,8 @@ struct Hjc : BrittleConstants {
                             "Check the *USER MATERIAL option for material %S.") ||
            refuseValues(b, {1, 6, 7, 8, 9, 10, 11, 12, 13, 14, 17}) ||
            refuseUnless(b, b.props[12] > b.props[10],
-                        "Pl of material %S, property 13, must be greater than its Pc, property 11.");
+                        "Pl of material %S, property 13, must be greater than its Pc, property 11.") ||
+           refuseNotFinite(b, 1, kProperties);
   }
   explicit Hjc(const Block& block) {
     const double* p = block.props;

@@ -122,7 +122,9 @@ bool Fabric::isCurveRefused(const Block& b) {
     if (curve.rows < 2 || curve.at(0, kStress) != 0.0 || curve.at(0, kStrain) != 0.0) return refuse(b, kStarts[k]);
     if (!isLoading && !curve.isIncreasing(kStress)) return refuse(b, kStresses[k]);
   }
-  return false;
+  int32_t last = kProperties;
+  for (const Table& curve : curves) last += curve.rows * curve.columns; // NOLINT(counts): no more than properties
+  return refuseNotFinite(b, kProperties + 1, last);
 }
 
 bool Fabric::isRefused(const Block& b) {

@@ -52,4 +52,11 @@ bool refuseNegative(const Block& block, std::initializer_list<int32_t> numbers) 
   return false;
 }
 
+bool refuseNotFinite(const Block& block, int32_t first, int32_t last) {
+  for (int32_t number = first; number <= last && number <= block.properties; ++number)
+    if (!(vm::abs(block.props[number - 1]) < vm::kInfinity))
+      return refuse(block, "Property %I of material %S must be finite: it is %R.", number, &block.props[number - 1]);
+  return false;
+}
+
 } // namespace sa::user

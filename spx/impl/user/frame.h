@@ -82,6 +82,8 @@ bool refuseAbove(const Block& block, int32_t smaller, int32_t larger, std::strin
 bool refuseOutside(const Block& block, int32_t number, double least, double most = vm::kInfinity);
 // The first of the list that is negative, infinite or not a number.
 bool refuseNegative(const Block& block, std::initializer_list<int32_t> numbers);
+// The first from `first` to `last` that is infinite or not a number.
+bool refuseNotFinite(const Block& block, int32_t first, int32_t last);
 
 // ---- tensors of one point, with the components that its elements have
 

@@ -64,7 +64,7 @@ struct Honeycomb {
                "The strength factors of material %S must be positive, for positive and increasing strain "
                "rates.") ||
            refuseValues(b, {1, 3, 5, 6, 7, 8, 9, 10}) || refuseBetween(b, 2, -1.0, 0.5) ||
-           refuseBetween(b, 4, 0.0, 1.0) || refuseOutside(b, kTensileStrain, 0.0);
+           refuseBetween(b, 4, 0.0, 1.0) || refuseOutside(b, kTensileStrain, 0.0) || refuseNotFinite(b, 1, 10);
   }
   static bool refuseBetween(const Block& b, int32_t number, double low, double high) {
     const double x = b.props[number - 1], told[] = {low, high, x};

@@ -20,14 +20,17 @@ bool isPlaneStressOf(const Block& block) {
 
 struct PlasticTables {
   Table tension, compression, ductile, shear, factors;
+  int32_t last = 0; // property of theirs
 
   bool take(const Block& block) {
     Tables tables(block, Plastic::kConstants);
-    return tables.take(property(block, kTensionRows), kCurveColumns, tension) &&
-           tables.take(property(block, kCompressionRows), kCurveColumns, compression) &&
-           tables.take(property(block, kDuctileRows), Plastic::kFailureColumns, ductile) &&
-           tables.take(property(block, kShearRows), Plastic::kFailureColumns, shear) &&
-           tables.take(property(block, kFactorRows), Plastic::kFactorColumns, factors);
+    const bool areWhole = tables.take(property(block, kTensionRows), kCurveColumns, tension) &&
+                          tables.take(property(block, kCompressionRows), kCurveColumns, compression) &&
+                          tables.take(property(block, kDuctileRows), Plastic::kFailureColumns, ductile) &&
+                          tables.take(property(block, kShearRows), Plastic::kFailureColumns, shear) &&
+                          tables.take(property(block, kFactorRows), Plastic::kFactorColumns, factors);
+    last = tables.last();
+    return areWhole;
   }
 };
 
@@ -113,7 +116,9 @@ bool Plastic::isRefused(const Block& block, bool isThermoplastic) {
     return true;
   if (isThermoplastic && !(property(block, kF3) >= 0.0 && property(block, kF5) >= 0.0))
     return refuse(block, "Coefficients f3 and f5 for the thermoplastic material cannot be negative");
-  if (refuseConstants(block, tables)) return true;
+  if (refuseConstants(block, tables) || refuseNotFinite(block, kE, kF3 - 1) ||
+      (isThermoplastic && refuseNotFinite(block, kF3, kF5)) || refuseNotFinite(block, kF5 + 1, tables.last))
+    return true;
 
   if (isOrthotropic && !isPlaneStressOf(block))
     warn(block, "The orthotropic plasticity option is only supported for elements with plane stress state. "

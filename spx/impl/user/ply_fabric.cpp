@@ -65,7 +65,8 @@ bool PlyFabric::isRefused(const Block& b) {
          refuseUnless(b, p[17] <= 1.0,
                       "The hardening exponent of material %S, property 18, must not be greater than 1.") ||
          refuseUnless(b, p[19] == 0.0 || p[19] == 1.0 || p[19] == 2.0,
-                      "The deletion of material %S, property 20, must be 0, 1 or 2.");
+                      "The deletion of material %S, property 20, must be 0, 1 or 2.") ||
+         refuseNotFinite(b, 1, kProperties);
 }
 
 // Nothing is wrong; long elements cannot soften slowly enough.

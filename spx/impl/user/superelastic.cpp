@@ -137,7 +137,7 @@ bool Superelastic::isRefused(const Block& b) {
          refuseAbove(b, 8, 7,
                      "The start of the transformation to austenite of material %S, property 8, must not be greater "
                      "than the finish of that to martensite, property 7: they are %R and %R.") ||
-         (isExponentialOf(b.name) ? refuseExponential(b) : refuseRatio(b));
+         (isExponentialOf(b.name) ? refuseExponential(b) : refuseRatio(b)) || refuseNotFinite(b, 1, kProperties);
 }
 
 SA_INLINE void compute(const Block& b, const Superelastic& m) {

@@ -111,10 +111,11 @@ struct Ways {
 void goWays(const Superelastic& m, int n, Ways& ways, double* xi, double* perNorm);
 
 // The place 0..1 on a straight path of strain where |e0 + t de| + q t is smallest, q = (3 alpha K dTheta - C dT)/(2 G): before
-// it F falls to the limit that moves by C dT, behind it F rises.  From c = e0:e0, a = e0:de, b = de:de.
-SA_INLINE double smallestNorm(double a, double b, double c, double q) {
-  const double determinant = vm::max(0.0, b * c - a * a), rest = b - q * q;
-  const double u = -q * vm::sqrt(determinant / vm::select(rest > 0.0, rest, 1.0));
+// it F falls to the limit that moves by C dT, behind it F rises.  From a = e0:de, b = de:de and the square of what e0 has across
+// de, which a path through zero has lost.
+SA_INLINE double smallestNorm(double a, double b, double across, double q) {
+  const double rest = b - q * q;
+  const double u = -q * vm::sqrt(b * across / vm::select(rest > 0.0, rest, 1.0));
   const double t = (u - a) / vm::select(b > 0.0, b, 1.0);
   // without a place inside, the path is taken in one piece
   return vm::select((rest > 0.0) & (t > 0.0) & (t < 1.0), t, 0.0);

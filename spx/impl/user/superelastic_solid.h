@@ -10,6 +10,19 @@ SA_INLINE Norm normAt(const Superelastic& m, double N, double volume) {
   return normPart(2.0, m.G, m.dG, N, m.eD) + normPart(3.0 * m.alpha, m.K, m.dK, volume, m.eV);
 }
 
+// What is left of strains that cancel is their round-off: without a trace that is none of the volume's, and without a direction of
+// its own.  Martensite may be left there, whose stress needs one: it is that from which the point has come, of next to no strain.
+// From the strain deviator e, the squares of the norms of what it is made of, and a deviator in that direction.
+template <class Storage>
+SA_INLINE Sym<Storage> settled(const Sym<Storage>& e, double squares, const Sym<Storage>& from) {
+  constexpr double kCancels = 1e-8, kIsRoundOff = 1e-26; // of the squares
+  const double square = product(e, e), of = product(from, from);
+  const bool hasDirection = of > 0.0;
+  const double next = vm::sqrt(kIsRoundOff * squares / vm::select(hasDirection, of, 1.0));
+  const Sym<Storage> traceless = select(square <= kCancels * squares, deviator(e), e);
+  return select((square <= kIsRoundOff * squares) & hasDirection, next * from, traceless);
+}
+
 // Where a point stands: total strain, deviator and volume, fraction and F.  The strain comes from stress and transformation
 // strain, so that initial stress has its strain too; F comes from the strain, as at the end: where nothing moves, both are the
 // same to the bit.
@@ -21,7 +34,10 @@ struct Start {
 template <class Storage>
 SA_INLINE Start<Storage> startOf(const Superelastic& m, double xi, const Sym<Storage>& stress,
                                  const Sym<Storage>& change) {
-  const Sym<Storage> e = sum(deviator(change), 1.0 / (2.0 * (m.G + xi * m.dG)), deviator(stress));
+  const Sym<Storage> transformed = deviator(change), s = deviator(stress);
+  const double perG2 = 1.0 / (2.0 * (m.G + xi * m.dG));
+  const Sym<Storage> e = settled(sum(transformed, perG2, s),
+                                 product(transformed, transformed) + (perG2 * perG2) * product(s, s), transformed);
   const double volume = trace(stress) / (3.0 * (m.K + xi * m.dK)) + trace(change);
   return {e, volume, xi, normAt(m, vm::sqrt(product(e, e)), volume)(xi)};
 }
@@ -96,7 +112,9 @@ template <bool kPlaneStress, class Storage>
 SA_INLINE Reached<Storage> reachedBy(const Superelastic& m, const Points<Storage>& points, int k, double across) {
   const Start<Storage> s = points.start(k);
   const double share = points.part[k];
-  const Sym<Storage> inc = shareOf<kPlaneStress>(points.rest(k), share, across), e = sum(s.e, 1.0, deviator(inc));
+  const Sym<Storage> inc = shareOf<kPlaneStress>(points.rest(k), share, across), de = deviator(inc);
+  Sym<Storage> e = sum(s.e, 1.0, de);
+  if constexpr (!kPlaneStress) e = settled(e, product(s.e, s.e) + product(de, de), s.e);
   const double volume = s.volume + trace(inc), N = vm::sqrt(product(e, e));
   return {inc, e, volume, N, normAt(m, N, volume), limitsAt(m, s.norm, points.tempOld[k], points.tempAt(k, share))};
 }
@@ -208,7 +226,7 @@ SA_INLINE double riseOfNorm(const Law& m, const Points<Storage>& points, int k) 
 // The share of the rest at which F turns from falling to rising, 0.0 where it does not.  While nothing transforms and the strain
 // keeps its direction the place is known; where it moves with the fraction (moduli in another ratio, temperature, the strain
 // across of plane stress) it is found by false position (Illinois) among those points alone.
-constexpr int kTurnSteps = 40;
+constexpr int kTurnSteps = 64;
 template <bool kPlaneStress, class Storage, class Law>
 SA_INLINE void searchTurn(const Law& model, int count, Points<Storage>& points, double* turn) {
   const Law m = model;
@@ -272,7 +290,9 @@ SA_INLINE void findTurn(const Law& model, int length, Points<Storage>& points, d
     const double G2 = 2.0 * (m.G + xi * m.dG), K3 = 3.0 * (m.K + xi * m.dK);
     const Sym<Storage> e = points.start(k).e, de = deviator(strain);
     const double q = (m.alpha * K3 * trace(strain) - points.slope[k] * (points.tempNew[k] - points.tempOld[k])) / G2;
-    turn[k] = smallestNorm(product(e, de), product(de, de), product(e, e), q);
+    const double along = product(e, de), square = product(de, de);
+    const Sym<Storage> across = sum(e, -along / vm::select(square > 0.0, square, 1.0), de);
+    turn[k] = smallestNorm(along, square, product(across, across), q);
   });
   if (!kPlaneStress && !m.moves && !isThermal) return;
   // F turns only where it falls at first and may rise at the end: in plane stress with the strain across of the whole rest, else
@@ -350,8 +370,14 @@ SA_INLINE void advance(const Block& b, const Law& model, const Arrays& from, int
     Sym<Storage> now = sum(r.shearFactor * e, r.pressure);
     if constexpr (kPlaneStress) now.s33 = 0.0;
     const Sym<Storage> changeNow = sum(r.changeFactor * e, r.xi * (m.eV * (1.0 / 3.0)));
+    // the stress of martensite that is left without strain turns with the strain that comes
+    const Start<Storage> s = points.start(k);
+    const double startN = vm::sqrt(product(s.e, s.e)), perN = 1.0 / vm::max(1e-100, at.N);
+    const double turned = trace(old) * (1.0 / 3.0) * trace(inc) -
+                          2.0 * (m.G + s.xi * m.dG) * m.eD * s.xi * (product(e, deviator(inc)) * perN);
+    const double workOld = vm::select(!kPlaneStress & (startN <= 1e-12 * at.N), turned, product(old, inc));
     // lost is what the stress has worked and the point can not give back
-    const double internalNow = intOld + 0.5 * (product(old, inc) + product(now, inc)) * perDensity;
+    const double internalNow = intOld + 0.5 * (workOld + product(now, inc)) * perDensity;
     const double stored = r.elasticEnergy + r.xi * m.storedPerXi(temperature);
     const double inelasticNow = grown(inelOld, internalNow - stored * perDensity);
     if constexpr (kFirstPart) {

@@ -9,19 +9,20 @@ struct UniaxialState {
   double strain, xi, stress;
 };
 
-// As in three dimensions, with n fixed: the sign of the strain tells tension from compression.
+// As in three dimensions, with n fixed: the sign of the strain, of zero too, tells tension from compression.
 struct UniaxialPart {
   double part;
   Norm norm;
 };
 SA_INLINE UniaxialPart uniaxialNorm(const Superelastic& m, double strain) {
-  const double factor = kRoot + vm::select(strain < 0.0, -m.alpha, m.alpha);
-  const double part = vm::select(strain < 0.0, m.eCompression, m.eTension);
+  const bool isCompressed = vm::copysign(1.0, strain) < 0.0;
+  const double factor = kRoot + vm::select(isCompressed, -m.alpha, m.alpha);
+  const double part = vm::select(isCompressed, m.eCompression, m.eTension);
   return {part, normPart(factor, m.E, m.dE, vm::abs(strain), part)};
 }
-// A part of an increment: from a strain and a fraction, by so much.
+// A part of an increment, from a strain and a fraction to a strain.
 struct UniaxialStep {
-  double before, xi, strain, tempOld, tempNew;
+  double before, xi, after, tempOld, tempNew;
 };
 // The fractions after the steps of points.
 template <class Law, class StepOf>
@@ -30,7 +31,7 @@ SA_INLINE void findFractions(const Law& model, int count, StepOf stepOf, Lane& x
   [[maybe_unused]] Ways ways;
   forPoints(count, [=, &ways, &xi](int k) SA_POINT {
     const UniaxialStep s = stepOf(k);
-    const Norm F = uniaxialNorm(m, s.before + s.strain).norm;
+    const Norm F = uniaxialNorm(m, s.after).norm;
     const Limits limits = limitsAt(m, uniaxialNorm(m, s.before).norm(s.xi), s.tempOld, s.tempNew);
     if constexpr (Law::kIterates)
       xi[k] = ways.set(k, F, moveOf(F, s.xi, limits));
@@ -46,20 +47,29 @@ SA_INLINE UniaxialState stateAt(const Superelastic& m, double strain, double xi)
   return {strain, xi,
           (m.E + xi * m.dE) * vm::copysign(1.0, strain) * (vm::abs(strain) - uniaxialNorm(m, strain).part * xi)};
 }
-// Where an increment starts, and the part of it up to zero strain, which is taken on its own.
+// Strains that cancel leave zero, of the side from which the point has come: martensite may be left there.
+SA_INLINE double settled(double sum, double first, double second, double from) {
+  return vm::select(vm::abs(sum) <= 1e-13 * (vm::abs(first) + vm::abs(second)), vm::copysign(0.0, from), sum);
+}
+// Where an increment starts and ends, and the part of it up to zero strain, which is taken on its own: at zero the stress jumps
+// where martensite is left, from that of the side before to that of the side behind.
 struct UniaxialStart {
   UniaxialState state;
-  double crossing, tempMiddle;
+  double crossing, tempMiddle, before, behind, end; // strains
 };
 SA_INLINE UniaxialStart startOf(const Superelastic& m, double xi, double change, double stress, double strain,
                                 double tempOld, double tempNew) {
-  const UniaxialState start{stress / (m.E + xi * m.dE) + change, xi, stress};
-  const double crossing = -start.strain / vm::select(strain == 0.0, 1.0, strain);
-  const double t = vm::select((crossing > 0.0) & (crossing < 1.0), crossing, 0.0);
-  return {start, t, tempOld + t * (tempNew - tempOld)};
+  const double elastic = stress / (m.E + xi * m.dE), start = settled(elastic + change, elastic, change, change);
+  const double end = settled(start + strain, start, strain, start);
+  const bool crosses = vm::copysign(1.0, start) * vm::copysign(1.0, end) < 0.0;
+  const double way = -start / vm::select(strain == 0.0, 1.0, strain);
+  const double t = vm::select(crosses, vm::min(1.0, way), 0.0);
+  const double before = vm::select(crosses, vm::copysign(0.0, start), start),
+               behind = vm::select(crosses, vm::copysign(0.0, end), start);
+  return {{start, xi, stress}, t, tempOld + t * (tempNew - tempOld), before, behind, end};
 }
 SA_INLINE double transformation(const Superelastic& m, const UniaxialState& s) {
-  return s.xi * vm::select(s.strain < 0.0, -m.eCompression, m.eTension);
+  return s.xi * vm::select(vm::copysign(1.0, s.strain) < 0.0, -m.eCompression, m.eTension);
 }
 
 template <bool kHasShear, class Law>
@@ -80,7 +90,7 @@ SA_INLINE void uniaxial(const Block& b, const Law& model) {
         [=](int k) SA_POINT {
           const int i = from + k;
           const UniaxialStart s = startAt(i);
-          return UniaxialStep{s.state.strain, s.state.xi, s.crossing * strainInc[i], tempOld[i], s.tempMiddle};
+          return UniaxialStep{s.state.strain, s.state.xi, s.before, tempOld[i], s.tempMiddle};
         },
         xiMiddle);
     findFractions(
@@ -88,9 +98,7 @@ SA_INLINE void uniaxial(const Block& b, const Law& model) {
         [=, &xiMiddle](int k) SA_POINT {
           const int i = from + k;
           const UniaxialStart s = startAt(i);
-          const double strain = strainInc[i];
-          return UniaxialStep{s.state.strain + s.crossing * strain, xiMiddle[k], (1.0 - s.crossing) * strain,
-                              s.tempMiddle, tempNew[i]};
+          return UniaxialStep{s.behind, xiMiddle[k], s.end, s.tempMiddle, tempNew[i]};
         },
         xiEnd);
     forPoints(length, [=, &xiMiddle, &xiEnd](int k) SA_POINT {
@@ -99,10 +107,10 @@ SA_INLINE void uniaxial(const Block& b, const Law& model) {
       const double intOld = internalOld[i], inelOld = inelasticOld[i], perDensity = 1.0 / density[i];
       const UniaxialStart start = startAt(i);
       const double t = start.crossing;
-      const UniaxialState middle = stateAt(m, start.state.strain + t * strain, xiMiddle[k]),
-                          end = stateAt(m, middle.strain + (1.0 - t) * strain, xiEnd[k]);
+      const UniaxialState before = stateAt(m, start.before, xiMiddle[k]),
+                          behind = stateAt(m, start.behind, xiMiddle[k]), end = stateAt(m, start.end, xiEnd[k]);
       const double changeEnd = transformation(m, end);
-      const double first = 0.5 * (old + middle.stress), second = 0.5 * (middle.stress + end.stress);
+      const double first = 0.5 * (old + before.stress), second = 0.5 * (behind.stress + end.stress);
       double work = first * (t * strain) + second * ((1.0 - t) * strain);
       const double elasticStrain = end.strain - transformation(m, end);
       double stored = 0.5 * end.stress * elasticStrain + end.xi * m.storedPerXi(temp1);

@@ -42,6 +42,9 @@ public:
     return true;
   }
 
+  // The number, from 1, of the last property taken.
+  int32_t last() const { return static_cast<int32_t>(next_); }
+
 private:
   const Block& block_;
   int64_t next_;

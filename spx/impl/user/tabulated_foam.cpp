@@ -150,7 +150,7 @@ struct TabulatedFoam {
     }
     return refuseValues(b, {1}) || refuseOutside(b, kCutOff, 0.0) || (kIsDamped && refuseOutside(b, kDamping, 0.0)) ||
            refuseOutside(b, kHysteresis, 0.0, 1.0) || refuseOutside(b, kHysteresis + 1, 0.0) ||
-           refuseOutside(b, kHysteresis + 2, 0.0);
+           refuseOutside(b, kHysteresis + 2, 0.0) || refuseNotFinite(b, 1, kConstants);
   }
   explicit TabulatedFoam(const Block& b) {
     const double* p = b.props;

@@ -423,6 +423,39 @@ TEST(Superelastic, OneLargeIncrementEndsWhereManySmallOnesDo) {
   EXPECT_GT(moved, 600);
 }
 
+// Below the temperature at which all of it would go back: strain reverses onto zero and through it.
+TEST(Superelastic, MartensiteThatIsLeftWithoutStrain) {
+  Random random(9);
+  int left = 0;
+  for (Material start : alloys()) {
+    const bool isLinear = start.name[22] != 'E';
+    if (isLinear) start.props[13] = 0; // no change of volume of its own
+    for (int round = 0; round < 12 && start.name[19] != '2' && start.props[11] > 0; ++round) {
+      const Strain there = randomStrain(random, .03, start.nshr);
+      const auto run = [&](int parts) {
+        Material m = start;
+        m.stepAll({{}}, 245);
+        for (const double reversal : {1., round % 2 ? -1. : -2.1, 1.3, -.3})
+          for (int k = 0; k < parts; ++k) m.stepAll({there * (reversal / parts)}, 245);
+        return m;
+      };
+      const Material large = run(1), small = run(60);
+      for (std::size_t c = 0; c < large.stress.size(); ++c)
+        EXPECT_NEAR(large.stress[c], small.stress[c], 1e-8) << start.name << round;
+      const double end = round % 2 ? 1. : -.1, xi = large.at(1), nu = start.props[1];
+      EXPECT_NEAR(xi, small.at(1), 1e-12) << start.name << round;
+      if (start.ndir == 3 && start.props[3] == nu && isLinear) {
+        const double K = (start.props[0] + xi * (start.props[2] - start.props[0])) / (3 - 6 * nu);
+        EXPECT_NEAR((large.stress[0] + large.stress[1] + large.stress[2]) / 3,
+                    K * end * (there[0] + there[1] + there[2]), 1e-8)
+            << start.name << round;
+      }
+      left += xi > 0 && xi < 1;
+    }
+  }
+  EXPECT_GT(left, 100);
+}
+
 TEST(Superelastic, FlatPlateausKeepTheirStress) {
   auto props = nitinol(0);
   props[6] = 520, props[7] = props[8] = 250;
