@@ -1,6 +1,7 @@
 #include "solver/program/job_input.h"
 
 #include "solver/input/mesh_reader.h"
+#include "solver/model/memory.h"
 #include "solver/parallel/distribution.h"
 #include "solver/results/digest.h"
 #include "solver/results/hash.h"
@@ -70,6 +71,7 @@ JobInput::JobInput(const JobOptions& options, const Ranks& ranks)
   all.add(hashOf(caseFile));
   all.add(inputHashOf(mesh, ranks));
   hash = all.value();
+  returnFreeMemory();
   checkGroups(caseFile, mesh, ranks);
   for (const Material& material : caseFile.definition.materials) checkData(material);
 }
