@@ -293,10 +293,16 @@ TEST_F(RanksTest, InputsOfOneModelHaveOneDigest) {
     run(ranks, 1, std::string("model.toml --digest -q -o ") + input);
     compare("one", input);
   }
+  // each rank has opened its own file
+  std::filesystem::create_directory("disk");
+  writeFile("disk/one.exo", spoiltAt(readFile("one.exo"), readFile("one.exo").size() / 2));
+  writeFile("model.toml", replaced(readFile("irregular.toml"), "irregular.msh", "one.exo"));
+  std::filesystem::copy("model.toml", "disk/model.toml");
+  expectError(runApart({"model.toml -o out", "model.toml -o out", "disk/model.toml -o out"}), 1,
+              "one.exo: rank 2 has another file of this name than rank 0");
   // what one rank finds in its share all ranks answer
   mesh.coordinates[3 * 199 + 1] = NAN;
   solver::writeMesh("one.exo", "one", mesh);
-  writeFile("model.toml", replaced(readFile("irregular.toml"), "irregular.msh", "one.exo"));
   expectError(run(3, 1, "model.toml", 1), 1, "one.exo: a coordinate of node 200 is not a finite number");
 }
 
