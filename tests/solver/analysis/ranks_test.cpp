@@ -2,6 +2,7 @@
 #include "solver/input/case_reader.h"
 #include "solver/input/mesh_reader.h"
 #include "solver/program/job.h"
+#include "solver/program/problems.h"
 #include "solver/results/digest.h"
 #include "solver/results/mesh_file.h"
 #include "solver/results/restart_file.h"
@@ -550,6 +551,18 @@ TEST_F(RanksTest, RestartedRunsAreTheUninterruptedOne) {
   }
 }
 
+TEST(Problems, OfAnEarlierRunAreInItsState) {
+  const solver::Mesh mesh = box({1, 1, 1}, {1, 1, 1});
+  solver::Problems before(mesh), after(mesh);
+  before.add({{{.increment = 3, .time = 0.5, .number = 1}}, 0});
+  std::vector<double> words(16);
+  solver::Archive saved(solver::Archive::Task::Save, words.data(), 16),
+      restored(solver::Archive::Task::Restore, words.data(), 16);
+  before.visit(saved);
+  after.visit(restored);
+  EXPECT_EQ(after.lines(), std::vector<std::string>{"1 brick of 1 failed, the first is number 1 at 0.5 s"});
+}
+
 TEST_F(RanksTest, FilesOfRanksGoOnWithAsManyRanks) {
   writeIrregular();
   writeLoaded();
@@ -587,6 +600,14 @@ TEST_F(RanksTest, CollapseIsRecordedByTheRoot) {
   const Outcome listed = shell(SA_DIAGNOSTICS_PROGRAM " out/crush.diagnostics.sqlite --json");
   EXPECT_EQ(listed.code, 0) << listed.err;
   EXPECT_TRUE(contains(listed.out, "\"count\": 20")) << listed.out;
+  // what is no number on another rank ends all of them, in the increment in which it would on one
+  writeIrregular();
+  writeFile("irregular.toml", replaced(readFile("irregular.toml"), "20.0]", "1e200]"));
+  const auto ending = [](int ranks) {
+    const std::string text = run(ranks, 1, "irregular.toml -q -o out", 2).err;
+    return text.substr(text.find(" no longer a finite number at "), 60);
+  };
+  EXPECT_EQ(ending(2), ending(1));
 }
 
 TEST_F(RanksTest, ComparisonNamesTheFirstDifference) {
