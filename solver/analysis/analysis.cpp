@@ -9,6 +9,7 @@
 #include "solver/analysis/saved_state.h"
 #include "solver/analysis/set_up.h"
 #include "solver/analysis/team.h"
+#include "solver/model/memory.h"
 
 #include <algorithm>
 #include <exception>
@@ -48,10 +49,11 @@ struct Analysis::Data {
       evaluateRest(definition, nodes, 0.0, state, outside.loads);
     }
     ending = findEnding(layout, nodes, domains, outcomeOf(layout.ranks, domains), course, distortion);
-    layout.numbering.connectivity = {}; // blocks have what they need of it
+    release(layout.numbering.connectivity); // blocks have what they need of it
     course.firstStable = course.stable;
     course.damping = definition.damping;
     if (definition.isDamped()) nodes.dampingEnergy.resize(nodes.mass.size());
+    returnFreeMemory();
   }
 
   BrickEvent eventOf(const BlockEvent& event) const {
@@ -108,6 +110,7 @@ Ending Analysis::advanceTo(double end, int64_t increments, double pause) {
   Course& now = d.course;
   if (d.ending != Ending::Running && d.ending != Ending::Complete) return d.ending;
   d.collected.reset();
+  d.fields = {};
   bool running = d.ending == Ending::Running && now.time < end;
   double step = nextIncrement(now, end);
   const size_t threads = d.team.size();
@@ -184,10 +187,10 @@ const std::vector<double>& Analysis::measures() const { return data_->collectedN
 std::array<double, 3> Analysis::linearMomentum() const { return data_->collectedNow().linearMomentum; }
 std::array<double, 3> Analysis::angularMomentum() const { return data_->collectedNow().angularMomentum; }
 
-Fields Analysis::fields() const {
+Fields Analysis::fields(unsigned choice) const {
   const FloatingPointMode mode;
   Data& d = *data_;
-  d.fields.fill(d.layout, d.nodes, d.outside.prescribed, d.collectedNow(), d.domains, d.team);
+  d.fields.fill(choice, d.layout, d.nodes, d.outside.prescribed, d.course, d.collectedNow(), d.domains, d.team);
   return d.fields.spans();
 }
 

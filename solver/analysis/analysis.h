@@ -37,13 +37,24 @@ struct Progress {
 // Bricks that are named where there are many.
 inline constexpr std::size_t kMostNamed = 8;
 
-// Fields at an output time, in the numbering of the mesh; spans stay valid until the next step.  Of a part of a mesh all its nodes
-// have values, and the bricks for which this rank speaks.
+// Fields at an output time, in the numbering of the mesh; spans stay valid until the next step, or until others are asked for.  Of a
+// part of a mesh all its nodes have values, and the bricks for which this rank speaks.
 struct Fields {
   std::span<const double> displacement, velocity, reaction; // (3, nodes)
   std::span<const double> stress;                           // (6, elements), S33, component fastest
   std::span<const double> strainEnergy, mask;               // (elements); J/m3 of undeformed volume, 0 or 1
 };
+// Which of them there are: the others are empty, and take no memory.
+enum FieldChoice : unsigned {
+  kDisplacement = 1,
+  kVelocity = 2,
+  kReaction = 4,
+  kStress = 8,
+  kStrainEnergy = 16,
+  kMask = 32,
+  kAllFields = 63
+};
+using FieldSource = std::function<Fields(unsigned choice)>;
 
 // Takes records of the state, or gives further ones, a piece of bounded length at a time; nothing when there are no more.
 using RecordSink = std::function<void(const std::vector<double>&)>;
@@ -92,9 +103,9 @@ public:
   Energies energies() const;
   const std::vector<double>& measures() const; // those that measureNames() of the case names
   std::array<double, 3> linearMomentum() const;
-  std::array<double, 3> angularMomentum() const; // about the origin
-  Fields fields() const;                         // every rank calls it
-  int64_t elementUpdates() const;                // bricks times increments, for rates
+  std::array<double, 3> angularMomentum() const;     // about the origin
+  Fields fields(unsigned choice = kAllFields) const; // every rank calls it
+  int64_t elementUpdates() const;                    // bricks times increments, for rates
   // After Distorted: how many bricks of all ranks were masked in the last increment, the first kMostNamed of their numbers in
   // the mesh, and all numbers of those that this rank speaks for.
   int64_t distortedCount() const;

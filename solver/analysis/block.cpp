@@ -50,7 +50,7 @@ Block::Block(std::span<const int32_t> bricks, std::span<const int32_t> records, 
     : n_(static_cast<int32_t>(bricks.size())), ld_(leadingDimension(n_)), bricks_(bricks.begin(), bricks.end()),
       gatherMap_(8 * ld_), assemblyMap_(8 * n_), B0_(24 * ld_), H0_(12 * ld_), V0_(ld_), mass_(n_), hourglass_(n_),
       material_(&material), points_(material, n_, &constants), stress_(6 * n_), mask_(ld_), viscousStress_(n_),
-      viscousEnergy_(n_), omega_(n_), failed_(n_), lostEnergy_(n_) {
+      viscousEnergy_(n_), omega_(material.failure ? n_ : 0), failed_(mayFail() ? n_ : 0), lostEnergy_(failed_.size()) {
   for (int32_t e = 0; e < ld_; ++e)
     for (int corner = 0; corner < 8; ++corner) {
       // pad with the last brick, so that one gather fills the whole array
@@ -104,7 +104,7 @@ Block::Outcome Block::evaluate(const std::vector<double>& x, const std::vector<d
   for (int32_t e = 0; e < n_; ++e) mask_[e] = flag[e] != 0.0 ? 1.0 : mask_[e];
   int32_t masked = 0, failed = 0;
   SPX_OPE_ERRORCHECK(&n_, &masked, mask_.data());
-  SPX_OPE_ERRORCHECK(&n_, &failed, failed_.data());
+  if (mayFail()) SPX_OPE_ERRORCHECK(&n_, &failed, failed_.data());
   if (masked != failed) recordDistortion(w);
 
   const double stable = viscosityAndIncrement(
@@ -141,7 +141,9 @@ void Block::fail(const std::vector<double>& x, double lastIncrement, BlockWork& 
 // Takes out the bricks whose material has failed.  The force of such a brick falls to nothing in this increment: half of the
 // work that it would have done is not done, and the brick does not hold it.
 void Block::remove(const std::vector<double>& x, double lastIncrement, BlockWork& w) {
-  const auto isFailed = [this](int32_t e) { return mask_[e] == 0.0 && (omega_[e] >= 1.0 || points_.isDeleted(e)); };
+  const auto isFailed = [this](int32_t e) {
+    return mask_[e] == 0.0 && ((material_->failure && omega_[e] >= 1.0) || points_.isDeleted(e));
+  };
   bool any = false;
   for (int32_t e = 0; e < n_; ++e) any = any || isFailed(e);
   if (!any) return;
@@ -196,7 +198,7 @@ void Block::energies(const std::vector<double>& x, BlockWork& w, double* strainD
     const bool active = mask_[e] == 0.0;
     strainDensity[e] = active ? strainDensity[e] : 0.0;
     hourglass[e] = active ? hourglass[e] : 0.0;
-    damage[e] = active ? damage[e] * V0_[e] : lostEnergy_[e];
+    damage[e] = active ? damage[e] * V0_[e] : (mayFail() ? lostEnergy_[e] : 0.0);
   }
 }
 

@@ -55,11 +55,12 @@ public:
   double volume(int e) const { return V0_[e]; }
   double mass(int e) const { return mass_[e]; }
   double mask(int e) const { return mask_[e]; }
-  bool isDistorted(int e) const { return mask_[e] != 0.0 && failed_[e] == 0.0; }
+  bool isDistorted(int e) const { return mask_[e] != 0.0 && !(mayFail() && failed_[e] != 0.0); }
   double viscousEnergy(int e) const { return viscousEnergy_[e]; }
   double stress(int component, int e) const { return stress_[component * n_ + e]; }
 
 private:
+  bool mayFail() const { return material_->failure || material_->model->isUser(); }
   void stretch(const std::vector<double>& x, BlockWork& work) const;
   void fail(const std::vector<double>& x, double lastIncrement, BlockWork& work);
   void remove(const std::vector<double>& x, double lastIncrement, BlockWork& work);
@@ -74,7 +75,7 @@ private:
   MaterialPoints points_;
   std::vector<double> stress_, mask_, viscousStress_, viscousEnergy_;
   std::vector<double> omega_, failed_,
-      lostEnergy_; // damage initiation; 1 once it was reached; energy of the brick then
+      lostEnergy_; // where bricks fail: damage initiation; 1 once it was reached; energy of the brick then
 };
 
 } // namespace sharedanalysis::solver

@@ -4,6 +4,7 @@
 #include "solver/analysis/damping.h"
 #include "solver/analysis/increment.h"
 #include "solver/analysis/loads.h"
+#include "solver/model/memory.h"
 #include "solver/parallel/exact_sum.h"
 
 #include <algorithm>
@@ -30,10 +31,21 @@ void eachDomain(const std::vector<DomainState>& domains, Team& team, Body body) 
   });
 }
 
+// take(block, place, brick) for each brick for which a domain of this rank speaks; `brick` is that of the mesh.
+template <class Take>
+void eachBrick(const Layout& layout, const std::vector<DomainState>& domains, Team& team, Take take) {
+  eachDomain(domains, team, [&](std::size_t d) {
+    for (const Block& block : domains[d].blocks)
+      for (int e = 0; e < block.count(); ++e)
+        if (domains[d].speaksFor(layout, block.bricks()[static_cast<std::size_t>(e)]))
+          take(block, e, static_cast<std::size_t>(layout.meshBrick(block.bricks()[static_cast<std::size_t>(e)])));
+  });
+}
+
 // take(domain, brick) for each of them, by the threads that have the domains; `domain` counts from 0.
 template <class Take>
-void eachBrick(const Layout& layout, const std::vector<double>& x, std::vector<DomainState>& domains, Team& team,
-               Take take) {
+void eachBrickNow(const Layout& layout, const std::vector<double>& x, std::vector<DomainState>& domains, Team& team,
+                  Take take) {
   eachDomain(domains, team, [&](std::size_t d) {
     DomainState& state = domains[d];
     double density[kBlockLength], hourglass[kBlockLength], damage[kBlockLength];
@@ -80,14 +92,13 @@ std::vector<double> reactionsNow(const Layout& layout, const NodeState& nodes, c
 }
 
 // Vectors of mesh nodes, (3, nodes): those of other ranks from their owners.
-void exchangeOfMesh(const Layout& layout, std::initializer_list<std::vector<double>*> fields) {
+void exchangeOfMesh(const Layout& layout, std::vector<double>& field) {
   exchangeNodes(
       layout,
       [&](int32_t node, auto&& visit) {
-        for (std::vector<double>* field : fields)
-          for (std::size_t c = 0; c < 3; ++c) visit((*field)[3 * static_cast<std::size_t>(layout.meshNode(node)) + c]);
+        for (std::size_t c = 0; c < 3; ++c) visit(field[3 * static_cast<std::size_t>(layout.meshNode(node)) + c]);
       },
-      3 * fields.size());
+      3);
 }
 
 // The sums of energies, momenta and histories of groups, which are exact: no order of nodes, bricks or ranks shows in them.
@@ -171,7 +182,7 @@ private:
                              [](const GroupQuantity* quantity) { return quantity->kind == GroupQuantityKind::Energy; });
         });
     if (keeps) bricks_.resize(static_cast<std::size_t>(layout_.bricks())); // zeros where another domain speaks
-    eachBrick(layout_, nodes_.x, domains, team, [&](std::size_t domain, const BrickNow& now) {
+    eachBrickNow(layout_, nodes_.x, domains, team, [&](std::size_t domain, const BrickNow& now) {
       const BrickEnergies all{now.strainEnergy(), now.hourglass, now.block.viscousEnergy(now.place), now.damage,
                               now.block.mask(now.place)};
       for (std::size_t k = 0; k < 4; ++k) ofDomains[domain][kStrain + k].add(all[k]);
@@ -257,41 +268,54 @@ Collected collect(const Layout& layout, const NodeState& nodes, Outside& outside
   if (isDamped) measures.push_back(damped);
   if (layout.definition.quasiStatic) measures.insert(measures.end(), {course.damping, collected.energies.stillness()});
   measures.insert(measures.end(), sums.groups().begin(), sums.groups().end());
+  if (outside.contacts.all.empty()) release(collected.velocity);
   return collected;
 }
 
-void FieldArrays::fill(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed,
-                       const Collected& collected, std::vector<DomainState>& domains, Team& team) {
+void FieldArrays::fill(unsigned choice, const Layout& layout, const NodeState& nodes, const Prescribed& prescribed,
+                       const Course& course, const Collected& collected, std::vector<DomainState>& domains,
+                       Team& team) {
+  *this = {};
   const size_t count = static_cast<size_t>(layout.nodes()), bricks = static_cast<size_t>(layout.bricks());
-  displacement.resize(3 * count);
-  velocity.resize(3 * count);
-  reaction.assign(3 * count, 0.0);
-  stress.resize(6 * bricks);
-  elementEnergy.resize(bricks);
-  elementMask.resize(bricks);
-  for (size_t i = 0; i < count; ++i)
-    for (size_t c = 0; c < 3; ++c) {
-      const size_t at = 3 * static_cast<size_t>(layout.numbering.nodes[i]) + c;
-      displacement[at] = nodes.x[3 * i + c] - layout.mesh.coordinates[at];
-      velocity[at] = collected.velocity[3 * i + c];
-    }
-  for (size_t k = 0; k < prescribed.components.size(); ++k) {
-    const PrescribedComponent& p = prescribed.components[k];
-    double* ofNode = &reaction[3 * static_cast<size_t>(layout.numbering.nodes[p.position / 3])];
-    if (p.isAxis)
-      ofNode[p.position % 3] = collected.reactions[k];
-    else
-      p.addTo(ofNode, collected.reactions[k]);
+  const auto make = [choice](unsigned field, std::vector<double>& values, size_t size) {
+    if ((choice & field) != 0) values.resize(size);
+    return (choice & field) != 0;
+  };
+  const auto ofMesh = [&](int64_t node) { return 3 * static_cast<size_t>(layout.meshNode(node)); };
+  if (make(kDisplacement, displacement, 3 * count))
+    for (size_t i = 0; i < count; ++i)
+      for (size_t c = 0, at = ofMesh(static_cast<int64_t>(i)); c < 3; ++c, ++at)
+        displacement[at] = nodes.x[3 * i + c] - layout.mesh.coordinates[at];
+  if (make(kVelocity, velocity, 3 * count)) {
+    const std::vector<double> found =
+        collected.velocity.empty() ? velocitiesNow(layout, nodes, prescribed, course, domains) : std::vector<double>();
+    const std::vector<double>& now = collected.velocity.empty() ? found : collected.velocity;
+    for (size_t i = 0; i < count; ++i) std::copy_n(&now[3 * i], 3, &velocity[ofMesh(static_cast<int64_t>(i))]);
+    exchangeOfMesh(layout, velocity);
   }
-  exchangeOfMesh(layout, {&velocity, &reaction});
-  eachBrick(layout, nodes.x, domains, team, [&](std::size_t, const BrickNow& now) {
-    const auto at = static_cast<size_t>(layout.meshBrick(static_cast<int64_t>(now.brick)));
-    const double mask = now.block.mask(now.place);
-    elementEnergy[at] = now.density;
-    elementMask[at] = mask;
-    for (int k = 0; k < 6; ++k)
-      stress[6 * at + static_cast<size_t>(k)] = mask == 0.0 ? now.block.stress(k, now.place) : 0.0;
-  });
+  if (make(kReaction, reaction, 3 * count)) {
+    for (size_t k = 0; k < prescribed.components.size(); ++k) {
+      const PrescribedComponent& p = prescribed.components[k];
+      double* ofNode = &reaction[ofMesh(p.position / 3)];
+      if (p.isAxis)
+        ofNode[p.position % 3] = collected.reactions[k];
+      else
+        p.addTo(ofNode, collected.reactions[k]);
+    }
+    exchangeOfMesh(layout, reaction);
+  }
+  const bool hasStress = make(kStress, stress, 6 * bricks), hasMask = make(kMask, elementMask, bricks);
+  const auto each = [&](const Block& block, int place, size_t at) {
+    const double mask = block.mask(place);
+    if (hasMask) elementMask[at] = mask;
+    for (int k = 0; hasStress && k < 6; ++k)
+      stress[6 * at + static_cast<size_t>(k)] = mask == 0.0 ? block.stress(k, place) : 0.0;
+  };
+  if (hasStress || hasMask) eachBrick(layout, domains, team, each);
+  if (make(kStrainEnergy, elementEnergy, bricks))
+    eachBrickNow(layout, nodes.x, domains, team, [&](std::size_t, const BrickNow& now) {
+      elementEnergy[static_cast<size_t>(layout.meshBrick(static_cast<int64_t>(now.brick)))] = now.density;
+    });
 }
 
 } // namespace sharedanalysis::solver

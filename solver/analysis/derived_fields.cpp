@@ -96,16 +96,18 @@ std::vector<double> derivedFields(const Mesh& mesh, const std::vector<int32_t>& 
   std::vector<int32_t> set(elements);
   for (int32_t& element : set) ++element; // numbers count from 1
   std::vector<double> P(kValues * count), Q(kQuaternion * count), orientation(kQuaternion * count);
+  const bool hasStress = !fields.stress.empty(), hasMotion = !fields.displacement.empty();
   int32_t cursor = 1, counter = 1; // of the records; a block fills those of its members
-  while (cursor <= last) {
-    const int32_t first = (set[static_cast<std::size_t>(cursor - 1)] - 1) / kBlock * kBlock,
-                  number = first / kBlock + 1;
+  for (const int32_t& next = hasStress ? cursor : counter; next <= last;) {
+    const int32_t first = (set[static_cast<std::size_t>(next - 1)] - 1) / kBlock * kBlock, number = first / kBlock + 1;
     const int32_t n = std::min(kBlock, mesh.elements() - first);
     const MeshBlock block(mesh, first, n);
-    GLO_UTI_ODBPRINC33QUATELSET(&n, &number, &kBlock, &kOne, &kNoGroups, set.data(), &cursor,
-                                block.stress(fields).data(), &kValues, &kQuaternion, P.data(), Q.data(), &last);
-    SPX_ODB_ORIENTREBARELSET(&n, &counter, &number, &kBlock, &kOne, &kNoGroups, &last, set.data(),
-                             block.materialAxes(mesh, fields).data(), orientation.data());
+    if (hasStress)
+      GLO_UTI_ODBPRINC33QUATELSET(&n, &number, &kBlock, &kOne, &kNoGroups, set.data(), &cursor,
+                                  block.stress(fields).data(), &kValues, &kQuaternion, P.data(), Q.data(), &last);
+    if (hasMotion)
+      SPX_ODB_ORIENTREBARELSET(&n, &counter, &number, &kBlock, &kOne, &kNoGroups, &last, set.data(),
+                               block.materialAxes(mesh, fields).data(), orientation.data());
   }
 
   std::vector<double> values(derivedFieldNames.size() * count);

@@ -23,6 +23,7 @@ constexpr std::array<std::string_view, 20> derivedFieldNames{
 // The derived fields of the listed bricks (indices of the mesh, increasing): (elements, derivedFieldNames), brick fastest.
 // The material's axes are the global ones of the undeformed model, turned by the rotation R of F = V R, the mean deformation
 // gradient of the brick.  A masked brick has no stress and keeps the global axes.
+// Without stress or displacement the fields that are made of them are 0.
 std::vector<double> derivedFields(const Mesh& mesh, const std::vector<int32_t>& elements, const Fields& fields);
 
 } // namespace sharedanalysis::solver

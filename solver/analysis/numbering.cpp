@@ -49,6 +49,7 @@ Numbering numberModel(const Mesh& mesh) {
                    [&](int32_t a, int32_t b) { return keys[a] < keys[b]; });
 
   result.internalNodes.assign(nodes, -1);
+  result.nodes.reserve(static_cast<std::size_t>(nodes));
   const auto number = [&](int32_t node) {
     result.internalNodes[node] = static_cast<int32_t>(result.nodes.size());
     result.nodes.push_back(node);

@@ -1,5 +1,6 @@
 #include "solver/analysis/set_up.h"
 
+#include "solver/model/memory.h"
 #include "solver/parallel/faults.h"
 
 #include <algorithm>
@@ -72,6 +73,7 @@ std::vector<DomainState> makeDomainStates(const Layout& layout, const std::vecto
     state.force.resize(3 * static_cast<size_t>(state.domain.recordCount));
     const std::span<const int32_t> elements(state.domain.elements), records(state.domain.records);
     const auto inner = static_cast<size_t>(state.domain.inner);
+    state.blocks.reserve(elements.size() / kBlockLength + 2); // of one material
     for (size_t first = 0, count = 0; first < elements.size(); first += count) {
       // consecutive bricks of one material; their order is kept
       const int32_t own = material[elements[first]];
@@ -86,7 +88,8 @@ std::vector<DomainState> makeDomainStates(const Layout& layout, const std::vecto
         if (block.mask(e) != 0.0 && state.speaksFor(layout, block.bricks()[e]))
           bad.push_back(layout.mesh.elementNumbers[layout.meshBrick(block.bricks()[e])]);
     }
-    state.domain.records = {}; // blocks have them
+    release(state.domain.records); // blocks have them
+    release(state.domain.elements);
   }
   const int64_t count = layout.ranks.sum(static_cast<int64_t>(bad.size()));
   if (count == 0) return domains;

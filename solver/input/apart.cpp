@@ -1,5 +1,6 @@
 #include "solver/input/apart.h"
 
+#include "solver/model/memory.h"
 #include "solver/model/model.h"
 
 #include <algorithm>
@@ -125,7 +126,7 @@ void HandOver::add(const char* bytes, std::size_t count) {
     if (file_ < 0) throw InputError(kNoRoom + (none ? "TMPDIR: " + none.message() : std::strerror(errno)));
     unlink(name.c_str());
     store(bytes_.data(), bytes_.size());
-    bytes_ = {};
+    release(bytes_);
   }
   if (file_ < 0)
     bytes_.insert(bytes_.end(), bytes, bytes + count);

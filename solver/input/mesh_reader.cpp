@@ -3,6 +3,7 @@
 #include "solver/input/box_mesh.h"
 #include "solver/input/exodus_mesh.h"
 #include "solver/input/gmsh_mesh.h"
+#include "solver/model/hash.h"
 #include "solver/parallel/distribution.h"
 #include "solver/parallel/faults.h"
 
@@ -93,13 +94,45 @@ bool isDatabase(const std::filesystem::path& file) {
   return text.starts_with("CDF") || text == "\x89HDF";
 }
 
+// Of a large file its size and pieces all over it, the beginning and the end among them: what takes no time.  0 for a file that
+// cannot be read, about which its reader has more to say.
+uint64_t printOf(const std::filesystem::path& file) {
+  constexpr uint64_t kPieces = 256, kPiece = 4096;
+  std::error_code error;
+  const uint64_t size = std::filesystem::file_size(file, error);
+  std::ifstream stream(file, std::ios::binary);
+  if (error || !stream) return 0;
+  Hash hash;
+  hash.add(size);
+  const bool isWhole = size <= kPieces * kPiece;
+  for (uint64_t k = 0; k < (isWhole ? (size + kPiece - 1) / kPiece : kPieces); ++k) {
+    const uint64_t at = isWhole ? k * kPiece : (size - kPiece) / (kPieces - 1) * k;
+    std::string bytes(std::min(kPiece, size - at), '\0');
+    stream.seekg(static_cast<std::streamoff>(k + 1 == kPieces && !isWhole ? size - kPiece : at));
+    stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    hash.addLetters(bytes);
+  }
+  return hash.value();
+}
+
+// Every rank opens its own path, which on disks of its own may be another file.
+void expectSameFile(const std::filesystem::path& file, const Ranks& ranks) {
+  const uint64_t own = printOf(file);
+  if (!ranks.allAgree(own != 0)) return;
+  if (const std::optional<int64_t> other = firstUnlike(ranks, own))
+    throw InputError(file.string() + ": rank " + std::to_string(*other) +
+                     " has another file of this name than rank 0, expected the same one for all ranks");
+}
+
 } // namespace
 
 MeshSlice sliceOf(const MeshInput& input, const Ranks& ranks) {
   if (input.box) return shareOfBox(*input.box, ranks.rank(), ranks.size());
   std::vector<int32_t> isExodus{ranks.isRoot() && isDatabase(input.file) ? 1 : 0};
   ranks.broadcast(isExodus);
-  return isExodus[0] == 1 ? sliceOfExodus(input.file, ranks) : handedOut(input.file, ranks);
+  if (isExodus[0] == 0) return handedOut(input.file, ranks);
+  expectSameFile(input.file, ranks);
+  return sliceOfExodus(input.file, ranks);
 }
 
 Mesh readMesh(const MeshInput& input) {

@@ -8,7 +8,7 @@
 namespace sharedanalysis::solver {
 
 // The mesh over the ranks of a job, which all call it.  A box is made by each rank; an Exodus file is read by all ranks, each its
-// part of it, and has to be there for all; a Gmsh file is read by the root, which hands out the shares.  No rank has more than
+// part of it, and has to be the same for all, which its size and pieces of it must show; a Gmsh file is read by the root, which hands out the shares.  No rank has more than
 // its share at any time.  Throws InputError naming the file, the same on all ranks.
 MeshSlice sliceOf(const MeshInput& input, const Ranks& ranks);
 

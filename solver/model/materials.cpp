@@ -20,17 +20,15 @@ MaterialPoints::MaterialPoints(const Material& material, int32_t n, SharedConsta
   auto& constants = (shared != nullptr ? *shared : own)[{&material, n}];
   if (!constants) {
     std::vector<double> all;
-    for (const double value : material.constants) all.insert(all.end(), static_cast<std::size_t>(n), value);
+    const auto add = [&](double value) { all.insert(all.end(), static_cast<std::size_t>(n), value); };
+    for (const double value : material.constants) add(value);
+    if (const auto& softening = material.mullins) add(softening->r), add(softening->m), add(softening->beta);
     constants = std::make_shared<const std::vector<double>>(std::move(all));
   }
   constants_ = constants;
   if (material.model->isUser()) user_.emplace(material, n);
   if (!material.mullins) return;
-  const auto size = static_cast<std::size_t>(n);
-  r_.assign(size, material.mullins->r);
-  m_.assign(size, material.mullins->m);
-  beta_.assign(size, material.mullins->beta);
-  largest_.assign(size, 0.0);
+  largest_.assign(static_cast<std::size_t>(n), 0.0);
   largestNow_ = largest_;
 }
 
@@ -45,7 +43,7 @@ void MaterialPoints::remember() {
 
 // The bindings name every member, so that none is forgotten.
 void MaterialPoints::visit(Archive& archive, int32_t i) {
-  [[maybe_unused]] auto& [material, n, user, constants, flag, energyFlag, r, m, beta, largest, largestNow] = *this;
+  [[maybe_unused]] auto& [material, n, user, constants, flag, energyFlag, largest, largestNow] = *this;
   archive.ofPoint(i, n, flag, energyFlag, largest, largestNow);
   if (user) user->visit(archive, i);
 }
@@ -64,7 +62,7 @@ void MaterialPoints::respond(const double* V, const double* F, double increment,
   if (!material_->mullins) return;
 
   if (!user_) material_->model->energy(points);
-  SPX_MAT_ORMULLINS(&n_, r_.data(), m_.data(), beta_.data(), largestNow_.data(), largest_.data(), w.U.data(),
+  SPX_MAT_ORMULLINS(&n_, softening(0), softening(1), softening(2), largestNow_.data(), largest_.data(), w.U.data(),
                     w.eta.data(), w.detaDU.data());
   // An energy of shape and volume in one (foam) softens all of the stress, so that the energies close.
   const bool softensMean = material_->model->softensMean;
@@ -99,14 +97,14 @@ void MaterialPoints::energies(const double* V, double* stored, double* lost, Mat
   // Unloading from the largest energy Um to U: stored = U - loss(Um) + loss still to come, which is the same function of
   // Um - U with m + beta U in place of m (d = m + beta Um stays).
   std::fill_n(w.first.begin(), n_, 1.0);
-  SPX_MAT_MULLINSDAMAGEENER(&n_, r_.data(), m_.data(), beta_.data(), largest_.data(), w.first.data(), w.first.data(),
-                            lost);
+  SPX_MAT_MULLINSDAMAGEENER(&n_, softening(0), softening(1), softening(2), largest_.data(), w.first.data(),
+                            w.first.data(), lost);
   for (int32_t i = 0; i < n_; ++i) {
     const double U = std::clamp(w.U[i], 0.0, largest_[i]);
-    w.second[i] = m_[i] + beta_[i] * U;
+    w.second[i] = softening(1)[i] + softening(2)[i] * U;
     w.rest[i] = largest_[i] - U;
   }
-  SPX_MAT_MULLINSDAMAGEENER(&n_, r_.data(), w.second.data(), beta_.data(), w.rest.data(), w.first.data(),
+  SPX_MAT_MULLINSDAMAGEENER(&n_, softening(0), w.second.data(), softening(2), w.rest.data(), w.first.data(),
                             w.first.data(), w.lost.data());
   for (int32_t i = 0; i < n_; ++i) stored[i] += w.lost[i] - lost[i];
 }

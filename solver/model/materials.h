@@ -95,12 +95,16 @@ public:
 
 private:
   PointBlock block(const double* V, MaterialWork& work);
+  // r, m and beta of softening by their places, for every point.
+  const double* softening(std::size_t which) const {
+    return constants_->data() + (material_->constants.size() + which) * static_cast<std::size_t>(n_);
+  }
 
   const Material* material_;
   int32_t n_;
   std::optional<UserPoints> user_;
-  std::shared_ptr<const std::vector<double>> constants_; // (n, constants), of all points alike
-  std::vector<double> flag_, energyFlag_, r_, m_, beta_, largest_, largestNow_;
+  std::shared_ptr<const std::vector<double>> constants_; // (n, constants and softening), of all points alike
+  std::vector<double> flag_, energyFlag_, largest_, largestNow_;
 };
 
 } // namespace sharedanalysis::solver

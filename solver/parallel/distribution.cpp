@@ -1,6 +1,7 @@
 #include "solver/parallel/distribution.h"
 
 #include "communicator.h"
+#include "solver/model/memory.h"
 
 #include <algorithm>
 #include <limits>
@@ -53,7 +54,7 @@ public:
     all.reserve(places.size());
     for (Parcel<T>& parcel : ranks_.exchange(answers)) { // by rank, and so by place
       all.insert(all.end(), parcel.values.begin(), parcel.values.end());
-      parcel.values = {};
+      release(parcel.values);
     }
     return all;
   }
@@ -77,7 +78,7 @@ std::vector<T> sendEach(const Ranks& ranks, std::size_t items, Destinations dest
   std::vector<T> all;
   for (Parcel<T>& parcel : in) {
     all.insert(all.end(), parcel.values.begin(), parcel.values.end());
-    parcel.values = {};
+    release(parcel.values);
   }
   return all;
 }
@@ -159,7 +160,7 @@ private:
       for (auto rank = ranks.begin(), end = std::unique(ranks.begin(), ranks.end()); rank != end; ++rank)
         to(*rank).push_back(brick);
     });
-    slice_.connectivity = {};
+    release(slice_.connectivity);
     std::sort(bricks.begin(), bricks.end(), [](const Brick& a, const Brick& b) { return a.place < b.place; });
     for (const Brick& brick : bricks) {
       part().elementPositions.push_back(brick.place);
@@ -197,8 +198,8 @@ private:
       mesh_.coordinates.insert(mesh_.coordinates.end(), node.coordinates.begin(), node.coordinates.end());
       part().owners.push_back(node.owner);
     }
-    slice_.coordinates = {};
-    slice_.nodeNumbers = {};
+    release(slice_.coordinates);
+    release(slice_.nodeNumbers);
   }
 
   void nameGroups() {
@@ -346,10 +347,19 @@ Mesh joinedMesh(const std::vector<MeshSlice>& slices) {
 }
 
 Mesh distribute(MeshSlice slice, const Ranks& ranks) {
-  if (ranks.areSeveral()) return Distribution(std::move(slice), ranks).run();
-  std::vector<MeshSlice> whole;
-  whole.push_back(std::move(slice));
-  return joinedMesh(whole);
+  Mesh mesh;
+  if (ranks.areSeveral()) {
+    mesh = Distribution(std::move(slice), ranks).run();
+  } else {
+    std::vector<MeshSlice> whole;
+    whole.push_back(std::move(slice));
+    mesh = joinedMesh(whole);
+  }
+  const auto shrink = [](auto&... values) { (values.shrink_to_fit(), ...); }; // they have grown without a plan
+  shrink(mesh.coordinates, mesh.nodeNumbers, mesh.connectivity, mesh.elementNumbers);
+  for (Group& group : mesh.groups) shrink(group.nodes, group.elements, group.faces);
+  if (mesh.part) shrink(mesh.part->nodePositions, mesh.part->elementPositions, mesh.part->owners);
+  return mesh;
 }
 
 Balance balanceOf(const Mesh& mesh, const Ranks& ranks) {

@@ -33,6 +33,13 @@ void Found::join(const Ranks& ranks) {
   place = first;
 }
 
+std::optional<int64_t> firstUnlike(const Ranks& ranks, uint64_t own) {
+  std::vector<uint64_t> roots{own};
+  ranks.broadcast(roots);
+  const int64_t first = smallestOf(ranks, own == roots[0] ? ranks.size() : ranks.rank());
+  return first < ranks.size() ? std::optional(first) : std::nullopt;
+}
+
 std::vector<int64_t> firstOfAll(const Ranks& ranks, std::vector<int64_t> own, std::size_t most) {
   const auto cut = [&](std::vector<int64_t>& numbers) {
     std::sort(numbers.begin(), numbers.end());

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <string>
 
 namespace sharedanalysis::solver {
@@ -40,6 +41,9 @@ struct Found {
   // Those of all ranks, of which each has added its own ones.
   void join(const Ranks& ranks);
 };
+
+// The first rank that has another word than the root, nothing when there is none.
+std::optional<int64_t> firstUnlike(const Ranks& ranks, uint64_t own);
 
 // The smallest numbers of all ranks, `most` of them.
 std::vector<int64_t> firstOfAll(const Ranks& ranks, std::vector<int64_t> own, std::size_t most);

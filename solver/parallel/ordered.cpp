@@ -1,5 +1,7 @@
 #include "solver/parallel/ordered.h"
 
+#include "solver/model/memory.h"
+
 #include <algorithm>
 #include <cstring>
 #include <numeric>
@@ -69,7 +71,7 @@ struct Places {
 };
 
 // Every rank sorts the positions of one share of the whole.
-Places placesAmongAll(const std::vector<std::vector<int64_t>>& positions, int64_t whole, const Ranks& ranks) {
+Places placesAmongAll(std::vector<std::vector<int64_t>> positions, int64_t whole, const Ranks& ranks) {
   const std::size_t lists = positions.size();
   const int64_t share = std::max<int64_t>(1, (whole + ranks.size() - 1) / ranks.size());
   std::vector<Parcel<int64_t>> out;
@@ -86,7 +88,9 @@ Places placesAmongAll(const std::vector<std::vector<int64_t>>& positions, int64_
     }
     if (!parcel.values.empty()) out.push_back(std::move(parcel));
   }
+  release(positions);
   std::vector<Parcel<int64_t>> asked = ranks.exchange(out);
+  release(out);
   const auto eachList = [&](const auto& visit) {
     for (Parcel<int64_t>& parcel : asked)
       for (std::size_t at = 0; at < parcel.values.size(); at += 2 + sizeOf(parcel.values[at + 1]))
@@ -115,6 +119,7 @@ Places placesAmongAll(const std::vector<std::vector<int64_t>>& positions, int64_
       position = before[list] + (at - sorted[list].begin());
     }
   });
+  release(sorted);
   // the answers come in the order of the questions
   for (const Parcel<int64_t>& answer : ranks.exchange(asked))
     for (std::size_t at = 0; at < answer.values.size();) {
@@ -132,7 +137,7 @@ Ordered::Ordered(const Ranks& ranks, std::vector<int64_t> places, int64_t whole)
     : ranks_(ranks), places_(std::move(places)), whole_(whole) {}
 
 int64_t Ordered::sliceOf(int components) {
-  constexpr int64_t mostWords = int64_t{1} << 18, mostEntities = int64_t{1} << 16;
+  constexpr int64_t mostWords = int64_t{1} << 16, mostEntities = int64_t{1} << 16;
   return std::clamp<int64_t>(mostWords / components, 1, mostEntities);
 }
 
@@ -232,7 +237,8 @@ std::vector<Listing> listingsOf(const Mesh& mesh, Kind kind, const std::vector<c
         own[list].push_back(index);
         positions[list].push_back(positionOf(mesh, kind, index));
       }
-  Places places = placesAmongAll(positions, kind == Kind::Node ? mesh.wholeNodes() : mesh.wholeElements(), ranks);
+  Places places =
+      placesAmongAll(std::move(positions), kind == Kind::Node ? mesh.wholeNodes() : mesh.wholeElements(), ranks);
   for (std::size_t list = 0; list < members.size(); ++list)
     listings.push_back({std::move(own[list]), Ordered(ranks, std::move(places.own[list]), places.whole[list])});
   return listings;

@@ -32,7 +32,7 @@ public:
   using Take = std::function<void(int64_t first, std::span<const T> values)>;
 
   // T is double or int64_t.  Chunk c of `chunk` entities, one chunk of all without it, is taken by rank c modulo their number,
-  // its slices in their order.  A slice has up to 2 MB, and one for each taker is under way.  Throws std::logic_error for entities
+  // its slices in their order.  A slice has up to 0.5 MB, and one for each taker is under way.  Throws std::logic_error for entities
   // of no rank or of several.  Every rank calls it.
   template <class T>
   void stream(int components, const Give<T>& give, const Take<T>& take, int64_t chunk = 0) const;

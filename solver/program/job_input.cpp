@@ -1,9 +1,11 @@
 #include "solver/program/job_input.h"
 
 #include "solver/input/mesh_reader.h"
+#include "solver/model/hash.h"
+#include "solver/model/memory.h"
 #include "solver/parallel/distribution.h"
+#include "solver/parallel/faults.h"
 #include "solver/results/digest.h"
-#include "solver/results/hash.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -50,13 +52,8 @@ CaseFile readInput(const JobOptions& options) {
 // Before anything else is done together.
 CaseFile readSameCase(const JobOptions& options, const Ranks& ranks) {
   CaseFile caseFile = readInput(options);
-  const auto own = static_cast<int64_t>(hashOf(caseFile));
-  std::vector<int64_t> roots{own};
-  ranks.broadcast(roots);
-  std::vector<int64_t> other{own == roots[0] ? ranks.size() : ranks.rank()};
-  ranks.smallest(other);
-  if (other[0] < ranks.size())
-    throw InputError("rank " + std::to_string(other[0]) + " has read another case than rank 0 from " +
+  if (const std::optional<int64_t> other = firstUnlike(ranks, hashOf(caseFile)))
+    throw InputError("rank " + std::to_string(*other) + " has read another case than rank 0 from " +
                      caseFile.definition.file.string());
   return caseFile;
 }
@@ -70,6 +67,7 @@ JobInput::JobInput(const JobOptions& options, const Ranks& ranks)
   all.add(hashOf(caseFile));
   all.add(inputHashOf(mesh, ranks));
   hash = all.value();
+  returnFreeMemory();
   checkGroups(caseFile, mesh, ranks);
   for (const Material& material : caseFile.definition.materials) checkData(material);
 }

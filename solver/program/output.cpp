@@ -1,6 +1,7 @@
 #include "solver/program/output.h"
 
 #include "reference_host.h"
+#include "solver/model/memory.h"
 #include "solver/model/text.h"
 #include "solver/program/messages.h"
 
@@ -25,6 +26,7 @@ Output::Output(const Case& definition, const Mesh& mesh, const std::vector<std::
     digest_.emplace(resultFile(definition, digestExtension), definition.job, mesh, ranks_, how);
   };
   if (digest) makeDigest_(start);
+  returnFreeMemory();
 }
 
 std::string Output::fieldsName() const {
@@ -76,7 +78,7 @@ void Output::writeHistory(const Analysis& analysis) {
 void Output::writeFields(const Analysis& analysis) {
   const Progress now = analysis.progress();
   const Energies energies = analysis.energies();
-  const Fields fields = analysis.fields(); // every rank has a part in them
+  const FieldSource fields = [&](unsigned choice) { return analysis.fields(choice); };
   results_->write(now.time, fields, energies);
   if (digest_) digest_->write(now, fields, energies);
   if (ranks_.isRoot())

@@ -14,6 +14,8 @@ class Netcdf:
     def __init__(self, path):
         with open(path, "rb") as file:
             self._data = mmap.mmap(file.fileno(), 0, access=mmap.ACCESS_READ)
+        if self._data[:4] == b"\x89HDF":
+            raise ValueError("has the format of netCDF-4, which is not read here")
         if self._data[:3] != b"CDF" or self._data[3] not in (1, 2, 5):
             raise ValueError("is not in a classic netCDF format")
         self._at = 4

@@ -1,7 +1,7 @@
 #include "solver/results/digest.h"
 
 #include "solver/model/text.h"
-#include "solver/results/hash.h"
+#include "solver/model/hash.h"
 
 #include <algorithm>
 #include <array>
@@ -227,7 +227,7 @@ uint64_t meshHash(const Mesh& mesh, const Ranks& ranks) {
   const auto addSize = [&](const Listing& listing, uint64_t components) {
     hash.add(components * static_cast<uint64_t>(listing.order.whole()));
   };
-  const Listing nodes = listingOf(mesh, Kind::Node, ranks), bricks = listingOf(mesh, Kind::Brick, ranks);
+  Listing nodes = listingOf(mesh, Kind::Node, ranks), bricks = listingOf(mesh, Kind::Brick, ranks);
   addSize(nodes, 1);
   addWords(nodes, 1, [&](int32_t n, int) { return mesh.nodeNumbers[static_cast<std::size_t>(n)]; });
   addSize(bricks, 1);
@@ -240,19 +240,15 @@ uint64_t meshHash(const Mesh& mesh, const Ranks& ranks) {
   addWords(bricks, 8, [&](int32_t e, int c) {
     return mesh.nodePosition(mesh.connectivity[8 * static_cast<std::size_t>(e) + static_cast<std::size_t>(c)]);
   });
-  std::vector<const std::vector<int32_t>*> ofNodes, ofBricks;
+  nodes = bricks = {{}, Ordered(0)}; // they take 12 bytes of every entity
   for (const Group& group : mesh.groups) {
-    ofNodes.push_back(&group.nodes);
-    ofBricks.push_back(&group.elements);
-  }
-  const std::vector<Listing> groupNodes = listingsOf(mesh, Kind::Node, ofNodes, ranks),
-                             groupBricks = listingsOf(mesh, Kind::Brick, ofBricks, ranks);
-  for (std::size_t g = 0; g < mesh.groups.size(); ++g) {
-    hash.add(mesh.groups[g].name);
-    addSize(groupNodes[g], 1);
-    addWords(groupNodes[g], 1, [&](int32_t n, int) { return mesh.nodePosition(n); });
-    addSize(groupBricks[g], 1);
-    addWords(groupBricks[g], 1, [&](int32_t e, int) { return mesh.elementPosition(e); });
+    hash.add(group.name);
+    const Listing ofNodes = listingsOf(mesh, Kind::Node, {&group.nodes}, ranks)[0];
+    addSize(ofNodes, 1);
+    addWords(ofNodes, 1, [&](int32_t n, int) { return mesh.nodePosition(n); });
+    const Listing ofBricks = listingsOf(mesh, Kind::Brick, {&group.elements}, ranks)[0];
+    addSize(ofBricks, 1);
+    addWords(ofBricks, 1, [&](int32_t e, int) { return mesh.elementPosition(e); });
   }
   return hash.value();
 }
@@ -313,8 +309,7 @@ void DigestFile::visit(Archive& archive) {
 
 DigestFile::DigestFile(const std::filesystem::path& name, const std::string& job, const Mesh& mesh, const Ranks& ranks,
                        Start start)
-    : name_(name), ranks_(ranks), nodes_(listingOf(mesh, Kind::Node, ranks)),
-      bricks_(listingOf(mesh, Kind::Brick, ranks)) {
+    : name_(name), mesh_(mesh), ranks_(ranks) {
   if (ranks.isRoot()) file_.emplace(name, start);
   if (start == Start::GoOn) return;
   const std::string lines[] = {std::string(heading), "job " + job, "mesh " + hexadecimal(meshHash(mesh, ranks)),
@@ -326,11 +321,11 @@ DigestFile::DigestFile(const std::filesystem::path& name, const std::string& job
 
 // "nodes 7381 1-462 463-924 ...": how many there are, and the first and last number of each chunk; on the root.
 std::string DigestFile::chunkLine(Entity entity, const std::vector<int64_t>& numbers) const {
-  const int64_t whole = listing(entity).order.whole(), length = chunkLength(whole);
+  const Listing all = listing(entity);
+  const int64_t whole = all.order.whole(), length = chunkLength(whole);
   std::vector<std::array<uint64_t, 2>> ends; // of chunks
   stream<int64_t>(
-      listing(entity), 1, length,
-      [&](int32_t index, int64_t* number) { *number = numbers[static_cast<std::size_t>(index)]; },
+      all, 1, length, [&](int32_t index, int64_t* number) { *number = numbers[static_cast<std::size_t>(index)]; },
       [&](int64_t first, std::span<const int64_t> some) {
         const int64_t chunk = first / length, end = first + static_cast<int64_t>(some.size());
         const auto add = [&](int64_t place, int64_t number) {
@@ -339,17 +334,17 @@ std::string DigestFile::chunkLine(Entity entity, const std::vector<int64_t>& num
         if (first == chunk * length) add(2 * chunk, some.front());
         if (end == std::min(whole, (chunk + 1) * length)) add(2 * chunk + 1, some.back());
       });
-  const std::vector<uint64_t> all = rowOf(ends, ranks_);
+  const std::vector<uint64_t> row = rowOf(ends, ranks_);
   std::string line(entityNames[static_cast<std::size_t>(entity)]);
   line += "s " + std::to_string(whole);
-  for (std::size_t k = 0; k < all.size(); k += 2)
-    line += ' ' + std::to_string(all[k]) + '-' + std::to_string(all[k + 1]);
+  for (std::size_t k = 0; k < row.size(); k += 2)
+    line += ' ' + std::to_string(row[k]) + '-' + std::to_string(row[k + 1]);
   return line;
 }
 
 // The hashes of the chunks that this rank takes, with their places.
-std::vector<std::array<uint64_t, 2>> DigestFile::chunksOf(const FieldName& name, std::span<const double> values) const {
-  const Listing& all = listing(name.entity);
+std::vector<std::array<uint64_t, 2>> DigestFile::chunksOf(const FieldName& name, std::span<const double> values,
+                                                          const Listing& all) const {
   const int64_t length = chunkLength(all.order.whole());
   const std::size_t components = static_cast<std::size_t>(name.count);
   std::map<uint64_t, Hash> hashes;
@@ -367,16 +362,30 @@ std::vector<std::array<uint64_t, 2>> DigestFile::chunksOf(const FieldName& name,
   return chunks;
 }
 
-void DigestFile::write(const Progress& progress, const Fields& fields, const Energies& energies) {
+void DigestFile::write(const Progress& progress, const FieldSource& fields, const Energies& energies) {
   const auto globals = energies.values();
-  const std::array<std::span<const double>, fieldNames.size()> values{
-      globals, fields.displacement, fields.velocity, fields.reaction, fields.stress, fields.strainEnergy, fields.mask};
+  using Values = std::span<const double>;
+  struct Source { // as fieldNames has them
+    unsigned choice;
+    Values Fields::*values;
+  };
+  static constexpr std::array<Source, fieldNames.size()> sources{{{0, nullptr},
+                                                                  {kDisplacement, &Fields::displacement},
+                                                                  {kVelocity, &Fields::velocity},
+                                                                  {kReaction, &Fields::reaction},
+                                                                  {kStress, &Fields::stress},
+                                                                  {kStrainEnergy, &Fields::strainEnergy},
+                                                                  {kMask, &Fields::mask}}};
+  const auto chunksAt = [&](std::size_t k) {
+    if (sources[k].choice == 0) return std::vector<uint64_t>{hashOf(globals)};
+    const Values values = fields(sources[k].choice).*sources[k].values;
+    return rowOf(chunksOf(fieldNames[k], values, listing(fieldNames[k].entity)), ranks_);
+  };
   ++outputs_;
   std::string text = "increment " + std::to_string(progress.increment) + " time " + exactNumber(progress.time);
   for (std::size_t k = 0; k < fieldNames.size(); ++k) {
     const FieldName& name = fieldNames[k];
-    const std::vector<uint64_t> chunks = name.entity == Entity::Model ? std::vector<uint64_t>{hashOf(globals)}
-                                                                      : rowOf(chunksOf(name, values[k]), ranks_);
+    const std::vector<uint64_t> chunks = chunksAt(k);
     text += '\n';
     text += entityNames[static_cast<std::size_t>(name.entity)];
     text += ' ';

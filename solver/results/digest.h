@@ -63,7 +63,7 @@ uint64_t meshHash(const Mesh& mesh, const Ranks& ranks);
 // calls it.
 uint64_t inputHashOf(const Mesh& mesh, const Ranks& ranks);
 
-// The digest of a run that goes on; docs/ranks-and-reproducibility.md describes the file.  The root writes it, every rank calls
+// The digest of a run that goes on; the mesh outlives it; docs/ranks-and-reproducibility.md describes the file.  The root writes it, every rank calls
 // the members: chunk c of an array is hashed by rank c modulo their number.
 class DigestFile {
 public:
@@ -72,7 +72,7 @@ public:
 
   void visit(Archive& archive); // how far it has come; on the root
 
-  void write(const Progress& progress, const Fields& fields, const Energies& energies);
+  void write(const Progress& progress, const FieldSource& fields, const Energies& energies);
   // The last call.  A file without its end line counts as cut off.
   void close();
   void synchronise() const;
@@ -80,13 +80,17 @@ public:
   const std::filesystem::path& name() const { return name_; }
 
 private:
-  std::vector<std::array<uint64_t, 2>> chunksOf(const FieldName& name, std::span<const double> values) const;
+  std::vector<std::array<uint64_t, 2>> chunksOf(const FieldName& name, std::span<const double> values,
+                                                const Listing& all) const;
   std::string chunkLine(Entity entity, const std::vector<int64_t>& numbers) const;
-  const Listing& listing(Entity entity) const { return entity == Entity::Node ? nodes_ : bricks_; }
+  // Made when it is read: it would take 12 bytes of every entity all the time.
+  Listing listing(Entity entity) const {
+    return listingOf(mesh_, entity == Entity::Node ? Kind::Node : Kind::Brick, ranks_);
+  }
 
   std::filesystem::path name_;
+  const Mesh& mesh_;
   Ranks ranks_;
-  Listing nodes_, bricks_;
   std::optional<PartialTextFile> file_; // of the root
   int64_t outputs_ = 0;
 };

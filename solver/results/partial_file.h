@@ -2,7 +2,7 @@
 #pragma once
 
 #include "solver/model/archive.h"
-#include "solver/results/hash.h"
+#include "solver/model/hash.h"
 
 #include <cstdio>
 #include <filesystem>

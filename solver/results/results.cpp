@@ -164,7 +164,7 @@ ResultsFile::ResultsFile(const std::filesystem::path& name, const Mesh& mesh, co
     if (file_) writer_ = std::make_unique<ExodusWriter>(file_->path(), contents.head);
     writeModel(contents);
   }
-  nodes_ = std::move(contents.nodes);
+  if (isByRank()) nodes_ = std::move(contents.nodes);
   blocks_ = std::move(contents.blocks);
   if (start == Start::GoOn) restored_ = std::move(contents.head);
 }
@@ -313,25 +313,26 @@ void ResultsFile::checkNumbers() const {
   }
 }
 
-void ResultsFile::write(double time, const Fields& fields, const Energies& energies) {
+void ResultsFile::write(double time, const FieldSource& fields, const Energies& energies) {
   ++count_;
   lastTime_ = time;
   nodeVariables_ = elementVariables_ = 0;
   if (writer_) writer_->beginTime(count_, time, energies.values());
-  writeNodeVector("displacement", fields.displacement);
-  writeNodeVector("velocity", fields.velocity);
-  writeNodeVector("reaction", fields.reaction);
-  writeElementField("stress", fields.stress, stressComponents);
-  writeElementField("strain_energy_density", fields.strainEnergy, 1);
-  writeElementField("mask", fields.mask, 1);
+  const auto has = [&](std::string_view field) { return isChosen(definition_.fields, field); };
+  if (has("displacement")) writeNodeVector(fields(kDisplacement).displacement);
+  if (has("velocity")) writeNodeVector(fields(kVelocity).velocity);
+  if (has("reaction")) writeNodeVector(fields(kReaction).reaction);
+  if (has("stress")) writeElementField(fields(kStress).stress, stressComponents);
+  if (has("strain_energy_density")) writeElementField(fields(kStrainEnergy).strainEnergy, 1);
+  if (has("mask")) writeElementField(fields(kMask).mask, 1);
   writeDerivedFields(fields);
   if (writer_) writer_->flush();
 }
 
-void ResultsFile::writeNodeVector(std::string_view field, std::span<const double> values) {
-  if (!isChosen(definition_.fields, field)) return;
+// All nodes of the rank are listed when it is time: the list would take 12 bytes of each.
+void ResultsFile::writeNodeVector(std::span<const double> values) {
   stream<double>(
-      nodes_, 3,
+      isByRank() ? nodes_ : listingOf(mesh_, Kind::Node, ranks_), 3,
       [&](int32_t node, double* vector) { std::copy_n(&values[3 * static_cast<std::size_t>(node)], 3, vector); },
       [&](int64_t first, std::span<const double> some) {
         writer_->putNodeValues(count_, nodeVariables_, 3, first, some);
@@ -339,8 +340,7 @@ void ResultsFile::writeNodeVector(std::string_view field, std::span<const double
   nodeVariables_ += 3;
 }
 
-void ResultsFile::writeElementField(std::string_view field, std::span<const double> values, int components) {
-  if (!isChosen(definition_.fields, field)) return;
+void ResultsFile::writeElementField(std::span<const double> values, int components) {
   for (std::size_t b = 0; b < blocks_.size(); ++b)
     stream<double>(
         blocks_[b], components,
@@ -354,12 +354,21 @@ void ResultsFile::writeElementField(std::string_view field, std::span<const doub
   elementVariables_ += components;
 }
 
-// Computed a slice at a time.
-void ResultsFile::writeDerivedFields(const Fields& fields) {
+// Those of the stress, then those of the motion, a slice at a time.
+void ResultsFile::writeDerivedFields(const FieldSource& source) {
+  constexpr std::size_t ofMotion = 16;
+  static_assert(derivedFieldNames[ofMotion] == "material_orientation_x");
+  writeDerivedFields(0, ofMotion, kStress, source);
+  writeDerivedFields(ofMotion, derivedFieldNames.size(), kDisplacement | kMask, source);
+}
+
+void ResultsFile::writeDerivedFields(std::size_t firstField, std::size_t endField, unsigned choice,
+                                     const FieldSource& source) {
   std::vector<std::size_t> chosen;
-  for (std::size_t k = 0; k < derivedFieldNames.size(); ++k)
+  for (std::size_t k = firstField; k < endField; ++k)
     if (isChosen(definition_.fields, derivedFieldNames[k])) chosen.push_back(k);
   if (chosen.empty()) return;
+  const Fields fields = source(choice);
   const int components = static_cast<int>(chosen.size());
   for (std::size_t b = 0; b < blocks_.size(); ++b) {
     const std::vector<int32_t>& own = blocks_[b].own;

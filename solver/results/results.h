@@ -31,7 +31,7 @@ public:
   // How many times it has.  Restoring opens the files; times beyond stay in them until they are written anew.  Throws InputError
   // for files that do not fit, and for those of another number of ranks.
   void visit(Archive& archive);
-  void write(double time, const Fields& fields, const Energies& energies);
+  void write(double time, const FieldSource& fields, const Energies& energies);
   // No write() afterwards.
   void close();
   // Brings what was written to the device.
@@ -55,9 +55,10 @@ private:
   bool isByRank() const { return definition_.filesByRank; }
   void writeModel(const Contents& contents);
   void checkNumbers() const;
-  void writeNodeVector(std::string_view field, std::span<const double> values);
-  void writeElementField(std::string_view field, std::span<const double> values, int components);
-  void writeDerivedFields(const Fields& fields);
+  void writeNodeVector(std::span<const double> values);
+  void writeElementField(std::span<const double> values, int components);
+  void writeDerivedFields(const FieldSource& source);
+  void writeDerivedFields(std::size_t firstField, std::size_t endField, unsigned choice, const FieldSource& source);
 
   const Mesh& mesh_;
   const Case& definition_;
@@ -68,7 +69,7 @@ private:
   double lastTime_ = 0;
   int nodeVariables_ = 0, elementVariables_ = 0; // written at this time so far
   std::optional<FieldsHead> restored_;           // of the files that a run goes on with
-  Listing nodes_{{}, Ordered(0)};
+  Listing nodes_{{}, Ordered(0)};                // of a file of this rank
   std::vector<Listing> blocks_;
 };
 
