@@ -85,6 +85,17 @@ void addMaterialCases(std::vector<Case>& list) {
                            {1, 1, 1, 1, 1, 1, 1}, softened, 110, 6));
   list.push_back(arrayCase("SPX_MAT_STRESSRATIO3DEXP", SPX_MAT_STRESSRATIO3DEXP, plain::stressratio3dexp, {6, 1},
                            fillTensors, 22, 2));
+  list.push_back({"SPX_MAT_DUCTSTRESSRATIO3DEXP",
+                  {6, 1, 1},
+                  [](int n, const Arrays& a, Random& random) {
+                    fillTensors(n, a, random);
+                    for (int i = 0; i < n; ++i) integers(a[2])[i] = i + 1;
+                  },
+                  [](int32_t n, const Arrays& a) { SPX_MAT_DUCTSTRESSRATIO3DEXP(&n, &n, integers(a[2]), a[0], a[1]); },
+                  plain::stressratio3dexp,
+                  22,
+                  2,
+                  60});
   const auto failing = [](std::size_t ratio, std::size_t rate, std::size_t heat, double hottest) {
     return [=](int n, const Arrays& a, Random& random) {
       uniform(n, a[ratio], random, -1, 2);

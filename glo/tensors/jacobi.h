@@ -122,7 +122,7 @@ struct RotationPlane {
 };
 template <bool kDirections>
 SA_INLINE RotationPlane planeOf(JacobiScratch<kDirections>& w, double* app, double* aqq, double* apq, double* apr,
-                                double* aqr, int p, int q) {
+                                double* aqr, int64_t p, int64_t q) {
   if constexpr (kDirections)
     return {app,           aqq, apq, apr, aqr, w.v[3 * p], w.v[3 * p + 1], w.v[3 * p + 2], w.v[3 * q], w.v[3 * q + 1],
             w.v[3 * q + 2]};
