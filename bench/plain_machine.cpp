@@ -24,7 +24,7 @@ typedef double Vector __attribute__((vector_size(8 * kWidth)));
 template <class Work>
 double perNanosecond(Work work) {
   double best = 1e300;
-  for (int k = 0; k < 40; ++k) {
+  for (int k = 0; k < 200; ++k) {
     const auto start = std::chrono::steady_clock::now();
     work();
     const std::chrono::duration<double, std::nano> spent = std::chrono::steady_clock::now() - start;
@@ -33,19 +33,19 @@ double perNanosecond(Work work) {
   return 1 / best;
 }
 
-// Independent chains, so that the units and not their latency count; the asm keeps each in a register.
-template <int chains, class Step>
-double rateOf(Step step) {
-  Vector x[chains];
-  for (int k = 0; k < chains; ++k) x[k] = Vector{} + 1.0;
+// Results a nanosecond of ten independent chains, so that the units and not their latency count; the asm keeps each in a register.
+template <class First, class Second>
+double rateOf(First first, Second second) {
   constexpr int rounds = 2000;
-  return rounds * chains * kWidth * perNanosecond([&] {
-           for (int r = 0; r < rounds; ++r)
-#pragma GCC unroll 16
-             for (int k = 0; k < chains; ++k) {
-               x[k] = step(x[k], k);
-               asm volatile("" : "+x"(x[k])); // NOLINT
-             }
+  return rounds * 10 * kWidth * perNanosecond([=] {
+           const Vector one = Vector{} + 1.0;
+           Vector a = one, b = one, c = one, d = one, e = one, f = one, g = one, h = one, i = one, j = one;
+           for (int r = 0; r < rounds; ++r) {
+             a = first(a), b = second(b), c = first(c), d = second(d), e = first(e);
+             f = second(f), g = first(g), h = second(h), i = first(i), j = second(j);
+             asm volatile("" // NOLINT
+                          : "+x"(a), "+x"(b), "+x"(c), "+x"(d), "+x"(e), "+x"(f), "+x"(g), "+x"(h), "+x"(i), "+x"(j));
+           }
          });
 }
 
@@ -54,13 +54,16 @@ double rateOf(Step step) {
 const Machine& machine() {
   static const Machine rates = [] {
     Machine m;
-    m.operations = rateOf<10>([](Vector x, int k) { return k % 2 == 0 ? x + 1e-9 : x * 0.999999; });
-    m.divisions = rateOf<8>([](Vector x, int) { return 1.000001 / x; });
+    const auto divide = [](Vector x) { return 1.000001 / x; };
+    m.operations = rateOf([](Vector x) { return x + 1e-9; }, [](Vector x) { return x * 0.999999; });
+    m.divisions = rateOf(divide, divide);
     std::vector<double> from(256, 1.0), to(256);
     std::vector<int32_t> map(256);
     for (int k = 0; k < 256; ++k) map[k] = k * 37 % 256;
-    m.accesses = 3 * 256 * perNanosecond([&] {
-                   for (int k = 0; k < 256; ++k) {
+    constexpr int rounds = 50;
+    m.accesses = rounds * 3 * 256 * perNanosecond([&] {
+                   for (int r = 0; r < rounds * 256; ++r) {
+                     const int k = r % 256;
                      double value = from[map[k]];
                      asm volatile("" : "+x"(value)); // NOLINT: one by one
                      to[k] = value;

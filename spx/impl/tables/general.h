@@ -248,12 +248,11 @@ struct SharedBreakpoints {
   double x[kMostRowsCompared];
 
   // Those of the members of `parents`, or of all groups of the last variable.  Looking at them must pay for `points` points.
-  SA_INLINE void layOut(const General& t, const Groups& members, const Groups* parents, int64_t points) {
+  void layOut(const General& t, const Groups& members, const Groups* parents, int64_t points) {
     const auto abscissa = abscissasOf(t, members);
     const int64_t parentCount = parents == nullptr ? 1 : parents->list[0];
-    const auto firstOf = [&](int64_t parent)
-                             SA_POINT { return parents == nullptr ? parent : parents->firstMember(parent); };
-    const auto endOf = [&](int64_t parent) SA_POINT {
+    const auto firstOf = [&](int64_t parent) { return parents == nullptr ? parent : parents->firstMember(parent); };
+    const auto endOf = [&](int64_t parent) {
       return parents == nullptr ? 1 + members.list[0] : parents->firstMember(parent + 1);
     };
     const int64_t length = endOf(1) - firstOf(1);
@@ -274,6 +273,10 @@ struct SharedBreakpoints {
 struct SharedIntervals {
   int32_t lower[kTreePoints], upper[kTreePoints];
   double distance[kTreePoints], width[kTreePoints], isHeld[kTreePoints];
+
+  SA_INLINE Interval of(int i, int64_t first) const {
+    return {first + lower[i], first + upper[i], distance[i], width[i], isHeld[i] != 0.0};
+  }
 };
 SA_INLINE void findIntervals(int n, const General& t, int v, const SharedBreakpoints& b, const double* x,
                              SharedIntervals& found) {
@@ -282,13 +285,13 @@ SA_INLINE void findIntervals(int n, const General& t, int v, const SharedBreakpo
   double row[kTreePoints];
   forPoints(n, [&](int i) SA_POINT { row[i] = 0.0; });
   for (int64_t k = 1; k < b.count - 1; ++k) {
-    const double breakpoint = b.x[k];
-    forPoints(n, [&](int i) SA_POINT { row[i] += vm::select(x[i] >= breakpoint, 1.0, 0.0); });
+    const double next = b.x[k];
+    forPoints(n, [&](int i) SA_POINT { row[i] += vm::select(x[i] >= next, 1.0, 0.0); });
   }
   const double lastRow = static_cast<double>(b.count - 1), single = b.count == 1 ? 1.0 : 0.0;
   forPoints(n, [&](int i) SA_POINT {
     const bool isBelow = x[i]<holdsBelow, isAbove = x[i]> holdsAbove;
-    const double held = isBelow | isAbove ? 1.0 : single, lower = isAbove ? lastRow : row[i];
+    const double held = (isBelow | isAbove) ? 1.0 : single, lower = isAbove ? lastRow : row[i];
     found.isHeld[i] = held;
     found.lower[i] = static_cast<int32_t>(lower);
     found.upper[i] = static_cast<int32_t>(lower + (1.0 - held));
@@ -307,8 +310,11 @@ SA_INLINE void descend(int n, const General& t, const Groups& groups, int node, 
   const auto abscissa = abscissasOf(t, groups);
   const int64_t self = tree.at(node), lowerNode = tree.at(Tree::lower(node)),
                 upperNode = tree.at(Tree::lower(node) + 1);
-  const auto take = [=, &t, &groups, &tree](int i, int64_t first, const Interval& found) SA_POINT {
-    const auto [lower, upper, distance, width, isHeld] = found;
+  for (int i = 0; i < n; ++i) {
+    const int64_t first = tree.first[self + i];
+    const auto [lower, upper, distance, width, isHeld] =
+        shared != nullptr ? shared->of(i, first)
+                          : intervalOf(t, groups.variable, first, tree.last[self + i], x[i], abscissa);
     tree.distance[self + i] = isHeld && !(Quantity::kIsIntegral && isRow) ? 0.0 : distance;
     tree.width[self + i] = width;
     if constexpr (isRow) {
@@ -320,19 +326,7 @@ SA_INLINE void descend(int n, const General& t, const Groups& groups, int node, 
       tree.first[upperNode + i] = groups.firstMember(upper);
       tree.last[upperNode + i] = groups.firstMember(upper + 1) - 1;
     }
-  };
-  if (shared != nullptr)
-    for (int i = 0; i < n; ++i) {
-      const int64_t first = tree.first[self + i];
-      take(i, first,
-           {first + shared->lower[i], first + shared->upper[i], shared->distance[i], shared->width[i],
-            shared->isHeld[i] != 0.0});
-    }
-  else
-    for (int i = 0; i < n; ++i) {
-      const int64_t first = tree.first[self + i];
-      take(i, first, intervalOf(t, groups.variable, first, tree.last[self + i], x[i], abscissa));
-    }
+  }
 }
 
 // A quantity on an interval of variable 1, at a distance from its lower end.
