@@ -160,41 +160,48 @@ SA_INLINE void turn(int i, JacobiScratch<kDirections>& w, const RotationPlane& a
   }
 }
 
-// The three rotations of a sweep for all n active points.  Angles keep the unit that divides busy, and what the rotations do
-// the units that multiply: the points are worked off in two halves, of which one turns while the angles of the other are found.
+// The three rotations of a sweep for all n active points.  Angles keep the unit that divides busy, and what the rotations do to
+// directions the units that multiply: with directions the points are worked off in two halves, of which one turns while the
+// angles of the other are found.
 template <class Rotation, bool kDirections>
 SA_INLINE void sweepPlanes(int n, JacobiScratch<kDirections>& w) {
   const RotationPlane first = planeOf(w, w.a11, w.a33, w.a13, w.a12, w.a23, 0, 2),
                       second = planeOf(w, w.a11, w.a22, w.a12, w.a13, w.a23, 0, 1),
                       third = planeOf(w, w.a22, w.a33, w.a23, w.a12, w.a13, 1, 2);
-  const int half = n / 16 * 8, rest = n - half; // the first half ends with a vector
   const auto angles = [&w](int start, int count, const RotationPlane& a) SA_POINT {
     forPoints(count, [=, &w](int i) SA_POINT { findAngle<Rotation>(start + i, w, a); });
   };
   const auto turns = [&w](int start, int count, const RotationPlane& a)
                          SA_POINT { forPoints(count, [=, &w](int i) SA_POINT { turn<Rotation>(start + i, w, a); }); };
-  // the first half turns in plane a while the angles of the second one in plane b are found, and the other way round
-  const auto firstTurns = [=, &w](const RotationPlane& a, const RotationPlane& b) SA_POINT {
-    forPoints(half, [=, &w](int i) SA_POINT {
-      turn<Rotation>(i, w, a);
-      findAngle<Rotation>(half + i, w, b);
-    });
-    angles(half + half, rest - half, b);
-  };
-  const auto secondTurns = [=, &w](const RotationPlane& a, const RotationPlane& b) SA_POINT {
-    forPoints(half, [=, &w](int i) SA_POINT {
-      turn<Rotation>(half + i, w, a);
-      findAngle<Rotation>(i, w, b);
-    });
-    turns(half + half, rest - half, a);
-  };
-  angles(0, half, first);
-  firstTurns(first, first);
-  secondTurns(first, second);
-  firstTurns(second, second);
-  secondTurns(second, third);
-  firstTurns(third, third);
-  turns(half, rest, third);
+  if constexpr (!kDirections) {
+    angles(0, n, first), turns(0, n, first);
+    angles(0, n, second), turns(0, n, second);
+    angles(0, n, third), turns(0, n, third);
+  } else {
+    const int half = n / 16 * 8, rest = n - half; // the first half ends with a vector
+    // the first half turns in plane a while the angles of the second one in plane b are found, and the other way round
+    const auto firstTurns = [=, &w](const RotationPlane& a, const RotationPlane& b) SA_POINT {
+      forPoints(half, [=, &w](int i) SA_POINT {
+        turn<Rotation>(i, w, a);
+        findAngle<Rotation>(half + i, w, b);
+      });
+      angles(half + half, rest - half, b);
+    };
+    const auto secondTurns = [=, &w](const RotationPlane& a, const RotationPlane& b) SA_POINT {
+      forPoints(half, [=, &w](int i) SA_POINT {
+        turn<Rotation>(half + i, w, a);
+        findAngle<Rotation>(i, w, b);
+      });
+      turns(half + half, rest - half, a);
+    };
+    angles(0, half, first);
+    firstTurns(first, first);
+    secondTurns(first, second);
+    firstTurns(second, second);
+    secondTurns(second, third);
+    firstTurns(third, third);
+    turns(half, rest, third);
+  }
 }
 
 // Moves the listed points of the scratch to its front.
