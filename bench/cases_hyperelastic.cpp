@@ -50,9 +50,9 @@ void addMaterialCases(std::vector<Case>& list) {
   list.push_back(arrayCase("SPX_MAT_HYPERABS33", SPX_MAT_HYPERABS33, plain::hyperabs33, {1, 1, 1, 1, 6},
                            stretched({{0.5, 1}, {3, 5}}, 4, false), 160, 4));
   list.push_back(arrayCase("SPX_MAT_HYPERAB3DEXP", SPX_MAT_HYPERAB3DEXP, plain::hyperab3dexp, {1, 1, 1, 6, 6, 1, 1, 1},
-                           stretched(arrudaBoyce, 3, false), 300, 6));
+                           stretched(arrudaBoyce, 3, false), 300, 4));
   list.push_back(arrayCase("SPX_MAT_HYPERVDW3DEXP", SPX_MAT_HYPERVDW3DEXP, plain::hypervdw3dexp,
-                           {1, 1, 1, 1, 1, 6, 6, 1, 1, 1}, stretched(vdw, 5, false), 380, 12));
+                           {1, 1, 1, 1, 1, 6, 6, 1, 1, 1}, stretched(vdw, 5, false), 380, 9));
   list.push_back(arrayCase("SPX_MAT_HYPERINVS33", SPX_MAT_HYPERINVS33, plain::hyperinvs33, {1, 1, 1, 6},
                            stretched({}, 3, false), 130, 2));
   list.push_back(arrayCase("SPX_MAT_OGDEN", SPX_MAT_OGDEN, plain::ogden, {1, 1, 1, 1, 1, 1, 1, 1, 3, 1},

@@ -80,8 +80,8 @@ Case mapCase(const char* name, Order order, Call kernel, Call plain, int arithme
 
 // Kernels without plain loops of their own.
 void addMeasuredByPeers(std::vector<Case>& list) {
-  list.push_back(principalCase("GLO_UTI_EIG33", GLO_UTI_EIG33, nullptr, 3, 0, 4 * 3 * 25, 4 * 3 * 4));
-  list.push_back(principalCase("GLO_UTI_EIG33V", GLO_UTI_EIG33V, nullptr, 3, 9, 4 * 3 * 40, 4 * 3 * 4));
+  list.push_back(principalCase("GLO_UTI_EIG33", GLO_UTI_EIG33, nullptr, 3, 0, 4 * 3 * 25, 4 * 3 * 5));
+  list.push_back(principalCase("GLO_UTI_EIG33V", GLO_UTI_EIG33V, nullptr, 3, 9, 4 * 3 * 40, 4 * 3 * 5));
   list.push_back({"GLO_UTI_QUAT3DALGEBRA",
                   {4, 4, 4},
                   [](int n, const Arrays& a, Random& random) {
@@ -122,10 +122,10 @@ constexpr int kKeySets = 200; // an even number
 } // namespace
 
 void addSharedCases(std::vector<Case>& list) {
-  list.push_back(principalCase("GLO_UTI_PRINCS33", GLO_UTI_PRINCS33, plain::princs33, 3, 9, 3 * 3 * 55, 3 * 3 * 5));
-  list.push_back(principalCase("GLO_UTI_EIG33ANAL", GLO_UTI_EIG33ANAL, plain::eig33anal, 3, 0, 190, 5));
+  list.push_back(principalCase("GLO_UTI_PRINCS33", GLO_UTI_PRINCS33, plain::princs33, 3, 9, 3 * 3 * 55, 3 * 3 * 3));
+  list.push_back(principalCase("GLO_UTI_EIG33ANAL", GLO_UTI_EIG33ANAL, plain::eig33anal, 3, 0, 165, 4));
   list.push_back(
-      principalCase("GLO_UTI_EIG33VECTOR", GLO_UTI_EIG33VECTOR, plain::eig33vector, 3, 0, 3 * 3 * 25, 3 * 3 * 5));
+      principalCase("GLO_UTI_EIG33VECTOR", GLO_UTI_EIG33VECTOR, plain::eig33vector, 3, 0, 3 * 3 * 25, 3 * 3 * 6));
   list.push_back(principalCase("GLO_UTI_PRINCS31", GLO_UTI_PRINCS31, plain::princs31, 3, 9, 27, 5, 128));
   list.push_back({"GLO_UTI_SQRTV",
                   {6, 6},
