@@ -116,13 +116,13 @@ class Site:
                 name = user.get(found[1], found[1])
                 variant = found[2].strip()
                 for place, head in enumerate(heads):
-                    if head in ("hot", "swept"):  # then the plain loop and the fastest peer, where there are any
+                    if pair := re.match(r"([\d.]+) / ([\d.]+) = \*\*([\d.]+)\*\*", cells[place]):
+                        figure = f"{pair[1]} ns a point, a plain loop {pair[2]}, ratio {pair[3]}"
+                    elif head in ("hot", "swept"):  # then the plain loop and the fastest peer, where there are any
                         beside = [f"{html.escape(other[1].strip() or 'a plain loop')} {other[2]}, ratio {other[3]}"
                                   for cell in cells[place + 1:place + 3]
                                   if (other := re.match(r"([A-Za-z_ ]*)([\d.]+) \*\*([\d.]+)\*\*", cell))]
                         figure = "; ".join([f"{cells[place]} ns a point", *beside])
-                    elif pair := re.match(r"([\d.]+) / ([\d.]+) = \*\*([\d.]+)\*\*", cells[place]):
-                        figure = f"{pair[1]} ns a point, a plain loop {pair[2]}, ratio {pair[3]}"
                     else:
                         continue
                     what = ", ".join(filter(None, (variant, head.split(":")[0])))
