@@ -67,6 +67,20 @@ function(sa_add_library target)
   target_link_options(${target} PRIVATE -Wl,--version-script=${SA_VERSION_SCRIPT} -Wl,-z,lazy)
 endfunction()
 
+# The headers that all sources of the target include are compiled once for all of them, and for the targets made after it in
+# the folder that take them over.
+macro(sa_precompile target)
+  target_precompile_headers(${target} PRIVATE ${ARGN})
+  if(CMAKE_CXX_COMPILER_LAUNCHER MATCHES "ccache")
+    # What was compiled with such a header is kept only on request.
+    list(PREPEND CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros)
+    set_target_properties(${target} PROPERTIES CXX_COMPILER_LAUNCHER "${CMAKE_CXX_COMPILER_LAUNCHER}")
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+      target_compile_options(${target} PRIVATE "SHELL:-Xclang -fno-pch-timestamp")
+    endif()
+  endif()
+endmacro()
+
 # The first of the interpreters around that has these modules; empty where none has.
 function(sa_find_python variable)
   find_package(Python3 COMPONENTS Interpreter)

@@ -547,7 +547,7 @@ inline void plyFabric(int32_t n, const MaterialBlock& b) {
   }
 }
 
-// With a change of phase; energies by the mean stress alone.
+// With a change of phase; what can come back is the work of the pressure on the way to where it is zero.
 inline void jhbOfPhases(int32_t n, const MaterialBlock& b) {
   using namespace user;
   const double *c = b.props, G = c[0], T = c[9], K1 = c[13], P1 = c[18], mu2 = c[19], mu0 = c[23];
@@ -569,7 +569,8 @@ inline void jhbOfPhases(int32_t n, const MaterialBlock& b) {
                  tr = e[0] + e[1] + e[2];
     const double f = std::clamp((top - mu1) / (mu2 - mu1), 0., 1.), dP = b.stateOld[3 * n + i], D = b.stateOld[n + i];
     const auto mix = [&](double x) { return (1 - f) * low(x) + f * dense(x); };
-    double P = mix(mu) + dP + (f > 0 && f < 1 ? P1 + f * rise - mix(top) : 0);
+    const double offset = f > 0 && f < 1 ? P1 + f * rise - mix(top) : 0;
+    double P = mix(mu) + dP + offset;
     const double mean = (so[0] + so[1] + so[2]) / 3, limited = std::max(D < 1 ? -T : 0., P);
     for (int k = 0; k < 6; ++k) {
       d[k] = e[k] - (k < 3 ? tr / 3 : 0);
@@ -591,14 +592,44 @@ inline void jhbOfPhases(int32_t n, const MaterialBlock& b) {
         P += growth, q = std::min(trial, failed(std::max(0., P))), dep = (trial - q) / (3 * G);
       }
     }
-    P = std::max(now < 1 ? -T : 0., P);
+    const double limit = now < 1 ? T : 0, constant = dP + growth + offset;
+    const auto placeOf = [&](double pressure) {
+      const auto slope = [](const double* k, double x) { return x > 0 ? k[0] + x * (2 * k[1] + 3 * x * k[2]) : k[0]; };
+      double x = mu;
+      for (int k = 0; k < 30; ++k) {
+        const double step = (mix(x) + constant - pressure) /
+                            ((1 - f) * slope(c + 13, x) + f / (1 + mu0) * slope(c + 20, (x - mu0) / (1 + mu0)));
+        x -= step;
+        if (std::abs(step) < 1e-8) break;
+      }
+      return x;
+    };
+    const double zero = placeOf(0), from = P < -limit ? placeOf(-limit) : mu;
+    const auto work = [](const double* k, double x) {
+      const double L = std::log1p(x), w = x / (1 + x);
+      return k[0] * (L - w) + (x > 0 ? k[1] * (x - 2 * L + w) + k[2] * (x * (.5 * x - 2) + 3 * L - w) : 0);
+    };
+    const auto workTo = [&](double x) {
+      return (f < 1 ? (1 - f) * work(c + 13, x) : 0) +
+             (f > 0 ? f / (1 + mu0) * work(c + 20, (x - mu0) / (1 + mu0)) : 0);
+    };
+    const double back = workTo(from) - workTo(zero) + constant * (from - zero) / ((1 + from) * (1 + zero)) +
+                        (P < -limit ? limit * (1 / (1 + mu) - 1 / (1 + from)) : 0);
+    P = std::max(-limit, P);
     for (int k = 0; k < 6; ++k) {
       s[k] = (trial > 0 ? q / trial : 0) * s[k] - (k < 3 ? P : 0);
       b.stress[k * n + i] = s[k];
     }
     const double state[] = {b.stateOld[i] + dep, now, 1, dP + growth, top};
     for (int k = 0; k < 5; ++k) b.state[k * n + i] = state[k];
-    energies(b, i, 1, so, 1, s, e, q * q / (6 * G) + P * P / (2 * K1));
+    const double fOld = std::clamp((b.stateOld[4 * n + i] - mu1) / (mu2 - mu1), 0., 1.);
+    const bool loses = dep > 0 || now > D || growth > 0 || f > fOld;
+    energies(b, i, 1, so, 1, s, e, 0);
+    const double elastic = (q * q / (6 * G) + back * (1 + mu)) / b.density[i],
+                 elasticOld = b.internalOld[i] - b.inelasticOld[i];
+    const double lost = b.internal[i] - b.internalOld[i] - (elastic - elasticOld);
+    b.inelastic[i] = b.inelasticOld[i] + (loses ? std::max(0., lost) : 0);
+    b.internal[i] = b.inelastic[i] + elastic;
   }
 }
 

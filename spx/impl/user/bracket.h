@@ -1,8 +1,7 @@
 // Roots in brackets over the points of a piece, for models whose update has no closed form.
 #pragma once
 
-#include "glo/kernel/kernel.h"
-#include "glo/kernel/vmath.h"
+#include "spx/impl/user/frame.h"
 
 namespace sa::user {
 
@@ -28,7 +27,6 @@ SA_INLINE void solveBracketed(int n, Bracket& b, double tolerance, Evaluate eval
   });
   for (int step = 0; step < kMostSteps; ++step) {
     const bool halves = step % 3 == 2;
-    double running = 0.0;
     forPoints(n, [&, halves](int i) SA_POINT {
       const double low = b.low[i], high = b.high[i], below = b.atLow[i], above = b.atHigh[i];
       const double middle = 0.5 * (low + high), difference = above - below;
@@ -40,8 +38,7 @@ SA_INLINE void solveBracketed(int n, Bracket& b, double tolerance, Evaluate eval
       const double error = vm::abs(b.atRoot[i]);
       runs[i] = vm::select((error > tolerance) & (size > round), 1.0, 0.0);
     });
-    for (int i = 0; i < n; ++i) running += runs[i];
-    if (running == 0.0) return;
+    if (!isAnySet(n, runs)) return;
     evaluate(x, value);
     forPoints(n, [&](int i) SA_POINT {
       const double low = b.low[i], high = b.high[i], below = b.atLow[i], above = b.atHigh[i], at = x[i], v = value[i];

@@ -47,10 +47,11 @@ struct BrittleConstants {
 struct VolumeEnergy {
   double linear, square, cube;
 };
-SA_INLINE VolumeEnergy volumeEnergy(double mu) {
-  const double L = vm::logPositive(1.0 + mu), w = mu / (1.0 + mu);
+// L = ln(1 + mu), w = mu/(1 + mu)
+SA_INLINE VolumeEnergy volumeEnergy(double mu, double L, double w) {
   return {L - w, (mu - 2.0 * L) + w, mu * (0.5 * mu - 2.0) + (3.0 * L - w)};
 }
+SA_INLINE VolumeEnergy volumeEnergy(double mu) { return volumeEnergy(mu, vm::logPositive(1.0 + mu), mu / (1.0 + mu)); }
 inline double strainOrNone(double property) { return property > 0.0 ? property : vm::kInfinity; }
 
 // The x > 0 at which an increasing function that is 0 at 0 has this value: false position that halves the weight of an end
@@ -162,8 +163,8 @@ struct BrittleScratch {
   double damageBefore[kScratchPoints], before[kScratchPoints], q[kScratchPoints], plasticStrain[kScratchPoints],
       damage[kScratchPoints], growth[kScratchPoints], open[kScratchPoints]; // one of the three above
   double low[kScratchPoints], high[kScratchPoints];                         // bounds of the growth of damage
-  double zero[kScratchPoints],
-      from[kScratchPoints]; // where the model transforms: mu without pressure, and at the limit
+  // where the model transforms: mu without pressure and at the limit, and what comes back on the way there
+  double zero[kScratchPoints], from[kScratchPoints], recoverable[kScratchPoints];
 };
 
 template <class Model>
@@ -183,6 +184,12 @@ SA_INLINE double armAt(const Model& m, const BrittleScratch& w, int k) {
     return m.K1 * w.mu[k] + w.history[k];
 }
 
+SA_INLINE void storePressure(BrittleScratch& w, int k, const Pressure& p) {
+  w.pressure[k] = p.p;
+  w.history[k] = p.history;
+  w.compaction[k] = p.compaction;
+}
+
 // Pressure, trial stress and rate.
 template <class Storage, class Model>
 SA_INLINE void findTrial(const Block& b, const Model& model, int start, int length, BrittleScratch& w) {
@@ -198,11 +205,10 @@ SA_INLINE void findTrial(const Block& b, const Model& model, int start, int leng
     w.rate[k] = vm::sqrt(2.0 / 3.0 * product(e, e)) * perTime;
     // an element that is turned inside out is for others to report: here it counts as compressed to a millionth
     w.mu[k] = 1.0 / vm::max(1e-6, volumeRatio<Storage>(defgrad, N, i)) - 1.0;
-    const Pressure p = pressureAt(m, w.mu[k], stateOld, N, i);
-    w.pressure[k] = p.p;
-    w.history[k] = p.history;
-    w.compaction[k] = p.compaction;
+    if constexpr (!Model::kTransforms) storePressure(w, k, pressureAt(m, w.mu[k], stateOld, N, i));
   });
+  if constexpr (Model::kTransforms) // two curves: a pass of their own
+    forPoints(length, [=, &w](int k) SA_POINT { storePressure(w, k, pressureAt(m, w.mu[k], stateOld, N, start + k)); });
 }
 
 // The surfaces at the pressure without what the increment does to it.
@@ -390,44 +396,79 @@ SA_INLINE void settleBroken(const Model& model, int length, BrittleScratch& w) {
   }
 }
 
-// Where release from the largest compression has the pressure p, which is what bulking adds and the limit of tension.
+// Where release from the largest compression has a pressure, that which `constant` takes to zero.  The straight lines of both
+// curves lead near it, and Newton's steps to it, between bounds; every fourth halves them, which few points live to see.  What can
+// come back is smallest there, so that a place good to 1e-7 and one step more leave no trace in it.
 template <class Model>
-SA_INLINE void findOnWay(const Model& m, int length, const Lane& largest, const Lane& mu, const Lane& pressure,
+SA_INLINE void findOnWay(const Model& model, int length, const Lane& largest, const Lane& mu, const Lane& constant,
                          double* root) {
-  const Model model = m;
-  Bracket b;
-  Lane fraction, constant;
-  forPoints(length, [=, &largest, &mu, &pressure, &fraction, &constant, &b](int k) SA_POINT {
-    const double top = largest[k], f = model.fraction(top), c = model.offset(top, f) - pressure[k];
-    const double low = -0.9, high = vm::max(mu[k], top);
-    const double below = model.mix(low, f) + c, above = model.mix(high, f) + c;
-    const double end = vm::select(below < 0.0, high, low); // where it has one sign everywhere
-    const double start = vm::select(below < 0.0, vm::select(above > 0.0, low, end), end);
-    const double halt = vm::select(below < 0.0, vm::select(above > 0.0, high, end), end);
+  constexpr int kMostSteps = 4 * 54;
+  const Model m = model;
+  Lane fraction, low, high, runs;
+  forPoints(length, [=, &largest, &mu, &constant, &fraction, &low, &high, &runs](int k) SA_POINT {
+    const double top = largest[k], f = m.fraction(top), c = m.offset(top, f) + constant[k];
+    const double least = -0.9, most = vm::max(mu[k], top);
+    const double guess = vm::max(least, vm::min(most, m.straightRoot(f, c)));
+    const bool isBelow = m.mix(most, f) + c <= 0.0, isAbove = m.mix(least, f) + c >= 0.0; // one sign everywhere
     fraction[k] = f;
-    constant[k] = c;
-    b.low[k] = start;
-    b.high[k] = halt;
-    b.atLow[k] = vm::select(start < halt, below, 0.0);
-    b.atHigh[k] = vm::select(start < halt, above, 0.0);
+    low[k] = least;
+    high[k] = most;
+    root[k] = vm::select(isBelow, most, vm::select(isAbove, least, guess));
+    runs[k] = vm::select(isBelow | isAbove, 0.0, 1.0);
   });
-  solveBracketed(length, b, 1e-15 * model.K1, [=, &fraction, &constant](const Lane& x, Lane& value) SA_POINT {
-    forPoints(length, [=, &x, &value, &fraction, &constant](int k)
-                          SA_POINT { value[k] = model.mix(x[k], fraction[k]) + constant[k]; });
-  });
-  forPoints(length, [=, &b](int k) SA_POINT { root[k] = b.root[k]; });
+  for (int step = 0; step < kMostSteps && isAnySet(length, runs); ++step) {
+    const bool halves = step % 4 == 3;
+    forPoints(length, [=, &largest, &constant, &fraction, &low, &high, &runs](int k) SA_POINT {
+      const double x = root[k], f = fraction[k], lowOld = low[k], highOld = high[k];
+      const double value = m.mix(x, f) + (m.offset(largest[k], f) + constant[k]);
+      const double lower = vm::select(value < 0.0, x, lowOld), upper = vm::select(value > 0.0, x, highOld);
+      const double next = x - value / m.mixSlope(x, f), middle = 0.5 * (lower + upper);
+      const bool ran = runs[k] > 0.0, isNear = vm::abs(value) <= 1e-7 * m.K1,
+                 isInside = (next >= lower) & (next <= upper);
+      const double far = vm::select(halves, middle, vm::select(isInside, next, middle)),
+                   near = vm::select(isInside, next, x);
+      root[k] = vm::select(ran, vm::select(isNear, near, far), x);
+      low[k] = lower;
+      high[k] = upper;
+      runs[k] = vm::select(ran & !isNear & (upper - lower > 1e-15), 1.0, 0.0);
+    });
+  }
 }
 
 // Where release ends: at zero pressure, and where tension reaches its limit, if the point is beyond.
 template <class Model>
 SA_INLINE void findWayBack(const Model& model, int length, BrittleScratch& w) {
   const Model m = model;
-  Lane pressure;
-  forPoints(length, [&w, &pressure](int k) SA_POINT { pressure[k] = -(w.history[k] + w.growth[k]); });
-  findOnWay(m, length, w.compaction, w.mu, pressure, w.zero);
-  forPoints(length, [m, &w, &pressure](int k) SA_POINT { pressure[k] -= tensionLimit(m, w.damage[k]); });
-  findOnWay(m, length, w.compaction, w.mu, pressure, w.from);
-  forPoints(length, [&w](int k) SA_POINT { w.from[k] = vm::max(w.mu[k], w.from[k]); });
+  Lane constant, isCut;
+  forPoints(length, [m, &w, &constant, &isCut](int k) SA_POINT {
+    constant[k] = w.history[k] + w.growth[k];
+    w.from[k] = w.mu[k];
+    isCut[k] = vm::select(w.pressure[k] + w.growth[k] < -tensionLimit(m, w.damage[k]), 1.0, 0.0);
+  });
+  findOnWay(m, length, w.compaction, w.mu, constant, w.zero);
+  if (!isAnySet(length, isCut)) return;
+  Lane top, mu, here, from;
+  int place[kScratchPoints], count = 0;
+  for (int k = 0; k < length; ++k) {
+    place[count] = k;
+    count += isCut[k] > 0.0 ? 1 : 0;
+  }
+  for (int j = 0; j < count; ++j) {
+    const int k = place[j];
+    top[j] = w.compaction[k], mu[j] = w.mu[k], here[j] = constant[k] + tensionLimit(m, w.damage[k]);
+  }
+  findOnWay(m, count, top, mu, here, from);
+  for (int j = 0; j < count; ++j) w.from[place[j]] = vm::max(mu[j], from[j]);
+}
+
+// What the pressure gives back on that way.
+template <class Model>
+SA_INLINE void findRecoverable(const Model& model, int length, BrittleScratch& w) {
+  const Model m = model;
+  forPoints(length, [m, &w](int k) SA_POINT {
+    w.recoverable[k] = m.recoverable(w.mu[k], w.compaction[k], w.history[k] + w.growth[k], w.zero[k], w.from[k],
+                                     tensionLimit(m, w.damage[k]));
+  });
 }
 
 // Stress, state variables and energies at the end.
@@ -472,7 +513,7 @@ SA_INLINE void storeEnd(const Block& b, const Model& model, int start, int lengt
     const double left = keep * trial, volume = 1.0 + w.mu[k];
     double backwards = 0.0, transformed = 0.0;
     if constexpr (Model::kTransforms) {
-      backwards = m.recoverable(w.mu[k], w.compaction[k], h, w.zero[k], w.from[k], limit);
+      backwards = w.recoverable[k];
       transformed = m.fraction(w.compaction[k]) - m.fraction(crushedOld);
     } else {
       backwards = m.recoverable(w.mu[k], h, limit);
@@ -501,7 +542,10 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
            ++round) {
       }
     settleBroken(model, length, w);
-    if constexpr (Model::kTransforms) findWayBack(model, length, w);
+    if constexpr (Model::kTransforms) {
+      findWayBack(model, length, w);
+      findRecoverable(model, length, w);
+    }
     storeEnd<Storage>(b, model, start, length, w);
   });
   keepStates(b, Model::kStates);

@@ -18,7 +18,7 @@ struct StrengthCurve {
   }
   SA_INLINE double operator()(double p) const {
     const double line = vm::max(0.0, (p - root) * slope);
-    const double beyond = value + rise * (1.0 - vm::exp(-steepness * (p - knee)));
+    const double beyond = value + rise * (1.0 - vm::expBelow(vm::min(0.0, -steepness * (p - knee))));
     return vm::select(p < knee, line, beyond);
   }
 };
@@ -65,12 +65,13 @@ struct JhbOfPhases : Jhb {
   static constexpr bool kTransforms = true;
   static constexpr int kStates = kStatesOfPhases;
   double P1 = 0.0, rise = 0.0, mu1 = 0.0, mu2 = 0.0, perWidth = 0.0, H1 = 0.0, H2 = 0.0, H3 = 0.0, mu0 = 0.0,
-         perMu0 = 1.0;
+         perMu0 = 1.0, logMu0 = 0.0; // of 1 + mu0
 
   explicit JhbOfPhases(const Block& b) : Jhb(b) {
     if (!changesPhase(b)) return;
     const double* p = b.props;
-    P1 = p[18], mu2 = p[19], H1 = p[20], H2 = p[21], H3 = p[22], mu0 = p[23], perMu0 = 1.0 / (1.0 + mu0);
+    P1 = p[18], mu2 = p[19], H1 = p[20], H2 = p[21], H3 = p[22], mu0 = p[23], perMu0 = 1.0 / (1.0 + mu0),
+    logMu0 = vm::log(1.0 + mu0);
     mu1 = solveIncreasing(P1, [this](double mu) { return cubic(mu); });
     rise = dense(mu2) - P1, perWidth = 1.0 / (mu2 - mu1);
   }
@@ -97,6 +98,15 @@ struct JhbOfPhases : Jhb {
   SA_INLINE double fraction(double top) const { return vm::min(1.0, vm::max(0.0, (top - mu1) * perWidth)); }
   SA_INLINE double compactionAt(double top) const { return fraction(top) * mu0; }
   SA_INLINE double mix(double mu, double f) const { return (1.0 - f) * low(mu) + f * dense(mu); }
+  SA_INLINE double mixSlope(double mu, double f) const {
+    const double m = vm::max(0.0, (mu - mu0) * perMu0), x = vm::max(0.0, mu);
+    return (1.0 - f) * (K1 + x * (2.0 * K2 + 3.0 * K3 * x)) + f * perMu0 * (H1 + m * (2.0 * H2 + 3.0 * H3 * m));
+  }
+  // Where mix(mu, f) + c would be zero with K1 and H1 alone.
+  SA_INLINE double straightRoot(double f, double c) const {
+    const double line = f * perMu0 * H1;
+    return (line * mu0 - c) / ((1.0 - f) * K1 + line);
+  }
   // What both curves together lie apart from the straight line between P1 and P2, at the largest compression.
   SA_INLINE double offset(double top, double f) const {
     const double between = (P1 + f * rise) - mix(top, f);
@@ -111,18 +121,19 @@ struct JhbOfPhases : Jhb {
     const double top = grown(vm::max(0.0, topOld), mu);
     return {onWay(mu, top) + bulkingPressure, bulkingPressure, top};
   }
-  // Work per undeformed volume of both curves from 0 to mu.
-  SA_INLINE double workTo(double mu, double f) const {
-    const double m = (mu - mu0) * perMu0;
-    const VolumeEnergy a = volumeEnergy(mu), b = volumeEnergy(m);
+  // Work per undeformed volume of both curves from 0, each its own, to mu; per is 1/(1 + mu).  1 + m = (1 + mu)/(1 + mu0).
+  SA_INLINE double workTo(double mu, double per, double f) const {
+    const double m = (mu - mu0) * perMu0, L = vm::logPositive(1.0 + mu);
+    const VolumeEnergy a = volumeEnergy(mu, L, mu * per), b = volumeEnergy(m, L - logMu0, (mu - mu0) * per);
     const double lowWork = K1 * a.linear + vm::select(mu > 0.0, K2 * a.square + K3 * a.cube, 0.0);
     const double denseWork = H1 * b.linear + vm::select(m > 0.0, H2 * b.square + H3 * b.cube, 0.0);
     return (1.0 - f) * lowWork + f * perMu0 * denseWork;
   }
   SA_INLINE double recoverable(double mu, double top, double bulkingPressure, double zero, double from,
                                double limit) const {
-    const double f = fraction(top), constant = offset(top, f) + bulkingPressure, per = 1.0 / (1.0 + from);
-    const double way = (workTo(from, f) - workTo(zero, f)) + constant * (from - zero) * per / (1.0 + zero);
+    const double f = fraction(top), constant = offset(top, f) + bulkingPressure, per = 1.0 / (1.0 + from),
+                 perZero = 1.0 / (1.0 + zero);
+    const double way = (workTo(from, per, f) - workTo(zero, perZero, f)) + constant * ((from - zero) * (per * perZero));
     return way + limit * (1.0 / (1.0 + mu) - per);
   }
 };

@@ -164,6 +164,14 @@ SA_INLINE double kirchhoffWork(double volumeOld, const Sym<Storage>& old, double
 // x^y for x >= 0; y = 0 gives 1 also at x = 0.
 SA_INLINE double power(double x, double y) { return vm::exp(y * vm::logPositive(vm::max(1e-300, x))); }
 
+// Whether one of n flags, each 0 or 1, is set.  As a sum in any order: one point after the other would wait for the last.
+SA_INLINE bool isAnySet(int n, const double* flags) {
+  double count = 0.0;
+#pragma omp simd reduction(+ : count)
+  for (int i = 0; i < n; ++i) count += flags[i];
+  return count > 0.0;
+}
+
 // What never falls; a NaN of either stays one.
 SA_INLINE double grown(double old, double now) { return vm::select(now < old, old, now + (old - old)); }
 

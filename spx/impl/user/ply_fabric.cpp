@@ -81,14 +81,30 @@ bool PlyFabric::isWrong(const Block& b) const {
   return false;
 }
 
-// What the passes over a piece hand on.
-struct PlyScratch {
-  Lane e11, e22, e12, t;      // strains at the end; effective shear stress
-  Lane open, hardened, y;     // of the return: stress to spend, plastic strain so far, (plastic strain)^p
-  Lane plasticShear, plastic; // at the end
-  // of the fibres: steepness, r and damage of the four modes, and of both directions the sign and the effective stress
-  Lane steepness[kModes], reached[kModes], damage[kModes], tension[kDirections], effective[kDirections];
+// Fibres: strains, damage and r of the four modes before and at the end, steepness, and of both directions the sign and the
+// effective stress.
+struct Fibers {
+  Lane e11, e22, steepness[kModes], damageOld[kModes], reachedOld[kModes], damage[kModes], reached[kModes],
+      tension[kDirections], effective[kDirections];
 };
+
+// What the passes over a piece hand on.  Of the fibres' modes before and steepness, only points that soften have a copy.
+struct PlyScratch {
+  Fibers fibers;
+  Lane e12, t, slip;          // shear strain at the end, effective shear stress, growth of the plastic strain
+  Lane plasticShear, plastic; // at the end
+  Lane isOpen;                // 1 where a point goes on to a pass of its own
+};
+
+// The points that go on, side by side.
+SA_INLINE int packOpen(const PlyScratch& w, int n, int* place) {
+  int count = 0;
+  for (int j = 0; j < n; ++j) {
+    place[count] = j;
+    count += w.isOpen[j] > 0.0 ? 1 : 0;
+  }
+  return count;
+}
 
 // A virgin point starts from the strain of the stress that it has.
 SA_INLINE void addStrain(const Block& b, const PlyFabric& m, int start, int n, PlyScratch& w) {
@@ -104,55 +120,64 @@ SA_INLINE void addStrain(const Block& b, const PlyFabric& m, int start, int n, P
     const double s11 = stressOld[i], s22 = stressOld[i + N], s12 = stressOld[i + 3 * N];
     const double was11 = state[i + kStrain * N], was22 = state[i + (kStrain + 1) * N],
                  was12 = state[i + (kStrain + 2) * N];
-    w.e11[j] = vm::select(isVirgin, s11 * perE1 - nu * s22, was11) + (strainInc[i] + spoil);
-    w.e22[j] = vm::select(isVirgin, s22 * perE2 - nu * s11, was22) + strainInc[i + N];
+    w.fibers.e11[j] = vm::select(isVirgin, s11 * perE1 - nu * s22, was11) + (strainInc[i] + spoil);
+    w.fibers.e22[j] = vm::select(isVirgin, s22 * perE2 - nu * s11, was22) + strainInc[i + N];
     w.e12[j] = vm::select(isVirgin, s12 * perG2, was12) + strainInc[i + 3 * N];
   });
 }
 
-// Shear: |t| - 2 G d = sy + C (plastic strain + d)^p.  In terms of y, the power, 2 G y^(1/p) + C y grows ever faster, so that
-// Newton's steps come down from above to the root and never pass it; the slope of the power itself is infinite at 0.  Starts no
-// further than twice the root's share: at the y without hardening or that of hardening alone, whichever is less.
+// The growth d of the plastic strain of points that slip: |t| - 2 G d = sy + C (plastic strain + d)^p.  In terms of y, the power,
+// 2 G y^(1/p) + C y grows ever faster, so that Newton's steps come down from above to the root and never pass it; the slope of
+// the power itself is infinite at 0.  Starts no further than twice the root's share: at the y without hardening or that of
+// hardening alone, whichever is less.
+SA_INLINE void findSlip(const PlyFabric& m, int n, const Lane& open, const Lane& before, Lane& slip) {
+  const double G2 = m.G2, perG2 = 1.0 / m.G2, C = m.hardening, p = m.exponent, perP = 1.0 / m.exponent,
+               perC = C > 0.0 ? 1.0 / C : 0.0;
+  Lane y, moves;
+  forPoints(n, [=, &open, &before, &y, &moves](int j) SA_POINT {
+    const double most = power(before[j] + open[j] * perG2, p), alone = open[j] * perC;
+    y[j] = vm::select((perC > 0.0) & (alone < most), alone, most);
+    moves[j] = 1.0;
+  });
+  constexpr int kMostSteps = 100; // six are usual, some more where p is small
+  for (int step = 0; step < kMostSteps && C > 0.0 && isAnySet(n, moves); ++step)
+    forPoints(n, [=, &open, &before, &y, &moves](int j) SA_POINT {
+      const double at = y[j], x = power(at, perP), error = G2 * (x - before[j]) + C * at - open[j];
+      const double next = at - error / (G2 * perP * x / vm::max(1e-300, at) + C);
+      const bool goes = (next < at) & (error > 1e-15 * open[j]);
+      y[j] = vm::select(goes, next, at);
+      moves[j] = vm::select(goes, 1.0, 0.0);
+    });
+  forPoints(n, [=, &open, &before, &y, &slip](int j) SA_POINT {
+    // of two forms of d the one that takes the smaller difference of large numbers
+    const double hard = C * y[j], byStress = (open[j] - hard) * perG2, byStrain = power(y[j], perP) - before[j];
+    slip[j] = vm::max(0.0, vm::select(hard > 0.5 * open[j], byStrain, byStress));
+  });
+}
+
+// Shear: the return of the points that slip.
 SA_INLINE void returnShear(const Block& b, const PlyFabric& m, int start, int n, PlyScratch& w) {
   const int64_t N = b.points;
-  const double *plasticOld = b.stateOld + kPlasticStrain * N, *plasticShearOld = b.stateOld + kPlasticShear * N;
-  const double G2 = m.G2, perG2 = 1.0 / m.G2, C = m.hardening, p = m.exponent, perP = 1.0 / m.exponent, yield = m.yield,
-               perC = C > 0.0 ? 1.0 / C : 0.0;
+  const double *plasticOld = b.stateOld + kPlasticStrain * N + start,
+               *plasticShearOld = b.stateOld + kPlasticShear * N + start;
+  const double G2 = m.G2, C = m.hardening, p = m.exponent, yield = m.yield;
   forPoints(n, [=, &w](int j) SA_POINT {
-    const int i = start + j;
-    const double before = vm::max(0.0, plasticOld[i]), trial = vm::abs(G2 * (w.e12[j] - plasticShearOld[i]));
-    const double now = vm::select(before > 0.0, power(before, p), 0.0), over = trial - (yield + C * now);
+    const double before = vm::max(0.0, plasticOld[j]), trial = vm::abs(G2 * (w.e12[j] - plasticShearOld[j]));
+    const double now = vm::select(before > 0.0, power(before, p), 0.0);
     w.t[j] = trial;
-    w.open[j] = vm::select(over > 0.0, trial - yield, 0.0);
-    w.hardened[j] = before;
-    const double most = power(before + (trial - yield) * perG2, p), alone = (trial - yield) * perC;
-    w.y[j] = vm::select(over > 0.0, vm::select((perC > 0.0) & (alone < most), alone, most), now);
+    w.slip[j] = 0.0;
+    w.isOpen[j] = vm::select(trial - (yield + C * now) > 0.0, 1.0, 0.0);
   });
-  if (C > 0.0) {
-    constexpr int kMostSteps = 100; // six are usual, some more where p is small
-    double moved = 1.0;
-    for (int step = 0; step < kMostSteps && moved > 0.0; ++step) {
-      Lane moves;
-      forPoints(n, [=, &w, &moves](int j) SA_POINT {
-        const double y = w.y[j], x = power(y, perP), error = G2 * (x - w.hardened[j]) + C * y - w.open[j];
-        const double next = y - error / (G2 * perP * x / vm::max(1e-300, y) + C);
-        const bool goes = (w.open[j] > 0.0) & (next < y) & (error > 1e-15 * w.open[j]);
-        w.y[j] = vm::select(goes, next, y);
-        moves[j] = vm::select(goes, 1.0, 0.0);
-      });
-      moved = 0.0;
-      for (int j = 0; j < n; ++j) moved += moves[j];
-    }
+  int place[kScratchPoints];
+  const int count = packOpen(w, n, place);
+  if (count > 0) {
+    Lane open, before, slip;
+    for (int j = 0; j < count; ++j) open[j] = w.t[place[j]] - yield, before[j] = vm::max(0.0, plasticOld[place[j]]);
+    findSlip(m, count, open, before, slip);
+    for (int j = 0; j < count; ++j) w.slip[place[j]] = slip[j];
   }
   forPoints(n, [=, &w](int j) SA_POINT {
-    const int i = start + j;
-    const double wasShear = plasticShearOld[i], was = plasticOld[i];
-    // of two forms of d the one that takes the smaller difference of large numbers
-    const double hard = C * w.y[j], byStress = (w.open[j] - hard) * perG2,
-                 byStrain = power(w.y[j], perP) - w.hardened[j];
-    const double d =
-        vm::select(w.open[j] > 0.0, vm::max(0.0, vm::select(hard > 0.5 * w.open[j], byStrain, byStress)), 0.0);
-    const double direction = w.e12[j] - wasShear;
+    const double wasShear = plasticShearOld[j], was = plasticOld[j], d = w.slip[j], direction = w.e12[j] - wasShear;
     w.t[j] = vm::copysign(w.t[j] - G2 * d, direction) + (was - was);
     w.plasticShear[j] = wasShear + vm::copysign(d, direction);
     w.plastic[j] = was + d;
@@ -162,74 +187,120 @@ SA_INLINE void returnShear(const Block& b, const PlyFabric& m, int start, int n,
 // Signs and effective stresses of both directions, of the damages of the signs that act.  The sign of one may hang on the damage
 // of the other, through nu; of the undamaged signs that of the larger stretching is right always, and so the other one is in
 // the second look.
-SA_INLINE void findFiberStress(const PlyFabric& m, int n, PlyScratch& w) {
-  const double E1 = m.E1, E2 = m.E2, nu12 = m.nu12, nu21 = m.nu21, coupling = m.coupling;
-  forPoints(n, [=, &w](int j) SA_POINT {
-    const double e11 = w.e11[j], e22 = w.e22[j], d1t = w.damage[0][j], d1c = w.damage[1][j], d2t = w.damage[2][j],
-                 d2c = w.damage[3][j];
-    const double left1 = 1.0 - vm::select(e11 + nu21 * e22 >= 0.0, d1t, d1c),
-                 left2 = 1.0 - vm::select(e22 + nu12 * e11 >= 0.0, d2t, d2c);
-    const double is1 = vm::select(e11 + left2 * nu21 * e22 >= 0.0, 1.0, 0.0),
-                 is2 = vm::select(e22 + left1 * nu12 * e11 >= 0.0, 1.0, 0.0);
-    const double now1 = 1.0 - vm::select(is1 > 0.0, d1t, d1c), now2 = 1.0 - vm::select(is2 > 0.0, d2t, d2c);
-    const double perD = 1.0 / (1.0 - now1 * now2 * coupling);
-    w.tension[0][j] = is1;
-    w.tension[1][j] = is2;
-    w.effective[0][j] = E1 * (e11 + now2 * nu21 * e22) * perD;
-    w.effective[1][j] = E2 * (e22 + now1 * nu12 * e11) * perD;
+struct FiberStress {
+  double is1, is2, effective1, effective2;
+};
+SA_INLINE FiberStress fiberStress(const PlyFabric& m, double e11, double e22, double d1t, double d1c, double d2t,
+                                  double d2c) {
+  const double left1 = 1.0 - vm::select(e11 + m.nu21 * e22 >= 0.0, d1t, d1c),
+               left2 = 1.0 - vm::select(e22 + m.nu12 * e11 >= 0.0, d2t, d2c);
+  const double is1 = vm::select(e11 + left2 * m.nu21 * e22 >= 0.0, 1.0, 0.0),
+               is2 = vm::select(e22 + left1 * m.nu12 * e11 >= 0.0, 1.0, 0.0);
+  const double now1 = 1.0 - vm::select(is1 > 0.0, d1t, d1c), now2 = 1.0 - vm::select(is2 > 0.0, d2t, d2c);
+  const double perD = 1.0 / (1.0 - now1 * now2 * m.coupling);
+  return {is1, is2, m.E1 * (e11 + now2 * m.nu21 * e22) * perD, m.E2 * (e22 + now1 * m.nu12 * e11) * perD};
+}
+SA_INLINE void findFiberStress(const PlyFabric& model, int n, Fibers& f) {
+  const PlyFabric m = model;
+  forPoints(n, [=, &f](int j) SA_POINT {
+    const FiberStress s =
+        fiberStress(m, f.e11[j], f.e22[j], f.damage[0][j], f.damage[1][j], f.damage[2][j], f.damage[3][j]);
+    f.tension[0][j] = s.is1, f.effective[0][j] = s.effective1;
+    f.tension[1][j] = s.is2, f.effective[1][j] = s.effective2;
   });
 }
 
-// r and damage of one direction at the end under an effective stress: of the sign that acts, what it was or more.
-SA_INLINE void damageDirection(const Block& b, const PlyFabric& m, int direction, int start, int n, PlyScratch& w) {
-  const int64_t N = b.points;
-  const int64_t t = int64_t{kSigns} * direction, c = t + 1;
-  const double *damageOld = b.stateOld + (kDamage + t) * N, *reachedOld = b.stateOld + (kReached + t) * N;
+// r and damage of one direction at the end under an effective stress: of the sign that acts, what it was or more.  Without
+// kSoftens for points whose r is 1 at most, which do not need the law.
+template <bool kSoftens>
+SA_INLINE void damageDirection(const PlyFabric& m, int direction, int n, const double* const* damageOld,
+                               const double* const* reachedOld, Fibers& f, Lane& isOpen) {
+  const int t = kSigns * direction, c = t + 1;
+  const double *damageT = damageOld[t], *damageC = damageOld[c], *reachedT = reachedOld[t], *reachedC = reachedOld[c];
   const double perTension = m.modes[t].perStrength, perCompression = m.modes[c].perStrength,
                tensionEnergy = m.modes[t].fractureEnergy, compressionEnergy = m.modes[c].fractureEnergy,
                largest = m.largest;
-  Lane &effective = w.effective[direction], &tension = w.tension[direction];
-  Lane &steepT = w.steepness[t], &steepC = w.steepness[c], &reachedT = w.reached[t], &reachedC = w.reached[c],
-       &damageT = w.damage[t], &damageC = w.damage[c];
-  forPoints(n, [=, &effective, &tension, &steepT, &steepC, &reachedT, &reachedC, &damageT, &damageC](int j) SA_POINT {
-    const int i = start + j;
+  Lane &effective = f.effective[direction], &tension = f.tension[direction], &steepT = f.steepness[t],
+       &steepC = f.steepness[c], &rTNow = f.reached[t], &rCNow = f.reached[c], &dTNow = f.damage[t],
+       &dCNow = f.damage[c];
+  forPoints(n, [=, &effective, &tension, &steepT, &steepC, &rTNow, &rCNow, &dTNow, &dCNow, &isOpen](int j) SA_POINT {
     const bool isTension = tension[j] > 0.0;
-    const double rT = reachedOld[i], rC = reachedOld[i + N], dT = damageOld[i], dC = damageOld[i + N], A1 = steepT[j],
-                 A2 = steepC[j];
-    const double A = vm::select(isTension, A1, A2), perStrength = vm::select(isTension, perTension, perCompression),
-                 energy = vm::select(isTension, tensionEnergy, compressionEnergy);
+    const double rT = reachedT[j], rC = reachedC[j], dT = damageT[j], dC = damageC[j];
+    const double perStrength = vm::select(isTension, perTension, perCompression);
     const double r = grown(vm::select(isTension, rT, rC), vm::abs(effective[j]) * perStrength);
-    const double soft = vm::min(largest, 1.0 - vm::exp(-A * (r - 1.0)) / vm::max(1.0, r));
-    const double now = vm::select(r > 1.0, vm::select(energy > 0.0, soft, largest), r - r);
-    const double d = grown(vm::select(isTension, dT, dC), now);
+    double now = r - r;
+    if constexpr (kSoftens) {
+      const double A1 = steepT[j], A2 = steepC[j], A = vm::select(isTension, A1, A2),
+                   energy = vm::select(isTension, tensionEnergy, compressionEnergy);
+      const double soft = vm::min(largest, 1.0 - vm::exp(-A * (r - 1.0)) / vm::max(1.0, r));
+      now = vm::select(r > 1.0, vm::select(energy > 0.0, soft, largest), now);
+    }
+    const double before = vm::select(isTension, dT, dC), d = grown(before, now);
     const double spoil = d - d; // that of a NaN spoils both signs: which one acts next is chosen by comparisons
-    reachedT[j] = vm::select(isTension, r, rT);
-    reachedC[j] = vm::select(isTension, rC, r);
-    damageT[j] = vm::select(isTension, d, dT + spoil);
-    damageC[j] = vm::select(isTension, dC + spoil, d);
+    rTNow[j] = vm::select(isTension, r, rT);
+    rCNow[j] = vm::select(isTension, rC, r);
+    dTNow[j] = vm::select(isTension, d, dT + spoil);
+    dCNow[j] = vm::select(isTension, dC + spoil, d);
+    if constexpr (!kSoftens) {
+      const double wasOpen = isOpen[j];
+      isOpen[j] = vm::select((r <= 1.0) & (d == before), wasOpen, 1.0);
+    }
   });
 }
 
 // Damage and stress of the fibres hang on each other through nu alone, so that sweeps settle them: each begins with the past,
-// under the stress that the damage of the one before leaves.
+// under the stress that the damage of the one before leaves.  Where the first stress leaves all as it was, so do the others:
+// only the points that soften are swept, side by side.
 constexpr int kSweeps = 3;
 SA_INLINE void damageFibers(const Block& b, const PlyFabric& m, int start, int n, PlyScratch& w) {
-  const double* lengths = b.length;
+  const int64_t N = b.points;
+  const double *lengths = b.length + start, *damageOld[kModes], *reachedOld[kModes];
+  for (int k = 0; k < kModes; ++k)
+    damageOld[k] = b.stateOld + (kDamage + k) * N + start, reachedOld[k] = b.stateOld + (kReached + k) * N + start;
+  Fibers& all = w.fibers;
+  const PlyFabric model = m;
+  const double *d1t = damageOld[0], *d1c = damageOld[1], *d2t = damageOld[2], *d2c = damageOld[3];
+  forPoints(n, [=, &all, &w](int j) SA_POINT {
+    const FiberStress s = fiberStress(model, all.e11[j], all.e22[j], d1t[j], d1c[j], d2t[j], d2c[j]);
+    all.tension[0][j] = s.is1, all.effective[0][j] = s.effective1;
+    all.tension[1][j] = s.is2, all.effective[1][j] = s.effective2;
+    w.isOpen[j] = 0.0;
+  });
+  damageDirection<false>(m, 0, n, damageOld, reachedOld, all, w.isOpen);
+  damageDirection<false>(m, 1, n, damageOld, reachedOld, all, w.isOpen);
+  int place[kScratchPoints];
+  const int count = packOpen(w, n, place);
+  if (count == 0) return;
+  Fibers some;
+  Lane length;
+  for (int j = 0; j < count; ++j) {
+    const int k = place[j];
+    some.e11[j] = all.e11[k], some.e22[j] = all.e22[k], length[j] = lengths[k];
+  }
+  const double *damageThere[kModes], *reachedThere[kModes];
   for (int k = 0; k < kModes; ++k) {
-    const double* damageOld = b.stateOld + (kDamage + k) * int64_t{b.points};
+    damageThere[k] = some.damageOld[k], reachedThere[k] = some.reachedOld[k];
+    for (int j = 0; j < count; ++j) {
+      some.damageOld[k][j] = some.damage[k][j] = damageOld[k][place[j]];
+      some.reachedOld[k][j] = reachedOld[k][place[j]];
+    }
     const Softening mode = m.modes[k];
-    Lane &steepness = w.steepness[k], &damage = w.damage[k];
-    forPoints(n, [=, &steepness, &damage](int j) SA_POINT {
-      steepness[j] = mode.steepness(vm::max(0.0, lengths[start + j]));
-      damage[j] = damageOld[start + j];
-    });
+    Lane& steepness = some.steepness[k];
+    forPoints(count,
+              [=, &steepness, &length](int j) SA_POINT { steepness[j] = mode.steepness(vm::max(0.0, length[j])); });
   }
   for (int sweep = 0; sweep < kSweeps; ++sweep) {
-    findFiberStress(m, n, w);
-    damageDirection(b, m, 0, start, n, w);
-    damageDirection(b, m, 1, start, n, w);
+    findFiberStress(m, count, some);
+    damageDirection<true>(m, 0, count, damageThere, reachedThere, some, w.isOpen);
+    damageDirection<true>(m, 1, count, damageThere, reachedThere, some, w.isOpen);
   }
-  findFiberStress(m, n, w);
+  findFiberStress(m, count, some);
+  for (int j = 0; j < count; ++j) {
+    const int to = place[j];
+    for (int k = 0; k < kModes; ++k) all.damage[k][to] = some.damage[k][j], all.reached[k][to] = some.reached[k][j];
+    for (int k = 0; k < kDirections; ++k)
+      all.tension[k][to] = some.tension[k][j], all.effective[k][to] = some.effective[k][j];
+  }
 }
 
 SA_INLINE bool isDeleted(const PlyFabric& m, double d1t, double d1c, double d2t, double d2c, double plastic) {
@@ -250,23 +321,23 @@ SA_INLINE void storePly(const Block& b, const PlyFabric& ply, int start, int n, 
     const int i = start + j;
     const double d1tOld = stateOld[i], d1cOld = stateOld[i + N], d2tOld = stateOld[i + 2 * N],
                  d2cOld = stateOld[i + 3 * N], plasticOld = stateOld[i + kPlasticStrain * N];
-    const double d1t = w.damage[0][j], d1c = w.damage[1][j], d2t = w.damage[2][j], d2c = w.damage[3][j],
-                 plastic = w.plastic[j], t = w.t[j];
+    const double d1t = w.fibers.damage[0][j], d1c = w.fibers.damage[1][j], d2t = w.fibers.damage[2][j],
+                 d2c = w.fibers.damage[3][j], plastic = w.plastic[j], t = w.t[j];
     const double shearDamageOld = stateOld[i + kShearDamage * N], shearReachedOld = stateOld[i + kShearReached * N];
     const double reached = grown(shearReachedOld, vm::abs(t) * m.perShearStrength);
-    const double growth = m.alpha * vm::log(vm::max(1.0, reached));
+    const double growth = m.alpha * vm::logAbove(vm::max(1.0, reached));
     const double shearDamage = grown(shearDamageOld, vm::min(m.largestShearDamage, growth));
 
     const bool wasAlive = !isDeleted(m, d1tOld, d1cOld, d2tOld, d2cOld, plasticOld),
                isAlive = wasAlive & !isDeleted(m, d1t, d1c, d2t, d2c, plastic);
     // a NaN in the damage of the other sign would only have kept the point from being deleted
     const double past = (d1tOld + d1cOld) + (d2tOld + d2cOld), spoil = past - past;
-    const double left1 = 1.0 - vm::select(w.tension[0][j] > 0.0, d1t, d1c),
-                 left2 = 1.0 - vm::select(w.tension[1][j] > 0.0, d2t, d2c);
-    const double s11 = vm::select(isAlive, left1 * w.effective[0][j] + spoil, 0.0),
-                 s22 = vm::select(isAlive, left2 * w.effective[1][j], 0.0),
+    const double left1 = 1.0 - vm::select(w.fibers.tension[0][j] > 0.0, d1t, d1c),
+                 left2 = 1.0 - vm::select(w.fibers.tension[1][j] > 0.0, d2t, d2c);
+    const double s11 = vm::select(isAlive, left1 * w.fibers.effective[0][j] + spoil, 0.0),
+                 s22 = vm::select(isAlive, left2 * w.fibers.effective[1][j], 0.0),
                  s12 = vm::select(isAlive, (1.0 - shearDamage) * t, 0.0);
-    const double e11 = w.e11[j], e22 = w.e22[j], e12 = w.e12[j], plasticShear = w.plasticShear[j];
+    const double e11 = w.fibers.e11[j], e22 = w.fibers.e22[j], e12 = w.e12[j], plasticShear = w.plasticShear[j];
     const double perDensity = 1.0 / density[i], intOld = internalOld[i], inelOld = inelasticOld[i];
     const double work = 0.5 * ((stressOld[i] + s11) * strainInc[i] + (stressOld[i + N] + s22) * strainInc[i + N]) +
                         (stressOld[i + 3 * N] + s12) * strainInc[i + 3 * N];
@@ -281,8 +352,8 @@ SA_INLINE void storePly(const Block& b, const PlyFabric& ply, int start, int n, 
       state[i + k * N] = vm::select(wasAlive, now, old);
     };
     keep(kDamage, d1t), keep(kDamage + 1, d1c), keep(kDamage + 2, d2t), keep(kDamage + 3, d2c);
-    keep(kReached, w.reached[0][j]), keep(kReached + 1, w.reached[1][j]);
-    keep(kReached + 2, w.reached[2][j]), keep(kReached + 3, w.reached[3][j]);
+    keep(kReached, w.fibers.reached[0][j]), keep(kReached + 1, w.fibers.reached[1][j]);
+    keep(kReached + 2, w.fibers.reached[2][j]), keep(kReached + 3, w.fibers.reached[3][j]);
     keep(kShearDamage, shearDamage), keep(kShearReached, reached);
     keep(kPlasticStrain, plastic), keep(kPlasticShear, plasticShear);
     keep(kStrain, e11), keep(kStrain + 1, e22), keep(kStrain + 2, e12);

@@ -51,6 +51,7 @@ struct Way {
 // A straight line from (F0, xi0) to (finish, end): to martensite (1 - x)(finish - F0) = (1 - xi0)(finish - F(x)), to austenite
 // x (F0 - finish) = xi0 (F(x) - finish).
 struct LinearLaw : Superelastic {
+  static constexpr bool kIterates = false;
   explicit LinearLaw(const Superelastic& m) : Superelastic(m) {}
   SA_INLINE Fraction along(const Norm& F, const Way& w) const {
     const Fraction root =
@@ -58,71 +59,56 @@ struct LinearLaw : Superelastic {
     return {vm::select(w.left > 0.0, vm::max(0.0, vm::min(1.0, root.xi)), w.end),
             vm::select(w.left > 0.0, w.weight / root.perNorm, 0.0)};
   }
-  static SA_INLINE double choose(bool condition, double a, double b) { return vm::select(condition, a, b); }
 };
 
-// As often, written out: a loop inside would keep that over the points from being vectorised.
-template <int kTimes, class Step>
-SA_INLINE void repeat(Step step) {
-  if constexpr (kTimes > 0) {
-    step();
-    repeat<kTimes - 1>(step);
-  }
-}
-
-// With the rest y = |x - end|/|xi0 - end| and the distance u = |finish - F(x)|, u0 at F0: ln y = speed (1/u0 - 1/u).  In
-// t = ln y this is u(t) = speed/(speed/u0 - t), which both sides bend the same way where F is nearly straight in xi: Newton's
-// steps from above come down to the root, from where one of the two sides alone would put it.  Where they would leave the
-// bounds there is a bisection.
+// Into an exponential, by steps of Newton's method over the points of a piece.
 struct ExponentialLaw : Superelastic {
-  static constexpr int kSteps = 12;
+  static constexpr bool kIterates = true;
   explicit ExponentialLaw(const Superelastic& m) : Superelastic(m) {}
-  SA_INLINE Fraction along(const Norm& F, const Way& w) const {
-    const bool isInside = (w.left > 0.0) & (w.width > 0.0);
-    const double speed = choose(w.isToMartensite, speedAM, speedMA), side = choose(w.isToMartensite, 1.0, -1.0);
-    const double u1 = choose(isInside, w.left, 1.0), start = speed / choose(isInside, w.width, 1.0);
-    // u = u1 + y (m1 + y m2), falling in y
-    const double whole = w.xi - w.end, m1 = -side * whole * (F.c1 + 2.0 * F.c2 * w.end),
-                 m2 = -side * F.c2 * (whole * whole);
-    const double steep = -(m1 + vm::max(0.0, m2)), ratio = u1 / vm::select(steep > u1, steep, u1);
-    const double least = -745.0;
-    double low = least, high = 0.0;
-    double t = vm::max(least, vm::min(vm::min(0.0, start - speed / u1), vm::logPositive(vm::max(1e-300, ratio))));
-    repeat<kSteps>([&]() SA_POINT {
-      const double y = vm::exp(t), per = 1.0 / (start - t);
-      const double error = (u1 + y * (m1 + y * m2)) - speed * per,
-                   slope = y * (m1 + 2.0 * y * m2) - speed * (per * per);
-      low = vm::select(error > 0.0, t, low);
-      high = vm::select(error < 0.0, t, high);
-      const double next = t - error / slope;
-      t = vm::select((next >= low) & (next <= high), next, 0.5 * (low + high));
-    });
-    const double y = vm::exp(t), x = w.end + whole * y, rest = speed * (w.weight * y), u = u1 + y * (m1 + y * m2);
-    return {choose(isInside, x, w.end), choose(isInside, rest / (u * u - rest * (F.c1 + 2.0 * F.c2 * x)), 0.0)};
-  }
-  // By factors: behind a condition the compiler would put all steps, and not vectorise them.  Both are finite.
-  static SA_INLINE double choose(bool condition, double a, double b) {
-    const double first = condition ? 1.0 : 0.0;
-    return first * a + (1.0 - first) * b;
-  }
 };
 
-template <class Law>
-SA_INLINE Fraction transform(const Law& m, const Norm& F, double xi, const Limits& l) {
+// The way that a point goes, if the distance is positive: how far F has gone beyond where it begins.  Otherwise it stays.
+struct Move {
+  Way way;
+  double distance, stays;
+};
+SA_INLINE Move moveOf(const Norm& F, double xi, const Limits& l) {
   const double trial = F(xi);
   const double fromAM = vm::max(l.startAM, l.beforeAM), widthAM = vm::max(0.0, l.finishAM - fromAM);
   const double fromMA = vm::min(l.startMA, l.beforeMA), widthMA = vm::max(0.0, fromMA - l.finishMA);
-  // how far F has gone beyond where each begins, and what is left to transform: one of the two at most is positive
+  // what is left to transform: one of the two at most is positive
   const double toM = vm::select(xi < 1.0, trial - fromAM, 0.0), toA = vm::select(xi > 0.0, fromMA - trial, 0.0);
   const bool isToM = toM > 0.0;
-  const double weight = Law::choose(isToM, 1.0 - xi, xi), width = Law::choose(isToM, widthAM, widthMA);
-  const double finish = Law::choose(isToM, l.finishAM, l.finishMA), end = Law::choose(isToM, 1.0, 0.0);
-  const double atEnd = F(end) - finish, left = Law::choose(isToM, -atEnd, atEnd);
-  const Fraction moved = m.along(F, {xi, end, finish, width, left, weight, isToM});
-  const double moves = vm::max(toM, toA), spoiled = toM + toA; // a NaN moves nowhere, but is no state to stay in
-  const double stays = vm::select(spoiled == spoiled, xi, vm::kNaN);
-  return {Law::choose(moves > 0.0, moved.xi, stays), Law::choose(moves > 0.0, moved.perNorm, 0.0)};
+  const double weight = vm::select(isToM, 1.0 - xi, xi), width = vm::select(isToM, widthAM, widthMA);
+  const double finish = vm::select(isToM, l.finishAM, l.finishMA), end = vm::select(isToM, 1.0, 0.0);
+  const double atEnd = F(end) - finish, left = vm::select(isToM, -atEnd, atEnd);
+  const double spoiled = toM + toA; // a NaN moves nowhere, but is no state to stay in
+  return {
+      {xi, end, finish, width, left, weight, isToM}, vm::max(toM, toA), vm::select(spoiled == spoiled, xi, vm::kNaN)};
 }
+
+SA_INLINE Fraction transform(const LinearLaw& m, const Norm& F, double xi, const Limits& l) {
+  const Move move = moveOf(F, xi, l);
+  const Fraction moved = m.along(F, move.way);
+  return {vm::select(move.distance > 0.0, moved.xi, move.stays), vm::select(move.distance > 0.0, moved.perNorm, 0.0)};
+}
+
+// The same over the points of a piece, by a law that iterates: those on their way go side by side, until each is there.
+struct Ways {
+  Lane c0, c1, c2, xi, end, width, left, weight, isToMartensite, isOpen; // of all points; then of those on their way
+
+  // Where the point ends if it is not on its way.
+  SA_INLINE double set(int k, const Norm& F, const Move& move) {
+    const Way& w = move.way;
+    const bool moves = move.distance > 0.0;
+    c0[k] = F.c0, c1[k] = F.c1, c2[k] = F.c2;
+    xi[k] = w.xi, end[k] = w.end, width[k] = w.width, left[k] = w.left, weight[k] = w.weight;
+    isToMartensite[k] = vm::select(w.isToMartensite, 1.0, 0.0);
+    isOpen[k] = vm::select(moves & (w.left > 0.0) & (w.width > 0.0), 1.0, 0.0);
+    return vm::select(moves, w.end, move.stays);
+  }
+};
+void goWays(const Superelastic& m, int n, Ways& ways, double* xi, double* perNorm);
 
 // The place 0..1 on a straight path of strain where |e0 + t de| + q t is smallest, q = (3 alpha K dTheta - C dT)/(2 G): before
 // it F falls to the limit that moves by C dT, behind it F rises.  From c = e0:e0, a = e0:de, b = de:de.

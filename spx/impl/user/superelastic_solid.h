@@ -35,11 +35,8 @@ struct Response {
 };
 
 // Stress at total strain (e, volume).  Its direction is that of the strain deviator: s = 2 G (1 - eD xi/|e|) e.
-template <class Storage, class Law>
-SA_INLINE Response respond(const Law& m, const Sym<Storage>& e, double volume, double xi0, const Limits& limits) {
-  const double N = vm::sqrt(product(e, e)), perN = 1.0 / vm::max(1e-100, N);
-  const Norm F = normAt(m, N, volume);
-  const Fraction f = transform(m, F, xi0, limits);
+SA_INLINE Response respond(const Superelastic& m, double volume, double N, const Norm& F, const Fraction& f) {
+  const double perN = 1.0 / vm::max(1e-100, N);
   const double G2 = 2.0 * (m.G + f.xi * m.dG), K = m.K + f.xi * m.dK;
   const double part = m.eD * f.xi * perN, elastic = 1.0 - part, elasticVolume = volume - m.eV * f.xi;
   const double energy = 0.5 * (G2 * (elastic * N) * (elastic * N) + K * elasticVolume * elasticVolume);
@@ -51,9 +48,10 @@ template <class Storage>
 struct Points {
   double e[6 * kScratchPoints], volume[kScratchPoints], xi[kScratchPoints], norm[kScratchPoints];
   double strain[6 * kScratchPoints], tempOld[kScratchPoints], tempNew[kScratchPoints];
-  double part[kScratchPoints];   // of the rest, to go in one step
-  double across[kScratchPoints]; // strain across in that step, for plane stress
-  double slope[kScratchPoints];  // of the limit with temperature that F is compared with
+  double part[kScratchPoints];                                // of the rest, to go in one step
+  double across[kScratchPoints];                              // strain across in that step, for plane stress
+  double slope[kScratchPoints];                               // of the limit with temperature that F is compared with
+  double moved[kScratchPoints], movedPerNorm[kScratchPoints]; // the fraction after that step, by a law that iterates
 
   SA_INLINE Start<Storage> start(int k) const {
     return {loadTensor<Storage>(e, kScratchPoints, k), volume[k], xi[k], norm[k]};
@@ -86,6 +84,45 @@ SA_INLINE Sym<Storage> shareOf(const Sym<Storage>& rest, double share, double ac
   return inc;
 }
 
+// A point after its step.
+template <class Storage>
+struct Reached {
+  Sym<Storage> inc, e;
+  double volume, N;
+  Norm F;
+  Limits limits;
+};
+template <bool kPlaneStress, class Storage>
+SA_INLINE Reached<Storage> reachedBy(const Superelastic& m, const Points<Storage>& points, int k, double across) {
+  const Start<Storage> s = points.start(k);
+  const double share = points.part[k];
+  const Sym<Storage> inc = shareOf<kPlaneStress>(points.rest(k), share, across), e = sum(s.e, 1.0, deviator(inc));
+  const double volume = s.volume + trace(inc), N = vm::sqrt(product(e, e));
+  return {inc, e, volume, N, normAt(m, N, volume), limitsAt(m, s.norm, points.tempOld[k], points.tempAt(k, share))};
+}
+template <class Storage, class Law>
+SA_INLINE Response responseAt(const Law& m, const Points<Storage>& points, int k, const Reached<Storage>& at) {
+  if constexpr (Law::kIterates)
+    return respond(m, at.volume, at.N, at.F, Fraction{points.moved[k], points.movedPerNorm[k]});
+  else
+    return respond(m, at.volume, at.N, at.F, transform(m, at.F, points.xi[k], at.limits));
+}
+
+// The fractions after the step of all points, before anything asks for their response.
+template <bool kPlaneStress, class Storage, class Law>
+SA_INLINE void findFractions(const Law& model, int count, Points<Storage>& points) {
+  if constexpr (Law::kIterates) {
+    const Law m = model;
+    Ways ways;
+    forPoints(count, [=, &points, &ways](int k) SA_POINT {
+      const Reached<Storage> at = reachedBy<kPlaneStress>(m, points, k, points.across[k]);
+      points.moved[k] = ways.set(k, at.F, moveOf(at.F, points.xi[k], at.limits));
+      points.movedPerNorm[k] = 0.0;
+    });
+    goWays(m, count, ways, points.moved, points.movedPerNorm);
+  }
+}
+
 // The strain across that leaves no stress there, to the round-off of the stress, for points with active > 0; the others are
 // left alone.  The stress rises with it; Newton's steps are kept between bounds that hold for any fraction, and a step that does
 // not halve the stress gives way to a bisection.  From 1e-11 of the stress one more step of Newton's is all that it takes.
@@ -105,21 +142,20 @@ SA_INLINE void solveAcross(const Law& model, int count, Points<Storage>& points,
     best[k] = points.across[k];
     runs[k] = active[k];
   });
-  double running = 0.0;
-  for (int k = 0; k < count; ++k) running += runs[k];
-  for (int step = 0; step < kAcrossSteps && running > 0.0; ++step) {
+  bool isRunning = isAnySet(count, runs);
+  for (int step = 0; step < kAcrossSteps && isRunning; ++step) {
+    findFractions<true>(m, count, points);
     forPoints(count, [=, &points, &low, &high, &last, &best, &runs](int k) SA_POINT {
       const double x = points.across[k], lowOld = low[k], highOld = high[k], lastOld = last[k], bestOld = best[k],
                    ran = runs[k];
-      const Start<Storage> s = points.start(k);
-      const double share = points.part[k], temp0 = points.tempOld[k], temp1 = points.tempAt(k, share);
-      const Sym<Storage> inc = shareOf<true>(points.rest(k), share, x), e = sum(s.e, 1.0, deviator(inc));
-      const Response r = respond(m, e, s.volume + trace(inc), s.xi, limitsAt(m, s.norm, temp0, temp1));
+      const Reached<Storage> at = reachedBy<true>(m, points, k, x);
+      const Sym<Storage> e = at.e;
+      const Response r = responseAt(m, points, k, at);
       const double value = r.shearFactor * e.s33 + r.pressure, size = vm::abs(value);
       // d/d(strain across): of |e|, of the volume and, through F, of xi
-      const double N = vm::sqrt(product(e, e)), perN = 1.0 / vm::max(1e-100, N), dN = e.s33 * perN;
+      const double N = at.N, volume = at.volume, perN = 1.0 / vm::max(1e-100, N), dN = e.s33 * perN;
       const double G2 = 2.0 * (m.G + r.xi * m.dG), K = m.K + r.xi * m.dK, elastic = 1.0 - r.changeFactor;
-      const double dxi = r.perNorm * (G2 * dN + 3.0 * m.alpha * K), volume = s.volume + trace(inc);
+      const double dxi = r.perNorm * (G2 * dN + 3.0 * m.alpha * K);
       const double slope = (2.0 * m.dG * dxi * elastic - G2 * m.eD * perN * (dxi - r.xi * dN * perN)) * e.s33 +
                            G2 * elastic * (2.0 / 3.0) + m.dK * dxi * (volume - m.eV * r.xi) + K * (1.0 - m.eV * dxi);
       const double next = x - value / slope;
@@ -136,8 +172,7 @@ SA_INLINE void solveAcross(const Law& model, int count, Points<Storage>& points,
       best[k] = vm::select(ran > 0.0, bestNow, bestOld);
       runs[k] = vm::select(goes, 1.0, 0.0);
     });
-    running = 0.0;
-    for (int k = 0; k < count; ++k) running += runs[k];
+    isRunning = isAnySet(count, runs);
   }
   forPoints(count, [=, &points, &best](int k) SA_POINT { points.across[k] = best[k]; });
 }
@@ -166,13 +201,8 @@ SA_INLINE double riseAt(const Superelastic& m, const Points<Storage>& points, in
 // The same at `points.part`, which is reached with the strain across of `points`.
 template <bool kPlaneStress, class Storage, class Law>
 SA_INLINE double riseOfNorm(const Law& m, const Points<Storage>& points, int k) {
-  const double share = points.part[k];
-  const Start<Storage> s = points.start(k);
-  const double temp0 = points.tempOld[k], temp1 = points.tempAt(k, share);
-  const Sym<Storage> inc = shareOf<kPlaneStress>(points.rest(k), share, points.across[k]);
-  const Sym<Storage> e = sum(s.e, 1.0, deviator(inc));
-  const Response r = respond(m, e, s.volume + trace(inc), s.xi, limitsAt(m, s.norm, temp0, temp1));
-  return riseAt<kPlaneStress>(m, points, k, e, r.xi);
+  const Reached<Storage> at = reachedBy<kPlaneStress>(m, points, k, points.across[k]);
+  return riseAt<kPlaneStress>(m, points, k, at.e, responseAt(m, points, k, at).xi);
 }
 
 // The share of the rest at which F turns from falling to rising, 0.0 where it does not.  While nothing transforms and the strain
@@ -189,6 +219,7 @@ SA_INLINE void searchTurn(const Law& model, int count, Points<Storage>& points, 
     if constexpr (kPlaneStress) points.across[k] = share * elasticAcross(m, points.xi[k], points.rest(k));
   };
   forPoints(count, [=, &points](int k) SA_POINT { settle(k, 0.0); });
+  findFractions<kPlaneStress>(m, count, points);
   forPoints(count, [=, &points, &low, &high, &atLow, &atHigh, &side, &runs, &guess](int k) SA_POINT {
     low[k] = 0.0;
     atLow[k] = riseOfNorm<kPlaneStress>(m, points, k);
@@ -198,11 +229,12 @@ SA_INLINE void searchTurn(const Law& model, int count, Points<Storage>& points, 
     guess[k] = turn[k];
     settle(k, 1.0);
   });
-  double running = 1.0;
-  for (int step = 0; step < kTurnSteps && running > 0.0; ++step) {
+  bool isRunning = true;
+  for (int step = 0; step < kTurnSteps && isRunning; ++step) {
     const double bisects = step % 4 == 3 ? 1.0 : 0.0,
                  isFirst = step == 0 ? 1.0 : 0.0; // the first is the end of the way
     if constexpr (kPlaneStress) solveAcross(m, count, points, runs);
+    findFractions<kPlaneStress>(m, count, points);
     forPoints(count, [=, &points, &low, &high, &atLow, &atHigh, &side, &runs, &guess](int k) SA_POINT {
       const double t = points.part[k], lower = low[k], upper = high[k], below = atLow[k], above = atHigh[k],
                    last = side[k], known = guess[k];
@@ -225,8 +257,7 @@ SA_INLINE void searchTurn(const Law& model, int count, Points<Storage>& points, 
       runs[k] = vm::select(goes, 1.0, 0.0);
       settle(k, vm::select(turns, vm::select(goes, next, t), 0.0));
     });
-    running = 0.0;
-    for (int k = 0; k < count; ++k) running += runs[k];
+    isRunning = isAnySet(count, runs);
   }
   forPoints(count, [=, &points](int k) SA_POINT { turn[k] = points.part[k]; });
 }
@@ -247,6 +278,7 @@ SA_INLINE void findTurn(const Law& model, int length, Points<Storage>& points, d
   // F turns only where it falls at first and may rise at the end: in plane stress with the strain across of the whole rest, else
   // at whatever fraction is reached
   double may[kScratchPoints];
+  if constexpr (kPlaneStress) findFractions<true>(m, length, points);
   forPoints(length, [=, &points, &may](int k) SA_POINT {
     const double first = riseAt<kPlaneStress>(m, points, k, points.start(k).e, points.xi[k]);
     double last = 0.0;
@@ -305,17 +337,16 @@ SA_INLINE void advance(const Block& b, const Law& model, const Arrays& from, int
   const double *density = b.density, *stressOld = from.stress, *stateOld = from.state, *internalOld = from.internal,
                *inelasticOld = from.inelastic;
   double *stress = b.stress, *state = b.state, *internal = b.internal, *inelastic = b.inelastic;
+  findFractions<kPlaneStress>(m, length, points);
   forPoints(length, [=, &points](int k) SA_POINT {
     const int i = start + k;
     const double intOld = internalOld[i], inelOld = inelasticOld[i], perDensity = 1.0 / density[i];
     const Sym<Storage> old = loadTensor<Storage>(stressOld, n, i);
     [[maybe_unused]] const Sym<Storage> change = loadTensor<Storage>(stateOld + n, n, i);
     const double share = points.part[k], temperature = points.tempAt(k, share);
-    const Start<Storage> s = points.start(k);
-    const double temp0 = points.tempOld[k];
-    const Sym<Storage> inc = shareOf<kPlaneStress>(points.rest(k), share, points.across[k]);
-    const Sym<Storage> e = sum(s.e, 1.0, deviator(inc));
-    const Response r = respond(m, e, s.volume + trace(inc), s.xi, limitsAt(m, s.norm, temp0, temperature));
+    const Reached<Storage> at = reachedBy<kPlaneStress>(m, points, k, points.across[k]);
+    const Sym<Storage> inc = at.inc, e = at.e;
+    const Response r = responseAt(m, points, k, at);
     Sym<Storage> now = sum(r.shearFactor * e, r.pressure);
     if constexpr (kPlaneStress) now.s33 = 0.0;
     const Sym<Storage> changeNow = sum(r.changeFactor * e, r.xi * (m.eV * (1.0 / 3.0)));
@@ -349,7 +380,7 @@ SA_INLINE void advance(const Block& b, const Law& model, const Arrays& from, int
 // temperature alike.
 template <bool kPlaneStress, class Storage, class Law>
 SA_INLINE void superelastic(const Block& b, const Law& model) {
-  constexpr int kPiece = 32; // what the passes hand on stays in the first level of the cache
+  constexpr int kPiece = Law::kIterates ? 64 : 32; // what the passes hand on stays in the first level of the cache
   const int64_t n = b.points;
   forPieces<kPiece>(b.points, [n, &b, &model](int start, int length) SA_POINT {
     const Law m = model;
