@@ -1,6 +1,7 @@
 // A kernel as the benchmark sees it, and what fills its arrays.  Each family lists its cases in a file of its own.
 #pragma once
 
+#include "peer_kernels.h"
 #include "tests/support/random.h"
 
 #include <algorithm>
@@ -14,7 +15,7 @@ namespace bench {
 using sharedanalysis::test::Random;
 using Arrays = std::vector<double*>;
 
-// A kernel as the benchmark sees it: the arrays of a block, what fills them, and the two ways to compute it.
+// A kernel as the benchmark sees it: the arrays of a block, what fills them, and the ways to compute it.
 struct Case {
   std::string name;
   std::vector<int> columns; // values per point of each array
@@ -22,7 +23,13 @@ struct Case {
   std::function<void(int32_t n, const Arrays&)> kernel, plain;
   // what a point must cost: sums and products (a logarithm 31, an exponential 38 of them), divisions and roots
   int arithmetic = 0, divisions = 0, bytes = 0; // no bytes: those of the arrays
+  int accesses = 0;                             // loads and stores that go one by one: maps, records, rows of tables
+  std::vector<peer::Peer> peers = {};           // beside those that take the arrays as they are
 };
+// A peer whose package may be missing.
+inline std::vector<peer::Peer> peerIf(const char* package, peer::Call call) {
+  return call ? std::vector<peer::Peer>{{package, std::move(call)}} : std::vector<peer::Peer>{};
+}
 inline void uniform(int count, double* values, Random& random, double low, double high) {
   for (int k = 0; k < count; ++k) values[k] = random.uniform(low, high);
 }

@@ -39,6 +39,8 @@ void addBrickCases(std::vector<Case>& list) {
   const auto fillX = [](int n, const Arrays& a, Random& random) { fillBricks(n, a[0], random); };
   list.push_back(
       {"SPX_OPE_C3D8OPER", {24, 24, 1, 1, 1}, fillX, bricks(SPX_OPE_C3D8OPER), bricks(plain::c3d8oper), 290, 1});
+  const double* const tables[] = {brickTables().data(), brickTables().data() + 64, brickTables().data() + 128};
+  list.back().peers = peerIf("xsimd", peer::c3d8oper(tables));
   const auto oneless = [](auto call) {
     return [call](int32_t n, const Arrays& a) { call(&n, &n, a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7]); };
   };
@@ -149,7 +151,10 @@ void addBrickCases(std::vector<Case>& list) {
        },
        [](int32_t n, const Arrays& a) { plain::filterfld(&n, &components, &sections, a[0], coefficients, a[1]); },
        6 * 4 * 9,
-       0});
+       0,
+       0,
+       0,
+       {{"Eigen", peer::filter(components, sections, coefficients)}}});
   list.push_back({"SPX_OPE_ONLYOPERATORFLD maximum, 6 values",
                   {6, 6},
                   [](int n, const Arrays& a, Random& random) { uniform(6 * n, a[0], random, -1, 1); },

@@ -47,103 +47,85 @@ Case principalCase(const char* name, Kernel kernel, Plain plain, int values, int
             else
               kernel(&n, a[0], a[1]);
           },
-          [=](int32_t n, const Arrays& a) {
-            if constexpr (std::is_invocable_v<Plain, int32_t*, double*, double*, double*>)
-              plain(&n, a[0], a[1], a[2]);
+          [=]() -> std::function<void(int32_t, const Arrays&)> {
+            if constexpr (std::is_same_v<Plain, std::nullptr_t>)
+              return {};
             else
-              plain(&n, a[0], a[1]);
-          },
+              return [=](int32_t n, const Arrays& a) {
+                if constexpr (std::is_invocable_v<Plain, int32_t*, double*, double*, double*>)
+                  plain(&n, a[0], a[1], a[2]);
+                else
+                  plain(&n, a[0], a[1]);
+              };
+          }(),
           arithmetic,
           divisions,
           bytes};
 }
 
 template <class Call>
-Case mapCase(const char* name, Order order, Call kernel, Call plain, int arithmetic, int bytes) {
-  return {name,   {1, 3}, [=](int n, const Arrays& a, Random& random) { fillMap(n, a[0], random, order); },
-          kernel, plain,  arithmetic,
-          0,      bytes};
+Case mapCase(const char* name, Order order, Call kernel, Call plain, int arithmetic, int bytes, int accesses,
+             peer::Call eigen) {
+  return {name,
+          {1, 3},
+          [=](int n, const Arrays& a, Random& random) { fillMap(n, a[0], random, order); },
+          kernel,
+          plain,
+          arithmetic,
+          0,
+          bytes,
+          accesses,
+          peerIf("Eigen", std::move(eigen))};
 }
 
-// Kernels beside Eigen, and data movement beside a copy of as many bytes.
-void addPeers(std::vector<Case>& list) {
-  list.push_back(
-      principalCase("EIG33, Eigen direct", GLO_UTI_EIG33, peer::eigenDirectValues, 3, 0, 4 * 3 * 25, 4 * 3 * 4));
-  list.push_back(principalCase("EIG33V, Eigen direct", GLO_UTI_EIG33V, peer::eigenDirect, 3, 9, 4 * 3 * 40, 4 * 3 * 4));
-  list.push_back(
-      principalCase("EIG33V, Eigen iterative", GLO_UTI_EIG33V, peer::eigenIterative, 3, 9, 4 * 3 * 40, 4 * 3 * 4));
-  list.push_back(
-      principalCase("PRINCS33, Eigen direct", GLO_UTI_PRINCS33, peer::eigenDirect, 3, 9, 3 * 3 * 55, 3 * 3 * 5));
-  const auto quaternions = [](auto call) {
-    return [call](int32_t n, const Arrays& a) {
-      const int32_t op = 1;
-      call(&n, &op, a[0], a[1], a[2]);
-    };
-  };
-  list.push_back({"QUAT3DALGEBRA, Eigen",
+// Kernels without plain loops of their own.
+void addMeasuredByPeers(std::vector<Case>& list) {
+  list.push_back(principalCase("GLO_UTI_EIG33", GLO_UTI_EIG33, nullptr, 3, 0, 4 * 3 * 25, 4 * 3 * 5));
+  list.push_back(principalCase("GLO_UTI_EIG33V", GLO_UTI_EIG33V, nullptr, 3, 9, 4 * 3 * 40, 4 * 3 * 5));
+  list.push_back({"GLO_UTI_QUAT3DALGEBRA",
                   {4, 4, 4},
                   [](int n, const Arrays& a, Random& random) {
                     uniform(4 * n, a[1], random, -1, 1);
                     uniform(4 * n, a[2], random, -1, 1);
                   },
-                  quaternions(GLO_UTI_QUAT3DALGEBRA),
-                  quaternions(peer::eigenQuaternions),
+                  [](int32_t n, const Arrays& a) {
+                    const int32_t op = 1;
+                    GLO_UTI_QUAT3DALGEBRA(&n, &op, a[0], a[1], a[2]);
+                  },
+                  nullptr,
                   37,
                   2});
-
-  // a copy reads and writes half of the bytes each
-  using Call = std::function<void(int32_t, const Arrays&)>;
-  const auto copies = [](int64_t bytesPerPoint, std::size_t from, std::size_t to) -> Call {
-    return [=](int32_t n, const Arrays& a) { peer::copyBytes(n * bytesPerPoint / 2, a[from], a[to]); };
-  };
-  const auto nothing = [](int, const Arrays&, Random&) {};
-  list.push_back({"COPYR, memcpy",
-                  {1, 1},
-                  nothing,
-                  [](int32_t n, const Arrays& a) { GLO_UTI_COPYR(&n, a[0], a[1]); },
-                  copies(16, 0, 1)});
-  list.push_back({"BROADCASTR, memcpy",
+  list.push_back({"GLO_UTI_BROADCASTR",
                   {2},
-                  nothing,
+                  [](int, const Arrays&, Random&) {},
                   [](int32_t n, const Arrays& a) {
                     const double value = 1;
                     const int32_t values = 2 * n;
                     GLO_UTI_BROADCASTR(&values, &value, a[0]);
                   },
-                  [](int32_t n, const Arrays& a) { peer::copyBytes(8 * n, a[0], a[0] + n); }});
-  const auto movedInOrder = [](int n, const Arrays& a, Random& random) { fillMap(n, a[0], random, Order::Ordered); };
-  list.push_back({"GATHERR, memcpy",
-                  {1, 3, 3},
-                  movedInOrder,
-                  [](int32_t n, const Arrays& a) {
-                    const int32_t components = 3, ld = global().entities;
-                    GLO_UTI_GATHERR(&n, &components, &ld, integers(a[0]), a[1], global().values.data());
-                  },
-                  copies(48, 1, 2),
-                  0,
-                  0,
-                  52});
-  list.push_back({"SCATTERR, memcpy",
-                  {1, 3, 3},
-                  movedInOrder,
+                  nullptr});
+  list.push_back({"GLO_UTI_SCATTERR ordered",
+                  {1, 3},
+                  [](int n, const Arrays& a, Random& random) { fillMap(n, a[0], random, Order::Ordered); },
                   [](int32_t n, const Arrays& a) {
                     const int32_t components = 3, ld = global().entities;
                     GLO_UTI_SCATTERR(&n, &components, &ld, integers(a[0]), a[1], global().values.data());
                   },
-                  copies(48, 1, 2),
+                  nullptr,
                   0,
                   0,
-                  52});
+                  52,
+                  4});
 }
 constexpr int kKeySets = 200; // an even number
 
 } // namespace
 
 void addSharedCases(std::vector<Case>& list) {
-  list.push_back(principalCase("GLO_UTI_PRINCS33", GLO_UTI_PRINCS33, plain::princs33, 3, 9, 3 * 3 * 55, 3 * 3 * 5));
-  list.push_back(principalCase("GLO_UTI_EIG33ANAL", GLO_UTI_EIG33ANAL, plain::eig33anal, 3, 0, 190, 5));
+  list.push_back(principalCase("GLO_UTI_PRINCS33", GLO_UTI_PRINCS33, plain::princs33, 3, 9, 3 * 3 * 55, 3 * 3 * 3));
+  list.push_back(principalCase("GLO_UTI_EIG33ANAL", GLO_UTI_EIG33ANAL, plain::eig33anal, 3, 0, 165, 4));
   list.push_back(
-      principalCase("GLO_UTI_EIG33VECTOR", GLO_UTI_EIG33VECTOR, plain::eig33vector, 3, 0, 3 * 3 * 25, 3 * 3 * 5));
+      principalCase("GLO_UTI_EIG33VECTOR", GLO_UTI_EIG33VECTOR, plain::eig33vector, 3, 0, 3 * 3 * 25, 3 * 3 * 6));
   list.push_back(principalCase("GLO_UTI_PRINCS31", GLO_UTI_PRINCS31, plain::princs31, 3, 9, 27, 5, 128));
   list.push_back({"GLO_UTI_SQRTV",
                   {6, 6},
@@ -166,20 +148,25 @@ void addSharedCases(std::vector<Case>& list) {
       call(&n, &components, &ld, &unused, global().values.data(), a[1], integers(a[0]));
     };
   };
-  list.push_back(
-      mapCase("GLO_UTI_GATHERR ordered", Order::Ordered, gather(GLO_UTI_GATHERR), gather(plain::gatherr), 0, 52));
-  list.push_back(
-      mapCase("GLO_UTI_GATHERR random", Order::Random, gather(GLO_UTI_GATHERR), gather(plain::gatherr), 0, 52));
+  list.push_back(mapCase("GLO_UTI_GATHERR ordered", Order::Ordered, gather(GLO_UTI_GATHERR), gather(plain::gatherr), 0,
+                         52, 4, peer::gather(global().values, &global().entities)));
+  list.push_back(mapCase("GLO_UTI_GATHERR random", Order::Random, gather(GLO_UTI_GATHERR), gather(plain::gatherr), 0,
+                         52, 4, peer::gather(global().values, &global().entities)));
   list.push_back(mapCase("GLO_OPE_GENASSEM ordered", Order::Ordered, assemble(GLO_OPE_GENASSEM),
-                         assemble(plain::genassem), 3, 76));
-  list.push_back(
-      mapCase("GLO_OPE_GENASSEM random", Order::Random, assemble(GLO_OPE_GENASSEM), assemble(plain::genassem), 3, 76));
+                         assemble(plain::genassem), 3, 76, 5, peer::assemble(global().values)));
+  list.push_back(mapCase("GLO_OPE_GENASSEM random", Order::Random, assemble(GLO_OPE_GENASSEM),
+                         assemble(plain::genassem), 3, 76, 5, peer::assemble(global().values)));
 
   list.push_back({"GLO_UTI_COPYR",
                   {1, 1},
                   [](int n, const Arrays& a, Random& random) { uniform(n, a[0], random, -1, 1); },
                   [](int32_t n, const Arrays& a) { GLO_UTI_COPYR(&n, a[0], a[1]); },
-                  [](int32_t n, const Arrays& a) { plain::copyr(&n, a[0], a[1]); }});
+                  [](int32_t n, const Arrays& a) { plain::copyr(&n, a[0], a[1]); },
+                  0,
+                  0,
+                  16,
+                  0,
+                  {{"memcpy", peer::copy(16, 0, 1)}}});
   list.push_back({"GLO_UTI_VADDR",
                   {1, 1, 1},
                   [](int n, const Arrays& a, Random& random) { uniform(2 * n, a[0], random, -1, 1); },
@@ -203,11 +190,14 @@ void addSharedCases(std::vector<Case>& list) {
                   },
                   sort(GLO_UTI_INSSORTI),
                   sort(plain::inssorti),
+                  64, // n/2 comparisons of half the length of a number
                   0,
+                  12,
                   0,
-                  12});
+                  {{"stable_sort", sort(peer::stableSort)}}});
+  if (peer::gslSort() != nullptr) list.back().peers.push_back({"GSL", sort(peer::gslSort())});
 
-  addPeers(list);
+  addMeasuredByPeers(list);
   list.push_back(mathCase("exp", expLoop, plain::exp, -20, 20, 38, 0));
   list.push_back(mathCase("exp, never subnormal", expClampedLoop, plain::exp, -20, 20, 36, 0));
   list.push_back(mathCase("log", logLoop, plain::log, 0.1, 10, 31, 1));

@@ -46,7 +46,10 @@ void addGeneral(std::vector<Case>& list, int rowCount) {
        [=](int32_t n, const Arrays& a) { lookUp(table, n, nullptr, a[0], a[1], nullptr, a[2]); },
        [=](int32_t n, const Arrays& a) { plain::tableValue(n, rowCount, rowsOf(table), 0, a[0], a[1], a[2]); },
        9,
-       3});
+       0,
+       24,
+       3 + (rowCount > 32 ? static_cast<int>(std::ceil(std::log2(rowCount))) + 2 : 0), // a row each step
+       peerIf("GSL", peer::gslLine(rowCount, rowsOf(table)))});
 }
 
 } // namespace
@@ -65,7 +68,9 @@ void addTableCases(std::vector<Case>& list) {
                   [=](int32_t n, const Arrays& a) { lookUp(rates, n, nullptr, a[0], a[1], nullptr, a[2]); },
                   [=](int32_t n, const Arrays& a) { plain::tableValue(n, 8, rowsOf(rates), 1e-3, a[0], a[1], a[2]); },
                   45,
-                  5});
+                  2,
+                  24,
+                  3});
 
   std::vector<Row> grid;
   for (int y = 0; y < 6; ++y)
@@ -81,7 +86,10 @@ void addTableCases(std::vector<Case>& list) {
        [=](int32_t n, const Arrays& a) { lookUp(two, n, a[1], a[0], a[2], a[4], a[3]); },
        [=](int32_t n, const Arrays& a) { plain::tableValue2(n, 6, 20, rowsOf(two), a[0], a[1], a[2], a[3], a[4]); },
        30,
-       8});
+       5,
+       40,
+       23, // steps of three searches, and the ends of three intervals
+       peerIf("GSL", peer::gslGrid(6, 20, rowsOf(two)))});
 
   std::vector<double> values(50);
   for (size_t k = 0; k < 50; ++k) values[k] = std::sin(static_cast<double>(k));
@@ -100,7 +108,9 @@ void addTableCases(std::vector<Case>& list) {
                     plain::regularTable(n, 50, 0, 2, v, a[0], a[1], a[2]);
                   },
                   10,
-                  0});
+                  0,
+                  24,
+                  2});
 
   const auto diagonal = [](int n, const Arrays& a, Random& random) {
     std::fill_n(a[0], 576 * n, 0.0);

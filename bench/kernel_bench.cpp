@@ -1,13 +1,15 @@
-// Nanoseconds per point of each kernel beside a plain loop that does the same, hot (one block that stays in the cache, 64 and
-// 128 points) and swept (blocks of 128 points, one after the other, over 64 MiB).  The two take turns in one run and the
-// smallest of many samples counts; ratios keep, absolute times are those of this machine and hour.
+// Nanoseconds per point of each kernel beside a plain loop and beside other packages that do the same, hot (one block of 128
+// points that stays in the cache) and swept (blocks of 128 points, one after the other, over 64 MiB), and beside what the machine
+// must take for it.  All take turns in one run and the smallest of many samples counts; ratios keep, absolute times are those of
+// this machine and hour.  The lines are a table of bench/README.md.
 //   kernel_bench [NAME...]             those kernels whose name contains one of the words
-//   kernel_bench --kernels [NAME...]   without the plain loops: lines of "name;ns hot;ns swept", what scripts/bench_compare reads
+//   kernel_bench --kernels [NAME...]   the kernels alone: lines of "name;ns hot;ns swept", what scripts/bench_compare reads
 #include "bench_case.h"
 #include "dsm_ker_ThreadData.h"
 #include "glo.h"
 #include "host_services.h"
 #include "plain_kernels.h"
+#include "plain_machine.h"
 
 #include <algorithm>
 #include <chrono>
@@ -23,23 +25,18 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using namespace bench;
 
-// The smallest time of one call of each of two, taking turns, in nanoseconds.
-struct Pair {
-  double kernel = 1e300, plain = 1e300;
-};
-template <class First, class Second>
-Pair inTurns(int rounds, int repeats, First first, Second second) {
-  const auto sample = [repeats](auto& run, double& best) {
-    const Clock::time_point start = Clock::now();
-    for (int k = 0; k < repeats; ++k) run();
-    const std::chrono::duration<double, std::nano> spent = Clock::now() - start;
-    best = std::min(best, spent.count() / repeats);
-  };
-  Pair best;
-  for (int round = 0; round < rounds; ++round) {
-    sample(first, best.kernel);
-    sample(second, best.plain);
-  }
+using Run = std::function<void()>;
+
+// The smallest time of one call of each, taking turns, in nanoseconds.
+std::vector<double> inTurns(int rounds, int repeats, const std::vector<Run>& runs) {
+  std::vector<double> best(runs.size(), 1e300);
+  for (int round = 0; round < rounds; ++round)
+    for (size_t k = 0; k < runs.size(); ++k) {
+      const Clock::time_point start = Clock::now();
+      for (int call = 0; call < repeats; ++call) runs[k]();
+      const std::chrono::duration<double, std::nano> spent = Clock::now() - start;
+      best[k] = std::min(best[k], spent.count() / repeats);
+    }
   return best;
 }
 
@@ -64,7 +61,7 @@ public:
     }
   }
   template <class Call>
-  void run(Call& call) const {
+  void run(const Call& call) const {
     for (const Arrays& arrays : arrays_) call(n_, arrays);
   }
 
@@ -74,24 +71,62 @@ private:
   std::vector<Arrays> arrays_;
 };
 
-// With kernels alone both of the turns are the kernel's.
-Pair measure(Case& c, int n, int count, bool kernelsAlone) {
+// Nanoseconds per point of the kernel, the plain loop (0 where there is none) and each peer.
+struct Times {
+  double kernel = 0, plain = 0;
+  std::vector<double> peers;
+};
+Times measure(const Case& c, int count, bool kernelsAlone) {
+  constexpr int n = 128;
   global().entities = count == 1 ? 4 * n : 1 << 20;
   global().values.assign(3 * static_cast<size_t>(global().entities) + 16, 1.0);
   const Blocks blocks(c, n, count);
-  const auto kernel = [&] { blocks.run(c.kernel); };
-  const auto plain = [&] { blocks.run(kernelsAlone ? c.kernel : c.plain); };
-  const Pair once = inTurns(2, 1, kernel, plain);
-  const int repeats = std::max(1, static_cast<int>((kernelsAlone ? 20e3 : 100e3) / once.plain));
-  Pair best = inTurns(count == 1 ? 150 : 8, repeats, kernel, plain);
-  if (kernelsAlone) best.kernel = std::min(best.kernel, best.plain);
-  const double points = static_cast<double>(n) * count;
-  best.kernel /= points;
-  best.plain /= points;
-  return best;
+  std::vector<Run> runs;
+  const auto add = [&](const auto& call) { runs.emplace_back([&] { blocks.run(call); }); };
+  add(c.kernel);
+  if (!kernelsAlone && c.plain) add(c.plain);
+  if (!kernelsAlone)
+    for (const peer::Peer& other : c.peers) add(other.run);
+  const double once = inTurns(2, 1, runs).front();
+  const int repeats = std::max(1, static_cast<int>(20e3 / once));
+  std::vector<double> best = inTurns(count == 1 ? 300 : 8, repeats, runs);
+  for (double& time : best) time /= static_cast<double>(n) * count;
+  Times times{best.front(), 0, {}};
+  if (kernelsAlone) return times;
+  if (c.plain) times.plain = best[1];
+  times.peers.assign(best.end() - static_cast<std::ptrdiff_t>(c.peers.size()), best.end());
+  return times;
 }
 
 int arrayBytes(const Case& c) { return 8 * std::accumulate(c.columns.begin(), c.columns.end(), 0); }
+int bytesOf(const Case& c) { return c.bytes > 0 ? c.bytes : arrayBytes(c); }
+
+// What a point must take, and why: the largest of the times of its operations, divisions, single accesses and bytes.
+std::string limitOf(const Case& c, int64_t footprint, double kernel) {
+  const plain::Machine& m = plain::machine();
+  const std::pair<double, const char*> bounds[] = {{c.arithmetic / m.operations, "operations"},
+                                                   {c.divisions / m.divisions, "divisions"},
+                                                   {c.accesses / m.accesses, "accesses"},
+                                                   {bytesOf(c) / plain::copiedBytes(footprint), "bytes"}};
+  const auto& [least, what] = *std::max_element(std::begin(bounds), std::end(bounds));
+  char text[64];
+  std::snprintf(text, sizeof text, "%.2f %s %.2f", least, what, kernel / least);
+  return text;
+}
+
+// A line of the table: kernel, plain loop and ratio, the fastest peer and ratio, limit.
+void printTimes(const Case& c, const Times& t, int64_t footprint) {
+  std::printf(" %.2f | ", t.kernel);
+  if (t.plain > 0) std::printf("%.2f **%.2f**", t.plain, t.plain / t.kernel);
+  std::printf(" | ");
+  if (!t.peers.empty()) {
+    const auto best = std::min_element(t.peers.begin(), t.peers.end());
+    const std::string& package = c.peers[static_cast<size_t>(best - t.peers.begin())].package;
+    std::printf("%s %.2f **%.2f**", package.c_str(), *best, *best / t.kernel);
+  }
+  std::printf(" | %s |", limitOf(c, footprint, t.kernel).c_str());
+  std::fflush(stdout);
+}
 
 // The writer costs per message; its host takes the lines and does nothing with them.
 int64_t linesTaken = 0;
@@ -105,9 +140,10 @@ void benchWriter() {
   const char* const name = "PART-1-1";
   const auto kernel = [&] { glo_uti_CWrite(-6, 0, "Info", text, &number, &real, &name); };
   const auto plain = [&] { plain::write(text, &number, &real, &name, takeLine); };
-  const Pair best = inTurns(200, 200, kernel, plain);
-  std::printf("%-24s %9.0f %9.0f %7.2f   (one message of two lines)\n", "glo_uti_CWrite Info", best.kernel, best.plain,
-              best.plain / best.kernel);
+  const std::vector<double> best = inTurns(200, 200, {kernel, plain});
+  std::printf("A message of two lines through `glo_uti_CWrite`: %.0f ns, with `snprintf` and `std::string` %.0f ns, "
+              "ratio **%.2f**.\n",
+              best[0], best[1], best[1] / best[0]);
 }
 
 } // namespace
@@ -126,13 +162,6 @@ int main(int argc, char** argv) {
     return words.empty() || std::any_of(words.begin(), words.end(),
                                         [&](const std::string& word) { return name.find(word) != std::string::npos; });
   };
-  if (!kernelsAlone) {
-    std::printf(
-        "ns per point                  64 points                  128 points                  swept            a "
-        "point costs\n");
-    std::printf("%-24s %9s %9s %7s %9s %9s %7s %9s %9s %7s   %5s %5s %5s\n", "", "kernel", "plain", "ratio", "kernel",
-                "plain", "ratio", "kernel", "plain", "ratio", "bytes", "+ *", "/ sqrt");
-  }
   std::vector<Case> list;
   bench::addSharedCases(list);
   bench::addBrickCases(list);
@@ -140,21 +169,28 @@ int main(int argc, char** argv) {
   bench::addOutputCases(list);
   bench::addUserCases(list);
   bench::addTableCases(list);
+  if (!kernelsAlone) {
+    const plain::Machine& m = plain::machine();
+    std::printf("A nanosecond holds %.0f sums or products, %.2f divisions, %.1f single accesses and copies %.0f bytes "
+                "in a block of "
+                "16 KiB, %.1f in 64 MiB.\n\n",
+                m.operations, m.divisions, m.accesses, plain::copiedBytes(1 << 14), plain::copiedBytes(1 << 26));
+    std::printf("| kernel | hot | plain | peer | limit | swept | plain | peer | limit "
+                "|\n|---|---|---|---|---|---|---|---|---|\n");
+  }
   for (Case& c : list) {
     if (!wanted(c.name)) continue;
     const int sweptBlocks = (64 << 20) / (128 * arrayBytes(c));
     if (kernelsAlone) {
-      const Pair hot = measure(c, 128, 1, true), swept = measure(c, 128, sweptBlocks, true);
-      std::printf("%s;%.4f;%.4f\n", c.name.c_str(), hot.kernel, swept.kernel);
+      std::printf("%s;%.4f;%.4f\n", c.name.c_str(), measure(c, 1, true).kernel, measure(c, sweptBlocks, true).kernel);
       continue;
     }
-    std::printf("%-24s", c.name.c_str());
-    for (const auto& [n, count] : {std::pair{64, 1}, {128, 1}, {128, sweptBlocks}}) {
-      const Pair best = measure(c, n, count, false);
-      std::printf(" %9.2f %9.2f %7.2f", best.kernel, best.plain, best.plain / best.kernel);
-      std::fflush(stdout);
-    }
-    std::printf("   %5d %5d %5d\n", c.bytes > 0 ? c.bytes : arrayBytes(c), c.arithmetic, c.divisions);
+    for (peer::Peer& other : peer::peersOf(c.name)) c.peers.push_back(std::move(other));
+    const size_t end = std::min(c.name.find(' '), c.name.find(',')); // of the routine's name
+    std::printf("| `%s`%s |", c.name.substr(0, end).c_str(), end < c.name.size() ? c.name.c_str() + end : "");
+    printTimes(c, measure(c, 1, false), 128 * bytesOf(c));
+    printTimes(c, measure(c, sweptBlocks, false), 64 << 20);
+    std::printf("\n");
   }
   if (!kernelsAlone && (wanted("WRITE") || wanted("glo_uti_CWrite"))) benchWriter();
   return linesTaken < 0;

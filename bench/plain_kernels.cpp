@@ -1,5 +1,6 @@
 #include "plain_kernels.h"
 
+#include "plain/bricks.h"
 #include "plain/materials.h"
 #include "plain/sort.h"
 
@@ -171,58 +172,11 @@ void c3d8oper(const int32_t* nblock, const int32_t* ipt, const int32_t*, const d
 
 void c3d8roper2(const int32_t* nblock, const int32_t* ldim, const double* X, double* B, double* hgdiag, double* hgstiff,
                 double* vol, double* rvol, double* gamma, double* mask) {
-  // B_1 of a brick from the y and z of the six nodes that share an edge or a face diagonal with the node; the other nodes by
-  // renumbering
-  static constexpr int order[8][8] = {{0, 1, 2, 3, 4, 5, 6, 7}, {1, 2, 3, 0, 5, 6, 7, 4}, {2, 3, 0, 1, 6, 7, 4, 5},
-                                      {3, 0, 1, 2, 7, 4, 5, 6}, {4, 7, 6, 5, 0, 3, 2, 1}, {5, 4, 7, 6, 1, 0, 3, 2},
-                                      {6, 5, 4, 7, 2, 1, 0, 3}, {7, 6, 5, 4, 3, 2, 1, 0}};
-  static constexpr double pattern[4][8] = {{+1, +1, -1, -1, -1, -1, +1, +1},
-                                           {+1, -1, -1, +1, -1, +1, +1, -1},
-                                           {+1, -1, +1, -1, +1, -1, +1, -1},
-                                           {-1, +1, -1, +1, +1, -1, +1, -1}};
   const int n = *nblock, ld = *ldim;
-  for (int e = 0; e < n; ++e) {
-    double x[3][8], b[3][8], W = 0;
-    for (int c = 0; c < 3; ++c)
-      for (int node = 0; node < 8; ++node) x[c][node] = X[(8 * c + node) * ld + e];
-    for (int c = 0; c < 3; ++c) {
-      const double *y = x[(c + 1) % 3], *z = x[(c + 2) % 3];
-      for (int node = 0; node < 8; ++node) {
-        const int* o = order[node];
-        b[c][node] = y[o[1]] * ((z[o[5]] - z[o[2]]) - (z[o[3]] - z[o[4]])) + y[o[2]] * (z[o[1]] - z[o[3]]) +
-                     y[o[3]] * ((z[o[2]] - z[o[7]]) - (z[o[4]] - z[o[1]])) +
-                     y[o[4]] * ((z[o[7]] - z[o[5]]) - (z[o[1]] - z[o[3]])) + y[o[5]] * (z[o[4]] - z[o[1]]) +
-                     y[o[7]] * (z[o[3]] - z[o[4]]);
-      }
-    }
-    for (int node = 0; node < 8; ++node) W += x[0][node] * b[0][node];
-    if (!(W > 0) || mask[e] != 0) {
-      mask[e] = 1;
-      W = 0;
-    }
-    const double active = 1 - mask[e], volume12 = W + mask[e], r = 1 / volume12;
-    const double reciprocal = (2 * r - volume12 * r * r) * active;
-    double squares = 0;
-    for (int c = 0; c < 3; ++c)
-      for (int node = 0; node < 8; ++node) {
-        b[c][node] *= reciprocal * active;
-        squares += b[c][node] * b[c][node];
-        B[(8 * c + node) * ld + e] = b[c][node];
-      }
-    const double q = volume12 * squares + mask[e];
-    hgdiag[e] = 6 / q;
-    hgstiff[e] = q / 6;
-    vol[e] = volume12 / 12;
-    rvol[e] = 12 * reciprocal;
-    for (int k = 0; k < 4; ++k) {
-      double h[3] = {0, 0, 0};
-      for (int c = 0; c < 3; ++c)
-        for (int node = 0; node < 8; ++node) h[c] += pattern[k][node] * x[c][node];
-      for (int node = 0; node < 8; ++node)
-        gamma[(8 * k + node) * ld + e] =
-            active * (pattern[k][node] - (h[0] * b[0][node] + h[1] * b[1][node] + h[2] * b[2][node]));
-    }
-  }
+  for (int e = 0; e < n; ++e)
+    onePointOperator<double>([=](int k) { return X[k * ld + e]; }, [=](int k, double value) { B[k * ld + e] = value; },
+                             hgdiag[e], hgstiff[e], vol[e], rvol[e],
+                             [=](int k, double value) { gamma[k * ld + e] = value; }, mask[e]);
 }
 
 void c3dsymgrad(const int32_t* nblock, const double* G, double* sym, double* skew) {

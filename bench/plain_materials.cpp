@@ -15,27 +15,12 @@ Point invariantsOf(const double* V, int n, int i) {
   return invariants(A, J < 1e-9 ? J + 1 : J);
 }
 
-struct Derivatives {
-  double U1, U2, U11, U12, U22, p, slope;
-};
-// Stress, bound and bulk of a point whose derivatives are known.
-void stressOf(const Point& s, const Derivatives& d, int n, int i, double* stress, double* bound, double* bulk) {
-  const Matrix<double> Q = product(s.B, s.B);
-  const double rJ = 1 / s.J, a = 2 * d.U2 * rJ, b = 2 * d.U1 * rJ + s.I1 * a, third = (s.I1 * s.I1 - 2 * s.I2) / 3;
-  const double w4 = 4 * rJ, w2 = 2 * rJ, c1 = w4 * (d.U11 + 2 * s.I1 * d.U12 + s.I1 * s.I1 * d.U22), c2 = w4 * d.U22;
-  const double c3 = -w4 * (s.I1 * d.U22 + d.U12), E = w2 * (d.U1 + s.I1 * d.U2), F = -w2 * d.U2, G = w4 * d.U2;
-  double largest = 0;
-  for (int k = 0; k < 6; ++k) {
-    const int r = kRow[k], c = kColumn[k];
-    const double q = Q[r][c], g = s.B[r][c];
-    stress[k * n + i] = k < 3 ? d.p - (q - third) * a + (g - s.I1 / 3) * b : g * b - q * a;
-    const double term = k < 3 ? (g * c1 + 2 * E + 2 * q * c3) * g + (q * c2 + 2 * F) * q
-                              : (2 * c1 * g + 4 * c3 * q) * g + (s.B[r][r] + s.B[c][c]) * E + (Q[r][r] + Q[c][c]) * F +
-                                    (g * g - s.B[r][r] * s.B[c][c]) * G + 2 * c2 * q * q;
-    largest = k == 0 ? term : std::max(largest, term);
-  }
-  bound[i] = largest;
-  bulk[i] = 3 * s.J * (d.p + d.slope);
+void stressOf(const Point& s, const EnergyDerivatives<double>& d, int n, int i, double* stress, double* bound,
+              double* bulk) {
+  const StressAndModuli<double> t = stressAndModuli(s, d);
+  for (int k = 0; k < 6; ++k) stress[k * n + i] = t.stress[k];
+  bound[i] = t.bound;
+  bulk[i] = t.bulk;
 }
 
 } // namespace
@@ -170,18 +155,6 @@ void hyperogdenpsexp(int n, const Arrays& a) {
     moduli(s, false, l, v.p, v.slope, a[13][i], a[14][i]);
   }
 }
-
-namespace {
-// erfc(|z|) by the fit that the kernel has.
-double erfcFit(double z) {
-  const double t = 1 / (1 + 0.5 * std::abs(z));
-  const double c[] = {-1.26551223, 1.00002368,  0.37409196, 0.09678418,  -0.18628806,
-                      0.27886807,  -1.13520398, 1.48851587, -0.82215223, 0.17087277};
-  double P = 0;
-  for (int k = 9; k >= 0; --k) P = c[k] + t * P;
-  return t * std::exp(std::max(P - z * z, -708.3964185322637));
-}
-} // namespace
 
 void ormullins(int n, const Arrays& a) {
   for (int i = 0; i < n; ++i) {

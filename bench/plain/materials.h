@@ -3,8 +3,10 @@
 // speed they make up; a test that has a better truth, a closed form or a numerical derivative, takes only what that needs.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <type_traits>
 
 namespace plain {
 
@@ -44,8 +46,9 @@ struct Invariants {
 };
 template <class Real>
 Invariants<Real> invariants(const Matrix<Real>& V, Real J) {
+  using std::exp, std::log;
   Invariants<Real> s;
-  const Real f = std::exp(-2 / Real(3) * std::log(J));
+  const Real f = exp(Real(-2) / Real(3) * log(J));
   s.J = J;
   s.B = product(V, V);
   for (auto& row : s.B)
@@ -54,6 +57,36 @@ Invariants<Real> invariants(const Matrix<Real>& V, Real J) {
   s.I2 = s.B[0][0] * s.B[1][1] + s.B[1][1] * s.B[2][2] + s.B[0][0] * s.B[2][2] - s.B[0][1] * s.B[0][1] -
          s.B[1][2] * s.B[1][2] - s.B[0][2] * s.B[0][2];
   return s;
+}
+
+template <class Real>
+struct EnergyDerivatives {
+  Real U1, U2, U11, U12, U22, p, slope; // by I1 and I2; volumetric stress and its slope
+};
+// Cauchy stress, the largest diagonal term of the isochoric tangent, and the bulk term.
+template <class Real>
+struct StressAndModuli {
+  Real stress[6], bound, bulk;
+};
+template <class Real>
+StressAndModuli<Real> stressAndModuli(const Invariants<Real>& s, const EnergyDerivatives<Real>& d) {
+  using std::max;
+  StressAndModuli<Real> result;
+  const Matrix<Real> Q = product(s.B, s.B);
+  const Real rJ = 1 / s.J, a = 2 * d.U2 * rJ, b = 2 * d.U1 * rJ + s.I1 * a, third = (s.I1 * s.I1 - 2 * s.I2) / 3;
+  const Real w4 = 4 * rJ, w2 = 2 * rJ, c1 = w4 * (d.U11 + 2 * s.I1 * d.U12 + s.I1 * s.I1 * d.U22), c2 = w4 * d.U22;
+  const Real c3 = -w4 * (s.I1 * d.U22 + d.U12), E = w2 * (d.U1 + s.I1 * d.U2), F = -w2 * d.U2, G = w4 * d.U2;
+  for (int k = 0; k < 6; ++k) {
+    const int r = kRow[k], c = kColumn[k];
+    const Real q = Q[r][c], g = s.B[r][c];
+    result.stress[k] = k < 3 ? d.p - (q - third) * a + (g - s.I1 / 3) * b : g * b - q * a;
+    const Real term = k < 3 ? (g * c1 + 2 * E + 2 * q * c3) * g + (q * c2 + 2 * F) * q
+                            : (2 * c1 * g + 4 * c3 * q) * g + (s.B[r][r] + s.B[c][c]) * E + (Q[r][r] + Q[c][c]) * F +
+                                  (g * g - s.B[r][r] * s.B[c][c]) * G + 2 * c2 * q * q;
+    result.bound = k == 0 ? term : max(result.bound, term);
+  }
+  result.bulk = 3 * s.J * (d.p + d.slope);
+  return result;
 }
 
 // Sum of c(k) (I1 - 3)^i (I2 - 3)^j over i + j from 1 to the order.
@@ -74,6 +107,18 @@ Real arrudaBoyceEnergy(Real mu, Real lambda, Real I) {
                19 * k * k * k / 7000 * (I * I * I * I - 81) + 519 * k * k * k * k / 673750 * (I * I * I * I * I - 243));
 }
 
+// erfc(|z|) by the fit of W. H. Press et al., Numerical Recipes (1992), that the kernel has.
+template <class Real>
+Real erfcFit(Real z) {
+  using std::abs, std::exp, std::max;
+  const Real t = 1 / (1 + 0.5 * abs(z));
+  const double c[] = {-1.26551223, 1.00002368,  0.37409196, 0.09678418,  -0.18628806,
+                      0.27886807,  -1.13520398, 1.48851587, -0.82215223, 0.17087277};
+  Real P = 0;
+  for (int k = 9; k >= 0; --k) P = c[k] + t * P;
+  return t * exp(max(P - z * z, Real(-708.3964185322637)));
+}
+
 // ---- models of the stretches
 
 // Energy over three terms, its derivatives tau by the logarithms of the stretches, and A, b of the tangent.  R. W. Ogden,
@@ -82,19 +127,27 @@ template <class Real>
 struct StretchSums {
   Real J, U = 0, tau[3] = {}, A[3] = {}, b = 0;
 };
-template <class Real>
-StretchSums<Real> stretchSums(const double* mus, const double* alphas, const double* betas, Real l1, Real l2, Real l3) {
+// Numbers of several points at a time have no term without an exponent or a volume.
+template <class Real, class Constant>
+StretchSums<Real> stretchSums(const Constant* mus, const Constant* alphas, const Constant* betas, Real l1, Real l2,
+                              Real l3) {
+  using std::exp, std::log;
+  constexpr bool isOne = std::is_floating_point_v<Real>;
   const bool foam = betas != nullptr;
   StretchSums<Real> s;
   s.J = l1 * l2 * l3;
-  const Real logJ = std::log(s.J), f = foam ? 1 : std::exp(-2 / Real(3) * logJ);
-  const Real x[3] = {std::log(l1 * l1 * f), std::log(l2 * l2 * f), std::log(l3 * l3 * f)};
+  const Real logJ = log(s.J), f = foam ? Real(1) : exp(Real(-2) / Real(3) * logJ);
+  const Real x[3] = {log(l1 * l1 * f), log(l2 * l2 * f), log(l3 * l3 * f)};
   for (int t = 0; t < 3; ++t) {
-    const Real mu = mus[t], alpha = alphas[t], beta = foam ? betas[t] : 0;
-    if (alpha == 0) continue;
-    const Real P[3] = {std::exp(alpha / 2 * x[0]), std::exp(alpha / 2 * x[1]), std::exp(alpha / 2 * x[2])};
-    const Real Q = foam ? std::exp(-alpha * beta * logJ) : 0;
-    const Real volume = foam ? (beta != 0 ? (Q - 1) / beta : -alpha * logJ) : 0;
+    const Real mu = mus[t], alpha = alphas[t], beta = foam ? Real(betas[t]) : Real(0), half = alpha / 2;
+    if constexpr (isOne)
+      if (alpha == 0) continue;
+    const Real P[3] = {exp(half * x[0]), exp(half * x[1]), exp(half * x[2])};
+    const Real Q = foam ? exp(-alpha * beta * logJ) : Real(0);
+    Real volume = 0;
+    if (foam) volume = (Q - 1) / beta;
+    if constexpr (isOne)
+      if (foam && beta == 0) volume = -alpha * logJ;
     s.U += 2 * mu / (alpha * alpha) * (P[0] + P[1] + P[2] - 3 + volume);
     const Real off = foam ? Q : (P[0] + P[1] + P[2]) / 3;
     for (int k = 0; k < 3; ++k) s.tau[k] += 2 * mu / alpha * (P[k] - off), s.A[k] += 2 * mu * P[k];

@@ -114,11 +114,19 @@ class Site:
                 heads = cells
             elif found := re.match(r"`(\w+)`,?(.*)", cells[0]):
                 name = user.get(found[1], found[1])
-                other = html.escape(cells[1].replace("`", "")) if heads[1] == "counterpart" else "a plain loop"
-                for head, cell in zip(heads, cells):
-                    if pair := re.match(r"([\d.]+) / ([\d.]+) = \*\*([\d.]+)\*\*", cell):
-                        what = ", ".join(filter(None, (found[2].strip(), head.split(":")[0])))
-                        self.figures[name].append(f"{pair[1]} ns a point, {other} {pair[2]}, ratio {pair[3]} ({what})")
+                variant = found[2].strip()
+                for place, head in enumerate(heads):
+                    if pair := re.match(r"([\d.]+) / ([\d.]+) = \*\*([\d.]+)\*\*", cells[place]):
+                        figure = f"{pair[1]} ns a point, a plain loop {pair[2]}, ratio {pair[3]}"
+                    elif head in ("hot", "swept"):  # then the plain loop and the fastest peer, where there are any
+                        beside = [f"{html.escape(other[1].strip() or 'a plain loop')} {other[2]}, ratio {other[3]}"
+                                  for cell in cells[place + 1:place + 3]
+                                  if (other := re.match(r"([A-Za-z_ ]*)([\d.]+) \*\*([\d.]+)\*\*", cell))]
+                        figure = "; ".join([f"{cells[place]} ns a point", *beside])
+                    else:
+                        continue
+                    what = ", ".join(filter(None, (variant, head.split(":")[0])))
+                    self.figures[name].append(f"{figure} ({what})")
 
     def read_fortran(self):
         """Interfaces of the module; of a procedure that adds lengths of texts its head."""

@@ -36,21 +36,23 @@ struct PlaneAngle {
   double c, s, t;
 };
 
-// Bounded rotations: rotate until every sine of a sweep is at most 0.015.  c and s come out of t = tan, or cot, of the angle,
-// whichever branch turns by 45 degrees at most; s = sqrt(1 - c*c) loses angles below about 1e-8.
+// Bounded rotations: rotate until every sine of a sweep is at most 0.015.  With d = a_qq - a_pp, m = 2 a_pq and
+// w = |d| + sqrt(d d + m m) the sine and the cosine of the angle that turns by 45 degrees at most are m and w over
+// sqrt(w w + m m): one division and two roots, and small angles keep their digits.
 struct BoundedRotation {
   static constexpr double kStillMoving = 0.015;
 
   SA_INLINE static PlaneAngle angle(double app, double aqq, double apq) {
     constexpr double kEps = 0x1p-53;
     const bool negligible = (__builtin_fabs(app) + __builtin_fabs(aqq)) * kEps >= __builtin_fabs(apq);
-    const double theta = (aqq - app) / (apq + (negligible ? 1.0 : 0.0));
-    const double t = (__builtin_sqrt(theta * theta + 4.0) - theta) * 0.5;
-    const double c = __builtin_sqrt(1.0 / (t * t + 1.0));
-    const double s = __builtin_sqrt(1.0 - c * c);
-    const bool nearest = c > s;
-    const double cr = nearest ? c : s, sr = nearest ? -s : c;
-    return {negligible ? 1.0 : cr, negligible ? 0.0 : sr, 0.0};
+    // squares of numbers near one: those of a tensor's small entries would vanish beside its large ones
+    const double difference = aqq - app, twice = 2.0 * apq, scale = powerBelow(magnitude(difference, twice));
+    const double d = difference * scale, m = __builtin_fabs(twice) * scale, mm = m * m;
+    const double w = __builtin_fabs(d) + __builtin_sqrt(d * d + mm), q = 1.0 / __builtin_sqrt(w * w + mm);
+    const double sine = m * q;
+    // a_pp = a_qq turns as a_pp below a_qq does with a_pq above 0
+    const bool opposed = d * twice < 0.0;
+    return {negligible ? 1.0 : w * q, negligible ? 0.0 : (opposed ? sine : -sine), 0.0};
   }
 
   SA_INLINE static void rotate(const PlaneAngle& r, double& app, double& aqq, double apq, double& apr, double& aqr) {
@@ -113,40 +115,92 @@ struct PreciseRotation {
   }
 };
 
-// One rotation of all n active points in the plane (p, q), with r the third axis.
+// The plane (p, q) of a rotation, with r the third axis, in the scratch of a piece.
+struct RotationPlane {
+  double *app, *aqq, *apq, *apr, *aqr;
+  double *p1, *p2, *p3, *q1, *q2, *q3; // directions p and q
+};
+template <bool kDirections>
+SA_INLINE RotationPlane planeOf(JacobiScratch<kDirections>& w, double* app, double* aqq, double* apq, double* apr,
+                                double* aqr, int64_t p, int64_t q) {
+  if constexpr (kDirections)
+    return {app,           aqq, apq, apr, aqr, w.v[3 * p], w.v[3 * p + 1], w.v[3 * p + 2], w.v[3 * q], w.v[3 * q + 1],
+            w.v[3 * q + 2]};
+  else
+    return {app, aqq, apq, apr, aqr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
+}
+
+// The angle of a plane's rotation for point i, and what the rotation does.
 template <class Rotation, bool kDirections>
-SA_INLINE void rotatePlane(int n, JacobiScratch<kDirections>& w, double* app, double* aqq, double* apq, double* apr,
-                           double* aqr, [[maybe_unused]] int64_t p, [[maybe_unused]] int64_t q) {
-  forPoints(n, [=, &w](int i) SA_POINT {
-    const PlaneAngle r = Rotation::angle(app[i], aqq[i], apq[i]);
-    w.c[i] = r.c;
-    w.s[i] = r.s;
-    w.t[i] = r.t;
-    w.moving[i] = __builtin_fabs(r.s) > Rotation::kStillMoving ? 1.0 : w.moving[i];
-  });
-  forPoints(n, [=, &w](int i) SA_POINT {
-    const PlaneAngle r{w.c[i], w.s[i], w.t[i]};
-    double pp = app[i], qq = aqq[i], pr = apr[i], qr = aqr[i];
-    Rotation::rotate(r, pp, qq, apq[i], pr, qr);
-    app[i] = pp;
-    aqq[i] = qq;
-    apq[i] = 0.0;
-    apr[i] = pr;
-    aqr[i] = qr;
-  });
+SA_INLINE void findAngle(int i, JacobiScratch<kDirections>& w, const RotationPlane& a) {
+  const PlaneAngle r = Rotation::angle(a.app[i], a.aqq[i], a.apq[i]);
+  w.c[i] = r.c;
+  w.s[i] = r.s;
+  w.t[i] = r.t;
+  w.moving[i] = __builtin_fabs(r.s) > Rotation::kStillMoving ? 1.0 : w.moving[i];
+}
+template <class Rotation, bool kDirections>
+SA_INLINE void turn(int i, JacobiScratch<kDirections>& w, const RotationPlane& a) {
+  const PlaneAngle r{w.c[i], w.s[i], w.t[i]};
+  double pp = a.app[i], qq = a.aqq[i], pr = a.apr[i], qr = a.aqr[i];
+  Rotation::rotate(r, pp, qq, a.apq[i], pr, qr);
+  a.app[i] = pp;
+  a.aqq[i] = qq;
+  a.apq[i] = 0.0;
+  a.apr[i] = pr;
+  a.aqr[i] = qr;
   if constexpr (kDirections) {
-    double *p1 = w.v[3 * p], *p2 = w.v[3 * p + 1], *p3 = w.v[3 * p + 2];
-    double *q1 = w.v[3 * q], *q2 = w.v[3 * q + 1], *q3 = w.v[3 * q + 2];
-    forPoints(n, [=, &w](int i) SA_POINT {
-      const double c = w.c[i], s = w.s[i];
-      const double x1 = p1[i], x2 = p2[i], x3 = p3[i], y1 = q1[i], y2 = q2[i], y3 = q3[i];
-      p1[i] = c * x1 + s * y1;
-      p2[i] = c * x2 + s * y2;
-      p3[i] = c * x3 + s * y3;
-      q1[i] = c * y1 - s * x1;
-      q2[i] = c * y2 - s * x2;
-      q3[i] = c * y3 - s * x3;
-    });
+    const double x1 = a.p1[i], x2 = a.p2[i], x3 = a.p3[i], y1 = a.q1[i], y2 = a.q2[i], y3 = a.q3[i];
+    a.p1[i] = r.c * x1 + r.s * y1;
+    a.p2[i] = r.c * x2 + r.s * y2;
+    a.p3[i] = r.c * x3 + r.s * y3;
+    a.q1[i] = r.c * y1 - r.s * x1;
+    a.q2[i] = r.c * y2 - r.s * x2;
+    a.q3[i] = r.c * y3 - r.s * x3;
+  }
+}
+
+// The three rotations of a sweep for all n active points.  Angles keep the unit that divides busy, and what the rotations do to
+// directions the units that multiply: with directions the points are worked off in two halves, of which one turns while the
+// angles of the other are found.
+template <class Rotation, bool kDirections>
+SA_INLINE void sweepPlanes(int n, JacobiScratch<kDirections>& w) {
+  const RotationPlane first = planeOf(w, w.a11, w.a33, w.a13, w.a12, w.a23, 0, 2),
+                      second = planeOf(w, w.a11, w.a22, w.a12, w.a13, w.a23, 0, 1),
+                      third = planeOf(w, w.a22, w.a33, w.a23, w.a12, w.a13, 1, 2);
+  const auto angles = [&w](int start, int count, const RotationPlane& a) SA_POINT {
+    forPoints(count, [=, &w](int i) SA_POINT { findAngle<Rotation>(start + i, w, a); });
+  };
+  const auto turns = [&w](int start, int count, const RotationPlane& a)
+                         SA_POINT { forPoints(count, [=, &w](int i) SA_POINT { turn<Rotation>(start + i, w, a); }); };
+  if constexpr (!kDirections) {
+    angles(0, n, first), turns(0, n, first);
+    angles(0, n, second), turns(0, n, second);
+    angles(0, n, third), turns(0, n, third);
+  } else {
+    const int half = n / 16 * 8, rest = n - half; // the first half ends with a vector
+    // the first half turns in plane a while the angles of the second one in plane b are found, and the other way round
+    const auto firstTurns = [=, &w](const RotationPlane& a, const RotationPlane& b) SA_POINT {
+      forPoints(half, [=, &w](int i) SA_POINT {
+        turn<Rotation>(i, w, a);
+        findAngle<Rotation>(half + i, w, b);
+      });
+      angles(half + half, rest - half, b);
+    };
+    const auto secondTurns = [=, &w](const RotationPlane& a, const RotationPlane& b) SA_POINT {
+      forPoints(half, [=, &w](int i) SA_POINT {
+        turn<Rotation>(half + i, w, a);
+        findAngle<Rotation>(i, w, b);
+      });
+      turns(half + half, rest - half, a);
+    };
+    angles(0, half, first);
+    firstTurns(first, first);
+    secondTurns(first, second);
+    firstTurns(second, second);
+    secondTurns(second, third);
+    firstTurns(third, third);
+    turns(half, rest, third);
   }
 }
 
@@ -208,9 +262,7 @@ SA_INLINE void jacobi(int n, JacobiScratch<kDirections>& w, Load load, Store sto
   int active = n;
   for (int sweep = 1; active > 0; ++sweep) {
     forPoints(active, [&w](int i) SA_POINT { w.moving[i] = 0.0; });
-    rotatePlane<Rotation>(active, w, w.a11, w.a33, w.a13, w.a12, w.a23, 0, 2);
-    rotatePlane<Rotation>(active, w, w.a11, w.a22, w.a12, w.a13, w.a23, 0, 1);
-    rotatePlane<Rotation>(active, w, w.a22, w.a33, w.a23, w.a12, w.a13, 1, 2);
+    sweepPlanes<Rotation>(active, w);
 
     int kept[kScratchPoints], finished[kScratchPoints];
     int keptCount = 0, finishedCount = 0;

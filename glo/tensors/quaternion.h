@@ -21,7 +21,7 @@ struct PlaneQuaternion {
 struct ProductSigns {
   double sa, sc, s;
 };
-SA_INLINE ProductSigns signsOf(int32_t operation) {
+SA_INLINE constexpr ProductSigns signsOf(int32_t operation) {
   switch (operation) {
   case -1:
     return {+1.0, -1.0, +1.0}; // b a
@@ -31,6 +31,24 @@ SA_INLINE ProductSigns signsOf(int32_t operation) {
     return {-1.0, +1.0, +1.0}; // conj(b) a
   default:
     return {+1.0, +1.0, +1.0}; // a b
+  }
+}
+// use(signs) with the signs as a constant that signs() gives: none of them costs a multiplication.
+template <int32_t operation>
+struct SignsOf {
+  constexpr ProductSigns operator()() const { return signsOf(operation); }
+};
+template <class Use>
+SA_INLINE void withSigns(int32_t operation, Use use) {
+  switch (operation) {
+  case -1:
+    return use(SignsOf<-1>{});
+  case 2:
+    return use(SignsOf<2>{});
+  case -2:
+    return use(SignsOf<-2>{});
+  default:
+    return use(SignsOf<1>{});
   }
 }
 

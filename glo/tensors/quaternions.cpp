@@ -25,10 +25,12 @@ SA_INLINE void store(double* block, int64_t n, int i, const PlaneQuaternion& q, 
 template <class Q>
 SA_INLINE void algebra(int nblock, int32_t operation, double* out, const double* A, const double* B) {
   const int64_t N = nblock;
-  const ProductSigns signs = signsOf(operation);
-  forPoints(nblock, [=](int i) SA_POINT {
-    const Q q = product(load<Q>(A, N, i), load<Q>(B, N, i), signs);
-    store(out, N, i, q, signs.s / length(q), signs.s);
+  withSigns(operation, [=](auto signs) SA_POINT {
+    forPoints(nblock, [=](int i) SA_POINT {
+      constexpr ProductSigns p = signs();
+      const Q q = product(load<Q>(A, N, i), load<Q>(B, N, i), p);
+      store(out, N, i, q, p.s / length(q), p.s);
+    });
   });
 }
 

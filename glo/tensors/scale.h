@@ -16,6 +16,11 @@ struct Scale {
 SA_INLINE double magnitude(double x, double y) { return vm::max(__builtin_fabs(x), __builtin_fabs(y)); }
 SA_INLINE double magnitude(double x, double y, double z) { return vm::max(magnitude(x, y), __builtin_fabs(z)); }
 
+// A power of two that brings a number to between 1 and 2; for numbers up to 2^1022.  Zero and the subnormal numbers get 2^1023.
+SA_INLINE double powerBelow(double size) {
+  return vm::fromBits(0x7fe0000000000000u - (vm::toBits(size) & 0x7ff0000000000000u));
+}
+
 // For a few sums and products with numbers below 1 of data up to `largest`.  Scaling up is exact; data that are scaled down
 // lose what lies below 2^-1070.
 SA_INLINE Scale scaleForSums(double largest) {

@@ -7,13 +7,35 @@
 
 namespace sa {
 
+// A third of the arcsine of x, to 1e-16.
+SA_INLINE double thirdOfArcsine(double x) {
+  const double a = __builtin_fabs(x);
+  const bool outer = a > 0.5; // there arcsin a = pi/2 - 2 arcsin(sqrt((1 - a)/2))
+  const double z = outer ? (1.0 - a) * 0.5 : a * a, s = outer ? __builtin_sqrt(z) : a;
+  const double arcsine = s + s * (z * vm::polynomial(z, vm::kAsinCoefficients));
+  const double third = outer ? 0.5235987755982988 - 0.6666666666666666 * arcsine : 0.3333333333333333 * arcsine;
+  return vm::copysign(third, x);
+}
+
+// cos(acos(x)/3), its partners a third of a turn further on, and the third that is minus their sum, in terms of the angle
+// phi = asin(x)/3, |phi| <= pi/6, which needs no reduction: (cos phi sqrt 3 + sin phi)/2, (-cos phi sqrt 3 + sin phi)/2 and
+// -sin phi.
+struct ThirdsOfTurn {
+  double k1, k2, k3;
+};
+SA_INLINE ThirdsOfTurn thirdsOfTurn(double phi) {
+  const double z = phi * phi, sine = phi + phi * (z * vm::polynomial(z, vm::kSinCoefficients));
+  const double cosine = 1.0 - (0.5 * z - z * z * vm::polynomial(z, vm::kCosCoefficients));
+  const double c = 0.8660254037844386 * cosine, s = 0.5 * sine;
+  return {s + c, s - c, -sine};
+}
+
 // What the passes of the trigonometric solution hand on.
 struct TrigonometricScratch {
   double mean[kScratchPoints], radius[kScratchPoints]; // of the tensor scaled by its largest component
   double scale[kScratchPoints];                        // that component
   double x[kScratchPoints];                            // half the determinant of the normalised deviator
   double angle[kScratchPoints];
-  double k1[kScratchPoints], k2[kScratchPoints];
   double diagonal[kScratchPoints]; // 1.0: the tensor counts as diagonal
 };
 
@@ -51,22 +73,21 @@ SA_INLINE void trigonometricValues(Points point, int n, Load load, int64_t nbloc
     w.x[i] = x;
     w.diagonal[i] = diagonal && x == x ? 1.0 : 0.0; // a NaN in the shear passes the comparison
   });
-  forPoints(n, [=, &w](int i) SA_POINT { w.angle[i] = vm::acos(w.x[i]) * kThird; });
-  forPoints(n, [=, &w](int i) SA_POINT { w.k1[i] = vm::cos(w.angle[i]); });
-  forPoints(n, [=, &w](int i) SA_POINT { w.k2[i] = vm::cos(w.angle[i] + 2.094395102393195); });
+  forPoints(n, [=, &w](int i) SA_POINT { w.angle[i] = thirdOfArcsine(w.x[i]); });
   forPoints(n, [=, &w](int i) SA_POINT {
-    // At x = 1 and -1 two values coincide and acos loses all digits: they are set exactly.
+    // At x = 1 and -1 two values coincide and the angle loses half its digits: they are set exactly.
     const bool upper = w.x[i] >= 0.9999999999999999, lower = w.x[i] <= -0.9999999999999999;
-    const double k1 = upper ? -0.5 : (lower ? -1.0 : w.k1[i]);
-    const double k2 = upper ? -0.5 : (lower ? 0.5 : w.k2[i]);
-    const double k3 = upper ? 1.0 : (lower ? 0.5 : -w.k1[i] - w.k2[i]);
+    const ThirdsOfTurn k = thirdsOfTurn(w.angle[i]);
+    const double k1 = upper ? -0.5 : (lower ? -1.0 : k.k1);
+    const double k2 = upper ? -0.5 : (lower ? 0.5 : k.k2);
+    const double k3 = upper ? 1.0 : (lower ? 0.5 : k.k3);
     const double mean = w.mean[i], r = w.radius[i], scale = w.scale[i];
     const bool diagonal = w.diagonal[i] != 0.0;
-    const int k = point(i);
-    const Sym<S33> t = load(k);
-    P[k] = diagonal ? t.s11 : (mean + r * k1) * scale;
-    P[k + nblock] = diagonal ? t.s22 : (mean + r * k2) * scale;
-    P[k + 2 * nblock] = diagonal ? t.s33 : (mean + r * k3) * scale;
+    const int at = point(i);
+    const Sym<S33> t = load(at);
+    P[at] = diagonal ? t.s11 : (mean + r * k1) * scale;
+    P[at + nblock] = diagonal ? t.s22 : (mean + r * k2) * scale;
+    P[at + 2 * nblock] = diagonal ? t.s33 : (mean + r * k3) * scale;
   });
 }
 

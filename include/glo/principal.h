@@ -25,9 +25,9 @@ extern "C" {
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** Jacobi rotations in the planes (1,3), (1,2), (2,3) until every rotation of a sweep has a sine of at most 0.015.
- *  That bound is the contract: directions are right to about 2e-4 of the spread of the values, and rotations below about
- *  1e-8 are dropped.  Values carry the square of that error.  For values and directions to machine precision, sorted, take
- *  GLO_UTI_EIG33V.
+ *  That bound is the contract: directions are right to about 2e-4 of the spread of the values, and those that one rotation
+ *  finds, as in the plane of two axes, to machine precision.  Values carry the square of that error.  For values and
+ *  directions to machine precision, sorted, take GLO_UTI_EIG33V.
  *  A point with a NaN or an infinity leaves NaN in all its values and directions.
  *  Source: C. G. J. Jacobi, J. reine angew. Math. 30 (1846) 51.
  *  @param[in]  nblock  (1), block: points
@@ -85,7 +85,8 @@ void GLO_UTI_PRINCS21(const int32_t* nblock, const double* S, double* P, double*
  *  The general case returns the largest value first, then the smallest, then the middle one.  Two equal values below a
  *  third come out as P1 = P2 and the larger one in P3; two equal values above a third as P2 = P3 and the smaller one in
  *  P1.  A tensor whose shear is below 1.1e-12 of its deviator returns its diagonal in place.  Values are right to about
- *  1e-15 of the largest component, or 1e-8 of it where two of them nearly meet.  A tensor whose components are all at most
+ *  1e-15 of the largest component, or 1e-8 of it where two of them nearly meet: the cosines of the solution are right to
+ *  2.5e-16, but a determinant of the deviator that is rounded moves values that nearly meet by its square root.  A tensor whose components are all at most
  *  2.2e-308 has zeros for its values.
  *  Source: O. K. Smith, Comm. ACM 4 (1961) 168.
  *  @param[in]  nblock  (1), block: points

@@ -125,7 +125,10 @@ struct Polynomial6 {
 };
 
 // ((J^2 - 1)/2 - ln J)/D, the volumetric energy of the models of chains.
-SA_INLINE VolumetricStress chainVolume(double J, double D) { return {(J - 1.0 / J) / D, (1.0 + 1.0 / (J * J)) / D}; }
+SA_INLINE VolumetricStress chainVolume(double J, double D) {
+  const double rJ = 1.0 / J, rD = 1.0 / D;
+  return {(J - rJ) * rD, (1.0 + rJ * rJ) * rD};
+}
 
 // Chains in eight directions: five terms of the series of the inverse Langevin function, k = 1/lambdaM^2.
 struct ArrudaBoyce {
@@ -169,7 +172,7 @@ struct VanDerWaals {
     const double s = vm::select(deformed, t, 0.0), root = vm::sqrt(s), range = vm::sqrt(lambdaM * lambdaM - 3.0);
     const double eta = root / range;
     const bool beyond = eta > kLargestEta;
-    const double r = vm::min(1.0 / vm::select(deformed, root, 1.0), 1.0 / (kLargestEta * range));
+    const double r = 1.0 / vm::max(vm::select(deformed, root, 1.0), kLargestEta * range);
     return {s,
             root,
             vm::select(beyond, kLargestEta, eta),
@@ -186,7 +189,7 @@ struct VanDerWaals {
   }
   SA_INLINE FirstDerivatives first(double I1, double I2) const {
     const State q = state(I1, I2);
-    const double g = 1.0 / (1.0 - q.eta) - a * vm::sqrt(0.5 * q.s);
+    const double g = 1.0 / (1.0 - q.eta) - a * (0.7071067811865476 * q.root);
     return {0.5 * (1.0 - beta) * mu * g, 0.5 * beta * mu * g};
   }
   SA_INLINE SecondDerivatives second(double I1, double I2) const {

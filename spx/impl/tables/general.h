@@ -241,15 +241,80 @@ SA_INLINE auto abscissasOf(const General& t, const Groups& groups) {
              SA_POINT { return column[(groups.firstRow(group) - 1) * length]; };
 }
 
-// The intervals of one node; its variable's values are x.  Point by point: where the search goes on differs between them.
+// Breakpoints that all groups of a variable share, as in a grid.  The interval of a point is then the same in each of them and is
+// found once, as in a short table: by a sum of comparisons.
+struct SharedBreakpoints {
+  int64_t count = 0; // 0: the groups have breakpoints of their own
+  double x[kMostRowsCompared];
+
+  // Those of the members of `parents`, or of all groups of the last variable.  Looking at them must pay for `points` points.
+  void layOut(const General& t, const Groups& members, const Groups* parents, int64_t points) {
+    const auto abscissa = abscissasOf(t, members);
+    const int64_t parentCount = parents == nullptr ? 1 : parents->list[0];
+    const auto firstOf = [&](int64_t parent) { return parents == nullptr ? parent : parents->firstMember(parent); };
+    const auto endOf = [&](int64_t parent) {
+      return parents == nullptr ? 1 + members.list[0] : parents->firstMember(parent + 1);
+    };
+    const int64_t length = endOf(1) - firstOf(1);
+    if (length > kMostRowsCompared || length * parentCount > 4 * points) return;
+    for (int64_t k = 0; k < length; ++k) x[k] = abscissa(firstOf(1) + k);
+    bool isShared = true;
+    for (int64_t k = 1; k < length; ++k) isShared = isShared && x[k - 1] <= x[k];
+    for (int64_t parent = 2; parent <= parentCount && isShared; ++parent) {
+      const int64_t first = firstOf(parent);
+      isShared = endOf(parent) - first == length;
+      for (int64_t k = 0; k < length && isShared; ++k) isShared = abscissa(first + k) == x[k];
+    }
+    if (isShared) count = length;
+  }
+};
+
+// The intervals of a piece's points in one variable; lower and upper count from the first group.
+struct SharedIntervals {
+  int32_t lower[kTreePoints], upper[kTreePoints];
+  double distance[kTreePoints], width[kTreePoints], isHeld[kTreePoints];
+
+  SA_INLINE Interval of(int i, int64_t first) const {
+    return {first + lower[i], first + upper[i], distance[i], width[i], isHeld[i] != 0.0};
+  }
+};
+SA_INLINE void findIntervals(int n, const General& t, int v, const SharedBreakpoints& b, const double* x,
+                             SharedIntervals& found) {
+  const double first = b.x[0], last = b.x[b.count - 1], holdsBelow = t.extrapolatesBelow(v) ? -vm::kInfinity : first,
+               holdsAbove = t.extrapolatesAbove(v) ? vm::kInfinity : last;
+  double row[kTreePoints];
+  forPoints(n, [&](int i) SA_POINT { row[i] = 0.0; });
+  for (int64_t k = 1; k < b.count - 1; ++k) {
+    const double next = b.x[k];
+    forPoints(n, [&](int i) SA_POINT { row[i] += vm::select(x[i] >= next, 1.0, 0.0); });
+  }
+  const double lastRow = static_cast<double>(b.count - 1), single = b.count == 1 ? 1.0 : 0.0;
+  forPoints(n, [&](int i) SA_POINT {
+    const bool isBelow = x[i]<holdsBelow, isAbove = x[i]> holdsAbove;
+    const double held = (isBelow | isAbove) ? 1.0 : single, lower = isAbove ? lastRow : row[i];
+    found.isHeld[i] = held;
+    found.lower[i] = static_cast<int32_t>(lower);
+    found.upper[i] = static_cast<int32_t>(lower + (1.0 - held));
+  });
+  for (int i = 0; i < n; ++i) {
+    const double x1 = b.x[found.lower[i]];
+    found.distance[i] = x[i] - x1, found.width[i] = b.x[found.upper[i]] - x1;
+  }
+}
+
+// The intervals of one node; its variable's values are x.  Point by point, unless the intervals are shared: where the search goes
+// on differs between them.
 template <class Quantity, bool isRow>
-SA_INLINE void descend(int n, const General& t, const Groups& groups, int node, const double* x, Tree& tree) {
+SA_INLINE void descend(int n, const General& t, const Groups& groups, int node, const double* x,
+                       const SharedIntervals* shared, Tree& tree) {
   const auto abscissa = abscissasOf(t, groups);
   const int64_t self = tree.at(node), lowerNode = tree.at(Tree::lower(node)),
                 upperNode = tree.at(Tree::lower(node) + 1);
   for (int i = 0; i < n; ++i) {
-    const int64_t first = tree.first[self + i], last = tree.last[self + i];
-    const auto [lower, upper, distance, width, isHeld] = intervalOf(t, groups.variable, first, last, x[i], abscissa);
+    const int64_t first = tree.first[self + i];
+    const auto [lower, upper, distance, width, isHeld] =
+        shared != nullptr ? shared->of(i, first)
+                          : intervalOf(t, groups.variable, first, tree.last[self + i], x[i], abscissa);
     tree.distance[self + i] = isHeld && !(Quantity::kIsIntegral && isRow) ? 0.0 : distance;
     tree.width[self + i] = width;
     if constexpr (isRow) {
@@ -392,6 +457,14 @@ SA_INLINE void evaluateManyVariables(const General& t, const PerPoint& points, c
   const int variables = t.variables;
   const double scale = rootFactor<Quantity>(t);
   Tree tree(variables);
+  SharedBreakpoints breakpoints[kMostVariablesOfTree];
+  SharedIntervals intervals;
+  {
+    Groups parents = {variables, t.groups};
+    breakpoints[variables - 1].layOut(t, parents, nullptr, place.count);
+    for (int v = variables - 1; v >= 1; --v, parents = parents.members())
+      breakpoints[v - 1].layOut(t, parents.members(), &parents, place.count);
+  }
   for (int64_t from = 0; from < place.count; from += tree.points) {
     const int start = static_cast<int>(from), rest = place.count - start, n = rest < tree.points ? rest : tree.points;
     double raw[kTreePoints], x[kTreePoints];
@@ -404,11 +477,14 @@ SA_INLINE void evaluateManyVariables(const General& t, const PerPoint& points, c
       const Logarithm logarithm = t.logarithm;
       if (v == t.logVariable) forPoints(n, [=, &x](int i) SA_POINT { x[i] = logarithm(x[i]); });
       if (v == t.rootVariable) forPoints(n, [=, &x](int i) SA_POINT { x[i] = vm::sqrt(x[i]); });
+      const SharedBreakpoints& every = breakpoints[v - 1];
+      const SharedIntervals* shared = every.count > 0 ? &intervals : nullptr;
+      if (shared != nullptr) findIntervals(n, t, v, every, x, intervals);
       for (const int end = Tree::lower(node); node < end; ++node)
         if (v == 1)
-          descend<Quantity, true>(n, t, groups, node, x, tree);
+          descend<Quantity, true>(n, t, groups, node, x, shared, tree);
         else
-          descend<Quantity, false>(n, t, groups, node, x, tree);
+          descend<Quantity, false>(n, t, groups, node, x, shared, tree);
       if (v > 1) groups = groups.members();
     }
     // up: values
