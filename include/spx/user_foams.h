@@ -130,8 +130,9 @@ void SPX_USR_VISCOUSFOAM(const int32_t* callInfo, const int32_t* nblock, const i
  *  zero strain.  All or none of the curves begin so.  Where none does, tension is that of SPX_USR_RATESENSFOAM.
  *    properties, 6 and tables: 1 E+, 2 cut-off, 3 HU, 4 p, 5 tau, 6 number of rates, and the tables, all as there
  *    state variables, 7: 1 Wm, 2 to 7 D_f, 11 22 33 12 23 13, tensor shear
- *    energy, first call, pitfalls: as there, c2 too.  On random closed paths the loss is the internal
- *      energy but for the error of the increments
+ *    energy, first call, pitfalls: as there, c2 too.  Stress that follows the rate acts like damping by the largest over the
+ *      directions of eta = (T2 - T1) l^2/(J r ln(r2/r1)) (1 - exp(-dt/tau)), with the l and the r of each.  On random closed
+ *      paths the loss is the internal energy but for the error of the increments
  *  Own choices: interpolation in place of the equations, the measure of the rate, hysteresis by one energy for all
  *  directions.
  *  Sources: F. S. Chang, thesis, Wayne State University (1995); F. S. Chang, Y. Song, D. X. Lu, C. N. DeSilva, J. Engrg
@@ -163,7 +164,8 @@ void SPX_USR_FUCHANGISOFOAM(const int32_t* callInfo, const int32_t* nblock, cons
  *      there. Curves that are given for a shear are of T_ij over 2 |U_ij| and begin with 0.0 0.0
  *    state variables, 12: 1 to 6 Wm of 11 22 33 12 23 13, 7 to 12 filtered rate of U
  *    first call: E for each axis, without lateral effect, shear 2 G = E.  c2 twice that of
- *      SPX_USR_RATESENSFOAM, an estimate: shear moves direct stress
+ *      SPX_USR_RATESENSFOAM, an estimate: shear moves direct stress; eta that of SPX_USR_FUCHANGISOFOAM of each component,
+ *      twice it for a shear, with the longest l
  *  Pitfalls: large shear gives direct Cauchy stress, which is geometry; an orientation given wrongly exchanges the axes.
  *  @like SPX_USR_RATESENSFOAM
  *  @param[in]  nblock   (1), block: points

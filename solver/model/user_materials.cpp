@@ -284,6 +284,7 @@ const std::vector<UserModel>& userModels() {
        .moduli = tabulatedFoamModuli,
        .derived = foamSlope,
        .stiffness = fuChangStiffness,
+       .viscosity = fuChangViscosity,
        .curves = compressionCurves(5)},
       {.key = "TVK_FU_CHANG_ANISO_FOAM",
        .states = 12,
@@ -292,6 +293,7 @@ const std::vector<UserModel>& userModels() {
        .moduli = tabulatedFoamModuli,
        .derived = foamSlope,
        .stiffness = orthotropicFuChangStiffness,
+       .viscosity = orthotropicFuChangViscosity,
        .curves = componentCurves(kStressStrain, 5, true)},
       {.key = "TVK_HONEYCOMB",
        .states = 3,
@@ -434,7 +436,7 @@ void UserPoints::boundStiffness(double* bound, double* bulk) {
   if (model_->stiffness != nullptr) GLO_UTI_EIG33(&n_, now_.stretch.data(), principal_.data());
   for (std::size_t i = 0; i < n; ++i) {
     UserState state{material_->constants, derived_, 1, 1, material_->density / density_[i], 0, &now_.state[i], n};
-    state.increment = increment_;
+    state.increment = increment_, state.stretch = &now_.stretch[i];
     if (model_->stiffness != nullptr) {
       state.stretches = {principal_[i], principal_[i + n], principal_[i + 2 * n]};
       std::sort(state.stretches.begin(), state.stretches.end(), std::greater<>());

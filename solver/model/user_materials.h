@@ -32,6 +32,7 @@ struct UserState {
   std::size_t stride;
   double increment = 0;                        // the last one, s
   std::array<double, 3> stretches = {1, 1, 1}; // principal ones, the longest first
+  const double* stretch = nullptr;             // U, six components, `stride` apart
 };
 
 // State variables the largest of which decides: damage that begins as it leaves 0, or a strain.

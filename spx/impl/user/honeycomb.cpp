@@ -3,6 +3,8 @@
 #include "spx/impl/user/curves.h"
 #include "spx/impl/user/stretch_frame.h"
 
+#include <type_traits>
+
 namespace sa::user {
 namespace {
 
@@ -87,7 +89,8 @@ struct Honeycomb {
 struct HoneycombScratch {
   Lane crushed; // 1 - J
   Lane factor;  // of the strength
-  Lane strength[6];
+  Lane strengths[6];
+  const double* strength[6]; // of the components: those that share a curve and a limit share a lane
 };
 
 // The factor of the rate, straight in its logarithm and held outside.
@@ -123,11 +126,19 @@ SA_INLINE void findStrengths(const Block& b, const Honeycomb& m, int start, int 
     w.factor[k] = vm::sqrt(2.0 / 3.0 * product(strain, strain)) * perTime;
   });
   findFactor(m.rates, n, w.factor);
+  Lane onCurve;
   for (int c = 0; c < (Storage::k23and13 ? 6 : 4); ++c) {
-    double* strength = w.strength[c];
-    stressAt(m.curve[c], n, w.crushed, strength);
+    const bool isSame = c > 0 && m.curve[c].values == m.curve[c - 1].values && m.curve[c].rows == m.curve[c - 1].rows;
+    if (isSame && c != 3) {
+      w.strength[c] = w.strength[c - 1];
+      continue;
+    }
+    if (!isSame) stressAt(m.curve[c], n, w.crushed, onCurve);
+    double* strength = w.strengths[c];
     const double most = c < 3 ? m.yield : m.shearYield;
-    forPoints(n, [=, &w](int k) SA_POINT { strength[k] = vm::min(most, vm::max(0.0, strength[k]) * w.factor[k]); });
+    forPoints(n, [=, &w, &onCurve](int k)
+                     SA_POINT { strength[k] = vm::min(most, vm::max(0.0, onCurve[k]) * w.factor[k]); });
+    w.strength[c] = strength;
   }
 }
 
@@ -136,16 +147,26 @@ SA_INLINE double crush(double strength, double trial) {
   return vm::max(-strength, vm::min(strength, trial)) + (strength - strength);
 }
 
-template <class Storage, bool kDeletes>
-SA_INLINE void storeCrushed(const Block& b, const Honeycomb& model, int start, int n, HoneycombScratch& w) {
-  const double G = model.G, K = model.K, yield = model.yield, perCompaction = model.perCompaction,
-               deletionStrain = model.deletionStrain;
+// a/A + b/B + c/C by one division.
+SA_INLINE double sumOfRatios(double a, double A, double b, double B, double c, double C) {
+  return ((a * B + b * A) * C + c * (A * B)) / (A * B * C);
+}
+
+// Without kHasDense for pieces in which no point was dense metal before.
+template <class Storage, bool kDeletes, bool kHasDense>
+SA_INLINE void storeCrushed(const Block& b, const Honeycomb& model, int start, int n, const HoneycombScratch& w) {
+  [[maybe_unused]] const double G = model.G, K = model.K, yield = model.yield, perCompaction = model.perCompaction,
+                                deletionStrain = model.deletionStrain;
   const Sym<S33> loose = model.loose, dense = model.dense;
   const int64_t N = b.points;
   const double *stretchOld = b.stretchOld, *stretch = b.stretch, *strainInc = b.strainInc, *stressOld = b.stressOld,
                *density = b.density, *internalOld = b.internalOld, *inelasticOld = b.inelasticOld,
                *stateOld = b.stateOld;
   double *stress = b.stress, *internal = b.internal, *inelastic = b.inelastic, *state = b.state;
+  const double *strength11 = w.strength[0], *strength22 = w.strength[1], *strength33 = w.strength[2],
+               *strength12 = w.strength[3];
+  [[maybe_unused]] const double *strength23 = w.strength[Storage::k23and13 ? 4 : 3],
+                                *strength13 = w.strength[Storage::k23and13 ? 5 : 3];
   forPoints(n, [=, &w](int k) SA_POINT {
     const int i = start + k;
     const Sym<Storage> U = loadTensor<Storage>(stretch, N, i), strain = loadTensor<Storage>(strainInc, N, i),
@@ -157,26 +178,30 @@ SA_INLINE void storeCrushed(const Block& b, const Honeycomb& model, int start, i
     const double M11 = modulus(loose.s11, dense.s11), M22 = modulus(loose.s22, dense.s22),
                  M33 = modulus(loose.s33, dense.s33), M12 = modulus(loose.s12, dense.s12);
     Sym<Storage> cells{};
-    cells.s11 = crush(w.strength[0][k], old.s11 + M11 * strain.s11);
-    cells.s22 = crush(w.strength[1][k], old.s22 + M22 * strain.s22);
-    cells.s33 = crush(w.strength[2][k], old.s33 + M33 * strain.s33);
-    cells.s12 = crush(w.strength[3][k], old.s12 + M12 * strain.s12);
+    cells.s11 = crush(strength11[k], old.s11 + M11 * strain.s11);
+    cells.s22 = crush(strength22[k], old.s22 + M22 * strain.s22);
+    cells.s33 = crush(strength33[k], old.s33 + M33 * strain.s33);
+    cells.s12 = crush(strength12[k], old.s12 + M12 * strain.s12);
     double cellEnergy =
-        0.5 * (cells.s11 * cells.s11 / M11 + cells.s22 * cells.s22 / M22 + cells.s33 * cells.s33 / M33) +
-        cells.s12 * cells.s12 / M12;
+        0.5 * sumOfRatios(cells.s11 * cells.s11, M11, cells.s22 * cells.s22, M22, cells.s33 * cells.s33, M33);
     if constexpr (Storage::k23and13) {
       const double M23 = modulus(loose.s23, dense.s23), M13 = modulus(loose.s13, dense.s13);
-      cells.s23 = crush(w.strength[4][k], old.s23 + M23 * strain.s23);
-      cells.s13 = crush(w.strength[5][k], old.s13 + M13 * strain.s13);
-      cellEnergy += cells.s23 * cells.s23 / M23 + cells.s13 * cells.s13 / M13;
+      cells.s23 = crush(strength23[k], old.s23 + M23 * strain.s23);
+      cells.s13 = crush(strength13[k], old.s13 + M13 * strain.s13);
+      cellEnergy += sumOfRatios(cells.s12 * cells.s12, M12, cells.s23 * cells.s23, M23, cells.s13 * cells.s13, M13);
+    } else {
+      cellEnergy += cells.s12 * cells.s12 / M12;
     }
-    // dense metal, from the increment after all cells have closed
-    const Sym<Storage> s = sum(deviator(old), 2.0 * G, deviator(strain));
-    const double mean = trace(old) * (1.0 / 3.0) + K * trace(strain), q = vm::sqrt(1.5 * product(s, s));
-    const double keep = vm::select(q > yield, yield / q, 1.0), left = vm::min(yield, q);
-    const bool isDense = compactionOld >= 1.0;
-    Sym<Storage> now = select(isDense, sum(keep * s, mean), cells);
-    double psi = vm::select(isDense, left * left / (6.0 * G) + mean * mean / (2.0 * K), cellEnergy);
+    Sym<Storage> now = cells;
+    double psi = cellEnergy;
+    if constexpr (kHasDense) { // dense metal, from the increment after all cells have closed
+      const Sym<Storage> s = sum(deviator(old), 2.0 * G, deviator(strain));
+      const double mean = trace(old) * (1.0 / 3.0) + K * trace(strain), q = vm::sqrt(1.5 * product(s, s));
+      const double keep = vm::select(q > yield, yield / q, 1.0), left = vm::min(yield, q);
+      const bool isDense = compactionOld >= 1.0;
+      now = select(isDense, sum(keep * s, mean), cells);
+      psi = vm::select(isDense, left * left / (6.0 * G) + mean * mean / (2.0 * K), cellEnergy);
+    }
 
     bool wasAlive = true, isAlive = true;
     if constexpr (kDeletes) {
@@ -228,10 +253,20 @@ SA_INLINE void follow(const Block& b, const Honeycomb& model) {
   forPieces(b.points, [&b, &model, deletes](int start, int n) SA_POINT {
     HoneycombScratch w;
     findStrengths<Storage>(b, model, start, n, w);
+    Lane isDense;
+    const double* compaction = b.stateOld + start;
+    forPoints(n, [=, &isDense](int k) SA_POINT { isDense[k] = vm::select(compaction[k] >= 1.0, 1.0, 0.0); });
+    const bool hasDense = isAnySet(n, isDense);
+    const auto store = [&](auto kDeletes) SA_POINT {
+      if (hasDense)
+        storeCrushed<Storage, kDeletes, true>(b, model, start, n, w);
+      else
+        storeCrushed<Storage, kDeletes, false>(b, model, start, n, w);
+    };
     if (deletes)
-      storeCrushed<Storage, true>(b, model, start, n, w);
+      store(std::true_type{});
     else
-      storeCrushed<Storage, false>(b, model, start, n, w);
+      store(std::false_type{});
   });
   keepStates(b, deletes ? Honeycomb::kStatesWithDeletion : Honeycomb::kStates);
 }

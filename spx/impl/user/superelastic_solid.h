@@ -220,7 +220,9 @@ SA_INLINE double riseAt(const Superelastic& m, const Points<Storage>& points, in
 template <bool kPlaneStress, class Storage, class Law>
 SA_INLINE double riseOfNorm(const Law& m, const Points<Storage>& points, int k) {
   const Reached<Storage> at = reachedBy<kPlaneStress>(m, points, k, points.across[k]);
-  return riseAt<kPlaneStress>(m, points, k, at.e, responseAt(m, points, k, at).xi);
+  const Sym<Storage> e = at.e;
+  const Response r = responseAt(m, points, k, at);
+  return riseAt<kPlaneStress>(m, points, k, e, r.xi);
 }
 
 // The share of the rest at which F turns from falling to rising, 0.0 where it does not.  While nothing transforms and the strain
