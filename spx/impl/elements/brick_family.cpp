@@ -98,7 +98,7 @@ SA_KERNEL(SPX_OPE_C3D8IOPER, (const int32_t* nblock, const int32_t* ipt, const i
     Lane marks;
     forPoints(n, [&marks](int e) SA_POINT { marks[e] = 0.0; });
     constexpr int kTogether = 2;
-    for (int column = 0; column < 24; column += kTogether)
+    for (int64_t column = 0; column < 24; column += kTogether)
       forPoints(n, [=, &marks, out = b + column * N, at = bdet + column * N](int e) SA_POINT {
         const bool off = m[e] != 0.0;
         const double scale = rv[e];

@@ -121,7 +121,7 @@ SA_INLINE void gradientColumns(int n, int64_t ld, const double* a, const double*
     if constexpr (kSum == Sum::first) sum = 0.0 + value; // no negative zero
     if constexpr (kSum == Sum::next) sum += value;
   };
-  for (int node = 0; node < 8; node += 2) { // two at a time
+  for (int64_t node = 0; node < 8; node += 2) { // two at a time
     const double a1 = a[node], b1 = b[node], c1 = c[node], a2 = a[node + 1], b2 = b[node + 1], c2 = c[node + 1];
     double* out = B + node * ld;
     forPoints(n, [=, &cXi, &cEta, &cZeta](int e) SA_POINT {
