@@ -5,8 +5,8 @@
 // finite; a host that traps such operations would be ended by it, and one that looks at the flags misled.  A host that rounds
 // another way or flushes subnormals to zero would get other bits.  So the exported entry masks the traps, rounds to nearest
 // and keeps subnormals while its kernel runs, and leaves control bits and the flags of invalid operation, division by zero
-// and overflow as the caller had them.  Reading the register twice takes about a nanosecond; it is only written where it
-// has to change.
+// and overflow as the caller had them.  Reading the register twice takes 1 to 2 ns, most of it because a read waits for what is
+// under way and so parts one short call from the next; it is only written where it has to change.
 #pragma once
 
 #if defined(__SSE2__)

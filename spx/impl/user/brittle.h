@@ -288,7 +288,6 @@ struct alignas(64) Moving {
   Lane trial, damage, factor, pressure, arm, G3ef, before, intact, fractured, failureStrain;
   Lane x, low, high, runs, strength, atEnd; // of the iteration
   Lane rise, perDamage, slope, error, root; // between loops: short chains, so that several vectors overlap
-
   int count, place[kScratchPoints];
 
   SA_INLINE double drop(int j) const { return intact[j] - fractured[j]; }
@@ -304,8 +303,8 @@ struct alignas(64) Moving {
 };
 
 // Where the iteration begins, with strengths near those at the pressure before, which need no power: the point breaks, or a
-// parabola through d = 0 and 1 - D and then a cubic through its root too, with the slope at 0.  For increments that change the
-// pressure by less than a hundredth it is the solution to 1e-9.  What leaves the range begins where it would have without.
+// parabola through d = 0 and 1 - D and then a cubic through its root too, with the slope at 0.  Where the trial stress
+// is a thousandth above the strength it is the solution to 1e-9.  What leaves the range begins where it would have without.
 template <class Model>
 SA_INLINE void beginDamage(const Model& model, Moving& moving) {
   const Model m = model;
