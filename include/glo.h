@@ -26,6 +26,7 @@
  *  caller's thread does, and gives the caller's environment back: rounding, flush modes and traps as they were, and of the
  *  flags that of invalid operation, division by zero and overflow.  So a host may trap these three without being stopped in
  *  a kernel, and none of them says that results of a kernel are not finite: look for NaN and infinity in the results.
+ *  That takes 1 to 2 ns of a call; kernels that only move or count are spared it.
  *
  *  Argument lines read  `@param[direction] name  (shape), unit: meaning`  and are complete: tools read them.
  *    shape     (1) a scalar; else the dimensions in the order of the layouts above; * is as many as the entities used

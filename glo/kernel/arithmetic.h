@@ -5,8 +5,8 @@
 // finite; a host that traps such operations would be ended by it, and one that looks at the flags misled.  A host that rounds
 // another way or flushes subnormals to zero would get other bits.  So the exported entry masks the traps, rounds to nearest
 // and keeps subnormals while its kernel runs, and leaves control bits and the flags of invalid operation, division by zero
-// and overflow as the caller had them.  Reading the register twice takes about a nanosecond; it is only written where it
-// has to change.
+// and overflow as the caller had them.  Reading the register twice takes 1 to 2 ns, most of it because a read waits for what is
+// under way and so parts one short call from the next; it is only written where it has to change.
 #pragma once
 
 #if defined(__SSE2__)
@@ -16,29 +16,51 @@
 namespace sa {
 
 #if defined(__SSE2__)
+namespace control {                   // of the register
+constexpr unsigned kFlags = 0x3f;     // what has happened
+constexpr unsigned kOrdinary = 0x32;  // of them inexact, underflow, denormal operand
+constexpr unsigned kErrors = 0x0d;    // and invalid operation, division by zero, overflow
+constexpr unsigned kDefault = 0x1f80; // all traps masked, round to nearest, subnormals kept
+} // namespace control
+
 class OwnArithmetic {
 public:
   OwnArithmetic() : callers_(_mm_getcsr()) {
-    if ((callers_ & ~kFlags) != kDefault) _mm_setcsr(kDefault | (callers_ & kFlags));
+    if ((callers_ & ~control::kFlags) != control::kDefault)
+      _mm_setcsr(control::kDefault | (callers_ & control::kFlags));
   }
   ~OwnArithmetic() {
     // Inexact, underflow and denormal operand are part of ordinary arithmetic and stay as they are.
-    if (((_mm_getcsr() ^ callers_) & ~kOrdinary) != 0) _mm_setcsr(callers_);
+    if (((_mm_getcsr() ^ callers_) & ~control::kOrdinary) != 0) _mm_setcsr(callers_);
   }
   OwnArithmetic(const OwnArithmetic&) = delete;
   OwnArithmetic& operator=(const OwnArithmetic&) = delete;
 
 private:
-  static constexpr unsigned kFlags = 0x3f;     // what has happened
-  static constexpr unsigned kOrdinary = 0x32;  // inexact, underflow, denormal operand
-  static constexpr unsigned kDefault = 0x1f80; // all traps masked, round to nearest, subnormals kept
   unsigned callers_;
 };
+
+// The same around one call.  In the usual environment, with no error flagged before, nothing has to be remembered: 0.3 ns less.
+template <class Call>
+__attribute__((always_inline)) inline void inOwnArithmetic(Call call) {
+  if ((_mm_getcsr() & ~control::kOrdinary) == control::kDefault) [[likely]] {
+    call();
+    if ((_mm_getcsr() & control::kErrors) != 0) [[unlikely]]
+      _mm_setcsr(_mm_getcsr() & ~control::kErrors);
+  } else {
+    const OwnArithmetic arithmetic;
+    call();
+  }
+}
 #else
 // Elsewhere the caller's environment is used as it is.
 struct OwnArithmetic {
   ~OwnArithmetic() {}
 };
+template <class Call>
+inline void inOwnArithmetic(Call call) {
+  call();
+}
 #endif
 
 } // namespace sa

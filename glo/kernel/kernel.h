@@ -29,14 +29,13 @@
   SA_CLONES                                                                                                            \
   static void name##_clones parameters;                                                                                \
   SA_EXPORT void name parameters {                                                                                     \
-    const sa::OwnArithmetic arithmetic;                                                                                \
-    name##_clones SA_ARGUMENTS_##name;                                                                                 \
+    sa::inOwnArithmetic([&]() SA_POINT { name##_clones SA_ARGUMENTS_##name; });                                        \
   }                                                                                                                    \
   SA_CLONES                                                                                                            \
   static void name##_clones parameters
 
-// A kernel that only moves bits: no operation of it looks at the floating-point environment or raises a flag, so that it is
-// spared the guard, which would cost a short copy a sixth of its time.
+// A kernel that only moves bits or counts with integers: no operation of it looks at the floating-point environment or raises a
+// flag, so that it is spared the guard, which would cost a short copy a sixth of its time.
 #define SA_MOVE(name, parameters)                                                                                      \
   SA_CLONES                                                                                                            \
   static void name##_clones parameters;                                                                                \

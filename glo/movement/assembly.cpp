@@ -15,8 +15,8 @@ SA_KERNEL(GLO_OPE_GENASSEM, (const int32_t* nblock, const int32_t* ndim, const i
   scatter<Add>(0, *nblock, moved.count, Mapped{map}, G + moved.first, Record{*ld}, Local{L, Column{*nblock}});
 }
 
-SA_KERNEL(GLO_OPE_INITASSEM, (const double* value, const int32_t* nblock, const int32_t* ncomp, const int32_t* ld,
-                              double* G, const int32_t* map)) {
+SA_MOVE(GLO_OPE_INITASSEM, (const double* value, const int32_t* nblock, const int32_t* ncomp, const int32_t* ld,
+                            double* G, const int32_t* map)) {
   scatter<Set>(0, *nblock, *ncomp, Mapped{map}, G, Column{*ld}, Constant{*value});
 }
 
@@ -55,8 +55,8 @@ SA_ASSEMBLE_PART(GLO_OPE_GENASSEM1, const int32_t* comp, *comp - 1, 1)
 SA_ASSEMBLE_PART(GLO_OPE_GENASSEM2, SA_UNREAD comp, 0, 2)
 SA_ASSEMBLE_PART(GLO_OPE_GENASSEMACOINF, SA_UNREAD comp, *ld - 1, 1)
 
-SA_KERNEL(GLO_OPE_GENASSEMINT, (const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, SA_UNREAD unused,
-                                int32_t* G, const int32_t* L, const int32_t* map)) {
+SA_MOVE(GLO_OPE_GENASSEMINT, (const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, SA_UNREAD unused,
+                              int32_t* G, const int32_t* L, const int32_t* map)) {
   scatter<AddWrapping>(0, *nblock, *ncomp, Mapped{map}, G, Record{*ld}, Local{L, Column{*nblock}});
 }
 

@@ -85,17 +85,17 @@ SA_INLINE void copyRecords(Walk walk, Values values, Directions directions, Reco
 
 // Copies of n values, in global axes and in the axes of plane and spatial orientations.
 #define SA_ORIENTED_COPIES(n, suffix, reals)                                                                           \
-  SA_KERNEL(GLO_UTI_ODBDIRCOPY##n##MULT##suffix, (SA_WHOLE, const double* O, SA_RECORDS)) {                            \
+  SA_MOVE(GLO_UTI_ODBDIRCOPY##n##MULT##suffix, (SA_WHOLE, const double* O, SA_RECORDS)) {                              \
     copyRecords(SA_WHOLE_BLOCK, FromBlock<n>{S}, FromBlock<reals>{O}, SA_P, SA_Q);                                     \
   }                                                                                                                    \
-  SA_KERNEL(GLO_UTI_ODBDIRCOPY##n##EMULT##suffix, (SA_SET, const double* O, SA_RECORDS, const int32_t* last)) {        \
+  SA_MOVE(GLO_UTI_ODBDIRCOPY##n##EMULT##suffix, (SA_SET, const double* O, SA_RECORDS, const int32_t* last)) {          \
     copyRecords(SA_ELEMENT_SET, FromBlock<n>{S}, FromBlock<reals>{O}, SA_P, SA_Q);                                     \
   }
 #define SA_DIRECTIONAL_COPIES(n, Identity)                                                                             \
-  SA_KERNEL(GLO_UTI_ODBDIRCOPY##n, (SA_WHOLE, SA_RECORDS)) {                                                           \
+  SA_MOVE(GLO_UTI_ODBDIRCOPY##n, (SA_WHOLE, SA_RECORDS)) {                                                             \
     copyRecords(SA_WHOLE_BLOCK, FromBlock<n>{S}, Identity{}, SA_P, SA_Q);                                              \
   }                                                                                                                    \
-  SA_KERNEL(GLO_UTI_ODBDIRCOPY##n##ELSET, (SA_SET, SA_RECORDS, const int32_t* last)) {                                 \
+  SA_MOVE(GLO_UTI_ODBDIRCOPY##n##ELSET, (SA_SET, SA_RECORDS, const int32_t* last)) {                                   \
     copyRecords(SA_ELEMENT_SET, FromBlock<n>{S}, Identity{}, SA_P, SA_Q);                                              \
   }                                                                                                                    \
   SA_ORIENTED_COPIES(n, 2D, 2)                                                                                         \
@@ -109,7 +109,7 @@ SA_DIRECTIONAL_COPIES(3, SpatialIdentity)
 #define SA_PLAIN_WHOLE (SA_WHOLE, const int32_t* ldp, double* P)
 #define SA_PLAIN_SET (SA_SET, const int32_t* ldp, double* P, const int32_t* last)
 
-SA_KERNEL(GLO_UTI_ODBDIRCOPYSCALARELSET, SA_PLAIN_SET) { copyRecords(SA_ELEMENT_SET, FromBlock<1>{S}, SA_P); }
+SA_MOVE(GLO_UTI_ODBDIRCOPYSCALARELSET, SA_PLAIN_SET) { copyRecords(SA_ELEMENT_SET, FromBlock<1>{S}, SA_P); }
 SA_SAME_KERNEL(GLO_UTI_ODBGENDIRCPSCALARELSET, GLO_UTI_ODBDIRCOPYSCALARELSET, SA_PLAIN_SET)
 
 #define SA_STRAINS(dimension, components)                                                                              \

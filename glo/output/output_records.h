@@ -61,8 +61,7 @@ SA_INLINE void writeRecords(int n, const RecordScratch<kReals>& from, double* ou
 // A second name of a kernel of the same file.
 #define SA_SAME_KERNEL(name, kernel, parameters)                                                                       \
   SA_EXPORT void name parameters {                                                                                     \
-    const OwnArithmetic arithmetic;                                                                                    \
-    kernel##_clones SA_ARGUMENTS_##name;                                                                               \
+    inOwnArithmetic([&]() SA_POINT { kernel##_clones SA_ARGUMENTS_##name; });                                          \
   }
 
 // Where a block stands among the elements that sets name.

@@ -117,54 +117,147 @@ SA_KERNEL(GLO_UTI_EXPS30, (const int32_t* nblock, const double* S, double* E)) {
   forPoints(3 * static_cast<int64_t>(*nblock), [=](int64_t i) SA_POINT { E[i] = vm::exp(S[i]); });
 }
 
-// exp of the plane part is e^a d d' + e^b (1 - d d'), a >= b its principal values and d the direction of a.  Both exponentials
-// are kept as squares of their roots, which overflow only where a result does.
+namespace {
+
+// exp of the plane part is e^a d d' + e^b (1 - d d'), a >= b its principal values and d the direction of a.
+struct PlaneExponential {
+  double half[kScratchPoints], shear[kScratchPoints], radius[kScratchPoints]; // h = (S11 - S22)/2, S12, r of the circle
+  double a[kScratchPoints], b[kScratchPoints];                                // then their exponentials
+  double out[kScratchPoints];                                                 // S33, then its exponential
+};
+struct PlaneComponents {
+  double e11, e22, e12;
+};
+SA_INLINE PlaneComponents select(bool first, const PlaneComponents& p, const PlaneComponents& q) {
+  return {first ? p.e11 : q.e11, first ? p.e22 : q.e22, first ? p.e12 : q.e12};
+}
+
+// The square of the cosine and the product with the sine of the angle between d and the nearer axis; one division serves 1/R and
+// 1/cc = 2 R / (R + H).
+struct NearerAxis {
+  double cc, cs, perCc;
+  SA_INLINE NearerAxis(double R, double H, double s12) {
+    const double sum = R + H, q = 1.0 / (R * sum), perR = sum * q;
+    cc = 0.5 + 0.5 * (H * perR), cs = 0.5 * (s12 * perR), perCc = 2.0 * R * (R * q);
+  }
+};
+
+// e^m (1 + (S - m) tanh(r)/r cosh r) with the series of tanh(r)/r, for a small r.
+SA_INLINE PlaneComponents nearOne(double h, double s12, double r, double middle) {
+  const double z = r * r;
+  const double series = 1.0 - z * (1.0 / 3.0 - z * (2.0 / 15.0 - z * (17.0 / 315.0 - z * (62.0 / 2835.0))));
+  const double slope = middle * series;
+  return {middle + slope * h, middle - slope * h, slope * s12};
+}
+constexpr double kNearRadius = 0.045;
+
+// What the points of a piece are: near r = 0, apart from it, or with exponents or squares close to the ends of the range.
+constexpr uint64_t kNear = 1, kApart = 2, kFarOut = 4;
+constexpr double kLargestExponent = 708.0;
+SA_INLINE bool isFarOut(double a, double b, double out) {
+  return (a > kLargestExponent) | (b < -kLargestExponent) | (__builtin_fabs(out) > kLargestExponent);
+}
+
+// Tiny differences need no scale: a radius below the roots of the smallest numbers is nothing beside the mean.
+SA_INLINE uint64_t planeValues(int n, int64_t N, const double* S, PlaneExponential& e) {
+  uint64_t found = 0;
+#pragma omp simd reduction(| : found)
+  for (int i = 0; i < n; ++i) {
+    const double s11 = S[i], s22 = S[i + N], s33 = S[i + 2 * N], s12 = S[i + 3 * N];
+    const double mean = 0.5 * s11 + 0.5 * s22, h = 0.5 * s11 - 0.5 * s22, r = __builtin_sqrt(h * h + s12 * s12);
+    e.half[i] = h;
+    e.shear[i] = s12;
+    e.radius[i] = r;
+    e.a[i] = mean + r;
+    e.b[i] = mean - r;
+    e.out[i] = s33;
+    found |= (isFarOut(mean + r, mean - r, s33) ? kFarOut : 0) | (r < kNearRadius ? kNear : kApart);
+  }
+  return found;
+}
+
+// Points that are not far out.
+template <uint64_t kinds>
+SA_INLINE void planeExponentials(int n, int64_t N, const PlaneExponential& e, double* E) {
+  forPoints(n, [=, &e](int i) SA_POINT {
+    const double s12 = e.shear[i], h = e.half[i], r = e.radius[i], A = e.a[i], B = e.b[i];
+    const bool isNear = kinds == kNear || (kinds != kApart && r < kNearRadius);
+    PlaneComponents c{};
+    if constexpr ((kinds & kApart) != 0) {
+      const NearerAxis d(isNear ? 1.0 : r, __builtin_fabs(h), s12);
+      const double ss = d.cs * d.perCc, nearer = A * d.cc + B * d.cs * ss, other = B * d.cc + A * d.cs * ss;
+      const bool first = h >= 0.0;
+      c = {first ? nearer : other, first ? other : nearer, (A - B) * d.cs};
+    }
+    if constexpr ((kinds & kNear) != 0) c = select(isNear, nearOne(h, s12, r, 0.5 * A + 0.5 * B), c);
+    E[i] = c.e11;
+    E[i + N] = c.e22;
+    E[i + 2 * N] = e.out[i];
+    E[i + 3 * N] = c.e12;
+  });
+}
+
+// Points far out, from a and b: both exponentials are kept as squares of their roots g and f, which overflow only where a result
+// does.
+SA_INLINE PlaneComponents farOut(double h, double s12, double r, double g, double f) {
+  const bool isNear = r < kNearRadius;
+  const double factor = r > 0x1p+400 ? 0x1p-600 : 1.0; // squares stay finite
+  const NearerAxis d(isNear ? 1.0 : r * factor, __builtin_fabs(h) * factor, s12 * factor);
+  const bool diagonal = d.cs == 0.0; // products with a sine of zero vanish whatever g is
+  const double gs = diagonal ? 0.0 : g * d.cs, fs = f * d.cs;
+  const double nearer = g * (g * d.cc) + fs * (fs * d.perCc), other = f * (f * d.cc) + gs * (gs * d.perCc);
+  const bool first = h >= 0.0;
+  const PlaneComponents apart = {first ? nearer : other, first ? other : nearer,
+                                 diagonal ? 0.0 : ((g - f) * d.cs) * (g + f)};
+  return select(isNear, nearOne(h, s12, r, 0.5 * (g * g) + 0.5 * (f * f)), apart);
+}
+
+// A piece that has some of them: the others get their usual bits.
+SA_INLINE void planeExponentialsFarOut(int n, int64_t N, const double* S, const PlaneExponential& e, double* E) {
+  PlaneExponential far, usual = e;
+  forPoints(n, [=, &e, &far](int i) SA_POINT {
+    const double s11 = S[i], s22 = S[i + N], s12 = e.shear[i], mean = 0.5 * s11 + 0.5 * s22, h = e.half[i];
+    const Scale scale = scaleForSquares(magnitude(h, s12));
+    const double x = h * scale.factor, y = s12 * scale.factor, r = __builtin_sqrt(x * x + y * y) * scale.back;
+    const bool diagonal = s12 == 0.0;
+    far.radius[i] = r;
+    far.a[i] = 0.5 * (diagonal ? vm::max(s11, s22) : mean + r);
+    far.b[i] = 0.5 * (diagonal ? vm::min(s11, s22) : mean - r);
+  });
+  // of roots below the normal numbers only squares and products are used, which are 0
+  forPoints(n, [&far](int i) SA_POINT { far.a[i] = vm::expClamped(far.a[i]); });
+  forPoints(n, [&far](int i) SA_POINT { far.b[i] = vm::expClamped(far.b[i]); });
+  forPoints(n, [&usual](int i) SA_POINT { usual.a[i] = vm::exp(usual.a[i]); });
+  forPoints(n, [&usual](int i) SA_POINT { usual.b[i] = vm::exp(usual.b[i]); });
+  forPoints(n, [&usual](int i) SA_POINT { usual.out[i] = vm::exp(usual.out[i]); });
+  planeExponentials<kNear | kApart>(n, N, usual, E);
+  forPoints(n, [=, &e, &far](int i) SA_POINT {
+    const PlaneComponents c =
+        select(isFarOut(e.a[i], e.b[i], e.out[i]), farOut(e.half[i], e.shear[i], far.radius[i], far.a[i], far.b[i]),
+               {E[i], E[i + N], E[i + 3 * N]});
+    E[i] = c.e11;
+    E[i + N] = c.e22;
+    E[i + 3 * N] = c.e12;
+  });
+}
+
+} // namespace
+
 SA_KERNEL(GLO_UTI_EXPS31, (const int32_t* nblock, const double* S, double* E)) {
   const int64_t N = *nblock;
   forPieces(*nblock, [=](int start, int n) SA_POINT {
-    double half[kScratchPoints], radius[kScratchPoints], third[kScratchPoints];
-    double growing[kScratchPoints], falling[kScratchPoints]; // half a and half b, then the roots of their exponentials
-    forPointsOfAnyScale(n, [=, &half, &radius, &growing, &falling](auto scaled, int i) SA_POINT {
-      const int k = start + i;
-      const double s11 = S[k], s22 = S[k + N], s12 = S[k + 3 * N];
-      const double mean = 0.5 * s11 + 0.5 * s22, h = 0.5 * s11 - 0.5 * s22, largest = magnitude(h, s12);
-      const Scale scale = scaled ? scaleForSquares(largest) : Scale{1.0, 1.0};
-      const double x = h * scale.factor, y = s12 * scale.factor, r = __builtin_sqrt(x * x + y * y) * scale.back;
-      const bool diagonal = s12 == 0.0;
-      half[i] = h;
-      radius[i] = r;
-      growing[i] = 0.5 * (diagonal ? vm::max(s11, s22) : mean + r);
-      falling[i] = 0.5 * (diagonal ? vm::min(s11, s22) : mean - r);
-      return isBeyondSquares(largest);
-    });
-    // of roots below the normal numbers only squares and products are used, which are 0
-    forPoints(n, [&growing](int i) SA_POINT { growing[i] = vm::expClamped(growing[i]); });
-    forPoints(n, [&falling](int i) SA_POINT { falling[i] = vm::expClamped(falling[i]); });
-    forPoints(n, [=, &third](int i) SA_POINT { third[i] = vm::exp(S[start + i + 2 * N]); });
-    forPoints(n, [=, &half, &radius, &growing, &falling, &third](int i) SA_POINT {
-      const int k = start + i;
-      const double s12 = S[k + 3 * N], h = half[i], r = radius[i], g = growing[i], f = falling[i], z = r * r;
-      // near r = 0: e^m (1 + (S - m) tanh(r)/r cosh r), with the series of tanh(r)/r
-      const double series =
-          1.0 - z * (1.0 / 3.0 - z * (2.0 / 15.0 - z * (17.0 / 315.0 - z * (62.0 / 2835.0 - z * (1382.0 / 155925.0)))));
-      const double middle = 0.5 * (g * g) + 0.5 * (f * f), slope = middle * series;
-      const bool small = r < 0.05;
-      // The square of the cosine and the product with the sine of the angle between d and the nearer axis; one division serves
-      // 1/R and 1/cc = 2 R / (R + H).  Products with a sine of zero vanish whatever g is.
-      const double factor = r > 0x1p+400 ? 0x1p-600 : 1.0; // squares stay finite
-      const double R = small ? 1.0 : r * factor, H = __builtin_fabs(h) * factor, sum = R + H;
-      const double q = 1.0 / (R * sum), perR = sum * q, perCc = 2.0 * R * (R * q);
-      const double cc = 0.5 + 0.5 * (H * perR), cs = 0.5 * (s12 * factor * perR);
-      const bool diagonal = cs == 0.0;
-      const double gs = diagonal ? 0.0 : g * cs, fs = f * cs;
-      const double nearer = g * (g * cc) + fs * (fs * perCc), other = f * (f * cc) + gs * (gs * perCc);
-      const bool first = h >= 0.0;
-      const double shear = diagonal ? 0.0 : ((g - f) * cs) * (g + f);
-      E[k] = small ? middle + slope * h : (first ? nearer : other);
-      E[k + N] = small ? middle - slope * h : (first ? other : nearer);
-      E[k + 2 * N] = third[i];
-      E[k + 3 * N] = small ? slope * s12 : shear;
-    });
+    PlaneExponential e;
+    const uint64_t found = planeValues(n, N, S + start, e);
+    if (found & kFarOut) return planeExponentialsFarOut(n, N, S + start, e, E + start);
+    forPoints(n, [&e](int i) SA_POINT { e.a[i] = vm::expBelow(e.a[i]); });
+    forPoints(n, [&e](int i) SA_POINT { e.b[i] = vm::expBelow(e.b[i]); });
+    forPoints(n, [&e](int i) SA_POINT { e.out[i] = vm::expBelow(e.out[i]); });
+    if (found == kApart)
+      planeExponentials<kApart>(n, N, e, E + start);
+    else if (found == kNear)
+      planeExponentials<kNear>(n, N, e, E + start);
+    else
+      planeExponentials<kNear | kApart>(n, N, e, E + start);
   });
 }
 

@@ -100,11 +100,11 @@ SA_INLINE void sortByKey(int32_t* list, const Key* keys, int n) {
 
 } // namespace
 
-SA_KERNEL(GLO_UTI_INSSORTI, (int32_t * list, const int32_t* keys, const int32_t* n)) { sortByKey(list, keys, *n); }
+SA_MOVE(GLO_UTI_INSSORTI, (int32_t * list, const int32_t* keys, const int32_t* n)) { sortByKey(list, keys, *n); }
 
 SA_KERNEL(GLO_UTI_INSSORTR, (int32_t * list, const double* keys, const int32_t* n)) { sortByKey(list, keys, *n); }
 
-SA_KERNEL(GLO_UTI_CHKSORTI, (int32_t * flag, const int32_t* list, const int32_t* n)) {
+SA_MOVE(GLO_UTI_CHKSORTI, (int32_t * flag, const int32_t* list, const int32_t* n)) {
   int32_t falls = 0;
 #pragma omp simd reduction(| : falls)
   for (int k = 1; k < *n; ++k)

@@ -143,7 +143,7 @@ SA_KERNEL(GLO_UTI_VNORMALIZE2, (const int32_t* nblock, double* V)) { normalise<2
 
 // ---- one number of an array
 
-SA_KERNEL(GLO_UTI_VSUMI, (const int32_t* n, int32_t* sum, const int32_t* a)) {
+SA_MOVE(GLO_UTI_VSUMI, (const int32_t* n, int32_t* sum, const int32_t* a)) {
   if (*n < 1) return;
   uint32_t total = 0; // wraps as integers of the machine do
   for (int i = 0; i < *n; ++i) total += static_cast<uint32_t>(a[i]);

@@ -82,7 +82,7 @@ SA_KERNEL(SPX_OPE_C3D8IOPER, (const int32_t* nblock, const int32_t* ipt, const i
                       [=](int p, const double* x, const double* y, const double* z, const Cofactors& C,
                           const Lane& atPoint) SA_POINT {
                         if (p != wanted) return;
-                        pointGradient<false>(n, N, x, y, z, C, bdet);
+                        pointGradient<Sum::none>(n, N, x, y, z, C, bdet);
                         forPoints(n, [=, &atPoint](int e) SA_POINT { det[e] = atPoint[e]; });
                       });
     forPoints(n, [=, &volume](int e) SA_POINT {
@@ -94,17 +94,26 @@ SA_KERNEL(SPX_OPE_C3D8IOPER, (const int32_t* nblock, const int32_t* ipt, const i
       v[e] = V;
       rv[e] = refinedReciprocal(V, masked);
     });
-    for (int column = 0; column < 24; ++column)
-      forPoints(n, [=, out = b + column * N, at = bdet + column * N](int e) SA_POINT {
-        const bool off = m[e] != 0.0;
-        const double mean = out[e] * rv[e], product = at[e];
-        out[e] = off ? 0.0 : mean;
-        at[e] = off ? 0.0 : product;
-      });
+    // two columns at a time; with them NaN for an element that has an infinity or NaN
     Lane marks;
+    forPoints(n, [&marks](int e) SA_POINT { marks[e] = 0.0; });
+    constexpr int kTogether = 2;
+    for (int64_t column = 0; column < 24; column += kTogether)
+      forPoints(n, [=, &marks, out = b + column * N, at = bdet + column * N](int e) SA_POINT {
+        const bool off = m[e] != 0.0;
+        const double scale = rv[e];
+        double found = marks[e];
+        for (int k = 0; k < kTogether; ++k) {
+          const double mean = out[e + k * N] * scale, product = at[e + k * N], kept = off ? 0.0 : mean;
+          found += kept - kept;
+          out[e + k * N] = kept;
+          at[e + k * N] = off ? 0.0 : product;
+        }
+        marks[e] = found;
+      });
+    if (!anyMarked(n, marks)) return;
     forPoints(n, [=, &marks](int e) SA_POINT { marks[e] = 1.0 - m[e]; });
     findInfinite(n, N, 24, b, marks);
-    if (!anyInfinite(n, marks)) return;
     replaceInfinite(n, N, 24, 0.0, marks, b), replaceInfinite(n, N, 24, 0.0, marks, bdet);
     replaceInfinite(n, N, 1, 1.0, marks, det), replaceInfinite(n, N, 1, 0.0, marks, rdet);
     replaceInfinite(n, N, 1, 1.0, marks, v), replaceInfinite(n, N, 1, 0.0, marks, rv);

@@ -43,11 +43,6 @@ SA_INLINE void findInfinite(int n, int64_t ld, int columns, const double* A, Lan
       marks[e] = old != 0.0 && !(__builtin_fabs(a[e]) <= 1.7976931348623157e308) ? 2.0 : old;
     });
 }
-SA_INLINE bool anyInfinite(int n, const Lane& marks) {
-  Lane found;
-  forPoints(n, [&](int e) SA_POINT { found[e] = marks[e] == 2.0 ? 1.0 : 0.0; });
-  return anyMarked(n, found);
-}
 // Their values are those of a masked element.
 SA_INLINE void replaceInfinite(int n, int64_t ld, int columns, double value, const Lane& marks, double* A) {
   for (int k = 0; k < columns; ++k)
@@ -116,28 +111,32 @@ SA_INLINE void pointJacobian(int n, int64_t ld, const double* a, const double* b
   });
 }
 
-// det * dN/du of the eight nodes, from the cofactors of one coordinate u; added to what B holds, or in its place.
-template <bool kAdd>
+// det * dN/du of the eight nodes, from the cofactors of one coordinate u: in place of what B holds, added to zero or to B.
+enum class Sum { none, first, next };
+template <Sum kSum>
 SA_INLINE void gradientColumns(int n, int64_t ld, const double* a, const double* b, const double* c, const Lane& cXi,
                                const Lane& cEta, const Lane& cZeta, double* B) {
-  for (int node = 0; node < 8; ++node) {
-    const double aI = a[node], bI = b[node], cI = c[node];
+  const auto add = [](double& sum, double value) SA_POINT {
+    if constexpr (kSum == Sum::none) sum = value;
+    if constexpr (kSum == Sum::first) sum = 0.0 + value; // no negative zero
+    if constexpr (kSum == Sum::next) sum += value;
+  };
+  for (int64_t node = 0; node < 8; node += 2) { // two at a time
+    const double a1 = a[node], b1 = b[node], c1 = c[node], a2 = a[node + 1], b2 = b[node + 1], c2 = c[node + 1];
     double* out = B + node * ld;
     forPoints(n, [=, &cXi, &cEta, &cZeta](int e) SA_POINT {
-      const double value = cXi[e] * aI + cEta[e] * bI + cZeta[e] * cI;
-      if constexpr (kAdd)
-        out[e] += value;
-      else
-        out[e] = value;
+      const double x = cXi[e], y = cEta[e], z = cZeta[e];
+      add(out[e], x * a1 + y * b1 + z * c1);
+      add(out[e + ld], x * a2 + y * b2 + z * c2);
     });
   }
 }
-template <bool kAdd>
+template <Sum kSum>
 SA_INLINE void pointGradient(int n, int64_t ld, const double* a, const double* b, const double* c, const Cofactors& C,
                              double* B) {
-  gradientColumns<kAdd>(n, ld, a, b, c, C.xXi, C.xEta, C.xZeta, B);
-  gradientColumns<kAdd>(n, ld, a, b, c, C.yXi, C.yEta, C.yZeta, B + 8 * ld);
-  gradientColumns<kAdd>(n, ld, a, b, c, C.zXi, C.zEta, C.zZeta, B + 16 * ld);
+  gradientColumns<kSum>(n, ld, a, b, c, C.xXi, C.xEta, C.xZeta, B);
+  gradientColumns<kSum>(n, ld, a, b, c, C.yXi, C.yEta, C.yZeta, B + 8 * ld);
+  gradientColumns<kSum>(n, ld, a, b, c, C.zXi, C.zEta, C.zZeta, B + 16 * ld);
 }
 
 // Integrals of dN/dx and of 1 over the element: 8, the volume of the reference cube, times the mean over all points of tables
@@ -147,7 +146,7 @@ template <class AtPoint>
 SA_INLINE void integrateGradient(int n, int64_t ld, int nipt, const double* dNdxi, const double* dNdeta,
                                  const double* dNdzeta, const double* X, double* mask, int64_t ldB, double* B,
                                  Lane& volume, AtPoint atPoint) {
-  for (int column = 0; column < 24; ++column) {
+  for (int column = 0; nipt < 1 && column < 24; ++column) {
     double* out = B + column * ldB;
     forPoints(n, [=](int e) SA_POINT { out[e] = 0.0; });
   }
@@ -163,7 +162,10 @@ SA_INLINE void integrateGradient(int n, int64_t ld, int nipt, const double* dNdx
     Cofactors C;
     Lane det;
     pointJacobian(n, ld, a, b, c, X, mask, C, det);
-    pointGradient<true>(n, ldB, a, b, c, C, B);
+    if (p == 0)
+      pointGradient<Sum::first>(n, ldB, a, b, c, C, B);
+    else
+      pointGradient<Sum::next>(n, ldB, a, b, c, C, B);
     forPoints(n, [&volume, &det](int e) SA_POINT { volume[e] += det[e]; });
     atPoint(p, a, b, c, C, det);
   }

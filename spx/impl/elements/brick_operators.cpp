@@ -16,7 +16,7 @@ SA_KERNEL(SPX_OPE_C3D8OPER,
     double *det = detJ + start, *rdet = rdetJ + start, *m = mask + start;
     Cofactors C;
     pointJacobian(n, ld, a, b, c, X + start, m, C, det);
-    pointGradient<false>(n, ld, a, b, c, C, Bdet + start);
+    pointGradient<Sum::none>(n, ld, a, b, c, C, Bdet + start);
     forPoints(n, [=](int e) SA_POINT { rdet[e] = (1.0 - m[e]) / det[e]; });
   });
 }

@@ -21,36 +21,44 @@ struct Matrices {
   SA_INLINE const double* at(int64_t i, int64_t j) const { return entries + (i + j * ndof) * nblock; }
 };
 
-// The flags become 1.0 where an entry fails.  Entries are compared as they are; NaN differs from everything.
-SA_INLINE void flagDifferent(int n, const double* a, const double* b, Lane& flags) {
-  forPoints(n, [=, &flags](int e) SA_POINT {
-    const double old = flags[e];
-    flags[e] = vm::select(a[e] != b[e], 1.0, old);
-  });
-}
-SA_INLINE void flagNonzero(int n, const double* a, const double* b, Lane& flags) {
-  forPoints(n, [=, &flags](int e) SA_POINT {
-    const double old = flags[e];
-    flags[e] = vm::select((a[e] != 0.0) | (b[e] != 0.0), 1.0, old);
-  });
+// Entries are compared as they are; NaN differs from everything.
+struct Different {
+  SA_INLINE bool operator()(double a, double b) const { return a != b; }
+};
+struct Nonzero {
+  SA_INLINE bool operator()(double a, double b) const { return (a != 0.0) | (b != 0.0); }
+};
+
+// The flags of elements become 1.0 where two entries fail, of rows and columns from .. end - 1: a(j) and b(j), two j at a time.
+template <class Fails, class A, class B>
+SA_INLINE void flagFailing(Fails fails, int n, int64_t from, int64_t end, A a, B b, Lane& flags) {
+  for (int64_t j = from; j < end; j += 2) {
+    const int64_t next = j + 1 < end ? j + 1 : j;
+    forPoints(n, [=, &flags, a1 = a(j), b1 = b(j), a2 = a(next), b2 = b(next)](int e) SA_POINT {
+      const double old = flags[e];
+      const bool first = fails(a1[e], b1[e]), second = fails(a2[e], b2[e]);
+      flags[e] = vm::select(first | second, 1.0, old);
+    });
+  }
 }
 
 // The elements start .. start + n - 1 of the block that fail a check.
 SA_INLINE void flagFailing(Check check, const Matrices& m, int64_t start, int n, Lane& flags) {
-  const auto entry = [&](int64_t i, int64_t j) SA_POINT { return m.at(i, j) + start; };
   for (int e = 0; e < n; ++e) flags[e] = 0.0;
   int64_t first = 0;
   for (int node = 0; node < m.nodes; ++node) {
     const int64_t end = first + m.nodeDofs[node];
     for (int64_t i = first; i < end; ++i) {
-      if (check == kSymmetry) // from the diagonal on: an entry that is no number differs from itself
-        for (int64_t j = i; j < m.ndof; ++j) flagDifferent(n, entry(i, j), entry(j, i), flags);
-      if (check == kBetweenNodes)
-        for (int64_t j = end; j < m.ndof; ++j) flagNonzero(n, entry(i, j), entry(j, i), flags);
-      if (check == kWithinNode)
-        for (int64_t j = i + 1; j < end; ++j) flagNonzero(n, entry(i, j), entry(j, i), flags);
-      if (check == kEqualMass && i > first) flagDifferent(n, entry(i, i), entry(first, first), flags);
+      const auto inRow = [=, &m](int64_t j) SA_POINT { return m.at(i, j) + start; };
+      const auto inColumn = [=, &m](int64_t j) SA_POINT { return m.at(j, i) + start; };
+      // from the diagonal on: an entry that is no number differs from itself
+      if (check == kSymmetry) flagFailing(Different{}, n, i, m.ndof, inRow, inColumn, flags);
+      if (check == kBetweenNodes) flagFailing(Nonzero{}, n, end, m.ndof, inRow, inColumn, flags);
+      if (check == kWithinNode) flagFailing(Nonzero{}, n, i + 1, end, inRow, inColumn, flags);
     }
+    const auto onDiagonal = [=, &m](int64_t j) SA_POINT { return m.at(j, j) + start; };
+    const auto atFirst = [=, &m](int64_t) SA_POINT { return m.at(first, first) + start; };
+    if (check == kEqualMass) flagFailing(Different{}, n, first + 1, end, onDiagonal, atFirst, flags);
     first = end;
   }
 }
@@ -123,20 +131,20 @@ SA_EXPORT void SPX_OPE_USERELEMPROCESSROTINERT(const int32_t* nblock, const int3
 
 // ---- copies
 
-SA_KERNEL(SPX_OPE_USERELEMTOCAT, (const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map,
-                                  const double* own, double* category)) {
+SA_MOVE(SPX_OPE_USERELEMTOCAT, (const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map,
+                                const double* own, double* category)) {
   scatter<Set>(0, *nblock, *ncomp, Mapped{map}, category, Record{*ld}, Local{own, Column{*nblock}});
 }
 
 // The diagonal of a matrix of ndof columns: each entry is ndof + 1 columns after the last.
-SA_KERNEL(SPX_OPE_USERELEMTOCATMASS, (const int32_t* nblock, const int32_t* ndof, const int32_t* ld, const int32_t* map,
-                                      const double* mass, double* category)) {
+SA_MOVE(SPX_OPE_USERELEMTOCATMASS, (const int32_t* nblock, const int32_t* ndof, const int32_t* ld, const int32_t* map,
+                                    const double* mass, double* category)) {
   const Column diagonal = {*nblock * (int64_t{*ndof} + 1)};
   scatter<Set>(0, *nblock, *ndof, Mapped{map}, category, Record{*ld}, Local{mass, diagonal});
 }
 
-SA_KERNEL(SPX_OPE_USERELEMFROMCAT, (const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map,
-                                    double* own, const double* category)) {
+SA_MOVE(SPX_OPE_USERELEMFROMCAT, (const int32_t* nblock, const int32_t* ncomp, const int32_t* ld, const int32_t* map,
+                                  double* own, const double* category)) {
   gather(*nblock, *ncomp, map, own, Column{*nblock}, category, Record{*ld});
 }
 

@@ -33,7 +33,14 @@ struct Inverse {
 
 } // namespace
 
-SA_ORIENTATIONS(SPX_ODB_ORIENT2D, ([[maybe_unused]] const double* q), PlaneIdentity{})
+// Nothing is computed.
+#define SA_PLANE [[maybe_unused]] const double *q, double *out
+SA_MOVE(SPX_ODB_ORIENT2D, (const int32_t* nblock, int32_t* counter, SA_PLANE)) {
+  writeOrientations(SA_WALK_BLOCK, Appended{}, out, PlaneIdentity{});
+}
+SA_MOVE(SPX_ODB_ORIENT2DELSET, (const int32_t* nblock, int32_t* counter, SA_ELEMENT_SET, SA_PLANE)) {
+  writeOrientations(SA_WALK_SET, Appended{}, out, PlaneIdentity{});
+}
 SA_ORIENTATIONS(SPX_ODB_ORIENT3D, (const double* q), QuarterTurned{q})
 SA_ORIENTATIONS(SPX_ODB_ORIENT2DBEAM, (const double* coordinates, const int32_t* firstColumn),
                 PlaneDirection(coordinates, firstColumn, nblock))
@@ -63,15 +70,15 @@ SA_SAME_KERNEL(SPX_ODB_ORIENT3DL3ELSETINVERT, SPX_ODB_ORIENT3DELSETINVERT, SA_IN
 
 // Only the first two records of these beams are defined: the others are passed over.
 #define SA_UNREAD_COORDINATES [[maybe_unused]] const double *coordinates, SA_UNREAD firstColumn
-SA_KERNEL(SPX_ODB_ORIENT2DL3BEAM,
-          (const int32_t* nblock, int32_t* counter, SA_SUB, SA_UNREAD_COORDINATES, double* out)) {
+SA_MOVE(SPX_ODB_ORIENT2DL3BEAM, (const int32_t* nblock, int32_t* counter, SA_SUB, SA_UNREAD_COORDINATES, double* out)) {
   writeOrientations(SA_WALK_BLOCK, Interleaved(nsub, isub, 2), out, PlaneIdentity{});
 }
-SA_KERNEL(SPX_ODB_ORIENT2DL3BEAMELSET,
-          (const int32_t* nblock, int32_t* counter, SA_ELEMENT_SET, SA_SUB, SA_UNREAD_COORDINATES, double* out)) {
+SA_MOVE(SPX_ODB_ORIENT2DL3BEAMELSET,
+        (const int32_t* nblock, int32_t* counter, SA_ELEMENT_SET, SA_SUB, SA_UNREAD_COORDINATES, double* out)) {
   writeOrientations(SA_WALK_SET, Interleaved(nsub, isub, 2), out, PlaneIdentity{});
 }
 
+#undef SA_PLANE
 #undef SA_SUB
 #undef SA_INVERSE
 #undef SA_INVERSE_SET

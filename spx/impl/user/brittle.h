@@ -4,6 +4,8 @@
 //   pressure(mu, history)   pressure of the compression mu, and the history variable that goes with it
 //   strength(P, rate)       the two surfaces between which damage moves the strength, and the plastic strain that damages fully
 //   slopes(P, strength)     how both surfaces move with the pressure (where kGradual)
+//   near(strength, P)       surfaces close to those at P without powers, and their slope (where kGradual and kBulks): an object
+//                           with strength(rise, D) and slope(D)
 //   recoverable(mu, history, limit)   per undeformed volume, the work of the pressure on the way from here to where it is zero,
 //                           tension being no larger than the limit, and the line of that way
 // and says by constants
@@ -156,7 +158,7 @@ SA_INLINE double bulking(double a, double betaK1, double energy) {
 constexpr double kSettled = 0.0, kMoving = 1.0, kBroken = 2.0;
 
 // What the passes over a piece hand on.
-struct BrittleScratch {
+struct alignas(64) BrittleScratch {
   double mu[kScratchPoints], pressure[kScratchPoints], history[kScratchPoints], compaction[kScratchPoints],
       trial[kScratchPoints], rate[kScratchPoints]; // the rate, then its factor
   double intact[kScratchPoints], fractured[kScratchPoints], failureStrain[kScratchPoints];
@@ -265,100 +267,170 @@ SA_INLINE void returnToSurfaces(const Block& b, const Model& model, int start, i
   });
 }
 
-// The points of one kind, side by side.
+// The points of one kind, side by side; up to a multiple of the longest vector the last one is repeated, so that no loop over
+// them has a rest.
+constexpr int kVector = 8;
+static_assert(kScratchPoints % kVector == 0);
 SA_INLINE int pack(const BrittleScratch& w, double kind, int length, int* place) {
   int count = 0;
   for (int k = 0; k < length; ++k) {
     place[count] = k;
     count += w.open[k] == kind ? 1 : 0;
   }
+  for (int j = count; count > 0 && j % kVector != 0; ++j) place[j] = place[count - 1];
   return count;
 }
+// body(j) for the points of a pack.
+template <class Body>
+SA_INLINE void forPack(int count, Body body) {
+  forPoints((count + kVector - 1) / kVector * kVector, body);
+}
 
-// Damage and pressure that move each other.  The growth d of damage solves
+// Points whose damage and pressure move each other, side by side.  The growth d of damage solves
 //   strength(P(d), D + d) + 3 G ef d = trial stress,
 // P(d) with the bulking of what the damage takes at the pressure before it, or at the limit of tension that it leaves.  The
-// strength grows with the pressure and the pressure with d, so that the left side rises and there is one solution.  From
-// the damage at the pressure before on, a parabola through d = 0 with the value and the slope of the moment gives the next d,
-// between bounds; where even d = 1 - D is too little, the point breaks.  After the first step and after each few more the points
-// that go on are packed anew; false when there are none.
-constexpr int kDamageSteps = 2, kDamageRounds = 30;
-template <class Model>
-SA_INLINE bool settleDamage(const Model& model, int length, BrittleScratch& w, int steps) {
-  const Model m = model;
-  int place[kScratchPoints];
-  const int count = pack(w, kMoving, length, place);
-  if (count == 0) return false;
-  double trial[kScratchPoints], damage[kScratchPoints], factor[kScratchPoints], pressure[kScratchPoints],
-      arm[kScratchPoints], G3ef[kScratchPoints], before[kScratchPoints], drop[kScratchPoints];
-  double x[kScratchPoints], low[kScratchPoints], high[kScratchPoints], runs[kScratchPoints], growth[kScratchPoints],
-      strength[kScratchPoints], atEnd[kScratchPoints];
-  for (int j = 0; j < count; ++j) {
-    const int k = place[j];
-    trial[j] = w.trial[k], damage[j] = w.damageBefore[k], factor[j] = w.rate[k], pressure[j] = w.pressure[k];
-    G3ef[j] = 3.0 * m.G * w.failureStrain[k], before[j] = w.before[k], drop[j] = w.intact[k] - w.fractured[k];
-    arm[j] = armAt(m, w, k);
-    x[j] = w.damage[k] - w.damageBefore[k], low[j] = w.low[k], high[j] = w.high[k];
-    runs[j] = 1.0;
-  }
-  const auto bulkingOf = [=, &before, &drop, &arm](int j, double d) SA_POINT {
+// strength grows with the pressure and the pressure with d, so that the left side rises and there is one solution.
+struct alignas(64) Moving {
+  Lane trial, damage, factor, pressure, arm, G3ef, before, intact, fractured, failureStrain;
+  Lane x, low, high, runs, strength, atEnd; // of the iteration
+  Lane rise, perDamage, slope, error, root; // between loops: short chains, so that several vectors overlap
+  int count, place[kScratchPoints];
+
+  SA_INLINE double drop(int j) const { return intact[j] - fractured[j]; }
+  template <class Model>
+  SA_INLINE double bulkingOf(const Model& m, int j, double d) const {
     if constexpr (Model::kBulks) {
-      const double left = vm::max(0.0, before[j] - drop[j] * d);
+      const double left = vm::max(0.0, before[j] - drop(j) * d);
       return bulking(arm[j], m.beta * m.K1, (before[j] - left) * (before[j] + left) * (0.5 * m.perG3));
     } else {
       return 0.0;
     }
-  };
-  for (int step = 0; step < steps; ++step) {
-    forPoints(count, [=, &trial, &damage, &factor, &pressure, &arm, &G3ef, &before, &drop, &x, &low, &high, &runs,
-                      &strength, &atEnd](int j) SA_POINT {
-      const double d = vm::min(x[j], 1.0 - damage[j]), D = damage[j] + d, lowOld = low[j], highOld = high[j],
-                   ran = runs[j];
-      const double rise = bulkingOf(j, d), limit = -m.T * (1.0 - D), free = pressure[j] + rise;
-      const double p = vm::max(limit, free);
-      const Strength s = m.strength(p, factor[j]);
-      const StrengthSlopes ds = m.slopes(p, s);
-      const double fall = s.intact - s.fractured, line = s.intact - D * fall, q = strengthAt(m, s, D);
-      double perDamage = 0.0;
-      if constexpr (Model::kBulks) {
-        const double left = vm::max(0.0, before[j] - drop[j] * d);
-        perDamage = vm::select(arm[j] >= 0.0, m.beta * m.K1 * m.perG3 * left * drop[j] / (arm[j] + rise + 1e-300), 0.0);
-      }
-      const double withPressure =
-          (ds.intact - D * (ds.intact - ds.fractured)) * vm::select(free > limit, perDamage, m.T);
-      const double error = q + G3ef[j] * d - trial[j],
-                   slope = G3ef[j] + vm::select(q == line, withPressure - fall, 0.0);
-      const double lower = vm::select(error < 0.0, d, lowOld), upper = vm::select(error > 0.0, d, highOld);
-      const double atZero = before[j] - trial[j], bend = (slope * d - (error - atZero)) / (d * d + 1e-300),
-                   slopeAtZero = slope - 2.0 * bend * d;
-      const double root =
-          -2.0 * atZero / (slopeAtZero + vm::sqrt(vm::max(0.0, slopeAtZero * slopeAtZero - 4.0 * bend * atZero)));
-      const double next = vm::select((root >= lower) & (root <= upper), root, 0.5 * (lower + upper));
-      const bool moves = ran > 0.0;
-      x[j] = vm::select(moves, next, d);
-      strength[j] = q;
-      atEnd[j] = vm::select(next == d, 1.0, 0.0);
-      low[j] = vm::select(moves, lower, lowOld);
-      high[j] = vm::select(moves, upper, highOld);
-      runs[j] = vm::select(moves & (vm::abs(next - d) > 1e-7 * next), 1.0, 0.0);
-    });
   }
-  forPoints(count, [=, &x, &growth](int j) SA_POINT { growth[j] = bulkingOf(j, x[j]); });
-  for (int j = 0; j < count; ++j) {
-    const int k = place[j];
-    const double D = damage[j] + x[j];
-    w.low[k] = low[j], w.high[k] = high[j];
-    w.open[k] = runs[j] > 0.0 ? kMoving : D >= 1.0 ? kBroken : kSettled;
-    w.damage[k] = D;
-    w.growth[k] = growth[j];
-    w.plasticStrain[k] = x[j] * w.failureStrain[k];
-    w.q[k] = trial[j] - G3ef[j] * x[j];
-    if (w.open[k] == kBroken && atEnd[j] > 0.0) { // the strength there is known
-      w.open[k] = kSettled;
-      w.q[k] = strength[j] < trial[j] ? strength[j] : trial[j];
-      w.plasticStrain[k] = (trial[j] - w.q[k]) * m.perG3;
-      w.damage[k] = 1.0;
+};
+
+// Where the iteration begins, with strengths near those at the pressure before, which need no power: the point breaks, or a
+// parabola through d = 0 and 1 - D and then a cubic through its root too, with the slope at 0.  Where the trial stress
+// is a thousandth above the strength it is the solution to 1e-9.  What leaves the range begins where it would have without.
+template <class Model>
+SA_INLINE void beginDamage(const Model& model, Moving& moving) {
+  const Model m = model;
+  Moving& a = moving;
+  const auto nearOf = [m, &a](int j) SA_POINT {
+    return m.near({a.intact[j], a.fractured[j], a.failureStrain[j]}, a.pressure[j]);
+  };
+  const auto errorOf = [m, &a, nearOf](int j, double d) SA_POINT {
+    const double strength = nearOf(j).strength(a.bulkingOf(m, j, d), a.damage[j] + d);
+    return vm::max(0.0, strength) + a.G3ef[j] * d - a.trial[j];
+  };
+  forPack(a.count, [m, &a, nearOf](int j) SA_POINT {
+    const double perDamage = m.beta * m.K1 * m.perG3 * a.before[j] * a.drop(j) / a.arm[j];
+    a.slope[j] = (a.G3ef[j] - a.drop(j)) + nearOf(j).slope(a.damage[j]) * perDamage;
+  });
+  forPack(a.count, [&a, errorOf](int j) SA_POINT { a.error[j] = errorOf(j, 1.0 - a.damage[j]); });
+  forPack(a.count, [&a](int j) SA_POINT {
+    const double most = 1.0 - a.damage[j], atZero = a.before[j] - a.trial[j];
+    const double linear = a.slope[j] * most, bend = (a.error[j] - atZero) - linear;
+    a.root[j] = -2.0 * atZero * most / (linear + vm::sqrt(vm::max(0.0, linear * linear - 4.0 * bend * atZero)));
+  });
+  forPack(a.count, [&a, errorOf](int j) SA_POINT { a.rise[j] = errorOf(j, a.root[j]); });
+  forPack(a.count, [&a](int j) SA_POINT {
+    const double most = 1.0 - a.damage[j], atZero = a.before[j] - a.trial[j], slope = a.slope[j], root = a.root[j];
+    // d^2 (b + c (d - root)) is the rest at root and at 1 - D
+    const double atMost = a.error[j], restAtMost = (atMost - atZero) - slope * most,
+                 rest = (a.rise[j] - atZero) - slope * root;
+    const double root2 = root * root, most2 = most * most, gap = most - root, per = 1.0 / (root2 * most2 * gap);
+    const double b = rest * (most2 * gap * per), c = (restAtMost * root2 - rest * most2) * per;
+    double d = root;
+    for (int k = 0; k < 2; ++k)
+      d -= (atZero + d * (slope + d * (b + c * (d - root)))) / (slope + d * (2.0 * b + c * (3.0 * d - 2.0 * root)));
+    const double otherwise = a.x[j], simple = vm::select((root > 0.0) & (root < most), root, otherwise);
+    a.x[j] = vm::select(atMost <= 0.0, most, vm::select((d > 0.0) & (d < most), d, simple));
+  });
+}
+
+// A step of the iteration: a parabola through d = 0 with the value and the slope of the moment gives the next d, between bounds;
+// where even d = 1 - D is too little, the point breaks.
+template <class Model>
+SA_INLINE void stepDamage(const Model& model, Moving& moving) {
+  const Model m = model;
+  Moving& a = moving;
+  forPack(a.count, [m, &a](int j) SA_POINT {
+    const double d = vm::min(a.x[j], 1.0 - a.damage[j]), rise = a.bulkingOf(m, j, d);
+    double perDamage = 0.0;
+    if constexpr (Model::kBulks) {
+      const double left = vm::max(0.0, a.before[j] - a.drop(j) * d);
+      perDamage =
+          vm::select(a.arm[j] >= 0.0, m.beta * m.K1 * m.perG3 * left * a.drop(j) / (a.arm[j] + rise + 1e-300), 0.0);
     }
+    a.x[j] = d;
+    a.rise[j] = rise;
+    a.perDamage[j] = perDamage;
+  });
+  forPack(a.count, [m, &a](int j) SA_POINT {
+    const double d = a.x[j], D = a.damage[j] + d, limit = -m.T * (1.0 - D), free = a.pressure[j] + a.rise[j],
+                 perDamage = a.perDamage[j];
+    const double p = vm::max(limit, free);
+    const Strength s = m.strength(p, a.factor[j]);
+    const StrengthSlopes ds = m.slopes(p, s);
+    const double fall = s.intact - s.fractured, line = s.intact - D * fall, q = strengthAt(m, s, D);
+    const double withPressure = (ds.intact - D * (ds.intact - ds.fractured)) * vm::select(free > limit, perDamage, m.T);
+    a.strength[j] = q;
+    a.error[j] = q + a.G3ef[j] * d - a.trial[j];
+    a.slope[j] = a.G3ef[j] + vm::select(q == line, withPressure - fall, 0.0);
+  });
+  forPack(a.count, [&a](int j) SA_POINT {
+    const double d = a.x[j], error = a.error[j], lowOld = a.low[j], highOld = a.high[j], ran = a.runs[j];
+    const double lower = vm::select(error < 0.0, d, lowOld), upper = vm::select(error > 0.0, d, highOld);
+    // of the parabola all terms are those at d
+    const double atZero = a.before[j] - a.trial[j], linear = a.slope[j] * d, bend = linear - (error - atZero),
+                 linearAtZero = linear - 2.0 * bend;
+    const double root =
+        -2.0 * atZero * d / (linearAtZero + vm::sqrt(vm::max(0.0, linearAtZero * linearAtZero - 4.0 * bend * atZero)));
+    const double next = vm::select((root >= lower) & (root <= upper), root, 0.5 * (lower + upper));
+    const bool moves = ran > 0.0;
+    a.x[j] = vm::select(moves, next, d);
+    a.atEnd[j] = vm::select(next == d, 1.0, 0.0);
+    a.low[j] = vm::select(moves, lower, lowOld);
+    a.high[j] = vm::select(moves, upper, highOld);
+    a.runs[j] = vm::select(moves & (vm::abs(next - d) > 1e-7 * next), 1.0, 0.0);
+  });
+}
+
+// After the first step and after each few more the points that go on are packed anew; false when there are none.
+constexpr int kDamageSteps = 2, kDamageRounds = 30;
+template <class Model>
+SA_INLINE bool settleDamage(const Model& model, int length, BrittleScratch& w, bool isFirst) {
+  const Model m = model;
+  Moving a;
+  a.count = pack(w, kMoving, length, a.place);
+  if (a.count == 0) return false;
+  forPack(a.count, [m, &w, &a](int j) SA_POINT {
+    const int k = a.place[j];
+    const double ef = w.failureStrain[k], damage = w.damageBefore[k];
+    a.trial[j] = w.trial[k], a.factor[j] = w.rate[k], a.pressure[j] = w.pressure[k], a.before[j] = w.before[k];
+    a.intact[j] = w.intact[k], a.fractured[j] = w.fractured[k], a.failureStrain[j] = ef, a.G3ef[j] = 3.0 * m.G * ef;
+    a.damage[j] = damage, a.arm[j] = armAt(m, w, k);
+    a.x[j] = w.damage[k] - damage, a.low[j] = w.low[k], a.high[j] = w.high[k], a.runs[j] = 1.0;
+  });
+  if constexpr (Model::kBulks)
+    if (isFirst) beginDamage(m, a);
+  for (int step = 0; step < (isFirst ? 1 : kDamageSteps); ++step) stepDamage(m, a);
+  // results take the places of what is not needed any more
+  forPack(a.count, [m, &a](int j) SA_POINT {
+    const double d = a.x[j], D = a.damage[j] + d, trial = a.trial[j], strength = a.strength[j], ef = a.failureStrain[j];
+    const double known = vm::min(strength, trial), growth = a.bulkingOf(m, j, d), runs = a.runs[j], atEnd = a.atEnd[j];
+    const bool isFull = !(runs > 0.0) & (D >= 1.0), isKnown = isFull & (atEnd > 0.0); // the strength there
+    const double kind = vm::select(isFull, kBroken, vm::select(runs > 0.0, kMoving, kSettled));
+    a.rise[j] = growth;
+    a.runs[j] = vm::select(isKnown, kSettled, kind);
+    a.x[j] = vm::select(isKnown, 1.0, D);
+    a.strength[j] = vm::select(isKnown, known, trial - a.G3ef[j] * d);
+    a.slope[j] = vm::select(isKnown, (trial - known) * m.perG3, d * ef);
+  });
+  for (int j = 0; j < a.count; ++j) {
+    const int k = a.place[j];
+    w.low[k] = a.low[j], w.high[k] = a.high[j], w.open[k] = a.runs[j];
+    w.damage[k] = a.x[j], w.growth[k] = a.rise[j], w.q[k] = a.strength[j], w.plasticStrain[k] = a.slope[j];
   }
   return true;
 }
@@ -538,8 +610,7 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
     findSurfaces(b, model, start, length, w);
     returnToSurfaces(b, model, start, length, w);
     if constexpr (Model::kGradual)
-      for (int round = 0; round < kDamageRounds && settleDamage(model, length, w, round == 0 ? 1 : kDamageSteps);
-           ++round) {
+      for (int round = 0; round < kDamageRounds && settleDamage(model, length, w, round == 0); ++round) {
       }
     settleBroken(model, length, w);
     if constexpr (Model::kTransforms) {

@@ -367,6 +367,8 @@ TEST(TensorFunctions, ExponentialsInThePlaneKeepEveryComponent) {
     const double size = std::ldexp(1, random.integer(-10, 9));
     list.push_back({size * random.uniform(-1, 1), size * random.uniform(-1, 1),
                     size * random.uniform(-1, 1) * std::ldexp(1, -random.integer(0, 80))});
+    const double near = random.uniform(0.02, 0.08); // where the series ends
+    list.push_back({1 + near, 1 - near, near * random.uniform(-0.1, 0.1)});
   }
   for (const auto& [s11, s22, s12] : list) {
     const double S[4] = {s11, s22, 0.5, s12};
