@@ -216,7 +216,7 @@ SA_INLINE void findFiberStress(const PlyFabric& model, int n, Fibers& f) {
 template <bool kSoftens>
 SA_INLINE void damageDirection(const PlyFabric& m, int direction, int n, const double* const* damageOld,
                                const double* const* reachedOld, Fibers& f, Lane& isOpen) {
-  const int t = kSigns * direction, c = t + 1;
+  const std::size_t t = std::size_t{kSigns} * direction, c = t + 1;
   const double *damageT = damageOld[t], *damageC = damageOld[c], *reachedT = reachedOld[t], *reachedC = reachedOld[c];
   const double perTension = m.modes[t].perStrength, perCompression = m.modes[c].perStrength,
                tensionEnergy = m.modes[t].fractureEnergy, compressionEnergy = m.modes[c].fractureEnergy,
