@@ -51,7 +51,7 @@ struct BoundedRotation {
     const double w = __builtin_fabs(d) + __builtin_sqrt(d * d + mm), q = 1.0 / __builtin_sqrt(w * w + mm);
     const double sine = m * q;
     // a_pp = a_qq turns as a_pp below a_qq does with a_pq above 0
-    const bool opposed = d * twice < 0.0;
+    const bool opposed = ((difference < 0.0) & (twice > 0.0)) | ((difference > 0.0) & (twice < 0.0));
     return {negligible ? 1.0 : w * q, negligible ? 0.0 : (opposed ? sine : -sine), 0.0};
   }
 

@@ -39,13 +39,13 @@ SA_INLINE void rootsByDirections(ListedPoints point, int64_t N, const double* S,
 // With I, II, III the invariants of S and i, ii, iii those of V: V = (i iii 1 + (i i - ii) S - S S) / (i ii - iii) needs no
 // directions (A. Hoger, D. E. Carlson, Q. Appl. Math. 42 (1984) 113).  i is the largest root of (i i - I)^2 = 4 (II + 2 i iii);
 // Halley's steps come down to it from sqrt(I + 2 sqrt(3 II)).  A tensor whose values differ too much for that, or are not
-// all positive, or whose cubes leave the range of doubles, is left to the directions, each point for itself.
+// all positive, or with which a step, of the degree 3.5, leaves the range of doubles, is left to the directions, each point for itself.
 SA_KERNEL(GLO_UTI_SQRTV, (const int32_t* nblock, const double* S, double* V)) {
   const int64_t N = *nblock;
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     // least 27 III / I^3, which is 1 for a sphere: the last step is below 2e-6 there
     constexpr double kRoundness = 0.01;
-    constexpr double kMost = 0x1p+300, kLeast = 0x1p-300;
+    constexpr double kMost = 0x1p+280, kLeast = 0x1p-280;
     Lane left;
     forPoints(n, [=, &left](int j) SA_POINT {
       const int k = start + j;
@@ -204,12 +204,16 @@ SA_INLINE PlaneComponents farOut(double h, double s12, double r, double g, doubl
   const double factor = r > 0x1p+400 ? 0x1p-600 : 1.0; // squares stay finite
   const NearerAxis d(isNear ? 1.0 : r * factor, __builtin_fabs(h) * factor, s12 * factor);
   const bool diagonal = d.cs == 0.0; // products with a sine of zero vanish whatever g is
-  const double gs = diagonal ? 0.0 : g * d.cs, fs = f * d.cs;
+  const double gs = diagonal ? 0.0 : g * d.cs, fs = diagonal ? 0.0 : f * d.cs;
   const double nearer = g * (g * d.cc) + fs * (fs * d.perCc), other = f * (f * d.cc) + gs * (gs * d.perCc);
-  const bool first = h >= 0.0;
+  const bool first = h >= 0.0, isBeyond = g == vm::kInfinity;
+  const double difference = isBeyond ? g : g - f; // both may be infinite
   const PlaneComponents apart = {first ? nearer : other, first ? other : nearer,
-                                 diagonal ? 0.0 : ((g - f) * d.cs) * (g + f)};
-  return select(isNear, nearOne(h, s12, r, 0.5 * (g * g) + 0.5 * (f * f)), apart);
+                                 diagonal ? 0.0 : (difference * d.cs) * (g + f)};
+  // near r = 0 all is in proportion to g g, which may be infinite
+  const double q = isBeyond ? 1.0 : f / g;
+  const PlaneComponents part = nearOne(h, s12, r, 0.5 + 0.5 * (q * q));
+  return select(isNear, {g * (g * part.e11), g * (g * part.e22), part.e12 == 0.0 ? 0.0 : g * (g * part.e12)}, apart);
 }
 
 // A piece that has some of them: the others get their usual bits.

@@ -43,7 +43,8 @@ extern "C" {
  * One variable: rows ascend; value = (x2 - x)/(x2 - x1) f1 + (x - x1)/(x2 - x1) f2, derivative (f2 - f1)/(x2 - x1), in the
  * interval that SPX_GET_SEGFIND finds; computed as f1 + (x - x1) times the derivative.  A breakpoint returns its value exactly
  * and the derivative of the interval above it.  An interval without width gives the value of its upper row and derivative 0;
- * one row gives its value and derivative 0.
+ * one row gives its value and derivative 0.  Where a derivative is beyond the largest double, values on its interval are NaN or
+ * infinite.
  *
  * Several variables, any number: rows are sorted by the last variable, within it by the last but one and so on, variable 1
  * fastest.  The rows that agree in the variables from v on are a group of v; groups need not have the same breakpoints or
