@@ -1,7 +1,7 @@
 #include "solver/results/digest.h"
 
-#include "solver/model/text.h"
 #include "solver/model/hash.h"
+#include "solver/model/text.h"
 
 #include <algorithm>
 #include <array>

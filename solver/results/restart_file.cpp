@@ -1,7 +1,7 @@
 #include "solver/results/restart_file.h"
 
-#include "solver/parallel/faults.h"
 #include "solver/model/hash.h"
+#include "solver/parallel/faults.h"
 #include "solver/results/partial_file.h"
 
 #include <algorithm>
