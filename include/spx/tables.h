@@ -239,18 +239,19 @@ void SPX_GET_BEAMNFORCID(int32_t* id);
  */
 void SPX_GET_USERNFORCID(int32_t* id);
 
-/** Conductivity matrix of a material without dependences, in a plane, the same at all points.
+/** Conductivity matrix of a material without dependences, in a plane, the same at all points.  A count of constants that is none
+ *  of the codes leaves K as it is.
  *  @param[in]  nblock     (1), block: points
- *  @param[in]  ncons      (1), code 1|2|3: 1 isotropic; 2 orthotropic: 11 22; 3 anisotropic: 11 22 12; any other leaves K as it is
+ *  @param[in]  ncons      (1), code 1|2|3: 1 isotropic; 2 orthotropic: 11 22; 3 anisotropic: 11 22 12
  *  @param[in]  constants  (3), W/(m K): as many constants as ncons says
  *  @param[out] K          (nblock, 2, 2), W/(m K): symmetric matrix
  */
 void SPX_GET_CONSTCONDUCTIVITY2D(const int32_t* nblock, const int32_t* ncons, const double* constants, double* K);
 
-/** Conductivity matrix of a material without dependences, in space.
+/** Conductivity matrix of a material without dependences, in space.  A count of constants that is none of the codes leaves K as it
+ *  is.
  *  @like SPX_GET_CONSTCONDUCTIVITY2D
- *  @param[in]  ncons      (1), code 1|3|6: 1 isotropic; 3 orthotropic: 11 22 33; 6 anisotropic: 11 22 33 12 23 13; any other
- *                         leaves K as it is
+ *  @param[in]  ncons      (1), code 1|3|6: 1 isotropic; 3 orthotropic: 11 22 33; 6 anisotropic: 11 22 33 12 23 13
  *  @param[in]  constants  (6), W/(m K): as many constants as ncons says
  *  @param[out] K          (nblock, 3, 3), W/(m K): symmetric matrix
  */
