@@ -12,15 +12,14 @@ SA_INLINE Norm normAt(const Superelastic& m, double N, double volume) {
 
 // What is left of strains that cancel is their round-off: without a trace that is none of the volume's, and without a direction of
 // its own.  Martensite may be left there, whose stress needs one: it is that from which the point has come, of next to no strain.
-// From the strain deviator e, the squares of the norms of what it is made of, and a deviator in that direction.
+// From the strain deviator e, the squares of the norms of what it is made of, and the part from which the point has come.
 template <class Storage>
 SA_INLINE Sym<Storage> settled(const Sym<Storage>& e, double squares, const Sym<Storage>& from) {
   constexpr double kCancels = 1e-8, kIsRoundOff = 1e-26; // of the squares
-  const double square = product(e, e), of = product(from, from);
-  const bool hasDirection = of > 0.0;
-  const double next = vm::sqrt(kIsRoundOff * squares / vm::select(hasDirection, of, 1.0));
+  constexpr double kNextToNothing = 1e-15;
+  const double square = product(e, e);
   const Sym<Storage> traceless = select(square <= kCancels * squares, deviator(e), e);
-  return select((square <= kIsRoundOff * squares) & hasDirection, next * from, traceless);
+  return select(square <= kIsRoundOff * squares, kNextToNothing * from, traceless);
 }
 
 // Where a point stands: total strain, deviator and volume, fraction and F.  The strain comes from stress and transformation
@@ -374,10 +373,11 @@ SA_INLINE void advance(const Block& b, const Law& model, const Arrays& from, int
     const Sym<Storage> changeNow = sum(r.changeFactor * e, r.xi * (m.eV * (1.0 / 3.0)));
     // the stress of martensite that is left without strain turns with the strain that comes
     const Start<Storage> s = points.start(k);
-    const double startN = vm::sqrt(product(s.e, s.e)), perN = 1.0 / vm::max(1e-100, at.N);
+    const double perN = 1.0 / vm::max(1e-100, at.N);
     const double turned = trace(old) * (1.0 / 3.0) * trace(inc) -
                           2.0 * (m.G + s.xi * m.dG) * m.eD * s.xi * (product(e, deviator(inc)) * perN);
-    const double workOld = vm::select(!kPlaneStress & (startN <= 1e-12 * at.N), turned, product(old, inc));
+    const double workOld =
+        vm::select(!kPlaneStress & (product(s.e, s.e) <= 1e-24 * (at.N * at.N)), turned, product(old, inc));
     // lost is what the stress has worked and the point can not give back
     const double internalNow = intOld + 0.5 * (workOld + product(now, inc)) * perDensity;
     const double stored = r.elasticEnergy + r.xi * m.storedPerXi(temperature);
