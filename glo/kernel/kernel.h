@@ -28,9 +28,7 @@
 #define SA_KERNEL(name, parameters)                                                                                    \
   SA_CLONES                                                                                                            \
   static void name##_clones parameters;                                                                                \
-  SA_EXPORT void name parameters {                                                                                     \
-    sa::inOwnArithmetic([&]() SA_POINT { name##_clones SA_ARGUMENTS_##name; });                                        \
-  }                                                                                                                    \
+  SA_EXPORT void name parameters { SA_IN_OWN_ARITHMETIC(name##_clones SA_ARGUMENTS_##name); }                          \
   SA_CLONES                                                                                                            \
   static void name##_clones parameters
 

@@ -60,9 +60,7 @@ SA_INLINE void writeRecords(int n, const RecordScratch<kReals>& from, double* ou
 
 // A second name of a kernel of the same file.
 #define SA_SAME_KERNEL(name, kernel, parameters)                                                                       \
-  SA_EXPORT void name parameters {                                                                                     \
-    inOwnArithmetic([&]() SA_POINT { kernel##_clones SA_ARGUMENTS_##name; });                                          \
-  }
+  SA_EXPORT void name parameters { SA_IN_OWN_ARITHMETIC(kernel##_clones SA_ARGUMENTS_##name); }
 
 // Where a block stands among the elements that sets name.
 #define SA_BLOCK_PLACE                                                                                                 \
