@@ -35,10 +35,11 @@ const std::regex kThroughMaps(
 const std::regex
     kCopies("GLO_UTI_(COPYR|.*BROADCAST.*|INITROTATIONMATRIX)|SPX_OPE_INI.*FLD|SPX_GET_CONSTCONDUCTIVITY[23]D");
 
-// What a body may call: block moves of the C library, the compiler's unwinding, and the recursion of the sorts, which holds no
-// vector code.
+// What a body may call: block moves of the C library, the compiler's unwinding, and what holds no vector code: the recursion of
+// the sorts, and the look at the breakpoints of a table, once a block.
 const std::regex
-    kAllowedCalls(".*<((memcpy|memmove|memset|memcmp|_Unwind_Resume)(@.*)?|_ZN2sa12_GLOBAL__N_19mergeRuns.*)>");
+    kAllowedCalls(".*<((memcpy|memmove|memset|memcmp|_Unwind_Resume)(@.*)?|_ZN2sa12_GLOBAL__N_19mergeRuns.*|"
+                  "_ZN2sa5table17SharedBreakpoints6layOut.*)>");
 
 struct Clone {
   std::string kernel, set;
