@@ -86,8 +86,8 @@ void GLO_UTI_PRINCS21(const int32_t* nblock, const double* S, double* P, double*
  *  third come out as P1 = P2 and the larger one in P3; two equal values above a third as P2 = P3 and the smaller one in
  *  P1.  A tensor whose shear is below 1.1e-12 of its deviator returns its diagonal in place.  Values are right to about
  *  1e-15 of the largest component, or 1e-8 of it where two of them nearly meet: the cosines of the solution are right to
- *  2.5e-16, but a determinant of the deviator that is rounded moves values that nearly meet by its square root.  A tensor whose components are all at most
- *  2.2e-308 has zeros for its values.
+ *  2.5e-16, but a determinant of the deviator that is rounded moves values that nearly meet by its square root.
+ *  A tensor whose components are all at most 2.2e-308 has zeros for its values.
  *  Source: O. K. Smith, Comm. ACM 4 (1961) 168.
  *  @param[in]  nblock  (1), block: points
  *  @param[in]  S       (nblock, 6), any: tensors, S33

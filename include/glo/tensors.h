@@ -79,8 +79,8 @@ void GLO_UTI_LOGV(const int32_t* nblock, const double* S, double* L);
 void GLO_UTI_EXPS30(const int32_t* nblock, const double* S, double* E);
 
 /** Exponential of tensors with 13 = 23 = 0.  Each plane component is right to 4e-15 of itself, times the largest magnitude of S
- *  where that is above 1, however small it is beside the others, for an S12 that is no subnormal number; one beyond the largest double is infinite and leaves the others
- *  alone.  E33 is right to 0.8 units in the last place.  E may be S.
+ *  where that is above 1, however small it is beside the others, for an S12 that is no subnormal number; one
+ *  beyond the largest double is infinite and leaves the others alone.  E33 is right to 0.8 units in the last place.  E may be S.
  *  @param[in]  nblock  (1), block: points
  *  @param[in]  S       (nblock, 4), any: tensors, S31
  *  @param[out] E       (nblock, 4), any: their exponentials, S31

@@ -57,7 +57,8 @@ extern "C" {
  * variables, number of properties, values of properties (superelastic material: name, element support, number of properties,
  * number of state variables, values; honeycomb: properties before state variables).  The first that fails is written as an "Error" and ends the analysis by
  * GLO_UTI_EXIT with code 20.  A block is returned untouched then, in case the host goes on.  Property values that must be
- * positive are marked + below.  No property that a model reads may be infinite or no number.  docs/user-materials.md lists every check, and says which test determines which property.
+ * positive are marked + below.  No property that a model reads may be infinite or no number.  docs/user-materials.md lists every
+ * check, and says which test determines which property.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /** The material of this name, for one block.  The first key of the table above, in the order of its first column and then
@@ -140,9 +141,9 @@ void SPX_USR_BUILTINVUMAT(const int32_t* callInfo, const int32_t* nblock, const 
  *  digit, has, with C of both directions as property 12,
  *    austenite to martensite  d xi = bAM (1 - xi) dF/(F - R_f)^2,  martensite to austenite  d xi = bMA xi dF/(F - R_f)^2
  *  instead, from 13 bAM+ and 14 bMA+ as uniaxial stresses; e_V is that of flow normal to F.  Integrated in closed form too, so
- *  that all that is said of increments holds; xi from one equation by 12 steps of Newton's, to 1e-14, for martensite less than
- *  3.5 times as stiff as austenite.  All is transformed only where F reaches R_f.  Start = finish is refused: it would be a
- *  jump.  It takes six to thirteen times the time of the linear law.
+ *  that all that is said of increments holds; xi from one equation by Newton's steps between bounds until each point is there,
+ *  100 at most and five as a rule.  All is transformed only where F reaches R_f.  Start = finish is refused: it would be a
+ *  jump.  In solids it takes 1.7 times the time of the linear law.
  *    inelastic energy: psi = elastic energy + xi w, w the larger of the works on one xi, in tension and in compression, under
  *      the stress at which it goes back to austenite, but no more than the least that is spent on the way there: over a closed
  *      cycle at one temperature the area of the hysteresis.  Heat is not counted.  With unlike moduli and a pressure of several

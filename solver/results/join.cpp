@@ -236,7 +236,6 @@ public:
     findPlaces();
   }
 
-  // Nodes of no file and elements of several would be missed otherwise.
   JoinedFile write(const fs::path& file) {
     const FieldsHead& first = parts_[0]->head();
     FieldsHead head = first;
@@ -296,6 +295,7 @@ private:
         next = end;
       }
     }
+    // elements of several files, and nodes or elements of none, are told here
     int64_t elements = 0;
     for (auto& block : ofBlocks) elements += static_cast<int64_t>(blocks_.emplace_back(std::move(block)).count());
     int64_t inFiles = 0;
