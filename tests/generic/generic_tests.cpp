@@ -16,6 +16,7 @@
 #include <map>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 #include "case_file.h"
 #include "library.h"
@@ -155,7 +156,7 @@ int torture(const Options& options, std::vector<Kernel> kernels, GuardedMemory& 
   const auto hours = [begin] {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count() / 3600;
   };
-  std::uint64_t inputs = 0, pass = options.number("--from");
+  std::uint64_t inputs = 0, before = 0, pass = options.number("--from");
   const std::uint64_t shard = options.number("--shard"),
                       shards = std::stoull(options["--shard"].substr(options["--shard"].find('/') + 1));
   std::size_t failed = 0;
@@ -177,6 +178,8 @@ int torture(const Options& options, std::vector<Kernel> kernels, GuardedMemory& 
     std::cout << "pass " << pass << ": " << inputs << " inputs, " << failed << " kernels failed, "
               << static_cast<int>(hours() * 3600) << " s" << std::endl;
     if (!options["--case"].empty()) break;
+    if (std::exchange(before, inputs) == inputs && failed == 0)
+      throw std::runtime_error("no kernel of these takes numbers that could be hard");
   }
   return failed == 0 ? 0 : 1;
 }
@@ -189,6 +192,7 @@ int run(const Options& options) {
   const std::string &check = options.words[1], &file = options.words.back(), &only = options["--only"];
   std::vector<Kernel> kernels = openKernels(options.words[0]);
   if (!only.empty()) std::erase_if(kernels, [&](const Kernel& kernel) { return only != kernel.info->name; });
+  if (kernels.empty()) throw std::runtime_error("no kernel " + only);
   GuardedMemory memory;
   if (check == "torture") return torture(options, kernels, memory);
   std::map<std::string, std::string> hashes;
