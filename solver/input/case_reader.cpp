@@ -159,16 +159,14 @@ private:
 
   void general() {
     case_.file = file_;
-    case_.job = root_.text("job", file_.stem().string());
-    if (case_.job.find('/') != std::string::npos || case_.job == "." || case_.job == "..")
-      root_.fail("job", "job is \"" + case_.job + "\", expected a name for files, without directories");
+    case_.job = root_.job();
     if (case_.job.ends_with(".events"))
       root_.fail("job", "job is \"" + case_.job + "\", expected a name without .events, which events of a job have");
     case_.title = root_.text("title", case_.job);
     if (root_.isTable("mesh"))
       case_.mesh.box = readBox(root_.table("mesh", {"box"}));
     else
-      case_.mesh.file = besideCase(root_.text("mesh"));
+      case_.mesh.file = besideCase(root_.path("mesh"));
   }
 
   void materials() {
@@ -365,7 +363,7 @@ private:
     case_.historyInterval = readInterval(table, "history_interval", case_.endTime, 200);
     if (table.has("restart_interval"))
       case_.restartInterval = readInterval(table, "restart_interval", case_.endTime, 1);
-    case_.outputDirectory = table.has("directory") ? besideCase(table.text("directory")) : ".";
+    case_.outputDirectory = table.has("directory") ? besideCase(table.path("directory")) : ".";
     if (table.has("fields")) {
       const Names known(outputFields.begin(), outputFields.end());
       case_.fields = table.texts("fields", "an array of names of fields");

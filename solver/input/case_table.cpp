@@ -249,6 +249,20 @@ std::string Table::text(const char* key, const std::string& otherwise) const {
   return has(key) ? text(key) : otherwise;
 }
 
+std::string Table::path(const char* key) const {
+  std::string value = text(key);
+  if (value != printable(value))
+    fail(key, std::string(key) + " is \"" + printable(value) + "\", expected a name without control characters");
+  return value;
+}
+
+std::string Table::job() const {
+  std::string name = has("job") ? path("job") : std::filesystem::path(content_->file).stem().string();
+  if (name.find('/') != std::string::npos || name == "." || name == "..")
+    fail("job", "job is \"" + name + "\", expected a name for files, without directories");
+  return name;
+}
+
 bool Table::flag(const char* key, bool otherwise) const {
   const toml::node* node = content_->values->get(key);
   if (node && !node->is_boolean()) fail(key, std::string(key) + " is " + typeName(*node) + ", expected true or false");

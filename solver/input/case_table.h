@@ -51,6 +51,10 @@ public:
   std::array<double, 3> vector(const char* key, const std::string& unit) const;
   std::string text(const char* key) const;
   std::string text(const char* key, const std::string& otherwise) const;
+  // A text that may be a path: without control characters, at the first zero of which the system would end it.
+  std::string path(const char* key) const;
+  // The name of all files of a job, by default that of the case.  No path.
+  std::string job() const;
   Names texts(const char* key, const std::string& expected) const;
   bool flag(const char* key, bool otherwise) const;
 

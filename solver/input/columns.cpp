@@ -50,7 +50,7 @@ Columns::Columns(const Table& table, const std::vector<CurveColumn>& keys)
   for (const CurveColumn& column : keys)
     if (table.has(column.key))
       table.fail(column.key, std::string(column.key) + " stands beside file, expected one of them");
-  const std::filesystem::path file = table.besideCase(table.text("file"));
+  const std::filesystem::path file = table.besideCase(table.path("file"));
   try {
     readFile(file);
   } catch (const InputError& error) {

@@ -301,6 +301,7 @@ TEST_F(Mistakes, GroupsAndSections) {
        "\"lower\", \"upper\""},
       {"mesh =", "job = \"a.events\"\nmesh =",
        ":1:7: job is \"a.events\", expected a name without .events, which events of a job have"},
+      {"mesh =", "job = \"a\\u0000b\"\nmesh =", ":1:7: job is \"a b\", expected a name without control characters"},
       {"mesh =", "job = \"a/b\"\nmesh =", ":1:7: job is \"a/b\", expected a name for files, without directories"},
   });
 }
