@@ -1,6 +1,7 @@
 #include "solver/program/watch.h"
 
 #include "glo.h"
+#include "solver/model/model.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -28,6 +29,14 @@ std::string checkingLibrary() {
   throw std::runtime_error("--checked and --record need libSharedAnalysisChecked.so beside " + library.string());
 }
 
+// The library records on where it cannot write, and leaves the program alone: here it is asked for by name.
+void expectWritable(const std::string& record) {
+  const std::filesystem::path file = record.substr(0, record.find(',')), directory = file.parent_path();
+  errno = std::filesystem::is_directory(file) ? EISDIR : 0;
+  if (errno != 0 || ::access(directory.empty() ? "." : directory.c_str(), W_OK | X_OK) != 0)
+    throw InputError("--record: " + file.string() + " cannot be written: " + std::strerror(errno));
+}
+
 } // namespace
 
 void watchLibrary(int argc, char** argv) {
@@ -49,6 +58,7 @@ void watchLibrary(int argc, char** argv) {
     if (word.starts_with("--record=")) record = word.substr(9);
   }
   if (level.empty() && record.empty()) return;
+  if (!record.empty()) expectWritable(record);
   const std::string before = valueOf("LD_PRELOAD");
   setenv("LD_PRELOAD", (checkingLibrary() + (before.empty() ? "" : ":" + before)).c_str(), 1);
   if (!level.empty()) setenv("SHAREDANALYSIS_CHECK", level.c_str(), 1);
