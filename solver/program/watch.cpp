@@ -8,6 +8,7 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -29,9 +30,14 @@ std::string checkingLibrary() {
   throw std::runtime_error("--checked and --record need libSharedAnalysisChecked.so beside " + library.string());
 }
 
-// The library records on where it cannot write, and leaves the program alone: here it is asked for by name.
+// The library leaves a program alone that it cannot record: here a recording is asked for by name.
 void expectWritable(const std::string& record) {
   const std::filesystem::path file = record.substr(0, record.find(',')), directory = file.parent_path();
+  constexpr std::string_view kHead = "SHANREC\n";
+  std::string head(kHead.size(), '\0');
+  std::ifstream older(file, std::ios::binary);
+  if (older.read(head.data(), static_cast<std::streamsize>(head.size())).gcount() > 0 && head != kHead)
+    throw InputError("--record: " + file.string() + " is no recording, and is not replaced");
   errno = std::filesystem::is_directory(file) ? EISDIR : 0;
   if (errno != 0 || ::access(directory.empty() ? "." : directory.c_str(), W_OK | X_OK) != 0)
     throw InputError("--record: " + file.string() + " cannot be written: " + std::strerror(errno));
