@@ -137,6 +137,7 @@ public:
     groupHistories();
     control();
     output();
+    result_.files = root_.files();
     return std::move(result_);
   }
 
@@ -149,8 +150,6 @@ private:
     for (const LoadKind& kind : loadKinds) keys.push_back(kind.key);
     return keys;
   }
-
-  std::filesystem::path besideCase(const std::string& path) const { return file_.parent_path() / path; }
 
   std::string group(const Table& table, Members members) {
     result_.groups.push_back({table.text("group"), table.place("group"), members});
@@ -166,7 +165,7 @@ private:
     if (root_.isTable("mesh"))
       case_.mesh.box = readBox(root_.table("mesh", {"box"}));
     else
-      case_.mesh.file = besideCase(root_.path("mesh"));
+      case_.mesh.file = root_.besideCase(root_.path("mesh"));
   }
 
   void materials() {
@@ -363,7 +362,7 @@ private:
     case_.historyInterval = readInterval(table, "history_interval", case_.endTime, 200);
     if (table.has("restart_interval"))
       case_.restartInterval = readInterval(table, "restart_interval", case_.endTime, 1);
-    case_.outputDirectory = table.has("directory") ? besideCase(table.path("directory")) : ".";
+    case_.outputDirectory = table.has("directory") ? file_.parent_path() / table.path("directory") : ".";
     if (table.has("fields")) {
       const Names known(outputFields.begin(), outputFields.end());
       case_.fields = table.texts("fields", "an array of names of fields");

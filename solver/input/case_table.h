@@ -35,8 +35,10 @@ public:
   std::string place(const char* key = nullptr) const;
   // The place of a number of an array, from 0 on.
   std::string place(const char* key, std::size_t number) const;
-  // A path of the case as seen from the folder of its file.
+  // A file that is read, as seen from the folder of the case.
   std::filesystem::path besideCase(const std::filesystem::path& path) const;
+  // The case and all such files so far, of this table and of those about and within it.
+  const std::vector<std::filesystem::path>& files() const;
 
   [[noreturn]] void fail(const char* key, const std::string& text) const;
 

@@ -5,6 +5,7 @@
 #include "solver/model/memory.h"
 #include "solver/parallel/distribution.h"
 #include "solver/parallel/faults.h"
+#include "solver/program/output.h"
 #include "solver/results/digest.h"
 
 #include <algorithm>
@@ -54,6 +55,8 @@ CaseFile readInput(const JobOptions& options) {
   CaseFile caseFile = readCase(options.caseFile);
   if (options.outputDirectory) caseFile.definition.outputDirectory = *options.outputDirectory;
   if (options.filesByRank) caseFile.definition.filesByRank = *options.filesByRank;
+  const Case& definition = caseFile.definition;
+  expectOtherNames(caseFile.files, definition.outputDirectory, definition.job, resultExtensions);
   return caseFile;
 }
 

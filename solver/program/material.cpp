@@ -96,9 +96,11 @@ struct Options {
 
 void run(const Options& options) {
   PathCase definition = readPathCase(options.file);
-  if (options.checkOnly) return check(definition, options.fits);
   const std::filesystem::path& directory = options.directory;
   if (!directory.empty()) definition.outputDirectory = directory;
+  expectOtherNames(definition.files, definition.outputDirectory, definition.job,
+                   {".csv", ".svg", ".fit.toml", ".msg", ".sta", ".log"});
+  if (options.checkOnly) return check(definition, options.fits);
   std::filesystem::create_directories(definition.outputDirectory);
   sharedanalysis::host::openJob(definition.job, definition.outputDirectory); // a kernel may have something to say
   describe(definition);

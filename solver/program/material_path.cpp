@@ -199,6 +199,7 @@ PathCase readPathCase(const std::filesystem::path& file) {
   if (result.paths.empty()) throw InputError(file.string() + ": no path, expected [[path]]");
   result.fit = table.table("fit", fitKeys());
   if (table.has("fit")) fitCaseOf(result); // is it sound?
+  result.files = table.files();
   return result;
 }
 

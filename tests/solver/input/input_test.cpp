@@ -80,6 +80,10 @@ TEST_F(Input, CaseFilesThatCannotBeRead) {
   EXPECT_EQ(answerTo("missing.toml"), "missing.toml: cannot be opened: No such file or directory");
   EXPECT_EQ(answerTo("directory"), "directory: is a directory, expected a case file");
   EXPECT_EQ(answer(""), "case.toml:1:1: mesh is missing, expected a text in quotes");
+  writeFile("case.exo", "a mesh"); // results must not take its place
+  EXPECT_EQ(answer(replaced(barCase, "box.msh", "case.exo")),
+            "case.exo: is read, and results of job \"case\" would take its place, expected another job or directory of "
+            "results");
 }
 
 TEST_F(Mistakes, BrokenToml) {
