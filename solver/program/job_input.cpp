@@ -36,7 +36,7 @@ std::optional<long> threadsOfSurroundings() {
   return threads > 0 ? std::optional(threads) : std::nullopt;
 }
 
-// Those that batch systems, containers and taskset leave to the process; the C library may count all of the machine.
+// Those that batch systems, cpusets and taskset leave to the process; the C library may count all of the machine.
 long usableCores() {
   cpu_set_t set;
   if (sched_getaffinity(0, sizeof set, &set) == 0) return std::max(1, CPU_COUNT(&set));
