@@ -53,7 +53,7 @@ public:
   std::array<double, 3> vector(const char* key, const std::string& unit) const;
   std::string text(const char* key) const;
   std::string text(const char* key, const std::string& otherwise) const;
-  // A text that may be a path: without control characters, at the first zero of which the system would end it.
+  // A text that may be a path: without control characters, as the system would end it at a zero.
   std::string path(const char* key) const;
   // The name of all files of a job, by default that of the case.  No path.
   std::string job() const;

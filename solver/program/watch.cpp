@@ -35,10 +35,12 @@ void expectWritable(const std::string& record) {
   const std::filesystem::path file = record.substr(0, record.find(',')), directory = file.parent_path();
   constexpr std::string_view kHead = "SHANREC\n";
   std::string head(kHead.size(), '\0');
-  std::ifstream older(file, std::ios::binary);
+  std::error_code none;
+  std::ifstream older;
+  if (std::filesystem::is_regular_file(file, none)) older.open(file, std::ios::binary); // a pipe would be waited for
   if (older.read(head.data(), static_cast<std::streamsize>(head.size())).gcount() > 0 && head != kHead)
     throw InputError("--record: " + file.string() + " is no recording, and is not replaced");
-  errno = std::filesystem::is_directory(file) ? EISDIR : 0;
+  errno = std::filesystem::is_directory(file, none) ? EISDIR : 0;
   if (errno != 0 || ::access(directory.empty() ? "." : directory.c_str(), W_OK | X_OK) != 0)
     throw InputError("--record: " + file.string() + " cannot be written: " + std::strerror(errno));
 }
