@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -227,6 +228,11 @@ std::optional<RecordedCall> decode(std::string_view bytes, std::string& fault) {
 Recording::Recording(std::string bytes) : bytes_(std::move(bytes)) {}
 
 std::optional<Recording> Recording::open(const std::string& file, std::string& fault) {
+  std::error_code none;
+  if (std::filesystem::exists(file, none) && !std::filesystem::is_regular_file(file, none)) {
+    fault = file + " is no file"; // a device may have no end
+    return std::nullopt;
+  }
   std::ifstream stream(file, std::ios::binary);
   std::string bytes((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
   if (!stream && bytes.empty()) {

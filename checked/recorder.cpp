@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/syscall.h>
@@ -190,15 +191,30 @@ void Recorder::finish(RecordedCall& call, const Layout& layout, const void* resu
   write(encode(call));
 }
 
+namespace {
+
+// Nothing but an older recording is written over.
+bool mayBeReplaced(int file) {
+  char head[sizeof kMagic];
+  const ssize_t size = pread(file, head, sizeof head, 0);
+  return size == 0 || (size == sizeof head && std::memcmp(head, kMagic, sizeof head) == 0);
+}
+
+} // namespace
+
 // One write for each call, at the end of the file: whole calls, whatever the threads do and whenever the process is killed.
 void Recorder::write(const std::string& record) {
   static const int file = [this] {
     std::string name = filter_.file;
-    int opened = open(name.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+    int opened = open(name.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
     if (opened >= 0 && flock(opened, LOCK_EX | LOCK_NB) != 0) { // of another process of the analysis
       close(opened);
       name += "." + std::to_string(getpid());
-      opened = open(name.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+      opened = open(name.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+    }
+    if (opened >= 0 && !mayBeReplaced(opened)) {
+      say(name + " is no recording and stays as it is; nothing is recorded");
+      return -1;
     }
     const std::string head = fileHead();
     if (opened < 0 || ftruncate(opened, 0) != 0 ||

@@ -21,6 +21,7 @@ except ImportError as error:
         raise
     sys.exit(f"error: {error}; install python3-vtk9 and python3-numpy")
 
+VIEW = numpy.array([3.0, -20.0, 3.5])  # from the model to the eye
 STRESSES = ["xx", "yy", "zz", "xy", "yz", "xz"]
 
 
@@ -293,6 +294,7 @@ def label(renderer, text, position, size):
     actor.SetPosition(*position)
     style(actor.GetTextProperty(), size)
     actor.GetTextProperty().SetJustificationToCentered()
+    actor.GetTextProperty().SetVerticalJustificationToTop()
     renderer.AddActor(actor)
 
 
@@ -311,7 +313,7 @@ def scalar_bar(lookup, limit, height):
     bar.SetLookupTable(lookup)
     bar.SetTitle("von Mises\nMPa\n ")
     bar.SetNumberOfLabels(5)
-    bar.SetLabelFormat("%.3g")
+    bar.SetLabelFormat("%.4g")
     bar.SetOrientationToVertical()
     bar.SetPosition(0.915, 0.22)
     bar.SetWidth(0.08)
@@ -361,20 +363,34 @@ def main():
          lambda grid: [deformed_actor(grid, lookup, limit)])
 
 
+def below(boxes, gap):
+    """The place under the middle of the first box that is drawn lower than all of them by a gap."""
+    eye = VIEW / numpy.linalg.norm(VIEW)
+    upward = numpy.array([0.0, 0.0, 1.0]) - eye[2] * eye
+    upward /= numpy.linalg.norm(upward)
+    corners = [(x, y, z) for b in boxes for x in b[0:2] for y in b[2:4] for z in b[4:6]]
+    box = boxes[0]
+    place = numpy.array([0.5 * (box[0] + box[1]), 0.5 * (box[2] + box[3]), box[4]])
+    place[2] -= (place @ upward - min(numpy.array(corners) @ upward) + gap) / upward[2]
+    return place
+
+
 def draw(arguments, reader, undeformed, shown, explanation, actors_of):
     renderer = vtk.vtkRenderer()
     renderer.SetBackground(1, 1, 1)
     box = undeformed.GetBounds()
     reach = [max([box[2 * c + 1]] + [g.GetBounds()[2 * c + 1] for _, g in shown]) -
              min([box[2 * c]] + [g.GetBounds()[2 * c] for _, g in shown]) for c in range(3)]
-    pitch = 1.35 * max(reach[0], reach[1])
+    tall = max(1.34 * (box[5] - box[4]), 1.2 * reach[2])
+    pitch = max(1.35 * max(reach[0], reach[1]), 0.21 * tall)  # room for the times below, in letters of 1/38 of the height
     width, height = arguments.size
+    span = max(tall, (pitch * len(shown)) * height / (0.86 * width))
     for index, (time, grid) in enumerate(shown):
         for actor in actors_of(grid):
             renderer.AddActor(place(actor, index * pitch))
         renderer.AddActor(place(outline_actor(undeformed), index * pitch))
-        centre = 0.5 * (box[0] + box[1]) + index * pitch
-        label(renderer, f"t = {time:.3g} s", (centre, box[2], box[4] - 0.09 * (box[5] - box[4])), height // 38)
+        place_below = below([box, grid.GetBounds()], 0.015 * span)
+        label(renderer, f"t = {time:.4g} s", (place_below[0] + index * pitch, *place_below[1:]), height // 38)
 
     renderer.AddActor2D(explanation)
     renderer.AddActor2D(title(reader.GetTitle().strip(), width, height))
@@ -384,11 +400,10 @@ def draw(arguments, reader, undeformed, shown, explanation, actors_of):
     camera.ParallelProjectionOn()
     middle = [0.5 * (box[0] + box[1]) + 0.5 * pitch * (len(shown) - 1), 0.5 * (box[2] + box[3]), 0.5 * (box[4] + box[5])]
     camera.SetFocalPoint(*middle)
-    camera.SetPosition(middle[0] + 3, middle[1] - 20, middle[2] + 3.5)
+    camera.SetPosition(*(numpy.array(middle) + VIEW))
     camera.SetViewUp(0, 0, 1)
     renderer.ResetCamera()
-    span = max((box[5] - box[4]) * 1.34, (pitch * len(shown)) * height / (0.86 * width))
-    camera.SetParallelScale(0.5 * max(span, 1.2 * reach[2]))
+    camera.SetParallelScale(0.5 * span)
     camera.SetWindowCenter(0.09, 0)
     light(renderer, middle)
     write_png(renderer, arguments.size, arguments.picture)

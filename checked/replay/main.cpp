@@ -3,6 +3,8 @@
 
 #include <CLI/CLI.hpp>
 #include <chrono>
+#include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <limits>
@@ -145,6 +147,8 @@ int replay(const Options& options) {
     isWritten = true;
   }
   tellFaults(recording, options.file);
+  if (options.call != 0 && calls == 0)
+    throw std::runtime_error(options.file + " has no call " + std::to_string(options.call));
   for (const auto& [name, cost] : costs)
     std::cout << name << ": " << cost.calls << " calls, " << cost.time / static_cast<double>(cost.calls)
               << " ns a call, " << cost.time / static_cast<double>(std::max<std::int64_t>(cost.points, 1))
@@ -224,7 +228,8 @@ int main(int argc, char** argv) {
   CLI::App app("Makes recorded calls of SharedAnalysis again and compares the results", "sharedanalysis-replay");
   app.add_option("RECORDING", options.file, "File written with SHAREDANALYSIS_RECORD")->required();
   app.add_option("--library", options.library, "Another library than the installed one");
-  app.add_option("--call", options.call, "Only the call of this number");
+  app.add_option("--call", options.call, "Only the call of this number")
+      ->check(CLI::Range(std::int64_t{1}, std::numeric_limits<std::int64_t>::max()));
   app.add_flag("--list", options.isListed, "List the calls, make none");
   app.add_option("--time", options.times, "Make each call so many times and show the shortest times")
       ->check(CLI::Range(1, 1000000));
@@ -234,8 +239,19 @@ int main(int argc, char** argv) {
   app.add_option("--python", options.python, "Write that call, or the first, as a Python program");
   app.add_option("--compare", options.other, "Hold the calls against those of another recording");
   app.set_version_flag("--version", "sharedanalysis-replay " SHAREDANALYSIS_VERSION);
-  CLI11_PARSE(app, argc, argv);
+  std::signal(SIGXFSZ, SIG_IGN); // a file-size limit is an error of the write
   try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) return app.exit(error);
+    std::cerr << "error: " << error.what() << " (--help lists the options)\n";
+    return exitInput;
+  }
+  try {
+    for (const std::string& written : {options.reduced, options.cpp, options.python})
+      for (const std::string& read : {options.file, options.other})
+        if (std::error_code none; std::filesystem::equivalent(written, read, none))
+          throw std::runtime_error(written + " is what is read, expected the name of another file");
     return options.other.empty() ? replay(options) : compare(options);
   } catch (const std::exception& error) {
     std::cerr << "error: " << error.what() << "\n";

@@ -37,7 +37,8 @@ void addCount(std::vector<std::string>& words, int64_t count, const std::string&
 }
 
 std::string range(const std::optional<double>& smallest, const std::optional<double>& largest) {
-  return smallest == largest ? number(smallest) : number(smallest) + " to " + number(largest);
+  const std::string from = number(smallest), to = number(largest); // digits that are not shown may differ
+  return from == to ? from : from + " to " + to;
 }
 
 std::string words(const Occurrence& where) {

@@ -3,6 +3,7 @@
 #include "words.h"
 
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -58,13 +59,14 @@ int reportError(ExitCode code, const std::string& text) {
 } // namespace
 
 int main(int argc, char** argv) {
+  std::signal(SIGXFSZ, SIG_IGN); // a file-size limit is an error of the write
   Options options;
   CLI::App app("Steps, increments and problems of an analysis, errors before warnings", "sharedanalysis-diagnostics");
   app.add_option("DATABASE", options.file, "Diagnostic database of a job (JOB.diagnostics.sqlite)")->required();
   app.add_option("-c,--code", options.code, "Only this problem: number (0x42010020), name, or class");
   app.add_option("-i,--increment", options.increment, "Only these increments: 12, 10-20, or 2:12 in step 2");
   app.add_option("-n,--limit", options.limit, "Longest list; without it 20 lines, 5 nodes or elements")
-      ->check(CLI::PositiveNumber);
+      ->check(CLI::Range(int64_t{1}, int64_t{1000000000000}));
   app.add_flag("-a,--all", options.all, "Lists of any length")->excludes("--limit");
   app.add_flag("--json", options.json, "For programs");
   app.set_version_flag("--version", "sharedanalysis-diagnostics " SHAREDANALYSIS_VERSION);

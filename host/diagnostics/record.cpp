@@ -37,6 +37,7 @@ void checkFile(const std::filesystem::path& file) {
   std::error_code error;
   if (!std::filesystem::exists(file, error)) throw Failure(exitInput, file.string() + ": there is no such file");
   if (std::filesystem::is_directory(file, error)) throw Failure(exitInput, file.string() + " is a directory");
+  if (std::filesystem::is_other(file, error)) throw Failure(exitInput, file.string() + " is a pipe or a device");
   if (access(file.c_str(), R_OK) != 0) throw Failure(exitInput, file.string() + " cannot be read: permission denied");
 }
 
@@ -388,6 +389,9 @@ IncrementRange incrementRange(const std::string& text) {
   const std::size_t dash = rest.find('-');
   range.first = naturalNumber(rest.substr(0, dash), text);
   range.last = dash == std::string_view::npos ? range.first : naturalNumber(rest.substr(dash + 1), text);
+  if (range.last < range.first)
+    throw Failure(exitInput, "--increment " + text + ": the range ends before it begins, as " +
+                                 std::to_string(range.last) + "-" + std::to_string(range.first) + " does not");
   return range;
 }
 

@@ -1,5 +1,6 @@
 #include "filter_design.h"
 
+#include <algorithm>
 #include <cmath>
 #include <stdexcept>
 
@@ -61,7 +62,8 @@ void check(const LowPass& filter, double increment) {
 
 std::vector<double> lowPassCoefficients(const LowPass& filter, double increment) {
   check(filter, increment);
-  const double c = 1 / std::tan(kPi * filter.cutoff * increment); // s = c (1 - 1/z) / (1 + 1/z)
+  constexpr double kMost = 1e100; // its square is finite; nothing passes such a filter
+  const double c = std::min(1 / std::tan(kPi * filter.cutoff * increment), kMost); // s = c (1 - 1/z) / (1 + 1/z)
   std::vector<double> coefficients;
   for (int k = filter.order / 2 - 1; k >= 0; --k) {
     const AnalogueSection section = prototype(filter, k);

@@ -137,6 +137,7 @@ public:
     groupHistories();
     control();
     output();
+    result_.files = root_.files();
     return std::move(result_);
   }
 
@@ -150,8 +151,6 @@ private:
     return keys;
   }
 
-  std::filesystem::path besideCase(const std::string& path) const { return file_.parent_path() / path; }
-
   std::string group(const Table& table, Members members) {
     result_.groups.push_back({table.text("group"), table.place("group"), members});
     return result_.groups.back().group;
@@ -159,16 +158,14 @@ private:
 
   void general() {
     case_.file = file_;
-    case_.job = root_.text("job", file_.stem().string());
-    if (case_.job.find('/') != std::string::npos || case_.job == "." || case_.job == "..")
-      root_.fail("job", "job is \"" + case_.job + "\", expected a name for files, without directories");
+    case_.job = root_.job();
     if (case_.job.ends_with(".events"))
       root_.fail("job", "job is \"" + case_.job + "\", expected a name without .events, which events of a job have");
     case_.title = root_.text("title", case_.job);
     if (root_.isTable("mesh"))
       case_.mesh.box = readBox(root_.table("mesh", {"box"}));
     else
-      case_.mesh.file = besideCase(root_.text("mesh"));
+      case_.mesh.file = root_.besideCase(root_.path("mesh"));
   }
 
   void materials() {
@@ -365,7 +362,7 @@ private:
     case_.historyInterval = readInterval(table, "history_interval", case_.endTime, 200);
     if (table.has("restart_interval"))
       case_.restartInterval = readInterval(table, "restart_interval", case_.endTime, 1);
-    case_.outputDirectory = table.has("directory") ? besideCase(table.text("directory")) : ".";
+    case_.outputDirectory = table.has("directory") ? file_.parent_path() / table.path("directory") : ".";
     if (table.has("fields")) {
       const Names known(outputFields.begin(), outputFields.end());
       case_.fields = table.texts("fields", "an array of names of fields");

@@ -19,8 +19,9 @@ struct GroupReference {
 
 struct CaseFile {
   Case definition;
-  std::vector<GroupReference> groups; // the sections first, in their order
-  std::vector<std::string> lines;     // the text of the file
+  std::vector<GroupReference> groups;         // the sections first, in their order
+  std::vector<std::string> lines;             // the text of the file
+  std::vector<std::filesystem::path> files{}; // that are read: the case, mesh and curves
 };
 
 // Relative paths in the file count from its directory; without output.directory results go to the working directory.

@@ -115,6 +115,7 @@ std::shared_ptr<const toml::table> parse(const std::filesystem::path& file, cons
 struct Table::Content {
   std::string file, name; // the table of the whole file has no name
   std::shared_ptr<const toml::table> values;
+  std::shared_ptr<std::vector<std::filesystem::path>> files;
 
   std::string inTable() const { return name.empty() ? "" : " in " + name; }
 
@@ -156,14 +157,15 @@ struct Table::Content {
   // A table within this one; all share the file.
   Table child(const char* key, const toml::table& table, const Names& keys) const {
     Table result(
-        std::make_shared<const Content>(Content{file, key, std::shared_ptr<const toml::table>(values, &table)}));
+        std::make_shared<const Content>(Content{file, key, std::shared_ptr<const toml::table>(values, &table), files}));
     result.checkKeys(keys);
     return result;
   }
 };
 
 Table::Table(const std::filesystem::path& file, const std::string& text, const Names& keys)
-    : content_(std::make_shared<const Content>(Content{file.string(), "", parse(file, text)})) {
+    : content_(std::make_shared<const Content>(Content{
+          file.string(), "", parse(file, text), std::make_shared<std::vector<std::filesystem::path>>(1, file)})) {
   checkKeys(keys);
 }
 
@@ -197,8 +199,11 @@ std::string Table::place(const char* key, std::size_t number) const {
 }
 
 std::filesystem::path Table::besideCase(const std::filesystem::path& path) const {
-  return std::filesystem::path(content_->file).parent_path() / path;
+  content_->files->push_back(std::filesystem::path(content_->file).parent_path() / path);
+  return content_->files->back();
 }
+
+const std::vector<std::filesystem::path>& Table::files() const { return *content_->files; }
 
 void Table::fail(const char* key, const std::string& text) const { content_->fail(key, text); }
 
@@ -247,6 +252,20 @@ std::string Table::text(const char* key) const {
 
 std::string Table::text(const char* key, const std::string& otherwise) const {
   return has(key) ? text(key) : otherwise;
+}
+
+std::string Table::path(const char* key) const {
+  std::string value = text(key);
+  if (value != printable(value))
+    fail(key, std::string(key) + " is \"" + printable(value) + "\", expected a name without control characters");
+  return value;
+}
+
+std::string Table::job() const {
+  std::string name = has("job") ? path("job") : std::filesystem::path(content_->file).stem().string();
+  if (name.find('/') != std::string::npos || name == "." || name == "..")
+    fail("job", "job is \"" + name + "\", expected a name for files, without directories");
+  return name;
 }
 
 bool Table::flag(const char* key, bool otherwise) const {

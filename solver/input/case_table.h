@@ -35,8 +35,10 @@ public:
   std::string place(const char* key = nullptr) const;
   // The place of a number of an array, from 0 on.
   std::string place(const char* key, std::size_t number) const;
-  // A path of the case as seen from the folder of its file.
+  // A file that is read, as seen from the folder of the case.
   std::filesystem::path besideCase(const std::filesystem::path& path) const;
+  // The case and all such files so far, of this table and of those about and within it.
+  const std::vector<std::filesystem::path>& files() const;
 
   [[noreturn]] void fail(const char* key, const std::string& text) const;
 
@@ -51,6 +53,10 @@ public:
   std::array<double, 3> vector(const char* key, const std::string& unit) const;
   std::string text(const char* key) const;
   std::string text(const char* key, const std::string& otherwise) const;
+  // A text that may be a path: without control characters, as the system would end it at a zero.
+  std::string path(const char* key) const;
+  // The name of all files of a job, by default that of the case.  No path.
+  std::string job() const;
   Names texts(const char* key, const std::string& expected) const;
   bool flag(const char* key, bool otherwise) const;
 

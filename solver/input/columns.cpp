@@ -50,7 +50,7 @@ Columns::Columns(const Table& table, const std::vector<CurveColumn>& keys)
   for (const CurveColumn& column : keys)
     if (table.has(column.key))
       table.fail(column.key, std::string(column.key) + " stands beside file, expected one of them");
-  const std::filesystem::path file = table.besideCase(table.text("file"));
+  const std::filesystem::path file = table.besideCase(table.path("file"));
   try {
     readFile(file);
   } catch (const InputError& error) {
@@ -86,9 +86,12 @@ void Columns::readFile(const std::filesystem::path& path) {
       separator = separatorOf(line);
       const std::vector<Cell> names = cellsOf(line, separator);
       for (const CurveColumn& key : keys_) {
-        const auto found = std::find_if(names.begin(), names.end(), [&](const Cell& c) { return c.text == key.key; });
+        const auto isNamed = [&](const Cell& cell) { return cell.text == key.key; };
+        const auto found = std::find_if(names.begin(), names.end(), isNamed);
         if (found == names.end())
           throw InputError(place(1) + ": no column " + key.key + ", expected a first line with the names of columns");
+        if (const auto other = std::find_if(found + 1, names.end(), isNamed); other != names.end())
+          throw InputError(place(other->at) + ": a second column " + key.key + ", expected one of them");
         places.push_back(static_cast<std::size_t>(found - names.begin()));
       }
       continue;

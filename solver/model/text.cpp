@@ -43,8 +43,19 @@ std::string padded(const std::string& text, std::size_t width, char with) {
 
 std::string shortNumber(double value) {
   std::array<char, 32> text;
-  const auto end = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::general, 4).ptr;
+  const auto end =
+      std::to_chars(text.data(), text.data() + text.size(), value == 0 ? 0 : value, std::chars_format::general, 4).ptr;
   return {text.data(), end};
+}
+
+std::string quotedCell(const std::string& text) {
+  std::string quoted = "\"";
+  for (const char letter : printable(text)) quoted.append(letter == '"' ? 2 : 1, letter);
+  return quoted + '"';
+}
+
+std::string cellOf(const std::string& text) {
+  return text.find_first_of(",\"") == std::string::npos ? printable(text) : quotedCell(text);
 }
 
 std::string suggestion(const std::string& word, const std::vector<std::string>& names) {

@@ -19,6 +19,10 @@ std::string exactNumber(double value);
 // Appends exactNumber(value) to a line of cells, behind a comma unless it is the first.
 void appendCell(std::string& line, double value);
 
+// The text as one cell of such a line: in quotation marks, with its own doubled, always or where it needs them.
+std::string quotedCell(const std::string& text);
+std::string cellOf(const std::string& text);
+
 // `with` before the text up to a width.
 std::string padded(const std::string& text, std::size_t width, char with = ' ');
 

@@ -1,5 +1,6 @@
 // sharedanalysis-compare: whether two runs of sharedanalysis-explicit are the same to the last bit.
 #include "solver/model/text.h"
+#include "solver/program/command_line.h"
 #include "solver/program/instruction_set.h"
 #include "solver/results/comparison.h"
 
@@ -9,6 +10,7 @@
 
 int main(int argc, char** argv) {
   using namespace sharedanalysis::solver;
+  keepWriteErrors();
   std::filesystem::path a, b;
   bool quiet = false;
   CLI::App app("Compares two runs that have written digests, to the last bit", "sharedanalysis-compare");
@@ -18,13 +20,7 @@ int main(int argc, char** argv) {
   app.footer("Exit codes: 0 the same, 1 something is missing or cannot be read, 5 different.");
   app.set_version_flag("--version", versionText("sharedanalysis-compare"));
   constexpr int incomplete = static_cast<int>(Verdict::Incomplete);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() == 0) return app.exit(error);
-    std::cerr << "error: " << printable(error.what()) << " (--help lists the options)\n";
-    return incomplete;
-  }
+  if (const auto code = parse(app, argc, argv)) return *code;
   try {
     const Comparison comparison = compareRuns(a, b);
     std::istringstream lines(quiet ? std::string() : comparison.text);

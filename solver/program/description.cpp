@@ -15,11 +15,6 @@ double elasticModulus(const Material& material) {
   return 9 * K * G / (3 * K + G);
 }
 
-double poissonRatio(const Material& material) {
-  const double G = material.shearModulus(), K = material.bulkModulus();
-  return (3 * K - 2 * G) / (2 * (3 * K + G));
-}
-
 double dilatationalSpeed(const Material& material) {
   return std::sqrt((material.bulkModulus() + 4 * material.shearModulus() / 3) / material.density);
 }
@@ -36,6 +31,11 @@ std::string describe(const Balance& balance, const Mesh& mesh, const Ranks& rank
 }
 
 } // namespace
+
+double poissonRatio(const Material& material) {
+  const double G = material.shearModulus(), K = material.bulkModulus(), nu = (3 * K - 2 * G) / (2 * (3 * K + G));
+  return std::abs(nu) < 1e-9 ? 0 : nu; // the rounding of constants
+}
 
 std::vector<std::string> describe(const Case& definition, const Mesh& mesh, const Ranks& ranks, int threads,
                                   double stableIncrement) {

@@ -13,6 +13,9 @@ namespace sharedanalysis::solver {
 std::vector<std::string> describe(const Case& definition, const Mesh& mesh, const Ranks& ranks, int threads,
                                   double stableIncrement);
 
+// Without strain.
+double poissonRatio(const Material& material);
+
 // How still a body is that a quasi-static analysis has brought to rest.
 std::string describeRest(const Analysis& analysis);
 

@@ -2,12 +2,13 @@
 #include "glo.h"
 #include "host_services.h"
 #include "reference_host.h"
+#include "solver/model/model.h"
+#include "solver/program/command_line.h"
 #include "solver/program/instruction_set.h"
 #include "solver/program/job.h"
 #include "solver/program/watch.h"
 
 #include <CLI/CLI.hpp>
-#include <csignal>
 
 namespace {
 
@@ -38,9 +39,7 @@ public:
 int main(int argc, char** argv) {
   using namespace sharedanalysis;
   using namespace sharedanalysis::solver;
-  // turn a file-size limit and a closed pipe into errors of the write
-  std::signal(SIGXFSZ, SIG_IGN);
-  std::signal(SIGPIPE, SIG_IGN);
+  keepWriteErrors();
 
   JobOptions options;
   std::string restart, checked, record, files;
@@ -49,7 +48,8 @@ int main(int argc, char** argv) {
   app.add_option("-t,--threads", options.threads,
                  "Threads of each rank; without this option OMP_NUM_THREADS, or the cores, on several ranks one")
       ->check(CLI::Range(1, 1024));
-  app.add_option("-o,--output", options.outputDirectory, "Directory of the results, instead of output.directory");
+  app.add_option("-o,--output", options.outputDirectory, "Directory of the results, instead of output.directory")
+      ->check(someName());
   app.add_flag("--digest", options.digest, "Also write hashes of all fields, for sharedanalysis-compare");
   app.add_option("--files", files, "One file of fields, or one of every rank for sharedanalysis-join")
       ->check(CLI::IsMember({"one", "ranks"}));
@@ -59,7 +59,7 @@ int main(int argc, char** argv) {
       ->type_name("[FILE]");
   app.add_option("--rank-timeout", options.rankTimeout,
                  "Seconds after which a rank that another one waits for is taken for lost, and all are ended")
-      ->check(CLI::PositiveNumber)
+      ->check(positiveNumber())
       ->type_name("SECONDS");
   app.add_flag("--rank-files", options.rankFiles,
                "Message, log and status files of every rank, also of those that have nothing to say");
@@ -68,24 +68,21 @@ int main(int argc, char** argv) {
                "Check every call of the library; --checked=cheap for a few in a hundred of the time, or words of "
                "SHAREDANALYSIS_CHECK");
   app.add_option("--record", record, "Record calls of the library to FILE[,FILTER...], as SHAREDANALYSIS_RECORD does")
+      ->check(someName())
       ->type_name("FILE");
   app.add_flag("-q,--quiet", options.quiet, "Show errors only");
   app.set_version_flag("--version", versionText("sharedanalysis-explicit"));
   try {
     watchLibrary(argc, argv);
     const Connection connection;
-    try {
-      app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-      if (!connection.isRoot()) return error.get_exit_code() == 0 ? exitDone : exitInput;
-      if (error.get_exit_code() == 0) return app.exit(error);
-      reportError(std::string(error.what()) + " (--help lists the options)");
-      return exitInput;
-    }
+    if (const auto code = parse(app, argc, argv, connection.isRoot())) return *code;
     if (app.count("--restart") > 0) options.restart = restart;
     if (!files.empty()) options.filesByRank = files == "ranks";
     const Library library;
     return runJob(options);
+  } catch (const InputError& error) {
+    reportError(error.what());
+    return exitInput;
   } catch (const std::exception& error) { // of the connection, or of the checking library
     reportError(error.what());
     return exitEndedEarly;

@@ -20,6 +20,9 @@ private:
 
 std::string withRank(int32_t rank, const std::string& text);
 
+// "error: text" on standard error.
+void reportError(const std::string& text);
+
 // The exception that is being handled, as an exit code and a text.
 RankFailure describeException();
 

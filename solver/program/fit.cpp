@@ -91,7 +91,7 @@ public:
       best = values;
     }
     if (best.empty())
-      throw InputError("material \"" + material_.name +
+      throw PathFailed("material \"" + material_.name +
                        "\": no start leads to stresses that can be computed, expected other constants to start from");
     const double same = 1.01 * least + exact;
     least = std::numeric_limits<double>::infinity();

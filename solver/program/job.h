@@ -24,7 +24,4 @@ struct JobOptions {
 // code.
 ExitCode runJob(const JobOptions& options);
 
-// "error: text" on standard error.
-void reportError(const std::string& text);
-
 } // namespace sharedanalysis::solver

@@ -5,11 +5,13 @@
 #include "solver/model/memory.h"
 #include "solver/parallel/distribution.h"
 #include "solver/parallel/faults.h"
+#include "solver/program/output.h"
 #include "solver/results/digest.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <optional>
+#include <sched.h>
 #include <thread>
 
 namespace sharedanalysis::solver {
@@ -34,11 +36,18 @@ std::optional<long> threadsOfSurroundings() {
   return threads > 0 ? std::optional(threads) : std::nullopt;
 }
 
+// Those that batch systems, cpusets and taskset leave to the process; the C library may count all of the machine.
+long usableCores() {
+  cpu_set_t set;
+  if (sched_getaffinity(0, sizeof set, &set) == 0) return std::max(1, CPU_COUNT(&set));
+  return std::max(1L, static_cast<long>(std::thread::hardware_concurrency())); // more cores than the set has room for
+}
+
 // Several ranks share a machine: one thread each unless set otherwise; one rank takes the cores that it may run on.
 int threadsOf(const JobOptions& options, const Ranks& ranks) {
   if (options.threads > 0) return options.threads;
   constexpr long kMost = 1024;
-  const long cores = ranks.areSeveral() ? 1 : std::max(1L, static_cast<long>(std::thread::hardware_concurrency()));
+  const long cores = ranks.areSeveral() ? 1 : usableCores();
   return static_cast<int>(std::min(threadsOfSurroundings().value_or(cores), kMost));
 }
 
@@ -46,6 +55,8 @@ CaseFile readInput(const JobOptions& options) {
   CaseFile caseFile = readCase(options.caseFile);
   if (options.outputDirectory) caseFile.definition.outputDirectory = *options.outputDirectory;
   if (options.filesByRank) caseFile.definition.filesByRank = *options.filesByRank;
+  const Case& definition = caseFile.definition;
+  expectOtherNames(caseFile.files, definition.outputDirectory, definition.job, resultExtensions);
   return caseFile;
 }
 

@@ -1,6 +1,8 @@
 // sharedanalysis-material: one point of a material along the paths of tests, before a mesh is run.
 #include "reference_host.h"
 #include "solver/model/text.h"
+#include "solver/program/command_line.h"
+#include "solver/program/description.h"
 #include "solver/program/failure.h"
 #include "solver/program/fit.h"
 #include "solver/program/fit_case.h"
@@ -21,7 +23,7 @@ using namespace sharedanalysis::solver;
 std::string moduliOf(const Material& material) {
   const double G = material.shearModulus(), K = material.bulkModulus();
   return "shear modulus " + shortNumber(G / 1e6) + " MPa, bulk modulus " + shortNumber(K / 1e6) +
-         " MPa, Poisson's ratio " + shortNumber((3 * K - 2 * G) / (2 * (3 * K + G))) + " at small strain";
+         " MPa, Poisson's ratio " + shortNumber(poissonRatio(material)) + " at small strain";
 }
 
 void describe(const PathCase& definition) {
@@ -94,9 +96,11 @@ struct Options {
 
 void run(const Options& options) {
   PathCase definition = readPathCase(options.file);
-  if (options.checkOnly) return check(definition, options.fits);
   const std::filesystem::path& directory = options.directory;
   if (!directory.empty()) definition.outputDirectory = directory;
+  expectOtherNames(definition.files, definition.outputDirectory, definition.job,
+                   {".csv", ".svg", ".fit.toml", ".msg", ".sta", ".log"});
+  if (options.checkOnly) return check(definition, options.fits);
   std::filesystem::create_directories(definition.outputDirectory);
   sharedanalysis::host::openJob(definition.job, definition.outputDirectory); // a kernel may have something to say
   describe(definition);
@@ -120,22 +124,17 @@ void run(const Options& options) {
 } // namespace
 
 int main(int argc, char** argv) {
+  keepWriteErrors();
   Options options;
   CLI::App app("Leads one point of a material along the paths of tests", "sharedanalysis-material");
   app.add_option("CASE", options.file, "Case file with [[material]] and [[path]] tables")->required();
-  app.add_option("-o,--output", options.directory, "Directory of the results");
+  app.add_option("-o,--output", options.directory, "Directory of the results")->check(someName());
   app.add_flag("--fit", options.fits,
                "Fit constants of a material to the tests of the case, write them to JOB.fit.toml");
   app.add_flag("--check", options.checkOnly, "Read and check the input, show what was understood, write nothing");
   app.footer("Exit codes: 0 done, 1 the case is wrong, 2 a path cannot be followed, 3 something cannot be written.");
   app.set_version_flag("--version", versionText("sharedanalysis-material"));
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() == 0) return app.exit(error);
-    std::cerr << "error: " << printable(error.what()) << " (--help lists the options)\n";
-    return exitInput;
-  }
+  if (const auto code = parse(app, argc, argv)) return *code;
   try {
     run(options);
     return exitDone;

@@ -186,12 +186,10 @@ PathCase readPathCase(const std::filesystem::path& file) {
   const Table table(file, readText(file), {"title", "job", "material", "path", "output", "fit"});
   PathCase result;
   result.file = file;
-  result.job = table.text("job", file.stem().string());
-  if (result.job.find('/') != std::string::npos)
-    table.fail("job", "job is \"" + result.job + "\", expected a name for files, without directories");
+  result.job = table.job();
   result.title = table.text("title", result.job);
   const Table output = table.table("output", {"directory"});
-  result.outputDirectory = output.has("directory") ? file.parent_path() / output.text("directory") : ".";
+  result.outputDirectory = output.has("directory") ? file.parent_path() / output.path("directory") : ".";
   result.materialTables = table.tables("material", materialKeys());
   for (const Table& material : result.materialTables) result.materials.push_back(readMaterial(material));
   if (result.materials.empty()) throw InputError(file.string() + ": no material, expected [[material]]");
@@ -201,6 +199,7 @@ PathCase readPathCase(const std::filesystem::path& file) {
   if (result.paths.empty()) throw InputError(file.string() + ": no path, expected [[path]]");
   result.fit = table.table("fit", fitKeys());
   if (table.has("fit")) fitCaseOf(result); // is it sound?
+  result.files = table.files();
   return result;
 }
 
@@ -217,7 +216,7 @@ void writeTable(const std::filesystem::path& name, const PathCase& definition,
       "lost_energy");
   for (std::size_t k = 0; k < results.size(); ++k)
     for (const PathPoint& p : results[k]) {
-      std::string line = '"' + definition.paths[k].name + '"';
+      std::string line = quotedCell(definition.paths[k].name);
       for (const double value :
            {p.stretch, p.free, p.J, p.nominal, p.cauchy[0], p.cauchy[1], p.cauchy[2], p.cauchy[3], p.stored, p.lost})
         appendCell(line, value);

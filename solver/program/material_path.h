@@ -33,7 +33,8 @@ struct PathCase {
   std::vector<Material> materials;
   std::vector<Table> materialTables;
   std::vector<MaterialPath> paths;
-  std::optional<Table> fit; // empty where the case has none
+  std::optional<Table> fit;                   // empty where the case has none
+  std::vector<std::filesystem::path> files{}; // that are read: the case, curves and tests
 };
 
 PathCase readPathCase(const std::filesystem::path& file);

@@ -20,6 +20,10 @@ namespace sharedanalysis::solver {
 inline constexpr const char *historyExtension = ".csv", *fieldsExtension = ".exo", *digestExtension = ".digest",
                             *restartExtension = ".restart", *eventsExtension = ".events.csv";
 
+// Of all files that a run writes or removes.
+inline const std::vector<std::string> resultExtensions{
+    historyExtension, fieldsExtension, digestExtension, restartExtension, eventsExtension,
+    ".msg",           ".sta",          ".log",          ".lock",          ".diagnostics.sqlite"};
 std::filesystem::path resultFile(const Case& definition, const char* extension);
 
 // The root writes the files from values that all ranks send, or every rank has a file of fields: every rank calls the members.

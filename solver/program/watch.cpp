@@ -1,12 +1,14 @@
 #include "solver/program/watch.h"
 
 #include "glo.h"
+#include "solver/model/model.h"
 
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -26,6 +28,21 @@ std::string checkingLibrary() {
     if (const auto file = library.parent_path() / name; std::filesystem::exists(file))
       return std::filesystem::absolute(file);
   throw std::runtime_error("--checked and --record need libSharedAnalysisChecked.so beside " + library.string());
+}
+
+// The library leaves a program alone that it cannot record: here a recording is asked for by name.
+void expectWritable(const std::string& record) {
+  const std::filesystem::path file = record.substr(0, record.find(',')), directory = file.parent_path();
+  constexpr std::string_view kHead = "SHANREC\n";
+  std::string head(kHead.size(), '\0');
+  std::error_code none;
+  std::ifstream older;
+  if (std::filesystem::is_regular_file(file, none)) older.open(file, std::ios::binary); // a pipe would be waited for
+  if (older.read(head.data(), static_cast<std::streamsize>(head.size())).gcount() > 0 && head != kHead)
+    throw InputError("--record: " + file.string() + " is no recording, and is not replaced");
+  errno = std::filesystem::is_directory(file, none) ? EISDIR : 0;
+  if (errno != 0 || ::access(directory.empty() ? "." : directory.c_str(), W_OK | X_OK) != 0)
+    throw InputError("--record: " + file.string() + " cannot be written: " + std::strerror(errno));
 }
 
 } // namespace
@@ -49,6 +66,7 @@ void watchLibrary(int argc, char** argv) {
     if (word.starts_with("--record=")) record = word.substr(9);
   }
   if (level.empty() && record.empty()) return;
+  if (!record.empty()) expectWritable(record);
   const std::string before = valueOf("LD_PRELOAD");
   setenv("LD_PRELOAD", (checkingLibrary() + (before.empty() ? "" : ":" + before)).c_str(), 1);
   if (!level.empty()) setenv("SHAREDANALYSIS_CHECK", level.c_str(), 1);

@@ -104,7 +104,7 @@ class Charts:
                           "box": [LEFT, UPPER, WIDTH - LEFT - RIGHT, HEIGHT - UPPER - BELOW]})
         unknown = sum(v is None for values in self.data[-1]["values"] for v in values)
         if unknown:
-            note = f"{note} {unknown} values are not finite numbers.".strip()
+            note = f"{note} {unknown} {'value is no finite number' if unknown == 1 else 'values are not finite numbers'}.".strip()
         label = f"{title}{', ' + unit if unit else ''}"
         legend = "".join(f'<li><i class="s{k % 10}"></i>{escape(name)}</li>' for k, (name, _) in enumerate(series))
         return (f'<figure class="chart" data-chart="{number}"><figcaption>{escape(label)}</figcaption>'

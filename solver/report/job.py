@@ -5,7 +5,6 @@ import math
 import os
 import pathlib
 import re
-import re
 import shutil
 import subprocess
 
@@ -78,7 +77,7 @@ def read_events(path):
         rows = list(csv.reader(line.replace("\0", "") for line in file))
     names = rows[0] if rows else []
     if not {"time", "element", "group", "event", "value"} <= set(names):
-        return [], 0
+        raise ValueError("it does not begin with the names of its columns")
     events = [dict(zip(names, row)) for row in rows[1:] if len(row) == len(names)]
     events = [event for event in events if math.isfinite(_number(event["time"]))]
     omitted = sum(_number(event["value"]) for event in events if event["event"] == "omitted")
@@ -202,7 +201,7 @@ class Job:
             return []
         try:
             events, omitted = read_events(path)
-        except (OSError, csv.Error) as error:
+        except (OSError, csv.Error, ValueError) as error:
             self.notes["events"].append(f"{path.name} was not read: {error}")
             return []
         if omitted:

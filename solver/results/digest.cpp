@@ -1,15 +1,13 @@
 #include "solver/results/digest.h"
 
+#include "solver/input/case_table.h"
 #include "solver/model/hash.h"
 #include "solver/model/text.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cerrno>
 #include <charconv>
-#include <cstring>
-#include <fstream>
 #include <map>
 #include <optional>
 #include <sstream>
@@ -54,9 +52,7 @@ std::vector<uint64_t> rowOf(const std::vector<std::array<uint64_t, 2>>& known, c
 // The lines of a digest, taken word by word.
 class Lines {
 public:
-  explicit Lines(const std::filesystem::path& file) : file_(file), stream_(file, std::ios::binary) {
-    if (!stream_) throw InputError(file.string() + ": cannot be opened: " + std::strerror(errno));
-  }
+  explicit Lines(const std::filesystem::path& file) : file_(file), stream_(readText(file, "a digest")) {}
 
   [[noreturn]] void fail(const std::string& what) const {
     throw InputError(file_.string() + ":" + std::to_string(line_) + ": " + what);
@@ -64,10 +60,7 @@ public:
 
   // False at the end of the file.
   bool next() {
-    if (!std::getline(stream_, text_)) {
-      if (stream_.bad() || !stream_.eof()) fail("cannot be read");
-      return false;
-    }
+    if (!std::getline(stream_, text_)) return false;
     ++line_;
     if (stream_.eof()) fail("the line is cut off");
     words_.clear();
@@ -121,7 +114,7 @@ public:
 
 private:
   std::filesystem::path file_;
-  std::ifstream stream_;
+  std::istringstream stream_;
   std::string text_;
   std::vector<std::string> words_;
   std::size_t word_ = 0;

@@ -1,5 +1,6 @@
 #include "solver/results/drawing.h"
 
+#include "solver/model/text.h"
 #include "solver/results/partial_file.h"
 
 #include <algorithm>
@@ -18,7 +19,7 @@ constexpr std::array<const char*, 7> kColours = {"#0072b2", "#d55e00", "#009e73"
 
 std::string escaped(const std::string& text) {
   std::string result;
-  for (const char c : text) {
+  for (const char c : printable(text)) { // XML has no control characters
     if (c == '<')
       result += "&lt;";
     else if (c == '&')

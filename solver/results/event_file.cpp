@@ -7,15 +7,6 @@
 namespace sharedanalysis::solver {
 namespace {
 
-// Quoted where it would not be one cell, with its quotes doubled.
-std::string cellOf(const std::string& name) {
-  const std::string text = printable(name);
-  if (text.find_first_of(",\"") == std::string::npos) return text;
-  std::string quoted = "\"";
-  for (const char letter : text) quoted.append(letter == '"' ? 2 : 1, letter);
-  return quoted + '"';
-}
-
 std::string beginningOf(const BrickEvent& event) {
   std::string line;
   appendCell(line, event.time);

@@ -25,6 +25,19 @@ bool isRank(const std::string& text) {
 
 } // namespace
 
+void expectOtherNames(const std::vector<std::filesystem::path>& read, const std::filesystem::path& directory,
+                      const std::string& job, const std::vector<std::string>& endings) {
+  for (const std::filesystem::path& file : read) {
+    const std::string name = file.filename().string();
+    std::error_code none;
+    if (!name.starts_with(job) || !std::filesystem::equivalent(file, directory / name, none)) continue;
+    for (const std::string& ending : endings)
+      if (name == job + ending || name.starts_with(job + ending + "."))
+        throw InputError(file.string() + ": is read, and results of job \"" + job +
+                         "\" would take its place, expected another job or directory of results");
+  }
+}
+
 std::filesystem::path fileOfRank(const std::filesystem::path& name, int32_t rank, int32_t ranks) {
   const std::string all = std::to_string(ranks), own = std::to_string(rank);
   return name.string() + '.' + all + '.' + std::string(all.size() - std::min(all.size(), own.size()), '0') + own;

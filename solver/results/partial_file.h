@@ -20,6 +20,11 @@ public:
       : std::runtime_error(file.string() + " could not be written: " + reason) {}
 };
 
+// Throws InputError where one of the files that are read would be taken for a file of results: it has the name of the job, in
+// their directory, and one of the endings (behind which a number or ".partial" may stand).
+void expectOtherNames(const std::vector<std::filesystem::path>& read, const std::filesystem::path& directory,
+                      const std::string& job, const std::vector<std::string>& endings);
+
 // Of the files of results: new ones, or those that a run goes on with; their `visit` then opens them.
 enum class Start { New, GoOn };
 

@@ -97,6 +97,14 @@ TEST(Replay, FilterChoosesCallsAndResultsStay) {
   expectIn(replayed({"cut.rec"}), 0, "unfinished");
   std::ofstream("other.rec", std::ios::binary) << "no recording at all";
   expectIn(replayed({"other.rec"}), 2, "is no recording");
+  // nothing else is written over
+  expectIn(run({SA_SOLVER_PROGRAM, crush, "-q", "--record", "other.rec"}), 1, "is no recording, and is not replaced");
+  recorded({SA_SOLVER_PROGRAM, crush, "-q"}, "other.rec");
+  EXPECT_EQ(contents("other.rec"), "no recording at all");
+  expectIn(replayed({"calls.rec", "--cpp", "calls.rec"}), 2, "is what is read");
+  expectIn(replayed({"calls.rec", "--call", "999999999"}), 2, "has no call 999999999");
+  expectIn(replayed({"calls.rec", "--call", "-1"}), 2, "error: --call: Value -1 not in range 1 to");
+  expectIn(replayed({"/dev/zero"}), 2, "is no file");
 }
 
 TEST(Replay, ExplicitProgramOffersBoth) {

@@ -214,6 +214,9 @@ TEST_F(DiagnosticsProgram, ExitCodesTellWhatIsWrong) {
   expect(run(quoted(directory / "letter")), 1, "is not a database");
   expect(run(quoted(directory / "nothing")), 1, "not of diagnostics");
   expect(runOn("good", "--increment 3-x"), 1, "--increment 3-x");
+  expect(runOn("good", "--increment 3-2"), 1, "the range ends before it begins");
+  expect(runOn("good", "--limit -1"), 1, "--limit: Value -1 not in range 1 to");
+  expect(run("/dev/zero"), 1, "is a pipe or a device");
   expect(runOn("good", "--limit 0"), 1, "--limit");
   expect(runOn("good", "--limit 3 --all"), 1, "--limit");
   expect(run(quoted(database("good")), " 2>&1 >/dev/full"), 3, "written");

@@ -259,6 +259,7 @@ TEST_F(RanksTest, FilesOfRanksAreJoinedToTheFileOfTheRoot) {
     EXPECT_FALSE(std::filesystem::exists("set/mixed.exo.3.0") && ranks != 3);
   }
   // what cannot be joined
+  EXPECT_EQ(shell("ulimit -f 0; exec " SA_JOIN_PROGRAM " set/mixed.exo.10.07 -o joined.exo").code, exitNotWritten);
   const std::string whole = readFile("set/mixed.exo.10.07");
   const struct {
     std::string text, answer;
@@ -284,6 +285,7 @@ TEST_F(RanksTest, InputsOfOneModelHaveOneDigest) {
   std::erase_if(mesh.groups, [](const solver::Group& group) { return group.name == "surface"; });
   writeFile("one.msh", meshText(mesh));
   EXPECT_EQ(shell(SA_CONVERT_PROGRAM " one.msh one.exo").out, "one.exo: 200 nodes, 108 bricks\n");
+  EXPECT_EQ(shell(SA_CONVERT_PROGRAM " one.exo ./one.exo").code, exitInput) << "what is read stays";
   writeIrregular();
   for (const auto& [input, value, ranks] : {std::tuple{"gmsh", "\"one.msh\"", 16},
                                             {"exodus", "\"one.exo\"", 7},
@@ -716,7 +718,8 @@ TEST_F(RanksTest, ComparisonSaysWhatIsMissing) {
         << file.name << ": " << outcome.err;
   }
   EXPECT_TRUE(contains(compare("short.digest", "a", exitInput).err, " is missing in short.digest; "));
-  for (const auto& [place, text] : {std::pair{"nowhere", "no such file"}, {".", "has 8 digests"}, {"b", "no digest"}}) {
+  for (const auto& [place, text] :
+       {std::pair{"nowhere", "no such file"}, {".", "has 8 digests"}, {"b", "no digest"}, {"/dev/zero", "a device"}}) {
     std::filesystem::create_directory("b");
     EXPECT_TRUE(contains(compare(place, "a", exitInput).err, text)) << text;
   }

@@ -80,6 +80,10 @@ TEST_F(Input, CaseFilesThatCannotBeRead) {
   EXPECT_EQ(answerTo("missing.toml"), "missing.toml: cannot be opened: No such file or directory");
   EXPECT_EQ(answerTo("directory"), "directory: is a directory, expected a case file");
   EXPECT_EQ(answer(""), "case.toml:1:1: mesh is missing, expected a text in quotes");
+  writeFile("case.exo", "a mesh"); // results must not take its place
+  EXPECT_EQ(answer(replaced(barCase, "box.msh", "case.exo")),
+            "case.exo: is read, and results of job \"case\" would take its place, expected another job or directory of "
+            "results");
 }
 
 TEST_F(Mistakes, BrokenToml) {
@@ -301,6 +305,7 @@ TEST_F(Mistakes, GroupsAndSections) {
        "\"lower\", \"upper\""},
       {"mesh =", "job = \"a.events\"\nmesh =",
        ":1:7: job is \"a.events\", expected a name without .events, which events of a job have"},
+      {"mesh =", "job = \"a\\u0000b\"\nmesh =", ":1:7: job is \"a b\", expected a name without control characters"},
       {"mesh =", "job = \"a/b\"\nmesh =", ":1:7: job is \"a/b\", expected a name for files, without directories"},
   });
 }

@@ -230,6 +230,7 @@ TEST_F(Materials, CasesOfEveryModelAndTheirMistakes) {
                   "\n[[path]]\nname = \"p\"\nmode = \"shear\"\nstretch = [0.1]\n");
   };
   writeFile("bad.csv", "stress;strain\n1;0,1\n");
+  writeFile("two.csv", "stress,strain,stress\n1,0,2\n");
   // clang-format off
 #define USER(name) "model = \"user\"\nuser = \"TVK_" name "\"\nproperties = "
 #define FOAM USER("RATE_SENSITIVE_FOAM") "[1.0, 0.0, 0.0, 1.0, 1.0, 0.0]\n[[material.curve]]\n"
@@ -264,6 +265,7 @@ TEST_F(Materials, CasesOfEveryModelAndTheirMistakes) {
             "name = \"rate factor\"\nfactor = [1.0]\nrate = [1.0]",
             "paths.toml:7:1: no curve \"tension\" or \"compression\" of TVK_MOLDED_PLASTIC, expected one"},
            {FOAM "file = \"none.csv\"", "paths.toml:8:8: none.csv: cannot be opened: No such file or directory"},
+           {FOAM "file = \"two.csv\"", "paths.toml:8:8: two.csv:1:15: a second column stress, expected one of them"},
            {FOAM "file = \"bad.csv\"", "paths.toml:8:8: bad.csv:2:3: strain is \"0,1\", expected a finite number"},
            {"C10 = 1.0\nD1 = 0.1\n[material.mullins]\nr = 2.0\nm = 0.0",
             "paths.toml:8:5: m and beta are both 0, expected one of them to be positive"},

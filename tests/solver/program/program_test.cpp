@@ -95,6 +95,9 @@ TEST_F(ProgramTest, CommandLine) {
       {{"in/bar.toml", "--threads", "0"}, "--threads: Value 0 not in range 1 to 1024"},
       {{"in/bar.toml", "--threads", "many"}, "--threads: Value many not in range"},
       {{"in/bar.toml", "--output"}, "--output"},
+      {{"in/bar.toml", "--output", ""}, "--output: an empty name"},
+      {{"in/bar.toml", "--rank-timeout", "nan"}, "--rank-timeout: \"nan\" is no positive number ("},
+      {{"in/bar.toml", "--record=none/a.rec,call=1"}, "--record: none/a.rec cannot be written: No such file"},
       {{"in/endless.toml"}, "in/endless.toml: end_time is 1e+19 s, which increments of 0.00"},
       {{"in/none.toml"}, "in/none.toml: cannot be opened: No such file or directory"},
   };
@@ -141,6 +144,9 @@ TEST_F(ProgramTest, CheckWritesNothing) {
   const Outcome example = run({SA_EXAMPLES "/twisting_column/column.toml", "--check"}, 0, twoThreads);
   EXPECT_TRUE(contains(example.out, "7381 nodes, 6000 bricks")) << example.out;
   EXPECT_TRUE(contains(example.out, "about 1274 increments") && contains(example.out, " MB of fields")) << example.out;
+  const Outcome pinned = shell("first=$(taskset -cp $$ | sed 's/.*: *\\([0-9]*\\).*/\\1/'); unset OMP_NUM_THREADS; "
+                               "exec taskset -c $first " SA_SOLVER_PROGRAM " in/bar.toml --check");
+  EXPECT_TRUE(contains(pinned.out, ", 1 thread\n")) << "cores of the process, not of the machine: " << pinned.out;
   // the reaction that the manual tells
   run({SA_EXAMPLES "/thick_tube/tube.toml", "-q", "-o", "tube"});
   EXPECT_NEAR(readHistory("tube/tube.csv")["reaction_y_y"].back(), -100.19, 0.005);

@@ -165,8 +165,9 @@ class Report(unittest.TestCase):
             page = self.report(self.at_with(("j.exo.partial", exo[:size])))
             for part in ("j.exo.partial was not read", "There is no history", "no diagnostics database", "not drawn", "no status file"):
                 self.assertIn(part, page.text)
-        page = self.report(self.at_with(("j.csv.partial", "time,</script><i>\n0,1\n1,nan\n2,-1e308\n3,1e308\n4"), ("j.sta", "Status x\n")))
-        for part in ("run goes on", "Incomplete lines of j.csv.partial were left out: 1", "1 values are not finite", "no file of fields"):
+        page = self.report(self.at_with(("j.csv.partial", "time,</script><i>\n0,1\n1,nan\n2,-1e308\n3,1e308\n4"), ("j.sta", "Status x\n"),
+                                        ("j.events.csv", "x\n")))
+        for part in ("run goes on", "j.events.csv was not read", "Incomplete lines of j.csv.partial were left out: 1", "1 value is no finite number", "no file of fields"):
             self.assertIn(part, page.text)
         self.assertEqual(page.charts[0]["names"], ["</script><i>"])
         self.assertEqual(page.charts[0]["values"], [[1, None, -1e308, 1e308]])
