@@ -42,8 +42,8 @@ public:
     SPX_OPE_C3D8ROPER2(&n_, &n_, X.data(), B.data(), &scalars[0], &scalars[n], &scalars[2 * n], &scalars[3 * n],
                        gamma.data(), mask.data());
     for (std::size_t k = 0; k < x.size(); ++k) x[k] = X[k] + u[k];
-    std::vector<double> F(9 * n), cofactors(9 * n), b(6 * n), V(6 * n), full(9 * n), inverse(9 * n), singular(n);
-    deformationGradient(n_, n_, x.data(), B.data(), F.data(), cofactors.data(), b.data());
+    std::vector<double> F(9 * n), b(6 * n), V(6 * n), full(9 * n), inverse(9 * n), singular(n);
+    deformationGradient(n_, n_, n_, x.data(), B.data(), F.data(), b.data());
     GLO_UTI_SQRTV(&n_, b.data(), V.data());
     for (std::size_t i = 0; i < 3; ++i)
       for (std::size_t j = 0; j < 3; ++j)
