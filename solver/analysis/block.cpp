@@ -11,7 +11,7 @@
 namespace sharedanalysis::solver {
 namespace {
 
-constexpr int32_t kThree = 3, kUnread = 0;
+constexpr int32_t kThree = 3, kUnread = 0, kRow = kPieceLength;
 
 // Of a trilinear brick whose coordinates are (ld, 8, 3): two Gauss points a direction integrate its Jacobian exactly.
 double brickVolume(const double* x, int32_t ld) {
@@ -39,9 +39,9 @@ double brickVolume(const double* x, int32_t ld) {
 BlockWork::BlockWork()
     : x(24 * kPieceLength), velocity(24 * kPieceLength), gamma(32 * kPieceLength), hgdiag(kPieceLength),
       rvol(kPieceLength), force(24 * kPieceLength), B(24 * kBlockLength), h(12 * kBlockLength), hgstiff(kBlockLength),
-      vol(kBlockLength), F(9 * kBlockLength), b(6 * kBlockLength), V(6 * kBlockLength), bound(kBlockLength),
-      bulk(kBlockLength), ratio(kBlockLength), rate(kBlockLength), power(kBlockLength), failureStrain(kBlockLength),
-      inviscid(kBlockLength) {}
+      vol(kBlockLength), F(9 * kBlockLength), wholeF(9 * kBlockLength), b(6 * kBlockLength), V(6 * kBlockLength),
+      bound(kBlockLength), bulk(kBlockLength), ratio(kBlockLength), rate(kBlockLength), power(kBlockLength),
+      failureStrain(kBlockLength), inviscid(kBlockLength) {}
 
 Block::Block(std::span<const int32_t> bricks, std::span<const int32_t> records, const Numbering& numbering,
              const Material& material, const Case& definition, MaterialPoints::SharedConstants& constants)
@@ -52,11 +52,11 @@ Block::Block(std::span<const int32_t> bricks, std::span<const int32_t> records, 
       lostEnergy_(failed_.size()) {
   forPieces([&](const Piece& piece) {
     int32_t* map = piece.of(gatherMap_, 8);
-    for (int32_t e = 0; e < piece.ld; ++e)
+    for (int32_t e = 0; e < kPieceLength; ++e)
       for (int corner = 0; corner < 8; ++corner) {
         // pad with the last brick, so that one gather fills the whole array
         const int32_t brick = bricks_[static_cast<size_t>(piece.first + std::min(e, piece.n - 1))];
-        map[corner * piece.ld + e] = numbering.connectivity[8 * static_cast<size_t>(brick) + corner] + 1;
+        map[corner * kPieceLength + e] = numbering.connectivity[8 * static_cast<size_t>(brick) + corner] + 1;
       }
   });
   std::fill(hourglass_.begin(), hourglass_.end(), definition.hourglassCoefficient);
@@ -64,13 +64,13 @@ Block::Block(std::span<const int32_t> bricks, std::span<const int32_t> records, 
 
 // Of the corners of a piece, (ld, 8, 3).
 void Block::gather(const Piece& piece, const std::vector<double>& field, AlignedValues& ofCorners) const {
-  const int32_t points = 8 * piece.ld;
+  const int32_t points = 8 * kPieceLength;
   GLO_UTI_GENGATHERR(&points, &kThree, &kThree, &kUnread, piece.of(gatherMap_, 8), ofCorners.data(), field.data());
 }
 
 // The library's operator at the coordinates that were gathered last; marks bricks without positive volume.
 void Block::operate(const Piece& piece, BlockWork& w, double* B, double* hgstiff, double* vol) {
-  SPX_OPE_C3D8ROPER2(&piece.n, &piece.ld, w.x.data(), B, w.hgdiag.data(), hgstiff, vol, w.rvol.data(), w.gamma.data(),
+  SPX_OPE_C3D8ROPER2(&piece.n, &kRow, w.x.data(), B, w.hgdiag.data(), hgstiff, vol, w.rvol.data(), w.gamma.data(),
                      piece.of(mask_, 1));
 }
 
@@ -79,7 +79,7 @@ void Block::setReference(const std::vector<double>& X, BlockWork& w) {
   forPieces([&](const Piece& piece) {
     gather(piece, X, w.x);
     operate(piece, w, piece.of(B0_, 24), piece.of(w.hgstiff, 1), piece.of(V0_, 1));
-    hourglassModes(piece.n, piece.ld, w.x.data(), piece.of(H0_, 12));
+    hourglassModes(piece.n, w.x.data(), piece.of(H0_, 12));
   });
   const double density = material_->density, shear = material_->shearModulus();
   for (int32_t e = 0; e < n_; ++e) {
@@ -92,8 +92,8 @@ void Block::setReference(const std::vector<double>& X, BlockWork& w) {
 void Block::stretch(const std::vector<double>& x, BlockWork& w) const {
   forPieces([&](const Piece& piece) {
     gather(piece, x, w.x);
-    deformationGradient(piece.n, piece.ld, n_, w.x.data(), piece.of(B0_, 24), piece.of(w.F, 1), piece.of(w.b, 1));
-    hourglassModes(piece.n, piece.ld, w.x.data(), piece.of(w.h, 12));
+    deformationGradient(piece.n, n_, w.x.data(), piece.of(B0_, 24), piece.of(w.F, 9), piece.of(w.b, 1));
+    hourglassModes(piece.n, w.x.data(), piece.of(w.h, 12));
   });
   GLO_UTI_SQRTV(&n_, w.b.data(), w.V.data());
 }
@@ -102,9 +102,9 @@ void Block::stretch(const std::vector<double>& x, BlockWork& w) const {
 void Block::stretchAndGradient(const std::vector<double>& x, BlockWork& w) {
   forPieces([&](const Piece& piece) {
     gather(piece, x, w.x);
-    deformationGradient(piece.n, piece.ld, n_, w.x.data(), piece.of(B0_, 24), piece.of(w.F, 1), piece.of(w.b, 1));
+    deformationGradient(piece.n, n_, w.x.data(), piece.of(B0_, 24), piece.of(w.F, 9), piece.of(w.b, 1));
     double *B = piece.of(w.B, 24), *hgstiff = piece.of(w.hgstiff, 1), *vol = piece.of(w.vol, 1);
-    if (!brickGradient(piece.n, piece.ld, w.x.data(), piece.of(mask_, 1), B, piece.of(w.h, 12), vol, hgstiff))
+    if (!brickGradient(piece.n, w.x.data(), piece.of(mask_, 1), B, piece.of(w.h, 12), vol, hgstiff))
       operate(piece, w, B, hgstiff, vol);
   });
   GLO_UTI_SQRTV(&n_, w.b.data(), w.V.data());
@@ -112,12 +112,11 @@ void Block::stretchAndGradient(const std::vector<double>& x, BlockWork& w) {
 
 ForceInput Block::forceInput(const Piece& piece, const BlockWork& w, const double* viscousStress) const {
   return {piece.n,
-          piece.ld,
           n_,
           piece.of(w.h, 12),
           piece.of(B0_, 24),
           piece.of(H0_, 12),
-          piece.of(w.F, 1),
+          piece.of(w.F, 9),
           piece.of(w.B, 24),
           piece.of(w.vol, 1),
           viscousStress + piece.first,
@@ -130,7 +129,13 @@ ForceInput Block::forceInput(const Piece& piece, const BlockWork& w, const doubl
 Block::Outcome Block::evaluate(const std::vector<double>& x, const std::vector<double>& v, double lastIncrement,
                                const Case& definition, BlockWork& w, double* f) {
   stretchAndGradient(x, w);
-  points_.respond(w.V.data(), w.F.data(), lastIncrement, stress_.data(), w.bound.data(), w.bulk.data(), w.material);
+  if (material_->model->isUser())
+    forPieces([&](const Piece& piece) {
+      for (int32_t k = 0; k < 9; ++k)
+        std::copy_n(piece.of(w.F, 9) + k * kPieceLength, piece.n, piece.of(w.wholeF, 1) + k * n_);
+    });
+  points_.respond(w.V.data(), w.wholeF.data(), lastIncrement, stress_.data(), w.bound.data(), w.bulk.data(),
+                  w.material);
   if (points_.hasDamage())
     for (int32_t e = 0; e < n_; ++e)
       if (points_.damageBegins(e) && mask_[e] == 0.0)
@@ -152,14 +157,14 @@ Block::Outcome Block::evaluate(const std::vector<double>& x, const std::vector<d
   forPieces([&](const Piece& piece) {
     gather(piece, v, w.velocity);
     const double ofPiece = viscosityAndIncrement(
-        {piece.n, piece.ld, w.velocity.data(), piece.of(w.B, 24), piece.of(w.vol, 1), piece.of(w.hgstiff, 1),
-         piece.of(mass_, 1), piece.of(hourglass_, 1), piece.of(w.bound, 1), piece.of(w.bulk, 1), piece.of(mask_, 1),
+        {piece.n, w.velocity.data(), piece.of(w.B, 24), piece.of(w.vol, 1), piece.of(w.hgstiff, 1), piece.of(mass_, 1),
+         piece.of(hourglass_, 1), piece.of(w.bound, 1), piece.of(w.bulk, 1), piece.of(mask_, 1),
          viscosity != nullptr ? viscosity + piece.first : nullptr, definition.linearViscosity,
          definition.quadraticViscosity, points_.damping(), lastIncrement},
         piece.of(viscousStress_, 1), piece.of(viscousEnergy_, 1));
     stable = smallerOf(stable, ofPiece);
     nodalForces(forceInput(piece, w, viscousStress_.data()), w.force.data());
-    assemble(piece.n, piece.ld, w.force.data(), assemblyMap_.data() + 8 * piece.first, f);
+    assemble(piece.n, w.force.data(), assemblyMap_.data() + 8 * piece.first, f);
   });
   return {stable, masked - failed};
 }
@@ -171,8 +176,8 @@ void Block::fail(const std::vector<double>& x, const std::vector<double>& v, dou
   const double d3 = -f.d3, perReference = 1 / f.referenceRate; // the kernel takes d3 with the opposite sign
   forPieces([&](const Piece& piece) {
     gather(piece, v, w.velocity);
-    deviatoricRate(piece.n, piece.ld, n_, w.velocity.data(), piece.of(w.B, 24), piece.of(stress_, 1),
-                   piece.of(w.rate, 1), piece.of(w.power, 1));
+    deviatoricRate(piece.n, n_, w.velocity.data(), piece.of(w.B, 24), piece.of(stress_, 1), piece.of(w.rate, 1),
+                   piece.of(w.power, 1));
   });
   SPX_MAT_STRESSRATIO3DEXP(&n_, stress_.data(), w.ratio.data());
   int32_t list[kBlockLength];
@@ -206,7 +211,7 @@ void Block::remove(const std::vector<double>& x, const std::vector<double>& v, d
       if (!isFailed(e)) continue;
       double power = 0;
       for (int32_t row = 0; row < 24; ++row) {
-        const auto at = static_cast<size_t>(row * piece.ld + k);
+        const auto at = static_cast<size_t>(row * kPieceLength + k);
         power += w.force[at] * w.velocity[at];
       }
       lostEnergy_[e] = stored[e] * V0_[e] + spring[e] + damage[e] - 0.5 * lastIncrement * power;
@@ -226,8 +231,8 @@ void Block::recordDistortion(const std::vector<double>& x, BlockWork& w) const {
     for (int32_t k = 0; k < piece.n; ++k) {
       const int32_t e = piece.first + k;
       if (!isDistorted(e)) continue;
-      const double brick = brickVolume(&w.x[static_cast<size_t>(k)], piece.ld) / V0_[e];
-      const auto F = [&](int32_t i, int32_t j) { return w.F[static_cast<size_t>((3 * i + j) * n_ + e)]; };
+      const double brick = brickVolume(&w.x[static_cast<size_t>(k)], kPieceLength) / V0_[e];
+      const auto F = [&](int32_t i, int32_t j) { return piece.of(w.F, 9)[(3 * i + j) * kPieceLength + k]; };
       double mean = 0;
       for (int32_t j = 0; j < 3; ++j) {
         const int32_t a = (j + 1) % 3, b = (j + 2) % 3;
@@ -251,8 +256,8 @@ void Block::energies(const std::vector<double>& x, BlockWork& w, double* strainD
   stretch(x, w);
   points_.energies(w.V.data(), strainDensity, damage, w.material);
   forPieces([&](const Piece& piece) {
-    hourglassEnergy(piece.n, piece.ld, n_, piece.of(w.h, 12), piece.of(H0_, 12), piece.of(w.F, 1),
-                    piece.of(hourglass_, 1), hourglass + piece.first);
+    hourglassEnergy(piece.n, piece.of(w.h, 12), piece.of(H0_, 12), piece.of(w.F, 9), piece.of(hourglass_, 1),
+                    hourglass + piece.first);
   });
   for (int32_t e = 0; e < n_; ++e) {
     const bool active = mask_[e] == 0.0;

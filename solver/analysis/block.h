@@ -24,7 +24,8 @@ inline double smallerOf(double a, double b) { return b < a || b != b ? b : a; }
 // Work arrays of one thread, shared by its blocks.
 struct BlockWork {
   AlignedValues x, velocity, gamma, hgdiag, rvol, force; // of a piece
-  AlignedValues B, h, hgstiff, vol, F, b, V, bound, bulk, ratio, rate, power, failureStrain, inviscid;
+  AlignedValues B, h, hgstiff, vol, F;                   // of the pieces
+  AlignedValues wholeF, b, V, bound, bulk, ratio, rate, power, failureStrain, inviscid;
   MaterialWork material;
   std::vector<BlockEvent> events; // of the present increment
   BlockWork();
@@ -65,9 +66,9 @@ public:
   double stress(int component, int e) const { return stress_[component * n_ + e]; }
 
 private:
-  // Bricks first .. first + n - 1; arrays of the piece have `ld` values a row.
+  // Bricks first .. first + n - 1.
   struct Piece {
-    int32_t first, n, ld;
+    int32_t first, n;
     template <class T>
     T* of(std::vector<T, LineAllocator<T>>& values, int32_t rows) const {
       return values.data() + rows * first;
@@ -79,13 +80,12 @@ private:
   };
   template <class Body>
   void forPieces(Body body) const {
-    for (Piece piece{0, 0, 0}; piece.first < n_; piece.first += piece.n) {
+    for (Piece piece{0, 0}; piece.first < n_; piece.first += piece.n) {
       piece.n = std::min(kPieceLength, n_ - piece.first);
-      piece.ld = paddedCount(piece.n);
       body(piece);
     }
   }
-  static constexpr int32_t paddedCount(int32_t n) { return (n + 7) / 8 * 8; }
+  static constexpr int32_t paddedCount(int32_t n) { return (n + kPieceLength - 1) / kPieceLength * kPieceLength; }
 
   bool mayFail() const { return material_->failure || material_->model->isUser(); }
   void gather(const Piece& piece, const std::vector<double>& field, AlignedValues& ofCorners) const;

@@ -3,6 +3,7 @@
 #include "solver/model/s33.h"
 
 #include <limits>
+#include <type_traits>
 
 // Compiled for several instruction sets and chosen at load, as the library's kernels are; no operation is fused or reordered,
 // so that a run has the same bits on every machine.
@@ -12,12 +13,21 @@
 #define SOLVER_CLONES
 #endif
 #define SOLVER_INLINE inline __attribute__((always_inline))
+#define SOLVER_BODY __attribute__((always_inline)) // of a lambda
 
 namespace sharedanalysis::solver {
 namespace {
 
+constexpr int ld = kPieceLength; // from row to row of a piece
+
+// body(n), with the length of a whole piece as a constant: a straight line of code.
+template <class Body>
+SOLVER_INLINE auto withLength(int n, Body body) {
+  return n == kPieceLength ? body(std::integral_constant<int, kPieceLength>()) : body(n);
+}
+
 // Sum over the nodes of a nodal value times a weight: a velocity gradient, say.
-SOLVER_INLINE double sumOverNodes(const double* v, const double* b, int ld) {
+SOLVER_INLINE double sumOverNodes(const double* v, const double* b) {
   return ((v[0] * b[0] + v[ld] * b[ld]) + (v[2 * ld] * b[2 * ld] + v[3 * ld] * b[3 * ld])) +
          ((v[4 * ld] * b[4 * ld] + v[5 * ld] * b[5 * ld]) + (v[6 * ld] * b[6 * ld] + v[7 * ld] * b[7 * ld]));
 }
@@ -32,7 +42,7 @@ struct alignas(64) Rows {
 // differences of neighbours first: a brick far from the origin loses nothing.
 struct EdgeModes {
   double p1, p2, p3, p4, q1, q2, q3, q4; // differences along xi and eta
-  SOLVER_INLINE EdgeModes(const double* x, int ld)
+  SOLVER_INLINE EdgeModes(const double* x)
       : p1(x[ld] - x[0]), p2(x[2 * ld] - x[3 * ld]), p3(x[5 * ld] - x[4 * ld]), p4(x[6 * ld] - x[7 * ld]),
         q1(x[3 * ld] - x[0]), q2(x[2 * ld] - x[ld]), q3(x[7 * ld] - x[4 * ld]), q4(x[6 * ld] - x[5 * ld]) {}
   SOLVER_INLINE double h1() const { return (q3 + q4) - (q1 + q2); }
@@ -41,36 +51,35 @@ struct EdgeModes {
   SOLVER_INLINE double h4() const { return (p4 - p3) - (p2 - p1); }
 };
 
-SOLVER_INLINE void storeHourglassModes(const EdgeModes& m, int ld, double* h) {
+SOLVER_INLINE void storeHourglassModes(const EdgeModes& m, double* h) {
   h[0] = m.h1();
   h[ld] = m.h2();
   h[2 * ld] = m.h3();
   h[3 * ld] = m.h4();
 }
 
-SOLVER_CLONES static void hourglassModeLoops(int n, int ld, const double* x, double* h) {
+SOLVER_CLONES static void hourglassModeLoops(int n, const double* x, double* h) {
   for (int i = 0; i < 3; ++i)
 #pragma omp simd
-    for (int e = 0; e < n; ++e) storeHourglassModes(EdgeModes(x + 8 * i * ld + e, ld), ld, h + 4 * i * ld + e);
+    for (int e = 0; e < n; ++e) storeHourglassModes(EdgeModes(x + 8 * i * ld + e), h + 4 * i * ld + e);
 }
 
-SOLVER_CLONES static void deformationGradientLoops(int n, int ld, int stride, const double* x, const double* B0,
-                                                   double* F, double* b) {
+SOLVER_INLINE void deformationGradientOf(int n, int stride, const double* x, const double* B0, double* F, double* b) {
   for (int k = 0; k < 3; ++k) {
     const double *x1 = x, *x2 = x + 8 * ld, *x3 = x + 16 * ld, *weights = B0 + 8 * k * ld;
-    double *f1 = F + k * stride, *f2 = f1 + 3 * stride, *f3 = f2 + 3 * stride;
+    double *f1 = F + k * ld, *f2 = f1 + 3 * ld, *f3 = f2 + 3 * ld;
 #pragma omp simd
     for (int e = 0; e < n; ++e) {
-      f1[e] = sumOverNodes(x1 + e, weights + e, ld);
-      f2[e] = sumOverNodes(x2 + e, weights + e, ld);
-      f3[e] = sumOverNodes(x3 + e, weights + e, ld);
+      f1[e] = sumOverNodes(x1 + e, weights + e);
+      f2[e] = sumOverNodes(x2 + e, weights + e);
+      f3[e] = sumOverNodes(x3 + e, weights + e);
     }
   }
 #pragma omp simd
   for (int e = 0; e < n; ++e) {
-    const double f11 = F[e], f12 = F[e + stride], f13 = F[e + 2 * stride];
-    const double f21 = F[e + 3 * stride], f22 = F[e + 4 * stride], f23 = F[e + 5 * stride];
-    const double f31 = F[e + 6 * stride], f32 = F[e + 7 * stride], f33 = F[e + 8 * stride];
+    const double f11 = F[e], f12 = F[e + ld], f13 = F[e + 2 * ld];
+    const double f21 = F[e + 3 * ld], f22 = F[e + 4 * ld], f23 = F[e + 5 * ld];
+    const double f31 = F[e + 6 * ld], f32 = F[e + 7 * ld], f33 = F[e + 8 * ld];
     b[e] = f11 * f11 + f12 * f12 + f13 * f13;
     b[e + stride] = f21 * f21 + f22 * f22 + f23 * f23;
     b[e + 2 * stride] = f31 * f31 + f32 * f32 + f33 * f33;
@@ -78,6 +87,11 @@ SOLVER_CLONES static void deformationGradientLoops(int n, int ld, int stride, co
     b[e + 4 * stride] = f21 * f31 + f22 * f32 + f23 * f33;
     b[e + 5 * stride] = f11 * f31 + f12 * f32 + f13 * f33;
   }
+}
+
+SOLVER_CLONES static void deformationGradientLoops(int n, int stride, const double* x, const double* B0, double* F,
+                                                   double* b) {
+  withLength(n, [=](int m) SOLVER_BODY { deformationGradientOf(m, stride, x, B0, F, b); });
 }
 
 // Volume and gradient of a brick, as the operator of the library computes them and to the same bits: its volume V is a sum of
@@ -103,7 +117,7 @@ struct VolumeModes {
     return ((a1 * a1 + a2 * a2) + a3 * a3) + ((h1 * h1 + h2 * h2) + h3 * h3);
   }
   // The derivatives by the coordinates of the nodes; antipodes have the odd part reversed.
-  SOLVER_INLINE void toNodes(double* out, int ld) const {
+  SOLVER_INLINE void toNodes(double* out) const {
     const double odd1 = -(a1 + a2) - a3, odd2 = (a1 - a2) - a3, odd3 = (a1 + a2) - a3, odd4 = (a2 - a1) - a3;
     const double even1 = (h1 + h2) + h3, even2 = (h1 - h2) - h3, even3 = h3 - (h1 + h2), even4 = (h2 - h1) - h3;
     out[0] = even1 + odd1;
@@ -117,8 +131,8 @@ struct VolumeModes {
   }
 };
 
-SOLVER_CLONES static bool gradientLoops(int n, int ld, const double* x, const double* mask, double* B, double* h,
-                                        double* vol, double* hgstiff) {
+SOLVER_INLINE bool gradientOf(int n, const double* x, const double* mask, double* B, double* h, double* vol,
+                              double* hgstiff) {
   Rows<6> modes[3]; // a1, a2, a3, h1, h2, h3 of x, y, z
   Rows<3> sums;     // of the hourglass modes; scale and squares of the gradient
   double *extent = sums.row[0], *scale = sums.row[1], *squares = sums.row[2];
@@ -129,7 +143,7 @@ SOLVER_CLONES static bool gradientLoops(int n, int ld, const double* x, const do
 #pragma omp simd
     for (int e = 0; e < n; ++e) {
       const double* at = u + e;
-      const EdgeModes edges(at, ld);
+      const EdgeModes edges(at);
       const double r1 = at[4 * ld] - at[0], r2 = at[5 * ld] - at[ld]; // along zeta
       const double r3 = at[6 * ld] - at[2 * ld], r4 = at[7 * ld] - at[3 * ld];
       m.row[0][e] = (edges.p1 + edges.p2) + (edges.p3 + edges.p4);
@@ -166,7 +180,7 @@ SOLVER_CLONES static bool gradientLoops(int n, int ld, const double* x, const do
     for (int e = 0; e < n; ++e) {
       VolumeModes d(y, z, e);
       d.scale(scale[e]);
-      d.toNodes(out + e, ld);
+      d.toNodes(out + e);
       squares[e] += 8.0 * d.sumOfSquares();
     }
   }
@@ -180,14 +194,18 @@ SOLVER_CLONES static bool gradientLoops(int n, int ld, const double* x, const do
   return special == 0;
 }
 
+SOLVER_CLONES static bool gradientLoops(int n, const double* x, const double* mask, double* B, double* h, double* vol,
+                                        double* hgstiff) {
+  return withLength(n, [=](int m) SOLVER_BODY { return gradientOf(m, x, mask, B, h, vol, hgstiff); });
+}
+
 // Stress that follows the logarithm of the rate is steep without limit at small rates, but moves little there: increments are not
 // made shorter than a hundredth for it.
 constexpr double kMostByRate = 50.0;
 
 // Materials whose stress does not follow the rate are spared what bounds that.
 template <bool kByRate>
-SOLVER_INLINE double viscosityOf(const ViscosityInput& in, double* stress, double* energy) {
-  const int n = in.n, ld = in.ld;
+SOLVER_INLINE double viscosityOf(int n, const ViscosityInput& in, double* stress, double* energy) {
   const double *v = in.velocity, *B = in.B, *vol = in.vol, *hgstiff = in.hgstiff, *mass = in.mass;
   const double *hourglass = in.hourglass, *bound = in.bound, *bulk = in.bulk, *mask = in.mask,
                *viscosity = in.viscosity;
@@ -222,21 +240,21 @@ SOLVER_INLINE double viscosityOf(const ViscosityInput& in, double* stress, doubl
   return fastest > 0.0 ? 1.0 / fastest : (fastest == 0.0 ? std::numeric_limits<double>::infinity() : fastest);
 }
 SOLVER_CLONES static double viscosityLoops(const ViscosityInput& in, double* stress, double* energy) {
-  return viscosityOf<false>(in, stress, energy);
+  return withLength(in.n, [&](int n) SOLVER_BODY { return viscosityOf<false>(n, in, stress, energy); });
 }
 SOLVER_CLONES static double viscosityByRateLoops(const ViscosityInput& in, double* stress, double* energy) {
-  return viscosityOf<true>(in, stress, energy);
+  return withLength(in.n, [&](int n) SOLVER_BODY { return viscosityOf<true>(n, in, stress, energy); });
 }
 
-SOLVER_CLONES static void deviatoricRateLoops(int n, int ld, int stride, const double* v, const double* B,
-                                              const double* S, double* rate, double* power) {
+SOLVER_CLONES static void deviatoricRateLoops(int n, int stride, const double* v, const double* B, const double* S,
+                                              double* rate, double* power) {
 #pragma omp simd
   for (int e = 0; e < n; ++e) {
     const double *vx = v + e, *vy = vx + 8 * ld, *vz = vy + 8 * ld, *bx = B + e, *by = bx + 8 * ld, *bz = by + 8 * ld;
-    const double xx = sumOverNodes(vx, bx, ld), yy = sumOverNodes(vy, by, ld), zz = sumOverNodes(vz, bz, ld);
-    const double xy = 0.5 * (sumOverNodes(vx, by, ld) + sumOverNodes(vy, bx, ld));
-    const double yz = 0.5 * (sumOverNodes(vy, bz, ld) + sumOverNodes(vz, by, ld));
-    const double xz = 0.5 * (sumOverNodes(vx, bz, ld) + sumOverNodes(vz, bx, ld));
+    const double xx = sumOverNodes(vx, bx), yy = sumOverNodes(vy, by), zz = sumOverNodes(vz, bz);
+    const double xy = 0.5 * (sumOverNodes(vx, by) + sumOverNodes(vy, bx));
+    const double yz = 0.5 * (sumOverNodes(vy, bz) + sumOverNodes(vz, by));
+    const double xz = 0.5 * (sumOverNodes(vx, bz) + sumOverNodes(vz, bx));
     const double mean = (xx + yy + zz) * 0.3333333333333333, dx = xx - mean, dy = yy - mean, dz = zz - mean;
     const double shear = xy * xy + yz * yz + xz * xz;
     rate[e] = __builtin_sqrt(0.6666666666666666 * (dx * dx + dy * dy + dz * dz + 2.0 * shear));
@@ -248,7 +266,7 @@ SOLVER_CLONES static void deviatoricRateLoops(int n, int ld, int stride, const d
 // Amplitudes of the hourglass patterns in direction i: h - F H0.
 struct Amplitudes {
   double h1, h2, h3, h4;
-  SOLVER_INLINE Amplitudes(int ld, const double* h, const double* H0, double f1, double f2, double f3) {
+  SOLVER_INLINE Amplitudes(const double* h, const double* H0, double f1, double f2, double f3) {
     const double *u = H0, *v = u + 4 * ld, *w = v + 4 * ld;
     h1 = h[0] - ((f1 * u[0] + f2 * v[0]) + f3 * w[0]);
     h2 = h[ld] - ((f1 * u[ld] + f2 * v[ld]) + f3 * w[ld]);
@@ -257,19 +275,19 @@ struct Amplitudes {
   }
 };
 
-SOLVER_CLONES static void nodalForceLoops(const ForceInput& in, double* __restrict force) {
-  const int n = in.n, ld = in.ld, N = in.stride;
+SOLVER_INLINE void nodalForcesOf(int n, const ForceInput& in, double* __restrict force) {
+  const int N = in.stride;
   const double *B0 = in.B0, *H0 = in.H0, *h = in.h, *F = in.F, *B = in.B, *S = in.stress;
   const double *V0 = in.V0, *hourglass = in.hourglass, *mask = in.mask, *vol = in.vol, *viscous = in.viscousStress;
   Rows<8> parts[3]; // of each direction: what multiplies B0 and B, and the amplitudes times their stiffness
 #pragma omp simd
   for (int e = 0; e < n; ++e) {
     const bool active = mask[e] == 0.0;
-    const double volume = active ? V0[e] : 0.0, p4 = active ? vol[e] * viscous[e] : 0.0;
-    const double k = active ? hourglass[e] : 0.0;
-    const double f11 = F[e], f12 = F[e + N], f13 = F[e + 2 * N];
-    const double f21 = F[e + 3 * N], f22 = F[e + 4 * N], f23 = F[e + 5 * N];
-    const double f31 = F[e + 6 * N], f32 = F[e + 7 * N], f33 = F[e + 8 * N];
+    const double reference = V0[e], viscousPart = vol[e] * viscous[e], stiffness = hourglass[e];
+    const double volume = active ? reference : 0.0, p4 = active ? viscousPart : 0.0, k = active ? stiffness : 0.0;
+    const double f11 = F[e], f12 = F[e + ld], f13 = F[e + 2 * ld];
+    const double f21 = F[e + 3 * ld], f22 = F[e + 4 * ld], f23 = F[e + 5 * ld];
+    const double f31 = F[e + 6 * ld], f32 = F[e + 7 * ld], f33 = F[e + 8 * ld];
     const double c11 = f22 * f33 - f23 * f32, c12 = f23 * f31 - f21 * f33, c13 = f21 * f32 - f22 * f31;
     const double c21 = f32 * f13 - f33 * f12, c22 = f33 * f11 - f31 * f13, c23 = f31 * f12 - f32 * f11;
     const double c31 = f12 * f23 - f13 * f22, c32 = f13 * f21 - f11 * f23, c33 = f11 * f22 - f12 * f21;
@@ -277,12 +295,11 @@ SOLVER_CLONES static void nodalForceLoops(const ForceInput& in, double* __restri
 #pragma GCC unroll 3
     for (int i = 0; i < 3; ++i) {
       // row i of V0 sigma cof F, the first Piola-Kirchhoff stress times the volume
-      const double a1 = active ? S[e + kS33[i][0] * N] * volume : 0.0;
-      const double a2 = active ? S[e + kS33[i][1] * N] * volume : 0.0;
-      const double a3 = active ? S[e + kS33[i][2] * N] * volume : 0.0;
+      const double s1 = S[e + kS33[i][0] * N], s2 = S[e + kS33[i][1] * N], s3 = S[e + kS33[i][2] * N];
+      const double a1 = active ? s1 * volume : 0.0, a2 = active ? s2 * volume : 0.0, a3 = active ? s3 * volume : 0.0;
       const double p1 = a1 * c11 + a2 * c21 + a3 * c31, p2 = a1 * c12 + a2 * c22 + a3 * c32;
       const double p3 = a1 * c13 + a2 * c23 + a3 * c33;
-      const Amplitudes amplitude(ld, h + 4 * i * ld + e, H0 + e,
+      const Amplitudes amplitude(h + 4 * i * ld + e, H0 + e,
                                  i == 0   ? f11
                                  : i == 1 ? f21
                                           : f31,
@@ -324,15 +341,19 @@ SOLVER_CLONES static void nodalForceLoops(const ForceInput& in, double* __restri
   }
 }
 
-SOLVER_CLONES static void hourglassEnergyLoops(int n, int ld, int stride, const double* h, const double* H0,
-                                               const double* F, const double* hourglass, double* energy) {
+SOLVER_CLONES static void nodalForceLoops(const ForceInput& in, double* force) {
+  withLength(in.n, [&](int n) SOLVER_BODY { nodalForcesOf(n, in, force); });
+}
+
+SOLVER_CLONES static void hourglassEnergyLoops(int n, const double* h, const double* H0, const double* F,
+                                               const double* hourglass, double* energy) {
 #pragma omp simd
   for (int e = 0; e < n; ++e) {
     double squares = 0.0;
 #pragma GCC unroll 3
     for (int i = 0; i < 3; ++i) {
-      const double* f = F + e + 3 * i * stride;
-      const Amplitudes q(ld, h + 4 * i * ld + e, H0 + e, f[0], f[stride], f[2 * stride]);
+      const double* f = F + e + 3 * i * ld;
+      const Amplitudes q(h + 4 * i * ld + e, H0 + e, f[0], f[ld], f[2 * ld]);
       squares += (q.h1 * q.h1 + q.h2 * q.h2) + (q.h3 * q.h3 + q.h4 * q.h4);
     }
     energy[e] = 0.5 * hourglass[e] * squares;
@@ -357,13 +378,12 @@ SOLVER_CLONES static void driftLoops(int64_t n, const double* v, double duration
 
 } // namespace
 
-void deformationGradient(int n, int ld, int stride, const double* x, const double* B0, double* F, double* b) {
-  deformationGradientLoops(n, ld, stride, x, B0, F, b);
+void deformationGradient(int n, int stride, const double* x, const double* B0, double* F, double* b) {
+  deformationGradientLoops(n, stride, x, B0, F, b);
 }
 
-bool brickGradient(int n, int ld, const double* x, const double* mask, double* B, double* h, double* vol,
-                   double* hgstiff) {
-  return gradientLoops(n, ld, x, mask, B, h, vol, hgstiff);
+bool brickGradient(int n, const double* x, const double* mask, double* B, double* h, double* vol, double* hgstiff) {
+  return gradientLoops(n, x, mask, B, h, vol, hgstiff);
 }
 
 double viscosityAndIncrement(const ViscosityInput& in, double* stress, double* energy) {
@@ -372,7 +392,7 @@ double viscosityAndIncrement(const ViscosityInput& in, double* stress, double* e
 
 void nodalForces(const ForceInput& in, double* force) { nodalForceLoops(in, force); }
 
-void assemble(int n, int ld, const double* force, const int32_t* records, double* f) {
+void assemble(int n, const double* force, const int32_t* records, double* f) {
   for (int e = 0; e < n; ++e)
     for (int corner = 0; corner < 8; ++corner) {
       const double* from = force + corner * ld + e;
@@ -383,12 +403,12 @@ void assemble(int n, int ld, const double* force, const int32_t* records, double
     }
 }
 
-void hourglassEnergy(int n, int ld, int stride, const double* h, const double* H0, const double* F,
-                     const double* hourglass, double* energy) {
-  hourglassEnergyLoops(n, ld, stride, h, H0, F, hourglass, energy);
+void hourglassEnergy(int n, const double* h, const double* H0, const double* F, const double* hourglass,
+                     double* energy) {
+  hourglassEnergyLoops(n, h, H0, F, hourglass, energy);
 }
 
-void hourglassModes(int n, int ld, const double* x, double* h) { hourglassModeLoops(n, ld, x, h); }
+void hourglassModes(int n, const double* x, double* h) { hourglassModeLoops(n, x, h); }
 
 void kick(int64_t first, int64_t end, const double* f, int64_t fFirst, const double* rMass, const double (&gravity)[3],
           double duration, double* v) {
@@ -400,9 +420,9 @@ void drift(int64_t first, int64_t end, const double* v, double duration, double*
   driftLoops(3 * (end - first), v + 3 * first, duration, x + 3 * first);
 }
 
-void deviatoricRate(int n, int ld, int stride, const double* velocity, const double* B, const double* stress,
-                    double* rate, double* power) {
-  deviatoricRateLoops(n, ld, stride, velocity, B, stress, rate, power);
+void deviatoricRate(int n, int stride, const double* velocity, const double* B, const double* stress, double* rate,
+                    double* power) {
+  deviatoricRateLoops(n, stride, velocity, B, stress, rate, power);
 }
 
 } // namespace sharedanalysis::solver

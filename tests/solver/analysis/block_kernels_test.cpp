@@ -18,7 +18,7 @@ TEST(BlockKernels, GradientHasTheBitsOfTheOperatorOrLeavesItToIt) {
   Random random(3);
   int left = 0, bricks = 0;
   for (int round = 0; round < 600; ++round) {
-    const int32_t n = random.integer(1, kMost), ld = (n + 7) / 8 * 8;
+    const int32_t n = random.integer(1, kMost), ld = kMost;
     Reals x(24 * ld), mask(ld, 0.0);
     static constexpr int kCorners[3][8] = {
         {0, 1, 1, 0, 0, 1, 1, 0}, {0, 0, 1, 1, 0, 0, 1, 1}, {0, 0, 0, 0, 1, 1, 1, 1}};
@@ -34,10 +34,10 @@ TEST(BlockKernels, GradientHasTheBitsOfTheOperatorOrLeavesItToIt) {
     if (special) mask[at] = fault == 0 ? 1 : 0;
     for (int row = 0; row < 24; ++row) x[row * ld + at] *= special ? kFactors[fault] : 1;
     Reals B(24 * ld), h(12 * ld), modes(12 * ld), vol(ld), stiff(ld);
-    const bool own = solver::brickGradient(n, ld, x.data(), mask.data(), B.data(), h.data(), vol.data(), stiff.data());
+    const bool own = solver::brickGradient(n, x.data(), mask.data(), B.data(), h.data(), vol.data(), stiff.data());
     EXPECT_EQ(own, !special) << round;
     left += own ? 0 : 1;
-    solver::hourglassModes(n, ld, x.data(), modes.data());
+    solver::hourglassModes(n, x.data(), modes.data());
     Reals B2(24 * ld), gamma(32 * ld), diag(ld), stiff2(ld), vol2(ld), rvol(ld);
     SPX_OPE_C3D8ROPER2(&n, &ld, x.data(), B2.data(), diag.data(), stiff2.data(), vol2.data(), rvol.data(), gamma.data(),
                        mask.data());
@@ -51,7 +51,7 @@ TEST(BlockKernels, GradientHasTheBitsOfTheOperatorOrLeavesItToIt) {
     bricks += n;
   }
   EXPECT_EQ(left, 300);
-  EXPECT_GT(bricks, 5000);
+  EXPECT_GT(bricks, 2000);
 }
 
 } // namespace
