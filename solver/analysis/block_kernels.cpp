@@ -112,6 +112,13 @@ struct VolumeModes {
     h2 = k16 * ((yh1 * za3 - ya3 * zh1) + (ya1 * zh3 - yh3 * za1));
     h3 = k16 * ((ya2 * zh1 - yh1 * za2) + (yh2 * za1 - ya1 * zh2));
   }
+  SOLVER_INLINE VolumeModes(const Rows<6>& kept, int e)
+      : a1(kept.row[0][e]), a2(kept.row[1][e]), a3(kept.row[2][e]), h1(kept.row[3][e]), h2(kept.row[4][e]),
+        h3(kept.row[5][e]) {}
+  SOLVER_INLINE void keep(Rows<6>& kept, int e) const {
+    kept.row[0][e] = a1, kept.row[1][e] = a2, kept.row[2][e] = a3;
+    kept.row[3][e] = h1, kept.row[4][e] = h2, kept.row[5][e] = h3;
+  }
   SOLVER_INLINE void scale(double s) { a1 *= s, a2 *= s, a3 *= s, h1 *= s, h2 *= s, h3 *= s; }
   SOLVER_INLINE double sumOfSquares() const {
     return ((a1 * a1 + a2 * a2) + a3 * a3) + ((h1 * h1 + h2 * h2) + h3 * h3);
@@ -133,8 +140,8 @@ struct VolumeModes {
 
 SOLVER_INLINE bool gradientOf(int n, const double* x, const double* mask, double* B, double* h, double* vol,
                               double* hgstiff) {
-  Rows<6> modes[3]; // a1, a2, a3, h1, h2, h3 of x, y, z
-  Rows<3> sums;     // of the hourglass modes; scale and squares of the gradient
+  Rows<6> derivatives[3], modes[3]; // a1, a2, a3, h1, h2, h3 of x, y, z
+  Rows<3> sums;                     // of the hourglass modes; scale and squares of the gradient
   double *extent = sums.row[0], *scale = sums.row[1], *squares = sums.row[2];
   for (int i = 0; i < 3; ++i) {
     const double* u = x + 8 * i * ld;
@@ -163,6 +170,9 @@ SOLVER_INLINE bool gradientOf(int n, const double* x, const double* mask, double
 #pragma omp simd reduction(| : special)
   for (int e = 0; e < n; ++e) {
     const VolumeModes d(modes[1], modes[2], e);
+    d.keep(derivatives[0], e);
+    VolumeModes(modes[2], modes[0], e).keep(derivatives[1], e);
+    VolumeModes(modes[0], modes[1], e).keep(derivatives[2], e);
     const auto& m = modes[0].row;
     const double volume12 =
         ((m[0][e] * d.a1 + m[1][e] * d.a2) + m[2][e] * d.a3) + ((m[3][e] * d.h1 + m[4][e] * d.h2) + m[5][e] * d.h3);
@@ -174,11 +184,10 @@ SOLVER_INLINE bool gradientOf(int n, const double* x, const double* mask, double
         !(volume12 > kLeast && volume12 < kMost && mask[e] == 0.0 && __builtin_fabs(extent[e]) < kMost));
   }
   for (int i = 0; i < 3; ++i) {
-    const Rows<6>&y = modes[(i + 1) % 3], &z = modes[(i + 2) % 3];
     double* out = B + 8 * i * ld;
 #pragma omp simd
     for (int e = 0; e < n; ++e) {
-      VolumeModes d(y, z, e);
+      VolumeModes d(derivatives[i], e);
       d.scale(scale[e]);
       d.toNodes(out + e);
       squares[e] += 8.0 * d.sumOfSquares();
