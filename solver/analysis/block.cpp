@@ -88,24 +88,13 @@ void Block::setReference(const std::vector<double>& X, BlockWork& w) {
   }
 }
 
-// b = F F' and its root, the left stretch.
-void Block::stretch(const std::vector<double>& x, BlockWork& w) const {
+// b = F F' and its root, the left stretch; `more` is to be done while the coordinates of a piece are at hand.
+template <class More>
+void Block::stretch(const std::vector<double>& x, BlockWork& w, More more) const {
   forPieces([&](const Piece& piece) {
     gather(piece, x, w.x);
     deformationGradient(piece.n, n_, w.x.data(), piece.of(B0_, 24), piece.of(w.F, 9), piece.of(w.b, 1));
-    hourglassModes(piece.n, w.x.data(), piece.of(w.h, 12));
-  });
-  GLO_UTI_SQRTV(&n_, w.b.data(), w.V.data());
-}
-
-// And the gradient of the deformed bricks.
-void Block::stretchAndGradient(const std::vector<double>& x, BlockWork& w) {
-  forPieces([&](const Piece& piece) {
-    gather(piece, x, w.x);
-    deformationGradient(piece.n, n_, w.x.data(), piece.of(B0_, 24), piece.of(w.F, 9), piece.of(w.b, 1));
-    double *B = piece.of(w.B, 24), *hgstiff = piece.of(w.hgstiff, 1), *vol = piece.of(w.vol, 1);
-    if (!brickGradient(piece.n, w.x.data(), piece.of(mask_, 1), B, piece.of(w.h, 12), vol, hgstiff))
-      operate(piece, w, B, hgstiff, vol);
+    more(piece, piece.of(w.h, 12));
   });
   GLO_UTI_SQRTV(&n_, w.b.data(), w.V.data());
 }
@@ -128,7 +117,11 @@ ForceInput Block::forceInput(const Piece& piece, const BlockWork& w, const doubl
 
 Block::Outcome Block::evaluate(const std::vector<double>& x, const std::vector<double>& v, double lastIncrement,
                                const Case& definition, BlockWork& w, double* f) {
-  stretchAndGradient(x, w);
+  stretch(x, w, [&](const Piece& piece, double* modes) {
+    double *B = piece.of(w.B, 24), *hgstiff = piece.of(w.hgstiff, 1), *vol = piece.of(w.vol, 1);
+    if (!brickGradient(piece.n, w.x.data(), piece.of(mask_, 1), B, modes, vol, hgstiff))
+      operate(piece, w, B, hgstiff, vol);
+  });
   if (material_->model->isUser())
     forPieces([&](const Piece& piece) {
       for (int32_t k = 0; k < 9; ++k)
@@ -253,7 +246,7 @@ void Block::visit(Archive& archive, int32_t e) {
 
 void Block::energies(const std::vector<double>& x, BlockWork& w, double* strainDensity, double* hourglass,
                      double* damage) {
-  stretch(x, w);
+  stretch(x, w, [&](const Piece& piece, double* modes) { hourglassModes(piece.n, w.x.data(), modes); });
   points_.energies(w.V.data(), strainDensity, damage, w.material);
   forPieces([&](const Piece& piece) {
     hourglassEnergy(piece.n, piece.of(w.h, 12), piece.of(H0_, 12), piece.of(w.F, 9), piece.of(hourglass_, 1),

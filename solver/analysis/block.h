@@ -66,7 +66,7 @@ public:
   double stress(int component, int e) const { return stress_[component * n_ + e]; }
 
 private:
-  // Bricks first .. first + n - 1.
+  // Bricks first .. first + n - 1, and where an array with so many rows has them; what is of the whole block counts as one row.
   struct Piece {
     int32_t first, n;
     template <class T>
@@ -90,8 +90,8 @@ private:
   bool mayFail() const { return material_->failure || material_->model->isUser(); }
   void gather(const Piece& piece, const std::vector<double>& field, AlignedValues& ofCorners) const;
   void operate(const Piece& piece, BlockWork& work, double* B, double* hgstiff, double* vol);
-  void stretch(const std::vector<double>& x, BlockWork& work) const;
-  void stretchAndGradient(const std::vector<double>& x, BlockWork& work);
+  template <class More>
+  void stretch(const std::vector<double>& x, BlockWork& work, More more) const;
   ForceInput forceInput(const Piece& piece, const BlockWork& work, const double* viscousStress) const;
   void fail(const std::vector<double>& x, const std::vector<double>& v, double lastIncrement, BlockWork& work);
   void remove(const std::vector<double>& x, const std::vector<double>& v, double lastIncrement, BlockWork& work);

@@ -1,9 +1,9 @@
 // The solver's own vector loops over bricks, between the calls of the library's kernels.
 //
-// A block is worked on in pieces: what the loops from the coordinates to the stretch, and from the stress to the forces, need of a
-// piece stays in the first level of the cache.  The arrays of a piece are rows of one value of each brick, ld = kPieceLength
-// apart, and one piece lies behind the other: (ld, 8, 3) holds the brick fastest, then the node, then the direction, as the library's
-// operators take them.
+// A block is worked on in pieces: what the loops from the coordinates to the stretch, and from the stress to the forces, need of
+// a piece stays in the first level of the cache.  The arrays of a piece are rows of one value of each brick, a vector of 512 bits,
+// ld = kPieceLength apart, and one piece lies behind the other: (ld, 8, 3) holds the brick fastest, then the node, then the
+// direction, as the library's operators take them.
 // Arrays that the materials read or write hold a whole block: component k of a brick at k * stride from the first.
 #pragma once
 
