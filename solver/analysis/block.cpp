@@ -5,16 +5,13 @@
 #include "spx.h"
 
 #include <algorithm>
+#include <limits>
 #include <numeric>
 
 namespace sharedanalysis::solver {
 namespace {
 
-// Leading dimension of block arrays: not a multiple of 512 bytes, where dozens of columns would share a few cache ways.
-constexpr int leadingDimension(int n) { return (n + 7) / 8 * 8 + 8; }
-constexpr int kLargest = leadingDimension(kBlockLength);
-
-constexpr int32_t kThree = 3, kUnread = 0;
+constexpr int32_t kThree = 3, kUnread = 0, kRow = kPieceLength;
 
 // Of a trilinear brick whose coordinates are (ld, 8, 3): two Gauss points a direction integrate its Jacobian exactly.
 double brickVolume(const double* x, int32_t ld) {
@@ -40,35 +37,50 @@ double brickVolume(const double* x, int32_t ld) {
 } // namespace
 
 BlockWork::BlockWork()
-    : x(24 * kLargest), velocity(24 * kLargest), B(24 * kLargest), gamma(32 * kLargest), hgdiag(kLargest),
-      hgstiff(kLargest), vol(kLargest), rvol(kLargest), work(24 * kLargest), F(9 * kLargest), cofactors(9 * kLargest),
-      b(6 * kLargest), V(6 * kLargest), bound(kLargest), bulk(kLargest), force(24 * kLargest), ratio(kLargest),
-      rate(kLargest), power(kLargest), failureStrain(kLargest), inviscid(kLargest) {}
+    : x(24 * kPieceLength), velocity(24 * kPieceLength), gamma(32 * kPieceLength), hgdiag(kPieceLength),
+      rvol(kPieceLength), force(24 * kPieceLength), B(24 * kBlockLength), h(12 * kBlockLength), hgstiff(kBlockLength),
+      vol(kBlockLength), F(9 * kBlockLength), wholeF(9 * kBlockLength), b(6 * kBlockLength), V(6 * kBlockLength),
+      bound(kBlockLength), bulk(kBlockLength), ratio(kBlockLength), rate(kBlockLength), power(kBlockLength),
+      failureStrain(kBlockLength), inviscid(kBlockLength) {}
 
 Block::Block(std::span<const int32_t> bricks, std::span<const int32_t> records, const Numbering& numbering,
              const Material& material, const Case& definition, MaterialPoints::SharedConstants& constants)
-    : n_(static_cast<int32_t>(bricks.size())), ld_(leadingDimension(n_)), bricks_(bricks.begin(), bricks.end()),
-      gatherMap_(8 * ld_), assemblyMap_(8 * n_), B0_(24 * ld_), H0_(12 * ld_), V0_(ld_), mass_(n_), hourglass_(n_),
-      material_(&material), points_(material, n_, &constants), stress_(6 * n_), mask_(ld_), viscousStress_(n_),
-      viscousEnergy_(n_), omega_(material.failure ? n_ : 0), failed_(mayFail() ? n_ : 0), lostEnergy_(failed_.size()) {
-  for (int32_t e = 0; e < ld_; ++e)
-    for (int corner = 0; corner < 8; ++corner) {
-      // pad with the last brick, so that one gather fills the whole array
-      const int32_t brick = bricks_[std::min(e, n_ - 1)];
-      const int32_t node = numbering.connectivity[8 * static_cast<size_t>(brick) + corner];
-      gatherMap_[corner * ld_ + e] = node + 1;
-      if (e < n_) assemblyMap_[8 * e + corner] = records[static_cast<size_t>(8 * e + corner)] + 1;
-    }
+    : n_(static_cast<int32_t>(bricks.size())), bricks_(bricks.begin(), bricks.end()), gatherMap_(8 * paddedCount(n_)),
+      assemblyMap_(records.begin(), records.end()), B0_(24 * paddedCount(n_)), H0_(12 * paddedCount(n_)), V0_(n_),
+      mass_(n_), hourglass_(n_), material_(&material), points_(material, n_, &constants), stress_(6 * n_), mask_(n_),
+      viscousStress_(n_), viscousEnergy_(n_), omega_(material.failure ? n_ : 0), failed_(mayFail() ? n_ : 0),
+      lostEnergy_(failed_.size()) {
+  forPieces([&](const Piece& piece) {
+    int32_t* map = piece.of(gatherMap_, 8);
+    for (int32_t e = 0; e < kPieceLength; ++e)
+      for (int corner = 0; corner < 8; ++corner) {
+        // pad with the last brick, so that one gather fills the whole array
+        const int32_t brick = bricks_[static_cast<size_t>(piece.first + std::min(e, piece.n - 1))];
+        map[corner * kPieceLength + e] = numbering.connectivity[8 * static_cast<size_t>(brick) + corner] + 1;
+      }
+  });
   std::fill(hourglass_.begin(), hourglass_.end(), definition.hourglassCoefficient);
 }
 
+// Of the corners of a piece, (ld, 8, 3).
+void Block::gather(const Piece& piece, const std::vector<double>& field, AlignedValues& ofCorners) const {
+  const int32_t points = 8 * kPieceLength;
+  GLO_UTI_GENGATHERR(&points, &kThree, &kThree, &kUnread, piece.of(gatherMap_, 8), ofCorners.data(), field.data());
+}
+
+// The library's operator at the coordinates that were gathered last; marks bricks without positive volume.
+void Block::operate(const Piece& piece, BlockWork& w, double* B, double* hgstiff, double* vol) {
+  SPX_OPE_C3D8ROPER2(&piece.n, &kRow, w.x.data(), B, w.hgdiag.data(), hgstiff, vol, w.rvol.data(), w.gamma.data(),
+                     piece.of(mask_, 1));
+}
+
 void Block::setReference(const std::vector<double>& X, BlockWork& w) {
-  const int32_t points = 8 * ld_;
   std::fill(mask_.begin(), mask_.end(), 0.0);
-  GLO_UTI_GENGATHERR(&points, &kThree, &kThree, &kUnread, gatherMap_.data(), w.x.data(), X.data());
-  SPX_OPE_C3D8ROPER2(&n_, &ld_, w.x.data(), B0_.data(), w.hgdiag.data(), w.hgstiff.data(), V0_.data(), w.rvol.data(),
-                     w.gamma.data(), mask_.data());
-  hourglassModes(n_, ld_, w.x.data(), H0_.data());
+  forPieces([&](const Piece& piece) {
+    gather(piece, X, w.x);
+    operate(piece, w, piece.of(B0_, 24), piece.of(w.hgstiff, 1), piece.of(V0_, 1));
+    hourglassModes(piece.n, w.x.data(), piece.of(H0_, 12));
+  });
   const double density = material_->density, shear = material_->shearModulus();
   for (int32_t e = 0; e < n_; ++e) {
     mass_[e] = density * V0_[e];
@@ -76,71 +88,105 @@ void Block::setReference(const std::vector<double>& X, BlockWork& w) {
   }
 }
 
-// b = F F' and its root, the left stretch.
-void Block::stretch(const std::vector<double>& x, BlockWork& w) const {
-  const int32_t points = 8 * ld_;
-  GLO_UTI_GENGATHERR(&points, &kThree, &kThree, &kUnread, gatherMap_.data(), w.x.data(), x.data());
-  deformationGradient(n_, ld_, w.x.data(), B0_.data(), w.F.data(), w.cofactors.data(), w.b.data());
+// b = F F' and its root, the left stretch; `more` is to be done while the coordinates of a piece are at hand.
+template <class More>
+void Block::stretch(const std::vector<double>& x, BlockWork& w, More more) const {
+  forPieces([&](const Piece& piece) {
+    gather(piece, x, w.x);
+    deformationGradient(piece.n, n_, w.x.data(), piece.of(B0_, 24), piece.of(w.F, 9), piece.of(w.b, 1));
+    more(piece, piece.of(w.h, 12));
+  });
   GLO_UTI_SQRTV(&n_, w.b.data(), w.V.data());
+}
+
+ForceInput Block::forceInput(const Piece& piece, const BlockWork& w, const double* viscousStress) const {
+  return {piece.n,
+          n_,
+          piece.of(w.h, 12),
+          piece.of(B0_, 24),
+          piece.of(H0_, 12),
+          piece.of(w.F, 9),
+          piece.of(w.B, 24),
+          piece.of(w.vol, 1),
+          viscousStress + piece.first,
+          piece.of(stress_, 1),
+          piece.of(V0_, 1),
+          piece.of(hourglass_, 1),
+          piece.of(mask_, 1)};
 }
 
 Block::Outcome Block::evaluate(const std::vector<double>& x, const std::vector<double>& v, double lastIncrement,
                                const Case& definition, BlockWork& w, double* f) {
-  const int32_t points = 8 * ld_, corners = 8 * n_;
-  stretch(x, w);
-  GLO_UTI_GENGATHERR(&points, &kThree, &kThree, &kUnread, gatherMap_.data(), w.velocity.data(), v.data());
-  SPX_OPE_C3D8ROPER2(&n_, &ld_, w.x.data(), w.B.data(), w.hgdiag.data(), w.hgstiff.data(), w.vol.data(), w.rvol.data(),
-                     w.gamma.data(), mask_.data());
-  points_.respond(w.V.data(), w.F.data(), lastIncrement, stress_.data(), w.bound.data(), w.bulk.data(), w.material);
+  stretch(x, w, [&](const Piece& piece, double* modes) {
+    double *B = piece.of(w.B, 24), *hgstiff = piece.of(w.hgstiff, 1), *vol = piece.of(w.vol, 1);
+    if (!brickGradient(piece.n, w.x.data(), piece.of(mask_, 1), B, modes, vol, hgstiff))
+      operate(piece, w, B, hgstiff, vol);
+  });
+  if (material_->model->isUser())
+    forPieces([&](const Piece& piece) {
+      for (int32_t k = 0; k < 9; ++k)
+        std::copy_n(piece.of(w.F, 9) + k * kPieceLength, piece.n, piece.of(w.wholeF, 1) + k * n_);
+    });
+  points_.respond(w.V.data(), w.wholeF.data(), lastIncrement, stress_.data(), w.bound.data(), w.bulk.data(),
+                  w.material);
   if (points_.hasDamage())
     for (int32_t e = 0; e < n_; ++e)
       if (points_.damageBegins(e) && mask_[e] == 0.0)
         w.events.push_back({bricks_[e], EventKind::Damage, points_.damage(e)});
   points_.remember();
-  if (material_->failure) fail(x, lastIncrement, w);
-  if (material_->model->isUser()) remove(x, lastIncrement, w);
+  if (material_->failure) fail(x, v, lastIncrement, w);
+  if (material_->model->isUser()) remove(x, v, lastIncrement, w);
   // a brick whose mean deformation has no volume is masked like an inverted one
-  const std::vector<double>& flag = points_.flag();
+  const AlignedValues& flag = points_.flag();
   for (int32_t e = 0; e < n_; ++e) mask_[e] = flag[e] != 0.0 ? 1.0 : mask_[e];
   int32_t masked = 0, failed = 0;
   SPX_OPE_ERRORCHECK(&n_, &masked, mask_.data());
   if (mayFail()) SPX_OPE_ERRORCHECK(&n_, &failed, failed_.data());
-  if (masked != failed) recordDistortion(w);
+  if (masked != failed) recordDistortion(x, w);
 
-  const double stable = viscosityAndIncrement(
-      {n_, ld_, w.velocity.data(), w.B.data(), w.vol.data(), w.hgstiff.data(), mass_.data(), hourglass_.data(),
-       w.bound.data(), w.bulk.data(), mask_.data(),
-       points_.viscosity() != nullptr ? points_.viscosity() : w.inviscid.data(), definition.linearViscosity,
-       definition.quadraticViscosity, points_.damping(), lastIncrement},
-      viscousStress_.data(), viscousEnergy_.data());
-  nodalForces({n_, ld_, w.x.data(), B0_.data(), H0_.data(), w.F.data(), w.B.data(), w.vol.data(), viscousStress_.data(),
-               w.cofactors.data(), stress_.data(), V0_.data(), hourglass_.data(), mask_.data()},
-              w.work.data(), w.force.data());
-  GLO_OPE_GENASSEM(&corners, &kThree, &kThree, &kUnread, f, w.force.data(), assemblyMap_.data());
+  const double* viscosity = points_.viscosity();
+  if (viscosity == nullptr && points_.damping() != 0) viscosity = w.inviscid.data();
+  double stable = std::numeric_limits<double>::infinity();
+  forPieces([&](const Piece& piece) {
+    gather(piece, v, w.velocity);
+    const double ofPiece = viscosityAndIncrement(
+        {piece.n, w.velocity.data(), piece.of(w.B, 24), piece.of(w.vol, 1), piece.of(w.hgstiff, 1), piece.of(mass_, 1),
+         piece.of(hourglass_, 1), piece.of(w.bound, 1), piece.of(w.bulk, 1), piece.of(mask_, 1),
+         viscosity != nullptr ? viscosity + piece.first : nullptr, definition.linearViscosity,
+         definition.quadraticViscosity, points_.damping(), lastIncrement},
+        piece.of(viscousStress_, 1), piece.of(viscousEnergy_, 1));
+    stable = smallerOf(stable, ofPiece);
+    nodalForces(forceInput(piece, w, viscousStress_.data()), w.force.data());
+    assemble(piece.n, w.force.data(), assemblyMap_.data() + 8 * piece.first, f);
+  });
   return {stable, masked - failed};
 }
 
 // Adds up the strain increments of loading over the failure strain, and takes out the bricks where the sum reaches one.  The
 // energy that such a brick holds leaves the model with it.
-void Block::fail(const std::vector<double>& x, double lastIncrement, BlockWork& w) {
+void Block::fail(const std::vector<double>& x, const std::vector<double>& v, double lastIncrement, BlockWork& w) {
   const DuctileFailure& f = *material_->failure;
   const double d3 = -f.d3, perReference = 1 / f.referenceRate; // the kernel takes d3 with the opposite sign
-  deviatoricRate(n_, ld_, w.velocity.data(), w.B.data(), stress_.data(), w.rate.data(), w.power.data());
+  forPieces([&](const Piece& piece) {
+    gather(piece, v, w.velocity);
+    deviatoricRate(piece.n, n_, w.velocity.data(), piece.of(w.B, 24), piece.of(stress_, 1), piece.of(w.rate, 1),
+                   piece.of(w.power, 1));
+  });
   SPX_MAT_STRESSRATIO3DEXP(&n_, stress_.data(), w.ratio.data());
   int32_t list[kBlockLength];
   std::iota(list, list + n_, 1);
-  std::vector<double>& temperature = w.material.second;
+  AlignedValues& temperature = w.material.second;
   std::fill_n(temperature.begin(), n_, f.temperature);
   SPX_MAT_JCFAILURESTRAIN(&n_, &n_, list, w.failureStrain.data(), w.rate.data(), w.ratio.data(), temperature.data(),
                           &f.d1, &f.d2, &d3, &f.d4, &f.d5, &f.melting, &f.transition, &perReference);
   for (int32_t e = 0; e < n_; ++e) w.rate[e] = w.power[e] > 0.0 ? w.rate[e] * lastIncrement : 0.0;
   SPX_MAT_DUCTSHRFAILUREEXP(&n_, &n_, list, omega_.data(), w.rate.data(), w.failureStrain.data());
-  remove(x, lastIncrement, w);
+  remove(x, v, lastIncrement, w);
 }
 
 // Takes out the bricks whose material has failed.  The force of such a brick falls to nothing in this increment: half of the
 // work that it would have done is not done, and the brick does not hold it.
-void Block::remove(const std::vector<double>& x, double lastIncrement, BlockWork& w) {
+void Block::remove(const std::vector<double>& x, const std::vector<double>& v, double lastIncrement, BlockWork& w) {
   const auto isFailed = [this](int32_t e) {
     return mask_[e] == 0.0 && ((material_->failure && omega_[e] >= 1.0) || points_.isDeleted(e));
   };
@@ -150,18 +196,20 @@ void Block::remove(const std::vector<double>& x, double lastIncrement, BlockWork
   double stored[kBlockLength], spring[kBlockLength], damage[kBlockLength];
   energies(x, w, stored, spring, damage);
   constexpr double kNoViscousStress[kBlockLength] = {};
-  nodalForces({n_, ld_, w.x.data(), B0_.data(), H0_.data(), w.F.data(), w.B.data(), w.vol.data(), kNoViscousStress,
-               w.cofactors.data(), stress_.data(), V0_.data(), hourglass_.data(), mask_.data()},
-              w.work.data(), w.force.data());
-  for (int32_t e = 0; e < n_; ++e) {
-    if (!isFailed(e)) continue;
-    double power = 0;
-    for (int32_t c = 0; c < 3; ++c)
-      for (int32_t node = 0; node < 8; ++node)
-        power += w.force[static_cast<size_t>(8 * (c * n_ + e) + node)] *
-                 w.velocity[static_cast<size_t>((8 * c + node) * ld_ + e)];
-    lostEnergy_[e] = stored[e] * V0_[e] + spring[e] + damage[e] - 0.5 * lastIncrement * power;
-  }
+  forPieces([&](const Piece& piece) {
+    gather(piece, v, w.velocity);
+    nodalForces(forceInput(piece, w, kNoViscousStress), w.force.data());
+    for (int32_t k = 0; k < piece.n; ++k) {
+      const int32_t e = piece.first + k;
+      if (!isFailed(e)) continue;
+      double power = 0;
+      for (int32_t row = 0; row < 24; ++row) {
+        const auto at = static_cast<size_t>(row * kPieceLength + k);
+        power += w.force[at] * w.velocity[at];
+      }
+      lostEnergy_[e] = stored[e] * V0_[e] + spring[e] + damage[e] - 0.5 * lastIncrement * power;
+    }
+  });
   for (int32_t e = 0; e < n_; ++e)
     if (isFailed(e)) {
       failed_[e] = mask_[e] = 1.0;
@@ -170,30 +218,40 @@ void Block::remove(const std::vector<double>& x, double lastIncrement, BlockWork
 }
 
 // By the ratio of volumes: of the brick where that is none, else of its mean deformation.
-void Block::recordDistortion(BlockWork& w) const {
-  for (int32_t e = 0; e < n_; ++e) {
-    if (!isDistorted(e)) continue;
-    const double brick = brickVolume(&w.x[static_cast<size_t>(e)], ld_) / V0_[e];
-    double mean = 0;
-    for (int32_t j = 0; j < 3; ++j) mean += w.F[j * n_ + e] * w.cofactors[j * n_ + e];
-    w.events.push_back({bricks_[e], EventKind::Distorted, brick > 0 ? mean : brick});
-  }
+void Block::recordDistortion(const std::vector<double>& x, BlockWork& w) const {
+  forPieces([&](const Piece& piece) {
+    gather(piece, x, w.x);
+    for (int32_t k = 0; k < piece.n; ++k) {
+      const int32_t e = piece.first + k;
+      if (!isDistorted(e)) continue;
+      const double brick = brickVolume(&w.x[static_cast<size_t>(k)], kPieceLength) / V0_[e];
+      const auto F = [&](int32_t i, int32_t j) { return piece.of(w.F, 9)[(3 * i + j) * kPieceLength + k]; };
+      double mean = 0;
+      for (int32_t j = 0; j < 3; ++j) {
+        const int32_t a = (j + 1) % 3, b = (j + 2) % 3;
+        mean += F(0, j) * (F(1, a) * F(2, b) - F(1, b) * F(2, a));
+      }
+      w.events.push_back({bricks_[e], EventKind::Distorted, brick > 0 ? mean : brick});
+    }
+  });
 }
 
 // The bindings name every member, so that none is forgotten.
 void Block::visit(Archive& archive, int32_t e) {
-  [[maybe_unused]] auto& [n, ld, bricks, gatherMap, assemblyMap, B0, H0, V0, mass, hourglass, material, points, stress,
+  [[maybe_unused]] auto& [n, bricks, gatherMap, assemblyMap, B0, H0, V0, mass, hourglass, material, points, stress,
                           mask, viscousStress, viscousEnergy, omega, failed, lostEnergy] = *this;
-  archive.ofPoint(e, n, stress, viscousStress, viscousEnergy, omega, failed, lostEnergy);
-  archive(mask[static_cast<std::size_t>(e)]); // with its pad behind it
+  archive.ofPoint(e, n, stress, viscousStress, viscousEnergy, omega, failed, lostEnergy, mask);
   points.visit(archive, e);
 }
 
 void Block::energies(const std::vector<double>& x, BlockWork& w, double* strainDensity, double* hourglass,
                      double* damage) {
-  stretch(x, w);
+  stretch(x, w, [&](const Piece& piece, double* modes) { hourglassModes(piece.n, w.x.data(), modes); });
   points_.energies(w.V.data(), strainDensity, damage, w.material);
-  hourglassEnergy(n_, ld_, w.x.data(), H0_.data(), w.F.data(), hourglass_.data(), hourglass);
+  forPieces([&](const Piece& piece) {
+    hourglassEnergy(piece.n, piece.of(w.h, 12), piece.of(H0_, 12), piece.of(w.F, 9), piece.of(hourglass_, 1),
+                    hourglass + piece.first);
+  });
   for (int32_t e = 0; e < n_; ++e) {
     const bool active = mask_[e] == 0.0;
     strainDensity[e] = active ? strainDensity[e] : 0.0;

@@ -5,8 +5,10 @@
 #include "solver/analysis/events.h"
 #include "solver/analysis/numbering.h"
 #include "solver/model/archive.h"
+#include "solver/model/memory.h"
 #include "solver/model/model.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <span>
@@ -14,12 +16,16 @@
 
 namespace sharedanalysis::solver {
 
-static_assert(kBlockLength <= kMostPoints && kBlockLength % 8 == 0);
+static_assert(kBlockLength <= kMostPoints && kBlockLength % kPieceLength == 0);
+
+// Of stable increments: NaN when either is, whichever comes first.
+inline double smallerOf(double a, double b) { return b < a || b != b ? b : a; }
 
 // Work arrays of one thread, shared by its blocks.
 struct BlockWork {
-  std::vector<double> x, velocity, B, gamma, hgdiag, hgstiff, vol, rvol, work;
-  std::vector<double> F, cofactors, b, V, bound, bulk, force, ratio, rate, power, failureStrain, inviscid;
+  AlignedValues x, velocity, gamma, hgdiag, rvol, force; // of a piece
+  AlignedValues B, h, hgstiff, vol, F;                   // of the pieces
+  AlignedValues wholeF, b, V, bound, bulk, ratio, rate, power, failureStrain, inviscid;
   MaterialWork material;
   std::vector<BlockEvent> events; // of the present increment
   BlockWork();
@@ -60,21 +66,46 @@ public:
   double stress(int component, int e) const { return stress_[component * n_ + e]; }
 
 private:
-  bool mayFail() const { return material_->failure || material_->model->isUser(); }
-  void stretch(const std::vector<double>& x, BlockWork& work) const;
-  void fail(const std::vector<double>& x, double lastIncrement, BlockWork& work);
-  void remove(const std::vector<double>& x, double lastIncrement, BlockWork& work);
-  void recordDistortion(BlockWork& work) const;
+  // Bricks first .. first + n - 1, and where an array with so many rows has them; what is of the whole block counts as one row.
+  struct Piece {
+    int32_t first, n;
+    template <class T>
+    T* of(std::vector<T, LineAllocator<T>>& values, int32_t rows) const {
+      return values.data() + rows * first;
+    }
+    template <class T>
+    const T* of(const std::vector<T, LineAllocator<T>>& values, int32_t rows) const {
+      return values.data() + rows * first;
+    }
+  };
+  template <class Body>
+  void forPieces(Body body) const {
+    for (Piece piece{0, 0}; piece.first < n_; piece.first += piece.n) {
+      piece.n = std::min(kPieceLength, n_ - piece.first);
+      body(piece);
+    }
+  }
+  static constexpr int32_t paddedCount(int32_t n) { return (n + kPieceLength - 1) / kPieceLength * kPieceLength; }
 
-  int32_t n_, ld_;
+  bool mayFail() const { return material_->failure || material_->model->isUser(); }
+  void gather(const Piece& piece, const std::vector<double>& field, AlignedValues& ofCorners) const;
+  void operate(const Piece& piece, BlockWork& work, double* B, double* hgstiff, double* vol);
+  template <class More>
+  void stretch(const std::vector<double>& x, BlockWork& work, More more) const;
+  ForceInput forceInput(const Piece& piece, const BlockWork& work, const double* viscousStress) const;
+  void fail(const std::vector<double>& x, const std::vector<double>& v, double lastIncrement, BlockWork& work);
+  void remove(const std::vector<double>& x, const std::vector<double>& v, double lastIncrement, BlockWork& work);
+  void recordDistortion(const std::vector<double>& x, BlockWork& work) const;
+
+  int32_t n_;
   std::vector<int32_t> bricks_;
-  std::vector<int32_t> gatherMap_,
-      assemblyMap_; // brick fastest, counted from 1 in the model; corner fastest, from 1 in f
-  std::vector<double> B0_, H0_, V0_, mass_, hourglass_;
+  std::vector<int32_t, LineAllocator<int32_t>> gatherMap_; // of the pieces, counted from 1 in the model
+  std::vector<int32_t> assemblyMap_;                       // corner fastest, from 0 in f
+  AlignedValues B0_, H0_, V0_, mass_, hourglass_;
   const Material* material_;
   MaterialPoints points_;
-  std::vector<double> stress_, mask_, viscousStress_, viscousEnergy_;
-  std::vector<double> omega_, failed_,
+  AlignedValues stress_, mask_, viscousStress_, viscousEnergy_;
+  AlignedValues omega_, failed_,
       lostEnergy_; // where bricks fail: damage initiation; 1 once it was reached; energy of the brick then
 };
 

@@ -10,7 +10,7 @@
 namespace sharedanalysis::solver {
 namespace {
 
-constexpr int32_t kBlock = 128; // bricks of the mesh that are treated at a time
+constexpr int32_t kBlock = kPieceLength; // bricks of the mesh that are treated at a time
 constexpr int32_t kOne = 1, kNoGroups = 0, kThree = 3, kUnread = 0;
 constexpr int32_t kValues = 3, kQuaternion = 4;
 
@@ -19,10 +19,10 @@ class MeshBlock {
 public:
   MeshBlock(const Mesh& mesh, int32_t first, int32_t count) : n_(count), first_(static_cast<std::size_t>(first)) {
     const std::size_t n = static_cast<std::size_t>(n_);
-    map_.resize(8 * n);
-    for (std::size_t e = 0; e < n; ++e)
+    map_.resize(8 * kBlock);
+    for (std::size_t e = 0; e < kBlock; ++e) // the last brick fills the rows
       for (std::size_t corner = 0; corner < 8; ++corner)
-        map_[corner * n + e] = mesh.connectivity[8 * (first_ + e) + corner] + 1;
+        map_[corner * kBlock + e] = mesh.connectivity[8 * (first_ + std::min(e, n - 1)) + corner] + 1;
   }
 
   // Stresses of the fields, S33, brick fastest.
@@ -38,12 +38,12 @@ public:
   std::vector<double> materialAxes(const Mesh& mesh, const Fields& fields) const {
     const std::size_t n = static_cast<std::size_t>(n_);
     const std::vector<double> X = gathered(mesh.coordinates), u = gathered(fields.displacement);
-    std::vector<double> x(24 * n), B(24 * n), gamma(32 * n), scalars(4 * n), mask(n);
-    SPX_OPE_C3D8ROPER2(&n_, &n_, X.data(), B.data(), &scalars[0], &scalars[n], &scalars[2 * n], &scalars[3 * n],
+    std::vector<double> x(24 * kBlock), B(24 * kBlock), gamma(32 * kBlock), scalars(4 * n), mask(n);
+    SPX_OPE_C3D8ROPER2(&n_, &kBlock, X.data(), B.data(), &scalars[0], &scalars[n], &scalars[2 * n], &scalars[3 * n],
                        gamma.data(), mask.data());
     for (std::size_t k = 0; k < x.size(); ++k) x[k] = X[k] + u[k];
-    std::vector<double> F(9 * n), cofactors(9 * n), b(6 * n), V(6 * n), full(9 * n), inverse(9 * n), singular(n);
-    deformationGradient(n_, n_, x.data(), B.data(), F.data(), cofactors.data(), b.data());
+    std::vector<double> F(9 * kBlock), b(6 * n), V(6 * n), full(9 * n), inverse(9 * n), singular(n);
+    deformationGradient(n_, n_, x.data(), B.data(), F.data(), b.data());
     GLO_UTI_SQRTV(&n_, b.data(), V.data());
     for (std::size_t i = 0; i < 3; ++i)
       for (std::size_t j = 0; j < 3; ++j)
@@ -55,16 +55,16 @@ public:
         for (std::size_t e = 0; e < n; ++e) {
           const bool active = fields.mask[first_ + e] == 0.0 && singular[e] == 0.0;
           double r = 0;
-          for (std::size_t k = 0; k < 3; ++k) r += inverse[(3 * k + i) * n + e] * F[(3 * k + j) * n + e];
+          for (std::size_t k = 0; k < 3; ++k) r += inverse[(3 * k + i) * n + e] * F[(3 * k + j) * kBlock + e];
           axes[(3 * j + i) * n + e] = active ? r : (i == j ? 1.0 : 0.0);
         }
     return axes;
   }
 
 private:
-  // (n, 8, 3) of a field of nodes.
+  // (kBlock, 8, 3) of a field of nodes.
   std::vector<double> gathered(std::span<const double> ofNodes) const {
-    const int32_t points = 8 * n_;
+    constexpr int32_t points = 8 * kBlock;
     std::vector<double> values(3 * static_cast<std::size_t>(points));
     GLO_UTI_GENGATHERR(&points, &kThree, &kThree, &kUnread, map_.data(), values.data(), ofNodes.data());
     return values;

@@ -17,9 +17,6 @@ namespace {
 
 constexpr double kGrowth = 1.05; // largest ratio of an increment to the one before
 
-// NaN when either is, whichever comes first.
-double smallerOf(double a, double b) { return b < a || b != b ? b : a; }
-
 } // namespace
 
 namespace {

@@ -45,11 +45,14 @@ void Team::run(const std::function<void(int)>& work) {
 }
 
 void Team::waitWhile(const std::atomic<unsigned>& count, unsigned value) const {
+  constexpr int kLooksBetweenYields = 256; // some microseconds
   for (int look = 0; look < patience_; ++look) {
     if (count.load(std::memory_order_acquire) != value) return;
 #if defined(__x86_64__)
     __builtin_ia32_pause();
 #endif
+    // the one that is waited for may have to share this core, on a machine that others use as well
+    if (look % kLooksBetweenYields == kLooksBetweenYields - 1) std::this_thread::yield();
   }
   count.wait(value, std::memory_order_acquire);
 }

@@ -48,7 +48,7 @@ public:
   // What arrays of `points` points, components outermost, have of one point.
   template <class... Arrays>
   void ofPoint(int32_t point, int32_t points, Arrays&... arrays) {
-    const auto visit = [&](std::vector<double>& values) {
+    const auto visit = [&](auto& values) {
       for (auto at = static_cast<std::size_t>(point); at < values.size(); at += static_cast<std::size_t>(points))
         (*this)(values[at]);
     };

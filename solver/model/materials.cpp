@@ -19,11 +19,11 @@ MaterialPoints::MaterialPoints(const Material& material, int32_t n, SharedConsta
   SharedConstants own;
   auto& constants = (shared != nullptr ? *shared : own)[{&material, n}];
   if (!constants) {
-    std::vector<double> all;
+    AlignedValues all;
     const auto add = [&](double value) { all.insert(all.end(), static_cast<std::size_t>(n), value); };
     for (const double value : material.constants) add(value);
     if (const auto& softening = material.mullins) add(softening->r), add(softening->m), add(softening->beta);
-    constants = std::make_shared<const std::vector<double>>(std::move(all));
+    constants = std::make_shared<const AlignedValues>(std::move(all));
   }
   constants_ = constants;
   if (material.model->isUser()) user_.emplace(material, n);

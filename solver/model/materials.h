@@ -1,6 +1,7 @@
 // Materials of the solver: their constants as a case gives them, and the response of a block of points to their left stretch.
 #pragma once
 
+#include "solver/model/memory.h"
 #include "solver/model/models.h"
 #include "solver/model/user_materials.h"
 
@@ -59,7 +60,7 @@ inline constexpr int kMostPoints = 136;
 
 // Work arrays for the response of up to kMostPoints points.
 struct MaterialWork {
-  std::vector<double> principal, axes, dU, ddU, volume, slope, U, rJ, eta, detaDU, rest, lost, first, second, I1, I2;
+  AlignedValues principal, axes, dU, ddU, volume, slope, U, rJ, eta, detaDU, rest, lost, first, second, I1, I2;
   MaterialWork();
 };
 
@@ -67,7 +68,7 @@ struct MaterialWork {
 class MaterialPoints {
 public:
   // Points of one material that are as many have one copy of its constants.
-  using SharedConstants = std::map<std::pair<const Material*, int32_t>, std::shared_ptr<const std::vector<double>>>;
+  using SharedConstants = std::map<std::pair<const Material*, int32_t>, std::shared_ptr<const AlignedValues>>;
   MaterialPoints(const Material& material, int32_t n, SharedConstants* shared = nullptr);
 
   // Cauchy stress (n, 6) and the two moduli for the stable increment at left stretches V (n, 6); sets the flag
@@ -82,7 +83,7 @@ public:
   // What a point remembers.
   void visit(Archive& archive, int32_t i);
 
-  const std::vector<double>& flag() const { return flag_; }
+  const AlignedValues& flag() const { return flag_; }
   // For the stable increment, Pa s: viscosity by which stress follows the rate, null for materials without, and damping.
   const double* viscosity() const { return user_ ? user_->viscosity() : nullptr; }
   double damping() const { return user_ ? user_->damping() : 0.0; }
@@ -103,8 +104,8 @@ private:
   const Material* material_;
   int32_t n_;
   std::optional<UserPoints> user_;
-  std::shared_ptr<const std::vector<double>> constants_; // (n, constants and softening), of all points alike
-  std::vector<double> flag_, energyFlag_, largest_, largestNow_;
+  std::shared_ptr<const AlignedValues> constants_; // (n, constants and softening), of all points alike
+  AlignedValues flag_, energyFlag_, largest_, largestNow_;
 };
 
 } // namespace sharedanalysis::solver
