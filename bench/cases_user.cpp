@@ -79,15 +79,6 @@ void addRow(std::vector<Case>& list, const plain::UserRow& row) {
 } // namespace
 
 void addUserCases(std::vector<Case>& list) {
-  addMaterial(
-      list, {"TVK_JH2",
-             4,
-             1.5e9,
-             2e-5,
-             {30.4e9, .93, .088, .003, .35, .77, 1, .15e9, .5, 5.95e9, 2.92e9, .053, .85, 45.4e9, -138e9, 290e9, 1, 0},
-             plain::jh2,
-             450,
-             16});
   addMaterial(list, {"TVK_HJC_CONCRETE",
                      5,
                      60e6,
@@ -97,14 +88,6 @@ void addUserCases(std::vector<Case>& list) {
                      plain::hjcConcrete,
                      400,
                      18});
-  addMaterial(list, {"TVK_SUPER_ELASTIC_N3D",
-                     8,
-                     300e6,
-                     2e-5,
-                     {60e9, .3, 60e9, .3, .075, 520e6, 600e6, 300e6, 200e6, 754e6, 300, 0, 0, -1},
-                     plain::superelastic,
-                     450,
-                     30});
   for (const plain::UserRow& row : plain::nativeUserRows()) addRow(list, row);
 }
 

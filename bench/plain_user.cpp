@@ -46,42 +46,6 @@ void finish(const MaterialBlock& b, int n, int i, const Point& p, double q, doub
 
 } // namespace
 
-void jh2(int32_t n, const MaterialBlock& b) {
-  const double *c = b.props, G = c[0], T = c[7], HEL = c[9], PHEL = c[10], sHEL = 1.5 * (HEL - PHEL), K1 = c[13];
-  for (int i = 0; i < n; ++i) {
-    const Point p = trial(b, n, i, G);
-    const double mu = 1 / p.J - 1, D = b.stateOld[n + i];
-    double dP = b.stateOld[3 * n + i];
-    double P = (mu > 0 ? mu * (K1 + mu * (c[14] + mu * c[15])) : K1 * mu) + dP;
-    const double limited = std::max(P, -T * (1 - D)), shifted = (limited + T) / PHEL;
-    const double r = p.rate > c[6] ? 1 + c[3] * std::log(p.rate / c[6]) : 1;
-    const double intact = sHEL * r * c[1] * std::pow(shifted, c[5]);
-    const double broken = limited > 0 ? std::min(c[8] * sHEL, sHEL * r * c[2] * std::pow(limited / PHEL, c[4])) : 0;
-    const double line = intact - D * (intact - broken);
-    double q = p.q, dep = 0, Dnew = D;
-    if (p.q > line) {
-      const double ef = c[11] * std::pow(shifted, c[12]), slope = 3 * G * ef - (intact - broken);
-      dep = (p.q - line) * ef / slope;
-      Dnew = D + dep / ef;
-      if (slope <= 0 || Dnew >= 1) dep = (p.q - broken) / (3 * G), Dnew = 1;
-      q = p.q - 3 * G * dep;
-      if (Dnew > D) {
-        const double a = K1 * mu + dP, gain = 2 * c[16] * K1 * std::max(0., line * line - q * q) / (6 * G);
-        if (a >= 0) {
-          const double growth = gain / (a + std::sqrt(a * a + gain) + 1e-300);
-          dP += growth, P += growth;
-        }
-      }
-    }
-    P = std::max(P, -T * (1 - Dnew));
-    b.state[i] = b.stateOld[i] + dep;
-    b.state[n + i] = Dnew;
-    b.state[2 * n + i] = 1;
-    b.state[3 * n + i] = dP;
-    finish(b, n, i, p, q, P, dep, 0);
-  }
-}
-
 void hjcConcrete(int32_t n, const MaterialBlock& b) {
   const double *c = b.props, G = c[0], fc = c[5], T = c[6], Pc = c[10], muc = c[11], lock = c[13], K1 = c[16];
   double x = c[12] / K1;
@@ -127,52 +91,6 @@ void hjcConcrete(int32_t n, const MaterialBlock& b) {
     b.state[4 * n + i] = old + crushed;
     const double POld = -(p.old[0] + p.old[1] + p.old[2]) / 3;
     finish(b, n, i, p, q, P, dep, .5 * (POld + P) * crushed / (1 + mu));
-  }
-}
-
-// Equal moduli, no change of temperature, and increments that do not turn round.
-void superelastic(int32_t n, const MaterialBlock& b) {
-  const double *c = b.props, root = std::sqrt(2. / 3);
-  const double G = c[0] / (2 * (1 + c[1])), K = c[0] / (3 * (1 - 2 * c[1])), a = root * (c[9] - c[5]) / (c[9] + c[5]);
-  const double eV = 3 * a * c[4] / (root + a), eD = (c[4] - eV / 3) / root, f = root + a;
-  for (int i = 0; i < n; ++i) {
-    const double xi = b.stateOld[i];
-    double old[6], inc[6], e[6], change[6], now[6], changeNow[6], e0[6];
-    for (int k = 0; k < 6; ++k)
-      old[k] = b.stressOld[k * n + i], inc[k] = b.strainInc[k * n + i], change[k] = b.stateOld[(k + 1) * n + i];
-    const double p = (old[0] + old[1] + old[2]) / 3, trC = change[0] + change[1] + change[2];
-    const double tr = inc[0] + inc[1] + inc[2], volume0 = p / K + trC, volume = volume0 + tr;
-    for (int k = 0; k < 6; ++k) {
-      e0[k] = (old[k] - (k < 3 ? p : 0)) / (2 * G) + change[k] - (k < 3 ? trC / 3 : 0);
-      e[k] = e0[k] + inc[k] - (k < 3 ? tr / 3 : 0);
-    }
-    const double N = std::sqrt(product(e, e)), slope = -2 * G * eD - 3 * a * K * eV;
-    const double F0 = 2 * G * (std::sqrt(product(e0, e0)) - eD * xi) + 3 * a * K * (volume0 - eV * xi);
-    const double base = 2 * G * N + 3 * a * K * volume, F = base + slope * xi;
-    double x = xi;
-    if (F > std::max(F0, f * c[5]) && xi < 1) {
-      const double start = std::max(F0, f * c[5]), end = f * c[6], width = end - start;
-      x = base + slope >= end || width <= 0 ? 1 : (width + (1 - xi) * (base - end)) / (width - (1 - xi) * slope);
-    } else if (F < std::min(F0, f * c[7]) && xi > 0) {
-      const double start = std::min(F0, f * c[7]), end = f * c[8], width = start - end;
-      x = base <= end || width <= 0 ? 0 : xi * (base - end) / (width - xi * slope);
-    }
-    const double factor = N > 0 ? eD * x / N : 0;
-    for (int k = 0; k < 6; ++k) {
-      now[k] = 2 * G * (1 - factor) * e[k] + (k < 3 ? K * (volume - eV * x) : 0);
-      changeNow[k] = factor * e[k] + (k < 3 ? eV * x / 3 : 0);
-      b.stress[k * n + i] = now[k];
-      b.state[(k + 1) * n + i] = changeNow[k];
-    }
-    b.state[i] = x;
-    b.state[7 * n + i] = (base + slope * x) / f;
-    double work = 0, spent = 0;
-    for (int k = 0; k < 6; ++k) {
-      const double mean = (k < 3 ? .5 : 1) * (old[k] + now[k]);
-      work += mean * inc[k], spent += mean * (changeNow[k] - change[k]);
-    }
-    b.internal[i] = b.internalOld[i] + work / b.density[i];
-    b.inelastic[i] = b.inelasticOld[i] + spent / b.density[i];
   }
 }
 

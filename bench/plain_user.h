@@ -7,9 +7,7 @@
 
 namespace plain {
 
-void jh2(int32_t n, const MaterialBlock& b);
 void hjcConcrete(int32_t n, const MaterialBlock& b);
-void superelastic(int32_t n, const MaterialBlock& b);
 // Those that tests share, compiled with the rest.
 std::vector<UserRow> nativeUserRows();
 

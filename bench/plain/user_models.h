@@ -633,6 +633,122 @@ inline void jhbOfPhases(int32_t n, const MaterialBlock& b) {
   }
 }
 
+inline void jh2Ceramic(int32_t n, const MaterialBlock& b) {
+  using namespace user;
+  const double *c = b.props, G = c[0], T = c[7], PHEL = c[10], sHEL = 1.5 * (c[9] - PHEL), K1 = c[13], beta = c[16];
+  for (int i = 0; i < n; ++i) {
+    double e[6], so[6], s[6], d[6], F[3];
+    load(b.strainInc, n, i, 6, e), load(b.stressOld, n, i, 6, so), load(b.defgrad, n, i, 3, F);
+    const double mu = 1 / (F[0] * F[1] * F[2]) - 1, tr = e[0] + e[1] + e[2], mean = (so[0] + so[1] + so[2]) / 3;
+    const double D = b.stateOld[n + i], dP = b.stateOld[3 * n + i];
+    double P = (mu > 0 ? mu * (K1 + mu * (c[14] + mu * c[15])) : K1 * mu) + dP;
+    for (int k = 0; k < 6; ++k) {
+      d[k] = e[k] - (k < 3 ? tr / 3 : 0);
+      s[k] = so[k] - (k < 3 ? mean : 0) + 2 * G * d[k];
+    }
+    const double trial = std::sqrt(1.5 * product(s, s)), rate = std::sqrt(2. / 3 * product(d, d)) / b.dt;
+    const double r = rate > c[6] ? 1 + c[3] * std::log(rate / c[6]) : 1;
+    const auto intactAt = [&](double p) { return sHEL * r * c[1] * std::pow((p + T) / PHEL, c[5]); };
+    const auto brokenAt = [&](double p) {
+      return p > 0 ? std::min(c[8] * sHEL, sHEL * r * c[2] * std::pow(p / PHEL, c[4])) : 0;
+    };
+    const double limited = std::max(P, -T * (1 - D)), intact = intactAt(limited), broken = brokenAt(limited);
+    const double drop = intact - broken, line = std::max(0., intact - D * drop), arm = K1 * mu + dP;
+    double q = trial, dep = 0, now = D, growth = 0;
+    if (trial > line + 1e-12 * G) {
+      const double ef = std::max(1e-30, c[11] * std::pow((limited + T) / PHEL, c[12])), slope = 3 * G * ef - drop;
+      dep = std::min(trial / (3 * G), (trial - line) * ef / slope), now = D + dep / ef;
+      if (slope <= 0 || now >= 1) dep = std::max(0., (trial - broken) / (3 * G)), now = 1;
+      q = trial - 3 * G * dep;
+      // damage and the pressure that it leaves move each other
+      const auto growthOf = [&](double more) {
+        const double left = std::max(0., line - drop * more),
+                     gain = 2 * beta * K1 * (line * line - left * left) / (6 * G);
+        return arm >= 0 ? gain / (arm + std::sqrt(arm * arm + gain) + 1e-300) : 0;
+      };
+      const auto strengthAt = [&](double more) {
+        const double p = std::max(-T * (1 - D - more), P + growthOf(more)), whole = intactAt(p);
+        return std::max(0., whole - (D + more) * (whole - brokenAt(p)));
+      };
+      if (now > D && (P < -T * (1 - now) || (beta > 0 && arm >= 0 && line > q))) {
+        const auto error = [&](double more) { return strengthAt(more) + 3 * G * ef * more - trial; };
+        const double most = error(1 - D);
+        if (slope <= 0 || most <= 0) {
+          growth = growthOf(1 - D), now = 1, q = std::min(trial, brokenAt(std::max(0., P + growth)));
+          dep = (trial - q) / (3 * G);
+        } else {
+          const double more = rootOf(error, 0, 1 - D, line - trial, most, 1e-12 * trial);
+          growth = growthOf(more), now = D + more, dep = more * ef, q = trial - 3 * G * dep;
+        }
+      }
+    }
+    // what comes back: along K1 mu + dP to zero pressure and in compression the cubic, no further in tension than the limit
+    const double limit = T * (1 - now), all = dP + growth, zero = std::max(-.5, -all / K1);
+    const double from = std::max(mu, std::max(-.9, zero - limit / K1)), L = std::log1p(from), w = from / (1 + from);
+    double back = K1 * (L - std::log1p(zero) - (from - zero) / (1 + from)) + limit * (1 / (1 + mu) - 1 / (1 + from));
+    if (from > 0)
+      back = K1 * (L - std::log1p(zero) - w + zero) + c[14] * (from - 2 * L + w) +
+             c[15] * (from * (.5 * from - 2) + 3 * L - w) + all * w;
+    P = std::max(-limit, P + growth);
+    for (int k = 0; k < 6; ++k) {
+      s[k] = (trial > 0 ? q / trial : 0) * s[k] - (k < 3 ? P : 0);
+      b.stress[k * n + i] = s[k];
+    }
+    const double state[] = {b.stateOld[i] + dep, now, 1, all};
+    for (int k = 0; k < 4; ++k) b.state[k * n + i] = state[k];
+    energies(b, i, 1, so, 1, s, e, 0);
+    const double elastic = (q * q / (6 * G) + back * (1 + mu)) / b.density[i],
+                 elasticOld = b.internalOld[i] - b.inelasticOld[i];
+    const double lost = b.internal[i] - b.internalOld[i] - (elastic - elasticOld);
+    b.inelastic[i] = b.inelasticOld[i] + (dep > 0 || now > D || growth > 0 ? std::max(0., lost) : 0);
+    b.internal[i] = b.inelastic[i] + elastic;
+  }
+}
+
+// By the linear law: equal moduli, one temperature, and increments that do not turn round.
+inline void superelasticLinear(int32_t n, const MaterialBlock& b) {
+  using namespace user;
+  const double *c = b.props, root = std::sqrt(2. / 3), sc = c[9] > 0 ? c[9] : c[5];
+  const double G = c[0] / (2 * (1 + c[1])), K = c[0] / (3 * (1 - 2 * c[1])), a = root * (sc - c[5]) / (sc + c[5]);
+  const double eV = 3 * a * c[4] / (root + a), eD = (c[4] - eV / 3) / root, f = root + a;
+  const double slope = -2 * G * eD - 3 * a * K * eV;
+  // what one xi gives back: its work where the way to austenite starts, no more than was spent on the way there
+  const double ratio = (root + a) / (root - a), other = ratio * (root * eD - eV / 3);
+  const double stored =
+      c[7] > 0 ? std::max(0., std::min(c[7] * std::max(c[4], other), c[5] * std::min(c[4], other))) : 0;
+  for (int i = 0; i < n; ++i) {
+    const double xi = b.stateOld[i];
+    double old[6], inc[6], e[6], change[6], now[6], e0[6];
+    load(b.stressOld, n, i, 6, old), load(b.strainInc, n, i, 6, inc), load(b.stateOld + n, n, i, 6, change);
+    const double p = (old[0] + old[1] + old[2]) / 3, trC = change[0] + change[1] + change[2];
+    const double tr = inc[0] + inc[1] + inc[2], volume0 = p / K + trC, volume = volume0 + tr;
+    for (int k = 0; k < 6; ++k) {
+      e0[k] = (old[k] - (k < 3 ? p : 0)) / (2 * G) + change[k] - (k < 3 ? trC / 3 : 0);
+      e[k] = e0[k] + inc[k] - (k < 3 ? tr / 3 : 0);
+    }
+    const double N = std::sqrt(product(e, e));
+    const double F0 = 2 * G * (std::sqrt(product(e0, e0)) - eD * xi) + 3 * a * K * (volume0 - eV * xi);
+    const double base = 2 * G * N + 3 * a * K * volume, F = base + slope * xi;
+    double x = xi;
+    if (F > std::max(F0, f * c[5]) && xi < 1) {
+      const double start = std::max(F0, f * c[5]), end = f * c[6], width = end - start;
+      x = base + slope >= end || width <= 0 ? 1 : (width + (1 - xi) * (base - end)) / (width - (1 - xi) * slope);
+    } else if (F < std::min(F0, f * c[7]) && xi > 0) {
+      const double start = std::min(F0, f * c[7]), end = f * c[8], width = start - end;
+      x = base <= end || width <= 0 ? 0 : xi * (base - end) / (width - xi * slope);
+    }
+    const double factor = N > 0 ? eD * x / N : 0, left = (1 - factor) * N, leftVolume = volume - eV * x;
+    for (int k = 0; k < 6; ++k) {
+      now[k] = 2 * G * (1 - factor) * e[k] + (k < 3 ? K * leftVolume : 0);
+      b.stress[k * n + i] = now[k];
+      b.state[(k + 1) * n + i] = factor * e[k] + (k < 3 ? eV * x / 3 : 0);
+    }
+    b.state[i] = x, b.state[7 * n + i] = (base + slope * x) / f;
+    const double given = .5 * (2 * G * left * left + K * leftVolume * leftVolume) + x * stored;
+    energies(b, i, 1, old, 1, now, inc, given);
+  }
+}
+
 // By the exponential law: equal moduli, one temperature, and increments that do not turn round.  Without inelastic energy.
 inline void superelasticExponential(int32_t n, const MaterialBlock& b) {
   using namespace user;

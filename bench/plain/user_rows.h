@@ -18,8 +18,10 @@ struct UserRow {
   std::vector<double> state; // largest values of the state at the start
   int arithmetic, divisions; // what a point costs, nearly
   bool isSheet = false;
-  int energies = 2;       // that the loop computes: internal, inelastic
-  double transformed = 0; // strain of full transformation, which goes along the stress
+  int energies = 2;               // that the loop computes: internal, inelastic
+  double transformed = 0;         // strain of full transformation, which goes along the stress
+  double widened = 0;             // and its volume
+  double least = .88, most = .95; // principal stretches of the deformation gradient
 };
 
 namespace {
@@ -141,6 +143,23 @@ inline std::vector<UserRow> userRows() {
        500,
        30,
        true},
+      {"TVK_JH2",
+       4,
+       {30.4e9, .93, .088, .003, .35, .77, 1, .15e9, .5, 5.95e9, 2.92e9, .053, .85, 45.4e9, -138e9, 290e9, 1, 0},
+       jh2Ceramic,
+       1.5e9,
+       5e-4,
+       1,
+       1,
+       {.05, .8, 0, 1e8},
+       450,
+       24,
+       false,
+       2,
+       0,
+       0,
+       .94,
+       .99},
       {"TVK_JHB",
        5,
        {193e9, 1.5e9, 4.92e9, 12.2e9, .5e9, .2e9, .2e9, .009, 1,     .75e9, .16, 1,
@@ -153,6 +172,21 @@ inline std::vector<UserRow> userRows() {
        {.05, 1.05, 0, 1e9, .4},
        600,
        30},
+      {"TVK_SUPER_ELASTIC_N3D",
+       8,
+       {60e9, .3, 60e9, .3, .075, 520e6, 600e6, 300e6, 200e6, 754e6, 300, 0, 0, -1},
+       superelasticLinear,
+       7e8,
+       4e-3,
+       1,
+       1,
+       {1},
+       450,
+       15,
+       false,
+       2,
+       .075 / std::sqrt(2. / 3) * 1274 / 1508,
+       3 * 234. / 1508 * .075},
       {"TVK_SUPER_ELASTIC_N3D_EXP",
        8,
        {60e9, .3, 60e9, .3, .075, 520e6, 750e6, 550e6, 200e6, 0, 300, 0, 250e6, 20e6},
@@ -184,7 +218,7 @@ void fillUserRow(const UserRow& row, int n, double* density, double* strainInc, 
           c < 3 ? random(row.shortest, row.longest) : random(-.05, .05) * (row.longest > row.shortest);
       stretchOld[c * n + i] = stretchNew[c * n + i] - strainInc[c * n + i];
     }
-    for (int c = 0; c < (row.isSheet ? 5 : 9); ++c) defgrad[c * n + i] = c < 3 ? random(.88, .95) : 0;
+    for (int c = 0; c < (row.isSheet ? 5 : 9); ++c) defgrad[c * n + i] = c < 3 ? random(row.least, row.most) : 0;
     for (int k = 0; k < row.states; ++k)
       state[k * n + i] = k < static_cast<int>(row.state.size()) ? random(0, row.state[k]) : 0;
     if (row.transformed > 0) { // stress between both finishes, and a path that does not turn round
@@ -196,7 +230,7 @@ void fillUserRow(const UserRow& row, int n, double* density, double* strainInc, 
       for (int c = 0; c < 6; ++c) {
         stress[c * n + i] = std::sqrt(2. / 3) * q * s[c] * per;
         strainInc[c * n + i] = step * row.strain * s[c] * per;
-        state[(c + 1) * n + i] = row.transformed * state[i] * s[c] * per;
+        state[(c + 1) * n + i] = state[i] * (row.transformed * s[c] * per + (c < 3 ? row.widened / 3 : 0));
       }
     }
   }

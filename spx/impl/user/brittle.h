@@ -272,6 +272,10 @@ SA_INLINE void returnToSurfaces(const Block& b, const Model& model, int start, i
 constexpr int kVector = 8;
 static_assert(kScratchPoints % kVector == 0);
 SA_INLINE int pack(const BrittleScratch& w, double kind, int length, int* place) {
+  double those = 0.0; // often none, which vectors tell
+#pragma omp simd reduction(+ : those)
+  for (int k = 0; k < length; ++k) those += w.open[k] == kind ? 1.0 : 0.0;
+  if (!(those > 0.0)) return 0;
   int count = 0;
   for (int k = 0; k < length; ++k) {
     place[count] = k;
@@ -316,15 +320,22 @@ SA_INLINE void beginDamage(const Model& model, Moving& moving) {
   const Model m = model;
   Moving& a = moving;
   const auto nearOf = [m, &a](int j) SA_POINT {
-    return m.near({a.intact[j], a.fractured[j], a.failureStrain[j]}, a.pressure[j]);
+    return m.near({a.intact[j], a.fractured[j], a.failureStrain[j]}, a.rise[j], a.perDamage[j]);
   };
   const auto errorOf = [m, &a, nearOf](int j, double d) SA_POINT {
-    const double strength = nearOf(j).strength(a.bulkingOf(m, j, d), a.damage[j] + d);
-    return vm::max(0.0, strength) + a.G3ef[j] * d - a.trial[j];
+    // bulking as a difference, which a beginning may be
+    const double arm = a.arm[j], left = vm::max(0.0, a.before[j] - a.drop(j) * d),
+                 gain = 2.0 * m.beta * m.K1 * ((a.before[j] - left) * (a.before[j] + left) * (0.5 * m.perG3));
+    const double rise = vm::select(arm >= 0.0, vm::sqrt(arm * arm + gain) - arm, 0.0);
+    return vm::max(0.0, nearOf(j).strength(rise, a.damage[j] + d)) + a.G3ef[j] * d - a.trial[j];
   };
   forPack(a.count, [m, &a, nearOf](int j) SA_POINT {
-    const double perDamage = m.beta * m.K1 * m.perG3 * a.before[j] * a.drop(j) / a.arm[j];
-    a.slope[j] = (a.G3ef[j] - a.drop(j)) + nearOf(j).slope(a.damage[j]) * perDamage;
+    const double shifted = m.aboveTension(a.pressure[j]), pressure = m.aboveZero(a.pressure[j]);
+    const double per = 1.0 / (shifted * pressure), perArm = 1.0 / a.arm[j];
+    a.rise[j] = pressure * per;
+    a.perDamage[j] = shifted * per;
+    a.slope[j] = (a.G3ef[j] - a.drop(j)) +
+                 nearOf(j).slope(a.damage[j]) * (m.beta * m.K1 * m.perG3 * a.before[j] * a.drop(j) * perArm);
   });
   forPack(a.count, [&a, errorOf](int j) SA_POINT { a.error[j] = errorOf(j, 1.0 - a.damage[j]); });
   forPack(a.count, [&a](int j) SA_POINT {
@@ -332,12 +343,12 @@ SA_INLINE void beginDamage(const Model& model, Moving& moving) {
     const double linear = a.slope[j] * most, bend = (a.error[j] - atZero) - linear;
     a.root[j] = -2.0 * atZero * most / (linear + vm::sqrt(vm::max(0.0, linear * linear - 4.0 * bend * atZero)));
   });
-  forPack(a.count, [&a, errorOf](int j) SA_POINT { a.rise[j] = errorOf(j, a.root[j]); });
+  forPack(a.count, [&a, errorOf](int j) SA_POINT { a.strength[j] = errorOf(j, a.root[j]); });
   forPack(a.count, [&a](int j) SA_POINT {
     const double most = 1.0 - a.damage[j], atZero = a.before[j] - a.trial[j], slope = a.slope[j], root = a.root[j];
     // d^2 (b + c (d - root)) is the rest at root and at 1 - D
     const double atMost = a.error[j], restAtMost = (atMost - atZero) - slope * most,
-                 rest = (a.rise[j] - atZero) - slope * root;
+                 rest = (a.strength[j] - atZero) - slope * root;
     const double root2 = root * root, most2 = most * most, gap = most - root, per = 1.0 / (root2 * most2 * gap);
     const double b = rest * (most2 * gap * per), c = (restAtMost * root2 - rest * most2) * per;
     double d = root;
@@ -355,12 +366,14 @@ SA_INLINE void stepDamage(const Model& model, Moving& moving) {
   const Model m = model;
   Moving& a = moving;
   forPack(a.count, [m, &a](int j) SA_POINT {
-    const double d = vm::min(a.x[j], 1.0 - a.damage[j]), rise = a.bulkingOf(m, j, d);
-    double perDamage = 0.0;
-    if constexpr (Model::kBulks) {
-      const double left = vm::max(0.0, a.before[j] - a.drop(j) * d);
-      perDamage =
-          vm::select(a.arm[j] >= 0.0, m.beta * m.K1 * m.perG3 * left * a.drop(j) / (a.arm[j] + rise + 1e-300), 0.0);
+    const double d = vm::min(a.x[j], 1.0 - a.damage[j]);
+    double rise = 0.0, perDamage = 0.0;
+    if constexpr (Model::kBulks) { // as `bulking`, with its slope by the same division
+      const double arm = a.arm[j], left = vm::max(0.0, a.before[j] - a.drop(j) * d), betaK1 = m.beta * m.K1;
+      const double gain = betaK1 * ((a.before[j] - left) * (a.before[j] + left) * m.perG3);
+      const double end = vm::sqrt(arm * arm + gain), per = 1.0 / (end * (arm + end) + 1e-300);
+      rise = vm::select(arm >= 0.0, gain * end * per, 0.0);
+      perDamage = vm::select(arm >= 0.0, betaK1 * m.perG3 * left * a.drop(j) * ((arm + end) * per), 0.0);
     }
     a.x[j] = d;
     a.rise[j] = rise;
@@ -392,11 +405,11 @@ SA_INLINE void stepDamage(const Model& model, Moving& moving) {
     a.atEnd[j] = vm::select(next == d, 1.0, 0.0);
     a.low[j] = vm::select(moves, lower, lowOld);
     a.high[j] = vm::select(moves, upper, highOld);
-    a.runs[j] = vm::select(moves & (vm::abs(next - d) > 1e-7 * next), 1.0, 0.0);
+    a.runs[j] = vm::select(moves & (vm::abs(next - d) > 2e-6 * next), 1.0, 0.0);
   });
 }
 
-// After the first step and after each few more the points that go on are packed anew; false when there are none.
+// After every second step the points that go on are packed anew; false when there are none.
 constexpr int kDamageSteps = 2, kDamageRounds = 30;
 template <class Model>
 SA_INLINE bool settleDamage(const Model& model, int length, BrittleScratch& w, bool isFirst) {
@@ -414,7 +427,7 @@ SA_INLINE bool settleDamage(const Model& model, int length, BrittleScratch& w, b
   });
   if constexpr (Model::kBulks)
     if (isFirst) beginDamage(m, a);
-  for (int step = 0; step < (isFirst ? 1 : kDamageSteps); ++step) stepDamage(m, a);
+  for (int step = 0; step < kDamageSteps; ++step) stepDamage(m, a);
   // results take the places of what is not needed any more
   forPack(a.count, [m, &a](int j) SA_POINT {
     const double d = a.x[j], D = a.damage[j] + d, trial = a.trial[j], strength = a.strength[j], ef = a.failureStrain[j];

@@ -48,9 +48,12 @@ struct Jh2 : CeramicConstants {
   }
   SA_INLINE StrengthSlopes slopes(double p, const Strength& s) const {
     const bool isBelowCap = s.fractured < largestFractured * elasticStrength;
-    return {N * s.intact / vm::max(1e-12 * T, p + T),
-            vm::select((p > 0.0) & isBelowCap, M * s.fractured / vm::max(1e-12 * T, p), 0.0)};
+    const double above = aboveTension(p), pressure = aboveZero(p), per = 1.0 / (above * pressure);
+    return {N * s.intact * (pressure * per), vm::select((p > 0.0) & isBelowCap, M * s.fractured * (above * per), 0.0)};
   }
+  // What slopes divide by, never zero.
+  SA_INLINE double aboveTension(double p) const { return vm::max(1e-12 * T, p + T); }
+  SA_INLINE double aboveZero(double p) const { return vm::max(1e-12 * T, p); }
 
   // The powers of 1 + u as (12 + 6 (2 + N) u + (1 + N)(2 + N) u^2) / (12 + 6 (2 - N) u + (1 - N)(2 - N) u^2), Pade's fraction: to
   // 1e-15 for a pressure that rises by 1/300, 3e-4 where it doubles.
@@ -71,10 +74,9 @@ struct Jh2 : CeramicConstants {
       return i - D * (i - f);
     }
   };
-  SA_INLINE Near near(const Strength& s, double p) const {
-    const double shifted = vm::max(1e-12 * T, p + T), pressure = vm::max(1e-12 * T, p),
-                 per = 1.0 / (shifted * pressure);
-    return {M, N, largestFractured * elasticStrength, s.intact, s.fractured, pressure * per, shifted * per};
+  // perTension, perZero: one over the two above
+  SA_INLINE Near near(const Strength& s, double perTension, double perZero) const {
+    return {M, N, largestFractured * elasticStrength, s.intact, s.fractured, perTension, perZero};
   }
 };
 

@@ -56,11 +56,13 @@ SA_INLINE void strainAt(const Table& curve, int n, const double* stress, double*
 }
 
 // How far the logarithm of a rate has gone from that of one row to that of the next; held outside.
-SA_INLINE double rateWeight(double logRate, double logFrom, double logTo) {
-  const double span = logTo - logFrom,
-               weight = (logRate - logFrom) / vm::select(span > 0.0, span, 1e-300); // neighbours
-  return vm::select(weight > 0.0, vm::min(1.0, weight), weight + (0.0 - weight));   // a NaN stays one
+SA_INLINE double rateWeight(double logRate, double logFrom, double perSpan) {
+  const double weight = (logRate - logFrom) * perSpan;
+  return vm::select(weight > 0.0, vm::min(1.0, weight), weight + (0.0 - weight)); // a NaN stays one
 }
+
+// One over the way; that of neighbours, whose logarithms may be one number, is as steep as a step.
+SA_INLINE double perSpanOf(double logFrom, double logTo) { return logTo > logFrom ? 1.0 / (logTo - logFrom) : 1e300; }
 
 // A column of a table with a column of rates, straight in the logarithm of the rate and held outside; no rows: `none`.  One row
 // holds for every rate, and then the logarithm is not read.
@@ -70,8 +72,8 @@ SA_INLINE void valueAtRate(const Table& table, int column, int rateColumn, int n
   forPoints(n, [=](int i) SA_POINT { value[i] = first; });
   for (int r = 1; r < table.rows; ++r) {
     const double from = vm::log(table.at(r - 1, rateColumn)), to = vm::log(table.at(r, rateColumn));
-    const double rise = table.at(r, column) - table.at(r - 1, column);
-    forPoints(n, [=](int i) SA_POINT { value[i] += rateWeight(logRate[i], from, to) * rise; });
+    const double perSpan = perSpanOf(from, to), rise = table.at(r, column) - table.at(r - 1, column);
+    forPoints(n, [=](int i) SA_POINT { value[i] += rateWeight(logRate[i], from, perSpan) * rise; });
   }
 }
 
@@ -105,10 +107,11 @@ SA_INLINE void raiseToRate(const RateFamily& family, int n, const double* strain
   for (int k = 1; k < family.rates.rows; ++k) {
     values += int64_t{kCurveColumns} * static_cast<int>(family.rates.at(k - 1, 1));
     stressAt(family.curve(k, values), n, strain, above);
-    const double from = vm::log(family.rates.at(k - 1, 0)), to = vm::log(family.rates.at(k, 0));
+    const double from = vm::log(family.rates.at(k - 1, 0)), to = vm::log(family.rates.at(k, 0)),
+                 perSpan = perSpanOf(from, to);
     forPoints(n, [=, &logRate, &below, &above](int i) SA_POINT {
       const double b = below[i], a = above[i];
-      stress[i] += rateWeight(logRate[i], from, to) * (a - b);
+      stress[i] += rateWeight(logRate[i], from, perSpan) * (a - b);
       below[i] = a;
     });
   }

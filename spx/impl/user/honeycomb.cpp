@@ -110,8 +110,9 @@ SA_INLINE void findFactor(const Table& rates, int n, Lane& factor) {
   forPoints(n, [=, &factor](int k) SA_POINT { factor[k] = least; });
   for (int r = 1; r < rates.rows; ++r) {
     const double from = vm::log(rates.at(r - 1, Honeycomb::kRate)), to = vm::log(rates.at(r, Honeycomb::kRate)),
+                 perSpan = perSpanOf(from, to),
                  more = rates.at(r, Honeycomb::kFactor) - rates.at(r - 1, Honeycomb::kFactor);
-    forPoints(n, [=, &factor, &logRate](int k) SA_POINT { factor[k] += rateWeight(logRate[k], from, to) * more; });
+    forPoints(n, [=, &factor, &logRate](int k) SA_POINT { factor[k] += rateWeight(logRate[k], from, perSpan) * more; });
   }
 }
 

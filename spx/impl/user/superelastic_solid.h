@@ -13,9 +13,10 @@ SA_INLINE Norm normAt(const Superelastic& m, double N, double volume) {
 // What is left of strains that cancel is their round-off: without a trace that is none of the volume's, and without a direction of
 // its own.  Martensite may be left there, whose stress needs one: it is that from which the point has come, of next to no strain.
 // From the strain deviator e, the squares of the norms of what it is made of, and the part from which the point has come.
+constexpr double kCancels = 1e-8; // of the squares
 template <class Storage>
 SA_INLINE Sym<Storage> settled(const Sym<Storage>& e, double squares, const Sym<Storage>& from) {
-  constexpr double kCancels = 1e-8, kIsRoundOff = 1e-26; // of the squares
+  constexpr double kIsRoundOff = 1e-26; // of the squares
   constexpr double kNextToNothing = 1e-15;
   const double square = product(e, e);
   const Sym<Storage> traceless = select(square <= kCancels * squares, deviator(e), e);
@@ -30,15 +31,18 @@ struct Start {
   Sym<Storage> e;
   double volume, xi, norm;
 };
-template <class Storage>
+// kSettles: else strains are known not to cancel.  Whether they do is told by `cancels`, if it is asked for.
+template <bool kSettles = true, class Storage>
 SA_INLINE Start<Storage> startOf(const Superelastic& m, double xi, const Sym<Storage>& stress,
-                                 const Sym<Storage>& change) {
+                                 const Sym<Storage>& change, bool* cancels = nullptr) {
   const Sym<Storage> transformed = deviator(change), s = deviator(stress);
   const double perG2 = 1.0 / (2.0 * (m.G + xi * m.dG));
-  const Sym<Storage> e = settled(sum(transformed, perG2, s),
-                                 product(transformed, transformed) + (perG2 * perG2) * product(s, s), transformed);
-  const double volume = trace(stress) / (3.0 * (m.K + xi * m.dK)) + trace(change);
-  return {e, volume, xi, normAt(m, vm::sqrt(product(e, e)), volume)(xi)};
+  const double squares = product(transformed, transformed) + (perG2 * perG2) * product(s, s);
+  Sym<Storage> e = sum(transformed, perG2, s);
+  if constexpr (kSettles) e = settled(e, squares, transformed);
+  const double volume = trace(stress) / (3.0 * (m.K + xi * m.dK)) + trace(change), square = product(e, e);
+  if (cancels != nullptr) *cancels = square <= kCancels * squares;
+  return {e, volume, xi, normAt(m, vm::sqrt(square), volume)(xi)};
 }
 
 struct Response {
@@ -67,6 +71,7 @@ struct Points {
   double across[kScratchPoints];                              // strain across in that step, for plane stress
   double slope[kScratchPoints];                               // of the limit with temperature that F is compared with
   double moved[kScratchPoints], movedPerNorm[kScratchPoints]; // the fraction after that step, by a law that iterates
+  double reached[kScratchPoints];                             // norm of the strain after the step of an ordinary piece
 
   SA_INLINE Start<Storage> start(int k) const {
     return {loadTensor<Storage>(e, kScratchPoints, k), volume[k], xi[k], norm[k]};
@@ -107,14 +112,15 @@ struct Reached {
   Norm F;
   Limits limits;
 };
-template <bool kPlaneStress, class Storage>
+template <bool kPlaneStress, bool kSettles = true, class Storage>
 SA_INLINE Reached<Storage> reachedBy(const Superelastic& m, const Points<Storage>& points, int k, double across) {
   const Start<Storage> s = points.start(k);
   const double share = points.part[k];
   const Sym<Storage> inc = shareOf<kPlaneStress>(points.rest(k), share, across), de = deviator(inc);
   Sym<Storage> e = sum(s.e, 1.0, de);
-  if constexpr (!kPlaneStress) e = settled(e, product(s.e, s.e) + product(de, de), s.e);
-  const double volume = s.volume + trace(inc), N = vm::sqrt(product(e, e));
+  if constexpr (!kPlaneStress && kSettles) e = settled(e, product(s.e, s.e) + product(de, de), s.e);
+  const double volume = s.volume + trace(inc);
+  const double N = kSettles ? vm::sqrt(product(e, e)) : points.reached[k];
   return {inc, e, volume, N, normAt(m, N, volume), limitsAt(m, s.norm, points.tempOld[k], points.tempAt(k, share))};
 }
 template <class Storage, class Law>
@@ -126,13 +132,13 @@ SA_INLINE Response responseAt(const Law& m, const Points<Storage>& points, int k
 }
 
 // The fractions after the step of all points, before anything asks for their response.
-template <bool kPlaneStress, class Storage, class Law>
+template <bool kPlaneStress, bool kSettles = true, class Storage, class Law>
 SA_INLINE void findFractions(const Law& model, int count, Points<Storage>& points) {
   if constexpr (Law::kIterates) {
     const Law m = model;
     Ways ways;
     forPoints(count, [=, &points, &ways](int k) SA_POINT {
-      const Reached<Storage> at = reachedBy<kPlaneStress>(m, points, k, points.across[k]);
+      const Reached<Storage> at = reachedBy<kPlaneStress, kSettles>(m, points, k, points.across[k]);
       points.moved[k] = ways.set(k, at.F, moveOf(at.F, points.xi[k], at.limits));
       points.movedPerNorm[k] = 0.0;
     });
@@ -347,9 +353,47 @@ SA_INLINE void findStart(const Block& b, const Superelastic& model, const Arrays
   });
 }
 
+// Most pieces are ordinary: no strain cancels, neither at the start nor at the end, and F of no point turns from falling to rising,
+// so that each takes its increment in one part.  F is convex along the path: it turns nowhere if it rises at the start or falls at
+// the end, or if the volume moves it faster than the strain deviator can.  Near to either, where the place of the turn might still be found inside by its round-off, and where that is ill
+// posed, a piece counts as not ordinary, and is worked through anew; both ways give a point of an ordinary piece the same bits.
+template <class Storage>
+SA_INLINE bool isOrdinary(const Block& b, const Superelastic& model, const Arrays& from, int start, int length,
+                          Points<Storage>& points) {
+  constexpr double kNear = 1e-5 * 1e-5, kIllPosed = 1e-6;
+  const Superelastic m = model;
+  const int64_t n = b.points;
+  const double *stress = from.stress, *state = from.state;
+  Lane isOther;
+  forPoints(length, [=, &points, &isOther](int k) SA_POINT {
+    const int i = start + k;
+    const double xi = state[i];
+    bool cancels = false;
+    const Start<Storage> s =
+        startOf<false>(m, xi, loadTensor<Storage>(stress, n, i), loadTensor<Storage>(state + n, n, i), &cancels);
+    const Sym<Storage> rest = points.rest(k), de = deviator(rest), e = sum(s.e, 1.0, de);
+    const double before = product(s.e, s.e), along = product(s.e, de), square = product(de, de), now = product(e, e);
+    const double N = vm::sqrt(now), G2 = 2.0 * (m.G + xi * m.dG), K3 = 3.0 * (m.K + xi * m.dK);
+    // of F over the path, times |e|
+    const double volume = m.alpha * K3 * trace(rest), atStart = G2 * along + volume * vm::sqrt(before),
+                 atEnd = G2 * (along + square) + volume * N;
+    const double size = square * (G2 * G2), rise = size - volume * volume;
+    const bool risesAtOnce = (atStart > 0.0) & (atStart * atStart > kNear * (size * before)),
+               fallsToTheEnd = (atEnd < 0.0) & (atEnd * atEnd > kNear * (size * now)),
+               neverTurns = (rise < -kIllPosed * size) | (size == 0.0), isPosed = rise > kIllPosed * size;
+    const bool isOne =
+        (neverTurns | (isPosed & (risesAtOnce | fallsToTheEnd))) & !cancels & (now > kCancels * (before + square));
+    points.setStart(k, s);
+    points.reached[k] = N;
+    points.part[k] = 1.0;
+    isOther[k] = vm::select(isOne, 0.0, 1.0);
+  });
+  return !isAnySet(length, isOther);
+}
+
 // One part of the increment.  The first parts leave points that have none as they are, to the bit: then they may be left out
 // where no point of a piece has one.
-template <bool kFirstPart, bool kPlaneStress, class Storage, class Law>
+template <bool kFirstPart, bool kPlaneStress, bool kSettles = true, class Storage, class Law>
 SA_INLINE void advance(const Block& b, const Law& model, const Arrays& from, int start, int length,
                        Points<Storage>& points) {
   const Law m = model;
@@ -358,14 +402,14 @@ SA_INLINE void advance(const Block& b, const Law& model, const Arrays& from, int
   const double *density = b.density, *stressOld = from.stress, *stateOld = from.state, *internalOld = from.internal,
                *inelasticOld = from.inelastic;
   double *stress = b.stress, *state = b.state, *internal = b.internal, *inelastic = b.inelastic;
-  findFractions<kPlaneStress>(m, length, points);
+  findFractions<kPlaneStress, kSettles>(m, length, points);
   forPoints(length, [=, &points](int k) SA_POINT {
     const int i = start + k;
     const double intOld = internalOld[i], inelOld = inelasticOld[i], perDensity = 1.0 / density[i];
     const Sym<Storage> old = loadTensor<Storage>(stressOld, n, i);
     [[maybe_unused]] const Sym<Storage> change = loadTensor<Storage>(stateOld + n, n, i);
     const double share = points.part[k], temperature = points.tempAt(k, share);
-    const Reached<Storage> at = reachedBy<kPlaneStress>(m, points, k, points.across[k]);
+    const Reached<Storage> at = reachedBy<kPlaneStress, kSettles>(m, points, k, points.across[k]);
     const Sym<Storage> inc = at.inc, e = at.e;
     const Response r = responseAt(m, points, k, at);
     Sym<Storage> now = sum(r.shearFactor * e, r.pressure);
@@ -415,8 +459,6 @@ SA_INLINE void superelastic(const Block& b, const Law& model) {
     const double factor = kRoot + m.alpha, slopeAM = factor * m.slopeAM, slopeMA = factor * m.slopeMA;
     const double *strainInc = b.strainInc, *tempOld = b.tempOld, *tempNew = b.tempNew;
     Points<Storage> points;
-    double turn[kScratchPoints], second[kScratchPoints] = {},
-                                 open[kScratchPoints]; // open: the strain across is to be found
     Arrays from{b.stressOld, b.stateOld, b.internalOld, b.inelasticOld};
     double heated = 0.0;
     for (int k = 0; k < length; ++k) heated += tempNew[start + k] != tempOld[start + k] ? 1.0 : 0.0;
@@ -430,6 +472,13 @@ SA_INLINE void superelastic(const Block& b, const Law& model) {
       points.tempNew[k] = tempNew[i];
       points.slope[k] = slopeMA;
     });
+    if constexpr (!kPlaneStress)
+      if (!isThermal && !m.moves && isOrdinary(b, m, from, start, length, points)) {
+        advance<false, false, false>(b, m, from, start, length, points);
+        return;
+      }
+    double turn[kScratchPoints], second[kScratchPoints] = {},
+                                 open[kScratchPoints]; // open: the strain across is to be found
     findStart(b, m, from, start, length, points);
     // where limits move with temperature in two ways, both turns are looked for: the nearer comes first, and then the other is
     // looked for again

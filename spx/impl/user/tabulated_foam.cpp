@@ -332,6 +332,7 @@ SA_INLINE void storeStress(const Block& b, const TabulatedFoam<kFoam>& m, int st
     const Sym<Storage> U = loadTensor<Storage>(stretch, N, i);
     const auto directions = w.frame.directions(k);
     const double l1 = 1.0 - w.frame.e1[k], l2 = 1.0 - w.frame.e2[k], l3 = 1.0 - w.frame.e3[k];
+    const double perVolume = 1.0 / (l1 * l2 * l3);
     const double T1 = -w.stress[0][k], T2 = -w.stress[1][k], T3 = -w.stress[2][k];
     Sym<Storage> now{};
     if constexpr (Model::kByComponent) {
@@ -342,7 +343,7 @@ SA_INLINE void storeStress(const Block& b, const TabulatedFoam<kFoam>& m, int st
         now.s13 = vm::select(U.s13 < 0.0, -1.0, 1.0) * w.stress[5][k];
       }
       now = intoFrame(directions, now);
-      now.s11 /= l2 * l3, now.s22 /= l1 * l3, now.s33 /= l1 * l2;
+      now.s11 *= l1 * perVolume, now.s22 *= l2 * perVolume, now.s33 *= l3 * perVolume;
       now.s12 *= 2.0 / (l3 * (l1 + l2));
       if constexpr (Storage::k23and13) {
         now.s23 *= 2.0 / (l1 * (l2 + l3));
@@ -350,7 +351,7 @@ SA_INLINE void storeStress(const Block& b, const TabulatedFoam<kFoam>& m, int st
       }
       now = outOfFrame(directions, now);
     } else {
-      now = outOfFrame(directions, T1 / (l2 * l3), T2 / (l1 * l3), T3 / (l1 * l2));
+      now = outOfFrame(directions, T1 * (l1 * perVolume), T2 * (l2 * perVolume), T3 * (l3 * perVolume));
     }
     const Sym<Storage> strain = loadTensor<Storage>(strainInc, N, i);
     if (isDamped) {

@@ -3,6 +3,8 @@
 #include "bench/plain/user_rows.h"
 #include "tests/support/user_material.h"
 
+#include <cstring>
+
 namespace {
 
 using namespace sharedanalysis::test;
@@ -79,6 +81,43 @@ void advance(Material& m, bool isStretched, const Strain& change) {
     m.stretchTo(change);
   else
     m.step(change);
+}
+
+// Stages are left out where no point of a piece needs them: points at rest, that turn round, whose strains cancel or that are no
+// numbers change no bit of those beside them.
+TEST(UserMaterials, APointKnowsNoOther) {
+  Random random(18);
+  const int n = 80;
+  for (const Example& e : examples()) {
+    const Material& m = e.start;
+    Material block(m.name, m.props, m.states, m.ndir, m.nshr, n);
+    std::vector<Material> alone(n, m);
+    std::vector<Strain> sum(n, Strain{});
+    for (int k = 0; k < 5; ++k) {
+      std::vector<Strain> increments(n);
+      for (int i = 0; i < n; ++i) {
+        Strain& inc = increments[i] = randomStrain(random, .3 * e.size, m.nshr);
+        if (i % 16 == 3 || i >= 72) inc = Strain{};                    // at rest, and a piece of that
+        if (i % 16 == 5 && k > 1) inc = sum[i] * (k == 2 ? -1 : -1.5); // back to the start, or beyond
+        if (i == 37 && k == 3) inc[0] = std::numeric_limits<double>::quiet_NaN();
+        for (int c = 0; c < 6; ++c) sum[i][c] += inc[c];
+        alone[i].stepAll({inc});
+      }
+      block.stepAll(increments);
+    }
+    for (int i = 0; i < n; ++i) {
+      const auto isSame = [&](const Values& one, const Values& all) {
+        for (std::size_t c = 0; c < one.size(); ++c) {
+          const double a = one[c], b = all[c * n + i];
+          if (a != a ? b == b : std::memcmp(&a, &b, sizeof a) != 0) return false;
+        }
+        return true;
+      };
+      EXPECT_TRUE(isSame(alone[i].stress, block.stress) && isSame(alone[i].state, block.state) &&
+                  isSame(alone[i].internal, block.internal) && isSame(alone[i].inelastic, block.inelastic))
+          << m.name << i;
+    }
+  }
 }
 
 // The answer to a strain in other axes is the answer in other axes.
