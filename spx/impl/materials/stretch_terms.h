@@ -15,6 +15,8 @@
 #include "spx/impl/materials/hyper_models.h"
 #include "spx/impl/materials/hyper_states.h"
 
+#include <type_traits>
+
 namespace sa {
 
 // ---- constants
@@ -53,11 +55,22 @@ struct FoamTerms {
 struct StretchLogs {
   double J[kScratchPoints], L[kScratchPoints], guard[kScratchPoints]; // guard: the flag
   double x1[kScratchPoints], x2[kScratchPoints], x3[kScratchPoints];
+  double reach; // the largest |ln l^2| of the piece; infinity where one is no finite number
 };
 
 struct Stretches {
   double l1, l2, l3;
 };
+
+SA_INLINE double largestOf(int n, const double* x1, const double* x2, const double* x3) {
+  double largest = 0.0;
+#pragma omp simd reduction(max : largest)
+  for (int i = 0; i < n; ++i) {
+    const double x = vm::max(vm::max(vm::abs(x1[i]), vm::abs(x2[i])), vm::abs(x3[i]));
+    largest = largest > x ? largest : x;
+  }
+  return largest;
+}
 
 // stretch(i, k) gives the stretches of point i of the piece, k of the block.  A product below the smallest normal number sets
 // the flag; a flagged point has J = 1 and keeps its stretches.
@@ -72,7 +85,8 @@ SA_INLINE void takeLogarithms(int start, int n, Stretch stretch, double* flag, S
     w.J[i] = guard + (1.0 - guard) * product;
   });
   if constexpr (Terms::kFoam) {
-    forPoints(n, [=, &w](int i) SA_POINT { w.L[i] = vm::log(w.J[i]); });
+    forPoints(n, [=, &w](int i) SA_POINT { w.L[i] = w.J[i]; });
+    vm::logOfPiece(n, w.L);
     forPoints(n, [=, &w](int i) SA_POINT {
       const Stretches s = stretch(i, start + i);
       w.x1[i] = s.l1 * s.l1;
@@ -80,26 +94,41 @@ SA_INLINE void takeLogarithms(int start, int n, Stretch stretch, double* flag, S
       w.x3[i] = s.l3 * s.l3;
     });
   } else {
-    forPoints(n, [=, &w](int i) SA_POINT { w.L[i] = vm::log(vm::abs(w.J[i])); });
-    forPoints(n, [=, &w](int i) SA_POINT {
-      const double factor = vm::expClamped(-0.6666666666666666 * w.L[i]);
+    forPoints(n, [=, &w](int i) SA_POINT { w.L[i] = vm::abs(w.J[i]); });
+    const bool plain = vm::logOfPiece(n, w.L);
+    const auto isochoric = [=, &w](int i, double factor) SA_POINT {
       const Stretches s = stretch(i, start + i);
       w.x1[i] = s.l1 * s.l1 * factor;
       w.x2[i] = s.l2 * s.l2 * factor;
       w.x3[i] = s.l3 * s.l3 * factor;
-    });
+    };
+    if (plain) // logarithms of at most 710
+      forPoints(n, [=, &w](int i) SA_POINT { isochoric(i, vm::expInside(-0.6666666666666666 * w.L[i])); });
+    else
+      forPoints(n, [=, &w](int i) SA_POINT { isochoric(i, vm::expClamped(-0.6666666666666666 * w.L[i])); });
   }
-  forPoints(n, [=, &w](int i) SA_POINT { w.x1[i] = vm::log(w.x1[i]); });
-  forPoints(n, [=, &w](int i) SA_POINT { w.x2[i] = vm::log(w.x2[i]); });
-  forPoints(n, [=, &w](int i) SA_POINT { w.x3[i] = vm::log(w.x3[i]); });
+  const bool plain1 = vm::logOfPiece(n, w.x1), plain2 = vm::logOfPiece(n, w.x2), plain3 = vm::logOfPiece(n, w.x3);
+  w.reach = plain1 && plain2 && plain3 ? largestOf(n, w.x1, w.x2, w.x3) : vm::kInfinity;
 }
 
 // ---- sums over the terms
 
-// l^alpha from ln l^2; one for an exponent of zero, whatever the stretch.
+// l^alpha from ln l^2; one for an exponent of zero, whatever the stretch.  In a piece whose products are known to be small the
+// exponential has neither ends nor a stretch without a logarithm.
+template <bool kSmall>
 SA_INLINE double power(double half, double x) {
-  const double p = vm::expClamped(half * x);
-  return vm::select(half == 0.0, 1.0, p);
+  if constexpr (kSmall)
+    return vm::expInside(half * x);
+  else {
+    const double p = vm::expClamped(half * x);
+    return vm::select(half == 0.0, 1.0, p);
+  }
+}
+SA_INLINE bool haveSmallPowers(int n, const double* alpha, double reach) {
+  uint64_t outside = 0;
+#pragma omp simd reduction(| : outside)
+  for (int i = 0; i < n; ++i) outside |= vm::toBits(vm::abs(0.5 * alpha[i]) * reach <= 708.0 ? 0.0 : 1.0);
+  return outside == 0;
 }
 
 // Where alpha is small the brackets are differences of powers that nearly meet: 2 mu/alpha^2 times their rounding would be
@@ -134,7 +163,7 @@ SA_INLINE bool anySmallTerm(int n, const double* alpha) {
 SA_INLINE double remainderOfExp(double u) {
   const bool near = vm::abs(u) < 0.34;
   const double v = near ? 1.0 : u, far = (vm::expm1(v) - v) / (v * v);
-  return near ? vm::polynomial(near ? u : 0.0, vm::kExpm1Coefficients) : far;
+  return near ? vm::remainderOfExp(near ? u : 0.0) : far;
 }
 
 struct EnergySum {
@@ -152,23 +181,27 @@ template <class Terms, class Add, class AddSmall>
 SA_INLINE void forTerms(int start, int n, const Terms& terms, const StretchLogs& w, Add add, AddSmall addSmall) {
   for (int t = 0; t < Terms::kTerms; ++t) {
     const double *mu = terms.mu[t] + start, *alpha = terms.alpha[t] + start;
+    double volume[kScratchPoints]; // foam
     if constexpr (Terms::kFoam) {
       const double* beta = terms.beta[t] + start;
-      double volume[kScratchPoints];
       forPoints(n, [=, &w, &volume](int i) SA_POINT {
         const double b = beta[i], g = vm::abs(b) < vm::kSmallestNormal ? 1.0 : 0.0, exponent = alpha[i] * w.L[i];
         volume[i] = vm::expm1(-(exponent * b)) * (1.0 - g) / (b + g) - g * exponent;
       });
-      forPoints(n, [=, &w, &volume](int i) SA_POINT {
-        const TermFactors f = termFactors(mu[i], alpha[i]);
-        add(i, f, power(f.half, w.x1[i]), power(f.half, w.x2[i]), power(f.half, w.x3[i]), volume[i], beta[i]);
-      });
-    } else {
-      forPoints(n, [=, &w](int i) SA_POINT {
-        const TermFactors f = termFactors(mu[i], alpha[i]);
-        add(i, f, power(f.half, w.x1[i]), power(f.half, w.x2[i]), power(f.half, w.x3[i]), 0.0, 0.0);
-      });
     }
+    const auto addTerm = [=, &w, &volume](int i, auto small) SA_POINT {
+      const TermFactors f = termFactors(mu[i], alpha[i]);
+      const double P1 = power<small>(f.half, w.x1[i]), P2 = power<small>(f.half, w.x2[i]),
+                   P3 = power<small>(f.half, w.x3[i]);
+      if constexpr (Terms::kFoam)
+        add(i, f, P1, P2, P3, volume[i], terms.beta[t][start + i]);
+      else
+        add(i, f, P1, P2, P3, 0.0, 0.0);
+    };
+    if (haveSmallPowers(n, alpha, w.reach))
+      forPoints(n, [=](int i) SA_POINT { addTerm(i, std::true_type{}); });
+    else
+      forPoints(n, [=](int i) SA_POINT { addTerm(i, std::false_type{}); });
     if (anySmallTerm(n, alpha)) addSmall(t);
   }
 }
