@@ -311,12 +311,14 @@ bool isDistortedShell(const Brick& x, double t, double a, double b) {
 TEST(EveryOperator, LengthsThatNoDoubleHoldsInProducts) {
   Random random(61);
   std::vector<Brick> bricks;
-  for (int e = 0; e < 1200; ++e) {
+  for (int e = 0; e < 400; ++e) {
     const int kind = e % 4;
     const double all = std::pow(10.0, kind == 0 ? random.integer(-104, 110) : random.integer(-300, 300));
     Point factors = {all, all, all};
     if (kind > 1)
       for (double& f : factors) f = std::pow(10.0, random.integer(-300, 300));
+    if (e % 40 == 1) factors = {2.5e-120, 4.6e83, 6.6e-110}; // heat flows overflow on the way
+    if (e % 40 == 21) factors = {1.5e-32, 1.7e154, 6e153};   // and cofactors, though the determinant is small
     bricks.push_back(scaled(distorted(random, e % 2 == 0 ? 0.0 : 0.2), factors));
     if (kind == 3) bricks.back()[3][1] = 1.7e308;
   }
@@ -369,7 +371,7 @@ TEST(EveryOperator, LengthsThatNoDoubleHoldsInProducts) {
   for (const Face& f : faces) {
     const double areas[] = {1e220, 1e-208, 1e200, 1e-200, 1};
     for (int e = 0; e < 5; ++e) EXPECT_NEAR(f.area[n - 5 + e] / areas[e], 1, 1e-14);
-    for (int e = 2; e < 1200; e += 4) { // boxes, many far longer than wide
+    for (int e = 2; e < 400; e += 4) { // boxes, many far longer than wide
       const double vector = std::hypot(f.normal[e], f.normal[e + n], f.normal[e + 2 * n]);
       EXPECT_TRUE(f.area[e] == vector || std::abs(f.area[e] / vector - 1) < 1e-14) << e;
     }
@@ -385,7 +387,7 @@ TEST(EveryOperator, LengthsThatNoDoubleHoldsInProducts) {
   }
   call(SPX_OPE_SC3DDISTORTIONCHECK, n, thickness, lengths, &lengths[n], coordinates(bricks, n), flags);
   for (int e = 0; e < n; ++e)
-    if (e >= 1200 || e % 4 != 3) { // else components of an edge are up to 1e600 apart
+    if (e >= 400 || e % 4 != 3) { // else components of an edge are up to 1e600 apart
       EXPECT_EQ(flags[e] != 0, isDistortedShell(bricks[e], thickness[e], lengths[e], lengths[n + e])) << e;
     }
   EXPECT_GT(std::count(flags.begin(), flags.end(), 0.0), 100);
