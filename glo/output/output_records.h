@@ -46,12 +46,11 @@ struct RecordScratch {
 };
 
 // One record for each entry, `distance` reals apart: component(j, k) gives component k of the four entries from j on,
-// one(j, distance) writes one record.  Where records of one, two or four reals have no gap, compilers use the longest vectors
-// that there are.
+// one(j, distance) writes one record.  Records of up to four reals without a gap are left to the compiler, which has
+// the longest vectors for them.
 template <int kReals>
 SA_INLINE void writeRecords(int n, double* out, int64_t distance, auto component, auto one) {
-  constexpr bool fitVectors = kReals == 1 || kReals == 2 || kReals == 4;
-  if (fitVectors && distance == kReals)
+  if (kReals <= 4 && distance == kReals)
     forPoints(n, [=](int j) SA_POINT { one(j, kReals); });
   else
     forFours(

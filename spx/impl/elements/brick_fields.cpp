@@ -84,10 +84,10 @@ SA_INLINE void heatFlows(int n, int64_t N, const OnePoint& brick, const HeatFlow
     const double h1 = (u * dx.h1[e] + v * dy.h1[e] + w * dz.h1[e]) - h.g1[e];
     const double h2 = (u * dx.h2[e] + v * dy.h2[e] + w * dz.h2[e]) - h.g2[e];
     const double h3 = (u * dx.h3[e] + v * dy.h3[e] + w * dz.h3[e]) - h.g3[e], h4 = -h.g4[e];
-    const double flows = ((a1 + a2) + (a3 + h1)) + ((h2 + h3) + h4), mark = marks[e];
-    marks[e] = off || __builtin_fabs(flows) < vm::kInfinity ? mark : 1.0;
     toNodes<true>(r + e, N, off ? 0.0 : a1, off ? 0.0 : a2, off ? 0.0 : a3, off ? 0.0 : h1, off ? 0.0 : h2,
                   off ? 0.0 : h3, off ? 0.0 : h4);
+    const double first = r[e], mark = marks[e]; // the sum of all modes
+    marks[e] = __builtin_fabs(first) < vm::kInfinity ? mark : 1.0;
   });
 }
 
