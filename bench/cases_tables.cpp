@@ -48,7 +48,7 @@ void addGeneral(std::vector<Case>& list, int rowCount) {
        9,
        0,
        24,
-       3 + (rowCount > 32 ? static_cast<int>(std::ceil(std::log2(rowCount))) + 2 : 0), // a row each step
+       (rowCount > 32 ? 5 : 3) + static_cast<int>(std::ceil(std::log2(rowCount))), // a row each step
        peerIf("GSL", peer::gslLine(rowCount, rowsOf(table)))});
 }
 
@@ -70,7 +70,7 @@ void addTableCases(std::vector<Case>& list) {
                   45,
                   2,
                   24,
-                  3});
+                  3 + 3});
 
   std::vector<Row> grid;
   for (int y = 0; y < 6; ++y)

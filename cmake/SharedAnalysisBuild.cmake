@@ -1,7 +1,7 @@
 # How every target of the project is compiled, and the library itself.
 
 add_library(sa_warnings INTERFACE)
-target_compile_options(sa_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Werror)
+target_compile_options(sa_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wno-psabi -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   # Its -Wconversion takes in changes of sign, g++'s does not; both shall ask for the same.  A capture that one side of an
   # `if constexpr` reads counts as unused where the other is compiled.

@@ -76,6 +76,8 @@ def parts(name, value, bits):
 # asin(s)/s, sin(r)/r and the like as functions of the square t; the limits at 0 are never asked for.
 show("kExpCoefficients", "(e^r - 1 - r) / r^2", lambda r: (exp(r) - 1 - r) / r**2, lambda r: r**2 / exp(r),
      -log(2) / 2, log(2) / 2, 10)
+show("kExpm1Coefficients", "(e^r - 1 - r - r^2 / 2) / r^3", lambda r: (exp(r) - 1 - r - r**2 / 2) / r**3,
+     lambda r: r**3 / (exp(r) - 1), -log(2) / 2, log(2) / 2, 10)
 show("kLogCoefficients", "(2 atanh(s) - 2 s) / s^3 in s^2", lambda t: (2 * atanh(sqrt(t)) - 2 * sqrt(t)) / sqrt(t)**3,
      lambda t: t and t * sqrt(t) / (2 * atanh(sqrt(t))), 0, (sqrt(2) - 1)**4, 7)
 show("kSinCoefficients", "(sin(r) / r - 1) / r^2 in r^2", lambda t: (sin(sqrt(t)) / sqrt(t) - 1) / t,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "glo/kernel/kernel.h"
+#include "glo/kernel/shuffles.h"
 
 #include <cstdint>
 #include <type_traits>
@@ -24,7 +25,7 @@ struct Repeated { // one value for all components
   SA_INLINE int64_t at(int64_t n, int64_t) const { return n; }
 };
 
-// What a scatter does with the global value g and the local value l.
+// What a scatter does with the global value g and the local value l, or with pairs of them.
 struct Set {
   template <class T>
   SA_INLINE static T combine(T, T l) {
@@ -32,7 +33,10 @@ struct Set {
   }
 };
 struct Add {
-  SA_INLINE static double combine(double g, double l) { return g + l; }
+  template <class T>
+  SA_INLINE static T combine(T g, T l) {
+    return g + l;
+  }
 };
 struct AddWrapping { // integers, modulo 2^32
   SA_INLINE static int32_t combine(int32_t g, int32_t l) {
@@ -107,6 +111,30 @@ SA_INLINE bool countsUp(Count n, const int32_t* map) {
   return gaps == 0;
 }
 
+// The gather of records of reals into columns, four points at a time.
+template <class Count>
+SA_INLINE void gatherRecords(Count n, auto count, const int32_t* map, double* L, Column local, const double* G,
+                             Record global) {
+  const Mapped entity{map};
+  forFours(
+      n,
+      [=](Count i) SA_POINT {
+        const double* records[4];
+        for (int p = 0; p < 4; ++p) records[p] = G + global.at(entity(i + p), 0);
+        int k = 0;
+        for (; k < count - 1; k += 2) {
+          const FourPairs pairs([&](int p) SA_POINT { return records[p]; }, k);
+          storeVector(L + local.at(i, k), pairs.first);
+          storeVector(L + local.at(i, k + 1), pairs.second);
+        }
+        if (k < count)
+          storeVector(L + local.at(i, k), Four{records[0][k], records[1][k], records[2][k], records[3][k]});
+      },
+      [=](Count i) SA_POINT {
+        for (int k = 0; k < count; ++k) L[local.at(i, k)] = G[global.at(entity(i), k)];
+      });
+}
+
 // L(i,k) = G(map(i),k).
 template <class Count, class T, class GlobalLayout, class LocalLayout>
 SA_INLINE void gather(Count n, int ncomp, const int32_t* map, T* L, LocalLayout local, const T* G,
@@ -120,10 +148,13 @@ SA_INLINE void gather(Count n, int ncomp, const int32_t* map, T* L, LocalLayout 
   const Mapped entity{map};
   if constexpr (GlobalLayout::kRecords) {
     forShortCounts(ncomp, [=](auto count) SA_POINT {
-      for (Count i = 0; i < n; ++i) {
-        const int64_t e = entity(i);
-        for (int k = 0; k < count; ++k) L[local.at(i, k)] = G[global.at(e, k)];
-      }
+      if constexpr (std::is_same_v<T, double> && !LocalLayout::kRecords)
+        gatherRecords(n, count, map, L, local, G, global);
+      else
+        for (Count i = 0; i < n; ++i) {
+          const int64_t e = entity(i);
+          for (int k = 0; k < count; ++k) L[local.at(i, k)] = G[global.at(e, k)];
+        }
     });
   } else {
     for (int k = 0; k < ncomp; ++k)
@@ -131,21 +162,56 @@ SA_INLINE void gather(Count n, int ncomp, const int32_t* map, T* L, LocalLayout 
   }
 }
 
+// The scatter of columns of reals into records: points in their order, the components of each by pairs.
+template <class Combine>
+SA_INLINE void scatterRecords(int n, auto count, auto entity, double* G, Record global, const double* L, Column local) {
+  const auto combine = [](auto* at, auto value)
+                           SA_POINT { storeVector(at, Combine::combine(loadVector<decltype(value)>(at), value)); };
+  forFours(
+      n,
+      [=](int i) SA_POINT {
+        double* records[4];
+        for (int p = 0; p < 4; ++p) records[p] = G + global.at(entity(i + p), 0);
+        int k = 0;
+        for (; k < count - 1; k += 2)
+          forFourPairs(loadVector<Four>(L + local.at(i, k)), loadVector<Four>(L + local.at(i, k + 1)),
+                       [&](int p, Two pair) SA_POINT { combine(records[p] + k, pair); });
+        if (k < count)
+          for (int p = 0; p < 4; ++p) combine(records[p] + k, L[local.at(i + p, k)]);
+      },
+      [=](int i) SA_POINT {
+        for (int k = 0; k < count; ++k) combine(G + global.at(entity(i), k), L[local.at(i, k)]);
+      });
+}
+
 // G(entity(i),k) = combine(G(entity(i),k), L(i,k)) for the points first .. end - 1, in this order: entities may repeat, so
-// these loops stay scalar.
+// these loops stay scalar over points.
 template <class Combine, class T, class Entity, class GlobalLayout, class LocalValue>
 SA_INLINE void scatter(int first, int end, int ncomp, Entity entity, T* G, GlobalLayout global, LocalValue local) {
   if constexpr (GlobalLayout::kRecords) {
     forShortCounts(ncomp, [=](auto count) SA_POINT {
-      for (int i = first; i < end; ++i) {
-        const int64_t e = entity(i);
-        for (int k = 0; k < count; ++k) {
-          T& g = G[global.at(e, k)];
-          g = Combine::combine(g, local(i, k));
+      if constexpr (std::is_same_v<LocalValue, Local<double, Column>>)
+        scatterRecords<Combine>(end, count, entity, G, global, local.values, local.layout);
+      else
+        for (int i = first; i < end; ++i) {
+          const int64_t e = entity(i);
+          for (int k = 0; k < count; ++k) {
+            T& g = G[global.at(e, k)];
+            g = Combine::combine(g, local(i, k));
+          }
         }
-      }
     });
   } else {
+    if constexpr (std::is_same_v<Entity, Mapped>)
+      if (countsUp(end - first, entity.map + first)) { // nothing repeats
+        const int64_t from = entity(first) - first;
+        for (int k = 0; k < ncomp; ++k)
+          forPoints(end - first, [=](int j) SA_POINT {
+            T& g = G[global.at(from + first + j, k)];
+            g = Combine::combine(g, local(first + j, k));
+          });
+        return;
+      }
     for (int k = 0; k < ncomp; ++k)
       for (int i = first; i < end; ++i) {
         T& g = G[global.at(entity(i), k)];

@@ -8,20 +8,30 @@ namespace {
 
 // ---- values along the axes of a frame, and the frame's orientation
 
+// at<Value>(component, nblock, k) is a component of point k, or of the four points from k on.
 struct PlaneIdentity {
   static constexpr int kReals = 2;
-  SA_INLINE double operator()(int component, int64_t, int64_t) const { return component == 1 ? 1.0 : 0.0; }
+  template <class Value>
+  SA_INLINE Value at(int component, int64_t, int64_t) const {
+    return Value{} + (component == 1 ? 1.0 : 0.0);
+  }
 };
 struct SpatialIdentity {
   static constexpr int kReals = 4;
-  SA_INLINE double operator()(int component, int64_t, int64_t) const { return component == 3 ? 1.0 : 0.0; }
+  template <class Value>
+  SA_INLINE Value at(int component, int64_t, int64_t) const {
+    return Value{} + (component == 3 ? 1.0 : 0.0);
+  }
 };
 // Component of a block array of points.
 template <int kComponents>
 struct FromBlock {
   static constexpr int kReals = kComponents;
   const double* block;
-  SA_INLINE double operator()(int component, int64_t n, int64_t k) const { return block[k + component * n]; }
+  template <class Value>
+  SA_INLINE Value at(int component, int64_t n, int64_t k) const {
+    return loadVector<Value>(block + k + component * n);
+  }
 };
 
 // Doubles the components from kDirect on: shear becomes engineering shear.
@@ -29,8 +39,9 @@ template <int kComponents, int kDirect>
 struct EngineeringStrain {
   static constexpr int kReals = kComponents;
   const double* block;
-  SA_INLINE double operator()(int component, int64_t n, int64_t k) const {
-    return (component < kDirect ? 1.0 : 2.0) * block[k + component * n];
+  template <class Value>
+  SA_INLINE Value at(int component, int64_t n, int64_t k) const {
+    return (component < kDirect ? 1.0 : 2.0) * loadVector<Value>(block + k + component * n);
   }
 };
 
@@ -39,21 +50,22 @@ struct RecordArray {
   int64_t length;
 };
 
-// Records without a gap are written with full vectors.
 template <class Points, class Source>
 SA_INLINE void fill(Points point, int n, int64_t nblock, int64_t first, Source source, RecordArray out) {
   constexpr int kReals = Source::kReals;
   double* records = out.records + first * out.length;
-  const auto write = [=](int64_t distance) SA_POINT {
-    forPoints(n, [=](int j) SA_POINT {
-      const int64_t k = point(j);
-      for (int c = 0; c < kReals; ++c) records[j * distance + c] = source(c, nblock, k);
-    });
+  const auto one = [=](int j, int64_t distance) SA_POINT {
+    const int64_t k = point(j);
+    for (int c = 0; c < kReals; ++c) records[j * distance + c] = source.template at<double>(c, nblock, k);
   };
-  if (out.length == kReals)
-    write(kReals);
+  if constexpr (std::is_same_v<Points, AllPoints>)
+    writeRecords<kReals>(
+        n, records, out.length, [=](int j, int c) SA_POINT { return source.template at<Four>(c, nblock, point(j)); },
+        one);
+  else if (out.length == kReals)
+    forPoints(n, [=](int j) SA_POINT { one(j, kReals); });
   else
-    write(out.length);
+    forPoints(n, [=](int j) SA_POINT { one(j, out.length); });
 }
 
 template <class Walk, class Source>

@@ -7,6 +7,9 @@
 
 #include "glo/kernel/kernel.h"
 #include "glo/kernel/points.h"
+#include "glo/kernel/shuffles.h"
+
+#include <type_traits>
 
 namespace sa {
 
@@ -42,16 +45,28 @@ struct RecordScratch {
   double column[kReals][kScratchPoints];
 };
 
-// One record for each entry, `distance` reals apart.  Records without a gap are written with full vectors.
+// One record for each entry, `distance` reals apart: component(j, k) gives component k of the four entries from j on,
+// one(j, distance) writes one record.  Records of up to four reals without a gap are left to the compiler, which has
+// the longest vectors for them.
+template <int kReals>
+SA_INLINE void writeRecords(int n, double* out, int64_t distance, auto component, auto one) {
+  if (kReals <= 4 && distance == kReals)
+    forPoints(n, [=](int j) SA_POINT { one(j, kReals); });
+  else
+    forFours(
+        n,
+        [=](int j) SA_POINT {
+          storeFourRecords<kReals>(out + j * distance, distance, [=](int k) SA_POINT { return component(j, k); });
+        },
+        [=](int j) SA_POINT { one(j, distance); });
+}
 template <int kReals>
 SA_INLINE void writeRecords(int n, const RecordScratch<kReals>& from, double* out, int64_t distance) {
-  if (distance == kReals)
-    forPoints(n, [=, &from](int j) SA_POINT {
-      for (int k = 0; k < kReals; ++k) out[int64_t{kReals} * j + k] = from.column[k][j];
-    });
-  else
-    for (int j = 0; j < n; ++j)
-      for (int k = 0; k < kReals; ++k) out[j * distance + k] = from.column[k][j];
+  writeRecords<kReals>(
+      n, out, distance, [&from](int j, int k) SA_POINT { return loadVector<Four>(&from.column[k][j]); },
+      [=, &from](int j, int64_t d) SA_POINT {
+        for (int k = 0; k < kReals; ++k) out[j * d + k] = from.column[k][j];
+      });
 }
 
 } // namespace sa

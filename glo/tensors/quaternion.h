@@ -3,6 +3,7 @@
 // A spatial quaternion is x, y, z, w, the scalar last; a plane one, about axis 3, keeps z and w.
 #pragma once
 
+#include "glo/kernel/shuffles.h"
 #include "glo/kernel/vmath.h"
 #include "glo/tensors/scale.h"
 
@@ -10,9 +11,11 @@
 
 namespace sa {
 
-struct Quaternion {
-  double x, y, z, w;
+template <class Value>
+struct QuaternionOf {
+  Value x, y, z, w;
 };
+using Quaternion = QuaternionOf<double>;
 struct PlaneQuaternion {
   double z, w;
 };
@@ -89,12 +92,17 @@ SA_INLINE Quaternion rotationOf(const Quaternion& q) {
   return {p.x * f, p.y * f, p.z * f, p.w * f};
 }
 
-// Point i of a block of n points.
+// Point i of a block of n points, or the four points from i on.
+template <class Value>
+SA_INLINE QuaternionOf<Value> loadQuaternion(const double* block, int64_t n, int64_t i) {
+  return {loadVector<Value>(block + i), loadVector<Value>(block + i + n), loadVector<Value>(block + i + 2 * n),
+          loadVector<Value>(block + i + 3 * n)};
+}
 template <class Q>
 SA_INLINE Q load(const double* block, int64_t n, int64_t i);
 template <>
 SA_INLINE Quaternion load<Quaternion>(const double* block, int64_t n, int64_t i) {
-  return {block[i], block[i + n], block[i + 2 * n], block[i + 3 * n]};
+  return loadQuaternion<double>(block, n, i);
 }
 template <>
 SA_INLINE PlaneQuaternion load<PlaneQuaternion>(const double* block, int64_t n, int64_t i) {

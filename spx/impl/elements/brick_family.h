@@ -99,9 +99,9 @@ SA_INLINE void pointJacobian(int n, int64_t ld, const double* a, const double* b
     const double ry1 = z2 * x3 - z3 * x2, ry2 = z3 * x1 - z1 * x3, ry3 = z1 * x2 - z2 * x1;
     const double rz1 = x2 * y3 - x3 * y2, rz2 = x3 * y1 - x1 * y3, rz3 = x1 * y2 - x2 * y1;
     const double d = x1 * rx1 + y1 * ry1 + z1 * rz1;
-    // with d they are finite all: d holds the cofactors of the first column
-    const double others = ((rx2 + rx3) + (ry2 + ry3)) + (rz2 + rz3);
-    const bool isFinite = __builtin_fabs(d) < kInfinite && __builtin_fabs(others) < kInfinite;
+    // small enough all of them for the sums of gradients
+    const double cofactors = ((rx1 + ry1) + (rz1 + rx2)) + ((rx3 + ry2) + (ry3 + rz2)) + rz3;
+    const bool isFinite = __builtin_fabs(d) < kInfinite && __builtin_fabs(cofactors) < kInfinite;
     const bool off = mask[e] != 0.0 || !isFinite, degenerate = off || !(d >= vm::kSmallestNormal);
     C.xXi[e] = off ? 0.0 : rx1, C.xEta[e] = off ? 0.0 : rx2, C.xZeta[e] = off ? 0.0 : rx3;
     C.yXi[e] = off ? 0.0 : ry1, C.yEta[e] = off ? 0.0 : ry2, C.yZeta[e] = off ? 0.0 : ry3;

@@ -73,9 +73,9 @@ SA_INLINE void heatHourglass(int n, const OnePoint& brick, const Modes& t, HeatF
   });
 }
 
-// The flows into the eight nodes.
-SA_INLINE void heatFlows(int n, int64_t N, const OnePoint& brick, const HeatFlow& h, double* r) {
-  forPoints(n, [=, &brick, &h](int e) SA_POINT {
+// The flows into the eight nodes.  Those that are no numbers are marked.
+SA_INLINE void heatFlows(int n, int64_t N, const OnePoint& brick, const HeatFlow& h, double* r, Lane& marks) {
+  forPoints(n, [=, &brick, &h, &marks](int e) SA_POINT {
     const Modes &dx = brick.dx, &dy = brick.dy, &dz = brick.dz;
     const double s = h.scale[e], u = s * h.qx[e], v = s * h.qy[e], w = s * h.qz[e];
     const bool off = s == 0.0;
@@ -86,6 +86,8 @@ SA_INLINE void heatFlows(int n, int64_t N, const OnePoint& brick, const HeatFlow
     const double h3 = (u * dx.h3[e] + v * dy.h3[e] + w * dz.h3[e]) - h.g3[e], h4 = -h.g4[e];
     toNodes<true>(r + e, N, off ? 0.0 : a1, off ? 0.0 : a2, off ? 0.0 : a3, off ? 0.0 : h1, off ? 0.0 : h2,
                   off ? 0.0 : h3, off ? 0.0 : h4);
+    const double first = r[e], mark = marks[e]; // the sum of all modes
+    marks[e] = __builtin_fabs(first) < vm::kInfinity ? mark : 1.0;
   });
 }
 
@@ -121,8 +123,14 @@ SA_KERNEL(SPX_ASM_C3D8RTDIVER, (const int32_t* nblock, const double* X, const do
     Lane marks;
     heatGradient(n, N, brick, t, q, k, m, flow, marks);
     heatHourglass(n, brick, t, flow);
-    heatFlows(n, N, brick, flow, r);
+    heatFlows(n, N, brick, flow, r, marks);
     if (!anyMarked(n, marks)) return;
+    // temperatures, fluxes and conductivities that are no numbers stay what they are
+    forPoints(n, [=, &t, &marks](int e) SA_POINT {
+      const double temperatures = ((t.a1[e] + t.a2[e]) + (t.a3[e] + t.h1[e])) + ((t.h2[e] + t.h3[e]) + t.h4[e]);
+      const double data = temperatures + ((q[e] + q[e + N]) + (q[e + 2 * N] + k[e])), mark = marks[e];
+      marks[e] = data - data == 0.0 ? mark : 0.0;
+    });
     findInfinite(n, N, 8, r, marks);
     replaceInfinite(n, N, 8, 0.0, marks, r), replaceInfinite(n, N, 1, 1.0, marks, m);
   });

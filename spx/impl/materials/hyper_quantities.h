@@ -14,8 +14,11 @@ namespace sa {
 
 // J^(-2/3) for the n volume ratios of a piece.
 SA_INLINE void isochoricFactors(int n, const double (&J)[kScratchPoints], double (&factor)[kScratchPoints]) {
-  forPoints(n, [&](int i) SA_POINT { factor[i] = vm::log(J[i]); });
-  forPoints(n, [&](int i) SA_POINT { factor[i] = vm::expClamped(-0.6666666666666666 * factor[i]); });
+  forPoints(n, [&](int i) SA_POINT { factor[i] = J[i]; });
+  if (vm::logOfPiece(n, factor)) // at most 710, so that the exponential is far from its ends
+    forPoints(n, [&](int i) SA_POINT { factor[i] = vm::expInside(-0.6666666666666666 * factor[i]); });
+  else
+    forPoints(n, [&](int i) SA_POINT { factor[i] = vm::expClamped(-0.6666666666666666 * factor[i]); });
 }
 
 // body(k, J, Bbar) for every point k: volume ratio and isochoric left Cauchy-Green tensor.  What it returns marks the point;

@@ -15,9 +15,23 @@
 #include "spx/impl/materials/hyper_models.h"
 #include "spx/impl/materials/hyper_states.h"
 
+#include <type_traits>
+
 namespace sa {
 
 // ---- constants
+
+SA_INLINE void packLane(int n, const int* places, const double* from, double* to) {
+  for (int j = 0; j < n; ++j) to[j] = from[places[j]];
+}
+template <int count>
+SA_INLINE void packLists(int n, const int* places, const double* const (&from)[count], const double* (&to)[count],
+                         Lane* lanes) {
+  for (int t = 0; t < count; ++t) {
+    packLane(n, places, from[t], lanes[t]);
+    to[t] = lanes[t];
+  }
+}
 
 template <int terms>
 struct RubberTerms {
@@ -25,6 +39,21 @@ struct RubberTerms {
   static constexpr bool kFoam = false;
   const double *mu[terms], *alpha[terms];
   const double* rD[terms] = {}; // kernels of the isochoric energy leave them out
+
+  // those of the points from `start` on; those of the points at `places`, side by side in the lanes
+  SA_INLINE RubberTerms from(int start) const {
+    RubberTerms own;
+    for (int t = 0; t < terms; ++t)
+      own.mu[t] = mu[t] + start, own.alpha[t] = alpha[t] + start, own.rD[t] = rD[t] + start;
+    return own;
+  }
+  SA_INLINE RubberTerms packed(int n, const int* places, Lane (&lanes)[3 * terms]) const {
+    RubberTerms own;
+    packLists(n, places, mu, own.mu, lanes);
+    packLists(n, places, alpha, own.alpha, lanes + terms);
+    packLists(n, places, rD, own.rD, lanes + 2 * terms);
+    return own;
+  }
 
   SA_INLINE VolumetricStress volumetric(int k, double J) const {
     const double d = J - 1.0, e = d * d;
@@ -44,6 +73,19 @@ struct FoamTerms {
   static constexpr bool kFoam = true;
   const double *mu[terms], *alpha[terms], *beta[terms];
 
+  SA_INLINE FoamTerms from(int start) const {
+    FoamTerms own;
+    for (int t = 0; t < terms; ++t)
+      own.mu[t] = mu[t] + start, own.alpha[t] = alpha[t] + start, own.beta[t] = beta[t] + start;
+    return own;
+  }
+  SA_INLINE FoamTerms packed(int n, const int* places, Lane (&lanes)[3 * terms]) const {
+    FoamTerms own;
+    packLists(n, places, mu, own.mu, lanes);
+    packLists(n, places, alpha, own.alpha, lanes + terms);
+    packLists(n, places, beta, own.beta, lanes + 2 * terms);
+    return own;
+  }
   SA_INLINE VolumetricStress volumetric(int, double) const { return {0.0, 0.0}; }
 };
 
@@ -53,11 +95,22 @@ struct FoamTerms {
 struct StretchLogs {
   double J[kScratchPoints], L[kScratchPoints], guard[kScratchPoints]; // guard: the flag
   double x1[kScratchPoints], x2[kScratchPoints], x3[kScratchPoints];
+  double reach; // the largest |ln l^2| of the piece; infinity where one is no finite number
 };
 
 struct Stretches {
   double l1, l2, l3;
 };
+
+SA_INLINE double largestOf(int n, const double* x1, const double* x2, const double* x3) {
+  double largest = 0.0;
+#pragma omp simd reduction(max : largest)
+  for (int i = 0; i < n; ++i) {
+    const double x = vm::max(vm::max(vm::abs(x1[i]), vm::abs(x2[i])), vm::abs(x3[i]));
+    largest = largest > x ? largest : x;
+  }
+  return largest;
+}
 
 // stretch(i, k) gives the stretches of point i of the piece, k of the block.  A product below the smallest normal number sets
 // the flag; a flagged point has J = 1 and keeps its stretches.
@@ -72,7 +125,8 @@ SA_INLINE void takeLogarithms(int start, int n, Stretch stretch, double* flag, S
     w.J[i] = guard + (1.0 - guard) * product;
   });
   if constexpr (Terms::kFoam) {
-    forPoints(n, [=, &w](int i) SA_POINT { w.L[i] = vm::log(w.J[i]); });
+    forPoints(n, [=, &w](int i) SA_POINT { w.L[i] = w.J[i]; });
+    vm::logOfPiece(n, w.L);
     forPoints(n, [=, &w](int i) SA_POINT {
       const Stretches s = stretch(i, start + i);
       w.x1[i] = s.l1 * s.l1;
@@ -80,26 +134,41 @@ SA_INLINE void takeLogarithms(int start, int n, Stretch stretch, double* flag, S
       w.x3[i] = s.l3 * s.l3;
     });
   } else {
-    forPoints(n, [=, &w](int i) SA_POINT { w.L[i] = vm::log(vm::abs(w.J[i])); });
-    forPoints(n, [=, &w](int i) SA_POINT {
-      const double factor = vm::expClamped(-0.6666666666666666 * w.L[i]);
+    forPoints(n, [=, &w](int i) SA_POINT { w.L[i] = vm::abs(w.J[i]); });
+    const bool plain = vm::logOfPiece(n, w.L);
+    const auto isochoric = [=, &w](int i, double factor) SA_POINT {
       const Stretches s = stretch(i, start + i);
       w.x1[i] = s.l1 * s.l1 * factor;
       w.x2[i] = s.l2 * s.l2 * factor;
       w.x3[i] = s.l3 * s.l3 * factor;
-    });
+    };
+    if (plain) // logarithms of at most 710
+      forPoints(n, [=, &w](int i) SA_POINT { isochoric(i, vm::expInside(-0.6666666666666666 * w.L[i])); });
+    else
+      forPoints(n, [=, &w](int i) SA_POINT { isochoric(i, vm::expClamped(-0.6666666666666666 * w.L[i])); });
   }
-  forPoints(n, [=, &w](int i) SA_POINT { w.x1[i] = vm::log(w.x1[i]); });
-  forPoints(n, [=, &w](int i) SA_POINT { w.x2[i] = vm::log(w.x2[i]); });
-  forPoints(n, [=, &w](int i) SA_POINT { w.x3[i] = vm::log(w.x3[i]); });
+  const bool plain1 = vm::logOfPiece(n, w.x1), plain2 = vm::logOfPiece(n, w.x2), plain3 = vm::logOfPiece(n, w.x3);
+  w.reach = plain1 && plain2 && plain3 ? largestOf(n, w.x1, w.x2, w.x3) : vm::kInfinity;
 }
 
 // ---- sums over the terms
 
-// l^alpha from ln l^2; one for an exponent of zero, whatever the stretch.
+// l^alpha from ln l^2; one for an exponent of zero, whatever the stretch.  In a piece whose products are known to be small the
+// exponential has neither ends nor a stretch without a logarithm.
+template <bool kSmall>
 SA_INLINE double power(double half, double x) {
-  const double p = vm::expClamped(half * x);
-  return vm::select(half == 0.0, 1.0, p);
+  if constexpr (kSmall)
+    return vm::expInside(half * x);
+  else {
+    const double p = vm::expClamped(half * x);
+    return vm::select(half == 0.0, 1.0, p);
+  }
+}
+SA_INLINE bool haveSmallPowers(int n, const double* alpha, double reach) {
+  uint64_t outside = 0;
+#pragma omp simd reduction(| : outside)
+  for (int i = 0; i < n; ++i) outside |= vm::toBits(vm::abs(0.5 * alpha[i]) * reach <= 708.0 ? 0.0 : 1.0);
+  return outside == 0;
 }
 
 // Where alpha is small the brackets are differences of powers that nearly meet: 2 mu/alpha^2 times their rounding would be
@@ -134,7 +203,7 @@ SA_INLINE bool anySmallTerm(int n, const double* alpha) {
 SA_INLINE double remainderOfExp(double u) {
   const bool near = vm::abs(u) < 0.34;
   const double v = near ? 1.0 : u, far = (vm::expm1(v) - v) / (v * v);
-  return near ? vm::polynomial(near ? u : 0.0, vm::kExpm1Coefficients) : far;
+  return near ? vm::remainderOfExp(near ? u : 0.0) : far;
 }
 
 struct EnergySum {
@@ -152,23 +221,27 @@ template <class Terms, class Add, class AddSmall>
 SA_INLINE void forTerms(int start, int n, const Terms& terms, const StretchLogs& w, Add add, AddSmall addSmall) {
   for (int t = 0; t < Terms::kTerms; ++t) {
     const double *mu = terms.mu[t] + start, *alpha = terms.alpha[t] + start;
+    double volume[kScratchPoints]; // foam
     if constexpr (Terms::kFoam) {
       const double* beta = terms.beta[t] + start;
-      double volume[kScratchPoints];
       forPoints(n, [=, &w, &volume](int i) SA_POINT {
         const double b = beta[i], g = vm::abs(b) < vm::kSmallestNormal ? 1.0 : 0.0, exponent = alpha[i] * w.L[i];
         volume[i] = vm::expm1(-(exponent * b)) * (1.0 - g) / (b + g) - g * exponent;
       });
-      forPoints(n, [=, &w, &volume](int i) SA_POINT {
-        const TermFactors f = termFactors(mu[i], alpha[i]);
-        add(i, f, power(f.half, w.x1[i]), power(f.half, w.x2[i]), power(f.half, w.x3[i]), volume[i], beta[i]);
-      });
-    } else {
-      forPoints(n, [=, &w](int i) SA_POINT {
-        const TermFactors f = termFactors(mu[i], alpha[i]);
-        add(i, f, power(f.half, w.x1[i]), power(f.half, w.x2[i]), power(f.half, w.x3[i]), 0.0, 0.0);
-      });
     }
+    const auto addTerm = [=, &w, &volume](int i, auto small) SA_POINT {
+      const TermFactors f = termFactors(mu[i], alpha[i]);
+      const double P1 = power<small>(f.half, w.x1[i]), P2 = power<small>(f.half, w.x2[i]),
+                   P3 = power<small>(f.half, w.x3[i]);
+      if constexpr (Terms::kFoam)
+        add(i, f, P1, P2, P3, volume[i], terms.beta[t][start + i]);
+      else
+        add(i, f, P1, P2, P3, 0.0, 0.0);
+    };
+    if (haveSmallPowers(n, alpha, w.reach))
+      forPoints(n, [=](int i) SA_POINT { addTerm(i, std::true_type{}); });
+    else
+      forPoints(n, [=](int i) SA_POINT { addTerm(i, std::false_type{}); });
     if (anySmallTerm(n, alpha)) addSmall(t);
   }
 }
@@ -332,6 +405,16 @@ struct FreeScratch {
   double last[kScratchPoints], before[kScratchPoints], stride[kScratchPoints]; // lengths of steps
 };
 
+// What the search needs of some of the points, side by side.
+SA_INLINE void packPoints(int n, const int* places, const FreeScratch& f, FreeScratch& packed) {
+  const auto move = [=](const double* from, double* to) SA_POINT { packLane(n, places, from, to); };
+  move(f.l1, packed.l1), move(f.l2, packed.l2), move(f.free, packed.free), move(f.moving, packed.moving);
+  move(f.isochoric, packed.isochoric), move(f.flag, packed.flag), move(f.y, packed.y);
+  move(f.low, packed.low), move(f.high, packed.high);
+  move(f.lowNumber, packed.lowNumber), move(f.highNumber, packed.highNumber);
+  move(f.last, packed.last), move(f.before, packed.before), move(f.stride, packed.stride);
+}
+
 // Steps of Newton's method alone, enough for any rubber from a stretch near its own; then at most as many within a bracket.
 constexpr int kNewtonSteps = 20, kBracketedSteps = 300;
 constexpr double kMostLogOfStretch = 230.0; // 1e-100 to 1e100
@@ -405,37 +488,76 @@ SA_INLINE void bracketedSteps(int n, FreeScratch& f, const double (&residual)[kS
   });
 }
 
-// Free stretches of a piece without stress, each point until its own step is below 1e-8 (the error is then the square of it);
-// NaN where there is none.  Leaves sums and logarithms at the result.
+// One round of the search: sums and logarithms at the present stretches, and a step of the points that move.  Leaves in `open`
+// the points for which this was not the last: those that still move, and those that are not where they were evaluated.
 template <int kFree, class Terms>
-SA_INLINE void closeState(int start, int n, Terms terms, double* flag, FreeScratch& f, StretchLogs& w, StressSums& s) {
+SA_INLINE int closingRound(int round, int n, const Terms& terms, double* flag, FreeScratch& f, StretchLogs& w,
+                           StressSums& s, int* open) {
   const auto stretch = [&f](int i, int) SA_POINT {
     return Stretches{f.l1[i], kFree == 1 ? f.l2[i] : f.free[i], f.free[i]};
   };
+  forPoints(n, [=, &f](int i) SA_POINT { flag[i] = f.flag[i]; });
+  takeLogarithms<Terms>(0, n, stretch, flag, w);
+  sumStress(0, n, terms, w, s);
+  double residual[kScratchPoints], slope[kScratchPoints], evaluated[kScratchPoints];
+  forPoints(n, [=, &f, &w, &s, &terms, &residual, &slope, &evaluated](int i) SA_POINT {
+    const double J = w.J[i];
+    const FreeStress r = freeStress<kFree, Terms>(s, i, J, terms.volumetric(i, J));
+    residual[i] = r.residual;
+    slope[i] = r.slope;
+    evaluated[i] = f.free[i];
+  });
+  if (round < kNewtonSteps)
+    newtonSteps(n, f, residual, slope);
+  else if (round == kNewtonSteps)
+    beginBrackets(n, f);
+  else
+    bracketedSteps(n, f, residual, slope);
+  if (round == kNewtonSteps + kBracketedSteps)
+    forPoints(n, [&f](int i) SA_POINT { f.free[i] = f.moving[i] != 0.0 ? vm::kNaN : f.free[i], f.moving[i] = 0.0; });
+  int count = 0;
+  for (int i = 0; i < n; ++i) {
+    open[count] = i;
+    count += f.moving[i] != 0.0 || vm::toBits(f.free[i]) != vm::toBits(evaluated[i]) ? 1 : 0;
+  }
+  return count;
+}
+
+// Free stretches of a piece without stress, each point until its own step is below 1e-8 (the error is then the square of it);
+// NaN where there is none.  Leaves sums and logarithms at the result.  When two thirds of the points are there, those that go on
+// do so side by side.
+template <int kFree, class Terms>
+SA_INLINE void closeState(int start, int n, Terms terms, double* flag, FreeScratch& f, StretchLogs& w, StressSums& s) {
   forPoints(n, [=, &f](int i) SA_POINT { f.moving[i] = 1.0, f.flag[i] = flag[start + i]; });
-  bool anyMoving = true;
-  for (int round = 0;; ++round) {
-    forPoints(n, [=, &f](int i) SA_POINT { flag[start + i] = f.flag[i]; });
-    takeLogarithms<Terms>(start, n, stretch, flag, w);
-    sumStress(start, n, terms, w, s);
-    if (!anyMoving) break;
-    double residual[kScratchPoints], slope[kScratchPoints];
-    forPoints(n, [=, &w, &s, &residual, &slope](int i) SA_POINT {
-      const double J = w.J[i];
-      const FreeStress r = freeStress<kFree, Terms>(s, i, J, terms.volumetric(start + i, J));
-      residual[i] = r.residual;
-      slope[i] = r.slope;
-    });
-    if (round < kNewtonSteps)
-      newtonSteps(n, f, residual, slope);
-    else if (round == kNewtonSteps)
-      beginBrackets(n, f);
-    else
-      bracketedSteps(n, f, residual, slope);
-    if (round == kNewtonSteps + kBracketedSteps)
-      forPoints(n, [&f](int i) SA_POINT { f.free[i] = f.moving[i] != 0.0 ? vm::kNaN : f.free[i], f.moving[i] = 0.0; });
-    anyMoving = false;
-    for (int i = 0; i < n; ++i) anyMoving = anyMoving || f.moving[i] != 0.0;
+  FreeScratch packed;
+  StretchLogs packedLogs;
+  StressSums packedSums;
+  Lane constants[3 * Terms::kTerms], packedFlags;
+  int places[kScratchPoints], open[kScratchPoints];
+
+  FreeScratch* now = &f;
+  StretchLogs* logs = &w;
+  StressSums* sums = &s;
+  double* flags = flag + start;
+  Terms own = terms.from(start);
+  int count = n;
+  for (int round = 0, left = n; left > 0; ++round) {
+    left = closingRound<kFree>(round, count, own, flags, *now, *logs, *sums, open);
+    if (now != &f || left == 0 || 3 * left > n) continue;
+    count = left;
+    for (int j = 0; j < count; ++j) places[j] = open[j];
+    packPoints(count, places, f, packed);
+    own = own.packed(count, places, constants);
+    now = &packed, logs = &packedLogs, sums = &packedSums, flags = packedFlags;
+  }
+  if (now == &f) return;
+  for (int j = 0; j < count; ++j) {
+    const int i = places[j];
+    flag[start + i] = packedFlags[j], f.free[i] = packed.free[j];
+    w.J[i] = packedLogs.J[j], w.L[i] = packedLogs.L[j], w.guard[i] = packedLogs.guard[j];
+    w.x1[i] = packedLogs.x1[j], w.x2[i] = packedLogs.x2[j], w.x3[i] = packedLogs.x3[j];
+    s.t1[i] = packedSums.t1[j], s.t2[i] = packedSums.t2[j], s.t3[i] = packedSums.t3[j];
+    s.A1[i] = packedSums.A1[j], s.A2[i] = packedSums.A2[j], s.A3[i] = packedSums.A3[j], s.b[i] = packedSums.b[j];
   }
 }
 

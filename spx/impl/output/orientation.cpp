@@ -5,6 +5,13 @@
 namespace sa {
 namespace {
 
+// One point or four of them, each for itself: at<double>(nblock, k), at<Four>(nblock, k).
+template <class Turn>
+struct InFours : Turn {
+  SA_INLINE Quaternion operator()(int64_t n, int64_t k) const { return Turn::template at<double>(n, k); }
+  SA_INLINE QuaternionOf<Four> four(int64_t n, int64_t k) const { return Turn::template at<Four>(n, k); }
+};
+
 struct PlaneIdentity {
   SA_INLINE PlaneQuaternion operator()(int64_t, int64_t) const { return {0.0, 1.0}; }
 };
@@ -14,9 +21,10 @@ struct PlaneIdentity {
 struct QuarterTurned {
   const double* q;
 
-  SA_INLINE Quaternion operator()(int64_t n, int64_t k) const {
+  template <class Value>
+  SA_INLINE QuaternionOf<Value> at(int64_t n, int64_t k) const {
     constexpr double h = 0.70710678;
-    const Quaternion p = load<Quaternion>(q, n, k);
+    const auto p = loadQuaternion<Value>(q, n, k);
     return {h * p.x + h * p.w, h * p.y + h * p.z, h * p.z - h * p.y, h * p.w - h * p.x};
   }
 };
@@ -25,8 +33,9 @@ struct QuarterTurned {
 struct Inverse {
   const double* q;
 
-  SA_INLINE Quaternion operator()(int64_t n, int64_t k) const {
-    const Quaternion p = load<Quaternion>(q, n, k);
+  template <class Value>
+  SA_INLINE QuaternionOf<Value> at(int64_t n, int64_t k) const {
+    const auto p = loadQuaternion<Value>(q, n, k);
     return {0.0 - p.x, 0.0 - p.y, 0.0 - p.z, p.w};
   }
 };
@@ -41,7 +50,7 @@ SA_MOVE(SPX_ODB_ORIENT2D, (const int32_t* nblock, int32_t* counter, SA_PLANE)) {
 SA_MOVE(SPX_ODB_ORIENT2DELSET, (const int32_t* nblock, int32_t* counter, SA_ELEMENT_SET, SA_PLANE)) {
   writeOrientations(SA_WALK_SET, Appended{}, out, PlaneIdentity{});
 }
-SA_ORIENTATIONS(SPX_ODB_ORIENT3D, (const double* q), QuarterTurned{q})
+SA_ORIENTATIONS(SPX_ODB_ORIENT3D, (const double* q), InFours<QuarterTurned>{q})
 SA_ORIENTATIONS(SPX_ODB_ORIENT2DBEAM, (const double* coordinates, const int32_t* firstColumn),
                 PlaneDirection(coordinates, firstColumn, nblock))
 
@@ -49,21 +58,21 @@ SA_ORIENTATIONS(SPX_ODB_ORIENT2DBEAM, (const double* coordinates, const int32_t*
 
 #define SA_SUB const int32_t *nsub, const int32_t *isub
 SA_KERNEL(SPX_ODB_ORIENT3DL3, (const int32_t* nblock, int32_t* counter, SA_SUB, const double* q, double* out)) {
-  writeOrientations(SA_WALK_BLOCK, Interleaved(nsub, isub, *nsub), out, QuarterTurned{q});
+  writeOrientations(SA_WALK_BLOCK, Interleaved(nsub, isub, *nsub), out, InFours<QuarterTurned>{q});
 }
 SA_KERNEL(SPX_ODB_ORIENT3DL3ELSET,
           (const int32_t* nblock, int32_t* counter, SA_ELEMENT_SET, SA_SUB, const double* q, double* out)) {
-  writeOrientations(SA_WALK_SET, Interleaved(nsub, isub, *nsub), out, QuarterTurned{q});
+  writeOrientations(SA_WALK_SET, Interleaved(nsub, isub, *nsub), out, InFours<QuarterTurned>{q});
 }
 
 // The inverse members have the counter behind the sub-records.
 #define SA_INVERSE (const int32_t* nblock, SA_SUB, int32_t* counter, const double* q, double* out)
 #define SA_INVERSE_SET (const int32_t* nblock, SA_SUB, int32_t* counter, SA_ELEMENT_SET, const double* q, double* out)
 SA_KERNEL(SPX_ODB_ORIENT3DINVERT, SA_INVERSE) {
-  writeOrientations(SA_WALK_BLOCK, Interleaved(nsub, isub, *nsub), out, Inverse{q});
+  writeOrientations(SA_WALK_BLOCK, Interleaved(nsub, isub, *nsub), out, InFours<Inverse>{q});
 }
 SA_KERNEL(SPX_ODB_ORIENT3DELSETINVERT, SA_INVERSE_SET) {
-  writeOrientations(SA_WALK_SET, Interleaved(nsub, isub, *nsub), out, Inverse{q});
+  writeOrientations(SA_WALK_SET, Interleaved(nsub, isub, *nsub), out, InFours<Inverse>{q});
 }
 SA_SAME_KERNEL(SPX_ODB_ORIENT3DL3INVERT, SPX_ODB_ORIENT3DINVERT, SA_INVERSE)
 SA_SAME_KERNEL(SPX_ODB_ORIENT3DL3ELSETINVERT, SPX_ODB_ORIENT3DELSETINVERT, SA_INVERSE_SET)

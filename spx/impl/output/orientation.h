@@ -72,11 +72,30 @@ struct PlaneDirection {
   }
 };
 
+// Component k of a record.
+template <class Value>
+SA_INLINE Value component(const QuaternionOf<Value>& q, int k) {
+  return k == 0 ? q.x : k == 1 ? q.y : k == 2 ? q.z : q.w;
+}
+
 // ---- the members
 
 struct NothingMore {
   SA_INLINE void operator()(auto, int, double*) const {}
 };
+
+// The records of a piece, four at a time where an orientation gives four points.
+template <int kReals, class Points, class Orientation>
+SA_INLINE void writeTurns(Points point, int n, int64_t nblock, double* records, int64_t distance,
+                          Orientation orientation) {
+  const auto one = [=](int j, int64_t d) SA_POINT { store(records + d * j, orientation(nblock, point(j))); };
+  if constexpr (std::is_same_v<Points, AllPoints> && requires { orientation.four(nblock, nblock); })
+    writeRecords<kReals>(
+        n, records, distance, [=](int j, int k) SA_POINT { return component(orientation.four(nblock, point(j)), k); },
+        one);
+  else
+    forPoints(n, [=](int j) SA_POINT { one(j, distance); });
+}
 
 // orientation(nblock, k) is the record of point k of the block, from 0; finish(point, n, records) may then change those of a
 // piece.
@@ -89,7 +108,7 @@ SA_INLINE void writeOrientations(Walk walk, Place place, double* out, Orientatio
     if (!place.isWritten) return;
     double* records = out + kReals * (place.offset + place.distance * first);
     const int64_t distance = kReals * place.distance;
-    forPoints(n, [=](int j) SA_POINT { store(records + distance * j, orientation(N, point(j))); });
+    writeTurns<kReals>(point, n, N, records, distance, orientation);
     finish(point, n, records);
   });
 }

@@ -56,25 +56,28 @@ SA_INLINE double before(const General& t, int64_t first, int64_t row) {
 
 // Lines of the intervals in which the points lie; what lies outside the table gets the first or last one.
 struct Lines {
-  int64_t lower[kScratchPoints]; // rows, from 1
+  int64_t lower[kScratchPoints]; // rows, from 1; of a long table only those of integrals
   Lane x1, f1, slope;
 };
 
+template <bool kWithRows>
 SA_INLINE void findLinesInLongTable(int n, const General& t, const Lane& x, Lines& lines) {
+  int64_t places[kScratchPoints];
   const int64_t length = t.rowLength, column = t.columns[0] - 1;
   const double* abscissas = t.rows + column;
-  const auto abscissa = [=](int64_t row) SA_POINT { return abscissas[(row - 1) * length]; };
-  constexpr int kAtATime = 4;
-  int64_t first = 0;
-  for (; first + kAtATime <= n; first += kAtATime)
-    findLowerRows<kAtATime>(1, t.rowCount, x + first, lines.lower + first, abscissa);
-  for (; first < n; ++first) findLowerRows<1>(1, t.rowCount, x + first, lines.lower + first, abscissa);
+  int first = 0;
+  for (; first + kSearched <= n; first += kSearched)
+    findLowerPlaces(t.rowCount, x + first, places + first, abscissas, length);
+  const auto abscissa = [=](int64_t row) SA_POINT { return abscissas[row * length]; };
+  for (; first < n; ++first) places[first] = findLowerRow(0, t.rowCount - 1, x[first], abscissa) * length;
   Lane x2, f2;
   for (int i = 0; i < n; ++i) {
-    const double* row = t.rows + (lines.lower[i] - 1) * length;
+    const double* row = t.rows + places[i];
     lines.x1[i] = row[column], x2[i] = row[column + length];
     lines.f1[i] = row[0], f2[i] = row[length];
   }
+  if constexpr (kWithRows)
+    for (int i = 0; i < n; ++i) lines.lower[i] = 1 + places[i] / length;
   forPoints(n, [=, &lines, &x2, &f2](int i) SA_POINT {
     const Line line = lineThrough(lines.x1[i], x2[i], lines.f1[i], f2[i]);
     lines.f1[i] = line.f1, lines.slope[i] = line.slope;
@@ -134,7 +137,7 @@ SA_INLINE void evaluatePiece(int n, const General& t, const ShortTable* shortTab
   if (shortTable != nullptr)
     findLinesInShortTable(n, t, *shortTable, x, lines);
   else
-    findLinesInLongTable(n, t, x, lines);
+    findLinesInLongTable<Quantity::kIsIntegral>(n, t, x, lines);
   if constexpr (Quantity::kIsIntegral)
     for (int i = 0; i < n; ++i) sum[i] = integralUpTo(t, 1, lines.lower[i]);
 
@@ -224,8 +227,7 @@ struct Interval {
 template <class Abscissa>
 SA_INLINE Interval intervalOf(const General& t, int v, int64_t first, int64_t last, double x, Abscissa abscissa) {
   const bool holdsBelow = !t.extrapolatesBelow(v), holdsAbove = !t.extrapolatesAbove(v);
-  int64_t lower;
-  findLowerRows<1>(first, last, &x, &lower, abscissa);
+  int64_t lower = findLowerRow(first, last, x, abscissa);
   // an end that is held, or the only one
   const bool isBelow = holdsBelow & (x < abscissa(first)), isAbove = holdsAbove & (x > abscissa(last));
   const bool isHeld = isBelow | isAbove | (first == last);

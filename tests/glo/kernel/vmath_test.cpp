@@ -171,8 +171,24 @@ TEST(VectorMath, FormsOfAKnownRangeHaveTheBitsOfTheGeneralOnes) {
   const auto below = function("expClamped"), above = function("log");
   for (double x : arguments(below, {"", 0, -760, 709}, 100000)) EXPECT_EQ(vm::expBelow(x), below.own(x)) << x;
   for (double x : arguments(above, {"", 0, 0x1p-1022, kInf}, 100000)) EXPECT_EQ(vm::logAbove(x), above.own(x)) << x;
+  for (double x : arguments(below, {"", 0, -708, 708}, 100000)) EXPECT_EQ(vm::expInside(x), below.own(x)) << x;
   EXPECT_EQ(vm::expBelow(-kInf), vm::expClamped(-kInf));
   for (double y : {vm::expBelow(kNaN), vm::logAbove(kNaN), vm::logAbove(kInf) - kInf}) EXPECT_TRUE(std::isnan(y));
+}
+
+TEST(VectorMath, LogarithmsOfAPieceAreThoseOfItsPoints) {
+  constexpr double least = 0x1p-1022, most = std::numeric_limits<double>::max();
+  for (double special : {0.0, -0.0, -1.0, 0x1p-1074, least, -least, most, kInf, -kInf, kNaN, -kNaN, 2.0})
+    for (int n : {1, 8, 13})
+      for (int place = 0; place < n; ++place) {
+        std::vector<double> x(n, 3.0);
+        x[place] = special;
+        EXPECT_EQ(vm::logOfPiece(n, x.data()), special == 2 || special == least || special == most) << special;
+        for (int i = 0; i < n; ++i) {
+          const double one = vm::log(i == place ? special : 3.0);
+          EXPECT_TRUE(x[i] == one || (std::isnan(x[i]) && std::isnan(one))) << special << " at " << i;
+        }
+      }
 }
 
 TEST(VectorMath, HelpersTreatNaNAndSignedZeroAsDocumented) {
