@@ -409,8 +409,8 @@ SA_INLINE void stepDamage(const Model& model, Moving& moving) {
   });
 }
 
-// After every second step the points that go on are packed anew; false when there are none.
-constexpr int kDamageSteps = 2, kDamageRounds = 30;
+// A step; after each the points that go on are packed anew; false when there are none.
+constexpr int kDamageRounds = 60;
 template <class Model>
 SA_INLINE bool settleDamage(const Model& model, int length, BrittleScratch& w, bool isFirst) {
   const Model m = model;
@@ -427,7 +427,7 @@ SA_INLINE bool settleDamage(const Model& model, int length, BrittleScratch& w, b
   });
   if constexpr (Model::kBulks)
     if (isFirst) beginDamage(m, a);
-  for (int step = 0; step < kDamageSteps; ++step) stepDamage(m, a);
+  stepDamage(m, a);
   // results take the places of what is not needed any more
   forPack(a.count, [m, &a](int j) SA_POINT {
     const double d = a.x[j], D = a.damage[j] + d, trial = a.trial[j], strength = a.strength[j], ef = a.failureStrain[j];
