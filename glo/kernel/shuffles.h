@@ -71,9 +71,11 @@ SA_INLINE void forFourPairs(Four first, Four second, auto pair) {
 template <int kReals>
 SA_INLINE void storeFourRecords(double* out, int64_t distance, auto column) {
 #pragma GCC unroll 8
-  for (int k = 0; k < kReals - 1; k += 2)
+  for (int p = 0; p < kReals / 2; ++p) {
+    const int k = p + p;
     forFourPairs(column(k), column(k + 1),
                  [&](int r, Two pair) SA_POINT { storeVector(out + r * distance + k, pair); });
+  }
   if constexpr (kReals % 2 == 1) {
     const Four last = column(kReals - 1);
     for (int r = 0; r < 4; ++r) out[r * distance + kReals - 1] = last[r];
@@ -84,7 +86,10 @@ SA_INLINE void storeFourRecords(double* out, int64_t distance, auto column) {
 template <class Count>
 SA_INLINE void forFours(Count n, auto four, auto one) {
   Count i = 0;
-  for (; i < n - 3; i += 4) four(i);
+  for (Count rest = n; rest > 3; rest -= 4) {
+    four(i);
+    i += 4;
+  }
   for (; i < n; ++i) one(i);
 }
 

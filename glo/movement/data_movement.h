@@ -122,10 +122,11 @@ SA_INLINE void gatherRecords(Count n, auto count, const int32_t* map, double* L,
         const double* records[4];
         for (int p = 0; p < 4; ++p) records[p] = G + global.at(entity(i + p), 0);
         int k = 0;
-        for (; k < count - 1; k += 2) {
+        for (int rest = count; rest > 1; rest -= 2) {
           const FourPairs pairs([&](int p) SA_POINT { return records[p]; }, k);
           storeVector(L + local.at(i, k), pairs.first);
           storeVector(L + local.at(i, k + 1), pairs.second);
+          k += 2;
         }
         if (k < count)
           storeVector(L + local.at(i, k), Four{records[0][k], records[1][k], records[2][k], records[3][k]});
@@ -173,9 +174,11 @@ SA_INLINE void scatterRecords(int n, auto count, auto entity, double* G, Record 
         double* records[4];
         for (int p = 0; p < 4; ++p) records[p] = G + global.at(entity(i + p), 0);
         int k = 0;
-        for (; k < count - 1; k += 2)
+        for (int rest = count; rest > 1; rest -= 2) {
           forFourPairs(loadVector<Four>(L + local.at(i, k)), loadVector<Four>(L + local.at(i, k + 1)),
                        [&](int p, Two pair) SA_POINT { combine(records[p] + k, pair); });
+          k += 2;
+        }
         if (k < count)
           for (int p = 0; p < 4; ++p) combine(records[p] + k, L[local.at(i + p, k)]);
       },

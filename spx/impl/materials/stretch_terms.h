@@ -95,21 +95,22 @@ struct FoamTerms {
 struct StretchLogs {
   double J[kScratchPoints], L[kScratchPoints], guard[kScratchPoints]; // guard: the flag
   double x1[kScratchPoints], x2[kScratchPoints], x3[kScratchPoints];
-  double reach; // the largest |ln l^2| of the piece; infinity where one is no finite number
+  double reach; // a bound of |ln l^2| in the piece; infinity where one is no finite number
 };
 
 struct Stretches {
   double l1, l2, l3;
 };
 
-SA_INLINE double largestOf(int n, const double* x1, const double* x2, const double* x3) {
-  double largest = 0.0;
-#pragma omp simd reduction(max : largest)
+// A bound of three lists of logarithms of normal numbers: 8, 64, or that of all such.
+SA_INLINE double boundOf(int n, const double* x1, const double* x2, const double* x3) {
+  uint64_t beyond8 = 0, beyond64 = 0;
+#pragma omp simd reduction(| : beyond8, beyond64)
   for (int i = 0; i < n; ++i) {
     const double x = vm::max(vm::max(vm::abs(x1[i]), vm::abs(x2[i])), vm::abs(x3[i]));
-    largest = largest > x ? largest : x;
+    beyond8 |= vm::toBits(x > 8.0 ? 1.0 : 0.0), beyond64 |= vm::toBits(x > 64.0 ? 1.0 : 0.0);
   }
-  return largest;
+  return beyond64 != 0 ? 745.0 : beyond8 != 0 ? 64.0 : 8.0;
 }
 
 // stretch(i, k) gives the stretches of point i of the piece, k of the block.  A product below the smallest normal number sets
@@ -148,7 +149,7 @@ SA_INLINE void takeLogarithms(int start, int n, Stretch stretch, double* flag, S
       forPoints(n, [=, &w](int i) SA_POINT { isochoric(i, vm::expClamped(-0.6666666666666666 * w.L[i])); });
   }
   const bool plain1 = vm::logOfPiece(n, w.x1), plain2 = vm::logOfPiece(n, w.x2), plain3 = vm::logOfPiece(n, w.x3);
-  w.reach = plain1 && plain2 && plain3 ? largestOf(n, w.x1, w.x2, w.x3) : vm::kInfinity;
+  w.reach = plain1 && plain2 && plain3 ? boundOf(n, w.x1, w.x2, w.x3) : vm::kInfinity;
 }
 
 // ---- sums over the terms
@@ -543,7 +544,7 @@ SA_INLINE void closeState(int start, int n, Terms terms, double* flag, FreeScrat
   int count = n;
   for (int round = 0, left = n; left > 0; ++round) {
     left = closingRound<kFree>(round, count, own, flags, *now, *logs, *sums, open);
-    if (now != &f || left == 0 || 3 * left > n) continue;
+    if (now != &f || left == 0 || left > n / 3) continue;
     count = left;
     for (int j = 0; j < count; ++j) places[j] = open[j];
     packPoints(count, places, f, packed);

@@ -66,8 +66,10 @@ SA_INLINE void findLinesInLongTable(int n, const General& t, const Lane& x, Line
   const int64_t length = t.rowLength, column = t.columns[0] - 1;
   const double* abscissas = t.rows + column;
   int first = 0;
-  for (; first + kSearched <= n; first += kSearched)
+  for (int rest = n; rest >= kSearched; rest -= kSearched) {
     findLowerPlaces(t.rowCount, x + first, places + first, abscissas, length);
+    first += kSearched;
+  }
   const auto abscissa = [=](int64_t row) SA_POINT { return abscissas[row * length]; };
   for (; first < n; ++first) places[first] = findLowerRow(0, t.rowCount - 1, x[first], abscissa) * length;
   Lane x2, f2;
