@@ -68,7 +68,8 @@ void addMaterialCases(std::vector<Case>& list) {
         uniform(n, a[9] + 2 * n, random, -0.1, 0.1);
         uniform(n, a[10], random, 0.8, 1.2);
       },
-      2 * 650 + 50, 2 * 9 + 11)); // at the thickness given, which is the right one from the second call on, and at the end
+      // at the thickness given, which is the right one from the second call on, and at the end
+      2 * 650 + 50, 2 * 9 + 11));
   list.push_back(arrayCase("SPX_MAT_HFOAM", SPX_MAT_HFOAM, plain::hfoam, {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 3, 1},
                            stretched(foam, 11, true), 650, 11));
   list.push_back(arrayCase("SPX_MAT_HYPERFOAMMODULIEXP", SPX_MAT_HYPERFOAMMODULIEXP, plain::hyperfoammoduliexp,

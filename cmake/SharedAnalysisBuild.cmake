@@ -1,5 +1,6 @@
 # How every target of the project is compiled, and the library itself.
 
+# Vectors of 512 bits go to inlined functions alone: how they would be passed without AVX-512 (-Wpsabi) matters to nobody.
 add_library(sa_warnings INTERFACE)
 target_compile_options(sa_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wno-psabi -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
