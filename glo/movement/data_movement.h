@@ -165,12 +165,14 @@ SA_INLINE void gather(Count n, int ncomp, const int32_t* map, T* L, LocalLayout 
 
 // The scatter of columns of reals into records: points in their order, the components of each by pairs.
 template <class Combine>
-SA_INLINE void scatterRecords(int n, auto count, auto entity, double* G, Record global, const double* L, Column local) {
+SA_INLINE void scatterRecords(int first, int end, auto count, auto entity, double* G, Record global, const double* L,
+                              Column local) {
   const auto combine = [](auto* at, auto value)
                            SA_POINT { storeVector(at, Combine::combine(loadVector<decltype(value)>(at), value)); };
   forFours(
-      n,
-      [=](int i) SA_POINT {
+      end - first,
+      [=](int j) SA_POINT {
+        const int i = first + j;
         double* records[4];
         for (int p = 0; p < 4; ++p) records[p] = G + global.at(entity(i + p), 0);
         int k = 0;
@@ -182,8 +184,8 @@ SA_INLINE void scatterRecords(int n, auto count, auto entity, double* G, Record 
         if (k < count)
           for (int p = 0; p < 4; ++p) combine(records[p] + k, L[local.at(i + p, k)]);
       },
-      [=](int i) SA_POINT {
-        for (int k = 0; k < count; ++k) combine(G + global.at(entity(i), k), L[local.at(i, k)]);
+      [=](int j) SA_POINT {
+        for (int k = 0; k < count; ++k) combine(G + global.at(entity(first + j), k), L[local.at(first + j, k)]);
       });
 }
 
@@ -194,7 +196,7 @@ SA_INLINE void scatter(int first, int end, int ncomp, Entity entity, T* G, Globa
   if constexpr (GlobalLayout::kRecords) {
     forShortCounts(ncomp, [=](auto count) SA_POINT {
       if constexpr (std::is_same_v<LocalValue, Local<double, Column>>)
-        scatterRecords<Combine>(end, count, entity, G, global, local.values, local.layout);
+        scatterRecords<Combine>(first, end, count, entity, G, global, local.values, local.layout);
       else
         for (int i = first; i < end; ++i) {
           const int64_t e = entity(i);

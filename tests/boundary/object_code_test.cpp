@@ -35,6 +35,9 @@ const std::regex kThroughMaps(
 const std::regex
     kCopies("GLO_UTI_(COPYR|.*BROADCAST.*|INITROTATIONMATRIX)|SPX_OPE_INI.*FLD|SPX_GET_CONSTCONDUCTIVITY[23]D");
 
+// Records by shuffles of four points: 256 bits are the longest.
+const std::set<std::string> kInFours = {"GLO_UTI_ODB3DSTRAIN"};
+
 // What a body may call: block moves of the C library, the compiler's unwinding, and what holds no vector code: the recursion of
 // the sorts, and the look at the breakpoints of a table, once a block.
 const std::regex
@@ -54,11 +57,14 @@ Clone cloneOf(const std::string& symbol) {
   return {match[1], match[2]};
 }
 
-std::string registerOf(const std::string& set) { return set == "avx512f" ? "%zmm" : set == "avx2" ? "%ymm" : "%xmm"; }
+std::string registerOf(const Clone& clone) {
+  if (clone.set == "default") return "%xmm";
+  return clone.set == "avx512f" && kInFours.count(clone.kernel) == 0 ? "%zmm" : "%ymm";
+}
 
 bool usesVectors(const std::string& instruction, const Clone& clone) {
   static const std::regex kPackedDouble("[a-z0-9]*pd[0-9a-z]*\\s.*"), kMove("v?mov(ap|up|dq)[a-z0-9]*\\s.*");
-  if (instruction.find(registerOf(clone.set)) == std::string::npos) return false;
+  if (instruction.find(registerOf(clone)) == std::string::npos) return false;
   return std::regex_match(instruction, kPackedDouble) ||
          (std::regex_match(clone.kernel, kCopies) && std::regex_match(instruction, kMove));
 }
@@ -81,7 +87,7 @@ std::string fault(const std::map<std::string, const Function*>& bySymbol, const 
     hasVectors = hasVectors || usesVectors(instruction, clone);
   }
   if (hasVectors || kWithoutVectors.count(clone.kernel) != 0 || std::regex_match(clone.kernel, kThroughMaps)) return "";
-  return "has no packed double instruction on " + registerOf(clone.set);
+  return "has no packed double instruction on " + registerOf(clone);
 }
 
 // Faults of all clones of a library, and the number of kernels that have three clones.

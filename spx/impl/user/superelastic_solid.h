@@ -355,8 +355,9 @@ SA_INLINE void findStart(const Block& b, const Superelastic& model, const Arrays
 
 // Most pieces are ordinary: no strain cancels, neither at the start nor at the end, and F of no point turns from falling to rising,
 // so that each takes its increment in one part.  F is convex along the path: it turns nowhere if it rises at the start or falls at
-// the end, or if the volume moves it faster than the strain deviator can.  Near to either, where the place of the turn might still be found inside by its round-off, and where that is ill
-// posed, a piece counts as not ordinary, and is worked through anew; both ways give a point of an ordinary piece the same bits.
+// the end, or if the volume moves it faster than the strain deviator can.  Near to either, where the place of the turn might
+// still be found inside by its round-off, and where that is ill posed, a piece counts as not ordinary and is worked through
+// anew; both ways give a point of an ordinary piece the same bits.
 template <class Storage>
 SA_INLINE bool isOrdinary(const Block& b, const Superelastic& model, const Arrays& from, int start, int length,
                           Points<Storage>& points) {
