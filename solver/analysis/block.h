@@ -105,8 +105,8 @@ private:
   const Material* material_;
   MaterialPoints points_;
   AlignedValues stress_, mask_, viscousStress_, viscousEnergy_;
-  AlignedValues omega_, failed_,
-      lostEnergy_; // where bricks fail: damage initiation; 1 once it was reached; energy of the brick then
+  // where bricks fail: damage initiation; 1 once it was reached; energy of the brick then
+  AlignedValues omega_, failed_, lostEnergy_;
 };
 
 } // namespace sharedanalysis::solver

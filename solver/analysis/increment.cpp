@@ -17,10 +17,6 @@ namespace {
 
 constexpr double kGrowth = 1.05; // largest ratio of an increment to the one before
 
-} // namespace
-
-namespace {
-
 void evaluate(const Case& definition, const NodeState& nodes, double step, DomainState& state, std::size_t first,
               std::size_t end) {
   for (std::size_t k = first; k < end; ++k) {
