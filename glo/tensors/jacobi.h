@@ -15,6 +15,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <type_traits>
 
 namespace sa {
 
@@ -25,10 +26,11 @@ struct JacobiScratch {
   double a12[kScratchPoints], a23[kScratchPoints], a13[kScratchPoints];
   double v[kDirections ? 9 : 1][kScratchPoints]; // v[3*b + a]: component a of direction b
   double c[kScratchPoints], s[kScratchPoints], t[kScratchPoints];
-  double moving[kScratchPoints];
+  double moving[kScratchPoints]; // 1.0 from a large angle of the sweep on; quick rotations: the largest sine
   int place[kScratchPoints];
-  double back[kScratchPoints]; // value of the tensor / value in the scratch, by place in the piece: not packed
-  bool isScaled;               // some `back` is not 1
+  double back[kScratchPoints];    // value of the tensor / value in the scratch, by place in the piece: not packed
+  bool isScaled;                  // some `back` is not 1
+  double turning[kScratchPoints]; // quick rotations: 1.0 until the point is finished
 };
 
 // The angle of one rotation in plane (p, q).  `t` is handed on to the update of the matrix; who needs none leaves it 0.
@@ -115,6 +117,42 @@ struct PreciseRotation {
   }
 };
 
+// Rotations by nearly the angle that makes a_pq zero, to the same end as the precise ones, for directions whose order and signs
+// do not matter.  With d = |a_pp - a_qq|, m = |a_pq| and y = 2 m/d the tangent of half the angle is tan(atan(y)/4), here the
+// quotient of two cubic forms in d and m that has its first two terms at y = 0, its value at infinity, and is off by 6e-4 in
+// between.  Sine and cosine are rational in it: a rotation takes one division and no root.  What it leaves of a_pq is the next
+// sweep's; the small angles of a last sweep are right to rounding.
+struct QuickRotation {
+  static constexpr double kStillMoving = PreciseRotation::kStillMoving;
+
+  // No rotation where `turning` is 0.
+  SA_INLINE static PlaneAngle angle(double app, double aqq, double apq, double turning) {
+    constexpr double kEps = 0x1p-53, kTangent = 0.41421356237309503; // tan(pi/8)
+    constexpr double kLinear = 4 * 1.208, kUpper = 16 * 0.748, kLower = kUpper + 5, kCubic = kUpper / kTangent;
+    const double p = __builtin_fabs(app), q = __builtin_fabs(aqq), size = __builtin_fabs(apq);
+    const uint64_t none = 0u - static_cast<uint64_t>((vm::min(p, q) * kEps >= size) | (turning == 0.0));
+    const double difference = app - aqq, twice = __builtin_fabs(difference + difference);
+    const double scale = powerBelow(vm::max(twice, size)); // degrees up to 6 follow
+    const double d = twice * scale, m = size * scale, mm = m * m, common = d * d + kLinear * (d * m);
+    const double over = m * (common + kUpper * mm), under = d * (common + kLower * mm) + kCubic * (m * mm);
+    const double u = vm::fromBits(vm::toBits(over) & ~none);
+    // the tiny number is for zeros
+    const double f = (u + u) / ((u * u + under * under) + 0x1p-500), sine = f * under;
+    const uint64_t sign = (vm::toBits(difference) ^ vm::toBits(apq)) & vm::kSignBit;
+    return {1.0 - f * u, vm::fromBits(vm::toBits(sine) ^ sign), 0.0};
+  }
+
+  SA_INLINE static void rotate(const PlaneAngle& r, double& app, double& aqq, double& apq, double& apr, double& aqr) {
+    const double pq = apq, pr = apr, qr = aqr, left = r.c * pq, rest = left - r.s * (app - aqq),
+                 h = r.s * (left + rest);
+    app = app + h;
+    aqq = aqq - h;
+    apq = r.c * rest - r.s * (r.s * pq);
+    apr = r.c * pr + r.s * qr;
+    aqr = r.c * qr - r.s * pr;
+  }
+};
+
 // The plane (p, q) of a rotation, with r the third axis, in the scratch of a piece.
 struct RotationPlane {
   double *app, *aqq, *apq, *apr, *aqr;
@@ -139,16 +177,8 @@ SA_INLINE void findAngle(int i, JacobiScratch<kDirections>& w, const RotationPla
   w.t[i] = r.t;
   w.moving[i] = __builtin_fabs(r.s) > Rotation::kStillMoving ? 1.0 : w.moving[i];
 }
-template <class Rotation, bool kDirections>
-SA_INLINE void turn(int i, JacobiScratch<kDirections>& w, const RotationPlane& a) {
-  const PlaneAngle r{w.c[i], w.s[i], w.t[i]};
-  double pp = a.app[i], qq = a.aqq[i], pr = a.apr[i], qr = a.aqr[i];
-  Rotation::rotate(r, pp, qq, a.apq[i], pr, qr);
-  a.app[i] = pp;
-  a.aqq[i] = qq;
-  a.apq[i] = 0.0;
-  a.apr[i] = pr;
-  a.aqr[i] = qr;
+template <bool kDirections>
+SA_INLINE void turnDirections(int i, const PlaneAngle& r, const RotationPlane& a) {
   if constexpr (kDirections) {
     const double x1 = a.p1[i], x2 = a.p2[i], x3 = a.p3[i], y1 = a.q1[i], y2 = a.q2[i], y3 = a.q3[i];
     a.p1[i] = r.c * x1 + r.s * y1;
@@ -159,15 +189,42 @@ SA_INLINE void turn(int i, JacobiScratch<kDirections>& w, const RotationPlane& a
     a.q3[i] = r.c * y3 - r.s * x3;
   }
 }
+template <class Rotation, bool kDirections>
+SA_INLINE void turn(int i, JacobiScratch<kDirections>& w, const RotationPlane& a) {
+  const PlaneAngle r{w.c[i], w.s[i], w.t[i]};
+  double pp = a.app[i], qq = a.aqq[i], pr = a.apr[i], qr = a.aqr[i];
+  Rotation::rotate(r, pp, qq, a.apq[i], pr, qr);
+  a.app[i] = pp;
+  a.aqq[i] = qq;
+  a.apq[i] = 0.0;
+  a.apr[i] = pr;
+  a.aqr[i] = qr;
+  turnDirections<kDirections>(i, r, a);
+}
+
+// Angle and rotation at once: a chain of one division is short enough.
+template <bool kDirections>
+SA_INLINE void turnQuickly(int n, JacobiScratch<kDirections>& w, const RotationPlane& a) {
+  forPoints(n, [=, &w](int i) SA_POINT {
+    double pp = a.app[i], qq = a.aqq[i], pq = a.apq[i], pr = a.apr[i], qr = a.aqr[i];
+    const PlaneAngle r = QuickRotation::angle(pp, qq, pq, w.turning[i]);
+    w.moving[i] = vm::max(__builtin_fabs(r.s), w.moving[i]); // not NaN
+    QuickRotation::rotate(r, pp, qq, pq, pr, qr);
+    a.app[i] = pp;
+    a.aqq[i] = qq;
+    a.apq[i] = pq;
+    a.apr[i] = pr;
+    a.aqr[i] = qr;
+    turnDirections<kDirections>(i, r, a);
+  });
+}
 
 // The three rotations of a sweep for all n active points.  Angles keep the unit that divides busy, and what the rotations do to
 // directions the units that multiply: with directions the points are worked off in two halves, of which one turns while the
 // angles of the other are found.
 template <class Rotation, bool kDirections>
-SA_INLINE void sweepPlanes(int n, JacobiScratch<kDirections>& w) {
-  const RotationPlane first = planeOf(w, w.a11, w.a33, w.a13, w.a12, w.a23, 0, 2),
-                      second = planeOf(w, w.a11, w.a22, w.a12, w.a13, w.a23, 0, 1),
-                      third = planeOf(w, w.a22, w.a33, w.a23, w.a12, w.a13, 1, 2);
+SA_INLINE void sweepPlanes(int n, JacobiScratch<kDirections>& w, const RotationPlane& first,
+                           const RotationPlane& second, const RotationPlane& third) {
   const auto angles = [&w](int start, int count, const RotationPlane& a) SA_POINT {
     forPoints(count, [=, &w](int i) SA_POINT { findAngle<Rotation>(start + i, w, a); });
   };
@@ -203,6 +260,16 @@ SA_INLINE void sweepPlanes(int n, JacobiScratch<kDirections>& w) {
     turns(half, rest, third);
   }
 }
+template <class Rotation, bool kDirections>
+SA_INLINE void sweepPlanes(int n, JacobiScratch<kDirections>& w) {
+  const RotationPlane first = planeOf(w, w.a11, w.a33, w.a13, w.a12, w.a23, 0, 2),
+                      second = planeOf(w, w.a11, w.a22, w.a12, w.a13, w.a23, 0, 1),
+                      third = planeOf(w, w.a22, w.a33, w.a23, w.a12, w.a13, 1, 2);
+  if constexpr (std::is_same_v<Rotation, QuickRotation>)
+    turnQuickly(n, w, first), turnQuickly(n, w, second), turnQuickly(n, w, third);
+  else
+    sweepPlanes<Rotation>(n, w, first, second, third);
+}
 
 // Moves the listed points of the scratch to its front.
 template <bool kDirections>
@@ -236,12 +303,10 @@ SA_INLINE void scaleTensor(JacobiScratch<kDirections>& w, int i) {
   w.back[i] = scale.back;
 }
 
-// Diagonalises the tensors that load(i) leaves in the scratch for the points i = 0 .. n - 1 of a piece (n at most
-// kScratchPoints) and hands finished points over: store(count, finished, w), finished[j] being a position in the scratch.
-// A point whose angles are not numbers does not move: it is finished after the sweep in which that shows.  Every point is
-// finished after kMostSweeps.
-template <class Rotation, bool kDirections, class Load, class Store>
-SA_INLINE void jacobi(int n, JacobiScratch<kDirections>& w, Load load, Store store) {
+// Puts the tensors that load(i) leaves in the scratch for the n points of a piece to the scale of the rotations, with the axes
+// as directions.
+template <bool kDirections, class Load>
+SA_INLINE void begin(int n, JacobiScratch<kDirections>& w, Load load) {
   forPoints(n, load);
   forPoints(n, [&w](int i) SA_POINT { w.place[i] = i; });
   uint64_t beyond = 0; // pieces of ordinary tensors are not scaled: it would change none of their bits
@@ -258,15 +323,19 @@ SA_INLINE void jacobi(int n, JacobiScratch<kDirections>& w, Load load, Store sto
       double* v = w.v[k];
       forPoints(n, [=](int i) SA_POINT { v[i] = unit; });
     }
+}
 
-  int active = n;
-  for (int sweep = 1; active > 0; ++sweep) {
+// Sweeps over the active points until none is left, the first of them being the sweep-th.
+template <class Rotation, bool kDirections, class Store>
+SA_INLINE void finish(int active, int sweep, JacobiScratch<kDirections>& w, Store store) {
+  for (; active > 0; ++sweep) {
     forPoints(active, [&w](int i) SA_POINT { w.moving[i] = 0.0; });
     sweepPlanes<Rotation>(active, w);
 
     int kept[kScratchPoints], finished[kScratchPoints];
     int keptCount = 0, finishedCount = 0;
-    const double still = sweep < kMostSweeps ? 0.0 : 1.0; // `moving` is 0 or 1
+    const double most = std::is_same_v<Rotation, QuickRotation> ? Rotation::kStillMoving : 0.0;
+    const double still = sweep < kMostSweeps ? most : 2.0;
     for (int i = 0; i < active; ++i) {
       const int moves = w.moving[i] > still;
       kept[keptCount] = i;
@@ -280,6 +349,50 @@ SA_INLINE void jacobi(int n, JacobiScratch<kDirections>& w, Load load, Store sto
     }
     active = keptCount;
   }
+}
+
+// Diagonalises the tensors that load(i) leaves in the scratch for the points i = 0 .. n - 1 of a piece (n at most
+// kScratchPoints) and hands finished points over: store(count, finished, w), finished[j] being a position in the scratch.
+// A point whose angles are not numbers does not move: it is finished after the sweep in which that shows.  Every point is
+// finished after kMostSweeps.
+template <class Rotation, bool kDirections, class Load, class Store>
+SA_INLINE void jacobi(int n, JacobiScratch<kDirections>& w, Load load, Store store) {
+  begin(n, w, load);
+  finish<Rotation>(n, 1, w, store);
+}
+
+// The same by quick rotations: storeAll(w) takes the values and directions of all n points once three quarters of them are
+// finished, and store those of the others later.  Until then nobody is packed, and finished points do not turn, which leaves them
+// as they are but for the signs of zeros.
+template <bool kDirections, class Load, class StoreAll, class Store>
+SA_INLINE void jacobiQuickly(int n, JacobiScratch<kDirections>& w, Load load, StoreAll storeAll, Store store) {
+  constexpr double kStill = QuickRotation::kStillMoving;
+  begin(n, w, load);
+  forPoints(n, [&w](int i) SA_POINT {
+    w.turning[i] = 1.0;
+    w.moving[i] = 0.0;
+  });
+  int sweep = 1;
+  for (int active = n; active > n / 4 && sweep < kMostSweeps; ++sweep) {
+    sweepPlanes<QuickRotation>(n, w);
+    double moving = 0.0;
+#pragma omp simd reduction(+ : moving) // whole numbers
+    for (int i = 0; i < n; ++i) {
+      w.turning[i] = w.moving[i] > kStill ? 1.0 : 0.0;
+      w.moving[i] = 0.0;
+      moving += w.turning[i];
+    }
+    active = static_cast<int>(moving);
+  }
+  storeAll(w);
+  int kept[kScratchPoints], count = 0;
+  for (int i = 0; i < n; ++i) {
+    kept[count] = i;
+    count += w.turning[i] != 0.0;
+  }
+  pack(count, kept, w);
+  forPoints(count, [&w](int i) SA_POINT { w.turning[i] = 1.0; });
+  finish<QuickRotation>(count, sweep, w, store);
 }
 
 } // namespace sa

@@ -5,21 +5,40 @@
 #include "glo/kernel/vmath.h"
 #include "glo/tensors/jacobi.h"
 
+#include <type_traits>
+
 namespace sa {
+
+// copy(source, target) for values and directions.
+template <bool kDirections, class Copy>
+SA_INLINE void forResults(JacobiScratch<kDirections>& from, JacobiScratch<kDirections>& done, Copy copy) {
+  copy(from.a11, done.a11), copy(from.a22, done.a22), copy(from.a33, done.a33);
+  if constexpr (kDirections)
+    for (int d = 0; d < 9; ++d) copy(from.v[d], done.v[d]);
+}
 
 // Diagonalises what load(i) leaves in the scratch `w` for the n points of a piece; done.a11, a22, a33 times w.back are the
 // values and done.v[3*b + a] component a of direction b of point i of the piece.
-template <bool kDirections, class Load>
+template <class Rotation = PreciseRotation, bool kDirections, class Load>
 SA_INLINE void diagonalise(int n, JacobiScratch<kDirections>& w, JacobiScratch<kDirections>& done, Load load) {
-  jacobi<PreciseRotation>(n, w, load, [&done](int count, const int* finished, auto& from) SA_POINT {
+  constexpr bool kQuick = std::is_same_v<Rotation, QuickRotation>;
+  // finished points lose the sign of a zero in sweeps that others take: there zeros have one sign
+  const auto result = [](double x) SA_POINT { return kQuick ? x + 0.0 : x; };
+  const auto store = [&done, result](int count, const int* finished, auto& from) SA_POINT {
     for (int j = 0; j < count; ++j) done.place[j] = from.place[finished[j]];
-    const auto keep = [&](const double* source, double* target) SA_POINT {
-      for (int j = 0; j < count; ++j) target[done.place[j]] = source[finished[j]];
+    forResults(from, done, [&, result](const double* source, double* target) SA_POINT {
+      for (int j = 0; j < count; ++j) target[done.place[j]] = result(source[finished[j]]);
+    });
+  };
+  if constexpr (kQuick) {
+    const auto storeAll = [n, &done, result](auto& from) SA_POINT {
+      forResults(from, done, [=](const double* source, double* target) SA_POINT {
+        forPoints(n, [=](int i) SA_POINT { target[i] = result(source[i]); });
+      });
     };
-    keep(from.a11, done.a11), keep(from.a22, done.a22), keep(from.a33, done.a33);
-    if constexpr (kDirections)
-      for (int d = 0; d < 9; ++d) keep(from.v[d], done.v[d]);
-  });
+    jacobiQuickly(n, w, load, storeAll, store);
+  } else
+    jacobi<Rotation>(n, w, load, store);
 }
 
 // Brings the values to the scale of their tensors.
@@ -36,10 +55,10 @@ SA_INLINE void unscale(int n, const JacobiScratch<kDirections>& w, JacobiScratch
 // diagonalise for tensors that may be near the identity: there the values are those of S - 1, whose direct components are exact
 // differences, so that they keep the digits that 1 + small loses.  The value itself is shift + done.a11 times w.back and so
 // on.
-template <bool kDirections, class Load>
+template <class Rotation, bool kDirections, class Load>
 SA_INLINE void diagonaliseAboutOne(int n, JacobiScratch<kDirections>& w, JacobiScratch<kDirections>& done,
                                    double (&shift)[kScratchPoints], Load load) {
-  diagonalise(n, w, done, [=, &w, &shift](int i) SA_POINT {
+  diagonalise<Rotation>(n, w, done, [=, &w, &shift](int i) SA_POINT {
     load(i);
     const auto isNear = [](double x) SA_POINT { return x > 0.5 && x < 2.0; };
     const bool nearby = isNear(w.a11[i]) && isNear(w.a22[i]) && isNear(w.a33[i]) && __builtin_fabs(w.a12[i]) < 0.25 &&

@@ -1,5 +1,6 @@
 // Functions of symmetric tensors through their principal values.
 #include "glo.h"
+#include "glo/kernel/fetch.h"
 #include "glo/kernel/vmath.h"
 #include "glo/tensors/principal.h"
 #include "glo/tensors/spectral.h"
@@ -46,41 +47,53 @@ SA_KERNEL(GLO_UTI_SQRTV, (const int32_t* nblock, const double* S, double* V)) {
     // least 27 III / I^3, which is 1 for a sphere: the last step is below 2e-6 there
     constexpr double kRoundness = 0.01;
     constexpr double kMost = 0x1p+280, kLeast = 0x1p-280;
-    Lane left;
-    forPoints(n, [=, &left](int j) SA_POINT {
+    // short passes: a point's roots and divisions wait for each other
+    Lane left, trace, sum, minors, det;
+    double* const out = V + start;
+    fetch(n, out, out + N, out + 2 * N, out + 3 * N, out + 4 * N, out + 5 * N);
+    forPoints(n, [=, &left, &trace, &sum, &minors, &det](int j) SA_POINT {
       const int k = start + j;
       const double s11 = S[k], s22 = S[k + N], s33 = S[k + 2 * N];
       const double s12 = S[k + 3 * N], s23 = S[k + 4 * N], s13 = S[k + 5 * N];
       const double q12 = s12 * s12, q23 = s23 * s23, q13 = s13 * s13;
-      const double m1 = s22 * s33 - q23, m2 = s11 * s33 - q13, m3 = s11 * s22 - q12; // minors
+      const double m1 = s22 * s33 - q23, m2 = s11 * s33 - q13, m3 = s11 * s22 - q12;
       const double first = s11 + s22 + s33, second = m1 + m2 + m3;
       const double third = s11 * m1 - s12 * (s12 * s33 - s23 * s13) + s13 * (s12 * s23 - s22 * s13);
       const bool ordinary =
           first > kLeast && first < kMost && second > 0.0 && 27.0 * third > kRoundness * (first * first * first);
-
-      const double det = __builtin_sqrt(ordinary ? third : 1.0);
-      double i = __builtin_sqrt(first + 2.0 * __builtin_sqrt(3.0 * second));
-      for (int step = 0; step < 3; ++step) {
-        const double ii = i * i, h = ii - first;
-        const double f = h * h - 4.0 * (second + 2.0 * i * det), df = 4.0 * (i * h - 2.0 * det),
+      left[j] = ordinary ? 0.0 : 1.0;
+      sum[j] = first;
+      minors[j] = second;
+      det[j] = __builtin_sqrt(ordinary ? third : 1.0);
+      trace[j] = __builtin_sqrt(first + 2.0 * __builtin_sqrt(3.0 * second));
+    });
+    for (int step = 0; step < 3; ++step)
+      forPoints(n, [&trace, &sum, &minors, &det](int j) SA_POINT {
+        const double i = trace[j], first = sum[j], ii = i * i, h = ii - first;
+        const double f = h * h - 4.0 * (minors[j] + 2.0 * i * det[j]), df = 4.0 * (i * h - 2.0 * det[j]),
                      ddf = 4.0 * (3.0 * ii - first);
-        i -= 2.0 * f * df / (2.0 * df * df - f * ddf);
-      }
-      const double ii = 0.5 * (i * i - first), per = 1.0 / (i * ii - det);
-      const double sphere = i * det * per, factor = i * i - ii;
+        trace[j] = i - 2.0 * f * df / (2.0 * df * df - f * ddf);
+      });
+    forPoints(n, [=, &left, &trace, &sum, &det](int j) SA_POINT {
+      const int k = start + j;
+      const double s11 = S[k], s22 = S[k + N], s33 = S[k + 2 * N];
+      const double s12 = S[k + 3 * N], s23 = S[k + 4 * N], s13 = S[k + 5 * N];
+      const double q12 = s12 * s12, q23 = s23 * s23, q13 = s13 * s13;
+      const double i = trace[j], ii = 0.5 * (i * i - sum[j]), per = 1.0 / (i * ii - det[j]);
+      const double sphere = i * det[j] * per, factor = i * i - ii;
       const double v11 = sphere + (factor * s11 - (s11 * s11 + q12 + q13)) * per;
       const double v22 = sphere + (factor * s22 - (s22 * s22 + q12 + q23)) * per;
       const double v33 = sphere + (factor * s33 - (s33 * s33 + q13 + q23)) * per;
       const double v12 = (factor * s12 - (s12 * (s11 + s22) + s13 * s23)) * per;
       const double v23 = (factor * s23 - (s23 * (s22 + s33) + s12 * s13)) * per;
       const double v13 = (factor * s13 - (s13 * (s11 + s33) + s12 * s23)) * per;
+      const bool ordinary = left[j] == 0.0;
       V[k] = ordinary ? v11 : s11; // V may be S
       V[k + N] = ordinary ? v22 : s22;
       V[k + 2 * N] = ordinary ? v33 : s33;
       V[k + 3 * N] = ordinary ? v12 : s12;
       V[k + 4 * N] = ordinary ? v23 : s23;
       V[k + 5 * N] = ordinary ? v13 : s13;
-      left[j] = ordinary ? 0.0 : 1.0;
     });
     int32_t list[kScratchPoints];
     int count = 0;
@@ -97,7 +110,9 @@ SA_KERNEL(GLO_UTI_LOGV, (const int32_t* nblock, const double* S, double* L)) {
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     JacobiScratch<true> w, done;
     double shift[kScratchPoints];
-    diagonaliseAboutOne(n, w, done, shift, loadS33(AllPoints{n, start}, N, S, w));
+    double* const out = L + start;
+    fetch(n, out, out + N, out + 2 * N, out + 3 * N, out + 4 * N, out + 5 * N);
+    diagonaliseAboutOne<QuickRotation>(n, w, done, shift, loadS33(AllPoints{n, start}, N, S, w));
     const auto logarithms = [n, &shift, &w](double(&x)[kScratchPoints]) SA_POINT {
       if (w.isScaled)
         forPoints(n, [&x, &shift, &w](int i) SA_POINT { x[i] = logOfValue(x[i], shift[i], w.back[i]); });

@@ -1,6 +1,7 @@
 // Principal values by the trigonometric solution of the characteristic equation of the scaled deviator.
 #pragma once
 
+#include "glo/kernel/fetch.h"
 #include "glo/kernel/kernel.h"
 #include "glo/kernel/vmath.h"
 #include "glo/tensors/tensor.h"
@@ -44,6 +45,7 @@ template <class Points, class Load>
 SA_INLINE void trigonometricValues(Points point, int n, Load load, int64_t nblock, double* P) {
   constexpr double kThird = 0.3333333333333333;
   TrigonometricScratch w;
+  fetch(point, n, P, P + nblock, P + 2 * nblock);
 
   forPoints(n, [=, &w](int i) SA_POINT {
     const int k = point(i);

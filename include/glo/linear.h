@@ -52,7 +52,7 @@ void GLO_UTI_INVERSER(const int32_t* nblock, const double* A, double* B, double*
  */
 void GLO_UTI_VSOLVE(const int32_t* nblock, const double* A, const double* b, double* x, double* singular);
 
-/** The same; reals have double length in both.
+/** The same; reals have double length in both.  x may be b.
  *  @like GLO_UTI_VSOLVE
  */
 void GLO_UTI_VSOLVEDBL(const int32_t* nblock, const double* A, const double* b, double* x, double* singular);

@@ -48,7 +48,7 @@ void GLO_UTI_SCATTERR(const int32_t* nblock, const int32_t* ncomp, const int32_t
 /** From records: ndim 3 gathers components 1 to 3, ndim 2 components 1 and 2, any other ndim the one component ld, the
  *  last of the record (then L has one component).
  *  @param[in]  nblock  (1), block: points; below 1 does nothing
- *  @param[in]  ndim    (1), code 1|2|3: components moved
+ *  @param[in]  ndim    (1), code 1|2|3: components moved, any other as 1
  *  @param[in]  ld      (1), count>=ndim: length of a record of G; 2 is enough for ndim 2, and 1 where one component is moved
  *  @param[in]  unused  (1), unread: not read
  *  @param[in]  map     (nblock), entity of G: entity of each point

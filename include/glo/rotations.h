@@ -49,7 +49,7 @@ void GLO_UTI_GENMULT2DQUAT(const int32_t* op, double* out, const double* a, cons
  *  zero leaves NaN or infinity.  Products and their squares are formed unscaled: lengths of a and b whose product is beyond 1e154
  *  or below 1e-154 count as infinite or zero.
  *  @param[in]  nblock  (1), block: points
- *  @param[in]  op      (1), code 1|-1|2|-2|3: product
+ *  @param[in]  op      (1), code 1|-1|2|-2|3: product, any other code as 1
  *  @param[out] Q       (nblock, 4), -: unit quaternions
  *  @param[in]  A       (nblock, 4), any: quaternions a
  *  @param[in]  B       (nblock, 4), any: quaternions b
@@ -115,7 +115,7 @@ void GLO_UTI_INITROTATIONMATRIX(const int32_t* nblock, double* R);
 /** Plane tensors.
  *  @param[in]  n     (1), block: points
  *  @param[in]  ld    (1), stride: leading dimension of all arrays
- *  @param[in]  flag  (1), code 0|1: direction
+ *  @param[in]  flag  (1), code 0|1: direction, any other code as 1
  *  @param[in]  R     (ld, 4), -: rotations, R11 R21 R12 R22
  *  @param[in]  S     (ld, 3), any: tensors, S21
  *  @param[out] T     (ld, 3), any: rotated tensors, S21

@@ -18,8 +18,8 @@ extern "C" {
 /** Components of a tensor and of its orientation quaternion by storage code.
  *    code 100, 200: 3 1 2    300: 3 3 4    400: 1 0 0    600: 3 1 0    700: 1 1 2    900: 1 2 4    any other: 0 0 0
  *  Family 25090 gives 3 1 0 for every code but 100, 700 and 900.
- *  @param[in]  code     (1), code 100|200|300|400|600|700|900|500: storage code
- *  @param[in]  family   (1), code 0|25090: element family
+ *  @param[in]  code     (1), code 100|200|300|400|600|700|900|500: storage code, any other as 500
+ *  @param[in]  family   (1), code 0|25090: element family, any other as 0
  *  @param[out] ndirect  (1), -: direct components
  *  @param[out] nshear   (1), -: shear components
  *  @param[out] nquat    (1), -: quaternion components
@@ -37,7 +37,7 @@ int32_t GLO_UTI_SQ2TRSTORAGE(const int32_t* i, const int32_t* j);
  *  components (3, 1), 10 plane with one or two (1 direct and any shear), 11 without shear or no tensor at all.  The counts are
  *  those of GLO_UTI_NUMTENSORCOMP for the element code; no procedure or variable changes them.
  *  @param[in] procedure  (1), unread: procedure code
- *  @param[in] element    (1), code 100|200|300|400|600|700|900|500: storage code of the element
+ *  @param[in] element    (1), code 100|200|300|400|600|700|900|500: storage code of the element, any other as 500
  *  @param[in] variable   (1), unread: output variable code
  */
 int32_t GLO_UTI_ITENSORID(const int32_t* procedure, const int32_t* element, const int32_t* variable);

@@ -197,7 +197,7 @@ void SPX_OPE_GREENSTRAIN3DH8(const int32_t* nblock, const double* C, double* str
 
 /** The measures of the other selectors, turned by the rotation vector (up to 2e5 rad).
  *  @like SPX_OPE_GREENSTRAIN3DH8
- *  @param[in]  selector  (1), code 2|3|4: measure
+ *  @param[in]  selector  (1), code 2|3|4: measure, any other as 2
  *  @param[in]  rotation  (nblock, 3), -: rotation vector, three columns of the element's history
  */
 void SPX_OPE_STRETCHSTRAIN3DH8(const int32_t* nblock, const int32_t* selector, const double* C, const double* rotation,
@@ -210,7 +210,7 @@ void SPX_OPE_STRETCHSTRAIN3DH8(const int32_t* nblock, const int32_t* selector, c
  *  A masked element has zeros throughout.
  *  @param[in]  nblock      (1), block: elements
  *  @param[in]  ld          (1), stride: leading dimension of all arrays
- *  @param[in]  selector    (1), code 1|2|3|4: measure
+ *  @param[in]  selector    (1), code 1|2|3|4: measure, any other as 2
  *  @param[in]  hasStretch  (1), code 0|1: nonzero reads stretch0
  *  @param[in]  ipt         (1), 1..nipt: integration point
  *  @param[in]  nipt        (1), count: integration points of F

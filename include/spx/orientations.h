@@ -221,7 +221,8 @@ void SPX_ODB_ORIENTCNE2DELSET(const int32_t* nblock, int32_t* counter, const int
  *  component of d's axis is sqrt(s) and the others are sums and differences of R over 4 sqrt(s); where s is at most
  *  2.2e-308, the record is (0, 0, 0, 1).  Accuracy and local orientations as SPX_ODB_ORIENTCNE2D.
  *  @like SPX_ODB_ORIENTCNE2D
- *  @param[in]     count     (1), code 0|4: above 0 there are local orientations x y z w
+ *  @param[in]     count     (1), code 0|4: any other above 0 as 4, local orientations x y z w; 0 or less: no local
+ *                           orientations, and map, indices and table are not read
  *  @param[in]     matrices  (nblock, 9, 2), -: direction cosines of both sides
  *  @param[out]    out       (4, 2, *), record: orientations x y z w of both sides
  */
@@ -232,7 +233,8 @@ void SPX_ODB_ORIENTCNE3D(const int32_t* nblock, int32_t* counter, const int32_t*
 /** SPX_ODB_ORIENTCNE3D for the members of an element set.
  *  @like SPX_ODB_ORIENTCNE2DELSET
  *  @param[in]     nblock   (1), block: elements
- *  @param[in]     count     (1), code 0|4: above 0 there are local orientations x y z w
+ *  @param[in]     count     (1), code 0|4: any other above 0 as 4, local orientations x y z w; 0 or less: no local
+ *                           orientations, and map, indices and table are not read
  *  @param[in]     matrices  (nblock, 9, 2), -: direction cosines of both sides
  *  @param[out]    out       (4, 2, *), record: orientations x y z w of both sides
  */

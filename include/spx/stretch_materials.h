@@ -20,8 +20,9 @@ extern "C" {
  *   HFOAM  sum of 2 mu/alpha^2 (l1^alpha + l2^alpha + l3^alpha - 3 + (J^(-alpha beta) - 1)/beta), l = lambda
  *          small strain: G = sum of mu, K = sum of 2 mu (1/3 + beta).  B. Storakers, J. Mech. Phys. Solids 34 (1986) 125
  * A term with alpha^2/4 below 2.2e-308 vanishes; above that a small alpha nears the limit mu (sum of ln^2 l + beta ln^2 J).
- * beta = 0 gives the limit -alpha ln J.  The rounding of the bracket leaves an error of about 1e-15 mu/alpha^2 in the energy of
- * a term with |alpha| of 1/64 and more, which counts at small strains; smaller exponents have a form without it.
+ * beta = 0 gives the limit -alpha ln J.  With a negative alpha the energy of a stretch of 0 is infinite.  The rounding of the
+ * bracket leaves an error of about 1e-15 mu/alpha^2 in the energy of a term with |alpha| of 1/64 and more, which counts at
+ * small strains; smaller exponents have a form without it.
  * A point whose product of stretches is below 2.2e-308 sets its flag; a flagged point has J = 1 and keeps its stretches.  Its
  * derivatives are those of the unguarded energy, taken there: they count that J goes with the stretches, which its energy does
  * not.
@@ -134,7 +135,7 @@ void SPX_MAT_OGDENDERIVATIVE1(const int32_t* nblock, const double* mu1, const do
                               const double* alpha2, const double* mu3, const double* alpha3, double* dU,
                               const double* V, double* flag);
 
-/** Second derivatives of the energy of SPX_MAT_OGDEN.
+/** Second derivatives of the energy of SPX_MAT_OGDEN, 0 with respect to a stretch of 0.
  *  @like SPX_MAT_OGDEN
  *  @param[out] ddU  (nblock, 6), Pa: d2U/dlambda dlambda: 11 22 33 12 23 13
  */
@@ -152,7 +153,7 @@ void SPX_MAT_OGDEN6DERIVATIVE1(const int32_t* nblock, const double* mu1, const d
                                const double* alpha4, const double* mu5, const double* alpha5, const double* mu6,
                                const double* alpha6, double* dU, const double* V, double* flag);
 
-/** Second derivatives of the energy of SPX_MAT_OGDEN6.
+/** Second derivatives of the energy of SPX_MAT_OGDEN6, 0 with respect to a stretch of 0.
  *  @like SPX_MAT_OGDEN6
  *  @param[out] ddU  (nblock, 6), Pa: d2U/dlambda dlambda: 11 22 33 12 23 13
  */
@@ -170,7 +171,7 @@ void SPX_MAT_HFOAMDERIVATIVE1(const int32_t* nblock, const double* mu1, const do
                               const double* alpha2, const double* mu3, const double* alpha3, const double* beta1,
                               const double* beta2, const double* beta3, double* dU, const double* V, double* flag);
 
-/** Second derivatives of the energy of SPX_MAT_HFOAM.
+/** Second derivatives of the energy of SPX_MAT_HFOAM, 0 with respect to a stretch of 0.
  *  @like SPX_MAT_HFOAM
  *  @param[out] ddU  (nblock, 6), Pa: d2U/dlambda dlambda: 11 22 33 12 23 13
  */
@@ -190,7 +191,7 @@ void SPX_MAT_HFOAM6DERIVATIVE1(const int32_t* nblock, const double* mu1, const d
                                const double* beta4, const double* beta5, const double* beta6, double* dU,
                                const double* V, double* flag);
 
-/** Second derivatives of the energy of SPX_MAT_HFOAM6.
+/** Second derivatives of the energy of SPX_MAT_HFOAM6, 0 with respect to a stretch of 0.
  *  @like SPX_MAT_HFOAM6
  *  @param[out] ddU  (nblock, 6), Pa: d2U/dlambda dlambda: 11 22 33 12 23 13
  */

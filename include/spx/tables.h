@@ -179,8 +179,8 @@ void SPX_GET_INTEGRATEINDX(const int32_t* derivatives, const int32_t* ints, cons
  *  @like SPX_GET_GETVALUE
  *  @param[in]     header                 (7), table: header of the table
  *  @param[in]     option                 (1), code 0|1: whether the table depends on temperature
- *  @param[in]     dependencies           (1), code 1|2: field variables on which it depends, 0 to 2
- *  @param[in]     extra                  (1), code 0|1: count of extra variables
+ *  @param[in]     dependencies           (1), code 1|2: field variables on which it depends, 0 to 2; any other does nothing
+ *  @param[in]     extra                  (1), code 0|1: count of extra variables, any other as 1
  *  @param[in]     nfields                (1), count>=dependencies: columns of the field variables; below 1 counts as 1
  *  @param[in]     nstates                (1), count: columns of the state variables; below 1 counts as 1
  *  @param[in]     fields                 (nblock, nfields), any: field variables

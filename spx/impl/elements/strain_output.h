@@ -90,8 +90,8 @@ SA_INLINE double almansiStrain(double x, double shift) {
 // sin(h) / h, |h| below 1e5: the series near 0, the cosine of the complement elsewhere.
 SA_INLINE double sineRatio(double h) {
   const double z = h * h;
-  const double series =
-      1.0 - z / 6.0 * (1.0 - z / 20.0 * (1.0 - z / 42.0 * (1.0 - z / 72.0 * (1.0 - z / 110.0 * (1.0 - z / 156.0)))));
+  constexpr double kSeries[] = {1.0, -1.0 / 6, 1.0 / 120, -1.0 / 5040, 1.0 / 362880, -1.0 / 39916800, 1.0 / 6227020800};
+  const double series = vm::polynomial(z, kSeries);
   const bool small = h < 0.5;
   return small ? series : vm::cos(h - 1.5707963267948966) / (small ? 1.0 : h);
 }
@@ -124,7 +124,7 @@ SA_INLINE void stretchStrain(int n, int selector, int64_t ldC, const double* C, 
                              const double* rotation, int64_t ld, double* E) {
   JacobiScratch<true> scratch, done;
   double shift[kScratchPoints];
-  diagonaliseAboutOne(n, scratch, done, shift, loadS33(AllPoints{n}, ldC, C, scratch));
+  diagonaliseAboutOne<QuickRotation>(n, scratch, done, shift, loadS33(AllPoints{n}, ldC, C, scratch));
   unscale(n, scratch, done);
   const auto apply = [n, &done, &shift](auto measure) SA_POINT {
     const auto values = [n, &shift, measure](double(&x)[kScratchPoints]) SA_POINT {

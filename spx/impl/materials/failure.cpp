@@ -1,4 +1,5 @@
 // Stress measures and strains of ductile and shear failure.
+#include "glo/kernel/fetch.h"
 #include "glo/tensors/principal.h"
 #include "glo/tensors/trigonometric_values.h"
 #include "spx.h"
@@ -137,6 +138,7 @@ SA_KERNEL(SPX_MAT_JCFAILURESTRAIN,
   const bool rated = c4 != 0.0;
   forList(*nblock, *count, list, [=](auto point, int n) SA_POINT {
     double e[kScratchPoints], rateTerm[kScratchPoints];
+    fetch(point, n, rate, temperature, failureStrain);
     // with the bound first, NaN stays
     forPoints(n, [=, &e](int i) SA_POINT { e[i] = vm::expBelow(vm::min(40.0, -c3 * triaxiality[point(i)])); });
     if (rated)
@@ -161,6 +163,7 @@ SA_KERNEL(SPX_MAT_JCSHRFAILEXP, (const int32_t* nblock, const double* properties
   const double P12 = properties[11], P13 = properties[12];
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     double L[kScratchPoints], e[kScratchPoints];
+    fetch(n, x + start, y + start, rStrain + start);
     forPoints(n, [=, &L](int i) SA_POINT { L[i] = vm::logAbove(vm::max(1.0, rate[start + i] * P8)); });
     forPoints(n, [=, &e](int i) SA_POINT { e[i] = vm::expBelow(-vm::abs(P11 * x[start + i])); });
     forPoints(n, [=, &L, &e](int i) SA_POINT {

@@ -19,6 +19,7 @@ SA_KERNEL(SPX_MAT_MULLINSDAMAGEENER, (const int32_t* nblock, const double* r, co
                                       const double* Um, const double* s, const double* q, double* damage)) {
   forPieces(*nblock, [=](int start, int n) SA_POINT {
     double z[kScratchPoints], bell[kScratchPoints], erf[kScratchPoints];
+    fetch(n, r + start, s + start, q + start, damage + start);
     forPoints(n, [=, &z](int i) SA_POINT {
       const int k = start + i;
       z[i] = Um[k] * guardedReciprocal(m[k] + beta[k] * Um[k]);

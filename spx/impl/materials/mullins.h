@@ -1,6 +1,7 @@
 // Softening of rubber on unloading, after R. W. Ogden and D. G. Roxburgh, Proc. R. Soc. A 455 (1999) 2861.
 #pragma once
 
+#include "glo/kernel/fetch.h"
 #include "glo/kernel/kernel.h"
 #include "glo/kernel/vmath.h"
 
@@ -44,6 +45,7 @@ SA_INLINE void soften(int start, int n, const Softening& a) {
   const double *r = a.r, *m = a.m, *beta = a.beta, *UmOld = a.UmOld;
   double *UmNew = a.UmNew, *U = a.U, *eta = a.eta, *slope = a.slope;
   double z[kScratchPoints], rd[kScratchPoints], bell[kScratchPoints];
+  fetch(n, r + start, eta + start, slope + start);
   forPoints(n, [=, &z, &rd](int i) SA_POINT {
     const int k = start + i;
     const double u = vm::max(0.0, U[k]), old = UmOld[k]; // with the bound first, NaN stays

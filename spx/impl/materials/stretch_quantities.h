@@ -45,9 +45,9 @@ template <class Terms>
 SA_INLINE void powerFirst(int nblock, Terms terms, double* dU, const double* V, double* flag) {
   const int64_t N = nblock;
   forPowers(nblock, terms, V, flag, [=](int i, int64_t k, const StretchLogs&, const StressSums& s) SA_POINT {
-    dU[k] = s.t1[i] * reciprocalStretch(V[k]);
-    dU[k + N] = s.t2[i] * reciprocalStretch(V[k + N]);
-    dU[k + 2 * N] = s.t3[i] * reciprocalStretch(V[k + 2 * N]);
+    dU[k] = PerStretch::of(V[k]).times(s.t1[i]);
+    dU[k + N] = PerStretch::of(V[k + N]).times(s.t2[i]);
+    dU[k + 2 * N] = PerStretch::of(V[k + 2 * N]).times(s.t3[i]);
   });
 }
 
@@ -57,13 +57,13 @@ SA_INLINE void powerSecond(int nblock, Terms terms, double* ddU, const double* V
   const int64_t N = nblock;
   forPowers(nblock, terms, V, flag, [=](int i, int64_t k, const StretchLogs&, const StressSums& s) SA_POINT {
     const Tangent<Terms> D = tangentOf<Terms>(s, i);
-    const double r1 = reciprocalStretch(V[k]), r2 = reciprocalStretch(V[k + N]), r3 = reciprocalStretch(V[k + 2 * N]);
-    ddU[k] = (D.direct(D.A1) - s.t1[i]) * (r1 * r1);
-    ddU[k + N] = (D.direct(D.A2) - s.t2[i]) * (r2 * r2);
-    ddU[k + 2 * N] = (D.direct(D.A3) - s.t3[i]) * (r3 * r3);
-    ddU[k + 3 * N] = D.mixed(D.A1, D.A2) * (r1 * r2);
-    ddU[k + 4 * N] = D.mixed(D.A2, D.A3) * (r2 * r3);
-    ddU[k + 5 * N] = D.mixed(D.A1, D.A3) * (r1 * r3);
+    const PerStretch r1 = PerStretch::of(V[k]), r2 = PerStretch::of(V[k + N]), r3 = PerStretch::of(V[k + 2 * N]);
+    ddU[k] = (r1 * r1).times(D.direct(D.A1) - s.t1[i]);
+    ddU[k + N] = (r2 * r2).times(D.direct(D.A2) - s.t2[i]);
+    ddU[k + 2 * N] = (r3 * r3).times(D.direct(D.A3) - s.t3[i]);
+    ddU[k + 3 * N] = (r1 * r2).times(D.mixed(D.A1, D.A2));
+    ddU[k + 4 * N] = (r2 * r3).times(D.mixed(D.A2, D.A3));
+    ddU[k + 5 * N] = (r1 * r3).times(D.mixed(D.A1, D.A3));
   });
 }
 

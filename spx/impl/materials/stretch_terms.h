@@ -154,7 +154,7 @@ SA_INLINE void takeLogarithms(int start, int n, Stretch stretch, double* flag, S
 
 // ---- sums over the terms
 
-// l^alpha from ln l^2; one for an exponent of zero, whatever the stretch.  In a piece whose products are known to be small the
+// l^alpha from ln l^2; one where the term vanishes, whatever the stretch.  In a piece whose products are known to be small the
 // exponential has neither ends nor a stretch without a logarithm.
 template <bool kSmall>
 SA_INLINE double power(double half, double x) {
@@ -162,8 +162,17 @@ SA_INLINE double power(double half, double x) {
     return vm::expInside(half * x);
   else {
     const double p = vm::expClamped(half * x);
-    return vm::select(half == 0.0, 1.0, p);
+    return vm::select(half * half < vm::kSmallestNormal, 1.0, p);
   }
+}
+// A factor of zero leaves nothing of a bracket, nor of an infinite one: a stretch of zero has no finite negative power.
+template <bool kFinite>
+SA_INLINE double scaled(double factor, double bracket) {
+  const double product = factor * bracket;
+  if constexpr (kFinite)
+    return product;
+  else
+    return vm::select((factor == 0.0) & (vm::abs(bracket) == vm::kInfinity), 0.0, product);
 }
 SA_INLINE bool haveSmallPowers(int n, const double* alpha, double reach) {
   uint64_t outside = 0;
@@ -216,8 +225,9 @@ struct StressSums {
   double A1[kScratchPoints], A2[kScratchPoints], A3[kScratchPoints], b[kScratchPoints];
 };
 
-// add(i, factors, P1, P2, P3, volume, beta) for each term in turn: powers of the stretches; for foam volume is
-// (J^(-alpha beta) - 1)/beta, continuous in beta.  addSmall(term) follows where a point of the piece has a small alpha.
+// add(i, factors, P1, P2, P3, volume, beta, finite) for each term in turn: powers of the stretches, and whether none of what it
+// is given can be infinite; for foam volume is (J^(-alpha beta) - 1)/beta, continuous in beta.  addSmall(term) follows where a point
+// of the piece has a small alpha.
 template <class Terms, class Add, class AddSmall>
 SA_INLINE void forTerms(int start, int n, const Terms& terms, const StretchLogs& w, Add add, AddSmall addSmall) {
   for (int t = 0; t < Terms::kTerms; ++t) {
@@ -234,10 +244,10 @@ SA_INLINE void forTerms(int start, int n, const Terms& terms, const StretchLogs&
       const TermFactors f = termFactors(mu[i], alpha[i]);
       const double P1 = power<small>(f.half, w.x1[i]), P2 = power<small>(f.half, w.x2[i]),
                    P3 = power<small>(f.half, w.x3[i]);
-      if constexpr (Terms::kFoam)
-        add(i, f, P1, P2, P3, volume[i], terms.beta[t][start + i]);
+      if constexpr (Terms::kFoam) // whose volume may be beyond the doubles where the powers are not
+        add(i, f, P1, P2, P3, volume[i], terms.beta[t][start + i], std::false_type{});
       else
-        add(i, f, P1, P2, P3, 0.0, 0.0);
+        add(i, f, P1, P2, P3, 0.0, 0.0, small);
     };
     if (haveSmallPowers(n, alpha, w.reach))
       forPoints(n, [=](int i) SA_POINT { addTerm(i, std::true_type{}); });
@@ -272,8 +282,8 @@ SA_INLINE void sumEnergy(int start, int n, const Terms& terms, const StretchLogs
   forPoints(n, [=, &s](int i) SA_POINT { s.U[i] = 0.0; });
   forTerms(
       start, n, terms, w,
-      [&s](int i, const TermFactors& f, double P1, double P2, double P3, double volume, double)
-          SA_POINT { s.U[i] += f.energy * (P1 + P2 + P3 - 3.0 + volume); },
+      [&s](int i, const TermFactors& f, double P1, double P2, double P3, double volume, double, auto finite)
+          SA_POINT { s.U[i] += scaled<finite>(f.energy, P1 + P2 + P3 - 3.0 + volume); },
       [=, &terms, &w, &s](int t) SA_POINT { addSmallEnergy(start, n, terms, t, w, s); });
 }
 
@@ -304,17 +314,18 @@ SA_INLINE void sumStress(int start, int n, const Terms& terms, const StretchLogs
   });
   forTerms(
       start, n, terms, w,
-      [&s](int i, const TermFactors& f, double P1, double P2, double P3, double volume, double beta) SA_POINT {
-        // foam: what the volume takes off, J^(-alpha beta); rubber: the mean
-        const double Q = volume * beta + 1.0, off = Terms::kFoam ? Q : (P1 + P2 + P3) * 0.3333333333333333;
-        s.t1[i] += f.first * (P1 - off);
-        s.t2[i] += f.first * (P2 - off);
-        s.t3[i] += f.first * (P3 - off);
-        s.A1[i] += f.second * P1;
-        s.A2[i] += f.second * P2;
-        s.A3[i] += f.second * P3;
-        if constexpr (Terms::kFoam) s.b[i] += f.second * beta * Q;
-      },
+      [&s](int i, const TermFactors& f, double P1, double P2, double P3, double volume, double beta, auto finite)
+          SA_POINT {
+            // foam: what the volume takes off, J^(-alpha beta); rubber: the mean
+            const double Q = volume * beta + 1.0, off = Terms::kFoam ? Q : (P1 + P2 + P3) * 0.3333333333333333;
+            s.t1[i] += scaled<finite>(f.first, P1 - off);
+            s.t2[i] += scaled<finite>(f.first, P2 - off);
+            s.t3[i] += scaled<finite>(f.first, P3 - off);
+            s.A1[i] += f.second * P1;
+            s.A2[i] += f.second * P2;
+            s.A3[i] += f.second * P3;
+            if constexpr (Terms::kFoam) s.b[i] += f.second * beta * Q;
+          },
       [=, &terms, &w, &s](int t) SA_POINT { addSmallStress(start, n, terms, t, w, s); });
 }
 
@@ -333,11 +344,18 @@ SA_INLINE Tangent<Terms> tangentOf(const StressSums& s, int i) {
   return {s.A1[i], s.A2[i], s.A3[i], s.b[i]};
 }
 
-// 1/lambda; 0 for a stretch of zero, where the powers have lost their meaning.
-SA_INLINE double reciprocalStretch(double lambda) {
-  const double g = vm::abs(lambda) < vm::kSmallestNormal ? 1.0 : 0.0;
-  return (1.0 - g) / (lambda + g);
-}
+// What a derivative by logarithms of stretches is divided by; nothing is left of one by a stretch of zero, where the powers
+// have lost their meaning and a negative one is infinite.
+struct PerStretch {
+  double r;
+  uint64_t kept; // all bits, or none for a stretch of zero
+
+  SA_INLINE static PerStretch of(double lambda) {
+    return {1.0 / lambda, vm::abs(lambda) < vm::kSmallestNormal ? uint64_t{0} : ~uint64_t{0}};
+  }
+  SA_INLINE PerStretch operator*(const PerStretch& other) const { return {r * other.r, kept & other.kept}; }
+  SA_INLINE double times(double x) const { return vm::fromBits(vm::toBits(x * r) & kept); }
+};
 
 // ---- stress and moduli of a point in the principal axes
 

@@ -2,12 +2,13 @@
 //
 // A model gives, for one point,
 //   pressure(mu, history)   pressure of the compression mu, and the history variable that goes with it
-//   strength(P, rate)       the two surfaces between which damage moves the strength, and the plastic strain that damages fully
+//   strength<kProportional>(P, rate)   the two surfaces between which damage moves the strength, and the plastic strain that
+//                           damages fully; kProportional: where its exponent is 1
 //   slopes(P, strength)     how both surfaces move with the pressure (where kGradual)
 //   near(strength, P)       surfaces close to those at P without powers, and their slope (where kGradual and kBulks): an object
 //                           with strength(rise, D) and slope(D)
 //   recoverable(mu, history, limit)   per undeformed volume, the work of the pressure on the way from here to where it is zero,
-//                           tension being no larger than the limit, and the line of that way
+//                           tension being no larger than the limit; where kCompacts, before the limit, where it is zero
 // and says by constants
 //   kGradual     strength goes with damage in a straight line from intact to fractured, else it stays intact until D = 1
 //   kCapped      strength never exceeds model.cap
@@ -26,6 +27,7 @@ struct Pressure {
   double p;          // before the limit of tension
   double history;    // at the end of the increment
   double compaction; // permanent part of mu, or where the model transforms the largest mu; 0.0 where it does neither
+  double zero;       // where the model compacts: mu without pressure on the line of unloading
 };
 struct Strength {
   double intact, fractured; // von Mises stress
@@ -43,8 +45,17 @@ constexpr int kPlasticStrain = 0, kDamage = 1, kStatus = 2, kHistory = 3, kCompa
 // Constants that all have.
 struct BrittleConstants {
   double G, perG3, C, perReferenceRate, T, K1, K2, K3, deletionStrain;
+  bool isProportional; // the failure strain has the exponent 1
   SA_INLINE double cubic(double mu) const { return mu * (K1 + mu * (K2 + mu * K3)); }
 };
+// x^y; where y is 1, as it mostly is for failure strains, x to the bit without a logarithm.
+template <bool kIsOne>
+SA_INLINE double powerOrItself(double x, double y) {
+  if constexpr (kIsOne)
+    return vm::max(0.0, x);
+  else
+    return power(x, y);
+}
 // Energies per undeformed volume V0 of pressures mu, mu^2 and mu^3: the integrals of them over -dV/V0 = dmu/(1 + mu)^2 from 0.
 struct VolumeEnergy {
   double linear, square, cube;
@@ -109,18 +120,35 @@ SA_INLINE double tensionLimit(const Model& m, double D) {
     return vm::select(D >= 1.0, 0.0, m.T);
 }
 
+// How far damage goes with the plastic strain, and plastic strain with what the trial stress is beyond the strength; by one
+// division.  Damage that moves the strength faster than the stress can follow has no slope above zero.
+struct DamageRates {
+  double slope, perFailure, strainPerStress; // 3 G ef - (intact - fractured); 1/ef; ef/slope
+};
+template <class Model>
+SA_INLINE DamageRates ratesOf(const Model& m, const Strength& s) {
+  const double ef = vm::max(1e-30, vm::min(1e100, s.failureStrain)); // its square stays a number
+  if constexpr (Model::kGradual) {
+    const double slope = 3.0 * m.G * ef - (s.intact - s.fractured), divisor = vm::select(slope > 0.0, slope, 1.0);
+    const double per = 1.0 / (ef * divisor);
+    return {slope, divisor * per, ef * (ef * per)};
+  } else {
+    return {0.0, 1.0 / ef, 0.0};
+  }
+}
+
 // From the trial stress q0 and the damage D: q = q0 - 3 G dep, q = q(D + dep/ef).  Where D moves the strength faster than the
 // stress can follow, 3 G ef <= intact - fractured, there is no state between and D = 1.
 template <class Model>
-SA_INLINE Returned returnTo(const Model& m, const Strength& s, double q0, double D) {
-  const double G3 = 3.0 * m.G, perG3 = m.perG3, ef = vm::max(1e-30, s.failureStrain), perFailure = 1.0 / ef;
+SA_INLINE Returned returnTo(const Model& m, const Strength& s, const DamageRates& rates, double q0, double D) {
+  const double G3 = 3.0 * m.G, perG3 = m.perG3, perFailure = rates.perFailure;
   const double broken = strengthAt(m, s, 1.0), q = strengthAt(m, s, D);
   // round-off is no shear: at the limit of tension, where strength and failure strain are zero, it would break the point
   const bool yields = q0 > q + 1e-12 * m.G;
   if constexpr (Model::kGradual) {
-    const double drop = s.intact - s.fractured, line = s.intact - D * drop, slope = G3 * ef - drop;
+    const double drop = s.intact - s.fractured, line = s.intact - D * drop, slope = rates.slope;
     // on the straight line, no further than to zero stress; in one step to D = 1 where that is passed or no state lies between
-    const double strainOnLine = vm::min(q0 * perG3, (q0 - line) * ef / vm::select(slope > 0.0, slope, 1.0));
+    const double strainOnLine = vm::min(q0 * perG3, (q0 - line) * rates.strainPerStress);
     const double damageOnLine = D + strainOnLine * perFailure;
     // under the cap the strength does not move
     double strain = strainOnLine, damage = damageOnLine;
@@ -160,12 +188,12 @@ constexpr double kSettled = 0.0, kMoving = 1.0, kBroken = 2.0;
 // What the passes over a piece hand on.
 struct alignas(64) BrittleScratch {
   double mu[kScratchPoints], pressure[kScratchPoints], history[kScratchPoints], compaction[kScratchPoints],
-      trial[kScratchPoints], rate[kScratchPoints]; // the rate, then its factor
+      trial[kScratchPoints], rate[kScratchPoints]; // the square of the rate, then its factor
   double intact[kScratchPoints], fractured[kScratchPoints], failureStrain[kScratchPoints];
   double damageBefore[kScratchPoints], before[kScratchPoints], q[kScratchPoints], plasticStrain[kScratchPoints],
       damage[kScratchPoints], growth[kScratchPoints], open[kScratchPoints]; // one of the three above
   double low[kScratchPoints], high[kScratchPoints];                         // bounds of the growth of damage
-  // where the model transforms: mu without pressure and at the limit, and what comes back on the way there
+  // mu without pressure; where the model transforms, that at the limit, and what comes back on the way there
   double zero[kScratchPoints], from[kScratchPoints], recoverable[kScratchPoints];
 };
 
@@ -186,10 +214,12 @@ SA_INLINE double armAt(const Model& m, const BrittleScratch& w, int k) {
     return m.K1 * w.mu[k] + w.history[k];
 }
 
+template <bool kCompacts>
 SA_INLINE void storePressure(BrittleScratch& w, int k, const Pressure& p) {
   w.pressure[k] = p.p;
   w.history[k] = p.history;
   w.compaction[k] = p.compaction;
+  if constexpr (kCompacts) w.zero[k] = p.zero;
 }
 
 // Pressure, trial stress and rate.
@@ -204,24 +234,28 @@ SA_INLINE void findTrial(const Block& b, const Model& model, int start, int leng
     const Sym<Storage> e = deviator(loadTensor<Storage>(strainInc, N, i));
     const Sym<Storage> s = sum(deviator(loadTensor<Storage>(stressOld, N, i)), 2.0 * m.G, e);
     w.trial[k] = vm::sqrt(1.5 * product(s, s));
-    w.rate[k] = vm::sqrt(2.0 / 3.0 * product(e, e)) * perTime;
+    w.rate[k] = 2.0 / 3.0 * product(e, e) * perTime * perTime;
     // an element that is turned inside out is for others to report: here it counts as compressed to a millionth
     w.mu[k] = 1.0 / vm::max(1e-6, volumeRatio<Storage>(defgrad, N, i)) - 1.0;
-    if constexpr (!Model::kTransforms) storePressure(w, k, pressureAt(m, w.mu[k], stateOld, N, i));
+    if constexpr (!Model::kTransforms) storePressure<Model::kCompacts>(w, k, pressureAt(m, w.mu[k], stateOld, N, i));
   });
   if constexpr (Model::kTransforms) // two curves: a pass of their own
-    forPoints(length, [=, &w](int k) SA_POINT { storePressure(w, k, pressureAt(m, w.mu[k], stateOld, N, start + k)); });
+    forPoints(length, [=, &w](int k) SA_POINT {
+      storePressure<Model::kCompacts>(w, k, pressureAt(m, w.mu[k], stateOld, N, start + k));
+    });
 }
 
 // The surfaces at the pressure without what the increment does to it.
-template <class Model>
+template <bool kProportional, class Model>
 SA_INLINE void findSurfaces(const Block& b, const Model& model, int start, int length, BrittleScratch& w) {
   const Model m = model;
   const double* damageOld = b.stateOld + kDamage * int64_t{b.points};
   forPoints(length, [=, &w](int k) SA_POINT {
     const double p = vm::max(-tensionLimit(m, damageOld[start + k]), w.pressure[k]);
-    const double factor = 1.0 + m.C * vm::logPositive(vm::max(1.0, w.rate[k] * m.perReferenceRate));
-    const Strength s = m.strength(p, factor);
+    // half the logarithm of the square spares a root; rates end at 1e150 of the reference
+    const double square = w.rate[k] * m.perReferenceRate * m.perReferenceRate;
+    const double factor = 1.0 + (0.5 * m.C) * vm::logPositive(vm::min(1e300, vm::max(1.0, square)));
+    const Strength s = m.template strength<kProportional>(p, factor);
     w.rate[k] = vm::select(w.rate[k] == w.rate[k], factor, vm::kNaN);
     w.intact[k] = s.intact;
     w.fractured[k] = s.fractured;
@@ -239,19 +273,19 @@ SA_INLINE void returnToSurfaces(const Block& b, const Model& model, int start, i
     const int i = start + k;
     const Strength s{w.intact[k], w.fractured[k], w.failureStrain[k]};
     const double trial = w.trial[k], pressure = w.pressure[k], damageOld = stateOld[i + kDamage * N];
+    const DamageRates rates = ratesOf(m, s);
     // compaction damages by itself, then the plastic strain does
     double D = damageOld;
     if constexpr (Model::kCompacts)
-      D = vm::min(1.0, D + vm::max(0.0, w.compaction[k] - stateOld[i + kCompaction * N]) / s.failureStrain);
-    const Returned r = returnTo(m, s, trial, D);
+      D = vm::min(1.0, D + vm::max(0.0, w.compaction[k] - stateOld[i + kCompaction * N]) * rates.perFailure);
+    const Returned r = returnTo(m, s, rates, trial, D);
     const double arm = armAt(m, w, k), before = strengthAt(m, s, D);
     const double cut = vm::select(pressure < -tensionLimit(m, r.damage), 1.0, 0.0);
     double moves = cut;
     if constexpr (Model::kBulks) moves = vm::select((m.beta > 0.0) & (arm >= 0.0) & (before > r.q), 1.0, moves);
     double kind = kBroken;
     if constexpr (Model::kGradual) {
-      const double slope = 3.0 * m.G * s.failureStrain - (s.intact - s.fractured);
-      kind = vm::select(slope > 0.0, kMoving, kBroken);
+      kind = vm::select(rates.slope > 0.0, kMoving, kBroken);
     } else {
       moves = vm::select(r.damage >= 1.0, moves, 0.0);
     }
@@ -271,6 +305,9 @@ SA_INLINE void returnToSurfaces(const Block& b, const Model& model, int start, i
 // them has a rest.
 constexpr int kVector = 8;
 static_assert(kScratchPoints % kVector == 0);
+SA_INLINE void fillUp(int count, int* place) {
+  for (int j = count; count > 0 && j % kVector != 0; ++j) place[j] = place[count - 1];
+}
 SA_INLINE int pack(const BrittleScratch& w, double kind, int length, int* place) {
   double those = 0.0; // often none, which vectors tell
 #pragma omp simd reduction(+ : those)
@@ -281,7 +318,18 @@ SA_INLINE int pack(const BrittleScratch& w, double kind, int length, int* place)
     place[count] = k;
     count += w.open[k] == kind ? 1 : 0;
   }
-  for (int j = count; count > 0 && j % kVector != 0; ++j) place[j] = place[count - 1];
+  fillUp(count, place);
+  return count;
+}
+// Those of a pack that are still of the kind.
+SA_INLINE int repack(const BrittleScratch& w, double kind, int length, int* place) {
+  int count = 0;
+  for (int j = 0; j < length; ++j) {
+    const int k = place[j];
+    place[count] = k;
+    count += w.open[k] == kind ? 1 : 0;
+  }
+  fillUp(count, place);
   return count;
 }
 // body(j) for the points of a pack.
@@ -383,7 +431,7 @@ SA_INLINE void stepDamage(const Model& model, Moving& moving) {
     const double d = a.x[j], D = a.damage[j] + d, limit = -m.T * (1.0 - D), free = a.pressure[j] + a.rise[j],
                  perDamage = a.perDamage[j];
     const double p = vm::max(limit, free);
-    const Strength s = m.strength(p, a.factor[j]);
+    const Strength s = m.template strength<true>(p, a.factor[j]);
     const StrengthSlopes ds = m.slopes(p, s);
     const double fall = s.intact - s.fractured, line = s.intact - D * fall, q = strengthAt(m, s, D);
     const double withPressure = (ds.intact - D * (ds.intact - ds.fractured)) * vm::select(free > limit, perDamage, m.T);
@@ -409,14 +457,11 @@ SA_INLINE void stepDamage(const Model& model, Moving& moving) {
   });
 }
 
-// A step; after each the points that go on are packed anew; false when there are none.
+// A step of the points of the pack.
 constexpr int kDamageRounds = 60;
 template <class Model>
-SA_INLINE bool settleDamage(const Model& model, int length, BrittleScratch& w, bool isFirst) {
+SA_INLINE void settleDamage(const Model& model, BrittleScratch& w, Moving& a, bool isFirst) {
   const Model m = model;
-  Moving a;
-  a.count = pack(w, kMoving, length, a.place);
-  if (a.count == 0) return false;
   forPack(a.count, [m, &w, &a](int j) SA_POINT {
     const int k = a.place[j];
     const double ef = w.failureStrain[k], damage = w.damageBefore[k];
@@ -445,7 +490,16 @@ SA_INLINE bool settleDamage(const Model& model, int length, BrittleScratch& w, b
     w.low[k] = a.low[j], w.high[k] = a.high[j], w.open[k] = a.runs[j];
     w.damage[k] = a.x[j], w.growth[k] = a.rise[j], w.q[k] = a.strength[j], w.plasticStrain[k] = a.slope[j];
   }
-  return true;
+}
+// Steps, until no point goes on; after each those that do are packed anew.
+template <class Model>
+SA_INLINE void settleMoving(const Model& model, int length, BrittleScratch& w) {
+  Moving a;
+  a.count = pack(w, kMoving, length, a.place);
+  for (int round = 0; round < kDamageRounds && a.count > 0; ++round) {
+    settleDamage(model, w, a, round == 0);
+    a.count = repack(w, kMoving, a.count, a.place);
+  }
 }
 
 // Points that break: bulking takes what the whole fall sets free, and the strength is the fractured one at the pressure then.
@@ -468,7 +522,7 @@ SA_INLINE void settleBroken(const Model& model, int length, BrittleScratch& w) {
       const double left = vm::max(0.0, after[j]);
       rise = bulking(arm[j], m.beta * m.K1, (before[j] - left) * (before[j] + left) * (0.5 * m.perG3));
     }
-    const Strength s = m.strength(vm::max(0.0, pressure[j] + rise), factor[j]);
+    const Strength s = m.template strength<true>(vm::max(0.0, pressure[j] + rise), factor[j]);
     growth[j] = rise;
     q[j] = vm::min(trial[j], strengthAt(m, s, 1.0));
   });
@@ -482,7 +536,7 @@ SA_INLINE void settleBroken(const Model& model, int length, BrittleScratch& w) {
 }
 
 // Where release from the largest compression has a pressure, that which `constant` takes to zero.  The straight lines of both
-// curves lead near it, and Newton's steps to it, between bounds; every fourth halves them, which few points live to see.  What can
+// curves lead near it, and Halley's steps to it, between bounds; every fourth halves them, which few points live to see.  What can
 // come back is smallest there, so that a place good to 1e-7 and one step more leave no trace in it.
 template <class Model>
 SA_INLINE void findOnWay(const Model& model, int length, const Lane& largest, const Lane& mu, const Lane& constant,
@@ -507,7 +561,8 @@ SA_INLINE void findOnWay(const Model& model, int length, const Lane& largest, co
       const double x = root[k], f = fraction[k], lowOld = low[k], highOld = high[k];
       const double value = m.mix(x, f) + (m.offset(largest[k], f) + constant[k]);
       const double lower = vm::select(value < 0.0, x, lowOld), upper = vm::select(value > 0.0, x, highOld);
-      const double next = x - value / m.mixSlope(x, f), middle = 0.5 * (lower + upper);
+      const double slope = m.mixSlope(x, f), next = x - value * slope / (slope * slope - value * m.mixBend(x, f)),
+                   middle = 0.5 * (lower + upper);
       const bool ran = runs[k] > 0.0, isNear = vm::abs(value) <= 1e-7 * m.K1,
                  isInside = (next >= lower) & (next <= upper);
       const double far = vm::select(halves, middle, vm::select(isInside, next, middle)),
@@ -596,17 +651,17 @@ SA_INLINE void storeEnd(const Block& b, const Model& model, int start, int lengt
     // What is lost where something has yielded: the work of the mean stress less what can come back, at least nothing.  An
     // elastic increment loses nothing and stores exactly, so the internal energy is always what was lost and what can come back.
     const double left = keep * trial, volume = 1.0 + w.mu[k];
-    double backwards = 0.0, transformed = 0.0;
-    if constexpr (Model::kTransforms) {
+    double backwards = 0.0;
+    if constexpr (Model::kTransforms)
       backwards = w.recoverable[k];
-      transformed = m.fraction(w.compaction[k]) - m.fraction(crushedOld);
-    } else {
+    else if constexpr (Model::kCompacts)
+      backwards = m.recoverable(w.mu[k], h, w.zero[k], limit);
+    else
       backwards = m.recoverable(w.mu[k], h, limit);
-    }
     const double elastic = vm::select(isAlive, (left * left * (0.5 * m.perG3) + backwards * volume) * perDensity, 0.0);
     const double work = 0.5 * (product(old, strain) + product(now, strain)) * perDensity;
     double yielded = w.plasticStrain[k] + (D - damageOld) + (h - historyOld) + vm::select(isAlive, 0.0, 1.0);
-    if constexpr (Model::kTransforms) yielded += transformed;
+    if constexpr (Model::kTransforms) yielded += m.fraction(w.compaction[k]) - m.fraction(crushedOld);
     const double lost = vm::select(yielded == 0.0, 0.0, work - (elastic - (intOld - inelOld)));
     const double inelasticNow = inelOld + vm::select(lost < 0.0, 0.0, lost);
     const double internalNow = inelasticNow + elastic;
@@ -620,11 +675,12 @@ SA_INLINE void brittle(const Block& b, const Model& model) {
   forPieces(b.points, [&b, &model](int start, int length) SA_POINT {
     BrittleScratch w;
     findTrial<Storage>(b, model, start, length, w);
-    findSurfaces(b, model, start, length, w);
+    if (model.isProportional)
+      findSurfaces<true>(b, model, start, length, w);
+    else
+      findSurfaces<false>(b, model, start, length, w);
     returnToSurfaces(b, model, start, length, w);
-    if constexpr (Model::kGradual)
-      for (int round = 0; round < kDamageRounds && settleDamage(model, length, w, round == 0); ++round) {
-      }
+    if constexpr (Model::kGradual) settleMoving(model, length, w);
     settleBroken(model, length, w);
     if constexpr (Model::kTransforms) {
       findWayBack(model, length, w);

@@ -32,8 +32,8 @@ struct Jh2 : CeramicConstants {
     G = p[0], perG3 = 1.0 / (3.0 * G), A = p[1], B = p[2], C = p[3], M = p[4], N = p[5], perReferenceRate = 1.0 / p[6],
     T = p[7];
     largestFractured = p[8] > 0.0 ? p[8] : vm::kInfinity;
-    D1 = p[11], D2 = p[12], K1 = p[13], perK1 = 1.0 / p[13], K2 = p[14], K3 = p[15], beta = p[16],
-    deletionStrain = strainOrNone(p[17]);
+    D1 = p[11], D2 = p[12], isProportional = D2 == 1.0, K1 = p[13], perK1 = 1.0 / p[13], K2 = p[14], K3 = p[15],
+    beta = p[16], deletionStrain = strainOrNone(p[17]);
     // the elastic limit in uniaxial strain, HEL = P + 2/3 sHEL
     const double limit = p[9];
     const auto axial = [this](double mu) { return cubic(mu) + 4.0 / 3.0 * G * mu / (1.0 + mu); };
@@ -41,10 +41,12 @@ struct Jh2 : CeramicConstants {
     perPressure = 1.0 / elasticPressure;
     elasticStrength = 1.5 * (limit - elasticPressure);
   }
+  template <bool kProportional>
   SA_INLINE Strength strength(double p, double rateFactor) const {
     const double ratio = p * perPressure, shifted = (p + T) * perPressure, scale = elasticStrength * rateFactor;
     const double fractured = vm::min(largestFractured * elasticStrength, scale * B * power(ratio, M));
-    return {scale * A * power(shifted, N), vm::select(p > 0.0, fractured, 0.0), D1 * power(shifted, D2)};
+    return {scale * A * power(shifted, N), vm::select(p > 0.0, fractured, 0.0),
+            D1 * powerOrItself<kProportional>(shifted, D2)};
   }
   SA_INLINE StrengthSlopes slopes(double p, const Strength& s) const {
     const bool isBelowCap = s.fractured < largestFractured * elasticStrength;

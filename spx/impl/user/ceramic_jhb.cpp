@@ -53,9 +53,11 @@ struct Jhb : CeramicConstants {
         exponent(p[11]), largestFailureStrain(strainOrNone(p[12])) {
     G = p[0], perG3 = 1.0 / (3.0 * G), C = p[7], perReferenceRate = 1.0 / p[8], T = p[9];
     K1 = p[13], perK1 = 1.0 / p[13], K2 = p[14], K3 = p[15], beta = p[16], deletionStrain = strainOrNone(p[17]);
+    isProportional = exponent == 1.0;
   }
+  template <bool kProportional>
   SA_INLINE Strength strength(double p, double rateFactor) const {
-    const double failureStrain = D1 * power((p + T) * perLargest, exponent);
+    const double failureStrain = D1 * powerOrItself<kProportional>((p + T) * perLargest, exponent);
     return {rateFactor * intact(p), rateFactor * failed(p), vm::min(largestFailureStrain, failureStrain)};
   }
 };
@@ -103,6 +105,10 @@ struct JhbOfPhases : Jhb {
     const double m = vm::max(0.0, (mu - mu0) * perMu0), x = vm::max(0.0, mu);
     return (1.0 - f) * (K1 + x * (2.0 * K2 + 3.0 * K3 * x)) + f * perMu0 * (H1 + m * (2.0 * H2 + 3.0 * H3 * m));
   }
+  SA_INLINE double mixBend(double mu, double f) const { // half of the second derivative
+    const double m = (mu - mu0) * perMu0, a = K2 + 3.0 * K3 * mu, b = perMu0 * perMu0 * (H2 + 3.0 * H3 * m);
+    return (1.0 - f) * vm::select(mu > 0.0, a, 0.0) + f * vm::select(m > 0.0, b, 0.0);
+  }
   // Where mix(mu, f) + c would be zero with K1 and H1 alone.
   SA_INLINE double straightRoot(double f, double c) const {
     const double line = f * perMu0 * H1;
@@ -120,7 +126,7 @@ struct JhbOfPhases : Jhb {
   }
   SA_INLINE Pressure pressure(double mu, double bulkingPressure, double topOld) const {
     const double top = grown(vm::max(0.0, topOld), mu);
-    return {onWay(mu, top) + bulkingPressure, bulkingPressure, top};
+    return {onWay(mu, top) + bulkingPressure, bulkingPressure, top, 0.0};
   }
   // Work per undeformed volume of both curves from 0, each its own, to mu; per is 1/(1 + mu).  1 + m = (1 + mu)/(1 + mu0).
   SA_INLINE double workTo(double mu, double per, double f) const {

@@ -33,7 +33,8 @@ struct Hjc : BrittleConstants {
     const double* p = block.props;
     G = p[0], perG3 = 1.0 / (3.0 * G), A = p[1], B = p[2], C = p[3], N = p[4], fc = p[5], T = p[6],
     perReferenceRate = 1.0 / p[7];
-    perStrength = 1.0 / fc, perTension = 1.0 / T, smallestFailureStrain = p[8], cap = p[9] * fc, D1 = p[14], D2 = p[15];
+    perStrength = 1.0 / fc, isProportional = p[15] == 1.0, perTension = 1.0 / T, smallestFailureStrain = p[8],
+    cap = p[9] * fc, D1 = p[14], D2 = p[15];
     K1 = p[16], K2 = p[17], K3 = p[18], deletionStrain = strainOrNone(p[19]);
     crushPressure = p[10], crushStrain = p[11], elasticModulus = crushPressure / crushStrain;
     // the compression of the dense material at Pl, and where that lies for the block
@@ -73,19 +74,27 @@ struct Hjc : BrittleConstants {
     const double full = vm::select(dense > 0.0, cubic(dense), K1 * dense);
     const double crushing = vm::select(largest <= crushStrain, elasticModulus * mu, u.top - u.modulus * (largest - mu));
     // the cubic leaves a little less than the last of the straight lines: no more than that is permanent on any way
-    return {vm::select(u.isDense, full, crushing), largest, vm::min(denseStrain, u.zero)};
+    return {vm::select(u.isDense, full, crushing), largest, vm::min(denseStrain, u.zero), u.zero};
   }
-  SA_INLINE double recoverable(double mu, double largest, double limit) const {
-    const Unloading u = unloading(largest);
-    const double from = vm::max(mu, u.zero - limit / u.modulus), x = (from - u.zero) / (1.0 + u.zero);
-    const VolumeEnergy e = volumeEnergy(x);
+  // On the line of unloading, whose place without pressure is given; one division for four.
+  SA_INLINE double recoverable(double mu, double largest, double zero, double limit) const {
+    const bool isDense = largest > denseFrom, isElastic = largest <= crushStrain;
+    const double modulus =
+        vm::select(isDense, K1 * perDense,
+                   vm::select(isElastic, elasticModulus, elasticModulus + stiffening * (largest - crushStrain)));
+    const double fromZero = 1.0 + zero, end = 1.0 + mu;
+    const double from = vm::max(mu, zero - limit / modulus), atFrom = 1.0 + from, per = 1.0 / (fromZero * end * atFrom),
+                 perFrom = fromZero * end * per;
+    const double x = (from - zero) * (end * atFrom * per);
+    const VolumeEnergy e = volumeEnergy(x, vm::logPositive(1.0 + x), (from - zero) * perFrom);
     const double inTheCubic = vm::select(x > 0.0, perDense * (K2 * e.square + K3 * e.cube), 0.0);
-    const double cubicPart = vm::select(largest > denseFrom, inTheCubic, 0.0);
-    return u.modulus * e.linear + cubicPart + limit * (1.0 / (1.0 + mu) - 1.0 / (1.0 + from));
+    return modulus * e.linear + vm::select(isDense, inTheCubic, 0.0) + limit * (fromZero * atFrom * per - perFrom);
   }
+  template <bool kProportional>
   SA_INLINE Strength strength(double p, double rateFactor) const {
     const double scale = fc * rateFactor, cohesion = scale * A, friction = scale * B * power(p * perStrength, N);
-    const double failureStrain = vm::max(smallestFailureStrain, D1 * power((p + T) * perStrength, D2));
+    const double failureStrain =
+        vm::max(smallestFailureStrain, D1 * powerOrItself<kProportional>((p + T) * perStrength, D2));
     const bool isTension = p < 0.0;
     // in tension the line of both surfaces ends at -T (1 - D)
     const double fractured = vm::select(isTension, cohesion * p * perTension, friction);

@@ -27,11 +27,13 @@ struct Fiber {
   SA_INLINE bool isElastic() const { return unloading.rows == 0; }
 };
 
-// What is left of two directions in the plane: 2 (sym(n1 n2) - (n1.n2)/2 (n1 n1 + n2 n2))/sin, whose product with a strain
-// increment is the one of the trellis angle.
-SA_INLINE Sym<S31> trellis(double a1, double a2, double b1, double b2) {
-  const double cosine = a1 * b1 + a2 * b2, sine = vm::abs(a1 * b2 - a2 * b1), half = 0.5 * cosine;
-  const double f = 2.0 / vm::max(kSmallestSine, sine);
+// What is left of two directions in the plane: f (sym(n1 n2) - (n1.n2)/2 (n1 n1 + n2 n2)), whose product with a strain increment
+// is the one of the trellis angle for f = 2/sin.
+SA_INLINE double sineOf(double a1, double a2, double b1, double b2) {
+  return vm::max(kSmallestSine, vm::abs(a1 * b2 - a2 * b1));
+}
+SA_INLINE Sym<S31> trellis(double a1, double a2, double b1, double b2, double f) {
+  const double cosine = a1 * b1 + a2 * b2, half = 0.5 * cosine;
   Sym<S31> t{};
   t.s11 = f * (a1 * b1 - half * (a1 * a1 + b1 * b1));
   t.s22 = f * (a2 * b2 - half * (a2 * a2 + b2 * b2));
@@ -152,7 +154,7 @@ bool Fabric::isRefused(const Block& b) {
 
 // A fibre over the points of a piece: what it was given, and its force and energy per reference area and thickness.
 struct FiberScratch {
-  Lane strain, largest, shift, stress, energy;
+  Lane length, strain, largest, shift, stress, energy; // length: of the stretched fibre
 };
 
 // Along the loading curve where the strain is the largest so far, else back along the unloading curve, moved so that it begins
@@ -193,14 +195,13 @@ SA_INLINE void pullFiber(const Fiber& fiber, double rupture, int n, FiberScratch
   });
 }
 
-// Length and direction of a fibre.
+// A stretched fibre.
 struct Stretched {
-  double length, n1, n2;
+  double v1, v2;
+  SA_INLINE double length() const { return vm::max(kSmallestStretch, vm::sqrt(v1 * v1 + v2 * v2)); }
 };
 SA_INLINE Stretched stretched(const Sym<S31>& U, double n1, double n2) {
-  const double v1 = U.s11 * n1 + U.s12 * n2, v2 = U.s12 * n1 + U.s22 * n2;
-  const double length = vm::max(kSmallestStretch, vm::sqrt(v1 * v1 + v2 * v2));
-  return {length, v1 / length, v2 / length};
+  return {U.s11 * n1 + U.s12 * n2, U.s12 * n1 + U.s22 * n2};
 }
 
 SA_INLINE void pullFibers(const Block& b, const Fabric& m, int start, int n, std::array<FiberScratch, kFibers>& w) {
@@ -211,7 +212,8 @@ SA_INLINE void pullFibers(const Block& b, const Fabric& m, int start, int n, std
     FiberScratch& f = w[k];
     forPoints(n, [=, &f](int j) SA_POINT {
       const int i = start + j;
-      const double e = stretched(loadPlane(stretch, N, i), n1, n2).length - 1.0;
+      const double length = stretched(loadPlane(stretch, N, i), n1, n2).length(), e = length - 1.0;
+      f.length[j] = length;
       f.strain[j] = e;
       f.largest[j] = grown(largestOld[i], e);
     });
@@ -256,15 +258,18 @@ SA_INLINE void shearFibers(const Block& b, const Fabric& fabric, int start, int 
     const int i = start + j;
     const Sym<S31> U = loadPlane(stretch, N, i);
     const Stretched f = stretched(U, a1, a2), g = stretched(U, b1, b2);
-    const double cosine = vm::min(1.0, vm::max(-1.0, f.n1 * g.n1 + f.n2 * g.n2));
+    const double lengthF = first.length[j], lengthG = second.length[j], per = 1.0 / (lengthF * lengthG);
+    const double f1 = f.v1 * (lengthG * per), f2 = f.v2 * (lengthG * per), g1 = g.v1 * (lengthF * per),
+                 g2 = g.v2 * (lengthF * per);
+    const double cosine = vm::min(1.0, vm::max(-1.0, f1 * g1 + f2 * g2));
     const double gamma = straight - vm::acos(cosine), turned = gamma - stateOld[i + kAngle * N];
     const double beyond = vm::max(0.0, vm::abs(gamma) - lock);
     const double friction = vm::max(-yield, vm::min(yield, stateOld[i + kFriction * N] + frictionG * turned));
     const double tau = G0 * gamma + vm::copysign(lockG * beyond, gamma) + friction;
-    const double perArea = 1.0 / areaRatio(U);
-    Sym<S31> s = (first.stress[j] * f.length * perArea) * dyad(f.n1, f.n2);
-    s = sum(s, second.stress[j] * g.length * perArea, dyad(g.n1, g.n2));
-    storeTensor(stress, N, i, sum(s, tau * perArea, trellis(f.n1, f.n2, g.n1, g.n2)));
+    const double sine = sineOf(f1, f2, g1, g2), perBoth = 1.0 / (areaRatio(U) * sine), perArea = sine * perBoth;
+    Sym<S31> s = (first.stress[j] * lengthF * perArea) * dyad(f1, f2);
+    s = sum(s, second.stress[j] * lengthG * perArea, dyad(g1, g2));
+    storeTensor(stress, N, i, sum(s, tau, trellis(f1, f2, g1, g2, 2.0 * perBoth)));
     energy[j] = (first.energy[j] + second.energy[j]) +
                 0.5 * (G0 * gamma * gamma + lockG * beyond * beyond + friction * friction * perFrictionG);
     state[i + kLargest * N] = first.largest[j], state[i + (kLargest + 1) * N] = second.largest[j];
@@ -283,11 +288,12 @@ SA_INLINE void countEnergy(const Block& b, int start, int n, const Lane& energy)
   forPoints(n, [=, &energy](int j) SA_POINT {
     const int i = start + j;
     const double before = areaRatio(loadPlane(stretchOld, N, i)), now = areaRatio(loadPlane(stretch, N, i));
-    const double internalNow =
-        internalOld[i] + kirchhoffWork(before, loadPlane(stressOld, N, i), now, loadPlane(stress, N, i),
-                                       loadPlane(strainInc, N, i), density[i]);
+    const double perMass = 1.0 / (density[i] * now),
+                 work = kirchhoffWork(before, loadPlane(stressOld, N, i), now, loadPlane(stress, N, i),
+                                      loadPlane(strainInc, N, i));
+    const double internalNow = internalOld[i] + work * perMass;
     internal[i] = internalNow;
-    inelastic[i] = grown(inelasticOld[i], internalNow - energy[j] / (density[i] * now));
+    inelastic[i] = grown(inelasticOld[i], internalNow - energy[j] * perMass);
   });
 }
 
@@ -295,7 +301,8 @@ SA_INLINE void countEnergy(const Block& b, int start, int n, const Lane& energy)
 SA_INLINE void elasticFabric(const Block& b, const Fabric& m) {
   const int64_t N = b.points;
   const Fiber &f = m.fibers[0], &g = m.fibers[1];
-  const Sym<S31> along = dyad(f.n1, f.n2), across = dyad(g.n1, g.n2), shear = trellis(f.n1, f.n2, g.n1, g.n2);
+  const Sym<S31> along = dyad(f.n1, f.n2), across = dyad(g.n1, g.n2),
+                 shear = trellis(f.n1, f.n2, g.n1, g.n2, 2.0 / sineOf(f.n1, f.n2, g.n1, g.n2));
   const double E1 = f.modulus, E2 = g.modulus, G = m.G0 + m.frictionG;
   const double *strainInc = b.strainInc, *stressOld = b.stressOld, *internalOld = b.internalOld,
                *inelasticOld = b.inelasticOld;

@@ -155,16 +155,16 @@ SA_INLINE double volumeRatio(const double* F, int64_t n, int64_t i) {
   }
 }
 
-// Work of the stress per mass over an increment, from the Kirchhoff stresses at both ends; for models with large changes of
-// volume, whose density is that at the end.
+// Work of the stress per undeformed volume over an increment, from the Kirchhoff stresses at both ends; for models with large
+// changes of volume.  Per mass it is that over density and volume ratio at the end.
 template <class Storage>
 SA_INLINE double kirchhoffWork(double volumeOld, const Sym<Storage>& old, double volume, const Sym<Storage>& now,
-                               const Sym<Storage>& strain, double density) {
-  return 0.5 * (volumeOld * product(old, strain) + volume * product(now, strain)) / (density * volume);
+                               const Sym<Storage>& strain) {
+  return 0.5 * (volumeOld * product(old, strain) + volume * product(now, strain));
 }
 
-// x^y for x >= 0; y = 0 gives 1 also at x = 0.
-SA_INLINE double power(double x, double y) { return vm::exp(y * vm::logPositive(vm::max(1e-300, x))); }
+// x^y for x >= 0, no less than the smallest normal number; y = 0 gives 1 also at x = 0.
+SA_INLINE double power(double x, double y) { return vm::expClamped(y * vm::logPositive(vm::max(1e-300, x))); }
 
 // Whether one of n flags, each 0 or 1, is set.  As a sum in any order: one point after the other would wait for the last.
 SA_INLINE bool isAnySet(int n, const double* flags) {

@@ -220,8 +220,9 @@ SA_INLINE void storeCrushed(const Block& b, const Honeycomb& model, int start, i
     const double rho = density[i], volume = stretchVolume(U),
                  volumeOld = stretchVolume(loadTensor<Storage>(stretchOld, N, i));
     const double intOld = internalOld[i], inelOld = inelasticOld[i];
-    const double internalNow = intOld + kirchhoffWork(volumeOld, old, volume, now, strain, rho);
-    const double inelasticNow = grown(inelOld, internalNow - psi / rho);
+    const double perMass = 1.0 / (rho * volume);
+    const double internalNow = intOld + kirchhoffWork(volumeOld, old, volume, now, strain) * perMass;
+    const double inelasticNow = grown(inelOld, internalNow - psi * volume * perMass);
     internal[i] = vm::select(wasAlive, internalNow, intOld);
     inelastic[i] = vm::select(wasAlive, inelasticNow, inelOld);
   });

@@ -129,22 +129,23 @@ SA_INLINE void addStrain(const Block& b, const PlyFabric& m, int start, int n, P
 
 // The growth d of the plastic strain of points that slip: |t| - 2 G d = sy + C (plastic strain + d)^p.  In terms of y, the power,
 // 2 G y^(1/p) + C y grows ever faster, so that Newton's steps come down from above to the root and never pass it; the slope of
-// the power itself is infinite at 0.  Starts no further than twice the root's share: at the y without hardening or that of
-// hardening alone, whichever is less.
+// the power itself is infinite at 0.  Where p is 1/2 or more Halley's steps do so too: the Schwarzian derivative is negative.
+// Starts no further than twice the root's share: at the y without hardening or that of hardening alone, whichever is less.
 SA_INLINE void findSlip(const PlyFabric& m, int n, const Lane& open, const Lane& before, Lane& slip) {
   const double G2 = m.G2, perG2 = 1.0 / m.G2, C = m.hardening, p = m.exponent, perP = 1.0 / m.exponent,
-               perC = C > 0.0 ? 1.0 / C : 0.0;
+               perC = C > 0.0 ? 1.0 / C : 0.0, bend = p >= 0.5 ? 0.5 * (perP - 1.0) : 0.0;
   Lane y, moves;
   forPoints(n, [=, &open, &before, &y, &moves](int j) SA_POINT {
     const double most = power(before[j] + open[j] * perG2, p), alone = open[j] * perC;
     y[j] = vm::select((perC > 0.0) & (alone < most), alone, most);
     moves[j] = 1.0;
   });
-  constexpr int kMostSteps = 100; // six are usual, some more where p is small
+  constexpr int kMostSteps = 100; // four are usual, some more where p is small
   for (int step = 0; step < kMostSteps && C > 0.0 && isAnySet(n, moves); ++step)
     forPoints(n, [=, &open, &before, &y, &moves](int j) SA_POINT {
       const double at = y[j], x = power(at, perP), error = G2 * (x - before[j]) + C * at - open[j];
-      const double next = at - error / (G2 * perP * x / vm::max(1e-300, at) + C);
+      const double power1 = G2 * perP * x, slope = power1 + C * at; // y times the slope
+      const double next = at - at * (error * slope / (slope * slope - bend * (error * power1)));
       const bool goes = (next < at) & (error > 1e-15 * open[j]);
       y[j] = vm::select(goes, next, at);
       moves[j] = vm::select(goes, 1.0, 0.0);

@@ -107,7 +107,7 @@ SA_INLINE double limitedNominal(double e) { return vm::min(1.0 - kLeastStretch, 
 SA_INLINE void findFrame(const double* U, int64_t N, int start, int n, StretchFrame<S33>& frame) {
   JacobiScratch<true> w;
   Lane shift;
-  diagonaliseAboutOne(n, w, frame.found, shift, loadS33(AllPoints{n, start}, N, U, w));
+  diagonaliseAboutOne<QuickRotation>(n, w, frame.found, shift, loadS33(AllPoints{n, start}, N, U, w));
   unscale(n, w, frame.found);
   forPoints(n, [&frame, &shift](int i) SA_POINT {
     const double from = 1.0 - shift[i];

@@ -248,7 +248,9 @@ struct Softening {
 SA_INLINE Softening soften(double HU, double exponent, double area, double largestBefore) {
   const double W = vm::max(0.0, area), largest = grown(largestBefore, W);
   const bool isLargest = W >= largest;
-  const double part = W / vm::select(largest == 0.0, 1.0, largest), powered = power(part, exponent) + (part - part);
+  const double part = W / vm::select(largest == 0.0, 1.0, largest);
+  // a part is no larger than 1, and its power neither
+  const double powered = vm::expBelow(exponent * vm::logPositive(vm::max(1e-300, part))) + (part - part);
   const double rest = vm::select(isLargest, 1.0, powered);
   return {largest, vm::select(isLargest, 1.0, HU + (1.0 - HU) * powered),
           W * (HU + (1.0 - HU) / (exponent + 1.0) * rest)};
@@ -332,7 +334,7 @@ SA_INLINE void storeStress(const Block& b, const TabulatedFoam<kFoam>& m, int st
     const Sym<Storage> U = loadTensor<Storage>(stretch, N, i);
     const auto directions = w.frame.directions(k);
     const double l1 = 1.0 - w.frame.e1[k], l2 = 1.0 - w.frame.e2[k], l3 = 1.0 - w.frame.e3[k];
-    const double perVolume = 1.0 / (l1 * l2 * l3);
+    double perVolume = 0.0;
     const double T1 = -w.stress[0][k], T2 = -w.stress[1][k], T3 = -w.stress[2][k];
     Sym<Storage> now{};
     if constexpr (Model::kByComponent) {
@@ -343,14 +345,24 @@ SA_INLINE void storeStress(const Block& b, const TabulatedFoam<kFoam>& m, int st
         now.s13 = vm::select(U.s13 < 0.0, -1.0, 1.0) * w.stress[5][k];
       }
       now = intoFrame(directions, now);
-      now.s11 *= l1 * perVolume, now.s22 *= l2 * perVolume, now.s33 *= l3 * perVolume;
-      now.s12 *= 2.0 / (l3 * (l1 + l2));
+      // one division for all: by the volume and the means of two stretches
+      const double sum12 = l1 + l2;
       if constexpr (Storage::k23and13) {
-        now.s23 *= 2.0 / (l1 * (l2 + l3));
-        now.s13 *= 2.0 / (l2 * (l1 + l3));
+        const double sum23 = l2 + l3, sum13 = l1 + l3, sums = sum12 * sum23 * sum13, per = 1.0 / (l1 * l2 * l3 * sums),
+                     perSums = 2.0 * per;
+        perVolume = sums * per;
+        now.s12 *= l1 * l2 * (perSums * (sum23 * sum13));
+        now.s23 *= l2 * l3 * (perSums * (sum12 * sum13));
+        now.s13 *= l1 * l3 * (perSums * (sum12 * sum23));
+      } else {
+        const double per = 1.0 / (l1 * l2 * l3 * sum12);
+        perVolume = sum12 * per;
+        now.s12 *= 2.0 * (l1 * l2 * per);
       }
+      now.s11 *= l1 * perVolume, now.s22 *= l2 * perVolume, now.s33 *= l3 * perVolume;
       now = outOfFrame(directions, now);
     } else {
+      perVolume = 1.0 / (l1 * l2 * l3);
       now = outOfFrame(directions, T1 * (l1 * perVolume), T2 * (l2 * perVolume), T3 * (l3 * perVolume));
     }
     const Sym<Storage> strain = loadTensor<Storage>(strainInc, N, i);
@@ -362,11 +374,11 @@ SA_INLINE void storeStress(const Block& b, const TabulatedFoam<kFoam>& m, int st
     storeTensor(stress, N, i, now);
     const double rho = density[i], volume = stretchVolume(U),
                  volumeOld = stretchVolume(loadTensor<Storage>(stretchOld, N, i));
-    const double inelOld = inelasticOld[i];
+    const double inelOld = inelasticOld[i], perMass = 1.0 / (rho * volume);
     const double internalNow =
-        internalOld[i] + kirchhoffWork(volumeOld, loadTensor<Storage>(stressOld, N, i), volume, now, strain, rho);
+        internalOld[i] + kirchhoffWork(volumeOld, loadTensor<Storage>(stressOld, N, i), volume, now, strain) * perMass;
     internal[i] = internalNow;
-    inelastic[i] = grown(inelOld, internalNow - w.psi[k] / (rho * volume));
+    inelastic[i] = grown(inelOld, internalNow - w.psi[k] * perMass);
   });
 }
 

@@ -59,9 +59,9 @@ struct ViscousFoam {
     for (int t = 0; t < terms; ++t) K += 2.0 * term[t].mu * (term[t].beta + 1.0 / 3.0);
     return K;
   }
-  SA_INLINE double viscosity(double volume) const {
-    const double grown = vm::min(largest, eta * vm::exp(-exponent * vm::logPositive(volume)));
-    return vm::max(1e-100, grown) + (volume - volume); // a NaN stays one
+  SA_INLINE double viscosity(double logVolume) const {
+    const double grown = vm::min(largest, eta * vm::expClamped(-exponent * logVolume));
+    return vm::max(1e-100, grown);
   }
 };
 
@@ -82,8 +82,10 @@ template <class Storage>
 struct ViscousScratch {
   StretchFrame<Storage> frame;
   Lane log1, log2, log3;          // of the stretches
+  Lane volume;                    // J^(-alpha beta) - 1 of a term
   Lane stress1, stress2, stress3; // principal Kirchhoff stress
   Lane energy;
+  Lane atStart, atEnd, perMiddle; // viscosities: at both ends, one over that between
 };
 
 // Principal Kirchhoff stresses and the energy per undeformed volume of the skeleton.
@@ -97,11 +99,15 @@ SA_INLINE void strainSkeleton(const Block& b, const ViscousFoam& m, int start, i
     const double mu = m.term[t].mu, alpha = m.term[t].alpha, beta = m.term[t].beta;
     const bool isFirst = t == 0, moves = beta != 0.0;
     const double perBeta = moves ? 1.0 / beta : 0.0, factor = 2.0 * mu / alpha, energyFactor = factor / alpha;
+    if (moves)
+      forPoints(n, [=, &w](int k)
+                       SA_POINT { w.volume[k] = vm::expm1(-alpha * beta * ((w.log1[k] + w.log2[k]) + w.log3[k])); });
+    else
+      forPoints(n, [&w](int k) SA_POINT { w.volume[k] = 0.0; });
     forPoints(n, [=, &w](int k) SA_POINT {
-      const double l1 = w.log1[k], l2 = w.log2[k], l3 = w.log3[k], J = (l1 + l2) + l3;
+      const double l1 = w.log1[k], l2 = w.log2[k], l3 = w.log3[k], J = (l1 + l2) + l3, volume = w.volume[k];
       const double x1 = vm::expm1(alpha * l1), x2 = vm::expm1(alpha * l2), x3 = vm::expm1(alpha * l3);
-      const double volume = vm::expm1(-alpha * beta * J),
-                   volumeEnergy = vm::select(moves, volume * perBeta, -alpha * J);
+      const double volumeEnergy = vm::select(moves, volume * perBeta, -alpha * J);
       const double t1 = isFirst ? 0.0 : w.stress1[k], t2 = isFirst ? 0.0 : w.stress2[k],
                    t3 = isFirst ? 0.0 : w.stress3[k], W = isFirst ? 0.0 : w.energy[k];
       w.stress1[k] = t1 + factor * (x1 - volume);
@@ -112,12 +118,35 @@ SA_INLINE void strainSkeleton(const Block& b, const ViscousFoam& m, int start, i
   }
 }
 
+// At both ends of the increment and at the volume in the middle, the root of the product of those there.
+template <class Storage>
+SA_INLINE void findViscosities(const Block& b, const ViscousFoam& model, int start, int n, ViscousScratch<Storage>& w) {
+  const ViscousFoam m = model;
+  const int64_t N = b.points;
+  const double *stretchOld = b.stretchOld, *stretch = b.stretch;
+  forPoints(n, [=, &w](int k) SA_POINT {
+    const double volumeOld = stretchVolume(loadTensor<Storage>(stretchOld, N, start + k)),
+                 volume = stretchVolume(loadTensor<Storage>(stretch, N, start + k));
+    // a NaN stays one
+    w.atStart[k] = vm::logPositive(volumeOld) + (volumeOld - volumeOld);
+    w.atEnd[k] = vm::logPositive(volume) + (volume - volume);
+  });
+  forPoints(n, [=, &w](int k) SA_POINT {
+    const double before = w.atStart[k], now = w.atEnd[k];
+    w.perMiddle[k] = 1.0 / m.viscosity(0.5 * (before + now));
+    w.atStart[k] = m.viscosity(before);
+    w.atEnd[k] = m.viscosity(now);
+  });
+}
+
 // The branch dq/dt = E d - q/theta, theta = eta/E with eta straight over the increment, in closed form: of second order, right at
 // once where the increment is long, elastic where it takes no time.  Its loss is that of the viscosity in the middle.
 template <class Storage, bool kViscous>
 SA_INLINE void storeViscous(const Block& b, const ViscousFoam& model, int start, int n, ViscousScratch<Storage>& w) {
   const ViscousFoam m = model;
   const int64_t N = b.points;
+  [[maybe_unused]] const double perE = kViscous ? 1.0 / m.E : 0.0;
+  if constexpr (kViscous) findViscosities(b, m, start, n, w);
   const double *stretchOld = b.stretchOld, *stretch = b.stretch, *strainInc = b.strainInc, *stressOld = b.stressOld,
                *density = b.density, *internalOld = b.internalOld, *inelasticOld = b.inelasticOld,
                *stateOld = b.stateOld;
@@ -130,26 +159,25 @@ SA_INLINE void storeViscous(const Block& b, const ViscousFoam& model, int start,
     Sym<Storage> kirchhoff = outOfFrame(w.frame.directions(k), w.stress1[k], w.stress2[k], w.stress3[k]);
     double loss = 0.0;
     if constexpr (kViscous) {
-      const double atStart = m.viscosity(volumeOld), atEnd = m.viscosity(volume),
-                   middle = m.viscosity(vm::sqrt(volumeOld) * vm::sqrt(volume));
-      const Relaxation r = relaxation(vm::min(1e100, m.dt * (m.E / middle)));
+      const double perMiddle = w.perMiddle[k];
+      const Relaxation r = relaxation(vm::min(1e100, m.dt * (m.E * perMiddle)));
       const Sym<Storage> before = loadTensor<Storage>(stateOld, N, i), load = m.E * strain;
-      const double start1 = atStart / middle, end1 = atEnd / middle;
+      const double start1 = w.atStart[k] * perMiddle, end1 = w.atEnd[k] * perMiddle;
       const Sym<Storage> q = sum(r.left * before, start1 * r.mean + (end1 - start1) * r.ramp, load);
       storeTensor(state, N, i, q);
       kirchhoff = sum(kirchhoff, 1.0, q);
       const double gone = 1.0 - r.left, fromBefore = 0.5 * gone * (1.0 + r.left),
                    fromLoad = vm::max(0.0, r.ramp - 0.5 * r.mean * r.mean);
       loss = vm::max(0.0, (fromBefore * product(before, before) + gone * r.mean * product(before, load)) +
-                              fromLoad * product(load, load)) /
-             m.E;
+                              fromLoad * product(load, load)) *
+             perE;
     }
     const Sym<Storage> now = (1.0 / volume) * kirchhoff;
     storeTensor(stress, N, i, now);
-    const double rho = density[i];
+    const double perMass = 1.0 / (density[i] * volume);
     internal[i] =
-        internalOld[i] + kirchhoffWork(volumeOld, loadTensor<Storage>(stressOld, N, i), volume, now, strain, rho);
-    inelastic[i] = inelasticOld[i] + loss / (rho * volume);
+        internalOld[i] + kirchhoffWork(volumeOld, loadTensor<Storage>(stressOld, N, i), volume, now, strain) * perMass;
+    inelastic[i] = inelasticOld[i] + loss * perMass;
   });
 }
 

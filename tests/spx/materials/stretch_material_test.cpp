@@ -201,6 +201,18 @@ TEST(Powers, GuardsOfTheVolumeAndOfTheExponents) {
     expected += 2 * kFoam.mu[t] / (kFoam.alpha[t] * kFoam.alpha[t]) *
                 (3 * std::pow(1.1L, static_cast<long double>(kFoam.alpha[t])) - 3);
   EXPECT_NEAR(foam.energy[1], static_cast<double>(expected), 1e-13);
+  // a negative power of a stretch of zero is infinite, and by that stretch there is no derivative
+  for (const Values& beta : {Values{}, Values{0.5, 0.5, 0.5}})
+    for (const double alpha : {-2.0, -0.01, -1e-154}) {
+      const Points p = Points(Terms{{1, 0, 0}, {alpha, 2, 2}, beta, {}}, {{0, 1.2, 0.9}}).run();
+      EXPECT_EQ(p.energy[0], alpha == -1e-154 ? 0 : kInf) << alpha;
+      EXPECT_EQ((Values{p.dU[0], p.ddU[0], p.ddU[3], p.ddU[5]}), Values(4)) << alpha;
+    }
+  // nor does a term without modulus count where its volume part is infinite, whatever the other points of its piece are
+  for (const double beside : {1.0, 0.0}) {
+    const Points p = Points(Terms{{0, 0, 0}, {2, 2, 2}, {1e6, 0, 0}, {}}, {{1.2, 0.9, 0.8}, {beside, 1, 1}}).run();
+    EXPECT_EQ((Values{p.energy[0], p.dU[0], p.dU[2], p.dU[4]}), Values(4)) << beside;
+  }
   // tiny beta joins its limit
   const Terms limit{{4, 0, 0}, {2.5, 1, 1}, {0, 0, 0}, {}};
   for (const double beta : {1e-3, 1e-9, 1e-15, 1e-300, 0.0}) {
