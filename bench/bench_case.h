@@ -15,6 +15,12 @@ namespace bench {
 using sharedanalysis::test::Random;
 using Arrays = std::vector<double*>;
 
+// What a point needs of the unit that divides: a root takes it longer than a quotient.
+struct Divisions {
+  int quotients, roots;
+  constexpr Divisions(int quotientCount = 0, int rootCount = 0) : quotients(quotientCount), roots(rootCount) {}
+};
+
 // A kernel as the benchmark sees it: the arrays of a block, what fills them, and the ways to compute it.
 struct Case {
   std::string name;
@@ -22,9 +28,11 @@ struct Case {
   std::function<void(int n, const Arrays&, Random&)> fill;
   std::function<void(int32_t n, const Arrays&)> kernel, plain;
   // what a point must cost: sums and products (a logarithm 31, an exponential 38 of them), divisions and roots
-  int arithmetic = 0, divisions = 0, bytes = 0; // no bytes: those of the arrays
-  int accesses = 0;                             // loads and stores that go one by one: maps, records, rows of tables
-  std::vector<peer::Peer> peers = {};           // beside those that take the arrays as they are
+  int arithmetic = 0;
+  Divisions divisions = {};
+  int bytes = 0;                      // none: those of the arrays
+  int accesses = 0;                   // loads and stores that go one by one: maps, records, rows of tables
+  std::vector<peer::Peer> peers = {}; // beside those that take the arrays as they are
 };
 // A peer whose package may be missing.
 inline std::vector<peer::Peer> peerIf(const char* package, peer::Call call) {

@@ -97,7 +97,7 @@ void addBrickCases(std::vector<Case>& list) {
                   area(SPX_OPE_C3D8FACEAREA),
                   area(plain::c3d8facearea),
                   170,
-                  9,
+                  {0, 9},
                   8 * (12 + 1 + 3 + 1)});
   const auto gradient = [](auto call) {
     return [call](int32_t n, const Arrays& a) { call(&n, &n, a[0], a[1], a[2]); };
@@ -133,8 +133,8 @@ void addBrickCases(std::vector<Case>& list) {
                     SPX_OPE_STRETCHSTRAIN3DH8(&n, &logarithmic, a[0], a[2], a[1]);
                   },
                   [](int32_t n, const Arrays& a) { plain::logarithmicStrain(&n, a[0], a[1]); },
-                  4 * 3 * 40 + 3 * 31 + 3 * 27 + 100,
-                  4 * 3 * 4 + 3});
+                  4 * 3 * 63 + 3 * 31 + 2 * 45 + 180,
+                  {4 * 3 + 3 * 2 + 1, 1}});
   // four sections of order 2 on a tensor: Butterworth, at 1/50 of the rate
   static constexpr int32_t components = 6, sections = 4, unread = 0;
   static constexpr double coefficients[20] = {.0036, .0072, .0036, -1.864, .8784, .0036, .0072, .0036, -1.864, .8784,

@@ -17,7 +17,7 @@ void callOne(void (*kernel)(const int32_t*, Arguments...), int32_t n, const Arra
 template <class... Arguments>
 Case arrayCase(const char* name, void (*kernel)(const int32_t*, Arguments...), void (*plainLoop)(int, const Arrays&),
                std::vector<int> columns, std::function<void(int, const Arrays&, Random&)> fill, int arithmetic,
-               int divisions) {
+               Divisions divisions) {
   return {name,
           std::move(columns),
           std::move(fill),
@@ -52,7 +52,7 @@ void addMaterialCases(std::vector<Case>& list) {
   list.push_back(arrayCase("SPX_MAT_HYPERAB3DEXP", SPX_MAT_HYPERAB3DEXP, plain::hyperab3dexp, {1, 1, 1, 6, 6, 1, 1, 1},
                            stretched(arrudaBoyce, 3, false), 300, 4));
   list.push_back(arrayCase("SPX_MAT_HYPERVDW3DEXP", SPX_MAT_HYPERVDW3DEXP, plain::hypervdw3dexp,
-                           {1, 1, 1, 1, 1, 6, 6, 1, 1, 1}, stretched(vdw, 5, false), 380, 9));
+                           {1, 1, 1, 1, 1, 6, 6, 1, 1, 1}, stretched(vdw, 5, false), 380, {7, 2}));
   list.push_back(arrayCase("SPX_MAT_HYPERINVS33", SPX_MAT_HYPERINVS33, plain::hyperinvs33, {1, 1, 1, 6},
                            stretched({}, 3, false), 130, 2));
   list.push_back(arrayCase("SPX_MAT_OGDEN", SPX_MAT_OGDEN, plain::ogden, {1, 1, 1, 1, 1, 1, 1, 1, 3, 1},
@@ -85,7 +85,7 @@ void addMaterialCases(std::vector<Case>& list) {
   list.push_back(arrayCase("SPX_MAT_MULLINSDAMAGEENER", SPX_MAT_MULLINSDAMAGEENER, plain::mullinsdamageener,
                            {1, 1, 1, 1, 1, 1, 1}, softened, 110, 6));
   list.push_back(arrayCase("SPX_MAT_STRESSRATIO3DEXP", SPX_MAT_STRESSRATIO3DEXP, plain::stressratio3dexp, {6, 1},
-                           fillTensors, 22, 2));
+                           fillTensors, 22, {1, 1}));
   list.push_back({"SPX_MAT_DUCTSTRESSRATIO3DEXP",
                   {6, 1, 1},
                   [](int n, const Arrays& a, Random& random) {
@@ -95,7 +95,7 @@ void addMaterialCases(std::vector<Case>& list) {
                   [](int32_t n, const Arrays& a) { SPX_MAT_DUCTSTRESSRATIO3DEXP(&n, &n, integers(a[2]), a[0], a[1]); },
                   plain::stressratio3dexp,
                   22,
-                  2,
+                  {1, 1},
                   60});
   const auto failing = [](std::size_t ratio, std::size_t rate, std::size_t heat, double hottest) {
     return [=](int n, const Arrays& a, Random& random) {

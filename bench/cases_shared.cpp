@@ -24,7 +24,7 @@ SA_MATH_LOOP(cos)
 SA_MATH_LOOP(acos)
 
 template <class Loop, class Plain>
-Case mathCase(const char* name, Loop loop, Plain plain, double low, double high, int arithmetic, int divisions) {
+Case mathCase(const char* name, Loop loop, Plain plain, double low, double high, int arithmetic, Divisions divisions) {
   return {name,
           {1, 1},
           [=](int n, const Arrays& a, Random& random) { uniform(n, a[0], random, low, high); },
@@ -37,7 +37,7 @@ Case mathCase(const char* name, Loop loop, Plain plain, double low, double high,
 // S in, P and perhaps V out.
 template <class Kernel, class Plain>
 Case principalCase(const char* name, Kernel kernel, Plain plain, int values, int directions, int arithmetic,
-                   int divisions, int bytes = 0) {
+                   Divisions divisions, int bytes = 0) {
   return {name,
           {6, values, directions},
           fillTensors,
@@ -80,8 +80,8 @@ Case mapCase(const char* name, Order order, Call kernel, Call plain, int arithme
 
 // Kernels without plain loops of their own.
 void addMeasuredByPeers(std::vector<Case>& list) {
-  list.push_back(principalCase("GLO_UTI_EIG33", GLO_UTI_EIG33, nullptr, 3, 0, 4 * 3 * 25, 4 * 3 * 5));
-  list.push_back(principalCase("GLO_UTI_EIG33V", GLO_UTI_EIG33V, nullptr, 3, 9, 4 * 3 * 40, 4 * 3 * 5));
+  list.push_back(principalCase("GLO_UTI_EIG33", GLO_UTI_EIG33, nullptr, 3, 0, 4 * 3 * 25, {4 * 3 * 3, 4 * 3 * 2}));
+  list.push_back(principalCase("GLO_UTI_EIG33V", GLO_UTI_EIG33V, nullptr, 3, 9, 4 * 3 * 40, {4 * 3 * 3, 4 * 3 * 2}));
   list.push_back({"GLO_UTI_QUAT3DALGEBRA",
                   {4, 4, 4},
                   [](int n, const Arrays& a, Random& random) {
@@ -94,7 +94,7 @@ void addMeasuredByPeers(std::vector<Case>& list) {
                   },
                   nullptr,
                   37,
-                  2});
+                  {1, 1}});
   list.push_back({"GLO_UTI_BROADCASTR",
                   {2},
                   [](int, const Arrays&, Random&) {},
@@ -122,18 +122,19 @@ constexpr int kKeySets = 200; // an even number
 } // namespace
 
 void addSharedCases(std::vector<Case>& list) {
-  list.push_back(principalCase("GLO_UTI_PRINCS33", GLO_UTI_PRINCS33, plain::princs33, 3, 9, 3 * 3 * 55, 3 * 3 * 3));
-  list.push_back(principalCase("GLO_UTI_EIG33ANAL", GLO_UTI_EIG33ANAL, plain::eig33anal, 3, 0, 165, 4));
   list.push_back(
-      principalCase("GLO_UTI_EIG33VECTOR", GLO_UTI_EIG33VECTOR, plain::eig33vector, 3, 0, 3 * 3 * 25, 3 * 3 * 6));
-  list.push_back(principalCase("GLO_UTI_PRINCS31", GLO_UTI_PRINCS31, plain::princs31, 3, 9, 27, 5, 128));
+      principalCase("GLO_UTI_PRINCS33", GLO_UTI_PRINCS33, plain::princs33, 3, 9, 3 * 3 * 55, {3 * 3, 3 * 3 * 2}));
+  list.push_back(principalCase("GLO_UTI_EIG33ANAL", GLO_UTI_EIG33ANAL, plain::eig33anal, 3, 0, 165, {2, 2}));
+  list.push_back(principalCase("GLO_UTI_EIG33VECTOR", GLO_UTI_EIG33VECTOR, plain::eig33vector, 3, 0, 3 * 3 * 25,
+                               {3 * 3 * 4, 3 * 3 * 2}));
+  list.push_back(principalCase("GLO_UTI_PRINCS31", GLO_UTI_PRINCS31, plain::princs31, 3, 9, 27, {3, 2}, 128));
   list.push_back({"GLO_UTI_SQRTV",
                   {6, 6},
                   [](int n, const Arrays& a, Random& random) { fillStretch(n, a[0], random); },
                   [](int32_t n, const Arrays& a) { GLO_UTI_SQRTV(&n, a[0], a[1]); },
                   [](int32_t n, const Arrays& a) { plain::sqrtv(&n, a[0], a[1]); },
                   150,
-                  7});
+                  {4, 3}});
 
   using Call = std::function<void(int32_t, const Arrays&)>;
   const auto gather = [](auto call) -> Call {
@@ -203,7 +204,7 @@ void addSharedCases(std::vector<Case>& list) {
   list.push_back(mathCase("log", logLoop, plain::log, 0.1, 10, 31, 1));
   list.push_back(mathCase("log, normal positive", logPositiveLoop, plain::log, 0.1, 10, 31, 1));
   list.push_back(mathCase("cos", cosLoop, plain::cos, -3, 3, 45, 0));
-  list.push_back(mathCase("acos", acosLoop, plain::acos, -1, 1, 45, 1));
+  list.push_back(mathCase("acos", acosLoop, plain::acos, -1, 1, 45, {1, 1}));
 }
 
 } // namespace bench

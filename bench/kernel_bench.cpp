@@ -1,7 +1,7 @@
 // Nanoseconds per point of each kernel beside a plain loop and beside other packages that do the same, hot (one block of 128
 // points that stays in the cache) and swept (blocks of 128 points, one after the other, over 64 MiB), and beside what the machine
-// must take for it.  All take turns in one run and the smallest of many samples counts; ratios keep, absolute times are those of
-// this machine and hour.  The lines are a table of bench/README.md.
+// must take for it.  All take turns in one run; hot the smallest of many samples counts, swept that which a tenth of the chunks
+// stay below; ratios keep, absolute times are those of this machine and hour.  The lines are a table of bench/README.md.
 //   kernel_bench [NAME...]             those kernels whose name contains one of the words
 //   kernel_bench --kernels [NAME...]   the kernels alone: lines of "name;ns hot;ns swept", what scripts/bench_compare reads
 #include "bench_case.h"
@@ -26,6 +26,7 @@ using Clock = std::chrono::steady_clock;
 using namespace bench;
 
 using Run = std::function<void()>;
+using Way = std::function<void(int32_t, const Arrays&)>;
 
 // The smallest time of one call of each, taking turns, in nanoseconds.
 std::vector<double> inTurns(int rounds, int repeats, const std::vector<Run>& runs) {
@@ -60,9 +61,9 @@ public:
       arrays_.push_back(std::move(arrays));
     }
   }
-  template <class Call>
-  void run(const Call& call) const {
-    for (const Arrays& arrays : arrays_) call(n_, arrays);
+  int count() const { return static_cast<int>(arrays_.size()); }
+  void run(const Way& call, int first, int end) const {
+    for (int b = first; b < end; ++b) call(n_, arrays_[static_cast<size_t>(b)]);
   }
 
 private:
@@ -71,26 +72,54 @@ private:
   std::vector<Arrays> arrays_;
 };
 
+// Nanoseconds of one block in memory for each way.  They take turns by chunks of 1 MiB, so that others who use the memory slow all
+// of them alike; a tenth of the chunks took less.
+std::vector<double> inChunks(int sweeps, int blocksOfChunk, const Blocks& blocks, const std::vector<Way>& ways) {
+  std::vector<std::vector<double>> times(ways.size());
+  for (int sweep = 0; sweep < sweeps; ++sweep)
+    for (int first = 0; first + blocksOfChunk <= blocks.count(); first += blocksOfChunk) {
+      const size_t way = static_cast<size_t>(first / blocksOfChunk + sweep) % ways.size(); // every chunk goes to each
+      const Clock::time_point start = Clock::now();
+      blocks.run(ways[way], first, first + blocksOfChunk);
+      const std::chrono::duration<double, std::nano> spent = Clock::now() - start;
+      times[way].push_back(spent.count() / blocksOfChunk);
+    }
+  std::vector<double> least;
+  for (std::vector<double>& t : times) {
+    const auto tenth = t.begin() + static_cast<std::ptrdiff_t>(t.size() / 10);
+    std::nth_element(t.begin(), tenth, t.end());
+    least.push_back(*tenth);
+  }
+  return least;
+}
+
 // Nanoseconds per point of the kernel, the plain loop (0 where there is none) and each peer.
 struct Times {
   double kernel = 0, plain = 0;
   std::vector<double> peers;
 };
+int columnsOf(const Case& c) { return std::accumulate(c.columns.begin(), c.columns.end(), 0); }
 Times measure(const Case& c, int count, bool kernelsAlone) {
   constexpr int n = 128;
   global().entities = count == 1 ? 4 * n : 1 << 20;
   global().values.assign(3 * static_cast<size_t>(global().entities) + 16, 1.0);
   const Blocks blocks(c, n, count);
-  std::vector<Run> runs;
-  const auto add = [&](const auto& call) { runs.emplace_back([&] { blocks.run(call); }); };
-  add(c.kernel);
-  if (!kernelsAlone && c.plain) add(c.plain);
+  std::vector<Way> ways = {c.kernel};
+  if (!kernelsAlone && c.plain) ways.push_back(c.plain);
   if (!kernelsAlone)
-    for (const peer::Peer& other : c.peers) add(other.run);
-  const double once = inTurns(2, 1, runs).front();
-  const int repeats = std::max(1, static_cast<int>(20e3 / once));
-  std::vector<double> best = inTurns(count == 1 ? 300 : 8, repeats, runs);
-  for (double& time : best) time /= static_cast<double>(n) * count;
+    for (const peer::Peer& other : c.peers) ways.push_back(other.run);
+  std::vector<double> best;
+  if (count > 1) {
+    constexpr int sweeps = 8;
+    const int blocksOfChunk = std::max(1, (1 << 20) / (8 * n * columnsOf(c)));
+    best = inChunks(sweeps * static_cast<int>(ways.size()), blocksOfChunk, blocks, ways);
+  } else {
+    std::vector<Run> runs;
+    for (const Way& way : ways) runs.emplace_back([&blocks, &way] { blocks.run(way, 0, 1); });
+    const double once = inTurns(2, 1, runs).front();
+    best = inTurns(300, std::max(1, static_cast<int>(20e3 / once)), runs);
+  }
+  for (double& time : best) time /= n;
   Times times{best.front(), 0, {}};
   if (kernelsAlone) return times;
   if (c.plain) times.plain = best[1];
@@ -98,16 +127,16 @@ Times measure(const Case& c, int count, bool kernelsAlone) {
   return times;
 }
 
-int arrayBytes(const Case& c) { return 8 * std::accumulate(c.columns.begin(), c.columns.end(), 0); }
-int bytesOf(const Case& c) { return c.bytes > 0 ? c.bytes : arrayBytes(c); }
+int bytesOf(const Case& c) { return c.bytes > 0 ? c.bytes : 8 * columnsOf(c); }
 
 // What a point must take, and why: the largest of the times of its operations, divisions, single accesses and bytes.
 std::string limitOf(const Case& c, int64_t footprint, double kernel) {
   const plain::Machine& m = plain::machine();
-  const std::pair<double, const char*> bounds[] = {{c.arithmetic / m.operations, "operations"},
-                                                   {c.divisions / m.divisions, "divisions"},
-                                                   {c.accesses / m.accesses, "accesses"},
-                                                   {bytesOf(c) / plain::copiedBytes(footprint), "bytes"}};
+  const std::pair<double, const char*> bounds[] = {
+      {c.arithmetic / m.operations, "operations"},
+      {c.divisions.quotients / m.divisions + c.divisions.roots / m.roots, "divisions"},
+      {c.accesses / m.accesses, "accesses"},
+      {bytesOf(c) / plain::copiedBytes(footprint), "bytes"}};
   const auto& [least, what] = *std::max_element(std::begin(bounds), std::end(bounds));
   char text[64];
   std::snprintf(text, sizeof text, "%.2f %s %.2f", least, what, kernel / least);
@@ -171,16 +200,16 @@ int main(int argc, char** argv) {
   bench::addTableCases(list);
   if (!kernelsAlone) {
     const plain::Machine& m = plain::machine();
-    std::printf("A nanosecond holds %.0f sums or products, %.2f divisions, %.1f single accesses and copies %.0f bytes "
-                "in a block of "
-                "16 KiB, %.1f in 64 MiB.\n\n",
-                m.operations, m.divisions, m.accesses, plain::copiedBytes(1 << 14), plain::copiedBytes(1 << 26));
+    std::printf("A nanosecond holds %.0f sums or products, %.2f divisions, %.2f roots, %.1f single accesses and copies "
+                "%.0f bytes in a block of 16 KiB, %.1f in 64 MiB.\n\n",
+                m.operations, m.divisions, m.roots, m.accesses, plain::copiedBytes(1 << 14),
+                plain::copiedBytes(1 << 26));
     std::printf("| kernel | hot | plain | peer | limit | swept | plain | peer | limit "
                 "|\n|---|---|---|---|---|---|---|---|---|\n");
   }
   for (Case& c : list) {
     if (!wanted(c.name)) continue;
-    const int sweptBlocks = (64 << 20) / (128 * arrayBytes(c));
+    const int sweptBlocks = (64 << 20) / (128 * 8 * columnsOf(c));
     if (kernelsAlone) {
       std::printf("%s;%.4f;%.4f\n", c.name.c_str(), measure(c, 1, true).kernel, measure(c, sweptBlocks, true).kernel);
       continue;

@@ -57,6 +57,16 @@ const Machine& machine() {
     const auto divide = [](Vector x) { return 1.000001 / x; };
     m.operations = rateOf([](Vector x) { return x + 1e-9; }, [](Vector x) { return x * 0.999999; });
     m.divisions = rateOf(divide, divide);
+    const auto root = [](Vector x) {
+      Vector y;
+#if defined(__AVX__)
+      asm("vsqrtpd %1, %0" : "=x"(y) : "x"(x)); // NOLINT: the compiler takes such vectors apart
+#else
+      asm("sqrtpd %1, %0" : "=x"(y) : "x"(x)); // NOLINT
+#endif
+      return y + 1.0; // no root of one
+    };
+    m.roots = rateOf(root, root);
     std::vector<double> from(256, 1.0), to(256);
     std::vector<int32_t> map(256);
     for (int k = 0; k < 256; ++k) map[k] = k * 37 % 256;

@@ -7,8 +7,8 @@ namespace plain {
 
 struct Machine {
   double operations; // sums and products a nanosecond, by vectors, none fused
-  double divisions;  // divisions a nanosecond; roots take no less
-  double accesses;   // single loads and stores a nanosecond, where a map says
+  double divisions, roots;
+  double accesses; // single loads and stores a nanosecond, where a map says
 };
 const Machine& machine();
 

@@ -3,11 +3,10 @@
 
 #include "bench/plain/user_rows.h"
 
-#include <cstdint>
+#include <vector>
 
 namespace plain {
 
-void hjcConcrete(int32_t n, const MaterialBlock& b);
 // Those that tests share, compiled with the rest.
 std::vector<UserRow> nativeUserRows();
 

@@ -157,6 +157,16 @@ inline void energies(const MaterialBlock& b, int i, double Jo, const double* so,
   b.inelastic[i] = std::max(b.inelasticOld[i], b.internal[i] - psi / (b.density[i] * J));
 }
 
+// Of brittle materials: what was lost and what can come back; an increment in which nothing yields loses nothing.
+inline void settleEnergies(const MaterialBlock& b, int i, const double* so, const double* s, const double* e,
+                           double elastic, bool loses) {
+  energies(b, i, 1, so, 1, s, e, 0);
+  const double elasticOld = b.internalOld[i] - b.inelasticOld[i];
+  const double lost = b.internal[i] - b.internalOld[i] - (elastic - elasticOld);
+  b.inelastic[i] = b.inelasticOld[i] + (loses ? std::max(0., lost) : 0);
+  b.internal[i] = b.inelastic[i] + elastic;
+}
+
 // What a family of foams keeps: softening s and energy of hysteresis.
 struct Hysteresis {
   double s, psi, largest;
@@ -624,12 +634,7 @@ inline void jhbOfPhases(int32_t n, const MaterialBlock& b) {
     for (int k = 0; k < 5; ++k) b.state[k * n + i] = state[k];
     const double fOld = std::clamp((b.stateOld[4 * n + i] - mu1) / (mu2 - mu1), 0., 1.);
     const bool loses = dep > 0 || now > D || growth > 0 || f > fOld;
-    energies(b, i, 1, so, 1, s, e, 0);
-    const double elastic = (q * q / (6 * G) + back * (1 + mu)) / b.density[i],
-                 elasticOld = b.internalOld[i] - b.inelasticOld[i];
-    const double lost = b.internal[i] - b.internalOld[i] - (elastic - elasticOld);
-    b.inelastic[i] = b.inelasticOld[i] + (loses ? std::max(0., lost) : 0);
-    b.internal[i] = b.inelastic[i] + elastic;
+    settleEnergies(b, i, so, s, e, (q * q / (6 * G) + back * (1 + mu)) / b.density[i], loses);
   }
 }
 
@@ -696,12 +701,83 @@ inline void jh2Ceramic(int32_t n, const MaterialBlock& b) {
     }
     const double state[] = {b.stateOld[i] + dep, now, 1, all};
     for (int k = 0; k < 4; ++k) b.state[k * n + i] = state[k];
-    energies(b, i, 1, so, 1, s, e, 0);
-    const double elastic = (q * q / (6 * G) + back * (1 + mu)) / b.density[i],
-                 elasticOld = b.internalOld[i] - b.inelasticOld[i];
-    const double lost = b.internal[i] - b.internalOld[i] - (elastic - elasticOld);
-    b.inelastic[i] = b.inelasticOld[i] + (dep > 0 || now > D || growth > 0 ? std::max(0., lost) : 0);
-    b.internal[i] = b.inelastic[i] + elastic;
+    settleEnergies(b, i, so, s, e, (q * q / (6 * G) + back * (1 + mu)) / b.density[i],
+                   dep > 0 || now > D || growth > 0);
+  }
+}
+
+// Damage that lowers the limit of tension is settled with the strength there, as bulking is in the ceramic.
+inline void hjcConcrete(int32_t n, const MaterialBlock& b) {
+  using namespace user;
+  const double *c = b.props, G = c[0], fc = c[5], T = c[6], cap = c[9] * fc, Pc = c[10], muc = c[11], lock = c[13],
+               K1 = c[16], Ke = Pc / muc;
+  double x = c[12] / K1;
+  for (int k = 0; k < 30; ++k)
+    x -= (x * (K1 + x * (c[17] + x * c[18])) - c[12]) / (K1 + x * (2 * c[17] + x * 3 * c[18]));
+  const double dense = lock + (1 + lock) * x;
+  for (int i = 0; i < n; ++i) {
+    double e[6], so[6], s[6], d[6], F[3];
+    load(b.strainInc, n, i, 6, e), load(b.stressOld, n, i, 6, so), load(b.defgrad, n, i, 3, F);
+    const double mu = 1 / (F[0] * F[1] * F[2]) - 1, tr = e[0] + e[1] + e[2], mean = (so[0] + so[1] + so[2]) / 3;
+    const double DOld = b.stateOld[n + i], topOld = b.stateOld[3 * n + i], compactedOld = b.stateOld[4 * n + i];
+    const double top = std::max(mu, topOld);
+    double P = Ke * mu, zero = 0, K = Ke;
+    if (top > dense) {
+      const double m = (mu - lock) / (1 + lock);
+      P = m > 0 ? m * (K1 + m * (c[17] + m * c[18])) : K1 * m, zero = lock, K = K1 / (1 + lock);
+    } else if (top > muc) {
+      const double part = (top - muc) / (dense - muc), Pt = Pc + (c[12] - Pc) * part;
+      K = Ke + (K1 - Ke) * part, zero = top - Pt / K, P = Pt - K * (top - mu);
+    }
+    for (int k = 0; k < 6; ++k) {
+      d[k] = e[k] - (k < 3 ? tr / 3 : 0);
+      s[k] = so[k] - (k < 3 ? mean : 0) + 2 * G * d[k];
+    }
+    const double trial = std::sqrt(1.5 * product(s, s)), rate = std::sqrt(2. / 3 * product(d, d)) / b.dt;
+    const double r = rate > c[7] ? 1 + c[3] * std::log(rate / c[7]) : 1, cohesion = fc * r * c[1];
+    const auto brokenAt = [&](double p) { return p < 0 ? cohesion * p / T : fc * r * c[2] * std::pow(p / fc, c[4]); };
+    const double limited = std::max(P, -T * (1 - DOld)), broken = brokenAt(limited);
+    const double ef = std::max(c[8], c[14] * std::pow((limited + T) / fc, c[15])), slope = 3 * G * ef - cohesion;
+    const double compacted = std::min(lock, zero), D = std::min(1., DOld + std::max(0., compacted - compactedOld) / ef);
+    const double line = broken + cohesion * (1 - D);
+    double q = trial, dep = 0, now = D;
+    if (trial > std::min(cap, std::max(0., line)) + 1e-12 * G) {
+      dep = (trial - cap) / (3 * G), now = D + dep / ef;
+      if (broken + cohesion * (1 - std::min(1., now)) < cap) {
+        dep = std::min(trial / (3 * G), (trial - line) * ef / slope), now = D + dep / ef;
+        if (slope <= 0) now = 1;
+      }
+      if (now >= 1) dep = std::max(0., trial - std::min(cap, std::max(0., broken))) / (3 * G), now = 1;
+      q = trial - 3 * G * dep;
+      if (now > D && P < -T * (1 - now)) {
+        const auto error = [&](double more) {
+          const double p = std::max(-T * (1 - D - more), P);
+          return std::min(cap, std::max(0., brokenAt(p) + cohesion * (1 - D - more))) + 3 * G * ef * more - trial;
+        };
+        const double most = error(1 - D);
+        if (slope <= 0 || most <= 0) {
+          now = 1, q = std::min(trial, std::min(cap, brokenAt(std::max(0., P)))), dep = (trial - q) / (3 * G);
+        } else {
+          const double more = rootOf(error, 0, 1 - D, line - trial, most, 1e-12 * trial);
+          now = D + more, dep = more * ef, q = trial - 3 * G * dep;
+        }
+      }
+    }
+    // what comes back: along the line of release, in the dense material in compression the cubic, no further in tension than
+    // the limit
+    const double limit = T * (1 - now), from = std::max(mu, zero - limit / K), y = (from - zero) / (1 + zero);
+    const double L = std::log1p(y), w = y / (1 + y);
+    double back = K * (L - w) + limit * (1 / (1 + mu) - 1 / (1 + from));
+    if (top > dense && y > 0) back += (c[17] * (y - 2 * L + w) + c[18] * (y * (.5 * y - 2) + 3 * L - w)) / (1 + lock);
+    P = std::max(-limit, P);
+    for (int k = 0; k < 6; ++k) {
+      s[k] = (trial > 0 ? q / trial : 0) * s[k] - (k < 3 ? P : 0);
+      b.stress[k * n + i] = s[k];
+    }
+    const double state[] = {b.stateOld[i] + dep, now, 1, top, std::max(compacted, compactedOld)};
+    for (int k = 0; k < 5; ++k) b.state[k * n + i] = state[k];
+    settleEnergies(b, i, so, s, e, (q * q / (6 * G) + back * (1 + mu)) / b.density[i],
+                   dep > 0 || now > DOld || top > topOld);
   }
 }
 
