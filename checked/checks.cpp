@@ -28,12 +28,6 @@ std::string hexadecimal(const void* address) {
   return address == nullptr ? "0" : text;
 }
 
-// Whether a code is among those of "code 1|2|3".
-bool isCode(std::int64_t value, std::string_view unit) {
-  const std::string codes = "|" + std::string(unit.substr(5)) + "|";
-  return codes.find("|" + std::to_string(value) + "|") != std::string::npos;
-}
-
 std::uint64_t hashOf(const std::vector<Interval>& intervals) {
   std::uint64_t h = 0x9e3779b97f4a7c15ULL;
   for (const Interval& i : intervals) {
@@ -146,7 +140,10 @@ std::string Checks::entryOf(std::size_t k, const unsigned char* address) const {
 
 bool Checks::isIgnored(std::size_t k) const {
   const Argument& a = argumentsOf(routine_)[k];
-  return a.has(kByValue) || a.is(Role::unread) || (a.has(kOptional) && (given_[k] == nullptr || !a.isWritten()));
+  std::int32_t count = 1;
+  if (a.readIf >= 0) std::memcpy(&count, given_[a.readIf], sizeof count);
+  return a.has(kByValue) || a.is(Role::unread) || count < 1 ||
+         (a.has(kOptional) && (given_[k] == nullptr || !a.isWritten()));
 }
 
 bool Checks::accessible(std::size_t k, const unsigned char* begin, const unsigned char* end, bool isFirst) {
@@ -519,6 +516,7 @@ void Checks::checkOverlaps() {
       if (isSame && (routine_.flags & kInPlace) != 0 && a.elements() == b.elements() && a.components() == 1) continue;
       const std::size_t output = first ? places[i].argument : places[j].argument;
       const std::size_t other = first ? places[j].argument : places[i].argument;
+      if (isSame && argument(output).inPlaceOf == static_cast<int>(other)) continue;
       find(Kind::overlap, output, std::string("is ").append(argument(other).name).append(entryOf(other, where)),
            "memory of its own", entryOf(output, where));
     }

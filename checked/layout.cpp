@@ -1,6 +1,7 @@
 #include "layout.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <numeric>
 
 namespace sa::checked {
@@ -41,6 +42,11 @@ Layout::Layout(const Routine& routine, const void* const* arguments)
   for (std::size_t k = 0; k < arguments_.size(); ++k) shape(k);
 }
 
+bool isCode(std::int64_t value, std::string_view unit) {
+  const std::string codes = "|" + std::string(unit.substr(5)) + "|";
+  return codes.find("|" + std::to_string(value) + "|") != std::string::npos;
+}
+
 // Whether some dimension or bound is counted by the argument.
 bool Layout::isUsed(std::size_t k) const {
   const auto counts = [&](const Dimension& dimension) {
@@ -74,7 +80,10 @@ std::int64_t Layout::size(const Dimension& dimension) const {
   for (int n = 0; n < 3; ++n) {
     const int k = dimension.arguments[n];
     if (k < 0) break;
-    value += (n == 0 ? dimension.factor : 1) * std::clamp(integer(static_cast<std::size_t>(k)), -kFar, kFar);
+    const Argument& argument = arguments_[static_cast<std::size_t>(k)];
+    std::int64_t count = std::clamp(integer(static_cast<std::size_t>(k)), -kFar, kFar);
+    if (argument.has(kElseFirst) && !isCode(count, argument.unit)) count = std::atoi(argument.unit + 5);
+    value += (n == 0 ? dimension.factor : 1) * count;
   }
   return value;
 }

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstring>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "table.h"
@@ -33,6 +35,9 @@ struct Array {
 struct Interval {
   const unsigned char *begin, *end;
 };
+
+// Whether a code is among those of "code 1|2|3".
+bool isCode(std::int64_t value, std::string_view unit);
 
 // Scalars must be readable; arrays are not touched, but for lists, sets and maps where it says so.
 class Layout {

@@ -49,6 +49,7 @@ enum : unsigned {
   kTextLength = 16,
   kMayBeNegative = 32, // the declaration says what a number below 1 does
   kAnyCode = 64,       // and what another code does
+  kElseFirst = 512,    // the same as the first one
   kPrincipal = 128,    // principal stretches, not a tensor
   kZerosForNone = 256  // a tensor of zeros stands for none
 };
@@ -74,6 +75,8 @@ struct Argument {
   Direction direction;
   unsigned flags;
   std::int8_t rank, target; // of entities: the argument that they are rows or records of
+  std::int8_t inPlaceOf;    // the input whose memory an output may be, or -1
+  std::int8_t readIf;       // the count without which it is not read, or -1
   Dimension bound;
   Dimension shape[4];
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <initializer_list>
 #include <iostream>
 
 namespace sa::tool {
@@ -56,13 +57,16 @@ std::string roleName(const Argument& argument) {
 }
 
 bool says(const std::string& text, const char* words) { return text.find(words) != std::string::npos; }
+bool saysAny(const std::string& text, std::initializer_list<const char*> list) {
+  return std::any_of(list.begin(), list.end(), [&](const char* words) { return says(text, words); });
+}
 
 // An argument that is not read in every call, so that a caller may give anything for it.
 bool isOptional(const Routine& routine, const Argument& argument) {
   const ArgumentLine& line = *argument.described;
   if (line.unit == "unread") return true;
-  for (const char* words : {"not read", "read by", "not used", "may be null"})
-    if (says(line.meaning, words)) return true;
+  if (saysAny(line.meaning, {"not read", "read by", "not used", "may be null"}) && !says(line.meaning, "are not read"))
+    return true;
   for (const Argument& other : routine.arguments)
     if (says(other.described->meaning, ("reads " + argument.name).c_str())) return true;
   // A table says which variables it reads.
@@ -75,7 +79,45 @@ bool isOptional(const Routine& routine, const Argument& argument) {
   return isMessage && !isScalar(line) && line.unit != "text";
 }
 
-void writeArgument(const Routine& routine, const Argument& argument) {
+// What the text of a section says of all its routines.
+bool sectionSays(const Interface& interface, const Routine& routine, const char* words) {
+  for (const Header& header : interface.headers)
+    for (const Section& section : header.sections)
+      if (section.file == routine.file && section.title == routine.section)
+        for (const std::string& line : section.text)
+          if (says(line, words)) return true;
+  return false;
+}
+
+// The input whose memory an output may be, by the texts of the routine, of its section and of the argument itself.
+std::string inPlaceOf(const Interface& interface, const Routine& routine, const Argument& argument) {
+  if (argument.described->direction != "out") return "-1";
+  for (std::size_t k = 0; k < routine.arguments.size(); ++k) {
+    const Argument& input = routine.arguments[k];
+    if (input.described->direction != "in" || input.described->shape != argument.described->shape) continue;
+    const std::string words = "may be " + input.name, named = argument.name + " " + words;
+    const bool isSaid = std::any_of(routine.text.begin(), routine.text.end(),
+                                    [&](const std::string& text) { return says(text, named.c_str()); });
+    if (isSaid || sectionSays(interface, routine, named.c_str()) || says(argument.described->meaning, words.c_str()))
+      return std::to_string(k);
+  }
+  return "-1";
+}
+
+// The count that says of an array that it is not read without it: "0 or less: none, and map and table are not read".
+std::string readIf(const Routine& routine, const Argument& argument) {
+  for (std::size_t k = 0; k < routine.arguments.size(); ++k) {
+    const std::string& meaning = routine.arguments[k].described->meaning;
+    const std::size_t begin = meaning.find("0 or less"), end = meaning.find("are not read");
+    if (begin != std::string::npos && end != std::string::npos && !isScalar(*argument.described) &&
+        saysAny(meaning.substr(begin, end - begin),
+                {(" " + argument.name + " ").c_str(), (" " + argument.name + ",").c_str()}))
+      return std::to_string(k);
+  }
+  return "-1";
+}
+
+void writeArgument(const Interface& interface, const Routine& routine, const Argument& argument) {
   const ArgumentLine& line = *argument.described;
   std::string bound = "0", target = "-1";
   bool hasBound = false;
@@ -89,9 +131,10 @@ void writeArgument(const Routine& routine, const Argument& argument) {
   if (isScalar(line)) flags += "kScalar | ";
   if (hasBound) flags += "kBounded | ";
   if (isLengthOfText(routine, argument)) flags += "kTextLength | ";
-  if (says(line.meaning, "below 1 ") || says(line.meaning, "0 or less")) flags += "kMayBeNegative | ";
-  if (says(line.meaning, "any other") || says(line.meaning, "another") || says(line.meaning, "in one dimension"))
-    flags += "kAnyCode | ";
+  if (saysAny(line.meaning, {"below 1 ", "none below 1", "0 or less"})) flags += "kMayBeNegative | ";
+  if (saysAny(line.meaning, {"any other", "another", "nonzero", "in one dimension"})) flags += "kAnyCode | ";
+  if (startsWith(line.unit, "code ") && says(line.meaning, ("any other as " + line.unit.substr(5, 1)).c_str()))
+    flags += "kElseFirst | ";
   if (line.unit == "stretch" && (says(line.meaning, "principal") || says(line.meaning, "S30")))
     flags += "kPrincipal | ";
   if (argument.name == "stretch0") flags += "kZerosForNone | ";
@@ -101,7 +144,8 @@ void writeArgument(const Routine& routine, const Argument& argument) {
             << (line.direction == "in,out" ? "both"
                 : line.direction == "out"  ? "out"
                                            : "in")
-            << ", " << flags << ", " << line.shape.size() << ", " << target << ",\n "
+            << ", " << flags << ", " << line.shape.size() << ", " << target << ", "
+            << inPlaceOf(interface, routine, argument) << ", " << readIf(routine, argument) << ",\n "
             << (hasBound ? dimension(routine, bound) : "{}") << ", {";
   for (std::size_t d = 0; d < line.shape.size(); ++d)
     std::cout << (d == 0 ? "" : ", ") << dimension(routine, line.shape[d]);
@@ -119,16 +163,6 @@ std::string parameters(const Routine& routine, bool hasNames) {
   return "(" + (list.empty() ? "void" : list) + ")";
 }
 
-// What the text of a section says of all its routines.
-bool sectionSays(const Interface& interface, const Routine& routine, const char* words) {
-  for (const Header& header : interface.headers)
-    for (const Section& section : header.sections)
-      if (section.file == routine.file && section.title == routine.section)
-        for (const std::string& line : section.text)
-          if (says(line, words)) return true;
-  return false;
-}
-
 } // namespace
 
 void writeCalls(const Interface& interface) {
@@ -136,7 +170,7 @@ void writeCalls(const Interface& interface) {
       << "// Written from the headers: the arguments of all routines, and a call of each from a list of addresses.\n"
          "const Argument kArguments[] = {\n";
   for (const Routine& routine : interface.routines)
-    for (const Argument& argument : routine.arguments) writeArgument(routine, argument);
+    for (const Argument& argument : routine.arguments) writeArgument(interface, routine, argument);
   std::cout << "};\n";
   for (const Routine& routine : interface.routines) {
     std::cout << "void call_" << routine.name

@@ -226,6 +226,7 @@ int compare(const Options& options) {
 int main(int argc, char** argv) {
   Options options;
   CLI::App app("Makes recorded calls of SharedAnalysis again and compares the results", "sharedanalysis-replay");
+  app.option_defaults()->disable_flag_override(); // --list=no
   app.add_option("RECORDING", options.file, "File written with SHAREDANALYSIS_RECORD")->required();
   app.add_option("--library", options.library, "Another library than the installed one");
   app.add_option("--call", options.call, "Only the call of this number")

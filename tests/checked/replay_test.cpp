@@ -87,6 +87,7 @@ TEST(Replay, FilterChoosesCallsAndResultsStay) {
   expectIn(run({SA_COMPARE_PROGRAM, "plain", "watched"}), 0, "the same");
   EXPECT_EQ(contents("log"), "");
   expectIn(replayed({"calls.rec"}), 0, ", 0 differ");
+  EXPECT_EQ(replayed({"calls.rec", "--list=no"}).code, 2);
   const std::string list = replayed({"calls.rec", "--list"}).out;
   EXPECT_NE(list.find("SPX_MAT_HYPERPOLY3DEXP increment 3 "), std::string::npos) << list;
   EXPECT_EQ(list.find("GLO_"), std::string::npos);
