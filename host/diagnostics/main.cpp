@@ -62,6 +62,7 @@ int main(int argc, char** argv) {
   std::signal(SIGXFSZ, SIG_IGN); // a file-size limit is an error of the write
   Options options;
   CLI::App app("Steps, increments and problems of an analysis, errors before warnings", "sharedanalysis-diagnostics");
+  app.option_defaults()->disable_flag_override(); // --json=no
   app.add_option("DATABASE", options.file, "Diagnostic database of a job (JOB.diagnostics.sqlite)")->required();
   app.add_option("-c,--code", options.code, "Only this problem: number (0x42010020), name, or class");
   app.add_option("-i,--increment", options.increment, "Only these increments: 12, 10-20, or 2:12 in step 2");

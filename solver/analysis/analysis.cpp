@@ -27,7 +27,9 @@ struct Analysis::Data {
   Course course;
   Ending ending = Ending::Running;
   Distortion distortion;
-  std::vector<BrickEvent> events; // of this rank, that were not taken yet
+  std::vector<BrickEvent> events;      // of this rank, that were not taken yet
+  std::vector<double> firstIncrements; // of the materials
+  double energyScale = 0;
   int64_t updates = 0;
   std::function<void(const Progress&, double)> observer;
   std::optional<Collected> collected; // of the present time
@@ -49,6 +51,12 @@ struct Analysis::Data {
       evaluateRest(definition, nodes, 0.0, state, outside.loads);
     }
     ending = findEnding(layout, nodes, domains, outcomeOf(layout.ranks, domains), course, distortion);
+    if (!(course.stable > 0) && ending != Ending::Failed) {
+      checkIncrements(layout, nodes, domains);
+      if (ending == Ending::Running) ending = Ending::NotFinite; // by its velocities
+    }
+    firstIncrements = incrementsOfMaterials(layout, domains);
+    energyScale = energyScaleOf(layout, nodes);
     release(layout.numbering.connectivity); // blocks have what they need of it
     course.firstStable = course.stable;
     course.damping = definition.damping;
@@ -106,6 +114,7 @@ Analysis::Analysis(const Mesh& mesh, const Case& definition, int threads) {
 Analysis::~Analysis() = default;
 
 Ending Analysis::advanceTo(double end, int64_t increments, double pause) {
+  const FloatingPointMode mode;
   Data& d = *data_;
   Course& now = d.course;
   if (d.ending != Ending::Running && d.ending != Ending::Complete) return d.ending;
@@ -129,6 +138,7 @@ Ending Analysis::advanceTo(double end, int64_t increments, double pause) {
       d.team.meet([&] {
         now.time = step >= end - now.time ? end : now.time + step;
         now.lastIncrement = step;
+        now.pace = nextPace(now);
         ++now.increment;
         d.updates += d.layout.mesh.wholeElements();
         d.guarded([&] {
@@ -167,6 +177,10 @@ Progress Analysis::progress() const {
   const Course& now = data_->course;
   return {now.time, now.stable, now.increment};
 }
+
+const std::vector<double>& Analysis::firstIncrements() const { return data_->firstIncrements; }
+double Analysis::energyScale() const { return data_->energyScale; }
+int Analysis::threads() const { return static_cast<int>(data_->team.size()); }
 
 int64_t Analysis::elementUpdates() const { return data_->updates; }
 

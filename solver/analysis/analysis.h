@@ -100,6 +100,10 @@ public:
   BrickEvents takeEvents(int64_t most);
 
   Progress progress() const;
+  int threads() const; // that compute, of this rank
+  // Of the bricks of each material of the case, as the first one of the model; infinite without bricks.
+  const std::vector<double>& firstIncrements() const;
+  double energyScale() const; // what a strain of one takes: energies that are vanishing beside it are rounding errors
   Energies energies() const;
   const std::vector<double>& measures() const; // those that measureNames() of the case names
   std::array<double, 3> linearMomentum() const;

@@ -159,6 +159,7 @@ Block::Outcome Block::evaluate(const std::vector<double>& x, const std::vector<d
     nodalForces(forceInput(piece, w, viscousStress_.data()), w.force.data());
     assemble(piece.n, w.force.data(), assemblyMap_.data() + 8 * piece.first, f);
   });
+  stableIncrement_ = stable;
   return {stable, masked - failed};
 }
 
@@ -238,8 +239,8 @@ void Block::recordDistortion(const std::vector<double>& x, BlockWork& w) const {
 
 // The bindings name every member, so that none is forgotten.
 void Block::visit(Archive& archive, int32_t e) {
-  [[maybe_unused]] auto& [n, bricks, gatherMap, assemblyMap, B0, H0, V0, mass, hourglass, material, points, stress,
-                          mask, viscousStress, viscousEnergy, omega, failed, lostEnergy] = *this;
+  [[maybe_unused]] auto& [n, stable, bricks, gatherMap, assemblyMap, B0, H0, V0, mass, hourglass, material, points,
+                          stress, mask, viscousStress, viscousEnergy, omega, failed, lostEnergy] = *this;
   archive.ofPoint(e, n, stress, viscousStress, viscousEnergy, omega, failed, lostEnergy, mask);
   points.visit(archive, e);
 }

@@ -58,8 +58,10 @@ public:
 
   int32_t count() const { return n_; }
   std::span<const int32_t> bricks() const { return bricks_; }
+  double stableIncrement() const { return stableIncrement_; } // of the last evaluation
   double volume(int e) const { return V0_[e]; }
   double mass(int e) const { return mass_[e]; }
+  const Material& material() const { return *material_; }
   double mask(int e) const { return mask_[e]; }
   bool isDistorted(int e) const { return mask_[e] != 0.0 && !(mayFail() && failed_[e] != 0.0); }
   double viscousEnergy(int e) const { return viscousEnergy_[e]; }
@@ -98,6 +100,7 @@ private:
   void recordDistortion(const std::vector<double>& x, BlockWork& work) const;
 
   int32_t n_;
+  double stableIncrement_ = 0;
   std::vector<int32_t> bricks_;
   std::vector<int32_t, LineAllocator<int32_t>> gatherMap_; // of the pieces, counted from 1 in the model
   std::vector<int32_t> assemblyMap_;                       // corner fastest, from 0 in f

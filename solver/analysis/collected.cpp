@@ -113,8 +113,8 @@ public:
     std::vector<Parts> ofDomains(domains.size());
     eachDomain(domains, team, [&](std::size_t d) { addNodes(domains[d].domain, ofDomains[d]); });
     addBricks(domains, team, ofDomains);
-    for (const Parts& parts : ofDomains)
-      for (std::size_t k = 0; k < parts.size(); ++k) sums_[k].add(parts[k]);
+    for (Parts& parts : ofDomains)
+      for (std::size_t k = 0; k < parts.size(); ++k) sums_[k].add(parts[k].sum());
     addReactions();
     std::size_t column = kGroups;
     for (const GroupHistory& history : layout_.definition.groupHistories) addGroup(history, column);
@@ -150,7 +150,7 @@ private:
     return count;
   }
 
-  using Parts = std::array<ExactSum, kGroups>; // of one domain
+  using Parts = std::array<ExactSumOfMany, kGroups>; // of one domain
 
   void addNodes(const Domain& domain, Parts& sums) const {
     const std::array<double, 3>& gravity = layout_.definition.gravity;

@@ -26,13 +26,13 @@ void addDampingEnergy(const DomainState& state, const std::vector<double>& befor
 
 double dampingEnergy(const Layout& layout, const NodeState& nodes, const Course& course,
                      const std::vector<double>& now) {
-  std::vector<ExactSum> sum(1);
+  ExactSumOfMany sum;
   for (std::size_t i = 0; i < static_cast<std::size_t>(layout.numbering.owned); ++i) {
     const double *a = &now[3 * i], *b = &nodes.v[3 * i];
-    sum[0].add(nodes.dampingEnergy[i] +
-               0.5 * course.lastIncrement * course.damping * nodes.mass[i] * (a[0] * b[0] + a[1] * b[1] + a[2] * b[2]));
+    sum.add(nodes.dampingEnergy[i] +
+            0.5 * course.lastIncrement * course.damping * nodes.mass[i] * (a[0] * b[0] + a[1] * b[1] + a[2] * b[2]));
   }
-  return sumOverRanks(sum, layout.ranks)[0];
+  return sumOverRanks({sum.sum()}, layout.ranks)[0];
 }
 
 void adaptDamping(const Layout& layout, const NodeState& nodes, const Prescribed& prescribed,
@@ -41,7 +41,7 @@ void adaptDamping(const Layout& layout, const NodeState& nodes, const Prescribed
   if (course.increment % kEvery != 0) return;
   std::vector<double> motion = nodes.v;
   for (const PrescribedComponent& p : prescribed.components) p.set(0, motion.data());
-  std::vector<ExactSum> sums(2); // of the nodes' stiffness and inertia
+  ExactSumOfMany stiffnesses, inertias; // of the nodes
   for (const DomainState& state : domains)
     for (int64_t i = state.domain.firstNode; i < state.domain.endNode; ++i) {
       const auto node = static_cast<std::size_t>(i);
@@ -52,10 +52,10 @@ void adaptDamping(const Layout& layout, const NodeState& nodes, const Prescribed
         stiffness += way * (state.internal[at] - state.internalBefore[at]);
         inertia += nodes.mass[node] * way * way;
       }
-      sums[0].add(stiffness);
-      sums[1].add(inertia);
+      stiffnesses.add(stiffness);
+      inertias.add(inertia);
     }
-  const std::vector<double> all = sumOverRanks(sums, layout.ranks);
+  const std::vector<double> all = sumOverRanks({stiffnesses.sum(), inertias.sum()}, layout.ranks);
   // a motion that no stiffness resists, or none at all, leaves it; nothing moves faster than the stable increment allows
   if (all[0] > 0 && all[1] > 0) course.damping = std::min(2 * std::sqrt(all[0] / all[1]), 4 / course.stable);
 }

@@ -91,11 +91,19 @@ void move(const Case& definition, const Course& course, double step, DomainState
   drift(domain.firstNode, domain.endNode, v.data(), step, nodes.x.data());
 }
 
+double nextPace(const Course& course) {
+  return std::min(course.stable, std::max(kGrowth * course.pace, 0.5 * course.stable));
+}
+
+// All increments to the end are shortened by the same ratio: outputs at equal intervals then have equal increments.  Long and short
+// ones in turns would feed modes whose period is near four of their mean.
 double nextIncrement(const Course& course, double end) {
-  const double step = std::min(course.stable, std::max(kGrowth * course.lastIncrement, 0.5 * course.stable)),
-               rest = end - course.time;
-  if (rest <= step) return rest;
-  return rest < 2 * step ? 0.5 * rest : step;
+  const double first = nextPace(course), rest = end - course.time;
+  if (rest <= first) return rest;
+  double one = first, sum = first; // of the fewest increments that get there
+  for (; sum < rest && one < course.stable; sum += one) one = std::min(course.stable, kGrowth * one);
+  if (sum < rest) sum += one * std::ceil((rest - sum) / one);
+  return std::min(first, first * (rest / sum));
 }
 
 namespace {

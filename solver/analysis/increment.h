@@ -56,7 +56,9 @@ void exchangeNodes(const Layout& layout, Visit visit, std::size_t count) {
 void sendMotion(const Layout& layout, NodeState& nodes);
 void receiveMotion(const Layout& layout, NodeState& nodes);
 
-// The stable increment, approached by 5 % an increment, and cut so that `end` is met with two equal increments at the last.
+// The stable increment, approached by 5 % an increment: the longest one that the next increment may have.
+double nextPace(const Course& course);
+// As long, or shortened so that as few increments as can be meet `end`.
 double nextIncrement(const Course& course, double end);
 
 // Of all domains of all ranks.

@@ -14,8 +14,8 @@ namespace {
 // The bindings name every member: one more does not compile until it is decided here whether it belongs to the state.
 
 void visit(Archive& archive, Course& course) {
-  auto& [time, lastIncrement, stable, firstStable, increment, damping] = course;
-  archive(time, lastIncrement, stable, firstStable, increment, damping);
+  auto& [time, lastIncrement, stable, firstStable, increment, damping, pace] = course;
+  archive(time, lastIncrement, stable, firstStable, increment, damping, pace);
 }
 
 void visit(Archive& archive, PrescribedComponent& component) {
@@ -314,7 +314,8 @@ void restoreState(const Changing& state, const std::vector<double>& course, cons
   const Course& now = state.course;
   const bool isSound = now.time > 0 && now.time < state.layout.definition.endTime && now.lastIncrement > 0 &&
                        std::isfinite(now.lastIncrement) && now.stable > 0 && std::isfinite(now.stable) &&
-                       now.increment > 0 && std::isfinite(now.damping) && now.damping >= 0;
+                       now.increment > 0 && std::isfinite(now.damping) && now.damping >= 0 && now.pace > 0 &&
+                       std::isfinite(now.pace);
   if (!isSound) throw InputError("its time, increment or damping are none that an analysis has");
   if (!state.layout.ranks.allAgree(restoreRecords(state, next)))
     throw InputError("its nodes and bricks are not those of the case and its mesh");

@@ -1,12 +1,15 @@
 #include "solver/analysis/set_up.h"
 
 #include "solver/model/memory.h"
+#include "solver/parallel/exact_sum.h"
 #include "solver/parallel/faults.h"
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <map>
 #include <numbers>
+#include <sstream>
 
 namespace sharedanalysis::solver {
 namespace {
@@ -51,7 +54,58 @@ std::vector<int32_t> materialsOf(const Layout& layout) {
   return result;
 }
 
+// "brick 7 of material "rubber" has a mass of 0 kg"
+std::string faultOf(const Layout& layout, const Material& material, int32_t brick, const char* quantity, double value,
+                    const char* unit) {
+  std::ostringstream text;
+  text << "brick " << layout.mesh.elementNumbers[static_cast<size_t>(layout.meshBrick(brick))] << " of material \""
+       << material.name << "\" has a " << quantity << " of " << std::abs(value) << ' ' << unit
+       << ", with which nothing can be computed: look at the unit of its lengths, at its density, constants and "
+          "viscosity";
+  return text.str();
+}
+
+bool isSound(double value) { return value >= std::numeric_limits<double>::min() && std::isfinite(value); }
+
 } // namespace
+
+void checkIncrements(const Layout& layout, const NodeState& nodes, std::vector<DomainState>& domains) {
+  const std::vector<double> atRest(nodes.v.size());
+  Faults faults;
+  for (DomainState& state : domains) {
+    if (isSound(state.stableIncrement) || state.stableIncrement == kInfinity) continue;
+    for (Block& block : state.blocks) {
+      const double increment =
+          block.evaluate(nodes.x, atRest, 0.0, layout.definition, state.work, state.force.data()).stableIncrement;
+      const int32_t brick = block.bricks()[0];
+      if (!isSound(increment) && increment != kInfinity)
+        faults.add(layout.mesh.elementPosition(layout.meshBrick(brick)),
+                   faultOf(layout, block.material(), brick, "stable increment", increment, "s"));
+    }
+  }
+  faults.throwFirst(layout.ranks);
+}
+
+std::vector<double> incrementsOfMaterials(const Layout& layout, const std::vector<DomainState>& domains) {
+  const std::vector<Material>& materials = layout.definition.materials;
+  std::vector<double> smallest(materials.size(), kInfinity);
+  for (const DomainState& state : domains)
+    for (const Block& block : state.blocks) {
+      double& own = smallest[static_cast<size_t>(&block.material() - materials.data())];
+      own = smallerOf(own, block.stableIncrement());
+    }
+  layout.ranks.smallest(smallest);
+  for (double& increment : smallest) increment *= layout.definition.safetyFactor;
+  return smallest;
+}
+
+double energyScaleOf(const Layout& layout, const NodeState& nodes) {
+  double fastest = 0;
+  for (const Material& material : layout.definition.materials) fastest = std::max(fastest, material.waveSpeed());
+  ExactSumOfMany mass;
+  for (int64_t i = 0; i < layout.numbering.owned; ++i) mass.add(nodes.mass[static_cast<size_t>(i)]);
+  return sumOverRanks({mass.sum()}, layout.ranks)[0] * fastest * fastest;
+}
 
 NodeState referenceNodes(const Layout& layout) {
   NodeState nodes;
@@ -104,9 +158,17 @@ std::vector<DomainState> makeDomainStates(const Layout& layout, const std::vecto
 void setMasses(const Layout& layout, const std::vector<DomainState>& domains, NodeState& nodes) {
   std::vector<double>&mass = nodes.mass, &rMass = nodes.rMass;
   std::vector<double> ofBrick(static_cast<size_t>(layout.bricks()));
+  Faults faults;
   for (const DomainState& state : domains)
     for (const Block& block : state.blocks)
-      for (int e = 0; e < block.count(); ++e) ofBrick[block.bricks()[e]] = block.mass(e);
+      for (int e = 0; e < block.count(); ++e) {
+        const int32_t brick = block.bricks()[e];
+        ofBrick[brick] = block.mass(e);
+        if (!isSound(block.mass(e) / 8) || !isSound(8 / block.mass(e)))
+          faults.add(layout.mesh.elementPosition(layout.meshBrick(brick)),
+                     faultOf(layout, block.material(), brick, "mass", block.mass(e), "kg"));
+      }
+  faults.throwFirst(layout.ranks);
   mass.assign(static_cast<size_t>(layout.nodes()), 0.0);
   for (int64_t e = 0; e < layout.bricks(); ++e)
     for (int corner = 0; corner < 8; ++corner) mass[layout.numbering.connectivity[8 * e + corner]] += ofBrick[e] / 8.0;

@@ -55,6 +55,7 @@ struct Course {
   double stable = 0, firstStable = 0; // stable increment times the safety factor
   int64_t increment = 0;
   double damping = 0; // in proportion to mass, 1/s
+  double pace = 0;    // the last increment before it was shortened to meet a time of output
 };
 
 // One prescribed component of one node, and the work of its reaction.  It goes along an axis, or along the normal of a symmetry

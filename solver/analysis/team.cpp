@@ -1,5 +1,7 @@
 #include "solver/analysis/team.h"
 
+#include "solver/parallel/cores.h"
+
 #include <system_error>
 
 namespace sharedanalysis::solver {
@@ -8,7 +10,7 @@ Team::Team(int threads) {
   // Some hundreds of microseconds: the others are rarely later, and those that are have lost their core to another program, to which
   // looking on would cost as much again.
   constexpr int kLooks = 20000;
-  if (threads <= static_cast<int>(std::thread::hardware_concurrency())) patience_ = kLooks;
+  if (threads <= usableCores()) patience_ = kLooks;
   others_.reserve(static_cast<size_t>(threads > 1 ? threads - 1 : 0));
   for (int k = 1; k < threads; ++k) {
     const auto body = [this, k] {

@@ -106,7 +106,8 @@ std::shared_ptr<const toml::table> parse(const std::filesystem::path& file, cons
   try {
     return std::make_shared<const toml::table>(toml::parse(text, file.string()));
   } catch (const toml::parse_error& error) {
-    throw InputError(placeOf(file.string(), error.source()) + ": " + std::string(error.description()));
+    throw InputError(placeOf(file.string(), error.source()) + ": " + std::string(error.description()) +
+                     (file.extension() == ".toml" ? "" : "; expected a case file (TOML), which names the mesh"));
   }
 }
 

@@ -225,6 +225,14 @@ Material readMaterial(const Table& given, std::optional<double> temperature) {
     table.fail(nullptr, "material \"" + material.name + "\" has a shear modulus of " + shortNumber(G) +
                             " Pa and a bulk modulus of " + shortNumber(K) +
                             " Pa without strain, expected both to be positive");
+  // far beyond all solids, in any units; within these neither masses nor increments leave the range of numbers
+  constexpr double kLightest = 1e-60, kHeaviest = 1e60, kSlowest = 1e-9, kFastest = 1e15;
+  const double speed = material.waveSpeed();
+  if (!(material.density >= kLightest && material.density <= kHeaviest && speed >= kSlowest && speed <= kFastest))
+    table.fail("density", "density of material \"" + material.name + "\" is " + shortNumber(material.density) +
+                              " kg/m3, its shear modulus " + shortNumber(G) + " Pa and its bulk modulus " +
+                              shortNumber(K) + " Pa, which make a wave speed of " + shortNumber(speed) +
+                              " m/s, expected a density of 1e-60 to 1e60 kg/m3 and a speed of 1e-9 to 1e15 m/s");
   if (table.has("mullins")) material.mullins = readMullins(table.table("mullins", {"r", "m", "beta"}));
   if (table.has("failure"))
     material.failure =

@@ -3,6 +3,9 @@
 #include "solver/model/model.h"
 #include "solver/model/text.h"
 
+#include <algorithm>
+#include <optional>
+
 namespace sharedanalysis::solver {
 namespace {
 
@@ -37,6 +40,18 @@ std::string describe(const RigidPlane& plane) {
   if (!plane.velocity.time.empty())
     text += ", velocity " + describe(plane.velocity, "m/s") + " along " + describe(plane.direction);
   return text;
+}
+
+bool isMoved(const Case& definition) {
+  const auto moves = [](const PrescribedMotion& motion) {
+    return std::any_of(motion.velocity.begin(), motion.velocity.end(),
+                       [](const std::optional<History>& history) { return history && !isRest(*history); });
+  };
+  return !definition.loads.empty() || !definition.initialVelocities.empty() ||
+         definition.gravity != std::array<double, 3>{} ||
+         std::any_of(definition.motions.begin(), definition.motions.end(), moves) ||
+         std::any_of(definition.planes.begin(), definition.planes.end(),
+                     [](const RigidPlane& plane) { return !isRest(plane.velocity); });
 }
 
 std::vector<std::string> measureNames(const Case& definition) {

@@ -45,6 +45,9 @@ std::string describe(const Load& load);
 std::string describe(const RigidPlane& plane);
 std::string describe(const std::array<double, 3>& vector);
 
+// Whether anything acts that could move a body at rest.
+bool isMoved(const Case& definition);
+
 // The columns that a case adds to the history, in the order in which an analysis has their values.
 std::vector<std::string> measureNames(const Case& definition);
 

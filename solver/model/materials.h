@@ -49,7 +49,8 @@ struct Material {
 
   double shearModulus() const; // at small strain
   double bulkModulus() const;
-  bool isSheet() const; // a model of plane stress
+  double waveSpeed() const; // of dilatation, m/s
+  bool isSheet() const;     // a model of plane stress
 };
 
 // A point whose volume ratio falls below it is marked, and its brick taken out.

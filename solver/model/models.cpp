@@ -295,4 +295,6 @@ double Material::bulkModulus() const {
   return model->volume.form == VolumeLaw::Logarithmic ? 2 / c : 2 * c;
 }
 
+double Material::waveSpeed() const { return std::sqrt((bulkModulus() + 4 * shearModulus() / 3) / density); }
+
 } // namespace sharedanalysis::solver

@@ -1,10 +1,41 @@
 #include "solver/parallel/exact_sum.h"
 
+#include "solver/model/clones.h"
+
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace sharedanalysis::solver {
 namespace {
+
+// Of magnitudes, and how many of them are too large to be split, infinite or no numbers.
+SOLVER_CLONES static double largestOf(int n, const double* values, double most, double* beyond) {
+  double largest = 0, count = 0;
+#pragma omp simd reduction(max : largest) reduction(+ : count)
+  for (int k = 0; k < n; ++k) {
+    const double size = std::abs(values[k]);
+    largest = size > largest ? size : largest;
+    count += size < most ? 0.0 : 1.0;
+  }
+  *beyond = count;
+  return largest;
+}
+
+// Adds up what the values have above the last bit of `large`, without rounding; leaves the rest of them, and returns its largest
+// magnitude.
+SOLVER_CLONES static double split(int n, double* values, double large, double* sum) {
+  double largest = 0, all = 0;
+#pragma omp simd reduction(max : largest) reduction(+ : all)
+  for (int k = 0; k < n; ++k) {
+    const double high = (values[k] + large) - large, rest = values[k] - high, size = std::abs(rest);
+    all += high;
+    values[k] = rest;
+    largest = size > largest ? size : largest;
+  }
+  *sum = all;
+  return largest;
+}
 
 enum Special : std::size_t { NotANumber = ExactSum::kChunks, Infinite, MinusInfinite };
 
@@ -79,6 +110,26 @@ double ExactSum::value() const {
   // the highest of the digits counts in the exponent, and so does the carry of rounding
   const uint64_t bits = (static_cast<uint64_t>(shift) << kFractionBits) + digits + (roundsUp ? 1 : 0);
   return std::bit_cast<double>(sign | std::min(bits, infinity));
+}
+
+// By extraction (S. M. Rump, T. Ogita, S. Oishi, Accurate floating-point summation, part I, 2008): values below 2^e are split at the
+// last bit of 1.5 * 2^(e + kHeadroom), of which so many multiples add up exactly in a double, in any order and rounding; then
+// the rest of them, until there is none.  Two turns do for values of like size.
+void ExactSumOfMany::addBlock() {
+  constexpr int kHeadroom = 8, kFraction = 52, kBias = 1023;
+  static_assert(kBlock <= 1 << kHeadroom);
+  constexpr double kLeast = 0x1p-900, kMost = 0x1p900;
+  double beyond = 0, part = 0, largest = largestOf(count_, values_.data(), kMost, &beyond);
+  while (beyond == 0 && largest > kLeast) {
+    const auto exponent = static_cast<int64_t>(std::bit_cast<uint64_t>(largest) >> kFraction) - kBias + 1;
+    const auto power = static_cast<uint64_t>(exponent + kHeadroom + kBias);
+    const double large = std::bit_cast<double>(power << kFraction | uint64_t{1} << (kFraction - 1));
+    largest = split(count_, values_.data(), large, &part);
+    sum_.add(part);
+  }
+  if (beyond != 0 || largest > 0)
+    for (int k = 0; k < count_; ++k) sum_.add(values_[static_cast<std::size_t>(k)]);
+  count_ = 0;
 }
 
 std::vector<double> sumOverRanks(const std::vector<ExactSum>& own, const Ranks& ranks) {

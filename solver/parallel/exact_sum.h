@@ -63,6 +63,30 @@ private:
   int untilCarry_ = kAddsPerCarry;
 };
 
+// A sum of many numbers, which takes half the time: they are added a block at a time.
+class ExactSumOfMany {
+public:
+  void add(double value) {
+    values_[count_++] = value;
+    if (count_ == kBlock) [[unlikely]]
+      addBlock();
+  }
+  // So far.
+  const ExactSum& sum() {
+    addBlock();
+    return sum_;
+  }
+
+private:
+  static constexpr int kBlock = 128;
+
+  void addBlock();
+
+  ExactSum sum_;
+  alignas(64) std::array<double, kBlock> values_;
+  int count_ = 0;
+};
+
 // Of all ranks, on every rank; with several ranks one reduction for all of them.
 std::vector<double> sumOverRanks(const std::vector<ExactSum>& own, const Ranks& ranks);
 

@@ -39,6 +39,8 @@ inline const CLI::Validator& positiveNumber() {
 
 // The exit code where nothing is left to be done: help or version are shown, or a mistake, by the ranks that are to.
 inline std::optional<ExitCode> parse(CLI::App& app, int argc, char** argv, bool shows = true) {
+  for (CLI::Option* option : app.get_options())
+    if (option->get_fnames().empty()) option->disable_flag_override(); // --quiet=no: but of flags that may have a value
   try {
     app.parse(argc, argv);
     return std::nullopt;

@@ -15,10 +15,6 @@ double elasticModulus(const Material& material) {
   return 9 * K * G / (3 * K + G);
 }
 
-double dilatationalSpeed(const Material& material) {
-  return std::sqrt((material.bulkModulus() + 4 * material.shearModulus() / 3) / material.density);
-}
-
 std::string describe(const Balance& balance, const Mesh& mesh, const Ranks& ranks) {
   const auto all = static_cast<double>(mesh.wholeElements());
   const double even = static_cast<double>(balance.computed) / ranks.size();
@@ -30,6 +26,15 @@ std::string describe(const Balance& balance, const Mesh& mesh, const Ranks& rank
          " nodes exchanged, with up to " + counted(static_cast<std::size_t>(balance.mostNeighbours), "other rank");
 }
 
+// Those that compute, of all ranks the most.
+std::string describeThreads(const Ranks& ranks, int own, int askedFor) {
+  std::vector<double> most{-static_cast<double>(own)};
+  ranks.smallest(most);
+  const auto used = static_cast<std::size_t>(-most[0]);
+  return counted(used, "thread") +
+         (used < static_cast<std::size_t>(askedFor) ? ", too few nodes for " + std::to_string(askedFor) : "");
+}
+
 } // namespace
 
 double poissonRatio(const Material& material) {
@@ -37,8 +42,8 @@ double poissonRatio(const Material& material) {
   return std::abs(nu) < 1e-9 ? 0 : nu; // the rounding of constants
 }
 
-std::vector<std::string> describe(const Case& definition, const Mesh& mesh, const Ranks& ranks, int threads,
-                                  double stableIncrement) {
+std::vector<std::string> describe(const Case& definition, const Mesh& mesh, const Ranks& ranks,
+                                  const Analysis& analysis, int askedFor) {
   std::vector<std::string> lines{"job " + definition.job + ": " + definition.title,
                                  "mesh " + definition.mesh.name() + ": " + std::to_string(mesh.wholeNodes()) +
                                      " nodes, " + std::to_string(mesh.wholeElements()) + " bricks"};
@@ -51,10 +56,15 @@ std::vector<std::string> describe(const Case& definition, const Mesh& mesh, cons
                      ")");
   }
   lines.push_back("groups " + joined(groups, ", "));
-  for (const Material& material : definition.materials) {
+  for (std::size_t m = 0; m < definition.materials.size(); ++m) {
+    const Material& material = definition.materials[m];
+    const double increment = analysis.firstIncrements()[m]; // by which a user sees what makes a run long
     lines.push_back("material " + material.name + ": E " + shortNumber(elasticModulus(material) / 1e6) + " MPa, nu " +
                     shortNumber(poissonRatio(material)) + ", density " + shortNumber(material.density) +
-                    " kg/m3, wave speed " + shortNumber(dilatationalSpeed(material)) + " m/s");
+                    " kg/m3, wave speed " + shortNumber(material.waveSpeed()) + " m/s" +
+                    (definition.materials.size() > 1 && std::isfinite(increment)
+                         ? ", stable increment " + shortNumber(increment) + " s"
+                         : ""));
     for (const std::string& curve : describeCurves(material)) lines.push_back("  " + curve);
   }
   for (const SymmetryPlane& plane : definition.symmetryPlanes)
@@ -65,10 +75,12 @@ std::vector<std::string> describe(const Case& definition, const Mesh& mesh, cons
     lines.push_back(definition.quasiStatic
                         ? "quasi-static: damping follows the lowest frequency of the motion"
                         : "damping in proportion to mass, " + shortNumber(definition.damping) + " 1/s");
-  lines.push_back("end time " + shortNumber(definition.endTime) + " s, first stable increment " +
-                  shortNumber(stableIncrement) + " s, kernels with " + instructionSet() + ", " +
+  const double first = analysis.progress().stableIncrement;
+  lines.push_back("end time " + shortNumber(definition.endTime) + " s, " +
+                  (first > 0 ? "first stable increment " + shortNumber(first) + " s" : "no stable increment") +
+                  ", kernels with " + instructionSet() + ", " +
                   (ranks.areSeveral() ? counted(static_cast<std::size_t>(ranks.size()), "rank") + " of " : "") +
-                  counted(static_cast<std::size_t>(threads), "thread"));
+                  describeThreads(ranks, analysis.threads(), askedFor));
   if (ranks.areSeveral()) lines.push_back(describe(balanceOf(mesh, ranks), mesh, ranks));
   return lines;
 }

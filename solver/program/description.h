@@ -9,9 +9,9 @@
 
 namespace sharedanalysis::solver {
 
-// Lines for the terminal and for the results.
-std::vector<std::string> describe(const Case& definition, const Mesh& mesh, const Ranks& ranks, int threads,
-                                  double stableIncrement);
+// Lines for the terminal and for the results; `askedFor` are threads.  Every rank calls it.
+std::vector<std::string> describe(const Case& definition, const Mesh& mesh, const Ranks& ranks,
+                                  const Analysis& analysis, int askedFor);
 
 // Without strain.
 double poissonRatio(const Material& material);

@@ -46,18 +46,31 @@ public:
     if (firstIncrement_ > 0 && definition_.endTime > kMostIncrements * firstIncrement_)
       throw InputError(definition_.file.string() + ": end_time is " + shortNumber(definition_.endTime) +
                        " s, which increments of " + shortNumber(firstIncrement_) + " s never reach");
-    description_ = describe(definition_, mesh_, ranks_, input_.threads, firstIncrement_);
+    // the velocity after an increment would have the other sign
+    constexpr double kMostDamped = 2;
+    if (definition_.damping * firstIncrement_ > kMostDamped)
+      throw InputError(definition_.file.string() + ": damping is " + shortNumber(definition_.damping) +
+                       " 1/s, expected at most " + shortNumber(kMostDamped / firstIncrement_) +
+                       " 1/s, two in each of the increments of " + shortNumber(firstIncrement_) + " s");
+    description_ = describe(definition_, mesh_, ranks_, analysis, input_.threads);
     for (const std::string& line : description_) terminal_.line(line);
+    for (const std::string& text : warnings()) terminal_.line("warning: " + text);
     if (options_.restart) restore(analysis);
     if (options_.checkOnly) {
       if (!options_.restart) showCosts(analysis);
       terminal_.line("the input is sound; nothing was run");
       return exitDone;
     }
-    lock_ = openJobFiles(definition_, ranks_, description_, start_, options_.rankFiles);
+    lock_ = lockJob(definition_, ranks_, start_);
+    if (start_ == Start::GoOn) goOn(analysis); // before anything of the earlier run is replaced
+    openJobFiles(definition_, ranks_, description_, start_, options_.rankFiles);
+    for (const std::string& text : warnings())
+      if (ranks_.isRoot()) message("Warning", "%S", {text});
     try {
-      return analyse(analysis);
+      if (!output_) makeOutput(analysis);
+      return analyse(analysis, *output_);
     } catch (const std::exception&) {
+      output_.reset();
       // end the job in order on all ranks, then rethrow
       RankFailure failure = failureOfAll(ranks_);
       if (failure.rank != ranks_.rank()) host::beginChapter(host::Chapter::Closing); // it is told there
@@ -94,6 +107,21 @@ private:
     terminal_.line(description_.back());
   }
 
+  void makeOutput(const Analysis& analysis) {
+    std::vector<std::string> info = description_;
+    info.insert(info.end(), input_.caseFile.lines.begin(), input_.caseFile.lines.end());
+    output_.emplace(definition_, mesh_, info, ranks_, analysis.energyScale(), options_.digest, start_);
+  }
+
+  // Opens the results of the earlier run; nothing of them changes yet.
+  void goOn(const Analysis& analysis) {
+    makeOutput(analysis);
+    Archive archive(Archive::Task::Restore, earlier_.data(), earlier_.size());
+    visitRun(archive, *output_);
+    if (ranks_.isRoot() && archive.count() != earlier_.size()) throw InputError("the restart file is too long");
+    ranks_.synchronise(); // every rank has found what it needs
+  }
+
   // Output times and results of every rank, then the files of the root.
   void visitRun(Archive& archive, Output& output) {
     for (Schedule* times : {&fieldTimes_, &historyTimes_, &restartTimes_}) times->visit(archive);
@@ -117,18 +145,43 @@ private:
     hasState_ = true;
   }
 
+  // At one length but for the outputs, which all of them end at: as many to each time of the more frequent kind.
+  double incrementsOf(double increment) const {
+    const double interval = std::min({definition_.outputInterval, definition_.historyInterval, definition_.endTime}),
+                 whole = std::floor(definition_.endTime / interval),
+                 rest = std::max(0.0, definition_.endTime - whole * interval);
+    constexpr double kRounding = 1e-6;
+    return whole * std::ceil(interval / increment) + std::ceil(rest > kRounding * interval ? rest / increment : 0.0);
+  }
+
+  // What a user may not have meant.
+  std::vector<std::string> warnings() const {
+    std::vector<std::string> lines;
+    if (!isMoved(definition_))
+      lines.emplace_back(
+          "nothing acts on the model: there are no loads, gravity, prescribed motion or initial velocity");
+    if (definition_.restartInterval && *definition_.restartInterval >= definition_.endTime)
+      lines.emplace_back("restart_interval is not below end_time: no state is written but by a signal");
+    const bool isHistory = definition_.historyInterval <= definition_.outputInterval;
+    const double interval = isHistory ? definition_.historyInterval : definition_.outputInterval;
+    if (interval < firstIncrement_)
+      lines.push_back(std::string(isHistory ? "history_interval" : "interval") + " of output, " +
+                      shortNumber(interval) +
+                      " s, is below the first stable increment: increments end at every output, about " +
+                      shortNumber(incrementsOf(firstIncrement_)) + " of them in place of " +
+                      shortNumber(std::ceil(definition_.endTime / firstIncrement_)));
+    return lines;
+  }
+
   // What the run will take, from its first increments.
   void showCosts(Analysis& analysis) {
-    if (!(firstIncrement_ > 0)) return; // it ends before the first one
     constexpr int kTried = 5;
     const Clock::time_point start = Clock::now();
     const Ending ending = analysis.advanceTo(std::min(fieldTimes_.next(), historyTimes_.next()), kTried);
     if (ending != Ending::Running && ending != Ending::Complete)
       return terminal_.line("it will end early: " + describeEnding(ending, analysis, definition_, firstIncrement_));
     const std::chrono::duration<double> seconds = Clock::now() - start;
-    // increments also end at the times of output
-    const double longest = std::min({firstIncrement_, definition_.outputInterval, definition_.historyInterval});
-    const double increments = std::max(1.0, std::ceil(definition_.endTime / longest));
+    const double increments = incrementsOf(firstIncrement_);
     const double tried = static_cast<double>(std::max<int64_t>(analysis.progress().increment, 1));
     const double times = std::ceil(definition_.endTime / definition_.outputInterval) + 1;
     const std::string time = clockText(seconds.count() / tried * increments);
@@ -142,18 +195,11 @@ private:
                    shortNumber(sizeOfFields(mesh_, definition_, times) / kMega) + " MB of fields");
   }
 
-  ExitCode analyse(Analysis& analysis) {
-    std::vector<std::string> info = description_;
-    info.insert(info.end(), input_.caseFile.lines.begin(), input_.caseFile.lines.end());
-    Output output(definition_, mesh_, info, ranks_, options_.digest, start_);
+  ExitCode analyse(Analysis& analysis, Output& output) {
     DiagnosticCourse course(definition_, ranks_);
     problems_.checkMesh(ranks_);
     analysis.setObserver([&](const Progress& now, double increment) { course.increment(now, increment); });
-    if (start_ == Start::GoOn) {
-      Archive archive(Archive::Task::Restore, earlier_.data(), earlier_.size());
-      visitRun(archive, output);
-      if (ranks_.isRoot() && archive.count() != earlier_.size()) throw InputError("the restart file is too long");
-    } else {
+    if (start_ == Start::New) {
       if (definition_.historyFilter) output.filterHistory(analysis);
       output.writeHistory(analysis);
       output.writeFields(analysis);
@@ -230,7 +276,7 @@ private:
     if (history) output.writeHistory(analysis);
     if (!fields) return;
     output.writeFields(analysis);
-    if (ranks_.isRoot() && checks)
+    if (ranks_.isRoot() && checks && !output.energy().isRounding())
       problems_.check(analysis.progress().time, analysis.energies(), output.energy().relative());
   }
 
@@ -329,6 +375,7 @@ private:
   std::filesystem::path restartFile_;
   bool hasState_ = false;
   Start start_ = Start::New;
+  std::optional<Output> output_;
   std::vector<double> earlier_; // of the run that goes on: its output times and results
   Schedule fieldTimes_{definition_.outputInterval, definition_.endTime};
   Schedule historyTimes_{definition_.historyInterval, definition_.endTime};

@@ -80,16 +80,20 @@ JobLock::~JobLock() {
   ::close(descriptor_);
 }
 
-std::unique_ptr<JobLock> openJobFiles(const Case& definition, const Ranks& ranks,
-                                      const std::vector<std::string>& description, Start start, bool rankFiles) {
-  std::unique_ptr<JobLock> lock;
-  if (ranks.isRoot()) {
-    std::error_code error;
-    std::filesystem::create_directories(definition.outputDirectory, error);
-    if (error) throw WriteError(definition.outputDirectory, "the directory cannot be made: " + error.message());
-    lock = std::make_unique<JobLock>(definition);
-    removeRankFiles(definition);
-  }
+std::unique_ptr<JobLock> lockJob(const Case& definition, const Ranks& ranks, Start start) {
+  if (!ranks.isRoot()) return {};
+  std::error_code error;
+  if (start == Start::New) std::filesystem::create_directories(definition.outputDirectory, error);
+  if (error) throw WriteError(definition.outputDirectory, "the directory cannot be made: " + error.message());
+  if (start == Start::GoOn && !std::filesystem::is_directory(definition.outputDirectory, error))
+    throw InputError(definition.outputDirectory.string() +
+                     ": is no directory, and the results that the run goes on with are to be there");
+  return std::make_unique<JobLock>(definition);
+}
+
+void openJobFiles(const Case& definition, const Ranks& ranks, const std::vector<std::string>& description, Start start,
+                  bool rankFiles) {
+  if (ranks.isRoot()) removeRankFiles(definition);
   ranks.synchronise();
   host::installSignalHandlers();
   host::openJob(nameOfRank(definition, ranks.rank()), definition.outputDirectory,
@@ -102,7 +106,6 @@ std::unique_ptr<JobLock> openJobFiles(const Case& definition, const Ranks& ranks
   message("Step", "EXPLICIT DYNAMICS, JOB %S", {definition.job});
   for (const std::string& line : description) message("Table", "%S", {line});
   host::beginChapter(host::Chapter::Course);
-  return lock;
 }
 
 void closeJobFiles() noexcept {

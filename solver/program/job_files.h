@@ -26,12 +26,15 @@ private:
   int descriptor_ = -1;
 };
 
-// Makes the directory and locks the job in it, opens the files of this rank and writes their first lines; when all ranks have
-// theirs, results of earlier runs are removed, but those that the run goes on with.  Files of other ranks than the root are made
-// when one of them has something to say, or at once with `rankFiles`.  Every rank calls it; the root has the lock.  Throws
-// WriteError.
-std::unique_ptr<JobLock> openJobFiles(const Case& definition, const Ranks& ranks,
-                                      const std::vector<std::string>& description, Start start, bool rankFiles);
+// Makes the directory of a new run, and locks the job in it; the root has the lock.  Throws WriteError, and InputError where a run is
+// to go on that has no directory.
+std::unique_ptr<JobLock> lockJob(const Case& definition, const Ranks& ranks, Start start);
+
+// Opens the files of this rank and writes their first lines; when all ranks have theirs, results of earlier runs are removed, but
+// those that the run goes on with.  Files of other ranks than the root are made when one of them has something to say, or at once
+// with `rankFiles`.  Every rank calls it, under the lock.  Throws WriteError.
+void openJobFiles(const Case& definition, const Ranks& ranks, const std::vector<std::string>& description, Start start,
+                  bool rankFiles);
 
 // Failures of the message file itself go to standard error.
 void closeJobFiles() noexcept;

@@ -3,6 +3,7 @@
 #include "solver/input/mesh_reader.h"
 #include "solver/model/hash.h"
 #include "solver/model/memory.h"
+#include "solver/parallel/cores.h"
 #include "solver/parallel/distribution.h"
 #include "solver/parallel/faults.h"
 #include "solver/program/output.h"
@@ -11,8 +12,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <optional>
-#include <sched.h>
-#include <thread>
 
 namespace sharedanalysis::solver {
 
@@ -34,13 +33,6 @@ std::optional<long> threadsOfSurroundings() {
   char* end = nullptr;
   const long threads = text ? std::strtol(text, &end, 10) : 0;
   return threads > 0 ? std::optional(threads) : std::nullopt;
-}
-
-// Those that batch systems, cpusets and taskset leave to the process; the C library may count all of the machine.
-long usableCores() {
-  cpu_set_t set;
-  if (sched_getaffinity(0, sizeof set, &set) == 0) return std::max(1, CPU_COUNT(&set));
-  return std::max(1L, static_cast<long>(std::thread::hardware_concurrency())); // more cores than the set has room for
 }
 
 // Several ranks share a machine: one thread each unless set otherwise; one rank takes the cores that it may run on.

@@ -9,6 +9,7 @@
 #include "solver/results/drawing.h"
 #include "solver/results/partial_file.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -228,7 +229,11 @@ void writeTable(const std::filesystem::path& name, const PathCase& definition,
 
 void writeDrawing(const std::filesystem::path& name, const PathCase& definition,
                   const std::vector<std::vector<PathPoint>>& results) {
-  Drawing drawing(definition.title, "stretch", "nominal stress in MPa");
+  const auto shears = std::count_if(definition.paths.begin(), definition.paths.end(),
+                                    [](const auto& path) { return path.mode == Mode::Shear; });
+  const bool areAll = static_cast<std::size_t>(shears) == definition.paths.size();
+  Drawing drawing(definition.title, shears == 0 ? "stretch" : (areAll ? "shear" : "stretch or shear"),
+                  "nominal stress in MPa");
   for (std::size_t k = 0; k < results.size(); ++k) {
     std::vector<double> x, y;
     for (const PathPoint& p : results[k]) {

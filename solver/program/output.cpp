@@ -9,13 +9,21 @@
 
 namespace sharedanalysis::solver {
 
+namespace {
+
+// A strain energy is the difference of numbers near one, in units of the modulus: at strains below 1e-7 it is rounding for the most
+// part.
+constexpr double kRounding = 1e-14;
+
+} // namespace
+
 std::filesystem::path resultFile(const Case& definition, const char* extension) {
   return definition.outputDirectory / (definition.job + extension);
 }
 
 Output::Output(const Case& definition, const Mesh& mesh, const std::vector<std::string>& info, const Ranks& ranks,
-               bool digest, Start start)
-    : ranks_(ranks), fieldsPath_(resultFile(definition, fieldsExtension)),
+               double energyScale, bool digest, Start start)
+    : check_(kRounding * energyScale), ranks_(ranks), fieldsPath_(resultFile(definition, fieldsExtension)),
       historyPath_(resultFile(definition, historyExtension)), filesByRank_(definition.filesByRank) {
   if (ranks.isRoot()) {
     history_.emplace(historyPath_, definition, start);

@@ -29,8 +29,9 @@ std::filesystem::path resultFile(const Case& definition, const char* extension);
 // The root writes the files from values that all ranks send, or every rank has a file of fields: every rank calls the members.
 class Output {
 public:
+  // `energyScale` as an analysis has it.
   Output(const Case& definition, const Mesh& mesh, const std::vector<std::string>& info, const Ranks& ranks,
-         bool digest, Start start);
+         double energyScale, bool digest, Start start);
 
   // How far the results have come, of the root also in its files.  Restoring opens those that an earlier run has left, and throws
   // InputError where they do not fit.
@@ -56,9 +57,9 @@ public:
   std::string eventsText() const;
 
 private:
+  EnergyCheck check_;
   const Ranks& ranks_;
   std::filesystem::path fieldsPath_, historyPath_;
-  EnergyCheck check_;
   std::optional<HistoryFile> history_;
   std::optional<EventFile> events_;
   std::optional<ResultsFile> results_;

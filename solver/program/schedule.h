@@ -39,6 +39,8 @@ private:
 // The change of total - external energy since the start, also relative to the largest energy so far.
 class EnergyCheck {
 public:
+  // Energies up to `rounding` are those of a model in which nothing happens.
+  explicit EnergyCheck(double rounding = 0) : rounding_(rounding) {}
   void update(const Energies& energies) {
     if (!started_) first_ = energies.balance();
     started_ = true;
@@ -51,11 +53,12 @@ public:
     started_ = started != 0;
   }
   double error() const { return error_; }
-  double relative() const { return largest_ > 0 ? std::abs(error_) / largest_ : 0; }
+  bool isRounding() const { return !(largest_ > rounding_); }
+  double relative() const { return isRounding() ? 0 : std::abs(error_) / largest_; }
 
 private:
   bool started_ = false;
-  double first_ = 0, error_ = 0, largest_ = 0;
+  double rounding_, first_ = 0, error_ = 0, largest_ = 0;
 };
 
 } // namespace sharedanalysis::solver

@@ -1,5 +1,6 @@
 #include "solver/program/watch.h"
 
+#include "checked/options.h"
 #include "glo.h"
 #include "solver/model/model.h"
 
@@ -28,6 +29,14 @@ std::string checkingLibrary() {
     if (const auto file = library.parent_path() / name; std::filesystem::exists(file))
       return std::filesystem::absolute(file);
   throw std::runtime_error("--checked and --record need libSharedAnalysisChecked.so beside " + library.string());
+}
+
+void expectWords(const std::string& level) {
+  const std::vector<std::string> errors = sa::checked::Options::read(level.c_str(), false).errors;
+  if (!errors.empty())
+    throw InputError("--checked: " + errors.front() +
+                     ", expected full, cheap, off, report, trap, end, log=FILE, @FILE or PATTERN=LEVEL (--help lists "
+                     "the options)");
 }
 
 // The library leaves a program alone that it cannot record: here a recording is asked for by name.
@@ -61,11 +70,12 @@ void watchLibrary(int argc, char** argv) {
   for (int n = 1; n < argc; ++n) {
     const std::string_view word = argv[n];
     if (word == "--checked") level = "full";
-    if (word.starts_with("--checked=")) level = word.substr(10);
+    if (word.starts_with("--checked=")) level = word.size() > 10 ? word.substr(10) : "full";
     if (word == "--record" && n + 1 < argc) record = argv[n + 1];
     if (word.starts_with("--record=")) record = word.substr(9);
   }
   if (level.empty() && record.empty()) return;
+  if (!level.empty()) expectWords(level);
   if (!record.empty()) expectWritable(record);
   const std::string before = valueOf("LD_PRELOAD");
   setenv("LD_PRELOAD", (checkingLibrary() + (before.empty() ? "" : ":" + before)).c_str(), 1);

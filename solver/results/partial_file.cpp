@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace sharedanalysis::solver {
 
@@ -109,11 +110,11 @@ void PartialTextFile::visit(Archive& archive) {
     throw InputError(path().string() + ": is not what the restart file goes on from");
 }
 
-// At the end of the bytes that were put, with nothing behind them.
+// What stands behind the bytes that were put stays until more is put: all other files are looked at first.
 void PartialTextFile::reopen() {
   const auto fail = [&](const char* what) { throw InputError(path().string() + ": " + what); };
   const int descriptor = ::open(path().c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
-  if (descriptor < 0) fail(std::strerror(errno));
+  if (descriptor < 0) fail(errno == ENOENT ? "is not there, and the run would go on in it" : std::strerror(errno));
   stream_.reset(::fdopen(descriptor, "r+"));
   struct stat status = {};
   if (!stream_ || ::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) fail("is no file");
@@ -126,11 +127,17 @@ void PartialTextFile::reopen() {
     hash_.addLetters(piece);
     rest -= static_cast<int64_t>(piece.size());
   }
-  if (::ftruncate(descriptor, bytes_) != 0 || std::fseek(stream_.get(), 0, SEEK_END) != 0)
+  isReopened_ = true;
+}
+
+void PartialTextFile::cutOff() {
+  if (!std::exchange(isReopened_, false)) return;
+  if (::ftruncate(::fileno(stream_.get()), bytes_) != 0 || std::fseek(stream_.get(), 0, SEEK_END) != 0)
     throw WriteError(path(), std::strerror(errno));
 }
 
 void PartialTextFile::put(const std::string& line) {
+  cutOff();
   errno = 0;
   const std::string text = line + '\n';
   if (std::fwrite(text.data(), 1, text.size(), stream_.get()) != text.size() || std::fflush(stream_.get()) != 0)
@@ -140,6 +147,7 @@ void PartialTextFile::put(const std::string& line) {
 }
 
 void PartialTextFile::close() {
+  cutOff();
   if (std::fclose(stream_.release()) != 0) throw WriteError(path(), std::strerror(errno));
   synchronise();
 }

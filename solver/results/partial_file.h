@@ -58,8 +58,8 @@ class PartialTextFile : public PartialFile {
 public:
   explicit PartialTextFile(const std::filesystem::path& name, Start start = Start::New);
 
-  // How far the file has come.  Restoring takes away what an earlier run has written beyond; throws InputError for a file that is
-  // not the one of the state.
+  // How far the file has come.  Restoring changes nothing; what an earlier run has written beyond goes with the first line that is
+  // put, or with the end.  Throws InputError for a file that is not the one of the state.
   void visit(Archive& archive);
   void put(const std::string& line);
   // Closes and syncs the file; no put() afterwards.
@@ -67,11 +67,13 @@ public:
 
 private:
   void reopen();
+  void cutOff();
 
   struct Close {
     void operator()(std::FILE* stream) const { std::fclose(stream); }
   };
   std::unique_ptr<std::FILE, Close> stream_;
+  bool isReopened_ = false;
   int64_t bytes_ = 0; // that were put, and their hash
   Hash hash_;
 };

@@ -20,7 +20,7 @@ namespace {
 
 // A file has the heading, the words of the run and of the course, pieces of records, each after the number of its words, and a
 // hash of all of them.  Words are those of the machine.
-constexpr uint64_t kMagic = 0x0a74726174736572U, kFormat = 3; // "restart" and a line feed
+constexpr uint64_t kMagic = 0x0a74726174736572U, kFormat = 4; // "restart" and a line feed
 struct Heading {
   uint64_t magic = kMagic, format = kFormat, release = 0, input = 0;
   uint64_t run = 0, course = 0, words = 0; // how many, of the pieces with their numbers
@@ -207,7 +207,9 @@ class RestartReader::File {
 public:
   File(const std::filesystem::path& name, uint64_t input) : name_(name) {
     const int descriptor = ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); // a pipe must not be waited for
-    if (descriptor < 0) fail(std::string("cannot be opened: ") + std::strerror(errno));
+    if (descriptor < 0)
+      fail(std::string("cannot be opened: ") + std::strerror(errno) +
+           (errno == ENOENT ? "; a run that is complete has no state, nor has one before its first" : ""));
     stream_.reset(::fdopen(descriptor, "rb"));
     struct stat status = {};
     if (!stream_ || ::fstat(descriptor, &status) != 0) fail("cannot be read");

@@ -219,6 +219,7 @@ TEST_F(DiagnosticsProgram, ExitCodesTellWhatIsWrong) {
   expect(run("/dev/zero"), 1, "is a pipe or a device");
   expect(runOn("good", "--limit 0"), 1, "--limit");
   expect(runOn("good", "--limit 3 --all"), 1, "--limit");
+  expect(runOn("good", "--json=no"), 1, "json was given a disallowed");
   expect(run(quoted(database("good")), " 2>&1 >/dev/full"), 3, "written");
   const auto changed = [&](const std::string& sql) {
     fs::copy_file(database("good"), directory / "changed", fs::copy_options::overwrite_existing);

@@ -224,6 +224,30 @@ TEST_F(Physics, GravityAndReactions) {
   EXPECT_GT(analysis.energies().external, 0);
 }
 
+// Times of output, in stable increments, that come one after the other.
+TEST_F(Physics, EachOutputCostsAtMostOneIncrementMore) {
+  const Mesh mesh = box({1, 1, 1}, {1, 1, 1});
+  const Case c = caseOf(neoHooke(1e6, 0.3, 1000), 1e3);
+  for (const std::vector<double>& gaps : std::vector<std::vector<double>>{
+           {0.7}, {0.99}, {1.01}, {1.3}, {1.9}, {2.1}, {2.5}, {5.3}, {20.5}, {1.95, 0.05}, {3.3, 1e-6, 0.6, 7.7}}) {
+    Analysis analysis(mesh, c, 1);
+    const double stable = analysis.progress().stableIncrement;
+    double last = 0, longest = 0, time = 0, most = 8; // until it is as long as it may be
+    analysis.setObserver([&](const auto&, double step) { longest = std::max(longest, last = step / stable); });
+    for (std::size_t k = 0; k < 60; ++k) {
+      const double gap = gaps[k % gaps.size()];
+      most += std::ceil(gap) + (gaps.size() > 1);
+      analysis.advanceTo(time += gap * stable);
+      EXPECT_EQ(analysis.progress().time, time);
+      if (gaps.size() == 1 && k > 40) {
+        EXPECT_NEAR(last, gap / std::ceil(gap), 1e-9) << "all of one length";
+      }
+    }
+    EXPECT_LE(static_cast<double>(analysis.progress().increment), most) << testing::PrintToString(gaps);
+    EXPECT_LE(longest, 1) << testing::PrintToString(gaps);
+  }
+}
+
 // A caller that rounds upwards gets the same bits, and its mode back.
 TEST_F(Physics, TheCallersFloatingPointModeChangesNothing) {
   const Mesh mesh = box({4, 4, 24}, {1, 1, 6});
@@ -271,6 +295,10 @@ TEST_F(Physics, ModelsThatCannotStart) {
   move(leaving, "x0", "xy", 2);
   leaving.symmetryPlanes = {{"all", {0.6, 0.8, 0}}};
   expect(good, leaving, "node 1 is moved out of the symmetry plane of group \"all\"");
+  expect(good, caseOf(neoHooke(1e6, 0.3, 1e-320), 1), "brick 1 of material \"solid\" has a mass of ");
+  Case stiff = c;
+  stiff.linearViscosity = 1e300;
+  expect(good, stiff, "brick 1 of material \"solid\" has a stable increment of 0 s");
   bare.sections.clear();
   expect(good, bare, "belongs to no section");
 }

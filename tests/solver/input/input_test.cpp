@@ -148,6 +148,10 @@ TEST_F(Mistakes, Types) {
 TEST_F(Mistakes, NumbersWithoutSense) {
   check({
       {"1000", "-1000", ":5:11: density is -1000, expected a positive number in kg/m3"},
+      {"1000", "1e-300",
+       ":5:11: density of material \"rubber\" is 1e-300 kg/m3, its shear modulus 2e+06 Pa and its bulk modulus "
+       "2e+07 Pa, which make a wave speed of 4.761e+153 m/s, expected a density of 1e-60 to 1e60 kg/m3 and a speed of "
+       "1e-9 to 1e15 m/s"},
       {"1000", "0", ":5:11: density is 0, expected a positive number in kg/m3"},
       {"1000", "nan", ":5:11: density is nan, expected a positive number in kg/m3"},
       {"1000", "inf", ":5:11: density is inf, expected a positive number in kg/m3"},

@@ -8,7 +8,7 @@
 namespace {
 
 using namespace sharedanalysis::test;
-using sharedanalysis::solver::ExactSum;
+using sharedanalysis::solver::ExactSum, sharedanalysis::solver::ExactSumOfMany;
 using std::bit_cast;
 
 constexpr double kLargest = std::numeric_limits<double>::max(), kTiny = std::numeric_limits<double>::denorm_min(),
@@ -18,7 +18,8 @@ constexpr double kLargest = std::numeric_limits<double>::max(), kTiny = std::num
 double sumOf(Values values, std::mt19937_64& random, std::size_t parts) {
   std::shuffle(values.begin(), values.end(), random);
   std::vector<ExactSum> sums(parts);
-  for (const double value : values) sums[random() % parts].add(value);
+  ExactSumOfMany many;
+  for (const double value : values) sums[random() % parts].add(value), many.add(value);
   ExactSum::Words words{};
   for (const ExactSum& one : sums) {
     const ExactSum::Words own = one.words();
@@ -27,6 +28,7 @@ double sumOf(Values values, std::mt19937_64& random, std::size_t parts) {
   ExactSum all = sums[0];
   for (std::size_t k = 1; k < parts; ++k) all.add(sums[k]);
   EXPECT_EQ(bit_cast<uint64_t>(ExactSum(words).value()), bit_cast<uint64_t>(all.value()));
+  EXPECT_EQ(bit_cast<uint64_t>(many.sum().value()), bit_cast<uint64_t>(all.value()));
   return all.value();
 }
 

@@ -1,6 +1,7 @@
 // The program as its user sees it: what it shows, what it writes, and what is left of a run that ends early.
 #include "filter_design.h"
 #include "solver/analysis/derived_fields.h"
+#include "solver/parallel/cores.h"
 #include "solver/results/event_file.h"
 #include "tests/solver/files.h"
 #include "tests/support/fields.h"
@@ -85,6 +86,7 @@ private:
 TEST_F(ProgramTest, CommandLine) {
   writeCase();
   writeFile("in/endless.toml", replaced(readFile("in/bar.toml"), "0.05", "1e19"));
+  writeFile("in/shaken.toml", replaced(readFile("in/bar.toml"), "0.05", "0.05\ndamping = 1e9"));
   const struct {
     Strings arguments;
     const char* answer;
@@ -97,6 +99,9 @@ TEST_F(ProgramTest, CommandLine) {
       {{"in/bar.toml", "--output"}, "--output"},
       {{"in/bar.toml", "--output", ""}, "--output: an empty name"},
       {{"in/bar.toml", "--rank-timeout", "nan"}, "--rank-timeout: \"nan\" is no positive number ("},
+      {{"in/bar.toml", "--checked=nix"}, "--checked: do not understand \"nix\", expected full, cheap"},
+      {{"in/bar.toml", "--quiet=no"}, "quiet was given a disallowed"},
+      {{"in/shaken.toml"}, "in/shaken.toml: damping is 1e+09 1/s, expected at most"},
       {{"in/bar.toml", "--record=none/a.rec,call=1"}, "--record: none/a.rec cannot be written: No such file"},
       {{"in/endless.toml"}, "in/endless.toml: end_time is 1e+19 s, which increments of 0.00"},
       {{"in/none.toml"}, "in/none.toml: cannot be opened: No such file or directory"},
@@ -124,6 +129,22 @@ TEST_F(ProgramTest, CheckWritesNothing) {
       << outcome.out;
   EXPECT_EQ(filesIn("."), (Files{"in", "out"}));
   EXPECT_EQ(readFile("out/bar.exo"), "stale");
+  // a bar that nothing moves has energies of rounding, outputs below its increments, and bricks of two materials
+  writeCase("velocity = [0, 0, -1]", "velocity = [0, 0, 0]");
+  std::string still = replaced(readFile("in/bar.toml"), "[[initial_velocity]]\nvelocity = [0, 0, 0]\n", "");
+  still = replaced(still, "[[section]]\ngroup = \"upper\"\nmaterial = \"rubber\"",
+                   "[[material]]\nname = \"slow\"\ndensity = 4000\nC10 = 1e6\nD1 = 1e-7\n[[section]]\ngroup = "
+                   "\"upper\"\nmaterial = \"slow\"");
+  writeFile("in/still.toml", still + "[output]\nhistory_interval = 1e-4\nrestart_interval = 1\n");
+  const std::string told = run({"in/still.toml", "-o", "still"}).out;
+  EXPECT_EQ(countOf("problem", told), 0) << told;
+  for (const char* words :
+       {"warning: nothing acts on the model: ", "warning: restart_interval is not below end_time",
+        "about 500 of them in place of ", "m/s, stable increment 0.00", "100 %  time      0.05 s  increment 500 "})
+    EXPECT_TRUE(contains(told, words)) << words << '\n' << told;
+  EXPECT_TRUE(contains(readFile("still/still.msg"), "***WARNING: history_interval of output, 0.0001 s, is below"));
+  std::filesystem::remove_all("still");
+  std::filesystem::remove("in/still.toml");
   writeCase(
       "end_time = 0.05",
       "end_time = 0.05\nquasi_static = true\n[[symmetry]]\ngroup = \"x1\"\nnormal = [3, 0, 4]\n[[force]]\ngroup = "
@@ -143,13 +164,33 @@ TEST_F(ProgramTest, CheckWritesNothing) {
                              "friction_energy,impact_energy,damping_energy,damping,stillness"));
   const Outcome example = run({SA_EXAMPLES "/twisting_column/column.toml", "--check"}, 0, twoThreads);
   EXPECT_TRUE(contains(example.out, "7381 nodes, 6000 bricks")) << example.out;
-  EXPECT_TRUE(contains(example.out, "about 1274 increments") && contains(example.out, " MB of fields")) << example.out;
+  EXPECT_TRUE(contains(example.out, "about 1400 increments") && contains(example.out, " MB of fields")) << example.out;
   const Outcome pinned = shell("first=$(taskset -cp $$ | sed 's/.*: *\\([0-9]*\\).*/\\1/'); unset OMP_NUM_THREADS; "
                                "exec taskset -c $first " SA_SOLVER_PROGRAM " in/bar.toml --check");
   EXPECT_TRUE(contains(pinned.out, ", 1 thread\n")) << "cores of the process, not of the machine: " << pinned.out;
   // the reaction that the manual tells
   run({SA_EXAMPLES "/thick_tube/tube.toml", "-q", "-o", "tube"});
   EXPECT_NEAR(readHistory("tube/tube.csv")["reaction_y_y"].back(), -100.19, 0.005);
+}
+
+TEST_F(ProgramTest, CoresAreThoseOfTheTightestGroup) {
+  for (const auto& [directory, file, text] : {std::tuple{"a/b", "cpu.max", "max 100000\n"},
+                                              {"a", "cpu.max", "350000 100000\n"},
+                                              {"slow", "cpu.max", "20000 100000"},
+                                              {"cpu/old", "cpu.cfs_quota_us", "500000"},
+                                              {"cpu/old", "cpu.cfs_period_us", "100000"},
+                                              {"cpu", "cpu.cfs_quota_us", "-1"},
+                                              {"cpu", "cpu.cfs_period_us", "100000"}}) {
+    std::filesystem::create_directories(directory);
+    writeFile(std::filesystem::path(directory) / file, text);
+  }
+  for (const auto& [groups, cores] : {std::pair{"0::/a/b\n", 3},
+                                      {"0::/slow", 1},
+                                      {"9:name=x:/\n4:cpuacct,cpu:/old\n", 5},
+                                      {"4:cpu:/old\n0::/a/b\n", 3},
+                                      {"0::/none\n1:cpu:/\n", 0},
+                                      {"", 0}})
+    EXPECT_EQ(solver::coresOfQuota(groups, "."), cores) << groups;
 }
 
 TEST_F(ProgramTest, PlainLinesForAFile) {
@@ -553,7 +594,7 @@ TEST_F(ProgramTest, PicturesOfTheManualAreThoseOfToday) {
                   {"rubber_tests/fit", "rubber_fit", " --fit"},   {"user_materials/superelastic", "superelastic"},
                   {"user_materials/brittle", "impact_materials"}, {"user_materials/foams", "foams"},
                   {"user_materials/honeycomb", "honeycomb"},      {"user_materials/plastics", "plastics"},
-                  {"user_materials/fabrics", "fabrics"}};
+                  {"user_materials/fabrics", "fabrics"},          {"user_materials/ply_shear", "ply_shear"}};
   for (const auto& picture : pictures) {
     const Outcome outcome =
         shell(std::string(SA_MATERIAL_PROGRAM " " SA_EXAMPLES "/") + picture.job + ".toml -o drawn" + picture.options);
