@@ -50,12 +50,12 @@ function(sa_add_library target)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:sa_warnings> $<BUILD_INTERFACE:sa_numerics>)
   target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O3>)
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    # The long bodies of materials spend a third to a half of g++'s time in searches for common parts that find little.
-    file(GLOB materials ${CMAKE_SOURCE_DIR}/spx/impl/user/*.cpp)
-    set_source_files_properties(${materials} PROPERTIES
-      COMPILE_OPTIONS "-fno-gcse;-fno-gcse-after-reload;-fno-tree-pre")
-    set_source_files_properties(${CMAKE_SOURCE_DIR}/spx/impl/materials/stretch_materials.cpp PROPERTIES
-      COMPILE_OPTIONS "-fno-gcse;-fno-gcse-after-reload")
+    # Long bodies spend a quarter to a half of g++'s time in searches for common parts that find little.
+    file(GLOB long ${CMAKE_SOURCE_DIR}/spx/impl/materials/*.cpp ${CMAKE_SOURCE_DIR}/glo/output/*.cpp)
+    set_source_files_properties(${long} ${CMAKE_SOURCE_DIR}/spx/impl/elements/strain_output.cpp
+      ${CMAKE_SOURCE_DIR}/spx/impl/tables/lookup.cpp PROPERTIES COMPILE_OPTIONS "-fno-gcse;-fno-gcse-after-reload")
+    file(GLOB user ${CMAKE_SOURCE_DIR}/spx/impl/user/*.cpp)
+    set_source_files_properties(${user} PROPERTIES COMPILE_OPTIONS "-fno-gcse;-fno-gcse-after-reload;-fno-tree-pre")
   endif()
   if(arg_ARCH)
     target_compile_options(${target} PRIVATE -march=${arg_ARCH} -mtune=generic)

@@ -27,7 +27,7 @@ bool maySee(const std::string& from, const std::string& to) {
   if (top(from) == top(to) || top(to) == "include" || to == "host/include") return true;
   if (top(from) == "spx") return top(to) == "glo" || top(to) == "acd";
   if (top(from) == "acd") return top(to) == "glo";
-  return top(from) == "solver" && top(to) == "host";
+  return top(from) == "solver" && (top(to) == "host" || to == "checked");
 }
 
 std::size_t floorOf(const std::string& folder) {
