@@ -114,15 +114,6 @@ double readInterval(const Table& table, const char* key, double endTime, int sta
   return interval;
 }
 
-// What a table prescribes of a motion.
-struct MotionKey {
-  const char *key, *unit;
-  Quantity quantity;
-};
-constexpr std::array<MotionKey, 3> motionKeys{{{"velocity", "m/s", Quantity::Velocity},
-                                               {"displacement", "m", Quantity::Displacement},
-                                               {"acceleration", "m/s2", Quantity::Acceleration}}};
-
 class CaseBuilder {
 public:
   CaseBuilder(const std::filesystem::path& file, const std::string& text)
@@ -146,7 +137,7 @@ private:
     Names keys{"title",   "job",      "mesh",  "material", "section",
                "fix",     "symmetry", "plane", "history",  "initial_velocity",
                "gravity", "control",  "output"};
-    for (const MotionKey& kind : motionKeys) keys.push_back(kind.key);
+    for (const MotionKind& kind : motionKinds) keys.push_back(kind.key);
     for (const LoadKind& kind : loadKinds) keys.push_back(kind.key);
     return keys;
   }
@@ -232,7 +223,7 @@ private:
         motion.velocity[componentNumber(table, "components", name)] = History{{0.0}, {0.0}};
       case_.motions.push_back(std::move(motion));
     }
-    for (const MotionKey& kind : motionKeys)
+    for (const MotionKind& kind : motionKinds)
       for (const Table& table : root_.tables(kind.key, with(historyKeys, {"group", "component"}))) {
         PrescribedMotion motion{group(table, Members::Any), {}};
         const std::size_t component = componentNumber(table, "component", table.text("component"));

@@ -31,9 +31,11 @@ double integralFromFirst(const History& history, double time) {
 
 } // namespace
 
-bool isRest(const History& history) {
-  return history.quantity != Quantity::Acceleration &&
-         std::all_of(history.value.begin(), history.value.end(), [](double value) { return value == 0; });
+bool isRest(const History& history, double end) {
+  if (history.quantity == Quantity::Acceleration) return false;
+  for (std::size_t k = 0; k < history.value.size() && (k == 0 || history.time[k - 1] < end); ++k)
+    if (history.value[k] != 0) return false;
+  return true;
 }
 
 double valueAt(const History& history, double time) {

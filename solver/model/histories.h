@@ -1,6 +1,9 @@
 // Values over time: of prescribed motion and of loads.
 #pragma once
 
+#include <array>
+#include <cstddef>
+#include <limits>
 #include <vector>
 
 namespace sharedanalysis::solver {
@@ -10,6 +13,16 @@ enum class Curve { Linear, Smooth };
 
 // What the values of a prescribed motion are.
 enum class Quantity { Velocity, Displacement, Acceleration };
+
+// A key of the case for each of them, in their order.
+struct MotionKind {
+  const char *key, *unit;
+  Quantity quantity;
+};
+inline constexpr std::array<MotionKind, 3> motionKinds{{{"velocity", "m/s", Quantity::Velocity},
+                                                        {"displacement", "m", Quantity::Displacement},
+                                                        {"acceleration", "m/s2", Quantity::Acceleration}}};
+inline const MotionKind& kindOf(Quantity quantity) { return motionKinds[static_cast<std::size_t>(quantity)]; }
 
 // Constant before the first and after the last point; 0 without points.
 struct History {
@@ -21,8 +34,8 @@ struct History {
 
 double valueAt(const History& history, double time);
 
-// Of motion: there is none.
-bool isRest(const History& history);
+// No value but 0 before a time; of motion: there is none.
+bool isRest(const History& history, double end = std::numeric_limits<double>::infinity());
 
 // The integral from time 0 on, in closed form.
 double integralTo(const History& history, double time);

@@ -43,15 +43,36 @@ std::string describe(const RigidPlane& plane) {
 }
 
 bool isMoved(const Case& definition) {
-  const auto moves = [](const PrescribedMotion& motion) {
+  const auto acts = [&](const History& history) { return !isRest(history, definition.endTime); };
+  const auto moves = [&](const PrescribedMotion& motion) {
     return std::any_of(motion.velocity.begin(), motion.velocity.end(),
-                       [](const std::optional<History>& history) { return history && !isRest(*history); });
+                       [&](const std::optional<History>& history) { return history && acts(*history); });
   };
-  return !definition.loads.empty() || !definition.initialVelocities.empty() ||
-         definition.gravity != std::array<double, 3>{} ||
+  return std::any_of(definition.loads.begin(), definition.loads.end(),
+                     [&](const Load& load) { return acts(load.history); }) ||
+         !definition.initialVelocities.empty() || definition.gravity != std::array<double, 3>{} ||
          std::any_of(definition.motions.begin(), definition.motions.end(), moves) ||
          std::any_of(definition.planes.begin(), definition.planes.end(),
-                     [](const RigidPlane& plane) { return !isRest(plane.velocity); });
+                     [&](const RigidPlane& plane) { return acts(plane.velocity); });
+}
+
+std::vector<std::string> changesTooLate(const Case& definition) {
+  std::vector<std::string> lines;
+  const auto look = [&](const std::string& what, const History& history, const std::string& unit) {
+    if (history.time.size() < 2 || history.time.front() < definition.endTime) return;
+    lines.push_back(what + " changes from " + shortNumber(history.time.front()) + " s on, and end_time is " +
+                    shortNumber(definition.endTime) + " s: it is " + shortNumber(history.value.front()) + " " + unit +
+                    " throughout");
+  };
+  for (const Load& load : definition.loads)
+    look(std::string(load.kind->key) + " " + load.name, load.history, load.kind->unit);
+  for (const PrescribedMotion& motion : definition.motions)
+    for (const std::optional<History>& history : motion.velocity)
+      if (history)
+        look(std::string(kindOf(history->quantity).key) + " of " + motion.group, *history,
+             kindOf(history->quantity).unit);
+  for (const RigidPlane& plane : definition.planes) look("velocity of " + plane.name, plane.velocity, "m/s");
+  return lines;
 }
 
 std::vector<std::string> measureNames(const Case& definition) {

@@ -48,6 +48,9 @@ std::string describe(const std::array<double, 3>& vector);
 // Whether anything acts that could move a body at rest.
 bool isMoved(const Case& definition);
 
+// What changes after the end of the analysis alone, a line each: its points of time may be in another unit.
+std::vector<std::string> changesTooLate(const Case& definition);
+
 // The columns that a case adds to the history, in the order in which an analysis has their values.
 std::vector<std::string> measureNames(const Case& definition);
 

@@ -160,6 +160,8 @@ private:
     if (!isMoved(definition_))
       lines.emplace_back(
           "nothing acts on the model: there are no loads, gravity, prescribed motion or initial velocity");
+    const std::vector<std::string> late = changesTooLate(definition_);
+    lines.insert(lines.end(), late.begin(), late.end());
     if (definition_.restartInterval && *definition_.restartInterval >= definition_.endTime)
       lines.emplace_back("restart_interval is not below end_time: no state is written but by a signal");
     const bool isHistory = definition_.historyInterval <= definition_.outputInterval;

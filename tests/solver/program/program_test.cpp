@@ -135,12 +135,16 @@ TEST_F(ProgramTest, CheckWritesNothing) {
   still = replaced(still, "[[section]]\ngroup = \"upper\"\nmaterial = \"rubber\"",
                    "[[material]]\nname = \"slow\"\ndensity = 4000\nC10 = 1e6\nD1 = 1e-7\n[[section]]\ngroup = "
                    "\"upper\"\nmaterial = \"slow\"");
-  writeFile("in/still.toml", still + "[output]\nhistory_interval = 1e-4\nrestart_interval = 1\n");
+  writeFile("in/still.toml", still +
+                                 "[[displacement]]\ngroup = \"z1\"\ncomponent = \"z\"\ntime = [1, 2]\nvalue = [0, 1]\n"
+                                 "[output]\nhistory_interval = 1e-4\nrestart_interval = 1\n");
   const std::string told = run({"in/still.toml", "-o", "still"}).out;
   EXPECT_EQ(countOf("problem", told), 0) << told;
   for (const char* words :
-       {"warning: nothing acts on the model: ", "warning: restart_interval is not below end_time",
-        "about 500 of them in place of ", "m/s, stable increment 0.00", "100 %  time      0.05 s  increment 500 "})
+       {"warning: nothing acts on the model: ",
+        "warning: displacement of z1 changes from 1 s on, and end_time is 0.05 s: it is 0 m throughout",
+        "warning: restart_interval is not below end_time", "about 500 of them in place of ",
+        "m/s, stable increment 0.00", "100 %  time      0.05 s  increment 500 "})
     EXPECT_TRUE(contains(told, words)) << words << '\n' << told;
   EXPECT_TRUE(contains(readFile("still/still.msg"), "***WARNING: history_interval of output, 0.0001 s, is below"));
   std::filesystem::remove_all("still");
