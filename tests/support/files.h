@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -79,6 +80,21 @@ inline std::vector<std::string> linesOf(const std::string& text) {
   std::istringstream stream(text);
   for (std::string line; std::getline(stream, line);) lines.push_back(line);
   return lines;
+}
+
+// Rows of a table that is written as text: columns are parted by -> and =>, and a line that begins with blanks goes on with the
+// one before.  A semicolon in a column before the last is the end of a line.
+using Row = std::vector<std::string>;
+inline std::vector<Row> tableOf(const std::string& text) {
+  static const std::regex kGoesOn("\n +"), kArrow(" *[-=]> ?"), kEnd("; ");
+  std::vector<Row> rows;
+  for (const std::string& line : linesOf(std::regex_replace(text, kGoesOn, " "))) {
+    if (line.empty()) continue;
+    Row row(std::sregex_token_iterator(line.begin(), line.end(), kArrow, -1), {});
+    for (std::size_t k = 0; k + 1 < row.size() || k == 0; ++k) row[k] = std::regex_replace(row[k], kEnd, "\n");
+    rows.push_back(row);
+  }
+  return rows;
 }
 
 // What a call says that fails with such an error; "nothing" when it does not fail.

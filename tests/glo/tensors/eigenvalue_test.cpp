@@ -54,8 +54,7 @@ Tensors hardTensors(int components, bool isScaled) {
         {{1e300, -1e300, 1, 1e299, 1, 5}, {1e-300, 2e-300, 3e-300, 1e-300, 0, 1e-301}, {0, 0, 0, 1e-160, 1e-170, 0}});
   for (int k = 0; k < 3000; ++k) {
     list.emplace_back();
-    Matrix R;
-    randomRotation(random, R);
+    const Matrix R = randomRotation(random);
     const double scale = std::ldexp(1, random.integer(-300, 300));
     double values[3] = {random.uniform(-1, 1), random.uniform(-1, 1), random.uniform(-1, 1)};
     if (k % 3 == 0) values[1] = values[0] * (1 + std::ldexp(random.uniform(-1, 1), -random.integer(20, 52)));
@@ -264,8 +263,7 @@ TEST(Eigenvalues, OfPairsOfTensors) {
   Random random(8);
   for (int round = 0; round < 2000; ++round) {
     double A[6], B[6], P[3], V[9], alone[3];
-    Matrix R;
-    randomRotation(random, R);
+    const Matrix R = randomRotation(random);
     setPrincipal(B, 1, 0, {random.uniform(0.1, 2), random.uniform(0.1, 2), random.uniform(0.1, 2)}, R);
     for (double& entry : A) entry = random.uniform(-1, 1);
     call(GLO_UTI_GENEIG33, 1, A, B, P, V);
@@ -401,8 +399,7 @@ TEST(TensorFunctions, ExponentialsInThePlaneKeepEveryComponent) {
 TEST(TensorFunctions, LogarithmsOfStretches) {
   Random random(9);
   for (int round = 0; round < 5000; ++round) {
-    Matrix R;
-    randomRotation(random, R);
+    const Matrix R = randomRotation(random);
     const double size = std::ldexp(1, -random.integer(0, 30));
     double strain[3], values[3], V[6], L[6], expected[6];
     for (int k = 0; k < 3; ++k) {

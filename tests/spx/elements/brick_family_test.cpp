@@ -6,6 +6,8 @@
 #include "tests/support/call.h"
 #include "tests/support/turns.h"
 
+#include <numbers>
+
 namespace {
 
 using namespace sharedanalysis::test;
@@ -393,6 +395,40 @@ TEST(EveryOperator, LengthsThatNoDoubleHoldsInProducts) {
   EXPECT_GT(std::count(flags.begin(), flags.end(), 0.0), 100);
 }
 
+// In one block: sound shells that are moved, turned, stretched and sheared, and such as are thin, spoiled or marked before, or
+// whose top face is turned over about any axis of its plane or has a corner pulled over its diagonal.
+TEST(ContinuumShell, ThinAndTurnedOverElementsAreMarked) {
+  Random random(3);
+  const int n = 1200;
+  std::vector<Brick> bricks(n, scaled(unitCube(), {1, 1, 0.1}));
+  Values thickness(4 * n, 0.1), lengths(2 * n, 1.0), flags(n), expected(n);
+  for (int e = 0; e < n; ++e) {
+    const int kind = e % 6;
+    const double t = std::array{0.0011, 0.0009, 0.0, -0.1}[e / 6 % 4]; // against a thousandth of the lengths
+    const Matrix R = randomRotation(random),
+                 turn = turnedAxes(turnAbout({1, random.uniform(-2, 2), 0}, std::numbers::pi));
+    const Matrix F = {
+        {{random.uniform(0.2, 5), random.uniform(-2, 2), 0}, {0, random.uniform(0.2, 5), 0}, {0.1, 0, 1}}};
+    for (int node = kind == 1 ? 4 : 0; node < 8; ++node) {
+      const Point x = bricks[e][node], to = {x[0] - 0.5, x[1] - 0.5, 0};
+      for (int i = 0; i < 3; ++i)
+        if (kind == 0)
+          bricks[e][node][i] = 10 + (R * F)[i][0] * x[0] + (R * F)[i][1] * x[1] + (R * F)[i][2] * x[2];
+        else if (kind == 1 && i < 2)
+          bricks[e][node][i] = 0.5 + turn[i][0] * to[0] + turn[i][1] * to[1];
+    }
+    if (kind == 2) bricks[e][6] = {-0.5, -0.5, 0.1};
+    if (kind == 3) thickness[3 * n + e] = t;
+    if (kind == 4 && e % 12 == 4) bricks[e][e / 12 % 8][e / 96 % 3] = kNaN;
+    if (kind == 4 && e % 12 == 10) (e % 24 == 10 ? thickness[e / 24 % 4 * n + e] : lengths[e / 24 % 2 * n + e]) = kNaN;
+    if (kind == 5) flags[e] = e % 4 == 1 ? 1 : -3; // which is never cleared
+    expected[e] = kind == 5 ? flags[e] : kind == 0 || (kind == 3 && t > 0.001) ? 0 : 1;
+  }
+  call(SPX_OPE_SC3DDISTORTIONCHECK, n, thickness, lengths, &lengths[n], coordinates(bricks, n), flags);
+  for (int e = 0; e < n; ++e)
+    EXPECT_TRUE(flags[e] == expected[e] || (flags[e] == 1 && e % 6 == 5)) << e << ": " << flags[e];
+}
+
 // ---- fields
 
 TEST(NodalFields, GradientAndDivergenceOfLinearFieldsOnDistortedBricks) {
@@ -409,7 +445,7 @@ TEST(NodalFields, GradientAndDivergenceOfLinearFieldsOnDistortedBricks) {
   for (int e = 0; e < n; ++e)
     for (int k = 0; k < 24; ++k) {
       const Point& x = bricks[e][k % 8];
-      const double* g = G[k / 8];
+      const auto& g = G[k / 8];
       u[k * n + e] = offset[k / 8] + g[0] * x[0] + g[1] * x[1] + g[2] * x[2];
     }
   call(SPX_OPE_C3DH8DIVER, n, block.B, u, div);
@@ -492,12 +528,10 @@ struct Deformations {
     for (auto* v : {Vmeasure, Umeasure})
       for (int k = 1; k < 5; ++k) v[k].resize(6 * n);
     for (int e = 0; e < n; ++e) {
-      Matrix Q, R, RQ;
-      randomRotation(random, Q);
+      const Matrix Q = randomRotation(random);
       const Point axis = {random.uniform(-1, 1), random.uniform(-1, 1), random.uniform(0.1, 1)};
       const double angle = e % 3 == 0 ? 1e-3 * e : random.uniform(-7, 7);
-      turnedAxes(turnAbout(axis, angle), R);
-      multiply(R, Q, RQ);
+      const Matrix R = turnedAxes(turnAbout(axis, angle)), RQ = R * Q;
       double l[3], g[3];
       for (int k = 0; k < 3; ++k) {
         stretches[k * n + e] = l[k] = 1 + random.uniform(-amount, amount);

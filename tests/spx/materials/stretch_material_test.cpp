@@ -4,7 +4,7 @@
 #include "spx.h"
 #include "tests/support/call.h"
 #include "tests/support/differences.h"
-#include "tests/support/long_matrix.h"
+#include "tests/support/random.h"
 #include "tests/support/rubber_1944.h"
 
 namespace {
@@ -133,8 +133,7 @@ TEST(Powers, StressAndModuliOfTheSolid) {
       const Long3 l = points.at(i);
       const auto volume = terms.volume(l);
       p[i] = static_cast<double>(volume.p), dp[i] = static_cast<double>(volume.slope);
-      Matrix R;
-      randomRotation(random, R);
+      const Matrix R = randomRotation(random);
       setAxes(axes, n, i, R);
       // the derivative of the whole energy by a stretch, over the area across it
       double principal[3];
@@ -480,11 +479,7 @@ TEST(Mullins, FoamSoftensItsOwnStress) {
   Values UmNew(n), U(n), eta(n), slope(n), axes(9 * n), flag(n), whole(6 * n), soft(6 * n), bound(n), bulk(n);
   Points p(kMixedFoam, randomStretches(n - 3, 46));
   p.run();
-  for (int i = 0; i < n; ++i) {
-    Matrix R;
-    randomRotation(random, R);
-    setAxes(axes, n, i, R);
-  }
+  for (int i = 0; i < n; ++i) setAxes(axes, n, i, randomRotation(random));
   const auto soften = [&](auto kernel, auto&... state) {
     call(kernel, n, r, m, beta, UmNew, UmOld, U, eta, slope, p.constants.columns<9>(), state..., flag);
   };
