@@ -6,14 +6,13 @@
 #include "tests/support/files.h"
 
 #include <dlfcn.h>
-#include <fstream>
-#include <gtest/gtest.h>
-#include <sstream>
 #include <sys/mman.h>
 #include <thread>
 
 namespace sa::test {
 namespace {
+
+using namespace sharedanalysis::test;
 
 // Set before the first call is made.
 const std::string kLog = "/tmp/sharedanalysis_checked_" + std::to_string(getpid()) + ".log";
@@ -27,10 +26,8 @@ const struct Remove {
 // Lines since the last look.
 std::string findings() {
   static std::size_t seen = 0;
-  std::ifstream file(kLog);
-  std::stringstream text;
-  text << file.rdbuf();
-  const std::string all = text.str(), fresh = all.substr(std::min(seen, all.size()));
+  const std::string all = std::filesystem::exists(kLog) ? readFile(kLog) : "",
+                    fresh = all.substr(std::min(seen, all.size()));
   seen = all.size();
   return fresh;
 }
@@ -107,10 +104,9 @@ TEST(Checked, EveryMisuseIsFoundAndNamed) {
     const std::string found = findings();
     const std::string wanted = std::string(misuse.routine) + ", argument " + misuse.argument;
     const bool isAllowed = *misuse.finding == '\0';
-    const bool isNamed = isAllowed ? found.empty()
-                                   : found.find(wanted) != std::string::npos &&
-                                         found.find(misuse.finding) != std::string::npos &&
-                                         found.find("; called from ") != std::string::npos;
+    const bool isNamed =
+        isAllowed ? found.empty()
+                  : contains(found, wanted) && contains(found, misuse.finding) && contains(found, "; called from ");
     EXPECT_TRUE(isNamed) << misuse.routine << ", " << misuse.argument << " " << misuse.change << ": " << found;
     ++kinds;
   }
@@ -135,8 +131,7 @@ TEST(Checked, EveryRoutineIsCovered) {
         continue;
       call.addresses()[k] = nullptr;
       make<2>(call);
-      EXPECT_NE(findings().find(std::string(routine.name) + ", argument " + a.name + ": null pointer"),
-                std::string::npos)
+      EXPECT_TRUE(contains(findings(), std::string(routine.name) + ", argument " + a.name + ": null pointer"))
           << routine.name;
       break;
     }
