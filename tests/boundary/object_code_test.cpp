@@ -3,7 +3,6 @@
 #include "tests/support/files.h"
 #include "tests/support/program.h"
 
-#include <map>
 #include <regex>
 
 namespace {

@@ -7,7 +7,6 @@
 
 #include <dlfcn.h>
 #include <sys/mman.h>
-#include <thread>
 
 namespace sa::test {
 namespace {

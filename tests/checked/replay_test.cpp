@@ -3,9 +3,6 @@
 #include "tests/support/files.h"
 #include "tests/support/program.h"
 
-#include <cstring>
-#include <random>
-
 namespace sa::test {
 namespace {
 

@@ -2,9 +2,6 @@
 #include "glo.h"
 #include "tests/support/recording_host.h"
 
-#include <bit>
-#include <random>
-
 namespace {
 
 using namespace sharedanalysis::test;

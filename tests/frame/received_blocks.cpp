@@ -3,9 +3,6 @@
 #include "acd.h"
 #include "tests/support/recording_diagnostics.h"
 
-#include <cstdlib>
-#include <cstring>
-
 namespace sharedanalysis::test {
 
 // Messages: a control byte, whose low bit says whether a word of the true length comes before the block, and the block's

@@ -5,8 +5,6 @@
 #include "tests/support/random.h"
 #include "tests/support/recording_host.h"
 
-#include <set>
-
 namespace {
 
 using namespace sharedanalysis::test;

@@ -14,7 +14,6 @@
 #include "thr_ThrSingletonRegistry.h"
 
 #include <cerrno>
-#include <random>
 
 namespace {
 

@@ -12,7 +12,6 @@
 
 #include <csignal>
 #include <ctime>
-#include <thread>
 
 namespace {
 

@@ -5,8 +5,6 @@
 #include "tests/support/files.h"
 
 #include <chrono>
-#include <map>
-#include <thread>
 
 namespace sharedanalysis::test {
 

@@ -3,13 +3,7 @@
 
 #include "tests/support/test.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <regex>
-#include <set>
-#include <sstream>
-#include <stdexcept>
 
 namespace sharedanalysis::test {
 

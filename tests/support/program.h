@@ -1,17 +1,14 @@
 // Programs as their users run them: command line, surroundings, exit code and what they show.
 #pragma once
 
-#include <array>
+#include "tests/support/test.h"
+
 #include <csignal>
 #include <fcntl.h>
 #include <optional>
-#include <stdexcept>
-#include <string>
-#include <string_view>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <vector>
 
 namespace sharedanalysis::test {
 

@@ -14,12 +14,8 @@
 #include "thr_GlobalLock.h"
 #include "thr_ThrSingletonRegistry.h"
 
-#include <algorithm>
 #include <charconv>
-#include <cstring>
 #include <mutex>
-#include <set>
-#include <sstream>
 
 namespace sharedanalysis::test {
 namespace {

@@ -1,16 +1,9 @@
 // Vector math against 80-bit references; the bounds come from the header itself.
 #include "glo/kernel/vmath.h"
 #include "tests/support/random.h"
+#include "tests/support/test.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstdlib>
-#include <fstream>
 #include <regex>
-#include <string>
-#include <vector>
 
 namespace {
 

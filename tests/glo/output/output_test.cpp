@@ -3,8 +3,6 @@
 #include "tests/support/call.h"
 #include "tests/support/turns.h"
 
-#include <cstring>
-
 namespace {
 
 using namespace sharedanalysis::test;

@@ -3,8 +3,6 @@
 #include "tests/support/call.h"
 #include "tests/support/turns.h"
 
-#include <numbers>
-
 namespace {
 
 using namespace sharedanalysis::test;

@@ -4,9 +4,6 @@
 #include "tests/support/random.h"
 #include "tests/support/test.h"
 
-#include <bit>
-#include <limits>
-
 namespace {
 
 using namespace sharedanalysis;

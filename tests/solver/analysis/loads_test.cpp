@@ -1,8 +1,6 @@
 // Loads, supports and prescribed motion against closed forms; in every case the energy balance knows their work.
 #include "tests/solver/models.h"
 
-#include <numbers>
-
 namespace {
 
 using namespace sharedanalysis;

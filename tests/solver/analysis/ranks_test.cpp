@@ -11,13 +11,9 @@
 #include "tests/support/program.h"
 
 #include <chrono>
-#include <cmath>
 #include <csignal>
-#include <cstring>
 #include <future>
 #include <sys/resource.h>
-#include <thread>
-#include <tuple>
 
 namespace {
 

@@ -8,7 +8,6 @@
 #include "solver/results/mesh_file.h"
 #include "tests/solver/files.h"
 
-#include <numeric>
 #include <sys/stat.h>
 
 namespace {

@@ -2,8 +2,6 @@
 #include "solver/parallel/ordered.h"
 #include "tests/support/files.h"
 
-#include <numeric>
-
 namespace {
 
 using namespace sharedanalysis::test;

@@ -4,8 +4,6 @@
 #include "tests/solver/files.h"
 #include "tests/support/rubber_1944.h"
 
-#include <gtest/gtest.h>
-
 namespace {
 
 using namespace sharedanalysis::test;

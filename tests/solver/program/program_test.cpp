@@ -7,13 +7,7 @@
 #include "tests/support/fields.h"
 #include "tests/support/program.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstring>
 #include <fcntl.h>
-#include <map>
-#include <numeric>
 #include <regex>
 #include <sys/file.h>
 #include <unistd.h>

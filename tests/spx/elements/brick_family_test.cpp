@@ -6,8 +6,6 @@
 #include "tests/support/call.h"
 #include "tests/support/turns.h"
 
-#include <numbers>
-
 namespace {
 
 using namespace sharedanalysis::test;

@@ -6,7 +6,6 @@
 #include "tests/support/random.h"
 
 #include <complex>
-#include <stdexcept>
 
 namespace {
 

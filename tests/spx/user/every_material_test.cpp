@@ -4,8 +4,6 @@
 #include "tests/support/call.h"
 #include "tests/support/user_material.h"
 
-#include <cstring>
-
 namespace {
 
 using namespace sharedanalysis::test;
