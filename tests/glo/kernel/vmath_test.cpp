@@ -8,8 +8,7 @@
 namespace {
 
 namespace vm = sa::vm;
-using sharedanalysis::test::Random;
-constexpr double kInf = std::numeric_limits<double>::infinity(), kNaN = std::numeric_limits<double>::quiet_NaN();
+using namespace sharedanalysis::test;
 
 struct Function {
   const char* name;
