@@ -1,4 +1,5 @@
 // Built-in user materials in the solver: along the paths of the driver, turned with their points, and in a bar.
+#include "bench/plain/user_rows.h"
 #include "reference_host.h"
 #include "solver/model/text.h"
 #include "solver/program/material_path.h"
@@ -156,32 +157,11 @@ TEST_F(UserMaterials, SheetsInBricksStoreTheirWork) {
 }
 
 // A bar of 4 bricks whose end moves at constant speed.
-solver::Case pulledBar(const solver::Material& material, double speed, double endTime) {
-  solver::Case c = caseOf(material, endTime);
-  fix(c, "x0", "x");
-  fix(c, "y0", "y");
-  fix(c, "z0", "z");
-  move(c, "x1", "x", speed);
-  return c;
-}
-
-TEST_F(UserMaterials, BarOfAlloyReachesItsPlateauAndBalancesItsEnergy) {
-  const solver::Mesh mesh = box({4, 1, 1}, {.04, .01, .01});
-  const solver::Case c = pulledBar(alloy(), 2, .04 * .03 / 2);
-  solver::Analysis analysis(mesh, c, 2);
-  ASSERT_TRUE(runsToTheEnd(analysis, c));
-  const solver::Fields fields = analysis.fields();
-  double mean = 0;
-  for (int e = 0; e < 4; ++e) mean += fields.stress[6 * e] / 4;
-  EXPECT_NEAR(mean / 1e6, 542, 25) << "waves run on the plateau";
-  const solver::Energies e = analysis.energies();
-  EXPECT_NEAR(e.balance(), 0, 5e-3 * e.external);
-  EXPECT_GT(e.damage, .3 * e.external) << "work on the transformation";
-}
-
 TEST_F(UserMaterials, BrokenBricksLeaveTheModel) {
   const solver::Mesh mesh = box({4, 1, 1}, {.04, .01, .01});
-  const solver::Case c = pulledBar(glass(1e-3), 4, 1e-4);
+  solver::Case c = caseOf(glass(1e-3), 1e-4);
+  for (const char* axis : {"x", "y", "z"}) fix(c, std::string(axis) + "0", axis);
+  move(c, "x1", "x", 4);
   solver::Analysis analysis(mesh, c, 1);
   ASSERT_TRUE(runsToTheEnd(analysis, c));
   int gone = 0;
@@ -192,27 +172,20 @@ TEST_F(UserMaterials, BrokenBricksLeaveTheModel) {
   EXPECT_NEAR(analysis.energies().balance(), 0, 2e-2 * std::abs(analysis.energies().external));
 }
 
-// Every model of solids that is not brittle.
+// Every model of solids that is not brittle: those of the benchmark, and what they leave out.
 std::vector<solver::Material> everySolid() {
-  // curves of (stress, strain) at two rates, and of a plastic
-  const std::vector<double> curves = {1, 3, 100, 3, 0, 0, 2e4, .05, 2e5, .5, 0, 0, 3e4, .05, 3e5, .5},
-                            yield = {40e6, 0, 55e6, .2, 52e6, 0, 71e6, .2};
-  const auto with = [](std::vector<double> head, const std::vector<double>& tail) {
-    head.insert(head.end(), tail.begin(), tail.end());
-    return head;
-  };
-  std::vector<double> block = {4e5, 5e4, .2, 3, 1e-3, 2, 0, 0, 2, 0, 0};
-  block = with(with(block, curves), curves);
-  const std::vector<double> plastic = {2e9, .38, 1, 1, 1, 1, 1, 1, 0, 0, 2, 2, 0, 0, .5, 1.2, 0, 0, 0, 0, 0};
-  return {userMaterial("TVK_RATE_SENSITIVE_FOAM", 60, with({4e5, 5e4, 0, .2, 3, 1e-3, 2}, curves)),
-          userMaterial("TVK_RATE_SENSITIVE_FOAM", 60, with({4e5, 5e4, 1e-3, .2, 3, 0, 2}, curves)),
-          userMaterial("TVK_FU_CHANG_ISO_FOAM", 60, with({4e5, 5e4, .2, 3, 1e-3, 2}, curves)),
-          userMaterial("TVK_FU_CHANG_ANISO_FOAM", 60, block),
-          userMaterial("TVK_VISCOUS_FOAM", 60, {2e4, 8, 0, 0, 0, 0, 1e6, 2e3, 2, 2e5}),
-          userMaterial("TVK_HONEYCOMB", 80, {70e9, .33, 2e8, .2, 1e9, 1e8, 1e8, 3e8, 5e7, 15e7, 0,   3, 0,   0,
-                                             2,    0,   0,   0,  1e6, 0,   1e6, .6,  6e7, .8,   8e5, 0, 3e7, .8}),
-          userMaterial("TVK_MOLDED_PLASTIC", 1150, with(plastic, yield)),
-          userMaterial("TVK_THERMOPLASTIC", 1150, with(plastic, yield))};
+  std::vector<solver::Material> all;
+  for (const plain::UserRow& row : plain::userRows()) {
+    const double density = row.name.ends_with("FOAM") ? 60 : row.name == "TVK_HONEYCOMB" ? 80 : 1150;
+    const bool isAlloy = row.name.starts_with("TVK_SUPER_ELASTIC"), isBrittle = row.props[0] > 1e10 && density > 80;
+    if (!row.isSheet && (isAlloy || !isBrittle))
+      all.push_back(userMaterial(row.name.c_str(), isAlloy ? 6500 : density, row.props));
+    if (row.name == "TVK_THERMOPLASTIC") all.push_back(userMaterial("TVK_MOLDED_PLASTIC", density, row.props));
+    if (row.name != "TVK_RATE_SENSITIVE_FOAM") continue;
+    all.push_back(all.back()); // with its other damping
+    all.back().constants[2] = 1e-3, all.back().constants[5] = 0;
+  }
+  return all;
 }
 
 // The case of a material with its curves as tables, every other one in a file.
@@ -257,9 +230,9 @@ TEST_F(UserMaterials, CurvesOfACaseAreThoseOfItsProperties) {
     writeFile("case.toml", tabulated(material));
     EXPECT_EQ(solver::readPathCase("case.toml").materials[0].constants, material.constants) << material.name;
   }
-  const std::vector<std::string> said = solver::describeCurves(all[0]);
-  EXPECT_EQ(said.size(), 2u);
-  EXPECT_EQ(said[1], "curve compression at 100 1/s: 3 rows, strain 0 to 0.5, stress 0 to 0.3 MPa");
+  const std::vector<std::string> said = solver::describeCurves(all[1]);
+  ASSERT_EQ(said.size(), 3u);
+  EXPECT_EQ(said[1], "curve compression at 1 1/s: 6 rows, strain 0 to 0.85, stress 0 to 1.4 MPa");
 }
 
 // Every model of solids in a block that is pushed together by a fifth and let go, at a speed below that of its waves: the
@@ -294,7 +267,8 @@ TEST_F(UserMaterials, EveryModelOfSolidsRunsInBricks) {
       worst = std::max(worst, std::abs(analysis.energies().balance()));
     }
     EXPECT_LT(worst, row.tolerance * most) << row.material.name;
-    EXPECT_GT(analysis.energies().damage, .1 * most) << row.material.name;
+    const double least = row.material.name.starts_with("TVK_SUPER") ? .03 : .1; // part of the loop
+    EXPECT_GT(analysis.energies().damage, least * most) << row.material.name;
   }
 }
 
