@@ -123,9 +123,7 @@ void expectRotationsThatDiagonalise(const Routine& routine, const Tensors& t) {
       }
     for (int b = 1; b < dim && routine.order == Order::Rising; ++b) EXPECT_LE(P[(b - 1) * n + i], P[b * n + i]);
     if (isPlane) nearest = std::min(nearest, v(0, 0));
-    volume = std::min(volume, v(0, 0) * (v(1, 1) * v(2, 2) - v(1, 2) * v(2, 1)) -
-                                  v(0, 1) * (v(1, 0) * v(2, 2) - v(1, 2) * v(2, 0)) +
-                                  v(0, 2) * (v(1, 0) * v(2, 1) - v(1, 1) * v(2, 0)));
+    volume = std::min(volume, determinant(matrixBy(v)));
   }
   EXPECT_LE(residual, routine.residual);
   const double once = routine.run == GLO_UTI_EIG33ANALV ? 1e-7 : 4e-15;
@@ -166,25 +164,17 @@ TEST(Directions, ListsAsLongAsTheBlockMayLeaveAPointOut) {
 // ---- values of looser members
 
 // Against accurate ones, in units of the largest component.
-TEST(SortedJacobi, IncreasingValues) {
+TEST(Eigenvalues, OfLooserMembersAndTheirOrder) {
   const Tensors t = hardTensors(6, true);
-  Values P(3 * t.n), exact(3 * t.n);
-  call(GLO_UTI_EIG33VECTOR, t.n, t.S, P);
-  call(GLO_UTI_EIG33, t.n, t.S, exact);
-  for (int k = 0; k < 3 * t.n; ++k) {
-    EXPECT_NEAR(P[k], exact[k], static_cast<double>(5e-7L * t.size(k % t.n)));
-    if (k >= t.n) {
-      EXPECT_LE(P[k - t.n], P[k]);
-    }
-  }
-}
-
-TEST(Trigonometric, ValuesAndTheirOrder) {
-  const Tensors t = hardTensors(6, true);
-  Values P(3 * t.n), exact(3 * t.n);
+  Values P(3 * t.n), sorted(3 * t.n), exact(3 * t.n);
   call(GLO_UTI_EIG33ANAL, t.n, t.S, P);
+  call(GLO_UTI_EIG33VECTOR, t.n, t.S, sorted);
   call(GLO_UTI_EIG33, t.n, t.S, exact);
   for (int i = 0; i < t.n; ++i) {
+    for (int k = 0; k < 3; ++k) {
+      EXPECT_NEAR(sorted[k * t.n + i], exact[k * t.n + i], static_cast<double>(5e-7L * t.size(i)));
+      EXPECT_LE(sorted[std::max(0, k - 1) * t.n + i], sorted[k * t.n + i]);
+    }
     const double size = static_cast<double>(t.size(i)), low = exact[i], middle = exact[t.n + i],
                  high = exact[2 * t.n + i];
     double found[] = {P[t.n + i], P[2 * t.n + i], P[i]}; // largest, smallest, middle where they are apart
@@ -268,9 +258,7 @@ TEST(Eigenvalues, OfPairsOfTensors) {
     for (double& entry : A) entry = random.uniform(-1, 1);
     call(GLO_UTI_GENEIG33, 1, A, B, P, V);
     call(GLO_UTI_GENEIG33VECTOR, 1, A, B, alone);
-    EXPECT_GT(
-        V[0] * (V[4] * V[8] - V[5] * V[7]) + V[1] * (V[5] * V[6] - V[3] * V[8]) + V[2] * (V[3] * V[7] - V[4] * V[6]), 0)
-        << "left-handed";
+    EXPECT_GT(determinant(matrixBy([&](int a, int b) { return V[3 * b + a]; })), 0) << "left-handed";
     // powers of two change the values by theirs and no direction
     const bool isTiny = round % 2 == 0; // both among the smallest normal numbers, or anywhere
     const int powerA = isTiny ? -960 : random.integer(-500, 500),
@@ -321,13 +309,11 @@ TEST(TensorFunctions, AtEveryScale) {
   const Tensors A = integerTensors(6, 0);
   Tensors S = A;
   const int n = A.n;
-  for (int i = 0; i < n; ++i)
+  for (int i = 0; i < n; ++i) {
+    const Matrix one = tensorOf(&A.S[i], n), square = one * one + kIdentity;
     for (int a = 0; a < 3; ++a)
-      for (int b = a; b < 3; ++b) {
-        Real sum = a == b ? 1 : 0; // A A + 1
-        for (int k = 0; k < 3; ++k) sum += A.at(i, a, k) * A.at(i, k, b);
-        S.S[kS33[a][b] * n + i] = static_cast<double>(sum);
-      }
+      for (int b = a; b < 3; ++b) S.S[kS33[a][b] * n + i] = square[a][b];
+  }
   Tensors V = S, L = S, logs = S, scaled = S;
   call(GLO_UTI_LOGV, n, S.S, L.S);
   for (int power = -1074; power <= 1017; power += power < -1060 ? 12 : 18) {
@@ -337,15 +323,15 @@ TEST(TensorFunctions, AtEveryScale) {
     call(GLO_UTI_SQRTV, n, scaled.S, scaled.S);
     EXPECT_EQ(scaled.S, V.S) << "in place";
     Real root = 0, logarithm = 0;
-    for (int i = 0; i < n; ++i)
+    for (int i = 0; i < n; ++i) {
+      const LongMatrix one = tensorOf<Real>(&V.S[i], n), square = one * one;
       for (int a = 0; a < 3; ++a)
         for (int b = a; b < 3; ++b) {
-          Real square = -S.at(i, a, b);
-          for (int k = 0; k < 3; ++k) square += std::ldexp(V.at(i, a, k) * V.at(i, k, b), -power);
-          root = std::max(root, std::abs(square) / 25);
+          root = std::max(root, std::abs(std::ldexp(square[a][b], -power) - S.at(i, a, b)) / 25);
           const Real expected = L.at(i, a, b) + (a == b ? power * 0.693147180559945309417232L : 0);
           logarithm = std::max(logarithm, std::abs(logs.at(i, a, b) - expected));
         }
+    }
     EXPECT_LE(root, 4e-15) << power;
     EXPECT_LE(logarithm, 2e-15 * std::abs(power)) << power;
   }

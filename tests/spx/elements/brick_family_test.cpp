@@ -207,18 +207,20 @@ TEST(FullyIntegratedBrick, MeansOverOnePoint) {
   }
 }
 
+// Nine components of a gradient, column by column, and three of a spin: 12, 23, 13.
+Matrix gradientOf(const double* G, int n) {
+  return matrixBy([=](int i, int j) { return G[(i + 3 * j) * n]; });
+}
+Matrix spinOf(const double* w, int n) { return {{{0, w[0], w[2 * n]}, {-w[0], 0, w[n]}, {-w[2 * n], -w[n], 0}}}; }
+
 TEST(Gradients, SymmetricAndSkewPartsRebuildTheGradient) {
   Random random(15);
-  const int n = 33, skewIndex[3][3] = {{-1, 0, 2}, {0, -1, 1}, {2, 1, -1}};
+  const int n = 33;
   Values G(9 * n), sym(6 * n), skew(3 * n);
   for (double& g : G) g = random.uniform(-5, 5);
   call(SPX_OPE_C3DSYMGRAD, n, G, sym, skew);
   for (int e = 0; e < n; ++e)
-    for (int i = 0; i < 3; ++i)
-      for (int j = 0; j < 3; ++j) {
-        const double w = i == j ? 0 : skew[skewIndex[i][j] * n + e] * (i < j ? 1 : -1);
-        EXPECT_NEAR(sym[kS33[i][j] * n + e] + w, G[(i + 3 * j) * n + e], 1e-14);
-      }
+    EXPECT_LT(distance(tensorOf(&sym[e], n) + spinOf(&skew[e], n), gradientOf(&G[e], n)), 1e-14);
 }
 
 // ---- faces
@@ -541,8 +543,8 @@ struct Deformations {
         setPrincipal(Umeasure[selector].data(), n, e, g, Q);
         setPrincipal(Vmeasure[selector].data(), n, e, g, RQ);
       }
-      for (int k = 0; k < 9; ++k)
-        for (int j = 0; j < 3; ++j) F[k * n + e] += R[k % 3][j] * U[kS33[j][k / 3] * n + e];
+      const Matrix product = R * tensorOf(&U[e], n);
+      for (int k = 0; k < 9; ++k) F[k * n + e] = product[k % 3][k / 3];
     }
   }
 };
@@ -603,10 +605,10 @@ TEST(StrainOutput, SmallStrainsKeepTheDigitsOfC) {
 TEST(StrainOutput, InitialStretchIsTakenOff) {
   const Deformations d(32, 100, 0.3), initial(33, 100, 0.3);
   Values total(9 * d.n);
-  for (int e = 0; e < d.n; ++e)
-    for (int k = 0; k < 9; ++k)
-      for (int j = 0; j < 3; ++j)
-        total[k * d.n + e] += d.F[(k % 3 + 3 * j) * d.n + e] * initial.U[kS33[j][k / 3] * d.n + e];
+  for (int e = 0; e < d.n; ++e) {
+    const Matrix product = gradientOf(&d.F[e], d.n) * tensorOf(&initial.U[e], d.n);
+    for (int k = 0; k < 9; ++k) total[k * d.n + e] = product[k % 3][k / 3];
+  }
   Values recovered = total, kept = total;
   call(SPX_OPE_INVINISTRETCH3DH8, d.n, initial.U, recovered);
   const StrainOutput output(d.n, 3, total, d.vector, Values(d.n), initial.U.data());
@@ -650,7 +652,7 @@ TEST(StrainOutput, LimitsMasksAndSingularGradients) {
 
 TEST(StrainOutput, SmallStrainSplitsTheDisplacementGradient) {
   const Deformations d(34, 50, 0.3), initial(35, 50, 0.2);
-  const int n = d.n, masked = 17, skewIndex[3][3] = {{-1, 0, 2}, {0, -1, 1}, {2, 1, -1}};
+  const int n = d.n, masked = 17;
   Values mask(n), H(9 * n), volumetric(n), strain(6 * n), spin(3 * n), deviator(6 * n), equivalent(n), principal(3 * n),
       corrected = d.F, values(3 * n);
   mask[masked] = 1;
@@ -660,20 +662,13 @@ TEST(StrainOutput, SmallStrainSplitsTheDisplacementGradient) {
   call(GLO_UTI_EIG33S, n, strain, values);
   expectNear(principal, values, 2e-15);
   for (int e = 0; e < n; ++e) {
-    double trace = 0, square = 0;
-    for (int i = 0; i < 3; ++i) trace += e == masked ? 0 : corrected[4 * i * n + e] - 1;
-    EXPECT_NEAR(volumetric[e], trace, 1e-15);
-    for (int i = 0; i < 3; ++i)
-      for (int j = 0; j < 3; ++j) {
-        const double h = e == masked ? 0 : corrected[(i + 3 * j) * n + e] - (i == j), s = strain[kS33[i][j] * n + e];
-        const double w = i == j ? 0 : spin[skewIndex[i][j] * n + e] * (i < j ? 1 : -1);
-        const double dev = deviator[kS33[i][j] * n + e];
-        EXPECT_EQ(H[(i + 3 * j) * n + e], h);
-        EXPECT_NEAR(s + w, h, 1e-15);
-        EXPECT_NEAR(dev, s - (i == j ? trace / 3 : 0), 1e-15);
-        square += dev * dev;
-      }
-    EXPECT_NEAR(equivalent[e], std::sqrt(square * 2 / 3), 1e-15);
+    const Matrix h = e == masked ? Matrix{} : gradientOf(&corrected[e], n) + -1 * kIdentity,
+                 s = tensorOf(&strain[e], n), dev = tensorOf(&deviator[e], n);
+    EXPECT_EQ(gradientOf(&H[e], n), h);
+    EXPECT_NEAR(volumetric[e], trace(h), 1e-15);
+    EXPECT_LT(distance(s + spinOf(&spin[e], n), h), 1e-15);
+    EXPECT_LT(distance(dev, s + -trace(h) / 3 * kIdentity), 1e-15);
+    EXPECT_NEAR(equivalent[e], std::sqrt(trace(dev * dev) * 2 / 3), 1e-15);
   }
 }
 
