@@ -76,6 +76,15 @@ inline std::vector<std::string> linesOf(const std::string& text) {
   return lines;
 }
 
+inline std::vector<std::string> partsOf(const std::string& text, const std::string& between) {
+  std::vector<std::string> parts;
+  for (std::size_t at = 0, end = 0; end != std::string::npos; at = end + between.size()) {
+    end = text.find(between, at);
+    if (at < text.size() && end != at) parts.push_back(text.substr(at, end - at));
+  }
+  return parts;
+}
+
 // Rows of a table that is written as text: columns are parted by -> and =>, and a line that begins with blanks goes on with the
 // one before.  A semicolon in a column before the last is the end of a line.
 using Row = std::vector<std::string>;
