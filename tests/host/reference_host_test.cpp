@@ -1,6 +1,4 @@
 // The reference host behind the library: files, identity, errors, signals.
-#include "acd.h"
-#include "diagnostic_codes.h"
 #include "dsm_ker_ThreadData.h"
 #include "glo.h"
 #include "host_services.h"
@@ -289,22 +287,6 @@ TEST_F(ReferenceHost, NamesItselfAndItsSteps) {
   const std::set<std::string> keywords = {SA_HOST_STEPS(SA_KEYWORD)};
 #undef SA_KEYWORD
   EXPECT_EQ(keywords.size(), 22u) << "no two step classes share a keyword";
-}
-
-// Printed while the execution code asks for it: in upper case in the log, as it stands in the status file.
-TEST_F(ReferenceHost, PrintedDiagnosticsReachLogAndStatusFile) {
-  const JobFiles files = openJob("printed", directory);
-  acd_set_execode_c(1);
-  const int32_t ints[3] = {1, 2, 3};
-  const double reals[3] = {};
-  const char* const text = "the spring is missing";
-  acd_error_c(codes::UserError + 1, ints, reals, &text, nullptr, nullptr);
-  acd_cutback_diagnostic_c(7, 1);
-  acd_set_execode_c(0);
-  closeJob();
-  EXPECT_EQ(readFile(files.log), "\n***ERROR: THE SPRING IS MISSING\n\n***NOTE: ELEMENTS ARE DISTORTING EXCESSIVELY. "
-                                 "CONVERGENCE IS JUDGED UNLIKELY.\n");
-  EXPECT_EQ(readFile(files.status), "Error message=the spring is missing\n");
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "spx.h"
+#include "tests/support/call.h"
 #include "tests/support/random.h"
 #include "tests/support/test.h"
 
@@ -19,6 +20,11 @@ inline Strain randomStrain(Random& random, double size, int shears = 3) {
 }
 inline Strain componentsOf(const Matrix& t) { return {t[0][0], t[1][1], t[2][2], t[0][1], t[1][2], t[0][2]}; }
 inline const double kRoot = std::sqrt(2.0 / 3.0);
+
+// The call of any of them, with values as they are at hand; the length of the name comes last.
+void callBuiltIn(auto&&... arguments) {
+  test::call([](auto... pointers) { SPX_USR_BUILTINVUMAT(pointers..., 80); }, arguments...);
+}
 
 // A block of like points that is led along a path, of strain or of stretch.  Of the deformation gradient only the volume ratio
 // counts.
@@ -73,7 +79,7 @@ struct UserMaterial {
     call(increments, J, newTemperature);
   }
   void call(const std::vector<Strain>& increments, const std::vector<double>& newVolume, double newTemperature = 300) {
-    const int comps = ndir + nshr, zero = 0, props32 = static_cast<int>(props.size());
+    const int comps = ndir + nshr;
     std::vector<double> strain(n * comps), F(n * (ndir + 2 * nshr)), density(n), told(n, temperature),
         tnew(n, newTemperature);
     const auto oldStress = stress, oldState = state, oldInternal = internal, oldInelastic = inelastic;
@@ -85,12 +91,10 @@ struct UserMaterial {
       density[i] = massStays ? rho / volume[i] : rho;
     }
     time += dt;
-    const std::vector<double> length(n, characteristicLength);
-    SPX_USR_BUILTINVUMAT(callInfo.data(), &n, &ndir, &nshr, &states, &zero, &props32, &zero, &time, &time, &dt,
-                         name.data(), nullptr, length.data(), props.data(), density.data(), strain.data(), nullptr,
-                         told.data(), stretchOld.data(), nullptr, nullptr, oldStress.data(), oldState.data(),
-                         oldInternal.data(), oldInelastic.data(), tnew.data(), stretch.data(), F.data(), nullptr,
-                         stress.data(), state.data(), internal.data(), inelastic.data(), 80);
+    callBuiltIn(callInfo, n, ndir, nshr, states, 0, static_cast<int>(props.size()), 0, time, time, dt, name, nullptr,
+                std::vector<double>(n, characteristicLength), props, density, strain, nullptr, told, stretchOld,
+                nullptr, nullptr, oldStress, oldState, oldInternal, oldInelastic, tnew, stretch, F, nullptr, stress,
+                state, internal, inelastic);
     temperature = newTemperature;
   }
   void steps(const Strain& total, int count) {

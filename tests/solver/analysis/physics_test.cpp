@@ -252,24 +252,14 @@ TEST_F(Physics, ModelsThatCannotStart) {
   };
   const Mesh good = box({2, 2, 2}, {1, 1, 1});
   const Case c = caseOf(neoHooke(1e6, 0.3, 1000), 1);
-  expect(good, c, "nothing");
-  Mesh inverted = good;
-  std::swap_ranges(&inverted.connectivity[24], &inverted.connectivity[28], &inverted.connectivity[28]);
-  expect(inverted, c, "zero or negative volume: 4 (1 in all)");
-  Case unknown = c, contradiction = c, bare = c;
-  fix(unknown, "nowhere", "x");
-  expect(good, unknown, "\"nowhere\"");
-  fix(contradiction, "x0", "x");
-  fix(contradiction, "y0", "xy");
-  expect(good, contradiction, "nothing"); // the same motion twice
-  contradiction.motions[1].velocity[0] = constant(2);
-  expect(good, contradiction, "\"x0\" and \"y0\"");
-  Case leaving = c;
+  Case twice = c, leaving = c, stiff = c, bare = c;
+  fix(twice, "x0", "x");
+  fix(twice, "y0", "xy");
+  expect(good, twice, "nothing"); // the same motion twice
   move(leaving, "x0", "xy", 2);
   leaving.symmetryPlanes = {{"all", {0.6, 0.8, 0}}};
   expect(good, leaving, "node 1 is moved out of the symmetry plane of group \"all\"");
   expect(good, caseOf(neoHooke(1e6, 0.3, 1e-320), 1), "brick 1 of material \"solid\" has a mass of ");
-  Case stiff = c;
   stiff.linearViscosity = 1e300;
   expect(good, stiff, "brick 1 of material \"solid\" has a stable increment of 0 s");
   bare.sections.clear();

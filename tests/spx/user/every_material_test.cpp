@@ -1,7 +1,6 @@
 // What holds for all built-in user materials: plain loops compute the same, axes do not matter, energy is not given back, the
 // first call is elastic.
 #include "bench/plain/user_rows.h"
-#include "tests/support/call.h"
 #include "tests/support/user_material.h"
 
 namespace {
@@ -24,10 +23,9 @@ TEST(UserMaterials, PlainLoopsComputeTheSame) {
     for (auto& o : out) o[0].resize(comps * n), o[1].resize(row.states * n), o[2].resize(n), o[3].resize(n);
     std::string name = row.name;
     name.resize(80, ' ');
-    call([](auto... arguments) { SPX_USR_BUILTINVUMAT(arguments..., 80); }, 0, n, 3, comps - 3, row.states, 0,
-         static_cast<int32_t>(row.props.size()), 0, 1.0, 1.0, dt, name, nullptr, length, row.props, density, strain,
-         nullptr, temperature, Uo, nullptr, nullptr, stress, state, energy, energy, temperature, U, F, nullptr,
-         out[0][0], out[0][1], out[0][2], out[0][3]);
+    callBuiltIn(0, n, 3, comps - 3, row.states, 0, static_cast<int32_t>(row.props.size()), 0, 1.0, 1.0, dt, name,
+                nullptr, length, row.props, density, strain, nullptr, temperature, Uo, nullptr, nullptr, stress, state,
+                energy, energy, temperature, U, F, nullptr, out[0][0], out[0][1], out[0][2], out[0][3]);
     row.loop(n, {row.props.data(), density.data(), strain.data(), F.data(), stress.data(), state.data(), energy.data(),
                  energy.data(), out[1][0].data(), out[1][1].data(), out[1][2].data(), out[1][3].data(), dt, Uo.data(),
                  U.data(), length.data()});
