@@ -185,7 +185,7 @@ TEST(Checked, EveryMisuseIsFoundAndNamed) {
 #endif
     const int number = checked::routineNumber(misuse.routine);
     ASSERT_GE(number, 0) << misuse.routine;
-    SoundCall call(checked::routines()[static_cast<std::size_t>(number)]);
+    SoundCall call(checked::routines()[number]);
     spoil(call, misuse);
     make<1>(call);
     const std::string found = findings();
@@ -233,7 +233,7 @@ TEST(Checked, SoundCallsAreSilentOnEveryThread) {
     for (const char* name :
          {"GLO_UTI_GATHERR", "GLO_UTI_EIG33V", "GLO_OPE_GENASSEM", "SPX_MAT_HYPERINVS33", "SPX_OPE_FILTERFLD",
           "GLO_UTI_ODBPRINC33QUAT", "SPX_OPE_GREENSTRAIN3DH8", "SPX_MAT_DUCTSTRESSRATIO3DEXP"}) {
-      SoundCall call(checked::routines()[static_cast<std::size_t>(checked::routineNumber(name))]);
+      SoundCall call(checked::routines()[checked::routineNumber(name)]);
       for (int times = 0; times < 20; ++times) make<3>(call);
     }
   };

@@ -3,6 +3,7 @@
 #include "tests/support/files.h"
 #include "tests/support/recording_diagnostics.h"
 #include "tests/support/recording_host.h"
+#include "tests/support/user_material.h"
 
 namespace {
 
@@ -18,18 +19,16 @@ struct Call {
   int info = 0;          // about the call
   bool untouched = true; // afterwards
 
-  std::string run(decltype(&SPX_USR_BUILTINVUMAT) routine = SPX_USR_BUILTINVUMAT) {
+  std::string run() {
     resetRecordingHost();
     const double ones[9] = {1, 1, 1, 0, 0, 0, 0, 0, 0};
     const std::vector<double> zeros(200, 0.0);
     std::vector<double> stress(6, -7), state(200, -7), energy(2, -7);
-    const int zero = 0, nprops = static_cast<int>(props.size());
     std::string padded = name;
     padded.resize(80, ' ');
-    routine(&info, &n, &ndir, &nshr, &states, &zero, &nprops, &zero, &time, &time, ones, padded.data(), nullptr, ones,
-            props.data(), ones, zeros.data(), nullptr, zeros.data(), ones, nullptr, nullptr, zeros.data(), zeros.data(),
-            zeros.data(), zeros.data(), zeros.data(), ones, ones, nullptr, stress.data(), state.data(), energy.data(),
-            energy.data() + 1, 80);
+    callBuiltIn(info, n, ndir, nshr, states, 0, static_cast<int>(props.size()), 0, time, time, ones, padded, nullptr,
+                ones, props, ones, zeros, nullptr, zeros, ones, nullptr, nullptr, zeros, zeros, zeros, zeros, zeros,
+                ones, ones, nullptr, stress, state, &energy[0], &energy[1]);
     untouched = true;
     for (const auto* values : {&stress, &state, &energy})
       untouched = untouched && std::all_of(values->begin(), values->end(), [](double x) { return x == -7; });

@@ -169,7 +169,7 @@ HardCase makeHardCase(const OrdinaryCase& ordinary, std::uint64_t seed) {
     const Choice shared = isUniform ? whole : anyChoice(random);
     const int way = random.integer(0, 3); // one argument alone, each its own way, or all the same way
     if (way == 0) {
-      const std::size_t a = numbers[static_cast<std::size_t>(random.integer(0, static_cast<int>(numbers.size()) - 1))];
+      const std::size_t a = numbers[random.integer(0, static_cast<int>(numbers.size()) - 1)];
       hardenLine(random, shared, arrays[a], p, scratch);
     } else {
       for (std::size_t a : numbers) hardenLine(random, way == 1 ? anyChoice(random) : shared, arrays[a], p, scratch);

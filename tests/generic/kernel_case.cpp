@@ -344,8 +344,7 @@ std::vector<int> makeList(Random& random, int points, bool isWholeBlock) {
   for (int i = 1; i <= points; ++i)
     if (isWholeBlock || i == points || random.integer(0, 2) > 0) list.push_back(i);
   if (!isWholeBlock)
-    for (int i = static_cast<int>(list.size()) - 1; i > 0; --i)
-      std::swap(list[static_cast<std::size_t>(i)], list[static_cast<std::size_t>(random.integer(0, i))]);
+    for (int i = static_cast<int>(list.size()) - 1; i > 0; --i) std::swap(list[i], list[random.integer(0, i)]);
   return list;
 }
 
@@ -459,7 +458,7 @@ KernelCase makeCase(const RoutineInfo& routine, int points, int variant) {
   KernelCase result;
   result.routine = &routine;
   result.points = points;
-  Random listRandom(hashOf(routine.name, static_cast<std::uint64_t>(points * 64 + variant)));
+  Random listRandom(hashOf(routine.name, points * 64 + variant));
   std::vector<int> list;
   for (const ArgumentInfo& info : routine.args()) {
     if (info.is("first")) result.first = sizes(info.name) - 1;
@@ -491,8 +490,7 @@ KernelCase makeCase(const RoutineInfo& routine, int points, int variant) {
       else
         setValues(array, table.table.header);
     } else {
-      const std::uint64_t seed =
-          hashOf(routine.name, hashOf(info.name, static_cast<std::uint64_t>(points * 64 + variant)));
+      const std::uint64_t seed = hashOf(routine.name, hashOf(info.name, points * 64 + variant));
       fillArray(array, seed, sizes.entities());
     }
     result.arrays.push_back(array);
@@ -533,7 +531,7 @@ std::vector<int> KernelCase::recordsOfPoints() const {
   }
   for (std::size_t k = 0; k < set->elements(); ++k) {
     const int point = set->integer(k) - (kGroupNumber - 1) * kGroupSize;
-    if (point >= 1 && point <= points) records[static_cast<std::size_t>(point - 1)] = static_cast<int>(k);
+    if (point >= 1 && point <= points) records[point - 1] = static_cast<int>(k);
   }
   return records;
 }
@@ -543,13 +541,12 @@ std::vector<bool> KernelCase::reachedEntities(const Array& array, int onlyPoint)
   if (array.info->is("record")) {
     const std::vector<int> records = recordsOfPoints();
     for (std::size_t p = 0; p < records.size(); ++p)
-      if (records[p] >= 0 && (onlyPoint < 0 || static_cast<int>(p) == onlyPoint))
-        reached[static_cast<std::size_t>(records[p])] = true;
+      if (records[p] >= 0 && (onlyPoint < 0 || static_cast<int>(p) == onlyPoint)) reached[records[p]] = true;
     return reached;
   }
   const auto mark = [](std::vector<bool>& set, int entity) {
     if (set.size() < static_cast<std::size_t>(entity)) set.resize(static_cast<std::size_t>(entity), false);
-    set[static_cast<std::size_t>(entity - 1)] = true;
+    set[entity - 1] = true;
   };
   const auto markPoints = [&](const Array& map, std::vector<bool>& set) {
     for (std::size_t p = 0; p < map.lineCount; ++p)

@@ -156,15 +156,8 @@ curve = [{rate = 0.01, strain = [0, 0.05, 0.4, 0.6, 0.75, 0.85], stress = [0, 20
     writeFile("mixed.toml", text);
     writeFile("damped.toml",
               replaced(replaced(text, "quasi_static = true", "damping = 20.0"), "filter_cutoff = 300.0", ""));
-    solver::Mesh mesh = box({7, 5, 6}, {1, 0.8, 1.1});
-    const auto all =
-        std::find_if(mesh.groups.begin(), mesh.groups.end(), [](const auto& g) { return g.name == "all"; });
-    solver::Group upper = *all;
-    all->name = "lower";
-    upper.name = "upper";
-    std::erase_if(all->elements, [](int32_t brick) { return brick >= 70; });
-    std::erase_if(upper.elements, [](int32_t brick) { return brick < 70; });
-    mesh.groups.push_back(upper);
+    solver::Mesh mesh = numberedBox({7, 5, 6}, {1, 0.8, 1.1});
+    mesh.groups.push_back(*box({7, 5, 6}, {1, 0.8, 1.1}).findGroup("surface"));
     solver::writeMesh("mixed.msh", "mixed", withSide(mesh));
   }
 

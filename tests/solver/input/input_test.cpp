@@ -342,7 +342,7 @@ TEST_F(Input, MeshFilesThatCannotBeRead) {
 TEST_F(Input, MeshFilesThatAreCutOff) {
   for (const std::string& whole :
        {meshText(box({1, 1, 2}, {1, 1, 2})), readFile(SA_EXAMPLES "/twisting_column/column.msh")}) {
-    const std::size_t end = whole.find("$EndElements"), step = whole.size() > 10000 ? 97 : 1;
+    const std::size_t end = whole.find("$EndElements"), step = whole.size() > 10000 ? 97 : 3;
     const std::size_t first = end - std::min<std::size_t>(end, 1000);
     for (std::size_t size = first; size < end; size += end - size < 20 ? 1 : step) {
       const std::string text = answerToMesh(whole.substr(0, size));
