@@ -51,12 +51,6 @@ struct Call {
 };
 
 const std::vector<double> kAlloy = {60e9, .3, 60e9, .3, .075, 520e6, 600e6, 300e6, 200e6, 0, 300, 0, 0, -1};
-const std::vector<double> kGlass = {30e9, .93, .088, .003, .35,  .77,    1,     .15e9, .5,
-                                    6e9,  3e9, .053, .85,  45e9, -138e9, 290e9, 1,     0};
-const std::vector<double> kBeissel = {193e9, 1.5e9, 5e9, 12e9,  .5e9,  .2e9, .2e9, .009, 1, .75e9,
-                                      .16,   1,     0,   220e9, 361e9, 0,    1,    0,    0, 0};
-const std::vector<double> kConcrete = {15e9, .79, 1.6, .007, .61, 48e6, 4e6,    1,     .01, 7, 16e6,
-                                       .001, 8e8, .10, .04,  1,   85e9, -171e9, 208e9, 0,   0};
 const std::vector<double> kViscous = {2e4, 8, 0, 0, 0, 0, 1e6, 2e3, 2, 0},
                           kCells = {7e10, .3, 2e8, .2, 1e9, 1e8, 1e8, 3e8, 5e7, 2e8, 0, 2,
                                     0,    0,  0,   0,  0,   1,   1e6, 0,   2e8, .8,  1, 1};
@@ -95,9 +89,9 @@ const std::vector<Sound>& soundCalls() {
                                            {"TVK_MOLDED_PLASTIC", 3, 1, plastic(), " 15 16 "},
                                            {"TVK_FABRIC", 3, 1, kWoven},
                                            {"TVK_PLY_FABRIC", 3, 1, kPly},
-                                           {"TVK_JH2", 3, 3, kGlass},
-                                           {"TVK_JHB", 3, 3, kBeissel, " 20 "}, // without a change of phase
-                                           {"TVK_HJC_CONCRETE", 3, 3, kConcrete}};
+                                           {"TVK_JH2", 3, 3, kCeramics[2].props()},
+                                           {"TVK_JHB", 3, 3, siliconCarbide(), " 20 "}, // without a change of phase
+                                           {"TVK_HJC_CONCRETE", 3, 3, concrete()}};
   return calls;
 }
 
@@ -125,7 +119,7 @@ TEST(UserMaterialDispatch, EachKeyAndAnySuffixReachesItsImplementation) {
 
 TEST(UserMaterialDispatch, UnknownNamesEndTheAnalysis) {
   for (const char* name : {"STEEL", "TVK_JH", "TVK_FOAM", "tvk_jh2", " TVK_JH2", "TVK_XPL_FABRIC_INITENER", ""}) {
-    Call call{name, 3, 3, 100, kGlass};
+    Call call{name, 3, 3, 100, kCeramics[2].props()};
     EXPECT_EQ(call.run(), call.filled("Error: Material %S is not supported as a built-in user material|"));
     EXPECT_TRUE(call.untouched);
     EXPECT_TRUE(Call::ended());

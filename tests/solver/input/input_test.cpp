@@ -391,9 +391,6 @@ TEST_F(Input, BricksThatCannotBeUsed) {
   for (std::size_t i = 0; i < mirrored.nodeNumbers.size(); ++i) mirrored.coordinates[3 * i] *= -1;
   expectVolume(mirrored, "103, 106, 109, 112, 115, 118, 121, 124, ... (20 in all)");
 
-  Mesh collapsed = sound; // a corner of the third brick on its neighbour
-  collapsed.connectivity[17] = collapsed.connectivity[16];
-  EXPECT_EQ(answerToMesh(meshText(collapsed)), "box.msh: brick 109 has the same node at two corners");
   EXPECT_EQ(answerToMesh(replaced(meshText(sound), "\n106 5 2 7 7", "\n106 5 2 0 9")),
             "box.msh: 1 brick of 4 in no physical volume, the first is number 106");
 }
@@ -406,15 +403,9 @@ TEST_F(Input, HostileMeshes) {
   EXPECT_EQ(answer(replaced(barCase, "box.msh", "pipe.msh")),
             "pipe.msh: is no file with a mesh but a pipe or a device");
 
-  Mesh turned = numberedBox({1, 1, 4}, {1, 1, 4}); // a corner pushed through the opposite edge of its face
-  turned.coordinates[3 * 16] = turned.coordinates[3 * 16 + 1] = .7;
-  Mesh twins = numberedBox({1, 1, 4}, {1, 1, 4});
-  std::copy_n(twins.connectivity.begin(), 8, twins.connectivity.begin() + 8);
   const struct {
     std::string mesh, answer;
   } rows[] = {
-      {meshText(turned), "box.msh: brick 112 is turned over at its node "},
-      {meshText(twins), "box.msh: bricks 103 and 106 have the same nodes"},
       {replaced(sound, "$Nodes\n20\n", "$Nodes\n19\n"), "box.msh: $Nodes has 20 lines, its first one announces 19"},
       {replaced(sound, "$Nodes\n20\n", "$Nodes\n99999999999\n"), "box.msh: $Nodes has 20 lines"},
       {replaced(sound, "\n197 ", "\n5000000197 "), "box.msh: $Nodes has the number 5000000197, above 2147483647"},
@@ -566,22 +557,28 @@ box = {bricks = [1, 1, 3], size = [1, 1, 1], layers_along = "y"} => :1:69: layer
 
 // Wherever an Exodus file ends too early or a word of it is spoiled, it is an error or another mesh, never the end of the program.
 TEST_F(Input, ExodusFilesThatCannotBeRead) {
-  const auto answerToExodus = [](const Mesh& mesh) {
-    solver::writeMesh("box.msh", "box", mesh);
-    return answer(barCase);
-  };
   const Mesh sound = numberedBox({1, 1, 4}, {1, 1, 4});
-  std::vector<std::pair<Mesh, std::string>> rows(6, {sound, ""});
-  rows[0].first.nodeNumbers[3] = 27, rows[0].second = "two nodes have the number 27";
-  rows[1].first.elementNumbers[3] = 103, rows[1].second = "two bricks have the number 103";
-  rows[2].first.coordinates[5] = NAN, rows[2].second = "a coordinate of node 27 is not a finite number";
-  std::copy_n(sound.connectivity.begin(), 8, rows[3].first.connectivity.begin() + 8);
-  rows[3].second = "bricks 103 and 106 have the same nodes";
-  rows[4].first.coordinates[3 * 16] = rows[4].first.coordinates[3 * 16 + 1] = .7;
-  rows[4].second = "brick 112 is turned over at its node 177";
-  rows[5].first.connectivity[17] = rows[5].first.connectivity[16];
-  rows[5].second = "brick 109 has the same node at two corners";
-  for (const auto& [mesh, wanted] : rows) EXPECT_EQ(answerToExodus(mesh), "box.msh: " + wanted);
+  const struct {
+    std::function<void(Mesh&)> spoil;
+    std::string answer;
+    bool isOfBoth = false; // formats
+  } rows[] = {
+      {[](Mesh& m) { m.nodeNumbers[3] = 27; }, "two nodes have the number 27"},
+      {[](Mesh& m) { m.elementNumbers[3] = 103; }, "two bricks have the number 103"},
+      {[](Mesh& m) { m.coordinates[5] = NAN; }, "a coordinate of node 27 is not a finite number"},
+      {[](Mesh& m) { std::copy_n(&m.connectivity[0], 8, &m.connectivity[8]); },
+       "bricks 103 and 106 have the same nodes", true},
+      // a corner pushed through the opposite edge of its face, and one on its neighbour
+      {[](Mesh& m) { m.coordinates[48] = m.coordinates[49] = .7; }, "brick 112 is turned over at its node 177", true},
+      {[](Mesh& m) { m.connectivity[17] = m.connectivity[16]; }, "brick 109 has the same node at two corners", true}};
+  for (const auto& row : rows) {
+    Mesh mesh = sound;
+    row.spoil(mesh);
+    solver::writeMesh("box.msh", "box", mesh);
+    EXPECT_EQ(answer(barCase), "box.msh: " + row.answer);
+    const std::string other = row.isOfBoth ? answerToMesh(meshText(mesh)) : "box.msh: " + row.answer;
+    EXPECT_TRUE(other.starts_with("box.msh: " + row.answer.substr(0, 30))) << other; // another corner may be named
+  }
 
   // in both formats of the library
   for (const int64_t number : {int64_t{177}, int64_t{1} << 40}) {

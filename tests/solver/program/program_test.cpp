@@ -1,4 +1,5 @@
 // The program as its user sees it: what it shows, what it writes, and what is left of a run that ends early.
+#include "bench/plain/filter.h"
 #include "filter_design.h"
 #include "solver/analysis/derived_fields.h"
 #include "solver/parallel/cores.h"
@@ -234,8 +235,7 @@ TEST_F(ProgramTest, FilteredHistory) {
         return v[n < back ? 0 : n - back];
       };
       for (std::size_t n = 1; n < x.size(); ++n)
-        signal[n] = coef[k] * x[n] + coef[k + 1] * at(x, n, 1) + coef[k + 2] * at(x, n, 2) -
-                    coef[k + 3] * at(signal, n, 1) - coef[k + 4] * at(signal, n, 2);
+        signal[n] = plain::filterSection(&coef[k], x[n], at(x, n, 1), at(x, n, 2), at(signal, n, 1), at(signal, n, 2));
     }
     const std::vector<double>& filtered = fine[std::string("filtered_") + name];
     ASSERT_EQ(filtered.size(), signal.size()) << name;
