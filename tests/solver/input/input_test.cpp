@@ -168,7 +168,7 @@ damping = 0; quasi_static = true => :26:11: damping is given with quasi_static, 
 interval = 0 => :27:12: interval is 0, expected a positive number in s
 fields = ["strain"] => :27:10: "strain" is no field, expected one of displacement, velocity, reaction, stress,
     strain_energy_density, mask, principal_stress, principal_rotation, principal_direction, material_orientation
-history_interval = 1e-9 => :27:20: history_interval is 1e-09, which makes more than 100000 records, expected at least
+history_interval = 2e-7 => :27:20: history_interval is 2e-07, which makes more than 100000 records, expected at least
     5e-07 s
 restart_interval = -1 => :27:20: restart_interval is -1, expected a positive number in s
 filter_cutoff = 0 => :27:17: filter_cutoff is 0, expected a positive number in Hz
