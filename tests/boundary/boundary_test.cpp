@@ -1,34 +1,20 @@
 // The built library seen from outside: what it needs, what it is called, what the interface tool finds wrong.
-#include <gtest/gtest.h>
+#include "tests/support/files.h"
+#include "tests/support/program.h"
 
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <regex>
-#include <set>
-#include <sstream>
-
-#include "library_file.h"
 
 namespace {
 
-using namespace sa::test;
-
-std::string joined(const Output& output) {
-  std::string text;
-  for (const std::string& line : output.lines) text += line + "\n";
-  return text;
-}
+using namespace sharedanalysis::test;
 
 // Names of undefined dynamic symbols without their versions.
 std::vector<std::string> undefinedSymbols(const std::string& library) {
-  const Output output = run("nm -D --undefined-only '" + library + "'");
   std::vector<std::string> names;
-  for (const std::string& line : output.lines) {
+  for (const std::string& line : linesOf(shell("nm -D --undefined-only '" + library + "'").out)) {
     const std::string name = line.substr(line.find_last_of(' ') + 1);
     names.push_back(name.substr(0, name.find('@')));
   }
-  if (output.status != 0) names.clear();
   return names;
 }
 
@@ -61,13 +47,10 @@ TEST(Boundary, NeedsNothingThatEndsPrintsOrRounds) {
 }
 
 TEST(Boundary, CarriesItsVersionInTheName) {
-  const Output output = run(std::string("readelf -d '") + SA_LIBRARY_FILE + "'");
-  ASSERT_EQ(output.status, 0);
-  const std::string text = joined(output);
-  EXPECT_NE(text.find("soname: [libSharedAnalysis.so.1]"), std::string::npos) << text;
+  const std::string text = shell("readelf -d '" SA_LIBRARY_FILE "'").out;
+  EXPECT_TRUE(contains(text, "soname: [libSharedAnalysis.so.1]")) << text;
   // Host services stay open to symbols that come earlier in the process.
-  EXPECT_EQ(text.find("(SYMBOLIC)"), std::string::npos) << text;
-  EXPECT_EQ(text.find("TEXTREL"), std::string::npos) << text;
+  EXPECT_FALSE(contains(text, "(SYMBOLIC)") || contains(text, "TEXTREL")) << text;
 }
 
 // Where the loader would look in the working directory, or anywhere that moves with it.
@@ -88,10 +71,10 @@ TEST(Boundary, LoadsNothingFromTheWorkingDirectory) {
   std::size_t looked = 0;
   for (std::string file; std::getline(list, file);) {
     if (!std::filesystem::exists(file)) continue; // benchmarks, for instance, are built on request
-    const Output output = run("readelf -d '" + file + "'");
-    ASSERT_EQ(output.status, 0) << file;
-    for (const std::string& line : output.lines) {
-      if (line.find("(RUNPATH)") == std::string::npos && line.find("(RPATH)") == std::string::npos) continue;
+    const Outcome outcome = shell("readelf -d '" + file + "'");
+    ASSERT_EQ(outcome.code, 0) << file;
+    for (const std::string& line : linesOf(outcome.out)) {
+      if (!contains(line, "(RUNPATH)") && !contains(line, "(RPATH)")) continue;
       const std::size_t open = line.find('[') + 1;
       EXPECT_TRUE(movingEntries(line.substr(open, line.rfind(']') - open)).empty()) << file << line;
       ++looked;
@@ -155,34 +138,33 @@ std::string slips() {
 }
 
 TEST(InterfaceTool, FindsEverySlipOfAHeader) {
-  const Output output = run(std::string(SA_INTERFACE_TOOL) + " check " + slips());
-  EXPECT_EQ(output.status, 1);
-  const std::string text = joined(output);
+  const Outcome outcome = shell(SA_INTERFACE_TOOL " check " + slips() + " 2>&1");
+  EXPECT_EQ(outcome.code, 1);
   std::vector<const char*> findings = {"contents: \"Wrong count\" has 1 routines, not 2",
                                        "contents: \"Wrong title\", section: \"Other title\"",
                                        "SLIP_NO_COMMENT has no comment"};
   for (const Slip& slip : kSlips) findings.insert(findings.end(), slip.findings.begin(), slip.findings.end());
-  for (const char* finding : findings) EXPECT_NE(text.find(finding), std::string::npos) << finding << "\n" << text;
+  for (const char* finding : findings) EXPECT_TRUE(contains(outcome.out, finding)) << finding << "\n" << outcome.out;
   // Each finding names its place.
-  for (const std::string& line : output.lines) EXPECT_NE(line.find("slips.h:"), std::string::npos) << line;
+  for (const std::string& line : linesOf(outcome.out)) EXPECT_TRUE(contains(line, "slips.h:")) << line;
 }
 
 TEST(InterfaceTool, FindsMissingAndExtraSymbols) {
-  const std::string headers = " " + slips();
-  const std::string text = joined(run(std::string(SA_INTERFACE_TOOL) + " symbols " SA_LIBRARY_FILE + headers));
-  EXPECT_NE(text.find("SLIP_COUNT is not exported"), std::string::npos) << text;
-  EXPECT_NE(text.find("GLO_UTI_VADDR is exported without declaration"), std::string::npos) << text;
-  EXPECT_EQ(run(std::string(SA_INTERFACE_TOOL) + " symbols /nowhere.so" + headers).status, 2);
+  const std::string headers = " " + slips() + " 2>&1",
+                    text = shell(SA_INTERFACE_TOOL " symbols " SA_LIBRARY_FILE + headers).out;
+  EXPECT_TRUE(contains(text, "SLIP_COUNT is not exported")) << text;
+  EXPECT_TRUE(contains(text, "GLO_UTI_VADDR is exported without declaration")) << text;
+  EXPECT_EQ(shell(SA_INTERFACE_TOOL " symbols /nowhere.so" + headers).code, 2);
 }
 
 TEST(InterfaceTool, FindsDroppedSymbols) {
   const std::string list = ::testing::TempDir() + "symbols.txt";
   std::ofstream(list) << "GLO_UTI_VADDR@SHAREDANALYSIS_1\nGLO_UTI_VADDR@SHAREDANALYSIS_2\nDROPPED@SHAREDANALYSIS_1\n";
-  const Output output = run(std::string(SA_INTERFACE_TOOL) + " keeps " SA_LIBRARY_FILE " " + list);
-  EXPECT_EQ(output.status, 1);
-  ASSERT_EQ(output.lines.size(), 2u) << joined(output);
-  EXPECT_NE(output.lines[0].find(":2: GLO_UTI_VADDR@SHAREDANALYSIS_2 now has version"), std::string::npos);
-  EXPECT_NE(output.lines[1].find(":3: DROPPED is no longer exported"), std::string::npos);
+  const Outcome outcome = shell(SA_INTERFACE_TOOL " keeps " SA_LIBRARY_FILE " " + list + " 2>&1");
+  EXPECT_EQ(outcome.code, 1);
+  EXPECT_EQ(linesOf(outcome.out).size(), 2u) << outcome.out;
+  EXPECT_TRUE(contains(outcome.out, ":2: GLO_UTI_VADDR@SHAREDANALYSIS_2 now has version")) << outcome.out;
+  EXPECT_TRUE(contains(outcome.out, ":3: DROPPED is no longer exported")) << outcome.out;
 }
 
 } // namespace

@@ -1,9 +1,6 @@
 // The folders of the sources as floors of a house: includes lead downwards.
-#include <gtest/gtest.h>
+#include "tests/support/test.h"
 
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <regex>
 
 namespace {

@@ -1,16 +1,31 @@
 // The machine code of the kernels: each copy for an instruction set uses that set's full vectors and has everything inlined.
 // A copy that calls shared code runs the slow baseline version of it, with the right bits and no other sign.
-#include <gtest/gtest.h>
+#include "tests/support/files.h"
+#include "tests/support/program.h"
 
-#include <map>
 #include <regex>
-#include <set>
-
-#include "library_file.h"
 
 namespace {
 
-using namespace sa::test;
+using namespace sharedanalysis::test;
+
+// Instructions of each function, as disassembled: "vmulpd %zmm0,...", without addresses.
+struct Function {
+  std::string name;
+  std::vector<std::string> instructions;
+};
+std::vector<Function> disassemble(const std::string& library) {
+  std::vector<Function> functions;
+  for (const std::string& line : linesOf(shell("objdump -d --no-show-raw-insn '" + library + "'").out)) {
+    // "0000000000008160 <name>:" and "    8160:\tvmulpd ..."
+    const std::size_t open = line.find(" <"), tab = line.find('\t');
+    if (tab == std::string::npos && open != std::string::npos && line.ends_with(">:"))
+      functions.push_back({line.substr(open + 2, line.size() - open - 4), {}});
+    else if (tab != std::string::npos && !functions.empty())
+      functions.back().instructions.push_back(line.substr(tab + 1));
+  }
+  return functions;
+}
 
 // Kernels whose loops take scalars through maps, lists or comparisons one after another; there is nothing to vectorise.
 const std::set<std::string> kWithoutVectors = {

@@ -1,15 +1,11 @@
 // What is written by hand for packages agrees with the build.
-#include <gtest/gtest.h>
+#include "tests/support/files.h"
 
-#include <fstream>
 #include <regex>
 
 namespace {
 
-std::string textOf(const std::string& file) {
-  std::ifstream stream(std::string(SA_SOURCE_DIR "/") + file);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
+std::string textOf(const std::string& file) { return sharedanalysis::test::readFile(SA_SOURCE_DIR "/" + file); }
 
 TEST(Version, IsTheSameEverywhere) {
   const std::regex kNumber(R"(\d+\.\d+\.\d+)");

@@ -3,22 +3,10 @@
 #include "tests/support/files.h"
 #include "tests/support/program.h"
 
-#include <cstring>
-#include <fstream>
-#include <gtest/gtest.h>
-#include <random>
-
 namespace sa::test {
 namespace {
 
-using sharedanalysis::test::Outcome;
-using sharedanalysis::test::Program;
-using sharedanalysis::test::WorkingDirectory;
-
-std::string contents(const std::string& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
+using namespace sharedanalysis::test;
 
 // Runs a program with the checking library before all others.
 Outcome recorded(const std::vector<std::string>& words, const std::string& record, const char* check = "off") {
@@ -38,9 +26,9 @@ Outcome replayed(std::vector<std::string> words) {
   words.insert(words.begin(), SA_REPLAY_PROGRAM);
   return Program(words).wait();
 }
-void expectIn(const Outcome& outcome, int code, std::string_view text) {
+void expectIn(const Outcome& outcome, int code, const std::string& text) {
   EXPECT_EQ(outcome.code, code) << outcome.out << outcome.err;
-  EXPECT_NE((outcome.out + outcome.err).find(text), std::string::npos) << outcome.out << outcome.err;
+  EXPECT_TRUE(contains(outcome.out + outcome.err, text)) << outcome.out << outcome.err;
 }
 
 // Every kernel with ordinary arguments, two calls each.
@@ -67,15 +55,14 @@ TEST(Replay, NamesTheFirstDifferenceAndReducesIt) {
   const Outcome outcome = replayed(
       {allKernels(), "--library", SA_FAULTY_LIBRARY, "--reduce", "one.rec", "--cpp", "one.cpp", "--python", "one.py"});
   expectIn(outcome, 1, "GLO_UTI_VMULTR, call ");
-  EXPECT_NE(outcome.out.find("  result(1)\n    recorded "), std::string::npos) << outcome.out;
-  EXPECT_NE(outcome.out.find("reduced to point 1"), std::string::npos) << outcome.out;
+  EXPECT_TRUE(contains(outcome.out, "  result(1)\n    recorded ")) << outcome.out;
+  EXPECT_TRUE(contains(outcome.out, "reduced to point 1")) << outcome.out;
   expectIn(replayed({"one.rec"}), 0, "1 call of 1 routine, 0 differ");
   expectIn(replayed({"one.rec", "--library", SA_FAULTY_LIBRARY}), 1, "result(1)");
   expectIn(run({"/usr/bin/python3", "one.py", SA_HOST_LIBRARY, SA_LIBRARY_FILE}), 0,
            "the results are the recorded ones");
   expectIn(run({"/usr/bin/python3", "one.py", SA_HOST_LIBRARY, SA_FAULTY_LIBRARY}), 1, "result, value 1: recorded");
-  EXPECT_NE(contents("one.cpp").find("GLO_UTI_VMULTR(n.data(), result.data(), a.data(), b.data());"),
-            std::string::npos);
+  EXPECT_TRUE(contains(readFile("one.cpp"), "GLO_UTI_VMULTR(n.data(), result.data(), a.data(), b.data());"));
 }
 
 TEST(Replay, FilterChoosesCallsAndResultsStay) {
@@ -85,23 +72,22 @@ TEST(Replay, FilterChoosesCallsAndResultsStay) {
   recorded({SA_SOLVER_PROGRAM, crush, "-q", "--digest", "-o", "watched"}, "calls.rec,increment=3-4,routine=SPX_*",
            "cheap,log=log");
   expectIn(run({SA_COMPARE_PROGRAM, "plain", "watched"}), 0, "the same");
-  EXPECT_EQ(contents("log"), "");
+  EXPECT_EQ(readFile("log"), "");
   expectIn(replayed({"calls.rec"}), 0, ", 0 differ");
   EXPECT_EQ(replayed({"calls.rec", "--list=no"}).code, 2);
   const std::string list = replayed({"calls.rec", "--list"}).out;
-  EXPECT_NE(list.find("SPX_MAT_HYPERPOLY3DEXP increment 3 "), std::string::npos) << list;
-  EXPECT_EQ(list.find("GLO_"), std::string::npos);
-  EXPECT_EQ(list.find("increment 5"), std::string::npos);
+  EXPECT_TRUE(contains(list, "SPX_MAT_HYPERPOLY3DEXP increment 3 ")) << list;
+  EXPECT_FALSE(contains(list, "GLO_") || contains(list, "increment 5"));
   // a file that ends anywhere loses its last call alone
-  const std::string whole = contents("calls.rec");
-  std::ofstream("cut.rec", std::ios::binary) << whole.substr(0, whole.size() - 7);
+  const std::string whole = readFile("calls.rec");
+  writeFile("cut.rec", whole.substr(0, whole.size() - 7));
   expectIn(replayed({"cut.rec"}), 0, "unfinished");
-  std::ofstream("other.rec", std::ios::binary) << "no recording at all";
+  writeFile("other.rec", "no recording at all");
   expectIn(replayed({"other.rec"}), 2, "is no recording");
   // nothing else is written over
   expectIn(run({SA_SOLVER_PROGRAM, crush, "-q", "--record", "other.rec"}), 1, "is no recording, and is not replaced");
   recorded({SA_SOLVER_PROGRAM, crush, "-q"}, "other.rec");
-  EXPECT_EQ(contents("other.rec"), "no recording at all");
+  EXPECT_EQ(readFile("other.rec"), "no recording at all");
   expectIn(replayed({"calls.rec", "--cpp", "calls.rec"}), 2, "is what is read");
   expectIn(replayed({"calls.rec", "--call", "999999999"}), 2, "has no call 999999999");
   expectIn(replayed({"calls.rec", "--call", "-1"}), 2, "error: --call: Value -1 not in range 1 to");
@@ -115,14 +101,14 @@ TEST(Replay, ExplicitProgramOffersBoth) {
       run({SA_SOLVER_PROGRAM, crush, "-q", "-o", "out", "--checked=cheap,log=log", "--record", "calls.rec,call=1-2"});
   EXPECT_EQ(outcome.code, run({SA_SOLVER_PROGRAM, crush, "-q", "-o", "out"}).code) << outcome.err;
   EXPECT_TRUE(std::filesystem::exists("log"));
-  EXPECT_EQ(contents("log"), "");
+  EXPECT_EQ(readFile("log"), "");
   expectIn(replayed({"calls.rec"}), 0, ", 0 differ");
 }
 
 // Bytes of calls are replaced, and the sums over them set right, so that the spoiled calls are made.
 TEST(Replay, SpoiledRecordingsDoNotEndTheProgram) {
   const WorkingDirectory here;
-  const std::string all = contents(allKernels());
+  const std::string all = readFile(allKernels());
   std::mt19937 random(7);
   std::string spoiled = checked::fileHead();
   for (std::size_t at = checked::kFileHead; at + checked::kRecordHead < all.size();) {
@@ -139,7 +125,7 @@ TEST(Replay, SpoiledRecordingsDoNotEndTheProgram) {
     spoiled.append(reinterpret_cast<const char*>(&checked::kMark), 4).append(reinterpret_cast<const char*>(&size), 4);
     spoiled.append(reinterpret_cast<const char*>(&sum), 8).append(body);
   }
-  std::ofstream("spoiled.rec", std::ios::binary) << spoiled;
+  writeFile("spoiled.rec", spoiled);
   expectIn(replayed({"spoiled.rec"}), 1, "cannot be made");
   expectIn(replayed({"spoiled.rec", "--compare", allKernels()}), 1, "are the same");
 }

@@ -1,7 +1,6 @@
-// Messages about marked elements, the continuum shell's test, and the material variables of threads.
+// Messages about marked elements, and the material variables of threads.
 #include "dia_Codes.h"
 #include "spx.h"
-#include "tests/support/random.h"
 #include "tests/support/recording_diagnostics.h"
 #include "tests/support/threads.h"
 
@@ -96,76 +95,6 @@ TEST_F(Distortion, FamiliesFindTheirFlagsInTheWorkArray) {
     EXPECT_TRUE(c.text != check ||
                 messages[0].ends_with("consistency, making sure that there are no common nodes between the slave and "
                                       "master surfaces."));
-  }
-}
-
-// ---- continuum shell
-
-// Four thicknesses, two lengths and the coordinates x, y, z of eight corners.
-struct Shell {
-  std::array<double, 30> values = {0.1,       0.1, 0.1, 0.1, 1, 1, /* x */ 0, 1, 1,         0, 0, 1, 1,   0,
-                                   /* y */ 0, 0,   1,   1,   0, 0, 1,         1, /* z */ 0, 0, 0, 0, 0.1, 0.1,
-                                   0.1,       0.1};
-  // Whether the test marks it, in the middle of a block of sound elements.
-  bool marked(double flag = 0.0) const {
-    constexpr int n = 5, at = 2;
-    std::vector<double> all(30 * n), flags(n, 0.0);
-    for (int k = 0; k < 30 * n; ++k) all[k] = (k % n == at ? *this : Shell()).values[k / n];
-    flags[at] = flag;
-    SPX_OPE_SC3DDISTORTIONCHECK(&n, &all[0], &all[4 * n], &all[5 * n], &all[6 * n], flags.data());
-    for (int e = 0; e < n; ++e) EXPECT_TRUE(e == at || flags[e] == 0.0);
-    EXPECT_TRUE(flags[at] == 0.0 || flags[at] == 1.0 || flags[at] == flag);
-    return flags[at] != 0.0;
-  }
-  Shell with(int k, double value) const {
-    Shell result = *this;
-    result.values[k] = value;
-    return result;
-  }
-  template <class Map>
-  Shell moved(int first, int end, Map map) const {
-    Shell result = *this;
-    for (int node = first; node < end; ++node) {
-      const std::array<double, 3> x = map(values[6 + node], values[14 + node], values[22 + node]);
-      for (int c = 0; c < 3; ++c) result.values[6 + 8 * c + node] = x[c];
-    }
-    return result;
-  }
-};
-
-TEST(ContinuumShell, ThinAndTurnedOverElementsAreMarked) {
-  const Shell sound;
-  EXPECT_FALSE(sound.marked());
-  EXPECT_TRUE(sound.marked(1.0)); // a flag is never cleared
-  EXPECT_TRUE(sound.marked(-3.0));
-  for (double t : {0.0011, 0.0009, 0.0, -0.1}) // against a thousandth of the lengths
-    EXPECT_EQ(sound.with(3, t).marked(), t < 0.001) << t;
-  for (int k = 0; k < 30; ++k) EXPECT_TRUE(sound.with(k, kNaN).marked()) << k;
-  // the top face turned over, about every axis of its plane
-  for (double angle = 0; angle < 3.14; angle += 0.05) {
-    const double c = std::cos(2 * angle), s = std::sin(2 * angle);
-    const Shell over = sound.moved(4, 8, [=](double x, double y, double z) {
-      return std::array{0.5 + c * (x - 0.5) + s * (y - 0.5), 0.5 + s * (x - 0.5) - c * (y - 0.5), z};
-    });
-    EXPECT_TRUE(over.marked()) << angle;
-  }
-  // one corner of the top face pulled over its diagonal
-  EXPECT_TRUE(sound.moved(6, 7, [](double, double, double z) { return std::array{-0.5, -0.5, z}; }).marked());
-}
-
-TEST(ContinuumShell, MotionAndStretchOfTheWholeElementMarkNothing) {
-  Random random(3);
-  for (int round = 0; round < 500; ++round) {
-    Matrix R;
-    randomRotation(random, R);
-    const double sx = random.uniform(0.2, 5), sy = random.uniform(0.2, 5), shear = random.uniform(-2, 2);
-    const Shell moved = Shell().moved(0, 8, [&](double x, double y, double z) {
-      const double p[] = {sx * x + shear * y, sy * y, z + 0.1 * x};
-      std::array<double, 3> q{};
-      for (std::size_t i = 0; i < 3; ++i) q[i] = 10 + R[i][0] * p[0] + R[i][1] * p[1] + R[i][2] * p[2];
-      return q;
-    });
-    EXPECT_FALSE(moved.marked());
   }
 }
 

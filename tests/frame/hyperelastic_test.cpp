@@ -1,5 +1,6 @@
 // The end of the analysis that a hyperelastic material asks for.
 #include "spx.h"
+#include "tests/support/call.h"
 #include "tests/support/recording_host.h"
 
 namespace {
@@ -22,12 +23,10 @@ struct Bars {
     }
   }
   void run(int kernel) {
-    const double *m = mu.data(), *l = lambdaM.data(), *c = a.data(), *b = beta.data(), *d = D.data(), *v = V.data();
-    double *f = flag.data(), *s = stress.data(), *B = bound.data(), *K = bulk.data();
-    if (kernel == 0) SPX_MAT_HYPERVDWS33(&n, m, l, c, b, energy.data(), rJ.data(), v);
-    if (kernel == 1) SPX_MAT_HYPERVDW3DEXP(&n, m, l, c, b, d, v, s, f, B, K);
-    if (kernel == 2) SPX_MAT_HYPERVDWGPEEXP(&n, m, l, c, b, d, v, s, f, B, K);
-    if (kernel == 3) SPX_MAT_HYPERVDWMODULIEXP(&n, m, l, c, b, d, v, f, B, K);
+    if (kernel == 0) call(SPX_MAT_HYPERVDWS33, n, mu, lambdaM, a, beta, energy, rJ, V);
+    if (kernel == 1) call(SPX_MAT_HYPERVDW3DEXP, n, mu, lambdaM, a, beta, D, V, stress, flag, bound, bulk);
+    if (kernel == 2) call(SPX_MAT_HYPERVDWGPEEXP, n, mu, lambdaM, a, beta, D, V, stress, flag, bound, bulk);
+    if (kernel == 3) call(SPX_MAT_HYPERVDWMODULIEXP, n, mu, lambdaM, a, beta, D, V, flag, bound, bulk);
   }
 };
 

@@ -4,8 +4,6 @@
 #include "spx.h"
 #include "tests/support/recording_host.h"
 
-#include <map>
-
 namespace {
 
 using namespace sharedanalysis::test;

@@ -2,9 +2,6 @@
 #include "glo.h"
 #include "tests/support/recording_host.h"
 
-#include <bit>
-#include <random>
-
 namespace {
 
 using namespace sharedanalysis::test;
@@ -44,21 +41,18 @@ protected:
                    arguments.reals.data(), strings.data());
   }
   static Lines linesOf(const std::string& type, const std::string& text, const Arguments& arguments = {}) {
-    write(type, text, arguments);
-    return takeLines();
+    return write(type, text, arguments), takeLines();
   }
   static Lines cLinesOf(const std::string& type, const std::string& text, const Arguments& arguments = {}) {
-    cWrite(type, text, arguments);
-    return takeLines();
+    return cWrite(type, text, arguments), takeLines();
   }
   // Of texts of one line.
-  static std::string table(const std::string& text, const Arguments& arguments = {}) {
-    const Lines lines = linesOf("Table", text, arguments);
+  static std::string only(const Lines& lines) {
     return lines.size() == 1 ? lines[0] : std::to_string(lines.size()) + " lines";
   }
-  static std::string cTable(const std::string& text, const Arguments& arguments = {}) {
-    const Lines lines = cLinesOf("Table", text, arguments);
-    return lines.size() == 1 ? lines[0] : std::to_string(lines.size()) + " lines";
+  static std::string table(const std::string& text, const Arguments& a = {}) { return only(linesOf("Table", text, a)); }
+  static std::string cTable(const std::string& text, const Arguments& a = {}) {
+    return only(cLinesOf("Table", text, a));
   }
 };
 

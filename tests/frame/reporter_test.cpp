@@ -1,5 +1,6 @@
 // The work-in-progress reporter against a host that records.
 #include "spx_WipReporter.h"
+#include "tests/support/files.h"
 #include "tests/support/recording_host.h"
 
 namespace {
@@ -14,22 +15,11 @@ struct Stream : aio_ostream {
 class Reporter : public testing::Test {
 protected:
   void SetUp() override { resetRecordingHost(); }
-  static std::string thrown(const auto& call) {
-    try {
-      call();
-    } catch (const aio_TextException& error) {
-      EXPECT_STREQ(error.file(), "spx_WipReporter");
-      EXPECT_GT(error.line(), 0);
-      return error.what();
-    }
-    return "nothing";
-  }
+  static std::string thrown(const auto& call) { return sharedanalysis::test::thrown<aio_TextException>(call); }
 
   Stream stream_;
   spx_WipReporter reporter_{stream_};
 };
-
-const std::string kCutError = "***WARNING: Error message is too long. It has been truncated.";
 
 TEST_F(Reporter, LongTextsAreCutAtTheirLastBlank) {
   const std::string words = std::string(400, 'a') + " " + std::string(73, 'b') + " "; // 475 characters
@@ -56,6 +46,11 @@ TEST_F(Reporter, ModesDecideWhetherAnErrorIsWrittenOrRaised) {
   EXPECT_EQ(takeMessages(), (Calls{"***ERROR: one", "***ERROR: one", "***ERROR: one"}));
   EXPECT_EQ(recordingHost().statuses.size(), 3u);
   EXPECT_EQ(thrown([&] { reporter_.Error(std::string(500, 'y'), 3); }), std::string(475, 'y'));
+  try {
+    reporter_.Error("where", 3);
+  } catch (const aio_TextException& error) {
+    EXPECT_TRUE(error.file() == std::string("spx_WipReporter") && error.line() > 0) << error.file();
+  }
 
   const std::vector<std::string> texts{"one", "two"};
   const std::string multiple = "Multiple error messages.";

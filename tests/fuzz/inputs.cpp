@@ -15,11 +15,6 @@
 #include "tests/solver/models.h"
 
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <fstream>
-#include <map>
-#include <string_view>
 #include <unistd.h>
 
 namespace {

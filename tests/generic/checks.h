@@ -30,7 +30,7 @@ Findings checkEmpty(GuardedMemory& memory, const Kernel& kernel);
 Findings checkLists(GuardedMemory& memory, const Kernel& kernel);
 // A block at once, in pieces and point by point: the same bits.
 Findings checkPieces(GuardedMemory& memory, const Kernel& kernel);
-// Points with hard data (hard_case.h) beside ordinary ones, called in floating-point environments of any kind: the call
+// Points with hard data beside ordinary ones, called in floating-point environments of any kind: the call
 // returns, keeps within its arrays, does not trap, leaves the environment as it was and gives the bits of the usual
 // environment, of any splitting, and to the ordinary points those of an ordinary call.
 struct HardCases {

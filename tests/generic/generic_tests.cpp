@@ -7,8 +7,14 @@
 //
 // With --needs and a processor below the level the program says so and ends with code 77.  Torture runs passes of hard cases
 // over all kernels until it has driven N points or H hours have gone by; of M programs side by side each takes every M-th pass.
+#include <dlfcn.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <exception>
 #include <fstream>
@@ -18,12 +24,93 @@
 #include <stdexcept>
 #include <utility>
 
-#include "case_file.h"
-#include "library.h"
+#include "checks.h"
 
 namespace {
 
 using namespace sa::test;
+
+// ---- the library
+
+const char* volatile watched = "";
+
+void onAlarm(int) {
+  const char text[] = " does not return\n";
+  if (write(STDERR_FILENO, watched, std::strlen(watched)) < 0 || write(STDERR_FILENO, text, sizeof text - 1) < 0)
+    _exit(4);
+  _exit(3);
+}
+
+// NAME of NAMEINDX, NAMEELSET and the like.
+void setWholeForm(Kernel& kernel, const std::vector<Kernel>& kernels) {
+  static constexpr std::string_view kForms[][2] = {
+      {"INDX", ""}, {"FLDELSET", "ORFLD"}, {"ELSET", ""}, {"EMULT", "MULT"}, {"ELS", ""}};
+  for (const auto& [ending, replacement] : kForms) {
+    std::string wanted = kernel.info->name;
+    const std::size_t at = wanted.rfind(ending);
+    if (at == std::string::npos) continue;
+    wanted.replace(at, ending.size(), replacement);
+    for (const Kernel& other : kernels)
+      if (other.info->name == wanted) kernel.wholeInfo = other.info, kernel.wholeAddress = other.address;
+  }
+}
+
+// The kernels of the registry in the library; throws when it cannot be opened or misses one.
+std::vector<Kernel> openKernels(const std::string& library) {
+  // Host services are bound when they are called, and kernels call none.
+  void* handle = dlopen(library.c_str(), RTLD_LAZY | RTLD_LOCAL);
+  if (handle == nullptr) throw std::runtime_error(dlerror());
+  std::vector<Kernel> kernels;
+  std::string missing;
+  for (const RoutineInfo* info : kernelsOfRegistry()) {
+    void* address = dlsym(handle, info->name);
+    if (address == nullptr) missing += std::string(" ") + info->name;
+    kernels.push_back({info, address, info, address});
+  }
+  if (!missing.empty()) throw std::runtime_error("the library misses" + missing);
+  for (Kernel& kernel : kernels) setWholeForm(kernel, kernels);
+  return kernels;
+}
+
+// Ends the program with a message when a kernel does not return within a minute.
+void watch(const Kernel& kernel) {
+  watched = kernel.info->name;
+  signal(SIGALRM, onAlarm);
+  alarm(60);
+}
+
+// Calls of one kernel for programs in other languages that make the same.  Of each: length and letters of the name, count of
+// arguments, bits of the returned value, then of each argument 1 or 0 for written or not, the bytes of its data, the data before
+// the call and, if written, after it.  Integers have 64 bits.
+Findings writeCases(GuardedMemory& memory, const Kernel& kernel, std::ostream& stream) {
+  constexpr int kPoints = 9, kMostVariants = 6;
+  Findings findings;
+  const auto number = [&](std::uint64_t value) { stream.write(reinterpret_cast<const char*>(&value), sizeof value); };
+  const auto bytes = [&](const std::vector<unsigned char>& data) {
+    stream.write(reinterpret_cast<const char*>(data.data()), static_cast<std::streamsize>(data.size()));
+  };
+  const int variants = std::min(variantCount(*kernel.info), kMostVariants);
+  for (int variant = 0; variant < variants; ++variant) {
+    const KernelCase before = makeCase(*kernel.info, kPoints, variant);
+    KernelCase after = before;
+    memory.call(kernel.address, after, [&](const std::string& text) { findings.insert(text); });
+    const std::string_view name = kernel.info->name;
+    number(name.size());
+    stream << name;
+    number(before.arrays.size());
+    number(after.result);
+    for (std::size_t k = 0; k < before.arrays.size(); ++k) {
+      const bool isWritten = before.arrays[k].info->isWritten();
+      number(isWritten ? 1 : 0);
+      number(before.arrays[k].bytes.size());
+      bytes(before.arrays[k].bytes);
+      if (isWritten) bytes(after.arrays[k].bytes);
+    }
+  }
+  return findings;
+}
+
+// ---- the program
 
 constexpr std::size_t kFewestKernels = 30;
 constexpr int kSkipped = 77;

@@ -23,28 +23,22 @@ std::uint64_t hashOf(const std::string& text, std::uint64_t seed) {
   return h;
 }
 
-bool startsWith(std::string_view text, std::string_view start) { return text.substr(0, start.size()) == start; }
-
 bool isPointDimension(const RoutineInfo& routine, std::string_view dimension) {
-  for (int i = 0; i < routine.argumentCount(); ++i) {
-    const ArgumentInfo& a = routine.arguments[i];
-    if (dimension == a.name && (a.is("block") || a.is("length") || a.is("last") || a.is("stride"))) return true;
-  }
-  return false;
+  return std::ranges::any_of(routine.args(), [&](const ArgumentInfo& a) {
+    return dimension == a.name && (a.is("block") || a.is("length") || a.is("last") || a.is("stride"));
+  });
 }
 
 bool isEntityDimension(const RoutineInfo& routine, std::string_view dimension) {
-  if (dimension == "*") return true;
-  for (int i = 0; i < routine.argumentCount(); ++i)
-    if (dimension == routine.arguments[i].name && routine.arguments[i].is("rows")) return true;
-  return false;
+  const auto isRows = [&](const ArgumentInfo& a) { return dimension == a.name && a.is("rows"); };
+  return dimension == "*" || std::ranges::any_of(routine.args(), isRows);
 }
 
 // Whether a dimension is the name, or the name with a factor or a number added.
 bool usesName(std::string_view dimension, std::string_view name) {
   const std::size_t times = dimension.size() > 1 ? dimension.find('*') : std::string_view::npos;
   if (times != std::string_view::npos) dimension.remove_prefix(times + 1);
-  return startsWith(dimension, name) &&
+  return dimension.starts_with(name) &&
          (dimension.size() == name.size() || dimension[name.size()] == '+' || dimension[name.size()] == '-');
 }
 
@@ -52,9 +46,9 @@ bool usesName(std::string_view dimension, std::string_view name) {
 bool isPointCount(const RoutineInfo& routine, const ArgumentInfo& argument) {
   if (!argument.is("count") || std::string_view(argument.unit) != "count") return false;
   const std::string name = argument.name;
-  for (int i = 0; i < routine.argumentCount(); ++i) {
-    const ArgumentInfo& other = routine.arguments[i];
-    if (startsWith(other.unit, "1..") && usesName(std::string_view(other.unit).substr(3), name)) return false;
+  for (const ArgumentInfo& other : routine.args()) {
+    if (std::string_view(other.unit).starts_with("1..") && usesName(std::string_view(other.unit).substr(3), name))
+      return false;
     for (int d = 0; d < other.rank(); ++d)
       if (usesName(other.shape[d], name)) return false;
   }
@@ -149,15 +143,13 @@ public:
   Sizes(const RoutineInfo& routine, int points, int variant)
       : routine_(routine), points_(points), entities_(std::max(1, points / 2 + 1)) {
     int digits = variant;
-    for (int i = 0; i < routine.argumentCount(); ++i) {
-      const ArgumentInfo& a = routine.arguments[i];
+    for (const ArgumentInfo& a : routine.args()) {
       choice_[a.name] = digits % choices(a);
       digits /= choices(a);
     }
     const int first = 1 + variant % 3;
     int places = 0;
-    for (int i = 0; i < routine.argumentCount(); ++i) {
-      const ArgumentInfo& a = routine.arguments[i];
+    for (const ArgumentInfo& a : routine.args()) {
       if (a.is("block") || a.is("length")) values_[a.name] = points;
       if (a.is("stride")) values_[a.name] = points + 3 * (variant % 2);
       if (a.is("rows")) values_[a.name] = entities_ + 2;
@@ -191,8 +183,8 @@ public:
     if (text[0] >= '0' && text[0] <= '9') return std::atoi(text.c_str());
     const auto known = values_.find(text);
     if (known != values_.end()) return known->second;
-    for (int i = 0; i < routine_.argumentCount(); ++i)
-      if (text == routine_.arguments[i].name) return values_[text] = chosen(routine_.arguments[i]);
+    for (const ArgumentInfo& a : routine_.args())
+      if (text == a.name) return values_[text] = chosen(a);
     throw std::logic_error(std::string(routine_.name) + ": no size " + text);
   }
 
@@ -203,7 +195,7 @@ private:
     const std::string unit = a.unit;
     if (isPointCount(routine_, a)) return std::min(kCounts[choice], entities_);
     if (unit == "count") return kCounts[choice];
-    if (startsWith(unit, "count>=")) return std::max((*this)(unit.substr(7)), leastCount(routine_, a.name)) + choice;
+    if (unit.starts_with("count>=")) return std::max((*this)(unit.substr(7)), leastCount(routine_, a.name)) + choice;
     if (a.is("index")) {
       const int high = (*this)(unit.substr(3));
       return choice == 0 ? high : choice == 1 ? 1 : (high + 1) / 2;
@@ -352,8 +344,7 @@ std::vector<int> makeList(Random& random, int points, bool isWholeBlock) {
   for (int i = 1; i <= points; ++i)
     if (isWholeBlock || i == points || random.integer(0, 2) > 0) list.push_back(i);
   if (!isWholeBlock)
-    for (int i = static_cast<int>(list.size()) - 1; i > 0; --i)
-      std::swap(list[static_cast<std::size_t>(i)], list[static_cast<std::size_t>(random.integer(0, i))]);
+    for (int i = static_cast<int>(list.size()) - 1; i > 0; --i) std::swap(list[i], list[random.integer(0, i)]);
   return list;
 }
 
@@ -458,7 +449,7 @@ std::uint64_t Array::canonicalBits(std::size_t element) const {
 
 int variantCount(const RoutineInfo& routine) {
   int product = 1;
-  for (int i = 0; i < routine.argumentCount(); ++i) product *= choices(routine.arguments[i]);
+  for (const ArgumentInfo& a : routine.args()) product *= choices(a);
   return std::clamp(product, 2, 27);
 }
 
@@ -467,10 +458,9 @@ KernelCase makeCase(const RoutineInfo& routine, int points, int variant) {
   KernelCase result;
   result.routine = &routine;
   result.points = points;
-  Random listRandom(hashOf(routine.name, static_cast<std::uint64_t>(points * 64 + variant)));
+  Random listRandom(hashOf(routine.name, points * 64 + variant));
   std::vector<int> list;
-  for (int i = 0; i < routine.argumentCount(); ++i) {
-    const ArgumentInfo& info = routine.arguments[i];
+  for (const ArgumentInfo& info : routine.args()) {
     if (info.is("first")) result.first = sizes(info.name) - 1;
     if (info.is("cursor")) result.cursor = kCursor;
     if (!info.is("list") && !info.is("set")) continue;
@@ -478,8 +468,7 @@ KernelCase makeCase(const RoutineInfo& routine, int points, int variant) {
     if (info.is("set")) list = makeSet(list, points);
     sizes.set(info.shape[0], static_cast<int>(list.size()));
   }
-  for (int i = 0; i < routine.argumentCount(); ++i) {
-    const ArgumentInfo& info = routine.arguments[i];
+  for (const ArgumentInfo& info : routine.args()) {
     Array array = shapeArray(routine, info, sizes);
     static constexpr std::string_view kSizeRoles[] = {"block", "length", "count",  "rows", "stride", "first",
                                                       "last",  "index",  "unread", "code", "cursor", "place"};
@@ -501,8 +490,7 @@ KernelCase makeCase(const RoutineInfo& routine, int points, int variant) {
       else
         setValues(array, table.table.header);
     } else {
-      const std::uint64_t seed =
-          hashOf(routine.name, hashOf(info.name, static_cast<std::uint64_t>(points * 64 + variant)));
+      const std::uint64_t seed = hashOf(routine.name, hashOf(info.name, points * 64 + variant));
       fillArray(array, seed, sizes.entities());
     }
     result.arrays.push_back(array);
@@ -543,7 +531,7 @@ std::vector<int> KernelCase::recordsOfPoints() const {
   }
   for (std::size_t k = 0; k < set->elements(); ++k) {
     const int point = set->integer(k) - (kGroupNumber - 1) * kGroupSize;
-    if (point >= 1 && point <= points) records[static_cast<std::size_t>(point - 1)] = static_cast<int>(k);
+    if (point >= 1 && point <= points) records[point - 1] = static_cast<int>(k);
   }
   return records;
 }
@@ -553,13 +541,12 @@ std::vector<bool> KernelCase::reachedEntities(const Array& array, int onlyPoint)
   if (array.info->is("record")) {
     const std::vector<int> records = recordsOfPoints();
     for (std::size_t p = 0; p < records.size(); ++p)
-      if (records[p] >= 0 && (onlyPoint < 0 || static_cast<int>(p) == onlyPoint))
-        reached[static_cast<std::size_t>(records[p])] = true;
+      if (records[p] >= 0 && (onlyPoint < 0 || static_cast<int>(p) == onlyPoint)) reached[records[p]] = true;
     return reached;
   }
   const auto mark = [](std::vector<bool>& set, int entity) {
     if (set.size() < static_cast<std::size_t>(entity)) set.resize(static_cast<std::size_t>(entity), false);
-    set[static_cast<std::size_t>(entity - 1)] = true;
+    set[entity - 1] = true;
   };
   const auto markPoints = [&](const Array& map, std::vector<bool>& set) {
     for (std::size_t p = 0; p < map.lineCount; ++p)
@@ -602,8 +589,7 @@ KernelCase KernelCase::forAllPoints(const RoutineInfo& form, bool isReversed) co
   std::vector<int> list;
   std::string listLength;
   for (int p = 1; p <= points; ++p) list.push_back(isReversed ? points + 1 - p : p);
-  for (int i = 0; i < form.argumentCount(); ++i) {
-    const ArgumentInfo& info = form.arguments[i];
+  for (const ArgumentInfo& info : form.args()) {
     const Array* own = find(info.name);
     if (own == nullptr) throw std::logic_error(std::string(routine->name) + " has no " + info.name);
     all.arrays.push_back(*own);

@@ -1,6 +1,8 @@
 // The table of routines that is written from the headers.
 #pragma once
 
+#include <algorithm>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -29,15 +31,13 @@ struct RoutineInfo {
   const char *name, *result;
   ArgumentInfo arguments[64];
 
-  int argumentCount() const {
-    int n = 0;
+  std::span<const ArgumentInfo> args() const {
+    std::size_t n = 0;
     while (n < 64 && arguments[n].name != nullptr) ++n;
-    return n;
+    return {arguments, n};
   }
   bool hasRole(std::string_view wanted) const {
-    for (int i = 0; i < argumentCount(); ++i)
-      if (arguments[i].is(wanted)) return true;
-    return false;
+    return std::ranges::any_of(args(), [&](const ArgumentInfo& a) { return a.is(wanted); });
   }
   // Works on a block of points, or on an array as a whole.
   bool isKernel() const { return hasRole("block") || hasRole("last") || hasRole("length"); }

@@ -6,10 +6,6 @@
 #include "tests/support/files.h"
 #include "tests/support/program.h"
 
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-
 namespace {
 
 using namespace sharedanalysis;

@@ -14,7 +14,6 @@
 #include "thr_ThrSingletonRegistry.h"
 
 #include <cerrno>
-#include <random>
 
 namespace {
 
@@ -62,32 +61,25 @@ TEST_F(DiagnosticDatabase, HoldsTheCourseOfAnImplicitAnalysis) {
   x.SetStepSolver(0);
   x.BeginStep(2, "Twist", 5, false, true);
   x.BeginIncrement(1, 1.0);
-  // clang-format off
-  expectStored("course", {
-    {"number, name, solver, procedure, flag1, flag2, incrementation, control1, control4, control_count, "
-      "equation_solver, extrapolation, characteristic_length, unsymmetric, nlgeom, stabilize_factor, ended >= began "
-      "FROM steps",
-     "1|Press|implicit|4|1|0|3|0.1|0.5|100|1|2|0.25|1|1|0.0002|1; "
-      "2|Twist|implicit|5|0|1|NULL|NULL|NULL|NULL|0|NULL|NULL|0|0|NULL|1"},
-    {"step, number, time_increment, time, converged, attempts, iterations, cutbacks, errors, warnings, ended IS "
-      "NULL FROM increments",
-     "1|1|0.5|0.125|1|2|2|1|0|0|0; 2|1|1.0|NULL|NULL|0|0|0|0|0|1"},
-    {"increment, number, time_increment, needs_reordering, ended FROM attempts", "1|1|0.5|1|1; 1|2|0.125|NULL|1"},
-    {"increment, attempt, number, converged, severe_discontinuity, penetration_exceeded, separation_too_large, "
-      "ended FROM iterations",
-     "1|1|1|0|1|1|0|1; 1|2|1|1|NULL|NULL|NULL|1"},
-    {"iteration, number, converged, ended FROM contact_iterations", "1|1|0|1; 1|2|1|1"},
-    {"m.class, m.code, d.kind, m.step, m.increment, m.attempt, m.iteration, m.time, m.text FROM messages m JOIN "
-      "diagnostics d USING (id)",
-     "cutback|4|NULL|1|1|1|NULL|0.125|Too many iterations with severe discontinuities; "
-      "residual|2|7|1|1|2|1|0.125|Field 2, kind 7: average force 1.00000e+01, largest residual 5.00000e-01, largest "
-      "increment 1.00000e-03, largest correction 2.00000e-04; compatibility|3|NULL|1|1|2|1|0.125|Constraint 3: "
-      "largest error 1.00000e-06, allowed 1.00000e-05"},
-    {"step, increment, attempt, time_increment, iterations, cutback FROM attempt_summary",
-     "1|1|1|0.5|1|Too many iterations with severe discontinuities; 1|1|2|0.125|1|NULL"},
-    {"step, increments, attempts, iterations, cutbacks, time FROM step_summary", "1|1|2|2|1|0.125; 2|1|0|0|0|NULL"},
-  });
-  // clang-format on
+  expectStored("course", R"(
+number, name, solver, procedure, flag1, flag2, incrementation, control1, control4, control_count, equation_solver,
+    extrapolation, characteristic_length, unsymmetric, nlgeom, stabilize_factor, ended >= began FROM steps =>
+    1|Press|implicit|4|1|0|3|0.1|0.5|100|1|2|0.25|1|1|0.0002|1;
+    2|Twist|implicit|5|0|1|NULL|NULL|NULL|NULL|0|NULL|NULL|0|0|NULL|1
+step, number, time_increment, time, converged, attempts, iterations, cutbacks, errors, warnings, ended IS NULL FROM
+    increments => 1|1|0.5|0.125|1|2|2|1|0|0|0; 2|1|1.0|NULL|NULL|0|0|0|0|0|1
+increment, number, time_increment, needs_reordering, ended FROM attempts => 1|1|0.5|1|1; 1|2|0.125|NULL|1
+increment, attempt, number, converged, severe_discontinuity, penetration_exceeded, separation_too_large, ended FROM
+    iterations => 1|1|1|0|1|1|0|1; 1|2|1|1|NULL|NULL|NULL|1
+iteration, number, converged, ended FROM contact_iterations => 1|1|0|1; 1|2|1|1
+m.class, m.code, d.kind, m.step, m.increment, m.attempt, m.iteration, m.time, m.text FROM messages m JOIN diagnostics
+    d USING (id) => cutback|4|NULL|1|1|1|NULL|0.125|Too many iterations with severe discontinuities;
+    residual|2|7|1|1|2|1|0.125|Field 2, kind 7: average force 1.00000e+01, largest residual 5.00000e-01, largest
+    increment 1.00000e-03, largest correction 2.00000e-04; compatibility|3|NULL|1|1|2|1|0.125|Constraint 3: largest
+    error 1.00000e-06, allowed 1.00000e-05
+step, increment, attempt, time_increment, iterations, cutback FROM attempt_summary => 1|1|1|0.5|1|Too many iterations
+    with severe discontinuities; 1|1|2|0.125|1|NULL
+step, increments, attempts, iterations, cutbacks, time FROM step_summary => 1|1|2|2|1|0.125; 2|1|0|0|0|NULL)");
 }
 
 TEST_F(DiagnosticDatabase, HoldsDiagnosticsWithAllTheirValues) {
@@ -116,30 +108,26 @@ TEST_F(DiagnosticDatabase, HoldsDiagnosticsWithAllTheirValues) {
   EXPECT_EQ(x.GetExecutionCode(), 2);
   const int32_t completed = 1;
   DXT_SETJOBSTATUS_XPL(&completed);
-  // clang-format off
-  expectStored("values", {
-    {"class, name, is_error, domain, step, increment, text FROM messages ORDER BY id",
-     "error|UserError|1|3|1|1|it's \"100 %\" ä (3, -4, -2147483648; 5.00000e-01, nan, -inf); "
-      "element|ExcessiveDistortion|1|1|1|1|Element 303 instance TYRE-1 is distorted excessively; "
-      "contact|Overclosure|0|2|1|1|Node 7 instance TYRE-1 of surface TREAD is inside surface ROAD by 1.00000e-02; "
-      "warning|HourglassEnergyLarge|0|0|1|1|The hourglass energy is 2.00000e-01 of the internal energy; "
-      "internal|InternalError|1|NULL|1|1|lost a block"},
-    {"position, value FROM int_values WHERE diagnostic = 1", "1|3; 2|-4; 3|-2147483648"},
-    {"position, value FROM real_values WHERE diagnostic = 1", "1|0.5; 2|NULL; 3|-Inf"},
-    {"diagnostic, position, value FROM string_values", "1|1|it's \"100 %\" ä; 3|1|TREAD; 3|2|ROAD; 5|1|lost a block"},
-    {"* FROM places", "2|element|TYRE-1|303; 3|node|TYRE-1|7"},
-    {"s.step, s.increment, s.status, n.name, s.label, s.value1, s.value2, s.value3, s.value4, s.value5, s.value6, "
-      "s.value7, s.value8, s.value9 FROM status_records s JOIN names n ON n.id = s.instance",
-     "1|1|5|TYRE-1|7|1.0|2.0|3.0|4.0|5.0|6.0|7.0|8.0|9.0"},
-    {"position, active FROM active_status WHERE active ORDER BY position", "1|1; 3|1; 9|2"},
-    {"job, process, domains, double_precision, renumbered, valid, in_parts, execution_code, status, incomplete, "
-      "ended >= started FROM run",
-     "values|" + std::to_string(getpid()) + "|4|1|0|1|1|2|1|0|1"},
-    {"class, name, count, first_step, first_increment, last_increment FROM problems",
-     "error|UserError|1|1|1|1; internal|InternalError|1|1|1|1; element|ExcessiveDistortion|1|1|1|1; "
-      "warning|HourglassEnergyLarge|1|1|1|1; contact|Overclosure|1|1|1|1"},
-  });
-  // clang-format on
+  expectStored("values", replaced(R"(
+class, name, is_error, domain, step, increment, text FROM messages ORDER BY id => error|UserError|1|3|1|1|it's "100 %"
+    ä (3, -4, -2147483648; 5.00000e-01, nan, -inf); element|ExcessiveDistortion|1|1|1|1|Element 303 instance TYRE-1 is
+    distorted excessively; contact|Overclosure|0|2|1|1|Node 7 instance TYRE-1 of surface TREAD is inside surface ROAD
+    by 1.00000e-02; warning|HourglassEnergyLarge|0|0|1|1|The hourglass energy is 2.00000e-01 of the internal energy;
+    internal|InternalError|1|NULL|1|1|lost a block
+position, value FROM int_values WHERE diagnostic = 1 => 1|3; 2|-4; 3|-2147483648
+position, value FROM real_values WHERE diagnostic = 1 => 1|0.5; 2|NULL; 3|-Inf
+diagnostic, position, value FROM string_values => 1|1|it's "100 %" ä; 3|1|TREAD; 3|2|ROAD; 5|1|lost a block
+* FROM places => 2|element|TYRE-1|303; 3|node|TYRE-1|7
+s.step, s.increment, s.status, n.name, s.label, s.value1, s.value2, s.value3, s.value4, s.value5, s.value6, s.value7,
+    s.value8, s.value9 FROM status_records s JOIN names n ON n.id = s.instance =>
+    1|1|5|TYRE-1|7|1.0|2.0|3.0|4.0|5.0|6.0|7.0|8.0|9.0
+position, active FROM active_status WHERE active ORDER BY position => 1|1; 3|1; 9|2
+job, process, domains, double_precision, renumbered, valid, in_parts, execution_code, status, incomplete, ended >=
+    started FROM run => values|PID|4|1|0|1|1|2|1|0|1
+class, name, count, first_step, first_increment, last_increment FROM problems => error|UserError|1|1|1|1;
+    internal|InternalError|1|1|1|1; element|ExcessiveDistortion|1|1|1|1; warning|HourglassEnergyLarge|1|1|1|1;
+    contact|Overclosure|1|1|1|1)",
+                                  "PID", std::to_string(getpid())));
 }
 
 TEST_F(DiagnosticDatabase, TakesWhatTheLibraryReports) {
@@ -161,18 +149,13 @@ TEST_F(DiagnosticDatabase, TakesWhatTheLibraryReports) {
   acd_end_increment_c(0.1, 1);
   for (int32_t converged : {2, 0, -1}) acd_begin_increment_c(2, 0.1), acd_end_increment_c(0.2, converged);
   LFC_XUT_ABORT();
-  // clang-format off
-  expectStored("library", {
-    {"class, text FROM messages ORDER BY id",
-     "warning|Numerical singularity at node 5 instance TYRE-1, degree of freedom 2: ratio 1.00000e-12; "
-      "error|Rigid body BORE with reference node 5 instance TYRE-1 has no mass; "
-      "element|Element 303 instance TYRE-1 has failed and was removed; "
-      "internal|Invalid error code in call to acd_error"},
-    {"instance, label FROM places WHERE kind = 'element'", "TYRE-1|303"},
-    {"converged FROM increments ORDER BY id", "1; 1; 0; 0"},
-    {"s.name FROM run r JOIN statuses s ON s.id = r.status", "aborted"},
-  });
-  // clang-format on
+  expectStored("library", R"(
+class, text FROM messages ORDER BY id => warning|Numerical singularity at node 5 instance TYRE-1, degree of freedom 2:
+    ratio 1.00000e-12; error|Rigid body BORE with reference node 5 instance TYRE-1 has no mass; element|Element 303
+    instance TYRE-1 has failed and was removed; internal|Invalid error code in call to acd_error
+instance, label FROM places WHERE kind = 'element' => TYRE-1|303
+converged FROM increments ORDER BY id => 1; 1; 0; 0
+s.name FROM run r JOIN statuses s ON s.id = r.status => aborted)");
 
   openJob("next", directory);
   EXPECT_EQ(bcu_ErrorStatus::getErrorCode(), 0);
@@ -204,16 +187,13 @@ TEST_F(DiagnosticDatabase, PutsCallsOutOfPlaceWhereTheyMakeSense) {
   x.AddInternalError(nullptr);
   x.AddCutbackDiagnostic(99);
   closeJob();
-  // clang-format off
-  expectStored("odd", {
-    {"step, number, converged, iterations FROM increments", "NULL|7|0|1; 1|1|NULL|0; 1|2|NULL|0"},
-    {"count(*) FROM attempts", "0"},
-    {"increment, attempt, ended FROM iterations", "1|NULL|0"},
-    {"name, ended IS NULL FROM steps", "|0; Second|0"},
-    {"class, step, increment, text FROM messages",
-     "warning|NULL|NULL|The system matrix has 2 negative eigenvalues; error|2|NULL|; internal|2|NULL|; cutback|2|NULL|"},
-  });
-  // clang-format on
+  expectStored("odd", R"(
+step, number, converged, iterations FROM increments => NULL|7|0|1; 1|1|NULL|0; 1|2|NULL|0
+count(*) FROM attempts => 0
+increment, attempt, ended FROM iterations => 1|NULL|0
+name, ended IS NULL FROM steps => |0; Second|0
+class, step, increment, text FROM messages => warning|NULL|NULL|The system matrix has 2 negative eigenvalues;
+    error|2|NULL|; internal|2|NULL|; cutback|2|NULL|)");
 }
 
 TEST_F(DiagnosticDatabase, IsMadeAtTheFirstRecordUnderTheNameThatIsSet) {
@@ -275,7 +255,7 @@ TEST_F(DiagnosticDatabase, CountsRecordsWithoutAJobAndIgnoresThoseOfADisabledExt
   x.Enable();
   x.AddInternalError("stored");
   EXPECT_EQ(x.GetNumberOfErrors(), 1);
-  expectStored("silent", {{"text FROM messages", "stored"}, {"domains FROM run", "2"}}); // settings count all the same
+  expectStored("silent", "text FROM messages => stored\ndomains FROM run => 2"); // settings count all the same
   EXPECT_EQ(unfiledRecords(), before + 2);
 }
 
@@ -292,14 +272,11 @@ TEST_F(DiagnosticDatabase, KeepsResourceMarks) {
   ASSERT_GE(resourceMarks().size(), 3u);
   EXPECT_EQ(resourceMarks().back().text, "Work");
   EXPECT_GT(resourceMarks().back().peakMemory, 1 << 20);
-  // clang-format off
-  expectStored("marks", {
-    {"group_concat(DISTINCT n.name) FROM resource_marks m JOIN names n ON n.id = m.name", "Start,Work"},
-    {"count(*) FROM resource_marks a JOIN resource_marks b ON b.id = a.id + 1 WHERE b.elapsed < a.elapsed OR "
-      "b.processor < a.processor OR b.peak_memory < a.peak_memory", "0"},
-    {"mark FROM phases WHERE mark = 'Start'", "Start"},
-  });
-  // clang-format on
+  expectStored("marks", R"(
+group_concat(DISTINCT n.name) FROM resource_marks m JOIN names n ON n.id = m.name => Start,Work
+count(*) FROM resource_marks a JOIN resource_marks b ON b.id = a.id + 1 WHERE b.elapsed < a.elapsed OR b.processor <
+    a.processor OR b.peak_memory < a.peak_memory => 0
+mark FROM phases WHERE mark = 'Start' => Start)");
 }
 
 // ---- amount, threads, errors, crashes
@@ -318,17 +295,14 @@ TEST_F(DiagnosticDatabase, LosesNothingAmongAHundredThousand) {
     x.EndIncrement(1e-6 * increment, true);
   }
   EXPECT_EQ(x.GetNumberOfWarnings(), 100000);
-  // clang-format off
-  expectStored("many", {
-    {"count(*), min(id), max(id) FROM diagnostics", "100000|1|100000"},
-    {"count(*), sum(e.label) FROM elements e JOIN diagnostics d ON d.id = e.diagnostic WHERE "
-      "d.increment = (e.diagnostic - 1) / 1000 + 1 AND e.label = (e.diagnostic - 1) % 1000 + 1", "100000|50050000"},
-    {"count(*) FROM real_values v JOIN elements e USING (diagnostic) JOIN diagnostics d ON d.id = v.diagnostic "
-      "WHERE v.value = d.increment + 1e-3 * e.label", "100000"},
-    {"count, first_increment, last_increment FROM problems", "100000|1|100"},
-    {"min(warnings), max(warnings) FROM increments", "1000|1000"},
-  });
-  // clang-format on
+  expectStored("many", R"(
+count(*), min(id), max(id) FROM diagnostics => 100000|1|100000
+count(*), sum(e.label) FROM elements e JOIN diagnostics d ON d.id = e.diagnostic WHERE d.increment = (e.diagnostic -
+    1) / 1000 + 1 AND e.label = (e.diagnostic - 1) % 1000 + 1 => 100000|50050000
+count(*) FROM real_values v JOIN elements e USING (diagnostic) JOIN diagnostics d ON d.id = v.diagnostic WHERE v.value
+    = d.increment + 1e-3 * e.label => 100000
+count, first_increment, last_increment FROM problems => 100000|1|100
+min(warnings), max(warnings) FROM increments => 1000|1000)");
 }
 
 TEST_F(DiagnosticDatabase, MayBeCalledFromSeveralThreads) {
@@ -349,15 +323,12 @@ TEST_F(DiagnosticDatabase, MayBeCalledFromSeveralThreads) {
     }
   });
   EXPECT_EQ(explicitExtractor().GetNumberOfErrors(), kThreads * kEach / 20);
-  // clang-format off
-  expectStored("threads", {
-    {"count(*), count(DISTINCT label), max(label) FROM elements", "12000|12000|12000"},
-    {"name, count FROM codes ORDER BY count", "TooManyIncrements|600; NegativeEigenvalues|2000; ElementDeleted|12000"},
-    {"count(*) FROM (SELECT e.label, lag(e.label) OVER (PARTITION BY d.domain ORDER BY d.id) AS before FROM "
-      "diagnostics d JOIN elements e ON e.diagnostic = d.id) WHERE label <= before", "0"}, // each in its own order
-    {"count(*) FROM resource_marks", "12000"},
-  });
-  // clang-format on
+  expectStored("threads", R"(
+count(*), count(DISTINCT label), max(label) FROM elements => 12000|12000|12000
+name, count FROM codes ORDER BY count => TooManyIncrements|600; NegativeEigenvalues|2000; ElementDeleted|12000
+count(*) FROM (SELECT e.label, lag(e.label) OVER (PARTITION BY d.domain ORDER BY d.id) AS before FROM diagnostics d
+    JOIN elements e ON e.diagnostic = d.id) WHERE label <= before => 0
+count(*) FROM resource_marks => 12000)");
   EXPECT_EQ(CLINES[18], 600);
   EXPECT_EQ(countOf("\n***ERROR: THE STEP IS NOT COMPLETE", readFile(files.log)), 600);
   EXPECT_EQ(countOf("Error message=The step is not complete", readFile(files.status)), 600);
@@ -379,11 +350,11 @@ TEST_F(DiagnosticDatabase, CanBeReadWhileItIsWritten) {
   const int32_t aborted = 2;
   warn(4);
   DXT_SETJOBSTATUS_XPL(&aborted);
-  expectRows(r, {{"status, ended FROM run", "2|NULL"}, {"count(*) FROM diagnostics", "5"}}); // with it comes the rest
+  expectRows(r, "status, ended FROM run => 2|NULL\ncount(*) FROM diagnostics => 5"); // with it comes the rest
   x.EndIncrement(0.4, true);
   std::this_thread::sleep_for(std::chrono::milliseconds(40)); // so often at most
   warn(5);
-  expectRows(r, {{"count(*) FROM diagnostics", "6"}}); // which waits for no increment
+  expectRows(r, "count(*) FROM diagnostics => 6"); // which waits for no increment
 }
 
 TEST_F(DiagnosticDatabase, ReportsAFullDisk) {
@@ -463,11 +434,10 @@ TEST_F(DiagnosticDatabase, SurvivesAKillAtAnyMoment) {
     EXPECT_GE(finished, announced);
     EXPECT_LE(finished, announced + 1) << "at most one that could not be announced any more";
     // with all that was recorded in them
-    expectRows(r, {{"count(*) FROM (SELECT d.increment FROM diagnostics d JOIN elements e ON e.diagnostic = d.id JOIN "
-                    "increments i ON i.id = d.increment WHERE i.converged AND e.label = i.number GROUP BY d.increment "
-                    "HAVING count(*) = 40)",
-                    std::to_string(finished)},
-                   {"job, ended FROM run", job + "|NULL"}});
+    expectRows(r, "count(*) FROM (SELECT d.increment FROM diagnostics d JOIN elements e ON e.diagnostic = d.id JOIN "
+                  "increments i ON i.id = d.increment WHERE i.converged AND e.label = i.number GROUP BY d.increment "
+                  "HAVING count(*) = 40) => " +
+                      std::to_string(finished) + "\njob, ended FROM run => " + job + "|NULL");
     kept += finished;
   }
   EXPECT_GT(kept, 0) << "no child lived long enough to finish an increment";

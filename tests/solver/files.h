@@ -5,8 +5,6 @@
 #include "tests/support/files.h"
 
 #include <chrono>
-#include <map>
-#include <thread>
 
 namespace sharedanalysis::test {
 
@@ -92,16 +90,10 @@ end_time = 0.05
 // Columns of a history by their names.
 inline std::map<std::string, std::vector<double>> readHistory(const std::filesystem::path& file) {
   const std::vector<std::string> lines = linesOf(readFile(file));
-  const auto cells = [](const std::string& line) {
-    std::vector<std::string> parts;
-    std::istringstream stream(line);
-    for (std::string cell; std::getline(stream, cell, ',');) parts.push_back(cell);
-    return parts;
-  };
-  const std::vector<std::string> names = cells(lines.at(0));
+  const std::vector<std::string> names = partsOf(lines.at(0), ",");
   std::map<std::string, std::vector<double>> columns;
   for (std::size_t k = 1; k < lines.size(); ++k) {
-    const std::vector<std::string> values = cells(lines[k]);
+    const std::vector<std::string> values = partsOf(lines[k], ",");
     if (values.size() != names.size()) throw std::runtime_error("line of another length: " + lines[k]);
     for (std::size_t c = 0; c < names.size(); ++c) columns[names[c]].push_back(std::stod(values[c]));
   }

@@ -48,23 +48,13 @@ struct Jacobian {
 };
 
 inline Jacobian jacobian(const Brick& brick, const std::array<std::array<double, 3>, 8>& d) {
-  double J[3][3] = {}; // dx_i/dxi_j
+  Matrix J{}; // dx_i/dxi_j
+  for (int node = 0; node < 8; ++node) J = J + matrixBy([&](int i, int j) { return brick[node][i] * d[node][j]; });
+  const Matrix cof = cofactors(J);
+  Jacobian result{determinant(J), {}};
   for (int node = 0; node < 8; ++node)
     for (int i = 0; i < 3; ++i)
-      for (int j = 0; j < 3; ++j) J[i][j] += brick[node][i] * d[node][j];
-  double cof[3][3];
-  for (int i = 0; i < 3; ++i)
-    for (int j = 0; j < 3; ++j) {
-      const int i1 = (i + 1) % 3, i2 = (i + 2) % 3, j1 = (j + 1) % 3, j2 = (j + 2) % 3;
-      cof[i][j] = J[i1][j1] * J[i2][j2] - J[i1][j2] * J[i2][j1];
-    }
-  Jacobian result{};
-  for (int j = 0; j < 3; ++j) result.det += J[0][j] * cof[0][j];
-  for (int node = 0; node < 8; ++node)
-    for (int i = 0; i < 3; ++i) {
-      result.gradient[node][i] = 0;
       for (int j = 0; j < 3; ++j) result.gradient[node][i] += cof[i][j] * d[node][j];
-    }
   return result;
 }
 

@@ -3,8 +3,6 @@
 
 #include "tests/support/test.h"
 
-#include <tuple>
-
 namespace sharedanalysis::test {
 
 template <class Argument>

@@ -4,8 +4,6 @@
 #include "tests/support/test.h"
 
 #include <exodusII.h>
-#include <filesystem>
-#include <stdexcept>
 
 namespace sharedanalysis::test {
 

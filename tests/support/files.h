@@ -3,12 +3,7 @@
 
 #include "tests/support/test.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <set>
-#include <sstream>
-#include <stdexcept>
+#include <regex>
 
 namespace sharedanalysis::test {
 
@@ -79,6 +74,30 @@ inline std::vector<std::string> linesOf(const std::string& text) {
   std::istringstream stream(text);
   for (std::string line; std::getline(stream, line);) lines.push_back(line);
   return lines;
+}
+
+inline std::vector<std::string> partsOf(const std::string& text, const std::string& between) {
+  std::vector<std::string> parts;
+  for (std::size_t at = 0, end = 0; end != std::string::npos; at = end + between.size()) {
+    end = text.find(between, at);
+    if (at < text.size() && end != at) parts.push_back(text.substr(at, end - at));
+  }
+  return parts;
+}
+
+// Rows of a table that is written as text: columns are parted by -> and =>, and a line that begins with blanks goes on with the
+// one before.  A semicolon in a column before the last is the end of a line.
+using Row = std::vector<std::string>;
+inline std::vector<Row> tableOf(const std::string& text) {
+  static const std::regex kGoesOn("\n +"), kArrow(" *[-=]> ?"), kEnd("; ");
+  std::vector<Row> rows;
+  for (const std::string& line : linesOf(std::regex_replace(text, kGoesOn, " "))) {
+    if (line.empty()) continue;
+    Row row(std::sregex_token_iterator(line.begin(), line.end(), kArrow, -1), {});
+    for (std::size_t k = 0; k + 1 < row.size() || k == 0; ++k) row[k] = std::regex_replace(row[k], kEnd, "\n");
+    rows.push_back(row);
+  }
+  return rows;
 }
 
 // What a call says that fails with such an error; "nothing" when it does not fail.

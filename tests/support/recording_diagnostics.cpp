@@ -14,12 +14,8 @@
 #include "thr_GlobalLock.h"
 #include "thr_ThrSingletonRegistry.h"
 
-#include <algorithm>
 #include <charconv>
-#include <cstring>
 #include <mutex>
-#include <set>
-#include <sstream>
 
 namespace sharedanalysis::test {
 namespace {
@@ -73,19 +69,17 @@ const std::vector<Known>& metadata() {
   };
   return known;
 }
-const Known* find(int32_t table, int32_t code) {
-  for (const Known& known : metadata())
-    if (known.code == code && known.table == table) return &known;
-  return nullptr;
-}
-
 struct Table : dia_MetadataTable {
   int32_t number;
 };
-Table tables[2] = {{{}, 0}, {{}, 1}};
+const Table tables[2] = {{{}, 0}, {{}, 1}};
 
-dia_MetadataTable& tableOf(int32_t number) { return tables[number == 1]; }
-int32_t numberOf(const dia_MetadataTable* table) { return static_cast<const Table*>(table)->number; }
+const Known unknown{};
+const Known& find(const dia_MetadataTable* table, int32_t code) {
+  for (const Known& known : metadata())
+    if (known.code == code && known.table == static_cast<const Table*>(table)->number) return known;
+  return unknown;
+}
 
 struct Communicator : dmpC_Communicator {
   Communicator() = default;
@@ -128,22 +122,14 @@ void thr_ThrSingletonRegistry::Register(void (*release)()) { threadEnd.releases.
 
 // ---- metadata and model
 
-const dia_MetadataTable& dia_MetadataTable::Instance(int32_t table) { return tableOf(table); }
-bool dia_MetadataTable::IsValid(int32_t code) const { return find(numberOf(this), code) != nullptr; }
-dia_Counts dia_MetadataTable::GetCounts(int32_t code) const {
-  const Known* known = find(numberOf(this), code);
-  return known == nullptr ? dia_Counts() : known->counts;
-}
+const dia_MetadataTable& dia_MetadataTable::Instance(int32_t table) { return tables[table == 1]; }
+bool dia_MetadataTable::IsValid(int32_t code) const { return &find(this, code) != &unknown; }
+dia_Counts dia_MetadataTable::GetCounts(int32_t code) const { return find(this, code).counts; }
 int32_t dia_MetadataTable::GetNumStringValues(int32_t code) const { return GetCounts(code).strings; }
 const std::vector<std::string>& dia_MetadataTable::GetDetailStrings(int32_t code) const {
-  static const std::vector<std::string> none;
-  const Known* known = find(numberOf(this), code);
-  return known == nullptr ? none : known->details;
+  return find(this, code).details;
 }
-bool dia_MetadataTable::IsForStatusChannel(int32_t code) const {
-  const Known* known = find(numberOf(this), code);
-  return known != nullptr && known->toStatusChannel;
-}
+bool dia_MetadataTable::IsForStatusChannel(int32_t code) const { return find(this, code).toStatusChannel; }
 bool dia_TypeCodeUtils::IsError(int32_t code) { return (code & 0x40000000) != 0; }
 int32_t dia_TypeCodeUtils::GetVariationNumber(int32_t code) { return code & 31; }
 std::string dia_FormatUtils::Substitute(const std::string& detail, const dia_Values& values) {

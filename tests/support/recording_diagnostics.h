@@ -5,7 +5,6 @@
 #include "recording_host.h"
 
 #include <deque>
-#include <map>
 
 namespace sharedanalysis::test {
 

@@ -1,16 +1,31 @@
-// What most tests include: GoogleTest, common headers of the standard library, blocks of reals, and numbers that are none.
+// What all tests include: GoogleTest, common headers of the standard library, blocks of reals, and numbers that are none.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <limits>
+#include <map>
+#include <numbers>
 #include <numeric>
+#include <random>
+#include <set>
+#include <sstream>
+#include <stdexcept>
 #include <string>
+#include <string_view>
+#include <thread>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace sharedanalysis::test {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "spx.h"
+#include "tests/support/call.h"
 #include "tests/support/random.h"
 #include "tests/support/test.h"
 
@@ -17,7 +18,13 @@ inline Strain randomStrain(Random& random, double size, int shears = 3) {
   for (int c = 0; c < 3 + shears; ++c) e[c] = random.uniform(-size, size);
   return e;
 }
+inline Strain componentsOf(const Matrix& t) { return {t[0][0], t[1][1], t[2][2], t[0][1], t[1][2], t[0][2]}; }
 inline const double kRoot = std::sqrt(2.0 / 3.0);
+
+// The call of any of them, with values as they are at hand; the length of the name comes last.
+void callBuiltIn(auto&&... arguments) {
+  test::call([](auto... pointers) { SPX_USR_BUILTINVUMAT(pointers..., 80); }, arguments...);
+}
 
 // A block of like points that is led along a path, of strain or of stretch.  Of the deformation gradient only the volume ratio
 // counts.
@@ -48,26 +55,12 @@ struct UserMaterial {
   }
   // Of all points to the stretch U; the strain increment is the rate of deformation over the middle of the increment.
   void stretchTo(const Strain& U) {
-    const Strain before = stretchNow();
-    double middle[3][3], cofactors[3][3], det = 0;
-    for (int i = 0; i < 3; ++i)
-      for (int j = 0; j < 3; ++j) middle[i][j] = .5 * (U[kS33[i][j]] + before[kS33[i][j]]);
-    for (int i = 0; i < 3; ++i)
-      for (int j = 0; j < 3; ++j) {
-        const int a = (i + 1) % 3, b = (i + 2) % 3, c = (j + 1) % 3, d = (j + 2) % 3;
-        cofactors[i][j] = middle[a][c] * middle[b][d] - middle[a][d] * middle[b][c];
-        if (i == 0) det += middle[0][j] * cofactors[0][j];
-      }
-    Strain inc{};
-    for (int i = 0; i < 3; ++i)
-      for (int j = 0; j < 3; ++j)
-        for (int k = 0; k < 3; ++k)
-          inc[kS33[i][j]] += (i == j ? 1 : .5) * (U[kS33[i][k]] - before[kS33[i][k]]) * cofactors[j][k] / det;
+    const Matrix now = tensorOf(U.data()), before = tensorOf(stretchNow().data()), middle = .5 * (now + before),
+                 rate = 1 / determinant(middle) * (now + -1 * before) * transposed(cofactors(middle));
+    const Strain inc = componentsOf(.5 * (rate + transposed(rate)));
     stretchOld = stretch;
     for (int c = 0; c < ndir + nshr; ++c) std::fill_n(stretch.begin() + c * n, n, U[c]);
-    const double J =
-        U[0] * (U[1] * U[2] - U[4] * U[4]) - U[3] * (U[3] * U[2] - U[4] * U[5]) + U[5] * (U[3] * U[4] - U[1] * U[5]);
-    call(std::vector<Strain>(n, inc), std::vector<double>(n, J));
+    call(std::vector<Strain>(n, inc), std::vector<double>(n, determinant(now)));
   }
   // In equal parts of the stretch.
   void stretchSteps(const Strain& U, int count) {
@@ -86,7 +79,7 @@ struct UserMaterial {
     call(increments, J, newTemperature);
   }
   void call(const std::vector<Strain>& increments, const std::vector<double>& newVolume, double newTemperature = 300) {
-    const int comps = ndir + nshr, zero = 0, props32 = static_cast<int>(props.size());
+    const int comps = ndir + nshr;
     std::vector<double> strain(n * comps), F(n * (ndir + 2 * nshr)), density(n), told(n, temperature),
         tnew(n, newTemperature);
     const auto oldStress = stress, oldState = state, oldInternal = internal, oldInelastic = inelastic;
@@ -98,12 +91,10 @@ struct UserMaterial {
       density[i] = massStays ? rho / volume[i] : rho;
     }
     time += dt;
-    const std::vector<double> length(n, characteristicLength);
-    SPX_USR_BUILTINVUMAT(callInfo.data(), &n, &ndir, &nshr, &states, &zero, &props32, &zero, &time, &time, &dt,
-                         name.data(), nullptr, length.data(), props.data(), density.data(), strain.data(), nullptr,
-                         told.data(), stretchOld.data(), nullptr, nullptr, oldStress.data(), oldState.data(),
-                         oldInternal.data(), oldInelastic.data(), tnew.data(), stretch.data(), F.data(), nullptr,
-                         stress.data(), state.data(), internal.data(), inelastic.data(), 80);
+    callBuiltIn(callInfo, n, ndir, nshr, states, 0, static_cast<int>(props.size()), 0, time, time, dt, name, nullptr,
+                std::vector<double>(n, characteristicLength), props, density, strain, nullptr, told, stretchOld,
+                nullptr, nullptr, oldStress, oldState, oldInternal, oldInelastic, tnew, stretch, F, nullptr, stress,
+                state, internal, inelastic);
     temperature = newTemperature;
   }
   void steps(const Strain& total, int count) {
@@ -141,14 +132,7 @@ struct UserMaterial {
   double at(int variable) const { return state[(variable - 1) * n]; }
 };
 // A symmetric tensor in other axes.
-inline Strain turnedBy(const Matrix& R, const double* t) {
-  Strain r{};
-  for (int a = 0; a < 3; ++a)
-    for (int b = a; b < 3; ++b)
-      for (int c = 0; c < 3; ++c)
-        for (int d = 0; d < 3; ++d) r[kS33[a][b]] += R[a][c] * t[kS33[c][d]] * R[b][d];
-  return r;
-}
+inline Strain turnedBy(const Matrix& R, const double* t) { return componentsOf(R * tensorOf(t) * transposed(R)); }
 // Shear that takes any strength to its limit.
 inline void shear(UserMaterial& m, double amount) { m.step({0, 0, 0, amount, 0, 0}); }
 

@@ -1,22 +1,14 @@
 // Vector math against 80-bit references; the bounds come from the header itself.
 #include "glo/kernel/vmath.h"
 #include "tests/support/random.h"
+#include "tests/support/test.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstdlib>
-#include <fstream>
 #include <regex>
-#include <string>
-#include <vector>
 
 namespace {
 
 namespace vm = sa::vm;
-using sharedanalysis::test::Random;
-constexpr double kInf = std::numeric_limits<double>::infinity(), kNaN = std::numeric_limits<double>::quiet_NaN();
+using namespace sharedanalysis::test;
 
 struct Function {
   const char* name;

@@ -3,8 +3,6 @@
 #include "tests/support/call.h"
 #include "tests/support/turns.h"
 
-#include <cstring>
-
 namespace {
 
 using namespace sharedanalysis::test;
@@ -65,22 +63,19 @@ struct Output {
 };
 
 // R D R' for a diagonal or full D.
-void rotated(const Quaternion& turn, const Matrix& D, Matrix& T) {
-  Matrix R, left;
-  turnedAxes(turn, R);
-  multiply(R, D, left);
-  for (int i = 0; i < 3; ++i)
-    for (int j = 0; j < 3; ++j) T[i][j] = left[i][0] * R[j][0] + left[i][1] * R[j][1] + left[i][2] * R[j][2];
+Matrix rotated(const Quaternion& turn, const Matrix& D) {
+  const Matrix R = turnedAxes(turn);
+  return R * D * transposed(R);
 }
 // The tensor of a record against one of components S, that a turn may have been applied to.
 double error(const Output& out, int record, const Code& code, const double* S, int stride, const Quaternion& turn) {
-  Matrix given, expected, D{}, found;
-  for (int a = 0; a < 3; ++a)
-    for (int b = 0; b < 3; ++b) given[a][b] = code.place[a][b] < 0 ? 0 : S[code.place[a][b] * stride];
-  rotated(turn, given, expected);
-  for (int k = 0; k < code.values; ++k) D[k][k] = out.p(record)[k];
-  rotated(out.quaternion(record, code), D, found);
-  return distance(expected, found);
+  const Matrix given = matrixBy([&](int a, int b) {
+    const int place = code.place[a][b];
+    return place < 0 ? 0.0 : S[place * stride];
+  });
+  const double* P = out.p(record);
+  const Matrix D = matrixBy([&](int a, int b) { return a == b && a < code.values ? P[a] : 0.0; });
+  return distance(rotated(turn, given), rotated(out.quaternion(record, code), D));
 }
 const Quaternion kNoTurn{0, 0, 0, 1};
 
@@ -178,9 +173,7 @@ TEST(PrincipalOutput, SpatialOnesOfEveryOrderScaleAndSymmetry) {
   const Code& code = kCodes[3];
   const auto check = [&](const Quaternion& turn, std::array<double, 3> values, double scale) {
     Reals S(6), scaled(6);
-    Matrix R;
-    turnedAxes(turn, R);
-    setPrincipal(S.data(), 1, 0, {values[0], values[1], values[2]}, R);
+    setPrincipal(S.data(), 1, 0, {values[0], values[1], values[2]}, turnedAxes(turn));
     for (int k = 0; k < 6; ++k) scaled[k] = S[k] * scale;
     Output out(1);
     call(code.whole, 1, out.cursor, scaled, out.ldp, out.ldq, out.P, out.Q);

@@ -54,8 +54,7 @@ Tensors hardTensors(int components, bool isScaled) {
         {{1e300, -1e300, 1, 1e299, 1, 5}, {1e-300, 2e-300, 3e-300, 1e-300, 0, 1e-301}, {0, 0, 0, 1e-160, 1e-170, 0}});
   for (int k = 0; k < 3000; ++k) {
     list.emplace_back();
-    Matrix R;
-    randomRotation(random, R);
+    const Matrix R = randomRotation(random);
     const double scale = std::ldexp(1, random.integer(-300, 300));
     double values[3] = {random.uniform(-1, 1), random.uniform(-1, 1), random.uniform(-1, 1)};
     if (k % 3 == 0) values[1] = values[0] * (1 + std::ldexp(random.uniform(-1, 1), -random.integer(20, 52)));
@@ -124,9 +123,7 @@ void expectRotationsThatDiagonalise(const Routine& routine, const Tensors& t) {
       }
     for (int b = 1; b < dim && routine.order == Order::Rising; ++b) EXPECT_LE(P[(b - 1) * n + i], P[b * n + i]);
     if (isPlane) nearest = std::min(nearest, v(0, 0));
-    volume = std::min(volume, v(0, 0) * (v(1, 1) * v(2, 2) - v(1, 2) * v(2, 1)) -
-                                  v(0, 1) * (v(1, 0) * v(2, 2) - v(1, 2) * v(2, 0)) +
-                                  v(0, 2) * (v(1, 0) * v(2, 1) - v(1, 1) * v(2, 0)));
+    volume = std::min(volume, determinant(matrixBy(v)));
   }
   EXPECT_LE(residual, routine.residual);
   const double once = routine.run == GLO_UTI_EIG33ANALV ? 1e-7 : 4e-15;
@@ -167,25 +164,17 @@ TEST(Directions, ListsAsLongAsTheBlockMayLeaveAPointOut) {
 // ---- values of looser members
 
 // Against accurate ones, in units of the largest component.
-TEST(SortedJacobi, IncreasingValues) {
+TEST(Eigenvalues, OfLooserMembersAndTheirOrder) {
   const Tensors t = hardTensors(6, true);
-  Values P(3 * t.n), exact(3 * t.n);
-  call(GLO_UTI_EIG33VECTOR, t.n, t.S, P);
-  call(GLO_UTI_EIG33, t.n, t.S, exact);
-  for (int k = 0; k < 3 * t.n; ++k) {
-    EXPECT_NEAR(P[k], exact[k], static_cast<double>(5e-7L * t.size(k % t.n)));
-    if (k >= t.n) {
-      EXPECT_LE(P[k - t.n], P[k]);
-    }
-  }
-}
-
-TEST(Trigonometric, ValuesAndTheirOrder) {
-  const Tensors t = hardTensors(6, true);
-  Values P(3 * t.n), exact(3 * t.n);
+  Values P(3 * t.n), sorted(3 * t.n), exact(3 * t.n);
   call(GLO_UTI_EIG33ANAL, t.n, t.S, P);
+  call(GLO_UTI_EIG33VECTOR, t.n, t.S, sorted);
   call(GLO_UTI_EIG33, t.n, t.S, exact);
   for (int i = 0; i < t.n; ++i) {
+    for (int k = 0; k < 3; ++k) {
+      EXPECT_NEAR(sorted[k * t.n + i], exact[k * t.n + i], static_cast<double>(5e-7L * t.size(i)));
+      EXPECT_LE(sorted[std::max(0, k - 1) * t.n + i], sorted[k * t.n + i]);
+    }
     const double size = static_cast<double>(t.size(i)), low = exact[i], middle = exact[t.n + i],
                  high = exact[2 * t.n + i];
     double found[] = {P[t.n + i], P[2 * t.n + i], P[i]}; // largest, smallest, middle where they are apart
@@ -264,15 +253,12 @@ TEST(Eigenvalues, OfPairsOfTensors) {
   Random random(8);
   for (int round = 0; round < 2000; ++round) {
     double A[6], B[6], P[3], V[9], alone[3];
-    Matrix R;
-    randomRotation(random, R);
+    const Matrix R = randomRotation(random);
     setPrincipal(B, 1, 0, {random.uniform(0.1, 2), random.uniform(0.1, 2), random.uniform(0.1, 2)}, R);
     for (double& entry : A) entry = random.uniform(-1, 1);
     call(GLO_UTI_GENEIG33, 1, A, B, P, V);
     call(GLO_UTI_GENEIG33VECTOR, 1, A, B, alone);
-    EXPECT_GT(
-        V[0] * (V[4] * V[8] - V[5] * V[7]) + V[1] * (V[5] * V[6] - V[3] * V[8]) + V[2] * (V[3] * V[7] - V[4] * V[6]), 0)
-        << "left-handed";
+    EXPECT_GT(determinant(matrixBy([&](int a, int b) { return V[3 * b + a]; })), 0) << "left-handed";
     // powers of two change the values by theirs and no direction
     const bool isTiny = round % 2 == 0; // both among the smallest normal numbers, or anywhere
     const int powerA = isTiny ? -960 : random.integer(-500, 500),
@@ -323,13 +309,11 @@ TEST(TensorFunctions, AtEveryScale) {
   const Tensors A = integerTensors(6, 0);
   Tensors S = A;
   const int n = A.n;
-  for (int i = 0; i < n; ++i)
+  for (int i = 0; i < n; ++i) {
+    const Matrix one = tensorOf(&A.S[i], n), square = one * one + kIdentity;
     for (int a = 0; a < 3; ++a)
-      for (int b = a; b < 3; ++b) {
-        Real sum = a == b ? 1 : 0; // A A + 1
-        for (int k = 0; k < 3; ++k) sum += A.at(i, a, k) * A.at(i, k, b);
-        S.S[kS33[a][b] * n + i] = static_cast<double>(sum);
-      }
+      for (int b = a; b < 3; ++b) S.S[kS33[a][b] * n + i] = square[a][b];
+  }
   Tensors V = S, L = S, logs = S, scaled = S;
   call(GLO_UTI_LOGV, n, S.S, L.S);
   for (int power = -1074; power <= 1017; power += power < -1060 ? 12 : 18) {
@@ -339,15 +323,15 @@ TEST(TensorFunctions, AtEveryScale) {
     call(GLO_UTI_SQRTV, n, scaled.S, scaled.S);
     EXPECT_EQ(scaled.S, V.S) << "in place";
     Real root = 0, logarithm = 0;
-    for (int i = 0; i < n; ++i)
+    for (int i = 0; i < n; ++i) {
+      const LongMatrix one = tensorOf<Real>(&V.S[i], n), square = one * one;
       for (int a = 0; a < 3; ++a)
         for (int b = a; b < 3; ++b) {
-          Real square = -S.at(i, a, b);
-          for (int k = 0; k < 3; ++k) square += std::ldexp(V.at(i, a, k) * V.at(i, k, b), -power);
-          root = std::max(root, std::abs(square) / 25);
+          root = std::max(root, std::abs(std::ldexp(square[a][b], -power) - S.at(i, a, b)) / 25);
           const Real expected = L.at(i, a, b) + (a == b ? power * 0.693147180559945309417232L : 0);
           logarithm = std::max(logarithm, std::abs(logs.at(i, a, b) - expected));
         }
+    }
     EXPECT_LE(root, 4e-15) << power;
     EXPECT_LE(logarithm, 2e-15 * std::abs(power)) << power;
   }
@@ -401,8 +385,7 @@ TEST(TensorFunctions, ExponentialsInThePlaneKeepEveryComponent) {
 TEST(TensorFunctions, LogarithmsOfStretches) {
   Random random(9);
   for (int round = 0; round < 5000; ++round) {
-    Matrix R;
-    randomRotation(random, R);
+    const Matrix R = randomRotation(random);
     const double size = std::ldexp(1, -random.integer(0, 30));
     double strain[3], values[3], V[6], L[6], expected[6];
     for (int k = 0; k < 3; ++k) {

@@ -3,21 +3,11 @@
 #include "tests/support/call.h"
 #include "tests/support/turns.h"
 
-#include <numbers>
-
 namespace {
 
 using namespace sharedanalysis::test;
 using Axis = std::array<double, 3>;
 constexpr double kPi = std::numbers::pi;
-
-// A B or A' B.
-void product(const Matrix& A, const Matrix& B, bool isTransposed, Matrix& C) {
-  Matrix left;
-  for (int i = 0; i < 3; ++i)
-    for (int j = 0; j < 3; ++j) left[i][j] = isTransposed ? A[j][i] : A[i][j];
-  multiply(left, B, C);
-}
 
 Quaternion product3D(int32_t op, const Quaternion& a, const Quaternion& b) {
   Quaternion q{};
@@ -33,13 +23,10 @@ TEST(Quaternions, ProductsAreThoseOfTheRotations) {
   Random random(1);
   for (int round = 0; round < 2000; ++round) {
     const Quaternion a = randomTurn(random), b = randomTurn(random);
-    Matrix A, B, expected, found;
-    turnedAxes(a, A), turnedAxes(b, B);
     for (int32_t op : {1, 7, -1, 2, -2}) {
-      product(op > 0 ? A : B, op > 0 ? B : A, std::abs(op) == 2, expected);
+      const Matrix A = turnedAxes(op > 0 ? a : b), B = turnedAxes(op > 0 ? b : a);
       const Quaternion q = product3D(op, a, b);
-      turnedAxes(q, found);
-      EXPECT_LT(distance(expected, found), 3e-15) << op;
+      EXPECT_LT(distance((std::abs(op) == 2 ? transposed(A) : A) * B, turnedAxes(q)), 3e-15) << op;
       EXPECT_NEAR(length(q), 1, 5e-16);
       Quaternion single{}; // the product of one pair, here of unit length anyway
       call(GLO_UTI_GENMULT3DQUAT, op, single, a, b);
@@ -116,10 +103,7 @@ TEST(Quaternions, IncrementsCarryOneOrientationToTheOther) {
       for (std::size_t k = 0; k < 4; ++k) b[k] = (round % 4 == 0 ? -1 : 1) * (a[k] + 1e-9 * b[k]);
     call(GLO_UTI_COMPROTINC, 1, q, a, b);
     EXPECT_GE(q[3], 0);
-    Matrix A, B, D, carried;
-    turnedAxes(a, A), turnedAxes(b, B), turnedAxes(q, D);
-    multiply(D, A, carried);
-    EXPECT_LT(distance(carried, B), 4e-15);
+    EXPECT_LT(distance(turnedAxes(q) * turnedAxes(a), turnedAxes(b)), 4e-15);
     double r[3], expected[3];
     call(GLO_UTI_COMPROTVEC, 1, r, a, b);
     call(GLO_UTI_ANGLESFROMQUATERNIONS, 1, q, expected);
@@ -144,8 +128,8 @@ TEST(TensorRotations, AreTheMatrixProducts) {
   for (const auto& c : cases)
     for (int round = 0; round < 500; ++round)
       for (int32_t flag : {0, 1, -3}) {
-        Matrix M, tensor = {}, half, expected;
-        turnedAxes(c.dim == 3 ? randomTurn(random) : turnAbout({0, 0, 1}, random.uniform(-4, 4)), M);
+        Matrix tensor = {};
+        const Matrix M = turnedAxes(c.dim == 3 ? randomTurn(random) : turnAbout({0, 0, 1}, random.uniform(-4, 4)));
         Values R(9 * ld, 9), S(6 * ld, 9), T(6 * ld, 7);
         for (int k = 0; k < c.dim * c.dim; ++k) R[k * ld + at] = M[k % c.dim][k / c.dim];
         for (int k = 0; k < c.in; ++k) {
@@ -156,10 +140,7 @@ TEST(TensorRotations, AreTheMatrixProducts) {
         }
         call(c.entry, n, ld, flag, R, S, T);
         // M' S M into the frame, M S M' out of it
-        product(M, tensor, flag == 0, half);
-        for (int i = 0; i < 3; ++i)
-          for (int j = 0; j < i && flag != 0; ++j) std::swap(M[i][j], M[j][i]);
-        multiply(half, M, expected);
+        const Matrix expected = flag == 0 ? transposed(M) * tensor * M : M * tensor * transposed(M);
         for (int k = 0; k < c.out; ++k) {
           const int from = c.out == 3 && k == 2 ? 3 : k;
           EXPECT_NEAR(T[k * ld + at], (c.isEngineering && k == 2 ? 2 : 1) * expected[kRow[from]][kColumn[from]], 4e-15);

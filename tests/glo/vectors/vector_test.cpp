@@ -228,8 +228,7 @@ TEST(LinearSystems, SingularAndSpoiledOnesSaySo) {
 TEST(LinearSystems, DeterminantsOfTensors) {
   Random random(14);
   for (int round = 0; round < 1000; ++round) {
-    Matrix R;
-    randomRotation(random, R);
+    const Matrix R = randomRotation(random);
     const double values[3] = {random.uniform(-2, 2), random.uniform(-2, 2), random.uniform(-2, 2)};
     double S[6], det = 0;
     setPrincipal(S, 1, 0, values, R);

@@ -1,7 +1,7 @@
 // What mechanics demands of the explicit analysis.
 #include "tests/solver/models.h"
 #include "tests/support/files.h"
-#include "tests/support/long_matrix.h"
+#include "tests/support/random.h"
 
 #include <cfenv>
 
@@ -70,15 +70,10 @@ TEST_F(Physics, PatchTestOfDistortedBricks) {
   for (int32_t i = 0; i < 3 * mesh.nodes(); ++i)
     EXPECT_NEAR(fields.displacement[i], c.initialVelocities[i / 3].velocity[i % 3] * c.endTime, 1e-12);
   // one stress everywhere, that of F = 1 + L t: neo-Hooke in closed form
-  const LongMatrix F = combination(1, identity(), c.endTime, L);
-  LongMatrix Ft;
-  for (int a = 0; a < 3; ++a)
-    for (int d = 0; d < 3; ++d) Ft[a][d] = F[d][a];
-  const LongMatrix b = product(F, Ft);
+  const LongMatrix one = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}}, F = one + c.endTime * L, b = F * transposed(F);
   const double J = static_cast<double>(determinant(F)), I1 = static_cast<double>(trace(b));
   const double mu = c.materials[0].shearModulus(), K = c.materials[0].bulkModulus();
-  const LongMatrix stress =
-      combination(mu * std::pow(J, -5.0 / 3), combination(1, b, -I1 / 3, identity()), K * (J - 1), identity());
+  const LongMatrix stress = mu * std::pow(J, -5.0 / 3) * (b + -I1 / 3 * one) + K * (J - 1) * one;
   for (int e = 0; e < mesh.elements(); ++e)
     for (int a = 0; a < 3; ++a)
       for (int d = a; d < 3; ++d)
@@ -202,28 +197,6 @@ TEST_F(Physics, EnergyIsBalancedAndItsErrorFallsWithTheSquareOfTheIncrement) {
   EXPECT_LT(fine, 0.35 * coarse);
 }
 
-TEST_F(Physics, GravityAndReactions) {
-  // a block that hangs and is let go of slowly enough: reactions carry the weight, the balance knows the work of gravity
-  const Mesh mesh = box({2, 2, 4}, {0.2, 0.2, 0.4});
-  Case c = caseOf(neoHooke(1e6, 0.3, 1000), 0.4);
-  c.gravity = {0, 0, -9.81};
-  fix(c, "z1", "xyz");
-  c.linearViscosity = 0.5;
-  Analysis analysis(mesh, c, 1);
-  double mean = 0;
-  const int stops = 400;
-  for (int k = 1; k <= stops; ++k) {
-    analysis.advanceTo(c.endTime * k / stops);
-    const auto reaction = analysis.fields().reaction;
-    double sum = 0;
-    for (size_t i = 2; i < reaction.size(); i += 3) sum += reaction[i];
-    mean += sum / stops;
-    EXPECT_NEAR(analysis.energies().balance(), 0, 2e-3 * std::abs(analysis.energies().external) + 1e-6);
-  }
-  EXPECT_NEAR(mean / (0.016 * 1000 * 9.81), 1, 0.02);
-  EXPECT_GT(analysis.energies().external, 0);
-}
-
 // Times of output, in stable increments, that come one after the other.
 TEST_F(Physics, EachOutputCostsAtMostOneIncrementMore) {
   const Mesh mesh = box({1, 1, 1}, {1, 1, 1});
@@ -279,24 +252,14 @@ TEST_F(Physics, ModelsThatCannotStart) {
   };
   const Mesh good = box({2, 2, 2}, {1, 1, 1});
   const Case c = caseOf(neoHooke(1e6, 0.3, 1000), 1);
-  expect(good, c, "nothing");
-  Mesh inverted = good;
-  std::swap_ranges(&inverted.connectivity[24], &inverted.connectivity[28], &inverted.connectivity[28]);
-  expect(inverted, c, "zero or negative volume: 4 (1 in all)");
-  Case unknown = c, contradiction = c, bare = c;
-  fix(unknown, "nowhere", "x");
-  expect(good, unknown, "\"nowhere\"");
-  fix(contradiction, "x0", "x");
-  fix(contradiction, "y0", "xy");
-  expect(good, contradiction, "nothing"); // the same motion twice
-  contradiction.motions[1].velocity[0] = constant(2);
-  expect(good, contradiction, "\"x0\" and \"y0\"");
-  Case leaving = c;
+  Case twice = c, leaving = c, stiff = c, bare = c;
+  fix(twice, "x0", "x");
+  fix(twice, "y0", "xy");
+  expect(good, twice, "nothing"); // the same motion twice
   move(leaving, "x0", "xy", 2);
   leaving.symmetryPlanes = {{"all", {0.6, 0.8, 0}}};
   expect(good, leaving, "node 1 is moved out of the symmetry plane of group \"all\"");
   expect(good, caseOf(neoHooke(1e6, 0.3, 1e-320), 1), "brick 1 of material \"solid\" has a mass of ");
-  Case stiff = c;
   stiff.linearViscosity = 1e300;
   expect(good, stiff, "brick 1 of material \"solid\" has a stable increment of 0 s");
   bare.sections.clear();

@@ -11,18 +11,33 @@
 #include "tests/support/program.h"
 
 #include <chrono>
-#include <cmath>
 #include <csignal>
-#include <cstring>
 #include <future>
 #include <sys/resource.h>
-#include <thread>
-#include <tuple>
 
 namespace {
 
 using namespace sharedanalysis;
 using namespace sharedanalysis::test;
+
+// The process of a rank that works in the present directory; -1 when there is none.
+pid_t processOf(int rank) {
+  const std::string wanted = "OMPI_COMM_WORLD_RANK=" + std::to_string(rank);
+  const auto here = std::filesystem::current_path();
+  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+    const int process = std::atoi(entry.path().filename().c_str());
+    std::error_code error;
+    if (process == 0 || std::filesystem::read_symlink(entry.path() / "cwd", error) != here || error) continue;
+    std::ifstream environment(entry.path() / "environ", std::ios::binary);
+    for (std::string variable; std::getline(environment, variable, '\0');)
+      if (variable == wanted) return process;
+  }
+  return -1;
+}
+bool signalRank(int rank, int number) {
+  const pid_t process = processOf(rank);
+  return process > 0 && kill(process, number) == 0;
+}
 
 class RanksTest : public testing::Test {
 protected:
@@ -36,6 +51,13 @@ protected:
         shell((ranks > 1 ? launcher : "") + SA_SOLVER_PROGRAM " " + arguments + " -t " + std::to_string(threads));
     EXPECT_EQ(outcome.code, code) << arguments << ": " << outcome.err;
     return outcome;
+  }
+  // A run that is to end with a code after a signal to one of its ranks.
+  static Outcome runSignalled(int ranks, const std::string& arguments, int rank, int signal, int code) {
+    auto ended = std::async(std::launch::async, [&] { return run(ranks, 1, arguments, code); });
+    EXPECT_TRUE(isUnderWay("out/" + arguments.substr(0, arguments.find(".toml")) + ".sta"));
+    EXPECT_TRUE(signalRank(rank, signal));
+    return ended.get();
   }
   // A case for each rank.
   static Outcome runApart(const std::vector<std::string>& arguments) {
@@ -55,6 +77,9 @@ protected:
     return outcome;
   }
 
+  static void change(const std::string& file, const std::string& from, const std::string& to) {
+    writeFile(file, replaced(readFile(file), from, to));
+  }
   // The twisting column, so shortened that it takes a moment.
   static void writeColumn() {
     std::string text = readFile(SA_EXAMPLES "/twisting_column/column.toml");
@@ -66,7 +91,7 @@ protected:
   // With the nodes of one side that have no prescribed motion, which might lead them behind a plane.
   static solver::Mesh withSide(solver::Mesh mesh) {
     solver::Group side = *mesh.findGroup("x1");
-    side.name = "side";
+    side.name = "side", side.dimension = 0, side.faces.clear();
     std::erase_if(side.nodes, [&](int32_t node) { return std::abs(mesh.coordinates[3 * node + 2] - 0.55) > 0.5; });
     mesh.groups.push_back(side);
     return mesh;
@@ -76,7 +101,7 @@ protected:
     solver::Mesh mesh = box({7, 5, 6}, {1, 0.8, 1.1});
     Random random(1);
     for (double& x : mesh.coordinates) x += random.uniform(-0.015, 0.015);
-    writeFile("irregular.msh", meshText(withSide(mesh)));
+    solver::writeMesh("irregular.msh", "irregular", withSide(mesh)); // which takes less time to read than a Gmsh file
     writeFile("irregular.toml", R"(mesh = "irregular.msh"
 gravity.acceleration = [0.0, 1.0, -9.81]
 section = [{group = "all", material = "rubber"}]
@@ -131,16 +156,9 @@ curve = [{rate = 0.01, strain = [0, 0.05, 0.4, 0.6, 0.75, 0.85], stress = [0, 20
     writeFile("mixed.toml", text);
     writeFile("damped.toml",
               replaced(replaced(text, "quasi_static = true", "damping = 20.0"), "filter_cutoff = 300.0", ""));
-    solver::Mesh mesh = box({7, 5, 6}, {1, 0.8, 1.1});
-    const auto all =
-        std::find_if(mesh.groups.begin(), mesh.groups.end(), [](const auto& g) { return g.name == "all"; });
-    solver::Group upper = *all;
-    all->name = "lower";
-    upper.name = "upper";
-    std::erase_if(all->elements, [](int32_t brick) { return brick >= 70; });
-    std::erase_if(upper.elements, [](int32_t brick) { return brick < 70; });
-    mesh.groups.push_back(upper);
-    writeFile("mixed.msh", meshText(withSide(mesh)));
+    solver::Mesh mesh = numberedBox({7, 5, 6}, {1, 0.8, 1.1});
+    mesh.groups.push_back(*box({7, 5, 6}, {1, 0.8, 1.1}).findGroup("surface"));
+    solver::writeMesh("mixed.msh", "mixed", withSide(mesh));
   }
 
   static std::string spoiltAt(std::string text, std::size_t at) {
@@ -206,7 +224,7 @@ curve = [{rate = 0.01, strain = [0, 0.05, 0.4, 0.6, 0.75, 0.85], stress = [0, 20
     std::memcpy(course.data(), state.data() + 88 + 8 * heading[4], 8 * heading[5]);
     write("wrong.restart");
     expectError(run(1, 1, begin + " --restart wrong.restart", 1), 1, "wrong.restart: its nodes and bricks are not");
-    for (const char* other : {"none.restart", "out"}) run(2, 1, begin + " --restart " + other, 1);
+    for (const char* other : {"none.restart", "out"}) run(1, 1, begin + " --restart " + other, 1);
     // the results do not fit, or are not there: nothing is replaced, cut off or begun
     const std::string other = "out/" + std::filesystem::path(file).stem().string();
     const std::string messages = readFile(other + ".msg"), events = other + ".events.csv.partial", none = "elsewhere";
@@ -217,10 +235,10 @@ curve = [{rate = 0.01, strain = [0, 0.05, 0.4, 0.6, 0.75, 0.85], stress = [0, 20
     EXPECT_TRUE(readFile(events).ends_with("beyond"));
     writeFile(csv, lines + "beyond");
     std::filesystem::rename(events, none);
-    expectError(run(2, 1, begin + " --restart", 1), 1, events + ": is not there");
+    expectError(run(1, 1, begin + " --restart", 1), 1, events + ": is not there");
     EXPECT_EQ(readFile(csv), lines + "beyond");
     std::filesystem::rename(none, events);
-    expectError(run(2, 1, replaced(begin, "-o out", "-o " + none) + " --restart " + file, 1), 1,
+    expectError(run(1, 1, replaced(begin, "-o out", "-o " + none) + " --restart " + file, 1), 1,
                 none + ": is no directory");
     EXPECT_FALSE(std::filesystem::exists(none));
     EXPECT_TRUE(contains(run(1, 1, replaced(begin, "-q", "--check") + " --restart").out, "goes on from increment "));
@@ -235,9 +253,9 @@ TEST_F(RanksTest, ResultsAreTheSameToTheLastBit) {
   writeColumn();
   writeIrregular();
   writeLoaded();
-  for (const std::string job : {"column", "irregular", "loaded"}) {
+  for (const std::string job : {"column", "loaded"}) {
     run(1, 1, job + ".toml --digest -q -o " + job + "1x1");
-    for (const auto& [ranks, threads] : {std::pair{1, 2}, {2, 1}, {2, 2}, {4, 1}, {4, 2}}) {
+    for (const auto& [ranks, threads] : {std::pair{1, 2}, {2, 2}, {3, 1}, {4, 2}}) {
       const std::string directory = job + std::to_string(ranks) + "x" + std::to_string(threads);
       EXPECT_EQ(run(ranks, threads, job + ".toml --digest -q -o " + directory).out, "");
       compare(job + "1x1", directory);
@@ -251,7 +269,7 @@ TEST_F(RanksTest, FilesOfRanksAreJoinedToTheFileOfTheRoot) {
   writeIrregular();
   writeLoaded();
   writeMixed();
-  writeFile("mixed.toml", replaced(readFile("mixed.toml"), "end_time = 0.01", "end_time = 0.002"));
+  change("mixed.toml", "end_time = 0.01", "end_time = 0.002");
   const auto join = [](const std::string& arguments) { return shell(SA_JOIN_PROGRAM " " + arguments); };
   const auto differing = [](const std::string& a, const std::string& b) {
     int count = a.size() == b.size() ? 0 : -1;
@@ -402,25 +420,6 @@ TEST_F(RanksTest, InputErrorsEndEveryRankAndAreToldOnce) {
   EXPECT_TRUE(contains(outcome.err, std::to_string(mesh.elementNumbers[100]))) << outcome.err;
 }
 
-// The process of a rank that works in the present directory; -1 when there is none.
-pid_t processOf(int rank) {
-  const std::string wanted = "OMPI_COMM_WORLD_RANK=" + std::to_string(rank);
-  const auto here = std::filesystem::current_path();
-  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-    const int process = std::atoi(entry.path().filename().c_str());
-    std::error_code error;
-    if (process == 0 || std::filesystem::read_symlink(entry.path() / "cwd", error) != here || error) continue;
-    std::ifstream environment(entry.path() / "environ", std::ios::binary);
-    for (std::string variable; std::getline(environment, variable, '\0');)
-      if (variable == wanted) return process;
-  }
-  return -1;
-}
-bool signalRank(int rank, int number) {
-  const pid_t process = processOf(rank);
-  return process > 0 && kill(process, number) == 0;
-}
-
 // A rank whose files may grow no more stands for a full disk.
 TEST_F(RanksTest, WriteErrorsOfAnyRankEndEveryRank) {
   writeIrregular();
@@ -464,13 +463,10 @@ TEST_F(RanksTest, RanksHaveMessageFilesWhenTheyHaveSomethingToSay) {
 
 TEST_F(RanksTest, ASignalToOneRankEndsAllOfThemInOrder) {
   writeIrregular();
-  writeFile("irregular.toml", replaced(readFile("irregular.toml"), "end_time = 0.004", "end_time = 50"));
+  change("irregular.toml", "end_time = 0.004", "end_time = 50");
   for (const int rank : {0, 2}) {
     std::filesystem::remove_all("out");
-    auto ended = std::async(std::launch::async, [] { return run(3, 1, "irregular.toml -q --digest -o out", 130); });
-    EXPECT_TRUE(isUnderWay("out/irregular.sta"));
-    EXPECT_TRUE(signalRank(rank, SIGTERM));
-    expectError(ended.get(), 130, "interrupted at time");
+    expectError(runSignalled(3, "irregular.toml -q --digest -o out", rank, SIGTERM, 130), 130, "interrupted at time");
     EXPECT_TRUE(contains(readFile("out/irregular.sta"), "Interrupted"));
     EXPECT_FALSE(std::filesystem::exists("out/irregular.rank2.sta"));
     compare("out", "out");
@@ -480,7 +476,7 @@ TEST_F(RanksTest, ASignalToOneRankEndsAllOfThemInOrder) {
 // Whatever happens to one rank, all end, and somebody says why.  One that is stopped while it sends may also keep others' messages.
 TEST_F(RanksTest, RanksThatCrashOrHangEndAll) {
   writeIrregular();
-  writeFile("irregular.toml", replaced(readFile("irregular.toml"), "end_time = 0.004", "end_time = 50"));
+  change("irregular.toml", "end_time = 0.004", "end_time = 50");
   const struct {
     int signal, code;
     std::string text;
@@ -489,11 +485,7 @@ TEST_F(RanksTest, RanksThatCrashOrHangEndAll) {
               {SIGKILL, 137, "process rank 1 with PID"}}; // of mpirun
   for (const auto& row : rows) {
     std::filesystem::remove_all("out");
-    auto ended = std::async(std::launch::async,
-                            [&] { return run(3, 1, "irregular.toml -q -o out --rank-timeout 2", row.code); });
-    EXPECT_TRUE(isUnderWay("out/irregular.sta"));
-    EXPECT_TRUE(signalRank(1, row.signal));
-    const Outcome outcome = ended.get();
+    const Outcome outcome = runSignalled(3, "irregular.toml -q -o out --rank-timeout 2", 1, row.signal, row.code);
     EXPECT_TRUE(contains(outcome.err + outcome.out, row.text)) << outcome.err << outcome.out;
   }
 }
@@ -538,18 +530,12 @@ TEST_F(RanksTest, RestartedRunsAreTheUninterruptedOne) {
     run(1, 1, job + ".toml --digest -q -o whole");
     EXPECT_FALSE(std::filesystem::exists("whole/" + job + ".restart"));
     EXPECT_TRUE(contains(readFile("whole/" + job + ".sta"), "Completed"));
-    auto killed = std::async(std::launch::async, [&] { run(2, 1, begin + " --digest", 137); });
-    EXPECT_TRUE(isUnderWay("out/" + job + ".sta"));
-    EXPECT_TRUE(signalRank(0, SIGKILL));
-    killed.get();
-
+    runSignalled(2, begin + " --digest", 0, SIGKILL, 137);
     if (job == "mixed") refuseWrongStates(begin, file, csv + ".partial");
 
     std::filesystem::remove("out/" + job + ".sta");
-    auto ended = std::async(std::launch::async, [&] { return run(3, 1, begin + " --restart --digest", 130); });
-    EXPECT_TRUE(isUnderWay("out/" + job + ".sta"));
-    EXPECT_TRUE(signalRank(1, SIGTERM));
-    EXPECT_TRUE(contains(ended.get().err, "--restart goes on from " + file));
+    const Outcome stopped = runSignalled(3, begin + " --restart --digest", 1, SIGTERM, 130);
+    EXPECT_TRUE(contains(stopped.err, "--restart goes on from " + file));
     run(4, 1, begin + " --restart");
     EXPECT_TRUE(compare("whole/" + job + ".digest", "out").out.starts_with("the same: 21 outputs"));
     EXPECT_EQ(readFile("whole/" + job + ".csv"), readFile(csv));
@@ -582,13 +568,10 @@ TEST_F(RanksTest, FilesOfRanksGoOnWithAsManyRanks) {
   writeIrregular();
   writeLoaded();
   writeMixed();
-  writeFile("mixed.toml", replaced(readFile("mixed.toml"), "end_time = 0.01", "end_time = 0.006"));
+  change("mixed.toml", "end_time = 0.01", "end_time = 0.006");
   const std::string begin = "mixed.toml -q -o out --files ranks";
   run(1, 1, "mixed.toml --digest -q -o whole");
-  auto ended = std::async(std::launch::async, [&] { run(2, 1, begin + " --digest", 130); });
-  EXPECT_TRUE(isUnderWay("out/mixed.sta"));
-  EXPECT_TRUE(signalRank(1, SIGTERM));
-  ended.get();
+  runSignalled(2, begin + " --digest", 1, SIGTERM, 130);
   expectError(run(3, 1, begin + " --restart", 1), 1, "the run that is to go on writes a file of fields for each of 2");
   run(2, 1, begin + " --restart");
   compare("whole", "out");
@@ -634,7 +617,7 @@ TEST_F(RanksTest, ComparisonNamesTheFirstDifference) {
   Outcome outcome = compare("a", "a/irregular.digest");
   EXPECT_TRUE(outcome.out.starts_with("the same: 5 outputs from increment 0, time 0 s, to increment ")) << outcome.out;
 
-  writeFile("irregular.toml", replaced(readFile("irregular.toml"), "C10 = 1.0e6", "C10 = 1.0000000001e6"));
+  change("irregular.toml", "C10 = 1.0e6", "C10 = 1.0000000001e6");
   run(1, 1, "irregular.toml --digest -q -o b");
   outcome = compare("a", "b", exitDifferent);
   EXPECT_TRUE(outcome.out.starts_with("different: output ")) << outcome.out;
@@ -657,24 +640,6 @@ TEST_F(RanksTest, ComparisonNamesTheFirstDifference) {
 TEST_F(RanksTest, ComparisonFindsOneBit) {
   solver::Mesh mesh = numberedBox({3, 3, 20}, {1, 1, 7});
   for (int64_t& number : mesh.nodeNumbers) number *= int64_t{1} << 32;
-  solver::Hash hash;
-  const auto add = [&](const auto& values) {
-    hash.add(uint64_t{values.size()});
-    for (const auto value : values) hash.add(std::bit_cast<uint64_t>(value));
-  };
-  const auto wide = [](const std::vector<int32_t>& values) {
-    return std::vector<int64_t>(values.begin(), values.end());
-  };
-  add(mesh.nodeNumbers);
-  add(mesh.elementNumbers);
-  add(mesh.coordinates);
-  add(wide(mesh.connectivity));
-  for (const solver::Group& group : mesh.groups) {
-    hash.add(group.name);
-    add(wide(group.nodes));
-    add(wide(group.elements));
-  }
-  EXPECT_EQ(solver::meshHash(mesh, solver::Ranks()), hash.value());
   const std::vector<double> zeros(3 * mesh.nodeNumbers.size()), stress(6 * mesh.elementNumbers.size());
   const std::vector<double> scalars(mesh.elementNumbers.size());
   std::vector<double> velocity = zeros;
@@ -702,6 +667,26 @@ TEST_F(RanksTest, ComparisonFindsOneBit) {
                 std::to_string(mesh.nodeNumbers[123]) +
                 " is 0 (0) in a/run.digest and -0 (8000000000000000) in b/run.digest\n"
                 "arrays that differ in this output: velocity\n");
+}
+
+// Nothing of a mesh is left out of its hash.
+TEST_F(RanksTest, MeshesThatDifferAnywhereHaveOtherHashes) {
+  const solver::Mesh mesh = numberedBox({2, 2, 3}, {1, 1, 2});
+  const uint64_t hash = solver::meshHash(mesh, solver::Ranks());
+  const std::function<void(solver::Mesh&)> changes[] = {
+      [](auto& m) { m.nodeNumbers.back() += int64_t{1} << 32; },
+      [](auto& m) { m.elementNumbers[0] = 4; },
+      [](auto& m) { m.coordinates[4] = -m.coordinates[4]; },
+      [](auto& m) { std::swap(m.connectivity[3], m.connectivity[2]); },
+      [](auto& m) { m.groups[1].name += 'x'; },
+      [](auto& m) { m.groups[0].nodes.pop_back(); },
+      [](auto& m) { m.groups.back().elements.pop_back(); },
+      [](auto& m) { m.groups.pop_back(); }};
+  for (const auto& apply : changes) {
+    solver::Mesh other = mesh;
+    apply(other);
+    EXPECT_NE(solver::meshHash(other, solver::Ranks()), hash) << &apply - changes;
+  }
 }
 
 TEST_F(RanksTest, ComparisonSaysWhatIsMissing) {

@@ -8,7 +8,6 @@
 #include "solver/results/mesh_file.h"
 #include "tests/solver/files.h"
 
-#include <numeric>
 #include <sys/stat.h>
 
 namespace {
@@ -49,24 +48,19 @@ private:
   WorkingDirectory directory_;
 };
 
-// A change of the case above: what is replaced by what, and the answer.
-struct Mistake {
-  const char *from, *to, *answer;
-};
-
 class Mistakes : public Input {
 protected:
-  static void check(const std::vector<Mistake>& mistakes) {
-    for (const Mistake& m : mistakes) expect(replaced(barCase, m.from, m.to), m.answer);
-  }
   static void expect(const std::string& text, const std::string& wanted) {
     EXPECT_EQ(answer(text), "case.toml" + wanted) << text;
   }
-  static void checkBeginning(const std::vector<Mistake>& mistakes) {
-    for (const Mistake& m : mistakes) {
-      const std::string text = answer(replaced(barCase, m.from, m.to));
-      EXPECT_TRUE(text.starts_with("case.toml" + std::string(m.answer))) << m.to << "\n" << text;
-    }
+  // Rows of what is replaced in a case, by what, and the answer.
+  static void check(const std::string& mistakes, const std::string& text = barCase) {
+    for (const Row& row : tableOf(mistakes)) expect(replaced(text, row[0], row[1]), row[2]);
+  }
+  // Rows of lines behind the case and a heading, and the answer.
+  static void checkBehind(const std::string& heading, const std::string& mistakes) {
+    const std::string begin = barCase + (heading.empty() ? "" : tableOf(heading + " =>")[0][0] + "\n");
+    for (const Row& row : tableOf(mistakes)) expect(begin + row[0], row[1]);
   }
 };
 
@@ -87,35 +81,33 @@ TEST_F(Input, CaseFilesThatCannotBeRead) {
 }
 
 TEST_F(Mistakes, BrokenToml) {
-  checkBeginning({
+  const std::tuple<const char*, const char*, const char*> mistakes[] = {
       {"end_time = 0.05", "end_time = ", ":25:12: "},
       {"[control]", "[control", ":24:9: "},
       {"\"rubber\"\ndensity", "\"rubber\ndensity", ":4:"},
       {"end_time = 0.05", "end_time = 1e999", ":25:"},
-      {"end_time = 0.05", "end_time = 1\nend_time = 2", ":26:"},
+      {"= 0.05", "= 1\nend_time = 2", ":26:"},
       {"mesh =", "$MeshFormat\nmesh =", ":1:1: "},
-      {"mesh =", "mesh = \xff", ":1:7: "},
-  });
+      {"mesh =", "mesh = \xff", ":1:7: "}};
+  for (const auto& [from, to, place] : mistakes)
+    EXPECT_TRUE(answer(replaced(barCase, from, to)).starts_with("case.toml" + std::string(place))) << to;
 }
 
 TEST_F(Mistakes, Keys) {
-  check({
-      {"density", "densty", ":5:1: unknown key \"densty\" in material, did you mean \"density\"?"},
-      {"[control]", "[contrl]", ":24:2: unknown key \"contrl\", did you mean \"control\"?"},
-      {"end_time", "endtime", ":25:1: unknown key \"endtime\" in control, did you mean \"end_time\"?"},
-      {"group = \"z0\"", "group = \"z0\"\nquux = 1",
-       ":19:1: unknown key \"quux\" in fix, expected one of group, components"},
-      {"mesh = \"box.msh\"", "", ":1:1: mesh is missing, expected a text in quotes"},
-      {"name = \"rubber\"", "", ":3:1: name is missing in material, expected a text in quotes"},
-      {"density = 1000", "", ":3:1: density is missing in material, expected a positive number in kg/m3"},
-      {"D1 = 1e-7", "", ":3:1: D1 is missing in material, expected a positive number in 1/Pa"},
-      {"group = \"z0\"", "", ":17:1: group is missing in fix, expected a text in quotes"},
-      {"end_time = 0.05", "", ":24:1: end_time is missing in control, expected a positive number in s"},
-      {"velocity = [0, 0, -1]", "",
-       ":21:1: initial_velocity has neither velocity nor rate, expected one of them or both"},
-      {"velocity = [0, 0, -1]", "velocity = [0, 0, 0]\norigin = [0, 0, 0]",
-       ":23:10: origin is given without rate, expected both"},
-  });
+  check(R"(
+density -> densty => :5:1: unknown key "densty" in material, did you mean "density"?
+[control] -> [contrl] => :24:2: unknown key "contrl", did you mean "control"?
+end_time -> endtime => :25:1: unknown key "endtime" in control, did you mean "end_time"?
+group = "z0" -> group = "z0"; quux = 1 => :19:1: unknown key "quux" in fix, expected one of group, components
+mesh = "box.msh" -> => :1:1: mesh is missing, expected a text in quotes
+name = "rubber" -> => :3:1: name is missing in material, expected a text in quotes
+density = 1000 -> => :3:1: density is missing in material, expected a positive number in kg/m3
+D1 = 1e-7 -> => :3:1: D1 is missing in material, expected a positive number in 1/Pa
+group = "z0" -> => :17:1: group is missing in fix, expected a text in quotes
+end_time = 0.05 -> => :24:1: end_time is missing in control, expected a positive number in s
+velocity = [0, 0, -1] -> => :21:1: initial_velocity has neither velocity nor rate, expected one of them or both
+velocity = [0, 0, -1] -> velocity = [0, 0, 0]; origin = [0, 0, 0] => :23:10: origin is given without rate, expected
+    both)");
 }
 
 TEST_F(Mistakes, TablesThatAreNotThere) {
@@ -126,147 +118,122 @@ TEST_F(Mistakes, TablesThatAreNotThere) {
 }
 
 TEST_F(Mistakes, Types) {
-  check({
-      {"\"box.msh\"", "3", ":1:8: mesh is a number, expected a text in quotes"},
-      {"\"box.msh\"", "\"\"", ":1:8: mesh is empty, expected a text in quotes"},
-      {"density = 1000", "density = \"1000\"", ":5:11: density is a text, expected a positive number in kg/m3"},
-      {"density = 1000", "density = [1000]", ":5:11: density is an array, expected a positive number in kg/m3"},
-      {"density = 1000", "density = true", ":5:11: density is true or false, expected a positive number in kg/m3"},
-      {"density = 1000", "density = 2000-01-01",
-       ":5:11: density is a date or time, expected a positive number in kg/m3"},
-      {"[[material]]", "[material]", ":3:1: material is a table, expected [[material]]"},
-      {"[control]", "[[control]]", ":24:1: control is an array, expected [control]"},
-      {"[0, 0, -1]", "-1", ":22:12: velocity is a number, expected an array of numbers in m/s"},
-      {"[0, 0, -1]", "[0, -1]", ":22:12: velocity has 2 numbers, expected 3 (x, y, z) in m/s"},
-      {"[0, 0, -1]", "[0, 0, \"down\"]", ":22:19: velocity is a text, expected a finite number in m/s"},
-      {"[\"x\", \"y\", \"z\"]", "\"xyz\"", R"(:19:14: components is a text, expected an array of "x", "y" and "z")"},
-      {"[\"x\", \"y\", \"z\"]", "[]", R"(:19:14: components is empty, expected an array of "x", "y" and "z")"},
-      {"\"z\"]", "\"w\"]", R"(:19:14: "w" is no component, expected "x", "y" or "z")"},
-  });
+  check(R"(
+"box.msh" -> 3 => :1:8: mesh is a number, expected a text in quotes
+"box.msh" -> "" => :1:8: mesh is empty, expected a text in quotes
+density = 1000 -> density = "1000" => :5:11: density is a text, expected a positive number in kg/m3
+density = 1000 -> density = [1000] => :5:11: density is an array, expected a positive number in kg/m3
+density = 1000 -> density = true => :5:11: density is true or false, expected a positive number in kg/m3
+density = 1000 -> density = 2000-01-01 => :5:11: density is a date or time, expected a positive number in kg/m3
+[[material]] -> [material] => :3:1: material is a table, expected [[material]]
+[control] -> [[control]] => :24:1: control is an array, expected [control]
+[0, 0, -1] -> -1 => :22:12: velocity is a number, expected an array of numbers in m/s
+[0, 0, -1] -> [0, -1] => :22:12: velocity has 2 numbers, expected 3 (x, y, z) in m/s
+[0, 0, -1] -> [0, 0, "down"] => :22:19: velocity is a text, expected a finite number in m/s
+["x", "y", "z"] -> "xyz" => :19:14: components is a text, expected an array of "x", "y" and "z"
+["x", "y", "z"] -> [] => :19:14: components is empty, expected an array of "x", "y" and "z"
+"z"] -> "w"] => :19:14: "w" is no component, expected "x", "y" or "z")");
 }
 
 TEST_F(Mistakes, NumbersWithoutSense) {
-  check({
-      {"1000", "-1000", ":5:11: density is -1000, expected a positive number in kg/m3"},
-      {"1000", "1e-300",
-       ":5:11: density of material \"rubber\" is 1e-300 kg/m3, its shear modulus 2e+06 Pa and its bulk modulus "
-       "2e+07 Pa, which make a wave speed of 4.761e+153 m/s, expected a density of 1e-60 to 1e60 kg/m3 and a speed of "
-       "1e-9 to 1e15 m/s"},
-      {"1000", "0", ":5:11: density is 0, expected a positive number in kg/m3"},
-      {"1000", "nan", ":5:11: density is nan, expected a positive number in kg/m3"},
-      {"1000", "inf", ":5:11: density is inf, expected a positive number in kg/m3"},
-      {"1e-7", "-1e-7", ":7:6: D1 is -1e-07, expected a positive number in 1/Pa"},
-      {"1e-7", "0", ":7:6: D1 is 0, expected a positive number in 1/Pa"},
-      {"1e-7", "1e-320", ":7:6: D1 of material \"rubber\" is too small for its reciprocal"},
-      {"1e-7", "1e-7\nD2 = -1", ":8:6: D2 is -1, expected a number that is not negative in 1/Pa"},
-      {"C10 = 1e6", "C10 = 1e6\nC01 = -1e6",
-       ":6:7: C10 + C01 of material \"rubber\" is 0, expected a positive number in Pa (half the shear "
-       "modulus)"},
-      {"0.05", "0", ":25:12: end_time is 0, expected a positive number in s"},
-      {"0.05", "-0.05", ":25:12: end_time is -0.05, expected a positive number in s"},
-      {"0.05", "inf", ":25:12: end_time is inf, expected a positive number in s"},
-      {"0.05", "1\nsafety_factor = 1.1", ":26:17: safety_factor is 1.1, expected a number above 0 and not above 1"},
-      {"0.05", "1\nhourglass = -0.1", ":26:13: hourglass is -0.1, expected a number from 0 to 1"},
-      {"0.05", "1\nlinear_viscosity = -1", ":26:20: linear_viscosity is -1, expected a number that is not negative"},
-      {"0.05", "1\ndamping = 0\nquasi_static = true",
-       ":26:11: damping is given with quasi_static, which chooses it, expected one of them"},
-      {"0.05", "1\n[output]\ninterval = 0", ":27:12: interval is 0, expected a positive number in s"},
-      {"0.05", "1\n[output]\nfields = [\"strain\"]",
-       ":27:10: \"strain\" is no field, expected one of displacement, velocity, reaction, stress, "
-       "strain_energy_density, mask, "
-       "principal_stress, principal_rotation, principal_direction, material_orientation"},
-      {"0.05", "1\n[output]\nhistory_interval = 1e-9",
-       ":27:20: history_interval is 1e-09, which makes more than 100000 records, expected at least 1e-05 s"},
-      {"0.05", "1\n[output]\nrestart_interval = -1", ":27:20: restart_interval is -1, expected a positive number in s"},
-      {"0.05", "1\n[output]\nfilter_cutoff = 0", ":27:17: filter_cutoff is 0, expected a positive number in Hz"},
-      {"0.05", "1\n[output]\nfilter_cutoff = 9\nfilter_order = 3",
-       ":28:16: filter_order is 3, expected an even number from 2 to 20"},
-      {"0.05", "1\n[output]\nfilter_cutoff = 9\nfilter_type = \"bessel\"",
-       ":28:15: filter_type is \"bessel\", expected \"butterworth\", \"chebyshev1\" or \"chebyshev2\""},
-      {"0.05", "1\n[output]\nfilter_cutoff = 9\nfilter_ripple = 1",
-       ":28:17: filter_ripple does not belong to filter_type \"butterworth\""},
-      {"0.05", "1\n[output]\nfilter_order = 4",
-       ":27:16: filter_order belongs to a filter, and filter_cutoff is missing in output"},
-      {"-1]", "nan]", ":22:19: velocity is nan, expected a finite number in m/s"},
-      {"-1]", "-1]\nrate = 1\naxis = [0, 0, 0]", ":24:8: axis has no direction, expected a vector that is not zero"},
-      {"-1]", "-1]\nrate = 1\nprofile_length = 0", ":24:18: profile_length is 0, expected a positive number in m"},
-  });
+  check(R"(
+1000 -> -1000 => :5:11: density is -1000, expected a positive number in kg/m3
+1000 -> 1e-300 => :5:11: density of material "rubber" is 1e-300 kg/m3, its shear modulus 2e+06 Pa and its bulk modulus
+    2e+07 Pa, which make a wave speed of 4.761e+153 m/s, expected a density of 1e-60 to 1e60 kg/m3 and a speed of 1e-9
+    to 1e15 m/s
+1000 -> 0 => :5:11: density is 0, expected a positive number in kg/m3
+1000 -> nan => :5:11: density is nan, expected a positive number in kg/m3
+1000 -> inf => :5:11: density is inf, expected a positive number in kg/m3
+1e-7 -> -1e-7 => :7:6: D1 is -1e-07, expected a positive number in 1/Pa
+1e-7 -> 0 => :7:6: D1 is 0, expected a positive number in 1/Pa
+1e-7 -> 1e-320 => :7:6: D1 of material "rubber" is too small for its reciprocal
+1e-7 -> 1e-7; D2 = -1 => :8:6: D2 is -1, expected a number that is not negative in 1/Pa
+C10 = 1e6 -> C10 = 1e6; C01 = -1e6 => :6:7: C10 + C01 of material "rubber" is 0, expected a positive number in Pa
+    (half the shear modulus)
+0.05 -> 0 => :25:12: end_time is 0, expected a positive number in s
+0.05 -> -0.05 => :25:12: end_time is -0.05, expected a positive number in s
+0.05 -> inf => :25:12: end_time is inf, expected a positive number in s
+-1] -> nan] => :22:19: velocity is nan, expected a finite number in m/s
+-1] -> -1]; rate = 1; axis = [0, 0, 0] => :24:8: axis has no direction, expected a vector that is not zero
+-1] -> -1]; rate = 1; profile_length = 0 => :24:18: profile_length is 0, expected a positive number in m)");
+}
+
+TEST_F(Mistakes, ControlAndOutput) {
+  checkBehind("", R"(
+safety_factor = 1.1 => :26:17: safety_factor is 1.1, expected a number above 0 and not above 1
+hourglass = -0.1 => :26:13: hourglass is -0.1, expected a number from 0 to 1
+linear_viscosity = -1 => :26:20: linear_viscosity is -1, expected a number that is not negative
+damping = 0; quasi_static = true => :26:11: damping is given with quasi_static, which chooses it, expected one of them)");
+  checkBehind("[output]", R"(
+interval = 0 => :27:12: interval is 0, expected a positive number in s
+fields = ["strain"] => :27:10: "strain" is no field, expected one of displacement, velocity, reaction, stress,
+    strain_energy_density, mask, principal_stress, principal_rotation, principal_direction, material_orientation
+history_interval = 2e-7 => :27:20: history_interval is 2e-07, which makes more than 100000 records, expected at least
+    5e-07 s
+restart_interval = -1 => :27:20: restart_interval is -1, expected a positive number in s
+filter_cutoff = 0 => :27:17: filter_cutoff is 0, expected a positive number in Hz
+filter_order = 4 => :27:16: filter_order belongs to a filter, and filter_cutoff is missing in output)");
+  checkBehind("[output]; filter_cutoff = 9", R"(
+filter_order = 3 => :28:16: filter_order is 3, expected an even number from 2 to 20
+filter_type = "bessel" => :28:15: filter_type is "bessel", expected "butterworth", "chebyshev1" or "chebyshev2"
+filter_ripple = 1 => :28:17: filter_ripple does not belong to filter_type "butterworth")");
 }
 
 TEST_F(Mistakes, Histories) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"component = \"x\"\ntime = [0, 1, 1]\nvalue = [0, 1, 2]",
-       ":29:8: time goes from 1 to 1, expected increasing times in s"},
-      {"component = \"x\"\ntime = [0, 2, 1]\nvalue = [0, 1, 2]",
-       ":29:8: time goes from 2 to 1, expected increasing times in s"},
-      {"component = \"x\"\ntime = [0, 1]\nvalue = [0]",
-       ":30:9: value has 1 number and time has 2, expected as many of both"},
-      {"component = \"x\"\nvalue = [0, 1]", ":26:1: time is missing in velocity, expected an array of numbers in s"},
-      {"component = \"x\"\ntime = [0, 1]\nvalue = 1", ":29:8: time needs an array of values, expected value = [...]"},
-      {"component = \"x\"\ntime = []\nvalue = []", ":29:8: time is empty, expected an array of numbers in s"},
-      {"component = \"x\"\ntime = [0, 1]\nvalue = [0, inf]", ":30:13: value is inf, expected a finite number in m/s"},
-      {"component = \"x\"\ntime = [0, 1]\nvalue = [0, 1]\ncurve = \"round\"",
-       R"(:31:9: curve is "round", expected "linear" or "smooth")"},
-      {"component = \"x\"\nvalue = 1\ncurve = \"smooth\"",
-       ":30:9: curve needs an array of values, expected value = [...]"},
-      {"component = \"r\"\nvalue = 1", R"(:28:13: "r" is no component, expected "x", "y" or "z")"},
-      {"value = 1", ":26:1: component is missing in velocity, expected a text in quotes"},
-  };
-  for (const auto& [lines, wanted] : cases)
-    expect(barCase + std::string("[[velocity]]\ngroup = \"z1\"\n") + lines, wanted);
+  checkBehind("[[velocity]]; group = \"z1\"", R"(
+component = "r"; value = 1 => :28:13: "r" is no component, expected "x", "y" or "z"
+value = 1 => :26:1: component is missing in velocity, expected a text in quotes)");
+  checkBehind("[[velocity]]; group = \"z1\"; component = \"x\"", R"(
+time = [0, 1, 1]; value = [0, 1, 2] => :29:8: time goes from 1 to 1, expected increasing times in s
+time = [0, 2, 1]; value = [0, 1, 2] => :29:8: time goes from 2 to 1, expected increasing times in s
+time = [0, 1]; value = [0] => :30:9: value has 1 number and time has 2, expected as many of both
+value = [0, 1] => :26:1: time is missing in velocity, expected an array of numbers in s
+time = [0, 1]; value = 1 => :29:8: time needs an array of values, expected value = [...]
+time = []; value = [] => :29:8: time is empty, expected an array of numbers in s
+time = [0, 1]; value = [0, inf] => :30:13: value is inf, expected a finite number in m/s
+time = [0, 1]; value = [0, 1]; curve = "round" => :31:9: curve is "round", expected "linear" or "smooth"
+value = 1; curve = "smooth" => :30:9: curve needs an array of values, expected value = [...])");
+  checkBehind("[[history]]; group = \"z1\"", R"(
+values = ["force"] => :28:10: "force" is no value of a group, expected an array of "displacement", "velocity",
+    "reaction", "energy"
+values = ["velocity", "velocity"] => :28:10: "velocity" is there twice
+values = ["energy"] => :27:9: group "z1" is not one of bricks, expected one of "lower", "upper")");
 }
 
 TEST_F(Mistakes, Loads) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"[[force]]\ngroup = \"z1\"\nvalue = 1", ":26:1: expected component or direction, one of them"},
-      {"[[force]]\ngroup = \"z1\"\nvalue = 1\ncomponent = \"x\"\ndirection = [1, 0, 0]",
-       ":30:13: expected component or direction, one of them"},
-      {"[[force]]\ngroup = \"z1\"\nvalue = 1\ndirection = [0, 0, 0]",
-       ":29:13: direction has no direction, expected a vector that is not zero"},
-      {"[[force]]\ngroup = \"z1\"\nvalue = 1\ncomponent = \"x\"\nper_node = 1",
-       ":30:12: per_node is a number, expected true or false"},
-      {"[[force]]\ngroup = \"z1\"\nvalue = 1\ncomponent = \"x\"\nname = \"a,b\"",
-       ":30:8: name is \"a,b\", expected letters, digits, \"_\", \"-\" and \".\""},
-      {"[[pressure]]\ngroup = \"z1\"\nvalue = 1\nname = \"p\"\n[[pressure]]\ngroup = \"z0\"\nvalue = 1\nname = \"p\"",
-       ":33:8: the name \"p\" is there already, expected another one"},
-      {"[[pressure]]\ngroup = \"z1\"\nvalue = true", ":28:9: value is true or false, expected a finite number in Pa"},
-      {"[[pressure]]\ngroup = \"z1\"\nvalue = 1\ndirection = [1, 0, 0]",
-       ":29:1: unknown key \"direction\" in pressure, expected one of group, name, value, time, curve"},
-      {"[[pressure]]\ngroup = \"upper\"\nvalue = 1",
-       R"(:27:9: group "upper" is not one of faces, expected one of "x0", "x1", "y0", "y1", "z0", "z1")"},
-      {"[[local_gravity]]\ngroup = \"z1\"\ncomponent = \"x\"\nvalue = 1",
-       R"(:27:9: group "z1" is not one of bricks, expected one of "lower", "upper")"},
-      {"[[plane]]\nnormal = [0, 0, 1]", ":26:1: point is missing in plane, expected an array of numbers in m"},
-      {"[[plane]]\npoint = [0, 0, 0]\nnormal = [0, 0, 1]\nfriction = -1",
-       ":29:12: friction is -1, expected a number that is not negative"},
-      {"[[plane]]\npoint = [0, 0, 0]\nnormal = [0, 0, 1]\ncomponent = \"x\"",
-       ":29:13: component is given without value, the velocity of the plane, expected both"},
-      {"[[plane]]\npoint = [0, 0, 0.5]\nnormal = [0, 0, 2]\nname = \"floor\"",
-       ", mesh box.msh: 4 nodes behind plane \"floor\" at the start, the first is number 17, expected all on the side "
-       "of its "
-       "normal"},
-      // it comes to a foot that is held; a top is led to it, 0.04 + 0.02/11 by a speed that turns, and two of its nodes are near
-      {"[[plane]]\npoint = [0, 0, -0.01]\nnormal = [0, 0, 1]\nvalue = 1\nname = \"floor\"",
-       ", mesh box.msh: 4 nodes that supports or prescribed motion lead behind plane \"floor\", the first is number "
-       "17, "
-       "by up to 0.04 m; expected a group of the plane without them, or room for their motion"},
-      {"[[velocity]]\ngroup = \"z1\"\ncomponent = \"z\"\ntime = [0, 0.02, 0.03]\nvalue = [2, 2, -9]\n"
-       "[[plane]]\npoint = [0, 0, 4.01]\nnormal = [0, 0.05, -1]\nname = \"top\"",
-       ", mesh box.msh: 2 nodes that supports or prescribed motion lead behind plane \"top\", the first is number 177, "
-       "by up to 0.03178 m; expected a group of the plane without them, or room for their motion"},
-  };
-  const std::pair<const char*, const char*> histories[] = {
-      {"values = [\"force\"]",
-       ":28:10: \"force\" is no value of a group, expected an array of \"displacement\", \"velocity\", "
-       "\"reaction\", \"energy\""},
-      {"values = [\"velocity\", \"velocity\"]", ":28:10: \"velocity\" is there twice"},
-      {"values = [\"energy\"]", R"(:27:9: group "z1" is not one of bricks, expected one of "lower", "upper")"},
-  };
-  for (const auto& [lines, wanted] : histories)
-    expect(barCase + std::string("[[history]]\ngroup = \"z1\"\n") + lines, wanted);
-  for (const auto& [lines, wanted] : cases) expect(barCase + std::string(lines), wanted);
-  expect(barCase + std::string("[[symmetry]]\ngroup = \"z1\""),
-         ":26:1: normal is missing in symmetry, expected an array of numbers");
+  checkBehind("[[force]]; group = \"z1\"; value = 1", R"(
+=> :26:1: expected component or direction, one of them
+component = "x"; direction = [1, 0, 0] => :30:13: expected component or direction, one of them
+direction = [0, 0, 0] => :29:13: direction has no direction, expected a vector that is not zero
+component = "x"; per_node = 1 => :30:12: per_node is a number, expected true or false
+component = "x"; name = "a,b" => :30:8: name is "a,b", expected letters, digits, "_", "-" and ".")");
+  checkBehind("[[pressure]]; group = \"z1\"", R"(
+value = 1; name = "p"; [[pressure]]; group = "z0"; value = 1; name = "p" => :33:8: the name "p" is there already,
+    expected another one
+value = true => :28:9: value is true or false, expected a finite number in Pa
+value = 1; direction = [1, 0, 0] => :29:1: unknown key "direction" in pressure, expected one of group, name, value,
+    time, curve)");
+  checkBehind("[[plane]]; point = [0, 0, 0]; normal = [0, 0, 1]", R"(
+friction = -1 => :29:12: friction is -1, expected a number that is not negative
+component = "x" => :29:13: component is given without value, the velocity of the plane, expected both)");
+  checkBehind("", R"(
+[[symmetry]]; group = "z1" => :26:1: normal is missing in symmetry, expected an array of numbers
+[[pressure]]; group = "upper"; value = 1 => :27:9: group "upper" is not one of faces, expected one of "x0", "x1",
+    "y0", "y1", "z0", "z1"
+[[local_gravity]]; group = "z1"; component = "x"; value = 1 => :27:9: group "z1" is not one of bricks, expected one of
+    "lower", "upper"
+[[plane]]; normal = [0, 0, 1] => :26:1: point is missing in plane, expected an array of numbers in m
+[[plane]]; point = [0, 0, 0.5]; normal = [0, 0, 2]; name = "floor" => , mesh box.msh: 4 nodes behind plane "floor" at
+    the start, the first is number 17, expected all on the side of its normal)");
+  // it comes to a foot that is held; a top is led to it, 0.04 + 0.02/11 by a speed that turns, and two of its nodes are near
+  checkBehind("", R"(
+[[plane]]; point = [0, 0, -0.01]; normal = [0, 0, 1]; value = 1; name = "floor" => , mesh box.msh: 4 nodes that
+    supports or prescribed motion lead behind plane "floor", the first is number 17, by up to 0.04 m; expected a group
+    of the plane without them, or room for their motion
+[[velocity]]; group = "z1"; component = "z"; time = [0, 0.02, 0.03]; value = [2, 2, -9]; [[plane]]; point = [0, 0,
+    4.01]; normal = [0, 0.05, -1]; name = "top" => , mesh box.msh: 2 nodes that supports or prescribed motion lead
+    behind plane "top", the first is number 177, by up to 0.03178 m; expected a group of the plane without them, or
+    room for their motion)");
 
   // faces that are not on the surface of one brick, in a mesh that has such
   const std::string mesh = meshText(numberedBox({1, 1, 4}, {1, 1, 4})),
@@ -288,30 +255,24 @@ TEST_F(Mistakes, Loads) {
 }
 
 TEST_F(Mistakes, GroupsAndSections) {
-  check({
-      {"\"z0\"", "\"foot\"",
-       ":18:9: the mesh has no group \"foot\", expected one of \"x0\", \"x1\", \"y0\", \"y1\", \"z0\", "
-       "\"z1\", "
-       "\"lower\", \"upper\""},
-      {"\"lower\"", "\"z0\"", ":10:9: group \"z0\" is not one of bricks, expected one of \"lower\", \"upper\""},
-      {"\"upper\"\nmaterial = \"rubber\"", "\"upper\"\nmaterial = \"steel\"",
-       ":15:12: no material \"steel\", expected \"rubber\""},
-      {"\"upper\"", "\"lower\"", ":14:9: brick 103 of group \"lower\" has a section already, by group \"lower\""},
-      {"[[section]]\ngroup = \"lower\"\nmaterial = \"rubber\"", "",
-       ": 2 bricks without a section, the first is number 103, expected a [[section]] for every brick"},
-      {"[[section]]", "[[material]]\nname = \"rubber\"\ndensity = 1\nC10 = 1\nD1 = 1\n[[section]]",
-       ":10:8: a material \"rubber\" is there already, expected another name"},
-      {"[[fix]]", "[[velocity]]\ngroup = \"z0\"\ncomponent = \"y\"\nvalue = 2\n[[fix]]",
-       ", mesh box.msh: groups \"z0\" and \"z0\" prescribe different motion of component y of node 17"},
-      {"-1]", "-1]\ngroup = \"foot\"",
-       ":23:9: the mesh has no group \"foot\", expected one of \"x0\", \"x1\", \"y0\", \"y1\", \"z0\", "
-       "\"z1\", "
-       "\"lower\", \"upper\""},
-      {"mesh =", "job = \"a.events\"\nmesh =",
-       ":1:7: job is \"a.events\", expected a name without .events, which events of a job have"},
-      {"mesh =", "job = \"a\\u0000b\"\nmesh =", ":1:7: job is \"a b\", expected a name without control characters"},
-      {"mesh =", "job = \"a/b\"\nmesh =", ":1:7: job is \"a/b\", expected a name for files, without directories"},
-  });
+  check(R"(
+"z0" -> "foot" => :18:9: the mesh has no group "foot", expected one of "x0", "x1", "y0", "y1", "z0", "z1", "lower",
+    "upper"
+"lower" -> "z0" => :10:9: group "z0" is not one of bricks, expected one of "lower", "upper"
+"upper"; material = "rubber" -> "upper"; material = "steel" => :15:12: no material "steel", expected "rubber"
+"upper" -> "lower" => :14:9: brick 103 of group "lower" has a section already, by group "lower"
+[[section]]; group = "lower"; material = "rubber" -> => : 2 bricks without a section, the first is number 103,
+    expected a [[section]] for every brick
+[[section]] -> [[material]]; name = "rubber"; density = 1; C10 = 1; D1 = 1; [[section]] => :10:8: a material "rubber"
+    is there already, expected another name
+[[fix]] -> [[velocity]]; group = "z0"; component = "y"; value = 2; [[fix]] => , mesh box.msh: groups "z0" and "z0"
+    prescribe different motion of component y of node 17
+-1] -> -1]; group = "foot" => :23:9: the mesh has no group "foot", expected one of "x0", "x1", "y0", "y1", "z0", "z1",
+    "lower", "upper"
+mesh = -> job = "a.events"; mesh = => :1:7: job is "a.events", expected a name without .events, which events of a job
+    have
+mesh = -> job = "a\u0000b"; mesh = => :1:7: job is "a b", expected a name without control characters
+mesh = -> job = "a/b"; mesh = => :1:7: job is "a/b", expected a name for files, without directories)");
 }
 
 // The bar with a warm and a hot half of one material.
@@ -346,19 +307,17 @@ TEST_F(Input, ConstantsThatDependOnTemperature) {
 }
 
 TEST_F(Mistakes, Tables) {
-  const std::vector<Mistake> mistakes = {
-      {"340]", "290]", ":6:16: temperatures does not increase at 290, expected each number to be above the one before"},
-      {"[1e6, 2e6]", "[1e6, 2e6, 3e6]", ":7:7: C10 has 3 numbers, expected one number or 2"},
-      {"[1e6, 2e6]", "[1e6, -2e6]",
-       ":7:7: C10 + C01 of material \"rubber\" is -2e+06, expected a positive number in Pa (half the shear "
-       "modulus)"},
-      {"D1 = 1e-7", "D1 = [1e-7, 0]", ":8:13: D1 is 0, expected a positive number in 1/Pa"},
-      {"temperature = 310", "", ":10:1: temperature is missing in section, expected a finite number in K"},
-      {"temperatures = [300, 340]\nC10 = [1e6, 2e6]", "C10 = 1e6",
-       ":12:15: material \"rubber\" does not depend on temperature, expected none"},
-      {"temperatures = [300, 340]", "", ":7:7: C10 is an array, expected a finite number in Pa"},
-  };
-  for (const Mistake& m : mistakes) expect(replaced(warmBar(), m.from, m.to), m.answer);
+  check(R"(
+340] -> 290] => :6:16: temperatures does not increase at 290, expected each number to be above the one before
+[1e6, 2e6] -> [1e6, 2e6, 3e6] => :7:7: C10 has 3 numbers, expected one number or 2
+[1e6, 2e6] -> [1e6, -2e6] => :7:7: C10 + C01 of material "rubber" is -2e+06, expected a positive number in Pa (half
+    the shear modulus)
+D1 = 1e-7 -> D1 = [1e-7, 0] => :8:13: D1 is 0, expected a positive number in 1/Pa
+temperature = 310 -> => :10:1: temperature is missing in section, expected a finite number in K
+temperatures = [300, 340]; C10 = [1e6, 2e6] -> C10 = 1e6 => :12:15: material "rubber" does not depend on temperature,
+    expected none
+temperatures = [300, 340] -> => :7:7: C10 is an array, expected a finite number in Pa)",
+        warmBar());
 }
 
 TEST_F(Input, MeshFilesThatCannotBeRead) {
@@ -383,7 +342,7 @@ TEST_F(Input, MeshFilesThatCannotBeRead) {
 TEST_F(Input, MeshFilesThatAreCutOff) {
   for (const std::string& whole :
        {meshText(box({1, 1, 2}, {1, 1, 2})), readFile(SA_EXAMPLES "/twisting_column/column.msh")}) {
-    const std::size_t end = whole.find("$EndElements"), step = whole.size() > 10000 ? 97 : 1;
+    const std::size_t end = whole.find("$EndElements"), step = whole.size() > 10000 ? 97 : 3;
     const std::size_t first = end - std::min<std::size_t>(end, 1000);
     for (std::size_t size = first; size < end; size += end - size < 20 ? 1 : step) {
       const std::string text = answerToMesh(whole.substr(0, size));
@@ -432,9 +391,6 @@ TEST_F(Input, BricksThatCannotBeUsed) {
   for (std::size_t i = 0; i < mirrored.nodeNumbers.size(); ++i) mirrored.coordinates[3 * i] *= -1;
   expectVolume(mirrored, "103, 106, 109, 112, 115, 118, 121, 124, ... (20 in all)");
 
-  Mesh collapsed = sound; // a corner of the third brick on its neighbour
-  collapsed.connectivity[17] = collapsed.connectivity[16];
-  EXPECT_EQ(answerToMesh(meshText(collapsed)), "box.msh: brick 109 has the same node at two corners");
   EXPECT_EQ(answerToMesh(replaced(meshText(sound), "\n106 5 2 7 7", "\n106 5 2 0 9")),
             "box.msh: 1 brick of 4 in no physical volume, the first is number 106");
 }
@@ -447,15 +403,9 @@ TEST_F(Input, HostileMeshes) {
   EXPECT_EQ(answer(replaced(barCase, "box.msh", "pipe.msh")),
             "pipe.msh: is no file with a mesh but a pipe or a device");
 
-  Mesh turned = numberedBox({1, 1, 4}, {1, 1, 4}); // a corner pushed through the opposite edge of its face
-  turned.coordinates[3 * 16] = turned.coordinates[3 * 16 + 1] = .7;
-  Mesh twins = numberedBox({1, 1, 4}, {1, 1, 4});
-  std::copy_n(twins.connectivity.begin(), 8, twins.connectivity.begin() + 8);
   const struct {
     std::string mesh, answer;
   } rows[] = {
-      {meshText(turned), "box.msh: brick 112 is turned over at its node "},
-      {meshText(twins), "box.msh: bricks 103 and 106 have the same nodes"},
       {replaced(sound, "$Nodes\n20\n", "$Nodes\n19\n"), "box.msh: $Nodes has 20 lines, its first one announces 19"},
       {replaced(sound, "$Nodes\n20\n", "$Nodes\n99999999999\n"), "box.msh: $Nodes has 20 lines"},
       {replaced(sound, "\n197 ", "\n5000000197 "), "box.msh: $Nodes has the number 5000000197, above 2147483647"},
@@ -584,50 +534,51 @@ TEST_F(Input, BoxesWithLayers) {
 }
 
 TEST_F(Mistakes, Boxes) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"", ":1:8: box is missing in mesh, expected [mesh.box]"},
-      {"cube = 1", ":1:9: unknown key \"cube\" in mesh, expected one of box"},
-      {"box = 1", ":1:15: box is a number, expected [box]"},
-      {"box = {size = [1, 1, 1]}", ":1:15: bricks is missing in box, expected an array of numbers"},
-      {"box = {bricks = [1, 2.5, 1], size = [1, 1, 1]}",
-       ":1:29: bricks has 2.5, expected three times a whole number from 1 to 1000000"},
-      {"box = {bricks = [1, 1, 1], size = [1, 1, 0]}",
-       ":1:50: size has 0, expected three times a positive number in m"},
-      {"box = {bricks = [1, 1, 1], size = [1, 1, 1], faces = [\"a\"]}",
-       ":1:62: faces has 1 name, expected six (two across each of x, y, z)"},
-      {"box = {bricks = [1, 1, 1], size = [1, 1, 1], volume = \"x0\"}", ":1:15: two groups have the name \"x0\""},
-      {"box = {bricks = [1, 1, 9], size = [1, 1, 1], origin = [0, 0, 1e17]}",
-       ":1:43: bricks along z are too thin to be told apart at their coordinates"},
-      {"box = {bricks = [1, 1, 3], size = [1, 1, 1], layer = [{group = \"a\", bricks = 2, size = 1}]}",
-       ":1:32: bricks has 3 along z, expected the 2 of the layers"},
-      {"box = {bricks = [1, 1, 3], size = [1, 2, 1], layers_along = \"y\", layer = [{group = \"a\", bricks = 1, size = "
-       "1}]}",
-       ":1:47: size has 2 m along y, expected the 1 m of the layers"},
-      {"box = {bricks = [1, 1, 3], size = [1, 1, 1], layers_along = \"y\"}",
-       ":1:69: layers_along is given without layers"},
-  };
-  for (const auto& [table, wanted] : cases)
-    expect(replaced(barCase, "\"box.msh\"", "{" + std::string(table) + "}"), wanted);
+  for (const Row& row : tableOf(R"(
+=> :1:8: box is missing in mesh, expected [mesh.box]
+cube = 1 => :1:9: unknown key "cube" in mesh, expected one of box
+box = 1 => :1:15: box is a number, expected [box]
+box = {size = [1, 1, 1]} => :1:15: bricks is missing in box, expected an array of numbers
+box = {bricks = [1, 2.5, 1], size = [1, 1, 1]} => :1:29: bricks has 2.5, expected three times a whole number from 1 to
+    1000000
+box = {bricks = [1, 1, 1], size = [1, 1, 0]} => :1:50: size has 0, expected three times a positive number in m
+box = {bricks = [1, 1, 1], size = [1, 1, 1], faces = ["a"]} => :1:62: faces has 1 name, expected six (two across each
+    of x, y, z)
+box = {bricks = [1, 1, 1], size = [1, 1, 1], volume = "x0"} => :1:15: two groups have the name "x0"
+box = {bricks = [1, 1, 9], size = [1, 1, 1], origin = [0, 0, 1e17]} => :1:43: bricks along z are too thin to be told
+    apart at their coordinates
+box = {bricks = [1, 1, 3], size = [1, 1, 1], layer = [{group = "a", bricks = 2, size = 1}]} => :1:32: bricks has 3
+    along z, expected the 2 of the layers
+box = {bricks = [1, 1, 3], size = [1, 2, 1], layers_along = "y", layer = [{group = "a", bricks = 1, size = 1}]} =>
+    :1:47: size has 2 m along y, expected the 1 m of the layers
+box = {bricks = [1, 1, 3], size = [1, 1, 1], layers_along = "y"} => :1:69: layers_along is given without layers)"))
+    expect(replaced(barCase, "\"box.msh\"", "{" + row[0] + "}"), row[1]);
 }
 
 // Wherever an Exodus file ends too early or a word of it is spoiled, it is an error or another mesh, never the end of the program.
 TEST_F(Input, ExodusFilesThatCannotBeRead) {
-  const auto answerToExodus = [](const Mesh& mesh) {
-    solver::writeMesh("box.msh", "box", mesh);
-    return answer(barCase);
-  };
   const Mesh sound = numberedBox({1, 1, 4}, {1, 1, 4});
-  std::vector<std::pair<Mesh, std::string>> rows(6, {sound, ""});
-  rows[0].first.nodeNumbers[3] = 27, rows[0].second = "two nodes have the number 27";
-  rows[1].first.elementNumbers[3] = 103, rows[1].second = "two bricks have the number 103";
-  rows[2].first.coordinates[5] = NAN, rows[2].second = "a coordinate of node 27 is not a finite number";
-  std::copy_n(sound.connectivity.begin(), 8, rows[3].first.connectivity.begin() + 8);
-  rows[3].second = "bricks 103 and 106 have the same nodes";
-  rows[4].first.coordinates[3 * 16] = rows[4].first.coordinates[3 * 16 + 1] = .7;
-  rows[4].second = "brick 112 is turned over at its node 177";
-  rows[5].first.connectivity[17] = rows[5].first.connectivity[16];
-  rows[5].second = "brick 109 has the same node at two corners";
-  for (const auto& [mesh, wanted] : rows) EXPECT_EQ(answerToExodus(mesh), "box.msh: " + wanted);
+  const struct {
+    std::function<void(Mesh&)> spoil;
+    std::string answer;
+    bool isOfBoth = false; // formats
+  } rows[] = {
+      {[](Mesh& m) { m.nodeNumbers[3] = 27; }, "two nodes have the number 27"},
+      {[](Mesh& m) { m.elementNumbers[3] = 103; }, "two bricks have the number 103"},
+      {[](Mesh& m) { m.coordinates[5] = NAN; }, "a coordinate of node 27 is not a finite number"},
+      {[](Mesh& m) { std::copy_n(&m.connectivity[0], 8, &m.connectivity[8]); },
+       "bricks 103 and 106 have the same nodes", true},
+      // a corner pushed through the opposite edge of its face, and one on its neighbour
+      {[](Mesh& m) { m.coordinates[48] = m.coordinates[49] = .7; }, "brick 112 is turned over at its node 177", true},
+      {[](Mesh& m) { m.connectivity[17] = m.connectivity[16]; }, "brick 109 has the same node at two corners", true}};
+  for (const auto& row : rows) {
+    Mesh mesh = sound;
+    row.spoil(mesh);
+    solver::writeMesh("box.msh", "box", mesh);
+    EXPECT_EQ(answer(barCase), "box.msh: " + row.answer);
+    const std::string other = row.isOfBoth ? answerToMesh(meshText(mesh)) : "box.msh: " + row.answer;
+    EXPECT_TRUE(other.starts_with("box.msh: " + row.answer.substr(0, 30))) << other; // another corner may be named
+  }
 
   // in both formats of the library
   for (const int64_t number : {int64_t{177}, int64_t{1} << 40}) {
@@ -643,23 +594,16 @@ TEST_F(Input, ExodusFilesThatCannotBeRead) {
       std::string spoiled = whole;
       spoiled.replace(at, 8, "\xff\xff\xff\xff\x7f\xff\xff\xff");
       writeFile("box.msh", spoiled);
-      try {
-        solver::readMesh({"box.msh", {}});
-      } catch (const solver::InputError& error) {
-        EXPECT_TRUE(std::string(error.what()).starts_with("box.msh: ")) << at << ": " << error.what();
-      }
+      const std::string said = thrown<solver::InputError>([] { solver::readMesh({"box.msh", {}}); });
+      EXPECT_TRUE(said.starts_with("box.msh: ") || said == "nothing") << at << ": " << said;
     }
   }
 }
 
 TEST_F(Input, BricksThatNoBlockCanHave) {
   const auto expectRefusal = [](const Mesh& mesh, const std::string& wanted) {
-    try {
-      solver::writeMesh("out.exo", "box", mesh);
-      ADD_FAILURE() << wanted;
-    } catch (const solver::InputError& error) {
-      EXPECT_EQ(error.what(), "box: brick " + wanted + "; an Exodus file has every brick in one element block");
-    }
+    EXPECT_EQ(thrown<solver::InputError>([&] { solver::writeMesh("out.exo", "box", mesh); }),
+              "box: brick " + wanted + "; an Exodus file has every brick in one element block");
   };
   Mesh mesh = numberedBox({1, 1, 4}, {1, 1, 4});
   mesh.groups.back().elements.insert(mesh.groups.back().elements.begin(), 1);

@@ -3,7 +3,6 @@
 #include "tests/support/test.h"
 
 #include <cfenv>
-#include <random>
 
 namespace {
 

@@ -1,8 +1,6 @@
 // Values in the order of the mesh, slice by slice.
 #include "solver/parallel/ordered.h"
-#include "tests/support/test.h"
-
-#include <numeric>
+#include "tests/support/files.h"
 
 namespace {
 
@@ -48,16 +46,13 @@ TEST(Ordered, EntitiesOfNoRankOrOfSeveralAreErrors) {
               {{1, 2}, 3, "entity 0 is of no rank"},
               {{0, 1, 1, 2}, 3, "entity 1 is of several ranks"}};
   for (const auto& [places, whole, text] : rows) {
-    std::string answer;
-    try {
-      Ordered(Ranks(), places, whole)
-          .stream<double>(
-              1, [](std::size_t first, std::size_t end, double* values) { std::fill_n(values, end - first, 0.0); },
-              [](int64_t, std::span<const double>) {});
-    } catch (const std::logic_error& error) {
-      answer = error.what();
-    }
-    EXPECT_EQ(answer, text);
+    const auto stream = [&] {
+      const auto fill = [](std::size_t first, std::size_t end, double* values) {
+        std::fill_n(values, end - first, 0.0);
+      };
+      Ordered(Ranks(), places, whole).stream<double>(1, fill, [](int64_t, std::span<const double>) {});
+    };
+    EXPECT_EQ(thrown<std::logic_error>(stream), text);
   }
 }
 

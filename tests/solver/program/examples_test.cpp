@@ -3,11 +3,6 @@
 #include "tests/support/fields.h"
 #include "tests/support/program.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <functional>
 #include <regex>
 
 namespace {

@@ -53,9 +53,6 @@ class Page(html.parser.HTMLParser):
         if tag not in ("meta", "img", "br"):
             self.open.append(self.elements[-1])
 
-    def handle_startendtag(self, tag, attributes):
-        self.elements.append([tag, dict(attributes), ""])
-
     def handle_endtag(self, tag):
         assert self.open and self.open.pop()[0] == tag, (tag, self.getpos())
 

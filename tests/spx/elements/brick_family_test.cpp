@@ -207,18 +207,20 @@ TEST(FullyIntegratedBrick, MeansOverOnePoint) {
   }
 }
 
+// Nine components of a gradient, column by column, and three of a spin: 12, 23, 13.
+Matrix gradientOf(const double* G, int n) {
+  return matrixBy([=](int i, int j) { return G[(i + 3 * j) * n]; });
+}
+Matrix spinOf(const double* w, int n) { return {{{0, w[0], w[2 * n]}, {-w[0], 0, w[n]}, {-w[2 * n], -w[n], 0}}}; }
+
 TEST(Gradients, SymmetricAndSkewPartsRebuildTheGradient) {
   Random random(15);
-  const int n = 33, skewIndex[3][3] = {{-1, 0, 2}, {0, -1, 1}, {2, 1, -1}};
+  const int n = 33;
   Values G(9 * n), sym(6 * n), skew(3 * n);
   for (double& g : G) g = random.uniform(-5, 5);
   call(SPX_OPE_C3DSYMGRAD, n, G, sym, skew);
   for (int e = 0; e < n; ++e)
-    for (int i = 0; i < 3; ++i)
-      for (int j = 0; j < 3; ++j) {
-        const double w = i == j ? 0 : skew[skewIndex[i][j] * n + e] * (i < j ? 1 : -1);
-        EXPECT_NEAR(sym[kS33[i][j] * n + e] + w, G[(i + 3 * j) * n + e], 1e-14);
-      }
+    EXPECT_LT(distance(tensorOf(&sym[e], n) + spinOf(&skew[e], n), gradientOf(&G[e], n)), 1e-14);
 }
 
 // ---- faces
@@ -393,6 +395,40 @@ TEST(EveryOperator, LengthsThatNoDoubleHoldsInProducts) {
   EXPECT_GT(std::count(flags.begin(), flags.end(), 0.0), 100);
 }
 
+// In one block: sound shells that are moved, turned, stretched and sheared, and such as are thin, spoiled or marked before, or
+// whose top face is turned over about any axis of its plane or has a corner pulled over its diagonal.
+TEST(ContinuumShell, ThinAndTurnedOverElementsAreMarked) {
+  Random random(3);
+  const int n = 1200;
+  std::vector<Brick> bricks(n, scaled(unitCube(), {1, 1, 0.1}));
+  Values thickness(4 * n, 0.1), lengths(2 * n, 1.0), flags(n), expected(n);
+  for (int e = 0; e < n; ++e) {
+    const int kind = e % 6;
+    const double t = std::array{0.0011, 0.0009, 0.0, -0.1}[e / 6 % 4]; // against a thousandth of the lengths
+    const Matrix R = randomRotation(random),
+                 turn = turnedAxes(turnAbout({1, random.uniform(-2, 2), 0}, std::numbers::pi));
+    const Matrix F = {
+        {{random.uniform(0.2, 5), random.uniform(-2, 2), 0}, {0, random.uniform(0.2, 5), 0}, {0.1, 0, 1}}};
+    for (int node = kind == 1 ? 4 : 0; node < 8; ++node) {
+      const Point x = bricks[e][node], to = {x[0] - 0.5, x[1] - 0.5, 0};
+      for (int i = 0; i < 3; ++i)
+        if (kind == 0)
+          bricks[e][node][i] = 10 + (R * F)[i][0] * x[0] + (R * F)[i][1] * x[1] + (R * F)[i][2] * x[2];
+        else if (kind == 1 && i < 2)
+          bricks[e][node][i] = 0.5 + turn[i][0] * to[0] + turn[i][1] * to[1];
+    }
+    if (kind == 2) bricks[e][6] = {-0.5, -0.5, 0.1};
+    if (kind == 3) thickness[3 * n + e] = t;
+    if (kind == 4 && e % 12 == 4) bricks[e][e / 12 % 8][e / 96 % 3] = kNaN;
+    if (kind == 4 && e % 12 == 10) (e % 24 == 10 ? thickness[e / 24 % 4 * n + e] : lengths[e / 24 % 2 * n + e]) = kNaN;
+    if (kind == 5) flags[e] = e % 4 == 1 ? 1 : -3; // which is never cleared
+    expected[e] = kind == 5 ? flags[e] : kind == 0 || (kind == 3 && t > 0.001) ? 0 : 1;
+  }
+  call(SPX_OPE_SC3DDISTORTIONCHECK, n, thickness, lengths, &lengths[n], coordinates(bricks, n), flags);
+  for (int e = 0; e < n; ++e)
+    EXPECT_TRUE(flags[e] == expected[e] || (flags[e] == 1 && e % 6 == 5)) << e << ": " << flags[e];
+}
+
 // ---- fields
 
 TEST(NodalFields, GradientAndDivergenceOfLinearFieldsOnDistortedBricks) {
@@ -409,7 +445,7 @@ TEST(NodalFields, GradientAndDivergenceOfLinearFieldsOnDistortedBricks) {
   for (int e = 0; e < n; ++e)
     for (int k = 0; k < 24; ++k) {
       const Point& x = bricks[e][k % 8];
-      const double* g = G[k / 8];
+      const auto& g = G[k / 8];
       u[k * n + e] = offset[k / 8] + g[0] * x[0] + g[1] * x[1] + g[2] * x[2];
     }
   call(SPX_OPE_C3DH8DIVER, n, block.B, u, div);
@@ -492,12 +528,10 @@ struct Deformations {
     for (auto* v : {Vmeasure, Umeasure})
       for (int k = 1; k < 5; ++k) v[k].resize(6 * n);
     for (int e = 0; e < n; ++e) {
-      Matrix Q, R, RQ;
-      randomRotation(random, Q);
+      const Matrix Q = randomRotation(random);
       const Point axis = {random.uniform(-1, 1), random.uniform(-1, 1), random.uniform(0.1, 1)};
       const double angle = e % 3 == 0 ? 1e-3 * e : random.uniform(-7, 7);
-      turnedAxes(turnAbout(axis, angle), R);
-      multiply(R, Q, RQ);
+      const Matrix R = turnedAxes(turnAbout(axis, angle)), RQ = R * Q;
       double l[3], g[3];
       for (int k = 0; k < 3; ++k) {
         stretches[k * n + e] = l[k] = 1 + random.uniform(-amount, amount);
@@ -509,8 +543,8 @@ struct Deformations {
         setPrincipal(Umeasure[selector].data(), n, e, g, Q);
         setPrincipal(Vmeasure[selector].data(), n, e, g, RQ);
       }
-      for (int k = 0; k < 9; ++k)
-        for (int j = 0; j < 3; ++j) F[k * n + e] += R[k % 3][j] * U[kS33[j][k / 3] * n + e];
+      const Matrix product = R * tensorOf(&U[e], n);
+      for (int k = 0; k < 9; ++k) F[k * n + e] = product[k % 3][k / 3];
     }
   }
 };
@@ -571,10 +605,10 @@ TEST(StrainOutput, SmallStrainsKeepTheDigitsOfC) {
 TEST(StrainOutput, InitialStretchIsTakenOff) {
   const Deformations d(32, 100, 0.3), initial(33, 100, 0.3);
   Values total(9 * d.n);
-  for (int e = 0; e < d.n; ++e)
-    for (int k = 0; k < 9; ++k)
-      for (int j = 0; j < 3; ++j)
-        total[k * d.n + e] += d.F[(k % 3 + 3 * j) * d.n + e] * initial.U[kS33[j][k / 3] * d.n + e];
+  for (int e = 0; e < d.n; ++e) {
+    const Matrix product = gradientOf(&d.F[e], d.n) * tensorOf(&initial.U[e], d.n);
+    for (int k = 0; k < 9; ++k) total[k * d.n + e] = product[k % 3][k / 3];
+  }
   Values recovered = total, kept = total;
   call(SPX_OPE_INVINISTRETCH3DH8, d.n, initial.U, recovered);
   const StrainOutput output(d.n, 3, total, d.vector, Values(d.n), initial.U.data());
@@ -618,7 +652,7 @@ TEST(StrainOutput, LimitsMasksAndSingularGradients) {
 
 TEST(StrainOutput, SmallStrainSplitsTheDisplacementGradient) {
   const Deformations d(34, 50, 0.3), initial(35, 50, 0.2);
-  const int n = d.n, masked = 17, skewIndex[3][3] = {{-1, 0, 2}, {0, -1, 1}, {2, 1, -1}};
+  const int n = d.n, masked = 17;
   Values mask(n), H(9 * n), volumetric(n), strain(6 * n), spin(3 * n), deviator(6 * n), equivalent(n), principal(3 * n),
       corrected = d.F, values(3 * n);
   mask[masked] = 1;
@@ -628,20 +662,13 @@ TEST(StrainOutput, SmallStrainSplitsTheDisplacementGradient) {
   call(GLO_UTI_EIG33S, n, strain, values);
   expectNear(principal, values, 2e-15);
   for (int e = 0; e < n; ++e) {
-    double trace = 0, square = 0;
-    for (int i = 0; i < 3; ++i) trace += e == masked ? 0 : corrected[4 * i * n + e] - 1;
-    EXPECT_NEAR(volumetric[e], trace, 1e-15);
-    for (int i = 0; i < 3; ++i)
-      for (int j = 0; j < 3; ++j) {
-        const double h = e == masked ? 0 : corrected[(i + 3 * j) * n + e] - (i == j), s = strain[kS33[i][j] * n + e];
-        const double w = i == j ? 0 : spin[skewIndex[i][j] * n + e] * (i < j ? 1 : -1);
-        const double dev = deviator[kS33[i][j] * n + e];
-        EXPECT_EQ(H[(i + 3 * j) * n + e], h);
-        EXPECT_NEAR(s + w, h, 1e-15);
-        EXPECT_NEAR(dev, s - (i == j ? trace / 3 : 0), 1e-15);
-        square += dev * dev;
-      }
-    EXPECT_NEAR(equivalent[e], std::sqrt(square * 2 / 3), 1e-15);
+    const Matrix h = e == masked ? Matrix{} : gradientOf(&corrected[e], n) + -1 * kIdentity,
+                 s = tensorOf(&strain[e], n), dev = tensorOf(&deviator[e], n);
+    EXPECT_EQ(gradientOf(&H[e], n), h);
+    EXPECT_NEAR(volumetric[e], trace(h), 1e-15);
+    EXPECT_LT(distance(s + spinOf(&spin[e], n), h), 1e-15);
+    EXPECT_LT(distance(dev, s + -trace(h) / 3 * kIdentity), 1e-15);
+    EXPECT_NEAR(equivalent[e], std::sqrt(trace(dev * dev) * 2 / 3), 1e-15);
   }
 }
 

@@ -28,14 +28,9 @@ double unitError(const Quaternion& q) {
 
 // Distance of the record's rotation from the product of the given ones, the last applied first.
 double turnError(const Quaternion& found, std::initializer_list<Quaternion> turns) {
-  Matrix F, T = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, R, product;
-  turnedAxes(found, F);
-  for (const Quaternion& turn : turns) {
-    turnedAxes(turn, R);
-    multiply(T, R, product);
-    std::copy(&product[0][0], &product[0][0] + 9, &T[0][0]);
-  }
-  return distance(F, T);
+  Matrix T = kIdentity;
+  for (const Quaternion& turn : turns) T = T * turnedAxes(turn);
+  return distance(turnedAxes(found), T);
 }
 
 std::vector<Quaternion> manyTurns(uint64_t seed) {
@@ -89,8 +84,7 @@ TEST(OrientationOutput, BeamsLieAlongTheirAxis) {
   int32_t counter = 1;
   call(SPX_ODB_ORIENT2DBEAM, static_cast<int32_t>(rows.size()), counter, columns(rows), 3, out);
   for (int i = 0; i < static_cast<int>(rows.size()); ++i) {
-    Matrix R;
-    turnedAxes(record(out, i + 1, 2), R);
+    const Matrix R = turnedAxes(record(out, i + 1, 2));
     const double length = std::hypot(directions[i][0], directions[i][1]);
     EXPECT_NEAR(R[0][0], directions[i][0] / length, 1e-14) << i;
     EXPECT_NEAR(R[1][0], directions[i][1] / length, 1e-14) << i;
@@ -103,8 +97,7 @@ TEST(OrientationOutput, BeamsLieAlongTheirAxis) {
 // ---- cohesive elements
 
 Reals cosines(const Quaternion& turn, bool isSpatial) {
-  Matrix R;
-  turnedAxes(turn, R);
+  const Matrix R = turnedAxes(turn);
   if (!isSpatial) return {R[0][0], R[1][1], R[0][1], R[1][0]};
   return {R[0][0], R[1][1], R[2][2], R[0][1], R[1][2], R[2][0], R[1][0], R[2][1], R[0][2]};
 }
@@ -191,8 +184,7 @@ TEST(OrientationOutput, BarsLieAlongAxisOne) {
   std::vector<Reals> axes, q, bars, ends;
   const int n = static_cast<int>(turns.size());
   for (int i = 0; i < n; ++i) {
-    Matrix R;
-    turnedAxes(turns[i], R);
+    const Matrix R = turnedAxes(turns[i]);
     axes.emplace_back();
     for (int k = 0; k < 9; ++k)
       axes.back().push_back(R[k % 3][k / 3] * (k > 5 && i % 2 == 1 ? -1 : 1)); // every second one left-handed
@@ -213,10 +205,8 @@ TEST(OrientationOutput, BarsLieAlongAxisOne) {
     EXPECT_LT(turnError(record(fromShell, i + 1), {turns[i], turnAbout({0, 0, 1}, std::atan2(s1, c1))}), 4e-15) << i;
     for (const Reals* out : {&fromAxes, &fromShell, &fromMeridian}) EXPECT_LT(unitError(record(*out, i + 1)), 1e-15);
     // along the meridian (cm, sm, 0) and the circumference (0, 0, 1); the third axis is their vector product
-    Matrix R;
-    turnedAxes(record(fromMeridian, i + 1), R);
-    const Matrix wanted = {{c1 * cm, -s1 * cm, sm}, {c1 * sm, -s1 * sm, -cm}, {s1, c1, 0}};
-    EXPECT_LT(distance(R, wanted), 4e-15) << i;
+    const Matrix wanted = {{{c1 * cm, -s1 * cm, sm}, {c1 * sm, -s1 * sm, -cm}, {s1, c1, 0}}};
+    EXPECT_LT(distance(turnedAxes(record(fromMeridian, i + 1)), wanted), 4e-15) << i;
   }
 }
 

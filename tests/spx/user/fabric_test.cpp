@@ -1,8 +1,6 @@
 // Fabric and fabric-reinforced ply: closed forms, energy and independence of the increment.
 #include "tests/support/user_material.h"
 
-#include <numbers>
-
 namespace {
 
 using namespace sharedanalysis::test;
