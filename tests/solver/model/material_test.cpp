@@ -194,6 +194,21 @@ TEST_F(Materials, FailedBricksLeaveAndTheirEnergyIsCounted) {
   EXPECT_GT(e.damage, 0);
   EXPECT_NEAR(e.balance(), start, 4e-4 * e.external);
   EXPECT_EQ(two.energies().values(), e.values()) << "the same on two threads";
+  // a brick fails at the same shear in all planes
+  const solver::Mesh cube = box({1, 1, 1}, {0.02, 0.02, 0.02});
+  double held[3];
+  for (int axis = 0; axis < 3; ++axis) {
+    solver::Case shear = caseOf(m, 0.009);
+    for (int a = 0; a < 3; ++a) {
+      fix(shear, std::string(1, "xyz"[axis]) + "0", std::string(1, "xyz"[a]));
+      move(shear, std::string(1, "xyz"[axis]) + "1", std::string(1, "xyz"[a]), a == (axis + 2) % 3 ? 5 : 0);
+    }
+    solver::Analysis brick(cube, shear, 1);
+    brick.advanceTo(shear.endTime); // or until no brick is left
+    held[axis] = brick.energies().damage;
+    EXPECT_GT(held[axis], 0);
+    EXPECT_NEAR(held[axis], held[0], 1e-3 * held[0]);
+  }
 }
 
 TEST_F(Materials, LockingEndsTheAnalysis) {
@@ -235,6 +250,7 @@ TEST_F(Materials, CasesOfEveryModelAndTheirMistakes) {
 C10 = 1.0; D1 = 0.1 => sound: G 2, K 20
 model = "polynomial6"; C10 = 1.0; C33 = 2.0; D1 = 0.1; D6 = 1.0 => sound: G 2, K 20
 model = "van-der-waals"; mu = 3.0; lambda_m = 8.0; D = 0.1 => sound: G 3, K 20
+model = "arruda-boyce"; mu = 1.0; lambda_m = 2.0; D = 0.1 => sound: G 1.197, K 20
 model = "ogden"; mu = [1.0, 2.0]; alpha = [2.0, -2.0]; D = [0.1] => sound: G 3, K 20
 model = "hyperfoam"; mu = [3.0]; alpha = [2.0]; beta = [1.0] => sound: G 3, K 8
 model = "marlow"; stretch = [1.5]; stress = [3.0]; D = 0.1 => sound: G 2, K 20

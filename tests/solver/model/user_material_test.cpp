@@ -165,7 +165,7 @@ std::vector<solver::Material> everySolid() {
     if (row.name == "TVK_THERMOPLASTIC") all.push_back(userMaterial("TVK_MOLDED_PLASTIC", density, row.props));
     if (row.name != "TVK_RATE_SENSITIVE_FOAM") continue;
     all.push_back(all.back()); // with its other damping
-    all.back().constants[2] = 1e-3, all.back().constants[5] = 0;
+    all.back().constants[2] = 5e-3, all.back().constants[5] = 0;
   }
   return all;
 }
