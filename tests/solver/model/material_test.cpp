@@ -198,11 +198,10 @@ TEST_F(Materials, FailedBricksLeaveAndTheirEnergyIsCounted) {
   const solver::Mesh cube = box({1, 1, 1}, {0.02, 0.02, 0.02});
   double held[3];
   for (int axis = 0; axis < 3; ++axis) {
+    const std::string face(1, "xyz"[axis]), along(1, "xyz"[(axis + 2) % 3]);
     solver::Case shear = caseOf(m, 0.009);
-    for (int a = 0; a < 3; ++a) {
-      fix(shear, std::string(1, "xyz"[axis]) + "0", std::string(1, "xyz"[a]));
-      move(shear, std::string(1, "xyz"[axis]) + "1", std::string(1, "xyz"[a]), a == (axis + 2) % 3 ? 5 : 0);
-    }
+    fix(shear, face + "0", "xyz");
+    move(shear, face + "1", along, 5);
     solver::Analysis brick(cube, shear, 1);
     brick.advanceTo(shear.endTime); // or until no brick is left
     held[axis] = brick.energies().damage;
