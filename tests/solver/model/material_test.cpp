@@ -103,6 +103,7 @@ TEST_F(Materials, SmallStrainAndTestsComeBack) {
     const double G = m.shearModulus(), K = m.bulkModulus(), E = 9 * K * G / (3 * K + G);
     const std::vector<PathPoint> points = pathOf(m, solver::Mode::Uniaxial, {1.0001}, false, 1);
     EXPECT_NEAR(points[1].nominal / 1e-4, E, 2e-3 * E);
+    EXPECT_NEAR(points[1].J, 1.0001 * points[1].free * points[1].free, 1e-12);
     EXPECT_NEAR((1 - points[1].free) / 1e-4, (3 * K - 2 * G) / (2 * (3 * K + G)), 1e-3);
   }
   const Material curve = everyModel().back();
@@ -205,8 +206,7 @@ TEST_F(Materials, FailedBricksLeaveAndTheirEnergyIsCounted) {
     solver::Analysis brick(cube, shear, 1);
     brick.advanceTo(shear.endTime); // or until no brick is left
     held[axis] = brick.energies().damage;
-    EXPECT_GT(held[axis], 0);
-    EXPECT_NEAR(held[axis], held[0], 1e-3 * held[0]);
+    EXPECT_NEAR(held[axis] / held[0], 1, 1e-3);
   }
 }
 
