@@ -120,8 +120,7 @@ TEST_F(ReferenceHost, MessagesOfThreadsStayWholeAndTogether) {
   int apart = 0;
   for (std::size_t line = 0; line < all.size();) {
     if (all[line].starts_with("continued")) { // came out after its status record
-      ++apart;
-      ++line;
+      ++apart, ++line;
       continue;
     }
     ASSERT_LE(line + 5, all.size());

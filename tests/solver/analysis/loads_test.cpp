@@ -33,10 +33,10 @@ double meanOf(std::span<const double> field, std::size_t component, std::size_t 
 const auto shiftX = [](const Analysis& a) { return meanOf(a.fields().displacement, 0, 3); };
 const auto speedX = [](const Analysis& a) { return meanOf(a.fields().velocity, 0, 3); };
 
-// All nodes follow a history along x.
+// All nodes follow a history along x, against gravity, whose work the supports take.
 std::function<void(Case&, Mesh&)> led(History history) {
   return [history](Case& c, Mesh&) {
-    start(c, {3, 0, 0});
+    start(c, {3, 0, 0}), c.gravity = {-7, 0, 0};
     solver::PrescribedMotion motion{"all", {}};
     motion.velocity[0] = history;
     c.motions.push_back(motion);

@@ -103,6 +103,7 @@ TEST_F(Materials, SmallStrainAndTestsComeBack) {
     const double G = m.shearModulus(), K = m.bulkModulus(), E = 9 * K * G / (3 * K + G);
     const std::vector<PathPoint> points = pathOf(m, solver::Mode::Uniaxial, {1.0001}, false, 1);
     EXPECT_NEAR(points[1].nominal / 1e-4, E, 2e-3 * E);
+    EXPECT_NEAR(points[1].J, 1.0001 * points[1].free * points[1].free, 1e-12);
     EXPECT_NEAR((1 - points[1].free) / 1e-4, (3 * K - 2 * G) / (2 * (3 * K + G)), 1e-3);
   }
   const Material curve = everyModel().back();
@@ -194,6 +195,19 @@ TEST_F(Materials, FailedBricksLeaveAndTheirEnergyIsCounted) {
   EXPECT_GT(e.damage, 0);
   EXPECT_NEAR(e.balance(), start, 4e-4 * e.external);
   EXPECT_EQ(two.energies().values(), e.values()) << "the same on two threads";
+  // a brick fails at the same shear in all planes
+  const solver::Mesh cube = box({1, 1, 1}, {0.02, 0.02, 0.02});
+  double held[3];
+  for (int axis = 0; axis < 3; ++axis) {
+    const std::string face(1, "xyz"[axis]), along(1, "xyz"[(axis + 2) % 3]);
+    solver::Case shear = caseOf(m, 0.009);
+    fix(shear, face + "0", "xyz");
+    move(shear, face + "1", along, 5);
+    solver::Analysis brick(cube, shear, 1);
+    brick.advanceTo(shear.endTime); // or until no brick is left
+    held[axis] = brick.energies().damage;
+    EXPECT_NEAR(held[axis] / held[0], 1, 1e-3);
+  }
 }
 
 TEST_F(Materials, LockingEndsTheAnalysis) {
@@ -235,6 +249,7 @@ TEST_F(Materials, CasesOfEveryModelAndTheirMistakes) {
 C10 = 1.0; D1 = 0.1 => sound: G 2, K 20
 model = "polynomial6"; C10 = 1.0; C33 = 2.0; D1 = 0.1; D6 = 1.0 => sound: G 2, K 20
 model = "van-der-waals"; mu = 3.0; lambda_m = 8.0; D = 0.1 => sound: G 3, K 20
+model = "arruda-boyce"; mu = 1.0; lambda_m = 2.0; D = 0.1 => sound: G 1.197, K 20
 model = "ogden"; mu = [1.0, 2.0]; alpha = [2.0, -2.0]; D = [0.1] => sound: G 3, K 20
 model = "hyperfoam"; mu = [3.0]; alpha = [2.0]; beta = [1.0] => sound: G 3, K 8
 model = "marlow"; stretch = [1.5]; stress = [3.0]; D = 0.1 => sound: G 2, K 20

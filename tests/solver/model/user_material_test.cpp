@@ -146,9 +146,8 @@ TEST_F(UserMaterials, BrokenBricksLeaveTheModel) {
   move(c, "x1", "x", 4);
   solver::Analysis analysis(mesh, c, 1);
   ASSERT_TRUE(runsToTheEnd(analysis, c));
-  int gone = 0;
   const solver::Fields fields = analysis.fields();
-  for (const double mask : fields.mask) gone += mask != 0 ? 1 : 0;
+  const auto gone = 4 - std::count(fields.mask.begin(), fields.mask.end(), 0);
   EXPECT_GE(gone, 1);
   EXPECT_LT(gone, 4);
   EXPECT_NEAR(analysis.energies().balance(), 0, 2e-2 * std::abs(analysis.energies().external));
@@ -165,7 +164,7 @@ std::vector<solver::Material> everySolid() {
     if (row.name == "TVK_THERMOPLASTIC") all.push_back(userMaterial("TVK_MOLDED_PLASTIC", density, row.props));
     if (row.name != "TVK_RATE_SENSITIVE_FOAM") continue;
     all.push_back(all.back()); // with its other damping
-    all.back().constants[2] = 1e-3, all.back().constants[5] = 0;
+    all.back().constants[2] = 5e-3, all.back().constants[5] = 0;
   }
   return all;
 }
@@ -220,23 +219,18 @@ TEST_F(UserMaterials, CurvesOfACaseAreThoseOfItsProperties) {
 // Every model of solids in a block that is pushed together by a fifth and let go, at a speed below that of its waves: the
 // increments are stable and the energies balance.
 TEST_F(UserMaterials, EveryModelOfSolidsRunsInBricks) {
-  struct Row {
-    solver::Material material;
-    double tolerance = .02; // of the balance, in parts of the largest work done on the block
-    double speed = .05;     // in parts of that of waves
-  };
-  std::vector<Row> rows;
-  for (const solver::Material& material : everySolid()) rows.push_back({material});
-  rows.push_back(
-      {sheet(userMaterial("TVK_PLY_FABRIC", 1600, {55e9, 53e9, .05, 4.2e9, 62e7, 57e7, 6e8, 55e7, 80e3, 1e5, 75e3,
-                                                   95e3, 35e6, .22, .9,    30e6, 9e8,  .5,  0,    0,    0}),
-             1e9),
-       .02, .002});
+  std::vector<std::pair<solver::Material, double>> rows; // and the speed, in parts of that of waves
+  for (const solver::Material& material : everySolid()) rows.emplace_back(material, .05);
+  rows.emplace_back(
+      sheet(userMaterial("TVK_PLY_FABRIC", 1600, {55e9, 53e9, .05, 4.2e9, 62e7, 57e7, 6e8, 55e7, 80e3, 1e5, 75e3,
+                                                  95e3, 35e6, .22, .9,    30e6, 9e8,  .5,  0,    0,    0}),
+            1e9),
+      .002);
   const solver::Mesh mesh = box({3, 2, 2}, {.03, .02, .02});
-  for (const auto& row : rows) {
-    const double G = row.material.shearModulus(), K = row.material.bulkModulus();
-    const double speed = row.speed * std::sqrt((K + 4 * G / 3) / row.material.density), time = .2 * .03 / speed;
-    solver::Case c = caseOf(row.material, 2 * time);
+  for (const auto& [material, part] : rows) {
+    const double G = material.shearModulus(), K = material.bulkModulus();
+    const double speed = part * std::sqrt((K + 4 * G / 3) / material.density), time = .2 * .03 / speed;
+    solver::Case c = caseOf(material, 2 * time);
     fix(c, "x0", "xyz");
     solver::PrescribedMotion push{"x1", {}};
     push.velocity[0] = solver::History{{0, .2 * time, time, 1.2 * time}, {0, -speed, -speed, speed}};
@@ -245,13 +239,13 @@ TEST_F(UserMaterials, EveryModelOfSolidsRunsInBricks) {
     double most = 0, worst = 0;
     for (int k = 1; k <= 20; ++k) {
       ASSERT_EQ(analysis.advanceTo(c.endTime * k / 20), k < 20 ? solver::Ending::Running : solver::Ending::Complete)
-          << row.material.name;
+          << material.name;
       most = std::max(most, std::abs(analysis.energies().external));
       worst = std::max(worst, std::abs(analysis.energies().balance()));
     }
-    EXPECT_LT(worst, row.tolerance * most) << row.material.name;
-    const double least = row.material.name.starts_with("TVK_SUPER") ? .03 : .1; // part of the loop
-    EXPECT_GT(analysis.energies().damage, least * most) << row.material.name;
+    EXPECT_LT(worst, 2e-2 * most) << material.name;
+    const double least = material.name.starts_with("TVK_SUPER") ? .03 : .1; // part of the loop
+    EXPECT_GT(analysis.energies().damage, least * most) << material.name;
   }
 }
 
