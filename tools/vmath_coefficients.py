@@ -80,6 +80,13 @@ show("kExpm1Coefficients", "(e^r - 1 - r - r^2 / 2) / r^3", lambda r: (exp(r) - 
      lambda r: r**3 / (exp(r) - 1), -log(2) / 2, log(2) / 2, 10)
 show("kLogCoefficients", "(2 atanh(s) - 2 s) / s^3 in s^2", lambda t: (2 * atanh(sqrt(t)) - 2 * sqrt(t)) / sqrt(t)**3,
      lambda t: t and t * sqrt(t) / (2 * atanh(sqrt(t))), 0, (sqrt(2) - 1)**4, 7)
+show("kNearLogCoefficients", "the same for 1 + f from 5/8 to 8/5", lambda t: (2 * atanh(sqrt(t)) - 2 * sqrt(t)) / sqrt(t)**3,
+     lambda t: t and t * sqrt(t) / (2 * atanh(sqrt(t))), 0, mpf(9) / 169, 8)
+show("kLog2Coefficients", "(2 atanh(s) - 2 s) / (s^3 ln 2) in s^2",
+     lambda t: (2 * atanh(sqrt(t)) - 2 * sqrt(t)) / sqrt(t)**3 / log(2), lambda t: t and t * sqrt(t) / (2 * atanh(sqrt(t))),
+     0, (sqrt(2) - 1)**4, 7)
+show("kExp2Coefficients", "(2^r - 1 - r ln 2) / r^2", lambda r: (2**r - 1 - r * log(2)) / r**2, lambda r: r**2 / 2**r,
+     -mpf("0.5"), mpf("0.5"), 10)
 show("kSinCoefficients", "(sin(r) / r - 1) / r^2 in r^2", lambda t: (sin(sqrt(t)) / sqrt(t) - 1) / t,
      lambda t: t and t * sqrt(t) / sin(sqrt(t)), 0, (pi / 4)**2, 7)
 show("kCosCoefficients", "(cos(r) - 1 + r^2 / 2) / r^4 in r^2", lambda t: (cos(sqrt(t)) - 1 + t / 2) / t**2,

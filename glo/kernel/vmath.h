@@ -1,4 +1,4 @@
-// The library's vector mathematics: exp, log, log10, cos and acos for loops under `#pragma omp simd`, and the few helpers that
+// The library's vector mathematics: exp, log, log10, powers, cos and acos for loops under `#pragma omp simd`, and the few helpers that
 // branch-free bodies need.
 //
 // Every function is a straight line of IEEE additions, multiplications, divisions and square roots on doubles and of unsigned
@@ -9,7 +9,7 @@
 // Compile with -ffp-contract=off: the compensated sums below rely on every operation being rounded by itself.
 //
 // A line `bound:` above a function states its largest error and the arguments it holds for; the tests take the figures from
-// there, docs/vector-math.md repeats them.  NaN gives NaN.  The coefficients are minimax fits of the error relative to the
+// there, docs/vector-math.md repeats them.  Mostly NaN gives NaN.  The coefficients are minimax fits of the error relative to the
 // function's result, made by tools/vmath_coefficients.py; the tests measure them against the series.
 #pragma once
 
@@ -184,6 +184,11 @@ constexpr double kLogCoefficients[] = {0x1.5555555555592p-1, 0x1.999999997fee8p-
                                        0x1.c71c5216485a9p-3, 0x1.74663c54201e2p-3, 0x1.39a1fb8dc2a0fp-3,
                                        0x1.2f02e64daeed8p-3};
 
+// The same for -3/8 <= f <= 3/5, where ln(1 + f) = 2 s + s^3 times the polynomial needs no power of two.
+constexpr double kNearLogCoefficients[] = {0x1.5555555555514p-1, 0x1.99999999acd78p-2, 0x1.2492491503823p-2,
+                                           0x1.c71c7ded4b98ep-3, 0x1.745a7908620a9p-3, 0x1.3b67824399e32p-3,
+                                           0x1.0b098b8a6b59ep-3, 0x1.2b641c66e25cbp-3};
+
 // x = 2^k (1 + f) with sqrt(1/2) <= 1 + f < sqrt(2), for a positive normal x.  exponentBias is 1023, or 1023 + 54 for an x that
 // was multiplied by 2^54.
 struct LogParts {
@@ -268,6 +273,40 @@ SA_INLINE bool logOfPiece(int n, double* x) {
     forPoints(n, [=](int i) SA_POINT { x[i] = log(x[i]); });
   return plain;
 }
+
+// ---- powers
+
+// (2 atanh(s) - 2 s) / (s^3 ln 2) as a polynomial in s^2, for the s of the logarithm
+constexpr double kLog2Coefficients[] = {0x1.ec709dc3a0455p-1, 0x1.2776c50ee73bep-1, 0x1.a61762d1f5c20p-2,
+                                        0x1.484afcfb94fa2p-2, 0x1.0ca11d504131ap-2, 0x1.c479f5b3e18aep-3,
+                                        0x1.b52726f6c9ba1p-3};
+// (2^r - 1 - r ln 2) / r^2 for |r| <= 1/2
+constexpr double kExp2Coefficients[] = {
+    0x1.ebfbdff82c5a1p-3,  0x1.c6b08d704a046p-5,  0x1.3b2ab6fba0790p-7,  0x1.5d87fe78c374ap-10, 0x1.4309130dc5c56p-13,
+    0x1.ffcbfbc7c8302p-17, 0x1.62bfc9f4ab8abp-20, 0x1.b52652d959021p-24, 0x1.e617b5f5b1119p-28, 0x1.e7c6de0337deap-32};
+constexpr double kLog2E = 0x1.71547652b82fep+0, kLn2 = 0x1.62e42fefa39efp-1;
+
+// log2 x for an x known to be positive, normal and finite; anything else gives an arbitrary number.  With ln(1 + f) =
+// f - s (f - R), all of it over ln 2: without the sums of logNormal, which a product with an exponent makes worthless.
+// bound: log2Positive 1.95 ulp on [0x1p-1022, 0x1.fffffffffffffp1023]
+SA_INLINE double log2Positive(double x) {
+  const auto [k, f] = logParts(x, 1023.0);
+  const double s = f / (2.0 + f), z = s * s, first = f * kLog2E;
+  return k + (first - s * (first - z * polynomial(z, kLog2Coefficients)));
+}
+
+// 2^x with x kept from falling below -1022, where the result would become subnormal; infinity from 1024 on, of a NaN any number.
+// bound: exp2Clamped 1.20 ulp on [-1022, 1023.9999999999999]
+SA_INLINE double exp2Clamped(double x) {
+  const double inside = max(-1022.0, min(1024.0, x)), shifted = inside + kRoundShift;
+  const double r = inside - (shifted - kRoundShift);
+  const double significand = 1.0 + (r * kLn2 + r * r * polynomial(r, kExp2Coefficients));
+  return fromBits(toBits(significand) + (toBits(shifted) << 52)); // at 1024 r is 0, and the exponent that of infinity
+}
+
+// x^y for x >= 0, no less than the smallest normal number; below 1e-300, x counts as that, so that y = 0 gives 1 also at 0.
+// The error is 1.2 ulp, and 1.95 for each unit of |y log2 x|.  Infinite x counts as 2^1024; of a NaN it is any number.
+SA_INLINE double power(double x, double y) { return exp2Clamped(y * log2Positive(max(1e-300, x))); }
 
 // ---- cos
 

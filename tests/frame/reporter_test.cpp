@@ -70,8 +70,8 @@ TEST_F(Reporter, TextsAreNoTemplates) {
   reporter_.Note("%%");
   EXPECT_EQ(takeMessages(), (Calls{"***ERROR: 100 %I of %S", "***WARNING: 50 %", "***WARNING: %R", "***NOTE: %%"}));
   // with percent signs texts are as without, whatever their length: leading blanks, ends, zero bytes
-  for (const std::string& text : {std::string("  led by blanks"), std::string(1200, 'n') + " end", std::string(),
-                                  std::string("ends with "), std::string("a\0b", 3)}) {
+  const Calls texts{"  led by blanks", std::string(1200, 'n') + " end", "", "ends with ", std::string("a\0b", 3)};
+  for (const std::string& text : texts) {
     reporter_.Note(text);
     const Calls plain = takeLines();
     std::string signs = text;

@@ -11,20 +11,30 @@ struct CeramicConstants : BrittleConstants {
   double beta, perK1;
 
   SA_INLINE Pressure pressure(double mu, double bulkingPressure) const {
-    return {vm::select(mu > 0.0, cubic(mu), K1 * mu) + bulkingPressure, bulkingPressure, 0.0, 0.0};
+    return {vm::select(mu > 0.0, cubic(mu), K1 * mu) + bulkingPressure, bulkingPressure, 0.0};
   }
-  // From zero pressure, which bulking moves into tension, along K1 mu + dP and in compression the cubic.
+  // Without pressure, which bulking moves into tension.
+  SA_INLINE double zeroOf(double bulkingPressure) const { return vm::max(-0.5, -bulkingPressure * perK1); }
+  // From there along K1 mu + dP, and in compression what the cubic has beside it; one division for all.
+  template <bool kNear>
   SA_INLINE double recoverable(double mu, double bulkingPressure, double limit) const {
-    const double zero = vm::max(-0.5, -bulkingPressure * perK1),
-                 from = vm::max(mu, vm::max(-0.9, zero - limit * perK1));
-    const double end = 1.0 + mu, atFrom = 1.0 + from, both = 1.0 / (end * atFrom), per = end * both;
-    const double c = vm::max(0.0, from), w = c * per;
-    const double L = vm::logPositive(1.0 + from), fromZero = vm::logPositive(1.0 + zero);
-    // the straight line from zero pressure, behind mu = 0 with the rest of the cubic and dP beside it
-    const double line = K1 * ((L - fromZero) - vm::select(from > 0.0, w - zero, (from - zero) * per));
-    const double rest = K2 * ((c - 2.0 * L) + w) + K3 * (c * (0.5 * c - 2.0) + (3.0 * L - w));
-    const double cut = limit * (atFrom * both - per);
-    return line + vm::select(from > 0.0, rest, 0.0) + bulkingPressure * w + cut;
+    const double zero = zeroOf(bulkingPressure), from = vm::max(mu, vm::max(-0.9, zero - limit * perK1));
+    const double c = vm::max(none, from), way = from - zero, atFrom = 1.0 + from, fromZero = 1.0 + zero;
+    const double both = fromZero + atFrom, atC = 2.0 + c, first = fromZero * atFrom, second = both * atC,
+                 per = 1.0 / (first * second), perFirst = per * second, perSecond = per * first;
+    const double perFrom = perFirst * fromZero;
+    const VolumeEnergy line =
+        volumeEnergyNear<kNear>(way * (perFirst * atFrom), way * (perSecond * atC), way * perFrom);
+    const double w = c * perFrom;
+    const VolumeEnergy rest = volumeEnergyNear<kNear>(c, c * (perSecond * both), w);
+    // dP is more than -K1 zero only where that is bounded
+    const double energy = (K1 * line.linear + (bulkingPressure + K1 * zero) * w) + (K2 * rest.square + K3 * rest.cube);
+    return energy * (1.0 + mu) + limit * ((from - mu) * perFrom);
+  }
+  SA_INLINE bool isNear(double mu, double bulkingPressure, double) const {
+    const double zero = zeroOf(bulkingPressure);
+    const bool isWayNear = isNearVolume(mu - zero, 1.0 + zero), isNearBoth = vm::max(mu, zero) <= 0.59;
+    return isWayNear & isNearBoth;
   }
   bool isWrong(const Block&) const { return false; }
   double elasticBulkModulus() const { return K1; }

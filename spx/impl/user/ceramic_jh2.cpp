@@ -36,17 +36,33 @@ struct Jh2 : CeramicConstants {
     beta = p[16], deletionStrain = strainOrNone(p[17]);
     // the elastic limit in uniaxial strain, HEL = P + 2/3 sHEL
     const double limit = p[9];
-    const auto axial = [this](double mu) { return cubic(mu) + 4.0 / 3.0 * G * mu / (1.0 + mu); };
-    elasticPressure = p[10] > 0.0 ? p[10] : cubic(solveIncreasing(limit, axial));
+    const auto axial = [this](double mu) {
+      const double shear = 4.0 / 3.0 * G / (1.0 + mu);
+      return ValueAndSlope{cubic(mu) + shear * mu, cubicSlope(mu) + shear / (1.0 + mu)};
+    };
+    elasticPressure = p[10] > 0.0 ? p[10] : cubic(solveIncreasing(limit, limit / (K1 + 4.0 / 3.0 * G), axial));
     perPressure = 1.0 / elasticPressure;
     elasticStrength = 1.5 * (limit - elasticPressure);
   }
+  SA_INLINE void findBroken(int n, const Lane& p, SurfaceTerms& t) const {
+    findLogs(n, t.log, [per = perPressure, &p](int k) SA_POINT { return p[k] * per; });
+    findPowers(n, t.log, M, t.broken);
+  }
   template <bool kProportional>
-  SA_INLINE Strength strength(double p, double rateFactor) const {
-    const double ratio = p * perPressure, shifted = (p + T) * perPressure, scale = elasticStrength * rateFactor;
-    const double fractured = vm::min(largestFractured * elasticStrength, scale * B * power(ratio, M));
-    return {scale * A * power(shifted, N), vm::select(p > 0.0, fractured, 0.0),
-            D1 * powerOrItself<kProportional>(shifted, D2)};
+  SA_INLINE void findTerms(int n, const Lane& p, SurfaceTerms& t) const {
+    findBroken(n, p, t);
+    findLogs(n, t.log, [per = perPressure, tension = T, &p](int k) SA_POINT { return (p[k] + tension) * per; });
+    findPowers(n, t.log, N, t.intact);
+    if constexpr (!kProportional) findPowers(n, t.log, D2, t.failure);
+  }
+  SA_INLINE double broken(double p, double rateFactor, double term) const {
+    const double grows = elasticStrength * rateFactor * B * term;
+    return vm::select(p > 0.0, vm::min(largestFractured * elasticStrength, grows), 0.0);
+  }
+  template <bool kProportional>
+  SA_INLINE Strength strength(double p, double rateFactor, const SurfaceTerm& t) const {
+    return {elasticStrength * rateFactor * A * t.intact, broken(p, rateFactor, t.broken),
+            D1 * powerOrItself<kProportional>(*this, (p + T) * perPressure, t.failure)};
   }
   SA_INLINE StrengthSlopes slopes(double p, const Strength& s) const {
     const bool isBelowCap = s.fractured < largestFractured * elasticStrength;
@@ -64,16 +80,20 @@ struct Jh2 : CeramicConstants {
     SA_INLINE static double numerator(double y, double u) {
       return 12.0 + u * (6.0 * (2.0 + y) + u * ((1.0 + y) * (2.0 + y)));
     }
-    SA_INLINE double strength(double rise, double D) const {
-      const double u = rise * perShifted, v = rise * perPressure;
-      const double below = numerator(-N, u), belowFractured = numerator(-M, v), per = 1.0 / (below * belowFractured);
-      const double i = intact * (numerator(N, u) * belowFractured * per);
-      const double f = vm::min(cap, fractured * (numerator(M, v) * below * per));
-      return i - D * (i - f);
-    }
-    SA_INLINE double slope(double D) const {
-      const double i = N * intact * perShifted, f = vm::select(fractured < cap, M * fractured * perPressure, 0.0);
-      return i - D * (i - f);
+    struct At {
+      double strength, drop, slope, per; // per: one over the divisor
+    };
+    // With a division of the caller's in the same.
+    SA_INLINE At at(double rise, double D, double divisor) const {
+      const double u = rise * perShifted, v = rise * perPressure, above = 1.0 + u, aboveZero = 1.0 + v;
+      const double below = numerator(-N, u), belowFractured = numerator(-M, v), powers = below * belowFractured,
+                   bases = above * aboveZero, both = powers * divisor, per = 1.0 / (both * bases);
+      const double perPowers = per * (bases * divisor), perBases = per * both;
+      const double i = intact * (numerator(N, u) * belowFractured * perPowers);
+      const double free = fractured * (numerator(M, v) * below * perPowers), f = vm::min(cap, free);
+      const double slopeOfIntact = N * i * (perShifted * aboveZero * perBases),
+                   slopeOfFractured = vm::select(free < cap, M * f * (perPressure * above * perBases), 0.0);
+      return {i - D * (i - f), i - f, slopeOfIntact - D * (slopeOfIntact - slopeOfFractured), per * (powers * bases)};
     }
   };
   // perTension, perZero: one over the two above

@@ -8,17 +8,20 @@ namespace sa::user {
 namespace {
 
 // A straight line from zero at `root` to (knee, value), then an exponential of the same slope towards the largest value.
-struct StrengthCurve {
-  double root, knee, value, rise, steepness, slope;
+struct StrengthCurve : Bounds {
+  double root, knee, value, rise, steepness, slope; // steepness: of the exponential with base 2
 
   StrengthCurve(double zeroAt, double kneeAt, double kneeValue, double largest)
       : root(zeroAt), knee(kneeAt), value(kneeValue), rise(largest > kneeValue ? largest - kneeValue : 0.0),
         slope(kneeValue / (kneeAt - zeroAt)) {
-    steepness = rise > 0.0 ? slope / rise : 0.0;
+    steepness = rise > 0.0 ? vm::kLog2E * slope / rise : 0.0;
   }
-  SA_INLINE double operator()(double p) const {
-    const double line = vm::max(0.0, (p - root) * slope);
-    const double beyond = value + rise * (1.0 - vm::expBelow(vm::min(0.0, -steepness * (p - knee))));
+  SA_INLINE void findTerm(int n, const Lane& p, Lane& term) const {
+    forPoints(n, [per = -steepness, from = knee, &p, &term](int k)
+                     SA_POINT { term[k] = vm::exp2Clamped(vm::min(0.0, per * (p[k] - from))); });
+  }
+  SA_INLINE double operator()(double p, double term) const {
+    const double line = vm::max(none, (p - root) * slope), beyond = value + rise * (1.0 - term);
     return vm::select(p < knee, line, beyond);
   }
 };
@@ -55,10 +58,22 @@ struct Jhb : CeramicConstants {
     K1 = p[13], perK1 = 1.0 / p[13], K2 = p[14], K3 = p[15], beta = p[16], deletionStrain = strainOrNone(p[17]);
     isProportional = exponent == 1.0;
   }
+  SA_INLINE void findBroken(int n, const Lane& p, SurfaceTerms& t) const { failed.findTerm(n, p, t.broken); }
   template <bool kProportional>
-  SA_INLINE Strength strength(double p, double rateFactor) const {
-    const double failureStrain = D1 * powerOrItself<kProportional>((p + T) * perLargest, exponent);
-    return {rateFactor * intact(p), rateFactor * failed(p), vm::min(largestFailureStrain, failureStrain)};
+  SA_INLINE void findTerms(int n, const Lane& p, SurfaceTerms& t) const {
+    findBroken(n, p, t);
+    intact.findTerm(n, p, t.intact);
+    if constexpr (!kProportional) {
+      findLogs(n, t.log, [per = perLargest, tension = T, &p](int k) SA_POINT { return (p[k] + tension) * per; });
+      findPowers(n, t.log, exponent, t.failure);
+    }
+  }
+  SA_INLINE double broken(double p, double rateFactor, double term) const { return rateFactor * failed(p, term); }
+  template <bool kProportional>
+  SA_INLINE Strength strength(double p, double rateFactor, const SurfaceTerm& t) const {
+    const double failureStrain = D1 * powerOrItself<kProportional>(*this, (p + T) * perLargest, t.failure);
+    return {rateFactor * intact(p, t.intact), broken(p, rateFactor, t.broken),
+            vm::min(largestFailureStrain, failureStrain)};
   }
 };
 
@@ -75,7 +90,7 @@ struct JhbOfPhases : Jhb {
     const double* p = b.props;
     P1 = p[18], mu2 = p[19], H1 = p[20], H2 = p[21], H3 = p[22], mu0 = p[23], perMu0 = 1.0 / (1.0 + mu0),
     logMu0 = vm::log(1.0 + mu0);
-    mu1 = solveIncreasing(P1, [this](double mu) { return cubic(mu); });
+    mu1 = cubicInverse(P1);
     rise = dense(mu2) - P1, perWidth = 1.0 / (mu2 - mu1);
   }
   bool isWrong(const Block& b) const {
@@ -98,16 +113,18 @@ struct JhbOfPhases : Jhb {
     const double m = (mu - mu0) * perMu0;
     return vm::select(m > 0.0, m * (H1 + m * (H2 + m * H3)), H1 * m);
   }
-  SA_INLINE double fraction(double top) const { return vm::min(1.0, vm::max(0.0, (top - mu1) * perWidth)); }
-  SA_INLINE double compactionAt(double top) const { return fraction(top) * mu0; }
+  SA_INLINE double fraction(double top) const { return vm::min(all, vm::max(none, (top - mu1) * perWidth)); }
   SA_INLINE double mix(double mu, double f) const { return (1.0 - f) * low(mu) + f * dense(mu); }
-  SA_INLINE double mixSlope(double mu, double f) const {
-    const double m = vm::max(0.0, (mu - mu0) * perMu0), x = vm::max(0.0, mu);
-    return (1.0 - f) * (K1 + x * (2.0 * K2 + 3.0 * K3 * x)) + f * perMu0 * (H1 + m * (2.0 * H2 + 3.0 * H3 * m));
-  }
-  SA_INLINE double mixBend(double mu, double f) const { // half of the second derivative
-    const double m = (mu - mu0) * perMu0, a = K2 + 3.0 * K3 * mu, b = perMu0 * perMu0 * (H2 + 3.0 * H3 * m);
-    return (1.0 - f) * vm::select(mu > 0.0, a, 0.0) + f * vm::select(m > 0.0, b, 0.0);
+  SA_INLINE Curve mixed(double mu, double f) const {
+    const double m = (mu - mu0) * perMu0, x = vm::max(none, mu), y = vm::max(none, m);
+    const double part = 1.0 - f, partDense = f * perMu0, twist = vm::select(mu > 0.0, part * K3, 0.0),
+                 twistDense = vm::select(m > 0.0, f * H3, 0.0);
+    const double bend = vm::select(mu > 0.0, part * K2, 0.0), bendDense = vm::select(m > 0.0, f * H2, 0.0);
+    const double low = part * K1 * mu + x * x * (bend + twist * x),
+                 dense = f * H1 * m + y * y * (bendDense + twistDense * y);
+    const double a = bend + 3.0 * twist * x, b = bendDense + 3.0 * twistDense * y;
+    return {low + dense, (part * K1 + x * (a + bend)) + (partDense * H1 + perMu0 * (y * (b + bendDense))),
+            a + perMu0 * perMu0 * b, twist + perMu0 * perMu0 * perMu0 * twistDense};
   }
   // Where mix(mu, f) + c would be zero with K1 and H1 alone.
   SA_INLINE double straightRoot(double f, double c) const {
@@ -117,31 +134,33 @@ struct JhbOfPhases : Jhb {
   // What both curves together lie apart from the straight line between P1 and P2, at the largest compression.
   SA_INLINE double offset(double top, double f) const {
     const double between = (P1 + f * rise) - mix(top, f);
-    return vm::select(f > 0.0, vm::select(f < 1.0, between, 0.0), 0.0);
+    return vm::select((f > 0.0) & (f < 1.0), between, 0.0);
   }
-  // The pressure without bulking at mu, on the way from the largest compression.
-  SA_INLINE double onWay(double mu, double top) const {
-    const double f = fraction(top);
-    return mix(mu, f) + offset(top, f);
-  }
+  // Without bulking that of both curves on the way from the largest compression.
   SA_INLINE Pressure pressure(double mu, double bulkingPressure, double topOld) const {
-    const double top = grown(vm::max(0.0, topOld), mu);
-    return {onWay(mu, top) + bulkingPressure, bulkingPressure, top, 0.0};
+    const double top = grown(vm::max(none, topOld), mu), f = fraction(top), beside = offset(top, f);
+    return {mix(mu, f) + beside + bulkingPressure, bulkingPressure, top, {}, {f, beside}};
   }
-  // Work per undeformed volume of both curves from 0, each its own, to mu; per is 1/(1 + mu).  1 + m = (1 + mu)/(1 + mu0).
-  SA_INLINE double workTo(double mu, double per, double f) const {
-    const double m = (mu - mu0) * perMu0, L = vm::logPositive(1.0 + mu);
+  // Work per undeformed volume of both curves from 0, each its own, to mu; L is the logarithm of the volume, per 1/(1 + mu).
+  // 1 + m = (1 + mu)/(1 + mu0).
+  SA_INLINE double workTo(double mu, double L, double per, double f) const {
+    const double m = (mu - mu0) * perMu0;
     const VolumeEnergy a = volumeEnergy(mu, L, mu * per), b = volumeEnergy(m, L - logMu0, (mu - mu0) * per);
     const double lowWork = K1 * a.linear + vm::select(mu > 0.0, K2 * a.square + K3 * a.cube, 0.0);
     const double denseWork = H1 * b.linear + vm::select(m > 0.0, H2 * b.square + H3 * b.cube, 0.0);
     return (1.0 - f) * lowWork + f * perMu0 * denseWork;
   }
-  SA_INLINE double recoverable(double mu, double top, double bulkingPressure, double zero, double from,
-                               double limit) const {
-    const double f = fraction(top), constant = offset(top, f) + bulkingPressure, per = 1.0 / (1.0 + from),
-                 perZero = 1.0 / (1.0 + zero);
-    const double way = (workTo(from, per, f) - workTo(zero, perZero, f)) + constant * ((from - zero) * (per * perZero));
-    return way + limit * (1.0 / (1.0 + mu) - per);
+  template <bool kNear>
+  SA_INLINE double recoverable(double mu, const Release& r, const Way& way, double limit) const {
+    const double atFrom = 1.0 + way.from, atZero = 1.0 + way.zero, both = 1.0 / (atFrom * atZero), per = both * atZero;
+    const double work =
+        (workTo(way.from, way.logFrom, per, r.fraction) - workTo(way.zero, way.logZero, both * atFrom, r.fraction)) +
+        r.offset * ((way.from - way.zero) * both);
+    return work * (1.0 + mu) + limit * ((way.from - mu) * per);
+  }
+  SA_INLINE bool isNear(double, const Release&, const Way& way, double) const {
+    const bool isZeroNear = isNearVolume(way.zero, 1.0), isFromNear = isNearVolume(way.from, 1.0);
+    return isZeroNear & isFromNear;
   }
 };
 

@@ -9,7 +9,8 @@ struct Hjc : BrittleConstants {
   static constexpr bool kGradual = true, kBulks = false, kCompacts = true, kTransforms = false, kCapped = true;
   static constexpr int kProperties = 21, kStates = 5;
   double A, B, N, fc, perStrength, perTension, smallestFailureStrain, cap, D1, D2;
-  double crushStrain, crushPressure, elasticModulus, crushSlope, stiffening; // d(unloading modulus)/d(largest mu)
+  double crushStrain, elasticModulus, stiffening; // d(unloading modulus)/d(largest mu)
+  double softer;                           // elastic modulus and what it rises by to the limit, less that of crushing
   double denseFrom, denseStrain, perDense; // mu at which all pores are closed; their part
 
   static bool isRefused(const Block& b) {
@@ -36,15 +37,16 @@ struct Hjc : BrittleConstants {
     perStrength = 1.0 / fc, isProportional = p[15] == 1.0, perTension = 1.0 / T, smallestFailureStrain = p[8],
     cap = p[9] * fc, D1 = p[14], D2 = p[15];
     K1 = p[16], K2 = p[17], K3 = p[18], deletionStrain = strainOrNone(p[19]);
-    crushPressure = p[10], crushStrain = p[11], elasticModulus = crushPressure / crushStrain;
+    const double crushPressure = p[10];
+    crushStrain = p[11], elasticModulus = crushPressure / crushStrain;
     // the compression of the dense material at Pl, and where that lies for the block
-    const double lockPressure = p[12], x = solveIncreasing(lockPressure, [this](double mu) { return cubic(mu); });
+    const double lockPressure = p[12], x = cubicInverse(lockPressure);
     const bool isTotal = p[20] != 0.0;
     denseStrain = isTotal ? (p[13] - x) / (1.0 + x) : p[13];
     denseFrom = isTotal ? p[13] : denseStrain + (1.0 + denseStrain) * x;
     perDense = 1.0 / (1.0 + denseStrain);
-    crushSlope = (lockPressure - crushPressure) / (denseFrom - crushStrain);
     stiffening = (K1 - elasticModulus) / (denseFrom - crushStrain);
+    softer = (elasticModulus + stiffening * crushStrain) - (lockPressure - crushPressure) / (denseFrom - crushStrain);
   }
   bool isWrong(const Block& b) const {
     const double lockPressure = b.props[12], reached = cubic((denseFrom - denseStrain) / (1.0 + denseStrain));
@@ -56,54 +58,56 @@ struct Hjc : BrittleConstants {
                "The compression at which material %S reaches its Pl, property 13, must be greater than its muc, "
                "property 12.");
   }
-  // The line of unloading from the largest mu so far: to zero pressure with a modulus.
-  struct Unloading {
-    double zero, modulus, top;
-    bool isDense;
-  };
-  SA_INLINE Unloading unloading(double largest) const {
-    const double beyond = largest - crushStrain;
-    const double top = crushPressure + crushSlope * beyond, modulus = elasticModulus + stiffening * beyond;
-    const bool isDense = largest > denseFrom, isElastic = largest <= crushStrain;
-    return {vm::select(isDense, denseStrain, vm::select(isElastic, 0.0, largest - top / modulus)),
-            vm::select(isDense, K1 * perDense, vm::select(isElastic, elasticModulus, modulus)), top, isDense};
-  }
+  // Crushing and unloading are both the line of unloading from the largest mu so far, as mu can be no further.  What lies
+  // beyond the elastic limit is a factor of its place without pressure, which is exactly zero before.
   SA_INLINE Pressure pressure(double mu, double largestBefore) const {
-    const double largest = vm::max(largestBefore, mu), dense = (mu - denseStrain) * perDense;
-    const Unloading u = unloading(largest);
-    const double full = vm::select(dense > 0.0, cubic(dense), K1 * dense);
-    const double crushing = vm::select(largest <= crushStrain, elasticModulus * mu, u.top - u.modulus * (largest - mu));
+    const double largest = vm::max(largestBefore, mu), beyond = vm::max(none, largest - crushStrain),
+                 stiffer = stiffening * beyond;
+    const bool isDense = largest > denseFrom;
+    const double modulus = vm::select(isDense, K1 * perDense, elasticModulus + stiffer), perModulus = 1.0 / modulus;
+    const double zero = vm::select(isDense, denseStrain, beyond * ((softer + stiffer) * perModulus));
+    const double dense = vm::max(none, (mu - denseStrain) * perDense);
+    const double curved = vm::select(isDense, dense * dense * (K2 + dense * K3), 0.0);
     // the cubic leaves a little less than the last of the straight lines: no more than that is permanent on any way
-    return {vm::select(u.isDense, full, crushing), largest, vm::min(denseStrain, u.zero), u.zero};
+    return {modulus * (mu - zero) + curved, largest, vm::min(denseStrain, zero), {zero, modulus, perModulus}};
   }
-  // On the line of unloading, whose place without pressure is given; one division for four.
-  SA_INLINE double recoverable(double mu, double largest, double zero, double limit) const {
-    const bool isDense = largest > denseFrom, isElastic = largest <= crushStrain;
-    const double modulus =
-        vm::select(isDense, K1 * perDense,
-                   vm::select(isElastic, elasticModulus, elasticModulus + stiffening * (largest - crushStrain)));
-    const double fromZero = 1.0 + zero, end = 1.0 + mu;
-    const double from = vm::max(mu, zero - limit / modulus), atFrom = 1.0 + from, per = 1.0 / (fromZero * end * atFrom),
-                 perFrom = fromZero * end * per;
-    const double x = (from - zero) * (end * atFrom * per);
-    const VolumeEnergy e = volumeEnergy(x, vm::logPositive(1.0 + x), (from - zero) * perFrom);
-    const double inTheCubic = vm::select(x > 0.0, perDense * (K2 * e.square + K3 * e.cube), 0.0);
-    return modulus * e.linear + vm::select(isDense, inTheCubic, 0.0) + limit * (fromZero * atFrom * per - perFrom);
+  // On the line of unloading; one division for all.
+  template <bool kNear>
+  SA_INLINE double recoverable(double mu, double largest, const Unloading& u, double limit) const {
+    const double from = vm::max(mu, u.zero - limit * u.perModulus), way = from - u.zero;
+    const double fromZero = 1.0 + u.zero, atFrom = 1.0 + from, both = fromZero + atFrom, first = fromZero * atFrom,
+                 per = 1.0 / (first * both), perFirst = per * both, perFrom = perFirst * fromZero;
+    const double x = way * (perFirst * atFrom);
+    const VolumeEnergy e = volumeEnergyNear<kNear>(x, way * (per * first), way * perFrom);
+    const bool isInTheCubic = (x > 0.0) & (largest > denseFrom);
+    const double energy =
+        u.modulus * e.linear + vm::select(isInTheCubic, perDense * (K2 * e.square + K3 * e.cube), 0.0);
+    return energy * (1.0 + mu) + limit * ((from - mu) * perFrom);
+  }
+  SA_INLINE bool isNear(double mu, double, const Unloading& u, double) const {
+    return isNearVolume(mu - u.zero, 1.0 + u.zero);
+  }
+  SA_INLINE void findBroken(int n, const Lane& p, SurfaceTerms& t) const {
+    findLogs(n, t.log, [per = perStrength, &p](int k) SA_POINT { return p[k] * per; });
+    findPowers(n, t.log, N, t.broken);
   }
   template <bool kProportional>
-  SA_INLINE Strength strength(double p, double rateFactor) const {
-    const double scale = fc * rateFactor, cohesion = scale * A, friction = scale * B * power(p * perStrength, N);
-    const double failureStrain =
-        vm::max(smallestFailureStrain, D1 * powerOrItself<kProportional>((p + T) * perStrength, D2));
-    const bool isTension = p < 0.0;
-    // in tension the line of both surfaces ends at -T (1 - D)
-    const double fractured = vm::select(isTension, cohesion * p * perTension, friction);
-    return {cohesion + fractured, fractured, failureStrain};
+  SA_INLINE void findTerms(int n, const Lane& p, SurfaceTerms& t) const {
+    findBroken(n, p, t);
+    if constexpr (!kProportional) {
+      findLogs(n, t.log, [per = perStrength, tension = T, &p](int k) SA_POINT { return (p[k] + tension) * per; });
+      findPowers(n, t.log, D2, t.failure);
+    }
   }
-  SA_INLINE StrengthSlopes slopes(double p, const Strength& s) const {
-    const double slope =
-        vm::select(p < 0.0, (s.intact - s.fractured) * perTension, N * s.fractured / vm::max(1e-12 * T, p));
-    return {slope, slope};
+  SA_INLINE double broken(double, double rateFactor, double term) const { return fc * rateFactor * B * term; }
+  template <bool kProportional>
+  SA_INLINE Strength strength(double p, double rateFactor, const SurfaceTerm& t) const {
+    const double cohesion = fc * rateFactor * A;
+    const double failureStrain =
+        vm::max(smallestFailureStrain, D1 * powerOrItself<kProportional>(*this, (p + T) * perStrength, t.failure));
+    // in tension the line of both surfaces ends at -T (1 - D)
+    const double fractured = vm::select(p < 0.0, cohesion * p * perTension, broken(p, rateFactor, t.broken));
+    return {cohesion + fractured, fractured, failureStrain};
   }
   double elasticBulkModulus() const { return elasticModulus; }
 };

@@ -27,6 +27,11 @@ constexpr std::array<Entry, 13> kEntries = {{{"TVK_VISCOUS_FOAM", SPX_USR_VISCOU
                                              {"TVK_JHB", SPX_USR_JHB},
                                              {"TVK_HJC_CONCRETE", SPX_USR_HJCCONCRETE}}};
 
+// The last letter tells nearly all of them apart without a comparison of texts, of which a short block would notice a dozen.
+bool isNamed(std::string_view name, std::string_view key) {
+  return name.size() >= key.size() && name[key.size() - 1] == key.back() && name.starts_with(key);
+}
+
 } // namespace
 } // namespace sa::user
 
@@ -34,6 +39,6 @@ SA_EXPORT void SPX_USR_BUILTINVUMAT SA_USER_PARAMETERS {
   const sa::OwnArithmetic arithmetic;
   const std::string_view name = sa::user::nameOf(materialName, materialNameLength);
   for (const sa::user::Entry& entry : sa::user::kEntries)
-    if (name.starts_with(entry.key)) return entry.implementation SA_ARGUMENTS_SPX_USR_BUILTINVUMAT;
+    if (sa::user::isNamed(name, entry.key)) return entry.implementation SA_ARGUMENTS_SPX_USR_BUILTINVUMAT;
   sa::user::refuse(SA_USER_BLOCK, "Material %S is not supported as a built-in user material");
 }

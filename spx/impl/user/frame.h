@@ -6,6 +6,7 @@
 #include "glo/kernel/vmath.h"
 #include "glo/tensors/tensor.h"
 
+#include <bit>
 #include <cstdint>
 #include <initializer_list>
 #include <string_view>
@@ -163,15 +164,48 @@ SA_INLINE double kirchhoffWork(double volumeOld, const Sym<Storage>& old, double
   return 0.5 * (volumeOld * product(old, strain) + volume * product(now, strain));
 }
 
-// x^y for x >= 0, no less than the smallest normal number; y = 0 gives 1 also at x = 0.
-SA_INLINE double power(double x, double y) { return vm::expClamped(y * vm::logPositive(vm::max(1e-300, x))); }
-
 // Whether one of n flags, each 0 or 1, is set.  As a sum in any order: one point after the other would wait for the last.
 SA_INLINE bool isAnySet(int n, const double* flags) {
   double count = 0.0;
 #pragma omp simd reduction(+ : count)
   for (int i = 0; i < n; ++i) count += flags[i];
   return count > 0.0;
+}
+
+// ---- points of a piece that go on to passes of their own, side by side
+
+// Up to a multiple of the longest vector the last point of such a pack is repeated, so that no loop over it has a rest.
+constexpr int kVector = 8, kWord = 64;
+static_assert(kScratchPoints % kVector == 0);
+SA_INLINE int packedLength(int count) { return (count + kVector - 1) / kVector * kVector; }
+SA_INLINE void fillUp(int count, int* place) {
+  for (int j = count; count > 0 && j < packedLength(count); ++j) place[j] = place[count - 1];
+}
+struct Bits {
+  uint64_t of[kWord];
+  constexpr Bits() : of() {
+    for (int k = 0; k < kWord; ++k) of[k] = uint64_t{1} << k;
+  }
+};
+constexpr Bits kBits;
+// The points whose flag is above zero, side by side.  A word of bits at a time, of which vectors tell most often that there
+// are none.
+SA_INLINE int pack(int length, const double* flags, int* place) {
+  int count = 0;
+  for (int64_t start = 0; start < length; start += kWord) {
+    const int64_t rest = length - start, end = rest < kWord ? rest : kWord;
+    uint64_t bits = 0;
+#pragma omp simd reduction(| : bits)
+    for (int64_t k = 0; k < end; ++k) bits |= flags[start + k] > 0.0 ? kBits.of[k] : uint64_t{0};
+    for (; bits != 0; bits &= bits - 1) place[count++] = static_cast<int>(start) + std::countr_zero(bits);
+  }
+  fillUp(count, place);
+  return count;
+}
+// body(j) for the points of a pack.
+template <class Body>
+SA_INLINE void forPack(int count, Body body) {
+  forPoints(packedLength(count), body);
 }
 
 // What never falls; a NaN of either stays one.

@@ -195,20 +195,17 @@ SA_INLINE int findReturn(const Plastic& m, int length, PlasticScratch& w) {
     w.p[k] = Form::at(m, w.trial.a[k], w.trial.b[k], w.trial.c[k], 1.0).p;
     w.growth[k] = 0.0;
   });
-  int place[kScratchPoints], count = 0;
-  for (int k = 0; k < length; ++k) {
-    place[count] = k;
-    count += beyond[k] > 0.0 ? 1 : 0;
-  }
+  int place[kScratchPoints];
+  const int count = pack(length, beyond, place);
   if (count == 0) return 0;
   Trials those;
   Lane atOne, x, p, growth;
-  for (int j = 0; j < count; ++j) {
+  for (int j = 0; j < packedLength(count); ++j) {
     const int k = place[j];
     those.a[j] = trial.a[k], those.b[j] = trial.b[k], those.c[j] = trial.c[k];
     those.strain[j] = trial.strain[k], those.factor[j] = trial.factor[k], atOne[j] = beyond[k];
   }
-  returnToSurface<Form>(m, count, those, atOne, x, p, growth);
+  returnToSurface<Form>(m, packedLength(count), those, atOne, x, p, growth);
   for (int j = 0; j < count; ++j) w.x[place[j]] = x[j], w.p[place[j]] = p[j], w.growth[place[j]] = growth[j];
   return count;
 }

@@ -95,17 +95,9 @@ struct PlyScratch {
   Lane e12, t, slip;          // shear strain at the end, effective shear stress, growth of the plastic strain
   Lane plasticShear, plastic; // at the end
   Lane isOpen;                // 1 where a point goes on to a pass of its own
+  Lane reached, damage;       // shear, at the end
+  Lane isDead;                // 1 where the point was deleted before
 };
-
-// The points that go on, side by side.
-SA_INLINE int packOpen(const PlyScratch& w, int n, int* place) {
-  int count = 0;
-  for (int j = 0; j < n; ++j) {
-    place[count] = j;
-    count += w.isOpen[j] > 0.0 ? 1 : 0;
-  }
-  return count;
-}
 
 // A virgin point starts from the strain of the stress that it has.
 SA_INLINE void addStrain(const Block& b, const PlyFabric& m, int start, int n, PlyScratch& w) {
@@ -136,14 +128,14 @@ SA_INLINE void findSlip(const PlyFabric& m, int n, const Lane& open, const Lane&
                perC = C > 0.0 ? 1.0 / C : 0.0, bend = p >= 0.5 ? 0.5 * (perP - 1.0) : 0.0;
   Lane y, moves;
   forPoints(n, [=, &open, &before, &y, &moves](int j) SA_POINT {
-    const double most = power(before[j] + open[j] * perG2, p), alone = open[j] * perC;
+    const double most = vm::power(before[j] + open[j] * perG2, p), alone = open[j] * perC;
     y[j] = vm::select((perC > 0.0) & (alone < most), alone, most);
     moves[j] = 1.0;
   });
   constexpr int kMostSteps = 100; // four are usual, some more where p is small
   for (int step = 0; step < kMostSteps && C > 0.0 && isAnySet(n, moves); ++step)
     forPoints(n, [=, &open, &before, &y, &moves](int j) SA_POINT {
-      const double at = y[j], x = power(at, perP), error = G2 * (x - before[j]) + C * at - open[j];
+      const double at = y[j], x = vm::power(at, perP), error = G2 * (x - before[j]) + C * at - open[j];
       const double power1 = G2 * perP * x, slope = power1 + C * at; // y times the slope
       const double next = at - at * (error * slope / (slope * slope - bend * (error * power1)));
       const bool goes = (next < at) & (error > 1e-15 * open[j]);
@@ -152,7 +144,7 @@ SA_INLINE void findSlip(const PlyFabric& m, int n, const Lane& open, const Lane&
     });
   forPoints(n, [=, &open, &before, &y, &slip](int j) SA_POINT {
     // of two forms of d the one that takes the smaller difference of large numbers
-    const double hard = C * y[j], byStress = (open[j] - hard) * perG2, byStrain = power(y[j], perP) - before[j];
+    const double hard = C * y[j], byStress = (open[j] - hard) * perG2, byStrain = vm::power(y[j], perP) - before[j];
     slip[j] = vm::max(0.0, vm::select(hard > 0.5 * open[j], byStrain, byStress));
   });
 }
@@ -165,17 +157,17 @@ SA_INLINE void returnShear(const Block& b, const PlyFabric& m, int start, int n,
   const double G2 = m.G2, C = m.hardening, p = m.exponent, yield = m.yield;
   forPoints(n, [=, &w](int j) SA_POINT {
     const double before = vm::max(0.0, plasticOld[j]), trial = vm::abs(G2 * (w.e12[j] - plasticShearOld[j]));
-    const double now = vm::select(before > 0.0, power(before, p), 0.0);
+    const double now = vm::select(before > 0.0, vm::power(before, p), 0.0);
     w.t[j] = trial;
     w.slip[j] = 0.0;
     w.isOpen[j] = vm::select(trial - (yield + C * now) > 0.0, 1.0, 0.0);
   });
   int place[kScratchPoints];
-  const int count = packOpen(w, n, place);
+  const int count = pack(n, w.isOpen, place), length = packedLength(count);
   if (count > 0) {
     Lane open, before, slip;
-    for (int j = 0; j < count; ++j) open[j] = w.t[place[j]] - yield, before[j] = vm::max(0.0, plasticOld[place[j]]);
-    findSlip(m, count, open, before, slip);
+    for (int j = 0; j < length; ++j) open[j] = w.t[place[j]] - yield, before[j] = vm::max(0.0, plasticOld[place[j]]);
+    findSlip(m, length, open, before, slip);
     for (int j = 0; j < count; ++j) w.slip[place[j]] = slip[j];
   }
   forPoints(n, [=, &w](int j) SA_POINT {
@@ -234,7 +226,7 @@ SA_INLINE void damageDirection(const PlyFabric& m, int direction, int n, const d
     if constexpr (kSoftens) {
       const double A1 = steepT[j], A2 = steepC[j], A = vm::select(isTension, A1, A2),
                    energy = vm::select(isTension, tensionEnergy, compressionEnergy);
-      const double soft = vm::min(largest, 1.0 - vm::exp(-A * (r - 1.0)) / vm::max(1.0, r));
+      const double soft = vm::min(largest, 1.0 - vm::expBelow(-A * (r - 1.0)) / vm::max(1.0, r));
       now = vm::select(r > 1.0, vm::select(energy > 0.0, soft, largest), now);
     }
     const double before = vm::select(isTension, dT, dC), d = grown(before, now);
@@ -271,32 +263,32 @@ SA_INLINE void damageFibers(const Block& b, const PlyFabric& m, int start, int n
   damageDirection<false>(m, 0, n, damageOld, reachedOld, all, w.isOpen);
   damageDirection<false>(m, 1, n, damageOld, reachedOld, all, w.isOpen);
   int place[kScratchPoints];
-  const int count = packOpen(w, n, place);
+  const int count = pack(n, w.isOpen, place), those = packedLength(count);
   if (count == 0) return;
   Fibers some;
   Lane length;
-  for (int j = 0; j < count; ++j) {
+  for (int j = 0; j < those; ++j) {
     const int k = place[j];
     some.e11[j] = all.e11[k], some.e22[j] = all.e22[k], length[j] = lengths[k];
   }
   const double *damageThere[kModes], *reachedThere[kModes];
   for (int k = 0; k < kModes; ++k) {
     damageThere[k] = some.damageOld[k], reachedThere[k] = some.reachedOld[k];
-    for (int j = 0; j < count; ++j) {
+    for (int j = 0; j < those; ++j) {
       some.damageOld[k][j] = some.damage[k][j] = damageOld[k][place[j]];
       some.reachedOld[k][j] = reachedOld[k][place[j]];
     }
     const Softening mode = m.modes[k];
     Lane& steepness = some.steepness[k];
-    forPoints(count,
+    forPoints(those,
               [=, &steepness, &length](int j) SA_POINT { steepness[j] = mode.steepness(vm::max(0.0, length[j])); });
   }
   for (int sweep = 0; sweep < kSweeps; ++sweep) {
-    findFiberStress(m, count, some);
-    damageDirection<true>(m, 0, count, damageThere, reachedThere, some, w.isOpen);
-    damageDirection<true>(m, 1, count, damageThere, reachedThere, some, w.isOpen);
+    findFiberStress(m, those, some);
+    damageDirection<true>(m, 0, those, damageThere, reachedThere, some, w.isOpen);
+    damageDirection<true>(m, 1, those, damageThere, reachedThere, some, w.isOpen);
   }
-  findFiberStress(m, count, some);
+  findFiberStress(m, those, some);
   for (int j = 0; j < count; ++j) {
     const int to = place[j];
     for (int k = 0; k < kModes; ++k) all.damage[k][to] = some.damage[k][j], all.reached[k][to] = some.reached[k][j];
@@ -312,24 +304,31 @@ SA_INLINE bool isDeleted(const PlyFabric& m, double d1t, double d1c, double d2t,
   return ((failed >= m.failedToDelete) | (plastic >= m.deletionStrain)) & (all == all); // a NaN is to be seen
 }
 
-// Stress, state and energies at the end.
-SA_INLINE void storePly(const Block& b, const PlyFabric& ply, int start, int n, const PlyScratch& w) {
+// Damage of the matrix in shear.
+SA_INLINE void damageShear(const Block& b, const PlyFabric& m, int start, int n, PlyScratch& w) {
+  const int64_t N = b.points;
+  const double *reachedOld = b.stateOld + kShearReached * N + start, *damageOld = b.stateOld + kShearDamage * N + start;
+  const double perStrength = m.perShearStrength, alpha = m.alpha, largest = m.largestShearDamage;
+  forPoints(n, [=, &w](int j) SA_POINT {
+    const double reached = grown(reachedOld[j], vm::abs(w.t[j]) * perStrength);
+    w.reached[j] = reached;
+    w.damage[j] = grown(damageOld[j], vm::min(largest, alpha * vm::logAbove(vm::max(1.0, reached))));
+  });
+}
+
+// Stress and energies at the end.
+SA_INLINE void storePly(const Block& b, const PlyFabric& ply, int start, int n, PlyScratch& w) {
   const int64_t N = b.points;
   const PlyFabric m = ply;
   const double *strainInc = b.strainInc, *stressOld = b.stressOld, *stateOld = b.stateOld, *internalOld = b.internalOld,
                *inelasticOld = b.inelasticOld, *density = b.density;
-  double *stress = b.stress, *state = b.state, *internal = b.internal, *inelastic = b.inelastic;
+  double *stress = b.stress, *status = b.state + kStatus * N, *internal = b.internal, *inelastic = b.inelastic;
   forPoints(n, [=, &w](int j) SA_POINT {
     const int i = start + j;
     const double d1tOld = stateOld[i], d1cOld = stateOld[i + N], d2tOld = stateOld[i + 2 * N],
                  d2cOld = stateOld[i + 3 * N], plasticOld = stateOld[i + kPlasticStrain * N];
     const double d1t = w.fibers.damage[0][j], d1c = w.fibers.damage[1][j], d2t = w.fibers.damage[2][j],
                  d2c = w.fibers.damage[3][j], plastic = w.plastic[j], t = w.t[j];
-    const double shearDamageOld = stateOld[i + kShearDamage * N], shearReachedOld = stateOld[i + kShearReached * N];
-    const double reached = grown(shearReachedOld, vm::abs(t) * m.perShearStrength);
-    const double growth = m.alpha * vm::logAbove(vm::max(1.0, reached));
-    const double shearDamage = grown(shearDamageOld, vm::min(m.largestShearDamage, growth));
-
     const bool wasAlive = !isDeleted(m, d1tOld, d1cOld, d2tOld, d2cOld, plasticOld),
                isAlive = wasAlive & !isDeleted(m, d1t, d1c, d2t, d2c, plastic);
     // a NaN in the damage of the other sign would only have kept the point from being deleted
@@ -338,29 +337,40 @@ SA_INLINE void storePly(const Block& b, const PlyFabric& ply, int start, int n, 
                  left2 = 1.0 - vm::select(w.fibers.tension[1][j] > 0.0, d2t, d2c);
     const double s11 = vm::select(isAlive, left1 * w.fibers.effective[0][j] + spoil, 0.0),
                  s22 = vm::select(isAlive, left2 * w.fibers.effective[1][j], 0.0),
-                 s12 = vm::select(isAlive, (1.0 - shearDamage) * t, 0.0);
-    const double e11 = w.fibers.e11[j], e22 = w.fibers.e22[j], e12 = w.e12[j], plasticShear = w.plasticShear[j];
+                 s12 = vm::select(isAlive, (1.0 - w.damage[j]) * t, 0.0);
     const double perDensity = 1.0 / density[i], intOld = internalOld[i], inelOld = inelasticOld[i];
     const double work = 0.5 * ((stressOld[i] + s11) * strainInc[i] + (stressOld[i + N] + s22) * strainInc[i + N]) +
                         (stressOld[i + 3 * N] + s12) * strainInc[i + 3 * N];
-    const double stored = 0.5 * (s11 * e11 + s22 * e22) + s12 * (e12 - plasticShear);
+    const double stored = 0.5 * (s11 * w.fibers.e11[j] + s22 * w.fibers.e22[j]) + s12 * (w.e12[j] - w.plasticShear[j]);
     const double internalNow = intOld + work * perDensity,
                  inelasticNow = grown(inelOld, internalNow - stored * perDensity);
     internal[i] = vm::select(wasAlive, internalNow, intOld);
     inelastic[i] = vm::select(wasAlive, inelasticNow, inelOld);
     stress[i] = s11, stress[i + N] = s22, stress[i + 2 * N] = 0.0, stress[i + 3 * N] = s12;
-    const auto keep = [=](int k, double now) SA_POINT {
-      const double old = stateOld[i + k * N];
-      state[i + k * N] = vm::select(wasAlive, now, old);
-    };
-    keep(kDamage, d1t), keep(kDamage + 1, d1c), keep(kDamage + 2, d2t), keep(kDamage + 3, d2c);
-    keep(kReached, w.fibers.reached[0][j]), keep(kReached + 1, w.fibers.reached[1][j]);
-    keep(kReached + 2, w.fibers.reached[2][j]), keep(kReached + 3, w.fibers.reached[3][j]);
-    keep(kShearDamage, shearDamage), keep(kShearReached, reached);
-    keep(kPlasticStrain, plastic), keep(kPlasticShear, plasticShear);
-    keep(kStrain, e11), keep(kStrain + 1, e22), keep(kStrain + 2, e12);
-    state[i + kStatus * N] = vm::select(isAlive, 1.0, 0.0);
+    w.isDead[j] = vm::select(wasAlive, 0.0, 1.0);
+    status[i] = vm::select(isAlive, 1.0, 0.0);
   });
+}
+
+// The state at the end; deleted points keep theirs.
+SA_INLINE void storeStates(const Block& b, int start, int n, const PlyScratch& w) {
+  const double* const lanes[] = {
+      w.fibers.damage[0], w.fibers.damage[1],  w.fibers.damage[2],  w.fibers.damage[3],  w.damage,
+      w.plastic,          w.fibers.reached[0], w.fibers.reached[1], w.fibers.reached[2], w.fibers.reached[3],
+      w.reached,          w.plasticShear,      w.fibers.e11,        w.fibers.e22,        w.e12};
+  const bool areAlive = !isAnySet(n, w.isDead);
+  for (int k = 0; k < kStatus; ++k) {
+    const int64_t from = k * int64_t{b.points} + start;
+    const double *now = lanes[k], *old = b.stateOld + from, *isDead = w.isDead;
+    double* state = b.state + from;
+    if (areAlive)
+      forPoints(n, [=](int j) SA_POINT { state[j] = now[j]; });
+    else
+      forPoints(n, [=](int j) SA_POINT {
+        const double kept = old[j], value = now[j];
+        state[j] = vm::select(isDead[j] > 0.0, kept, value);
+      });
+  }
 }
 
 // The answer of the first call.
@@ -389,7 +399,9 @@ SA_INLINE void compute(const Block& b, const PlyFabric& m) {
     addStrain(b, m, start, n, w);
     returnShear(b, m, start, n, w);
     damageFibers(b, m, start, n, w);
+    damageShear(b, m, start, n, w);
     storePly(b, m, start, n, w);
+    storeStates(b, start, n, w);
   });
   keepStates(b, PlyFabric::kStates);
 }

@@ -46,12 +46,9 @@ SA_INLINE Fraction reached(const Norm& F, const Way& w, const RestEquation& q) {
 SA_INLINE void followWays(const Superelastic& model, int n, Ways& ways, double* xi, double* perNorm) {
   constexpr int kMostSteps = 100; // five are usual
   const Superelastic m = model;
-  int place[kScratchPoints], count = 0;
-  for (int k = 0; k < n; ++k) {
-    place[count] = k;
-    count += ways.isOpen[k] > 0.0 ? 1 : 0;
-  }
-  if (count == 0) return;
+  int place[kScratchPoints];
+  const int open = pack(n, ways.isOpen, place), count = packedLength(open);
+  if (open == 0) return;
   Lane u1, m1, m2, speed, start, t, low, high, runs, to, toPerNorm;
   for (Lane* lane :
        {&ways.c0, &ways.c1, &ways.c2, &ways.xi, &ways.end, &ways.width, &ways.left, &ways.weight, &ways.isToMartensite})
@@ -79,7 +76,7 @@ SA_INLINE void followWays(const Superelastic& model, int n, Ways& ways, double* 
     const Fraction f = reached(normOf(j), wayOf(j), q);
     to[j] = f.xi, toPerNorm[j] = f.perNorm;
   });
-  for (int j = 0; j < count; ++j) xi[place[j]] = to[j], perNorm[place[j]] = toPerNorm[j];
+  for (int j = 0; j < open; ++j) xi[place[j]] = to[j], perNorm[place[j]] = toPerNorm[j];
 }
 
 } // namespace

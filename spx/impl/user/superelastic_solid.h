@@ -326,13 +326,14 @@ SA_INLINE void findTurn(const Law& model, int length, Points<Storage>& points, d
     turn[k] = isSought && !(may[k] > 0.0) ? 0.0 : turn[k];
   }
   if (count == 0) return;
+  fillUp(count, place);
   Points<Storage> those;
   double found[kScratchPoints];
-  for (int j = 0; j < count; ++j) {
+  for (int j = 0; j < packedLength(count); ++j) {
     those.take(j, points, place[j]);
     found[j] = turn[place[j]];
   }
-  searchTurn<kPlaneStress>(m, count, those, found);
+  searchTurn<kPlaneStress>(m, packedLength(count), those, found);
   for (int j = 0; j < count; ++j) turn[place[j]] = found[j];
 }
 

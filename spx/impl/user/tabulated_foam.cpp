@@ -249,8 +249,7 @@ SA_INLINE Softening soften(double HU, double exponent, double area, double large
   const double W = vm::max(0.0, area), largest = grown(largestBefore, W);
   const bool isLargest = W >= largest;
   const double part = W / vm::select(largest == 0.0, 1.0, largest);
-  // a part is no larger than 1, and its power neither
-  const double powered = vm::expBelow(exponent * vm::logPositive(vm::max(1e-300, part))) + (part - part);
+  const double powered = vm::power(part, exponent) + (part - part);
   const double rest = vm::select(isLargest, 1.0, powered);
   return {largest, vm::select(isLargest, 1.0, HU + (1.0 - HU) * powered),
           W * (HU + (1.0 - HU) / (exponent + 1.0) * rest)};

@@ -389,8 +389,9 @@ TEST_F(RanksTest, OneThreadEachUnlessToldOtherwise) {
     return shell(environment + " timeout 60 mpirun --oversubscribe -n 2 " SA_SOLVER_PROGRAM " irregular.toml --check")
         .out;
   };
-  EXPECT_TRUE(contains(check("env -u OMP_NUM_THREADS"), ", 2 ranks of 1 thread\n"));
-  EXPECT_TRUE(contains(check("OMP_NUM_THREADS=3"), ", 2 ranks of 1 thread, too few nodes for 3\n"));
+  const std::string single = check("env -u OMP_NUM_THREADS"), three = check("OMP_NUM_THREADS=3");
+  EXPECT_TRUE(contains(single, ", 2 ranks of 1 thread\n")) << single;
+  EXPECT_TRUE(contains(three, ", 2 ranks of 1 thread, too few nodes for 3\n")) << three;
   // launchers pretend that they are terminals: nothing is drawn over itself
   const Outcome outcome = run(2, 1, "irregular.toml -o out");
   EXPECT_EQ(outcome.out.find('\033'), std::string::npos) << outcome.out;
