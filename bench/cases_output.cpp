@@ -12,8 +12,7 @@ constexpr int32_t kOne = 1, kTwo = 2, kThree = 3, kFour = 4, kSix = 6, kNone = 0
 // Direction cosines of random turns in the columns of an axes array.
 void fillAxes(int n, double* axes, Random& random) {
   for (int i = 0; i < n; ++i) {
-    sharedanalysis::test::Matrix R;
-    sharedanalysis::test::randomRotation(random, R);
+    const sharedanalysis::test::Matrix R = sharedanalysis::test::randomRotation(random);
     for (int b = 0; b < 3; ++b)
       for (int a = 0; a < 3; ++a) axes[(3 * b + a) * n + i] = R[a][b];
   }

@@ -1,5 +1,5 @@
-// The library's vector mathematics: exp, log, log10, powers, cos and acos for loops under `#pragma omp simd`, and the few helpers that
-// branch-free bodies need.
+// The library's vector mathematics: exp, log, log10, powers, cos and acos for loops under `#pragma omp simd`, and the few helpers
+// that branch-free bodies need.
 //
 // Every function is a straight line of IEEE additions, multiplications, divisions and square roots on doubles and of unsigned
 // 64-bit additions, shifts and masks: what SSE2, AVX2 and AVX-512 all have.  The result of a point is therefore the same to the
