@@ -75,7 +75,8 @@ TEST(UserMaterials, BrittleOnesMeetTheirEquationsOfRate) {
                                     {dense, .1},
                                     {cement, .02},
                                     {cement, .1}}) {
-    const auto row = std::ranges::find_if(rows, [&](const auto& r) { return start.name.starts_with(r.name); });
+    const std::string& name = start.name;
+    const auto row = std::ranges::find_if(rows, [&](const auto& r) { return name.starts_with(r.name); });
     PlainPoint fine{*row, start.props};
     if (fine.props.size() == 20) { // phases at pressures that it does not reach
       fine.props.resize(18);
