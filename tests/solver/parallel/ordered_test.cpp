@@ -45,14 +45,14 @@ TEST(Ordered, EntitiesOfNoRankOrOfSeveralAreErrors) {
               {{0, 1}, 3, "entity 2 is of no rank"},
               {{1, 2}, 3, "entity 0 is of no rank"},
               {{0, 1, 1, 2}, 3, "entity 1 is of several ranks"}};
-  for (const auto& [places, whole, text] : rows) {
+  for (const auto& row : rows) {
     const auto stream = [&] {
       const auto fill = [](std::size_t first, std::size_t end, double* values) {
         std::fill_n(values, end - first, 0.0);
       };
-      Ordered(Ranks(), places, whole).stream<double>(1, fill, [](int64_t, std::span<const double>) {});
+      Ordered(Ranks(), row.places, row.whole).stream<double>(1, fill, [](int64_t, std::span<const double>) {});
     };
-    EXPECT_EQ(thrown<std::logic_error>(stream), text);
+    EXPECT_EQ(thrown<std::logic_error>(stream), row.text);
   }
 }
 
