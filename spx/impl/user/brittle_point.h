@@ -1,7 +1,6 @@
 // What the passes of the brittle update share: what is known of a point, strength and return to it, and the scratch of a piece.
 #pragma once
 
-#include "spx/impl/user/bracket.h"
 #include "spx/impl/user/frame.h"
 
 namespace sa::user {
